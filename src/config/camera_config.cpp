@@ -1,0 +1,22 @@
+#include "config/camera_config.h"
+
+#include "platform/text.h"
+
+namespace kelvo {
+
+CameraConfig ActiveConfig;
+
+std::int32_t ActiveCamera = 0;
+std::int32_t nCommPort = 0;
+std::int32_t numBufFrames = 0;
+float VoltsOffset = 0;
+float ADoffset = 0;
+std::array<float, 16> VoltsPerCountVsGain{};
+std::int32_t IndexFrameRate = 0;
+
+std::string ActiveCameraSection()
+{
+    return Format("Camera.%d", ActiveCamera);
+}
+
+}  // namespace kelvo

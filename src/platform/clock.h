@@ -1,0 +1,24 @@
+// Time. The platform clock is real, or virtual: then it stands still while the program works and jumps ahead while it
+// waits, so that a procedure of 30 seconds takes a test milliseconds.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+
+namespace kelvo {
+
+void UseVirtualClock(std::time_t startOfTime);  // before the first timer; TickMs starts at 0
+bool ClockIsVirtual();
+
+std::int64_t TickMs();           // ms since the start of the process; never runs backward
+std::int64_t TickUs();           // the same in microseconds
+std::time_t WallClockSeconds();  // seconds since 1 January 1970; follows the virtual clock
+int WallClockMilliseconds();     // 0 to 999
+
+// A wait of at least that long during which no messages are handled. With the virtual clock it only moves the clock.
+void DelayMs(std::int64_t milliseconds);
+
+// Moves the virtual clock; no effect on the real one. Never backward.
+void AdvanceVirtualClock(std::int64_t microseconds);
+
+}  // namespace kelvo

@@ -1,0 +1,106 @@
+// Dialogs: a .ui file each in resources/dialogs, loaded by its name. A control is known by its number alone, the
+// dynamic property "controlId"; group boxes and labels without one are look. The dialog's name and title come from the
+// file.
+//
+// Accepted control classes: QLabel, QPushButton, QToolButton, QCheckBox, QRadioButton, QLineEdit, QPlainTextEdit,
+// QComboBox, QListWidget, QScrollBar, QSlider (as a scroll bar), QSpinBox (as an edit), QProgressBar, and our
+// FourWayButton and ZoomStepper. What a control does reaches the procedure as WM_COMMAND with wParam = MakeLong(id,
+// notification), or WM_HSCROLL, WM_VSCROLL.
+//
+// Keys: Return presses the default button (control 1), Escape sends command 2, F1 command 9, as the logic expects of a
+// dialog.
+#pragma once
+
+#include "platform/types.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+// True (non-zero) if the message was handled. After WM_INITDIALOG the result doesn't matter.
+using DialogProc = WindowProc;
+
+// Notifications in the high word of WM_COMMAND.
+constexpr int kButtonClicked = 0;
+constexpr int kSelectionChanged = 1;  // combo and list box
+constexpr int kDoubleClicked = 2;     // list box
+constexpr int kEditChanged = 0x300;   // edit, on each change of its text
+constexpr int kEditFocus = 0x100;     // edit got the focus
+constexpr int kEditFocusLost = 0x200;
+// The four-way button's directions.
+constexpr int kDirectionUp = 100;
+constexpr int kDirectionRight = 101;
+constexpr int kDirectionDown = 102;
+constexpr int kDirectionLeft = 103;
+
+constexpr int kIdOk = 1;
+constexpr int kIdCancel = 2;
+constexpr int kIdHelp = 9;
+
+enum class ScrollCode : int {
+    kLineUp = 0,
+    kLineDown = 1,
+    kPageUp = 2,
+    kPageDown = 3,
+    kThumbPosition = 4,
+    kThumbTrack = 5,
+    kTop = 6,
+    kBottom = 7,
+    kEnd = 8
+};
+
+// Runs the dialog until EndDialog; returns its result, or -1 if the dialog can't be made (nothing is shown). The
+// procedure gets WM_INITDIALOG (lParam = parameter) before the dialog is seen, then commands, timers, WM_DESTROY at the
+// end. The window's own close button sends command 2.
+int DialogBox(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter = 0);
+void EndDialog(HWND dialog, int result);
+
+// A dialog docked along the top of the main window's client area, as wide as it. Null if it can't be made. The platform
+// keeps its width at each change of the main window's size before WM_SIZE comes.
+HWND CreateDockedPanel(std::string_view name, HWND owner, DialogProc procedure);
+
+// A dialog that stays open beside the main window and doesn't block it.
+HWND CreateModelessDialog(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter = 0);
+
+std::string DialogName(HWND dialog);  // "DISPLAY"
+void CentreDialog(HWND dialog);       // over the main window, or the screen
+
+// Controls. An id that the dialog doesn't have is ignored and reads as empty, 0 or false.
+void SetDlgItemText(HWND dialog, int id, std::string_view text);
+std::string GetDlgItemText(HWND dialog, int id);
+void SetDlgItemInt(HWND dialog, int id, int value);
+void CheckDlgButton(HWND dialog, int id, bool checked);  // sends no message
+bool IsDlgButtonChecked(HWND dialog, int id);
+void CheckRadioButton(HWND dialog, int firstId, int lastId, int checkId);
+void EnableDlgItem(HWND dialog, int id, bool enabled);
+bool DlgItemEnabled(HWND dialog, int id);
+void ShowDlgItem(HWND dialog, int id, bool shown);
+bool HasDlgItem(HWND dialog, int id);
+void FocusDlgItem(HWND dialog, int id);  // an edit's text is selected
+int FocusedDlgItem(HWND dialog);         // 0: none
+
+// Scroll bars. SetScrollPos clamps and sends no message.
+void SetScrollRange(HWND dialog, int id, int minimum, int maximum);
+void SetScrollPos(HWND dialog, int id, int position);
+int GetScrollPos(HWND dialog, int id);
+int GetScrollMin(HWND dialog, int id);
+int GetScrollMax(HWND dialog, int id);
+
+// Lists: combo and list boxes alike. Indexes from 0, in the order of adding; -1 for none.
+void ListClear(HWND dialog, int id);
+int ListAdd(HWND dialog, int id, std::string_view text, std::intptr_t data = 0);  // the new item's index
+int ListInsert(HWND dialog, int id, int index, std::string_view text);
+void ListDelete(HWND dialog, int id, int index);
+int ListCount(HWND dialog, int id);
+void ListSelect(HWND dialog, int id, int index);  // sends no message
+int ListSelection(HWND dialog, int id);
+std::intptr_t ListItemData(HWND dialog, int id, int index);
+std::string ListItemText(HWND dialog, int id, int index);
+
+// A control's own painting surface, for plots: the control is then a window of its own as platform/paint.h takes it.
+HWND DlgItemWindow(HWND dialog, int id);
+
+}  // namespace kelvo

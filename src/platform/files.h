@@ -1,0 +1,86 @@
+// Files and path names. Every name that the system opens goes through here, because settings and calibration sets
+// written on old machines hold backslashes, drive letters and other letter case.
+//
+// A path is resolved like this: both separators count; a drive letter with a colon is dropped (it names nothing here);
+// "c:\KELVO" at the front stands for DefaultDir; then each component is taken as it is written if it exists, otherwise
+// the first entry that equals it without regard to ASCII case (in byte order), otherwise as written. This holds for
+// writing too: a write to a name that exists in another case goes to that file. New names use the machine's own
+// separator.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+// The directory that "c:\KELVO" stands for: shell/windows.h's DefaultDir, set by InitialSetup. Empty: the working
+// directory.
+void SetKelvoDirectory(std::string directory);
+
+std::string ResolvePath(std::string_view path);
+
+enum class FileMode {
+    kRead,       // must exist, must be a regular file: a directory or a device is refused
+    kReadWrite,  // must exist; stays as long as it is
+    kCreate,     // made, or cut to nothing
+};
+
+// An open file, closed with its owner. Sizes and positions are 64 bits. A call that fails changes nothing but errno.
+class File {
+  public:
+    static std::optional<File> Open(std::string_view path, FileMode mode);
+    File(File&& other) noexcept;
+    File& operator=(File&& other) noexcept;
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+    ~File();
+
+    // Bytes read, fewer than asked for at the end of the file or on an error.
+    std::size_t Read(std::span<std::byte> destination);
+    // Bytes written, fewer than asked for on an error (a full disk).
+    std::size_t Write(std::span<const std::byte> source);
+    bool Seek(std::int64_t position);  // from the start; false for a negative position
+    std::int64_t Length() const;
+    bool Close();  // false if what was written may not have arrived
+
+  private:
+    explicit File(int descriptor) : descriptor_(descriptor) {}
+    int descriptor_ = -1;
+};
+
+bool FileExists(std::string_view path);  // a regular file
+bool DirectoryExists(std::string_view path);
+bool MakeDirectories(std::string_view path);  // true if it stands at the end
+bool DeleteFileNamed(std::string_view path);
+bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists);
+std::optional<std::time_t> FileModificationTime(std::string_view path);
+
+// The whole file; nullopt if it can't be opened or is longer than limit.
+std::optional<std::string> ReadWholeFile(std::string_view path, std::size_t limit);
+// All or nothing: written beside the target (links followed), flushed to the disk, renamed over it. The target keeps
+// its permissions. On failure false, and the target stays as it was.
+bool ReplaceFile(std::string_view path, std::string_view contents);
+
+// Lines of a text file as C's fgets with a buffer of limit + 1 bytes gives them: at most limit characters each, the
+// newline included; a longer line comes in pieces. CR LF counts as one newline.
+class LineReader {
+  public:
+    LineReader(std::string contents, std::size_t limit) : contents_(std::move(contents)), limit_(limit) {}
+    // The next line with its newline, if it had one; nullopt at the end.
+    std::optional<std::string> Next();
+    bool AtEnd() const { return atEnd_; }  // as feof: set once a read has met the end
+
+  private:
+    std::string contents_;
+    std::size_t limit_ = 0;
+    std::size_t position_ = 0;
+    bool atEnd_ = false;
+};
+
+}  // namespace kelvo

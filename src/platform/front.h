@@ -1,0 +1,65 @@
+// What stands in front of the operator, and the operator's hands: the one way in which scripts and tests read the
+// screen and act. All of it works on the real windows.
+#pragma once
+
+#include "platform/box.h"
+#include "platform/types.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+struct FrontBox {
+    std::string text;
+    std::string caption;
+    BoxIcon icon = BoxIcon::kNone;
+    std::vector<Button> buttons;
+    Button defaultButton = Button::kOk;
+};
+struct FrontFileDialog {
+    std::string title;
+    std::vector<std::string> filters;  // texts
+    std::string directory;
+    std::string name;
+};
+
+// At most one of the three is in front: the newest modal window.
+std::optional<FrontBox> BoxInFront();
+std::optional<FrontFileDialog> FileDialogInFront();
+HWND DialogInFront();  // null: none
+
+// Each presses in the window in front; false if there is nothing fitting in front, or no such button.
+bool PressBoxButton(Button button);
+bool ChooseFiles(const std::vector<std::string>& paths);  // as if typed and accepted: asks its questions
+bool CancelFileDialog();
+
+// Controls as a person works them: the procedure gets the messages that a click or a typed text gives. False if there
+// is no such control, or it is disabled or hidden.
+bool OperatePress(HWND dialog, int id, int direction = 0);  // direction: of a four-way button
+bool OperateText(HWND dialog, int id, std::string_view text);
+bool OperateCheck(HWND dialog, int id, bool on);
+bool OperatePick(HWND dialog, int id, int index);
+bool OperateScroll(HWND dialog, int id, int position);
+
+// Keys and mouse in the main window, logical pixels of its client area. button: 0 move, 1 left, 2 right, 3 middle, 4
+// left double click, 5 wheel up, 6 wheel down. key: names as accelerators have them, or one character.
+bool OperateKey(std::string_view key);
+void OperateMouse(Point client, int button);
+bool OperateDrop(const std::vector<std::string>& paths);
+std::uint32_t ScreenColor(Point client);  // 0x00RRGGBB as the main window shows it
+// The main window with whatever is in front, composed from each visible window's own rendering at the device ratio, as
+// PNG.
+bool SaveScreenshot(std::string_view path);
+
+// Called each time the program waits with nothing queued and no timer due: from inside dialogs and boxes too. It may
+// not run a loop itself; it posts what is to be done (PostAction). Null takes it off.
+void SetIdleHook(std::function<void()> hook);
+// Runs the action from the event loop, once, as an event of its own.
+void PostAction(std::function<void()> action);
+
+}  // namespace kelvo

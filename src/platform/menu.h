@@ -1,0 +1,54 @@
+// The menu bar of the main window, by numbers, and the accelerator table.
+#pragma once
+
+#include "platform/types.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+// One line of a menu table, in order. An item's text holds '&' before its letter and, after a tab, the name of its key.
+struct MenuEntry {
+    enum class Kind { kTop, kItem, kSeparator, kRecentFiles };
+    Kind kind = Kind::kItem;
+    int id = 0;
+    std::string_view text;
+    std::string_view icon = {};  // name of an icon in the resources
+    bool checkable = false;
+    bool enabled = true;
+};
+
+struct Accelerator {
+    std::string_view key;  // "F3", "Shift+F3", "Ctrl+Q", "+", "Right", "PgUp", "Shift+PrintScrn"
+    int id = 0;
+};
+
+void SetMenu(HWND window, std::span<const MenuEntry> entries);
+void SetAccelerators(HWND window, std::span<const Accelerator> accelerators);
+
+struct MenuItemState {
+    std::string text;
+    bool checked = false;
+    bool enabled = true;
+};
+std::optional<MenuItemState> GetMenuItem(HWND window, int id);  // nullopt: no such item
+
+// Each tells the transcript. An id that isn't in the menu: nothing happens, false.
+bool SetMenuText(HWND window, int id, std::string_view text);
+bool CheckMenuItem(HWND window, int id, bool checked);
+bool EnableMenuItem(HWND window, int id, bool enabled);
+bool DeleteMenuItem(HWND window, int id);
+void DrawMenuBar(HWND window);
+
+// The lines at the kRecentFiles place: commands firstId, firstId + 1, ...; none hides the place.
+void SetRecentFileItems(HWND window, int firstId, std::span<const std::string> texts);
+
+// Top menus by position, for user-written functions that add and remove one.
+int TopMenuCount(HWND window);
+std::string TopMenuText(HWND window, int position);
+bool DeleteTopMenu(HWND window, int position);
+
+}  // namespace kelvo

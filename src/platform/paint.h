@@ -1,0 +1,62 @@
+// Painting. Each window keeps a surface in device pixels that outlives painting and resizing. Coordinates are logical
+// pixels of the client area; an image pixel becomes a block of whole device pixels and is never smoothed.
+#pragma once
+
+#include "platform/types.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+using ColorRef = std::uint32_t;  // 0x00BBGGRR
+
+// A picture of device pixels: row-major from the top, 0x00RRGGBB.
+struct DeviceBitmap {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint32_t> pixels;
+};
+
+void FillSurface(HWND window, const Rect& area, ColorRef color);
+
+enum class TextAlign : int { kLeft = 0, kRight = 2, kCentre = 6 };
+// One line, its top at y, with its background filled behind the letters. False if there is no surface or the fault
+// "text" is set.
+bool DrawTextLine(HWND window, int x, int y, std::string_view text, TextAlign align, ColorRef color,
+                  ColorRef background);
+
+// The side of the block that one image pixel takes at an integer zoom: zoom x device ratio rounded to whole device
+// pixels, at least 1; in device pixels.
+int DeviceBlock(HWND window, int zoom);
+// Where a picture of that many image pixels ends, in logical pixels, rounded up: count x zoom at whole device ratios.
+int ScaledExtent(HWND window, int count, int zoom);
+
+// Eight-bit pixels through a table of 256 colours (0x00RRGGBB). firstRow points at the top row; rowStride in bytes may
+// be negative (a bottom-up bitmap).
+struct IndexedPixels {
+    const std::uint8_t* firstRow = nullptr;
+    std::ptrdiff_t rowStride = 0;
+    int width = 0;
+    int height = 0;
+    const std::uint32_t* colors = nullptr;
+};
+// Paints into destination. Where its size is a whole multiple of the picture's, each pixel becomes a block of
+// DeviceBlock(zoom) device pixels, otherwise the nearest pixel is taken. What lies outside the surface is dropped.
+// False if there is no surface.
+bool StretchPixels(HWND window, const Rect& destination, const IndexedPixels& source);
+bool StretchPixels(HWND window, const Rect& destination, const DeviceBitmap& source);
+
+// The window's own rendering (with its children), in device pixels. client: without frame and menu.
+bool CaptureWindowPixels(HWND window, bool client, DeviceBitmap& result);
+// What the screen shows there, logical screen coordinates; false where the system doesn't let a program see it: then
+// what Kelvo's own windows show there is taken, and false only if none is there.
+bool CaptureScreenPixels(const Rect& area, DeviceBitmap& result);
+Rect ScreenRect();  // of the screen that the main window is on
+
+// Copies a picture to the clipboard.
+void CopyToClipboard(const DeviceBitmap& picture);
+
+}  // namespace kelvo

@@ -1,0 +1,48 @@
+// Profile files (.ini): sections in square brackets, key=value lines. Names are compared without regard to ASCII case;
+// all other lines, comments and the order stay as they are. A file is read once and kept; it is read again when it
+// changed on the disk.
+//
+// Writes are gathered and land together: the writes of one command reach the disk at the latest a second later and at
+// exit, each file whole or not at all (ReplaceFile). Reads see pending writes at once. A failed write is kept and tried
+// again; the operator is told once per file.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+// Decimal with an optional sign, or hexadecimal after 0x; reading stops at the first character that fits neither
+// ("12abc" is 12). A key that is missing gives the default; one with no number gives 0. 32 bits, wrapping.
+std::int32_t GetPrivateProfileInt(std::string_view section, std::string_view key, std::int32_t defaultValue,
+                                  std::string_view file);
+
+// The value with blanks and one pair of quotation marks (" or ') taken off its ends; the default, with trailing blanks
+// taken off, if the key is missing. A key that stands with no value gives an empty text.
+std::string GetPrivateProfileString(std::string_view section, std::string_view key, std::string_view defaultValue,
+                                    std::string_view file);
+
+bool HasProfileKey(std::string_view section, std::string_view key, std::string_view file);
+
+// Replaces the key's value, or adds the key at the end of its section, or adds the section at the end of the file. The
+// section's blank lines at its end stay behind the new key. Line ends follow the file's first line (CR LF or LF).
+void WritePrivateProfileString(std::string_view section, std::string_view key, std::string_view value,
+                               std::string_view file);
+void DeleteProfileKey(std::string_view section, std::string_view key, std::string_view file);
+
+// Writes what is pending to the disk. False if a file couldn't be written: the error box has been shown (once per
+// file), the values stay pending.
+bool FlushProfiles();
+bool ProfilesPending();
+
+// Forgets pending writes and everything read of the file: after another program part replaced it as a whole.
+void ForgetProfile(std::string_view file);
+
+// Pure text operations under the above, for tests and the fuzz target. Both take any bytes.
+std::string ProfileText(std::string_view contents, std::string_view section, std::string_view key,
+                        std::string_view defaultValue);
+std::string WithProfileKey(std::string_view contents, std::string_view section, std::string_view key,
+                           const std::string_view* value);  // null deletes the key
+
+}  // namespace kelvo

@@ -1,0 +1,81 @@
+// Numbers of the commands, as menu, accelerators, panel and scripts name them. From 2000 on: what stands above the
+// classic system.
+#pragma once
+
+namespace kelvo {
+
+constexpr int kCmdHostRamCapture = 103;
+constexpr int kCmdSaveImage = 106;
+constexpr int kCmdLoadImage = 107;
+constexpr int kCmdNameSequenceForSaving = 108;
+constexpr int kCmdSaveSequence = 109;
+constexpr int kCmdContinuousSave = 110;
+constexpr int kCmdTriggeredSave = 112;
+constexpr int kCmdNameSequenceToLoad = 113;
+constexpr int kCmdLoadNext = 114;
+constexpr int kCmdLoadLast = 115;
+constexpr int kCmdSaveBitmap = 116;
+constexpr int kCmdPrintBitmap = 117;
+constexpr int kCmdPrinterSetup = 118;
+constexpr int kCmdExit = 119;
+constexpr int kCmdDisplaySetup = 120;
+constexpr int kCmdVideoSetup = 121;
+constexpr int kCmdImageSetup = 122;
+constexpr int kCmdConfiguration = 123;
+constexpr int kCmdSaveTiff8 = 125;
+constexpr int kCmdSaveTiff16 = 126;
+constexpr int kCmdNewCalibration = 130;
+constexpr int kCmdUpdateCalibration = 131;
+constexpr int kCmdSaveCalibration = 132;
+constexpr int kCmdLoadCalibration = 133;
+constexpr int kCmdApplyCalibration = 134;
+constexpr int kCmdViewStatistics = 135;
+constexpr int kCmdFreeze = 140;
+constexpr int kCmdReplaceBadPixels = 141;
+constexpr int kCmdNormalGray = 143;
+constexpr int kCmdInvertedGray = 144;
+constexpr int kCmdNormalColor = 145;
+constexpr int kCmdImageCursor = 151;
+constexpr int kCmdTrackball = 155;
+constexpr int kCmdNextColorMap = 156;
+constexpr int kCmdHistogram = 160;
+constexpr int kCmdLinePlot = 161;
+constexpr int kCmdImageMath = 162;
+constexpr int kCmdTurnOn = 169;
+constexpr int kCmdHelpContents = 190;
+constexpr int kCmdHelpSearch = 191;
+constexpr int kCmdHelpKeys = 192;
+constexpr int kCmdHelpOnHelp = 193;
+constexpr int kCmdDesktopTutorial = 194;
+constexpr int kCmdKelvoTutorial = 195;
+constexpr int kCmdAbout = 196;
+constexpr int kCmdZoomPanFirst = 200;
+constexpr int kCmdZoomPanLast = 217;
+constexpr int kCmdUserFirst = 900;
+constexpr int kCmdUserLast = 999;
+
+constexpr int kCmdViewGoToFrame = 2000;
+constexpr int kCmdViewPlay = 2001;
+constexpr int kCmdViewStop = 2002;
+constexpr int kCmdViewCopyPicture = 2003;
+constexpr int kCmdViewFitContrast = 2004;
+constexpr int kCmdViewTheme = 2005;
+constexpr int kCmdRecentFirst = 2100;  // to 2109
+constexpr int kRecentFileCount = 10;
+
+// Controls of the panel and the display dialog that other modules write.
+constexpr int kPanelZoomBar = 310;
+constexpr int kPanelZoomText = 311;
+constexpr int kPanelPanText = 313;
+constexpr int kPanelBrightnessText = 316;
+constexpr int kPanelContrastText = 317;
+constexpr int kUnitList = 1256;
+
+// Colour maps and gray scales, as settings store them.
+constexpr int kNormalGray = 1230;
+constexpr int kInvertedGray = 1231;
+constexpr int kNormalColor = 1232;
+constexpr int kLinearScale = 1238;
+constexpr int kLogScale = 1239;
+
+}  // namespace kelvo

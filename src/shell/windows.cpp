@@ -1,0 +1,34 @@
+#include "shell/windows.h"
+
+#include "platform/window.h"
+
+namespace kelvo {
+
+HWND hWndMain = nullptr;
+HWND hWndStatus = nullptr;
+HWND hDlgPanel = nullptr;
+
+std::int16_t ClientWidth = 0;
+std::int16_t ClientHeight = 0;
+std::int16_t TextHeight = 0;
+std::int32_t ViewWidth = 0;
+std::int32_t ViewHeight = 0;
+
+std::string DefaultDir;
+std::string IniFilePath;
+std::string CameraFilePath;
+std::string BuffBrdFilePath;
+std::string SeqFilePath;
+std::string HelpFilePath;
+std::string FilePathBuf;
+std::string ViewFilePath;
+std::string CnfFilePath;
+
+std::int32_t HelpMode = 0;
+
+int PanelHeight()
+{
+    return hDlgPanel ? GetClientRect(hDlgPanel).Height() : 0;
+}
+
+}  // namespace kelvo
