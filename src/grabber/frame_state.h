@@ -28,7 +28,7 @@ std::span<std::int16_t> ImageBufferPixels(std::int32_t dataOffset);
 
 // 1 while load next and load last step through a sequence. Two names of one thing.
 extern std::int32_t SteppingFrames;
-constexpr std::int32_t& ViewingSequence = SteppingFrames;
+inline constexpr std::int32_t& ViewingSequence = SteppingFrames;
 
 // The image cursor's pixel as the last refresh stamped it, and the count under it (unsigned 16 bits).
 extern std::int32_t CursorX;
