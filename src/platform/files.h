@@ -21,7 +21,7 @@ namespace kelvo {
 
 // The directory that "c:\KELVO" stands for: shell/windows.h's DefaultDir, set by InitialSetup. Empty: the working
 // directory.
-void SetKelvoDirectory(std::string directory);
+void SetKelvoDirectory(const std::string& directory);
 
 std::string ResolvePath(std::string_view path);
 

@@ -4,7 +4,8 @@
 //
 // Writes are gathered and land together: the writes of one command reach the disk at the latest a second later and at
 // exit, each file whole or not at all (ReplaceFile). Reads see pending writes at once. A failed write is kept and tried
-// again; the operator is told once per file.
+// again; the operator is told once per file. A file above 16 MB, or one that stands and can't be read, gives the
+// defaults and is never replaced.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +27,9 @@ std::string GetPrivateProfileString(std::string_view section, std::string_view k
 bool HasProfileKey(std::string_view section, std::string_view key, std::string_view file);
 
 // Replaces the key's value, or adds the key at the end of its section, or adds the section at the end of the file. The
-// section's blank lines at its end stay behind the new key. Line ends follow the file's first line (CR LF or LF).
+// section's blank lines at its end stay behind the new key. Line ends follow the file's first line (CR LF or LF). A
+// value that reading would strip (outer blanks or quotation marks) is written in quotation marks; line ends in it
+// become blanks. A name that can't stand in a file (a key with "=", a section with "]") changes nothing.
 void WritePrivateProfileString(std::string_view section, std::string_view key, std::string_view value,
                                std::string_view file);
 void DeleteProfileKey(std::string_view section, std::string_view key, std::string_view file);

@@ -33,6 +33,8 @@ std::optional<std::int32_t> ScanInteger(std::string_view text);
 std::optional<std::uint32_t> ScanHex(std::string_view text);
 // "%f": nullopt where no number stands. Independent of the locale.
 std::optional<float> ScanFloat(std::string_view text);
+// The same, and takes what was read off the front of text; where no number stands text stays.
+std::optional<float> TakeFloat(std::string_view& text);
 
 // Any output may be null. drive is "c:" or empty; directory keeps its closing separator; extension keeps its point.
 // Both separators count. SplitPath and MakePath are each other's inverse.

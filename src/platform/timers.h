@@ -1,6 +1,7 @@
 // The logic's timers: a queue of our own on the platform clock. A timer belongs to a window and has a number; setting
-// it again moves it. It repeats until it is killed. Timer messages come when nothing else is queued, in the order of
-// their due times.
+// it again moves it. It repeats until it is killed: on its own beat, after a late expiry by its period from then. Timer
+// messages come when nothing else is queued, in the order of their due times, equal ones in the order of setting. A
+// period of 0 is due at once and repeats by itself each millisecond.
 #pragma once
 
 #include "platform/types.h"

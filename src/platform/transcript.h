@@ -1,5 +1,5 @@
 // The transcript: what the operator would see, one JSON object a line, UTF-8, flushed as it happens. Lines are kept in
-// memory too, for scripts and tests.
+// memory too, for scripts and tests; beyond 200000 the older half is let go.
 //
 //   {"t":ms,"kind":"status","text":...,"align":n}      {"t":ms,"kind":"title","text":...}
 //   {"t":ms,"kind":"box","text":...,"caption":...,"icon":...,"buttons":[...],"default":...}   "answer" button

@@ -1,0 +1,88 @@
+#include "platform/clock.h"
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <thread>
+
+namespace kelvo {
+
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using std::chrono::system_clock;
+
+constexpr std::int64_t kUsPerMs = 1000;
+constexpr std::int64_t kUsPerSecond = 1000000;
+
+const steady_clock::time_point processStart = steady_clock::now();
+
+bool isVirtual = false;
+std::time_t virtualStart = 0;
+std::int64_t virtualUs = 0;
+
+std::int64_t WallClockUs()
+{
+    if (isVirtual) return static_cast<std::int64_t>(virtualStart) * kUsPerSecond + virtualUs;
+    return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+}  // namespace
+
+void UseVirtualClock(std::time_t startOfTime)
+{
+    isVirtual = true;
+    virtualStart = startOfTime;
+    virtualUs = 0;
+}
+
+bool ClockIsVirtual()
+{
+    return isVirtual;
+}
+
+std::int64_t TickMs()
+{
+    return TickUs() / kUsPerMs;
+}
+
+std::int64_t TickUs()
+{
+    if (isVirtual) return virtualUs;
+    return duration_cast<microseconds>(steady_clock::now() - processStart).count();
+}
+
+std::time_t WallClockSeconds()
+{
+    return static_cast<std::time_t>(WallClockUs() / kUsPerSecond);
+}
+
+int WallClockMilliseconds()
+{
+    return static_cast<int>(WallClockUs() / kUsPerMs % 1000);
+}
+
+void DelayMs(std::int64_t ms)
+{
+    if (ms <= 0) return;
+    if (isVirtual) {
+        AdvanceVirtualClock(ms > std::numeric_limits<std::int64_t>::max() / kUsPerMs
+                                ? std::numeric_limits<std::int64_t>::max()
+                                : ms * kUsPerMs);
+        return;
+    }
+    // The thread may not be woken early by a coarse timer: what is missing is waited for again.
+    const auto end = steady_clock::now() + milliseconds(ms);
+    while (steady_clock::now() < end) std::this_thread::sleep_until(end);
+}
+
+void AdvanceVirtualClock(std::int64_t us)
+{
+    if (!isVirtual || us <= 0) return;
+    virtualUs += std::min(us, std::numeric_limits<std::int64_t>::max() / 2 - virtualUs);
+}
+
+}  // namespace kelvo

@@ -1,0 +1,248 @@
+#include "platform/profile.h"
+
+#include "platform/box.h"
+#include "platform/files.h"
+#include "platform/profile_text.h"
+#include "platform/text.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+// Far above any settings file; a larger one is none, and is neither read nor replaced.
+constexpr std::size_t kLargestProfile = std::size_t{16} << 20;
+
+struct Edit {
+    std::string section;
+    std::string key;
+    std::optional<std::string> value;  // nullopt deletes the key
+};
+
+// What tells that a file on the disk is another one than was read.
+struct DiskIdentity {
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = -1;  // -1: no file
+    timespec modified{};
+    timespec changed{};
+};
+
+bool Same(const timespec& a, const timespec& b)
+{
+    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
+}
+
+bool Same(const DiskIdentity& a, const DiskIdentity& b)
+{
+    return a.device == b.device && a.inode == b.inode && a.size == b.size && Same(a.modified, b.modified) &&
+           Same(a.changed, b.changed);
+}
+
+struct Profile {
+    DiskIdentity identity;
+    bool settled = false;  // false: written so lately that the next change might bear the same time
+    int readError = 0;     // the file stands but can't be read: it must not be replaced by one of ours
+    std::string onDisk;    // its contents when it was last read
+    std::vector<Edit> edits;
+    bool told = false;  // the operator knows that it can't be written
+
+    std::string current;                                  // onDisk with the edits
+    std::unordered_map<std::string, std::string> values;  // of current, by IndexKey
+};
+
+// By resolved, absolute path.
+std::map<std::string, Profile>& Profiles()
+{
+    static std::map<std::string, Profile> profiles;
+    return profiles;
+}
+
+std::string AbsolutePath(std::string_view file)
+{
+    const std::string resolved = ResolvePath(file);
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(resolved, error);
+    return error ? resolved : absolute.string();
+}
+
+// A newline can stand in neither name.
+std::string IndexKey(std::string_view section, std::string_view key)
+{
+    return LowerAscii(Trimmed(section)) + '\n' + LowerAscii(Trimmed(key));
+}
+
+std::unordered_map<std::string, std::string> IndexOf(std::string_view contents)
+{
+    std::unordered_map<std::string, std::string> values;
+    std::optional<std::string_view> section;
+    ProfileScanner scanner(contents);
+    while (const auto line = scanner.Next()) {
+        if (line->kind == ProfileLine::Kind::kSection) section = line->name;
+        if (line->kind == ProfileLine::Kind::kKey && section) {
+            values.try_emplace(IndexKey(*section, line->name), line->value);
+        }
+    }
+    return values;
+}
+
+std::string WithEdit(std::string_view contents, const Edit& edit)
+{
+    if (!edit.value) return WithProfileKey(contents, edit.section, edit.key, nullptr);
+    const std::string_view value = *edit.value;
+    return WithProfileKey(contents, edit.section, edit.key, &value);
+}
+
+DiskIdentity IdentityOf(const std::string& path)
+{
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return {};
+    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
+}
+
+// File times advance in steps of some milliseconds: a file younger than this may change again within the same step.
+bool IsSettled(const DiskIdentity& identity)
+{
+    constexpr std::int64_t kStepNs = 100000000;
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const std::int64_t ageNs =
+        (now.tv_sec - identity.changed.tv_sec) * 1000000000LL + (now.tv_nsec - identity.changed.tv_nsec);
+    return identity.size < 0 || ageNs > kStepNs;
+}
+
+void Reindex(Profile& profile)
+{
+    profile.current = profile.onDisk;
+    for (const Edit& edit : profile.edits) profile.current = WithEdit(profile.current, edit);
+    profile.values = IndexOf(profile.current);
+}
+
+// Takes over what the disk holds, with the pending edits on top.
+void Refresh(const std::string& path, Profile& profile)
+{
+    const DiskIdentity identity = IdentityOf(path);
+    if (profile.settled && Same(identity, profile.identity)) return;
+    auto contents = ReadWholeFile(path, kLargestProfile);
+    const int reason = errno;
+    profile.readError = contents || reason == ENOENT || reason == ENOTDIR ? 0 : reason;
+    profile.identity = identity;
+    profile.settled = IsSettled(identity);
+    if (contents && *contents == profile.onDisk) return;
+    profile.onDisk = contents ? std::move(*contents) : std::string();
+    Reindex(profile);
+}
+
+Profile& ProfileOf(std::string_view file)
+{
+    const std::string path = AbsolutePath(file);
+    Profile& profile = Profiles()[path];
+    Refresh(path, profile);
+    return profile;
+}
+
+const std::string* ValueOf(std::string_view section, std::string_view key, std::string_view file)
+{
+    const Profile& profile = ProfileOf(file);
+    const auto value = profile.values.find(IndexKey(section, key));
+    return value == profile.values.end() ? nullptr : &value->second;
+}
+
+void AddEdit(Edit edit, std::string_view file)
+{
+    Profile& profile = ProfileOf(file);
+    const std::string name = IndexKey(edit.section, edit.key);
+    profile.current = WithEdit(profile.current, edit);
+    profile.values = IndexOf(profile.current);
+    // Many changes of one key leave one edit, however long the disk can't be written.
+    std::erase_if(profile.edits, [&](const Edit& earlier) { return IndexKey(earlier.section, earlier.key) == name; });
+    profile.edits.push_back(std::move(edit));
+}
+
+// 0, or the reason why the file couldn't be written.
+int Write(const std::string& path, Profile& profile)
+{
+    Refresh(path, profile);
+    if (profile.readError != 0) return profile.readError;
+    if (profile.current != profile.onDisk) {
+        if (!ReplaceFile(path, profile.current)) return errno != 0 ? errno : EIO;
+        profile.onDisk = profile.current;
+        profile.identity = IdentityOf(path);
+        profile.settled = false;
+    }
+    profile.edits.clear();
+    return 0;
+}
+
+}  // namespace
+
+std::int32_t GetPrivateProfileInt(std::string_view section, std::string_view key, std::int32_t defaultValue,
+                                  std::string_view file)
+{
+    const std::string* value = ValueOf(section, key, file);
+    return value ? ProfileInt(*value) : defaultValue;
+}
+
+std::string GetPrivateProfileString(std::string_view section, std::string_view key, std::string_view defaultValue,
+                                    std::string_view file)
+{
+    const std::string* value = ValueOf(section, key, file);
+    return value ? *value : std::string(ProfileDefault(defaultValue));
+}
+
+bool HasProfileKey(std::string_view section, std::string_view key, std::string_view file)
+{
+    return ValueOf(section, key, file) != nullptr;
+}
+
+void WritePrivateProfileString(std::string_view section, std::string_view key, std::string_view value,
+                               std::string_view file)
+{
+    AddEdit({std::string(section), std::string(key), std::string(value)}, file);
+}
+
+void DeleteProfileKey(std::string_view section, std::string_view key, std::string_view file)
+{
+    AddEdit({std::string(section), std::string(key), std::nullopt}, file);
+}
+
+bool FlushProfiles()
+{
+    bool allWritten = true;
+    std::vector<std::string> messages;
+    for (auto& [path, profile] : Profiles()) {
+        if (profile.edits.empty()) continue;
+        const int reason = Write(path, profile);
+        allWritten = allWritten && reason == 0;
+        if (reason != 0 && !profile.told) {
+            messages.push_back(Format("Unable to write settings file\n%s\n%s", path.c_str(), std::strerror(reason)));
+        }
+        profile.told = reason != 0;
+    }
+    // Only now: while a box stands, other events are handled, and more may be written.
+    for (const std::string& message : messages) MessageBox(nullptr, message, kMessageCaption);
+    return allWritten;
+}
+
+bool ProfilesPending()
+{
+    return std::any_of(Profiles().begin(), Profiles().end(),
+                       [](const auto& profile) { return !profile.second.edits.empty(); });
+}
+
+void ForgetProfile(std::string_view file)
+{
+    Profiles().erase(AbsolutePath(file));
+}
+
+}  // namespace kelvo

@@ -1,0 +1,44 @@
+// How the text of a profile file is taken apart: the lines under ProfileText and WithProfileKey, shared with the files'
+// index of keys.
+#pragma once
+
+#include "platform/profile.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+// One line of a profile file; views and positions into its contents.
+struct ProfileLine {
+    enum class Kind { kOther, kSection, kKey };
+    Kind kind = Kind::kOther;
+    std::size_t start = 0;       // first byte of the line
+    std::size_t next = 0;        // first byte of the next one
+    std::string_view name;       // of the section or the key, blanks taken off
+    std::string_view rawValue;   // as it stands, blanks taken off
+    std::string_view value;      // and one pair of quotation marks
+    std::size_t valueStart = 0;  // of rawValue
+};
+
+// Goes through the lines in order. Any bytes are a profile; lines that are neither section nor key are kOther.
+class ProfileScanner {
+  public:
+    explicit ProfileScanner(std::string_view contents) : contents_(contents) {}
+    std::optional<ProfileLine> Next();
+
+  private:
+    std::string_view contents_;
+    std::size_t position_ = 0;
+};
+
+// A default as reading gives it: trailing blanks taken off.
+std::string_view ProfileDefault(std::string_view defaultValue);
+
+// The value's number as GetPrivateProfileInt reads it.
+std::int32_t ProfileInt(std::string_view value);
+
+}  // namespace kelvo
