@@ -314,7 +314,8 @@ LRESULT TimerWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM l
 HWND TimerWindow()
 {
     if (engine.timerWindow || !hWndMain) return engine.timerWindow;
-    static const bool registered = RegisterWindowClass({.name = "ScriptWndClass", .procedure = TimerWndProc});
+    static const bool registered =
+        RegisterWindowClass({.name = "ScriptWndClass", .procedure = TimerWndProc, .icon = {}});
     if (registered) engine.timerWindow = CreateChildWindow("ScriptWndClass", hWndMain, Rect{});
     if (engine.timerWindow) ShowWindow(engine.timerWindow, false);
     return engine.timerWindow;
@@ -416,9 +417,9 @@ void OpenLibraries(lua_State* L, const std::string& scriptPath)
 {
     // No coroutines: a call would yield to the script's own instead of to the program.
     constexpr luaL_Reg kLibraries[] = {
-        {LUA_GNAME, luaopen_base},        {LUA_LOADLIBNAME, luaopen_package}, {LUA_TABLIBNAME, luaopen_table},
-        {LUA_IOLIBNAME, luaopen_io},      {LUA_OSLIBNAME, luaopen_os},        {LUA_STRLIBNAME, luaopen_string},
-        {LUA_MATHLIBNAME, luaopen_math},  {LUA_UTF8LIBNAME, luaopen_utf8},
+        {LUA_GNAME, luaopen_base},       {LUA_LOADLIBNAME, luaopen_package}, {LUA_TABLIBNAME, luaopen_table},
+        {LUA_IOLIBNAME, luaopen_io},     {LUA_OSLIBNAME, luaopen_os},        {LUA_STRLIBNAME, luaopen_string},
+        {LUA_MATHLIBNAME, luaopen_math}, {LUA_UTF8LIBNAME, luaopen_utf8},
     };
     for (const luaL_Reg& library : kLibraries) {
         luaL_requiref(L, library.name, library.func, 1);

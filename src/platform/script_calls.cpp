@@ -149,7 +149,7 @@ constexpr Name kButtons[] = {{"ok", 1}, {"cancel", 2}, {"yes", 6}, {"no", 7}};
 constexpr Name kIcons[] = {{"none", 0}, {"information", 1}, {"exclamation", 2}, {"question", 3}, {"stop", 4}};
 constexpr Name kDirections[] = {
     {"up", kDirectionUp}, {"right", kDirectionRight}, {"down", kDirectionDown}, {"left", kDirectionLeft}};
-constexpr Name kMouseButtons[] = {{"move", 0},   {"left", 1},     {"right", 2},    {"middle", 3},
+constexpr Name kMouseButtons[] = {{"move", 0},   {"left", 1},     {"right", 2},     {"middle", 3},
                                   {"double", 4}, {"wheel up", 5}, {"wheel down", 6}};
 
 template <std::size_t N>
@@ -458,7 +458,8 @@ int Scroll(lua_State* L)
 {
     const Control control = ControlArgument(L);
     const int position = IntArgument(L, control.next);
-    return Operate(L, "scroll", control, [position](HWND dialog, int id) { return OperateScroll(dialog, id, position); });
+    return Operate(L, "scroll", control,
+                   [position](HWND dialog, int id) { return OperateScroll(dialog, id, position); });
 }
 
 HWND ControlToRead(lua_State* L, int& id)

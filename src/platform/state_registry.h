@@ -4,9 +4,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string>
-#include <iterator>
 #include <string_view>
 #include <type_traits>
 #include <variant>
