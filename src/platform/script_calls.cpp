@@ -9,6 +9,7 @@
 #include "platform/help.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
+#include "platform/script.h"
 #include "platform/script_engine.h"
 #include "platform/state_registry.h"
 #include "platform/text.h"
@@ -23,7 +24,9 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <limits>
+#include <optional>
 #include <system_error>
 #include <utility>
 

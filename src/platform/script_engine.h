@@ -1,14 +1,16 @@
 // Between the engine that runs an operator script (script.cpp) and the calls that it offers (script_calls.cpp).
 #pragma once
 
-#include "platform/script.h"
-
 #include <lua.hpp>
 
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
+
+namespace kelvo {
+struct ScriptHooks;
+}
 
 namespace kelvo::script {
 
