@@ -44,6 +44,7 @@ constexpr Place kPlaces[] = {
     {"config/camera_config", kLeaf},
     {"head/head_state", kLeaf},
 
+    {"config/", kCalculation},
     {"dibapi32/", kCalculation},
     {"pixel/", kCalculation},
     {"imagefile/header", kCalculation},
@@ -52,7 +53,6 @@ constexpr Place kPlaces[] = {
     {"grabber/", kGrabber},
     {"simcam/", kGrabber},
     {"head/", kHead},
-    {"config/", kHead},
     {"acquire/", kAcquire},
     {"imagefile/", kImageFiles},
     {"calib/", kCalibration},
