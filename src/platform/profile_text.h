@@ -6,9 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
-#include <vector>
 
 namespace kelvo {
 
@@ -28,7 +26,7 @@ struct ProfileLine {
 class ProfileScanner {
   public:
     explicit ProfileScanner(std::string_view contents) : contents_(contents) {}
-    std::optional<ProfileLine> Next();
+    bool Next(ProfileLine& line);  // false at the end
 
   private:
     std::string_view contents_;
