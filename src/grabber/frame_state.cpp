@@ -13,6 +13,9 @@ std::vector<std::int16_t> LiveFrame;
 std::vector<std::uint8_t> ImageBuffer;
 
 std::int32_t SteppingFrames = 0;
+std::string LoadName;
+std::uint32_t CurrentFrame = 0;
+std::uint32_t LastFrame = 0;
 
 std::int32_t CursorX = 0;
 std::int32_t CursorY = 0;

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace kelvo {
@@ -26,9 +27,17 @@ extern std::vector<std::uint8_t> ImageBuffer;
 // The samples of ImageBuffer: from ImageHeaderDataOffset rounded down to even, to its end.
 std::span<std::int16_t> ImageBufferPixels(std::int32_t dataOffset);
 
-// 1 while load next and load last step through a sequence. Two names of one thing.
+// The sequence on view: 1 while load next and load last step through it; its path; the frame on view, -1 before the
+// first; its last frame. Frame numbers are compared as unsigned. Written by viewing. The second name of each is the
+// same variable.
 extern std::int32_t SteppingFrames;
+extern std::string LoadName;
+extern std::uint32_t CurrentFrame;
+extern std::uint32_t LastFrame;
 inline constexpr std::int32_t& ViewingSequence = SteppingFrames;
+inline constexpr std::string& SequencePath = LoadName;
+inline constexpr std::uint32_t& SequenceFrameIndex = CurrentFrame;
+inline constexpr std::uint32_t& SequenceLastFrame = LastFrame;
 
 // The image cursor's pixel as the last refresh stamped it, and the count under it (unsigned 16 bits).
 extern std::int32_t CursorX;

@@ -1,0 +1,40 @@
+// The status line: one line of white text on blue along the bottom of the main window, and the main window's title with
+// it. It tells what is going on during long operations, hints at each dialog, and describes the file on view. Everyone
+// speaks through it.
+#pragma once
+
+#include "platform/types.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+// The line and its alignment (0 left, 2 right, 6 centred). Written by the three functions below.
+extern std::string StatusText;
+extern std::int16_t StatusAlign;
+
+// 0x00BBGGRR; WinMain sets them before the window is made.
+extern std::uint32_t StatusBackground;
+extern std::uint32_t StatusForeground;
+
+// Shows a text at once, so that it stands even in the middle of a long command. Before the status window exists it only
+// keeps it.
+void StatusMessage(std::string_view text, int align);
+
+// Shows a string of the table by its number and sets the title ("Kelvo - Frozen", "Kelvo", "Kelvo - NAME"). With a file
+// on view, number 1 is replaced by a description of the file. A number that isn't in the table: box "String resource
+// not available to output to Status window!" under "Kelvo message", line and title as they were.
+void StatusString(int id, int align);
+
+// Copies the text and returns its alignment, for who restores the line later.
+int GetStatusText(std::string& text);
+
+LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+
+// The string table: nullopt for a number that isn't in it.
+std::optional<std::string_view> ResourceString(int id);
+
+}  // namespace kelvo
