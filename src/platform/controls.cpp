@@ -1,7 +1,7 @@
 #include "platform/controls.h"
 
 #include "platform/dialog.h"
-#include "platform/icons.h"
+#include "platform/qt_window.h"
 
 #include <QHBoxLayout>
 #include <QToolButton>

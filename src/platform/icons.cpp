@@ -1,11 +1,20 @@
 #include "platform/icons.h"
 
+#include "platform/qt_window.h"
+
 #include <QApplication>
 #include <QFile>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPalette>
 #include <QSvgRenderer>
+
+// The macro declares a function of its own, which must stand outside every namespace. A linker leaves out of a static
+// library what nobody calls; this call keeps the resources in.
+static void InitialiseResources()
+{
+    Q_INIT_RESOURCE(kelvo_resources);
+}
 
 namespace kelvo {
 
@@ -15,7 +24,7 @@ constexpr int kCursorSize = 32;
 
 QByteArray IconSource(std::string_view name)
 {
-    QFile file(QStringLiteral(":/kelvo/icons/") + QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())) +
+    QFile file(QStringLiteral(":/icons/") + QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())) +
                QStringLiteral(".svg"));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
@@ -60,6 +69,11 @@ class LineIconEngine : public QIconEngine {
 };
 
 }  // namespace
+
+void LinkResources()
+{
+    InitialiseResources();
+}
 
 QIcon IconNamed(std::string_view name)
 {
