@@ -31,7 +31,7 @@ QCursor TrackballCursor()
     constexpr int kSide = 32;
     const QIcon icon = IconNamed("trackball");
     if (icon.isNull()) return {Qt::SizeAllCursor};
-    return {icon.pixmap(kSide, kSide), kSide / 2, kSide / 2};
+    return QCursor(icon.pixmap(kSide, kSide), kSide / 2, kSide / 2);
 }
 
 QCursor CursorOf(Pointer shape)

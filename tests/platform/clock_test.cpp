@@ -1,0 +1,77 @@
+#include "platform/clock.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <limits>
+
+namespace kelvo {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+TEST(Clock, RealDelayIsNeverShorterThanAsked)
+{
+    const auto start = SteadyClock::now();
+    const std::int64_t startUs = TickUs();
+    DelayMs(20);
+    EXPECT_GE(SteadyClock::now() - start, std::chrono::milliseconds(20));
+    EXPECT_GE(TickUs() - startUs, 20000);
+}
+
+TEST(Clock, RealWallClockIsTheMachines)
+{
+    const std::time_t before = std::time(nullptr);
+    const std::time_t now = WallClockSeconds();
+    EXPECT_GE(now, before);
+    EXPECT_LE(now, std::time(nullptr));
+    EXPECT_GE(WallClockMilliseconds(), 0);
+    EXPECT_LE(WallClockMilliseconds(), 999);
+}
+
+TEST(Clock, RealClockCannotBeMoved)
+{
+    const std::int64_t before = TickMs();
+    AdvanceVirtualClock(3600LL * 1000000);
+    EXPECT_LT(TickMs() - before, 600000);
+    EXPECT_FALSE(ClockIsVirtual());
+}
+
+TEST(Clock, VirtualClockStandsStillWhileTheProgramWorks)
+{
+    UseVirtualClock(1000000000);
+    EXPECT_TRUE(ClockIsVirtual());
+    const auto start = SteadyClock::now();
+    while (SteadyClock::now() - start < std::chrono::milliseconds(5)) {
+    }
+    EXPECT_EQ(TickUs(), 0);
+    EXPECT_EQ(WallClockSeconds(), 1000000000);
+}
+
+TEST(Clock, VirtualDelayMovesTheClockAtOnce)
+{
+    UseVirtualClock(1000000000);
+    const auto start = SteadyClock::now();
+    DelayMs(30250);
+    EXPECT_LT(SteadyClock::now() - start, std::chrono::seconds(20));
+    EXPECT_EQ(TickMs(), 30250);
+    EXPECT_EQ(WallClockSeconds(), 1000000030);
+    EXPECT_EQ(WallClockMilliseconds(), 250);
+}
+
+TEST(Clock, VirtualClockNeverRunsBackward)
+{
+    UseVirtualClock(0);
+    AdvanceVirtualClock(500);
+    AdvanceVirtualClock(-400);
+    DelayMs(-1);
+    EXPECT_EQ(TickUs(), 500);
+    DelayMs(std::numeric_limits<std::int64_t>::max());
+    const std::int64_t far = TickUs();
+    EXPECT_GT(far, 500);
+    DelayMs(std::numeric_limits<std::int64_t>::max());
+    EXPECT_GE(TickUs(), far);
+}
+
+}  // namespace
+}  // namespace kelvo
