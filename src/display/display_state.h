@@ -32,13 +32,13 @@ extern std::int32_t DisplayUnit;  // index into the table of units, 0 to 29
 
 // Zoom (1 to 16) and offset are the camera record's own fields: the display changes them, and the exit writes them
 // back.
-constexpr std::int32_t& Xzoom = ActiveConfig.Xzoom;
-constexpr std::int32_t& Yzoom = ActiveConfig.Yzoom;
+inline constexpr std::int32_t& Xzoom = ActiveConfig.Xzoom;
+inline constexpr std::int32_t& Yzoom = ActiveConfig.Yzoom;
 extern std::int32_t Xpan;  // image pixels, may be negative
 extern std::int32_t Ypan;
-constexpr std::int32_t& Xoffset =
+inline constexpr std::int32_t& Xoffset =
     ActiveConfig.Xoffset;  // screen units: cursor mapping and limits; the painter doesn't use them
-constexpr std::int32_t& Yoffset = ActiveConfig.Yoffset;
+inline constexpr std::int32_t& Yoffset = ActiveConfig.Yoffset;
 
 // Entry: a count; value: 0 to 255. 65535 entries once made.
 extern std::vector<std::uint8_t> DisplayLut;

@@ -34,10 +34,10 @@ extern std::int32_t SteppingFrames;
 extern std::string LoadName;
 extern std::uint32_t CurrentFrame;
 extern std::uint32_t LastFrame;
-constexpr std::int32_t& ViewingSequence = SteppingFrames;
-constexpr std::string& SequencePath = LoadName;
-constexpr std::uint32_t& SequenceFrameIndex = CurrentFrame;
-constexpr std::uint32_t& SequenceLastFrame = LastFrame;
+inline constexpr std::int32_t& ViewingSequence = SteppingFrames;
+inline constexpr std::string& SequencePath = LoadName;
+inline constexpr std::uint32_t& SequenceFrameIndex = CurrentFrame;
+inline constexpr std::uint32_t& SequenceLastFrame = LastFrame;
 
 // The image cursor's pixel as the last refresh stamped it, and the count under it (unsigned 16 bits).
 extern std::int32_t CursorX;

@@ -17,11 +17,6 @@ constexpr std::size_t kLinesKept = 200000;
 std::vector<TranscriptLine> lines;
 std::optional<File> file;
 
-template <class... F>
-struct Overloaded : F... {
-    using F::operator()...;
-};
-
 TranscriptValue InUtf8(TranscriptValue value)
 {
     if (auto* text = std::get_if<std::string>(&value)) *text = ToUtf8(*text);
@@ -72,14 +67,12 @@ std::string QuotedList(const std::vector<std::string>& texts)
     return json + ']';
 }
 
-std::string Json(const TranscriptValue& value)
-{
-    return std::visit(Overloaded{[](std::int64_t number) { return std::to_string(number); },
-                                 [](bool flag) { return std::string(flag ? "true" : "false"); },
-                                 [](const std::string& text) { return Quoted(text); },
-                                 [](const std::vector<std::string>& texts) { return QuotedList(texts); }},
-                      value);
-}
+struct Json {
+    std::string operator()(std::int64_t number) const { return std::to_string(number); }
+    std::string operator()(bool flag) const { return flag ? "true" : "false"; }
+    std::string operator()(const std::string& text) const { return Quoted(text); }
+    std::string operator()(const std::vector<std::string>& texts) const { return QuotedList(texts); }
+};
 
 }  // namespace
 
@@ -114,7 +107,7 @@ const std::vector<TranscriptLine>& TranscriptLines()
 std::string TranscriptJson(const TranscriptLine& line)
 {
     std::string json = Format("{\"t\":%lld,\"kind\":", static_cast<long long>(line.timeMs)) + Quoted(line.kind);
-    for (const auto& [name, value] : line.fields) json += ',' + Quoted(name) + ':' + Json(value);
+    for (const auto& [name, value] : line.fields) json += ',' + Quoted(name) + ':' + std::visit(Json{}, value);
     return json + '}';
 }
 

@@ -1,0 +1,234 @@
+#include "display/display_pipeline.h"
+
+#include "config/camera_config.h"
+#include "dibapi32/dibapi32.h"
+#include "display/display_state.h"
+#include "display/fit_contrast.h"
+#include "display/frame_bitmap.h"
+#include "display/lookup_table.h"
+#include "display/units.h"
+#include "grabber/frame_state.h"
+#include "imagefile/header.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/memory.h"
+#include "platform/paint.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace kelvo {
+
+Dib FrameBitmap;
+std::int32_t LastPaintRight = 0;
+std::int32_t LastPaintBottom = 0;
+
+namespace {
+
+CountRange LiveRange()
+{
+    return {DisplayLow, DisplayHigh};
+}
+
+CountRange RangeOnView()
+{
+    return LutRange(LiveRange(), ViewingFile ? &ImageHeader : nullptr);
+}
+
+// The table keeps its old entries where a new one doesn't reach: it is never made anew while it stands.
+void FillDisplayLut(std::int32_t contrast, std::int32_t brightness)
+{
+    if (DisplayLut.empty() && !AllocateBlock(DisplayLut, kLutEntries)) return;
+    FillLut(DisplayLut, WindowOf(RangeOnView().Span(), contrast, brightness), LiveRange());
+}
+
+void WriteCameraKey(const char* key, std::int32_t value)
+{
+    WritePrivateProfileString(ActiveCameraSection(), key, Format("%d", value), CameraFilePath);
+}
+
+// A settings file can say any zoom; a picture's corner stays within the integers.
+int PaintZoom(std::int32_t zoom)
+{
+    constexpr int kLargest = 1000;
+    return std::clamp(zoom, 0, kLargest);
+}
+
+void EraseStrip(HWND window, const Rect& strip)
+{
+    if (!strip.Empty()) InvalidateRect(window, &strip, true);
+}
+
+// Nothing of a larger picture stays beside a smaller one.
+void EraseMargin(HWND window, int right, int bottom)
+{
+    if (right >= LastPaintRight && bottom >= LastPaintBottom) return;
+    EraseStrip(window, {right, 0, LastPaintRight, LastPaintBottom});
+    EraseStrip(window, {0, bottom, right, LastPaintBottom});
+}
+
+void ShowGeometryInPanel()
+{
+    if (!hDlgPanel) return;
+    SetScrollPos(hDlgPanel, kPanelZoomBar, Xzoom);
+    SetDlgItemText(hDlgPanel, kPanelZoomText, Format("%d", Xzoom));
+    SetDlgItemText(hDlgPanel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
+}
+
+std::string WithoutDegreeSign(std::string unit)
+{
+    const std::size_t at = unit.find('\xB0');
+    if (at != std::string::npos) unit.erase(at, 1);
+    return unit;
+}
+
+std::span<const std::int16_t> FramePixelsOnView()
+{
+    if (!ViewingFile) return LiveFrame;
+    const std::span<const std::int16_t> pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
+    if (ImageHeader.ImageWidth <= 0 || ImageHeader.ImageHeight <= 0) return {};
+    const std::size_t size =
+        static_cast<std::size_t>(ImageHeader.ImageWidth) * static_cast<std::size_t>(ImageHeader.ImageHeight);
+    return size <= pixels.size() ? pixels.first(size) : std::span<const std::int16_t>{};
+}
+
+}  // namespace
+
+void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness)
+{
+    FillDisplayLut(contrast, brightness);
+    Contrast = contrast;
+    Brightness = brightness;
+    if (hDlgPanel) {
+        SetDlgItemText(hDlgPanel, kPanelContrastText, Format("%d", contrast));
+        SetDlgItemText(hDlgPanel, kPanelBrightnessText, Format("%d", brightness));
+    }
+    if (ViewingFile) DrawFileOnView();
+}
+
+void EnsureDisplayLut()
+{
+    if (DisplayLut.empty()) FillDisplayLut(Contrast, Brightness);
+}
+
+void DrawFrame(std::span<const std::int16_t> frame)
+{
+    EnsureDisplayLut();
+    Dib bitmap = MakeFrameBitmap(frame, nullptr);
+    if (!bitmap) return;
+    FreeDib(FrameBitmap);
+    FrameBitmap = std::move(bitmap);
+    PaintBitmap(FrameBitmap, hWndMain);
+}
+
+void DrawFileOnView()
+{
+    DrawFrame(ImageBufferPixels(ImageHeader.ImageHeaderDataOffset));
+}
+
+void PaintBitmap(const Dib& bitmap, HWND window)
+{
+    if (!bitmap || !window) return;
+    const bool isMain = window == hWndMain;
+    const int width = DibWidth(*bitmap);
+    const int height = DibHeight(*bitmap);
+    const Rect client = GetClientRect(window);
+    const int left = client.left;
+    const int top = client.top + (isMain ? PanelHeight() : 0);
+    // What the picture covers: at a fractional device ratio its blocks are whole device pixels, not zoom x ratio.
+    const int xzoom = PaintZoom(Xzoom);
+    const int yzoom = PaintZoom(Yzoom);
+    const int right = left + ScaledExtent(window, width, xzoom);
+    const int bottom = top + ScaledExtent(window, height, yzoom);
+
+    EraseMargin(window, right, bottom);
+    LastPaintRight = right;
+    LastPaintBottom = bottom;
+    if (isMain) SetScrollExtent(window, {right, bottom}, PanelHeight(), TextHeight);
+
+    const std::optional<Palette> palette = PaletteFromDib(bitmap);
+    PaintDib(window, {left, top, left + width * xzoom, top + height * yzoom}, bitmap, {0, 0, width, height},
+             palette ? &*palette : nullptr);
+}
+
+void RepaintPicture()
+{
+    if (ViewingFile || CameraOn) PaintBitmap(FrameBitmap, hWndMain);
+}
+
+void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
+                        std::int32_t xoffset, std::int32_t yoffset)
+{
+    WriteCameraKey("Xpan", xpan);
+    WriteCameraKey("Ypan", ypan);
+    if (!LiveVideo && !ViewingFile && !CameraOn) return;
+
+    Xpan = xpan;
+    Ypan = ypan;
+    Xzoom = xzoom;
+    Yzoom = yzoom;
+    Xoffset = xoffset;
+    Yoffset = yoffset;
+    if (LiveVideo) {
+        LiveVideo = 0;
+        ToggleFreeze(LiveVideo);  // the grab starts again with the new geometry
+    }
+    if (ViewingFile) RefreshLiveFrame();
+    ShowGeometryInPanel();
+}
+
+int RefreshLiveFrame()
+{
+    return GetVideoData(LiveFrame);
+}
+
+void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on)
+{
+    if (!on) return;
+    CursorX = x;
+    CursorY = y;
+    RefreshLiveFrame();
+    if (Xzoom == 0 || Yzoom == 0) return;
+
+    std::string value;
+    CountsToUnit(CursorValue, DisplayUnit, &value);
+    std::string name;
+    std::string unit;
+    GetUnitName(DisplayUnit, name, unit);
+    StatusMessage(
+        Format("x=%3d  y=%3d  %s=%s %s     ", x, y, name.c_str(), value.c_str(), WithoutDegreeSign(unit).c_str()),
+        static_cast<int>(TextAlign::kCentre));
+}
+
+void ImageToScreen(std::int32_t& x, std::int32_t& y)
+{
+    if (Xzoom == 0 || Yzoom == 0) return;
+    x = (x + Xoffset / Xzoom / 4 * 4 - Xpan) * Xzoom;
+    y = (y + Yoffset / Yzoom - Ypan) * Yzoom;
+}
+
+void FitContrastToPicture()
+{
+    const ContrastFit fit = FitContrast(FramePixelsOnView(), RangeOnView(), LiveRange());
+    if (!fit.reason.empty()) {
+        MessageBox(hWndMain, fit.reason, kMessageCaption, BoxIcon::kInformation);
+        return;
+    }
+    BuildDisplayLut(fit.contrast, fit.brightness);
+}
+
+void DrawColorBar() {}
+
+void DrawTempScale(std::int32_t /*on*/) {}
+
+void SetGrayScale(std::int32_t /*id*/) {}
+
+}  // namespace kelvo

@@ -1,0 +1,66 @@
+// The display pipeline: a frame of counts becomes the picture in the main window. The lookup table reduces counts to
+// 8 bits, the bitmap takes them with the map's colours, and it is painted below the panel at the zoom in force.
+//
+// The table and the bitmap here are made anew whenever contrast, brightness, range or frame change. All functions work
+// without a main window or a panel: then only the state changes.
+#pragma once
+
+#include "dibapi32/dibutil.h"
+#include "platform/types.h"
+
+#include <cstdint>
+#include <span>
+
+namespace kelvo {
+
+// The picture on the screen; null before the first frame. Written by DrawFrame.
+extern Dib FrameBitmap;
+// Right and bottom of the last painted rectangle, logical pixels of the client area.
+extern std::int32_t LastPaintRight;
+extern std::int32_t LastPaintBottom;
+
+// Rebuilds DisplayLut for contrast (1 to 100), brightness (1 to 1000) and the range on view, stores both, shows them in
+// the panel, and draws the stored frame again if a file is on view. Where memory is refused there is no table and the
+// picture is black; nothing is told.
+void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness);
+
+// Makes DisplayLut from the stored contrast and brightness if there is none yet. Nothing is drawn.
+void EnsureDisplayLut();
+
+// Makes the bitmap of a frame and paints it in the main window. With a file on view and fewer counts than its header
+// says nothing is drawn, and the picture on the screen stays.
+void DrawFrame(std::span<const std::int16_t> frame);
+
+// Draws the stored frame on view, if there is one.
+void DrawFileOnView();
+
+// Paints a bitmap at Xzoom x Yzoom from the top left of a window's client area, in the main window below the panel, and
+// has what a larger picture left beside it erased. The main window scrolls over a picture that is larger than it.
+void PaintBitmap(const Dib& bitmap, HWND window);
+
+// For WM_PAINT of the main window: paints the picture again while a file is on view or the camera is on.
+void RepaintPicture();
+
+// The one way in which pan (image pixels), zoom (1 to 16) and offset (screen units) change. The pan is written to the
+// camera's section in any case; without live video, file and camera nothing else happens. Live video is restarted, the
+// file on view drawn again, the panel follows.
+void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
+                        std::int32_t xoffset, std::int32_t yoffset);
+
+// The read-out of image pixel (x, y) on the status line: position, name, value and unit. With on 0 the line keeps its
+// text.
+void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on);
+
+// Image pixel to screen units below the panel, in place; integer divisions. Nothing happens while a zoom is 0.
+void ImageToScreen(std::int32_t& x, std::int32_t& y);
+
+// Contrast and brightness from the 1 % and 99 % counts of the frame on view or, live, of LiveFrame; or a box with the
+// reason why not, under "Kelvo message".
+void FitContrastToPicture();
+
+// Called at the right moments; this display has no bars beside the picture, and its gray scale is linear.
+void DrawColorBar();
+void DrawTempScale(std::int32_t on);
+void SetGrayScale(std::int32_t id);
+
+}  // namespace kelvo

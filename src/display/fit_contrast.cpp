@@ -1,0 +1,74 @@
+#include "display/fit_contrast.h"
+
+#include "platform/text.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+// The first count, in the direction of the histogram's iterator, at which more than that many pixels have been passed.
+template <typename Bins>
+std::size_t PixelsBefore(const Bins& bins, std::size_t pixels)
+{
+    std::size_t seen = 0;
+    std::size_t bin = 0;
+    for (const std::size_t count : bins) {
+        seen += count;
+        if (seen > pixels) break;
+        ++bin;
+    }
+    return bin;
+}
+
+}  // namespace
+
+CountRange CentralCounts(std::span<const std::int16_t> frame)
+{
+    constexpr std::int32_t kLowest = std::numeric_limits<std::int16_t>::min();
+    constexpr std::int32_t kHighest = std::numeric_limits<std::int16_t>::max();
+    std::vector<std::size_t> bins(std::size_t{1} << 16);
+    for (const std::int16_t count : frame) ++bins[static_cast<std::size_t>(count - kLowest)];
+
+    const std::size_t outside = (frame.size() - 1) / 100;
+    const std::span<const std::size_t> rising(bins);
+    const std::vector<std::size_t> falling(bins.rbegin(), bins.rend());
+    return {kLowest + static_cast<std::int32_t>(PixelsBefore(rising, outside)),
+            kHighest - static_cast<std::int32_t>(PixelsBefore(falling, outside))};
+}
+
+ContrastFit FitContrast(std::span<const std::int16_t> frame, CountRange range, CountRange live)
+{
+    if (frame.empty()) return {0, 0, "There is no picture to fit the contrast to."};
+    if (range.Span() != kSmoothSpan) {
+        return {0, 0,
+                Format("The contrast can't be fitted to this picture.\n\nIts range of counts is %d to %d. Contrast "
+                       "follows in small steps only\nwhere the range spans %d counts, as 0 to %d does.",
+                       range.low, range.high, static_cast<int>(kSmoothSpan), static_cast<int>(kSmoothSpan))};
+    }
+
+    // Counts as the table meets them: its first entry belongs to live.low, and a negative count shows as count 0.
+    const CountRange central = CentralCounts(frame);
+    const std::int64_t low = std::int64_t{std::max(central.low, 0)} + live.low;
+    const std::int64_t high = std::int64_t{std::max(central.high, 0)} + live.low;
+
+    ContrastFit best;
+    std::int64_t leastMisfit = std::numeric_limits<std::int64_t>::max();
+    for (std::int32_t contrast = kMinContrast; contrast <= kMaxContrast; ++contrast) {
+        const std::int64_t width = WindowWidth(range.Span(), contrast);
+        for (std::int32_t brightness = kMinBrightness; brightness <= kMaxBrightness; ++brightness) {
+            const LutWindow window = PlaceWindow(range.Span(), width, brightness);
+            const std::int64_t misfit = std::abs(window.start - low) + std::abs(window.end - high);
+            if (misfit >= leastMisfit) continue;
+            leastMisfit = misfit;
+            best = {contrast, brightness, {}};
+        }
+    }
+    return best;
+}
+
+}  // namespace kelvo

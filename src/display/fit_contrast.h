@@ -1,0 +1,29 @@
+// Contrast and brightness that suit a picture: the pair whose window comes nearest to the counts between the darkest
+// and the brightest hundredth of its pixels.
+#pragma once
+
+#include "display/lookup_table.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace kelvo {
+
+// The counts that 1 % of the pixels lie at or below, and at or above: of n sorted pixels number floor((n - 1) / 100)
+// from either end. The frame must not be empty.
+CountRange CentralCounts(std::span<const std::int16_t> frame);
+
+struct ContrastFit {
+    std::int32_t contrast = 0;
+    std::int32_t brightness = 0;
+    std::string reason;  // not empty: why there is no fit, for the operator
+};
+
+// range is LutRange's, live the range of live video, which the table is laid over. Every contrast and brightness is
+// tried; the best has the least |start - low| + |end - high|, and of equal ones the first in rising contrast, then
+// brightness. No fit without pixels, and none for a span other than 16383: only there does the width follow contrast in
+// small steps.
+ContrastFit FitContrast(std::span<const std::int16_t> frame, CountRange range, CountRange live);
+
+}  // namespace kelvo

@@ -1,0 +1,302 @@
+#include "display/units.h"
+
+#include "calib/cal_state.h"
+#include "display/display_state.h"
+#include "grabber/frame_state.h"
+#include "head/head_state.h"
+#include "imagefile/header.h"
+#include "platform/text.h"
+#include "shell/windows.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <string_view>
+
+namespace kelvo {
+
+namespace {
+
+struct UnitNames {
+    std::string_view name;
+    std::string_view unit;
+};
+
+// Latin-1: degree sign 0xB0, superscript two 0xB2, middle dot 0xB7.
+constexpr std::string_view kCelsius =
+    "\xB0"
+    "C";
+constexpr std::string_view kKelvin =
+    "\xB0"
+    "K";
+constexpr std::string_view kFahrenheit =
+    "\xB0"
+    "F";
+constexpr std::string_view kPhotonRadiance = "Ph/cm\xB2\xB7sr\xB7sec";
+constexpr std::string_view kRadiance = "W/cm\xB2\xB7sr";
+constexpr std::string_view kPhotonExitance = "Ph/cm\xB2\xB7sec";
+constexpr std::string_view kExitance = "W/cm\xB2";
+
+constexpr std::array<UnitNames, kUnitCount> kUnits{{
+    {"Signal", "Counts"},
+    {"Signal", "V"},
+    {"Temperature", kCelsius},
+    {"Temperature", kKelvin},
+    {"Temperature", kFahrenheit},
+    {"Radiance", kPhotonRadiance},
+    {"Radiance", kRadiance},
+    {"Exitance", kPhotonExitance},
+    {"Exitance", kExitance},
+    {"Noise", "Counts"},
+    {"Noise", "V"},
+    {"Noise", kCelsius},
+    {"Noise", kKelvin},
+    {"Noise", kFahrenheit},
+    {"Noise", kPhotonRadiance},
+    {"Noise", kRadiance},
+    {"Noise", kPhotonExitance},
+    {"Noise", kExitance},
+    {"Gain", ""},
+    {"Offset", ""},
+    {"Emissivity", ""},
+    {"Value", "Counts"},
+    {"StdDev", "V"},
+    {"StdDev", kCelsius},
+    {"StdDev", kKelvin},
+    {"StdDev", kFahrenheit},
+    {"StdDev", kPhotonRadiance},
+    {"StdDev", kRadiance},
+    {"StdDev", kPhotonExitance},
+    {"StdDev", kExitance},
+}};
+
+constexpr double kNoiseScale = 20.0;  // noise lists hold noise x 20
+constexpr double kRoundingUp = 0.1;   // before a value is cut to a count
+constexpr double kFahrenheitZero = 32.0;
+// Singles, as the coefficients of stored plots were made with them.
+constexpr float kKelvinZero = 273.15F;
+constexpr float kFahrenheitStep = 1.8F;
+
+// What a linear scale of two known points needs, in double.
+struct Calibration {
+    double intensityCold = 0;
+    double intensitySpan = 0;
+    double temperatureCold = 0;
+    double temperatureSpan = 0;
+    bool valid = false;
+};
+
+Calibration CalibrationOf(std::int32_t intensityCold, std::int32_t intensityHot, float temperatureCold,
+                          float temperatureHot)
+{
+    return {static_cast<double>(intensityCold), static_cast<double>(intensityHot) - intensityCold,
+            static_cast<double>(temperatureCold),
+            static_cast<double>(temperatureHot) - static_cast<double>(temperatureCold),
+            intensityCold < intensityHot && temperatureCold < temperatureHot};
+}
+
+Calibration CalibrationOnView()
+{
+    if (ViewingFile) {
+        return CalibrationOf(ImageHeader.IntensityCold, ImageHeader.IntensityHot, ImageHeader.TemperatureCold,
+                             ImageHeader.TemperatureHot);
+    }
+    return CalibrationOf(IntensityCold, IntensityHot, TemperatureCold, TemperatureHot);
+}
+
+bool IsTemperature(std::int32_t unit)
+{
+    return unit >= kUnitCelsius && unit <= kUnitFahrenheit;
+}
+
+bool IsTemperatureDifference(std::int32_t unit)
+{
+    return (unit >= kUnitNoiseCelsius && unit <= kUnitNoiseFahrenheit) ||
+           (unit >= kUnitDeviationCelsius && unit <= kUnitDeviationFahrenheit);
+}
+
+// A difference has no zero to shift: only its step is scaled, and only for Fahrenheit.
+bool IsFahrenheitDifference(std::int32_t unit)
+{
+    return unit == kUnitNoiseFahrenheit || unit == kUnitDeviationFahrenheit;
+}
+
+double FromCelsius(double celsius, std::int32_t unit)
+{
+    if (unit == kUnitKelvin) return celsius + static_cast<double>(kKelvinZero);
+    if (unit == kUnitFahrenheit) return celsius * static_cast<double>(kFahrenheitStep) + kFahrenheitZero;
+    if (IsFahrenheitDifference(unit)) return celsius * static_cast<double>(kFahrenheitStep);
+    return celsius;
+}
+
+// Kelvin is added here too, as on the way out.
+double ToCelsius(double value, std::int32_t unit)
+{
+    if (unit == kUnitKelvin) return value + static_cast<double>(kKelvinZero);
+    if (unit == kUnitFahrenheit) return (value - kFahrenheitZero) / static_cast<double>(kFahrenheitStep);
+    if (IsFahrenheitDifference(unit)) return value / static_cast<double>(kFahrenheitStep);
+    return value;
+}
+
+double CelsiusOf(double counts, std::int32_t unit, const Calibration& cal)
+{
+    if (IsTemperature(unit)) {
+        return cal.temperatureSpan * (counts - cal.intensityCold) / cal.intensitySpan + cal.temperatureCold;
+    }
+    if (unit <= kUnitNoiseFahrenheit) return counts / kNoiseScale * cal.temperatureSpan / cal.intensitySpan;
+    const double scaled = counts / static_cast<double>(ViewScaleGain) + static_cast<double>(ViewScaleOffset);
+    return scaled * cal.temperatureSpan / cal.intensitySpan;
+}
+
+// Toward zero; what lies beyond the integers stays at their end, what is no number is 0.
+std::int64_t Truncated(double value)
+{
+    constexpr double kReach = 4611686018427387904.0;  // 2^62: two of these still add up
+    if (std::isnan(value)) return 0;
+    return static_cast<std::int64_t>(std::clamp(value, -kReach, kReach));
+}
+
+std::int64_t UnlimitedCounts(double value, std::int32_t unit)
+{
+    const Calibration cal = CalibrationOnView();
+    if ((IsTemperature(unit) || IsTemperatureDifference(unit)) && cal.valid) {
+        const double celsius = ToCelsius(value, unit);
+        if (IsTemperatureDifference(unit)) return Truncated(cal.intensitySpan * celsius / cal.temperatureSpan);
+        return Truncated((celsius - cal.temperatureCold) * cal.intensitySpan / cal.temperatureSpan + cal.intensityCold);
+    }
+    switch (unit) {
+        case kUnitVolts:
+        case kUnitNoiseVolts:
+        case kUnitDeviationVolts: {
+            const double volts = static_cast<double>(VoltsHigh) - static_cast<double>(VoltsLow);
+            const double range = static_cast<double>(DisplayHigh) - DisplayLow;
+            return Truncated((value - static_cast<double>(VoltsLow)) * range / volts) + DisplayLow;
+        }
+        case kUnitGain:
+        case kUnitOffset:
+            return Truncated(value);
+        case kUnitValue:
+            return Truncated((value - static_cast<double>(ViewScaleOffset)) * static_cast<double>(ViewScaleGain) +
+                             kRoundingUp);
+        default:
+            return Truncated(std::floor(value + kRoundingUp));
+    }
+}
+
+bool HasExtension(std::string_view extension, std::initializer_list<std::string_view> list)
+{
+    return std::ranges::any_of(list, [&](std::string_view one) { return EqualIgnoringCase(extension, one); });
+}
+
+}  // namespace
+
+float CountsToUnit(std::int32_t counts, std::int32_t unit, std::string* text)
+{
+    const auto count = static_cast<double>(counts);
+    const double volts = static_cast<double>(VoltsHigh) - static_cast<double>(VoltsLow);
+    const double range = static_cast<double>(DisplayHigh) - DisplayLow;
+    const auto gain = static_cast<double>(ViewScaleGain);
+    const Calibration cal = CalibrationOnView();
+
+    const auto result = [&](double value, int decimals) {
+        const auto single = static_cast<float>(value);
+        if (text) *text = Format("%.*f", decimals, static_cast<double>(single));
+        return single;
+    };
+
+    if ((IsTemperature(unit) || IsTemperatureDifference(unit)) && cal.valid) {
+        return result(FromCelsius(CelsiusOf(count, unit, cal), unit), 3);
+    }
+    switch (unit) {
+        case kUnitVolts:
+            return result(volts * (count - DisplayLow) / range + static_cast<double>(VoltsLow), 3);
+        case kUnitNoiseCounts:
+            return result(count / kNoiseScale, 3);
+        case kUnitNoiseVolts:
+            return result(volts * (count / kNoiseScale) / range, 4);
+        case kUnitGain:
+        case kUnitOffset:
+        case kUnitValue:
+            return result(count / gain + static_cast<double>(ViewScaleOffset), 3);
+        // Times the gain and plus the gain, where its neighbours divide by it and add the offset: required as it is.
+        case kUnitDeviationVolts:
+            return result(volts * (count * gain + gain) / range, 4);
+        default:
+            break;
+    }
+    if (text) *text = Format("%d", counts);
+    return static_cast<float>(counts);
+}
+
+std::int32_t UnitToCounts(float value, std::int32_t unit)
+{
+    const std::int32_t low = ViewingFile ? ImageHeader.DisplayLow : DisplayLow;
+    const std::int32_t high = ViewingFile ? ImageHeader.DisplayHigh : DisplayHigh;
+    const std::int64_t counts = UnlimitedCounts(static_cast<double>(value), unit);
+    return static_cast<std::int32_t>(std::max<std::int64_t>(std::min<std::int64_t>(counts, high), low));
+}
+
+void GetUnitName(std::int32_t unit, std::string& name, std::string& unitText)
+{
+    const bool known = unit >= 0 && unit < kUnitCount;
+    const UnitNames& names = kUnits[static_cast<std::size_t>(known ? unit : kUnitCounts)];
+    name = names.name;
+    unitText = names.unit;
+}
+
+int IsUnitAvailable(std::int32_t unit)
+{
+    std::string extension;
+    if (ViewingFile) SplitPath(ViewFilePath, nullptr, nullptr, nullptr, &extension);
+    const bool picture = !HasExtension(extension, {".noi", ".off", ".gai", ".sdv", ".flt"});
+    const bool noise = ViewingFile && HasExtension(extension, {".noi"});
+    const bool storedTemperatures = ImageHeader.TemperatureCold < ImageHeader.TemperatureHot;
+
+    switch (unit) {
+        case kUnitCelsius:
+        case kUnitKelvin:
+        case kUnitFahrenheit:
+            if (ViewingFile) return picture && storedTemperatures;
+            return CalType > 1 && TemperatureCold < TemperatureHot;
+        case kUnitNoiseCounts:
+            return noise;
+        case kUnitNoiseVolts:
+        case kUnitNoiseCelsius:
+        case kUnitNoiseKelvin:
+        case kUnitNoiseFahrenheit:
+            return noise && storedTemperatures;
+        case kUnitGain:
+            return ViewingFile && HasExtension(extension, {".gai"});
+        case kUnitOffset:
+            return ViewingFile && HasExtension(extension, {".off"});
+        case kUnitValue: {
+            constexpr std::int16_t kFloats = 8;
+            return ViewingFile && ImageHeader.DataType == kFloats;
+        }
+        // A deviation would need a file that is .sdv and .flt at once, and the radiometric units have no formula.
+        case kUnitDeviationVolts:
+        case kUnitDeviationCelsius:
+        case kUnitDeviationKelvin:
+        case kUnitDeviationFahrenheit:
+        case 5:
+        case 6:
+        case 7:
+        case 8:
+        case 14:
+        case 15:
+        case 16:
+        case 17:
+        case 20:
+        case 26:
+        case 27:
+        case 28:
+        case 29:
+            return 0;
+        default:
+            return picture;
+    }
+}
+
+}  // namespace kelvo

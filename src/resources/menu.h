@@ -1,0 +1,16 @@
+// The main menu and the accelerator table "KELVO", as tables.
+#pragma once
+
+#include "platform/menu.h"
+
+#include <span>
+
+namespace kelvo {
+
+std::span<const MenuEntry> MainMenu();
+std::span<const Accelerator> MainAccelerators();
+
+// The help page of a command, 0 for a command without one.
+int HelpContextOf(int command);
+
+}  // namespace kelvo

@@ -1,0 +1,101 @@
+// The settings that a first start finds.
+#include "config/settings.h"
+#include "config/settings_fixture.h"
+#include "display/display_state.h"
+#include "platform/profile.h"
+#include "shell/windows.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace kelvo {
+namespace {
+
+class ShippedDefaults : public SettingsTest {
+  protected:
+    void SetUp() override
+    {
+        SettingsTest::SetUp();
+        for (const char* name : {"kelvo.ini", "camera.ini", "platform.ini", "buffbrd.ini"}) {
+            ASSERT_TRUE(std::filesystem::copy_file(std::string(KELVO_DEFAULTS "/") + name, directory / name)) << name;
+        }
+    }
+
+    std::string Machine(const char* section, const char* key)
+    {
+        return GetPrivateProfileString(section, key, "missing", directory / "platform.ini");
+    }
+};
+
+TEST_F(ShippedDefaults, TheActiveCameraIsTheInSbViewer)
+{
+    ReadAll();
+    EXPECT_EQ(ActiveCamera, 2);
+    EXPECT_EQ(ActiveConfig.Hroi, 320);
+    EXPECT_EQ(ActiveConfig.Hactive, 320);
+    EXPECT_EQ(ActiveConfig.Vroi, 256);
+    EXPECT_EQ(ActiveConfig.Vactive, 256);
+    EXPECT_EQ(ActiveConfig.UnityGain, 16384);
+    EXPECT_EQ(ActiveConfig.UnityOffset, 8192);
+    EXPECT_EQ(ActiveConfig.ZeroOffset, 0);
+    EXPECT_EQ(ActiveConfig.DecomScheme, 2);
+    EXPECT_EQ(ActiveConfig.BufferCapture, 1);
+    EXPECT_EQ(nCommPort, 2);
+    EXPECT_EQ(Xzoom, 3);
+    EXPECT_EQ(Yzoom, 3);
+    EXPECT_EQ(ActiveConfig.Description.find("J108"), std::string::npos);
+}
+
+TEST_F(ShippedDefaults, TheDisplayShowsTheSampleWell)
+{
+    ReadAll();
+    EXPECT_EQ(Contrast, 76);
+    EXPECT_EQ(Brightness, 837);
+    EXPECT_EQ(ImageColor, 1230);
+}
+
+TEST_F(ShippedDefaults, TheOtherCamerasAreDescribed)
+{
+    struct Case {
+        int number, width, height, port, zoom;
+        bool hgCdTe;
+    };
+    for (const Case& each : {Case{1, 640, 512, 1, 2, false}, Case{3, 64, 64, 3, 8, true}}) {
+        CameraConfig record;
+        ReadCameraConfig(each.number, 1, record);
+        EXPECT_EQ(record.Hroi, each.width);
+        EXPECT_EQ(record.Hactive, each.width);
+        EXPECT_EQ(record.Vroi, each.height);
+        EXPECT_EQ(record.Vactive, each.height);
+        EXPECT_EQ(nCommPort, each.port);
+        EXPECT_EQ(record.Xzoom, each.zoom);
+        EXPECT_EQ(record.Yzoom, each.zoom);
+        EXPECT_EQ(record.Description.find("J108") != std::string::npos, each.hgCdTe);
+        EXPECT_EQ(record.UnityGain, 16384);
+        EXPECT_EQ(record.UnityOffset, 8192);
+    }
+}
+
+TEST_F(ShippedDefaults, NoHeadAndNoBoardAreWired)
+{
+    for (const char* port : {"COM1", "COM2", "COM3"}) EXPECT_EQ(Machine("Ports", port), "none");
+    EXPECT_EQ(Machine("Board", "Board"), "none");
+}
+
+TEST_F(ShippedDefaults, EveryCameraHasTheSameKeys)
+{
+    for (const char* key : {"Description", "Vtotal", "Htotal", "Xoffset", "SignalMultiplier", "VoltsPerCountVsGain"}) {
+        for (const char* section : {"Camera.1", "Camera.2", "Camera.3"}) {
+            EXPECT_TRUE(HasProfileKey(section, key, CameraFilePath)) << section << ' ' << key;
+        }
+    }
+}
+
+TEST_F(ShippedDefaults, ReadingThemChangesNoFile)
+{
+    ReadAll();
+    EXPECT_FALSE(ProfilesPending());
+}
+
+}  // namespace
+}  // namespace kelvo
