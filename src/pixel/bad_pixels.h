@@ -1,0 +1,40 @@
+// Bad detectors: which ones are bad, as lists on disk tell it.
+//
+// A bad pixel is never patched in an image: its entry in DecomList is pointed at the raw sample of a good neighbour, so
+// that substitution costs nothing per frame. The map says which pixels want that.
+//
+// A .bad file is text, one detector a line, image row first, then column: "%4d,%4d". There is no header line.
+#pragma once
+
+#include "config/camera_config.h"
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+// One byte a pixel, image order, Vroi x Hroi; non-zero marks a bad detector.
+using BadDetMap = std::vector<std::uint8_t>;
+
+// Reads a .bad file into a map of Vroi x Hroi bytes; marks that stand are kept. 1, or 0 after the box "Could not open
+// file %s" where the file can't be opened or is longer than 64 MB.
+//
+// Lines that don't scan, or name a pixel outside the region, are told and don't stop the reading: "Line #%d
+// ignored,\"%s\"", the number being the last index marked plus 1. Such a line still marks: one that doesn't scan the
+// pixel before it again, one outside the region the entry that row x Hroi + column gives, if the map has it. From the
+// 21st such line on only their number is told, in one box at the end. Lines are read in pieces of 79 characters; empty
+// ones are passed over.
+int LoadBadDetFile(std::string_view path, BadDetMap& badMap, const CameraConfig& config);
+
+// Writes every marked pixel, row-major. 1, or 0 after the box "Could not save file: %s" (a file that stood there
+// stays).
+int WriteBadDetFile(std::string_view path, const BadDetMap& badMap, const CameraConfig& config);
+
+// The same reading into a new map of width x height bytes. nullopt after a box under "ReadBadPixelFile() Error":
+// "Memory allocation failure!" (also for sides that aren't positive) or "Could not open file %s". Boxes about lines
+// stand under that title too.
+std::optional<BadDetMap> ReadBadPixelFile(std::string_view path, std::int32_t width, std::int32_t height);
+
+}  // namespace kelvo

@@ -1,0 +1,67 @@
+// Operator scripts: a Lua program that sits where the operator sits. docs/scripts.md is the reference of its calls.
+//
+// The script is a coroutine on the main thread. Each acting call queues its action and yields; the script goes on when
+// the program next waits, inside modal dialogs and message boxes too. What only looks reads at once. Before the program
+// has waited for the first time both wait for that moment, so that a script's first line finds the boxes of the start.
+//
+// main() calls it like this:
+//
+//     StartApplication(commandLine);
+//     if (!commandLine.scriptFile.empty()) {
+//         std::string error;
+//         if (!StartScript(commandLine.scriptFile, commandLine.scriptArguments, error)) {
+//             std::fprintf(stderr, "%s\n", error.c_str());
+//             return 1;
+//         }
+//     }
+//     return FinishScript(WinMain(...));
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+// What scripts ask of modules above the platform. The shell sets them at the start; one that isn't set reads as "there
+// is none".
+struct ScriptHooks {
+    // The count at column x, row y of the frame on view, image coordinates from 0. nullopt: no frame, or outside it.
+    std::function<std::optional<int>(int x, int y)> pixel;
+    // The i-th sample of the raw frame, in readout order from 0. nullopt: no frame, or outside it.
+    std::function<std::optional<int>(std::int64_t i)> raw;
+
+    // The simulated camera's bench. Puts a source ("low", "high", "scene") in front of the camera, at a temperature in
+    // degrees Celsius if one is given; empty, or why it can't be.
+    std::function<std::string(std::string_view source, std::optional<double> degreesC)> source;
+    // What the detector at column x, row y really is, as named numbers ("gain", "offset", "dead"); empty outside it.
+    std::function<std::vector<std::pair<std::string, double>>(int x, int y)> truth;
+};
+void SetScriptHooks(ScriptHooks hooks);
+
+// Reads the script, compiles it and runs it up to its first call that acts or looks: what it does before that
+// (sim.fault) holds for the whole start. arguments reach it as arg[1], arg[2], ... and as "...", the path as arg[0].
+// Relative names in the calls that take a path mean the directory in which the process is now.
+// False with a message (file, line and traceback for an error of the script) if it can't be read, doesn't compile or
+// fails so early; then no script runs. After StartApplication, before the first window.
+bool StartScript(const std::string& path, const std::vector<std::string>& arguments, std::string& error);
+
+// True from StartScript to the end of the script.
+bool ScriptRuns();
+
+// After the program has ended: a script that isn't finished goes on once, so that it can read the transcript and module
+// state; acting calls fail from here on. The exit code of the process: the script's (0, the number that it returned, 1
+// after an error or with a dialog left open), or programExitCode if there was no script.
+//
+// While the program runs, a script's end closes it: what is in front is dismissed, then the main window gets WM_CLOSE.
+int FinishScript(int programExitCode);
+
+// The live cycle calls it after each frame that it has shown. It counts for frames(n), and as a moment at which the
+// program waits: with live video the next frame is always due. Cheap where no script runs.
+void NoteScriptFrame();
+
+}  // namespace kelvo

@@ -1,0 +1,244 @@
+// The shape of the tree: who may include whom. A module is a file pair, known by its path without extension.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Module = std::string;
+using IncludeGraph = std::map<Module, std::set<Module>>;
+
+// A module may include what stands at its own height or below. Leaves: what the platform offers and the state that many
+// read. Calculation and formats know no window. Then the procedures and dialogs, folder by folder.
+enum Rank { kLeaf, kCalculation, kDisplay, kGrabber, kHead, kAcquire, kImageFiles, kCalibration, kAnalysis, kShell };
+
+struct Place {
+    std::string_view prefix;  // of a module's path; the longest that fits counts
+    Rank rank;
+};
+
+// A new module has the height of its folder. One that only calculates, or reads and writes a format, gets a line of its
+// own when something lower than its folder wants it.
+constexpr Place kPlaces[] = {
+    {"platform/", kLeaf},
+    {"resources/", kLeaf},
+    {"shell/windows", kLeaf},
+    {"shell/status", kLeaf},
+    {"grabber/frame_state", kLeaf},
+    {"display/display_state", kLeaf},
+    {"calib/cal_state", kLeaf},
+    {"config/camera_config", kLeaf},
+    {"head/head_state", kLeaf},
+
+    {"config/", kCalculation},
+    {"dibapi32/", kCalculation},
+    {"pixel/", kCalculation},
+    {"imagefile/header", kCalculation},
+
+    {"display/", kDisplay},
+    {"grabber/", kGrabber},
+    {"simcam/", kGrabber},
+    {"head/", kHead},
+    {"acquire/", kAcquire},
+    {"imagefile/", kImageFiles},
+    {"calib/", kCalibration},
+    {"analysis/", kAnalysis},
+    {"usermod/", kAnalysis},
+    {"shell/", kShell},
+};
+
+std::optional<Rank> RankOf(std::string_view module)
+{
+    const Place* best = nullptr;
+    for (const Place& place : kPlaces) {
+        if (module.starts_with(place.prefix) && (!best || place.prefix.size() > best->prefix.size())) best = &place;
+    }
+    if (!best) return std::nullopt;
+    return best->rank;
+}
+
+// shell/status speaks for everyone and is read by the platform's scripts; what it describes are leaves and the header.
+bool IsAgreedException(const Module& from, const Module& to)
+{
+    return from == "shell/status" && to == "imagefile/header";
+}
+
+std::vector<std::string> UpwardIncludes(const IncludeGraph& graph)
+{
+    std::vector<std::string> upward;
+    for (const auto& [from, targets] : graph) {
+        for (const Module& to : targets) {
+            if (*RankOf(to) > *RankOf(from) && !IsAgreedException(from, to)) upward.push_back(from + " -> " + to);
+        }
+    }
+    return upward;
+}
+
+enum class Mark { kOpen, kDone };
+
+// Follows the includes; a module met again on the way to itself closes a circle.
+void FindCircles(const IncludeGraph& graph, const Module& module, std::map<Module, Mark>& marks,
+                 std::vector<Module>& way, std::vector<std::string>& circles)
+{
+    if (const auto mark = marks.find(module); mark != marks.end()) {
+        if (mark->second == Mark::kDone) return;
+        std::string circle;
+        for (auto step = std::find(way.begin(), way.end(), module); step != way.end(); ++step) circle += *step + " -> ";
+        circles.push_back(circle + module);
+        return;
+    }
+    marks[module] = Mark::kOpen;
+    way.push_back(module);
+    if (const auto found = graph.find(module); found != graph.end()) {
+        for (const Module& target : found->second) FindCircles(graph, target, marks, way, circles);
+    }
+    way.pop_back();
+    marks[module] = Mark::kDone;
+}
+
+std::vector<std::string> Circles(const IncludeGraph& graph)
+{
+    std::map<Module, Mark> marks;
+    std::vector<Module> way;
+    std::vector<std::string> circles;
+    for (const auto& [module, targets] : graph) FindCircles(graph, module, marks, way, circles);
+    return circles;
+}
+
+bool IsSource(const std::filesystem::path& path)
+{
+    return path.extension() == ".h" || path.extension() == ".cpp";
+}
+
+Module ModuleOf(std::filesystem::path path)
+{
+    return path.replace_extension().generic_string();
+}
+
+std::vector<std::filesystem::path> Sources()
+{
+    const std::filesystem::path root = KELVO_SOURCE_ROOT;
+    std::vector<std::filesystem::path> sources;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+        if (entry.is_regular_file() && IsSource(entry.path())) sources.push_back(entry.path().lexically_relative(root));
+    }
+    return sources;
+}
+
+// The quoted names of a source; what stands in angle brackets isn't ours.
+std::vector<std::string> QuotedIncludes(std::istream& source)
+{
+    static const std::regex kInclude(R"(^\s*#\s*include\s*"([^"]+)\")");
+    std::vector<std::string> includes;
+    std::smatch match;
+    for (std::string line; std::getline(source, line);) {
+        if (std::regex_search(line, match, kInclude)) includes.push_back(match[1]);
+    }
+    return includes;
+}
+
+// Includes name files from src/; one that doesn't exist there is generated (a .moc, a .ui header) and not ours to
+// judge.
+IncludeGraph ReadGraph()
+{
+    const std::filesystem::path root = KELVO_SOURCE_ROOT;
+    IncludeGraph graph;
+    for (const auto& path : Sources()) {
+        std::ifstream source(root / path);
+        std::set<Module>& targets = graph[ModuleOf(path)];
+        for (const std::string& include : QuotedIncludes(source)) {
+            const Module target = ModuleOf(include);
+            if (target != ModuleOf(path) && std::filesystem::exists(root / include)) targets.insert(target);
+        }
+    }
+    return graph;
+}
+
+TEST(Structure, EveryModuleHasAPlaceInTheOrder)
+{
+    for (const auto& [module, targets] : ReadGraph()) {
+        EXPECT_TRUE(RankOf(module)) << module << " stands in a folder that kPlaces doesn't know";
+    }
+}
+
+TEST(Structure, IncludesRunOnlyDownward)
+{
+    EXPECT_THAT(UpwardIncludes(ReadGraph()), IsEmpty());
+}
+
+TEST(Structure, NoIncludeCircleStands)
+{
+    EXPECT_THAT(Circles(ReadGraph()), IsEmpty());
+}
+
+TEST(Structure, IncludesNameFilesFromTheSourceRoot)
+{
+    const std::filesystem::path root = KELVO_SOURCE_ROOT;
+    for (const auto& path : Sources()) {
+        std::ifstream source(root / path);
+        for (const std::string& include : QuotedIncludes(source)) {
+            const bool beside = std::filesystem::exists((root / path).parent_path() / include);
+            EXPECT_FALSE(beside && !std::filesystem::exists(root / include))
+                << path << ": write \"" << include << "\" with its folder";
+        }
+    }
+}
+
+// The tests above hold only if the walk sees the tree and the two searches find what they are for.
+
+TEST(StructureSearch, ReadsTheTree)
+{
+    const IncludeGraph graph = ReadGraph();
+    ASSERT_TRUE(graph.contains("platform/script"));
+    EXPECT_TRUE(graph.at("platform/script").contains("platform/front"));
+    EXPECT_GT(graph.size(), 30U);
+}
+
+TEST(StructureSearch, FindsAnIncludeThatRunsUpward)
+{
+    const IncludeGraph graph = {{"display/color_map", {"shell/main_window", "display/display_state"}}};
+    EXPECT_THAT(UpwardIncludes(graph), ElementsAre("display/color_map -> shell/main_window"));
+}
+
+TEST(StructureSearch, FindsACircleOverSeveralModules)
+{
+    const IncludeGraph graph = {{"a", {"b"}}, {"b", {"c"}}, {"c", {"b", "d"}}, {"d", {}}};
+    EXPECT_THAT(Circles(graph), ElementsAre("b -> c -> b"));
+}
+
+TEST(StructureSearch, TakesNoTwoWaysToOneModuleForACircle)
+{
+    const IncludeGraph graph = {{"a", {"b", "c"}}, {"b", {"d"}}, {"c", {"d"}}, {"d", {}}};
+    EXPECT_THAT(Circles(graph), IsEmpty());
+}
+
+TEST(StructureSearch, TheLongestPrefixGivesTheRank)
+{
+    EXPECT_EQ(RankOf("imagefile/header"), kCalculation);
+    EXPECT_EQ(RankOf("imagefile/viewing"), kImageFiles);
+    EXPECT_EQ(RankOf("shell/windows"), kLeaf);
+    EXPECT_EQ(RankOf("elsewhere/module"), std::nullopt);
+}
+
+TEST(StructureSearch, ReadsQuotedIncludesOnly)
+{
+    std::istringstream source(
+        "#include <vector>\n  # include \"a/b.h\"\n// #include \"c/d.h\"\n#include \"e/f.h\"  // why\n");
+    EXPECT_THAT(QuotedIncludes(source), ElementsAre("a/b.h", "e/f.h"));
+}
+
+}  // namespace
