@@ -41,14 +41,13 @@ void RequireOthersKept(std::string_view before, std::string_view after, std::str
 {
     ProfileScanner scanner(before);
     std::string_view section;
-    for (int keys = 0; keys < 20;) {
-        const auto line = scanner.Next();
-        if (!line) break;
-        if (line->kind == ProfileLine::Kind::kSection) section = line->name;
-        if (line->kind != ProfileLine::Kind::kKey) continue;
+    ProfileLine line;
+    for (int keys = 0; keys < 20 && scanner.Next(line);) {
+        if (line.kind == ProfileLine::Kind::kSection) section = line.name;
+        if (line.kind != ProfileLine::Kind::kKey) continue;
         ++keys;
-        if (EqualIgnoringCase(section, kSection) && EqualIgnoringCase(line->name, key)) continue;
-        Require(ProfileText(before, section, line->name, "") == ProfileText(after, section, line->name, ""));
+        if (EqualIgnoringCase(section, kSection) && EqualIgnoringCase(line.name, key)) continue;
+        Require(ProfileText(before, section, line.name, "") == ProfileText(after, section, line.name, ""));
     }
 }
 
@@ -56,9 +55,9 @@ void RequireLinesCoverText(std::string_view contents)
 {
     ProfileScanner scanner(contents);
     std::size_t end = 0;
-    while (const auto line = scanner.Next()) {
-        Require(line->start == end && line->next > line->start);
-        end = line->next;
+    for (ProfileLine line; scanner.Next(line);) {
+        Require(line.start == end && line.next > line.start);
+        end = line.next;
     }
     Require(end == contents.size());
 }

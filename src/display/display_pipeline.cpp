@@ -20,9 +20,10 @@
 #include "shell/status.h"
 #include "shell/windows.h"
 
-#include <array>
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace kelvo {
 
@@ -52,6 +53,13 @@ void FillDisplayLut(std::int32_t contrast, std::int32_t brightness)
 void WriteCameraKey(const char* key, std::int32_t value)
 {
     WritePrivateProfileString(ActiveCameraSection(), key, Format("%d", value), CameraFilePath);
+}
+
+// A settings file can say any zoom; a picture's corner stays within the integers.
+int PaintZoom(std::int32_t zoom)
+{
+    constexpr int kLargest = 1000;
+    return std::clamp(zoom, 0, kLargest);
 }
 
 void EraseStrip(HWND window, const Rect& strip)
@@ -87,8 +95,8 @@ std::span<const std::int16_t> FramePixelsOnView()
     if (!ViewingFile) return LiveFrame;
     const std::span<const std::int16_t> pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
     if (ImageHeader.ImageWidth <= 0 || ImageHeader.ImageHeight <= 0) return {};
-    const std::size_t size = static_cast<std::size_t>(ImageHeader.ImageWidth) *
-                             static_cast<std::size_t>(ImageHeader.ImageHeight);
+    const std::size_t size =
+        static_cast<std::size_t>(ImageHeader.ImageWidth) * static_cast<std::size_t>(ImageHeader.ImageHeight);
     return size <= pixels.size() ? pixels.first(size) : std::span<const std::int16_t>{};
 }
 
@@ -136,8 +144,10 @@ void PaintBitmap(const Dib& bitmap, HWND window)
     const int left = client.left;
     const int top = client.top + (isMain ? PanelHeight() : 0);
     // What the picture covers: at a fractional device ratio its blocks are whole device pixels, not zoom x ratio.
-    const int right = left + ScaledExtent(window, width, Xzoom);
-    const int bottom = top + ScaledExtent(window, height, Yzoom);
+    const int xzoom = PaintZoom(Xzoom);
+    const int yzoom = PaintZoom(Yzoom);
+    const int right = left + ScaledExtent(window, width, xzoom);
+    const int bottom = top + ScaledExtent(window, height, yzoom);
 
     EraseMargin(window, right, bottom);
     LastPaintRight = right;
@@ -145,7 +155,7 @@ void PaintBitmap(const Dib& bitmap, HWND window)
     if (isMain) SetScrollExtent(window, {right, bottom}, PanelHeight(), TextHeight);
 
     const std::optional<Palette> palette = PaletteFromDib(bitmap);
-    PaintDib(window, {left, top, left + width * Xzoom, top + height * Yzoom}, bitmap, {0, 0, width, height},
+    PaintDib(window, {left, top, left + width * xzoom, top + height * yzoom}, bitmap, {0, 0, width, height},
              palette ? &*palette : nullptr);
 }
 
@@ -193,9 +203,9 @@ void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on)
     std::string name;
     std::string unit;
     GetUnitName(DisplayUnit, name, unit);
-    StatusMessage(Format("x=%3d  y=%3d  %s=%s %s     ", x, y, name.c_str(), value.c_str(),
-                         WithoutDegreeSign(unit).c_str()),
-                  static_cast<int>(TextAlign::kCentre));
+    StatusMessage(
+        Format("x=%3d  y=%3d  %s=%s %s     ", x, y, name.c_str(), value.c_str(), WithoutDegreeSign(unit).c_str()),
+        static_cast<int>(TextAlign::kCentre));
 }
 
 void ImageToScreen(std::int32_t& x, std::int32_t& y)

@@ -25,9 +25,10 @@ struct FrameRect {
 FrameRect DefaultFrameRect();
 
 // A bitmap of a rectangle of the frame (null: DefaultFrameRect), whose rows are as long as the rectangle's right side
-// says: source row r starts at element r x (right + 1) + left. The top isn't part of it, so that a vertical pan shortens
-// the picture at the bottom and doesn't move it, and rows follow the frame's own only where the rectangle reaches the
-// frame's last column. Elements outside the frame are byte 0. An empty rectangle gives a bitmap without pixels.
+// says: source row r starts at element r x (right + 1) + left. The top isn't part of it, so that a vertical pan
+// shortens the picture at the bottom and doesn't move it, and rows follow the frame's own only where the rectangle
+// reaches the frame's last column. Elements outside the frame are byte 0. An empty rectangle gives a bitmap without
+// pixels.
 //
 // Null, with nothing shown: memory is refused, a side is negative, or a file is on view whose header says more pixels
 // than frame holds. DisplayLut and ColorMap must stand (EnsureDisplayLut); without a table every pixel is 0.

@@ -185,7 +185,8 @@ std::optional<std::string> BehindLinks(std::string path)
         const ssize_t length = readlink(path.c_str(), target.data(), target.size());
         if (length < 0) return path;
         target.resize(static_cast<std::size_t>(length));
-        path = target.starts_with('/') ? target : DirectoryOf(path) + target;
+        if (!target.starts_with('/')) target.insert(0, DirectoryOf(path));
+        path = std::move(target);
     }
     errno = ELOOP;
     return std::nullopt;
@@ -292,7 +293,7 @@ std::string ResolvePath(std::string_view path)
 {
     // No file can have such a name, and a cut one would be another file.
     if (path.find('\0') != std::string_view::npos) return {};
-    const std::string wanted = OwnForm(path);
+    std::string wanted = OwnForm(path);
     if (wanted.size() >= PATH_MAX || Stands(wanted)) return wanted;
 
     const bool closed = wanted.ends_with('/');

@@ -85,12 +85,15 @@ std::string IndexKey(std::string_view section, std::string_view key)
 std::unordered_map<std::string, std::string> IndexOf(std::string_view contents)
 {
     std::unordered_map<std::string, std::string> values;
-    std::optional<std::string_view> section;
+    std::string_view section;
+    bool inSection = false;  // lines above the first section are nobody's
     ProfileScanner scanner(contents);
-    while (const auto line = scanner.Next()) {
-        if (line->kind == ProfileLine::Kind::kSection) section = line->name;
-        if (line->kind == ProfileLine::Kind::kKey && section) {
-            values.try_emplace(IndexKey(*section, line->name), line->value);
+    for (ProfileLine line; scanner.Next(line);) {
+        if (line.kind == ProfileLine::Kind::kSection) {
+            section = line.name;
+            inSection = true;
+        } else if (line.kind == ProfileLine::Kind::kKey && inSection) {
+            values.try_emplace(IndexKey(section, line.name), line.value);
         }
     }
     return values;

@@ -42,10 +42,4 @@ bool ProfilesPending();
 // Forgets pending writes and everything read of the file: after another program part replaced it as a whole.
 void ForgetProfile(std::string_view file);
 
-// Pure text operations under the above, for tests and the fuzz target. Both take any bytes.
-std::string ProfileText(std::string_view contents, std::string_view section, std::string_view key,
-                        std::string_view defaultValue);
-std::string WithProfileKey(std::string_view contents, std::string_view section, std::string_view key,
-                           const std::string_view* value);  // null deletes the key
-
 }  // namespace kelvo

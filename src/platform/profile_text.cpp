@@ -3,6 +3,8 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace kelvo {
 
@@ -70,15 +72,15 @@ Place Find(std::string_view contents, std::string_view section, std::string_view
     bool inside = false;
     bool first = true;  // new keys go to the first section of that name
     ProfileScanner scanner(contents);
-    while (const auto line = scanner.Next()) {
-        if (line->kind == ProfileLine::Kind::kSection) {
+    for (ProfileLine line; scanner.Next(line);) {
+        if (line.kind == ProfileLine::Kind::kSection) {
             first = first && !inside;
-            inside = EqualIgnoringCase(line->name, section);
+            inside = EqualIgnoringCase(line.name, section);
         }
         if (!inside) continue;
-        if (first && !IsBlank(contents.substr(line->start, line->next - line->start))) place.insertion = line->next;
-        if (line->kind == ProfileLine::Kind::kKey && EqualIgnoringCase(line->name, key)) {
-            place.keyLines.push_back(*line);
+        if (first && !IsBlank(contents.substr(line.start, line.next - line.start))) place.insertion = line.next;
+        if (line.kind == ProfileLine::Kind::kKey && EqualIgnoringCase(line.name, key)) {
+            place.keyLines.push_back(line);
         }
     }
     return place;
@@ -118,10 +120,10 @@ std::string WithNewSection(std::string_view contents, std::string_view section, 
 
 }  // namespace
 
-std::optional<ProfileLine> ProfileScanner::Next()
+bool ProfileScanner::Next(ProfileLine& line)
 {
-    if (position_ >= contents_.size()) return std::nullopt;
-    ProfileLine line;
+    if (position_ >= contents_.size()) return false;
+    line = ProfileLine();
     line.start = position_;
     const std::size_t newline = contents_.find('\n', position_);
     line.next = newline == std::string_view::npos ? contents_.size() : newline + 1;
@@ -130,10 +132,10 @@ std::optional<ProfileLine> ProfileScanner::Next()
     std::string_view text = contents_.substr(line.start, line.next - line.start);
     if (line.start == 0 && text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
     text = Trimmed(text);
-    if (text.starts_with(';')) return line;
+    if (text.starts_with(';')) return true;
     if (text.starts_with('[')) {
         const std::size_t close = text.find(']');
-        if (close == std::string_view::npos) return line;
+        if (close == std::string_view::npos) return true;
         line.kind = ProfileLine::Kind::kSection;
         line.name = Trimmed(text.substr(1, close - 1));
     } else if (const std::size_t equals = text.find('='); equals != std::string_view::npos) {
@@ -145,7 +147,7 @@ std::optional<ProfileLine> ProfileScanner::Next()
         line.valueStart = static_cast<std::size_t>(
             (line.rawValue.empty() ? text.data() + equals + 1 : line.rawValue.data()) - contents_.data());
     }
-    return line;
+    return true;
 }
 
 std::string ProfileText(std::string_view contents, std::string_view section, std::string_view key,

@@ -1,16 +1,20 @@
-// How the text of a profile file is taken apart: the lines under ProfileText and WithProfileKey, shared with the files'
-// index of keys.
+// The text of a profile file, taken apart and put together: what stands under the files of platform/profile.h. All of
+// it takes any bytes.
 #pragma once
-
-#include "platform/profile.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
-#include <vector>
 
 namespace kelvo {
+
+// What GetPrivateProfileString and WritePrivateProfileString do, on the file's contents.
+std::string ProfileText(std::string_view contents, std::string_view section, std::string_view key,
+                        std::string_view defaultValue);
+std::string WithProfileKey(std::string_view contents, std::string_view section, std::string_view key,
+                           const std::string_view* value);  // null deletes the key
 
 // One line of a profile file; views and positions into its contents.
 struct ProfileLine {
@@ -28,7 +32,7 @@ struct ProfileLine {
 class ProfileScanner {
   public:
     explicit ProfileScanner(std::string_view contents) : contents_(contents) {}
-    std::optional<ProfileLine> Next();
+    bool Next(ProfileLine& line);  // false at the end
 
   private:
     std::string_view contents_;

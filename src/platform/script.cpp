@@ -375,7 +375,7 @@ bool ProgramHasEnded()
 std::string OnScreen()
 {
     if (engine.programHasEnded) return "nothing, the program has ended";
-    const std::string modal = ModalInFront();
+    std::string modal = ModalInFront();
     if (!modal.empty()) return modal;
     return hWndMain ? "the main window" : "nothing";
 }

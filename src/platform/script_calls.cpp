@@ -504,8 +504,10 @@ int Items(lua_State* L)
 {
     int id = 0;
     HWND dialog = ControlToRead(L, id);
+    const int count = ListCount(dialog, id);
     std::vector<std::string> texts;
-    for (int i = 0; i < ListCount(dialog, id); ++i) texts.push_back(ListItemText(dialog, id, i));
+    texts.reserve(static_cast<std::size_t>(std::max(count, 0)));
+    for (int i = 0; i < count; ++i) texts.push_back(ListItemText(dialog, id, i));
     PushList(L, texts);
     return 1;
 }

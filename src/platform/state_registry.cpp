@@ -77,6 +77,7 @@ std::vector<std::string> NearStateNames(std::string_view name)
     if (near.size() > kMostNearNames) near.resize(kMostNearNames);
 
     std::vector<std::string> names;
+    names.reserve(near.size());
     for (auto& [distance, known] : near) names.push_back(std::move(known));
     return names;
 }

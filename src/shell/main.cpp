@@ -1,7 +1,43 @@
-#include <cstdio>
+#include "platform/application.h"
+#include "platform/script.h"
+#include "platform/transcript.h"
+#include "shell/startup.h"
+#include "shell/state_table.h"
 
-int main()
+#include <cstdio>
+#include <string>
+#include <vector>
+
+int main(int argc, char** argv)
 {
-    std::puts("Kelvo " KELVO_VERSION);
-    return 0;
+    using namespace kelvo;
+
+    const CommandLine commandLine = ParseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    if (!commandLine.error.empty()) {
+        std::fprintf(stderr, "kelvo: %s\n", commandLine.error.c_str());
+        return 2;
+    }
+    if (commandLine.showHelp) {
+        std::fputs(CommandLineHelp().c_str(), stdout);
+        return 0;
+    }
+    if (commandLine.showVersion) {
+        std::puts("Kelvo " KELVO_VERSION);
+        return 0;
+    }
+    StartApplication(commandLine);
+    if (!commandLine.transcriptFile.empty() && !OpenTranscript(commandLine.transcriptFile)) {
+        std::fprintf(stderr, "kelvo: can't write the transcript %s\n", commandLine.transcriptFile.c_str());
+        return 2;
+    }
+    startOptions = {.dataDirectory = commandLine.dataDirectory, .viewFile = commandLine.viewFile};
+    if (!commandLine.scriptFile.empty()) {
+        RegisterProgramState();
+        std::string error;
+        if (!StartScript(commandLine.scriptFile, commandLine.scriptArguments, error)) {
+            std::fprintf(stderr, "%s\n", error.c_str());
+            return 1;
+        }
+    }
+    return FinishScript(WinMain(nullptr, nullptr, commandLine.rest, 0));
 }

@@ -40,4 +40,8 @@ extern std::int32_t HelpMode;
 // The panel's height in logical pixels, 0 before it exists: the picture's top edge.
 int PanelHeight();
 
+// Moves a dialog, keeping its size, to the top right of the picture's area, with its right edge on the area's: the
+// picture stays in sight beside it.
+void DockDialog(HWND dialog);
+
 }  // namespace kelvo

@@ -12,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <stdexcept>
 
 namespace kelvo {
 namespace {
@@ -23,6 +24,13 @@ using ::testing::IsEmpty;
 std::span<const std::byte> Bytes(std::string_view text)
 {
     return std::as_bytes(std::span(text));
+}
+
+File Opened(const std::string& path, FileMode mode)
+{
+    auto file = File::Open(path, mode);
+    if (!file) throw std::runtime_error("can't open " + path);
+    return std::move(*file);
 }
 
 std::string Names(const std::string& directory)
@@ -96,10 +104,9 @@ TEST_F(Paths, WritingGoesToTheFileOfAnotherCase)
 {
     ASSERT_TRUE(ReplaceFile(directory.Path() + "\\data\\cal sets\\ROOM.CAL", "new"));
     EXPECT_EQ(FileContents(directory / "Data/Cal Sets/Room.cal"), "new");
-    auto file = File::Open(directory / "DATA/CAL SETS/room.cal", FileMode::kCreate);
-    ASSERT_TRUE(file);
-    EXPECT_EQ(file->Write(Bytes("newer")), 5U);
-    EXPECT_TRUE(file->Close());
+    File file = Opened(directory / "DATA/CAL SETS/room.cal", FileMode::kCreate);
+    EXPECT_EQ(file.Write(Bytes("newer")), 5U);
+    EXPECT_TRUE(file.Close());
     EXPECT_EQ(FileContents(directory / "Data/Cal Sets/Room.cal"), "newer");
     EXPECT_EQ(Names(directory / "Data/Cal Sets"), "Room.cal ");
 }
@@ -151,25 +158,24 @@ class Files : public ::testing::Test {
 TEST_F(Files, ReadGivesWhatIsThereAndNoMore)
 {
     PutFile(path, "0123456789");
-    auto file = File::Open(path, FileMode::kRead);
-    ASSERT_TRUE(file);
-    EXPECT_EQ(file->Length(), 10);
+    File file = Opened(path, FileMode::kRead);
+    EXPECT_EQ(file.Length(), 10);
     std::array<std::byte, 16> block{};
-    EXPECT_TRUE(file->Seek(7));
-    EXPECT_EQ(file->Read(block), 3U);
+    EXPECT_TRUE(file.Seek(7));
+    EXPECT_EQ(file.Read(block), 3U);
     EXPECT_EQ(static_cast<char>(block[0]), '7');
-    EXPECT_EQ(file->Read(block), 0U);
-    EXPECT_TRUE(file->Seek(100));
-    EXPECT_EQ(file->Read(block), 0U);
-    EXPECT_FALSE(file->Seek(-1));
-    EXPECT_EQ(file->Write(Bytes("x")), 0U);  // opened for reading
+    EXPECT_EQ(file.Read(block), 0U);
+    EXPECT_TRUE(file.Seek(100));
+    EXPECT_EQ(file.Read(block), 0U);
+    EXPECT_FALSE(file.Seek(-1));
+    EXPECT_EQ(file.Write(Bytes("x")), 0U);  // opened for reading
 }
 
 TEST_F(Files, CreateCutsAndReadWriteKeeps)
 {
     PutFile(path, "old contents");
-    EXPECT_EQ(File::Open(path, FileMode::kReadWrite)->Length(), 12);
-    EXPECT_EQ(File::Open(path, FileMode::kCreate)->Length(), 0);
+    EXPECT_EQ(Opened(path, FileMode::kReadWrite).Length(), 12);
+    EXPECT_EQ(Opened(path, FileMode::kCreate).Length(), 0);
     EXPECT_FALSE(File::Open(path + "x", FileMode::kReadWrite));
     EXPECT_FALSE(File::Open(path + "x", FileMode::kRead));
     EXPECT_FALSE(fs::exists(path + "x"));
@@ -190,17 +196,16 @@ TEST_F(Files, DirectoriesDevicesAndPipesAreRefusedWithoutWaiting)
 
 TEST_F(Files, AFullDiskGivesAShortWrite)
 {
-    auto full = File::Open("/dev/full", FileMode::kCreate);
-    ASSERT_TRUE(full);
-    EXPECT_EQ(full->Write(Bytes("data")), 0U);
+    File full = Opened("/dev/full", FileMode::kCreate);
+    EXPECT_EQ(full.Write(Bytes("data")), 0U);
     EXPECT_EQ(errno, ENOSPC);
 }
 
 TEST_F(Files, MovedFilesHaveOneOwner)
 {
     PutFile(path, "abc");
-    auto first = File::Open(path, FileMode::kRead);
-    File second = std::move(*first);
+    File first = Opened(path, FileMode::kRead);
+    File second = std::move(first);
     EXPECT_EQ(second.Length(), 3);
     EXPECT_TRUE(second.Close());
     EXPECT_FALSE(second.Close());
@@ -209,10 +214,10 @@ TEST_F(Files, MovedFilesHaveOneOwner)
 TEST_F(Files, PositionsBeyondFourGigabytesAreReached)
 {
     constexpr std::int64_t kFar = (std::int64_t{1} << 32) + 5;
-    auto file = File::Open(path, FileMode::kCreate);
-    ASSERT_TRUE(file->Seek(kFar));
-    if (file->Write(Bytes("z")) != 1) GTEST_SKIP() << "no sparse files here";
-    EXPECT_EQ(file->Length(), kFar + 1);
+    File file = Opened(path, FileMode::kCreate);
+    ASSERT_TRUE(file.Seek(kFar));
+    if (file.Write(Bytes("z")) != 1) GTEST_SKIP() << "no sparse files here";
+    EXPECT_EQ(file.Length(), kFar + 1);
 }
 
 TEST_F(Files, MakeDirectoriesIsTrueIfTheyStandAtTheEnd)
@@ -382,8 +387,11 @@ std::vector<std::string> Lines(std::string contents, std::size_t limit)
 {
     LineReader reader(std::move(contents), limit);
     std::vector<std::string> lines;
-    while (const auto line = reader.Next()) lines.push_back(*line);
-    return lines;
+    for (;;) {
+        const auto line = reader.Next();
+        if (!line) return lines;
+        lines.push_back(*line);
+    }
 }
 
 TEST(Lines, KeepTheirNewline)

@@ -2,6 +2,7 @@
 
 #include "platform/box.h"
 #include "platform/files.h"
+#include "platform/profile_text.h"
 #include "platform/text.h"
 #include "support/temp_directory.h"
 

@@ -12,13 +12,11 @@ namespace {
 
 using ::testing::ElementsAre;
 
-// Windows are known by their handles alone.
-HWND WindowNumber(std::uintptr_t number)
-{
-    return reinterpret_cast<HWND>(number);
-}
-const HWND kMain = WindowNumber(16);
-const HWND kDialog = WindowNumber(32);
+// Windows are known by their handles alone: any two addresses serve.
+char mainWindow;
+char dialogWindow;
+const HWND kMain = reinterpret_cast<HWND>(&mainWindow);
+const HWND kDialog = reinterpret_cast<HWND>(&dialogWindow);
 
 class Timers : public ::testing::Test {
   protected:
@@ -28,9 +26,9 @@ class Timers : public ::testing::Test {
     static std::vector<std::uint32_t> FiredUntilMs(std::int64_t endMs)
     {
         std::vector<std::uint32_t> fired;
-        while (NextTimerDueUs() && *NextTimerDueUs() <= endMs * 1000) {
-            AdvanceVirtualClock(*NextTimerDueUs() - TickUs());
-            while (const auto due = TakeDueTimer()) fired.push_back(due->id);
+        for (auto dueUs = NextTimerDueUs(); dueUs && *dueUs <= endMs * 1000; dueUs = NextTimerDueUs()) {
+            AdvanceVirtualClock(*dueUs - TickUs());
+            for (auto due = TakeDueTimer(); due; due = TakeDueTimer()) fired.push_back(due->id);
         }
         AdvanceVirtualClock(endMs * 1000 - TickUs());
         return fired;

@@ -34,31 +34,20 @@ struct Place {
 // A new module has the height of its folder. One that only calculates, or reads and writes a format, gets a line of its
 // own when something lower than its folder wants it.
 constexpr Place kPlaces[] = {
-    {"platform/", kLeaf},
-    {"resources/", kLeaf},
-    {"shell/windows", kLeaf},
-    {"shell/status", kLeaf},
-    {"grabber/frame_state", kLeaf},
-    {"display/display_state", kLeaf},
-    {"calib/cal_state", kLeaf},
-    {"config/camera_config", kLeaf},
+    {"platform/", kLeaf},           {"resources/", kLeaf},
+    {"shell/windows", kLeaf},       {"shell/status", kLeaf},
+    {"grabber/frame_state", kLeaf}, {"display/display_state", kLeaf},
+    {"calib/cal_state", kLeaf},     {"config/camera_config", kLeaf},
     {"head/head_state", kLeaf},
 
-    {"config/", kCalculation},
-    {"dibapi32/", kCalculation},
-    {"pixel/", kCalculation},
-    {"imagefile/header", kCalculation},
+    {"config/", kCalculation},      {"dibapi32/", kCalculation},
+    {"pixel/", kCalculation},       {"imagefile/header", kCalculation},
 
-    {"display/", kDisplay},
-    {"grabber/", kGrabber},
-    {"simcam/", kGrabber},
-    {"head/", kHead},
-    {"acquire/", kAcquire},
-    {"imagefile/", kImageFiles},
-    {"calib/", kCalibration},
-    {"analysis/", kAnalysis},
-    {"usermod/", kAnalysis},
-    {"shell/", kShell},
+    {"display/", kDisplay},         {"grabber/", kGrabber},
+    {"simcam/", kGrabber},          {"head/", kHead},
+    {"acquire/", kAcquire},         {"imagefile/", kImageFiles},
+    {"calib/", kCalibration},       {"analysis/", kAnalysis},
+    {"usermod/", kAnalysis},        {"shell/", kShell},
 };
 
 std::optional<Rank> RankOf(std::string_view module)
@@ -77,12 +66,23 @@ bool IsAgreedException(const Module& from, const Module& to)
     return from == "shell/status" && to == "imagefile/header";
 }
 
+bool RunsUpward(const Module& from, const Module& to)
+{
+    return RankOf(from).value_or(kLeaf) < RankOf(to).value_or(kShell) && !IsAgreedException(from, to);
+}
+
+std::string Arrow(const Module& from, const Module& to)
+{
+    std::string text = from;
+    return text.append(" -> ").append(to);
+}
+
 std::vector<std::string> UpwardIncludes(const IncludeGraph& graph)
 {
     std::vector<std::string> upward;
     for (const auto& [from, targets] : graph) {
         for (const Module& to : targets) {
-            if (*RankOf(to) > *RankOf(from) && !IsAgreedException(from, to)) upward.push_back(from + " -> " + to);
+            if (RunsUpward(from, to)) upward.push_back(Arrow(from, to));
         }
     }
     return upward;
@@ -97,8 +97,10 @@ void FindCircles(const IncludeGraph& graph, const Module& module, std::map<Modul
     if (const auto mark = marks.find(module); mark != marks.end()) {
         if (mark->second == Mark::kDone) return;
         std::string circle;
-        for (auto step = std::find(way.begin(), way.end(), module); step != way.end(); ++step) circle += *step + " -> ";
-        circles.push_back(circle + module);
+        for (auto step = std::find(way.begin(), way.end(), module); step != way.end(); ++step) {
+            circle.append(*step).append(" -> ");
+        }
+        circles.push_back(circle.append(module));
         return;
     }
     marks[module] = Mark::kOpen;

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Builds Kelvo and starts it. Arguments go to the program; without a display it runs examples/first-light.lua offscreen instead.
+set -eu
+top=$(cd "$(dirname "$0")" && pwd)
+"$top/cmake/install-packages.sh"
+
+build=$top/build/release
+[ -f "$build/build.ninja" ] || cmake -S "$top" --preset release >/dev/null
+ninja -C "$build" --quiet kelvo
+kelvo=$build/src/kelvo
+
+if [ $# -gt 0 ] || [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
+    exec "$kelvo" "$@"
+fi
+
+out=${XDG_DATA_HOME:-$HOME/.local/share}/kelvo-first-light
+mkdir -p "$out"
+echo "There is no display: Kelvo runs examples/first-light.lua offscreen."
+"$kelvo" --offscreen --virtual-time --data "$out/data" --transcript "$out/transcript.jsonl" \
+    --script "$top/examples/first-light.lua" -- "$out"
+echo "Pictures, files and transcript are in $out"

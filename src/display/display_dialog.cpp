@@ -1,0 +1,273 @@
+#include "display/display_dialog.h"
+
+#include "display/color_map.h"
+#include "display/display_pipeline.h"
+#include "display/display_state.h"
+#include "display/lookup_table.h"
+#include "display/scroll_rule.h"
+#include "display/unit_list.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/help.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kBrightnessText = 1240;
+constexpr int kBrightnessBar = 1242;
+constexpr int kContrastText = 1244;
+constexpr int kContrastBar = 1246;
+constexpr int kReset = 1248;
+constexpr int kBarBox = 1250;
+constexpr int kTempScaleBox = 1252;
+constexpr int kHistogramBox = 1254;
+constexpr int kHelpTopic = 288;
+constexpr int kDialogHint = 120;  // status strings
+constexpr int kIdleHint = 1;
+constexpr int kLeftAligned = 0;
+
+struct Levels {
+    std::int32_t contrast = 0;
+    std::int32_t brightness = 0;
+};
+
+// What the controls show until OK stores it.
+struct Choices {
+    std::int32_t color = kNormalGray;
+    std::int32_t scale = kLinearScale;
+    std::int32_t histogram = 0;
+    Levels levels;
+};
+
+Choices choices;
+Levels levelsAtOpening;  // for Cancel, and to tell at OK what changed
+
+void WriteDisplayKey(const char* key, std::int32_t value)
+{
+    WritePrivateProfileString("Display", key, Format("%d", value), IniFilePath);
+}
+
+void ApplyLevels()
+{
+    BuildDisplayLut(choices.levels.contrast, choices.levels.brightness);
+}
+
+void ShowLevels(HWND dialog)
+{
+    SetScrollPos(dialog, kBrightnessBar, choices.levels.brightness);
+    SetScrollPos(dialog, kContrastBar, choices.levels.contrast);
+    SetDlgItemText(dialog, kBrightnessText, Format("%d", choices.levels.brightness));
+    SetDlgItemText(dialog, kContrastText, Format("%d", choices.levels.contrast));
+}
+
+void ShowRadios(HWND dialog, std::int32_t color, std::int32_t scale)
+{
+    CheckRadioButton(dialog, kNormalGray, kNormalColor, color);
+    CheckRadioButton(dialog, kLinearScale, kLogScale, scale);
+}
+
+void ShowChoices(HWND dialog, bool barShown)
+{
+    ShowRadios(dialog, choices.color, choices.scale);
+    CheckDlgButton(dialog, kBarBox, barShown);
+    CheckDlgButton(dialog, kTempScaleBox, TempScale != 0);
+    CheckDlgButton(dialog, kHistogramBox, choices.histogram != 0);
+    ShowLevels(dialog);
+}
+
+void Open(HWND dialog)
+{
+    levelsAtOpening = {Contrast, Brightness};
+    choices = {ImageColor, GrayScale, TempHisto, levelsAtOpening};
+    if (TempScale == 1) GrayColorBar = 1;
+
+    SetScrollRange(dialog, kBrightnessBar, kMinBrightness, kMaxBrightness);
+    SetScrollRange(dialog, kContrastBar, kMinContrast, kMaxContrast);
+    ShowChoices(dialog, GrayColorBar != 0);
+    DisplayUnit = FillUnitCombo(dialog, DisplayUnit);
+    ApplyLevels();
+    CentreDialog(dialog);
+    DockDialog(dialog);  // beside the picture that it changes
+    StatusString(kDialogHint, kLeftAligned);
+}
+
+void PickColor(int id)
+{
+    choices.color = id;
+    SetColorMap(id);
+    ApplyLevels();  // the map alone draws nothing
+}
+
+void PickScale(int id)
+{
+    choices.scale = id;
+    SetGrayScale(id);
+    ApplyLevels();
+}
+
+void ClickBar(HWND dialog)
+{
+    ToggleColorBar();
+    CheckDlgButton(dialog, kTempScaleBox, TempScale != 0);
+}
+
+void ClickTempScale(HWND dialog)
+{
+    TempScale = IsDlgButtonChecked(dialog, kTempScaleBox) ? 1 : 0;
+    if (TempScale && !GrayColorBar) {
+        ToggleColorBar();
+        CheckDlgButton(dialog, kBarBox, true);
+    } else {
+        DrawTempScale(TempScale);
+    }
+}
+
+// The histogram beside the picture never turns on.
+void ClickHistogram(HWND dialog)
+{
+    CheckDlgButton(dialog, kHistogramBox, false);
+    choices.histogram = 0;
+    TempHisto = 0;
+}
+
+void Reset(HWND dialog)
+{
+    choices = {kNormalGray, kLinearScale, 0, {ResetContrast, ResetBrightness}};
+    TempScale = 0;
+    ShowChoices(dialog, true);
+    FocusDlgItem(dialog, kContrastBar);
+    SetColorMap(choices.color);
+    SetGrayScale(choices.scale);
+    ApplyLevels();
+}
+
+template <typename Setting>
+void Keep(const char* key, Setting& setting, std::int32_t inForce, std::int32_t choice)
+{
+    if (inForce == choice) return;
+    setting = static_cast<Setting>(choice);
+    WriteDisplayKey(key, choice);
+}
+
+void Close(HWND dialog, int result)
+{
+    StatusString(kIdleHint, kLeftAligned);
+    EndDialog(dialog, result);
+}
+
+void Accept(HWND dialog)
+{
+    Keep("ImageColor", ImageColor, ImageColor, choices.color);
+    Keep("GrayScale", GrayScale, GrayScale, choices.scale);
+    Keep("GrayColorBar", GrayColorBar, GrayColorBar, IsDlgButtonChecked(dialog, kBarBox) ? 1 : 0);
+    Keep("TempHisto", TempHisto, TempHisto, choices.histogram);
+    // The table took both on the way: what they were at opening tells whether they changed.
+    Keep("Contrast", Contrast, levelsAtOpening.contrast, choices.levels.contrast);
+    Keep("Brightness", Brightness, levelsAtOpening.brightness, choices.levels.brightness);
+    Close(dialog, 1);
+}
+
+void Cancel(HWND dialog)
+{
+    ShowRadios(dialog, ImageColor, GrayScale);
+    SetColorMap(ImageColor);
+    SetGrayScale(GrayScale);
+    BuildDisplayLut(levelsAtOpening.contrast, levelsAtOpening.brightness);
+    Close(dialog, 0);
+}
+
+bool OnCommand(HWND dialog, int id, int notification)
+{
+    switch (id) {
+        case kNormalGray:
+        case kInvertedGray:
+        case kNormalColor:
+            PickColor(id);
+            return true;
+        case kLinearScale:
+        case kLogScale:
+            PickScale(id);
+            return true;
+        case kBarBox:
+            ClickBar(dialog);
+            return true;
+        case kTempScaleBox:
+            ClickTempScale(dialog);
+            return true;
+        case kHistogramBox:
+            ClickHistogram(dialog);
+            return true;
+        case kUnitList:
+            if (notification == kSelectionChanged) DisplayUnit = OnUnitCombo(dialog);
+            return true;
+        case kReset:
+            Reset(dialog);
+            return true;
+        case kIdOk:
+            Accept(dialog);
+            return true;
+        case kIdCancel:
+            Cancel(dialog);
+            return true;
+        case kIdHelp:
+            ShowHelpContext(kHelpTopic);
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool OnScroll(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    const int position = ScrollTo(dialog, message, wParam, lParam);
+    (lParam == kBrightnessBar ? choices.levels.brightness : choices.levels.contrast) = position;
+    ShowLevels(dialog);
+    ApplyLevels();
+    return true;
+}
+
+}  // namespace
+
+int DisplayDialog(HWND window)
+{
+    const int result = DialogBox("DISPLAY", window, fnDISPLAYDlgProc);
+    if (result == -1) MessageBox(window, "Unable to display dialog", "System Error");
+    return result;
+}
+
+LRESULT fnDISPLAYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+        case WM_INITDIALOG:
+            Open(dialog);
+            return 1;
+        case WM_COMMAND:
+            return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
+        case WM_HSCROLL:
+        case WM_VSCROLL:
+            if (lParam != kBrightnessBar && lParam != kContrastBar) return 0;
+            return OnScroll(dialog, message, wParam, lParam);
+        // The picture keeps what it shows until its table is made again; the settings stay as they were.
+        case WM_CLOSE:
+            EndDialog(dialog, 0);
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+void ToggleColorBar()
+{
+    GrayColorBar = GrayColorBar ? 0 : 1;
+    WriteDisplayKey("GrayColorBar", GrayColorBar);
+    if (!GrayColorBar || !TempScale) TempScale = 0;
+}
+
+}  // namespace kelvo

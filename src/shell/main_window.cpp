@@ -1,0 +1,276 @@
+#include "shell/main_window.h"
+
+#include "display/display_pipeline.h"
+#include "display/display_state.h"
+#include "grabber/frame_state.h"
+#include "platform/clock.h"
+#include "platform/dialog.h"
+#include "platform/menu.h"
+#include "platform/pointer.h"
+#include "platform/text.h"
+#include "platform/timers.h"
+#include "resources/ids.h"
+#include "shell/commands.h"
+#include "shell/image_cursor.h"
+#include "shell/playback.h"
+#include "shell/startup.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+#include "shell/zoom_pan.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace kelvo {
+
+Point ImagePosition;
+std::int32_t DialogHelpArmed = 1;
+
+namespace {
+
+constexpr std::int64_t kCursorPeriodMs = 1000;
+constexpr std::int32_t kRateFrames = 100;  // the rate is shown once the counter exceeds it
+constexpr int kViewMargin = 60;            // what panel and status line take of the client height
+constexpr int kDialogHelp = 124;
+
+std::string SavedStatusText;
+int SavedStatusAlign = 0;
+
+std::int32_t liveFrameCounter = 0;
+std::int64_t liveStartMs = 0;
+
+void OnCreate(HWND window)
+{
+    TextHeight = static_cast<std::int16_t>(TextLineHeight(window));
+    SequencePath.clear();
+}
+
+void OnSize(LPARAM lParam)
+{
+    ClientWidth = static_cast<std::int16_t>(LowWord(static_cast<WPARAM>(lParam)));
+    ClientHeight = static_cast<std::int16_t>(HighWord(static_cast<WPARAM>(lParam)));
+    if (hWndStatus) MoveWindow(hWndStatus, {0, ClientHeight - TextHeight, ClientWidth, ClientHeight});
+    // Once the camera's record has set them, the limits of zoom and cursor follow the window.
+    if (ViewWidth != 0) {
+        ViewWidth = ClientWidth;
+        ViewHeight = ClientHeight - kViewMargin;
+    }
+}
+
+// Coming back from another program sets the pointer's clip again.
+LRESULT OnSetFocus(HWND window, WPARAM wParam)
+{
+    if (wParam != 0 || window != hWndMain) return DefWindowProc(window, WM_SETFOCUS, wParam, 0);
+    if (!TrackballMode) {
+        TrackballToggle();
+        TrackballToggle();
+    }
+    if (ImageCursorOn) {
+        SendMessage(window, WM_COMMAND, kCmdImageCursor, 0);
+        SendMessage(window, WM_COMMAND, kCmdImageCursor, 0);
+    }
+    return 0;
+}
+
+LRESULT OnKillFocus(HWND window, WPARAM wParam)
+{
+    if (wParam != 0) return DefWindowProc(window, WM_KILLFOCUS, wParam, 0);
+    ReleasePointerClip();
+    SetPointer(Pointer::kArrow);
+    return 0;
+}
+
+void ShowCursorAt(Point position)
+{
+    ImagePosition = position;
+    ShowCursorValue(position.x, position.y, 1);
+}
+
+LRESULT OnMouseMove(HWND window, WPARAM wParam, LPARAM lParam)
+{
+    if (TrackballMode) {
+        TrackballMotion();
+        return 0;
+    }
+    if (!ImageCursorOn) return DefWindowProc(window, WM_MOUSEMOVE, wParam, lParam);
+    KillTimer(window, kCursorTimer);
+    ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
+    ShowCursorAt(ImageCursorPosition());
+    SetTimer(window, kCursorTimer, kCursorPeriodMs);
+    return 0;
+}
+
+void OnMouseWheel(HWND window, WPARAM wParam)
+{
+    const int steps = SignedHighWord(wParam);
+    for (int i = 0; i < steps; ++i) SendMessage(window, WM_COMMAND, 200, 0);
+    for (int i = 0; i > steps; --i) SendMessage(window, WM_COMMAND, 201, 0);
+}
+
+void OnCursorTimer(HWND window)
+{
+    if (!LiveVideo) return;
+    ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
+    if (!ImageCursorOn) return;
+    ShowCursorAt(ImageCursorPosition());
+    SetTimer(window, kCursorTimer, kCursorPeriodMs);
+}
+
+// The heart of live video: a frame, and the timer again at once, so that the operator gets a turn between two frames.
+void OnLiveTimer(HWND window)
+{
+    if (!DisplayEnabled || !(LiveVideo || CameraOn || ViewingFile)) return;
+    const int refreshed = RefreshLiveFrame();
+    if (!LiveVideo) {
+        if (refreshed) liveFrameCounter = 0;
+        return;
+    }
+    if (!refreshed) {
+        ToggleFreeze(LiveVideo);  // so that the board's message doesn't repeat
+        return;
+    }
+    if (liveFrameCounter == 0) liveStartMs = TickMs();
+    SetTimer(window, kLiveTimer, 0);
+    ++liveFrameCounter;
+    if (liveFrameCounter <= kRateFrames) return;
+    const std::int64_t elapsedMs = std::max<std::int64_t>(1, TickMs() - liveStartMs);
+    StatusMessage(Format("  Displaying at %d Hz", static_cast<int>(liveFrameCounter * 1000 / elapsedMs)), 0);
+    liveFrameCounter = 0;
+}
+
+LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
+{
+    if (wParam == kPlayTimer) {
+        PlayNextFrame();
+        return 0;
+    }
+    KillTimer(window, static_cast<std::uint32_t>(wParam));
+    switch (wParam) {
+        case kCursorTimer:
+            OnCursorTimer(window);
+            return 0;
+        case kLiveTimer:
+            OnLiveTimer(window);
+            return 0;
+        default:
+            return DefWindowProc(window, WM_TIMER, wParam, lParam);
+    }
+}
+
+// Help on what is in front: F1 in a dialog is its Help button, Shift+F10 or the middle button asks for the dialog's own
+// page, F1 in a menu runs the highlighted item in help mode.
+void OnEnterIdle(HWND window, WPARAM wParam, LPARAM lParam)
+{
+    constexpr WPARAM kDialogWaits = 0;
+    constexpr WPARAM kMenuWaits = 2;
+    if (wParam == kDialogWaits) {
+        const bool helpKeys = (KeyIsDown(Key::kShift) && KeyIsDown(Key::kF10)) || KeyIsDown(Key::kMiddleButton);
+        if (KeyIsDown(Key::kF1)) {
+            PostMessage(reinterpret_cast<HWND>(lParam), WM_COMMAND, kIdHelp, 0);
+        } else if (!helpKeys) {
+            DialogHelpArmed = 1;
+        } else if (DialogHelpArmed) {
+            PostMessage(window, WM_COMMAND, kDialogHelp, 0);
+            DialogHelpArmed = 0;
+        }
+    }
+    if (wParam == kMenuWaits && KeyIsDown(Key::kF1)) {
+        HelpMode = 1;
+        PostMessage(window, WM_KEYDOWN, static_cast<WPARAM>(Key::kReturn), 0);
+    }
+}
+
+LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
+{
+    if (LowWord(static_cast<WPARAM>(lParam)) != 0) return 0;  // from a control: its dialog has handled it
+    const int id = LowWord(wParam);
+    return HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
+}
+
+void OpenDroppedFiles()
+{
+    const std::vector<std::string> paths = DroppedFiles();
+    if (!paths.empty()) OpenStoredFile(paths.front());
+}
+
+}  // namespace
+
+void ToggleImageCursor()
+{
+    const std::optional<MenuItemState> item = GetMenuItem(hWndMain, kCmdImageCursor);
+    if (item && !item->checked) {
+        SavedStatusAlign = GetStatusText(SavedStatusText);
+        CheckMenuItem(hWndMain, kCmdImageCursor, true);
+        ImageCursorOn = 1;  // before the first read-out, which takes its count from the stamped frame
+        ShowCursorAt(ImageCursorPosition());
+        SetPointer(Pointer::kCross);
+        RefreshLiveFrame();
+        SetTimer(hWndMain, kCursorTimer, kCursorPeriodMs);
+        return;
+    }
+    CheckMenuItem(hWndMain, kCmdImageCursor, false);
+    ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
+    if (!TrackballMode) ReleasePointerClip();
+    SetPointer(Pointer::kArrow);
+    ImageCursorOn = 0;
+    RefreshLiveFrame();
+    StatusMessage(SavedStatusText, SavedStatusAlign);
+}
+
+LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+        case WM_CREATE:
+            OnCreate(window);
+            return 0;
+        case WM_DESTROY:
+            ShutDown();
+            return 0;
+        case WM_SIZE:
+            OnSize(lParam);
+            return 0;
+        case WM_SETFOCUS:
+            return OnSetFocus(window, wParam);
+        case WM_KILLFOCUS:
+            return OnKillFocus(window, wParam);
+        case WM_PAINT:
+            RepaintPicture();
+            return 0;
+        case WM_COMMAND:
+            return OnCommand(window, wParam, lParam);
+        case WM_TIMER:
+            return OnTimer(window, wParam, lParam);
+        case WM_ENTERIDLE:
+            OnEnterIdle(window, wParam, lParam);
+            return 0;
+        case WM_MOUSEMOVE:
+            return OnMouseMove(window, wParam, lParam);
+        case WM_MOUSEWHEEL:
+            OnMouseWheel(window, wParam);
+            return 0;
+        case WM_LBUTTONDOWN:
+            SendMessage(window, WM_COMMAND, kCmdImageCursor, 0);
+            return 0;
+        case WM_LBUTTONDBLCLK:
+            SendMessage(window, WM_COMMAND, kCmdSaveImage, 0);
+            PostMessage(window, WM_COMMAND, kCmdImageCursor, 0);
+            return 0;
+        case WM_RBUTTONDOWN:
+            TrackballToggle();
+            return 0;
+        case WM_DROPFILES:
+            OpenDroppedFiles();
+            return 0;
+        case kOpenStartFile:
+            OpenStoredFile(startOptions.viewFile);
+            return 0;
+        case WM_MBUTTONDOWN:
+        case WM_INITDIALOG:
+        case WM_MENUSELECT:
+            return 0;
+        default:
+            return DefWindowProc(window, message, wParam, lParam);
+    }
+}
+
+}  // namespace kelvo

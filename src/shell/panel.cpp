@@ -1,0 +1,180 @@
+#include "shell/panel.h"
+
+#include "display/display_pipeline.h"
+#include "display/display_state.h"
+#include "display/lookup_table.h"
+#include "display/unit_list.h"
+#include "grabber/frame_state.h"
+#include "platform/dialog.h"
+#include "platform/text.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "shell/windows.h"
+#include "shell/zoom_pan.h"
+
+#include <algorithm>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kPanButton = 312;
+constexpr int kLevelButton = 315;
+constexpr int kDisplayBox = 1013;
+constexpr int kVmCopyBox = 1014;
+constexpr int kEqualizeBox = 1015;
+constexpr int kTriggeredSaveButton = 1016;
+
+constexpr int kMinZoom = 1;
+constexpr int kMaxZoom = 16;
+constexpr int kBrightnessStep = 10;
+constexpr std::uint32_t kLiveTimer = 3;
+
+void Open(HWND panel)
+{
+    hDlgPanel = panel;
+    SetScrollRange(panel, kPanelZoomBar, kMinZoom, kMaxZoom);
+    SetScrollPos(panel, kPanelZoomBar, Xzoom);
+    SetDlgItemText(panel, kPanelZoomText, Format("%d", Xzoom));
+    SetDlgItemText(panel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
+    SetDlgItemText(panel, kPanelBrightnessText, Format("%d", Brightness));
+    SetDlgItemText(panel, kPanelContrastText, Format("%d", Contrast));
+    BuildDisplayLut(Contrast, Brightness);
+    DisplayUnit = FillUnitCombo(panel, DisplayUnit);
+    CheckDlgButton(panel, kDisplayBox, true);
+    ShowDlgItem(panel, kVmCopyBox, false);
+    ShowDlgItem(panel, kEqualizeBox, false);
+}
+
+void SendCommand(int id)
+{
+    SendMessage(hWndMain, WM_COMMAND, MakeLong(id, 0), 0);
+}
+
+void LeaveControl()
+{
+    SetFocusTo(hWndMain);
+}
+
+void Pan(int direction)
+{
+    switch (direction) {
+        case kDirectionUp:
+            ZoomPanCommand(208);
+            break;
+        case kDirectionDown:
+            ZoomPanCommand(209);
+            break;
+        case kDirectionLeft:
+            ZoomPanCommand(207);
+            break;
+        case kDirectionRight:
+            ZoomPanCommand(206);
+            break;
+        default:
+            break;
+    }
+    LeaveControl();
+}
+
+void ChangeLevels(int direction)
+{
+    std::int32_t contrast = Contrast;
+    std::int32_t brightness = Brightness;
+    switch (direction) {
+        case kDirectionUp:
+            contrast = std::min(contrast + 1, kMaxContrast);
+            break;
+        case kDirectionDown:
+            contrast = std::max(contrast - 1, kMinContrast);
+            break;
+        case kDirectionLeft:
+            brightness = std::max(brightness - kBrightnessStep, kMinBrightness);
+            break;
+        case kDirectionRight:
+            brightness = std::min(brightness + kBrightnessStep, kMaxBrightness);
+            break;
+        default:
+            break;
+    }
+    if (contrast != Contrast || brightness != Brightness) BuildDisplayLut(contrast, brightness);
+}
+
+void FollowDisplayBox(HWND panel)
+{
+    DisplayEnabled = IsDlgButtonChecked(panel, kDisplayBox) ? 1 : 0;
+    if (DisplayEnabled) SetTimer(hWndMain, kLiveTimer, 0);
+}
+
+bool OnCommand(HWND panel, int id, int notification)
+{
+    switch (id) {
+        case kCmdSaveImage:
+        case kCmdLoadImage:
+        case kCmdLoadNext:
+        case kCmdPrintBitmap:
+        case kCmdVideoSetup:
+        case kCmdHistogram:
+            SendCommand(id);
+            return true;
+        case kPanButton:
+            Pan(notification);
+            return true;
+        case kLevelButton:
+            ChangeLevels(notification);
+            return true;
+        case kDisplayBox:
+            FollowDisplayBox(panel);
+            return true;
+        case kTriggeredSaveButton:
+            SendCommand(kCmdTriggeredSave);
+            return true;
+        case kUnitList:
+            if (notification != kSelectionChanged) return false;
+            DisplayUnit = OnUnitCombo(panel);
+            LeaveControl();
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Up is a larger picture.
+void StepZoom(HWND panel, ScrollCode code)
+{
+    int position = GetScrollPos(panel, kPanelZoomBar);
+    if (code == ScrollCode::kLineUp) {
+        position = std::min(position + 1, kMaxZoom);
+    } else if (code == ScrollCode::kLineDown) {
+        position = std::max(position - 1, kMinZoom);
+    } else {
+        return;
+    }
+    if (position == Xzoom) return;
+    const int command = position > Xzoom ? kCmdZoomPanFirst : kCmdZoomPanFirst + 1;
+    SetDlgItemText(panel, kPanelZoomText, Format("%d", position));
+    SetScrollPos(panel, kPanelZoomBar, position);
+    ZoomPanCommand(command);
+}
+
+}  // namespace
+
+LRESULT PanelProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+        case WM_INITDIALOG:
+            Open(dialog);
+            return 1;
+        case WM_COMMAND:
+            return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
+        case WM_VSCROLL:
+            if (lParam != kPanelZoomBar) return 0;
+            StepZoom(dialog, static_cast<ScrollCode>(LowWord(wParam)));
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace kelvo

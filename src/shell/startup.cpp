@@ -1,0 +1,289 @@
+#include "shell/startup.h"
+
+#include "config/camera_config.h"
+#include "config/display_settings.h"
+#include "config/settings.h"
+#include "display/color_map.h"
+#include "display/display_pipeline.h"
+#include "display/display_state.h"
+#include "grabber/frame_state.h"
+#include "imagefile/select_file.h"
+#include "platform/application.h"
+#include "platform/box.h"
+#include "platform/clock.h"
+#include "platform/dialog.h"
+#include "platform/faults.h"
+#include "platform/files.h"
+#include "platform/help.h"
+#include "platform/menu.h"
+#include "platform/paint.h"
+#include "platform/pointer.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "resources/menu.h"
+#include "shell/image_cursor.h"
+#include "shell/main_window.h"
+#include "shell/panel.h"
+#include "shell/recent_files.h"
+#include "shell/status.h"
+#include "shell/unbuilt.h"
+#include "shell/windows.h"
+
+#include <unistd.h>
+
+#include <cmath>
+
+namespace kelvo {
+
+StartOptions startOptions;
+
+namespace {
+
+constexpr std::size_t kShortestTurnOnArgument = 5;
+constexpr std::int64_t kSplashMs = 1500;
+constexpr int kSplashLift = 30;  // logical pixels above the vertical centre
+
+bool MakeMainWindow()
+{
+    const WindowClass mainClass{.name = "KELVO", .procedure = MainWndProc, .icon = "1_LN2DEWAR"};
+    if (!RegisterWindowClass(mainClass)) return false;
+    const HWND window = CreateMainWindow("KELVO", "Kelvo");
+    if (!window) return false;
+    SetMenu(window, MainMenu());
+    SetPointer(Pointer::kArrow);
+    ShowWindowMaximised(window);
+    UpdateWindow(window);
+    hWndMain = window;
+    return true;
+}
+
+bool MakeStatusWindow()
+{
+    const WindowClass statusClass{.name = "StatusWndClass",
+                                  .procedure = StatusWndProc,
+                                  .icon = {},
+                                  .systemBackground = false,
+                                  .background = StatusBackground};
+    if (!RegisterWindowClass(statusClass)) {
+        MessageBox(hWndMain, "Unable to register Status Window class!", kMessageCaption);
+        return false;
+    }
+    hWndStatus =
+        CreateChildWindow("StatusWndClass", hWndMain, {0, ClientHeight - TextHeight, ClientWidth, ClientHeight});
+    if (!hWndStatus) {
+        MessageBox(hWndMain, "Unable to create Status Window.", kMessageCaption);
+        return false;
+    }
+    UpdateWindow(hWndStatus);
+    StatusString(0, static_cast<int>(TextAlign::kCentre));
+    return true;
+}
+
+// Turns the camera on as the command line says, or leaves the choice to the operator. The request is queued, so that
+// the control panel stands before a dialog opens.
+void StartCamera(std::string_view commandLine)
+{
+    if (!InitializeHardware()) {
+        MessageBox(hWndMain, "Initialize Hardware Failure", kMessageCaption);
+        return;
+    }
+    const bool turnOn = commandLine.size() >= kShortestTurnOnArgument;
+    if (turnOn && TurnCameraOn(std::string(commandLine).c_str(), 1)) return;
+    PostMessage(hWndMain, WM_COMMAND, kCmdTurnOn, 0);
+}
+
+std::string FindDefaultDirectory()
+{
+    if (!startOptions.dataDirectory.empty()) return startOptions.dataDirectory;
+    const std::string winIni = UserConfigDirectory() + "/kelvo/win.ini";
+    const std::string configured = GetPrivateProfileString("Kelvo", "DefaultDir", "", winIni);
+    return configured.empty() ? UserDataDirectory() + "/kelvo" : ResolvePath(configured);
+}
+
+void EnterDefaultDirectory()
+{
+    DefaultDir = FindDefaultDirectory();
+    while (DefaultDir.size() > 1 && DefaultDir.back() == '/') DefaultDir.pop_back();
+    SetKelvoDirectory(DefaultDir);
+    std::vector<std::string> missing;
+    if (MakeDirectories(DefaultDir)) {
+        missing = CopyShippedFiles(DefaultDir);
+    } else {
+        missing.push_back(DefaultDir);
+    }
+    if (!missing.empty()) {
+        std::string text = "These files of Kelvo couldn't be made:\n";
+        for (const std::string& file : missing) text += "\n" + file;
+        MessageBox(hWndMain, text, "Kelvo File Error!");
+    }
+    // Without it relative names are taken from where the program was started; all of ours are whole.
+    if (chdir(DefaultDir.c_str()) != 0) return;
+}
+
+void MakePaths()
+{
+    IniFilePath = DefaultDir + "/kelvo.ini";
+    CameraFilePath = DefaultDir + "/camera.ini";
+    BuffBrdFilePath = DefaultDir + "/buffbrd.ini";
+    SeqFilePath = DefaultDir + "/a.seq";
+    HelpFilePath = DefaultDir + "/KELVO.hlp";
+}
+
+// The full scale of the head's converter at its unity setting: 16383 with gain 16384 and offset 8192.
+std::int32_t FullScale()
+{
+    const double counts =
+        static_cast<double>(ActiveConfig.UnityGain) * (2.0 * ActiveConfig.UnityOffset - 1.0) / 16384.0;
+    const double magnitude = std::trunc(std::fabs(counts));
+    return magnitude < 2147483647.0 ? static_cast<std::int32_t>(magnitude) : 2147483647;
+}
+
+// Host RAM capture is there only with host frames behind it.
+void FitMenuToCamera()
+{
+    if (!hWndMain) return;
+    if (!ActiveConfig.BufferCapture) DeleteMenuItem(hWndMain, kCmdHostRamCapture);
+    SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
+}
+
+Rect SplashPlace(const Dib& bitmap, HWND window)
+{
+    const Rect client = GetClientRect(window);
+    const int width = DibWidth(*bitmap);
+    const int height = DibHeight(*bitmap);
+    if (width >= client.Width() || height >= client.Height()) return client;
+    const int left = (client.Width() - width) / 2;
+    const int top = (client.Height() - height) / 2 - kSplashLift;
+    return {left, top, left + width, top + height};
+}
+
+}  // namespace
+
+int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)
+{
+    if (!MakeMainWindow()) return 0;
+    if (!InitialSetup()) {
+        MessageBox(hWndMain, "Initialize Variables Failure", kMessageCaption);
+        return 0;
+    }
+    StatusBackground = 0xFF0000;
+    StatusForeground = 0xFFFFFF;
+    if (!MakeStatusWindow()) return 0;
+    if (!PointerPresent()) MessageBox(hWndMain, "Vantir requires a trackball or mouse!", kMessageCaption);
+
+    SetPointer(Pointer::kHourglass);
+    SetAccelerators(hWndMain, MainAccelerators());
+    const Dib splash = ShowSplash(hWndMain);
+    UpdateWindow(hWndMain);
+    StartCamera(commandLine);
+    HideSplash(splash, kSplashMs);
+
+    CreateDockedPanel("PANEL", hWndMain, PanelProc);
+    SetPointer(Pointer::kArrow);
+    StatusString(1, 0);
+    ShowWindowMaximised(hWndMain);
+    UpdateWindow(hWndMain);
+    if (!startOptions.viewFile.empty()) PostMessage(hWndMain, kOpenStartFile, 0, 0);
+    return RunMessageLoop(hWndMain);
+}
+
+int InitialSetup()
+{
+    StatusMessage("Wait - Vantir Loading initial setup", static_cast<int>(TextAlign::kCentre));
+    TrackballMode = 0;
+    EnterDefaultDirectory();
+    MakePaths();
+    HelpMode = 0;
+    ReadSetupKeys();
+    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    DisplayLow = 0;
+    DisplayHigh = FullScale();
+
+    LoadVideoSettings();
+    LoadCalibrationSettings();
+    ReadDisplaySettings();
+    ReadGraphicsKeys();
+    InitUserModules();
+    FileDialogTemplate = kImageTemplate;
+    FitMenuToCamera();
+    ReadRecentFiles();
+    StatusString(0, static_cast<int>(TextAlign::kCentre));
+    RegisterExternalSignal();
+    BuildTiffTemplate();
+    return 1;
+}
+
+int InitializeHardware()
+{
+    if (!IdentifyCameraHead()) return 0;
+    GrabberPresent = ActiveConfig.BufferCapture ? 1 : 0;
+    FitMenuToCamera();
+    const int ready = InitImageProcessor();  // sets GrabberPresent again
+    if (ActiveConfig.BufferCapture && !GrabberPresent) {
+        MessageBox(hWndMain,
+                   "Current camera driver requires use of the image capture board which is not installed. Change the "
+                   "camera configuration.",
+                   "Kelvo configuration warning");
+    }
+    if (!CameraOn) {
+        DrawMenuBar(hWndMain);
+        StatusString(0, static_cast<int>(TextAlign::kCentre));
+    }
+    if (!ready) {
+        MessageBox(hWndMain, "Initialize Image Processor Failure", "Recommend re-start!");
+        EnableMenuItem(hWndMain, kCmdTurnOn, false);
+        DrawMenuBar(hWndMain);
+    }
+    return ready;
+}
+
+int InitImageProcessor()
+{
+    StatusMessage("Wait - Vantir initializing Image Processor", static_cast<int>(TextAlign::kCentre));
+    const Hourglass hourglass;
+    GrabberPresent = ResetBoardState();
+    ReadNumGrayLevels();
+    SetColorMap(ImageColor);
+    BuildDisplayLut(Contrast, Brightness);
+    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
+    StatusMessage("Wait - Kelvo start up procedure", static_cast<int>(TextAlign::kCentre));
+    return 1;
+}
+
+void ShutDown()
+{
+    static bool done = false;
+    if (done) return;  // a quit that is under way is not begun again by the window's end
+    done = true;
+    SaveDisplayState();
+    FlushProfiles();
+    ReleasePointerClip();
+    CloseCommLink();
+    QuitHelp();
+    SignalExternalThread();
+    PostQuitMessage(0);
+    if (GrabberPresent) ExitBoard();
+}
+
+Dib ShowSplash(HWND window)
+{
+    const Dib bitmap = FileExists(DefaultDir + "/kelvo220.bmp") ? LoadDib(DefaultDir + "/kelvo220.bmp") : Dib();
+    if (!bitmap) {
+        MessageBeep(Sound::kExclamation);
+        return {};
+    }
+    const Rect source{0, 0, DibWidth(*bitmap), DibHeight(*bitmap)};
+    PaintDib(window, SplashPlace(bitmap, window), bitmap, source);
+    return bitmap;
+}
+
+void HideSplash(const Dib& bitmap, std::int64_t milliseconds)
+{
+    if (!bitmap) return;
+    DelayMs(milliseconds);
+    InvalidateRect(hWndMain, nullptr, true);
+}
+
+}  // namespace kelvo

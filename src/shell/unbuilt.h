@@ -1,0 +1,30 @@
+// Commands and calls whose subsystem isn't part of this version. They do no harm; a command says once, in one place,
+// that it isn't there.
+#pragma once
+
+namespace kelvo {
+
+// Tells the operator that the command isn't available in this version.
+void TellNotAvailable();
+
+// Start-up calls. Each leaves its subsystem's state as it stands at start.
+void LoadVideoSettings();
+void LoadCalibrationSettings();
+void ReadGraphicsKeys();
+void InitUserModules();
+void RegisterExternalSignal();
+void BuildTiffTemplate();
+
+// No head answers: 0.
+int IdentifyCameraHead();
+// The board layer without a board: 1.
+int ResetBoardState();
+// 0: not turned on.
+int TurnCameraOn(const char* argument, int flag);
+int TurnOnDialog();
+
+void CloseCommLink();
+void SignalExternalThread();
+void ExitBoard();
+
+}  // namespace kelvo

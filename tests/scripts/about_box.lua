@@ -1,0 +1,21 @@
+-- The About box: its lines, its clock, its picture, its failure.
+local check = require "check"
+answer("ok")
+local mark = check.mark()
+command(196)
+check.eq(dialog(), "ABOUT")
+check.seen("dialog", { name = "ABOUT", text = "About Kelvo for IC-PCI frame grabber" }, mark + 1)
+check.eq(status(), " Press OK to close 'About QVF Kelvo' dialog box")
+check.holds(text(1001), "2.20")
+check.eq(text(1002), "Total = 1024 kB")
+check.holds(text(1003), "Contiguous = ")
+check.eq(text(1004), "Free System Resources = 0%")
+local clock = text(1005)
+wait(1000)
+assert(text(1005) ~= clock, "the clock goes")
+press(1)
+check.eq(dialog(), nil)
+
+sim.fault("load dialog ABOUT", true)
+command(196)
+check.answer_box("Unable to display dialog", "ok", "System Error")

@@ -1,0 +1,16 @@
+-- Help mode shows a command's page instead of running it, once.
+local check = require "check"
+answer("ok")
+command(192)
+check.eq(help(), 770)
+command(195)
+check.eq(help(), 771)
+command(193)
+check.eq(help(), 772)
+command(190)
+check.eq(help(), 769)
+key("F1")
+check.eq(help(), 768)
+command(194)
+check.eq(help(), 771)
+check.seen("help", { context = 770 })

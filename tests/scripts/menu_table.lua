@@ -1,0 +1,53 @@
+-- Every command stands in the menu with its text; what isn't there yet says so in one way.
+local check = require "check"
+answer("ok")
+
+local texts = {
+  [103] = "&Host RAM capture...\tShift+F3", [106] = "&Save image...\tF3", [107] = "&Load image...\tF6",
+  [108] = "&Name sequence for saving...\tF4", [109] = "S&ave sequence\tF5", [110] = "&Continous save sequence...",
+  [112] = "&Bio-Rad save...", [113] = "Na&me sequence to load...\tShift+F4", [114] = "L&oad next\tF7",
+  [115] = "Loa&d last\tShift+F7", [116] = "Save &bitmap image...", [117] = "&Print bitmap image...\tShift+PrintScrn",
+  [118] = "P&rinter setup...", [119] = "E&xit\tCtrl+Q", [120] = "&Display setup...\tCtrl+D",
+  [121] = "&Video setup...\tCtrl+V", [122] = "&Image setup...\tCtrl+I", [123] = "&Configuration...",
+  [125] = "Save 8-bit TIFF image...", [126] = "Save 16-bit TIFF image...", [130] = "&New...\tCtrl+C", [131] = "&Update...",
+  [132] = "&Save...", [133] = "&Load previous...", [134] = "&Apply to data...", [135] = "&View statistics...",
+  [140] = "&Freeze frame\tF2", [141] = "&Replace bad pixels\tF9", [143] = "&Normal gray", [144] = "&Inverted gray",
+  [145] = "Normal &color", [151] = "&Image cursor\tF8", [160] = "&Histogram...\tShift+F8", [161] = "&Line plot...",
+  [162] = "&Image math...", [169] = "&Turn Vantir on ", [190] = "&Contents", [191] = "&Search\tF1", [192] = "&Keys help",
+  [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About",
+}
+for id, expected in pairs(texts) do
+  local item = menu(id)
+  assert(item, "no menu item " .. id)
+  check.eq(item.text, expected, "menu " .. id)
+  check.eq(item.enabled, true, "menu " .. id)
+end
+for _, id in ipairs { 105, 155, 156, 200, 217 } do check.eq(menu(id), nil, "menu " .. id) end
+
+for _, id in ipairs { 103, 106, 109, 110, 112, 117, 121, 122, 123, 125, 126, 130, 131, 132, 134, 141, 160, 161, 162, 169, 900, 999 } do
+  command(id)
+  check.eq(box().text, "This command is not available in this version of Kelvo.", "command " .. id)
+  answer("ok")
+  check.eq(box(), nil)
+  check.eq(status(), " Use Alt + underlined menu item or trackball to select menu item")
+end
+
+command(133)
+check.answer_box("Camera must be on in order\nto load a calibration", "ok", "Kelvo message")
+
+-- Freezing needs a camera that is on.
+command(140)
+check.eq(state("LiveVideo"), 0)
+check.eq(menu(140).text, "&Freeze frame\tF2")
+
+-- Colour maps.
+for id, color in pairs { [143] = 1230, [144] = 1231, [145] = 1232 } do
+  command(id)
+  check.eq(state("ImageColor"), color)
+  for other = 143, 145 do check.eq(menu(other).checked, other == id) end
+end
+command(143)
+for _, color in ipairs { 1231, 1232, 1230 } do
+  key("F11")
+  check.eq(state("ImageColor"), color)
+end
