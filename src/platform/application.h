@@ -27,6 +27,7 @@ struct CommandLine {
     std::string error;  // not empty: what is wrong with it
 };
 // Relative paths become absolute.
+// arguments: without the program's name.
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 std::string CommandLineHelp();
 
@@ -34,13 +35,15 @@ std::string CommandLineHelp();
 void StartApplication(const CommandLine& commandLine);
 bool RunsOffscreen();
 bool DarkTheme();
+void ChangeTheme(Theme theme);  // while the program runs; each window gets WM_PAINT
 
-// Handles what is queued without waiting for more (progress during a long start).
+// Handles what the window system has queued without waiting for more, so that windows are drawn in the midst of a long
+// command. The operator's input, posted messages and timers stay queued: a command is never entered twice.
 void HandlePendingEvents();
 
 // The user's own directories, made by the first write.
 std::string UserConfigDirectory();  // of kelvo/win.ini
-std::string UserDataDirectory();    // "kelvo" under the user's data directory
+std::string UserDataDirectory();    // of the directory "kelvo" that DefaultDir falls back to
 // Copies the shipped files that are missing there; existing ones stay. What couldn't be copied; empty if all stands.
 std::vector<std::string> CopyShippedFiles(std::string_view directory);
 // A file that travels inside the program ("dialogs/DISPLAY.ui", "help/288.html"); empty if there is none.

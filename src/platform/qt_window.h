@@ -67,6 +67,9 @@ struct Window {
     QImage surface;         // device pixels, Format_RGB32; null where the window never paints
     bool paintDue = false;  // WM_PAINT is to come
 
+    std::string text;  // main window: its title as it was set
+    bool isBeingDestroyed = false;
+
     QPointer<QWidget> dockedPanel;  // main window only: laid out to the client's width before WM_SIZE
     int wheelRest = 0;              // eighths of a degree that are not yet a notch
 
@@ -85,15 +88,19 @@ bool IsWindow(HWND window);
 // The window whose client area the widget is, or lies in; null if none.
 HWND WindowOf(const QWidget* widget);
 HWND MainWindow();  // null before it is made and after it is gone
+std::vector<HWND> ChildrenOf(HWND parent);
 // All windows of a kind, oldest first.
 std::vector<HWND> WindowsOfKind(WindowKind kind);
 
 // A widget with a retained surface (platform/paint.h), its mouse messages and WM_PAINT. Give it to RegisterWindow with
 // kind kChild or kControl; dialogs use it for plots. The window's background decides what a new part of it shows.
 QWidget* MakeSurfaceWidget(QWidget* parent);
+// Gives a window that paints its surface, in the widget's present size.
+void EnsureSurface(Window& window);
 // Fills the surface with the window's background.
 void EraseSurface(Window& window);
-double DeviceRatio(const Window& window);
+std::uint32_t BackgroundColor(const Window& window);  // 0xFFRRGGBB
+double DeviceRatio(const Window& window);             // device pixels a logical pixel
 
 // The widget that a new modal window belongs to: the modal window in front, else the owner's window, else the main one.
 QWidget* OwnerWidget(HWND owner);
@@ -122,10 +129,14 @@ class ModalScope {
     ~ModalScope();
     ModalScope(const ModalScope&) = delete;
     ModalScope& operator=(const ModalScope&) = delete;
+
+  private:
+    const ModalEntry* entry_;
 };
 
 const ModalEntry* FrontModal();  // the newest; null: none. Not to be kept.
 std::size_t ModalDepth();
+std::vector<QWidget*> ModalWidgets();  // from the back to the front
 
 // PostQuitMessage was called: modal loops that ran then have been ended without a result of their own.
 bool QuitPosted();
@@ -136,6 +147,10 @@ bool QuitPosted();
 // StartApplication.
 void StartTurns();
 bool IdleHookIsSet();
+// WM_PAINT goes out to the windows with paintDue when the program next waits.
+void PostPaints();
+// ~ModalScope tells the loop: a quit may have waited for it.
+void ModalHasEnded();
 
 // While one lives, queued messages, posted actions and timers wait: for event handling in the midst of a command.
 class HoldMessages {
@@ -146,6 +161,26 @@ class HoldMessages {
     HoldMessages& operator=(const HoldMessages&) = delete;
 };
 
+// The focus has gone over to another window: tells the main window, once all of the change has arrived.
+void NoteFocusChange();
+void TellFocusChange();  // at once
+
+// --- The pointer --------------------------------------------------------------------------------------------------
+
+// Shows the shape that holds now: the hourglass over the whole program, but the arrow while a modal window is in front.
+void ShowPointerShape();
+void MovePointerTo(Point screen);  // as the operator's hand does: no place of the logic's own
+
+// --- Scrolling ----------------------------------------------------------------------------------------------------
+
+// Fits the scroll bars to the client area, when its size has changed.
+void FitScrollBars(Window& window);
+// The part of the client area in which the picture is seen, between panel, status line and scroll bars.
+Rect PictureArea(const Window& window);
+// From the client area to the surface that scrolls in it, and back.
+Point ToSurface(const Window& window, Point client);
+Point ToClient(const Window& window, Point surface);
+
 // --- Keys ---------------------------------------------------------------------------------------------------------
 
 struct KeyStroke {
@@ -155,6 +190,10 @@ struct KeyStroke {
 };
 // "F3", "Shift+F3", "+", "Right", "PgUp", "Ctrl+Q", or one character. nullopt: no such key.
 std::optional<KeyStroke> ParseKey(std::string_view name);
+std::optional<Key> KeyOf(int qtKey);  // the number that the logic knows a Qt::Key by
+void StartKeys();                     // watches all keys, for KeyIsDown, accelerators and help in an open menu
+// The command that the accelerators of the main window give for a key; nullopt if none.
+std::optional<int> AcceleratorCommand(const Window& window, int key, Qt::KeyboardModifiers modifiers);
 // Press and release, through the application's filters, to the widget.
 void StrikeKey(QWidget* widget, const KeyStroke& stroke);
 

@@ -73,6 +73,13 @@ std::optional<std::int64_t> NextTimerDueUs()
     return Earliest()->dueUs;
 }
 
+std::size_t DueTimerCount()
+{
+    const std::int64_t nowUs = TickUs();
+    return static_cast<std::size_t>(
+        std::count_if(timers.begin(), timers.end(), [=](const Timer& timer) { return timer.dueUs <= nowUs; }));
+}
+
 std::optional<DueTimer> TakeDueTimer()
 {
     const std::int64_t nowUs = TickUs();

@@ -6,6 +6,7 @@
 
 #include "platform/types.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -21,6 +22,7 @@ struct DueTimer {
     std::uint32_t id;
 };
 std::optional<std::int64_t> NextTimerDueUs();  // on the TickUs scale; nullopt if no timer is set
+std::size_t DueTimerCount();                   // timers due by now
 std::optional<DueTimer> TakeDueTimer();        // the earliest due by now, re-armed by its period; nullopt if none
 void KillTimersOf(HWND window);
 

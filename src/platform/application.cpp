@@ -1,0 +1,198 @@
+#include "platform/application.h"
+
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/qt_window.h"
+#include "platform/text.h"
+#include "platform/theme.h"
+
+#include <QApplication>
+#include <QDirIterator>
+#include <QFile>
+#include <QFont>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPalette>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cmath>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kOffscreenWidth = 1280;
+constexpr int kOffscreenHeight = 1024;
+// Of a run with virtual time: 1 January 2024, 12:00 UTC, so that what it writes repeats.
+constexpr std::time_t kVirtualStart = 1704110400;
+
+bool runsOffscreen = false;
+
+QByteArray OffscreenScreen(double scale)
+{
+    const QJsonObject screen{{"name", "offscreen"},
+                             {"x", 0},
+                             {"y", 0},
+                             {"width", static_cast<int>(std::lround(kOffscreenWidth * scale))},
+                             {"height", static_cast<int>(std::lround(kOffscreenHeight * scale))},
+                             {"logicalDpi", 96},
+                             {"logicalBaseDpi", 96},
+                             {"dpr", 1.0}};
+    const QJsonObject configuration{
+        {"synchronousWindowSystemEvents", true}, {"windowFrameMargins", false}, {"screens", QJsonArray{screen}}};
+    return QJsonDocument(configuration).toJson();
+}
+
+// The description of the offscreen screen must stand as a file while the application object is made.
+class OffscreenEnvironment {
+  public:
+    explicit OffscreenEnvironment(const CommandLine& commandLine)
+    {
+        if (!commandLine.offscreen) return;
+        const QString path = directory_.filePath("screen.json");
+        QFile file(path);
+        if (file.open(QIODevice::WriteOnly)) file.write(OffscreenScreen(commandLine.scale));
+        qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + path.toLocal8Bit());
+        qputenv("QT_SCALE_FACTOR", QByteArray::number(commandLine.scale));
+    }
+    ~OffscreenEnvironment()
+    {
+        // Programs that we start have a screen of their own to find.
+        qunsetenv("QT_SCALE_FACTOR");
+        qunsetenv("QT_QPA_PLATFORM");
+    }
+    OffscreenEnvironment(const OffscreenEnvironment&) = delete;
+    OffscreenEnvironment& operator=(const OffscreenEnvironment&) = delete;
+
+  private:
+    QTemporaryDir directory_;
+};
+
+void MakeApplication(const CommandLine& commandLine)
+{
+    // With the GLib dispatcher "about to block" also comes while events wait.
+    qputenv("QT_NO_GLIB", "1");
+    static std::string name = "kelvo";
+    static char* arguments[] = {name.data(), nullptr};
+    static int count = 1;
+    std::optional<OffscreenEnvironment> environment;
+    if (commandLine.offscreen) environment.emplace(commandLine);
+    // Lives as long as the process: windows may be asked until its very end.
+    static QApplication* const application = std::make_unique<QApplication>(count, arguments).release();
+    application->setQuitOnLastWindowClosed(false);
+}
+
+std::string DirectoryFrom(const char* variable, std::string_view fallback)
+{
+    const char* const value = std::getenv(variable);
+    if (value && *value == '/') return value;
+    const char* const home = std::getenv("HOME");
+    return std::string(home ? home : "") + std::string(fallback);
+}
+
+QString ResourcePath(std::string_view name)
+{
+    return ":/" + ToQPath(name);
+}
+
+}  // namespace
+
+void StartApplication(const CommandLine& commandLine)
+{
+    if (qApp) return;
+    runsOffscreen = commandLine.offscreen;
+    if (commandLine.virtualTime) UseVirtualClock(kVirtualStart);
+    MakeApplication(commandLine);
+    QCoreApplication::setApplicationName("kelvo");
+    QCoreApplication::setApplicationVersion(KELVO_VERSION);
+    QGuiApplication::setDesktopFileName("kelvo");
+    // Pictures taken offscreen repeat from machine to machine.
+    if (runsOffscreen) QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
+    const bool noDesktop = runsOffscreen && commandLine.theme == Theme::kDesktop;
+    ApplyTheme(noDesktop ? Theme::kLight : commandLine.theme);
+    LinkResources();
+    StartTurns();
+    StartKeys();
+}
+
+bool RunsOffscreen()
+{
+    return runsOffscreen;
+}
+
+bool DarkTheme()
+{
+    if (!qApp) return false;
+    const QPalette palette = QApplication::palette();
+    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+}
+
+void ChangeTheme(Theme theme)
+{
+    ApplyTheme(theme);
+}
+
+std::string UserConfigDirectory()
+{
+    return DirectoryFrom("XDG_CONFIG_HOME", "/.config");
+}
+
+std::string UserDataDirectory()
+{
+    return DirectoryFrom("XDG_DATA_HOME", "/.local/share");
+}
+
+std::vector<std::string> CopyShippedFiles(std::string_view directory)
+{
+    LinkResources();
+    const QString prefix = QStringLiteral(":/defaults");
+    std::vector<std::string> failed;
+    QDirIterator shipped(prefix, QDir::Files, QDirIterator::Subdirectories);
+    while (shipped.hasNext()) {
+        QFile source(shipped.next());
+        const std::string target = std::string(directory) + FromQPath(source.fileName().mid(prefix.size()));
+        if (FileExists(target)) continue;
+        std::string parent;
+        SplitPath(target, nullptr, &parent, nullptr, nullptr);
+        const bool readable = source.open(QIODevice::ReadOnly);
+        const QByteArray contents = source.readAll();
+        const std::string_view bytes(contents.constData(), static_cast<std::size_t>(contents.size()));
+        if (!readable || !MakeDirectories(parent) || !ReplaceFile(target, bytes)) failed.push_back(target);
+    }
+    std::ranges::sort(failed);
+    return failed;
+}
+
+std::string ResourceText(std::string_view name)
+{
+    LinkResources();
+    QFile file(ResourcePath(name));
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    return file.readAll().toStdString();
+}
+
+void OpenDesktopTool(std::string_view name)
+{
+    if (name != "printers" || runsOffscreen) return;
+    // The first that the desktop has.
+    struct Tool {
+        const char* program;
+        QStringList arguments;
+    };
+    const Tool tools[] = {
+        {"system-config-printer", {}},
+        {"gnome-control-center", {"printers"}},
+        {"systemsettings", {"kcm_printer_manager"}},
+        {"xdg-open", {"http://localhost:631/printers"}},
+    };
+    for (const Tool& tool : tools) {
+        const QString program = QStandardPaths::findExecutable(tool.program);
+        if (!program.isEmpty() && QProcess::startDetached(program, tool.arguments)) return;
+    }
+}
+
+}  // namespace kelvo

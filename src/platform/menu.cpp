@@ -1,0 +1,276 @@
+#include "platform/menu.h"
+
+#include "platform/qt_window.h"
+#include "platform/transcript.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <algorithm>
+#include <map>
+
+namespace kelvo {
+
+namespace {
+
+struct Item {
+    QPointer<QAction> action;
+    std::string text;
+    bool checked = false;
+};
+
+struct AcceleratorEntry {
+    int key = 0;
+    Qt::KeyboardModifiers modifiers;
+    int id = 0;
+};
+
+}  // namespace
+
+struct MenuData {
+    std::map<int, Item> items;
+    QPointer<QMenu> recentMenu;
+    QPointer<QAction> recentEnd;  // the invisible line before which they stand
+    std::vector<int> recentIds;
+    std::vector<AcceleratorEntry> accelerators;
+};
+
+namespace {
+
+MenuData* DataOf(HWND window)
+{
+    return IsWindow(window) ? window->menu.get() : nullptr;
+}
+
+MenuData& EnsureData(HWND window)
+{
+    if (!window->menu) window->menu = std::make_shared<MenuData>();
+    return *window->menu;
+}
+
+Item* FindItem(HWND window, int id)
+{
+    MenuData* const data = DataOf(window);
+    if (!data) return nullptr;
+    const auto found = data->items.find(id);
+    return found == data->items.end() || !found->second.action ? nullptr : &found->second;
+}
+
+void TranscribeItem(int id, const Item& item)
+{
+    Transcribe("menu", {{"id", std::int64_t{id}},
+                        {"text", item.text},
+                        {"checked", item.checked},
+                        {"enabled", item.action->isEnabled()}});
+}
+
+// The check mark is the logic's: the toolkit's own turn of it is taken back before the command runs.
+void Choose(HWND window, int id)
+{
+    if (const Item* const item = FindItem(window, id)) item->action->setChecked(item->checked);
+    SendMessage(window, WM_COMMAND, static_cast<WPARAM>(id), 0);
+}
+
+QAction* AddItem(HWND window, QMenu& menu, QAction* before, const MenuEntry& entry)
+{
+    QAction* const action = std::make_unique<QAction>(ToQString(entry.text), &menu).release();  // the menu owns it
+    action->setMenuRole(QAction::NoRole);
+    action->setIcon(IconNamed(entry.icon));
+    action->setCheckable(entry.checkable);
+    action->setEnabled(entry.enabled);
+    menu.insertAction(before, action);
+    const int id = entry.id;
+    QObject::connect(action, &QAction::triggered, &menu, [window, id] { Choose(window, id); });
+    QObject::connect(action, &QAction::hovered, &menu,
+                     [window, id] { SendMessage(window, WM_MENUSELECT, static_cast<WPARAM>(id), 0); });
+    window->menu->items[id] = {action, std::string(entry.text), false};
+    return action;
+}
+
+void RemoveAction(QAction* action)
+{
+    if (!action) return;
+    action->setVisible(false);
+    if (QMenu* const menu = qobject_cast<QMenu*>(action->parent())) menu->removeAction(action);
+    action->deleteLater();  // its own command may be running
+}
+
+QList<QAction*> TopActions(HWND window)
+{
+    if (!IsWindow(window) || !window->frame) return {};
+    return window->frame->menuBar()->actions();
+}
+
+// Escapes what a menu would take for its own marks.
+std::string MenuTextOfPath(std::string_view text)
+{
+    std::string result;
+    for (const char c : text) {
+        if (c == '&') result += '&';
+        result += c == '\t' ? ' ' : c;
+    }
+    return result;
+}
+
+bool SameModifiers(const AcceleratorEntry& entry, int key, Qt::KeyboardModifiers modifiers)
+{
+    modifiers &= Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    // Where the signs stand on a keyboard is its own affair: with or without Shift.
+    if (key == Qt::Key_Plus || key == Qt::Key_Minus) modifiers.setFlag(Qt::ShiftModifier, false);
+    return entry.modifiers == modifiers;
+}
+
+}  // namespace
+
+void SetMenu(HWND window, std::span<const MenuEntry> entries)
+{
+    if (!IsWindow(window) || !window->frame) return;
+    MenuData& data = EnsureData(window);
+    data.items.clear();
+    QMenuBar& bar = *window->frame->menuBar();
+    bar.clear();
+    QMenu* menu = nullptr;
+    for (const MenuEntry& entry : entries) {
+        if (entry.kind == MenuEntry::Kind::kTop) {
+            menu = bar.addMenu(ToQString(entry.text));
+            continue;
+        }
+        if (!menu) continue;
+        switch (entry.kind) {
+            case MenuEntry::Kind::kItem:
+                AddItem(window, *menu, nullptr, entry);
+                break;
+            case MenuEntry::Kind::kRecentFiles:
+                data.recentMenu = menu;
+                data.recentEnd = menu->addSeparator();
+                data.recentEnd->setVisible(false);
+                break;
+            default:
+                menu->addSeparator();
+        }
+    }
+}
+
+void SetAccelerators(HWND window, std::span<const Accelerator> accelerators)
+{
+    if (!IsWindow(window)) return;
+    std::vector<AcceleratorEntry>& entries = EnsureData(window).accelerators;
+    entries.clear();
+    for (const Accelerator& accelerator : accelerators) {
+        if (const auto stroke = ParseKey(accelerator.key)) {
+            entries.push_back({stroke->key, stroke->modifiers, accelerator.id});
+        }
+    }
+}
+
+std::optional<int> AcceleratorCommand(const Window& window, int key, Qt::KeyboardModifiers modifiers)
+{
+    if (!window.menu) return std::nullopt;
+    const auto& entries = window.menu->accelerators;
+    const auto found = std::ranges::find_if(entries, [=](const AcceleratorEntry& entry) {
+        return entry.key == key && SameModifiers(entry, key, modifiers);
+    });
+    if (found == entries.end()) return std::nullopt;
+    return found->id;
+}
+
+std::optional<MenuItemState> GetMenuItem(HWND window, int id)
+{
+    const Item* const item = FindItem(window, id);
+    if (!item) return std::nullopt;
+    return MenuItemState{item->text, item->checked, item->action->isEnabled()};
+}
+
+bool SetMenuText(HWND window, int id, std::string_view text)
+{
+    Item* const item = FindItem(window, id);
+    if (!item) return false;
+    item->text = text;
+    item->action->setText(ToQString(text));
+    TranscribeItem(id, *item);
+    return true;
+}
+
+bool CheckMenuItem(HWND window, int id, bool checked)
+{
+    Item* const item = FindItem(window, id);
+    if (!item) return false;
+    item->checked = checked;
+    item->action->setCheckable(true);
+    item->action->setChecked(checked);
+    TranscribeItem(id, *item);
+    return true;
+}
+
+bool EnableMenuItem(HWND window, int id, bool enabled)
+{
+    Item* const item = FindItem(window, id);
+    if (!item) return false;
+    item->action->setEnabled(enabled);
+    TranscribeItem(id, *item);
+    return true;
+}
+
+bool DeleteMenuItem(HWND window, int id)
+{
+    Item* const item = FindItem(window, id);
+    if (!item) return false;
+    item->action->setEnabled(false);
+    TranscribeItem(id, *item);
+    RemoveAction(item->action);
+    window->menu->items.erase(id);
+    return true;
+}
+
+void DrawMenuBar(HWND window)
+{
+    if (IsWindow(window) && window->frame) window->frame->menuBar()->repaint();
+}
+
+void SetRecentFileItems(HWND window, int firstId, std::span<const std::string> texts)
+{
+    MenuData* const data = DataOf(window);
+    if (!data || !data->recentMenu || !data->recentEnd) return;
+    for (const int id : data->recentIds) {
+        if (const Item* const item = FindItem(window, id)) RemoveAction(item->action);
+        data->items.erase(id);
+    }
+    data->recentIds.clear();
+    int id = firstId;
+    for (const std::string& text : texts) {
+        const std::string menuText = MenuTextOfPath(text);
+        AddItem(window, *data->recentMenu, data->recentEnd, {MenuEntry::Kind::kItem, id, menuText});
+        data->recentIds.push_back(id++);
+    }
+    data->recentEnd->setVisible(!texts.empty());
+}
+
+int TopMenuCount(HWND window)
+{
+    return static_cast<int>(TopActions(window).size());
+}
+
+std::string TopMenuText(HWND window, int position)
+{
+    const QList<QAction*> actions = TopActions(window);
+    if (position < 0 || position >= actions.size()) return {};
+    return FromQString(actions[position]->text());
+}
+
+bool DeleteTopMenu(HWND window, int position)
+{
+    const QList<QAction*> actions = TopActions(window);
+    if (position < 0 || position >= actions.size()) return false;
+    QMenu* const menu = actions[position]->menu();
+    if (window->menu) {
+        std::erase_if(window->menu->items, [menu](const auto& item) {
+            return !item.second.action || (menu && menu->actions().contains(item.second.action.data()));
+        });
+    }
+    window->frame->menuBar()->removeAction(actions[position]);
+    if (menu) menu->deleteLater();
+    return true;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,51 @@
+// The stack of modal windows: boxes, file dialogs and dialogs alike, so that whoever sits in front can be asked which
+// one is in front.
+
+#include "platform/qt_window.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+// Pointers to the entries stay valid while others come and go.
+std::vector<std::unique_ptr<ModalEntry>> stack;
+
+}  // namespace
+
+ModalScope::ModalScope(ModalEntry entry) : entry_(nullptr)
+{
+    stack.push_back(std::make_unique<ModalEntry>(std::move(entry)));
+    entry_ = stack.back().get();
+    ShowPointerShape();
+}
+
+ModalScope::~ModalScope()
+{
+    std::erase_if(stack, [this](const auto& entry) { return entry.get() == entry_; });
+    ShowPointerShape();
+    ModalHasEnded();
+}
+
+const ModalEntry* FrontModal()
+{
+    return stack.empty() ? nullptr : stack.back().get();
+}
+
+std::size_t ModalDepth()
+{
+    return stack.size();
+}
+
+std::vector<QWidget*> ModalWidgets()
+{
+    std::vector<QWidget*> widgets;
+    for (const auto& entry : stack) {
+        if (entry->widget) widgets.push_back(entry->widget);
+    }
+    return widgets;
+}
+
+}  // namespace kelvo

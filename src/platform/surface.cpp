@@ -1,0 +1,236 @@
+// The widget behind each window that paints: it keeps the surface, shows a copy of it, and turns what the operator does
+// there into messages.
+
+#include "platform/qt_window.h"
+
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QPalette>
+#include <QResizeEvent>
+#include <QUrl>
+#include <QWheelEvent>
+
+#include <cmath>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kNotch = 120;  // of a wheel, in eighths of a degree
+
+std::vector<std::string> droppedFiles;
+
+QRgb BackgroundOf(const Window& window)
+{
+    if (window.systemBackground) return window.widget->palette().color(QPalette::Window).rgb();
+    const std::uint32_t color = window.background;
+    return qRgb(static_cast<int>(color & 0xFF), static_cast<int>((color >> 8) & 0xFF),
+                static_cast<int>((color >> 16) & 0xFF));
+}
+
+QSize SurfaceSize(const QWidget& widget)
+{
+    const double ratio = widget.devicePixelRatioF();
+    return {static_cast<int>(std::ceil(widget.width() * ratio)), static_cast<int>(std::ceil(widget.height() * ratio))};
+}
+
+// What was painted stays in its corner; new parts show the background.
+void FitSurface(Window& window)
+{
+    const QSize size = SurfaceSize(*window.widget);
+    if (window.surface.size() == size || size.isEmpty()) return;
+    QImage larger(size, QImage::Format_RGB32);
+    larger.fill(BackgroundOf(window));
+    if (!window.surface.isNull()) {
+        QPainter painter(&larger);
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.drawImage(QPoint(0, 0), window.surface);
+    }
+    window.surface = std::move(larger);
+}
+
+// An image on the same bits that is taken for one of plain pixels.
+QImage PixelsOf(const QImage& surface)
+{
+    return {surface.constBits(), surface.width(), surface.height(), surface.bytesPerLine(), QImage::Format_RGB32};
+}
+
+struct ButtonMessage {
+    Qt::MouseButton button;
+    std::uint32_t message;
+};
+constexpr ButtonMessage kPressMessages[] = {
+    {Qt::LeftButton, WM_LBUTTONDOWN}, {Qt::RightButton, WM_RBUTTONDOWN}, {Qt::MiddleButton, WM_MBUTTONDOWN}};
+
+class SurfaceWidget : public QWidget {
+  public:
+    explicit SurfaceWidget(QWidget* parent) : QWidget(parent)
+    {
+        setAttribute(Qt::WA_OpaquePaintEvent);
+        setAttribute(Qt::WA_NoSystemBackground);
+        setMouseTracking(true);
+    }
+
+  protected:
+    void resizeEvent(QResizeEvent* /*event*/) override
+    {
+        HWND window = Handle();
+        if (!window) return;
+        FitSurface(*window);
+        AskForPaint(*window);
+        if (window->kind == WindowKind::kMain) SendSize(window);
+    }
+
+    void paintEvent(QPaintEvent* event) override
+    {
+        HWND window = Handle();
+        QPainter painter(this);
+        if (!window) {
+            painter.fillRect(event->rect(), palette().window());
+            return;
+        }
+        if (window->surface.size() != SurfaceSize(*this)) {  // moved to a screen with another ratio
+            FitSurface(*window);
+            EraseSurface(*window);
+            AskForPaint(*window);
+        }
+        // One pixel of the surface is one of the device, wherever the widget lies on a fractional ratio.
+        const double ratio = devicePixelRatioF();
+        painter.scale(1 / ratio, 1 / ratio);
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.drawImage(QPoint(0, 0), PixelsOf(window->surface));
+    }
+
+    void changeEvent(QEvent* event) override
+    {
+        HWND window = Handle();
+        if (event->type() == QEvent::PaletteChange && window && !window->surface.isNull()) {
+            EraseSurface(*window);
+            AskForPaint(*window);
+        }
+        QWidget::changeEvent(event);
+    }
+
+    void mouseMoveEvent(QMouseEvent* event) override { SendMouse(WM_MOUSEMOVE, event->position().toPoint(), 0); }
+    void mousePressEvent(QMouseEvent* event) override
+    {
+        for (const ButtonMessage& press : kPressMessages) {
+            if (press.button == event->button()) SendMouse(press.message, event->position().toPoint(), 0);
+        }
+    }
+    void mouseDoubleClickEvent(QMouseEvent* event) override
+    {
+        if (event->button() == Qt::LeftButton) {
+            SendMouse(WM_LBUTTONDBLCLK, event->position().toPoint(), 0);
+        } else {
+            mousePressEvent(event);
+        }
+    }
+    void mouseReleaseEvent(QMouseEvent* /*event*/) override {}
+
+    void wheelEvent(QWheelEvent* event) override
+    {
+        HWND window = Handle();
+        if (!window) return;
+        window->wheelRest += event->angleDelta().y();
+        const int steps = window->wheelRest / kNotch;
+        window->wheelRest %= kNotch;
+        for (int i = 0; i < std::abs(steps); ++i) {
+            SendMouse(WM_MOUSEWHEEL, event->position().toPoint(), MakeLong(0, steps > 0 ? 1 : -1));
+        }
+    }
+
+    void dragEnterEvent(QDragEnterEvent* event) override
+    {
+        if (!LocalPaths(*event->mimeData()).empty()) event->acceptProposedAction();
+    }
+    void dropEvent(QDropEvent* event) override
+    {
+        std::vector<std::string> paths = LocalPaths(*event->mimeData());
+        if (paths.empty()) return;
+        event->acceptProposedAction();
+        droppedFiles = std::move(paths);
+        // The program that the files come from waits for the end of the drop: it must not wait for our dialogs.
+        if (HWND window = Handle()) PostMessage(window, WM_DROPFILES, 0, 0);
+    }
+
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        const std::optional<Key> key = KeyOf(event->key());
+        if (HWND window = Handle(); window && key) SendMessage(window, WM_KEYDOWN, static_cast<WPARAM>(*key), 0);
+        QWidget::keyPressEvent(event);
+    }
+
+  private:
+    HWND Handle() const
+    {
+        HWND window = WindowOf(this);
+        return window && window->widget == this ? window : nullptr;
+    }
+
+    static void AskForPaint(Window& window)
+    {
+        window.paintDue = true;
+        PostPaints();
+    }
+
+    static std::vector<std::string> LocalPaths(const QMimeData& data)
+    {
+        std::vector<std::string> paths;
+        for (const QUrl& url : data.urls()) {
+            if (!url.isLocalFile()) continue;
+            // Percent signs carry any byte of a name, also such as are no UTF-8.
+            paths.push_back(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString());
+        }
+        return paths;
+    }
+
+    // What happens over a child is the child's, also where the toolkit hands it on to the parent.
+    void SendMouse(std::uint32_t message, QPoint at, WPARAM wParam)
+    {
+        HWND window = Handle();
+        if (!window || childAt(at)) return;
+        const Point surface = ToSurface(*window, {at.x(), at.y()});
+        SendMessage(window, message, wParam, static_cast<LPARAM>(MakeLong(surface.x, surface.y)));
+    }
+};
+
+}  // namespace
+
+QWidget* MakeSurfaceWidget(QWidget* parent)
+{
+    return std::make_unique<SurfaceWidget>(parent).release();  // the parent owns it
+}
+
+void EraseSurface(Window& window)
+{
+    if (!window.surface.isNull()) window.surface.fill(BackgroundOf(window));
+    if (window.widget) window.widget->update();
+}
+
+std::uint32_t BackgroundColor(const Window& window)
+{
+    return window.widget ? BackgroundOf(window) : 0;
+}
+
+double DeviceRatio(const Window& window)
+{
+    return window.widget ? window.widget->devicePixelRatioF() : 1.0;
+}
+
+void EnsureSurface(Window& window)
+{
+    if (window.widget && window.kind != WindowKind::kDialog && window.kind != WindowKind::kPanel) FitSurface(window);
+}
+
+std::vector<std::string> DroppedFiles()
+{
+    return droppedFiles;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,106 @@
+#include "platform/theme.h"
+
+#include <QApplication>
+#include <QColor>
+#include <QPalette>
+#include <QStyleFactory>
+
+namespace kelvo {
+
+namespace {
+
+// Neutral grays and one calm accent. Text stands at a contrast of 11 to 1 or more on its ground, disabled text at 3 to
+// 1 or more.
+struct Colors {
+    QRgb window;
+    QRgb base;
+    QRgb alternateBase;
+    QRgb button;
+    QRgb text;
+    QRgb disabledText;
+    QRgb placeholder;
+    QRgb accent;
+    QRgb accentText;
+    QRgb link;
+    QRgb toolTip;
+    QRgb light;
+    QRgb midlight;
+    QRgb mid;
+    QRgb dark;
+    QRgb shadow;
+};
+constexpr Colors kLight{.window = 0xFFF3F4F6,
+                        .base = 0xFFFFFFFF,
+                        .alternateBase = 0xFFF8F9FA,
+                        .button = 0xFFFBFBFC,
+                        .text = 0xFF1F2328,
+                        .disabledText = 0xFF888D94,
+                        .placeholder = 0xFF7A8088,
+                        .accent = 0xFF2F6FAB,
+                        .accentText = 0xFFFFFFFF,
+                        .link = 0xFF1F5F9B,
+                        .toolTip = 0xFFFFFFFF,
+                        .light = 0xFFFFFFFF,
+                        .midlight = 0xFFE9EBEE,
+                        .mid = 0xFFC9CDD2,
+                        .dark = 0xFFA7ACB3,
+                        .shadow = 0xFF6B7077};
+constexpr Colors kDark{.window = 0xFF25282C,
+                       .base = 0xFF1C1E21,
+                       .alternateBase = 0xFF222529,
+                       .button = 0xFF33373C,
+                       .text = 0xFFE6E8EA,
+                       .disabledText = 0xFF7F858C,
+                       .placeholder = 0xFF8B9199,
+                       .accent = 0xFF3F7DB8,
+                       .accentText = 0xFFFFFFFF,
+                       .link = 0xFF7CB7EC,
+                       .toolTip = 0xFF33373C,
+                       .light = 0xFF4A4F56,
+                       .midlight = 0xFF3B4046,
+                       .mid = 0xFF2C3035,
+                       .dark = 0xFF17191B,
+                       .shadow = 0xFF0E0F10};
+
+QPalette PaletteOf(const Colors& colors)
+{
+    QPalette palette;
+    const auto set = [&palette](QPalette::ColorRole role, QRgb color) { palette.setColor(role, QColor(color)); };
+    set(QPalette::Window, colors.window);
+    set(QPalette::WindowText, colors.text);
+    set(QPalette::Base, colors.base);
+    set(QPalette::AlternateBase, colors.alternateBase);
+    set(QPalette::Button, colors.button);
+    set(QPalette::ButtonText, colors.text);
+    set(QPalette::Text, colors.text);
+    set(QPalette::BrightText, colors.accentText);
+    set(QPalette::PlaceholderText, colors.placeholder);
+    set(QPalette::Highlight, colors.accent);
+    set(QPalette::HighlightedText, colors.accentText);
+    set(QPalette::Link, colors.link);
+    set(QPalette::LinkVisited, colors.link);
+    set(QPalette::ToolTipBase, colors.toolTip);
+    set(QPalette::ToolTipText, colors.text);
+    set(QPalette::Light, colors.light);
+    set(QPalette::Midlight, colors.midlight);
+    set(QPalette::Mid, colors.mid);
+    set(QPalette::Dark, colors.dark);
+    set(QPalette::Shadow, colors.shadow);
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text}) {
+        palette.setColor(QPalette::Disabled, role, QColor(colors.disabledText));
+    }
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(colors.mid));
+    palette.setColor(QPalette::Disabled, QPalette::HighlightedText, QColor(colors.disabledText));
+    return palette;
+}
+
+}  // namespace
+
+void ApplyTheme(Theme theme)
+{
+    if (theme == Theme::kDesktop) return;
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setPalette(PaletteOf(theme == Theme::kDark ? kDark : kLight));
+}
+
+}  // namespace kelvo

@@ -1,0 +1,11 @@
+// The look of the program's own themes: one style, a light and a dark set of colours.
+#pragma once
+
+#include "platform/application.h"
+
+namespace kelvo {
+
+// Sets style and colours for the whole application. kDesktop leaves the desktop's look as it was found.
+void ApplyTheme(Theme theme);
+
+}  // namespace kelvo

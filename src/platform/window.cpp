@@ -1,0 +1,365 @@
+#include "platform/window.h"
+
+#include "platform/application.h"
+#include "platform/faults.h"
+#include "platform/qt_window.h"
+#include "platform/transcript.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QElapsedTimer>
+#include <QFontMetrics>
+#include <QMenuBar>
+#include <QScreen>
+#include <QThread>
+#include <QWindow>
+
+#include <algorithm>
+#include <map>
+
+namespace kelvo {
+
+namespace {
+
+constexpr QSize kFirstSize{1100, 820};
+constexpr QSize kSmallestSize{640, 480};
+
+struct RegisteredClass {
+    WindowProc procedure = nullptr;
+    std::string icon;
+    bool systemBackground = true;
+    std::uint32_t background = 0;
+};
+std::map<std::string, RegisteredClass, std::less<>> classes;
+
+// The failures that can be asked for, by the class that they concern.
+struct ClassFaults {
+    std::string_view className;
+    std::string_view registering;
+    std::string_view creating;
+};
+constexpr ClassFaults kClassFaults[] = {
+    {"KELVO", "register main class", "create main window"},
+    {"StatusWndClass", "register status class", "create status window"},
+};
+
+bool MustFail(std::string_view className, std::string_view ClassFaults::*step)
+{
+    return std::ranges::any_of(kClassFaults, [=](const ClassFaults& faults) {
+        return faults.className == className && FaultIsSet(faults.*step);
+    });
+}
+
+const RegisteredClass* FindClass(std::string_view name)
+{
+    const auto found = classes.find(name);
+    return found == classes.end() ? nullptr : &found->second;
+}
+
+// The frame of the main window. Its client area is the central widget.
+class MainFrame : public QMainWindow {
+  public:
+    MainFrame()
+    {
+        setMinimumSize(kSmallestSize);
+        resize(kFirstSize);
+    }
+
+  protected:
+    // Whether it closes is the window procedure's decision.
+    void closeEvent(QCloseEvent* event) override
+    {
+        event->ignore();
+        if (HWND window = WindowOf(this)) SendMessage(window, WM_CLOSE, 0, 0);
+    }
+};
+
+HWND EnterSurface(WindowKind kind, QWidget* widget, const RegisteredClass& windowClass, HWND parent)
+{
+    HWND window = RegisterWindow(kind, widget, windowClass.procedure, parent);
+    window->systemBackground = windowClass.systemBackground;
+    window->background = windowClass.background;
+    return window;
+}
+
+QRect ToQRect(const Rect& rect)
+{
+    return {rect.left, rect.top, rect.Width(), rect.Height()};
+}
+
+Rect FromQRect(const QRect& rect)
+{
+    return {rect.left(), rect.top(), rect.left() + rect.width(), rect.top() + rect.height()};
+}
+
+// The window system answers in its own time.
+constexpr int kShowLimitMs = 1000;
+constexpr int kStillForMs = 60;
+constexpr unsigned long kShowPauseMs = 3;
+
+void WaitUntilShown(const QWidget& frame)
+{
+    QElapsedTimer sinceStart;
+    QElapsedTimer sinceChange;
+    sinceStart.start();
+    sinceChange.start();
+    QSize size = frame.size();
+    const int stillForMs = RunsOffscreen() ? 0 : kStillForMs;
+    while (sinceStart.elapsed() < kShowLimitMs) {
+        HandlePendingEvents();
+        if (frame.size() != size) {
+            size = frame.size();
+            sinceChange.restart();
+        }
+        const bool exposed = frame.windowHandle() && frame.windowHandle()->isExposed();
+        if (exposed && sinceChange.elapsed() >= stillForMs) return;
+        QThread::msleep(kShowPauseMs);
+    }
+}
+
+// Without a window manager nobody maximises.
+bool FillsTheScreen(const QWidget& frame)
+{
+    const QSize available = frame.screen()->availableGeometry().size();
+    return frame.width() * 10 >= available.width() * 9 && frame.height() * 10 >= available.height() * 9;
+}
+
+QWidget* TopLevelOf(HWND window)
+{
+    if (!IsWindow(window)) return nullptr;
+    if (window->frame) return window->frame;
+    return window->widget;
+}
+
+enum class FocusHolder { kNobody, kMain, kOther };
+FocusHolder focusTold = FocusHolder::kNobody;
+HWND otherInFocus = nullptr;
+
+FocusHolder FocusHolderNow()
+{
+    const QWindow* const focus = QGuiApplication::focusWindow();
+    HWND mainWindow = MainWindow();
+    if (!focus) return FocusHolder::kNobody;
+    if (mainWindow && mainWindow->frame && focus == mainWindow->frame->windowHandle()) return FocusHolder::kMain;
+    return FocusHolder::kOther;
+}
+
+// A window of ours that has no handle, such as a menu, counts as the main window itself.
+WPARAM FocusPartner(FocusHolder holder, HWND mainWindow)
+{
+    if (holder != FocusHolder::kOther) return 0;
+    return reinterpret_cast<WPARAM>(IsWindow(otherInFocus) ? otherInFocus : mainWindow);
+}
+
+}  // namespace
+
+// --- Classes and windows -------------------------------------------------------------------------------------------
+
+bool RegisterWindowClass(const WindowClass& windowClass)
+{
+    if (MustFail(windowClass.name, &ClassFaults::registering) || windowClass.name.empty()) return false;
+    classes[std::string(windowClass.name)] = {windowClass.procedure, std::string(windowClass.icon),
+                                              windowClass.systemBackground, windowClass.background};
+    return true;
+}
+
+HWND CreateMainWindow(std::string_view className, std::string_view title)
+{
+    const RegisteredClass* const windowClass = FindClass(className);
+    if (!windowClass || !qApp || MainWindow() || MustFail(className, &ClassFaults::creating)) return nullptr;
+
+    QPointer<QMainWindow> frame = std::make_unique<MainFrame>().release();
+    QWidget* const client = MakeSurfaceWidget(frame);
+    client->setFocusPolicy(Qt::StrongFocus);
+    client->setAcceptDrops(true);
+    frame->setCentralWidget(client);
+    frame->setContextMenuPolicy(Qt::NoContextMenu);
+    const QIcon icon = IconNamed(windowClass->icon);
+    if (!icon.isNull()) QApplication::setWindowIcon(icon);
+
+    HWND window = EnterSurface(WindowKind::kMain, client, *windowClass, nullptr);
+    window->frame = frame;
+    SetWindowText(window, title);
+    SendMessage(window, WM_CREATE, 0, 0);
+    return window;
+}
+
+HWND CreateChildWindow(std::string_view className, HWND parent, const Rect& place)
+{
+    const RegisteredClass* const windowClass = FindClass(className);
+    if (!windowClass || !IsWindow(parent) || !parent->widget || MustFail(className, &ClassFaults::creating)) {
+        return nullptr;
+    }
+    QWidget* const widget = MakeSurfaceWidget(parent->widget);
+    HWND window = EnterSurface(WindowKind::kChild, widget, *windowClass, parent);
+    widget->setGeometry(ToQRect(place));
+    widget->show();
+    SendMessage(window, WM_CREATE, 0, 0);
+    return window;
+}
+
+void DestroyWindow(HWND window)
+{
+    if (!IsWindow(window) || window->isBeingDestroyed) return;
+    window->isBeingDestroyed = true;
+    SendMessage(window, WM_DESTROY, 0, 0);
+    for (HWND child : ChildrenOf(window)) DestroyWindow(child);
+    if (QWidget* const widget = TopLevelOf(window)) {
+        widget->hide();
+        widget->deleteLater();
+    }
+    ForgetWindow(window);
+}
+
+// --- Showing and placing -------------------------------------------------------------------------------------------
+
+void ShowWindowMaximised(HWND window)
+{
+    if (!IsWindow(window) || !window->frame) return;
+    QMainWindow& frame = *window->frame;
+    frame.showMaximized();
+    WaitUntilShown(frame);
+    if (!FillsTheScreen(frame)) {
+        frame.setGeometry(frame.screen()->availableGeometry());
+        WaitUntilShown(frame);
+    }
+    if (window->widget) window->widget->setFocus();
+    TellFocusChange();
+}
+
+void ShowWindow(HWND window, bool shown)
+{
+    if (QWidget* const widget = TopLevelOf(window)) widget->setVisible(shown);
+}
+
+void MoveWindow(HWND window, const Rect& place)
+{
+    if (QWidget* const widget = TopLevelOf(window)) widget->setGeometry(ToQRect(place));
+}
+
+void UpdateWindow(HWND window)
+{
+    if (!IsWindow(window)) return;
+    if (window->paintDue) {
+        window->paintDue = false;
+        SendMessage(window, WM_PAINT, 0, 0);
+        if (!IsWindow(window)) return;
+    }
+    if (window->widget && window->widget->isVisible()) window->widget->repaint();
+}
+
+Rect GetClientRect(HWND window)
+{
+    if (!IsWindow(window) || !window->widget) return {};
+    return {0, 0, window->widget->width(), window->widget->height()};
+}
+
+Rect GetWindowRect(HWND window)
+{
+    const QWidget* const widget = TopLevelOf(window);
+    if (!widget) return {};
+    if (widget->isWindow()) return FromQRect(widget->frameGeometry());
+    return FromQRect({widget->mapToGlobal(QPoint(0, 0)), widget->size()});
+}
+
+Point ClientToScreen(HWND window, Point client)
+{
+    if (!IsWindow(window) || !window->widget) return client;
+    const QPoint screen = window->widget->mapToGlobal(QPoint(client.x, client.y));
+    return {screen.x(), screen.y()};
+}
+
+Point ScreenToClient(HWND window, Point screen)
+{
+    if (!IsWindow(window) || !window->widget) return screen;
+    const QPoint client = window->widget->mapFromGlobal(QPoint(screen.x, screen.y));
+    return {client.x(), client.y()};
+}
+
+std::string GetWindowText(HWND window)
+{
+    if (!IsWindow(window)) return {};
+    if (window->kind == WindowKind::kMain) return window->text;
+    return window->widget ? FromQString(window->widget->windowTitle()) : std::string();
+}
+
+void SetWindowText(HWND window, std::string_view text)
+{
+    QWidget* const widget = TopLevelOf(window);
+    if (!widget) return;
+    widget->setWindowTitle(ToQString(text));
+    if (window->kind != WindowKind::kMain) return;
+    window->text = text;
+    Transcribe("title", {{"text", std::string(text)}});
+}
+
+int TextLineHeight(HWND window)
+{
+    if (!IsWindow(window) || !window->widget) return 0;
+    return QFontMetrics(window->widget->font()).lineSpacing();
+}
+
+// --- Messages ------------------------------------------------------------------------------------------------------
+
+LRESULT SendMessage(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    if (!IsWindow(window)) return 0;
+    if (!window->procedure) return DefWindowProc(window, message, wParam, lParam);
+    return window->procedure(window, message, wParam, lParam);
+}
+
+LRESULT DefWindowProc(HWND window, std::uint32_t message, WPARAM /*wParam*/, LPARAM /*lParam*/)
+{
+    if (message == WM_CLOSE) DestroyWindow(window);
+    return 0;
+}
+
+void SendSize(HWND mainWindow)
+{
+    if (!IsWindow(mainWindow) || !mainWindow->widget) return;
+    const QSize size = mainWindow->widget->size();
+    if (QWidget* const panel = mainWindow->dockedPanel) {
+        const int wanted =
+            panel->hasHeightForWidth() ? panel->heightForWidth(size.width()) : panel->sizeHint().height();
+        panel->setGeometry(0, 0, size.width(), wanted);
+        panel->raise();
+    }
+    FitScrollBars(*mainWindow);
+    SendMessage(mainWindow, WM_SIZE, 0, static_cast<LPARAM>(MakeLong(size.width(), size.height())));
+}
+
+// --- Focus ---------------------------------------------------------------------------------------------------------
+
+void SetFocusTo(HWND window)
+{
+    QWidget* const widget = TopLevelOf(window);
+    if (!widget) return;
+    if (widget->isWindow()) widget->activateWindow();
+    if (window->widget) window->widget->setFocus();
+}
+
+void TellFocusChange()
+{
+    const FocusHolder before = focusTold;
+    const FocusHolder now = FocusHolderNow();
+    if (now == FocusHolder::kOther) otherInFocus = WindowOf(QApplication::activeWindow());
+    focusTold = now;
+    HWND mainWindow = MainWindow();
+    if (!mainWindow || now == before) return;
+    if (now == FocusHolder::kMain) SendMessage(mainWindow, WM_SETFOCUS, FocusPartner(before, mainWindow), 0);
+    if (before == FocusHolder::kMain) SendMessage(mainWindow, WM_KILLFOCUS, FocusPartner(now, mainWindow), 0);
+    // Another program may come between two windows of ours.
+    const bool leftProgram = before == FocusHolder::kOther && now == FocusHolder::kNobody;
+    if (leftProgram) otherInFocus = nullptr;
+}
+
+// --- The widget that dialogs and boxes belong to -------------------------------------------------------------------
+
+QWidget* OwnerWidget(HWND owner)
+{
+    if (const ModalEntry* const front = FrontModal(); front && front->widget) return front->widget;
+    if (QWidget* const widget = TopLevelOf(owner)) return widget->window();
+    return TopLevelOf(MainWindow());
+}
+
+}  // namespace kelvo
