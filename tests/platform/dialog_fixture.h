@@ -7,13 +7,13 @@
 #include "platform/transcript.h"
 #include "platform/window.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace kelvo {
 
