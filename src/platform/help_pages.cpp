@@ -1,0 +1,91 @@
+#include "platform/help_pages.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QTextDocumentFragment>
+
+#include <algorithm>
+
+namespace kelvo {
+
+namespace {
+
+QString PageFile(int context)
+{
+    return QStringLiteral(":/help/%1.html").arg(context);
+}
+
+QString PlainText(const QString& html)
+{
+    return QTextDocumentFragment::fromHtml(html).toPlainText();
+}
+
+std::vector<HelpTopic> ReadContents()
+{
+    static const QRegularExpression part(
+        QStringLiteral("<h2>(?<heading>.*?)</h2>|<a href=\"(?<page>\\d+)\\.html\">(?<title>.*?)</a>"));
+    std::vector<HelpTopic> topics;
+    QString heading;
+    QRegularExpressionMatchIterator match = part.globalMatch(HelpPageHtml(kHelpContentsPage));
+    while (match.hasNext()) {
+        const QRegularExpressionMatch found = match.next();
+        if (found.hasCaptured(QStringLiteral("heading"))) {
+            heading = PlainText(found.captured(QStringLiteral("heading")));
+        } else {
+            topics.push_back({heading, PlainText(found.captured(QStringLiteral("title"))),
+                              found.captured(QStringLiteral("page")).toInt()});
+        }
+    }
+    return topics;
+}
+
+bool HoldsAll(const QString& text, const QStringList& words)
+{
+    return std::all_of(words.begin(), words.end(),
+                       [&text](const QString& word) { return text.contains(word, Qt::CaseInsensitive); });
+}
+
+bool HoldsOne(const QString& text, const QStringList& words)
+{
+    return std::any_of(words.begin(), words.end(),
+                       [&text](const QString& word) { return text.contains(word, Qt::CaseInsensitive); });
+}
+
+}  // namespace
+
+bool HasHelpPage(int context)
+{
+    return QFile::exists(PageFile(context));
+}
+
+QString HelpPageHtml(int context)
+{
+    QFile file(PageFile(context));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+QString HelpPageTitle(int context)
+{
+    static const QRegularExpression title(QStringLiteral("<title>(.*?)</title>"));
+    return PlainText(title.match(HelpPageHtml(context)).captured(1));
+}
+
+const std::vector<HelpTopic>& HelpTopics()
+{
+    static const std::vector<HelpTopic> topics = ReadContents();
+    return topics;
+}
+
+std::vector<HelpTopic> FindHelpTopics(const QString& words)
+{
+    const QStringList wanted = words.split(QRegularExpression(QStringLiteral("\\s+")), Qt::SkipEmptyParts);
+    std::vector<HelpTopic> found;
+    for (const HelpTopic& topic : HelpTopics()) {
+        if (HoldsAll(PlainText(HelpPageHtml(topic.context)), wanted)) found.push_back(topic);
+    }
+    std::stable_partition(found.begin(), found.end(),
+                          [&wanted](const HelpTopic& topic) { return HoldsOne(topic.title, wanted); });
+    return found;
+}
+
+}  // namespace kelvo
