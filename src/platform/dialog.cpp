@@ -252,7 +252,6 @@ void ShowDialogWindow(HWND dialog)
     FocusFirstControl(dialog->widget);
     Transcribe("dialog", {{"name", dialog->dialog->name}, {"text", GetWindowText(dialog)}});
     dialog->widget->show();
-    dialog->widget->raise();
     dialog->widget->activateWindow();
 }
 
@@ -268,7 +267,8 @@ void SendEnterIdle(HWND dialog)
 
 void RunModal(HWND dialog)
 {
-    if (QuitPosted()) return;
+    // Showing it moves the focus, and a command that came of that may have ended it already.
+    if (QuitPosted() || dialog->dialog->ended) return;
     QEventLoop loop;
     dialog->dialog->loop = &loop;
     ModalEntry entry;

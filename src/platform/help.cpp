@@ -79,8 +79,8 @@ class HelpWindow : public QWidget {
         const int page = HasHelpPage(context) ? context : kHelpContentsPage;
         text_->setSource(PageUrl(page));
         context_ = context;
+        if (isVisible()) raise();
         show();
-        raise();
         activateWindow();
     }
 
