@@ -51,13 +51,18 @@ class DialogWindow : public QDialog {
     void keyPressEvent(QKeyEvent* event) override
     {
         switch (event->key()) {
-            case Qt::Key_Escape: SendCancel(); break;
+            case Qt::Key_Escape:
+                SendCancel();
+                break;
             case Qt::Key_F1:
                 if (!event->isAutoRepeat()) SendControlCommand(handle, kIdHelp, kButtonClicked);
                 break;
             case Qt::Key_Return:
-            case Qt::Key_Enter: PressDefaultButton(); break;
-            default: QDialog::keyPressEvent(event);
+            case Qt::Key_Enter:
+                PressDefaultButton();
+                break;
+            default:
+                QDialog::keyPressEvent(event);
         }
     }
 

@@ -198,8 +198,7 @@ TEST_F(FileSelection, TakesSeveralNamesWhereManyAreWanted)
     MakeFile(Path("a.img"));
     MakeFile(Path("b c.img"));
     Then([] { EXPECT_TRUE(ChooseFiles({"a.img", "b c.img"})); });
-    EXPECT_THAT(RunFileDialog(Request(FileDialogMode::kOpenMany)).paths,
-                ElementsAre(Path("a.img"), Path("b c.img")));
+    EXPECT_THAT(RunFileDialog(Request(FileDialogMode::kOpenMany)).paths, ElementsAre(Path("a.img"), Path("b c.img")));
     Then([] {
         EXPECT_FALSE(ChooseFiles({"a.img", "b c.img"}));
         CancelFileDialog();
