@@ -31,7 +31,6 @@ constexpr const char* kIdProperty = "controlId";
 constexpr const char* kIconProperty = "iconName";
 constexpr const char* kIconSizeProperty = "iconSize";
 constexpr const char* kPanelCaptionProperty = "panelCaption";
-constexpr const char* kPanelValueProperty = "panelValue";
 constexpr const char* kPanelLineProperty = "panelLine";
 
 // --- The top-level widget of a dialog -----------------------------------------------------------------------------
