@@ -8,10 +8,13 @@
 #include "platform/text.h"
 #include "platform/transcript.h"
 
+#include <QAbstractFileIconProvider>
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QSplitter>
+#include <QToolButton>
 
 #include <algorithm>
 #include <utility>
@@ -22,6 +25,7 @@ namespace {
 
 constexpr std::int32_t kDialogFailure = 0xFFFF;
 constexpr QSize kDialogSize(780, 500);
+constexpr int kSideWidth = 140;
 
 bool IsPattern(std::string_view name)
 {
@@ -121,6 +125,26 @@ QString ToolkitFilter(const FileFilter& filter, bool native)
     return ToQString(text) + QStringLiteral(" (") + ToQString(pattern) + QStringLiteral(")");
 }
 
+// Line icons in place of the toolkit's own.
+class LineIconProvider : public QAbstractFileIconProvider {
+  public:
+    QIcon icon(IconType type) const override
+    {
+        return IconNamed(type == File ? "file" : type == Computer ? "computer" : "folder");
+    }
+    QIcon icon(const QFileInfo& info) const override { return icon(info.isDir() ? Folder : File); }
+};
+
+void SetButtonIcons(const QFileDialog& dialog)
+{
+    constexpr std::pair<const char*, std::string_view> kIcons[] = {
+        {"backButton", "left"},           {"forwardButton", "right"}, {"toParentButton", "up"},
+        {"newFolderButton", "newfolder"}, {"listModeButton", "grid"}, {"detailModeButton", "list"}};
+    for (const auto& [name, icon] : kIcons) {
+        if (auto* button = dialog.findChild<QToolButton*>(QLatin1String(name))) button->setIcon(IconNamed(icon));
+    }
+}
+
 class FileDialog : public QFileDialog {
   public:
     FileDialog(QWidget* parent, const FileDialogRequest& request)
@@ -134,7 +158,7 @@ class FileDialog : public QFileDialog {
         SetFilters();
         setDirectory(request.directory.empty() ? QDir::currentPath() : ToQPath(ResolvePath(request.directory)));
         if (!request.name.empty() && !IsPattern(request.name)) selectFile(ToQPath(request.name));
-        if (!native_) resize(kDialogSize);
+        if (!native_) ArrangeOwn();
         setWindowModality(parent != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
     }
 
@@ -195,6 +219,16 @@ class FileDialog : public QFileDialog {
         return native_ && request_.mode == FileDialogMode::kOpen ? ExistingFile : AnyFile;
     }
 
+    void ArrangeOwn()
+    {
+        SetButtonIcons(*this);
+        setIconProvider(&iconProvider_);
+        resize(kDialogSize);
+        if (auto* splitter = findChild<QSplitter*>()) {
+            splitter->setSizes({kSideWidth, kDialogSize.width() - kSideWidth});
+        }
+    }
+
     void SetFilters()
     {
         QStringList filters;
@@ -216,6 +250,7 @@ class FileDialog : public QFileDialog {
     }
 
     const FileDialogRequest& request_;
+    LineIconProvider iconProvider_;
     const bool native_;
     bool asking_ = false;
     std::vector<std::string> chosen_;
