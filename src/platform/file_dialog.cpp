@@ -12,11 +12,14 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QSplitter>
 #include <QToolButton>
+#include <QTreeView>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace kelvo {
@@ -25,7 +28,8 @@ namespace {
 
 constexpr std::int32_t kDialogFailure = 0xFFFF;
 constexpr QSize kDialogSize(780, 500);
-constexpr int kSideWidth = 140;
+constexpr int kSideWidth = 130;
+constexpr std::array<int, 4> kColumnWidths = {260, 80, 90, 170};  // name, size, type, date
 
 bool IsPattern(std::string_view name)
 {
@@ -226,6 +230,11 @@ class FileDialog : public QFileDialog {
         resize(kDialogSize);
         if (auto* splitter = findChild<QSplitter*>()) {
             splitter->setSizes({kSideWidth, kDialogSize.width() - kSideWidth});
+        }
+        const auto* table = findChild<QTreeView*>(QStringLiteral("treeView"));
+        if (table == nullptr) return;
+        for (int column = 0; column < static_cast<int>(kColumnWidths.size()); ++column) {
+            table->header()->resizeSection(column, kColumnWidths.at(static_cast<std::size_t>(column)));
         }
     }
 

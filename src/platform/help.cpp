@@ -22,7 +22,7 @@ namespace {
 constexpr QSize kWindowSize(920, 640);
 constexpr int kTreeWidth = 280;
 constexpr int kTextMargin = 20;
-constexpr int kRowHeight = 24;
+constexpr int kRowHeight = 20;
 
 QUrl PageUrl(int context)
 {
