@@ -19,9 +19,10 @@ Header HeaderOf(const DibBlock& block)
     return header;
 }
 
+// Of a block too short to tell: more than it holds, so that nothing lies behind its header.
 std::uint32_t StoredHeaderBytes(const DibBlock& block)
 {
-    std::uint32_t size = 0;
+    std::uint32_t size = 0xFFFFFFFF;
     if (block.bytes.size() >= sizeof size) std::memcpy(&size, block.bytes.data(), sizeof size);
     return size;
 }

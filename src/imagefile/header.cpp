@@ -21,7 +21,7 @@ namespace kelvo {
 
 ImageHeaderRecord ImageHeader;
 SpiffHeaderRecord SpiffHeader;
-std::uint32_t ByteSwap = 0xFFFFFFFF;
+std::uint32_t ByteSwap = 0xFFFF;
 std::int32_t IrigEnable = 0;
 
 namespace {

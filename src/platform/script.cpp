@@ -187,8 +187,7 @@ void Resume()
     const std::string failure = RunToNextCall();
     if (!failure.empty()) Fail(failure);
     if (engine.phase == Phase::kFinished && failure.empty()) FailIfSomethingIsOpen();
-    // With live video the next wait is a frame away; the program waits already.
-    if (engine.phase == Phase::kCallWaiting) ProgramWaits();
+    if (engine.phase == Phase::kCallWaiting) ProgramWaits();  // it waits already
 }
 
 void ProgramWaits()
@@ -548,17 +547,13 @@ int FinishScript(int programExitCode)
 void NoteScriptFrame()
 {
     using namespace script;
-    if (engine.phase == Phase::kNone) return;
-    if (engine.framesToGo > 0) {
-        --engine.framesToGo;
-        if (engine.framesToGo == 0) {
-            KillTimer(engine.timerWindow, kTimer);
-            engine.callTimeIsUp = true;
-        } else {
-            SetTimer(engine.timerWindow, kTimer, kFrameLimitMs);
-        }
+    if (engine.framesToGo == 0) return;
+    if (--engine.framesToGo > 0) {
+        SetTimer(engine.timerWindow, kTimer, kFrameLimitMs);
+        return;
     }
-    ProgramWaits();
+    KillTimer(engine.timerWindow, kTimer);
+    engine.callTimeIsUp = true;
 }
 
 }  // namespace kelvo

@@ -60,8 +60,7 @@ bool ScriptRuns();
 // While the program runs, a script's end closes it: what is in front is dismissed, then the main window gets WM_CLOSE.
 int FinishScript(int programExitCode);
 
-// The live cycle calls it after each frame that it has shown. It counts for frames(n), and as a moment at which the
-// program waits: with live video the next frame is always due. Cheap where no script runs.
+// The live cycle calls it after each frame that it has shown: it counts for frames(n). Cheap where no script runs.
 void NoteScriptFrame();
 
 }  // namespace kelvo

@@ -6,7 +6,8 @@
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
-#include "shell/startup.h"
+#include "resources/dialog_ids.h"
+#include "shell/splash.h"
 #include "shell/status.h"
 #include "shell/windows.h"
 
@@ -15,12 +16,6 @@
 namespace kelvo {
 
 namespace {
-
-constexpr int kVersionText = 1001;
-constexpr int kTotalText = 1002;
-constexpr int kContiguousText = 1003;
-constexpr int kResourcesText = 1004;
-constexpr int kClockText = 1005;
 
 constexpr std::uint32_t kClockTimer = 1;
 constexpr std::int64_t kClockPeriodMs = 1000;
@@ -31,17 +26,17 @@ void ShowClock(HWND dialog)
     const std::time_t now = WallClockSeconds();
     std::tm local{};
     localtime_r(&now, &local);
-    SetDlgItemText(dialog, kClockText, Format("%02d:%02d:%02d", local.tm_hour, local.tm_min, local.tm_sec));
+    SetDlgItemText(dialog, kAboutClock, Format("%02d:%02d:%02d", local.tm_hour, local.tm_min, local.tm_sec));
 }
 
 LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
 {
     switch (message) {
         case WM_INITDIALOG:
-            SetDlgItemText(dialog, kVersionText, Format("Version %d.%d", 2, 20));
-            SetDlgItemText(dialog, kTotalText, Format("Total = %lu kB", 1024UL));
-            SetDlgItemText(dialog, kContiguousText, Format("Contiguous = %lu kB", 1024UL));
-            SetDlgItemText(dialog, kResourcesText, Format("Free System Resources = %d%%", 0));
+            SetDlgItemText(dialog, kAboutVersion, Format("Version %d.%d", 2, 20));
+            SetDlgItemText(dialog, kAboutTotal, Format("Total = %lu kB", 1024UL));
+            SetDlgItemText(dialog, kAboutContiguous, Format("Contiguous = %lu kB", 1024UL));
+            SetDlgItemText(dialog, kAboutResources, Format("Free System Resources = %d%%", 0));
             ShowClock(dialog);
             SetTimer(dialog, kClockTimer, kClockPeriodMs);
             StatusString(196, 0);

@@ -9,9 +9,11 @@
 #include "imagefile/viewing.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
+#include "platform/help.h"
 #include "platform/memory.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/dialog_ids.h"
 #include "shell/unbuilt.h"
 #include "shell/windows.h"
 
@@ -35,22 +37,14 @@ struct Selection {
 
 Selection selection;  // the dialog's working copy
 
-// Controls of the dialog FRAMES, in the order of the fields.
-constexpr int kLeftEdit = 1001;
-constexpr int kTopEdit = 1002;
-constexpr int kRightEdit = 1003;
-constexpr int kBottomEdit = 1004;
-constexpr int kFirstEdit = 1005;
-constexpr int kLastEdit = 1006;
-
 void ShowSelection(HWND dialog)
 {
-    SetDlgItemInt(dialog, kLeftEdit, selection.left);
-    SetDlgItemInt(dialog, kTopEdit, selection.top);
-    SetDlgItemInt(dialog, kRightEdit, selection.right);
-    SetDlgItemInt(dialog, kBottomEdit, selection.bottom);
-    SetDlgItemInt(dialog, kFirstEdit, static_cast<int>(selection.first));
-    SetDlgItemInt(dialog, kLastEdit, static_cast<int>(selection.last));
+    SetDlgItemInt(dialog, kFramesLeft, selection.left);
+    SetDlgItemInt(dialog, kFramesTop, selection.top);
+    SetDlgItemInt(dialog, kFramesRight, selection.right);
+    SetDlgItemInt(dialog, kFramesBottom, selection.bottom);
+    SetDlgItemInt(dialog, kFramesFirst, static_cast<int>(selection.first));
+    SetDlgItemInt(dialog, kFramesLast, static_cast<int>(selection.last));
 }
 
 // A number within its range; otherwise the range in a box, and the focus on the field.
@@ -76,12 +70,12 @@ bool ReadSelection(HWND dialog)
     std::int32_t first = 0;
     std::int32_t last = 0;
     const auto lastFrame = static_cast<std::int32_t>(ImageHeader.FrameCount - 1);
-    if (!ReadField(dialog, kLeftEdit, "Left", 0, ImageHeader.ImageWidth - 1, read.left) ||
-        !ReadField(dialog, kTopEdit, "Top", 0, ImageHeader.ImageHeight - 1, read.top) ||
-        !ReadField(dialog, kRightEdit, "Right", read.left, ImageHeader.ImageWidth - 1, read.right) ||
-        !ReadField(dialog, kBottomEdit, "Bottom", read.top, ImageHeader.ImageHeight - 1, read.bottom) ||
-        !ReadField(dialog, kFirstEdit, "First frame", 0, lastFrame, first) ||
-        !ReadField(dialog, kLastEdit, "Last frame", first, lastFrame, last)) {
+    if (!ReadField(dialog, kFramesLeft, "Left", 0, ImageHeader.ImageWidth - 1, read.left) ||
+        !ReadField(dialog, kFramesTop, "Top", 0, ImageHeader.ImageHeight - 1, read.top) ||
+        !ReadField(dialog, kFramesRight, "Right", read.left, ImageHeader.ImageWidth - 1, read.right) ||
+        !ReadField(dialog, kFramesBottom, "Bottom", read.top, ImageHeader.ImageHeight - 1, read.bottom) ||
+        !ReadField(dialog, kFramesFirst, "First frame", 0, lastFrame, first) ||
+        !ReadField(dialog, kFramesLast, "Last frame", first, lastFrame, last)) {
         return false;
     }
     read.first = static_cast<std::uint32_t>(first);
@@ -98,6 +92,7 @@ LRESULT fnFRAMESDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARA
     }
     if (message != WM_COMMAND) return 0;
     if (LowWord(wParam) == kIdCancel) EndDialog(dialog, 0);
+    if (LowWord(wParam) == kIdHelp) ShowHelpContext(kHelpSaveBitmap);
     if (LowWord(wParam) == kIdOk && ReadSelection(dialog)) EndDialog(dialog, 1);
     return 1;
 }

@@ -13,6 +13,7 @@
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
+#include "resources/dialog_ids.h"
 #include "shell/recent_files.h"
 #include "shell/status.h"
 #include "shell/windows.h"
@@ -56,21 +57,19 @@ std::int64_t FramePeriodMs()
 
 LRESULT fnGOTOFRAMEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
 {
-    constexpr int kFrameEdit = 1001;
-    constexpr int kRangeText = 1002;
     if (message == WM_INITDIALOG) {
-        SetDlgItemText(dialog, kRangeText, Format("Frames 0 to %u", LastFrame));
-        SetDlgItemInt(dialog, kFrameEdit, static_cast<int>(CurrentFrame));
-        FocusDlgItem(dialog, kFrameEdit);
+        SetDlgItemText(dialog, kGoToFrameRange, Format("0 to %u", LastFrame));
+        SetDlgItemInt(dialog, kGoToFrameNumber, static_cast<int>(CurrentFrame));
+        FocusDlgItem(dialog, kGoToFrameNumber);
         return 1;
     }
     if (message != WM_COMMAND) return 0;
     if (LowWord(wParam) == kIdCancel) EndDialog(dialog, -1);
     if (LowWord(wParam) == kIdOk) {
-        const auto frame = ScanDecimal(GetDlgItemText(dialog, kFrameEdit));
+        const auto frame = ScanDecimal(GetDlgItemText(dialog, kGoToFrameNumber));
         if (!frame || *frame < 0 || static_cast<std::uint32_t>(*frame) > LastFrame) {
             Tell(Format("Please enter a frame number from 0 to %u.", LastFrame));
-            FocusDlgItem(dialog, kFrameEdit);
+            FocusDlgItem(dialog, kGoToFrameNumber);
             return 1;
         }
         EndDialog(dialog, *frame);

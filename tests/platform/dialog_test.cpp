@@ -392,8 +392,12 @@ TEST_F(Controls, TextsComeBackAsTheyWereSet)
             SetDlgItemText(dialog, id, "12 counts");
             EXPECT_EQ(GetDlgItemText(dialog, id), "12 counts") << id;
         }
-        SetDlgItemText(dialog, kLabel, "20 \xB0" "C");  // Latin-1 in, UTF-8 out
-        EXPECT_EQ(GetDlgItemText(dialog, kLabel), "20 \xC2\xB0" "C");
+        SetDlgItemText(dialog, kLabel,
+                       "20 \xB0"
+                       "C");  // Latin-1 in, UTF-8 out
+        EXPECT_EQ(GetDlgItemText(dialog, kLabel),
+                  "20 \xC2\xB0"
+                  "C");
         SetDlgItemInt(dialog, kSpin, 123);
         EXPECT_EQ(GetDlgItemText(dialog, kSpin), "123");
         SetDlgItemInt(dialog, kLabel, -4);
@@ -540,20 +544,19 @@ TEST_F(Controls, StepsLeaveThePositionToTheProcedure)
     InDialog([](HWND dialog) {
         auto* bar = ControlAs<QScrollBar>(dialog, kBar);
         SetScrollPos(dialog, kBar, 50);
-        EXPECT_THAT(Seen([&] {
-                        bar->triggerAction(QAbstractSlider::SliderSingleStepAdd);
-                        bar->triggerAction(QAbstractSlider::SliderSingleStepSub);
-                        bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
-                        bar->triggerAction(QAbstractSlider::SliderPageStepSub);
-                        bar->triggerAction(QAbstractSlider::SliderToMinimum);
-                        bar->triggerAction(QAbstractSlider::SliderToMaximum);
-                    }),
-                    ElementsAre(Scroll(WM_HSCROLL, kBar, ScrollCode::kLineDown, 50),
-                                Scroll(WM_HSCROLL, kBar, ScrollCode::kLineUp, 50),
-                                Scroll(WM_HSCROLL, kBar, ScrollCode::kPageDown, 50),
-                                Scroll(WM_HSCROLL, kBar, ScrollCode::kPageUp, 50),
-                                Scroll(WM_HSCROLL, kBar, ScrollCode::kTop, 50),
-                                Scroll(WM_HSCROLL, kBar, ScrollCode::kBottom, 50)));
+        EXPECT_THAT(
+            Seen([&] {
+                bar->triggerAction(QAbstractSlider::SliderSingleStepAdd);
+                bar->triggerAction(QAbstractSlider::SliderSingleStepSub);
+                bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
+                bar->triggerAction(QAbstractSlider::SliderPageStepSub);
+                bar->triggerAction(QAbstractSlider::SliderToMinimum);
+                bar->triggerAction(QAbstractSlider::SliderToMaximum);
+            }),
+            ElementsAre(
+                Scroll(WM_HSCROLL, kBar, ScrollCode::kLineDown, 50), Scroll(WM_HSCROLL, kBar, ScrollCode::kLineUp, 50),
+                Scroll(WM_HSCROLL, kBar, ScrollCode::kPageDown, 50), Scroll(WM_HSCROLL, kBar, ScrollCode::kPageUp, 50),
+                Scroll(WM_HSCROLL, kBar, ScrollCode::kTop, 50), Scroll(WM_HSCROLL, kBar, ScrollCode::kBottom, 50)));
         EXPECT_EQ(GetScrollPos(dialog, kBar), 50);
 
         // The procedure's own setting in the midst of it stands.

@@ -1,0 +1,39 @@
+// A list of bad detectors, read into maps of several regions.
+#include "config/camera_config.h"
+#include "pixel/bad_pixels.h"
+#include "platform/transcript.h"
+#include "temp_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+namespace {
+
+constexpr std::int32_t kSides[][2] = {{3, 4}, {0, 0}, {512, 640}, {-1, 2147483647}};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
+{
+    // A program without windows tells its boxes on this stream, where they would drown all else. The sanitizers and the
+    // fuzzer write past it.
+    stderr = std::fopen("/dev/null", "w");
+    return stderr ? 0 : 1;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static kelvo::FuzzFile input;
+    const std::string& path = input.Put(data, size);
+    for (const auto& [rows, columns] : kSides) {
+        kelvo::CameraConfig config;
+        config.Vroi = rows;
+        config.Hroi = columns;
+        kelvo::BadDetMap map(12, 0);
+        if (kelvo::LoadBadDetFile(path, map, config) != 1 || map.size() != 12) __builtin_trap();
+    }
+    kelvo::ReadBadPixelFile(path, 4, 3);
+    return 0;
+}
