@@ -1,0 +1,31 @@
+// Control numbers of the dialogs that came after the classic ones: ABOUT, FRAMES and GOTOFRAME.
+#pragma once
+
+namespace kelvo {
+
+constexpr int kAboutVersion = 1001;     // "Version 2.20"
+constexpr int kAboutTotal = 1002;       // "Total = %lu kB"
+constexpr int kAboutContiguous = 1003;  // "Contiguous = %lu kB"
+constexpr int kAboutResources = 1004;   // "Free System Resources = %d%%"
+constexpr int kAboutClock = 1005;
+
+// Pixels and frame numbers, both ends included.
+constexpr int kFramesLeft = 1001;
+constexpr int kFramesTop = 1002;
+constexpr int kFramesRight = 1003;
+constexpr int kFramesBottom = 1004;
+constexpr int kFramesFirst = 1005;
+constexpr int kFramesLast = 1006;
+
+constexpr int kGoToFrameNumber = 1001;
+constexpr int kGoToFrameRange = 1002;  // "0 to 119"
+
+// Help pages beside those of the classic contexts.
+constexpr int kHelpUnits = 2001;
+constexpr int kHelpFileFormats = 2002;
+constexpr int kHelpCommandLine = 2003;
+constexpr int kHelpSaveBitmap = 2004;
+constexpr int kHelpViewMenu = 2005;
+constexpr int kHelpPanel = 2006;
+
+}  // namespace kelvo
