@@ -9,7 +9,9 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
+#include <QDirIterator>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLayout>
@@ -151,7 +153,7 @@ TEST_P(LookOf, Panel)
         ExpectNothingClipped(panel->widget);
         ExpectNoOverlap(panel->widget);
         EXPECT_LE(panel->widget->layout()->minimumSize().width(), width);
-        EXPECT_LE(panel->widget->height(), 60);
+        EXPECT_LE(panel->widget->height(), 48);
         Picture(panel->widget, "PANEL" + std::to_string(width));
     }
 }
@@ -184,6 +186,26 @@ TEST_P(LookOf, FileSelection)
         CancelFileDialog();
     });
     EXPECT_TRUE(RunFileDialog(request).paths.empty());
+}
+
+// All icons on a sheet: no two look alike.
+TEST_P(LookOf, Icons)
+{
+    QWidget sheet;
+    auto* grid = new QGridLayout(&sheet);
+    std::vector<std::pair<std::string, QImage>> seen;
+    for (QDirIterator it(QStringLiteral(":/icons")); it.hasNext();) {
+        const std::string name = QFileInfo(it.next()).completeBaseName().toStdString();
+        const int place = static_cast<int>(seen.size());
+        const QPixmap picture = IconNamed(name).pixmap(QSize(24, 24), GetParam().scale);
+        for (const auto& [other, image] : seen) EXPECT_NE(picture.toImage(), image) << name << " and " << other;
+        seen.emplace_back(name, picture.toImage());
+        auto* label = new QLabel;
+        label->setPixmap(picture);
+        grid->addWidget(label, place / 10, place % 10);
+    }
+    EXPECT_GT(seen.size(), 25U);
+    Picture(&sheet, "ICONS");
 }
 
 INSTANTIATE_TEST_SUITE_P(AllLooks, LookOf,
