@@ -51,13 +51,18 @@ class DialogWindow : public QDialog {
     void keyPressEvent(QKeyEvent* event) override
     {
         switch (event->key()) {
-            case Qt::Key_Escape: SendCancel(); break;
+            case Qt::Key_Escape:
+                SendCancel();
+                break;
             case Qt::Key_F1:
                 if (!event->isAutoRepeat()) SendControlCommand(handle, kIdHelp, kButtonClicked);
                 break;
             case Qt::Key_Return:
-            case Qt::Key_Enter: PressDefaultButton(); break;
-            default: QDialog::keyPressEvent(event);
+            case Qt::Key_Enter:
+                PressDefaultButton();
+                break;
+            default:
+                QDialog::keyPressEvent(event);
         }
     }
 
@@ -252,7 +257,6 @@ void ShowDialogWindow(HWND dialog)
     FocusFirstControl(dialog->widget);
     Transcribe("dialog", {{"name", dialog->dialog->name}, {"text", GetWindowText(dialog)}});
     dialog->widget->show();
-    dialog->widget->raise();
     dialog->widget->activateWindow();
 }
 
@@ -268,7 +272,8 @@ void SendEnterIdle(HWND dialog)
 
 void RunModal(HWND dialog)
 {
-    if (QuitPosted()) return;
+    // Showing it moves the focus, and a command that came of that may have ended it already.
+    if (QuitPosted() || dialog->dialog->ended) return;
     QEventLoop loop;
     dialog->dialog->loop = &loop;
     ModalEntry entry;

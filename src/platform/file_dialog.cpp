@@ -251,10 +251,9 @@ FileDialogResult RunFileDialog(const FileDialogRequest& request)
 
     FileDialog dialog(OwnerWidget(request.owner), request);
     const FrontFileDialog shown = dialog.Describe();
-    Transcribe("file", {{"title", shown.title},
-                        {"filters", shown.filters},
-                        {"directory", shown.directory},
-                        {"name", shown.name}});
+    Transcribe(
+        "file",
+        {{"title", shown.title}, {"filters", shown.filters}, {"directory", shown.directory}, {"name", shown.name}});
     FileDialogResult result;
     {
         const ModalScope inFront(EntryOf(dialog));

@@ -79,8 +79,8 @@ class HelpWindow : public QWidget {
         const int page = HasHelpPage(context) ? context : kHelpContentsPage;
         text_->setSource(PageUrl(page));
         context_ = context;
+        if (isVisible()) raise();
         show();
-        raise();
         activateWindow();
     }
 
@@ -228,8 +228,8 @@ class HelpWindow : public QWidget {
 
     void AddTopic(QTreeWidgetItem* heading, const HelpTopic& topic)
     {
-        auto* item =
-            heading != nullptr ? new QTreeWidgetItem(heading, {topic.title}) : new QTreeWidgetItem(tree_, {topic.title});
+        auto* item = heading != nullptr ? new QTreeWidgetItem(heading, {topic.title})
+                                        : new QTreeWidgetItem(tree_, {topic.title});
         item->setData(0, Qt::UserRole, topic.context);
     }
 
