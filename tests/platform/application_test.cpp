@@ -4,6 +4,7 @@
 #include "support/temp_directory.h"
 #include "window_fixture.h"
 
+#include <QApplication>
 #include <QPalette>
 
 #include <gmock/gmock.h>

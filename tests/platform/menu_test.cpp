@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -23,8 +24,8 @@ constexpr MenuEntry kMenu[] = {
     {Kind::kTop, 0, "&File"},
     {Kind::kItem, 106, "&Save image...\tF3", "save"},
     {Kind::kItem, 107, "&Load image...\tF6", "load"},
-    {Kind::kSeparator},
-    {Kind::kRecentFiles},
+    {Kind::kSeparator, 0, ""},
+    {Kind::kRecentFiles, 0, ""},
     {Kind::kItem, 119, "E&xit\tCtrl+Q"},
     {Kind::kTop, 0, "&Image"},
     {Kind::kItem, 151, "&Image cursor\tF8", "", true},
@@ -151,7 +152,7 @@ TEST(Menu, TopMenuCanBeTakenAway)
 TEST(Menu, OpensByKeyAndTellsWhatIsHighlighted)
 {
     TestOperator op;
-    HWND window = WindowWithMenu();
+    WindowWithMenu();
     EXPECT_TRUE(OperateKey("Alt+f"));
     ASSERT_NE(QApplication::activePopupWidget(), nullptr);
     ASSERT_FALSE(Seen(WM_MENUSELECT).empty());
@@ -166,7 +167,7 @@ TEST(Menu, OpensByKeyAndTellsWhatIsHighlighted)
 TEST(Menu, KeyF1ArmsHelpThenChoosesTheItem)
 {
     TestOperator op;
-    HWND window = WindowWithMenu();
+    WindowWithMenu();
     OperateKey("Alt+f");
     OperateKey("Down");
     seenMessages.clear();
@@ -185,7 +186,6 @@ TEST(Menu, KeyF1ArmsHelpThenChoosesTheItem)
         return std::ranges::find(seenMessages, message, &SeenMessage::message) - seenMessages.begin();
     };
     EXPECT_LT(place(WM_ENTERIDLE), place(WM_COMMAND));
-    (void)window;
 }
 
 TEST(Accelerators, SendTheirCommand)
