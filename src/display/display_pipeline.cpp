@@ -62,6 +62,11 @@ int PaintZoom(std::int32_t zoom)
     return std::clamp(zoom, 0, kLargest);
 }
 
+int Extent(HWND window, int count, int zoom)
+{
+    return zoom < 1 ? 0 : ScaledExtent(window, count, zoom);
+}
+
 void EraseStrip(HWND window, const Rect& strip)
 {
     if (!strip.Empty()) InvalidateRect(window, &strip, true);
@@ -146,8 +151,8 @@ void PaintBitmap(const Dib& bitmap, HWND window)
     // What the picture covers: at a fractional device ratio its blocks are whole device pixels, not zoom x ratio.
     const int xzoom = PaintZoom(Xzoom);
     const int yzoom = PaintZoom(Yzoom);
-    const int right = left + ScaledExtent(window, width, xzoom);
-    const int bottom = top + ScaledExtent(window, height, yzoom);
+    const int right = left + Extent(window, width, xzoom);
+    const int bottom = top + Extent(window, height, yzoom);
 
     EraseMargin(window, right, bottom);
     LastPaintRight = right;

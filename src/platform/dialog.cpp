@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLayout>
 #include <QPainter>
 #include <QPushButton>
 #include <QResizeEvent>
@@ -31,7 +32,6 @@ constexpr const char* kIdProperty = "controlId";
 constexpr const char* kIconProperty = "iconName";
 constexpr const char* kIconSizeProperty = "iconSize";
 constexpr const char* kPanelCaptionProperty = "panelCaption";
-constexpr const char* kPanelValueProperty = "panelValue";
 constexpr const char* kPanelLineProperty = "panelLine";
 
 // --- The top-level widget of a dialog -----------------------------------------------------------------------------
@@ -51,13 +51,18 @@ class DialogWindow : public QDialog {
     void keyPressEvent(QKeyEvent* event) override
     {
         switch (event->key()) {
-            case Qt::Key_Escape: SendCancel(); break;
+            case Qt::Key_Escape:
+                SendCancel();
+                break;
             case Qt::Key_F1:
                 if (!event->isAutoRepeat()) SendControlCommand(handle, kIdHelp, kButtonClicked);
                 break;
             case Qt::Key_Return:
-            case Qt::Key_Enter: PressDefaultButton(); break;
-            default: QDialog::keyPressEvent(event);
+            case Qt::Key_Enter:
+                PressDefaultButton();
+                break;
+            default:
+                QDialog::keyPressEvent(event);
         }
     }
 
@@ -88,8 +93,8 @@ class DialogWindow : public QDialog {
     }
 };
 
-// The docked panel: its place is the window's top edge, which a fine line closes, and it becomes narrower by dropping
-// the words under its buttons.
+// The docked panel: a fine line closes it below, others part its groups, and it becomes narrower by dropping the words
+// under its buttons.
 class PanelWidget : public QWidget {
   public:
     explicit PanelWidget(QWidget* parent) : QWidget(parent)
@@ -102,34 +107,61 @@ class PanelWidget : public QWidget {
     {
         const QFont small = SmallFont();
         for (QWidget* child : findChildren<QWidget*>()) {
-            if (child->property(kPanelCaptionProperty).toBool() || qobject_cast<QToolButton*>(child) != nullptr) {
-                child->setFont(small);
-            }
-            if (child->property(kPanelCaptionProperty).toBool()) child->setForegroundRole(QPalette::WindowText);
-            if (child->property(kPanelLineProperty).toBool()) child->setForegroundRole(QPalette::Mid);
+            if (child->property(kPanelCaptionProperty).toBool()) child->setFont(small);
+            if (child->property(kPanelLineProperty).toBool()) lines_.push_back(child);
         }
-        fullWidth_ = sizeHint().width();
+        for (QToolButton* button : Buttons()) button->setFont(small);
     }
+
+    // With what it shows now, words included: after WM_INITDIALOG.
+    void MeasureFullWidth()
+    {
+        SetButtonStyle(Qt::ToolButtonTextUnderIcon);
+        layout()->activate();
+        fullWidth_ = layout()->minimumSize().width();
+        fullHeight_ = layout()->minimumSize().height();
+    }
+
+    // The same with and without words, so that the picture below stays where it is.
+    QSize sizeHint() const override { return {fullWidth_, fullHeight_}; }
 
   protected:
     void resizeEvent(QResizeEvent* event) override
     {
         QWidget::resizeEvent(event);
         const bool roomForWords = event->size().width() >= fullWidth_;
-        const auto style = roomForWords ? Qt::ToolButtonTextUnderIcon : Qt::ToolButtonIconOnly;
-        for (QToolButton* button : findChildren<QToolButton*>(QString(), Qt::FindDirectChildrenOnly)) {
-            if (button->toolButtonStyle() != style) button->setToolButtonStyle(style);
-        }
+        SetButtonStyle(roomForWords ? Qt::ToolButtonTextUnderIcon : Qt::ToolButtonIconOnly);
+        layout()->setSpacing(roomForWords ? kWideSpacing : kNarrowSpacing);
     }
 
     void paintEvent(QPaintEvent* /*event*/) override
     {
         QPainter painter(this);
-        painter.setPen(palette().color(QPalette::Mid));
+        painter.setOpacity(kLineOpacity);
+        painter.setPen(palette().color(QPalette::WindowText));
         painter.drawLine(0, height() - 1, width(), height() - 1);
+        for (const QWidget* line : lines_) {
+            const int x = line->geometry().center().x();
+            painter.drawLine(x, kLineInset, x, height() - 2 - kLineInset);
+        }
     }
 
   private:
+    static constexpr int kWideSpacing = 6;
+    static constexpr int kNarrowSpacing = 1;
+    static constexpr int kLineInset = 5;
+    static constexpr double kLineOpacity = 0.2;
+
+    QList<QToolButton*> Buttons() const
+    {
+        return findChildren<QToolButton*>(QString(), Qt::FindDirectChildrenOnly);  // not the arrows
+    }
+
+    void SetButtonStyle(Qt::ToolButtonStyle style)
+    {
+        for (QToolButton* button : Buttons()) button->setToolButtonStyle(style);
+    }
+
     QFont SmallFont() const
     {
         QFont small = font();
@@ -137,7 +169,9 @@ class PanelWidget : public QWidget {
         return small;
     }
 
+    std::vector<QWidget*> lines_;
     int fullWidth_ = 0;
+    int fullHeight_ = 0;
 };
 
 // --- Loading ------------------------------------------------------------------------------------------------------
@@ -252,7 +286,6 @@ void ShowDialogWindow(HWND dialog)
     FocusFirstControl(dialog->widget);
     Transcribe("dialog", {{"name", dialog->dialog->name}, {"text", GetWindowText(dialog)}});
     dialog->widget->show();
-    dialog->widget->raise();
     dialog->widget->activateWindow();
 }
 
@@ -268,7 +301,8 @@ void SendEnterIdle(HWND dialog)
 
 void RunModal(HWND dialog)
 {
-    if (QuitPosted()) return;
+    // Showing it moves the focus, and a command that came of that may have ended it already.
+    if (QuitPosted() || dialog->dialog->ended) return;
     QEventLoop loop;
     dialog->dialog->loop = &loop;
     ModalEntry entry;
@@ -352,9 +386,11 @@ HWND CreateDockedPanel(std::string_view name, HWND owner, DialogProc procedure)
     if (panel == nullptr) return nullptr;
 
     QWidget* widget = loaded.release();  // the owner's client area keeps it
-    if (auto* prepared = dynamic_cast<PanelWidget*>(widget)) prepared->Prepare();
+    auto* bar = dynamic_cast<PanelWidget*>(widget);
+    if (bar != nullptr) bar->Prepare();
     owner->dockedPanel = widget;
     SendMessage(panel, WM_INITDIALOG, 0, 0);
+    if (bar != nullptr) bar->MeasureFullWidth();
     widget->setGeometry(0, 0, owner->widget->width(), widget->sizeHint().height());
     widget->show();
     SendSize(owner);

@@ -8,12 +8,18 @@
 #include "platform/text.h"
 #include "platform/transcript.h"
 
+#include <QAbstractFileIconProvider>
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLineEdit>
+#include <QSplitter>
+#include <QToolButton>
+#include <QTreeView>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace kelvo {
@@ -22,6 +28,8 @@ namespace {
 
 constexpr std::int32_t kDialogFailure = 0xFFFF;
 constexpr QSize kDialogSize(780, 500);
+constexpr int kSideWidth = 130;
+constexpr std::array<int, 4> kColumnWidths = {260, 80, 90, 170};  // name, size, type, date
 
 bool IsPattern(std::string_view name)
 {
@@ -121,6 +129,26 @@ QString ToolkitFilter(const FileFilter& filter, bool native)
     return ToQString(text) + QStringLiteral(" (") + ToQString(pattern) + QStringLiteral(")");
 }
 
+// Line icons in place of the toolkit's own.
+class LineIconProvider : public QAbstractFileIconProvider {
+  public:
+    QIcon icon(IconType type) const override
+    {
+        return IconNamed(type == File ? "file" : type == Computer ? "computer" : "folder");
+    }
+    QIcon icon(const QFileInfo& info) const override { return icon(info.isDir() ? Folder : File); }
+};
+
+void SetButtonIcons(const QFileDialog& dialog)
+{
+    constexpr std::pair<const char*, std::string_view> kIcons[] = {
+        {"backButton", "left"},           {"forwardButton", "right"}, {"toParentButton", "up"},
+        {"newFolderButton", "newfolder"}, {"listModeButton", "grid"}, {"detailModeButton", "list"}};
+    for (const auto& [name, icon] : kIcons) {
+        if (auto* button = dialog.findChild<QToolButton*>(QLatin1String(name))) button->setIcon(IconNamed(icon));
+    }
+}
+
 class FileDialog : public QFileDialog {
   public:
     FileDialog(QWidget* parent, const FileDialogRequest& request)
@@ -134,7 +162,7 @@ class FileDialog : public QFileDialog {
         SetFilters();
         setDirectory(request.directory.empty() ? QDir::currentPath() : ToQPath(ResolvePath(request.directory)));
         if (!request.name.empty() && !IsPattern(request.name)) selectFile(ToQPath(request.name));
-        if (!native_) resize(kDialogSize);
+        if (!native_) ArrangeOwn();
         setWindowModality(parent != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
     }
 
@@ -195,6 +223,21 @@ class FileDialog : public QFileDialog {
         return native_ && request_.mode == FileDialogMode::kOpen ? ExistingFile : AnyFile;
     }
 
+    void ArrangeOwn()
+    {
+        SetButtonIcons(*this);
+        setIconProvider(&iconProvider_);
+        resize(kDialogSize);
+        if (auto* splitter = findChild<QSplitter*>()) {
+            splitter->setSizes({kSideWidth, kDialogSize.width() - kSideWidth});
+        }
+        const auto* table = findChild<QTreeView*>(QStringLiteral("treeView"));
+        if (table == nullptr) return;
+        for (int column = 0; column < static_cast<int>(kColumnWidths.size()); ++column) {
+            table->header()->resizeSection(column, kColumnWidths.at(static_cast<std::size_t>(column)));
+        }
+    }
+
     void SetFilters()
     {
         QStringList filters;
@@ -216,6 +259,7 @@ class FileDialog : public QFileDialog {
     }
 
     const FileDialogRequest& request_;
+    LineIconProvider iconProvider_;
     const bool native_;
     bool asking_ = false;
     std::vector<std::string> chosen_;
@@ -251,10 +295,9 @@ FileDialogResult RunFileDialog(const FileDialogRequest& request)
 
     FileDialog dialog(OwnerWidget(request.owner), request);
     const FrontFileDialog shown = dialog.Describe();
-    Transcribe("file", {{"title", shown.title},
-                        {"filters", shown.filters},
-                        {"directory", shown.directory},
-                        {"name", shown.name}});
+    Transcribe(
+        "file",
+        {{"title", shown.title}, {"filters", shown.filters}, {"directory", shown.directory}, {"name", shown.name}});
     FileDialogResult result;
     {
         const ModalScope inFront(EntryOf(dialog));

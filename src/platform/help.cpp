@@ -22,6 +22,7 @@ namespace {
 constexpr QSize kWindowSize(920, 640);
 constexpr int kTreeWidth = 280;
 constexpr int kTextMargin = 20;
+constexpr int kRowHeight = 20;
 
 QUrl PageUrl(int context)
 {
@@ -47,7 +48,9 @@ QString PageStyle(const QPalette& palette)
                "table { margin-top: 4px; margin-bottom: 8px; border-collapse: collapse; }"
                "th { text-align: left; padding: 5px 10px; background-color: %2; }"
                "td { padding: 5px 10px; border-bottom: 1px solid %3; }"
-               "pre { background-color: %2; margin: 6px 0px; }")
+               "ul { margin-left: -16px; }"
+               "td.code { padding: 8px 12px; background-color: %2; border-bottom: none; }"
+               "pre { margin: 0px; }")
         .arg(accent, shade, line);
 }
 
@@ -79,8 +82,8 @@ class HelpWindow : public QWidget {
         const int page = HasHelpPage(context) ? context : kHelpContentsPage;
         text_->setSource(PageUrl(page));
         context_ = context;
+        if (isVisible()) raise();
         show();
-        raise();
         activateWindow();
     }
 
@@ -119,7 +122,7 @@ class HelpWindow : public QWidget {
         tree_->setFrameShape(QFrame::NoFrame);
         tree_->setRootIsDecorated(false);
         tree_->setIndentation(14);
-        tree_->setUniformRowHeights(true);
+        tree_->viewport()->setAutoFillBackground(false);
         auto* layout = new QVBoxLayout(side_);
         layout->setContentsMargins(10, 10, 4, 10);
         layout->setSpacing(8);
@@ -223,14 +226,16 @@ class HelpWindow : public QWidget {
         QFont bold = tree_->font();
         bold.setWeight(QFont::DemiBold);
         item->setFont(0, bold);
+        item->setSizeHint(0, QSize(0, kRowHeight + 4));
         return item;
     }
 
     void AddTopic(QTreeWidgetItem* heading, const HelpTopic& topic)
     {
-        auto* item =
-            heading != nullptr ? new QTreeWidgetItem(heading, {topic.title}) : new QTreeWidgetItem(tree_, {topic.title});
+        auto* item = heading != nullptr ? new QTreeWidgetItem(heading, {topic.title})
+                                        : new QTreeWidgetItem(tree_, {topic.title});
         item->setData(0, Qt::UserRole, topic.context);
+        item->setSizeHint(0, QSize(0, kRowHeight));
     }
 
     QWidget* side_ = nullptr;

@@ -102,17 +102,6 @@ QList<QAction*> TopActions(HWND window)
     return window->frame->menuBar()->actions();
 }
 
-// Escapes what a menu would take for its own marks.
-std::string MenuTextOfPath(std::string_view text)
-{
-    std::string result;
-    for (const char c : text) {
-        if (c == '&') result += '&';
-        result += c == '\t' ? ' ' : c;
-    }
-    return result;
-}
-
 bool SameModifiers(const AcceleratorEntry& entry, int key, Qt::KeyboardModifiers modifiers)
 {
     modifiers &= Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
@@ -239,8 +228,7 @@ void SetRecentFileItems(HWND window, int firstId, std::span<const std::string> t
     data->recentIds.clear();
     int id = firstId;
     for (const std::string& text : texts) {
-        const std::string menuText = MenuTextOfPath(text);
-        AddItem(window, *data->recentMenu, data->recentEnd, {MenuEntry::Kind::kItem, id, menuText});
+        AddItem(window, *data->recentMenu, data->recentEnd, {MenuEntry::Kind::kItem, id, text});
         data->recentIds.push_back(id++);
     }
     data->recentEnd->setVisible(!texts.empty());

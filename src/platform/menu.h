@@ -43,7 +43,7 @@ bool EnableMenuItem(HWND window, int id, bool enabled);
 bool DeleteMenuItem(HWND window, int id);
 void DrawMenuBar(HWND window);
 
-// The lines at the kRecentFiles place: commands firstId, firstId + 1, ...; none hides the place.
+// The lines at the kRecentFiles place, texts as in MenuEntry: commands firstId, firstId + 1, ...; none hides the place.
 void SetRecentFileItems(HWND window, int firstId, std::span<const std::string> texts);
 
 // Top menus by position, for user-written functions that add and remove one.

@@ -365,10 +365,18 @@ int Choose(lua_State* L)
     return Await(L, {.name = "choose", .act = act});
 }
 
+std::string LeaveFrontDialog()
+{
+    if (CancelFileDialog()) return {};
+    HWND dialog = DialogInFront();
+    if (!dialog) return ButScreenShows("no dialog in front");
+    SendMessage(dialog, WM_COMMAND, MakeLong(kIdCancel, kButtonClicked), 1);
+    return {};
+}
+
 int Cancel(lua_State* L)
 {
-    const auto act = [] { return CancelFileDialog() ? std::string() : ButScreenShows("no file dialog in front"); };
-    return Await(L, {.name = "cancel", .act = act});
+    return Await(L, {.name = "cancel", .act = LeaveFrontDialog});
 }
 
 // --- Controls -----------------------------------------------------------------------------------------------------

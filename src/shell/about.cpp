@@ -7,7 +7,7 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
-#include "shell/startup.h"
+#include "shell/splash.h"
 #include "shell/status.h"
 #include "shell/windows.h"
 

@@ -11,30 +11,25 @@
 #include "platform/timers.h"
 #include "resources/ids.h"
 #include "shell/commands.h"
+#include "shell/cursor_command.h"
 #include "shell/image_cursor.h"
 #include "shell/playback.h"
-#include "shell/startup.h"
+#include "shell/shutdown.h"
+#include "shell/start_options.h"
 #include "shell/status.h"
 #include "shell/windows.h"
-#include "shell/zoom_pan.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace kelvo {
 
-Point ImagePosition;
 std::int32_t DialogHelpArmed = 1;
 
 namespace {
 
-constexpr std::int64_t kCursorPeriodMs = 1000;
 constexpr std::int32_t kRateFrames = 100;  // the rate is shown once the counter exceeds it
 constexpr int kViewMargin = 60;            // what panel and status line take of the client height
 constexpr int kDialogHelp = 124;
-
-std::string SavedStatusText;
-int SavedStatusAlign = 0;
 
 std::int32_t liveFrameCounter = 0;
 std::int64_t liveStartMs = 0;
@@ -80,12 +75,6 @@ LRESULT OnKillFocus(HWND window, WPARAM wParam)
     return 0;
 }
 
-void ShowCursorAt(Point position)
-{
-    ImagePosition = position;
-    ShowCursorValue(position.x, position.y, 1);
-}
-
 LRESULT OnMouseMove(HWND window, WPARAM wParam, LPARAM lParam)
 {
     if (TrackballMode) {
@@ -93,10 +82,7 @@ LRESULT OnMouseMove(HWND window, WPARAM wParam, LPARAM lParam)
         return 0;
     }
     if (!ImageCursorOn) return DefWindowProc(window, WM_MOUSEMOVE, wParam, lParam);
-    KillTimer(window, kCursorTimer);
-    ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
-    ShowCursorAt(ImageCursorPosition());
-    SetTimer(window, kCursorTimer, kCursorPeriodMs);
+    FollowPointer();
     return 0;
 }
 
@@ -105,15 +91,6 @@ void OnMouseWheel(HWND window, WPARAM wParam)
     const int steps = SignedHighWord(wParam);
     for (int i = 0; i < steps; ++i) SendMessage(window, WM_COMMAND, 200, 0);
     for (int i = 0; i > steps; --i) SendMessage(window, WM_COMMAND, 201, 0);
-}
-
-void OnCursorTimer(HWND window)
-{
-    if (!LiveVideo) return;
-    ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
-    if (!ImageCursorOn) return;
-    ShowCursorAt(ImageCursorPosition());
-    SetTimer(window, kCursorTimer, kCursorPeriodMs);
 }
 
 // The heart of live video: a frame, and the timer again at once, so that the operator gets a turn between two frames.
@@ -147,7 +124,7 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
     KillTimer(window, static_cast<std::uint32_t>(wParam));
     switch (wParam) {
         case kCursorTimer:
-            OnCursorTimer(window);
+            OnCursorTimer();
             return 0;
         case kLiveTimer:
             OnLiveTimer(window);
@@ -194,28 +171,6 @@ void OpenDroppedFiles()
 }
 
 }  // namespace
-
-void ToggleImageCursor()
-{
-    const std::optional<MenuItemState> item = GetMenuItem(hWndMain, kCmdImageCursor);
-    if (item && !item->checked) {
-        SavedStatusAlign = GetStatusText(SavedStatusText);
-        CheckMenuItem(hWndMain, kCmdImageCursor, true);
-        ImageCursorOn = 1;  // before the first read-out, which takes its count from the stamped frame
-        ShowCursorAt(ImageCursorPosition());
-        SetPointer(Pointer::kCross);
-        RefreshLiveFrame();
-        SetTimer(hWndMain, kCursorTimer, kCursorPeriodMs);
-        return;
-    }
-    CheckMenuItem(hWndMain, kCmdImageCursor, false);
-    ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
-    if (!TrackballMode) ReleasePointerClip();
-    SetPointer(Pointer::kArrow);
-    ImageCursorOn = 0;
-    RefreshLiveFrame();
-    StatusMessage(SavedStatusText, SavedStatusAlign);
-}
 
 LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {

@@ -25,14 +25,17 @@ std::string KeyOf(std::size_t place)
     return Format("File%zu", place + 1);
 }
 
-// "&1 name.seq": the name is enough to know it by, and an ampersand in it is none of the menu's.
+// "&1 name.seq": the name is enough to know it by, and what the menu would take for its own marks is escaped.
 std::string MenuText(std::size_t place, std::string_view path)
 {
     std::string name;
     std::string extension;
     SplitPath(path, nullptr, nullptr, &name, &extension);
     std::string shown;
-    for (const char c : name + extension) shown += c == '&' ? std::string("&&") : std::string(1, c);
+    for (const char c : name + extension) {
+        if (c == '&') shown += '&';
+        shown += c == '\t' ? ' ' : c;
+    }
     return (place < 9 ? Format("&%zu ", place + 1) : std::string("1&0 ")) + shown;
 }
 

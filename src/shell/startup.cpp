@@ -10,11 +10,8 @@
 #include "imagefile/select_file.h"
 #include "platform/application.h"
 #include "platform/box.h"
-#include "platform/clock.h"
 #include "platform/dialog.h"
-#include "platform/faults.h"
 #include "platform/files.h"
-#include "platform/help.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
 #include "platform/pointer.h"
@@ -27,6 +24,8 @@
 #include "shell/main_window.h"
 #include "shell/panel.h"
 #include "shell/recent_files.h"
+#include "shell/splash.h"
+#include "shell/start_options.h"
 #include "shell/status.h"
 #include "shell/unbuilt.h"
 #include "shell/windows.h"
@@ -37,13 +36,10 @@
 
 namespace kelvo {
 
-StartOptions startOptions;
-
 namespace {
 
 constexpr std::size_t kShortestTurnOnArgument = 5;
 constexpr std::int64_t kSplashMs = 1500;
-constexpr int kSplashLift = 30;  // logical pixels above the vertical centre
 
 bool MakeMainWindow()
 {
@@ -148,17 +144,6 @@ void FitMenuToCamera()
     SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
 }
 
-Rect SplashPlace(const Dib& bitmap, HWND window)
-{
-    const Rect client = GetClientRect(window);
-    const int width = DibWidth(*bitmap);
-    const int height = DibHeight(*bitmap);
-    if (width >= client.Width() || height >= client.Height()) return client;
-    const int left = (client.Width() - width) / 2;
-    const int top = (client.Height() - height) / 2 - kSplashLift;
-    return {left, top, left + width, top + height};
-}
-
 }  // namespace
 
 int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)
@@ -250,40 +235,6 @@ int InitImageProcessor()
     SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
     StatusMessage("Wait - Kelvo start up procedure", static_cast<int>(TextAlign::kCentre));
     return 1;
-}
-
-void ShutDown()
-{
-    static bool done = false;
-    if (done) return;  // a quit that is under way is not begun again by the window's end
-    done = true;
-    SaveDisplayState();
-    FlushProfiles();
-    ReleasePointerClip();
-    CloseCommLink();
-    QuitHelp();
-    SignalExternalThread();
-    PostQuitMessage(0);
-    if (GrabberPresent) ExitBoard();
-}
-
-Dib ShowSplash(HWND window)
-{
-    const Dib bitmap = FileExists(DefaultDir + "/kelvo220.bmp") ? LoadDib(DefaultDir + "/kelvo220.bmp") : Dib();
-    if (!bitmap) {
-        MessageBeep(Sound::kExclamation);
-        return {};
-    }
-    const Rect source{0, 0, DibWidth(*bitmap), DibHeight(*bitmap)};
-    PaintDib(window, SplashPlace(bitmap, window), bitmap, source);
-    return bitmap;
-}
-
-void HideSplash(const Dib& bitmap, std::int64_t milliseconds)
-{
-    if (!bitmap) return;
-    DelayMs(milliseconds);
-    InvalidateRect(hWndMain, nullptr, true);
 }
 
 }  // namespace kelvo

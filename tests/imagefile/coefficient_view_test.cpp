@@ -33,17 +33,17 @@ class CoefficientView : public ::testing::Test {
         Xzoom = Yzoom = 1;
         ActiveConfig.Hroi = 2;
         ActiveConfig.Vroi = 2;
-        WriteBytes(CameraFilePath,
-                   "[Camera.1]\nHroi=2\nVroi=2\nHtotal=2\nVtotal=2\n[Camera.7]\nHroi=3\nVroi=1\nHtotal=3\nVtotal=1\n");
-        WriteBytes(IniFilePath, "[Setup]\nActiveCamera=1\n");
+        PutFile(CameraFilePath,
+                "[Camera.1]\nHroi=2\nVroi=2\nHtotal=2\nVtotal=2\n[Camera.7]\nHroi=3\nVroi=1\nHtotal=3\nVtotal=1\n");
+        PutFile(IniFilePath, "[Setup]\nActiveCamera=1\n");
     }
 
-    std::string File(std::string_view name) const { return directory_.File(name); }
+    std::string File(std::string_view name) const { return directory_ / name; }
 
     template <typename T>
     std::string List(std::string_view name, const std::vector<T>& entries)
     {
-        WriteBytes(File(name), {reinterpret_cast<const char*>(entries.data()), entries.size() * sizeof(T)});
+        PutFile(File(name), {reinterpret_cast<const char*>(entries.data()), entries.size() * sizeof(T)});
         return File(name);
     }
 
@@ -88,7 +88,7 @@ TEST_F(CoefficientView, ShowsOffsetsAsTheyStand)
 
 TEST_F(CoefficientView, ATableOfEqualEntriesSpansAHundred)
 {
-    WriteBytes(CameraFilePath, "[Camera.1]\nHtotal=2\nVtotal=1\n");
+    PutFile(CameraFilePath, "[Camera.1]\nHtotal=2\nVtotal=1\n");
     EXPECT_EQ(ViewCoefficientFile(List<std::int32_t>("c.dcm", {9, 9})), 1);
     EXPECT_FLOAT_EQ(ViewScaleGain, 10.0F);  // 1000 counts over a span of 100
     EXPECT_FLOAT_EQ(ViewScaleOffset, 9.0F);
@@ -97,7 +97,7 @@ TEST_F(CoefficientView, ATableOfEqualEntriesSpansAHundred)
 
 TEST_F(CoefficientView, EveryListedBadPixelIsFourThousand)
 {
-    WriteBytes(File("c.bad"), "   0,   1\n   1,   0\n");
+    PutFile(File("c.bad"), "   0,   1\n   1,   0\n");
     EXPECT_EQ(ViewCoefficientFile(File("c.bad")), 1);
     EXPECT_THAT(Pixels(), ElementsAre(0, 4000, 4000, 0));
     EXPECT_EQ(ImageHeader.DisplayLow, 0);
@@ -106,7 +106,7 @@ TEST_F(CoefficientView, EveryListedBadPixelIsFourThousand)
 
 TEST_F(CoefficientView, TheCompanionNamesTheCamera)
 {
-    WriteBytes(File("c.cal"), "[Setup]\nActiveCamera=7\n");
+    PutFile(File("c.cal"), "[Setup]\nActiveCamera=7\n");
     EXPECT_EQ(ViewCoefficientFile(List<std::int16_t>("c.off", {1, 2, 3})), 1);
     EXPECT_EQ(ImageHeader.ImageWidth, 3);
     EXPECT_EQ(ImageHeader.ImageHeight, 1);
@@ -114,10 +114,10 @@ TEST_F(CoefficientView, TheCompanionNamesTheCamera)
 
 TEST_F(CoefficientView, ANoiseFileTakesItsCalibrationFromTheCompanion)
 {
-    WriteBytes(File("c.cal"),
-               "[Setup]\nActiveCamera=1\nVideoGain1=9\n"
-               "[Calibration]\nIntensityCold=1000\nIntensityHot=3000\nTemperatureCold=20.0\nTemperatureHot=30."
-               "5\nNumFrames=30\n");
+    PutFile(File("c.cal"),
+            "[Setup]\nActiveCamera=1\nVideoGain1=9\n"
+            "[Calibration]\nIntensityCold=1000\nIntensityHot=3000\nTemperatureCold=20.0\nTemperatureHot=30."
+            "5\nNumFrames=30\n");
     EXPECT_EQ(ViewCoefficientFile(List<std::int16_t>("c.noi", {20, 40, 60, 80})), 1);
     EXPECT_EQ(ImageHeader.IntensityCold, 1000);
     EXPECT_EQ(ImageHeader.IntensityHot, 3000);
@@ -131,9 +131,9 @@ TEST_F(CoefficientView, ANoiseFileTakesItsCalibrationFromTheCompanion)
 
 TEST_F(CoefficientView, ACalibrationWithoutSenseIsDropped)
 {
-    WriteBytes(File("c.cal"),
-               "[Setup]\nActiveCamera=1\n[Calibration]\nIntensityCold=3000\nIntensityHot=1000\nTemperatureCold="
-               "20\nTemperatureHot=30\n");
+    PutFile(File("c.cal"),
+            "[Setup]\nActiveCamera=1\n[Calibration]\nIntensityCold=3000\nIntensityHot=1000\nTemperatureCold="
+            "20\nTemperatureHot=30\n");
     EXPECT_EQ(ViewCoefficientFile(List<std::int16_t>("c.noi", {1, 2, 3, 4})), 1);
     EXPECT_EQ(ImageHeader.IntensityCold, 0);
     EXPECT_EQ(ImageHeader.IntensityHot, 0);
@@ -156,7 +156,7 @@ TEST_F(CoefficientView, TheStatusLineIsAsBefore)
     ViewCoefficientFile(List<std::int16_t>("c.off", {1, 2, 3, 4}));
     EXPECT_EQ(StatusText, "before");
     EXPECT_EQ(StatusAlign, 2);
-    EXPECT_THAT(operator_.StatusTexts(),
+    EXPECT_THAT(operator_.Texts("status", "text"),
                 ElementsAre("before", " Setting up image header ...", " Reading image data from file...",
                             " Loading image data to screen...", " Setting screen display parameters...", "before"));
 }
@@ -179,14 +179,14 @@ TEST_F(CoefficientView, AShortFileIsToldAndTheHeaderStays)
 
 TEST_F(CoefficientView, AnotherExtensionIsTheWrongType)
 {
-    WriteBytes(File("c.xyz"), "data");
+    PutFile(File("c.xyz"), "data");
     EXPECT_EQ(ViewCoefficientFile(File("c.xyz")), 0);
     EXPECT_EQ(operator_.Boxes().at(0).caption, "Incorrect data type passed");
 }
 
 TEST_F(CoefficientView, EachRefusedBlockHasItsWords)
 {
-    WriteBytes(File("c.bad"), "0,1\n");
+    PutFile(File("c.bad"), "0,1\n");
     const std::pair<std::string, std::string> rows[] = {
         {List<float>("c.gai", {1, 2, 3, 4}), "Failure to lock FLOAT memory!"},
         {List<std::int16_t>("c.off", {1, 2, 3, 4}), "Failure to lock INTEGER memory!"},
@@ -209,7 +209,7 @@ TEST_F(CoefficientView, HostileSizesTakeNoMemory)
 {
     for (const char* section :
          {"Hroi=-1\nVroi=5\n", "Hroi=32767\nVroi=32767\nHtotal=2147483647\nVtotal=2147483647\n", "Hroi=0\n"}) {
-        WriteBytes(CameraFilePath, std::string("[Camera.1]\n") + section);
+        PutFile(CameraFilePath, std::string("[Camera.1]\n") + section);
         CameraFilePath = File("camera.ini");
         EXPECT_EQ(ViewCoefficientFile(List<std::int16_t>("c.off", {1, 2, 3, 4})), 0);
         EXPECT_EQ(operator_.Boxes().back().caption, "Failed to read entire file");
@@ -220,7 +220,7 @@ TEST_F(CoefficientView, LoadedAsAnImageItEndsInAMessageOverThePicture)
 {
     // The list is then read as an image file: here its first bytes say a sample size that is refused.
     std::vector<float> gains(256, 1.0F);
-    WriteBytes(CameraFilePath, "[Camera.1]\nHroi=16\nVroi=16\nHtotal=16\nVtotal=16\n");
+    PutFile(CameraFilePath, "[Camera.1]\nHroi=16\nVroi=16\nHtotal=16\nVtotal=16\n");
     EXPECT_EQ(ViewImage(List("c.gai", gains), 0), 0);
     EXPECT_THAT(operator_.Boxes().at(0).text, StartsWith("Invalid data sample size: "));
     EXPECT_EQ(ViewingFile, 1);

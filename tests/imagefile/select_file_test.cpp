@@ -57,8 +57,8 @@ class SelectFileDialog : public ::testing::Test {
     {
         DefaultDir = directory_.Path();
         LastFileDirectory.clear();
-        WriteBytes(directory_.File("a.img"), "a");
-        WriteBytes(directory_.File("two words.img"), "b");
+        PutFile(directory_ / "a.img", "a");
+        PutFile(directory_ / "two words.img", "b");
         StatusMessage("before", 6);
     }
 
@@ -68,19 +68,19 @@ class SelectFileDialog : public ::testing::Test {
 
 TEST_F(SelectFileDialog, TheFirstDialogOpensInTheProgramsDirectory)
 {
-    operator_.WillChoose({directory_.File("a.img")});
+    operator_.Do([&] { ChooseFiles({directory_ / "a.img"}); });
     std::string path = "*.img";
     EXPECT_EQ(SelectFile(nullptr, path, kSelectToOpen), 1);
-    EXPECT_EQ(path, directory_.File("a.img"));
-    EXPECT_EQ(operator_.FileDialogs().at(0).directory, directory_.Path());
-    EXPECT_EQ(operator_.FileDialogs().at(0).title, "Open File");
+    EXPECT_EQ(path, directory_ / "a.img");
+    EXPECT_EQ(operator_.Texts("file", "directory").at(0), directory_.Path());
+    EXPECT_EQ(operator_.Texts("file", "title").at(0), "Open File");
     EXPECT_EQ(LastFileDirectory, directory_.Path() + "/");
 }
 
 TEST_F(SelectFileDialog, CancellingLeavesTheFolderAndEmptiesThePath)
 {
     LastFileDirectory = "/somewhere/";
-    operator_.WillCancelFileDialog();
+    operator_.Do([] { CancelFileDialog(); });
     std::string path = "*.img";
     EXPECT_EQ(SelectFile(nullptr, path, kSelectToOpen), 0);
     EXPECT_EQ(path, "");
@@ -90,20 +90,20 @@ TEST_F(SelectFileDialog, CancellingLeavesTheFolderAndEmptiesThePath)
 
 TEST_F(SelectFileDialog, SeveralFilesGiveTheFolderWithoutASeparator)
 {
-    operator_.WillChoose({directory_.File("a.img"), directory_.File("two words.img")});
+    operator_.Do([&] { ChooseFiles({directory_ / "a.img", directory_ / "two words.img"}); });
     std::string path = "*.img";
     EXPECT_EQ(SelectFile(nullptr, path, kSelectSeveral), 1);
     EXPECT_EQ(path, directory_.Path() + " a.img two words.img");
-    EXPECT_THAT(SelectedPaths, ElementsAre(directory_.File("a.img"), directory_.File("two words.img")));
+    EXPECT_THAT(SelectedPaths, ElementsAre(directory_ / "a.img", directory_ / "two words.img"));
     EXPECT_EQ(LastFileDirectory, directory_.Path());
 }
 
 TEST_F(SelectFileDialog, OneFileOfSeveralGivesItsWholePath)
 {
-    operator_.WillChoose({directory_.File("two words.img")});
+    operator_.Do([&] { ChooseFiles({directory_ / "two words.img"}); });
     std::string path = "*.img";
     EXPECT_EQ(SelectFile(nullptr, path, kSelectSeveral), 1);
-    EXPECT_EQ(path, directory_.File("two words.img"));
+    EXPECT_EQ(path, directory_ / "two words.img");
     EXPECT_EQ(LastFileDirectory, directory_.Path());
 }
 
@@ -113,10 +113,10 @@ TEST_F(SelectFileDialog, TheStatusLineHintsAndComesBack)
                                                  {kSelectToOpen, "Select image file to view"},
                                                  {kSelectSeveral, "Select multiple image files to analyze"}};
     for (const auto& [mode, hint] : rows) {
-        operator_.WillCancelFileDialog();
+        operator_.Do([] { CancelFileDialog(); });
         std::string path = "*.img";
         SelectFile(nullptr, path, mode);
-        const std::vector<std::string> texts = operator_.StatusTexts();
+        const std::vector<std::string> texts = operator_.Texts("status", "text");
         EXPECT_EQ(texts.at(texts.size() - 2), hint);
         EXPECT_EQ(StatusText, "before");
         EXPECT_EQ(StatusAlign, 6);
@@ -132,30 +132,33 @@ TEST_F(SelectFileDialog, AFailureOfTheDialogIsTold)
     EXPECT_EQ(path, "");
     EXPECT_EQ(operator_.Boxes().at(0).text, "GetOpenFileName returned Error #65535");
     EXPECT_EQ(operator_.Boxes().at(0).caption, "WARNING");
-    EXPECT_EQ(operator_.Boxes().at(0).icon, BoxIcon::kStop);
+    EXPECT_EQ(operator_.Boxes().at(0).icon, "stop");
     EXPECT_EQ(StatusText, "before");
 }
 
 TEST_F(SelectFileDialog, StatisticsFilesHaveTheirOwnListsAndAlwaysGiveZero)
 {
-    operator_.WillChoose({directory_.File("a.img")});
+    std::vector<std::string> filters;
+    operator_.Do([&] {
+        filters = FileDialogInFront()->filters;
+        ChooseFiles({directory_ / "a.img"});
+    });
     std::string path;
     EXPECT_EQ(SelectStatisticsFile(nullptr, path, kStatisticsFiles), 0);
-    EXPECT_EQ(path, directory_.File("a.img"));
-    EXPECT_EQ(operator_.FileDialogs().at(0).title, "View statistics of selected file");
-    EXPECT_THAT(operator_.FileDialogs().at(0).filters,
-                ElementsAre("Gain files (*.gai)", "Offset files (*.off)", "Noise files (*.noi)",
-                            "Bad pixel files (*.bad)", "Calib. ini files (*.cal)"));
+    EXPECT_EQ(path, directory_ / "a.img");
+    EXPECT_EQ(operator_.Texts("file", "title").at(0), "View statistics of selected file");
+    EXPECT_THAT(filters, ElementsAre("Gain files (*.gai)", "Offset files (*.off)", "Noise files (*.noi)",
+                                     "Bad pixel files (*.bad)", "Calib. ini files (*.cal)"));
     EXPECT_EQ(LastFileDirectory, "");
 
-    operator_.WillCancelFileDialog();
+    operator_.Do([] { CancelFileDialog(); });
     EXPECT_EQ(SelectStatisticsFile(nullptr, path, kBadDetectorFiles), 0);
     EXPECT_EQ(path, "");
-    EXPECT_EQ(operator_.FileDialogs().at(1).title, "Select bad detector file");
+    EXPECT_EQ(operator_.Texts("file", "title").at(1), "Select bad detector file");
 
-    operator_.WillCancelFileDialog();
+    operator_.Do([] { CancelFileDialog(); });
     SelectStatisticsFile(nullptr, path, 0);
-    EXPECT_EQ(operator_.FileDialogs().at(2).title, "Select a file");
+    EXPECT_EQ(operator_.Texts("file", "title").at(2), "Select a file");
 }
 
 }  // namespace

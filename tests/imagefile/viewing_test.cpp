@@ -32,7 +32,7 @@ class Viewing : public ::testing::Test {
         ActiveConfig.Hroi = ActiveConfig.Vroi = 4;
     }
 
-    std::string File(std::string_view name) const { return directory_.File(name); }
+    std::string File(std::string_view name) const { return directory_ / name; }
 
     // A file whose frame f holds the counts 100 f, 100 f + 1, ... row by row.
     std::string Counted(std::string_view name, int frames, int width = 3, int height = 2)
@@ -46,6 +46,8 @@ class Viewing : public ::testing::Test {
         WriteImageFile(File(name), PlainHeader(width, height), all);
         return File(name);
     }
+
+    std::size_t Beeps() const { return operator_.Texts("beep", "sound").size(); }
 
     static std::vector<std::int16_t> Pixels()
     {
@@ -77,7 +79,7 @@ TEST_F(Viewing, SkipsTheHeaderInFrontOfEachFrame)
     std::string bytes = HeaderBytes(header);
     bytes += std::string(80, 'a') + SampleBytes({1, 2});
     bytes += std::string(80, 'b') + SampleBytes({3, 4});
-    WriteBytes(File("c.seq"), bytes);
+    PutFile(File("c.seq"), bytes);
 
     EXPECT_EQ(ViewImage(File("c.seq"), 1), 1);
     EXPECT_EQ(ImageHeader.FrameCount, 2U);
@@ -89,7 +91,7 @@ TEST_F(Viewing, UndoesTheByteSwapFromTheStartOfTheRecord)
 {
     ImageHeaderRecord header = PlainHeader(2, 1);
     header.ByteSwap = 0;
-    WriteBytes(File("s.img"), HeaderBytes(header) + std::string("\x01\x02\x03\x04", 4));
+    PutFile(File("s.img"), HeaderBytes(header) + std::string("\x01\x02\x03\x04", 4));
     EXPECT_EQ(ViewImage(File("s.img"), 0), 1);
     EXPECT_THAT(Pixels(), ElementsAre(0x0102, 0x0304));
 }
@@ -101,7 +103,7 @@ TEST_F(Viewing, LeavesTheLastWordsSwappedBehindAFrameHeader)
     header.ImageHeaderDataOffset = 80;
     std::string bytes = HeaderBytes(header) + std::string(80, '\0');
     for (int i = 0; i < 41; ++i) bytes += std::string("\x01\x02", 2);
-    WriteBytes(File("s.seq"), bytes);
+    PutFile(File("s.seq"), bytes);
     EXPECT_EQ(ViewImage(File("s.seq"), 0), 1);
     // 41 words are exchanged from the record's start: 40 of the header, one sample.
     EXPECT_EQ(Pixels().at(0), 0x0102);
@@ -113,7 +115,7 @@ TEST_F(Viewing, AFileSwappedAsAWholeIsRefusedByItsSampleSize)
     std::string bytes = HeaderBytes(PlainHeader(2, 1));
     bytes[0] = bytes[1] = 0;
     for (std::size_t i = 0; i < 512; i += 2) std::swap(bytes[i], bytes[i + 1]);
-    WriteBytes(File("whole.img"), bytes + SampleBytes({1, 2}));
+    PutFile(File("whole.img"), bytes + SampleBytes({1, 2}));
     EXPECT_EQ(ViewImage(File("whole.img"), 0), 0);
     EXPECT_EQ(operator_.Boxes().at(0).text, "Invalid data sample size: 512 bytes per sample");
 }
@@ -125,7 +127,7 @@ TEST_F(Viewing, FloatSamplesAreTruncatedPlusAHalf)
     const float samples[] = {1.5F, -0.7F, 20.4F};
     std::string bytes = HeaderBytes(header);
     bytes.append(reinterpret_cast<const char*>(samples), sizeof samples);
-    WriteBytes(File("f.flt"), bytes);
+    PutFile(File("f.flt"), bytes);
 
     EXPECT_EQ(ViewImage(File("f.flt"), 0), 1);
     EXPECT_THAT(Pixels(), ElementsAre(2, 0, 20));
@@ -139,7 +141,7 @@ TEST_F(Viewing, AFloatFileLeavesItsUnitUnlessTheCheckRefusesIt)
 {
     ImageHeaderRecord header = PlainHeader(1, 1);
     header.SampleBytes = 4;
-    WriteBytes(File("f.flt"), HeaderBytes(header) + std::string(4, '\0'));
+    PutFile(File("f.flt"), HeaderBytes(header) + std::string(4, '\0'));
     ViewImage(File("f.flt"), 0);
     ASSERT_EQ(DisplayUnit, 21);
     // A 16-bit file has no scaled values: the check takes the lowest unit that it offers.
@@ -152,7 +154,7 @@ TEST_F(Viewing, RefusesOtherSampleSizesAfterReadingTheHeader)
     for (const int size : {1, 3}) {
         ImageHeaderRecord header = PlainHeader(2, 2);
         header.SampleBytes = static_cast<std::int16_t>(size);
-        WriteBytes(File("odd.img"), HeaderBytes(header) + std::string(100, 'x'));
+        PutFile(File("odd.img"), HeaderBytes(header) + std::string(100, 'x'));
         EXPECT_EQ(ViewImage(File("odd.img"), 0), 0);
         EXPECT_EQ(operator_.Boxes().back().text, Format("Invalid data sample size: %d bytes per sample", size));
         EXPECT_EQ(operator_.Boxes().back().caption, "Use different function to read this image file.");
@@ -163,11 +165,11 @@ TEST_F(Viewing, RefusesOtherSampleSizesAfterReadingTheHeader)
 TEST_F(Viewing, AShortRecordIsToldAndLeavesNoBuffer)
 {
     ViewImage(Counted("good.img", 1), 0);
-    WriteBytes(File("cut.img"), HeaderBytes(PlainHeader(32, 32)) + std::string(1025, 'x'));
+    PutFile(File("cut.img"), HeaderBytes(PlainHeader(32, 32)) + std::string(1025, 'x'));
     EXPECT_EQ(ViewImage(File("cut.img"), 0), 0);
     EXPECT_EQ(operator_.Boxes().at(0).text, "Failed to read entire file\n" + File("cut.img"));
     EXPECT_EQ(operator_.Boxes().at(0).caption, "Kelvo message");
-    EXPECT_EQ(operator_.Boxes().at(0).icon, BoxIcon::kInformation);
+    EXPECT_EQ(operator_.Boxes().at(0).icon, "information");
     EXPECT_TRUE(ImageBuffer.empty());
     EXPECT_EQ(ViewingFile, 1);
     EXPECT_EQ(ImageHeader.ImageWidth, 3);  // still the header of the frame before
@@ -183,7 +185,7 @@ TEST_F(Viewing, ImpossibleSizesTakeNoMemory)
 {
     const std::pair<int, int> sizes[] = {{0, 5}, {-3, 5}, {5, 0}, {32767, 32767}, {-32768, -32768}};
     for (const auto& [width, height] : sizes) {
-        WriteBytes(File("lie.img"), HeaderBytes(PlainHeader(width, height)) + std::string(64, 'x'));
+        PutFile(File("lie.img"), HeaderBytes(PlainHeader(width, height)) + std::string(64, 'x'));
         FailAllocation(1);  // a call would be seen as a memory box
         EXPECT_EQ(ViewImage(File("lie.img"), 0), 0) << width << " x " << height;
         EXPECT_EQ(operator_.Boxes().back().text, "Failed to read entire file\n" + File("lie.img"));
@@ -205,7 +207,7 @@ TEST_F(Viewing, ScratchMemoryRefusedIsToldToo)
 {
     ImageHeaderRecord header = PlainHeader(1, 1);
     header.SampleBytes = 4;
-    WriteBytes(File("f.flt"), HeaderBytes(header) + std::string(4, '\0'));
+    PutFile(File("f.flt"), HeaderBytes(header) + std::string(4, '\0'));
     FailAllocation(2);
     EXPECT_EQ(ViewImage(File("f.flt"), 0), 0);
     EXPECT_EQ(operator_.Boxes().at(0).caption, "ViewImage Memory Error!");
@@ -240,9 +242,9 @@ TEST_F(Viewing, AMissingNextFileBeepsAndFallsBack)
     Counted("seq9.seq", 2);
     ViewSequence(File("seq9.seq"));
     LoadNext();
-    operator_.ClearBeeps();
+    const std::size_t before = Beeps();
     EXPECT_EQ(LoadNext(), 0);  // seq10 isn't there
-    EXPECT_EQ(operator_.Beeps().size(), 1U);
+    EXPECT_EQ(Beeps(), before + 1);
     EXPECT_EQ(LoadName, File("seq9.seq"));
     EXPECT_EQ(CurrentFrame, 0U);
     EXPECT_TRUE(operator_.Boxes().empty());
@@ -254,7 +256,7 @@ TEST_F(Viewing, AMissingNextFileBeepsAndFallsBack)
 TEST_F(Viewing, AFailedStepKeepsHeaderAndPicture)
 {
     Counted("seq9.seq", 1);
-    WriteBytes(File("seq10.seq"), "too short for a header");
+    PutFile(File("seq10.seq"), "too short for a header");
     ViewSequence(File("seq9.seq"));
     EXPECT_EQ(LoadNext(), 0);
     EXPECT_EQ(ImageHeader.ImageWidth, 3);
@@ -277,9 +279,9 @@ TEST_F(Viewing, GoingBackFromTheFirstNumberBeepsWhereThereIsNoZero)
 {
     Counted("a1.seq", 1);
     ViewSequence(File("a1.seq"));
-    operator_.ClearBeeps();
+    const std::size_t before = Beeps();
     EXPECT_EQ(LoadLast(), 0);  // a0 can't be opened
-    EXPECT_FALSE(operator_.Beeps().empty());
+    EXPECT_GT(Beeps(), before);
     EXPECT_EQ(LoadName, File("a1.seq"));
 }
 
@@ -287,9 +289,9 @@ TEST_F(Viewing, GoingBackFromNumberZeroShowsItsLastFrameAgain)
 {
     Counted("a0.seq", 2);
     ViewSequence(File("a0.seq"));
-    operator_.ClearBeeps();
+    const std::size_t before = Beeps();
     EXPECT_EQ(LoadLast(), 1);
-    EXPECT_EQ(operator_.Beeps().size(), 1U);
+    EXPECT_EQ(Beeps(), before + 1);
     EXPECT_EQ(CurrentFrame, 1U);
 }
 
@@ -306,7 +308,7 @@ TEST_F(Viewing, TheFirstLoadNextTakesMinusOneToZero)
 TEST_F(Viewing, AShortRecordIsToldEvenWhileStepping)
 {
     Counted("run1.seq", 1);
-    WriteBytes(File("run2.seq"), HeaderBytes(PlainHeader(3, 2)) + "x");
+    PutFile(File("run2.seq"), HeaderBytes(PlainHeader(3, 2)) + "x");
     ViewSequence(File("run1.seq"));
     EXPECT_EQ(LoadNext(), 0);
     EXPECT_EQ(operator_.Boxes().at(0).text, "Failed to read entire file\n" + File("run2.seq"));
@@ -315,9 +317,9 @@ TEST_F(Viewing, AShortRecordIsToldEvenWhileStepping)
 TEST_F(Viewing, AViewChangesNoSetting)
 {
     const std::string path = Counted("a.img", 1);
-    WriteBytes(IniFilePath, "[Display]\r\nContrast=16\r\n");
+    PutFile(IniFilePath, "[Display]\r\nContrast=16\r\n");
     ViewImage(path, 0);
-    EXPECT_EQ(ReadBytes(IniFilePath), "[Display]\r\nContrast=16\r\n");
+    EXPECT_EQ(FileContents(IniFilePath), "[Display]\r\nContrast=16\r\n");
 }
 
 TEST_F(Viewing, ARectangleIsReadWithoutSkippingTheFrameHeader)
@@ -325,7 +327,7 @@ TEST_F(Viewing, ARectangleIsReadWithoutSkippingTheFrameHeader)
     ImageHeaderRecord header = PlainHeader(4, 2);
     header.ImageHeaderDataOffset = 80;
     std::string bytes = HeaderBytes(header) + SampleBytes({10, 11, 12, 13, 14, 15, 16, 17}) + std::string(80, '\0');
-    WriteBytes(File("r.seq"), bytes);
+    PutFile(File("r.seq"), bytes);
     EXPECT_THAT(GetImageRectFromFile(File("r.seq"), 0, 1, 0, 2, 1), ElementsAre(11, 12, 15, 16));
 }
 
@@ -333,7 +335,7 @@ TEST_F(Viewing, ARectangleOfASwappedFileIsSwappedBack)
 {
     ImageHeaderRecord header = PlainHeader(2, 1);
     header.ByteSwap = 0;
-    WriteBytes(File("s.img"), HeaderBytes(header) + std::string("\x01\x02\x03\x04", 4));
+    PutFile(File("s.img"), HeaderBytes(header) + std::string("\x01\x02\x03\x04", 4));
     EXPECT_THAT(GetImageRectFromFile(File("s.img"), 0, 1, 0, 1, 0), ElementsAre(0x0304));
 }
 
@@ -349,7 +351,7 @@ TEST_F(Viewing, ARectangleOfFloatsOrOutsideTheImageIsRefused)
 {
     ImageHeaderRecord header = PlainHeader(2, 2);
     header.SampleBytes = 4;
-    WriteBytes(File("f.flt"), HeaderBytes(header) + std::string(16, '\0'));
+    PutFile(File("f.flt"), HeaderBytes(header) + std::string(16, '\0'));
     EXPECT_TRUE(GetImageRectFromFile(File("f.flt"), 0, 0, 0, 1, 1).empty());
     EXPECT_TRUE(GetImageRectFromFile(Counted("a.img", 1), 0, 0, 0, 3, 1).empty());
     EXPECT_EQ(operator_.Boxes().size(), 2U);

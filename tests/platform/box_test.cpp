@@ -5,11 +5,11 @@
 #include "platform/transcript.h"
 #include "support/operator.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <QLabel>
 #include <QMessageBox>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace kelvo {
 namespace {

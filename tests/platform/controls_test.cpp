@@ -5,6 +5,7 @@
 #include "platform/icons.h"
 #include "platform/qt_window.h"
 
+#include <QApplication>
 #include <QDirIterator>
 #include <QToolButton>
 

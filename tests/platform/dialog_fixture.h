@@ -6,14 +6,16 @@
 #include "platform/front.h"
 #include "platform/transcript.h"
 #include "platform/window.h"
-
-#include <functional>
-#include <string>
-#include <utility>
-#include <vector>
+#include "support/operator.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -50,13 +52,20 @@ inline LRESULT DialogTestProc(HWND dialog, std::uint32_t message, WPARAM wParam,
 class DialogFixture : public testing::Test {
   protected:
     void SetUp() override { Start({}); }
-    void TearDown() override { SetIdleHook(nullptr); }
+
+    void TearDown() override
+    {
+        EXPECT_TRUE(op == nullptr || op->AllDone());
+        op.reset();
+        dialogRule = nullptr;
+    }
 
     void Start(CommandLine commandLine)
     {
+        if (op != nullptr) return;
         commandLine.offscreen = true;
         commandLine.virtualTime = true;
-        StartApplication(commandLine);
+        op = std::make_unique<TestOperator>(commandLine);
         RegisterWindowClass({.name = "TEST", .procedure = MainTestProc, .icon = {}});
         mainWindow = CreateMainWindow("TEST", "Test");
         ASSERT_NE(mainWindow, nullptr);
@@ -64,29 +73,11 @@ class DialogFixture : public testing::Test {
         mainSaw.clear();
     }
 
-    // Each step runs once, in order, when the program waits; a step may open boxes, in which the next one runs.
-    void Then(std::function<void()> step)
-    {
-        steps_.push_back(std::move(step));
-        SetIdleHook([this] {
-            if (next_ == steps_.size() || stepPosted_) return;
-            stepPosted_ = true;
-            PostAction([this] {
-                stepPosted_ = false;
-                const auto now = steps_[next_++];
-                now();
-            });
-        });
-    }
+    // Runs when the program next waits, after the steps given before.
+    void Then(std::function<void()> step) { op->Do(std::move(step)); }
 
-    bool AllStepsRan() const { return next_ == steps_.size(); }
-
+    std::unique_ptr<TestOperator> op;
     HWND mainWindow = nullptr;
-
-  private:
-    std::vector<std::function<void()>> steps_;
-    std::size_t next_ = 0;
-    bool stepPosted_ = false;
 };
 
 inline std::vector<std::string> TranscriptOf(const std::string& kind)

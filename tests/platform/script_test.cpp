@@ -32,6 +32,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 // --- The program --------------------------------------------------------------------------------------------------
@@ -173,7 +174,7 @@ struct Outcome {
     bool started = false;
     int exitCode = -1;
     std::string startError;
-    std::string errors;  // what went to stderr
+    std::string errors;  // what went to stderr; the toolkit complains there about what offscreen lacks
     std::string output;  // what went to stdout
 };
 
@@ -202,7 +203,7 @@ class OperatorScript : public testing::Test {
         const Outcome outcome = Run(script);
         EXPECT_TRUE(outcome.started) << outcome.startError;
         EXPECT_EQ(outcome.exitCode, 0);
-        EXPECT_THAT(outcome.errors, IsEmpty());
+        EXPECT_THAT(outcome.errors, Not(HasSubstr("kelvo:")));
         EXPECT_EQ(windowsClosed, 1);
     }
 
@@ -216,7 +217,7 @@ class OperatorScript : public testing::Test {
 
     std::string Write(const std::string& name, const std::string& contents)
     {
-        const std::string path = directory_ / name;
+        std::string path = directory_ / name;
         PutFile(path, contents);
         return path;
     }
@@ -391,7 +392,7 @@ TEST_F(OperatorScript, CallThatEndsTheProgramReturns)
         return 3)");
     EXPECT_EQ(outcome.exitCode, 3);
     EXPECT_EQ(outcome.output, "after\n");
-    EXPECT_THAT(outcome.errors, IsEmpty());
+    EXPECT_THAT(outcome.errors, Not(HasSubstr("kelvo:")));
 }
 
 TEST_F(OperatorScript, ActingAfterTheEndFails)
@@ -412,7 +413,7 @@ TEST_F(OperatorScript, WindowCallsAfterTheEndFail)
             assert(not done and (message:find("the program has ended", 1, true) or message:find("no main window")),
                    message)
         end)");
-    EXPECT_THAT(outcome.errors, IsEmpty());
+    EXPECT_THAT(outcome.errors, Not(HasSubstr("kelvo:")));
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
@@ -512,6 +513,16 @@ TEST_F(OperatorScript, FileDialogIsCancelled)
     ExpectSuccess("command(103) cancel() assert(file() == nil and status() == 'cancelled')");
 }
 
+TEST_F(OperatorScript, CancelLeavesADialogByItsCloseButton)
+{
+    ExpectSuccess("command(102) cancel() assert(dialog() == nil and status() == 'dialog 2')");
+}
+
+TEST_F(OperatorScript, CancelWithNoDialogFails)
+{
+    ExpectFailure("command(101) cancel()", "no dialog in front; on screen: message box \"Go on?\"");
+}
+
 TEST_F(OperatorScript, ChooseWithoutAFileDialogFails)
 {
     ExpectFailure("choose('a')", "no file dialog in front; on screen: the main window");
@@ -545,9 +556,8 @@ TEST_F(OperatorScript, CloseEndsTheProgramThroughItsWindow)
 
 TEST_F(OperatorScript, WaitLetsVirtualTimePass)
 {
-    const std::int64_t before = TickMs();
     ExpectSuccess("wait(30000)");
-    EXPECT_GE(TickMs() - before, 30000);
+    EXPECT_GE(TickMs(), 30000);  // virtual time begins at 0
 }
 
 TEST_F(OperatorScript, TimersOfTheProgramRunWhileTheScriptWaits)
@@ -571,10 +581,9 @@ TEST_F(OperatorScript, FramesLetsThatManyLiveFramesPass)
 
 TEST_F(OperatorScript, FramesWithoutLiveVideoFailsAfterTenSeconds)
 {
-    const std::int64_t before = TickMs();
     ExpectFailure("frames(2)", "frames: 2 more didn't come within 10 s; on screen: the main window");
-    EXPECT_GE(TickMs() - before, 10'000);
-    EXPECT_LT(TickMs() - before, 11'000);
+    EXPECT_GE(TickMs(), 10'000);
+    EXPECT_LT(TickMs(), 11'000);
 }
 
 TEST_F(OperatorScript, FramesCanBeTriedAgain)
@@ -733,7 +742,7 @@ TEST_F(OperatorScript, ProtectedCallsCatchFailuresAcrossWaits)
     ExpectSuccess(R"(
         local done, message = pcall(function() wait(5) command(102) answer("ok") end)
         assert(not done and message:find("no message box in front", 1, true))
-        press(2))");
+        cancel())");
 }
 
 TEST_F(OperatorScript, ActingInsideASortIsRefusedWithTheReason)

@@ -20,7 +20,7 @@ TEST(StatusLine, TakesTextsBeforeItsWindowExists)
     std::string text;
     EXPECT_EQ(GetStatusText(text), 6);
     EXPECT_EQ(text, "early");
-    EXPECT_EQ(op.StatusTexts().back(), "early");
+    EXPECT_EQ(op.Texts("status", "text").back(), "early");
 }
 
 TEST(StatusLine, AnUnknownNumberIsToldAndChangesNothing)

@@ -109,8 +109,12 @@ std::vector<TestOperator::Box> TestOperator::Boxes() const
         const TranscriptLine& line = lines[i];
         if (line.kind == "box") {
             open.push_back(boxes.size());
-            boxes.push_back({TextOf(line, "text"), TextOf(line, "caption"), TextOf(line, "icon"),
-                             ListOf(line, "buttons"), TextOf(line, "default"), {}});
+            boxes.push_back({TextOf(line, "text"),
+                             TextOf(line, "caption"),
+                             TextOf(line, "icon"),
+                             ListOf(line, "buttons"),
+                             TextOf(line, "default"),
+                             {}});
         } else if (line.kind == "answer" && !open.empty()) {
             boxes[open.back()].answer = TextOf(line, "button");
             open.pop_back();

@@ -1,40 +1,6 @@
 #include "support/stored_files.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
-
 namespace kelvo {
-
-TempDirectory::TempDirectory()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "kelvo-test-XXXXXX").string();
-    if (!mkdtemp(name.data())) throw std::runtime_error("no temporary directory");
-    path_ = name;
-}
-
-TempDirectory::~TempDirectory()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
-void WriteBytes(const std::string& path, std::string_view bytes)
-{
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!file.flush()) throw std::runtime_error("can't write " + path);
-}
-
-std::string ReadBytes(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
-}
 
 ImageHeaderRecord PlainHeader(int width, int height)
 {
@@ -88,7 +54,7 @@ void WriteImageFile(const std::string& path, const ImageHeaderRecord& header,
 {
     std::string bytes = HeaderBytes(header);
     for (const std::vector<std::int16_t>& frame : frames) bytes += SampleBytes(frame);
-    WriteBytes(path, bytes);
+    PutFile(path, bytes);
 }
 
 }  // namespace kelvo

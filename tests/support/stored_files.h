@@ -2,30 +2,13 @@
 #pragma once
 
 #include "imagefile/header.h"
+#include "support/temp_directory.h"
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace kelvo {
-
-// A directory of the test's own, gone with it.
-class TempDirectory {
-  public:
-    TempDirectory();
-    ~TempDirectory();
-    TempDirectory(const TempDirectory&) = delete;
-    TempDirectory& operator=(const TempDirectory&) = delete;
-    const std::string& Path() const { return path_; }
-    std::string File(std::string_view name) const { return path_ + "/" + std::string(name); }
-
-  private:
-    std::string path_;
-};
-
-void WriteBytes(const std::string& path, std::string_view bytes);
-std::string ReadBytes(const std::string& path);
 
 // A header of version 8 for 16-bit frames of width x height, native order, range 0 to 16383, 21 November 2026 12:34:05,
 // uncalibrated.

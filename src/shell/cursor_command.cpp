@@ -1,0 +1,74 @@
+#include "shell/cursor_command.h"
+
+#include "display/display_pipeline.h"
+#include "grabber/frame_state.h"
+#include "platform/menu.h"
+#include "platform/pointer.h"
+#include "platform/timers.h"
+#include "resources/ids.h"
+#include "shell/image_cursor.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+#include <optional>
+#include <string>
+
+namespace kelvo {
+
+Point ImagePosition;
+
+namespace {
+
+constexpr std::int64_t kCursorPeriodMs = 1000;
+
+std::string SavedStatusText;
+int SavedStatusAlign = 0;
+
+void ShowCursorAt(Point position)
+{
+    ImagePosition = position;
+    ShowCursorValue(position.x, position.y, 1);
+}
+
+}  // namespace
+
+void FollowPointer()
+{
+    KillTimer(hWndMain, kCursorTimer);
+    ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
+    ShowCursorAt(ImageCursorPosition());
+    SetTimer(hWndMain, kCursorTimer, kCursorPeriodMs);
+}
+
+void OnCursorTimer()
+{
+    if (!LiveVideo) return;
+    ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
+    if (!ImageCursorOn) return;
+    ShowCursorAt(ImageCursorPosition());
+    SetTimer(hWndMain, kCursorTimer, kCursorPeriodMs);
+}
+
+void ToggleImageCursor()
+{
+    const std::optional<MenuItemState> item = GetMenuItem(hWndMain, kCmdImageCursor);
+    if (item && !item->checked) {
+        SavedStatusAlign = GetStatusText(SavedStatusText);
+        CheckMenuItem(hWndMain, kCmdImageCursor, true);
+        ImageCursorOn = 1;  // before the first read-out, which takes its count from the stamped frame
+        ShowCursorAt(ImageCursorPosition());
+        SetPointer(Pointer::kCross);
+        RefreshLiveFrame();
+        SetTimer(hWndMain, kCursorTimer, kCursorPeriodMs);
+        return;
+    }
+    CheckMenuItem(hWndMain, kCmdImageCursor, false);
+    ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
+    if (!TrackballMode) ReleasePointerClip();
+    SetPointer(Pointer::kArrow);
+    ImageCursorOn = 0;
+    RefreshLiveFrame();
+    StatusMessage(SavedStatusText, SavedStatusAlign);
+}
+
+}  // namespace kelvo

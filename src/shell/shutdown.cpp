@@ -1,0 +1,28 @@
+#include "shell/shutdown.h"
+
+#include "config/settings.h"
+#include "grabber/frame_state.h"
+#include "platform/help.h"
+#include "platform/pointer.h"
+#include "platform/profile.h"
+#include "platform/window.h"
+#include "shell/unbuilt.h"
+
+namespace kelvo {
+
+void ShutDown()
+{
+    static bool done = false;
+    if (done) return;  // a quit that is under way is not begun again by the window's end
+    done = true;
+    SaveDisplayState();
+    FlushProfiles();
+    ReleasePointerClip();
+    CloseCommLink();
+    QuitHelp();
+    SignalExternalThread();
+    PostQuitMessage(0);
+    if (GrabberPresent) ExitBoard();
+}
+
+}  // namespace kelvo

@@ -1,0 +1,10 @@
+// The program's orderly exit.
+#pragma once
+
+namespace kelvo {
+
+// Saves the state of the display, gives everything back and ends the message loop. The camera head stays on. Runs once:
+// the Exit command calls it, and so does the main window's end.
+void ShutDown();
+
+}  // namespace kelvo

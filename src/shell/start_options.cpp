@@ -1,0 +1,7 @@
+#include "shell/start_options.h"
+
+namespace kelvo {
+
+StartOptions startOptions;
+
+}  // namespace kelvo

@@ -1,0 +1,14 @@
+// What the command line says beside the system's own part of it.
+#pragma once
+
+#include <string>
+
+namespace kelvo {
+
+struct StartOptions {
+    std::string dataDirectory;  // --data; empty: the key of win.ini, else the user's data directory
+    std::string viewFile;       // --view: opened as soon as the message loop runs
+};
+extern StartOptions startOptions;  // main sets it
+
+}  // namespace kelvo

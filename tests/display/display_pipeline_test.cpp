@@ -1,0 +1,407 @@
+// From a stored frame to pixels on the screen.
+#include "display/display_pipeline.h"
+
+#include "config/camera_config.h"
+#include "dibapi32/dibapi32.h"
+#include "display/display_state.h"
+#include "display/picture_fixture.h"
+#include "grabber/frame_state.h"
+#include "imagefile/header.h"
+#include "platform/dialog.h"
+#include "platform/memory.h"
+#include "platform/paint.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kelvo {
+namespace {
+
+using testing::SizeIs;
+
+constexpr std::uint32_t kBackground = 0x204080;  // the fixture's, as red green blue
+constexpr std::uint32_t kBlack = 0x000000;
+constexpr std::uint32_t kWhite = 0xFFFFFF;
+
+std::uint32_t Gray(std::size_t count)
+{
+    return DisplayLut[count] * 0x010101U;
+}
+
+TEST(BuildDisplayLut, NeedsNoWindowAndNoFile)
+{
+    DisplayHigh = 16383;
+    BuildDisplayLut(100, 1000);
+    ASSERT_THAT(DisplayLut, SizeIs(65535));
+    EXPECT_EQ(DisplayLut[0], 0);
+    EXPECT_EQ(DisplayLut[15], 239);  // 15 x 255 / 16 = 239.06
+    EXPECT_EQ(DisplayLut[16], 255);
+    EXPECT_EQ(DisplayLut[16383], 255);
+    EXPECT_EQ(DisplayLut[16384], 0);  // never written
+    EXPECT_EQ(Contrast, 100);
+    EXPECT_EQ(Brightness, 1000);
+}
+
+TEST(BuildDisplayLut, KeepsEntriesThatANewTableDoesntReach)
+{
+    DisplayHigh = 16383;
+    BuildDisplayLut(100, 1000);
+    DisplayHigh = 99;
+    BuildDisplayLut(100, 1000);
+    EXPECT_EQ(DisplayLut[16000], 255);
+}
+
+TEST(BuildDisplayLut, RefusedMemoryLeavesNoTable)
+{
+    FailAllocation(1);
+    BuildDisplayLut(50, 500);
+    EXPECT_TRUE(DisplayLut.empty());
+    EXPECT_EQ(Contrast, 50);
+}
+
+TEST(BuildDisplayLut, AFileBringsItsRangeAndTheLoopsRunOverTheLiveOne)
+{
+    DisplayLow = 100;
+    DisplayHigh = 8000;
+    ViewingFile = 1;
+    ImageHeader.HeaderVersion = 8;
+    ImageHeader.DisplayLow = 0;
+    ImageHeader.DisplayHigh = 16383;
+    BuildDisplayLut(100, 1);  // white from 16383 on; the ramp begins at 16367
+    // Black from live count 100 to 16366: entries 0 to 16266; then the 16 counts of the ramp.
+    EXPECT_EQ(DisplayLut[16266], 0);
+    EXPECT_EQ(DisplayLut[16268], 15);  // the ramp's second count, 255 / 16
+    EXPECT_EQ(DisplayLut[16282], 239);
+    EXPECT_EQ(DisplayLut[16283], 0);  // the live range ends before white begins
+}
+
+TEST(ImageToScreen, CountsOffsetsInWholePixels)
+{
+    ActiveConfig.Xzoom = 3;
+    ActiveConfig.Yzoom = 2;
+    ActiveConfig.Xoffset = 50;  // 16 pixels, of which a multiple of four: 16
+    ActiveConfig.Yoffset = 9;   // 4
+    Xpan = 10;
+    Ypan = -5;
+    std::int32_t x = 20;
+    std::int32_t y = 30;
+    ImageToScreen(x, y);
+    EXPECT_EQ(x, (20 + 16 - 10) * 3);
+    EXPECT_EQ(y, (30 + 4 + 5) * 2);
+    ActiveConfig.Xoffset = 47;  // 15 pixels: 12
+    x = 20;
+    ImageToScreen(x, y);
+    EXPECT_EQ(x, (20 + 12 - 10) * 3);
+    ActiveConfig.Yzoom = 0;
+    x = 20;
+    ImageToScreen(x, y);
+    EXPECT_EQ(x, 20);
+}
+
+using Pipeline = PictureTest;
+
+TEST_F(Pipeline, EachImagePixelIsABlockOfTheZoom)
+{
+    const std::vector<std::int16_t> counts{0, 16383, 8000, 4000, 12000, 2};
+    View(3, 2, counts);
+    DrawFileOnView();
+    for (int row = 0; row < 2; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            const auto count = static_cast<std::size_t>(counts[static_cast<std::size_t>(row * 3 + column)]);
+            for (const auto& [dx, dy] : {std::pair{0, 0}, {2, 0}, {0, 2}, {2, 2}}) {
+                EXPECT_EQ(Shown(column * 3 + dx, row * 3 + dy), Gray(count)) << column << ' ' << row;
+            }
+        }
+    }
+    EXPECT_EQ(Shown(0, 0), kBlack);
+    EXPECT_EQ(Shown(3, 0), kWhite);
+    EXPECT_EQ(Shown(9, 0), kBackground);
+    EXPECT_EQ(Shown(0, 6), kBackground);
+    EXPECT_EQ(LastPaintRight, 9);
+    EXPECT_EQ(LastPaintBottom, 6);
+}
+
+TEST_F(Pipeline, UnlikeZoomsMakeOblongBlocks)
+{
+    Yzoom = 1;
+    View(2, 2, {0, 16383, 16383, 0});
+    DrawFileOnView();
+    EXPECT_EQ(Shown(2, 0), kBlack);
+    EXPECT_EQ(Shown(3, 0), kWhite);
+    EXPECT_EQ(Shown(2, 1), kWhite);
+    EXPECT_EQ(Shown(3, 1), kBlack);
+}
+
+TEST_F(Pipeline, ThePictureBeginsBelowThePanel)
+{
+    DockPanel();
+    ASSERT_GT(PanelHeight(), 0);
+    View(2, 1, {0, 16383});
+    DrawFileOnView();
+    EXPECT_EQ(Shown(3, PanelHeight()), kWhite);
+    EXPECT_EQ(LastPaintBottom, PanelHeight() + 3);
+}
+
+TEST_F(Pipeline, ZoomingOutErasesTheOldMargin)
+{
+    const std::vector<std::int16_t> white(100, 16383);
+    View(10, 10, white);
+    SetDisplayGeometry(0, 0, 4, 4, 0, 0);
+    EXPECT_EQ(Shown(39, 39), kWhite);
+    SetDisplayGeometry(0, 0, 2, 2, 0, 0);
+    EXPECT_EQ(Shown(19, 19), kWhite);
+    for (const auto& [x, y] : {std::pair{20, 0}, {20, 39}, {39, 39}, {0, 20}, {19, 39}}) {
+        EXPECT_EQ(Shown(x, y), kBackground) << x << ' ' << y;
+    }
+    EXPECT_EQ(LastPaintRight, 20);
+    EXPECT_EQ(LastPaintBottom, 20);
+}
+
+TEST_F(Pipeline, ASmallerFrameErasesWhatTheLargerOneLeft)
+{
+    View(10, 2, std::vector<std::int16_t>(20, 16383));
+    DrawFileOnView();
+    View(2, 10, std::vector<std::int16_t>(20, 16383));
+    DrawFileOnView();
+    EXPECT_EQ(Shown(5, 0), kWhite);
+    EXPECT_EQ(Shown(6, 0), kBackground);
+    EXPECT_EQ(Shown(29, 5), kBackground);
+    EXPECT_EQ(Shown(5, 29), kWhite);
+}
+
+TEST_F(Pipeline, BrightnessShowsOnAStoredFrameAtOnce)
+{
+    View(1, 1, {8000});
+    BuildDisplayLut(100, 1000);
+    EXPECT_EQ(Shown(0, 0), kWhite);
+    BuildDisplayLut(100, 1);
+    EXPECT_EQ(Shown(0, 0), kBlack);
+}
+
+TEST_F(Pipeline, ATableRebuiltWithoutAFileDrawsNothing)
+{
+    BuildDisplayLut(100, 1000);
+    EXPECT_EQ(FrameBitmap, nullptr);
+    EXPECT_EQ(Shown(0, 0), kBackground);
+}
+
+TEST_F(Pipeline, ThePanelShowsContrastAndBrightness)
+{
+    DockPanel();
+    BuildDisplayLut(42, 777);
+    EXPECT_EQ(GetDlgItemText(hDlgPanel, 317), "42");
+    EXPECT_EQ(GetDlgItemText(hDlgPanel, 316), "777");
+}
+
+TEST_F(Pipeline, WithoutABufferNothingIsDrawn)
+{
+    View(4, 4, std::vector<std::int16_t>(16, 16383));
+    ImageBuffer.clear();
+    DrawFileOnView();
+    EXPECT_EQ(Shown(0, 0), kBackground);
+    ImageBuffer.resize(31);
+    DrawFileOnView();
+    EXPECT_EQ(Shown(0, 0), kBackground);
+    EXPECT_EQ(FrameBitmap, nullptr);
+}
+
+TEST_F(Pipeline, TheSamplesBeginBehindTheFrameHeader)
+{
+    View(1, 1, std::vector<std::int16_t>(41, 0));
+    ImageHeader.ImageHeaderDataOffset = 81;  // taken as 80
+    ImageBuffer[80] = 0xFF;
+    ImageBuffer[81] = 0x3F;
+    DrawFileOnView();
+    EXPECT_EQ(Shown(0, 0), kWhite);
+}
+
+TEST_F(Pipeline, RepaintingNeedsAFileOrACamera)
+{
+    View(2, 2, std::vector<std::int16_t>(4, 16383));
+    DrawFileOnView();
+    const auto repainted = [] {
+        const Rect all = GetClientRect(hWndMain);
+        InvalidateRect(hWndMain, &all, true);
+        return Shown(0, 0);
+    };
+    EXPECT_EQ(repainted(), kWhite);
+    ViewingFile = 0;
+    EXPECT_EQ(repainted(), kBackground);
+    CameraOn = 1;
+    EXPECT_EQ(repainted(), kWhite);
+}
+
+TEST_F(Pipeline, AZoomOfZeroOrBeyondAllBoundsEndsWell)
+{
+    View(2, 2, std::vector<std::int16_t>(4, 16383));
+    Xzoom = 0;
+    DrawFileOnView();
+    EXPECT_EQ(Shown(0, 0), kBackground);
+    Xzoom = 2147483647;
+    Yzoom = 2147483647;
+    DrawFileOnView();
+    EXPECT_EQ(Shown(0, 0), kWhite);
+    Xzoom = -3;
+    DrawFileOnView();
+    EXPECT_EQ(LastPaintRight, 0);
+}
+
+TEST_F(Pipeline, GeometryIsWrittenButLostWithoutAPicture)
+{
+    SetDisplayGeometry(5, -6, 4, 4, 8, 9);
+    EXPECT_EQ(CameraKey("Xpan"), "5");
+    EXPECT_EQ(CameraKey("Ypan"), "-6");
+    EXPECT_EQ(Xpan, 0);
+    EXPECT_EQ(Xzoom, 3);
+}
+
+TEST_F(Pipeline, GeometryIsTakenWithAFileAndShownInThePanel)
+{
+    DockPanel();
+    View(2, 2, {0, 16383, 0, 16383});
+    SetDisplayGeometry(5, -6, 4, 7, 8, 9);
+    EXPECT_EQ(Xpan, 5);
+    EXPECT_EQ(Ypan, -6);
+    EXPECT_EQ(Xzoom, 4);
+    EXPECT_EQ(Yzoom, 7);
+    EXPECT_EQ(Xoffset, 8);
+    EXPECT_EQ(Yoffset, 9);
+    EXPECT_EQ(GetScrollPos(hDlgPanel, 310), 4);
+    EXPECT_EQ(GetDlgItemText(hDlgPanel, 311), "4");
+    EXPECT_EQ(GetDlgItemText(hDlgPanel, 313), "5,-6");
+    EXPECT_EQ(Shown(4, PanelHeight()), kWhite);  // drawn anew, and not panned: a stored frame shows whole
+}
+
+TEST_F(Pipeline, GeometryIsTakenWithTheCameraOn)
+{
+    CameraOn = 1;
+    SetDisplayGeometry(5, 6, 4, 4, 8, 9);
+    EXPECT_EQ(Xpan, 5);
+    EXPECT_EQ(Xzoom, 4);
+}
+
+TEST_F(Pipeline, AGeometryChangeWhileLiveLeavesLiveVideoOn)
+{
+    CameraOn = 1;
+    LiveVideo = 1;
+    SetDisplayGeometry(1, 2, 3, 3, 0, 0);
+    EXPECT_EQ(LiveVideo, 1);
+    EXPECT_EQ(Ypan, 2);
+}
+
+TEST_F(Pipeline, TheReadOutNamesPlaceValueAndUnit)
+{
+    View(20, 20, std::vector<std::int16_t>(400, 1234));
+    ImageCursorOn = 1;
+    ShowCursorValue(7, 12, 1);
+    EXPECT_EQ(StatusText, "x=  7  y= 12  Signal=1234 Counts     ");
+    EXPECT_EQ(StatusAlign, 6);
+    EXPECT_EQ(CursorX, 7);
+    EXPECT_EQ(CursorY, 12);
+}
+
+TEST_F(Pipeline, TheReadOutLeavesTheDegreeSignOut)
+{
+    View(20, 20, std::vector<std::int16_t>(400, 1500));
+    ImageHeader.IntensityCold = 1000;
+    ImageHeader.IntensityHot = 2000;
+    ImageHeader.TemperatureCold = 20.0F;
+    ImageHeader.TemperatureHot = 30.0F;
+    ImageCursorOn = 1;
+    DisplayUnit = 2;
+    ShowCursorValue(7, 12, 1);
+    EXPECT_EQ(StatusText, "x=  7  y= 12  Temperature=25.000 C     ");
+}
+
+TEST_F(Pipeline, TheReadOutKeepsTheLineWhenOffOrWithoutZoom)
+{
+    View(20, 20, std::vector<std::int16_t>(400, 1234));
+    StatusText = "before";
+    ShowCursorValue(7, 12, 0);
+    EXPECT_EQ(StatusText, "before");
+    EXPECT_NE(CursorX, 7);
+    Yzoom = 0;
+    ShowCursorValue(7, 12, 1);
+    EXPECT_EQ(StatusText, "before");
+    EXPECT_EQ(CursorX, 7);
+}
+
+TEST_F(Pipeline, FittingSetsContrastAndBrightness)
+{
+    std::vector<std::int16_t> counts(1000);
+    for (std::size_t i = 0; i < counts.size(); ++i) counts[i] = static_cast<std::int16_t>(5000 + i);
+    View(40, 25, counts);
+    FitContrastToPicture();
+    EXPECT_THAT(op->Boxes(), SizeIs(0));
+    EXPECT_LT(Shown(0, 0), 0x101010U);
+    EXPECT_GT(Shown(119, 74), 0xF0F0F0U);
+}
+
+TEST_F(Pipeline, FittingSaysWhyItCant)
+{
+    View(1, 1, {100});
+    ImageHeader.DisplayHigh = 4095;
+    FitContrastToPicture();
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
+    EXPECT_THAT(op->Boxes()[0].text, testing::HasSubstr("0 to 4095"));
+    EXPECT_EQ(Contrast, 1);
+}
+
+TEST_F(Pipeline, EmptyOperationsDrawNothing)
+{
+    DrawColorBar();
+    DrawTempScale(1);
+    SetGrayScale(kLogScale);
+    EXPECT_EQ(Shown(0, 0), kBackground);
+    EXPECT_EQ(GrayScale, kLinearScale);
+}
+
+class PipelineAtRatioTwo : public PictureTest {
+  protected:
+    PipelineAtRatioTwo() : PictureTest(2.0) {}
+};
+
+TEST_F(PipelineAtRatioTwo, APictureCoversTheSameLogicalPixels)
+{
+    View(2, 1, {0, 16383});
+    DrawFileOnView();
+    EXPECT_EQ(DeviceBlock(hWndMain, 3), 6);
+    EXPECT_EQ(Shown(2, 0), kBlack);
+    EXPECT_EQ(Shown(3, 0), kWhite);
+    EXPECT_EQ(Shown(5, 2), kWhite);
+    EXPECT_EQ(Shown(6, 0), kBackground);
+    EXPECT_EQ(LastPaintRight, 6);
+}
+
+class PipelineAtRatioOneAndAHalf : public PictureTest {
+  protected:
+    PipelineAtRatioOneAndAHalf() : PictureTest(1.5) {}
+};
+
+TEST_F(PipelineAtRatioOneAndAHalf, BlocksAreWholeDevicePixels)
+{
+    Xzoom = 1;
+    Yzoom = 1;
+    std::vector<std::int16_t> counts;
+    for (int i = 0; i < 30; ++i) counts.push_back(i % 2 ? 16383 : 0);
+    View(30, 1, counts);
+    DrawFileOnView();
+    UpdateWindow(hWndMain);
+    const int block = DeviceBlock(hWndMain, 1);
+    EXPECT_EQ(block, 2);  // 1.5 rounded
+    DeviceBitmap screen;
+    ASSERT_TRUE(CaptureWindowPixels(hWndMain, true, screen));
+    for (int x = 0; x < 30 * block; ++x) {
+        EXPECT_EQ(screen.pixels[static_cast<std::size_t>(x)] & 0xFFFFFF, (x / block) % 2 ? kWhite : kBlack) << x;
+    }
+    EXPECT_EQ(screen.pixels[static_cast<std::size_t>(30 * block)] & 0xFFFFFF, kBackground);
+    EXPECT_EQ(LastPaintRight, 40);  // 60 device pixels
+}
+
+}  // namespace
+}  // namespace kelvo

@@ -1,0 +1,235 @@
+// Bitmaps of frames against a plain loop over rows and columns.
+#include "display/frame_bitmap.h"
+
+#include "config/camera_config.h"
+#include "dibapi32/dibutil.h"
+#include "display/color_map.h"
+#include "display/display_pipeline.h"
+#include "display/display_state.h"
+#include "grabber/frame_state.h"
+#include "imagefile/header.h"
+#include "resources/ids.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+#include <random>
+#include <vector>
+
+namespace kelvo {
+namespace {
+
+class FrameBitmapTest : public testing::Test {
+  protected:
+    void SetUp() override
+    {
+        std::mt19937 random(5);
+        DisplayLut.resize(65535);
+        for (std::uint8_t& gray : DisplayLut) gray = static_cast<std::uint8_t>(random());
+        ViewingFile = 1;
+    }
+
+    std::vector<std::int16_t> Frame(int width, int height)
+    {
+        ImageHeader.ImageWidth = static_cast<std::int16_t>(width);
+        ImageHeader.ImageHeight = static_cast<std::int16_t>(height);
+        std::mt19937 random(6);
+        std::vector<std::int16_t> frame(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+        for (std::int16_t& count : frame) count = static_cast<std::int16_t>(random());
+        return frame;
+    }
+
+    // The picture's pixels as the rows of a bitmap, from the bottom up, padded.
+    static std::vector<std::uint8_t> PlainRows(const std::vector<std::int16_t>& frame, const FrameRect& rect)
+    {
+        std::vector<std::uint8_t> rows;
+        const int width = rect.right + 1 - rect.left;
+        for (int r = rect.bottom - rect.top; r >= 0; --r) {
+            for (int c = 0; c < width; ++c) {
+                const int element = r * (width + rect.left) + rect.left + c;
+                std::uint8_t gray = 0;
+                if (element >= 0 && element < static_cast<int>(frame.size())) {
+                    const int count = frame[static_cast<std::size_t>(element)];
+                    gray = DisplayLut[static_cast<std::size_t>(count < 0 ? 0 : count)];
+                }
+                rows.push_back(gray);
+            }
+            while (rows.size() % 4 != 0) rows.push_back(0);
+        }
+        return rows;
+    }
+
+    static std::vector<std::uint8_t> Rows(const Dib& dib)
+    {
+        return dib ? std::vector<std::uint8_t>(DibBits(*dib).begin(), DibBits(*dib).end())
+                   : std::vector<std::uint8_t>();
+    }
+};
+
+TEST_F(FrameBitmapTest, EveryWidthIsPaddedToWholeWords)
+{
+    for (int width = 1; width <= 41; ++width) {
+        const std::vector<std::int16_t> frame = Frame(width, 3);
+        const Dib dib = MakeFrameBitmap(frame, nullptr);
+        ASSERT_TRUE(dib);
+        EXPECT_EQ(DibWidth(*dib), width);
+        EXPECT_EQ(DibHeight(*dib), 3);
+        EXPECT_EQ(Rows(dib), PlainRows(frame, {0, 0, width - 1, 2})) << width;
+    }
+}
+
+TEST_F(FrameBitmapTest, AWidthOfFiveHasRowsOfEightBytes)
+{
+    const Dib dib = MakeFrameBitmap(Frame(5, 1), nullptr);
+    const std::vector<std::uint8_t> rows = Rows(dib);
+    ASSERT_EQ(rows.size(), 8U);
+    EXPECT_EQ(std::vector<std::uint8_t>(rows.begin() + 5, rows.end()), std::vector<std::uint8_t>(3, 0));
+}
+
+TEST_F(FrameBitmapTest, AFullSizeFrameIsExact)
+{
+    const std::vector<std::int16_t> frame = Frame(640, 512);
+    EXPECT_EQ(Rows(MakeFrameBitmap(frame, nullptr)), PlainRows(frame, {0, 0, 639, 511}));
+}
+
+TEST_F(FrameBitmapTest, ARectangleTakesRowsAsLongAsItsRightSideSays)
+{
+    const std::vector<std::int16_t> frame = Frame(20, 10);
+    for (const FrameRect rect : {FrameRect{0, 0, 19, 9}, {5, 0, 19, 9}, {5, 4, 19, 9}, {3, 2, 11, 7}, {7, 7, 7, 7}}) {
+        const Dib dib = MakeFrameBitmap(frame, &rect);
+        ASSERT_TRUE(dib);
+        EXPECT_EQ(DibWidth(*dib), rect.right + 1 - rect.left);
+        EXPECT_EQ(DibHeight(*dib), rect.bottom + 1 - rect.top);
+        EXPECT_EQ(Rows(dib), PlainRows(frame, rect)) << rect.left << ' ' << rect.top;
+    }
+}
+
+TEST_F(FrameBitmapTest, TheTopOnlyShortensThePicture)
+{
+    const std::vector<std::int16_t> frame = Frame(8, 4);
+    const FrameRect whole{0, 0, 7, 3};
+    const FrameRect lower{0, 1, 7, 3};
+    const std::vector<std::uint8_t> all = Rows(MakeFrameBitmap(frame, &whole));
+    const std::vector<std::uint8_t> cut = Rows(MakeFrameBitmap(frame, &lower));
+    // Bottom up: what is missing is the bottom row, and the frame's first row is the picture's first still.
+    EXPECT_EQ(cut, std::vector<std::uint8_t>(all.begin() + 8, all.end()));
+}
+
+TEST_F(FrameBitmapTest, LiveThePictureStartsAtThePan)
+{
+    ViewingFile = 0;
+    ActiveConfig.Hroi = 20;
+    ActiveConfig.Vroi = 10;
+    const std::vector<std::int16_t> frame = Frame(20, 10);
+    Xpan = 4;
+    Ypan = 3;
+    EXPECT_EQ(DefaultFrameRect(), (FrameRect{4, 3, 19, 9}));
+    EXPECT_EQ(Rows(MakeFrameBitmap(frame, nullptr)), PlainRows(frame, {4, 3, 19, 9}));
+}
+
+TEST_F(FrameBitmapTest, OutsideTheFrameIsBlack)
+{
+    ViewingFile = 0;
+    ActiveConfig.Hroi = 20;
+    ActiveConfig.Vroi = 10;
+    const std::vector<std::int16_t> frame = Frame(20, 10);
+    DisplayLut.assign(65535, 200);
+    Xpan = -4;
+    Ypan = -3;
+    const std::vector<std::uint8_t> rows = Rows(MakeFrameBitmap(frame, nullptr));
+    EXPECT_EQ(rows, PlainRows(frame, {-4, -3, 19, 9}));
+    // The top row, which a bitmap stores last, starts four elements before the frame.
+    ASSERT_EQ(rows.size(), 24U * 13);
+    EXPECT_EQ(std::vector<std::uint8_t>(rows.end() - 24, rows.end() - 20), std::vector<std::uint8_t>(4, 0));
+    EXPECT_EQ(rows[rows.size() - 20], 200);
+}
+
+TEST_F(FrameBitmapTest, APanOfTheWholeWidthLeavesNoPixels)
+{
+    ViewingFile = 0;
+    ActiveConfig.Hroi = 20;
+    ActiveConfig.Vroi = 10;
+    Xpan = 20;
+    const Dib dib = MakeFrameBitmap(Frame(20, 10), nullptr);
+    ASSERT_TRUE(dib);
+    EXPECT_EQ(DibWidth(*dib), 0);
+    EXPECT_TRUE(Rows(dib).empty());
+}
+
+TEST_F(FrameBitmapTest, APanFromASettingsFileTakesNoEndlessMemory)
+{
+    ViewingFile = 0;
+    ActiveConfig.Hroi = 20;
+    ActiveConfig.Vroi = 10;
+    Xpan = -2000000000;
+    Ypan = -2000000000;
+    EXPECT_EQ(DefaultFrameRect(), (FrameRect{-20, -10, 19, 9}));
+}
+
+TEST_F(FrameBitmapTest, AnImpossibleRectangleGivesNoBitmap)
+{
+    const std::vector<std::int16_t> frame = Frame(8, 4);
+    const FrameRect reversed{6, 0, 2, 3};
+    EXPECT_EQ(MakeFrameBitmap(frame, &reversed), nullptr);
+    const FrameRect endless{-2147483647, 0, 2147483647, 3};
+    EXPECT_EQ(MakeFrameBitmap(frame, &endless), nullptr);
+}
+
+TEST_F(FrameBitmapTest, ABufferSmallerThanTheHeaderSaysGivesNoBitmap)
+{
+    std::vector<std::int16_t> frame = Frame(8, 4);
+    frame.pop_back();
+    EXPECT_EQ(MakeFrameBitmap(frame, nullptr), nullptr);
+    EXPECT_EQ(MakeFrameBitmap({}, nullptr), nullptr);
+    ImageHeader.ImageWidth = -8;
+    EXPECT_EQ(MakeFrameBitmap(frame, nullptr), nullptr);
+}
+
+TEST_F(FrameBitmapTest, AnOldHeadersNegativeCountsShowAsCountZero)
+{
+    ImageHeader.ImageWidth = 2;
+    ImageHeader.ImageHeight = 1;
+    DisplayLut.assign(65535, 9);
+    DisplayLut[0] = 33;
+    const std::vector<std::int16_t> frame{-1, 32767};
+    const std::vector<std::uint8_t> rows = Rows(MakeFrameBitmap(frame, nullptr));
+    EXPECT_EQ(rows, (std::vector<std::uint8_t>{33, 9, 0, 0}));
+}
+
+TEST_F(FrameBitmapTest, TheColorTableIsBlueGreenRed)
+{
+    ColorMap.resize(kColorMapBytes);
+    std::iota(ColorMap.begin(), ColorMap.end(), static_cast<std::uint8_t>(0));
+    ColorMap[kBluePlane + 7] = 1;
+    ColorMap[kGreenPlane + 7] = 2;
+    ColorMap[kRedPlane + 7] = 3;
+    RgbQuadTable table;
+    BuildDibPalette(table);
+    EXPECT_EQ(std::vector<std::uint8_t>(table.begin() + 28, table.begin() + 32),
+              (std::vector<std::uint8_t>{1, 2, 3, 0}));
+}
+
+TEST_F(FrameBitmapTest, TheMapIsMadeAtFirstUseFromTheStoredChoice)
+{
+    ImageColor = kInvertedGray;
+    const Dib dib = MakeFrameBitmap(Frame(4, 1), nullptr);
+    ASSERT_TRUE(dib);
+    EXPECT_EQ(DibPalette(*dib)[0], 255);
+    EXPECT_EQ(DibPalette(*dib)[4 * 255], 0);
+}
+
+TEST_F(FrameBitmapTest, ANewMapIsInTheNextBitmap)
+{
+    const std::vector<std::int16_t> frame = Frame(4, 1);
+    ImageColor = kNormalGray;
+    SetColorMap(kNormalGray);
+    EXPECT_EQ(DibPalette(*MakeFrameBitmap(frame, nullptr))[4 * 10], 10);
+    // The display dialog shows a map while ImageColor still holds the old one.
+    SetColorMap(kInvertedGray);
+    EXPECT_EQ(DibPalette(*MakeFrameBitmap(frame, nullptr))[4 * 10], 245);
+    SetColorMap(kNormalGray);
+    EXPECT_EQ(DibPalette(*MakeFrameBitmap(frame, nullptr))[4 * 10], 10);
+}
+
+}  // namespace
+}  // namespace kelvo
