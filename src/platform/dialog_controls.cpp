@@ -86,13 +86,20 @@ class ControlWatcher : public QObject {
 ScrollCode CodeOf(int action)
 {
     switch (action) {
-        case QAbstractSlider::SliderSingleStepAdd: return ScrollCode::kLineDown;
-        case QAbstractSlider::SliderSingleStepSub: return ScrollCode::kLineUp;
-        case QAbstractSlider::SliderPageStepAdd: return ScrollCode::kPageDown;
-        case QAbstractSlider::SliderPageStepSub: return ScrollCode::kPageUp;
-        case QAbstractSlider::SliderToMinimum: return ScrollCode::kTop;
-        case QAbstractSlider::SliderToMaximum: return ScrollCode::kBottom;
-        default: return ScrollCode::kThumbTrack;
+        case QAbstractSlider::SliderSingleStepAdd:
+            return ScrollCode::kLineDown;
+        case QAbstractSlider::SliderSingleStepSub:
+            return ScrollCode::kLineUp;
+        case QAbstractSlider::SliderPageStepAdd:
+            return ScrollCode::kPageDown;
+        case QAbstractSlider::SliderPageStepSub:
+            return ScrollCode::kPageUp;
+        case QAbstractSlider::SliderToMinimum:
+            return ScrollCode::kTop;
+        case QAbstractSlider::SliderToMaximum:
+            return ScrollCode::kBottom;
+        default:
+            return ScrollCode::kThumbTrack;
     }
 }
 
@@ -184,7 +191,9 @@ Range RangeOf(HWND dialog, int id)
 class ListControl {
   public:
     ListControl(HWND dialog, int id)
-        : combo_(ControlAs<QComboBox>(dialog, id)), list_(ControlAs<QListWidget>(dialog, id)), quietCombo_(combo_),
+        : combo_(ControlAs<QComboBox>(dialog, id)),
+          list_(ControlAs<QListWidget>(dialog, id)),
+          quietCombo_(combo_),
           quietList_(list_)
     {
     }
@@ -240,8 +249,7 @@ class ListControl {
     std::intptr_t Data(int index) const
     {
         if (!Has(index)) return 0;
-        const QVariant stored =
-            combo_ != nullptr ? combo_->itemData(index) : list_->item(index)->data(Qt::UserRole);
+        const QVariant stored = combo_ != nullptr ? combo_->itemData(index) : list_->item(index)->data(Qt::UserRole);
         return static_cast<std::intptr_t>(stored.toLongLong());
     }
 

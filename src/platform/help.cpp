@@ -232,8 +232,8 @@ class HelpWindow : public QWidget {
 
     void AddTopic(QTreeWidgetItem* heading, const HelpTopic& topic)
     {
-        auto* item =
-            heading != nullptr ? new QTreeWidgetItem(heading, {topic.title}) : new QTreeWidgetItem(tree_, {topic.title});
+        auto* item = heading != nullptr ? new QTreeWidgetItem(heading, {topic.title})
+                                        : new QTreeWidgetItem(tree_, {topic.title});
         item->setData(0, Qt::UserRole, topic.context);
         item->setSizeHint(0, QSize(0, kRowHeight));
     }

@@ -1,5 +1,6 @@
-// Icons and pointer pictures from the resources; IconNamed (platform/qt_window.h) gives them by name. Line icons are drawn in the palette's text colour at the moment of
-// painting, at any device ratio, so that they follow a change between light and dark.
+// Icons and pointer pictures from the resources; IconNamed (platform/qt_window.h) gives them by name. Line icons are
+// drawn in the palette's text colour at the moment of painting, at any device ratio, so that they follow a change
+// between light and dark.
 #pragma once
 
 #include <QColor>

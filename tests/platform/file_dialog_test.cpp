@@ -190,7 +190,7 @@ TEST_F(FileSelection, AsksBeforeItReplaces)
     EXPECT_EQ(op->Boxes()[0].text, Path("old.img") + " already exists.\nDo you want to replace it?");
     EXPECT_THAT(op->Boxes()[0].buttons, ElementsAre("yes", "no"));
     EXPECT_EQ(op->Boxes()[0].defaultButton, "no");
-    EXPECT_EQ(*ReadWholeFile(Path("old.img"), 100), "contents");
+    EXPECT_EQ(FileContents(Path("old.img")), "contents");
 }
 
 TEST_F(FileSelection, TakesSeveralNamesWhereManyAreWanted)
@@ -198,8 +198,7 @@ TEST_F(FileSelection, TakesSeveralNamesWhereManyAreWanted)
     MakeFile(Path("a.img"));
     MakeFile(Path("b c.img"));
     Then([] { EXPECT_TRUE(ChooseFiles({"a.img", "b c.img"})); });
-    EXPECT_THAT(RunFileDialog(Request(FileDialogMode::kOpenMany)).paths,
-                ElementsAre(Path("a.img"), Path("b c.img")));
+    EXPECT_THAT(RunFileDialog(Request(FileDialogMode::kOpenMany)).paths, ElementsAre(Path("a.img"), Path("b c.img")));
     Then([] {
         EXPECT_FALSE(ChooseFiles({"a.img", "b c.img"}));
         CancelFileDialog();

@@ -128,12 +128,12 @@ TEST_F(DialogFixture, KeysPageNamesEveryKey)
 {
     const QString text = QTextDocumentFragment::fromHtml(HelpPageHtml(770)).toPlainText();
     for (const char* key :
-         {"F1",          "F2",         "F3",         "Shift+F3",   "F4",        "Shift+F4",       "F5",
-          "F6",          "F7",         "Shift+F7",   "F8",         "Shift+F8",  "F9",             "F10",
-          "F11",         "Ctrl+Q",     "Ctrl+D",     "Ctrl+V",     "Ctrl+I",    "Ctrl+C",         "Shift+PrintScrn",
-          "+",           "-",          "Right",      "Left",       "Up",        "Down",           "Home",
-          "End",         "PgUp",       "PgDn",       "Shift+Left", "Shift+Up",  "Shift+Right",    "Shift+Down",
-          "Shift+Home",  "Shift+End",  "Shift+PgUp", "Shift+PgDn"}) {
+         {"F1",         "F2",        "F3",         "Shift+F3",   "F4",       "Shift+F4",    "F5",
+          "F6",         "F7",        "Shift+F7",   "F8",         "Shift+F8", "F9",          "F10",
+          "F11",        "Ctrl+Q",    "Ctrl+D",     "Ctrl+V",     "Ctrl+I",   "Ctrl+C",      "Shift+PrintScrn",
+          "+",          "-",         "Right",      "Left",       "Up",       "Down",        "Home",
+          "End",        "PgUp",      "PgDn",       "Shift+Left", "Shift+Up", "Shift+Right", "Shift+Down",
+          "Shift+Home", "Shift+End", "Shift+PgUp", "Shift+PgDn"}) {
         EXPECT_TRUE(text.contains(QStringLiteral("\n%1\n").arg(QLatin1String(key)))) << key;
     }
 }

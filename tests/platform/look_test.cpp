@@ -50,9 +50,9 @@ class LookOf : public DialogFixture, public testing::WithParamInterface<Look> {
         EXPECT_EQ(picture.devicePixelRatio(), GetParam().scale);
         EXPECT_EQ(picture.width(), qRound(widget->width() * GetParam().scale));
         if (const char* directory = std::getenv("KELVO_PICTURES")) {
-            EXPECT_TRUE(picture.save(QStringLiteral("%1/%2-%3.png")
-                                         .arg(QLatin1String(directory), QLatin1String(name.c_str()),
-                                              QLatin1String(GetParam().name))));
+            EXPECT_TRUE(picture.save(
+                QStringLiteral("%1/%2-%3.png")
+                    .arg(QLatin1String(directory), QLatin1String(name.c_str()), QLatin1String(GetParam().name))));
         }
     }
 };
@@ -101,7 +101,10 @@ void FillDisplay(HWND dialog)
     SetDlgItemText(dialog, 1244, "100");
     SetScrollPos(dialog, 1242, 580);
     SetScrollPos(dialog, 1246, 16);
-    for (const char* unit : {"Signal (Counts)", "Signal (V)", "Temperature (\xB0" "C)"}) ListAdd(dialog, 1256, unit);
+    for (const char* unit : {"Signal (Counts)", "Signal (V)",
+                             "Temperature (\xB0"
+                             "C)"})
+        ListAdd(dialog, 1256, unit);
     ListSelect(dialog, 1256, 2);
 }
 
@@ -139,7 +142,10 @@ TEST_P(LookOf, Panel)
     SetDlgItemText(panel, 316, "1000");
     SetDlgItemText(panel, 317, "100");
     CheckDlgButton(panel, 1013, true);
-    for (const char* unit : {"Signal (Counts)", "Temperature (\xB0" "C)"}) ListAdd(panel, 1256, unit);
+    for (const char* unit : {"Signal (Counts)",
+                             "Temperature (\xB0"
+                             "C)"})
+        ListAdd(panel, 1256, unit);
     ListSelect(panel, 1256, 1);
     for (const int width : {1280, 1000, 800}) {
         panel->widget->resize(width, panel->widget->height());
