@@ -1,4 +1,5 @@
-// Reading frames of a long file: the last beside the first, in one run, and the memory that a pass through the file takes.
+// Reading frames of a long file: the last beside the first, in one run, and the memory that a pass through the file
+// takes.
 //
 //   build/bench/bench/viewer_bench
 
@@ -9,6 +10,7 @@
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 #include <sys/resource.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -89,11 +91,13 @@ int main()
     }
     const double firstUs = Median(first) * 1e6;
     const double lastUs = Median(last) * 1e6;
-    std::printf("frame 0: %.2f us, frame %d: %.2f us, ratio %.2f (at most 1.5)\n", firstUs, kFrames - 1, lastUs, lastUs / firstUs);
+    std::printf("frame 0: %.2f us, frame %d: %.2f us, ratio %.2f (at most 1.5)\n", firstUs, kFrames - 1, lastUs,
+                lastUs / firstUs);
 
     const long before = PeakKb();
     for (std::uint32_t i = 0; i < kFrames; ++i) ReadSeconds(*file, i, block);
-    std::printf("peak memory: %ld kB more after reading all %d frames of %d bytes\n", PeakKb() - before, kFrames, kWidth * kHeight * 2);
+    std::printf("peak memory: %ld kB more after reading all %d frames of %d bytes\n", PeakKb() - before, kFrames,
+                kWidth * kHeight * 2);
 
     std::filesystem::remove_all(directory);
     return 0;

@@ -6,6 +6,8 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 
 // Compiled once for each instruction set; the machine picks one at the first call.
 HWY_BEFORE_NAMESPACE();
@@ -15,19 +17,26 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// The gray values of eight counts in the lower half of a register.
+// The gray values of eight counts in the lower half of a register. The counts come four to a load: loads are what the
+// look-ups themselves need most.
 HWY_INLINE hn::Vec<hn::Full128<std::uint64_t>> LookUpEight(const std::uint16_t* counts, const std::uint8_t* table)
 {
+    static_assert(std::endian::native == std::endian::little, "the first count is in the lowest bits");
+    std::uint64_t low = 0;
+    std::uint64_t high = 0;
+    std::memcpy(&low, counts, sizeof low);
+    std::memcpy(&high, counts + 4, sizeof high);
+
     const hn::Full128<std::uint8_t> bytes;
     auto packed = hn::Zero(bytes);
-    packed = hn::InsertLane(packed, 0, table[counts[0]]);
-    packed = hn::InsertLane(packed, 1, table[counts[1]]);
-    packed = hn::InsertLane(packed, 2, table[counts[2]]);
-    packed = hn::InsertLane(packed, 3, table[counts[3]]);
-    packed = hn::InsertLane(packed, 4, table[counts[4]]);
-    packed = hn::InsertLane(packed, 5, table[counts[5]]);
-    packed = hn::InsertLane(packed, 6, table[counts[6]]);
-    packed = hn::InsertLane(packed, 7, table[counts[7]]);
+    packed = hn::InsertLane(packed, 0, table[low & 0xFFFF]);
+    packed = hn::InsertLane(packed, 1, table[(low >> 16) & 0xFFFF]);
+    packed = hn::InsertLane(packed, 2, table[(low >> 32) & 0xFFFF]);
+    packed = hn::InsertLane(packed, 3, table[low >> 48]);
+    packed = hn::InsertLane(packed, 4, table[high & 0xFFFF]);
+    packed = hn::InsertLane(packed, 5, table[(high >> 16) & 0xFFFF]);
+    packed = hn::InsertLane(packed, 6, table[(high >> 32) & 0xFFFF]);
+    packed = hn::InsertLane(packed, 7, table[high >> 48]);
     return hn::BitCast(hn::Full128<std::uint64_t>(), packed);
 }
 

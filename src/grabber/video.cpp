@@ -1,7 +1,7 @@
 #include "grabber/video.h"
 
-#include "config/camera_config.h"
 #include "display/display_pipeline.h"
+#include "grabber/frame_size.h"
 #include "grabber/frame_state.h"
 #include "imagefile/header.h"
 
@@ -13,23 +13,12 @@ namespace {
 
 constexpr std::int32_t kCrossReach = 6;  // the arm's first pixel beyond its end
 
-struct FrameSize {
-    std::int32_t width;
-    std::int32_t height;
-};
-
-FrameSize SizeOnView()
-{
-    if (ViewingFile) return {ImageHeader.ImageWidth, ImageHeader.ImageHeight};
-    return {ActiveConfig.Hroi, ActiveConfig.Vroi};
-}
-
 // The stored frame; false where the buffer doesn't hold what the header says.
 bool CopyStoredFrame(std::vector<std::int16_t>& frame)
 {
-    const FrameSize size = SizeOnView();
-    if (size.width <= 0 || size.height <= 0) return false;
-    const auto count = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
+    const Point size = FrameSizeOnView();
+    if (size.x <= 0 || size.y <= 0) return false;
+    const auto count = static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.y);
     const std::span<const std::int16_t> pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
     if (pixels.size() < count) return false;
     if (frame.size() < count) frame.resize(count);
@@ -59,8 +48,8 @@ int GetVideoData(std::vector<std::int16_t>& frame)
     // Without a file on view the picture comes from the board, which a viewer doesn't have.
     if (!ViewingFile || !CopyStoredFrame(frame)) return 0;
     if (ImageCursorOn) {
-        const FrameSize size = SizeOnView();
-        CursorValue = StampCursorCross(frame, size.width, size.height, CursorX, CursorY);
+        const Point size = FrameSizeOnView();
+        CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
     }
     if (DisplayEnabled) DrawFrame(frame);
     return 1;

@@ -20,6 +20,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 
 namespace kelvo {
 
@@ -72,8 +74,16 @@ class OffscreenEnvironment {
     QTemporaryDir directory_;
 };
 
+// What an offscreen screen lacks is no news to anyone.
+void DropScreenRemarks(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text)
+{
+    if (text.startsWith("This plugin does not support")) return;
+    std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
+}
+
 void MakeApplication(const CommandLine& commandLine)
 {
+    if (commandLine.offscreen) qInstallMessageHandler(DropScreenRemarks);
     // With the GLib dispatcher "about to block" also comes while events wait.
     qputenv("QT_NO_GLIB", "1");
     static std::string name = "kelvo";

@@ -1,5 +1,6 @@
 #include "platform/box.h"
 
+#include "platform/icons.h"
 #include "platform/qt_window.h"
 #include "platform/text.h"
 #include "platform/transcript.h"
@@ -94,6 +95,8 @@ void TranscribeBox(const FrontBox& box)
                        {"default", std::string(LookOf(box.defaultButton).name)}});
 }
 
+constexpr int kIconSize = 40;  // logical pixels
+
 class Box {
   public:
     Box(QWidget* owner, const FrontBox& box)
@@ -101,6 +104,11 @@ class Box {
     {
         dialog_.setTextFormat(Qt::PlainText);
         dialog_.setText(ToQString(box.text));
+        if (box.icon != BoxIcon::kNone) {
+            const std::string picture = "box-" + std::string(LookOf(box.icon).name);
+            dialog_.setIconPixmap(IconPixmap(picture, kIconSize, dialog_.palette().color(QPalette::WindowText),
+                                             dialog_.devicePixelRatioF()));
+        }
         for (const Button button : box.buttons) {
             QPushButton* const pushButton =
                 dialog_.addButton(QString::fromLatin1(LookOf(button).text), LookOf(button).role);

@@ -31,7 +31,10 @@ ModalScope::~ModalScope()
 
 const ModalEntry* FrontModal()
 {
-    return stack.empty() ? nullptr : stack.back().get();
+    // One that was answered is gone for the operator, though its loop hasn't returned yet.
+    const auto front = std::find_if(stack.rbegin(), stack.rend(),
+                                    [](const auto& entry) { return !entry->widget || entry->widget->isVisible(); });
+    return front == stack.rend() ? nullptr : front->get();
 }
 
 std::size_t ModalDepth()

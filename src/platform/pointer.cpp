@@ -2,6 +2,7 @@
 
 #include "platform/application.h"
 #include "platform/faults.h"
+#include "platform/icons.h"
 #include "platform/qt_window.h"
 
 #include <QApplication>
@@ -26,21 +27,13 @@ struct Placed {
 std::optional<Placed> placed;
 Point offscreenPointer;  // offscreen the pointer is where it was put last
 
-QCursor TrackballCursor()
-{
-    constexpr int kSide = 32;
-    const QIcon icon = IconNamed("trackball");
-    if (icon.isNull()) return {Qt::SizeAllCursor};
-    return QCursor(icon.pixmap(kSide, kSide), kSide / 2, kSide / 2);
-}
-
 QCursor CursorOf(Pointer shape)
 {
     switch (shape) {
         case Pointer::kCross:
-            return {Qt::CrossCursor};
+            return CursorNamed("cross");
         case Pointer::kTrackball:
-            return TrackballCursor();
+            return CursorNamed("trackball");
         case Pointer::kHourglass:
             return {Qt::WaitCursor};
         case Pointer::kArrow:

@@ -134,8 +134,8 @@ class ModalScope {
     const ModalEntry* entry_;
 };
 
-const ModalEntry* FrontModal();  // the newest; null: none. Not to be kept.
-std::size_t ModalDepth();
+const ModalEntry* FrontModal();  // the newest that is seen; null: none. Not to be kept.
+std::size_t ModalDepth();        // with those whose loop hasn't returned yet
 std::vector<QWidget*> ModalWidgets();  // from the back to the front
 
 // PostQuitMessage was called: modal loops that ran then have been ended without a result of their own.

@@ -3,6 +3,7 @@
 #include "display/display_pipeline.h"
 #include "display/display_state.h"
 #include "display/lookup_table.h"
+#include "grabber/frame_size.h"
 #include "grabber/frame_state.h"
 #include "platform/dialog.h"
 #include "platform/paint.h"
@@ -11,7 +12,6 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "shell/zoom_pan.h"
 
 #include <algorithm>
 #include <cmath>

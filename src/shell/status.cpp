@@ -84,9 +84,8 @@ std::string DescribeFileOnView()
                       header.Minute, header.Second);
     }
     const FrameHeaderRecord frame = FrameHeaderOnView();
-    const std::string time(
-        frame.FrameTimeText.data(),
-        std::find(frame.FrameTimeText.begin(), frame.FrameTimeText.end(), '\0') - frame.FrameTimeText.begin());
+    const std::string time(frame.FrameTimeText.begin(),
+                           std::find(frame.FrameTimeText.begin(), frame.FrameTimeText.end(), '\0'));
     return Format("Viewing %s FrameNum:%d AllFramesNum:%d %.28s %.1fHz %.3fmsec", ViewFilePath.c_str(),
                   static_cast<int>(SequenceFrameIndex), frame.AllFramesNum & 0xFFFF, time.c_str(),
                   static_cast<double>(header.FrameRate), static_cast<double>(frame.FrameIntegrationMsec));

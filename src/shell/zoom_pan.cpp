@@ -3,6 +3,7 @@
 #include "config/camera_config.h"
 #include "display/display_pipeline.h"
 #include "display/display_state.h"
+#include "grabber/frame_size.h"
 #include "grabber/frame_state.h"
 #include "imagefile/header.h"
 #include "shell/image_cursor.h"
@@ -210,12 +211,6 @@ void ZoomPanCommand(int id)
         PutPointerOverPixel(pivot);
         ShowCursorValue(pivot.x, pivot.y, 1);
     }
-}
-
-Point FrameSizeOnView()
-{
-    if (ViewingFile) return {ImageHeader.ImageWidth, ImageHeader.ImageHeight};
-    return {ActiveConfig.Hroi, ActiveConfig.Vroi};
 }
 
 }  // namespace kelvo

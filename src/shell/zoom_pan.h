@@ -42,7 +42,5 @@ std::optional<DisplayGeometry> ZoomPanned(int id, const DisplayGeometry& geometr
 // over its pixel. A command at its limit does nothing, silently.
 void ZoomPanCommand(int id);
 
-// Width and height of the frame on view: of the file's header, else of the region of interest.
-Point FrameSizeOnView();
 
 }  // namespace kelvo

@@ -217,7 +217,7 @@ class OperatorScript : public testing::Test {
 
     std::string Write(const std::string& name, const std::string& contents)
     {
-        const std::string path = directory_ / name;
+        std::string path = directory_ / name;
         PutFile(path, contents);
         return path;
     }
@@ -556,9 +556,8 @@ TEST_F(OperatorScript, CloseEndsTheProgramThroughItsWindow)
 
 TEST_F(OperatorScript, WaitLetsVirtualTimePass)
 {
-    const std::int64_t before = TickMs();
     ExpectSuccess("wait(30000)");
-    EXPECT_GE(TickMs() - before, 30000);
+    EXPECT_GE(TickMs(), 30000);  // virtual time begins at 0
 }
 
 TEST_F(OperatorScript, TimersOfTheProgramRunWhileTheScriptWaits)
@@ -582,10 +581,9 @@ TEST_F(OperatorScript, FramesLetsThatManyLiveFramesPass)
 
 TEST_F(OperatorScript, FramesWithoutLiveVideoFailsAfterTenSeconds)
 {
-    const std::int64_t before = TickMs();
     ExpectFailure("frames(2)", "frames: 2 more didn't come within 10 s; on screen: the main window");
-    EXPECT_GE(TickMs() - before, 10'000);
-    EXPECT_LT(TickMs() - before, 11'000);
+    EXPECT_GE(TickMs(), 10'000);
+    EXPECT_LT(TickMs(), 11'000);
 }
 
 TEST_F(OperatorScript, FramesCanBeTriedAgain)
