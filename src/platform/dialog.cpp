@@ -251,7 +251,7 @@ HWND EnterDialog(WindowKind kind, std::string_view name, HWND owner, QWidget* wi
 // The handle and its timers go; the widget stays for its owner to delete.
 void LeaveDialog(HWND dialog)
 {
-    if (IsWindow(dialog)) SendMessage(dialog, WM_DESTROY, 0, 0);
+    SendMessage(dialog, WM_DESTROY, 0, 0);
     if (!IsWindow(dialog)) return;
     for (const HWND control : dialog->dialog->controlWindows) ForgetWindow(control);
     ForgetWindow(dialog);
