@@ -116,11 +116,7 @@ bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, s
     }
     LineReader reader(std::move(*contents), kLongestLine);
     Marker marker(badMap, region, title);
-    std::optional<std::string> line = reader.Next();
-    while (line) {
-        marker.TakeLine(*line);
-        line = reader.Next();
-    }
+    while (const std::optional<std::string> line = reader.Next()) marker.TakeLine(*line);
     marker.Close();
     return true;
 }

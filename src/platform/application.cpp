@@ -190,7 +190,7 @@ void OpenDesktopTool(std::string_view name)
     if (name != "printers" || runsOffscreen) return;
     // The first that the desktop has.
     struct Tool {
-        const char* program;
+        const char* program = nullptr;
         QStringList arguments;
     };
     const Tool tools[] = {
