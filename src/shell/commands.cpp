@@ -105,8 +105,7 @@ Ending NameSequence()
 Ending SaveBitmap()
 {
     StopPlaying();
-    SaveBitmapCommand();
-    return Ending::kResetStatus;
+    return SaveBitmapCommand() ? Ending::kResetStatus : Ending::kLeaveStatus;
 }
 
 Ending PrinterSetup()

@@ -1,0 +1,184 @@
+// The dispatcher's timers and help keys, with a stored frame in the place of the camera's.
+#include "shell/main_window.h"
+
+#include "display/picture_fixture.h"
+#include "grabber/frame_state.h"
+#include "imagefile/header.h"
+#include "platform/clock.h"
+#include "platform/timers.h"
+#include "resources/menu.h"
+#include "shell/image_cursor.h"
+#include "shell/windows.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint32_t kCursorTimerId = 1;
+constexpr std::uint32_t kLiveTimerId = 3;
+
+class MainWindow : public PictureTest {
+  protected:
+    void SetUp() override { View(8, 6, std::vector<std::int16_t>(48, 100)); }
+    static void Expire(std::uint32_t timer)
+    {
+        SetTimer(hWndMain, timer, 0);
+        MainWndProc(hWndMain, WM_TIMER, timer, 0);
+    }
+    std::vector<std::string> StatusTexts() const { return op->Texts("status", "text"); }
+};
+
+TEST_F(MainWindow, TheLiveTimerDrawsAStoredFrameOnceAndRests)
+{
+    Expire(kLiveTimerId);
+    EXPECT_EQ(LiveFrame.size(), 48U);
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
+}
+
+TEST_F(MainWindow, TheLiveTimerDoesNothingWhileTheDisplayIsOff)
+{
+    DisplayEnabled = 0;
+    LiveVideo = 1;
+    Expire(kLiveTimerId);
+    EXPECT_THAT(LiveFrame, IsEmpty());
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId)) << "an expiry with the display off isn't the last";
+    LiveVideo = 0;
+    DisplayEnabled = 1;
+}
+
+TEST_F(MainWindow, WithNeitherCameraNorFileTheLiveTimerDoesNothing)
+{
+    ViewingFile = 0;
+    Expire(kLiveTimerId);
+    EXPECT_THAT(LiveFrame, IsEmpty());
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
+}
+
+TEST_F(MainWindow, TheRateIsShownAfterAHundredAndOneFrames)
+{
+    LiveVideo = 1;
+    for (int frame = 0; frame < 100; ++frame) {
+        Expire(kLiveTimerId);
+        ASSERT_TRUE(TimerIsSet(hWndMain, kLiveTimerId));
+        DelayMs(10);
+    }
+    EXPECT_THAT(StatusTexts(), IsEmpty());
+    Expire(kLiveTimerId);  // 101 frames, 1000 ms after the first
+    EXPECT_THAT(StatusTexts(), ElementsAre("  Displaying at 101 Hz"));
+
+    // The count starts anew: again 101 frames, 2000 ms.
+    for (int frame = 0; frame < 100; ++frame) {
+        Expire(kLiveTimerId);
+        DelayMs(20);
+    }
+    EXPECT_EQ(StatusTexts().size(), 1U);
+    Expire(kLiveTimerId);
+    EXPECT_THAT(StatusTexts(), ElementsAre("  Displaying at 101 Hz", "  Displaying at 50 Hz"));
+    LiveVideo = 0;
+}
+
+TEST_F(MainWindow, AFrozenFrameStartsTheCountAnew)
+{
+    LiveVideo = 1;
+    for (int frame = 0; frame < 100; ++frame) Expire(kLiveTimerId);
+    LiveVideo = 0;
+    Expire(kLiveTimerId);
+    LiveVideo = 1;
+    for (int frame = 0; frame < 100; ++frame) Expire(kLiveTimerId);
+    EXPECT_THAT(StatusTexts(), IsEmpty());
+    LiveVideo = 0;
+}
+
+TEST_F(MainWindow, ALiveFrameThatFailsFreezes)
+{
+    ImageBuffer.clear();
+    CameraOn = 1;
+    LiveVideo = 1;
+    Expire(kLiveTimerId);
+    EXPECT_EQ(LiveVideo, 0);
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
+    CameraOn = 0;
+}
+
+TEST_F(MainWindow, TheCursorTimerEndsWithLiveVideo)
+{
+    ImageCursorOn = 1;
+    Expire(kCursorTimerId);
+    EXPECT_THAT(StatusTexts(), IsEmpty());
+    EXPECT_FALSE(TimerIsSet(hWndMain, kCursorTimerId));
+
+    LiveVideo = 1;
+    Expire(kCursorTimerId);
+    EXPECT_EQ(StatusTexts().size(), 1U);
+    EXPECT_TRUE(TimerIsSet(hWndMain, kCursorTimerId));
+
+    ImageCursorOn = 0;
+    Expire(kCursorTimerId);
+    EXPECT_EQ(StatusTexts().size(), 1U);
+    EXPECT_FALSE(TimerIsSet(hWndMain, kCursorTimerId));
+    LiveVideo = 0;
+}
+
+TEST_F(MainWindow, ATimerOfNobodyIsStopped)
+{
+    Expire(77);
+    EXPECT_FALSE(TimerIsSet(hWndMain, 77));
+}
+
+TEST_F(MainWindow, PointerMotionWithoutAModeIsNobodysBusiness)
+{
+    MainWndProc(hWndMain, WM_MOUSEMOVE, 0, 0);
+    EXPECT_THAT(StatusTexts(), IsEmpty());
+    EXPECT_FALSE(TimerIsSet(hWndMain, kCursorTimerId));
+}
+
+TEST_F(MainWindow, PointerMotionReadsUnderTheCursorAndSetsItsTimer)
+{
+    ImageCursorOn = 1;
+    EXPECT_EQ(MainWndProc(hWndMain, WM_MOUSEMOVE, 0, 0), 0);
+    EXPECT_EQ(StatusTexts().size(), 1U);
+    EXPECT_TRUE(TimerIsSet(hWndMain, kCursorTimerId));
+    ImageCursorOn = 0;
+}
+
+TEST_F(MainWindow, TheRightButtonIsTheTrackball)
+{
+    MainWndProc(hWndMain, WM_RBUTTONDOWN, 0, 0);
+    EXPECT_EQ(TrackballMode, 1);
+    MainWndProc(hWndMain, WM_RBUTTONDOWN, 0, 0);
+    EXPECT_EQ(TrackballMode, 0);
+}
+
+TEST_F(MainWindow, ACommandOfAControlIsIgnored)
+{
+    EXPECT_EQ(MainWndProc(hWndMain, WM_COMMAND, 133, 1), 0);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+    MainWndProc(hWndMain, WM_COMMAND, 133, 0);
+    EXPECT_EQ(op->Boxes().size(), 1U);
+}
+
+TEST(HelpContexts, FollowTheCommands)
+{
+    const std::map<int, int> contexts = {
+        {103, 256}, {106, 257}, {107, 258}, {108, 259}, {109, 260}, {110, 264}, {113, 265}, {114, 266}, {115, 267},
+        {119, 268}, {120, 288}, {121, 289}, {122, 290}, {123, 291}, {130, 320}, {131, 321}, {132, 322}, {133, 323},
+        {135, 324}, {140, 352}, {141, 353}, {143, 354}, {144, 354}, {145, 354}, {146, 358}, {147, 358}, {124, 1048},
+        {149, 361}, {150, 362}, {151, 363}, {160, 369}, {161, 370}, {162, 372}, {164, 375}, {169, 41},  {21, 512},
+        {22, 513},  {190, 769}, {191, 768}, {192, 770}, {193, 772}, {195, 771}, {196, 773}};
+    for (int command = 0; command < 3000; ++command) {
+        const auto expected = contexts.find(command);
+        EXPECT_EQ(HelpContextOf(command), expected == contexts.end() ? 0 : expected->second) << command;
+    }
+}
+
+}  // namespace
+}  // namespace kelvo
