@@ -5,7 +5,6 @@
 #include <QScrollBar>
 
 #include <algorithm>
-#include <utility>
 
 namespace kelvo {
 
@@ -130,6 +129,14 @@ Rect PictureArea(const Window& window)
     return area;
 }
 
+bool ScrollPictureTo(HWND window, Point origin)
+{
+    if (!IsWindow(window) || !window->scroll) return false;
+    window->scroll->horizontal->setValue(origin.x);
+    window->scroll->vertical->setValue(origin.y);
+    return true;
+}
+
 Point ToSurface(const Window& window, Point client)
 {
     const Point origin = OriginOf(window);
@@ -146,10 +153,11 @@ void SetScrollExtent(HWND window, Point extent, int topInset, int bottomInset)
 {
     if (!IsWindow(window) || !window->widget) return;
     ScrollData& scroll = EnsureBars(window);
-    const bool same = std::exchange(scroll.extent, extent) == extent &&
-                      std::exchange(scroll.topInset, topInset) == topInset &&
-                      std::exchange(scroll.bottomInset, bottomInset) == bottomInset;
-    if (!same) FitScrollBars(*window);
+    if (scroll.extent == extent && scroll.topInset == topInset && scroll.bottomInset == bottomInset) return;
+    scroll.extent = extent;
+    scroll.topInset = topInset;
+    scroll.bottomInset = bottomInset;
+    FitScrollBars(*window);
 }
 
 Point GetScrollOrigin(HWND window)

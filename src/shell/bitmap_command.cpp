@@ -201,11 +201,9 @@ int SaveBitmapCommand()
                  .last = several ? LastFrameOnView() : 0};
     if (several && !AskForSelection()) return 0;
 
-    const std::uint32_t onView = CurrentFrame;
+    const std::uint32_t onView = ViewingSequence ? CurrentFrame : 0;
     const bool saved = SaveRange(several);
-    if (several && ViewingSequence && LoadName == ViewFilePath && onView <= LastFrame) {
-        GoToFrame(onView);  // the frame that was on view
-    }
+    if (several) ViewImage(std::string(ViewFilePath), onView);  // what the operator looked at
     InvalidateRect(hWndMain, nullptr, true);
     return saved ? 1 : 0;
 }
