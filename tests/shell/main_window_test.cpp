@@ -5,14 +5,21 @@
 #include "grabber/frame_state.h"
 #include "imagefile/header.h"
 #include "platform/clock.h"
+#include "platform/pointer.h"
 #include "platform/timers.h"
+#include "platform/window.h"
 #include "resources/menu.h"
 #include "shell/image_cursor.h"
 #include "shell/windows.h"
 
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QWidget>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -50,7 +57,7 @@ TEST_F(MainWindow, TheLiveTimerDoesNothingWhileTheDisplayIsOff)
     LiveVideo = 1;
     Expire(kLiveTimerId);
     EXPECT_THAT(LiveFrame, IsEmpty());
-    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId)) << "an expiry with the display off isn't the last";
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId)) << "it isn't set again";
     LiveVideo = 0;
     DisplayEnabled = 1;
 }
@@ -164,6 +171,127 @@ TEST_F(MainWindow, ACommandOfAControlIsIgnored)
     EXPECT_THAT(op->Boxes(), IsEmpty());
     MainWndProc(hWndMain, WM_COMMAND, 133, 0);
     EXPECT_EQ(op->Boxes().size(), 1U);
+}
+
+TEST_F(MainWindow, CreationForgetsTheSequence)
+{
+    SequencePath = "old.seq";
+    TextHeight = 0;
+    MainWndProc(hWndMain, WM_CREATE, 0, 0);
+    EXPECT_EQ(SequencePath, "");
+    EXPECT_GT(TextHeight, 0);
+}
+
+TEST_F(MainWindow, TheViewFollowsTheWindowsSize)
+{
+    MainWndProc(hWndMain, WM_SIZE, 0, MakeLong(900, 700));
+    EXPECT_EQ(ClientWidth, 900);
+    EXPECT_EQ(ClientHeight, 700);
+    EXPECT_EQ(ViewWidth, 900);
+    EXPECT_EQ(ViewHeight, 640);
+}
+
+TEST_F(MainWindow, ComingBackFromAnotherProgramSetsTheCursorsAgain)
+{
+    TrackballMode = 0;
+    ImageCursorOn = 1;
+    const std::size_t before = Commands().size();
+    EXPECT_EQ(MainWndProc(hWndMain, WM_SETFOCUS, 0, 0), 0);
+    const std::vector<int> sent(Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end());
+    EXPECT_THAT(sent, ElementsAre(151, 151));
+    EXPECT_EQ(TrackballMode, 0);
+    EXPECT_TRUE(PointerIsClipped());
+    EXPECT_EQ(IniKey("Display", "Contrast"), "1");
+    EXPECT_EQ(IniKey("Display", "Brightness"), "1000");
+    ImageCursorOn = 0;
+}
+
+TEST_F(MainWindow, TheFocusOfAnOwnWindowChangesNothing)
+{
+    ImageCursorOn = 1;
+    const std::size_t before = Commands().size();
+    MainWndProc(hWndMain, WM_SETFOCUS, reinterpret_cast<WPARAM>(hWndMain), 0);
+    EXPECT_EQ(Commands().size(), before);
+    EXPECT_EQ(IniKey("Display", "Contrast"), "missing");
+    ImageCursorOn = 0;
+}
+
+TEST_F(MainWindow, LosingTheFocusToAnotherProgramReleasesThePointer)
+{
+    ClipPointer({0, 0, 100, 100});
+    SetPointer(Pointer::kCross);
+    MainWndProc(hWndMain, WM_KILLFOCUS, reinterpret_cast<WPARAM>(hWndMain), 0);
+    EXPECT_TRUE(PointerIsClipped()) << "a window of our own has it";
+    EXPECT_EQ(CurrentPointer(), Pointer::kCross);
+    MainWndProc(hWndMain, WM_KILLFOCUS, 0, 0);
+    EXPECT_FALSE(PointerIsClipped());
+    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+}
+
+TEST_F(MainWindow, ButtonsOfThePointerAreCommands)
+{
+    const auto sentBy = [](std::uint32_t message) {
+        const std::size_t before = Commands().size();
+        MainWndProc(hWndMain, message, 0, 0);
+        QCoreApplication::processEvents();
+        return std::vector<int>(Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end());
+    };
+    EXPECT_THAT(sentBy(WM_LBUTTONDOWN), ElementsAre(151));
+    EXPECT_THAT(sentBy(WM_LBUTTONDBLCLK), ElementsAre(106, 151));
+    EXPECT_THAT(sentBy(WM_MBUTTONDOWN), IsEmpty());
+}
+
+TEST_F(MainWindow, TheWheelZoomsByItsNotches)
+{
+    const auto sentBy = [](int notches) {
+        const std::size_t before = Commands().size();
+        MainWndProc(hWndMain, WM_MOUSEWHEEL, static_cast<WPARAM>(MakeLong(0, notches)), 0);
+        return std::vector<int>(Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end());
+    };
+    EXPECT_THAT(sentBy(2), ElementsAre(200, 200));
+    EXPECT_THAT(sentBy(-1), ElementsAre(201));
+}
+
+// What the waiting dialog's owner sends while the keys are held.
+class HelpOfADialog : public MainWindow {
+  protected:
+    static void Strike(QEvent::Type type, Qt::Key key)
+    {
+        QWidget widget;
+        QKeyEvent event(type, key, Qt::NoModifier);
+        QCoreApplication::sendEvent(&widget, &event);
+    }
+    static std::vector<int> SentWhileIdle()
+    {
+        const std::size_t before = Commands().size();
+        MainWndProc(hWndMain, WM_ENTERIDLE, 0, reinterpret_cast<LPARAM>(hWndMain));
+        QCoreApplication::processEvents();
+        return {Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end()};
+    }
+};
+
+TEST_F(HelpOfADialog, F1IsItsHelpButton)
+{
+    EXPECT_THAT(SentWhileIdle(), IsEmpty());
+    Strike(QEvent::KeyPress, Qt::Key_F1);
+    EXPECT_THAT(SentWhileIdle(), ElementsAre(9));
+    Strike(QEvent::KeyRelease, Qt::Key_F1);
+    EXPECT_THAT(SentWhileIdle(), IsEmpty());
+}
+
+TEST_F(HelpOfADialog, ShiftAndF10AskOnceUntilTheyAreUp)
+{
+    Strike(QEvent::KeyPress, Qt::Key_F10);
+    EXPECT_THAT(SentWhileIdle(), IsEmpty()) << "without Shift";
+    Strike(QEvent::KeyPress, Qt::Key_Shift);
+    EXPECT_THAT(SentWhileIdle(), ElementsAre(124));
+    EXPECT_THAT(SentWhileIdle(), IsEmpty()) << "still down";
+    Strike(QEvent::KeyRelease, Qt::Key_F10);
+    EXPECT_THAT(SentWhileIdle(), IsEmpty());
+    Strike(QEvent::KeyPress, Qt::Key_F10);
+    EXPECT_THAT(SentWhileIdle(), ElementsAre(124)) << "armed again";
+    Strike(QEvent::KeyRelease, Qt::Key_F10);
+    Strike(QEvent::KeyRelease, Qt::Key_Shift);
 }
 
 TEST(HelpContexts, FollowTheCommands)
