@@ -104,6 +104,13 @@ LRESULT fnFRAMESDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARA
     return 1;
 }
 
+bool AskForSelection()
+{
+    const int answer = DialogBox("FRAMES", hWndMain, fnFRAMESDlgProc);
+    if (answer < 0) MessageBox(hWndMain, "Unable to display dialog", "System Error");
+    return answer == 1;
+}
+
 // The rectangle alone, row by row: the bitmap's rows then follow each other without a gap.
 std::vector<std::int16_t> CutRectangle()
 {
@@ -192,7 +199,7 @@ int SaveBitmapCommand()
                  .bottom = ImageHeader.ImageHeight - 1,
                  .first = 0,
                  .last = several ? LastFrameOnView() : 0};
-    if (several && DialogBox("FRAMES", hWndMain, fnFRAMESDlgProc) != 1) return 0;
+    if (several && !AskForSelection()) return 0;
 
     const std::uint32_t onView = ViewingSequence ? CurrentFrame : 0;
     const bool saved = SaveRange(several);

@@ -2,7 +2,7 @@
 # PROGRAM: kelvo. SCRIPTS: the scripts, divided by commas; each is a start of the program, with the data that the one
 # before left. DIRECTORY: emptied, then the working directory. PREPARED: if it is a directory, its contents stand in
 # DIRECTORY before the first start (data/ are the program's settings). ARGUMENTS: more for the command line, divided by
-# commas. EXPECTED: the exit code.
+# commas. EXPECTED: the exit code. OWN_DIRECTORY: true leaves it to the program where its data are.
 file(REMOVE_RECURSE ${DIRECTORY})
 file(MAKE_DIRECTORY ${DIRECTORY}/data)
 if(IS_DIRECTORY ${PREPARED})
@@ -13,11 +13,15 @@ set(ENV{XDG_CONFIG_HOME} ${DIRECTORY}/config)
 set(ENV{XDG_DATA_HOME} ${DIRECTORY}/share)
 string(REPLACE "," ";" arguments "${ARGUMENTS}")
 string(REPLACE "," ";" scripts "${SCRIPTS}")
+set(data --data ${DIRECTORY}/data)
+if(OWN_DIRECTORY)
+  set(data)
+endif()
 foreach(script IN LISTS scripts)
   get_filename_component(name ${script} NAME_WE)
   set(transcript ${DIRECTORY}/${name}.jsonl)
   execute_process(
-    COMMAND ${PROGRAM} --offscreen --virtual-time --data ${DIRECTORY}/data --transcript ${transcript} --script ${script}
+    COMMAND ${PROGRAM} --offscreen --virtual-time ${data} --transcript ${transcript} --script ${script}
             ${arguments}
     WORKING_DIRECTORY ${DIRECTORY}
     RESULT_VARIABLE result)
