@@ -88,9 +88,10 @@ void MarkLines(std::string contents, BadDetMap& badMap, const Region& region, st
         if (scanned) pixel = scanned;
         if (!scanned || !region.Holds(*scanned)) complaints.Tell(index + 1, *line);
         if (!pixel) continue;
-        // A line that was complained of marks all the same: lists in use rely on the warning being no more than that.
+        // The warning is no more than that: a line without a pair marks the pair before it again. A pair outside the
+        // region has no place in the map, whatever its index comes to.
         index = region.IndexOf(*pixel);
-        if (index >= 0 && std::cmp_less(index, badMap.size())) badMap[static_cast<std::size_t>(index)] = 1;
+        if (region.Holds(*pixel) && std::cmp_less(index, badMap.size())) badMap[static_cast<std::size_t>(index)] = 1;
     }
     complaints.Close();
 }
