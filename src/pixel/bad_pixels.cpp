@@ -75,25 +75,37 @@ class LineComplaints {
     int count_ = 0;
 };
 
-void MarkLines(std::string contents, BadDetMap& badMap, const Region& region, std::string_view title)
-{
-    LineReader reader(std::move(contents), kLongestLine);
-    LineComplaints complaints(title);
-    std::optional<Pixel> pixel;  // of the last line that scanned
-    std::int64_t index = 0;
-    while (std::optional<std::string> line = reader.Next()) {
-        if (line->back() == '\n') line->pop_back();
-        if (line->empty()) continue;
-        const std::optional<Pixel> scanned = ScanPixel(*line);
-        if (scanned) pixel = scanned;
-        if (!scanned || !region.Holds(*scanned)) complaints.Tell(index + 1, *line);
-        if (!pixel) continue;
-        // A line that was complained of marks all the same: lists in use rely on the warning being no more than that.
-        index = region.IndexOf(*pixel);
-        if (index >= 0 && std::cmp_less(index, badMap.size())) badMap[static_cast<std::size_t>(index)] = 1;
+class Marker {
+  public:
+    Marker(BadDetMap& badMap, const Region& region, std::string_view title)
+        : badMap_(badMap), region_(region), complaints_(title)
+    {
     }
-    complaints.Close();
-}
+
+    void TakeLine(std::string line)
+    {
+        if (line.ends_with('\n')) line.pop_back();
+        if (line.empty()) return;
+        const std::optional<Pixel> pixel = ScanPixel(line);
+        if (!pixel || !region_.Holds(*pixel)) complaints_.Tell(index_ + 1, line);
+        // A line outside the region marks all the same: lists in use rely on the warning being no more than that. One
+        // that doesn't scan marks the pixel before it again, which stands marked.
+        if (pixel) Mark(region_.IndexOf(*pixel));
+    }
+    void Close() const { complaints_.Close(); }
+
+  private:
+    void Mark(std::int64_t index)
+    {
+        index_ = index;
+        if (index >= 0 && std::cmp_less(index, badMap_.size())) badMap_[static_cast<std::size_t>(index)] = 1;
+    }
+
+    BadDetMap& badMap_;
+    Region region_;
+    LineComplaints complaints_;
+    std::int64_t index_ = 0;  // the last one that a line gave
+};
 
 bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, std::string_view title)
 {
@@ -102,7 +114,14 @@ bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, s
         MessageBox(hWndMain, "Could not open file " + std::string(path), title);
         return false;
     }
-    MarkLines(std::move(*contents), badMap, region, title);
+    LineReader reader(std::move(*contents), kLongestLine);
+    Marker marker(badMap, region, title);
+    std::optional<std::string> line = reader.Next();
+    while (line) {
+        marker.TakeLine(*line);
+        line = reader.Next();
+    }
+    marker.Close();
     return true;
 }
 
