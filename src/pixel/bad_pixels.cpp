@@ -107,6 +107,14 @@ class Marker {
     std::int64_t index_ = 0;  // the last one that a line gave
 };
 
+bool NextLine(LineReader& reader, std::string& line)
+{
+    const std::optional<std::string> next = reader.Next();
+    if (!next) return false;
+    line = *next;
+    return true;
+}
+
 bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, std::string_view title)
 {
     std::optional<std::string> contents = ReadWholeFile(path, kLongestFile);
@@ -116,11 +124,8 @@ bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, s
     }
     LineReader reader(std::move(*contents), kLongestLine);
     Marker marker(badMap, region, title);
-    std::optional<std::string> line = reader.Next();
-    while (line) {
-        marker.TakeLine(*line);
-        line = reader.Next();
-    }
+    std::string line;
+    while (NextLine(reader, line)) marker.TakeLine(line);
     marker.Close();
     return true;
 }
