@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -41,7 +42,7 @@ std::string Bitmap(std::uint32_t width, std::uint32_t height)
     Put(bytes, 8, 2);
     for (int i = 0; i < 6; ++i) Put(bytes, 0, 4);
     for (int i = 0; i < 256; ++i) Put(bytes, kPicture, 4);
-    bytes.append(row * height, '\x01');
+    bytes.append(std::size_t{row} * height, '\x01');
     return bytes;
 }
 
