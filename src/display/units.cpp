@@ -220,7 +220,8 @@ float CountsToUnit(std::int32_t counts, std::int32_t unit, std::string* text)
         case kUnitOffset:
         case kUnitValue:
             return result(count / gain + static_cast<double>(ViewScaleOffset), 3);
-        // Times the gain and plus the gain, where its neighbours divide by it and add the offset: required as it is.
+        // Times the gain and plus the gain, where its neighbours divide by it and add the offset: not to be brought
+        // into line with them.
         case kUnitDeviationVolts:
             return result(volts * (count * gain + gain) / range, 4);
         default:

@@ -235,7 +235,8 @@ int LoadLast()
     }
     StepName(PreviousSequencePath);
     ImageHeaderRecord header = ImageHeader;
-    ReadImageHeader(LoadName, header);  // after a beep the same file again: its last frame is shown
+    // After a beep it is the same file again, and its last frame is shown.
+    if (ReadImageHeader(LoadName, header) < 0) header = ImageHeader;
     CurrentFrame = header.FrameCount - 1;
     return ViewOrFallBack();
 }

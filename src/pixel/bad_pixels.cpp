@@ -75,6 +75,8 @@ class LineComplaints {
     int count_ = 0;
 };
 
+// Takes a list line by line. A line without a pair counts for the pair before it again, which is told, and told once
+// more where that pair lies outside. A pair outside the region has no place in the map, whatever its index comes to.
 class Marker {
   public:
     Marker(BadDetMap& badMap, const Region& region, std::string_view title)
@@ -86,26 +88,39 @@ class Marker {
     {
         if (line.ends_with('\n')) line.pop_back();
         if (line.empty()) return;
-        const std::optional<Pixel> pixel = ScanPixel(line);
-        if (!pixel || !region_.Holds(*pixel)) complaints_.Tell(index_ + 1, line);
-        // A line outside the region marks all the same: lists in use rely on the warning being no more than that. One
-        // that doesn't scan marks the pixel before it again, which stands marked.
-        if (pixel) Mark(region_.IndexOf(*pixel));
+        const std::optional<Pixel> scanned = ScanPixel(line);
+        if (scanned) {
+            pixel_ = scanned;
+        } else {
+            complaints_.Tell(index_ + 1, line);
+        }
+        if (pixel_) Mark(*pixel_, line);
     }
     void Close() const { complaints_.Close(); }
 
   private:
-    void Mark(std::int64_t index)
+    void Mark(const Pixel& pixel, const std::string& line)
     {
-        index_ = index;
-        if (index >= 0 && std::cmp_less(index, badMap_.size())) badMap_[static_cast<std::size_t>(index)] = 1;
+        const bool inside = region_.Holds(pixel);
+        if (!inside) complaints_.Tell(index_ + 1, line);
+        index_ = region_.IndexOf(pixel);
+        if (inside && std::cmp_less(index_, badMap_.size())) badMap_[static_cast<std::size_t>(index_)] = 1;
     }
 
     BadDetMap& badMap_;
     Region region_;
     LineComplaints complaints_;
-    std::int64_t index_ = 0;  // the last one that a line gave
+    std::optional<Pixel> pixel_;  // of the last line that scanned
+    std::int64_t index_ = 0;      // the last one that a line gave
 };
+
+bool NextLine(LineReader& reader, std::string& line)
+{
+    const std::optional<std::string> next = reader.Next();
+    if (!next) return false;
+    line = *next;
+    return true;
+}
 
 bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, std::string_view title)
 {
@@ -116,11 +131,8 @@ bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, s
     }
     LineReader reader(std::move(*contents), kLongestLine);
     Marker marker(badMap, region, title);
-    std::optional<std::string> line = reader.Next();
-    while (line) {
-        marker.TakeLine(*line);
-        line = reader.Next();
-    }
+    std::string line;
+    while (NextLine(reader, line)) marker.TakeLine(line);
     marker.Close();
     return true;
 }

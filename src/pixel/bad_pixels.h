@@ -22,10 +22,10 @@ using BadDetMap = std::vector<std::uint8_t>;
 // file %s" where the file can't be opened or is longer than 64 MB.
 //
 // Lines that don't scan, or name a pixel outside the region, are told and don't stop the reading: "Line #%d
-// ignored,\"%s\"", the number being the last index marked plus 1. Such a line still marks: one that doesn't scan the
-// pixel before it again, one outside the region the entry that row x Hroi + column gives, if the map has it. From the
-// 21st such line on only their number is told, in one box at the end. Lines are read in pieces of 79 characters; empty
-// ones are passed over.
+// ignored,\"%s\"", the number being the last index worked out (row x Hroi + column) plus 1. A line that doesn't scan,
+// also one of a single field, marks the pixel of the last line that did again; a pixel outside the region isn't marked.
+// From the 21st such line on only their number is told, in one box at the end. Lines are read in pieces of 79
+// characters; empty ones are passed over.
 int LoadBadDetFile(std::string_view path, BadDetMap& badMap, const CameraConfig& config);
 
 // Writes every marked pixel, row-major. 1, or 0 after the box "Could not save file: %s" (a file that stood there

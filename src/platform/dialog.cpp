@@ -390,9 +390,9 @@ HWND CreateDockedPanel(std::string_view name, HWND owner, DialogProc procedure)
     if (panel == nullptr) return nullptr;
 
     QWidget* widget = loaded.release();  // the owner's client area keeps it
+    owner->dockedPanel = widget;
     auto* bar = dynamic_cast<PanelWidget*>(widget);
     if (bar != nullptr) bar->Prepare();
-    owner->dockedPanel = widget;
     SendMessage(panel, WM_INITDIALOG, 0, 0);
     if (bar != nullptr) bar->MeasureFullWidth();
     widget->setGeometry(0, 0, owner->widget->width(), widget->sizeHint().height());

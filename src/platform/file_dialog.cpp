@@ -253,8 +253,9 @@ class FileDialog : public QFileDialog {
 
     std::vector<std::string> WholePaths(const std::vector<std::string>& names) const
     {
-        std::vector<std::string> paths;
-        for (const std::string& name : names) paths.push_back(WholePath(directory(), name));
+        std::vector<std::string> paths(names.size());
+        std::transform(names.begin(), names.end(), paths.begin(),
+                       [this](const std::string& name) { return WholePath(directory(), name); });
         return paths;
     }
 

@@ -32,7 +32,7 @@ Rect ViewArea()
 }
 
 // The same area where pointer positions are counted: they follow the scrolling of a picture larger than the window.
-Rect PointerArea()
+Rect ScrolledViewArea()
 {
     const Rect area = ViewArea();
     const Point origin = GetScrollOrigin(hWndMain);
@@ -51,6 +51,9 @@ CursorMapping MappingInForce()
             {area.Width(), area.Height()}};
 }
 
+// Beyond any screen, and far from the end of the integers.
+constexpr double kFarthestPlace = 1e6;
+
 // The mapping takes an image pixel for zoom logical pixels. At a fractional device ratio the painter's blocks are
 // larger or smaller than that, and the pointer is stretched along: a factor, 1 at whole ratios.
 double BlockStretch(std::int32_t zoom)
@@ -61,11 +64,12 @@ double BlockStretch(std::int32_t zoom)
     return extent > 0 ? static_cast<double>(extent) / kPixels / nominal : 1.0;
 }
 
-Point TrackballCentreOnScreen()
+// In a small window the rest lies at the edge of what the pointer can reach.
+Point TrackballCentre()
 {
-    const Rect area = PointerArea();
-    const Point centre = ClientToScreen(hWndMain, {TrackballCentreX, TrackballCentreY});
-    // In a small window the rest lies at the edge of what the pointer can reach.
+    const Rect area = ScrolledViewArea();
+    const Point origin = GetScrollOrigin(hWndMain);
+    const Point centre = ClientToScreen(hWndMain, {TrackballCentreX + origin.x, TrackballCentreY + origin.y});
     return {std::max(std::min(centre.x, area.right - 1), area.left),
             std::max(std::min(centre.y, area.bottom - 1), area.top)};
 }
@@ -78,12 +82,12 @@ void WriteLevels()
 
 void EnterTrackball()
 {
-    const Point centre = TrackballCentreOnScreen();
+    const Point centre = TrackballCentre();
     const Point saved = ImageCursorOn ? GetPointerPosition() : centre;
     SavedCursorX = saved.x;
     SavedCursorY = saved.y;
     SetPointerPosition(centre);
-    ClipPointer(PointerArea());
+    ClipPointer(ViewArea());
     if (hDlgPanel) {
         SetDlgItemText(hDlgPanel, kPanelContrastText, Format("%d", Contrast));
         SetDlgItemText(hDlgPanel, kPanelBrightnessText, Format("%d", Brightness));
@@ -136,7 +140,7 @@ Point PlaceOver(Point pixel, const CursorMapping& mapping)
     const auto along = [](int at, int pan, int shown, int clip) {
         if (shown <= 0) return 0;
         const double place = (static_cast<double>(at) - pan + 0.01) * clip / shown;
-        return static_cast<int>(std::clamp(std::floor(place + 0.5), 0.0, std::max(clip, 1) - 1.0));
+        return static_cast<int>(std::clamp(std::floor(place + 0.5), 0.0, kFarthestPlace));
     };
     return {along(pixel.x, mapping.pan.x, mapping.shown.x, mapping.clip.x),
             along(pixel.y, mapping.pan.y, mapping.shown.y, mapping.clip.y)};
@@ -145,7 +149,7 @@ Point PlaceOver(Point pixel, const CursorMapping& mapping)
 Point ImageCursorPosition()
 {
     if (!hWndMain) return {};
-    ClipPointer(PointerArea());
+    ClipPointer(ViewArea());
     const Point pointer = ScreenToClient(hWndMain, GetPointerPosition());
     return PixelUnder(pointer.x / BlockStretch(Xzoom), (pointer.y - PanelHeight()) / BlockStretch(Yzoom),
                       MappingInForce());
@@ -184,7 +188,7 @@ TrackballLevels LevelsAfterMotion(TrackballLevels levels, int dx, int dy)
 void TrackballMotion()
 {
     SetPointer(Pointer::kTrackball);
-    const Point centre = TrackballCentreOnScreen();
+    const Point centre = TrackballCentre();
     const Point pointer = GetPointerPosition();
     if (pointer == centre) return;
     const TrackballLevels levels =

@@ -87,11 +87,23 @@ TEST_F(BadDetectorList, NumbersItsWarningsFromOneAndByTheLastIndex)
     EXPECT_THAT(BoxesShown(), ElementsAre(Ignored(1, "row,col"), Ignored(4, "x"), Ignored(9, "1;1")));
 }
 
-TEST_F(BadDetectorList, MarksTheEntryThatALineOutsideTheRegionReaches)
+TEST_F(BadDetectorList, APixelBeyondItsRowIsntMarkedThoughItsIndexLiesInTheMap)
 {
-    EXPECT_EQ(Marks("0,4\n"), "....x.......");   // row 1, column 0
-    EXPECT_EQ(Marks("1,-1\n"), "...xx.......");  // row 0, column 3
-    EXPECT_THAT(BoxesShown(), ElementsAre(Ignored(1, "0,4"), Ignored(1, "1,-1")));
+    EXPECT_EQ(Marks("0,4\n1,-1\n"), "............");  // indices 4 and 3: pixels of the rows beside them
+    EXPECT_THAT(BoxesShown(), ElementsAre(Ignored(1, "0,4"), Ignored(5, "1,-1")));
+}
+
+TEST_F(BadDetectorList, ALineWithOneFieldBeforeTheFirstPixelMarksNothing)
+{
+    EXPECT_EQ(Marks("2\n"), "............");
+    EXPECT_THAT(BoxesShown(), ElementsAre(Ignored(1, "2")));
+}
+
+TEST_F(BadDetectorList, ALineWithOneFieldKeepsRowAndColumnOfThePixelBefore)
+{
+    // Were the row taken over, pixel 2,1 (index 9) would be marked.
+    EXPECT_EQ(Marks("0,1\n2\n0,0\nx\n"), "xx..........");
+    EXPECT_THAT(BoxesShown(), ElementsAre(Ignored(2, "2"), Ignored(1, "x")));
 }
 
 TEST_F(BadDetectorList, NeverMarksOutsideTheMap)

@@ -8,6 +8,9 @@
 #include "platform/timers.h"
 #include "window_fixture.h"
 
+#include <QCoreApplication>
+#include <QWheelEvent>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -324,6 +327,47 @@ TEST(Wheel, SendsOneMessageANotch)
     std::vector<int> steps;
     for (const SeenMessage& seen : Seen(WM_MOUSEWHEEL)) steps.push_back(SignedHighWord(seen.wParam));
     EXPECT_THAT(steps, ElementsAre(1, -1, -1));
+}
+
+void TurnBy(QWidget* widget, int eighths)
+{
+    const QPointF at(300, 200);
+    QWheelEvent event(at, widget->mapToGlobal(at), QPoint(), QPoint(0, eighths), Qt::NoButton, Qt::NoModifier,
+                      Qt::ScrollUpdate, false);
+    QCoreApplication::sendEvent(widget, &event);
+}
+
+TEST(Wheel, AddsUpTheSmallStepsOfATouchPad)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    for (int i = 0; i < 7; ++i) TurnBy(window->widget, 40);  // 280: two notches and a third
+    EXPECT_EQ(Seen(WM_MOUSEWHEEL).size(), 2U);
+    TurnBy(window->widget, 80);
+    EXPECT_EQ(Seen(WM_MOUSEWHEEL).size(), 3U);
+    TurnBy(window->widget, -360);
+    ASSERT_EQ(Seen(WM_MOUSEWHEEL).size(), 6U);
+    EXPECT_EQ(SignedHighWord(Seen(WM_MOUSEWHEEL)[5].wParam), -1);
+}
+
+TEST(DockedPanel, HasTheNewWidthWhenTheSizeIsTold)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    QWidget panel(window->widget);
+    panel.setFixedHeight(44);
+    panel.show();
+    window->dockedPanel = &panel;
+    std::vector<std::pair<int, int>> widths;  // told and of the panel
+    onMessage = [&](const SeenMessage& seen) {
+        if (seen.message == WM_SIZE) widths.emplace_back(LowWord(static_cast<WPARAM>(seen.lParam)), panel.width());
+    };
+    window->frame->showNormal();
+    window->frame->resize(900, 700);
+    RunSteps(op, window);
+    ASSERT_FALSE(widths.empty());
+    EXPECT_EQ(widths.back(), std::pair(900, 900));
+    for (const auto& [told, has] : widths) EXPECT_EQ(told, has);
 }
 
 TEST(Drop, HandsOverThePathsWithTheirBytes)

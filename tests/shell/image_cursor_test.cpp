@@ -9,7 +9,7 @@
 #include "imagefile/header.h"
 #include "platform/dialog.h"
 #include "platform/pointer.h"
-#include "platform/profile.h"
+#include "platform/qt_window.h"
 #include "platform/window.h"
 #include "shell/windows.h"
 #include "shell/zoom_pan.h"
@@ -230,6 +230,41 @@ TEST_F(ImageCursor, EnteringTheTrackballShowsTheLevelsInThePanel)
     TrackballToggle();
     EXPECT_EQ(GetDlgItemText(hDlgPanel, 317), "12");
     EXPECT_EQ(GetDlgItemText(hDlgPanel, 316), "345");
+}
+
+// A stored picture of 640 x 480 at zoom 3 is larger than the window and scrolls.
+class ScrolledImageCursor : public ImageCursor {
+  protected:
+    ScrolledImageCursor()
+    {
+        View(640, 480, std::vector<std::int16_t>(640 * 480, 100));
+        DrawFileOnView();
+    }
+};
+
+TEST_F(ScrolledImageCursor, ThePixelFollowsTheScrolling)
+{
+    OperateMouse({300, PanelHeight() + 90}, 0);
+    const Point before = ImageCursorPosition();
+    ASSERT_TRUE(ScrollPictureTo(hWndMain, {300, 150}));
+    OperateMouse({300, PanelHeight() + 90}, 0);
+    Rect view;
+    ViewClipRect(view);
+    const Point after = ImageCursorPosition();
+    EXPECT_NEAR(after.x - before.x, 300.0 * (ViewWidth / 3) / view.Width(), 1.0);
+    EXPECT_NEAR(after.y - before.y, 150.0 * (ViewHeight / 3) / view.Height(), 1.0);
+    PutPointerOverPixel({600, 400});
+    EXPECT_EQ(ImageCursorPosition(), (Point{600, 400}));
+}
+
+TEST_F(ScrolledImageCursor, TheTrackballRestsWhereItIsSeen)
+{
+    ASSERT_TRUE(ScrollPictureTo(hWndMain, {300, 150}));
+    TrackballToggle();
+    Brightness = 500;
+    OperateMouse({340, 240}, 0);  // 20 to the right of the rest
+    TrackballMotion();
+    EXPECT_EQ(Brightness, 504);
 }
 
 class ImageCursorAtRatioOneAndAHalf : public PictureTest {
