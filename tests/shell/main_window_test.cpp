@@ -1,6 +1,7 @@
 // The dispatcher's timers and help keys, with a stored frame in the place of the camera's.
 #include "shell/main_window.h"
 
+#include "display/display_state.h"
 #include "display/picture_fixture.h"
 #include "grabber/frame_state.h"
 #include "imagefile/header.h"
@@ -10,6 +11,8 @@
 #include "platform/window.h"
 #include "resources/menu.h"
 #include "shell/image_cursor.h"
+#include "shell/shutdown.h"
+#include "shell/status.h"
 #include "shell/windows.h"
 
 #include <QCoreApplication>
@@ -250,6 +253,46 @@ TEST_F(MainWindow, TheWheelZoomsByItsNotches)
     };
     EXPECT_THAT(sentBy(2), ElementsAre(200, 200));
     EXPECT_THAT(sentBy(-1), ElementsAre(201));
+}
+
+TEST_F(MainWindow, TheTitleTellsWhatIsOnView)
+{
+    ViewFilePath = "/data/run7.seq";
+    StatusString(1, 0);
+    EXPECT_EQ(GetWindowText(hWndMain), "Kelvo - run7");
+    ViewingFile = 0;
+    StatusString(120, 0);
+    EXPECT_EQ(GetWindowText(hWndMain), "Kelvo - Frozen");
+    LiveVideo = 1;
+    StatusString(1, 0);
+    EXPECT_EQ(GetWindowText(hWndMain), "Kelvo");
+    StatusMessage("the title stays", 0);
+    EXPECT_EQ(GetWindowText(hWndMain), "Kelvo");
+    StatusString(99, 0);  // there is none: box, and neither line nor title changes
+    EXPECT_EQ(StatusText, "the title stays");
+    EXPECT_EQ(op->Boxes().at(0).text, "String resource not available to output to Status window!");
+    EXPECT_EQ(op->Boxes().at(0).caption, "Kelvo message");
+    LiveVideo = 0;
+}
+
+TEST_F(MainWindow, TheShutdownRunsOnce)
+{
+    Contrast = 30;
+    ClipPointer({0, 0, 100, 100});
+    ShutDown();
+    EXPECT_EQ(IniKey("Display", "Contrast"), "30");
+    EXPECT_EQ(CameraKey("Xzoom"), "3");
+    EXPECT_FALSE(PointerIsClipped());
+    Contrast = 40;
+    MainWndProc(hWndMain, WM_DESTROY, 0, 0);
+    EXPECT_EQ(IniKey("Display", "Contrast"), "30");
+}
+
+TEST_F(MainWindow, ItsEndShutsDown)
+{
+    Contrast = 31;
+    MainWndProc(hWndMain, WM_DESTROY, 0, 0);
+    EXPECT_EQ(IniKey("Display", "Contrast"), "31");
 }
 
 // What the waiting dialog's owner sends while the keys are held.
