@@ -5,7 +5,6 @@
 #include <QScrollBar>
 
 #include <algorithm>
-#include <utility>
 
 namespace kelvo {
 
@@ -146,10 +145,11 @@ void SetScrollExtent(HWND window, Point extent, int topInset, int bottomInset)
 {
     if (!IsWindow(window) || !window->widget) return;
     ScrollData& scroll = EnsureBars(window);
-    const bool same = std::exchange(scroll.extent, extent) == extent &&
-                      std::exchange(scroll.topInset, topInset) == topInset &&
-                      std::exchange(scroll.bottomInset, bottomInset) == bottomInset;
-    if (!same) FitScrollBars(*window);
+    if (scroll.extent == extent && scroll.topInset == topInset && scroll.bottomInset == bottomInset) return;
+    scroll.extent = extent;
+    scroll.topInset = topInset;
+    scroll.bottomInset = bottomInset;
+    FitScrollBars(*window);
 }
 
 Point GetScrollOrigin(HWND window)
