@@ -5,6 +5,7 @@ answer("ok")
 local width, height = 700, 600
 drop(files.image(datadir() .. "/large.img", { width = width, height = height }, 1,
   function(_, x, y) return 7000 + 3 * x + 2 * y end))
+command(2004)  -- contrast that shows all of it
 while state("Xzoom") < 4 do key("+") end
 local lut, top, zoom = state("DisplayLut"), state("PanelHeight"), state("Xzoom")
 local function gray(x, y)
@@ -21,13 +22,17 @@ local function places_of_picture(x, y, dx, dy)
   local found = 0
   for i = 0, 9 do
     local column, row = x + i * dx, y + i * dy
-    local place = { screen(column, row) }
-    if check.show(place) == check.show(gray(column // zoom, (row - top) // zoom)) then found = found + 1 end
+    local red, green, blue = screen(column, row)
+    local expected = gray(column // zoom, (row - top) // zoom)[1]
+    if red == expected and green == expected and blue == expected then found = found + 1 end
   end
   return found
 end
 check.eq(places_of_picture(right - 40, top + 20, 0, 50), 10, "up to the bar at the right")
 check.eq(places_of_picture(20, bottom - 40, 70, 0), 10, "up to the bar below")
+local line = { screen(right - 100, bottom + 5) }
+check.eq({ screen(right - 4, bottom + 5) }, line, "the status line is whole")
+check.eq({ screen(right - 4, 4) }, { screen(right - 30, 4) }, "so is the panel")
 assert(places_of_picture(right - 4, top + 20, 0, 50) < 5, "a bar stands at the right")
 assert(places_of_picture(20, bottom - 4, 70, 0) < 5, "a bar stands below")
 check.eq({ state("Xpan"), state("Ypan") }, { 0, 0 }, "a picture that doesn't fit isn't panned")
