@@ -1,4 +1,5 @@
-// A list of bad detectors, read into maps of several regions.
+// A list of bad detectors, read into a map of one of several regions. Boxes are what takes time here: each input is
+// read once.
 #include "config/camera_config.h"
 #include "pixel/bad_pixels.h"
 #include "platform/transcript.h"
@@ -7,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <string>
 
 namespace {
@@ -27,13 +29,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static kelvo::FuzzFile input;
     const std::string& path = input.Put(data, size);
-    for (const auto& [rows, columns] : kSides) {
-        kelvo::CameraConfig config;
-        config.Vroi = rows;
-        config.Hroi = columns;
-        kelvo::BadDetMap map(12, 0);
-        if (kelvo::LoadBadDetFile(path, map, config) != 1 || map.size() != 12) __builtin_trap();
+    const std::size_t choice = size % (std::size(kSides) + 1);
+    if (choice == std::size(kSides)) {
+        kelvo::ReadBadPixelFile(path, 4, 3);
+        return 0;
     }
-    kelvo::ReadBadPixelFile(path, 4, 3);
+    kelvo::CameraConfig config;
+    config.Vroi = kSides[choice][0];
+    config.Hroi = kSides[choice][1];
+    kelvo::BadDetMap map(12, 0);
+    if (kelvo::LoadBadDetFile(path, map, config) != 1 || map.size() != 12) __builtin_trap();
     return 0;
 }
