@@ -45,6 +45,7 @@ RowPart PartInFrame(std::span<const std::int16_t> frame, std::int64_t start, std
     const auto size = static_cast<std::int64_t>(frame.size());
     const std::int64_t first = std::clamp<std::int64_t>(start, 0, size);
     const std::int64_t end = std::clamp<std::int64_t>(start + width, first, size);
+    if (first == end) return {};
     return {frame.subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(end - first)),
             static_cast<std::size_t>(first - start)};
 }

@@ -137,7 +137,8 @@ std::vector<std::int16_t> GetImageRectFromFile(std::string_view path, std::uint3
                    BoxIcon::kInformation);
         return {};
     }
-    const std::int64_t i = std::min(frame, ImageHeader.FrameCount);
+    const std::uint32_t frameCount = ImageHeader.FrameCount;  // the packed field is read, never referred to
+    const std::int64_t i = std::min(frame, frameCount);
     const std::int64_t position = i * ImageHeader.ImageHeaderDataOffset + headerSize +
                                   (i * width * height + top * width) * ImageHeader.SampleBytes;
     std::vector<std::int16_t> rows;

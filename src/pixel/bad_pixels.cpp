@@ -75,25 +75,45 @@ class LineComplaints {
     int count_ = 0;
 };
 
-void MarkLines(std::string contents, BadDetMap& badMap, const Region& region, std::string_view title)
-{
-    LineReader reader(std::move(contents), kLongestLine);
-    LineComplaints complaints(title);
-    std::optional<Pixel> pixel;  // of the last line that scanned
-    std::int64_t index = 0;
-    while (std::optional<std::string> line = reader.Next()) {
-        if (line->back() == '\n') line->pop_back();
-        if (line->empty()) continue;
-        const std::optional<Pixel> scanned = ScanPixel(*line);
-        if (scanned) pixel = scanned;
-        if (!scanned || !region.Holds(*scanned)) complaints.Tell(index + 1, *line);
-        if (!pixel) continue;
-        // The warning is no more than that: a line without a pair marks the pair before it again. A pair outside the
-        // region has no place in the map, whatever its index comes to.
-        index = region.IndexOf(*pixel);
-        if (region.Holds(*pixel) && std::cmp_less(index, badMap.size())) badMap[static_cast<std::size_t>(index)] = 1;
+class Marker {
+  public:
+    Marker(BadDetMap& badMap, const Region& region, std::string_view title)
+        : badMap_(badMap), region_(region), complaints_(title)
+    {
     }
-    complaints.Close();
+
+    void TakeLine(std::string line)
+    {
+        if (line.ends_with('\n')) line.pop_back();
+        if (line.empty()) return;
+        const std::optional<Pixel> pixel = ScanPixel(line);
+        if (!pixel || !region_.Holds(*pixel)) complaints_.Tell(index_ + 1, line);
+        // The warning is no more than that. A line without a pair marks the pixel before it again, which stands marked.
+        if (pixel) Mark(*pixel);
+    }
+    void Close() const { complaints_.Close(); }
+
+  private:
+    // A pixel outside the region has no place in the map, whatever its index comes to.
+    void Mark(Pixel pixel)
+    {
+        index_ = region_.IndexOf(pixel);
+        if (region_.Holds(pixel) && std::cmp_less(index_, badMap_.size()))
+            badMap_[static_cast<std::size_t>(index_)] = 1;
+    }
+
+    BadDetMap& badMap_;
+    Region region_;
+    LineComplaints complaints_;
+    std::int64_t index_ = 0;  // the last one that a line gave
+};
+
+bool NextLine(LineReader& reader, std::string& line)
+{
+    const std::optional<std::string> next = reader.Next();
+    if (!next) return false;
+    line = *next;
+    return true;
 }
 
 bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, std::string_view title)
@@ -103,7 +123,11 @@ bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, s
         MessageBox(hWndMain, "Could not open file " + std::string(path), title);
         return false;
     }
-    MarkLines(std::move(*contents), badMap, region, title);
+    LineReader reader(std::move(*contents), kLongestLine);
+    Marker marker(badMap, region, title);
+    std::string line;
+    while (NextLine(reader, line)) marker.TakeLine(line);
+    marker.Close();
     return true;
 }
 

@@ -122,8 +122,9 @@ void StartApplication(const CommandLine& commandLine)
     QGuiApplication::setDesktopFileName("kelvo");
     // Pictures taken offscreen repeat from machine to machine.
     if (runsOffscreen) QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
-    const bool noDesktop = runsOffscreen && commandLine.theme == Theme::kDesktop;
-    ApplyTheme(noDesktop ? Theme::kLight : commandLine.theme);
+    const bool hasDesktop = !runsOffscreen && !qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP");
+    const bool useOwn = commandLine.theme == Theme::kDesktop && !hasDesktop;
+    ApplyTheme(useOwn ? Theme::kLight : commandLine.theme);
     LinkResources();
     StartTurns();
     StartKeys();
@@ -190,7 +191,7 @@ void OpenDesktopTool(std::string_view name)
     if (name != "printers" || runsOffscreen) return;
     // The first that the desktop has.
     struct Tool {
-        const char* program;
+        const char* program = nullptr;
         QStringList arguments;
     };
     const Tool tools[] = {

@@ -87,6 +87,7 @@ Button EscapeButton(const FrontBox& box)
 void TranscribeBox(const FrontBox& box)
 {
     std::vector<std::string> names;
+    names.reserve(box.buttons.size());
     for (const Button button : box.buttons) names.emplace_back(LookOf(button).name);
     Transcribe("box", {{"text", box.text},
                        {"caption", box.caption},

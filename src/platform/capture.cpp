@@ -77,7 +77,7 @@ QRect PlaceWithTitle(const QWidget& widget)
 
 void DrawTitle(QPainter& painter, const QWidget& widget, const QRect& place)
 {
-    const QPalette palette = widget.palette();
+    const QPalette& palette = widget.palette();
     const QRect line(place.left(), place.top(), place.width(), kTitleHeight);
     painter.fillRect(place, palette.color(QPalette::Dark));
     painter.fillRect(line, palette.color(QPalette::Mid));

@@ -294,7 +294,7 @@ void ShowDialogWindow(HWND dialog)
 void SendEnterIdle(HWND dialog)
 {
     const ModalEntry* front = FrontModal();
-    if (front == nullptr || front->dialog != dialog || KeyIsDown(Key::kF1)) return;
+    if (!IsWindow(dialog) || front == nullptr || front->dialog != dialog || KeyIsDown(Key::kF1)) return;
     const HWND owner = dialog->dialog->owner;
     if (IsWindow(owner)) SendMessage(owner, WM_ENTERIDLE, 0, reinterpret_cast<LPARAM>(dialog));
 }
@@ -302,18 +302,19 @@ void SendEnterIdle(HWND dialog)
 void RunModal(HWND dialog)
 {
     // Showing it moves the focus, and a command that came of that may have ended it already.
-    if (QuitPosted() || dialog->dialog->ended) return;
+    const std::shared_ptr<DialogData> data = dialog->dialog;
+    if (QuitPosted() || data->ended) return;
     QEventLoop loop;
-    dialog->dialog->loop = &loop;
+    data->loop = &loop;
     ModalEntry entry;
     entry.widget = dialog->widget;
     entry.dialog = dialog;
     const ModalScope inFront(std::move(entry));
-    const auto idle = QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
-                                       &loop, [dialog] { SendEnterIdle(dialog); });
+    QObject::connect(dialog->widget, &QObject::destroyed, &loop, &QEventLoop::quit);
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, &loop,
+                     [dialog] { SendEnterIdle(dialog); });
     loop.exec();
-    QObject::disconnect(idle);
-    dialog->dialog->loop = nullptr;
+    data->loop = nullptr;
 }
 
 }  // namespace
@@ -339,25 +340,28 @@ void SendControlCommand(HWND dialog, int id, int notification)
 
 int DialogBox(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter)
 {
-    const std::unique_ptr<QWidget> widget = LoadWidget(name, OwnerWidget(owner));
-    const HWND dialog = widget ? EnterDialog(WindowKind::kDialog, name, owner, widget.get(), procedure) : nullptr;
+    std::unique_ptr<QWidget> loaded = LoadWidget(name, OwnerWidget(owner));
+    const HWND dialog = loaded ? EnterDialog(WindowKind::kDialog, name, owner, loaded.get(), procedure) : nullptr;
     if (dialog == nullptr) return -1;
 
+    // Destroying the owner destroys the dialog with it, in the midst of its own loop.
+    const QPointer<QWidget> widget = loaded.release();
+    const std::shared_ptr<DialogData> data = dialog->dialog;
     // Only what the dialog belongs to is blocked: help and the camera's bench stay usable beside it.
     widget->setWindowModality(widget->parentWidget() != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
-    dialog->dialog->modal = true;
+    data->modal = true;
     widget->adjustSize();
     SendMessage(dialog, WM_INITDIALOG, 0, parameter);
 
-    const std::shared_ptr<DialogData> data = dialog->dialog;
-    if (!data->ended) {
+    if (!data->ended && widget != nullptr) {
         ShowDialogWindow(dialog);
         RunModal(dialog);
         data->ended = true;
-        widget->hide();
+        if (widget != nullptr) widget->hide();
         Transcribe("close", {{"name", data->name}, {"result", std::int64_t{data->result}}});
     }
     LeaveDialog(dialog);
+    delete widget.data();
     return data->result;
 }
 
@@ -403,14 +407,11 @@ HWND CreateModelessDialog(std::string_view name, HWND owner, DialogProc procedur
     std::unique_ptr<QWidget> widget = LoadWidget(name, nullptr);
     const HWND dialog = widget ? EnterDialog(WindowKind::kDialog, name, owner, widget.get(), procedure) : nullptr;
     if (dialog == nullptr) return nullptr;
-    widget->setAttribute(Qt::WA_QuitOnClose, false);
-    widget->adjustSize();
+    QWidget* shown = widget.release();  // EndDialog deletes it
+    shown->setAttribute(Qt::WA_QuitOnClose, false);
+    shown->adjustSize();
     SendMessage(dialog, WM_INITDIALOG, 0, parameter);
-    if (!IsWindow(dialog)) {
-        widget.release();  // EndDialog has it deleted
-        return nullptr;
-    }
-    widget.release();
+    if (!IsWindow(dialog)) return nullptr;
     ShowDialogWindow(dialog);
     return dialog;
 }

@@ -54,7 +54,9 @@ enum class ScrollCode : int {
 
 // Runs the dialog until EndDialog; returns its result, or -1 if the dialog can't be made (nothing is shown). The
 // procedure gets WM_INITDIALOG (lParam = parameter) before the dialog is seen, then commands, timers, WM_DESTROY at the
-// end. The window's own close button sends command 2.
+// end. The window's own close button sends WM_CLOSE, and command 2 unless the procedure handles that.
+// Other windows than those the dialog belongs to (help, dialogs that stay open) can be used meanwhile. If the program
+// is told to quit before EndDialog, the result is 0.
 int DialogBox(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter = 0);
 void EndDialog(HWND dialog, int result);
 
@@ -68,7 +70,8 @@ HWND CreateModelessDialog(std::string_view name, HWND owner, DialogProc procedur
 std::string DialogName(HWND dialog);  // "DISPLAY"
 void CentreDialog(HWND dialog);       // over the main window, or the screen
 
-// Controls. An id that the dialog doesn't have is ignored and reads as empty, 0 or false.
+// Controls. An id that the dialog doesn't have is ignored and reads as empty, 0 or false. A new text of an edit sends
+// kEditChanged, whoever set it.
 void SetDlgItemText(HWND dialog, int id, std::string_view text);
 std::string GetDlgItemText(HWND dialog, int id);
 void SetDlgItemInt(HWND dialog, int id, int value);
@@ -82,7 +85,8 @@ bool HasDlgItem(HWND dialog, int id);
 void FocusDlgItem(HWND dialog, int id);  // an edit's text is selected
 int FocusedDlgItem(HWND dialog);         // 0: none
 
-// Scroll bars. SetScrollPos clamps and sends no message.
+// Scroll bars, zoom steppers and progress bars; of a spin box, the range of its number. SetScrollPos clamps; of a
+// scroll bar it sends no message.
 void SetScrollRange(HWND dialog, int id, int minimum, int maximum);
 void SetScrollPos(HWND dialog, int id, int position);
 int GetScrollPos(HWND dialog, int id);

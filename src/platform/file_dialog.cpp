@@ -269,8 +269,9 @@ class FileDialog : public QFileDialog {
 std::vector<std::string> RunNative(FileDialog& dialog, const FileDialogRequest& request)
 {
     while (!QuitPosted() && dialog.exec() == QDialog::Accepted) {
-        std::vector<std::string> paths;
-        for (const QString& path : dialog.selectedFiles()) paths.push_back(FromQPath(path));
+        const QStringList selected = dialog.selectedFiles();
+        std::vector<std::string> paths(static_cast<std::size_t>(selected.size()));
+        std::transform(selected.begin(), selected.end(), paths.begin(), FromQPath);
         std::vector<std::string> checked = CheckedPaths(request, std::move(paths));
         if (!checked.empty()) return checked;
     }

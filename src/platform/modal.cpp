@@ -1,7 +1,10 @@
 // The stack of modal windows: boxes, file dialogs and dialogs alike, so that whoever sits in front can be asked which
 // one is in front.
 
+#include "platform/application.h"
 #include "platform/qt_window.h"
+
+#include <QGuiApplication>
 
 #include <algorithm>
 #include <utility>
@@ -12,6 +15,13 @@ namespace {
 
 // Pointers to the entries stay valid while others come and go.
 std::vector<std::unique_ptr<ModalEntry>> stack;
+
+// Offscreen there is no window manager that does it.
+void GiveFocusBack()
+{
+    if (!RunsOffscreen() || QGuiApplication::focusWindow()) return;
+    if (QWidget* const next = OwnerWidget(nullptr); next && next->isVisible()) next->activateWindow();
+}
 
 }  // namespace
 
@@ -26,6 +36,7 @@ ModalScope::~ModalScope()
 {
     std::erase_if(stack, [this](const auto& entry) { return entry.get() == entry_; });
     ShowPointerShape();
+    GiveFocusBack();
     ModalHasEnded();
 }
 

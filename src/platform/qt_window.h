@@ -134,8 +134,8 @@ class ModalScope {
     const ModalEntry* entry_;
 };
 
-const ModalEntry* FrontModal();  // the newest that is seen; null: none. Not to be kept.
-std::size_t ModalDepth();        // with those whose loop hasn't returned yet
+const ModalEntry* FrontModal();        // the newest that is seen; null: none. Not to be kept.
+std::size_t ModalDepth();              // with those whose loop hasn't returned yet
 std::vector<QWidget*> ModalWidgets();  // from the back to the front
 
 // PostQuitMessage was called: modal loops that ran then have been ended without a result of their own.
@@ -177,6 +177,8 @@ void MovePointerTo(Point screen);  // as the operator's hand does: no place of t
 void FitScrollBars(Window& window);
 // The part of the client area in which the picture is seen, between panel, status line and scroll bars.
 Rect PictureArea(const Window& window);
+// Moves the picture as the operator does with the bars. False where there are none.
+bool ScrollPictureTo(HWND window, Point origin);
 // From the client area to the surface that scrolls in it, and back.
 Point ToSurface(const Window& window, Point client);
 Point ToClient(const Window& window, Point surface);

@@ -129,6 +129,14 @@ Rect PictureArea(const Window& window)
     return area;
 }
 
+bool ScrollPictureTo(HWND window, Point origin)
+{
+    if (!IsWindow(window) || !window->scroll) return false;
+    window->scroll->horizontal->setValue(origin.x);
+    window->scroll->vertical->setValue(origin.y);
+    return true;
+}
+
 Point ToSurface(const Window& window, Point client)
 {
     const Point origin = OriginOf(window);

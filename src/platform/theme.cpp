@@ -3,7 +3,11 @@
 #include <QApplication>
 #include <QColor>
 #include <QPalette>
+#include <QProxyStyle>
 #include <QStyleFactory>
+#include <QStyleOption>
+
+#include <memory>
 
 namespace kelvo {
 
@@ -94,12 +98,29 @@ QPalette PaletteOf(const Colors& colors)
     return palette;
 }
 
+// The style leaves little room around the words of a menu.
+class RoomyMenus : public QProxyStyle {
+  public:
+    RoomyMenus() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
+
+    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                           const QWidget* widget) const override
+    {
+        const QSize plain = QProxyStyle::sizeFromContents(type, option, size, widget);
+        if (type == CT_MenuBarItem) return plain + QSize(6, 6);
+        const auto* const item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+        const bool isLine = item && item->menuItemType == QStyleOptionMenuItem::Separator;
+        if (type == CT_MenuItem && !isLine) return plain + QSize(12, 3);
+        return plain;
+    }
+};
+
 }  // namespace
 
 void ApplyTheme(Theme theme)
 {
     if (theme == Theme::kDesktop) return;
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(std::make_unique<RoomyMenus>().release());  // the application owns it
     QApplication::setPalette(PaletteOf(theme == Theme::kDark ? kDark : kLight));
 }
 

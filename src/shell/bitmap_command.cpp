@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 namespace kelvo {
@@ -36,6 +37,12 @@ struct Selection {
 };
 
 Selection selection;  // the dialog's working copy
+
+// A header may claim more frames than the fields of the dialog can name.
+std::uint32_t LastFrameOnView()
+{
+    return std::min<std::uint32_t>(ImageHeader.FrameCount - 1, std::numeric_limits<std::int32_t>::max());
+}
 
 void ShowSelection(HWND dialog)
 {
@@ -69,7 +76,7 @@ bool ReadSelection(HWND dialog)
     Selection read;
     std::int32_t first = 0;
     std::int32_t last = 0;
-    const auto lastFrame = static_cast<std::int32_t>(ImageHeader.FrameCount - 1);
+    const auto lastFrame = static_cast<std::int32_t>(LastFrameOnView());
     if (!ReadField(dialog, kFramesLeft, "Left", 0, ImageHeader.ImageWidth - 1, read.left) ||
         !ReadField(dialog, kFramesTop, "Top", 0, ImageHeader.ImageHeight - 1, read.top) ||
         !ReadField(dialog, kFramesRight, "Right", read.left, ImageHeader.ImageWidth - 1, read.right) ||
@@ -95,6 +102,13 @@ LRESULT fnFRAMESDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARA
     if (LowWord(wParam) == kIdHelp) ShowHelpContext(kHelpSaveBitmap);
     if (LowWord(wParam) == kIdOk && ReadSelection(dialog)) EndDialog(dialog, 1);
     return 1;
+}
+
+bool AskForSelection()
+{
+    const int answer = DialogBox("FRAMES", hWndMain, fnFRAMESDlgProc);
+    if (answer < 0) MessageBox(hWndMain, "Unable to display dialog", "System Error");
+    return answer == 1;
 }
 
 // The rectangle alone, row by row: the bitmap's rows then follow each other without a gap.
@@ -178,20 +192,18 @@ int SaveBitmapCommand()
         TellNotAvailable();  // live frames are gathered by a camera
         return 0;
     }
+    const bool several = ImageHeader.FrameCount > 1;
     selection = {.left = 0,
                  .top = 0,
                  .right = ImageHeader.ImageWidth - 1,
                  .bottom = ImageHeader.ImageHeight - 1,
                  .first = 0,
-                 .last = ImageHeader.FrameCount - 1};
-    const bool several = ImageHeader.FrameCount > 1;
-    if (several && DialogBox("FRAMES", hWndMain, fnFRAMESDlgProc) != 1) return 0;
+                 .last = several ? LastFrameOnView() : 0};
+    if (several && !AskForSelection()) return 0;
 
-    const std::uint32_t onView = CurrentFrame;
+    const std::uint32_t onView = ViewingSequence ? CurrentFrame : 0;
     const bool saved = SaveRange(several);
-    if (several && ViewingSequence && LoadName == ViewFilePath && onView <= LastFrame) {
-        GoToFrame(onView);  // the frame that was on view
-    }
+    if (several) ViewImage(std::string(ViewFilePath), onView);  // what the operator looked at
     InvalidateRect(hWndMain, nullptr, true);
     return saved ? 1 : 0;
 }

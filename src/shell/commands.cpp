@@ -105,8 +105,7 @@ Ending NameSequence()
 Ending SaveBitmap()
 {
     StopPlaying();
-    SaveBitmapCommand();
-    return Ending::kResetStatus;
+    return SaveBitmapCommand() ? Ending::kResetStatus : Ending::kLeaveStatus;
 }
 
 Ending PrinterSetup()
@@ -224,8 +223,7 @@ void ShowFittingPointer()
 
 Ending TurnOn()
 {
-    TurnOnDialog();
-    CheckMenuItem(hWndMain, kCmdReplaceBadPixels, SubstBadPixels != 0);
+    if (TurnOnDialog()) CheckMenuItem(hWndMain, kCmdReplaceBadPixels, SubstBadPixels != 0);
     SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
     DisplayUnit = PickAvailableUnit(DisplayUnit);
     TempScale = 1;

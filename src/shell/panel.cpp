@@ -151,11 +151,11 @@ void StepZoom(HWND panel, ScrollCode code)
     } else {
         return;
     }
-    if (position == Xzoom) return;
-    const int command = position > Xzoom ? kCmdZoomPanFirst : kCmdZoomPanFirst + 1;
+    // Shown even where nothing is to do: after a refused step the bar stands beside the zoom, and finds back to it.
     SetDlgItemText(panel, kPanelZoomText, Format("%d", position));
     SetScrollPos(panel, kPanelZoomBar, position);
-    ZoomPanCommand(command);
+    if (position == Xzoom) return;
+    ZoomPanCommand(position > Xzoom ? kCmdZoomPanFirst : kCmdZoomPanFirst + 1);
 }
 
 }  // namespace

@@ -27,6 +27,7 @@ namespace kelvo {
 namespace {
 
 constexpr double kDefaultRateHz = 10.0;
+constexpr int kCancelled = -2;  // -1: the dialog couldn't be made
 
 void Tell(std::string_view text)
 {
@@ -64,7 +65,7 @@ LRESULT fnGOTOFRAMEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LP
         return 1;
     }
     if (message != WM_COMMAND) return 0;
-    if (LowWord(wParam) == kIdCancel) EndDialog(dialog, -1);
+    if (LowWord(wParam) == kIdCancel) EndDialog(dialog, kCancelled);
     if (LowWord(wParam) == kIdOk) {
         const auto frame = ScanDecimal(GetDlgItemText(dialog, kGoToFrameNumber));
         if (!frame || *frame < 0 || static_cast<std::uint32_t>(*frame) > LastFrame) {
@@ -129,6 +130,7 @@ void GoToFrameDialog()
     StopPlaying();
     if (!TakeSequenceOnView()) return;
     const int frame = DialogBox("GOTOFRAME", hWndMain, fnGOTOFRAMEDlgProc);
+    if (frame == -1) MessageBox(hWndMain, "Unable to display dialog", "System Error");
     if (frame >= 0) GoToFrame(static_cast<std::uint32_t>(frame));
 }
 

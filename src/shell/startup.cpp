@@ -33,6 +33,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <filesystem>
 
 namespace kelvo {
 
@@ -95,7 +96,9 @@ std::string FindDefaultDirectory()
     if (!startOptions.dataDirectory.empty()) return startOptions.dataDirectory;
     const std::string winIni = UserConfigDirectory() + "/kelvo/win.ini";
     const std::string configured = GetPrivateProfileString("Kelvo", "DefaultDir", "", winIni);
-    return configured.empty() ? UserDataDirectory() + "/kelvo" : ResolvePath(configured);
+    if (configured.empty()) return UserDataDirectory() + "/kelvo";
+    // Whole before the working directory changes: all paths are formed from it.
+    return std::filesystem::absolute(ResolvePath(configured)).lexically_normal().string();
 }
 
 void EnterDefaultDirectory()

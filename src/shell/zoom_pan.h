@@ -42,5 +42,4 @@ std::optional<DisplayGeometry> ZoomPanned(int id, const DisplayGeometry& geometr
 // over its pixel. A command at its limit does nothing, silently.
 void ZoomPanCommand(int id);
 
-
 }  // namespace kelvo

@@ -109,9 +109,10 @@ TEST_F(Pipeline, EachImagePixelIsABlockOfTheZoom)
     const std::vector<std::int16_t> counts{0, 16383, 8000, 4000, 12000, 2};
     View(3, 2, counts);
     DrawFileOnView();
+    auto next = counts.begin();
     for (int row = 0; row < 2; ++row) {
         for (int column = 0; column < 3; ++column) {
-            const auto count = static_cast<std::size_t>(counts[static_cast<std::size_t>(row * 3 + column)]);
+            const auto count = static_cast<std::size_t>(*next++);
             for (const auto& [dx, dy] : {std::pair{0, 0}, {2, 0}, {0, 2}, {2, 2}}) {
                 EXPECT_EQ(Shown(column * 3 + dx, row * 3 + dy), Gray(count)) << column << ' ' << row;
             }
@@ -387,8 +388,8 @@ TEST_F(PipelineAtRatioOneAndAHalf, BlocksAreWholeDevicePixels)
 {
     Xzoom = 1;
     Yzoom = 1;
-    std::vector<std::int16_t> counts;
-    for (int i = 0; i < 30; ++i) counts.push_back(i % 2 ? 16383 : 0);
+    std::vector<std::int16_t> counts(30, 0);
+    for (std::size_t i = 1; i < counts.size(); i += 2) counts[i] = 16383;
     View(30, 1, counts);
     DrawFileOnView();
     UpdateWindow(hWndMain);

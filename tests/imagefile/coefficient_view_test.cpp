@@ -121,8 +121,8 @@ TEST_F(CoefficientView, ANoiseFileTakesItsCalibrationFromTheCompanion)
     EXPECT_EQ(ViewCoefficientFile(List<std::int16_t>("c.noi", {20, 40, 60, 80})), 1);
     EXPECT_EQ(ImageHeader.IntensityCold, 1000);
     EXPECT_EQ(ImageHeader.IntensityHot, 3000);
-    EXPECT_EQ(ImageHeader.TemperatureCold, 20.0F);
-    EXPECT_EQ(ImageHeader.TemperatureHot, 30.5F);
+    EXPECT_EQ(+ImageHeader.TemperatureCold, 20.0F);
+    EXPECT_EQ(+ImageHeader.TemperatureHot, 30.5F);
     EXPECT_EQ(ImageHeader.FramesAveraged, 30);
     EXPECT_EQ(ImageHeader.VideoGain1, 9);
     EXPECT_EQ(ImageHeader.VideoOffset1, 160);
@@ -137,8 +137,8 @@ TEST_F(CoefficientView, ACalibrationWithoutSenseIsDropped)
     EXPECT_EQ(ViewCoefficientFile(List<std::int16_t>("c.noi", {1, 2, 3, 4})), 1);
     EXPECT_EQ(ImageHeader.IntensityCold, 0);
     EXPECT_EQ(ImageHeader.IntensityHot, 0);
-    EXPECT_EQ(ImageHeader.TemperatureCold, -999.0F);
-    EXPECT_EQ(ImageHeader.TemperatureHot, -999.0F);
+    EXPECT_EQ(+ImageHeader.TemperatureCold, -999.0F);
+    EXPECT_EQ(+ImageHeader.TemperatureHot, -999.0F);
 }
 
 TEST_F(CoefficientView, PanGoesToTheCorner)

@@ -6,12 +6,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
-#include <bit>
+#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <limits>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvo {
@@ -76,7 +78,9 @@ class ReadingRecords : public ::testing::Test {
     File Put(std::string_view contents)
     {
         PutFile(path, contents);
-        return *File::Open(path, FileMode::kRead);
+        std::optional<File> file = File::Open(path, FileMode::kRead);
+        if (!file) std::abort();
+        return std::move(*file);
     }
 
     TempDirectory directory;

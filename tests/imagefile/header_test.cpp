@@ -86,7 +86,7 @@ class ImageHeaderFile : public ::testing::Test {
   protected:
     std::string Put(const RawHeader& header, std::size_t dataBytes = 0)
     {
-        const std::string path = directory / "frame.img";
+        std::string path = directory / "frame.img";
         PutFile(path, header.Bytes() + std::string(dataBytes, '\x11'));
         return path;
     }
@@ -114,7 +114,7 @@ class BuildingHeaders : public ::testing::Test {
     {
         ImageHeaderRecord built;
         EXPECT_EQ(BuildImageHeader(&built, firstFrame, lastFrame, 10, 20, 169, 139), &built);
-        EXPECT_EQ(std::memcmp(&built, &ImageHeader, 512), 0);
+        EXPECT_EQ(RawHeader(built).Bytes(), RawHeader(ImageHeader).Bytes());
         return RawHeader(built);
     }
 };
@@ -274,11 +274,11 @@ TEST_F(ImageHeaderFile, KeepsTheStoredCountForSidesOutOfRange)
 
 TEST_F(ImageHeaderFile, CountsWholeFramesFromTheLength)
 {
-    EXPECT_EQ(FrameCountOf(Plain(1024, 1).Long(42, 99), 2048 * 3), 3U);
-    EXPECT_EQ(FrameCountOf(Plain(1024, 1).Long(42, 99), 2048 * 3 + 2047), 3U);
-    EXPECT_EQ(FrameCountOf(Plain(16, 16), 512 * 5), 5U);
-    EXPECT_EQ(FrameCountOf(Plain(16, 16).Word(144, 80), 592 * 5), 5U);
-    EXPECT_EQ(FrameCountOf(Plain(16, 16).Word(144, 80), 592 * 5 - 1), 4U);
+    EXPECT_EQ(FrameCountOf(Plain(1024, 1).Long(42, 99), 6144), 3U);
+    EXPECT_EQ(FrameCountOf(Plain(1024, 1).Long(42, 99), 6144 + 2047), 3U);
+    EXPECT_EQ(FrameCountOf(Plain(16, 16), 2560), 5U);
+    EXPECT_EQ(FrameCountOf(Plain(16, 16).Word(144, 80), 2960), 5U);
+    EXPECT_EQ(FrameCountOf(Plain(16, 16).Word(144, 80), 2959), 4U);
 }
 
 TEST_F(ImageHeaderFile, CountsNoPartialFrame)
@@ -289,10 +289,10 @@ TEST_F(ImageHeaderFile, CountsNoPartialFrame)
 TEST_F(ImageHeaderFile, OfAnOlderVersionHasNoFrameHeaders)
 {
     ImageHeaderRecord read;
-    ASSERT_EQ(ReadImageHeader(Put(Plain(16, 16).Word(40, 7).Word(144, 80), 512 * 2), read), 512);
+    ASSERT_EQ(ReadImageHeader(Put(Plain(16, 16).Word(40, 7).Word(144, 80), 1024), read), 512);
     EXPECT_EQ(read.ImageHeaderDataOffset, 0);
     EXPECT_EQ(read.FrameCount, 2U);
-    ASSERT_EQ(ReadImageHeader(Put(Plain(16, 16).Word(144, 80), 592 * 2), read), 512);
+    ASSERT_EQ(ReadImageHeader(Put(Plain(16, 16).Word(144, 80), 1184), read), 512);
     EXPECT_EQ(read.ImageHeaderDataOffset, 80);
 }
 
@@ -301,7 +301,7 @@ TEST_F(ImageHeaderFile, OfTheSpectrometerCountsItsFloatFramesWhateverWasPlanned)
     const RawHeader spiff =
         RawHeader(1024).Byte(0, 1).Byte(1, 0x34).Byte(2, 0x12).Byte(9, 200).Embed(111, Plain(8, 4, 4).Word(124, 8));
     ImageHeaderRecord read;
-    ASSERT_EQ(ReadImageHeader(Put(spiff, 5 * 8 * 4 * 4), read), 1024);
+    ASSERT_EQ(ReadImageHeader(Put(spiff, 640), read), 1024);
     EXPECT_EQ(read.FrameCount, 5U);
     EXPECT_EQ(read.ImageWidth, 8);
     EXPECT_EQ(read.SampleBytes, 4);
@@ -321,8 +321,8 @@ TEST_F(ImageHeaderFile, OfTheSpectrometerMayBeCut)
 
 TEST_F(ImageHeaderFile, TakesOddSampleSizes)
 {
-    EXPECT_EQ(FrameCountOf(Plain(16, 16, 1), 256 * 3), 3U);
-    EXPECT_EQ(FrameCountOf(Plain(16, 16, 3), 768 * 3), 3U);
+    EXPECT_EQ(FrameCountOf(Plain(16, 16, 1), 768), 3U);
+    EXPECT_EQ(FrameCountOf(Plain(16, 16, 3), 2304), 3U);
 }
 
 TEST_F(ImageHeaderFile, IsNotSwappedBack)

@@ -67,7 +67,7 @@ TEST_F(Viewing, ShowsTheFrameAskedFor)
     EXPECT_EQ(ViewImage(path, 1), 1);
     EXPECT_EQ(ViewingFile, 1);
     EXPECT_EQ(ViewFilePath, path);
-    EXPECT_EQ(ImageHeader.FrameCount, 3U);
+    EXPECT_EQ(+ImageHeader.FrameCount, 3U);
     EXPECT_THAT(Pixels(), ElementsAre(100, 101, 102, 103, 104, 105));
     EXPECT_TRUE(operator_.Boxes().empty());
 }
@@ -82,7 +82,7 @@ TEST_F(Viewing, SkipsTheHeaderInFrontOfEachFrame)
     PutFile(File("c.seq"), bytes);
 
     EXPECT_EQ(ViewImage(File("c.seq"), 1), 1);
-    EXPECT_EQ(ImageHeader.FrameCount, 2U);
+    EXPECT_EQ(+ImageHeader.FrameCount, 2U);
     EXPECT_EQ(ImageBuffer.at(0), 'b');
     EXPECT_THAT(Pixels(), ElementsAre(3, 4));
 }

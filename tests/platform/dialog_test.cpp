@@ -218,6 +218,13 @@ TEST_F(DialogRun, QuitEndsItWithoutAResult)
     EXPECT_EQ(dialogSaw.back().message, WM_DESTROY);
 }
 
+TEST_F(DialogRun, EndsWithTheWindowItBelongsTo)
+{
+    Then([this] { DestroyWindow(mainWindow); });
+    EXPECT_EQ(DialogBox("DISPLAY", mainWindow, DialogTestProc), 0);
+    EXPECT_EQ(std::count(dialogSaw.begin(), dialogSaw.end(), SeenMessage{WM_DESTROY, 0, 0}), 1);
+}
+
 TEST_F(DialogRun, TimersReachTheProcedure)
 {
     dialogRule = [](HWND dialog, const SeenMessage& seen) -> LRESULT {

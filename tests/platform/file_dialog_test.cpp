@@ -190,7 +190,7 @@ TEST_F(FileSelection, AsksBeforeItReplaces)
     EXPECT_EQ(op->Boxes()[0].text, Path("old.img") + " already exists.\nDo you want to replace it?");
     EXPECT_THAT(op->Boxes()[0].buttons, ElementsAre("yes", "no"));
     EXPECT_EQ(op->Boxes()[0].defaultButton, "no");
-    EXPECT_EQ(*ReadWholeFile(Path("old.img"), 100), "contents");
+    EXPECT_EQ(FileContents(Path("old.img")), "contents");
 }
 
 TEST_F(FileSelection, TakesSeveralNamesWhereManyAreWanted)

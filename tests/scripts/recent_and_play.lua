@@ -52,3 +52,11 @@ answer("ok")
 command(2101)
 check.eq(title(), "Kelvo - run1")
 check.eq(menu(2100).text, "&1 run1.seq")
+
+-- Dialogs that can't be shown are told.
+for id, name in pairs { [2000] = "GOTOFRAME", [116] = "FRAMES" } do
+  sim.fault("load dialog " .. name, true)
+  command(id)
+  check.answer_box("Unable to display dialog", "ok", "System Error")
+  check.eq(file(), nil)
+end

@@ -1,21 +1,31 @@
-# Runs one operator script in a directory of its own and compares the exit code.
-# PROGRAM: kelvo. SCRIPT: the script. DIRECTORY: emptied, then the working directory. EXPECTED: the exit code.
-# OPTIONS, ARGUMENTS: more of the command line, and what the script gets; joined by |.
+# Runs operator scripts one after the other in a directory of their own and compares each exit code.
+# PROGRAM: kelvo. SCRIPTS: the scripts, divided by commas; each is a start of the program, with the data that the one
+# before left. DIRECTORY: emptied, then the working directory. PREPARED: if it is a directory, its contents stand in
+# DIRECTORY before the first start (data/ are the program's settings). ARGUMENTS: more for the command line, divided by
+# commas. EXPECTED: the exit code. OWN_DIRECTORY: true leaves it to the program where its data are.
 file(REMOVE_RECURSE ${DIRECTORY})
 file(MAKE_DIRECTORY ${DIRECTORY}/data)
+if(IS_DIRECTORY ${PREPARED})
+  file(COPY ${PREPARED}/ DESTINATION ${DIRECTORY})
+endif()
 # The machine's own settings must not reach a test, nor a test them.
 set(ENV{XDG_CONFIG_HOME} ${DIRECTORY}/config)
 set(ENV{XDG_DATA_HOME} ${DIRECTORY}/share)
-string(REPLACE "|" ";" options "${OPTIONS}")
-string(REPLACE "|" ";" arguments "${ARGUMENTS}")
-if(arguments)
-  list(PREPEND arguments --)
+string(REPLACE "," ";" arguments "${ARGUMENTS}")
+string(REPLACE "," ";" scripts "${SCRIPTS}")
+set(data --data ${DIRECTORY}/data)
+if(OWN_DIRECTORY)
+  set(data)
 endif()
-execute_process(
-  COMMAND ${PROGRAM} --offscreen --virtual-time --data ${DIRECTORY}/data --transcript ${DIRECTORY}/transcript.jsonl
-          ${options} --script ${SCRIPT} ${arguments}
-  WORKING_DIRECTORY ${DIRECTORY}
-  RESULT_VARIABLE result)
-if(NOT "${result}" STREQUAL "${EXPECTED}")
-  message(FATAL_ERROR "${SCRIPT}: exit code ${result}, expected ${EXPECTED}; see ${DIRECTORY}/transcript.jsonl")
-endif()
+foreach(script IN LISTS scripts)
+  get_filename_component(name ${script} NAME_WE)
+  set(transcript ${DIRECTORY}/${name}.jsonl)
+  execute_process(
+    COMMAND ${PROGRAM} --offscreen --virtual-time ${data} --transcript ${transcript} --script ${script}
+            ${arguments}
+    WORKING_DIRECTORY ${DIRECTORY}
+    RESULT_VARIABLE result)
+  if(NOT "${result}" STREQUAL "${EXPECTED}")
+    message(FATAL_ERROR "${script}: exit code ${result}, expected ${EXPECTED}; see ${transcript}")
+  endif()
+endforeach()

@@ -160,6 +160,20 @@ TEST_F(Panel, TheZoomBarEndsAtOneAndSixteen)
     EXPECT_EQ(Xzoom, 1);
 }
 
+TEST_F(Panel, ARefusedZoomLeavesTheBarBesideItAndFindsBack)
+{
+    ViewPicture();
+    SetDisplayGeometry(0, 0, 3, 16, 0, 0);
+    Scroll(ScrollCode::kLineUp);  // the other axis can't follow
+    EXPECT_EQ(Xzoom, 3);
+    EXPECT_EQ(GetScrollPos(hDlgPanel, 310), 4);
+    Scroll(ScrollCode::kLineDown);
+    EXPECT_EQ(Xzoom, 3);
+    EXPECT_EQ(Yzoom, 16);
+    EXPECT_EQ(GetScrollPos(hDlgPanel, 310), 3);
+    EXPECT_EQ(GetDlgItemText(hDlgPanel, 311), "3");
+}
+
 TEST_F(Panel, OtherMovesOfTheZoomBarAreIgnored)
 {
     ViewPicture();

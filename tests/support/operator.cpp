@@ -5,6 +5,12 @@
 #include <algorithm>
 #include <utility>
 
+// The font library keeps what it has read until the process ends. Asked for by the leak check, where there is one.
+extern "C" const char* __lsan_default_suppressions()  // NOLINT(bugprone-reserved-identifier)
+{
+    return "leak:libfontconfig\n";
+}
+
 namespace kelvo {
 
 namespace {

@@ -1,0 +1,211 @@
+#include "platform/application.h"
+
+#include "platform/qt_window.h"
+#include "support/temp_directory.h"
+#include "window_fixture.h"
+
+#include <QApplication>
+#include <QPalette>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+
+namespace kelvo {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+TEST(CommandLine, TakesAllOptions)
+{
+    const CommandLine line = ParseCommandLine({"--data", "/d", "--view=/v w.seq", "--script", "/s.lua", "--transcript",
+                                               "/t", "--offscreen", "--scale", "1.5", "--virtual-time", "--theme",
+                                               "dark", "a.cal", "AUTOSTART", "--", "--data", "x"});
+    EXPECT_EQ(line.error, "");
+    EXPECT_EQ(line.dataDirectory, "/d");
+    EXPECT_EQ(line.viewFile, "/v w.seq");
+    EXPECT_EQ(line.scriptFile, "/s.lua");
+    EXPECT_EQ(line.transcriptFile, "/t");
+    EXPECT_TRUE(line.offscreen);
+    EXPECT_EQ(line.scale, 1.5);
+    EXPECT_TRUE(line.virtualTime);
+    EXPECT_EQ(line.theme, Theme::kDark);
+    EXPECT_EQ(line.rest, "a.cal AUTOSTART");
+    EXPECT_THAT(line.scriptArguments, ElementsAre("--data", "x"));
+    EXPECT_FALSE(line.showHelp);
+}
+
+TEST(CommandLine, IsPlainWithoutArguments)
+{
+    const CommandLine line = ParseCommandLine({});
+    EXPECT_EQ(line.error, "");
+    EXPECT_EQ(line.rest, "");
+    EXPECT_EQ(line.dataDirectory, "");
+    EXPECT_EQ(line.scale, 1.0);
+    EXPECT_EQ(line.theme, Theme::kDesktop);
+    EXPECT_FALSE(line.offscreen);
+}
+
+TEST(CommandLine, MakesPathsAbsoluteButLeavesTheRest)
+{
+    const std::string here = std::filesystem::current_path().string();
+    const CommandLine line = ParseCommandLine({"--view", "a/b.img", "--data=d", "set.cal"});
+    EXPECT_EQ(line.viewFile, here + "/a/b.img");
+    EXPECT_EQ(line.dataDirectory, here + "/d");
+    EXPECT_EQ(line.rest, "set.cal");
+}
+
+TEST(CommandLine, TellsWhatIsWrong)
+{
+    const struct {
+        std::vector<std::string> arguments;
+        const char* text;
+    } cases[] = {
+        {{"--colour"}, "unknown option --colour"},
+        {{"-x"}, "unknown option -x"},
+        {{"--data"}, "--data needs a value"},
+        {{"--view="}, "--view needs a value"},
+        {{"--scale", "0.4"}, "--scale"},
+        {{"--scale", "4.1"}, "--scale"},
+        {{"--scale", "nan"}, "--scale"},
+        {{"--scale", "2x"}, "--scale"},
+        {{"--theme", "pink"}, "--theme"},
+        {{"--offscreen=1"}, "--offscreen takes no value"},
+        {{"--scale", ""}, "--scale needs a value"},
+    };
+    for (const auto& [arguments, text] : cases) {
+        EXPECT_THAT(ParseCommandLine(arguments).error, HasSubstr(text)) << arguments[0];
+    }
+}
+
+TEST(CommandLine, TakesTheLimitsOfScale)
+{
+    EXPECT_EQ(ParseCommandLine({"--scale", "0.5"}).scale, 0.5);
+    EXPECT_EQ(ParseCommandLine({"--scale", "4"}).scale, 4.0);
+}
+
+TEST(CommandLine, AsksForVersionAndHelp)
+{
+    EXPECT_TRUE(ParseCommandLine({"--version"}).showVersion);
+    EXPECT_TRUE(ParseCommandLine({"--help"}).showHelp);
+    for (const char* option : {"--data", "--view", "--script", "--transcript", "--offscreen", "--scale",
+                               "--virtual-time", "--theme", "--version", "--help"}) {
+        EXPECT_THAT(CommandLineHelp(), HasSubstr(option));
+    }
+}
+
+TEST(ShippedFiles, AreCopiedWhereTheyAreMissing)
+{
+    TestOperator op;
+    const TempDirectory directory;
+    EXPECT_THAT(CopyShippedFiles(directory.Path()), ElementsAre());
+    std::size_t copied = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(directory.Path())) {
+        if (!entry.is_regular_file()) continue;
+        ++copied;
+        const std::string name = entry.path().lexically_relative(directory.Path()).string();
+        EXPECT_EQ(FileContents(entry.path().string()), ResourceText("defaults/" + name)) << name;
+    }
+    EXPECT_GT(copied, 1U);
+    EXPECT_TRUE(std::filesystem::exists(directory / "kelvo220.bmp"));
+}
+
+TEST(ShippedFiles, LeaveExistingOnesAlone)
+{
+    TestOperator op;
+    const TempDirectory directory;
+    PutFile(directory / "KELVO220.BMP", "mine");  // in another case too
+    EXPECT_THAT(CopyShippedFiles(directory.Path()), ElementsAre());
+    EXPECT_EQ(FileContents(directory / "KELVO220.BMP"), "mine");
+    EXPECT_FALSE(std::filesystem::exists(directory / "kelvo220.bmp"));
+}
+
+TEST(ShippedFiles, AreReportedWhereTheyCannotBeMade)
+{
+    TestOperator op;
+    const TempDirectory directory;
+    PutFile(directory / "file", "");
+    EXPECT_FALSE(CopyShippedFiles(directory / "file").empty());
+}
+
+TEST(Resources, AreEmptyWhereThereIsNone)
+{
+    TestOperator op;
+    EXPECT_EQ(ResourceText("no/such/file"), "");
+    EXPECT_NE(ResourceText("dialogs/DISPLAY.ui"), "");
+}
+
+// Relative luminance and contrast as the accessibility guidelines of the web define them.
+double Luminance(const QColor& color)
+{
+    const auto part = [](double value) {
+        return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * part(color.redF()) + 0.7152 * part(color.greenF()) + 0.0722 * part(color.blueF());
+}
+
+double Contrast(const QColor& a, const QColor& b)
+{
+    const double bright = std::max(Luminance(a), Luminance(b));
+    const double dark = std::min(Luminance(a), Luminance(b));
+    return (bright + 0.05) / (dark + 0.05);
+}
+
+void ExpectReadable(Theme theme)
+{
+    TestOperator op(OffscreenAt(1, theme));
+    const QPalette palette = QApplication::palette();
+    const auto color = [&](QPalette::ColorRole role) { return palette.color(QPalette::Active, role); };
+    EXPECT_GE(Contrast(color(QPalette::WindowText), color(QPalette::Window)), 11);
+    EXPECT_GE(Contrast(color(QPalette::Text), color(QPalette::Base)), 11);
+    EXPECT_GE(Contrast(color(QPalette::ButtonText), color(QPalette::Button)), 9);
+    EXPECT_GE(Contrast(color(QPalette::HighlightedText), color(QPalette::Highlight)), 4);
+    EXPECT_GE(Contrast(color(QPalette::Link), color(QPalette::Base)), 4.5);
+    EXPECT_GE(Contrast(palette.color(QPalette::Disabled, QPalette::Text), color(QPalette::Window)), 3);
+    EXPECT_EQ(DarkTheme(), theme == Theme::kDark);
+}
+
+TEST(Theme, LightIsReadable)
+{
+    ExpectReadable(Theme::kLight);
+}
+
+TEST(Theme, DarkIsReadable)
+{
+    ExpectReadable(Theme::kDark);
+}
+
+TEST(Paths, KeepTheirBytesThroughTheToolkit)
+{
+    const std::string paths[] = {"/tmp/plain.img",
+                                 "/tmp/\xC3\xA4\xE2\x82\xAC.img",
+                                 "/tmp/\xFF\x80\xB0.img",
+                                 "/tmp/\xF0\x9F\x98\x80",
+                                 "/tmp/\xED\xB2\x80",
+                                 "/\xC3",
+                                 "\xE2\x82"};
+    for (const std::string& path : paths) EXPECT_EQ(FromQPath(ToQPath(path)), path);
+    EXPECT_EQ(ToQPath("/tmp/\xC3\xA4"), QString::fromUtf8("/tmp/\xC3\xA4"));
+    EXPECT_EQ(ToQString("20\xB0"), QString::fromUtf8("20\xC2\xB0"));
+    EXPECT_EQ(FromQString(QString::fromUtf8("\xC3\xA4")), "\xC3\xA4");
+}
+
+TEST(Keys, AreKnownByTheirNames)
+{
+    EXPECT_EQ(ParseKey("F12")->key, Qt::Key_F12);
+    EXPECT_EQ(ParseKey("Shift+PgUp")->key, Qt::Key_PageUp);
+    EXPECT_EQ(ParseKey("Shift+PgUp")->modifiers, Qt::ShiftModifier);
+    EXPECT_EQ(ParseKey("Ctrl+Q")->key, Qt::Key_Q);
+    EXPECT_EQ(ParseKey("+")->key, Qt::Key_Plus);
+    EXPECT_EQ(ParseKey("Ctrl++")->key, Qt::Key_Plus);
+    EXPECT_EQ(ParseKey("-")->key, Qt::Key_Minus);
+    EXPECT_EQ(ParseKey("a")->key, Qt::Key_A);
+    EXPECT_EQ(ParseKey("a")->text, "a");
+    for (const char* name : {"", "F0", "F36", "F1x", "Shift+", "ab"}) EXPECT_FALSE(ParseKey(name)) << name;
+}
+
+}  // namespace
+}  // namespace kelvo

@@ -1,0 +1,276 @@
+#include "platform/menu.h"
+
+#include "platform/front.h"
+#include "platform/qt_window.h"
+#include "window_fixture.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kelvo {
+namespace {
+
+using ::testing::ElementsAre;
+using Kind = MenuEntry::Kind;
+
+constexpr MenuEntry kMenu[] = {
+    {Kind::kTop, 0, "&File"},
+    {Kind::kItem, 106, "&Save image...\tF3", "save"},
+    {Kind::kItem, 107, "&Load image...\tF6", "load"},
+    {Kind::kSeparator, 0, ""},
+    {Kind::kRecentFiles, 0, ""},
+    {Kind::kItem, 119, "E&xit\tCtrl+Q"},
+    {Kind::kTop, 0, "&Image"},
+    {Kind::kItem, 151, "&Image cursor\tF8", "", true},
+    {Kind::kItem, 160, "&Histogram...", "", false, false},
+};
+constexpr Accelerator kAccelerators[] = {
+    {"F3", 106},         {"Shift+F3", 103},        {"Ctrl+Q", 119}, {"+", 200},
+    {"-", 201},          {"Right", 202},           {"PgUp", 208},   {"Ctrl+C", 130},
+    {"Shift+PgDn", 217}, {"Shift+PrintScrn", 117}, {"F10", 155}};
+
+HWND WindowWithMenu()
+{
+    HWND window = ShowRecordingWindow();
+    SetMenu(window, kMenu);
+    SetAccelerators(window, kAccelerators);
+    seenMessages.clear();
+    return window;
+}
+
+QMenu* TopMenu(HWND window, int position)
+{
+    return window->frame->menuBar()->actions().at(position)->menu();
+}
+
+std::vector<std::string> Shown(QMenu* menu)
+{
+    std::vector<std::string> texts;
+    for (const QAction* action : menu->actions()) {
+        if (action->isVisible()) texts.push_back(action->isSeparator() ? "---" : action->text().toStdString());
+    }
+    return texts;
+}
+
+TEST(Menu, ShowsItsTable)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    EXPECT_EQ(TopMenuCount(window), 2);
+    EXPECT_EQ(TopMenuText(window, 0), "&File");
+    EXPECT_EQ(TopMenuText(window, 1), "&Image");
+    EXPECT_EQ(TopMenuText(window, 2), "");
+    EXPECT_EQ(TopMenuText(window, -1), "");
+    EXPECT_THAT(Shown(TopMenu(window, 0)),
+                ElementsAre("&Save image...\tF3", "&Load image...\tF6", "---", "E&xit\tCtrl+Q"));
+    EXPECT_EQ(GetMenuItem(window, 106)->text, "&Save image...\tF3");
+    EXPECT_TRUE(GetMenuItem(window, 106)->enabled);
+    EXPECT_FALSE(GetMenuItem(window, 160)->enabled);
+    EXPECT_FALSE(GetMenuItem(window, 105));
+}
+
+TEST(Menu, ChangesAreToldToTheTranscript)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    EXPECT_TRUE(SetMenuText(window, 106, "&Turn off"));
+    EXPECT_TRUE(CheckMenuItem(window, 151, true));
+    EXPECT_TRUE(EnableMenuItem(window, 160, true));
+    EXPECT_FALSE(SetMenuText(window, 105, "none"));
+    EXPECT_FALSE(CheckMenuItem(window, 105, true));
+    EXPECT_FALSE(EnableMenuItem(window, 105, true));
+    EXPECT_EQ(GetMenuItem(window, 106)->text, "&Turn off");
+    EXPECT_TRUE(GetMenuItem(window, 151)->checked);
+    EXPECT_TRUE(GetMenuItem(window, 160)->enabled);
+    EXPECT_THAT(op.Texts("menu", "text"), ElementsAre("&Turn off", "&Image cursor\tF8", "&Histogram..."));
+}
+
+TEST(Menu, DeletedItemIsGone)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    EXPECT_TRUE(DeleteMenuItem(window, 106));
+    EXPECT_FALSE(DeleteMenuItem(window, 106));
+    EXPECT_FALSE(GetMenuItem(window, 106));
+    EXPECT_THAT(Shown(TopMenu(window, 0)), ElementsAre("&Load image...\tF6", "---", "E&xit\tCtrl+Q"));
+}
+
+TEST(Menu, ChosenItemSendsItsCommand)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    TopMenu(window, 0)->actions().at(1)->trigger();
+    ASSERT_EQ(Seen(WM_COMMAND).size(), 1U);
+    EXPECT_EQ(Seen(WM_COMMAND)[0].wParam, 107U);
+    EXPECT_EQ(Seen(WM_COMMAND)[0].lParam, 0);
+}
+
+TEST(Menu, CheckMarkIsTheLogicsAlone)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    TopMenu(window, 1)->actions().at(0)->trigger();
+    EXPECT_THAT(SeenCommands(), ElementsAre(151));
+    EXPECT_FALSE(GetMenuItem(window, 151)->checked);
+    EXPECT_FALSE(TopMenu(window, 1)->actions().at(0)->isChecked());
+}
+
+TEST(Menu, RecentFilesStandAtTheirPlace)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    const std::vector<std::string> files = {"&1 a.img", "&2 b && c.seq"};
+    SetRecentFileItems(window, 2100, files);
+    EXPECT_THAT(Shown(TopMenu(window, 0)), ElementsAre("&Save image...\tF3", "&Load image...\tF6", "---", "&1 a.img",
+                                                       "&2 b && c.seq", "---", "E&xit\tCtrl+Q"));
+    TopMenu(window, 0)->actions().at(4)->trigger();
+    EXPECT_THAT(SeenCommands(), ElementsAre(2101));
+    SetRecentFileItems(window, 2100, {});
+    EXPECT_THAT(Shown(TopMenu(window, 0)),
+                ElementsAre("&Save image...\tF3", "&Load image...\tF6", "---", "E&xit\tCtrl+Q"));
+    EXPECT_FALSE(GetMenuItem(window, 2100));
+}
+
+TEST(Menu, TopMenuCanBeTakenAway)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    EXPECT_FALSE(DeleteTopMenu(window, 2));
+    EXPECT_TRUE(DeleteTopMenu(window, 1));
+    EXPECT_EQ(TopMenuCount(window), 1);
+    EXPECT_FALSE(GetMenuItem(window, 151));
+    EXPECT_TRUE(GetMenuItem(window, 106));
+}
+
+TEST(Menu, OpensByKeyAndTellsWhatIsHighlighted)
+{
+    TestOperator op;
+    WindowWithMenu();
+    EXPECT_TRUE(OperateKey("Alt+f"));
+    ASSERT_NE(QApplication::activePopupWidget(), nullptr);
+    ASSERT_FALSE(Seen(WM_MENUSELECT).empty());
+    EXPECT_EQ(Seen(WM_MENUSELECT).back().wParam, 106U);
+    OperateKey("Down");
+    EXPECT_EQ(Seen(WM_MENUSELECT).back().wParam, 107U);
+    OperateKey("Return");
+    EXPECT_THAT(SeenCommands(), ElementsAre(107));
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+}
+
+TEST(Menu, KeyF1ArmsHelpThenChoosesTheItem)
+{
+    TestOperator op;
+    WindowWithMenu();
+    OperateKey("Alt+f");
+    OperateKey("Down");
+    seenMessages.clear();
+    bool down = false;
+    onMessage = [&](const SeenMessage& seen) {
+        if (seen.message == WM_ENTERIDLE) down = KeyIsDown(Key::kF1);
+    };
+    OperateKey("F1");
+    EXPECT_TRUE(down);
+    EXPECT_FALSE(KeyIsDown(Key::kF1));
+    ASSERT_EQ(Seen(WM_ENTERIDLE).size(), 1U);
+    EXPECT_EQ(Seen(WM_ENTERIDLE)[0].wParam, 2U);
+    EXPECT_THAT(SeenCommands(), ElementsAre(107));
+    // In that order.
+    const auto place = [](std::uint32_t message) {
+        return std::ranges::find(seenMessages, message, &SeenMessage::message) - seenMessages.begin();
+    };
+    EXPECT_LT(place(WM_ENTERIDLE), place(WM_COMMAND));
+}
+
+TEST(Accelerators, SendTheirCommand)
+{
+    TestOperator op;
+    WindowWithMenu();
+    for (const char* key : {"F3", "Shift+F3", "Ctrl+Q", "Right", "PgUp", "Shift+PgDn", "Shift+PrintScrn", "F10"}) {
+        EXPECT_TRUE(OperateKey(key)) << key;
+    }
+    EXPECT_THAT(SeenCommands(), ElementsAre(106, 103, 119, 202, 208, 217, 117, 155));
+    for (const SeenMessage& seen : Seen(WM_COMMAND)) EXPECT_EQ(seen.lParam, 0);
+}
+
+TEST(Accelerators, OtherKeysReachTheWindow)
+{
+    TestOperator op;
+    WindowWithMenu();
+    EXPECT_TRUE(OperateKey("F5"));
+    EXPECT_TRUE(OperateKey("Ctrl+F3"));
+    EXPECT_TRUE(OperateKey("Return"));
+    EXPECT_FALSE(OperateKey("NoSuchKey"));
+    EXPECT_TRUE(SeenCommands().empty());
+    ASSERT_EQ(Seen(WM_KEYDOWN).size(), 1U);
+    EXPECT_EQ(Seen(WM_KEYDOWN)[0].wParam, static_cast<WPARAM>(Key::kReturn));
+}
+
+void Press(QWidget* widget, int key, Qt::KeyboardModifiers modifiers, const QString& text, bool repeats)
+{
+    QKeyEvent press(QEvent::KeyPress, key, modifiers, text, repeats);
+    QCoreApplication::sendEvent(widget, &press);
+}
+
+TEST(Accelerators, PlusAndMinusWorkOnTheKeypadAndWithShift)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    Press(window->widget, Qt::Key_Plus, Qt::NoModifier, "+", false);
+    Press(window->widget, Qt::Key_Plus, Qt::ShiftModifier, "+", false);
+    Press(window->widget, Qt::Key_Plus, Qt::KeypadModifier, "+", false);
+    Press(window->widget, Qt::Key_Minus, Qt::KeypadModifier, "-", false);
+    Press(window->widget, Qt::Key_Plus, Qt::ControlModifier, "", false);
+    EXPECT_THAT(SeenCommands(), ElementsAre(200, 200, 200, 201));
+}
+
+TEST(Accelerators, HeldKeySendsAgain)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    Press(window->widget, Qt::Key_Right, Qt::NoModifier, {}, false);
+    Press(window->widget, Qt::Key_Right, Qt::NoModifier, {}, true);
+    Press(window->widget, Qt::Key_Right, Qt::NoModifier, {}, true);
+    EXPECT_THAT(SeenCommands(), ElementsAre(202, 202, 202));
+}
+
+TEST(Accelerators, ComeBeforeAControlButNotBeforeTyping)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    QComboBox list(window->widget);
+    list.addItems({"a", "b"});
+    list.show();
+    Press(&list, Qt::Key_PageUp, Qt::NoModifier, {}, false);
+    Press(&list, Qt::Key_Right, Qt::NoModifier, {}, false);
+    EXPECT_THAT(SeenCommands(), ElementsAre(208, 202));
+
+    seenMessages.clear();
+    QLineEdit edit(window->widget);
+    edit.show();
+    Press(&edit, Qt::Key_Plus, Qt::NoModifier, "+", false);
+    Press(&edit, Qt::Key_Right, Qt::NoModifier, {}, false);
+    Press(&edit, Qt::Key_C, Qt::ControlModifier, {}, false);
+    EXPECT_EQ(edit.text(), "+");
+    EXPECT_TRUE(SeenCommands().empty());
+    Press(&edit, Qt::Key_F3, Qt::NoModifier, {}, false);
+    EXPECT_THAT(SeenCommands(), ElementsAre(106));
+}
+
+TEST(Accelerators, AreSilentWhileABoxIsInFront)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    op.AtNextBox([](const FrontBox&) { OperateKey("F3"); });
+    MessageBox(window, "text", "caption");
+    EXPECT_TRUE(SeenCommands().empty());
+}
+
+}  // namespace
+}  // namespace kelvo

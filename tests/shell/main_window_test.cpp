@@ -1,0 +1,312 @@
+// The dispatcher's timers and help keys, with a stored frame in the place of the camera's.
+#include "shell/main_window.h"
+
+#include "display/picture_fixture.h"
+#include "grabber/frame_state.h"
+#include "imagefile/header.h"
+#include "platform/clock.h"
+#include "platform/pointer.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/menu.h"
+#include "shell/image_cursor.h"
+#include "shell/windows.h"
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QWidget>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint32_t kCursorTimerId = 1;
+constexpr std::uint32_t kLiveTimerId = 3;
+
+class MainWindow : public PictureTest {
+  protected:
+    void SetUp() override { View(8, 6, std::vector<std::int16_t>(48, 100)); }
+    static void Expire(std::uint32_t timer)
+    {
+        SetTimer(hWndMain, timer, 0);
+        MainWndProc(hWndMain, WM_TIMER, timer, 0);
+    }
+    std::vector<std::string> StatusTexts() const { return op->Texts("status", "text"); }
+};
+
+TEST_F(MainWindow, TheLiveTimerDrawsAStoredFrameOnceAndRests)
+{
+    Expire(kLiveTimerId);
+    EXPECT_EQ(LiveFrame.size(), 48U);
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
+}
+
+TEST_F(MainWindow, TheLiveTimerDoesNothingWhileTheDisplayIsOff)
+{
+    DisplayEnabled = 0;
+    LiveVideo = 1;
+    Expire(kLiveTimerId);
+    EXPECT_THAT(LiveFrame, IsEmpty());
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId)) << "it isn't set again";
+    LiveVideo = 0;
+    DisplayEnabled = 1;
+}
+
+TEST_F(MainWindow, WithNeitherCameraNorFileTheLiveTimerDoesNothing)
+{
+    ViewingFile = 0;
+    Expire(kLiveTimerId);
+    EXPECT_THAT(LiveFrame, IsEmpty());
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
+}
+
+TEST_F(MainWindow, TheRateIsShownAfterAHundredAndOneFrames)
+{
+    LiveVideo = 1;
+    for (int frame = 0; frame < 100; ++frame) {
+        Expire(kLiveTimerId);
+        ASSERT_TRUE(TimerIsSet(hWndMain, kLiveTimerId));
+        DelayMs(10);
+    }
+    EXPECT_THAT(StatusTexts(), IsEmpty());
+    Expire(kLiveTimerId);  // 101 frames, 1000 ms after the first
+    EXPECT_THAT(StatusTexts(), ElementsAre("  Displaying at 101 Hz"));
+
+    // The count starts anew: again 101 frames, 2000 ms.
+    for (int frame = 0; frame < 100; ++frame) {
+        Expire(kLiveTimerId);
+        DelayMs(20);
+    }
+    EXPECT_EQ(StatusTexts().size(), 1U);
+    Expire(kLiveTimerId);
+    EXPECT_THAT(StatusTexts(), ElementsAre("  Displaying at 101 Hz", "  Displaying at 50 Hz"));
+    LiveVideo = 0;
+}
+
+TEST_F(MainWindow, AFrozenFrameStartsTheCountAnew)
+{
+    LiveVideo = 1;
+    for (int frame = 0; frame < 100; ++frame) Expire(kLiveTimerId);
+    LiveVideo = 0;
+    Expire(kLiveTimerId);
+    LiveVideo = 1;
+    for (int frame = 0; frame < 100; ++frame) Expire(kLiveTimerId);
+    EXPECT_THAT(StatusTexts(), IsEmpty());
+    LiveVideo = 0;
+}
+
+TEST_F(MainWindow, ALiveFrameThatFailsFreezes)
+{
+    ImageBuffer.clear();
+    CameraOn = 1;
+    LiveVideo = 1;
+    Expire(kLiveTimerId);
+    EXPECT_EQ(LiveVideo, 0);
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
+    CameraOn = 0;
+}
+
+TEST_F(MainWindow, TheCursorTimerEndsWithLiveVideo)
+{
+    ImageCursorOn = 1;
+    Expire(kCursorTimerId);
+    EXPECT_THAT(StatusTexts(), IsEmpty());
+    EXPECT_FALSE(TimerIsSet(hWndMain, kCursorTimerId));
+
+    LiveVideo = 1;
+    Expire(kCursorTimerId);
+    EXPECT_EQ(StatusTexts().size(), 1U);
+    EXPECT_TRUE(TimerIsSet(hWndMain, kCursorTimerId));
+
+    ImageCursorOn = 0;
+    Expire(kCursorTimerId);
+    EXPECT_EQ(StatusTexts().size(), 1U);
+    EXPECT_FALSE(TimerIsSet(hWndMain, kCursorTimerId));
+    LiveVideo = 0;
+}
+
+TEST_F(MainWindow, ATimerOfNobodyIsStopped)
+{
+    Expire(77);
+    EXPECT_FALSE(TimerIsSet(hWndMain, 77));
+}
+
+TEST_F(MainWindow, PointerMotionWithoutAModeIsNobodysBusiness)
+{
+    MainWndProc(hWndMain, WM_MOUSEMOVE, 0, 0);
+    EXPECT_THAT(StatusTexts(), IsEmpty());
+    EXPECT_FALSE(TimerIsSet(hWndMain, kCursorTimerId));
+}
+
+TEST_F(MainWindow, PointerMotionReadsUnderTheCursorAndSetsItsTimer)
+{
+    ImageCursorOn = 1;
+    EXPECT_EQ(MainWndProc(hWndMain, WM_MOUSEMOVE, 0, 0), 0);
+    EXPECT_EQ(StatusTexts().size(), 1U);
+    EXPECT_TRUE(TimerIsSet(hWndMain, kCursorTimerId));
+    ImageCursorOn = 0;
+}
+
+TEST_F(MainWindow, TheRightButtonIsTheTrackball)
+{
+    MainWndProc(hWndMain, WM_RBUTTONDOWN, 0, 0);
+    EXPECT_EQ(TrackballMode, 1);
+    MainWndProc(hWndMain, WM_RBUTTONDOWN, 0, 0);
+    EXPECT_EQ(TrackballMode, 0);
+}
+
+TEST_F(MainWindow, ACommandOfAControlIsIgnored)
+{
+    EXPECT_EQ(MainWndProc(hWndMain, WM_COMMAND, 133, 1), 0);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+    MainWndProc(hWndMain, WM_COMMAND, 133, 0);
+    EXPECT_EQ(op->Boxes().size(), 1U);
+}
+
+TEST_F(MainWindow, CreationForgetsTheSequence)
+{
+    SequencePath = "old.seq";
+    TextHeight = 0;
+    MainWndProc(hWndMain, WM_CREATE, 0, 0);
+    EXPECT_EQ(SequencePath, "");
+    EXPECT_GT(TextHeight, 0);
+}
+
+TEST_F(MainWindow, TheViewFollowsTheWindowsSize)
+{
+    MainWndProc(hWndMain, WM_SIZE, 0, MakeLong(900, 700));
+    EXPECT_EQ(ClientWidth, 900);
+    EXPECT_EQ(ClientHeight, 700);
+    EXPECT_EQ(ViewWidth, 900);
+    EXPECT_EQ(ViewHeight, 640);
+}
+
+TEST_F(MainWindow, ComingBackFromAnotherProgramSetsTheCursorsAgain)
+{
+    TrackballMode = 0;
+    ImageCursorOn = 1;
+    const std::size_t before = Commands().size();
+    EXPECT_EQ(MainWndProc(hWndMain, WM_SETFOCUS, 0, 0), 0);
+    const std::vector<int> sent(Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end());
+    EXPECT_THAT(sent, ElementsAre(151, 151));
+    EXPECT_EQ(TrackballMode, 0);
+    EXPECT_TRUE(PointerIsClipped());
+    EXPECT_EQ(IniKey("Display", "Contrast"), "1");
+    EXPECT_EQ(IniKey("Display", "Brightness"), "1000");
+    ImageCursorOn = 0;
+}
+
+TEST_F(MainWindow, TheFocusOfAnOwnWindowChangesNothing)
+{
+    ImageCursorOn = 1;
+    const std::size_t before = Commands().size();
+    MainWndProc(hWndMain, WM_SETFOCUS, reinterpret_cast<WPARAM>(hWndMain), 0);
+    EXPECT_EQ(Commands().size(), before);
+    EXPECT_EQ(IniKey("Display", "Contrast"), "missing");
+    ImageCursorOn = 0;
+}
+
+TEST_F(MainWindow, LosingTheFocusToAnotherProgramReleasesThePointer)
+{
+    ClipPointer({0, 0, 100, 100});
+    SetPointer(Pointer::kCross);
+    MainWndProc(hWndMain, WM_KILLFOCUS, reinterpret_cast<WPARAM>(hWndMain), 0);
+    EXPECT_TRUE(PointerIsClipped()) << "a window of our own has it";
+    EXPECT_EQ(CurrentPointer(), Pointer::kCross);
+    MainWndProc(hWndMain, WM_KILLFOCUS, 0, 0);
+    EXPECT_FALSE(PointerIsClipped());
+    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+}
+
+TEST_F(MainWindow, ButtonsOfThePointerAreCommands)
+{
+    const auto sentBy = [](std::uint32_t message) {
+        const std::size_t before = Commands().size();
+        MainWndProc(hWndMain, message, 0, 0);
+        QCoreApplication::processEvents();
+        return std::vector<int>(Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end());
+    };
+    EXPECT_THAT(sentBy(WM_LBUTTONDOWN), ElementsAre(151));
+    EXPECT_THAT(sentBy(WM_LBUTTONDBLCLK), ElementsAre(106, 151));
+    EXPECT_THAT(sentBy(WM_MBUTTONDOWN), IsEmpty());
+}
+
+TEST_F(MainWindow, TheWheelZoomsByItsNotches)
+{
+    const auto sentBy = [](int notches) {
+        const std::size_t before = Commands().size();
+        MainWndProc(hWndMain, WM_MOUSEWHEEL, static_cast<WPARAM>(MakeLong(0, notches)), 0);
+        return std::vector<int>(Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end());
+    };
+    EXPECT_THAT(sentBy(2), ElementsAre(200, 200));
+    EXPECT_THAT(sentBy(-1), ElementsAre(201));
+}
+
+// What the waiting dialog's owner sends while the keys are held.
+class HelpOfADialog : public MainWindow {
+  protected:
+    static void Strike(QEvent::Type type, Qt::Key key)
+    {
+        QWidget widget;
+        QKeyEvent event(type, key, Qt::NoModifier);
+        QCoreApplication::sendEvent(&widget, &event);
+    }
+    static std::vector<int> SentWhileIdle()
+    {
+        const std::size_t before = Commands().size();
+        MainWndProc(hWndMain, WM_ENTERIDLE, 0, reinterpret_cast<LPARAM>(hWndMain));
+        QCoreApplication::processEvents();
+        return {Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end()};
+    }
+};
+
+TEST_F(HelpOfADialog, F1IsItsHelpButton)
+{
+    EXPECT_THAT(SentWhileIdle(), IsEmpty());
+    Strike(QEvent::KeyPress, Qt::Key_F1);
+    EXPECT_THAT(SentWhileIdle(), ElementsAre(9));
+    Strike(QEvent::KeyRelease, Qt::Key_F1);
+    EXPECT_THAT(SentWhileIdle(), IsEmpty());
+}
+
+TEST_F(HelpOfADialog, ShiftAndF10AskOnceUntilTheyAreUp)
+{
+    Strike(QEvent::KeyPress, Qt::Key_F10);
+    EXPECT_THAT(SentWhileIdle(), IsEmpty()) << "without Shift";
+    Strike(QEvent::KeyPress, Qt::Key_Shift);
+    EXPECT_THAT(SentWhileIdle(), ElementsAre(124));
+    EXPECT_THAT(SentWhileIdle(), IsEmpty()) << "still down";
+    Strike(QEvent::KeyRelease, Qt::Key_F10);
+    EXPECT_THAT(SentWhileIdle(), IsEmpty());
+    Strike(QEvent::KeyPress, Qt::Key_F10);
+    EXPECT_THAT(SentWhileIdle(), ElementsAre(124)) << "armed again";
+    Strike(QEvent::KeyRelease, Qt::Key_F10);
+    Strike(QEvent::KeyRelease, Qt::Key_Shift);
+}
+
+TEST(HelpContexts, FollowTheCommands)
+{
+    const std::map<int, int> contexts = {
+        {103, 256}, {106, 257}, {107, 258}, {108, 259}, {109, 260}, {110, 264}, {113, 265}, {114, 266}, {115, 267},
+        {119, 268}, {120, 288}, {121, 289}, {122, 290}, {123, 291}, {130, 320}, {131, 321}, {132, 322}, {133, 323},
+        {135, 324}, {140, 352}, {141, 353}, {143, 354}, {144, 354}, {145, 354}, {146, 358}, {147, 358}, {124, 1048},
+        {149, 361}, {150, 362}, {151, 363}, {160, 369}, {161, 370}, {162, 372}, {164, 375}, {169, 41},  {21, 512},
+        {22, 513},  {190, 769}, {191, 768}, {192, 770}, {193, 772}, {195, 771}, {196, 773}};
+    for (int command = 0; command < 3000; ++command) {
+        const auto expected = contexts.find(command);
+        EXPECT_EQ(HelpContextOf(command), expected == contexts.end() ? 0 : expected->second) << command;
+    }
+}
+
+}  // namespace
+}  // namespace kelvo
