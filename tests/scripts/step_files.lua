@@ -55,3 +55,18 @@ check.seen("beep", { sound = "information" }, mark + 1)
 check.eq(box(), nil)
 check.eq(state("LoadName"), dir .. "/run8.seq")
 check.eq(pixel(77, 41), stored(0, 77, 41), "the picture stays")
+
+-- A run7 that is cut within its header is told of, and the step back leaves all as it was.
+local cut = assert(io.open(dir .. "/run7.seq", "wb"))
+cut:write(bytes:sub(1, 100))
+cut:close()
+command(113)
+choose(dir .. "/run8.seq")
+command(115)
+for _ = 1, 2 do
+  check.answer_box("Error reading Image File Header\n" .. dir .. "/run7.seq", "ok", "Kelvo message")
+end
+check.eq(box(), nil)
+check.eq(state("LoadName"), dir .. "/run8.seq")
+check.eq(state("CurrentFrame"), 1, "the last frame of the file on view")
+check.eq(pixel(77, 41), stored(0, 77, 41), "the picture stays")
