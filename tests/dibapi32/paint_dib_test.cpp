@@ -146,22 +146,22 @@ TEST_F(PaintingBitmaps, CapturesTheClientArea)
     EXPECT_EQ(DibBitCount(*dib), 24);
     EXPECT_EQ(DibWidth(*dib), client.Width());
     EXPECT_EQ(DibHeight(*dib), client.Height());
-    const std::optional<DeviceBitmap> picture = BitmapFromDib(dib);
-    ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->pixels[0], 0x010101U);
-    EXPECT_EQ(picture->pixels[1], 0x020202U);
-    EXPECT_EQ(picture->pixels[static_cast<std::size_t>(client.Width())], 0x030303U);
-    EXPECT_EQ(picture->pixels[2], kNothing);
+    const DeviceBitmap picture = BitmapFromDib(dib).value_or(DeviceBitmap{});
+    ASSERT_FALSE(picture.pixels.empty());
+    EXPECT_EQ(picture.pixels[0], 0x010101U);
+    EXPECT_EQ(picture.pixels[1], 0x020202U);
+    EXPECT_EQ(picture.pixels[static_cast<std::size_t>(client.Width())], 0x030303U);
+    EXPECT_EQ(picture.pixels[2], kNothing);
 }
 
 TEST_F(PaintingBitmaps, CapturesTheWholeWindowNoLargerThanTheScreen)
 {
-    const std::optional<DeviceBitmap> picture = CaptureWindowBitmap(hWndMain, kCaptureWindow);
-    ASSERT_TRUE(picture);
-    EXPECT_GE(picture->width, GetClientRect(hWndMain).Width());
-    EXPECT_GE(picture->height, GetClientRect(hWndMain).Height());
-    EXPECT_LE(picture->width, ScreenRect().Width());
-    EXPECT_LE(picture->height, ScreenRect().Height());
+    const DeviceBitmap picture = CaptureWindowBitmap(hWndMain, kCaptureWindow).value_or(DeviceBitmap{});
+    ASSERT_FALSE(picture.pixels.empty());
+    EXPECT_GE(picture.width, GetClientRect(hWndMain).Width());
+    EXPECT_GE(picture.height, GetClientRect(hWndMain).Height());
+    EXPECT_LE(picture.width, ScreenRect().Width());
+    EXPECT_LE(picture.height, ScreenRect().Height());
 }
 
 TEST_F(PaintingBitmaps, CutsACaptureOffAtTheScreensEdges)
@@ -173,11 +173,11 @@ TEST_F(PaintingBitmaps, CutsACaptureOffAtTheScreensEdges)
     ASSERT_TRUE(child);
     FillSurface(child, GetClientRect(child), 0x00FF0000);  // blue
     UpdateWindow(child);
-    const std::optional<DeviceBitmap> picture = CaptureWindowBitmap(child, kCaptureClient);
-    ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->width, 14);
-    EXPECT_EQ(picture->height, 7);
-    EXPECT_THAT(picture->pixels, Each(0x0000FFU));
+    const DeviceBitmap picture = CaptureWindowBitmap(child, kCaptureClient).value_or(DeviceBitmap{});
+    ASSERT_FALSE(picture.pixels.empty());
+    EXPECT_EQ(picture.width, 14);
+    EXPECT_EQ(picture.height, 7);
+    EXPECT_THAT(picture.pixels, Each(0x0000FFU));
 }
 
 TEST_F(PaintingBitmaps, CapturesNothingOfOtherAreas)
@@ -194,10 +194,11 @@ TEST_F(PaintingBitmaps, CapturesAPartOfTheScreen)
     PaintDib(hWndMain, {.left = 4, .top = 4, .right = 6, .bottom = 6}, SmallDib(), kWhole);
     UpdateWindow(hWndMain);
     const Point corner = ClientToScreen(hWndMain, {.x = 4, .y = 4});
-    const std::optional<DeviceBitmap> picture =
-        CaptureRectBitmap({.left = corner.x, .top = corner.y, .right = corner.x + 2, .bottom = corner.y + 2});
-    ASSERT_TRUE(picture);
-    EXPECT_THAT(picture->pixels, ElementsAre(0x010101U, 0x020202U, 0x030303U, 0x040404U));
+    const DeviceBitmap picture =
+        CaptureRectBitmap({.left = corner.x, .top = corner.y, .right = corner.x + 2, .bottom = corner.y + 2})
+            .value_or(DeviceBitmap{});
+    ASSERT_FALSE(picture.pixels.empty());
+    EXPECT_THAT(picture.pixels, ElementsAre(0x010101U, 0x020202U, 0x030303U, 0x040404U));
 }
 
 TEST_F(PaintingBitmaps, LoadsUnderTheHourglassAndTakesItOff)
