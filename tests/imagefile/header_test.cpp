@@ -94,7 +94,7 @@ class ImageHeaderFile : public ::testing::Test {
     {
         ImageHeaderRecord read;
         EXPECT_GE(ReadImageHeader(Put(header, dataBytes), read), 512);
-        return read.FrameCount;
+        return +read.FrameCount;
     }
 
     TempDirectory directory;
@@ -290,10 +290,10 @@ TEST_F(ImageHeaderFile, OfAnOlderVersionHasNoFrameHeaders)
 {
     ImageHeaderRecord read;
     ASSERT_EQ(ReadImageHeader(Put(Plain(16, 16).Word(40, 7).Word(144, 80), 1024), read), 512);
-    EXPECT_EQ(read.ImageHeaderDataOffset, 0);
-    EXPECT_EQ(read.FrameCount, 2U);
+    EXPECT_EQ(+read.ImageHeaderDataOffset, 0);
+    EXPECT_EQ(+read.FrameCount, 2U);
     ASSERT_EQ(ReadImageHeader(Put(Plain(16, 16).Word(144, 80), 1184), read), 512);
-    EXPECT_EQ(read.ImageHeaderDataOffset, 80);
+    EXPECT_EQ(+read.ImageHeaderDataOffset, 80);
 }
 
 TEST_F(ImageHeaderFile, OfTheSpectrometerCountsItsFloatFramesWhateverWasPlanned)
@@ -302,12 +302,12 @@ TEST_F(ImageHeaderFile, OfTheSpectrometerCountsItsFloatFramesWhateverWasPlanned)
         RawHeader(1024).Byte(0, 1).Byte(1, 0x34).Byte(2, 0x12).Byte(9, 200).Embed(111, Plain(8, 4, 4).Word(124, 8));
     ImageHeaderRecord read;
     ASSERT_EQ(ReadImageHeader(Put(spiff, 640), read), 1024);
-    EXPECT_EQ(read.FrameCount, 5U);
-    EXPECT_EQ(read.ImageWidth, 8);
-    EXPECT_EQ(read.SampleBytes, 4);
-    EXPECT_EQ(read.DataType, 8);
-    EXPECT_EQ(SpiffHeader.SpiffStepCount, 200);
-    EXPECT_EQ(SpiffHeader.SpiffHeaderIdentity, 0x1234);  // the file's own takes the place of the setting's
+    EXPECT_EQ(+read.FrameCount, 5U);
+    EXPECT_EQ(+read.ImageWidth, 8);
+    EXPECT_EQ(+read.SampleBytes, 4);
+    EXPECT_EQ(+read.DataType, 8);
+    EXPECT_EQ(+SpiffHeader.SpiffStepCount, 200);
+    EXPECT_EQ(+SpiffHeader.SpiffHeaderIdentity, 0x1234);  // the file's own takes the place of the setting's
 }
 
 TEST_F(ImageHeaderFile, OfTheSpectrometerMayBeCut)
@@ -315,8 +315,8 @@ TEST_F(ImageHeaderFile, OfTheSpectrometerMayBeCut)
     const RawHeader cut = RawHeader(700).Byte(0, 1).Embed(111, Plain(8, 4, 4));
     ImageHeaderRecord read;
     ASSERT_EQ(ReadImageHeader(Put(cut), read), 1024);
-    EXPECT_EQ(read.ImageWidth, 8);
-    EXPECT_EQ(read.FrameCount, 0xFFFFFFFEU);  // -324 bytes over 128: -2 frames, seen without sign
+    EXPECT_EQ(+read.ImageWidth, 8);
+    EXPECT_EQ(+read.FrameCount, 0xFFFFFFFEU);  // -324 bytes over 128: -2 frames, seen without sign
 }
 
 TEST_F(ImageHeaderFile, TakesOddSampleSizes)
@@ -330,9 +330,9 @@ TEST_F(ImageHeaderFile, IsNotSwappedBack)
     const RawHeader swapped = RawHeader().Word(2, 0x4001).Word(4, 0x0001).Word(6, 0x0200).Word(40, 0x0800);
     ImageHeaderRecord read;
     ASSERT_EQ(ReadImageHeader(Put(swapped, 64), read), 512);
-    EXPECT_EQ(read.ByteSwap, 0);
-    EXPECT_EQ(read.ImageWidth, 0x4001);
-    EXPECT_EQ(read.SampleBytes, 0x0200);
+    EXPECT_EQ(+read.ByteSwap, 0);
+    EXPECT_EQ(+read.ImageWidth, 0x4001);
+    EXPECT_EQ(+read.SampleBytes, 0x0200);
 }
 
 TEST_F(ImageHeaderFile, WithARecordOfNoBytesKeepsTheStoredCount)
@@ -352,7 +352,7 @@ TEST_F(ImageHeaderFile, BeyondFourGigabytesIsCountedWhole)
     std::filesystem::resize_file(path, 512 + std::uintmax_t{6'000'000'000});
     ImageHeaderRecord read;
     ASSERT_EQ(ReadImageHeader(path, read), 512);
-    EXPECT_EQ(read.FrameCount, 3'000'000'000U);
+    EXPECT_EQ(+read.FrameCount, 3'000'000'000U);
 }
 
 TEST_F(ImageHeaderFile, StaysAsItIsWhenRead)
