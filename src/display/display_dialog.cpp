@@ -256,6 +256,8 @@ LRESULT fnDISPLAYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
             return OnScroll(dialog, message, wParam, lParam);
         // The picture keeps what it shows until its table is made again; the settings stay as they were.
         case WM_CLOSE:
+            Contrast = levelsAtOpening.contrast;
+            Brightness = levelsAtOpening.brightness;
             EndDialog(dialog, 0);
             return 1;
         default:

@@ -155,15 +155,19 @@ TEST_F(DisplayDialogTest, CancelTakesAllBack)
     EXPECT_EQ(StatusText.rfind("Viewing Image", 0), 0U);
 }
 
-TEST_F(DisplayDialogTest, ClosingTheWindowLeavesThePictureAsItIs)
+TEST_F(DisplayDialogTest, ClosingTheWindowLeavesThePictureButNotTheValues)
 {
-    const int result = Run([](HWND dialog) {
+    std::uint32_t changed = 0;
+    const int result = Run([&](HWND dialog) {
         OperateScroll(dialog, 1246, 100);
         OperateCheck(dialog, 1231, true);
+        changed = Shown(0, PanelHeight());
         SendMessage(dialog, WM_CLOSE, 0, 0);
     });
     EXPECT_EQ(result, 0);
-    EXPECT_EQ(Contrast, 100);
+    EXPECT_EQ(Shown(0, PanelHeight()), changed);
+    EXPECT_EQ(Contrast, 30);
+    EXPECT_EQ(Brightness, 600);
     EXPECT_EQ(ImageColor, kNormalGray);
     EXPECT_TRUE(GetMenuItem(hWndMain, 144)->checked);
     EXPECT_EQ(IniKey("Display", "Contrast"), "missing");
