@@ -12,5 +12,5 @@ export base passed build
 git ls-files 'src/*.cpp' 'tools/*.cpp' | xargs -P "$(nproc)" -I{} bash -c '
     key=$(printf "%s %s" "$base" "$(sha1sum "{}")" | sha1sum | cut -d" " -f1)
     [ -e "$passed/$key" ] && exit 0
-    out=$(clang-tidy-16 --quiet -p "$build" "{}" 2>/dev/null) || { printf "%s\n" "$out"; exit 255; }
+    out=$(clang-tidy-16 --quiet -p "$build" "{}" 2>/dev/null) || { printf "%s\n" "$out"; exit 1; }
     touch "$passed/$key"'
