@@ -111,7 +111,8 @@ void OnLiveTimer(HWND window)
     ++liveFrameCounter;
     if (liveFrameCounter <= kRateFrames) return;
     const std::int64_t elapsedMs = std::max<std::int64_t>(1, TickMs() - liveStartMs);
-    StatusMessage(Format("  Displaying at %d Hz", static_cast<int>(liveFrameCounter * 1000 / elapsedMs)), 0);
+    const std::int64_t rateHz = std::int64_t{1000} * liveFrameCounter / elapsedMs;
+    StatusMessage(Format("  Displaying at %d Hz", static_cast<int>(rateHz)), 0);
     liveFrameCounter = 0;
 }
 
@@ -143,7 +144,8 @@ void OnEnterIdle(HWND window, WPARAM wParam, LPARAM lParam)
     if (wParam == kDialogWaits) {
         const bool helpKeys = (KeyIsDown(Key::kShift) && KeyIsDown(Key::kF10)) || KeyIsDown(Key::kMiddleButton);
         if (KeyIsDown(Key::kF1)) {
-            PostMessage(reinterpret_cast<HWND>(lParam), WM_COMMAND, kIdHelp, 0);
+            PostMessage(reinterpret_cast<HWND>(lParam), WM_COMMAND, kIdHelp,
+                        0);  // NOLINT(performance-no-int-to-ptr): a message carries it
         } else if (!helpKeys) {
             DialogHelpArmed = 1;
         } else if (DialogHelpArmed) {

@@ -27,7 +27,7 @@ Rect SplashPlace(const Dib& bitmap, HWND window)
 
 Dib ShowSplash(HWND window)
 {
-    const Dib bitmap = FileExists(DefaultDir + "/kelvo220.bmp") ? LoadDib(DefaultDir + "/kelvo220.bmp") : Dib();
+    Dib bitmap = FileExists(DefaultDir + "/kelvo220.bmp") ? LoadDib(DefaultDir + "/kelvo220.bmp") : Dib();
     if (!bitmap) {
         MessageBeep(Sound::kExclamation);
         return {};
