@@ -144,8 +144,8 @@ void OnEnterIdle(HWND window, WPARAM wParam, LPARAM lParam)
     if (wParam == kDialogWaits) {
         const bool helpKeys = (KeyIsDown(Key::kShift) && KeyIsDown(Key::kF10)) || KeyIsDown(Key::kMiddleButton);
         if (KeyIsDown(Key::kF1)) {
-            PostMessage(reinterpret_cast<HWND>(lParam), WM_COMMAND, kIdHelp,
-                        0);  // NOLINT(performance-no-int-to-ptr): a message carries it
+            const auto dialog = reinterpret_cast<HWND>(lParam);  // NOLINT(performance-no-int-to-ptr)
+            PostMessage(dialog, WM_COMMAND, kIdHelp, 0);
         } else if (!helpKeys) {
             DialogHelpArmed = 1;
         } else if (DialogHelpArmed) {
