@@ -13,10 +13,12 @@ if box() then
     answer("ok")
 end
 say("title: %s", title())
+command(143)                                 -- a second run begins as the first did
 
 -- The sample sequence.
 command(113)
 choose(datadir() .. "/sample.seq")
+while state("Xzoom") > 3 do command(201) end
 say("status: %s", status())
 screenshot(out .. "/1-sample.png")
 
