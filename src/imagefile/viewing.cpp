@@ -6,7 +6,6 @@
 #include "grabber/frame_state.h"
 #include "imagefile/coefficient_view.h"
 #include "imagefile/frame_file.h"
-#include "imagefile/select_file.h"
 #include "imagefile/sequence_names.h"
 #include "imagefile/stored_view.h"
 #include "platform/box.h"
@@ -162,14 +161,6 @@ std::vector<std::int16_t> GetImageRectFromFile(std::string_view path, std::uint3
     return rows;
 }
 
-int LoadImageCommand()
-{
-    SteppingFrames = 0;
-    std::string path = "*.img";
-    if (!SelectFile(hWndMain, path, kSelectToOpen)) return 0;
-    return ViewImage(path, 0);
-}
-
 int ViewSequence(std::string_view path)
 {
     ImageHeaderRecord header = ImageHeader;
@@ -178,13 +169,6 @@ int ViewSequence(std::string_view path)
     LastFrame = header.FrameCount - 1;
     CurrentFrame = static_cast<std::uint32_t>(-1);  // before the first
     return LoadNext();
-}
-
-int NameSequenceToLoadCommand()
-{
-    std::string path = "*.seq";
-    if (!SelectFile(hWndMain, path, kSelectToOpen)) return 0;
-    return ViewSequence(path);
 }
 
 namespace {
@@ -213,7 +197,7 @@ int ViewOrFallBack()
 
 int LoadNext()
 {
-    if (LoadName.empty()) return NameSequenceToLoadCommand();
+    if (LoadName.empty()) return 0;
     SteppingFrames = 1;
     ++CurrentFrame;
     if (CurrentFrame <= LastFrame && ViewImage(LoadName, CurrentFrame)) return 1;

@@ -27,11 +27,10 @@ int ViewImage(std::string_view path, std::uint32_t frame);
 std::vector<std::int16_t> GetImageRectFromFile(std::string_view path, std::uint32_t frame, std::int32_t left,
                                                std::int32_t top, std::int32_t right, std::int32_t bottom);
 
-// The commands. Each returns 1 if a frame came on view.
-int LoadImageCommand();           // open dialog, then its first frame
-int NameSequenceToLoadCommand();  // open dialog, then its first frame as load next does
-int LoadNext();                   // next frame, or the first of the next numbered file
-int LoadLast();                   // previous frame, or the last of the previous numbered file
+// The steps. Each returns 1 if a frame came on view. With an empty LoadName there is none to take: the command then
+// asks for a name.
+int LoadNext();  // next frame, or the first of the next numbered file
+int LoadLast();  // previous frame, or the last of the previous numbered file
 
 // Names the sequence and shows its first frame; LoadName is as before if its header can't be read.
 int ViewSequence(std::string_view path);

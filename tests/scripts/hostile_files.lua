@@ -6,15 +6,7 @@ answer("ok")
 local dir = datadir()
 local good = files.image(dir .. "/good.img", { width = 16, height = 8 }, 1, function(_, x, y) return 100 * y + x end)
 
-local seed = 12345
-local function noise(length)
-  local bytes = {}
-  for i = 1, length do
-    seed = (seed * 1103515245 + 12345) % 2147483648
-    bytes[i] = string.char(seed // 65536 % 256)
-  end
-  return table.concat(bytes)
-end
+local noise = files.noise(12345)
 
 local image = readfile(good)
 local function image_with(fields) return files.header(fields) .. noise(300) end

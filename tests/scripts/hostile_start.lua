@@ -2,15 +2,7 @@
 -- (arg[1]): boxes at most, then a stored frame can be viewed.
 -- Written before the first call: the start finds them, and puts no shipped file over them.
 local kind = arg[1]
-local seed = 99
-local function noise(length)
-  local bytes = {}
-  for i = 1, length do
-    seed = (seed * 1103515245 + 12345) % 2147483648
-    bytes[i] = string.char(seed // 65536 % 256)
-  end
-  return table.concat(bytes)
-end
+local noise = require("files").noise(99)
 local sections = { "Setup", "Display", "Camera.1", "Camera.2", "Save", "Calibration", "Ports", "Sequences" }
 local keys = { "ActiveCamera", "nCommPort", "ByteSwap", "Hroi", "Vroi", "Htotal", "Vtotal", "Hactive", "Vactive", "Xzoom", "Yzoom",
   "Xpan", "Ypan", "Xoffset", "Yoffset", "Contrast", "Brightness", "ImageColor", "GrayScale", "UnityGain", "UnityOffset",

@@ -37,4 +37,16 @@ function files.image(path, fields, frames, count)
   return files.write(path, table.concat(parts))
 end
 
+-- A source of bytes that no format means; the same seed gives the same bytes.
+function files.noise(seed)
+  return function(length)
+    local bytes = {}
+    for i = 1, length do
+      seed = (seed * 1103515245 + 12345) % 2147483648
+      bytes[i] = string.char(seed // 65536 % 256)
+    end
+    return table.concat(bytes)
+  end
+end
+
 return files
