@@ -34,20 +34,38 @@ struct Place {
 // A new module has the height of its folder. One that only calculates, or reads and writes a format, gets a line of its
 // own when something lower than its folder wants it.
 constexpr Place kPlaces[] = {
-    {"platform/", kLeaf},           {"resources/", kLeaf},
-    {"shell/windows", kLeaf},       {"shell/status", kLeaf},
-    {"grabber/frame_state", kLeaf}, {"display/display_state", kLeaf},
-    {"calib/cal_state", kLeaf},     {"config/camera_config", kLeaf},
+    {"platform/", kLeaf},
+    {"resources/", kLeaf},
+    {"shell/windows", kLeaf},
+    {"shell/status", kLeaf},
+    {"grabber/frame_state", kLeaf},
+    {"display/display_state", kLeaf},
+    {"calib/cal_state", kLeaf},
+    {"config/camera_config", kLeaf},
     {"head/head_state", kLeaf},
+    {"acquire/buffer_state", kLeaf},
 
-    {"config/", kCalculation},      {"dibapi32/", kCalculation},
-    {"pixel/", kCalculation},       {"imagefile/header", kCalculation},
+    {"config/", kCalculation},
+    {"dibapi32/", kCalculation},
+    {"pixel/", kCalculation},
+    {"imagefile/header", kCalculation},
 
-    {"display/", kDisplay},         {"grabber/", kGrabber},
-    {"simcam/", kGrabber},          {"head/", kHead},
-    {"acquire/", kAcquire},         {"imagefile/", kImageFiles},
-    {"calib/", kCalibration},       {"analysis/", kAnalysis},
-    {"usermod/", kAnalysis},        {"shell/", kShell},
+    {"display/", kDisplay},
+    {"grabber/", kGrabber},
+    {"simcam/", kGrabber},
+    {"head/", kHead},
+    {"acquire/", kAcquire},
+    {"imagefile/", kImageFiles},
+    {"calib/", kCalibration},
+    {"analysis/", kAnalysis},
+    {"usermod/", kAnalysis},
+    {"shell/", kShell},
+
+    // Procedures that stand above their folder: turning on loads a calibration, the configuration dialog restarts the
+    // set-up, the bench window belongs to the main window.
+    {"head/turn_on", kCalibration},
+    {"config/configuration_dialog", kShell},
+    {"simcam/bench_window", kShell},
 };
 
 std::optional<Rank> RankOf(std::string_view module)

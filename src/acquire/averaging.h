@@ -1,0 +1,28 @@
+// Averaging: through this every feature that wants an image of a rectangle gets it.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <variant>
+
+namespace kelvo {
+
+// Bits of mode. Exactly one of the first three.
+constexpr std::uint32_t kAverage16 = 0x001;        // the mean, rounded down, 16 bits
+constexpr std::uint32_t kSum32 = 0x004;            // the sum, 32-bit integers, not divided
+constexpr std::uint32_t kAverageFloat = 0x008;     // the mean, 32-bit floats
+constexpr std::uint32_t kTakeNewFrames = 0x040;    // when clear, see kUseStoredFrames
+constexpr std::uint32_t kPlainFrame = 0x080;       // passed by some callers; not tested
+constexpr std::uint32_t kShowProgress = 0x200;     // in the status window
+constexpr std::uint32_t kUseStoredFrames = 0x400;  // BufferFirstFrame to BufferLastFrame, in the buffer's rectangle
+
+// The caller's block: 16-bit, 32-bit or float values as mode says, at least as many as the rectangle has.
+using AverageBlock = std::variant<std::span<std::int16_t>, std::span<std::int32_t>, std::span<float>>;
+
+// Gathers count frames of a rectangle (inclusive, columns left to right, rows top to bottom) and leaves their mean or
+// sum in result, corrected by the calibration in force; deviation gets each pixel's standard deviation of raw counts
+// (empty: not wanted; untouched where count is 1). 1, or 0 after a box.
+int AverageFrames(AverageBlock result, std::span<float> deviation, std::uint32_t count, std::int32_t left,
+                  std::int32_t top, std::int32_t right, std::int32_t bottom, std::uint32_t mode);
+
+}  // namespace kelvo

@@ -1,0 +1,93 @@
+// The board's operations under their own names. Behind them stands one table of functions, filled by the board that
+// platform.ini names (section Board, key Board; "sim" is the simulated one). This is the only place that knows a board.
+//
+// Handles are small integers; 0 is none. Where no result is named it isn't tested. Without a board (or with an unknown
+// one) every operation fails.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+using BoardModule = std::int32_t;
+using BoardFrame = std::int16_t;
+
+constexpr BoardFrame kNoBoardFrame = -2;
+constexpr std::int32_t kBoardTimeout = -7;
+
+struct BoardFrameAttributes {
+    std::int32_t bits = 0;
+    std::int32_t colour = 0;  // 0: monochrome
+};
+
+struct BoardTable {
+    std::string_view name;
+    std::int32_t (*load_cnf)(const std::string& path);
+    std::int32_t (*init_sys)(std::int32_t flags);
+    BoardModule (*get_modcnf)(BoardModule parent, std::string_view name, std::int32_t kind);
+    void (*delete_all_frames)(BoardModule module);
+    BoardModule (*get_slot0)(BoardModule module);
+    void (*lin_lut)(BoardModule acquisition);
+    BoardFrame (*create_frame)(BoardModule module, std::int32_t pitch, std::int32_t rows, std::int32_t bits,
+                               std::int32_t flags);
+    std::int32_t (*frame_attrib)(BoardModule module, BoardFrame frame, BoardFrameAttributes& attributes);
+    void (*set_timeout)(BoardModule module, std::int32_t hundredthsOfASecond);
+    void (*bm_mode)(BoardModule module, std::int32_t on);
+    void (*bm_ilace)(BoardModule module, std::int32_t on);
+    void (*put_bm_firstf_start)(BoardModule module, std::int32_t field);
+    void (*err_level)(std::int32_t level);
+    std::int32_t (*grab)(BoardModule module, BoardFrame frame);
+    void (*freeze)(BoardModule module, BoardFrame frame);
+    std::int32_t (*wait_vb)(BoardModule module, BoardFrame frame);
+    std::int32_t (*read_area)(BoardModule module, BoardFrame frame, std::int32_t x, std::int32_t y, std::int32_t width,
+                              std::int32_t height, std::span<std::int16_t> buffer);
+    std::int32_t (*trig_snap)(BoardModule module, BoardFrame frame);
+    std::int32_t (*wait_trig)(BoardModule module, BoardFrame frame, std::int32_t timeout);
+    void (*trigen)(BoardModule acquisition, std::int32_t on);
+    void (*exsen)(BoardModule acquisition, std::int32_t source);
+    void (*exsyncp)(BoardModule acquisition, std::int32_t level);
+    void (*os_set_realtime_priority)(std::int32_t on);
+    void (*exit)(std::int32_t flags);
+    std::int64_t (*frame_count)(BoardModule module);
+};
+
+// Makes a board known under its name. The table has to outlive the program.
+void RegisterBoard(const BoardTable& table);
+
+std::int32_t itx_load_cnf(const std::string& path);  // 0 on success. Chooses the board first
+std::int32_t itx_init_sys(std::int32_t flags);       // 0 on success
+// The module's handle, 0 if absent. "ICP" and "CMP" at the top (parent 0); below "CMP" its five modules.
+BoardModule itx_get_modcnf(BoardModule parent, std::string_view name, std::int32_t kind);
+void icp_delete_all_frames(BoardModule module);
+BoardModule icp_get_slot0(BoardModule module);
+void amdig_lin_lut(BoardModule acquisition);
+BoardFrame icp_create_frame(BoardModule module, std::int32_t pitch, std::int32_t rows, std::int32_t bits,
+                            std::int32_t flags);  // kNoBoardFrame on failure
+std::int32_t icp_frame_attrib(BoardModule module, BoardFrame frame, BoardFrameAttributes& attributes);
+void itx_set_timeout(BoardModule module, std::int32_t hundredthsOfASecond);
+void icp_bm_mode(BoardModule module, std::int32_t on);
+void icp_bm_ilace(BoardModule module, std::int32_t on);
+void icp_put_bm_firstf_start(BoardModule module, std::int32_t field);
+void itx_err_level(std::int32_t level);
+
+std::int32_t icp_grab(BoardModule module, BoardFrame frame);  // 0 on success: continuous capture runs
+void icp_freeze(BoardModule module, BoardFrame frame);
+std::int32_t icp_wait_vb(BoardModule module, BoardFrame frame);  // blocks until the next blank; kBoardTimeout
+// Copies width x height values at (x, y) of the last whole frame to buffer, row-major. 0 on success.
+std::int32_t icp_read_area(BoardModule module, BoardFrame frame, std::int32_t x, std::int32_t y, std::int32_t width,
+                           std::int32_t height, std::span<std::int16_t> buffer);
+std::int32_t icp_trig_snap(BoardModule module, BoardFrame frame);  // 0 on success: armed for one capture
+std::int32_t icp_wait_trig(BoardModule module, BoardFrame frame, std::int32_t timeout);  // 1 when triggered
+void amdig_trigen(BoardModule acquisition, std::int32_t on);
+void amdig_exsen(BoardModule acquisition, std::int32_t source);
+void amdig_exsyncp(BoardModule acquisition, std::int32_t level);
+void itx_os_set_realtime_priority(std::int32_t on);
+void itx_exit(std::int32_t flags);
+
+// Ours: frames completed since icp_grab.
+std::int64_t icp_frame_count(BoardModule module);
+
+}  // namespace kelvo

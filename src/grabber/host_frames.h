@@ -1,0 +1,32 @@
+// The pool of frames in host memory: bursts are captured into it at full speed. Frames are Hroi x Vroi raw counts in
+// readout order, without DataOffset.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace kelvo {
+
+constexpr std::int32_t kMostHostFrames = 10000;
+
+extern std::vector<std::vector<std::int16_t>> HostFrames;
+extern std::int32_t HostFramesAllocated;  // flag
+extern std::int32_t HostFrameNext;        // index of the next free frame
+// numBufFrames (config/camera_config.h): a wish as the camera's key has it; after allocation the count of frames.
+
+// Makes the frames if they aren't there: as many as memory and the key MaxNumFramesToAllocate of the camera's section
+// in kelvo.ini allow (one more than is counted). The bytes available; 0 if numBufFrames is 0. Where memory is refused
+// part-way: "Unable to allocate all of RAM memory requested!" and the bytes so far.
+std::int64_t AllocateHostFrames();
+void FreeHostFrames();
+// Captures count frames, each after skip frames left out. The number captured; 0 on failure, after its box.
+std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip);
+// Copies a rectangle of each frame first to last, DataOffset added, to destination. The copy is flat: rows are not
+// respected. Start positions: 2 x (top x Hroi + left) in the frame, 2 x N x (k - first) in destination, N the
+// rectangle's values. What lies outside either block is left out. 1.
+std::int32_t ReadHostFrameRect(std::span<std::int16_t> destination, std::int32_t first, std::int32_t last,
+                               std::int32_t top, std::int32_t left, std::int32_t bottom, std::int32_t right);
+std::int32_t ResetHostFrameNext();  // 1
+
+}  // namespace kelvo

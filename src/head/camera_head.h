@@ -1,0 +1,104 @@
+// The camera head's register protocol: identification, programming at turn-on, frame rate, integration time, gain,
+// offset, window, and the safe state. Frames of four bytes over the serial link: register, selector, two operands.
+#pragma once
+
+#include "head/comm_link.h"
+#include "platform/types.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace kelvo {
+
+constexpr std::uint8_t kInSbHead = 0x50;    // one channel, 14 bits, window programmed digitally
+constexpr std::uint8_t kHgCdTeHead = 0x90;  // one channel, 14 bits, 64 x 64, fixed frame
+
+// The head's timing: what is to be sent, or what was sent last. Frame sizes in pixels.
+struct HeadTimingRecord {
+    std::uint8_t HeadModel = 0;
+    std::uint8_t MasterClockMinIndex = 2;
+    std::uint8_t MasterClockMaxIndex = 63;
+    std::uint8_t MasterClockIndex = 0;
+    std::int32_t MasterClockFrequency = 48000000;  // Hz
+    std::int16_t TimingRows = 0;
+    std::int16_t TimingCols = 0;
+    std::array<std::int16_t, 4> IntegrationLines{};
+    std::array<std::int16_t, 4> IntegrationCols{};
+    std::uint8_t ExtraTimingRows = 0;
+    std::uint8_t ExtraTimingCols = 0;
+    std::uint8_t AdDelay = 0;
+    std::uint8_t LineStartDelay = 0;
+    std::uint8_t FrameStartDelay = 0;
+    std::uint8_t SuperframeMode = 0;
+    std::uint8_t TimingTestMode = 0;
+};
+
+// The focal plane's serial command word. Window limits in pixels, all inclusive.
+struct FpaSerialWordRecord {
+    std::uint8_t SerialReg = 0x60;
+    std::uint8_t SerialBitA = 0;
+    std::uint8_t DetBias = 15;
+    std::uint8_t PedBias = 3;
+    std::uint8_t ColGain = 4;
+    std::uint8_t SerialBitsB = 0;
+    std::uint8_t FlipCols = 0;
+    std::uint8_t FlipRows = 0;
+    std::uint8_t FastFrame = 1;
+    std::int32_t ColStart = 0;
+    std::int32_t ColEnd = 0;
+    std::uint8_t ColBits = 1;
+    std::int32_t RowStart = 0;
+    std::int32_t RowEnd = 0;
+    std::uint8_t RowBit = 1;
+};
+
+extern HeadTimingRecord HeadTiming;
+extern FpaSerialWordRecord FpaSerialWord;
+extern std::array<std::int32_t, 4> IndexIntegrationTime;  // one index a slot
+extern std::int32_t IntegrationSlot;                      // the slot in use, 0 to 3
+// Variables that clients know by the keys' names stand in head_state.h (VideoGain, VideoOffset, FrameRate).
+
+// 1 if a known head answered (HeadModel is set), else 0 after the message that tells why. A port that is wired to
+// "none" gives 0 without a message.
+std::int32_t IdentifyCameraHead();
+// Programs the head from the camera section. 1, or 0 at the first failure that counts.
+std::int32_t LoadCameraHead();
+
+std::int32_t LoadHeadTiming(HeadTimingRecord& record);
+std::int32_t LoadFpaSerialWord(FpaSerialWordRecord record);
+std::int32_t SetHeadWindow(std::int32_t colStart, std::int32_t rowStart, std::int32_t colEnd, std::int32_t rowEnd);
+void SetFrameRateIndex(std::int32_t index);
+void SetVideoOffset(std::int32_t value);  // counts of DAC 0, clamped to 0 to 255
+void SetVideoGain(std::int32_t index);    // 1 to 14 by the table of codes; others pass through, clamped to 0 to 15
+// The result of the write; on the HgCdTe head slot.
+std::int32_t SetIntegrationIndex(std::int32_t index, std::int32_t slot);
+// The counters of an index, clamped; 1, or 0 where a clamp was needed.
+std::int32_t IntegrationFromIndex(std::int32_t index, std::int16_t& lines, std::int16_t& cols);
+void FillIntegrationCombo(HWND dialog, std::int32_t frameRateIndex, std::int32_t integrationIndex);
+// Puts the head in its safe state. Always goes through to its end; CameraOn is 0 after it (unless the link can't be
+// opened).
+void TurnCameraHeadOff();
+
+// Mirrors the low width bits of value; the bits above stay.
+constexpr std::uint32_t ReverseBits(std::uint32_t value, int width)
+{
+    std::uint32_t result = value & ~((1U << width) - 1U);
+    for (int k = 0; k < width; ++k) {
+        if (value & (1U << k)) result |= 1U << (width - 1 - k);
+    }
+    return result;
+}
+
+// Which list FillActiveList and LoadActiveList mean.
+constexpr std::int32_t kOffsetListType = 1;
+constexpr std::int32_t kGainListType = 2;
+constexpr std::int32_t kDecomListType = 8;
+// Puts a value into entries first to last - 1 of a list of Vroi x Hroi entries, made at first use. 1; 0 for any other
+// type or where memory is refused. Entries outside the list are left out.
+std::int32_t FillActiveList(std::int32_t type, std::int32_t first, std::int32_t last, double value);
+// Copies a whole list, as raw bytes of its entries. 1; 0 for any other type; "Global Memory would not lock" and 0 where
+// the source holds less than the list.
+std::int32_t LoadActiveList(std::int32_t type, std::span<const std::uint8_t> source);
+
+}  // namespace kelvo

@@ -1,0 +1,86 @@
+// Serial ports, by their classic names "COM1", "COM2", ... Section Ports of platform.ini says what stands behind a
+// name: a device ("/dev/ttyUSB0"), "sim:FILE" for a simulated head inside the program (FILE in DefaultDir), "none" for
+// no head. A name that isn't listed is "none".
+//
+// The operations are separate steps, since each can fail and each has its own message. All run on the calling thread.
+// After a failure LastSerialError tells the system's error number.
+//
+// Faults (platform/faults.h) that make a step fail: "serial open", "serial mask", "serial queues", "serial timeouts",
+// "serial state", "serial write".
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+struct SerialPort;  // an open port
+struct SerialPortCloser {
+    void operator()(SerialPort* port) const;
+};
+using SerialHandle = std::unique_ptr<SerialPort, SerialPortCloser>;  // closes the port at its end
+
+struct SerialTimeouts {
+    std::uint32_t ReadIntervalTimeout = 0;
+    std::uint32_t ReadTotalTimeoutMultiplier = 0;
+    std::uint32_t ReadTotalTimeoutConstant = 0;
+    std::uint32_t WriteTotalTimeoutMultiplier = 0;
+    std::uint32_t WriteTotalTimeoutConstant = 0;  // ms
+};
+
+// The settings of a line. Those the system leaves at nothing (flow control, parity) aren't fields: a port is always
+// raw.
+struct SerialLineState {
+    std::uint32_t BaudRate = 0;
+    std::uint8_t ByteSize = 0;
+    bool dtr = false;
+    bool rts = false;
+};
+
+// Bits of PurgeSerialPort.
+constexpr std::uint32_t kPurgeTxAbort = 1;
+constexpr std::uint32_t kPurgeRxAbort = 2;
+constexpr std::uint32_t kPurgeTxClear = 4;
+constexpr std::uint32_t kPurgeRxClear = 8;
+
+// What stands behind a name: "sim:FILE", "none" or a device's path.
+std::string SerialDevice(std::string_view name);
+
+// Opens a port for reading and writing, alone. Null where there is none, it is busy, or it isn't a terminal (then the
+// error number is ENOTTY).
+SerialHandle OpenSerialPort(std::string_view name);
+int LastSerialError();
+std::string LastSerialErrorText();
+
+bool SetSerialEventMask(SerialPort& port, std::uint32_t mask);
+bool SetSerialQueues(SerialPort& port, std::uint32_t bytesIn, std::uint32_t bytesOut);
+bool SetSerialTimeouts(SerialPort& port, const SerialTimeouts& timeouts);
+// A modem line that the device doesn't have (pseudo-terminals) is no failure.
+bool SetSerialLineState(SerialPort& port, const SerialLineState& state);
+
+void PurgeSerialPort(SerialPort& port, std::uint32_t bits);
+void ClearSerialError(SerialPort& port);
+void DropSerialDtr(SerialPort& port);
+
+// The number of bytes written within the write time-out; -1 on an error.
+std::ptrdiff_t WriteSerialPort(SerialPort& port, std::span<const std::uint8_t> bytes);
+// What has arrived, at once: 0 where there is nothing, -1 on an error (the device was unplugged).
+std::ptrdiff_t ReadSerialPort(SerialPort& port, std::span<std::uint8_t> bytes);
+
+// The other end of a "sim:FILE" port: takes what the program writes, and gives what it has answered so far. Bytes that
+// are purged are gone. Lives as long as the port is open; what the head knows lives longer.
+struct SimulatedLine {
+    std::function<void(std::span<const std::uint8_t> bytes)> write;
+    std::function<std::size_t(std::span<std::uint8_t> bytes)> read;  // the number of bytes given
+    std::function<void()> purge;
+};
+// Makes the line for a file; an empty write means that the head can't be made, and error says why.
+using SimulatedLineMaker = std::function<SimulatedLine(const std::string& file, std::string& error)>;
+void SetSimulatedLines(SimulatedLineMaker maker);
+
+}  // namespace kelvo

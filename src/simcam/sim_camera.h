@@ -1,0 +1,57 @@
+// The simulated camera: one model behind the head's wire protocol and the board. A camera is known by its file (the
+// identity, the crystal, the detector, the scene); whoever opens the same file gets the same camera, and the head keeps
+// its registers when its link closes.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+struct SimCamera;
+
+// The camera of a file in DefaultDir (or of a whole path). Null, with what is wrong in error, where the file can't be
+// read or makes no camera.
+std::shared_ptr<SimCamera> OpenSimCamera(const std::string& file, std::string& error);
+// The camera that the board shows, or the one opened last; null: none.
+std::shared_ptr<SimCamera> CurrentSimCamera();
+
+using SimFrame = std::array<std::uint8_t, 4>;
+// What the head answers to a frame of four bytes: nothing when it is silent, fewer bytes when it answers short. Faults
+// (platform/faults.h): "head silent", "head refuses", "head short", "head noise".
+std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const SimFrame& frame);
+
+// The frame period that the registers give, in microseconds; 0 while the clocks are off and no blank comes.
+double SimFramePeriodUs(const SimCamera& camera);
+
+// Frame number n of the readout: rows x columns of the window in readout order, cut at height x width; what the window
+// doesn't cover is 0. A pure function of the registers, the scene in front of the camera at timeUs, the seed and n.
+void ReadSimFrame(SimCamera& camera, std::int64_t n, std::int64_t timeUs, std::int32_t width, std::int32_t height,
+                  std::span<std::int16_t> out);
+
+// The bench. A source stands in front of the camera until another is chosen.
+enum class SimSource { kLow, kHigh, kScene, kRaw };
+SimSource SimSourceInFront(const SimCamera& camera);
+void PutSimSource(SimCamera& camera, SimSource source);
+double SimSourceDegrees(const SimCamera& camera, SimSource source);             // °C
+bool SetSimSourceDegrees(SimCamera& camera, SimSource source, double degrees);  // false outside -40 to 150 °C
+// Raw frames as the scene: 16-bit signed values, as many rows and columns as the file's name or settings tell. Empty,
+// or why not.
+std::string LoadSimRawFrames(SimCamera& camera, const std::string& path, std::int32_t columns, std::int32_t rows);
+
+// What the detector at image column x, row y really is: "gain", "offset", "dark", "noise", and 1 under what it is of
+// "dead", "weak", "strong", "offset_bad", "hot", "noisy", "blinking"; empty outside the array.
+std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, int x, int y);
+
+// Makes "sim:FILE" ports known to platform/serial.h, and the board "sim" to grabber/copm2.h.
+void RegisterSimulatedLines();
+void RegisterSimulatedBoard();
+
+}  // namespace kelvo
