@@ -40,7 +40,6 @@ int TurnOnDialog()
     return 0;
 }
 
-void CloseCommLink() {}
 void SignalExternalThread() {}
 void ExitBoard() {}
 

@@ -23,7 +23,6 @@ int ResetBoardState();
 int TurnCameraOn(const char* argument, int flag);
 int TurnOnDialog();
 
-void CloseCommLink();
 void SignalExternalThread();
 void ExitBoard();
 
