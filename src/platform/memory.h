@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <vector>
 
@@ -25,6 +26,9 @@ bool AllocateBlock(std::vector<T>& block, std::size_t count)
     }
     return true;
 }
+
+// Bytes of physical memory that may be used for host frames without making the machine swap.
+std::uint64_t AvailablePhysicalMemory();
 
 // The n-th call of MemoryAvailable from now fails, once (1: the next). 0: none fails.
 void FailAllocation(int n);

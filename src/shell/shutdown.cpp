@@ -1,6 +1,7 @@
 #include "shell/shutdown.h"
 
 #include "config/settings.h"
+#include "grabber/board.h"
 #include "grabber/frame_state.h"
 #include "platform/help.h"
 #include "platform/pointer.h"

@@ -24,11 +24,6 @@ int IdentifyCameraHead()
     return FaultIsSet("a head answers") ? 1 : 0;
 }
 
-int ResetBoardState()
-{
-    return 1;
-}
-
 int TurnCameraOn(const char* /*argument*/, int /*flag*/)
 {
     return FaultIsSet("the camera turns on") ? 1 : 0;
@@ -42,6 +37,5 @@ int TurnOnDialog()
 
 void CloseCommLink() {}
 void SignalExternalThread() {}
-void ExitBoard() {}
 
 }  // namespace kelvo
