@@ -3,6 +3,7 @@
 #include "config/settings.h"
 #include "grabber/board.h"
 #include "grabber/frame_state.h"
+#include "head/comm_link.h"
 #include "platform/help.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"

@@ -35,7 +35,6 @@ int TurnOnDialog()
     return 0;
 }
 
-void CloseCommLink() {}
 void SignalExternalThread() {}
 
 }  // namespace kelvo

@@ -21,7 +21,6 @@ int IdentifyCameraHead();
 int TurnCameraOn(const char* argument, int flag);
 int TurnOnDialog();
 
-void CloseCommLink();
 void SignalExternalThread();
 
 }  // namespace kelvo
