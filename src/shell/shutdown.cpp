@@ -1,6 +1,7 @@
 #include "shell/shutdown.h"
 
 #include "config/settings.h"
+#include "grabber/board.h"
 #include "grabber/frame_state.h"
 #include "head/comm_link.h"
 #include "platform/help.h"

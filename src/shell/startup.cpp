@@ -6,6 +6,7 @@
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "display/display_state.h"
+#include "grabber/board.h"
 #include "grabber/frame_state.h"
 #include "imagefile/select_file.h"
 #include "platform/application.h"

@@ -24,11 +24,6 @@ int IdentifyCameraHead()
     return FaultIsSet("a head answers") ? 1 : 0;
 }
 
-int ResetBoardState()
-{
-    return 1;
-}
-
 int TurnCameraOn(const char* /*argument*/, int /*flag*/)
 {
     return FaultIsSet("the camera turns on") ? 1 : 0;
@@ -41,6 +36,5 @@ int TurnOnDialog()
 }
 
 void SignalExternalThread() {}
-void ExitBoard() {}
 
 }  // namespace kelvo
