@@ -1,7 +1,9 @@
 #include "shell/shutdown.h"
 
 #include "config/settings.h"
+#include "grabber/board.h"
 #include "grabber/frame_state.h"
+#include "head/comm_link.h"
 #include "platform/help.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
