@@ -1,5 +1,6 @@
 #include "resources/menu.h"
 
+#include "resources/dialog_ids.h"
 #include "resources/ids.h"
 
 #include <algorithm>
@@ -92,6 +93,12 @@ constexpr MenuEntry kMenu[] = {
     kLine,
     Item(kCmdViewCopyPicture, "&Copy picture\tCtrl+Shift+C", "copy"),
     Item(kCmdViewFitContrast, "&Fit contrast\tCtrl+F", "contrast"),
+    kLine,
+    Check(kCmdViewFrameAccount, "Frame &account"),
+    Check(kCmdViewColorScale, "Colour &scale"),
+    Check(kCmdViewSaturation, "Sat&uration overlay"),
+    kLine,
+    Item(kCmdBench, "Simulated &bench..."),
 
     Top("&Help"),
     Item(kCmdHelpContents, "&Contents", "help"),
@@ -157,11 +164,53 @@ struct HelpRow {
     int context;
 };
 constexpr HelpRow kHelp[] = {
-    {103, 256}, {106, 257}, {107, 258}, {108, 259}, {109, 260}, {110, 264}, {113, 265}, {114, 266}, {115, 267},
-    {119, 268}, {120, 288}, {121, 289}, {122, 290}, {123, 291}, {130, 320}, {131, 321}, {132, 322}, {133, 323},
-    {135, 324}, {140, 352}, {141, 353}, {143, 354}, {144, 354}, {145, 354}, {146, 358}, {147, 358}, {124, 1048},
-    {149, 361}, {150, 362}, {151, 363}, {160, 369}, {161, 370}, {162, 372}, {164, 375}, {169, 41},  {21, 512},
-    {22, 513},  {190, 769}, {191, 768}, {192, 770}, {193, 772}, {195, 771}, {196, 773},
+    {103, 256},
+    {106, 257},
+    {107, 258},
+    {108, 259},
+    {109, 260},
+    {110, 264},
+    {113, 265},
+    {114, 266},
+    {115, 267},
+    {119, 268},
+    {120, 288},
+    {121, 289},
+    {122, 290},
+    {123, 291},
+    {130, 320},
+    {131, 321},
+    {132, 322},
+    {133, 323},
+    {135, 324},
+    {140, 352},
+    {141, 353},
+    {143, 354},
+    {144, 354},
+    {145, 354},
+    {146, 358},
+    {147, 358},
+    {124, 1048},
+    {149, 361},
+    {150, 362},
+    {151, 363},
+    {160, 369},
+    {161, 370},
+    {162, 372},
+    {164, 375},
+    {169, 41},
+    {21, 512},
+    {22, 513},
+    {190, 769},
+    {191, 768},
+    {192, 770},
+    {193, 772},
+    {195, 771},
+    {196, 773},
+    {kCmdViewFrameAccount, kHelpFrameAccount},
+    {kCmdViewColorScale, kHelpColorScale},
+    {kCmdViewSaturation, kHelpSaturation},
+    {kCmdBench, kHelpBench},
 };
 
 }  // namespace

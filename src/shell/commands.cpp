@@ -1,10 +1,12 @@
 #include "shell/commands.h"
 
+#include "config/configuration_dialog.h"
 #include "display/color_map.h"
 #include "display/display_dialog.h"
 #include "display/display_pipeline.h"
 #include "display/display_state.h"
 #include "display/unit_list.h"
+#include "grabber/frame_account.h"
 #include "grabber/frame_state.h"
 #include "imagefile/select_file.h"
 #include "imagefile/viewing.h"
@@ -21,16 +23,20 @@
 #include "resources/menu.h"
 #include "shell/about.h"
 #include "shell/bitmap_command.h"
+#include "shell/color_scale.h"
 #include "shell/cursor_command.h"
+#include "shell/frame_account_window.h"
 #include "shell/image_cursor.h"
 #include "shell/playback.h"
 #include "shell/recent_files.h"
+#include "shell/saturation_overlay.h"
 #include "shell/sequence_naming.h"
 #include "shell/shutdown.h"
 #include "shell/status.h"
 #include "shell/unbuilt.h"
 #include "shell/windows.h"
 #include "shell/zoom_pan.h"
+#include "simcam/bench_window.h"
 
 #include <algorithm>
 #include <iterator>
@@ -130,6 +136,17 @@ Ending DisplaySetup()
 {
     DisplayDialog(hWndMain);
     return Ending::kResetStatus;
+}
+
+Ending Configuration()
+{
+    ConfigurationDialog(hWndMain);
+    return Ending::kResetStatus;
+}
+
+void OpenBench()
+{
+    OpenBenchWindow(hWndMain);
 }
 
 Ending LoadCalibration()
@@ -284,7 +301,7 @@ constexpr Command kCommands[] = {
     {kCmdDisplaySetup, DisplaySetup},
     {kCmdVideoSetup, NotAvailable},
     {kCmdImageSetup, NotAvailable},
-    {kCmdConfiguration, NotAvailable},
+    {kCmdConfiguration, Configuration},
     {124, Run<ShowDialogHelp>},
     {kCmdSaveTiff8, NotAvailable},
     {kCmdSaveTiff16, NotAvailable},
@@ -318,6 +335,10 @@ constexpr Command kCommands[] = {
     {kCmdViewStop, Run<StopPlaying>},
     {kCmdViewCopyPicture, Run<CopyPicture>},
     {kCmdViewFitContrast, Run<FitContrastOnView>},
+    {kCmdViewFrameAccount, Run<ToggleFrameAccount>},
+    {kCmdViewColorScale, Run<ToggleColorScale>},
+    {kCmdViewSaturation, Run<ToggleSaturationOverlay>},
+    {kCmdBench, Run<OpenBench>},
 };
 
 LRESULT Finish(Ending ending)
@@ -338,6 +359,7 @@ Ending OpenRecent(std::size_t place)
 
 LRESULT RunCommand(HWND window, int id)
 {
+    if (LiveVideo) AccountHeldUp();  // what passes while it runs is no loss of the live cycle
     if (id >= kCmdZoomPanFirst && id <= kCmdZoomPanLast) {
         ZoomPanCommand(id);
         return Finish(ImageCursorOn ? Ending::kLeaveStatus : Ending::kResetStatus);  // the read-out stays

@@ -6,6 +6,7 @@
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "display/display_state.h"
+#include "grabber/board.h"
 #include "grabber/frame_state.h"
 #include "imagefile/select_file.h"
 #include "platform/application.h"
@@ -20,10 +21,13 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
+#include "shell/color_scale.h"
+#include "shell/frame_account_window.h"
 #include "shell/image_cursor.h"
 #include "shell/main_window.h"
 #include "shell/panel.h"
 #include "shell/recent_files.h"
+#include "shell/saturation_overlay.h"
 #include "shell/splash.h"
 #include "shell/start_options.h"
 #include "shell/status.h"
@@ -147,6 +151,19 @@ void FitMenuToCamera()
     SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
 }
 
+// What was made for the camera before goes with it: frames of another size, a link on another port.
+void ReadActiveCamera()
+{
+    const std::int32_t columns = ActiveConfig.Hroi;
+    const std::int32_t rows = ActiveConfig.Vroi;
+    const std::int32_t port = nCommPort;
+    const bool wasRead = columns != 0 || rows != 0;
+    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    if (!wasRead) return;
+    if (nCommPort != port) CloseCommLink();
+    if (ActiveConfig.Hroi != columns || ActiveConfig.Vroi != rows) FrameSizeChanged();
+}
+
 }  // namespace
 
 int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)
@@ -169,6 +186,9 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     HideSplash(splash, kSplashMs);
 
     CreateDockedPanel("PANEL", hWndMain, PanelProc);
+    OpenFrameAccount();
+    OpenColorScale();
+    OpenSaturationOverlay();
     SetPointer(Pointer::kArrow);
     StatusString(1, 0);
     ShowWindowMaximised(hWndMain);
@@ -185,7 +205,7 @@ int InitialSetup()
     MakePaths();
     HelpMode = 0;
     ReadSetupKeys();
-    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    ReadActiveCamera();
     DisplayLow = 0;
     DisplayHigh = FullScale();
 

@@ -1,8 +1,11 @@
 #include "shell/unbuilt.h"
 
+#include "grabber/board.h"
+#include "grabber/frame_account.h"
 #include "platform/box.h"
 #include "platform/faults.h"
 #include "shell/windows.h"
+#include "simcam/bench_window.h"
 
 namespace kelvo {
 
@@ -41,6 +44,21 @@ int TurnOnDialog()
 }
 
 void CloseCommLink() {}
+void FrameSizeChanged() {}
+
+const FrameAccount& CurrentFrameAccount()
+{
+    static const FrameAccount none;
+    return none;
+}
+
+void ClearFrameAccount() {}
+void AccountHeldUp() {}
+
+void OpenBenchWindow(HWND /*owner*/)
+{
+    TellNotAvailable();
+}
 void SignalExternalThread() {}
 void ExitBoard() {}
 
