@@ -44,6 +44,7 @@ constexpr int kLeastLines = 6;  // a window lower than that many lines of text h
 
 constexpr double kLargestValue = 1e12;
 constexpr int kMostDecimals = 9;
+constexpr double kLinesATick = 2.0;  // lines of text from one tick to the next, at least
 
 // What the scale shows: painted again when one of them changes.
 struct Shown {
@@ -264,7 +265,7 @@ std::vector<ScaleTick> PlaceScaleTicks(const ScaleLine& line, int top, int botto
                         span != 0 && line.counts.Span() > 0;
     if (!usable || height <= 0 || labelHeight <= 0) return {};
 
-    const double apart = 1.5 * labelHeight;
+    const double apart = kLinesATick * labelHeight;
     double step = RoundStep(std::fabs(span) * std::min(apart / height, 1.0));
     if (line.whole) step = std::max(step, 1.0);
     const int decimals = DecimalsOf(step);

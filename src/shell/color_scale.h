@@ -35,7 +35,7 @@ struct ScaleTick {
     std::string label;
 };
 
-// Ticks at multiples of 1, 2 or 5 times a power of ten, as many as stand apart by labelHeight and a half. The line's
+// Ticks at multiples of 1, 2 or 5 times a power of ten, as many as stand apart by two label heights. The line's
 // low end lies at bottom, its high end at top. None where the line has no length, or its values are no numbers.
 std::vector<ScaleTick> PlaceScaleTicks(const ScaleLine& line, int top, int bottom, int labelHeight);
 

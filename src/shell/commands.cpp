@@ -140,7 +140,11 @@ Ending DisplaySetup()
 
 Ending Configuration()
 {
+    // The cursor's place belongs to the camera and the zoom that may change.
+    const bool cursorWasOn = ImageCursorOn != 0;
+    if (cursorWasOn) SendMessage(hWndMain, WM_COMMAND, kCmdImageCursor, 0);
     ConfigurationDialog(hWndMain);
+    if (cursorWasOn) SendMessage(hWndMain, WM_COMMAND, kCmdImageCursor, 0);
     return Ending::kResetStatus;
 }
 

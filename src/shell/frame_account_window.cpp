@@ -1,6 +1,5 @@
 #include "shell/frame_account_window.h"
 
-#include "grabber/frame_account.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
@@ -25,16 +24,9 @@ constexpr std::int64_t kRefreshMs = 500;
 
 HWND accountWindow = nullptr;
 
-void ShowAccount(HWND dialog)
+void Refresh(HWND dialog)
 {
-    const FrameAccount& account = CurrentFrameAccount();
-    SetDlgItemText(dialog, kAccountDelivered, std::to_string(account.delivered));
-    SetDlgItemText(dialog, kAccountShown, std::to_string(account.shown));
-    SetDlgItemText(dialog, kAccountLost, std::to_string(account.lost));
-    SetDlgItemText(dialog, kAccountMissed, std::to_string(account.missed));
-    SetDlgItemText(dialog, kAccountDeliveredRate, Format("%.1f Hz", account.deliveredHz));
-    SetDlgItemText(dialog, kAccountShownRate, Format("%.1f Hz", account.shownHz));
-    WarnDlgItem(dialog, kAccountLost, account.lost > 0);
+    ShowFrameAccount(dialog, CurrentFrameAccount());
 }
 
 // In the lower left corner of the picture's area, where neither the colour scale nor a docked dialog stands.
@@ -67,7 +59,7 @@ bool OnCommand(HWND dialog, int id)
     switch (id) {
         case kAccountReset:
             ClearFrameAccount();
-            ShowAccount(dialog);
+            Refresh(dialog);
             return true;
         case kIdCancel:
             Close();
@@ -96,16 +88,27 @@ void ToggleFrameAccount()
     }
 }
 
+void ShowFrameAccount(HWND dialog, const FrameAccount& account)
+{
+    SetDlgItemText(dialog, kAccountDelivered, std::to_string(account.delivered));
+    SetDlgItemText(dialog, kAccountShown, std::to_string(account.shown));
+    SetDlgItemText(dialog, kAccountLost, std::to_string(account.lost));
+    SetDlgItemText(dialog, kAccountMissed, std::to_string(account.missed));
+    SetDlgItemText(dialog, kAccountDeliveredRate, Format("%.1f Hz", account.deliveredHz));
+    SetDlgItemText(dialog, kAccountShownRate, Format("%.1f Hz", account.shownHz));
+    WarnDlgItem(dialog, kAccountLost, account.lost > 0);
+}
+
 LRESULT fnACCOUNTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
 {
     switch (message) {
         case WM_INITDIALOG:
-            ShowAccount(dialog);
+            Refresh(dialog);
             Place(dialog);
             SetTimer(dialog, kRefreshTimer, kRefreshMs);
             return 1;
         case WM_TIMER:
-            ShowAccount(dialog);
+            Refresh(dialog);
             return 1;
         case WM_COMMAND:
             return OnCommand(dialog, LowWord(wParam));

@@ -2,6 +2,7 @@
 // the board delivered and what became of it. Lost frames stand in a warning colour.
 #pragma once
 
+#include "grabber/frame_account.h"
 #include "platform/types.h"
 
 #include <cstdint>
@@ -12,6 +13,9 @@ namespace kelvo {
 void OpenFrameAccount();
 // The command of the View menu. Where the window can't be made: "Unable to display dialog" under "System Error".
 void ToggleFrameAccount();
+
+// Puts an account into the window's controls.
+void ShowFrameAccount(HWND dialog, const FrameAccount& account);
 
 LRESULT fnACCOUNTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 

@@ -112,11 +112,15 @@ void FillDisplay(HWND dialog)
 
 TEST_P(LookOf, Dialogs)
 {
-    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME"}) {
+    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "INITIAL", "ACCOUNT"}) {
         dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {
                 SetDlgItemText(dialog, 1002, "0 to 2147483647");
+            }
+            if (seen.message == WM_INITDIALOG && std::string_view(name) == "ACCOUNT") {
+                for (const int id : {1001, 1002, 1003, 1004}) SetDlgItemText(dialog, id, "999999999999");
+                for (const int id : {1005, 1006}) SetDlgItemText(dialog, id, "1000.0 Hz");
             }
             return 0;
         };
