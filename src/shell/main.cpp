@@ -27,6 +27,7 @@ int main(int argc, char** argv)
         std::puts("Kelvo " KELVO_VERSION);
         return 0;
     }
+    RegisterSimulatedLines();
     RegisterSimulatedBoard();
     StartApplication(commandLine);
     if (!commandLine.transcriptFile.empty() && !OpenTranscript(commandLine.transcriptFile)) {
