@@ -4,15 +4,17 @@
 // and a description of the gather that are derived once per change of a list (PrepareCorrection).
 #pragma once
 
+#include "display/gray_lookup.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
-#include <vector>
 
 namespace kelvo {
 
 // What correction works from: lists as in calib/cal_state.h (decom in image order; offset and gain in readout order),
-// DataOffset, CalType. Lists that a CalType doesn't need may be empty.
+// DataOffset in counts, CalType. Lists that a CalType doesn't need may be empty.
 struct CorrectionLists {
     std::int32_t calType = 0;
     std::int32_t dataOffset = 0;
@@ -21,38 +23,50 @@ struct CorrectionLists {
     std::span<const float> gain;
 };
 
-// frame[i] for each image pixel i, with d = decom[i], r = raw[d]:
+// frame[i] for each image pixel i, with d = decom[i], r = raw[d]; sums are taken in 32 bits and wrap:
 //   calType 1: dataOffset + r - offset[d], stored as 16 bits without limiting;
 //   calType 2: trunc((dataOffset + r - offset[d]) / gain[d]), the quotient in double; 16 bits without limiting (a
 //              quotient beyond 32 bits or not a number gives the low half of INT32_MIN, 0);
-//   any other: dataOffset + r, or 0 if that is negative.
-// An entry of decom beyond raw reads 0. raw and frame don't overlap.
+//   any other: dataOffset + r, or 0 if that is negative; 16 bits without limiting.
+// An entry of decom beyond a list, or beyond raw, reads 0 there. Pixels beyond decom or frame are left. raw and frame
+// don't overlap.
 void CorrectByDefinition(const CorrectionLists& lists, std::span<const std::int16_t> raw,
                          std::span<std::int16_t> frame);
 
-// The lists made ready for the fast path. Prepare again whenever a list, CalType or DataOffset changes.
+// The lists made ready for the fast path. Prepare again whenever a list, CalType or DataOffset changes. A plan holds
+// the line buffers that it works with: one frame at a time.
 struct CorrectionPlan;
-// width: image pixels a row.
-CorrectionPlan* NewCorrectionPlan(const CorrectionLists& lists, std::size_t width, std::size_t rawSize);
 struct CorrectionPlanDeleter {
     void operator()(CorrectionPlan* plan) const;
 };
+using CorrectionPlanPtr = std::unique_ptr<CorrectionPlan, CorrectionPlanDeleter>;
+// width: image pixels a row; rawSize: counts of the raw frame. Null where memory is refused; nothing is told.
+CorrectionPlanPtr NewCorrectionPlan(const CorrectionLists& lists, std::size_t width, std::size_t rawSize);
+// The frame of the plan's lists. raw holds at least rawSize counts and frame at least as many as decom had entries:
+// otherwise nothing happens.
 void CorrectFrame(const CorrectionPlan& plan, std::span<const std::int16_t> raw, std::span<std::int16_t> frame);
-// The same, and each count looked up in lut (indexed by the count as unsigned; beyond it 255 x (count at all)) to
-// pixels.
-void CorrectAndLookUp(const CorrectionPlan& plan, std::span<const std::int16_t> raw, std::span<const std::uint8_t> lut,
+// The same, and the gray value of each count in pixels (as many as frame).
+void CorrectAndLookUp(const CorrectionPlan& plan, std::span<const std::int16_t> raw, const GrayTable& table,
                       std::span<std::int16_t> frame, std::span<std::uint8_t> pixels);
 
 // CorrectFrame with the lists in force (calib/cal_state.h; Hroi pixels a row). The plan is made again when a list,
-// CalType or dataOffset changed.
+// CalType or dataOffset changed; where there is no memory for it the definition works instead.
 void CorrectLiveFrame(std::span<const std::int16_t> raw, std::span<std::int16_t> frame, std::int32_t dataOffset);
 
 // Apply the live calibration (calib/cal_state.h) to a gathered frame of Hroi x Vroi values in place, through the same
-// buffer, so that an entry already overwritten is read as it then stands. Other CalTypes leave the frame. No
-// DataOffset.
+// buffer, so that an entry already overwritten is read as it then stands. With d = DecomList[i]:
+//   CalType 1: trunc(frame[d] - OffsetList[d]);   CalType 2: trunc((frame[d] - OffsetList[d]) / GainList[d]),
+// in double, stored without limiting (beyond 32 bits: INT32_MIN, of which 16 bits keep 0); floats aren't truncated.
+// Other CalTypes leave the frame. No DataOffset. A pixel whose entry lies beyond the frame or a list is left.
 void CalibrateRawFrame16(std::span<std::int16_t> frame);
 void CalibrateRawFrame32(std::span<std::int32_t> frame);
 void CalibrateRawFrameFloat(std::span<float> frame);
+
+// The same formula, reading from a copy of the gathered values: a mirrored or substituted pixel takes its detector's
+// own value. gathered is as long as frame.
+void CalibrateGathered(std::span<const std::int16_t> gathered, std::span<std::int16_t> frame);
+void CalibrateGathered(std::span<const std::int32_t> gathered, std::span<std::int32_t> frame);
+void CalibrateGathered(std::span<const float> gathered, std::span<float> frame);
 
 // The lists have changed: the next frame prepares them again. Whoever writes DecomList, OffsetList, GainList, CalType
 // or DataOffset calls it.

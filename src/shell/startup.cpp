@@ -8,6 +8,10 @@
 #include "display/display_state.h"
 #include "grabber/board.h"
 #include "grabber/frame_state.h"
+#include "head/camera_head.h"
+#include "head/comm_link.h"
+#include "head/turn_on.h"
+#include "head/video_setup.h"
 #include "imagefile/select_file.h"
 #include "platform/application.h"
 #include "platform/box.h"
@@ -134,6 +138,12 @@ void MakePaths()
     HelpFilePath = DefaultDir + "/KELVO.hlp";
 }
 
+// Another camera may be wired to another port: the link doesn't stay open on the old one.
+void LeaveOtherPort()
+{
+    if (GetPrivateProfileInt(ActiveCameraSection(), "nCommPort", 2, CameraFilePath) != nCommPort) CloseCommLink();
+}
+
 // The full scale of the head's converter at its unity setting: 16383 with gain 16384 and offset 8192.
 std::int32_t FullScale()
 {
@@ -151,16 +161,14 @@ void FitMenuToCamera()
     SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
 }
 
-// What was made for the camera before goes with it: frames of another size, a link on another port.
+// What was made for frames of another size goes with the camera that they came from.
 void ReadActiveCamera()
 {
     const std::int32_t columns = ActiveConfig.Hroi;
     const std::int32_t rows = ActiveConfig.Vroi;
-    const std::int32_t port = nCommPort;
     const bool wasRead = columns != 0 || rows != 0;
     ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
     if (!wasRead) return;
-    if (nCommPort != port) CloseCommLink();
     if (ActiveConfig.Hroi != columns || ActiveConfig.Vroi != rows) FrameSizeChanged();
 }
 
@@ -205,6 +213,7 @@ int InitialSetup()
     MakePaths();
     HelpMode = 0;
     ReadSetupKeys();
+    LeaveOtherPort();
     ReadActiveCamera();
     DisplayLow = 0;
     DisplayHigh = FullScale();

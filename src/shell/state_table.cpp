@@ -14,6 +14,7 @@
 #include "shell/image_cursor.h"
 #include "shell/status.h"
 #include "shell/windows.h"
+#include "simcam/bench_window.h"
 
 #include <optional>
 #include <span>
@@ -202,6 +203,8 @@ void RegisterProgramState()
     ScriptHooks hooks;
     hooks.pixel = CountAt;
     hooks.raw = RawSampleAt;
+    hooks.source = PutBenchSource;
+    hooks.truth = BenchTruth;
     SetScriptHooks(std::move(hooks));
 }
 

@@ -25,7 +25,7 @@ local function expect_readout()
 end
 local function far_corner()
   mouse(100, 300)  -- a pointer that doesn't move tells nothing
-  mouse(state("ClientWidth") - 1, state("ClientHeight") - state("TextHeight") - 1)
+  mouse(state("ClientWidth") - 40, state("ClientHeight") - state("TextHeight") - 40)  -- clear of scroll bars
 end
 
 drop(small)
