@@ -7,7 +7,6 @@
 #include "display/display_pipeline.h"
 #include "display/display_state.h"
 #include "display/unit_list.h"
-#include "grabber/frame_account.h"
 #include "grabber/frame_state.h"
 #include "head/turn_on.h"
 #include "head/video_setup.h"
@@ -395,7 +394,6 @@ Ending OpenRecent(std::size_t place)
 
 LRESULT RunCommand(HWND window, int id)
 {
-    if (LiveVideo) AccountHeldUp();  // what passes while it runs is no loss of the live cycle
     if (id >= kCmdZoomPanFirst && id <= kCmdZoomPanLast) {
         ZoomPanCommand(id);
         return Finish(ImageCursorOn ? Ending::kLeaveStatus : Ending::kResetStatus);  // the read-out stays

@@ -155,16 +155,14 @@ void FitMenuToCamera()
     SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
 }
 
-// What was made for the camera before goes with it: frames of another size, a link on another port.
+// What was made for frames of another size goes with the camera that they came from.
 void ReadActiveCamera()
 {
     const std::int32_t columns = ActiveConfig.Hroi;
     const std::int32_t rows = ActiveConfig.Vroi;
-    const std::int32_t port = nCommPort;
     const bool wasRead = columns != 0 || rows != 0;
     ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
     if (!wasRead) return;
-    if (nCommPort != port) CloseCommLink();
     if (ActiveConfig.Hroi != columns || ActiveConfig.Vroi != rows) FrameSizeChanged();
 }
 
