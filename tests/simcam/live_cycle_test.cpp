@@ -42,6 +42,7 @@ class LiveCycle : public SimBoardTest {
             if (TickMs() >= end) {
                 PostQuitMessage(0);
             } else {
+                AdvanceVirtualClock(1'000);  // time passes without live video too
                 op.Do(look);
             }
         };
