@@ -9,6 +9,7 @@
 #include "platform/profile.h"
 #include "platform/window.h"
 #include "shell/unbuilt.h"
+#include "simcam/bench_window.h"
 
 namespace kelvo {
 
@@ -22,6 +23,7 @@ void ShutDown()
     ReleasePointerClip();
     CloseCommLink();
     QuitHelp();
+    CloseBenchWindow();
     SignalExternalThread();
     PostQuitMessage(0);
     if (GrabberPresent) ExitBoard();

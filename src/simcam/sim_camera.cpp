@@ -182,6 +182,11 @@ double SimFramePeriodUs(const SimCamera& camera)
     return FramePeriodSeconds(camera.head) * kUsPerSecond;
 }
 
+double SimIntegrationUs(const SimCamera& camera)
+{
+    return IntegrationSeconds(camera.head) * kUsPerSecond;
+}
+
 namespace {
 
 // The part of the focal plane's window that lies on the array.
