@@ -53,7 +53,7 @@ TEST(SimPhysics, ResponseIsAreaTimesSolidAngleTimesLosses)
 {
     SimSettings settings;
     settings.transmission = 0.2;
-    EXPECT_NEAR(MeanResponse(settings) / 1.848703e-11, 1.0, 1e-6);
+    EXPECT_NEAR(MeanResponse(settings) / 1.8487064e-11, 1.0, 1e-6);
 }
 
 // Volts at 0.2 uV an electron, 0.0004 V a count: 0.0005 counts an electron.
