@@ -176,7 +176,7 @@ TEST_F(Serial, APurgeThrowsAwayWhatHasArrived)
     Wire(terminal.Slave());
     const SerialHandle port = OpenReady();
     terminal.Send({9, 9, 9, 9});
-    usleep(20000);  // the system hands bytes on in a thread of its own
+    ASSERT_THAT(ReadFor(*port, 1), ElementsAre(9));  // so they have arrived
     PurgeSerialPort(*port, kPurgeRxClear);
     terminal.Send({7});
     EXPECT_THAT(ReadFor(*port, 1), ElementsAre(7));
