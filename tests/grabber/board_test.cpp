@@ -14,7 +14,7 @@
 
 #include <filesystem>
 #include <limits>
-#include <tuple>
+#include <ostream>
 
 namespace kelvo {
 namespace {
@@ -120,6 +120,10 @@ struct SetUpFailure {
     const char* text;  // of the box; empty: none
     const char* caption;
     const char* lastAsked;
+    friend std::ostream& operator<<(std::ostream& stream, const SetUpFailure& failure)
+    {
+        return stream << failure.operation << " gives " << failure.answer;
+    }
 };
 
 class BoardSetUpFails : public BoardTest, public testing::WithParamInterface<SetUpFailure> {};
