@@ -10,7 +10,8 @@ check.eq(state("CameraFilePath"), directory .. "/camera.ini")
 check.eq(state("BuffBrdFilePath"), directory .. "/buffbrd.ini")
 check.eq(state("SeqFilePath"), directory .. "/a.seq")
 check.eq(state("HelpFilePath"), directory .. "/KELVO.hlp")
-for _, name in ipairs { "FilePathBuf", "ViewFilePath", "CnfFilePath" } do check.eq(state(name), "", name) end
+check.eq(state("CnfFilePath"), directory .. "/insb320.cnf")
+for _, name in ipairs { "FilePathBuf", "ViewFilePath" } do check.eq(state(name), "", name) end
 check.holds(readfile(directory .. "/kelvo.ini"), "ActiveCamera=2")
 check.eq(state("ActiveCamera"), 2)
 check.eq(state("DisplayHigh"), 16383)
