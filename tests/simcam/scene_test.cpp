@@ -168,8 +168,9 @@ TEST_F(SimRawScene, TheSizeComesFromTheCallTheSettingsOrTheName)
     PutCopyWith("sized.cnf", "sized.cnf", "Source=raw");
     Open("sized.cnf");
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kRaw);
-    EXPECT_EQ(RawSizeOfName("/a/b_640x512_12.raw")->columns, 640);
-    EXPECT_EQ(RawSizeOfName("/a/b_640x512_12.raw")->rows, 512);
+    const RawSize size = RawSizeOfName("/a/b_640x512_12.raw").value_or(RawSize{});
+    EXPECT_EQ(size.columns, 640);
+    EXPECT_EQ(size.rows, 512);
     EXPECT_FALSE(RawSizeOfName("/a_8x4/scene.raw"));
     EXPECT_FALSE(RawSizeOfName("x.raw"));
     EXPECT_FALSE(RawSizeOfName("99999999999999x4.raw"));

@@ -101,11 +101,11 @@ TEST_F(SimCameraFile, KeysThatAreMissingHaveDefaults)
 {
     PutFile(directory / "short.cnf", "[Head]\nModel=hgcdte\n");
     std::string error;
-    const auto settings = ReadSimSettings(directory / "short.cnf", error);
-    ASSERT_TRUE(settings) << error;
-    EXPECT_EQ(settings->model, SimModel::kHgCdTe);
-    EXPECT_EQ(settings->clockHz, 48000000);
-    EXPECT_EQ(settings->badFraction, 0.02);
+    const SimSettings settings = ReadSimSettings(directory / "short.cnf", error).value_or(SimSettings{.clockHz = 0});
+    EXPECT_EQ(error, "");
+    EXPECT_EQ(settings.model, SimModel::kHgCdTe);
+    EXPECT_EQ(settings.clockHz, 48000000);
+    EXPECT_EQ(settings.badFraction, 0.02);
 }
 
 TEST_F(SimCameraFile, AFileThatWasRepairedOpens)
