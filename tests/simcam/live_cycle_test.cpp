@@ -111,10 +111,14 @@ TEST_F(LiveCycle, WhatTheProgramItselfIsLateForIsLost)
 TEST_F(LiveCycle, GoesOnBehindADialogAndWhatPassesThereIsMissed)
 {
     RunFor(50);
-    const FrameAccount before = Account();
+    FrameAccount before;
     FrameAccount inside;
-    const std::int64_t openedMs = TickMs();
+    std::int64_t openedMs = -1;
     std::function<void()> look = [&] {
+        if (openedMs < 0) {  // the dialog's picture takes its time before
+            openedMs = TickMs();
+            before = Account();
+        }
         AdvanceVirtualClock(1'000);
         if (TickMs() < openedMs + 300) {
             op.Do(look);
@@ -128,7 +132,7 @@ TEST_F(LiveCycle, GoesOnBehindADialogAndWhatPassesThereIsMissed)
     SendMessage(hWndMain, WM_COMMAND, kCmdAbout, 0);
     EXPECT_EQ(DialogInFront(), nullptr);
     RunFor(50);
-    EXPECT_GE(inside.shown - before.shown, 25) << "300 ms at 100 Hz";
+    EXPECT_GE(inside.shown - before.shown, 28) << "300 ms at 100 Hz";
     EXPECT_EQ(Account().lost, 0);
     EXPECT_GE(Account().missed, 4);
     EXPECT_EQ(Account().delivered, Account().shown + Account().missed);
