@@ -19,6 +19,22 @@ TEST(Clock, RealDelayIsNeverShorterThanAsked)
     EXPECT_GE(TickUs() - startUs, 20000);
 }
 
+TEST(Clock, ADelayUpToAMomentEndsWhenItHasCome)
+{
+    const std::int64_t endUs = TickUs() + 7'300;
+    DelayUntilUs(endUs);
+    EXPECT_GE(TickUs(), endUs);
+    const std::int64_t nowUs = TickUs();
+    DelayUntilUs(nowUs - 1'000'000);  // long past
+    EXPECT_LT(TickUs() - nowUs, 1'000'000);
+
+    UseVirtualClock(1000000000);
+    DelayUntilUs(1'234);
+    EXPECT_EQ(TickUs(), 1'234);
+    DelayUntilUs(1'000);
+    EXPECT_EQ(TickUs(), 1'234);
+}
+
 TEST(Clock, RealWallClockIsTheMachines)
 {
     const std::time_t before = std::time(nullptr);

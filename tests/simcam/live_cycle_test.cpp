@@ -3,6 +3,7 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_state.h"
 #include "platform/clock.h"
+#include "platform/dialog.h"
 #include "platform/menu.h"
 #include "platform/timers.h"
 #include "platform/window.h"
@@ -107,20 +108,34 @@ TEST_F(LiveCycle, WhatTheProgramItselfIsLateForIsLost)
     EXPECT_EQ(Account().missed, 0);
 }
 
-TEST_F(LiveCycle, GoesOnBehindABox)
+TEST_F(LiveCycle, GoesOnBehindADialogAndWhatPassesThereIsMissed)
 {
     RunFor(50);
-    const std::int64_t before = Account().shown;
-    std::int64_t inside = 0;
-    // The box is answered once the program has waited with it in front.
-    op.AtNextBox([&](const FrontBox&) { inside = Account().shown; });
-    CameraOn = 0;
-    PostMessage(hWndMain, WM_COMMAND, kCmdLoadCalibration, 0);
+    FrameAccount before;
+    FrameAccount inside;
+    std::int64_t openedMs = -1;
+    std::function<void()> look = [&] {
+        if (openedMs < 0) {  // the dialog's picture takes its time before
+            openedMs = TickMs();
+            before = Account();
+        }
+        AdvanceVirtualClock(1'000);
+        if (TickMs() < openedMs + 300) {
+            op.Do(look);
+            return;
+        }
+        DelayMs(45);  // a slow answer of the dialog's own
+        inside = Account();
+        OperatePress(DialogInFront(), kIdOk);
+    };
+    op.Do(look);
+    SendMessage(hWndMain, WM_COMMAND, kCmdAbout, 0);
+    EXPECT_EQ(DialogInFront(), nullptr);
     RunFor(50);
-    CameraOn = 1;
-    EXPECT_GE(inside, before);
-    EXPECT_GT(Account().shown, before);
+    EXPECT_GE(inside.shown - before.shown, 28) << "300 ms at 100 Hz";
     EXPECT_EQ(Account().lost, 0);
+    EXPECT_GE(Account().missed, 4);
+    EXPECT_EQ(Account().delivered, Account().shown + Account().missed);
 }
 
 TEST_F(LiveCycle, IsHeldOffWhileAnAcquisitionOwnsTheBoardAndGoesOnAfterIt)
