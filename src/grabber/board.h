@@ -1,29 +1,13 @@
 // The frame grabber: opened at camera turn-on, closed at program exit.
 #pragma once
 
-#include "grabber/copm2.h"
+#include "grabber/board_state.h"
 
 #include <cstdint>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace kelvo {
-
-// Handles of the board's modules; 0 before init_itex. The computing modules are looked up and not used further.
-extern BoardModule IcpModule;
-extern BoardModule AcqModule;
-extern BoardModule CmpModule;
-extern BoardModule CmClu;
-extern BoardModule CmMmp;
-extern BoardModule CmHf;
-extern BoardModule CmPa;
-extern BoardModule CmMem;
-extern BoardFrame FrameA;                    // the frame on the board
-extern std::int32_t FramePitch;              // Hroi rounded up to a multiple of 32
-extern std::int32_t FrameRows;               // Vroi
-extern std::int32_t DataOffset;              // counts added to each raw value; key DataOffset of the camera section
-extern std::vector<std::uint8_t> VideoCopy;  // Hroi x Vroi, filled by nothing
 
 // Opens the board and makes the frames at the current Hroi and Vroi. 1 (GrabberPresent is 1 then), or 0 at the first
 // failure, some of which show a box; the frames in host memory are valid in all cases where memory was there.

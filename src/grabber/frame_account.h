@@ -24,7 +24,7 @@ void ClearFrameAccount();
 void AccountGrabStarted();
 // A frame has been read by the live cycle; shown: it was drawn too.
 void AccountFrameRead(bool shown);
-// What passes from here to the next read was held up by a dialog or a long command: it counts as missed.
+// A dialog or a long command stood between the last read and the next: what passes between the two counts as missed.
 void AccountHeldUp();
 
 }  // namespace kelvo

@@ -12,4 +12,10 @@ Point FrameSizeOnView()
     return {ActiveConfig.Hroi, ActiveConfig.Vroi};
 }
 
+std::size_t CameraFrameValues()
+{
+    if (ActiveConfig.Hroi < 1 || ActiveConfig.Vroi < 1) return 0;
+    return static_cast<std::size_t>(ActiveConfig.Hroi) * static_cast<std::size_t>(ActiveConfig.Vroi);
+}
+
 }  // namespace kelvo

@@ -1,17 +1,38 @@
 #include "grabber/video.h"
 
+#include "calib/cal_state.h"
+#include "config/camera_config.h"
 #include "display/display_pipeline.h"
+#include "display/display_state.h"
+#include "display/unit_list.h"
+#include "grabber/board_state.h"
+#include "grabber/copm2.h"
+#include "grabber/correction.h"
+#include "grabber/frame_account.h"
+#include "grabber/frame_read.h"
 #include "grabber/frame_size.h"
 #include "grabber/frame_state.h"
 #include "imagefile/header.h"
+#include "pixel/decommutation.h"
+#include "platform/box.h"
+#include "platform/memory.h"
+#include "platform/menu.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "shell/windows.h"
 
 #include <algorithm>
+#include <optional>
+#include <string_view>
+#include <utility>
 
 namespace kelvo {
 
 namespace {
 
 constexpr std::int32_t kCrossReach = 6;  // the arm's first pixel beyond its end
+constexpr std::uint32_t kLiveTimer = 3;
 
 // The stored frame; false where the buffer doesn't hold what the header says.
 bool CopyStoredFrame(std::vector<std::int16_t>& frame)
@@ -24,6 +45,92 @@ bool CopyStoredFrame(std::vector<std::int16_t>& frame)
     if (frame.size() < count) frame.resize(count);
     std::copy_n(pixels.begin(), count, frame.begin());
     return true;
+}
+
+// The newest frame into RawFrame; frozen, RawFrame stands as it was read last.
+bool RefreshRawFrame()
+{
+    const std::size_t values = CameraFrameValues();
+    if (values == 0 || RawFrame.size() < values) return false;  // no set-up of this size yet
+    if (!LiveVideo) return true;
+    if (!ReadBoardFrame(std::span(RawFrame).first(values))) return false;
+    AccountFrameRead(DisplayEnabled != 0);
+    return true;
+}
+
+bool EnsureDecomList()
+{
+    if (DecomList.size() >= CameraFrameValues()) return true;
+    std::vector<std::uint32_t>().swap(DecomList);
+    std::optional<std::vector<std::uint32_t>> list = LoadDecomList(ActiveConfig);
+    if (list) DecomList = std::move(*list);
+    CalibrationListsChanged();
+    return list.has_value();
+}
+
+// The camera's frame in image order, with offset and calibration.
+bool TakeCameraFrame(std::vector<std::int16_t>& frame)
+{
+    if (!RefreshRawFrame() || !EnsureDecomList()) return false;
+    const std::size_t values = CameraFrameValues();
+    if (frame.size() != values && !AllocateBlock(frame, values)) return false;
+    CorrectLiveFrame(std::span(RawFrame).first(values), frame, DataOffset);
+    return true;
+}
+
+void SetFreezeMenu(std::string_view text)
+{
+    if (hWndMain) SetMenuText(hWndMain, kCmdFreeze, text);
+}
+
+void SetTitle(std::string_view title)
+{
+    if (hWndMain) SetWindowText(hWndMain, title);
+}
+
+// Back from a stored file to the camera's frame.
+void LeaveStoredFile()
+{
+    ViewingFile = 0;
+    ViewingSequence = 0;
+    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
+    DisplayUnit = PickAvailableUnit(DisplayUnit);
+}
+
+// The analysis reads the frozen picture from ImageBuffer: the last frame on the screen.
+void KeepLiveFrame()
+{
+    const std::size_t values = CameraFrameValues();
+    if (LiveFrame.size() != values || values == 0 || ViewingFile) return;
+    const std::int32_t prefix = std::max<std::int32_t>(ImageHeader.ImageHeaderDataOffset, 0);
+    const std::size_t bytes = values * sizeof(std::int16_t) + static_cast<std::size_t>(prefix);
+    if (ImageBuffer.size() < bytes && !AllocateBlock(ImageBuffer, bytes)) return;
+    const std::span<std::int16_t> pixels = ImageBufferPixels(prefix);
+    std::copy_n(LiveFrame.begin(), std::min(values, pixels.size()), pixels.begin());
+}
+
+void Resume(std::int32_t& live)
+{
+    SetFreezeMenu("&Freeze\tF2");
+    if (ViewingFile) LeaveStoredFile();
+    ImageHeader.ImageHeaderDataOffset = 0;
+    if (icp_grab(IcpModule, FrameA) != 0) {
+        MessageBox(hWndMain, "Error starting grab to image processing board", "icp_grab");
+    }
+    AccountGrabStarted();
+    SetTitle("Kelvo");
+    live = 1;
+    if (DisplayEnabled && hWndMain) SetTimer(hWndMain, kLiveTimer, 0);
+}
+
+void Freeze(std::int32_t& live)
+{
+    SetFreezeMenu("&Continue\tF2");
+    KeepLiveFrame();
+    if (DisplayEnabled) KillTimer(hWndMain, kLiveTimer);
+    icp_freeze(IcpModule, FrameA);
+    SetTitle("Kelvo - frozen");
+    live = 0;
 }
 
 }  // namespace
@@ -45,8 +152,7 @@ std::uint16_t StampCursorCross(std::span<std::int16_t> frame, std::int32_t width
 
 int GetVideoData(std::vector<std::int16_t>& frame)
 {
-    // Without a file on view the picture comes from the board, which a viewer doesn't have.
-    if (!ViewingFile || !CopyStoredFrame(frame)) return 0;
+    if (!(ViewingFile ? CopyStoredFrame(frame) : TakeCameraFrame(frame))) return 0;
     if (ImageCursorOn) {
         const Point size = FrameSizeOnView();
         CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
@@ -55,11 +161,15 @@ int GetVideoData(std::vector<std::int16_t>& frame)
     return 1;
 }
 
-// Live video belongs to a camera that is on.
 void ToggleFreeze(std::int32_t& flag)
 {
     if (!CameraOn) return;
-    flag = flag ? 0 : 1;
+    if (flag) {
+        Freeze(flag);
+    } else {
+        Resume(flag);
+    }
+    if (hWndMain) DrawMenuBar(hWndMain);
 }
 
 }  // namespace kelvo

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "head/comm_link.h"
+#include "head/head_records.h"
 #include "platform/types.h"
 
 #include <array>
@@ -11,53 +12,12 @@
 
 namespace kelvo {
 
-constexpr std::uint8_t kInSbHead = 0x50;    // one channel, 14 bits, window programmed digitally
-constexpr std::uint8_t kHgCdTeHead = 0x90;  // one channel, 14 bits, 64 x 64, fixed frame
-
-// The head's timing: what is to be sent, or what was sent last. Frame sizes in pixels.
-struct HeadTimingRecord {
-    std::uint8_t HeadModel = 0;
-    std::uint8_t MasterClockMinIndex = 2;
-    std::uint8_t MasterClockMaxIndex = 63;
-    std::uint8_t MasterClockIndex = 0;
-    std::int32_t MasterClockFrequency = 48000000;  // Hz
-    std::int16_t TimingRows = 0;
-    std::int16_t TimingCols = 0;
-    std::array<std::int16_t, 4> IntegrationLines{};
-    std::array<std::int16_t, 4> IntegrationCols{};
-    std::uint8_t ExtraTimingRows = 0;
-    std::uint8_t ExtraTimingCols = 0;
-    std::uint8_t AdDelay = 0;
-    std::uint8_t LineStartDelay = 0;
-    std::uint8_t FrameStartDelay = 0;
-    std::uint8_t SuperframeMode = 0;
-    std::uint8_t TimingTestMode = 0;
-};
-
-// The focal plane's serial command word. Window limits in pixels, all inclusive.
-struct FpaSerialWordRecord {
-    std::uint8_t SerialReg = 0x60;
-    std::uint8_t SerialBitA = 0;
-    std::uint8_t DetBias = 15;
-    std::uint8_t PedBias = 3;
-    std::uint8_t ColGain = 4;
-    std::uint8_t SerialBitsB = 0;
-    std::uint8_t FlipCols = 0;
-    std::uint8_t FlipRows = 0;
-    std::uint8_t FastFrame = 1;
-    std::int32_t ColStart = 0;
-    std::int32_t ColEnd = 0;
-    std::uint8_t ColBits = 1;
-    std::int32_t RowStart = 0;
-    std::int32_t RowEnd = 0;
-    std::uint8_t RowBit = 1;
-};
-
 extern HeadTimingRecord HeadTiming;
 extern FpaSerialWordRecord FpaSerialWord;
 extern std::array<std::int32_t, 4> IndexIntegrationTime;  // one index a slot
 extern std::int32_t IntegrationSlot;                      // the slot in use, 0 to 3
-// Variables that clients know by the keys' names stand in head_state.h (VideoGain, VideoOffset, FrameRate).
+// Variables that clients know by the keys' names stand in head_state.h (VideoGain, VideoOffset, FrameRate), and so does
+// IntegrationTimeMsec.
 
 // 1 if a known head answered (HeadModel is set), else 0 after the message that tells why. A port that is wired to
 // "none" gives 0 without a message.
@@ -79,16 +39,6 @@ void FillIntegrationCombo(HWND dialog, std::int32_t frameRateIndex, std::int32_t
 // Puts the head in its safe state. Always goes through to its end; CameraOn is 0 after it (unless the link can't be
 // opened).
 void TurnCameraHeadOff();
-
-// Mirrors the low width bits of value; the bits above stay.
-constexpr std::uint32_t ReverseBits(std::uint32_t value, int width)
-{
-    std::uint32_t result = value & ~((1U << width) - 1U);
-    for (int k = 0; k < width; ++k) {
-        if (value & (1U << k)) result |= 1U << (width - 1 - k);
-    }
-    return result;
-}
 
 // Which list FillActiveList and LoadActiveList mean.
 constexpr std::int32_t kOffsetListType = 1;

@@ -7,14 +7,17 @@
 
 namespace kelvo {
 
-extern float FrameRate;                        // Hz; 0 until the head's timing is set
-extern std::array<std::int16_t, 4> VideoGain;  // by output
-extern std::array<std::int16_t, 4> VideoOffset;
-extern float VoltsLow;  // volts at DisplayLow and DisplayHigh
+extern float FrameRate;                          // Hz; 0 until the head's timing is set
+extern std::array<std::int32_t, 4> VideoGain;    // index, by output
+extern std::array<std::int32_t, 4> VideoOffset;  // counts of DAC 0, 0 to 255, by output
+extern float VoltsLow;                           // volts at DisplayLow and DisplayHigh
 extern float VoltsHigh;
-extern std::int32_t IntegrationSetting;  // the active integration setting
+// The integration index that the head was last given for the slot in use.
+extern std::int32_t IntegrationSetting;
 
-// The integration time in milliseconds at a frame rate (Hz, above 0) and setting. 0 until the head's timing is built.
-double IntegrationTimeMsec(float frameRate, std::int32_t setting);
+// The integration time in milliseconds at a frame rate (Hz, above 0) and index; -1 for an index beyond the table. 0
+// until a head is known and its frame size is set. The head reports no time: this follows from its registers, and is
+// part of the head protocol (camera_head.cpp). File headers ask for it through this declaration.
+double IntegrationTimeMsec(float frameRate, std::int32_t index);
 
 }  // namespace kelvo

@@ -67,10 +67,10 @@ void SetDisplayAndVideo()
 {
     ImageHeader.DisplayLow = Low16(DisplayLow);
     ImageHeader.DisplayHigh = Low16(DisplayHigh);
-    ImageHeader.VideoGain1 = VideoGain[0];
-    ImageHeader.VideoOffset1 = VideoOffset[0];
-    ImageHeader.VideoGain2 = VideoGain[1];
-    ImageHeader.VideoOffset2 = VideoOffset[1];
+    ImageHeader.VideoGain1 = Low16(VideoGain[0]);
+    ImageHeader.VideoOffset1 = Low16(VideoOffset[0]);
+    ImageHeader.VideoGain2 = Low16(VideoGain[1]);
+    ImageHeader.VideoOffset2 = Low16(VideoOffset[1]);
     ImageHeader.DataType = kIntegerSamples;
 }
 

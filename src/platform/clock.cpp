@@ -79,6 +79,16 @@ void DelayMs(std::int64_t ms)
     while (steady_clock::now() < end) std::this_thread::sleep_until(end);
 }
 
+void DelayUntilUs(std::int64_t tickUs)
+{
+    if (isVirtual) {
+        AdvanceVirtualClock(tickUs - virtualUs);
+        return;
+    }
+    const auto end = processStart + microseconds(tickUs);
+    while (steady_clock::now() < end) std::this_thread::sleep_until(end);
+}
+
 void AdvanceVirtualClock(std::int64_t us)
 {
     if (!isVirtual || us <= 0) return;

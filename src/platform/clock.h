@@ -18,6 +18,9 @@ int WallClockMilliseconds();     // 0 to 999
 // A wait of at least that long during which no messages are handled. With the virtual clock it only moves the clock.
 void DelayMs(std::int64_t milliseconds);
 
+// The same up to a moment on the TickUs scale, which has come when it returns.
+void DelayUntilUs(std::int64_t tickUs);
+
 // Moves the virtual clock; no effect on the real one. Never backward.
 void AdvanceVirtualClock(std::int64_t microseconds);
 

@@ -33,6 +33,9 @@ std::optional<FrontBox> BoxInFront();
 std::optional<FrontFileDialog> FileDialogInFront();
 HWND DialogInFront();  // null: none
 
+// A box, file selection or dialog is open, in front or not.
+bool ModalIsOpen();
+
 // Each presses in the window in front; false if there is nothing fitting in front, or no such button.
 bool PressBoxButton(Button button);
 bool ChooseFiles(const std::vector<std::string>& paths);  // as if typed and accepted: asks its questions

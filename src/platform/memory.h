@@ -3,7 +3,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
+#include <optional>
+#include <string_view>
 #include <vector>
 
 namespace kelvo {
@@ -25,6 +28,13 @@ bool AllocateBlock(std::vector<T>& block, std::size_t count)
     }
     return true;
 }
+
+// The bytes that may be taken now without making the machine swap: a share of what the system calls available. Section
+// Memory of platform.ini has the share in percent (key Share, 1 to 100, 50 where it is missing) and may set a limit in
+// bytes beside it (key Limit; 0: none).
+std::uint64_t AvailablePhysicalMemory();
+// MemAvailable of a text as /proc/meminfo has it, in bytes; nullopt where it isn't told.
+std::optional<std::uint64_t> MemAvailableOf(std::string_view memInfo);
 
 // The n-th call of MemoryAvailable from now fails, once (1: the next). 0: none fails.
 void FailAllocation(int n);

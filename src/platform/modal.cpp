@@ -2,6 +2,7 @@
 // one is in front.
 
 #include "platform/application.h"
+#include "platform/front.h"
 #include "platform/qt_window.h"
 
 #include <QGuiApplication>
@@ -51,6 +52,11 @@ const ModalEntry* FrontModal()
 std::size_t ModalDepth()
 {
     return stack.size();
+}
+
+bool ModalIsOpen()
+{
+    return !stack.empty();
 }
 
 std::vector<QWidget*> ModalWidgets()

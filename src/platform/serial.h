@@ -3,7 +3,7 @@
 // no head. A name that isn't listed is "none".
 //
 // The operations are separate steps, since each can fail and each has its own message. All run on the calling thread.
-// After a failure LastSerialError tells the system's error number.
+// After a failure LastSerialError tells the system's error number, LastSerialErrorText the same in words.
 //
 // Faults (platform/faults.h) that make a step fail: "serial open", "serial mask", "serial queues", "serial timeouts",
 // "serial state", "serial write".
@@ -25,6 +25,8 @@ struct SerialPortCloser {
 };
 using SerialHandle = std::unique_ptr<SerialPort, SerialPortCloser>;  // closes the port at its end
 
+// A read never waits: reading is set to give at once what there is (interval 0xFFFFFFFF, totals 0), and nothing else
+// can be set. A write waits for room as long as its multiplier times the bytes, plus the constant.
 struct SerialTimeouts {
     std::uint32_t ReadIntervalTimeout = 0;
     std::uint32_t ReadTotalTimeoutMultiplier = 0;
@@ -51,8 +53,8 @@ constexpr std::uint32_t kPurgeRxClear = 8;
 // What stands behind a name: "sim:FILE", "none" or a device's path.
 std::string SerialDevice(std::string_view name);
 
-// Opens a port for reading and writing, alone. Null where there is none, it is busy, or it isn't a terminal (then the
-// error number is ENOTTY).
+// Opens a port for reading and writing, alone: never waits for a carrier. Null where there is none (ENODEV), another
+// program or link holds it (EBUSY), or it isn't a terminal (ENOTTY).
 SerialHandle OpenSerialPort(std::string_view name);
 int LastSerialError();
 std::string LastSerialErrorText();

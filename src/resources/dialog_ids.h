@@ -1,4 +1,4 @@
-// Control numbers of the dialogs that came after the classic ones: ABOUT, FRAMES and GOTOFRAME.
+// Control numbers of the dialogs that came after the classic ones: ABOUT, FRAMES, GOTOFRAME and BENCH.
 #pragma once
 
 namespace kelvo {
@@ -19,6 +19,21 @@ constexpr int kFramesLast = 1006;
 
 constexpr int kGoToFrameNumber = 1001;
 constexpr int kGoToFrameRange = 1002;  // "0 to 119"
+
+// The radio buttons stand in the order of SimSource.
+constexpr int kBenchLow = 1001;
+constexpr int kBenchHigh = 1002;
+constexpr int kBenchScene = 1003;
+constexpr int kBenchRaw = 1004;
+constexpr int kBenchLowDegrees = 1011;  // whole degrees Celsius
+constexpr int kBenchHighDegrees = 1012;
+constexpr int kBenchLoad = 1013;
+constexpr int kBenchFile = 1014;     // the recording's name
+constexpr int kBenchColumns = 1015;  // 0: as the file's name tells
+constexpr int kBenchRows = 1016;
+constexpr int kBenchRate = 1021;
+constexpr int kBenchIntegration = 1022;
+constexpr int kBenchClocks = 1023;
 
 // Help pages beside those of the classic contexts.
 constexpr int kHelpUnits = 2001;

@@ -1,11 +1,14 @@
 #include "shell/commands.h"
 
+#include "calib/calibration.h"
 #include "display/color_map.h"
 #include "display/display_dialog.h"
 #include "display/display_pipeline.h"
 #include "display/display_state.h"
 #include "display/unit_list.h"
 #include "grabber/frame_state.h"
+#include "head/turn_on.h"
+#include "head/video_setup.h"
 #include "imagefile/select_file.h"
 #include "imagefile/viewing.h"
 #include "pixel/bad_pixels.h"
@@ -132,13 +135,35 @@ Ending DisplaySetup()
     return Ending::kResetStatus;
 }
 
-Ending LoadCalibration()
+Ending LoadPreviousCalibration()
 {
     if (!CameraOn) {
         MessageBox(hWndMain, "Camera must be on in order\nto load a calibration", kMessageCaption);
         return Ending::kResetStatus;
     }
-    return NotAvailable();
+    if (!ChooseCalibrationToOpen(hWndMain)) return Ending::kResetStatus;
+    CheckMenuItem(hWndMain, kCmdReplaceBadPixels, SubstBadPixels != 0);
+    if (!LoadCalibration(hWndMain, FilePathBuf)) return Ending::kResetStatus;
+    StatusString(1, 0);
+    return Ending::kLeaveStatus;
+}
+
+// Without a camera the dialog says what it needs.
+Ending NewCalibration()
+{
+    if (CameraOn) return NotAvailable();
+    RunCalibrationDialog(hWndMain);
+    return Ending::kResetStatus;
+}
+
+Ending VideoSetup()
+{
+    const std::int32_t cameraWasOn = CameraOn;
+    VideoSetupDialog(hWndMain);
+    if (CameraOn == cameraWasOn) return Ending::kResetStatus;
+    SetMenuText(hWndMain, kCmdTurnOn, CameraOn ? "&Turn Vantir off" : "&Turn Vantir on");
+    DrawMenuBar(hWndMain);
+    return Ending::kResetStatus;
 }
 
 // A coefficient file or any other stored file on view; the histogram over it joins later. A list of bad detectors is
@@ -221,9 +246,18 @@ void ShowFittingPointer()
     }
 }
 
+// After a turn-on without a calibration: the operator sets the video up, then calibrates.
+void SetUpVideo()
+{
+    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
+    VideoSetupDialog(hWndMain);
+    if (CameraOn) RunCalibrationDialog(hWndMain);
+    CheckMenuItem(hWndMain, kCmdReplaceBadPixels, SubstBadPixels != 0);
+}
+
 Ending TurnOn()
 {
-    if (TurnOnDialog()) CheckMenuItem(hWndMain, kCmdReplaceBadPixels, SubstBadPixels != 0);
+    if (TurnOnDialog(hWndMain)) SetUpVideo();
     SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
     DisplayUnit = PickAvailableUnit(DisplayUnit);
     TempScale = 1;
@@ -282,16 +316,16 @@ constexpr Command kCommands[] = {
     {kCmdPrinterSetup, PrinterSetup},
     {kCmdExit, Exit},
     {kCmdDisplaySetup, DisplaySetup},
-    {kCmdVideoSetup, NotAvailable},
+    {kCmdVideoSetup, VideoSetup},
     {kCmdImageSetup, NotAvailable},
     {kCmdConfiguration, NotAvailable},
     {124, Run<ShowDialogHelp>},
     {kCmdSaveTiff8, NotAvailable},
     {kCmdSaveTiff16, NotAvailable},
-    {kCmdNewCalibration, NotAvailable},
+    {kCmdNewCalibration, NewCalibration},
     {kCmdUpdateCalibration, NotAvailable},
     {kCmdSaveCalibration, NotAvailable},
-    {kCmdLoadCalibration, LoadCalibration},
+    {kCmdLoadCalibration, LoadPreviousCalibration},
     {kCmdApplyCalibration, NotAvailable},
     {kCmdViewStatistics, ViewStatistics},
     {kCmdFreeze, FreezeFrame},

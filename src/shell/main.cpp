@@ -4,6 +4,7 @@
 #include "shell/start_options.h"
 #include "shell/startup.h"
 #include "shell/state_table.h"
+#include "simcam/sim_camera.h"
 
 #include <cstdio>
 #include <string>
@@ -26,6 +27,8 @@ int main(int argc, char** argv)
         std::puts("Kelvo " KELVO_VERSION);
         return 0;
     }
+    RegisterSimulatedLines();
+    RegisterSimulatedBoard();
     StartApplication(commandLine);
     if (!commandLine.transcriptFile.empty() && !OpenTranscript(commandLine.transcriptFile)) {
         std::fprintf(stderr, "kelvo: can't write the transcript %s\n", commandLine.transcriptFile.c_str());

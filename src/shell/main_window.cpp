@@ -1,12 +1,16 @@
 #include "shell/main_window.h"
 
+#include "acquire/buffer_state.h"
 #include "display/display_pipeline.h"
 #include "display/display_state.h"
+#include "grabber/frame_account.h"
 #include "grabber/frame_state.h"
 #include "platform/clock.h"
 #include "platform/dialog.h"
+#include "platform/front.h"
 #include "platform/menu.h"
 #include "platform/pointer.h"
+#include "platform/script.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "resources/ids.h"
@@ -20,6 +24,7 @@
 #include "shell/windows.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kelvo {
 
@@ -30,9 +35,11 @@ namespace {
 constexpr std::int32_t kRateFrames = 100;  // the rate is shown once the counter exceeds it
 constexpr int kViewMargin = 60;            // what panel and status line take of the client height
 constexpr int kDialogHelp = 124;
+constexpr std::int64_t kHeldOffMs = 10;  // how soon a live refresh that was held off is tried again
 
 std::int32_t liveFrameCounter = 0;
 std::int64_t liveStartMs = 0;
+bool commandRan = false;  // since the last live refresh
 
 void OnCreate(HWND window)
 {
@@ -93,11 +100,24 @@ void OnMouseWheel(HWND window, WPARAM wParam)
     for (int i = 0; i > steps; --i) SendMessage(window, WM_COMMAND, 201, 0);
 }
 
+// A command that ran since the last refresh, or a dialog that is open, explains frames that passed by.
+void AccountForHoldUps()
+{
+    if (std::exchange(commandRan, false) || ModalIsOpen()) AccountHeldUp();
+}
+
 // The heart of live video: a frame, and the timer again at once, so that the operator gets a turn between two frames.
 void OnLiveTimer(HWND window)
 {
     if (!DisplayEnabled || !(LiveVideo || CameraOn || ViewingFile)) return;
+    if (!PeriodicUpdates) {  // a long acquisition owns the board
+        commandRan = true;
+        SetTimer(window, kLiveTimer, kHeldOffMs);
+        return;
+    }
+    AccountForHoldUps();
     const int refreshed = RefreshLiveFrame();
+    if (refreshed) NoteScriptFrame();
     if (!LiveVideo) {
         if (refreshed) liveFrameCounter = 0;
         return;
@@ -163,7 +183,10 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
 {
     if (LowWord(static_cast<WPARAM>(lParam)) != 0) return 0;  // from a control: its dialog has handled it
     const int id = LowWord(wParam);
-    return HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
+    commandRan = true;  // a dialog that it opens has live video behind it
+    const LRESULT result = HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
+    commandRan = true;
+    return result;
 }
 
 void OpenDroppedFiles()

@@ -1,12 +1,15 @@
 #include "shell/shutdown.h"
 
 #include "config/settings.h"
+#include "grabber/board.h"
 #include "grabber/frame_state.h"
+#include "head/comm_link.h"
 #include "platform/help.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/window.h"
 #include "shell/unbuilt.h"
+#include "simcam/bench_window.h"
 
 namespace kelvo {
 
@@ -20,6 +23,7 @@ void ShutDown()
     ReleasePointerClip();
     CloseCommLink();
     QuitHelp();
+    CloseBenchWindow();
     SignalExternalThread();
     PostQuitMessage(0);
     if (GrabberPresent) ExitBoard();

@@ -6,7 +6,12 @@
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "display/display_state.h"
+#include "grabber/board.h"
 #include "grabber/frame_state.h"
+#include "head/camera_head.h"
+#include "head/comm_link.h"
+#include "head/turn_on.h"
+#include "head/video_setup.h"
 #include "imagefile/select_file.h"
 #include "platform/application.h"
 #include "platform/box.h"
@@ -130,6 +135,12 @@ void MakePaths()
     HelpFilePath = DefaultDir + "/KELVO.hlp";
 }
 
+// Another camera may be wired to another port: the link doesn't stay open on the old one.
+void LeaveOtherPort()
+{
+    if (GetPrivateProfileInt(ActiveCameraSection(), "nCommPort", 2, CameraFilePath) != nCommPort) CloseCommLink();
+}
+
 // The full scale of the head's converter at its unity setting: 16383 with gain 16384 and offset 8192.
 std::int32_t FullScale()
 {
@@ -185,6 +196,7 @@ int InitialSetup()
     MakePaths();
     HelpMode = 0;
     ReadSetupKeys();
+    LeaveOtherPort();
     ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
     DisplayLow = 0;
     DisplayHigh = FullScale();

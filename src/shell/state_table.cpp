@@ -13,6 +13,7 @@
 #include "shell/image_cursor.h"
 #include "shell/status.h"
 #include "shell/windows.h"
+#include "simcam/bench_window.h"
 
 #include <optional>
 #include <span>
@@ -192,6 +193,8 @@ void RegisterProgramState()
     ScriptHooks hooks;
     hooks.pixel = CountAt;
     hooks.raw = RawSampleAt;
+    hooks.source = PutBenchSource;
+    hooks.truth = BenchTruth;
     SetScriptHooks(std::move(hooks));
 }
 

@@ -1,7 +1,6 @@
 #include "shell/unbuilt.h"
 
 #include "platform/box.h"
-#include "platform/faults.h"
 #include "shell/windows.h"
 
 namespace kelvo {
@@ -12,36 +11,12 @@ void TellNotAvailable()
                BoxIcon::kInformation);
 }
 
-void LoadVideoSettings() {}
 void LoadCalibrationSettings() {}
 void ReadGraphicsKeys() {}
 void InitUserModules() {}
 void RegisterExternalSignal() {}
 void BuildTiffTemplate() {}
 
-int IdentifyCameraHead()
-{
-    return FaultIsSet("a head answers") ? 1 : 0;
-}
-
-int ResetBoardState()
-{
-    return 1;
-}
-
-int TurnCameraOn(const char* /*argument*/, int /*flag*/)
-{
-    return FaultIsSet("the camera turns on") ? 1 : 0;
-}
-
-int TurnOnDialog()
-{
-    TellNotAvailable();
-    return 0;
-}
-
-void CloseCommLink() {}
 void SignalExternalThread() {}
-void ExitBoard() {}
 
 }  // namespace kelvo

@@ -8,23 +8,12 @@ namespace kelvo {
 void TellNotAvailable();
 
 // Start-up calls. Each leaves its subsystem's state as it stands at start.
-void LoadVideoSettings();
 void LoadCalibrationSettings();
 void ReadGraphicsKeys();
 void InitUserModules();
 void RegisterExternalSignal();
 void BuildTiffTemplate();
 
-// No head answers: 0. With "a head answers" set (platform/faults.h) 1, so that the start behind it can be tested.
-int IdentifyCameraHead();
-// The board layer without a board: 1.
-int ResetBoardState();
-// 0: not turned on; with "the camera turns on" set, 1.
-int TurnCameraOn(const char* argument, int flag);
-int TurnOnDialog();
-
-void CloseCommLink();
 void SignalExternalThread();
-void ExitBoard();
 
 }  // namespace kelvo

@@ -4,17 +4,26 @@
 
 #include "platform/types.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace kelvo {
+
+extern HWND hDlgBench;  // null while it isn't open
 
 // Opens the window, or brings it to the front; tells in a box where there is no simulated camera.
 void OpenBenchWindow(HWND owner);
 void CloseBenchWindow();
+LRESULT fnBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
 // sim.source: "low", "high", "scene" or "raw", at a temperature in °C if one is given; empty, or why it can't be.
 std::string PutBenchSource(std::string_view source, std::optional<double> degrees);
+// sim.truth: what the detector at image column x, row y really is; empty outside the array and without a simulated
+// camera.
+std::vector<std::pair<std::string, double>> BenchTruth(int x, int y);
 
 }  // namespace kelvo

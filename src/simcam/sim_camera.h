@@ -30,6 +30,8 @@ std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const SimFrame& fram
 
 // The frame period that the registers give, in microseconds; 0 while the clocks are off and no blank comes.
 double SimFramePeriodUs(const SimCamera& camera);
+// The integration time that the registers give, in microseconds; at most the frame period.
+double SimIntegrationUs(const SimCamera& camera);
 
 // Frame number n of the readout: rows x columns of the window in readout order, cut at height x width; what the window
 // doesn't cover is 0. A pure function of the registers, the scene in front of the camera at timeUs, the seed and n.

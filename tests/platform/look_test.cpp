@@ -112,11 +112,16 @@ void FillDisplay(HWND dialog)
 
 TEST_P(LookOf, Dialogs)
 {
-    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME"}) {
+    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON"}) {
         dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {
                 SetDlgItemText(dialog, 1002, "0 to 2147483647");
+            }
+            if (seen.message == WM_INITDIALOG && std::string_view(name) == "BENCH") {
+                SetDlgItemText(dialog, 1011, "-40");
+                SetDlgItemText(dialog, 1012, "150");
+                SetDlgItemText(dialog, 1014, "a recording with a long name.raw");
             }
             return 0;
         };

@@ -1,5 +1,8 @@
 #include "platform/memory.h"
 
+#include "shell/windows.h"
+#include "support/temp_directory.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -44,6 +47,57 @@ TEST(Memory, AnOrderedFailureCanBeTakenBack)
     FailAllocation(1);
     FailAllocation(0);
     EXPECT_TRUE(MemoryAvailable(1));
+}
+
+class PhysicalMemory : public testing::Test {
+  protected:
+    PhysicalMemory() { DefaultDir = directory.Path(); }
+
+    std::uint64_t With(const std::string& keys) const
+    {
+        PutFile(directory / "platform.ini", "[Memory]\n" + keys);
+        return AvailablePhysicalMemory();
+    }
+
+    // What the machine says at this moment; other programs take and give while the test runs.
+    static double Machine() { return static_cast<double>(MemAvailableOf(FileContents("/proc/meminfo")).value_or(0)); }
+
+    TempDirectory directory;
+};
+
+TEST_F(PhysicalMemory, IsReadFromTheSystemsTable)
+{
+    EXPECT_EQ(MemAvailableOf("MemTotal:  16 kB\nMemFree: 8 kB\nMemAvailable:    12 kB\nBuffers: 1 kB\n"), 12288U);
+    EXPECT_EQ(MemAvailableOf("MemAvailable: 3000000000 kB\n"), 3072000000000U);
+    EXPECT_EQ(MemAvailableOf("MemTotal: 16 kB\n"), std::nullopt);
+    EXPECT_EQ(MemAvailableOf("XMemAvailable: 16 kB\n"), std::nullopt);
+    EXPECT_EQ(MemAvailableOf("MemAvailable: kB\n"), std::nullopt);
+    EXPECT_EQ(MemAvailableOf("MemAvailable: 18446744073709551615 kB\n"), std::nullopt);
+    EXPECT_EQ(MemAvailableOf(""), std::nullopt);
+}
+
+TEST_F(PhysicalMemory, HalfOfWhatIsAvailableMayBeTaken)
+{
+    ASSERT_GT(Machine(), 0);
+    const double share = static_cast<double>(AvailablePhysicalMemory()) / Machine();
+    EXPECT_GT(share, 0.4);
+    EXPECT_LT(share, 0.6);
+}
+
+TEST_F(PhysicalMemory, TheShareIsLimitedToOneToAHundredPercent)
+{
+    EXPECT_NEAR(static_cast<double>(With("Share=0\n")) / Machine(), 0.01, 0.005);
+    EXPECT_NEAR(static_cast<double>(With("Share=-7\n")) / Machine(), 0.01, 0.005);
+    EXPECT_NEAR(static_cast<double>(With("Share=80\n")) / Machine(), 0.8, 0.1);
+    EXPECT_NEAR(static_cast<double>(With("Share=900\n")) / Machine(), 1, 0.2);
+    EXPECT_NEAR(static_cast<double>(With("Share=much\n")) / Machine(), 0.5, 0.1);
+}
+
+TEST_F(PhysicalMemory, ALimitStandsBesideTheShare)
+{
+    EXPECT_EQ(With("Limit=10485760\n"), 10485760U);  // 64 frames of 320 x 256
+    EXPECT_NEAR(static_cast<double>(With("Limit=0\n")) / Machine(), 0.5, 0.1);
+    EXPECT_NEAR(static_cast<double>(With("Limit=9000000000000000000\n")) / Machine(), 0.5, 0.1);
 }
 
 }  // namespace

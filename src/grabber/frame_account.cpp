@@ -1,0 +1,85 @@
+#include "grabber/frame_account.h"
+
+#include "grabber/board_state.h"
+#include "grabber/copm2.h"
+#include "platform/clock.h"
+
+#include <algorithm>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::int64_t kRateWindowUs = 1'000'000;
+
+FrameAccount account;
+std::int64_t lastCount = 0;  // the board's, at the last read
+bool heldUp = true;
+
+// The rates are taken over a window that ends with the read that makes it a second long.
+struct RateWindow {
+    std::int64_t startUs = -1;
+    std::int64_t delivered = 0;
+    std::int64_t shown = 0;
+};
+RateWindow window;
+
+void BeginRateWindow()
+{
+    window = {.startUs = TickUs(), .delivered = account.delivered, .shown = account.shown};
+}
+
+void UpdateRates()
+{
+    if (window.startUs < 0) {
+        BeginRateWindow();
+        return;
+    }
+    const std::int64_t elapsedUs = TickUs() - window.startUs;
+    if (elapsedUs < kRateWindowUs) return;
+    const double seconds = static_cast<double>(elapsedUs) / 1e6;
+    account.deliveredHz = static_cast<double>(account.delivered - window.delivered) / seconds;
+    account.shownHz = static_cast<double>(account.shown - window.shown) / seconds;
+    BeginRateWindow();
+}
+
+}  // namespace
+
+const FrameAccount& CurrentFrameAccount()
+{
+    return account;
+}
+
+void ClearFrameAccount()
+{
+    account = {};
+    window = {};
+}
+
+void AccountGrabStarted()
+{
+    lastCount = 0;
+    heldUp = true;  // until the first read the live cycle doesn't run
+    window = {};
+}
+
+void AccountFrameRead(bool shown)
+{
+    const std::int64_t count = icp_frame_count(IcpModule);
+    const std::int64_t arrived = std::max<std::int64_t>(count - lastCount, 0);
+    // A frame that is read twice, once by the cursor, is no new one.
+    const std::int64_t passed = std::max<std::int64_t>(arrived - 1, 0);
+    account.delivered += arrived;
+    (heldUp ? account.missed : account.lost) += passed;
+    if (shown) ++account.shown;
+    lastCount = count;
+    heldUp = false;
+    UpdateRates();
+}
+
+void AccountHeldUp()
+{
+    heldUp = true;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,17 @@
+// One frame from the board into host memory, with what the operator sees when it doesn't come.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace kelvo {
+
+// Raises the priority, waits for the next blank and reads the whole frame, in readout order. buffer holds Hroi x Vroi
+// values. On success the priority stays raised. False after "Timeout waiting for vertical blank!" or
+// "icp_read_area() Error"; false at once while such a box is still open.
+bool ReadBoardFrame(std::span<std::int16_t> buffer);
+
+// The last whole frame into buffer, without a wait; false after its box.
+bool ReadBoardArea(std::span<std::int16_t> buffer);
+
+}  // namespace kelvo

@@ -1,0 +1,137 @@
+#include "grabber/host_frames.h"
+
+#include "config/camera_config.h"
+#include "display/display_state.h"
+#include "grabber/board_state.h"
+#include "grabber/copm2.h"
+#include "grabber/frame_read.h"
+#include "grabber/frame_size.h"
+#include "platform/box.h"
+#include "platform/memory.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+#include <algorithm>
+
+namespace kelvo {
+
+std::vector<std::vector<std::int16_t>> HostFrames;
+std::int32_t HostFramesAllocated = 0;
+std::int32_t HostFrameNext = 0;
+
+namespace {
+
+constexpr std::uint32_t kFramesLeftFree = 10;
+constexpr std::uint32_t kFewestFrames = 8;
+constexpr std::uint32_t kMostCountedFrames = kMostHostFrames - 1;
+
+std::int64_t FrameBytes()
+{
+    return static_cast<std::int64_t>(CameraFrameValues()) * 2;
+}
+
+// The count of frames that memory and the camera's section allow.
+std::uint32_t FramesAllowed(std::int64_t frameBytes)
+{
+    auto frames = static_cast<std::uint32_t>(AvailablePhysicalMemory() / static_cast<std::uint64_t>(frameBytes));
+    // Unsigned and not guarded: with memory for fewer than ten frames this is a huge number, and the next limit holds.
+    frames -= kFramesLeftFree;
+    frames = std::min(std::max(frames, kFewestFrames), kMostCountedFrames);
+    const std::int32_t limit =
+        GetPrivateProfileInt(ActiveCameraSection(), "MaxNumFramesToAllocate", kMostCountedFrames, IniFilePath);
+    return std::min(frames, static_cast<std::uint32_t>(limit));
+}
+
+// One more frame than is counted. The bytes that could be had.
+std::int64_t MakeFrames(std::uint32_t count, std::int64_t frameBytes)
+{
+    std::vector<std::vector<std::int16_t>>().swap(HostFrames);
+    for (std::uint32_t i = 0; i <= count; ++i) {
+        std::vector<std::int16_t> frame;
+        if (!AllocateBlock(frame, CameraFrameValues())) {
+            MessageBox(hWndMain, "Unable to allocate all of RAM memory requested!", "RAM Memory Warning!");
+            return static_cast<std::int64_t>(i) * frameBytes;
+        }
+        HostFrames.push_back(std::move(frame));
+        StatusMessage(Format("  Allocating frame buffer #%d", static_cast<int>(i + 1)), 0);
+    }
+    return static_cast<std::int64_t>(count) * frameBytes;
+}
+
+void EnsureHostFrames()
+{
+    if (!HostFramesAllocated) AllocateHostFrames();
+}
+
+// Copies count values with DataOffset added; what would lie outside either block is left out.
+void CopyWithOffset(std::span<const std::int16_t> frame, std::int64_t from, std::span<std::int16_t> destination,
+                    std::int64_t to, std::int64_t count)
+{
+    const std::int64_t first = std::max<std::int64_t>({0, -from, -to});
+    const std::int64_t end = std::min({count, std::ssize(frame) - from, std::ssize(destination) - to});
+    for (std::int64_t i = first; i < end; ++i) {
+        destination[static_cast<std::size_t>(to + i)] = WithDataOffset(frame[static_cast<std::size_t>(from + i)]);
+    }
+}
+
+}  // namespace
+
+std::int64_t AllocateHostFrames()
+{
+    const std::int64_t frameBytes = FrameBytes();
+    if (numBufFrames == 0 || frameBytes == 0) return 0;
+    if (HostFramesAllocated) return numBufFrames * frameBytes;
+    const std::uint32_t count = FramesAllowed(frameBytes);
+    numBufFrames = static_cast<std::int32_t>(count);
+    HostFramesAllocated = 1;
+    return MakeFrames(count, frameBytes);
+}
+
+void FreeHostFrames()
+{
+    if (!HostFramesAllocated) return;
+    std::vector<std::vector<std::int16_t>>().swap(HostFrames);
+    HostFramesAllocated = 0;
+    std::vector<std::uint8_t>().swap(ColorMap);  // made anew when a picture next needs it
+}
+
+std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip)
+{
+    EnsureHostFrames();
+    itx_os_set_realtime_priority(1);
+    HostFrameNext = 0;
+    // After an allocation that stopped part-way fewer frames stand than are counted.
+    const std::int32_t limit = std::min({count, numBufFrames, static_cast<std::int32_t>(std::ssize(HostFrames))});
+    std::int32_t captured = 0;
+    for (; captured < limit; ++captured) {
+        for (std::int32_t blank = 0; blank <= skip; ++blank) icp_wait_vb(IcpModule, FrameA);
+        if (!ReadBoardArea(HostFrames[static_cast<std::size_t>(captured)])) return 0;
+    }
+    HostFrameNext = captured >= numBufFrames ? 0 : captured;
+    itx_os_set_realtime_priority(0);
+    return captured;
+}
+
+std::int32_t ReadHostFrameRect(std::span<std::int16_t> destination, std::int32_t first, std::int32_t last,
+                               std::int32_t top, std::int32_t left, std::int32_t bottom, std::int32_t right)
+{
+    EnsureHostFrames();
+    const std::int64_t values = (std::int64_t{bottom} + 1 - top) * (std::int64_t{right} + 1 - left);
+    // Both starts are counted in bytes and used as values: right for whole frames one at a time, and kept for others.
+    const std::int64_t from = 2 * (std::int64_t{top} * ActiveConfig.Hroi + left);
+    const std::int64_t end = std::min<std::int64_t>({last, std::int64_t{numBufFrames} - 1, std::ssize(HostFrames) - 1});
+    for (std::int64_t k = std::max(first, 0); k <= end; ++k) {
+        CopyWithOffset(HostFrames[static_cast<std::size_t>(k)], from, destination, 2 * values * (k - first), values);
+    }
+    return 1;
+}
+
+std::int32_t ResetHostFrameNext()
+{
+    HostFrameNext = 0;
+    return 1;
+}
+
+}  // namespace kelvo

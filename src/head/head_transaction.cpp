@@ -1,0 +1,38 @@
+#include "head/head_transaction.h"
+
+#include "platform/profile.h"
+#include "shell/windows.h"
+
+namespace kelvo {
+
+bool LinkIsReady()
+{
+    if (!CommPortOpen) CommPortOpen = OpenCommLink();
+    return CommPortOpen != 0;
+}
+
+void CloseLinkAfterUse()
+{
+    if (GetPrivateProfileInt("Setup", "CommPortAlwaysOpen", 0, IniFilePath) == 0) CloseCommLink();
+}
+
+bool SendFrame(CommFrame frame)
+{
+    return WriteCommFrame(frame, frame.size()) != 0;
+}
+
+std::optional<CommFrame> AskHead(CommFrame frame)
+{
+    if (!SendFrame(frame)) return std::nullopt;
+    CommFrame reply{};
+    if (ReadCommFrame(reply) != reply.size()) return std::nullopt;
+    return reply;
+}
+
+bool HeadRepeats(CommFrame frame)
+{
+    const std::optional<CommFrame> reply = AskHead(frame);
+    return reply && reply->front() == frame.front();
+}
+
+}  // namespace kelvo

@@ -1,0 +1,22 @@
+// How the head protocol uses the link: opens it when it is needed, sends a frame and judges the answer.
+#pragma once
+
+#include "head/comm_link.h"
+
+#include <optional>
+
+namespace kelvo {
+
+// Opens the link if it is closed. False if that fails, after the link's own boxes.
+bool LinkIsReady();
+// Closes the link unless key CommPortAlwaysOpen (section Setup of kelvo.ini, default 0) keeps it.
+void CloseLinkAfterUse();
+
+// Writes a frame. With CommEchoMode the answer counts; without, the result is always true.
+bool SendFrame(CommFrame frame);
+// Without CommEchoMode: writes a frame and reads the answer of four bytes; nullopt if fewer come within a second.
+std::optional<CommFrame> AskHead(CommFrame frame);
+// AskHead, and the answer begins with the byte sent first.
+bool HeadRepeats(CommFrame frame);
+
+}  // namespace kelvo

@@ -1,0 +1,133 @@
+// The programming sequence of turn-on. The first failed frame that counts ends it; the head then stays as it is, partly
+// programmed.
+#include "config/camera_config.h"
+#include "config/settings.h"
+#include "head/camera_head.h"
+#include "head/head_frames.h"
+#include "head/head_settings.h"
+#include "head/head_state.h"
+#include "head/head_transaction.h"
+#include "platform/box.h"
+#include "platform/pointer.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+#include <array>
+#include <string>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kLeftAligned = 0;
+
+// Offset first, since it can stop the sequence; the last one is checked byte by byte.
+constexpr std::size_t kFirstDac = 0;
+constexpr std::array<std::size_t, 6> kMiddleDacs = {1, 5, 6, 7, 3, 4};
+constexpr std::size_t kLastDac = 2;
+
+void ReadSectionAfresh()
+{
+    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    ActiveConfig.NumOutputs = 1;
+    ActiveConfig.NumChannels = 1;
+}
+
+// What the description promises against what answered. True: the operator lets it go on.
+bool ConfigurationFitsHead()
+{
+    const bool expectsHgCdTe = ActiveConfig.Description.find("J108") != std::string::npos;
+    const char* question = nullptr;
+    if (!expectsHgCdTe && HeadTiming.HeadModel == kHgCdTeHead) {
+        question = "Your camera head has a 64x64 HgCdTe focalplane.  Your software configuration may be incorrect!";
+    } else if (expectsHgCdTe && HeadTiming.HeadModel == kInSbHead) {
+        question = "Your camera head has an InSb focalplane.  Your software configuration may be incorrect!";
+    }
+    if (!question) return true;
+    return MessageBox(hWndMain, question, "Stop startup procedure?", BoxIcon::kQuestion, BoxButtons::kYesNo) !=
+           Button::kYes;
+}
+
+// The counters come from the window of the serial word as it stood before its keys are read, which is no window at all
+// at the first turn-on of a run. The right ones reach the head when the video set-up sets the integration time.
+void ReadTiming()
+{
+    ReadTimingKeys(HeadTiming, ActiveConfig);
+    for (std::size_t slot = 0; slot < kIntegrationSlots; ++slot) {
+        IntegrationFromIndex(IndexIntegrationTime.at(slot), HeadTiming.IntegrationLines.at(slot),
+                             HeadTiming.IntegrationCols.at(slot));
+    }
+}
+
+bool LoadTiming()
+{
+    StatusMessage("  Setting Camera Head timing", kLeftAligned);
+    ReadTiming();
+    if (LoadHeadTiming(HeadTiming)) return true;
+    MessageBox(hWndMain, "Unable to communicate with camera head!", "Load timing error!");
+    return false;
+}
+
+// The last DAC goes without echo mode, so that a head that answers anything but its own frame is noticed. After a
+// failure the mode stays off.
+bool LoadLastDac(std::int32_t dacReg)
+{
+    CommEchoMode = 0;
+    if (!HeadRepeats(DacFrame(dacReg, kLastDac, DacSetting(kLastDac)))) return false;
+    CommEchoMode = 1;
+    return true;
+}
+
+bool LoadDacs()
+{
+    StatusMessage("  Initializing Camera Head DACs", kLeftAligned);
+    const std::int32_t dacReg = DacRegister();
+    if (!SendFrame(DacFrame(dacReg, kFirstDac, DacSetting(kFirstDac)))) return false;
+    for (const std::size_t dac : kMiddleDacs) SendFrame(DacFrame(dacReg, dac, DacSetting(dac)));
+    return LoadLastDac(dacReg);
+}
+
+bool EnableBiases()
+{
+    StatusMessage("  Enabling Camera Head biases and DACs", kLeftAligned);
+    return SendFrame(BiasEnableFrame(BiasEnableRegister(), true));
+}
+
+bool StartClocks()
+{
+    StatusMessage("  Turning on Camera Head clocks", kLeftAligned);
+    return SendFrame(kClocksOnFrame);
+}
+
+// A refused word leaves the focal plane as it was, which is no reason to give up.
+void LoadSerialWord()
+{
+    StatusMessage("  Setting Camera Head FPA serial command word", kLeftAligned);
+    ReadSerialWordKeys(FpaSerialWord, ActiveConfig);
+    LoadFpaSerialWord(FpaSerialWord);
+}
+
+bool StartFocalPlane()
+{
+    if (HeadTiming.HeadModel != kInSbHead) return true;
+    if (!StartClocks()) return false;
+    LoadSerialWord();
+    return true;
+}
+
+}  // namespace
+
+std::int32_t LoadCameraHead()
+{
+    ReadSectionAfresh();
+    if (!ConfigurationFitsHead()) return 0;
+    CommEchoMode = 1;
+    SetPointer(Pointer::kHourglass);  // stays where the sequence fails
+    if (!LoadTiming() || !LoadDacs() || !EnableBiases() || !StartFocalPlane()) return 0;
+    SetVideoGain(VideoGain[0]);
+    SetVideoOffset(VideoOffset[0]);
+    SetPointer(Pointer::kArrow);
+    return 1;
+}
+
+}  // namespace kelvo

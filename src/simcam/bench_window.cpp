@@ -1,0 +1,235 @@
+#include "simcam/bench_window.h"
+
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/file_dialog.h"
+#include "platform/help.h"
+#include "platform/text.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/dialog_ids.h"
+#include "shell/windows.h"
+#include "simcam/sim_camera.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <memory>
+
+namespace kelvo {
+
+HWND hDlgBench = nullptr;
+
+namespace {
+
+constexpr std::uint32_t kRefreshTimer = 1;
+constexpr std::int64_t kRefreshMs = 1000;
+constexpr int kHelpTopic = 2010;
+constexpr const char* kNoCamera = "no simulated camera";
+constexpr const char* kNothing = "-";
+constexpr double kUsPerSecond = 1e6;
+constexpr double kUsPerMs = 1e3;
+
+struct BenchSource {
+    SimSource source;
+    std::string_view name;
+    int button;
+    int degrees;  // its temperature's control; 0: none
+};
+constexpr BenchSource kSources[] = {
+    {SimSource::kLow, "low", kBenchLow, kBenchLowDegrees},
+    {SimSource::kHigh, "high", kBenchHigh, kBenchHighDegrees},
+    {SimSource::kScene, "scene", kBenchScene, 0},
+    {SimSource::kRaw, "raw", kBenchRaw, 0},
+};
+
+constexpr int kControls[] = {kBenchLow,         kBenchHigh, kBenchScene,   kBenchRaw, kBenchLowDegrees,
+                             kBenchHighDegrees, kBenchLoad, kBenchColumns, kBenchRows};
+
+bool showing = false;  // the window shows what the camera has: its edits are not the operator's
+std::string recordingName;
+
+// --- What the window shows ------------------------------------------------------------------------------------------
+
+void EnableControls(HWND dialog, bool enabled)
+{
+    for (const int id : kControls) EnableDlgItem(dialog, id, enabled);
+}
+
+// A temperature that a script has set may have a fraction; the window shows the nearest degree and leaves it.
+void ShowDegrees(HWND dialog, const SimCamera& camera, const BenchSource& row)
+{
+    if (row.degrees == 0 || FocusedDlgItem(dialog) == row.degrees) return;
+    const int degrees = static_cast<int>(std::lround(SimSourceDegrees(camera, row.source)));
+    if (GetScrollPos(dialog, row.degrees) != degrees) SetDlgItemInt(dialog, row.degrees, degrees);
+}
+
+void ShowSources(HWND dialog, const SimCamera& camera)
+{
+    const SimSource inFront = SimSourceInFront(camera);
+    for (const BenchSource& row : kSources) {
+        if (row.source == inFront) CheckRadioButton(dialog, kBenchLow, kBenchRaw, row.button);
+        ShowDegrees(dialog, camera, row);
+    }
+    SetDlgItemText(dialog, kBenchFile, recordingName);
+}
+
+void ShowRates(HWND dialog, const SimCamera& camera)
+{
+    const double periodUs = SimFramePeriodUs(camera);
+    const bool runs = periodUs > 0;
+    SetDlgItemText(dialog, kBenchRate, runs ? Format("%.2f Hz", kUsPerSecond / periodUs) : kNothing);
+    SetDlgItemText(dialog, kBenchIntegration, runs ? Format("%.3f ms", SimIntegrationUs(camera) / kUsPerMs) : kNothing);
+    SetDlgItemText(dialog, kBenchClocks, runs ? "on" : "off");
+}
+
+void ShowCamera(HWND dialog)
+{
+    const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
+    EnableControls(dialog, camera != nullptr);
+    showing = true;
+    if (camera) {
+        ShowSources(dialog, *camera);
+        ShowRates(dialog, *camera);
+    } else {
+        for (const int id : {kBenchRate, kBenchIntegration, kBenchClocks}) SetDlgItemText(dialog, id, kNothing);
+    }
+    showing = false;
+}
+
+// --- What the operator does -----------------------------------------------------------------------------------------
+
+void TellLoadFailed(const std::string& reason)
+{
+    MessageBox(hDlgBench, "Unable to load the recorded frames\n" + reason, kMessageCaption);
+}
+
+void LoadRecording(HWND dialog, SimCamera& camera)
+{
+    FileDialogRequest request;
+    request.owner = dialog;
+    request.mode = FileDialogMode::kOpen;
+    request.title = "Load recorded frames";
+    request.filters = {{"Raw frames (*.raw)", "*.raw"}, {"All Files (*.*)", "*.*"}};
+    request.directory = DefaultDir;
+    const FileDialogResult chosen = RunFileDialog(request);
+    if (chosen.paths.empty() || !hDlgBench) return;
+
+    const std::string& path = chosen.paths.front();
+    const std::string error =
+        LoadSimRawFrames(camera, path, GetScrollPos(dialog, kBenchColumns), GetScrollPos(dialog, kBenchRows));
+    if (!error.empty()) {
+        TellLoadFailed(error);
+        return;
+    }
+    std::string name;
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, &name, &extension);
+    recordingName = name + extension;
+    PutSimSource(camera, SimSource::kRaw);
+    ShowCamera(dialog);
+}
+
+// Half-typed numbers that aren't a source's temperature leave it as it was.
+void TakeDegrees(HWND dialog, SimCamera& camera, const BenchSource& row)
+{
+    SetSimSourceDegrees(camera, row.source, GetScrollPos(dialog, row.degrees));
+}
+
+bool OnControl(HWND dialog, SimCamera& camera, int id, int notification)
+{
+    if (id == kBenchLoad) {
+        LoadRecording(dialog, camera);
+        return true;
+    }
+    if (const auto* const row = std::ranges::find(kSources, id, &BenchSource::button); row != std::end(kSources)) {
+        PutSimSource(camera, row->source);
+        return true;
+    }
+    const auto* const row = std::ranges::find(kSources, id, &BenchSource::degrees);
+    if (row == std::end(kSources) || notification != kEditChanged) return false;
+    TakeDegrees(dialog, camera, *row);
+    return true;
+}
+
+bool OnCommand(HWND dialog, int id, int notification)
+{
+    if (id == kIdCancel) {
+        EndDialog(dialog, 0);
+        return true;
+    }
+    if (id == kIdHelp) {
+        ShowHelpContext(kHelpTopic);
+        return true;
+    }
+    const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
+    if (showing || !camera) return false;
+    return OnControl(dialog, *camera, id, notification);
+}
+
+}  // namespace
+
+void OpenBenchWindow(HWND owner)
+{
+    if (!CurrentSimCamera()) {
+        MessageBox(owner, "No simulated camera is connected.\nThe ports in platform.ini tell what is.", kMessageCaption,
+                   BoxIcon::kInformation);
+        return;
+    }
+    if (hDlgBench) {
+        SetFocusTo(hDlgBench);
+        return;
+    }
+    if (!CreateModelessDialog("BENCH", owner, fnBENCHDlgProc)) {
+        MessageBox(owner, "Unable to display dialog", "System Error");
+    }
+}
+
+void CloseBenchWindow()
+{
+    if (hDlgBench) EndDialog(hDlgBench, 0);
+}
+
+LRESULT fnBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+{
+    switch (message) {
+        case WM_INITDIALOG:
+            hDlgBench = dialog;
+            ShowCamera(dialog);
+            SetTimer(dialog, kRefreshTimer, kRefreshMs);
+            return 1;
+        case WM_TIMER:
+            ShowCamera(dialog);
+            return 1;
+        case WM_COMMAND:
+            return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
+        case WM_DESTROY:
+            hDlgBench = nullptr;
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+std::string PutBenchSource(std::string_view source, std::optional<double> degrees)
+{
+    const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
+    if (!camera) return kNoCamera;
+    const auto* const row = std::ranges::find(kSources, source, &BenchSource::name);
+    if (row == std::end(kSources)) return "no source \"" + std::string(source) + "\": low, high, scene or raw";
+    if (degrees && !SetSimSourceDegrees(*camera, row->source, *degrees)) {
+        return Format("%g degrees Celsius is outside -40 to 150", *degrees);
+    }
+    PutSimSource(*camera, row->source);
+    if (hDlgBench) ShowCamera(hDlgBench);
+    return {};
+}
+
+std::vector<std::pair<std::string, double>> BenchTruth(int x, int y)
+{
+    const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
+    if (!camera) return {};
+    return SimTruth(*camera, x, y);
+}
+
+}  // namespace kelvo

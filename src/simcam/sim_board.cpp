@@ -1,0 +1,296 @@
+// The simulated board: shows the camera that its configuration file names, at the pace of the head's registers. It has
+// one frame of 16 bits mono and no computing modules. Its trigger line pulses with each blank.
+//
+// Each operation can be made to fail by the fault (platform/faults.h) of its name; "icp_frame_attrib bits" and
+// "icp_frame_attrib colour" make the frame of the wrong kind.
+#include "grabber/copm2.h"
+#include "platform/clock.h"
+#include "platform/faults.h"
+#include "simcam/frame_clock.h"
+#include "simcam/sim_camera.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::int32_t kOk = 0;
+constexpr std::int32_t kFailed = -1;
+constexpr BoardModule kIcp = 1;
+constexpr BoardModule kAcquisition = 2;
+constexpr std::int32_t kBits = 16;
+constexpr std::int32_t kLargestSide = 4096;
+constexpr std::int64_t kUsPerHundredth = 10'000;
+
+struct FrameMemory {
+    std::int32_t pitch = 0;
+    std::int32_t rows = 0;
+    std::vector<std::int16_t> values;
+};
+
+// All that the board knows between two calls.
+struct State {
+    std::shared_ptr<SimCamera> camera;
+    std::vector<FrameMemory> frames;  // handles from 1
+    std::int64_t timeoutUs = 200 * kUsPerHundredth;
+    FrameClock clock;
+    bool grabbing = false;
+    bool armed = false;
+    BoardFrame target = kNoBoardFrame;  // the frame that the grab or the trigger fills
+    std::int64_t framesBefore = 0;      // of earlier grabs: no two frames have one number
+    std::int64_t countAtFreeze = 0;
+};
+State board;
+
+FrameMemory* FrameOf(BoardFrame frame)
+{
+    if (frame < 1 || frame > std::ssize(board.frames)) return nullptr;
+    return &board.frames[static_cast<std::size_t>(frame - 1)];
+}
+
+double PeriodUs()
+{
+    return board.camera ? SimFramePeriodUs(*board.camera) : 0;
+}
+
+// The time now; the clock has then heard of a change of the head's registers.
+std::int64_t Now()
+{
+    const std::int64_t nowUs = TickUs();
+    SetFramePeriod(board.clock, nowUs, PeriodUs());
+    return nowUs;
+}
+
+// Waits for the next blank; false, after the whole time limit, where none comes within it.
+bool WaitForBlank(std::int64_t limitUs)
+{
+    const std::int64_t nowUs = Now();
+    if (board.clock.periodUs > 0) {
+        const std::int64_t blankUs = BlankUs(board.clock, BlanksBy(board.clock, nowUs) + 1);
+        if (blankUs - nowUs <= limitUs) {
+            DelayUntilUs(blankUs);
+            return true;
+        }
+    }
+    DelayUntilUs(nowUs + limitUs);
+    return false;
+}
+
+std::int64_t FramesGrabbed()
+{
+    return board.grabbing ? BlanksBy(board.clock, Now()) : board.countAtFreeze;
+}
+
+// The last whole frame of the grab, count frames after its start.
+void ReadGrabbed(std::int64_t count, std::int32_t width, std::int32_t height, std::span<std::int16_t> out)
+{
+    if (!board.camera) return;
+    ReadSimFrame(*board.camera, board.framesBefore + count - 1, BlankUs(board.clock, count), width, height, out);
+}
+
+void StopGrab()
+{
+    if (!board.grabbing) return;
+    const std::int64_t count = FramesGrabbed();
+    FrameMemory* const frame = FrameOf(board.target);
+    if (frame && count > 0) ReadGrabbed(count, frame->pitch, frame->rows, frame->values);
+    board.grabbing = false;
+    board.countAtFreeze = count;
+    board.framesBefore += count;
+}
+
+bool Inside(const FrameMemory& frame, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height)
+{
+    return x >= 0 && y >= 0 && width >= 0 && height >= 0 && std::int64_t{x} + width <= frame.pitch &&
+           std::int64_t{y} + height <= frame.rows;
+}
+
+void CopyArea(const FrameMemory& frame, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+              std::span<std::int16_t> out)
+{
+    const auto columns = static_cast<std::size_t>(width);
+    for (std::int32_t row = 0; row < height; ++row) {
+        const auto from =
+            static_cast<std::size_t>(y + row) * static_cast<std::size_t>(frame.pitch) + static_cast<std::size_t>(x);
+        std::copy_n(frame.values.begin() + static_cast<std::ptrdiff_t>(from), columns,
+                    out.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(row) * columns));
+    }
+}
+
+std::int32_t LoadCnf(const std::string& path)
+{
+    if (path.empty() || FaultIsSet("itx_load_cnf")) return kFailed;
+    std::string error;
+    std::shared_ptr<SimCamera> camera = OpenSimCamera(path, error);
+    if (!camera) return kFailed;
+    StopGrab();
+    board.camera = std::move(camera);
+    board.clock = StartFrameClock(TickUs(), PeriodUs());
+    return kOk;
+}
+
+std::int32_t InitSys(std::int32_t /*flags*/)
+{
+    return board.camera && !FaultIsSet("itx_init_sys") ? kOk : kFailed;
+}
+
+BoardModule GetModcnf(BoardModule parent, std::string_view name, std::int32_t /*kind*/)
+{
+    if (FaultIsSet("itx_get_modcnf") || !board.camera) return 0;
+    return parent == 0 && name == "ICP" ? kIcp : 0;
+}
+
+void DeleteAllFrames(BoardModule /*module*/)
+{
+    StopGrab();
+    board.armed = false;
+    board.frames.clear();
+}
+
+BoardModule GetSlot0(BoardModule module)
+{
+    return module == kIcp && !FaultIsSet("icp_get_slot0") ? kAcquisition : 0;
+}
+
+BoardFrame CreateFrame(BoardModule module, std::int32_t pitch, std::int32_t rows, std::int32_t bits,
+                       std::int32_t /*flags*/)
+{
+    const bool fits = pitch > 0 && rows > 0 && pitch <= kLargestSide && rows <= kLargestSide && bits == kBits;
+    if (module != kIcp || !fits || FaultIsSet("icp_create_frame")) return kNoBoardFrame;
+    const auto values = static_cast<std::size_t>(pitch) * static_cast<std::size_t>(rows);
+    board.frames.push_back({.pitch = pitch, .rows = rows, .values = std::vector<std::int16_t>(values)});
+    return static_cast<BoardFrame>(board.frames.size());
+}
+
+std::int32_t FrameAttrib(BoardModule /*module*/, BoardFrame frame, BoardFrameAttributes& attributes)
+{
+    if (!FrameOf(frame) || FaultIsSet("icp_frame_attrib")) return kNoBoardFrame;
+    attributes.bits = FaultIsSet("icp_frame_attrib bits") ? 8 : kBits;
+    attributes.colour = FaultIsSet("icp_frame_attrib colour") ? 1 : 0;
+    return kOk;
+}
+
+void SetTimeout(BoardModule /*module*/, std::int32_t hundredths)
+{
+    board.timeoutUs = std::max(hundredths, 0) * kUsPerHundredth;
+}
+
+std::int32_t Grab(BoardModule /*module*/, BoardFrame frame)
+{
+    if (!FrameOf(frame) || FaultIsSet("icp_grab")) return kFailed;
+    StopGrab();
+    board.clock = StartFrameClock(TickUs(), PeriodUs());
+    board.grabbing = true;
+    board.armed = false;
+    board.target = frame;
+    return kOk;
+}
+
+void FreezeGrab(BoardModule /*module*/, BoardFrame /*frame*/)
+{
+    StopGrab();
+}
+
+std::int32_t WaitVb(BoardModule /*module*/, BoardFrame /*frame*/)
+{
+    if (!FaultIsSet("icp_wait_vb")) return WaitForBlank(board.timeoutUs) ? kOk : kBoardTimeout;
+    DelayUntilUs(TickUs() + board.timeoutUs);
+    return kBoardTimeout;
+}
+
+std::int32_t ReadArea(BoardModule /*module*/, BoardFrame frame, std::int32_t x, std::int32_t y, std::int32_t width,
+                      std::int32_t height, std::span<std::int16_t> buffer)
+{
+    FrameMemory* const memory = FrameOf(frame);
+    if (!memory || FaultIsSet("icp_read_area") || !Inside(*memory, x, y, width, height)) return kFailed;
+    const auto values = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    if (buffer.size() < values) return kFailed;
+    const std::int64_t count = board.grabbing && board.target == frame ? FramesGrabbed() : 0;
+    if (count > 0 && x == 0 && y == 0) {  // the live path: no copy of what isn't asked for
+        ReadGrabbed(count, width, height, buffer.first(values));
+        return kOk;
+    }
+    if (count > 0) ReadGrabbed(count, memory->pitch, memory->rows, memory->values);
+    CopyArea(*memory, x, y, width, height, buffer);
+    return kOk;
+}
+
+std::int32_t TrigSnap(BoardModule /*module*/, BoardFrame frame)
+{
+    if (!FrameOf(frame) || FaultIsSet("icp_trig_snap")) return kFailed;
+    StopGrab();
+    board.armed = true;
+    board.target = frame;
+    return kOk;
+}
+
+// timeout: hundredths of a second, as the limit of the other waits.
+std::int32_t WaitTrig(BoardModule /*module*/, BoardFrame frame, std::int32_t timeout)
+{
+    const std::int64_t limitUs = std::max(timeout, 0) * kUsPerHundredth;
+    if (FaultIsSet("icp_wait_trig")) {
+        DelayUntilUs(TickUs() + limitUs);
+        return 0;
+    }
+    FrameMemory* const memory = FrameOf(frame);
+    if (!memory || !board.armed || board.target != frame || !WaitForBlank(limitUs)) return 0;
+    board.armed = false;
+    const std::int64_t number = board.framesBefore++;
+    ReadSimFrame(*board.camera, number, TickUs(), memory->pitch, memory->rows, memory->values);
+    return 1;
+}
+
+void Exit(std::int32_t /*flags*/)
+{
+    board = {};
+}
+
+std::int64_t FrameCount(BoardModule /*module*/)
+{
+    return FramesGrabbed();
+}
+
+// What has no effect on a simulated picture.
+void IgnoreModule(BoardModule /*module*/) {}
+void IgnoreSetting(BoardModule /*module*/, std::int32_t /*value*/) {}
+void IgnoreValue(std::int32_t /*value*/) {}
+
+constexpr BoardTable kSimulatedBoard{
+    .name = "sim",
+    .load_cnf = LoadCnf,
+    .init_sys = InitSys,
+    .get_modcnf = GetModcnf,
+    .delete_all_frames = DeleteAllFrames,
+    .get_slot0 = GetSlot0,
+    .lin_lut = IgnoreModule,
+    .create_frame = CreateFrame,
+    .frame_attrib = FrameAttrib,
+    .set_timeout = SetTimeout,
+    .bm_mode = IgnoreSetting,
+    .bm_ilace = IgnoreSetting,
+    .put_bm_firstf_start = IgnoreSetting,
+    .err_level = IgnoreValue,
+    .grab = Grab,
+    .freeze = FreezeGrab,
+    .wait_vb = WaitVb,
+    .read_area = ReadArea,
+    .trig_snap = TrigSnap,
+    .wait_trig = WaitTrig,
+    .trigen = IgnoreSetting,
+    .exsen = IgnoreSetting,
+    .exsyncp = IgnoreSetting,
+    .os_set_realtime_priority = IgnoreValue,
+    .exit = Exit,
+    .frame_count = FrameCount,
+};
+
+}  // namespace
+
+void RegisterSimulatedBoard()
+{
+    RegisterBoard(kSimulatedBoard);
+}
+
+}  // namespace kelvo

@@ -1,0 +1,199 @@
+#include "simcam/sim_head.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace kelvo {
+
+namespace {
+
+using Frame = std::array<std::uint8_t, 4>;
+
+constexpr std::uint8_t kIdentifyReg = 0x20;
+constexpr std::uint8_t kInSbTimingReg = 0x50;
+constexpr std::uint8_t kSerialOrGainReg = 0x60;
+constexpr std::uint8_t kDacReg = 0x70;
+constexpr std::uint8_t kBiasEnableReg = 0x80;
+constexpr std::uint8_t kClockReg = 0x90;  // the InSb head's clock switch, the HgCdTe head's timing
+
+// The focal plane takes its fields least significant bit first.
+std::int32_t Mirrored(std::int32_t field, int width)
+{
+    std::int32_t result = 0;
+    for (int bit = 0; bit < width; ++bit) result = result * 2 + ((field >> bit) & 1);
+    return result;
+}
+
+// Window limits are sent in units of 8 detectors: a start names the first of its eight, an end the last.
+std::int32_t FirstOfEight(std::int32_t unit)
+{
+    return unit * 8;
+}
+std::int32_t LastOfEight(std::int32_t unit)
+{
+    return unit * 8 + 7;
+}
+
+void TakeBiasWord(SimHead& head, const Frame& frame)
+{
+    head.detBias = static_cast<std::uint8_t>(Mirrored((frame[2] >> 3) & 0x0F, 4));
+    head.pedBias = (frame[2] >> 1) & 0x03;
+    head.colGain = static_cast<std::uint8_t>(Mirrored(((frame[2] & 1) << 2) | (frame[3] >> 6), 3));
+    head.testMode = ((frame[3] >> 4) & 0x03) != 0;
+    head.flipCols = (frame[3] & 0x08) != 0;
+    head.flipRows = (frame[3] & 0x04) != 0;
+}
+
+void TakeColumnWord(SimHead& head, const Frame& frame)
+{
+    head.window.colStart = FirstOfEight(Mirrored(frame[2] >> 1, 7));
+    head.window.colEnd = LastOfEight(Mirrored(((frame[2] & 1) << 6) | (frame[3] >> 2), 7));
+}
+
+void TakeRowWord(SimHead& head, const Frame& frame)
+{
+    head.window.rowStart = FirstOfEight(Mirrored(((frame[2] & 0x0F) << 2) | (frame[3] >> 6), 6));
+    head.window.rowEnd = LastOfEight(Mirrored(frame[3] & 0x3F, 6));
+}
+
+// Gain and serial word share a register number. The row word always has its top bit set and the column word's selector
+// is no multiple of 4, so only a bias word of all zeros could be taken for a gain.
+void TakeSerialOrGain(SimHead& head, const Frame& frame)
+{
+    constexpr std::uint8_t kBiasWord = 0;
+    constexpr std::uint8_t kColumnWord = 2;
+    constexpr std::uint8_t kRowWord = 4;
+    if (frame[2] == 0 && frame[3] == 0 && frame[1] % 4 == 0) {
+        head.gainCode = (frame[1] / 4) & 0x0F;
+        return;
+    }
+    if (head.model != SimModel::kInSb) return;
+    if (frame[1] == kBiasWord) TakeBiasWord(head, frame);
+    if (frame[1] == kColumnWord) TakeColumnWord(head, frame);
+    if (frame[1] == kRowWord) TakeRowWord(head, frame);
+}
+
+void TakeInSbTiming(SimHead& head, const Frame& frame)
+{
+    constexpr std::uint8_t kClockDivider = 0;
+    constexpr std::uint8_t kFrameSize = 1;
+    constexpr std::uint8_t kIntegration = 3;
+    switch (frame[1]) {
+        case kClockDivider:
+            head.clockIndex = frame[3];
+            break;
+        case kFrameSize:
+            head.timingRows = frame[2];
+            head.timingCols = frame[3];
+            break;
+        case kIntegration:
+            head.integrationLines = frame[2];
+            head.integrationCols = frame[3];
+            break;
+        default:
+            break;  // start delays: no effect on the picture
+    }
+}
+
+void TakeClockFrame(SimHead& head, const Frame& frame)
+{
+    constexpr std::uint8_t kClocksOn = 0x30;
+    constexpr std::uint8_t kClocksOff = 0x10;
+    if (head.model == SimModel::kHgCdTe) head.clockIndex = frame[1];
+    if (head.model == SimModel::kInSb && frame[1] == kClocksOn) head.clocksOn = true;
+    if (head.model == SimModel::kInSb && frame[1] == kClocksOff) head.clocksOn = false;
+}
+
+void TakeDac(SimHead& head, const Frame& frame)
+{
+    if (std::has_single_bit(frame[1])) head.dac[static_cast<std::size_t>(std::countr_zero(frame[1]))] = frame[2];
+}
+
+void TakeBiasEnable(SimHead& head, const Frame& frame)
+{
+    constexpr std::uint8_t kOn = 3;
+    if (frame[1] == kOn || frame[1] == 0) head.biasesOn = frame[1] == kOn;
+}
+
+}  // namespace
+
+SimHead PowerUpHead(const SimSettings& settings)
+{
+    SimHead head;
+    head.model = settings.model;
+    head.clockHz = settings.clockHz;
+    head.array = {0, static_cast<std::int32_t>(settings.columns) - 1, 0, static_cast<std::int32_t>(settings.rows) - 1};
+    head.window = head.array;
+    if (head.model == SimModel::kHgCdTe) {
+        // A fixed frame that always runs.
+        head.timingRows = static_cast<std::uint8_t>(std::min(head.array.Rows() / 4, 255));
+        head.timingCols = static_cast<std::uint8_t>(std::min(head.array.Columns() / 4, 255));
+        head.clocksOn = true;
+    }
+    return head;
+}
+
+void TakeHeadFrame(SimHead& head, const Frame& frame)
+{
+    const auto address = static_cast<std::uint16_t>(frame[0] * 256 + frame[1]);
+    head.kept[address] = {frame[2], frame[3]};
+    switch (frame[0]) {
+        case kInSbTimingReg:
+            if (head.model == SimModel::kInSb) TakeInSbTiming(head, frame);
+            break;
+        case kSerialOrGainReg:
+            TakeSerialOrGain(head, frame);
+            break;
+        case kDacReg:
+            TakeDac(head, frame);
+            break;
+        case kBiasEnableReg:
+            TakeBiasEnable(head, frame);
+            break;
+        case kClockReg:
+            TakeClockFrame(head, frame);
+            break;
+        default:
+            break;
+    }
+}
+
+Frame HeadAnswer(const SimHead& head, const Frame& frame)
+{
+    constexpr Frame kInSbIdentity{0x10, 0x66, 0, 0};
+    constexpr Frame kHgCdTeIdentity{0x20, 0, 0, 0};
+    if (frame[0] != kIdentifyReg) return frame;
+    return head.model == SimModel::kInSb ? kInSbIdentity : kHgCdTeIdentity;
+}
+
+double PixelClockHz(const SimHead& head)
+{
+    const double divided = head.clockHz / (2.0 * head.clockIndex + 2.0);
+    return head.model == SimModel::kHgCdTe ? divided / 4.0 : divided;
+}
+
+double FramePeriodSeconds(const SimHead& head)
+{
+    if (!head.clocksOn) return 0;
+    return 16.0 * head.timingRows * head.timingCols / PixelClockHz(head);
+}
+
+double IntegrationSeconds(const SimHead& head)
+{
+    constexpr double kHgCdTePartOfPeriod = 32.0;
+    constexpr std::uint8_t kLineBias = 2;  // the counter runs two lines ahead
+    const double period = FramePeriodSeconds(head);
+    if (head.model == SimModel::kHgCdTe) return period / kHgCdTePartOfPeriod;
+    const auto lines = static_cast<std::uint8_t>(head.integrationLines - kLineBias);
+    const double pixels = lines * 4.0 * head.timingCols + 4.0 * head.integrationCols;
+    return std::min(pixels / PixelClockHz(head), period);
+}
+
+std::int32_t GainIndexOfCode(std::uint8_t code)
+{
+    constexpr std::array<std::uint8_t, 16> kCodeOfIndex{0, 8, 4, 2, 12, 10, 6, 1, 14, 9, 5, 3, 13, 11, 7, 15};
+    const auto* const found = std::ranges::find(kCodeOfIndex, code & 0x0F);
+    return static_cast<std::int32_t>(found - kCodeOfIndex.begin());
+}
+
+}  // namespace kelvo

@@ -1,0 +1,259 @@
+// The bench window, worked as an operator works it, in front of a small simulated camera.
+#include "simcam/bench_window.h"
+
+#include "platform/clock.h"
+#include "platform/dialog_fixture.h"
+#include "platform/faults.h"
+#include "platform/qt_dialog.h"
+#include "resources/dialog_ids.h"
+#include "shell/windows.h"
+#include "simcam/sim_camera.h"
+#include "support/temp_directory.h"
+
+#include <QApplication>
+#include <QWidget>
+
+namespace kelvo {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
+
+class Bench : public DialogFixture {
+  protected:
+    void SetUp() override
+    {
+        DialogFixture::SetUp();
+        hWndMain = mainWindow;
+        DefaultDir = directory.Path();
+    }
+    void TearDown() override
+    {
+        CloseBenchWindow();
+        DialogFixture::TearDown();
+    }
+
+    // A camera of 16 x 8 detectors.
+    void Connect()
+    {
+        PutFile(directory / "camera.cnf",
+                "[Head]\nModel=InSb\nClock=48000000\n[Array]\nColumns=16\nRows=8\n"
+                "[Bench]\nSource=scene\nLowDegrees=20\nHighDegrees=40\n");
+        std::string error;
+        camera = OpenSimCamera(directory / "camera.cnf", error);
+        ASSERT_NE(camera, nullptr) << error;
+    }
+
+    void Open()
+    {
+        Connect();
+        OpenBenchWindow(mainWindow);
+        ASSERT_NE(hDlgBench, nullptr);
+    }
+
+    // Pixel clock 48 MHz / 6 = 8 MHz; 64 x 80 units of 16 pixels: 10.24 ms; 10 lines of 320 and 80 pixels: 0.41 ms.
+    void TurnOn() const
+    {
+        for (const SimFrame& frame : {SimFrame{0x50, 0, 0, 2}, SimFrame{0x50, 1, 64, 80}, SimFrame{0x50, 3, 12, 20},
+                                      SimFrame{0x90, 0x30, 0, 0}}) {
+            AnswerSimFrame(*camera, frame);
+        }
+    }
+
+    static std::string Text(int id) { return GetDlgItemText(hDlgBench, id); }
+
+    TempDirectory directory;
+    std::shared_ptr<SimCamera> camera;
+};
+
+TEST_F(Bench, WithoutASimulatedCameraABoxTellsSo)
+{
+    OpenBenchWindow(mainWindow);
+    EXPECT_EQ(hDlgBench, nullptr);
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].text, "No simulated camera is connected.\nThe ports in platform.ini tell what is.");
+    EXPECT_EQ(op->Boxes()[0].icon, "information");
+    EXPECT_EQ(PutBenchSource("low", 20.0), "no simulated camera");
+    EXPECT_THAT(BenchTruth(0, 0), IsEmpty());
+}
+
+TEST_F(Bench, AWindowThatCannotBeMadeIsTold)
+{
+    Connect();
+    SetFault("load dialog BENCH", true);
+    OpenBenchWindow(mainWindow);
+    EXPECT_EQ(hDlgBench, nullptr);
+    EXPECT_EQ(op->Boxes().at(0).text, "Unable to display dialog");
+}
+
+TEST_F(Bench, OpensWithWhatStandsInFront)
+{
+    Open();
+    EXPECT_EQ(DialogName(hDlgBench), "BENCH");
+    EXPECT_TRUE(IsDlgButtonChecked(hDlgBench, kBenchScene));
+    EXPECT_FALSE(IsDlgButtonChecked(hDlgBench, kBenchLow));
+    EXPECT_EQ(Text(kBenchLowDegrees), "20");
+    EXPECT_EQ(Text(kBenchHighDegrees), "40");
+    EXPECT_EQ(Text(kBenchRate), "-");
+    EXPECT_EQ(Text(kBenchClocks), "off");
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene) << "opening puts nothing in front of the camera";
+}
+
+TEST_F(Bench, EachButtonPutsItsSourceInFront)
+{
+    Open();
+    const std::pair<int, SimSource> buttons[] = {{kBenchLow, SimSource::kLow},
+                                                 {kBenchHigh, SimSource::kHigh},
+                                                 {kBenchRaw, SimSource::kRaw},
+                                                 {kBenchScene, SimSource::kScene}};
+    for (const auto& [button, source] : buttons) {
+        ASSERT_TRUE(OperateCheck(hDlgBench, button, true));
+        EXPECT_EQ(SimSourceInFront(*camera), source);
+    }
+}
+
+TEST_F(Bench, ATypedTemperatureIsTheSourcesOwn)
+{
+    Open();
+    ASSERT_TRUE(OperateText(hDlgBench, kBenchLowDegrees, "15"));
+    ASSERT_TRUE(OperateText(hDlgBench, kBenchHighDegrees, "-12"));
+    EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kLow), 15);
+    EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kHigh), -12);
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene) << "a temperature moves no source";
+    EXPECT_EQ(GetScrollMin(hDlgBench, kBenchLowDegrees), -40);
+    EXPECT_EQ(GetScrollMax(hDlgBench, kBenchLowDegrees), 150);
+}
+
+TEST_F(Bench, OnceASecondItShowsWhatTheCameraDoes)
+{
+    Open();
+    TurnOn();
+    EXPECT_EQ(Text(kBenchClocks), "off");
+    op->Do([] { DelayMs(1000); });
+    op->Do([] { PostQuitMessage(0); });  // once the timer has been served
+    RunMessageLoop(mainWindow);
+    EXPECT_EQ(Text(kBenchClocks), "on");
+    EXPECT_EQ(Text(kBenchRate), "97.66 Hz");
+    EXPECT_EQ(Text(kBenchIntegration), "0.410 ms");
+}
+
+TEST_F(Bench, WhatAScriptPutsInFrontShowsAtOnce)
+{
+    Open();
+    EXPECT_EQ(PutBenchSource("high", 35.4), "");
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kHigh);
+    EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kHigh), 35.4);
+    EXPECT_TRUE(IsDlgButtonChecked(hDlgBench, kBenchHigh));
+    EXPECT_EQ(Text(kBenchHighDegrees), "35");
+    SendMessage(hDlgBench, WM_TIMER, 1, 0);
+    EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kHigh), 35.4) << "showing it rounds nothing away";
+}
+
+TEST_F(Bench, ScriptsAreToldWhatIsWrong)
+{
+    Connect();
+    EXPECT_EQ(PutBenchSource("warm", std::nullopt), "no source \"warm\": low, high, scene or raw");
+    EXPECT_EQ(PutBenchSource("low", 151.0), "151 degrees Celsius is outside -40 to 150");
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
+    EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kLow), 20);
+    EXPECT_EQ(PutBenchSource("low", std::nullopt), "");
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kLow);
+}
+
+TEST_F(Bench, TruthTellsOfADetectorOnTheArrayOnly)
+{
+    Connect();
+    EXPECT_THAT(BenchTruth(15, 7), Contains(Pair("gain", testing::Gt(0.0))));
+    EXPECT_THAT(BenchTruth(16, 7), IsEmpty());
+    EXPECT_THAT(BenchTruth(-1, 0), IsEmpty());
+}
+
+TEST_F(Bench, RecordedFramesComeFromAFile)
+{
+    Open();
+    PutFile(directory / "walk.raw", std::string(2 * 16 * 8 * 3, '\1'));
+    ASSERT_TRUE(OperateText(hDlgBench, kBenchColumns, "16"));
+    ASSERT_TRUE(OperateText(hDlgBench, kBenchRows, "8"));
+    op->Do([this] { EXPECT_TRUE(ChooseFiles({directory / "walk.raw"})); });
+    ASSERT_TRUE(OperatePress(hDlgBench, kBenchLoad));
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kRaw);
+    EXPECT_TRUE(IsDlgButtonChecked(hDlgBench, kBenchRaw));
+    EXPECT_EQ(Text(kBenchFile), "walk.raw");
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(Bench, AFileThatHoldsNoFramesIsToldAndChangesNothing)
+{
+    Open();
+    PutFile(directory / "torn.raw", "abc");
+    ASSERT_TRUE(OperateText(hDlgBench, kBenchColumns, "16"));
+    ASSERT_TRUE(OperateText(hDlgBench, kBenchRows, "8"));
+    op->Do([this] { EXPECT_TRUE(ChooseFiles({directory / "torn.raw"})); });
+    ASSERT_TRUE(OperatePress(hDlgBench, kBenchLoad));
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_THAT(op->Boxes()[0].text, HasSubstr("Unable to load the recorded frames\n"));
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
+    EXPECT_EQ(Text(kBenchFile), "");
+}
+
+TEST_F(Bench, ACancelledSelectionChangesNothing)
+{
+    Open();
+    op->Do([] { EXPECT_TRUE(CancelFileDialog()); });
+    ASSERT_TRUE(OperatePress(hDlgBench, kBenchLoad));
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
+}
+
+TEST_F(Bench, StaysUsableWhileADialogIsOpen)
+{
+    Open();
+    Then([this] {
+        ASSERT_EQ(DialogName(DialogInFront()), "DISPLAY");
+        EXPECT_TRUE(hDlgBench->widget->isEnabled());
+        EXPECT_FALSE(hDlgBench->widget->isModal());
+        EXPECT_EQ(hDlgBench->widget->parentWidget(), nullptr) << "a child of the main window would be blocked";
+        EXPECT_TRUE(OperateCheck(hDlgBench, kBenchHigh, true));
+        EndDialog(DialogInFront(), 1);
+    });
+    EXPECT_EQ(DialogBox("DISPLAY", mainWindow, DialogTestProc), 1);
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kHigh);
+}
+
+TEST_F(Bench, OpeningItAgainKeepsTheOneThatStands)
+{
+    Open();
+    const HWND first = hDlgBench;
+    OpenBenchWindow(mainWindow);
+    EXPECT_EQ(hDlgBench, first);
+    EXPECT_THAT(TranscriptOf("dialog"), SizeIs(1));
+    ASSERT_TRUE(OperatePress(hDlgBench, kIdCancel));
+    EXPECT_EQ(hDlgBench, nullptr);
+    OpenBenchWindow(mainWindow);
+    EXPECT_NE(hDlgBench, nullptr);
+}
+
+TEST_F(Bench, TheCloseButtonOfTheWindowClosesIt)
+{
+    Open();
+    hDlgBench->widget->close();
+    EXPECT_EQ(hDlgBench, nullptr);
+    CloseBenchWindow();
+}
+
+TEST_F(Bench, TheKeyboardGoesThroughFromTopToBottom)
+{
+    Open();
+    const int order[] = {kBenchLowDegrees, kBenchHighDegrees, kBenchLoad, kBenchColumns, kBenchRows, kIdCancel};
+    QWidget* widget = ControlOf(hDlgBench, kBenchLow);
+    std::size_t reached = 0;
+    for (QWidget* next = widget->nextInFocusChain(); next != widget; next = next->nextInFocusChain()) {
+        if (reached < std::size(order) && next == ControlOf(hDlgBench, order[reached])) ++reached;
+    }
+    EXPECT_EQ(reached, std::size(order));
+}
+
+}  // namespace
+}  // namespace kelvo

@@ -1,0 +1,162 @@
+// The main window's live cycle with the simulated camera behind it.
+#include "acquire/buffer_state.h"
+#include "grabber/frame_account.h"
+#include "grabber/frame_state.h"
+#include "platform/clock.h"
+#include "platform/menu.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "resources/menu.h"
+#include "shell/main_window.h"
+#include "shell/windows.h"
+#include "simcam/sim_board_fixture.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+namespace kelvo {
+namespace {
+
+using testing::Contains;
+
+class LiveCycle : public SimBoardTest {
+  protected:
+    void SetUp() override
+    {
+        RegisterWindowClass({"LIVE", MainWndProc, {}});
+        hWndMain = CreateMainWindow("LIVE", "live");
+        SetMenu(hWndMain, MainMenu());
+        ShowWindowMaximised(hWndMain);
+        OpenAt100Hz();
+        CameraOn = 1;
+        ClearFrameAccount();
+        ToggleFreeze(LiveVideo);
+    }
+    // Lets the program run until that moment of its clock.
+    void RunFor(std::int64_t milliseconds)
+    {
+        const std::int64_t end = TickMs() + milliseconds;
+        std::function<void()> look = [&look, end, this] {
+            if (TickMs() >= end) {
+                PostQuitMessage(0);
+            } else {
+                AdvanceVirtualClock(1'000);  // time passes without live video too
+                op.Do(look);
+            }
+        };
+        op.Do(look);
+        RunMessageLoop(hWndMain);
+    }
+    static const FrameAccount& Account() { return CurrentFrameAccount(); }
+};
+
+TEST_F(LiveCycle, ShowsEachFrame)
+{
+    RunFor(1'000);
+    EXPECT_GE(Account().shown, 100);
+    EXPECT_EQ(Account().shown, Account().delivered);
+    EXPECT_EQ(Account().lost, 0);
+    EXPECT_EQ(Account().missed, 0);
+}
+
+TEST_F(LiveCycle, ShowsItsRateAfterAHundredAndOneFrames)
+{
+    RunFor(1'005);
+    EXPECT_THAT(op.Texts("status", "text"), Contains("  Displaying at 101 Hz"));
+}
+
+TEST_F(LiveCycle, ACommandGetsItsTurnWithinAFrame)
+{
+    RunFor(100);
+    const std::int64_t postedUs = TickUs();
+    PostMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    std::int64_t frozenUs = -1;
+    op.Do([&] {
+        if (!LiveVideo) frozenUs = TickUs();
+        PostQuitMessage(0);
+    });
+    RunMessageLoop(hWndMain);
+    ASSERT_EQ(LiveVideo, 0);
+    ASSERT_GE(frozenUs, postedUs);
+    EXPECT_LE(frozenUs - postedUs, 10'000);
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimer));
+}
+
+TEST_F(LiveCycle, WhatALongCommandHeldUpIsMissedNotLost)
+{
+    RunFor(100);
+    // The mouse buttons' commands end in the dispatcher too; this one is long because its box stands half a second.
+    op.AtNextBox([](const FrontBox&) { DelayMs(500); });
+    CameraOn = 0;
+    SendMessage(hWndMain, WM_COMMAND, kCmdLoadCalibration, 0);
+    CameraOn = 1;
+    EXPECT_EQ(op.Boxes().size(), 1U);
+    RunFor(100);
+    EXPECT_EQ(Account().lost, 0);
+    EXPECT_GE(Account().missed, 49);
+}
+
+TEST_F(LiveCycle, WhatTheProgramItselfIsLateForIsLost)
+{
+    RunFor(100);
+    DelayMs(25);
+    RunFor(100);
+    EXPECT_EQ(Account().lost, 2);
+    EXPECT_EQ(Account().missed, 0);
+}
+
+TEST_F(LiveCycle, GoesOnBehindABox)
+{
+    RunFor(50);
+    const std::int64_t before = Account().shown;
+    std::int64_t inside = 0;
+    // The box is answered once the program has waited with it in front.
+    op.AtNextBox([&](const FrontBox&) { inside = Account().shown; });
+    CameraOn = 0;
+    PostMessage(hWndMain, WM_COMMAND, kCmdLoadCalibration, 0);
+    RunFor(50);
+    CameraOn = 1;
+    EXPECT_GE(inside, before);
+    EXPECT_GT(Account().shown, before);
+    EXPECT_EQ(Account().lost, 0);
+}
+
+TEST_F(LiveCycle, IsHeldOffWhileAnAcquisitionOwnsTheBoardAndGoesOnAfterIt)
+{
+    RunFor(100);
+    PeriodicUpdates = 0;
+    const std::int64_t before = Account().shown;
+    RunFor(300);
+    EXPECT_EQ(Account().shown, before);
+    EXPECT_EQ(LiveVideo, 1);
+    EXPECT_TRUE(TimerIsSet(hWndMain, kLiveTimer));
+    PeriodicUpdates = 1;
+    RunFor(100);
+    EXPECT_GT(Account().shown, before + 5);
+    EXPECT_EQ(Account().lost, 0);
+    EXPECT_GE(Account().missed, 28) << "what passed meanwhile is known";
+}
+
+TEST_F(LiveCycle, AFailedReadShowsItsBoxOnceAndFreezes)
+{
+    RunFor(100);
+    Send(*camera, {{0x90, 0x10, 0, 0}});  // the clocks stop
+    RunFor(5'000);
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "Timeout waiting for vertical blank!");
+    EXPECT_EQ(LiveVideo, 0);
+    EXPECT_EQ(GetWindowText(hWndMain), "Kelvo - frozen");
+    EXPECT_EQ(GetMenuItem(hWndMain, kCmdFreeze)->text, "&Continue\tF2");
+
+    Send(*camera, {{0x90, 0x30, 0, 0}});
+    SendMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    const std::int64_t before = Account().shown;
+    RunFor(200);
+    EXPECT_GT(Account().shown, before + 10);
+    EXPECT_EQ(op.Boxes().size(), 1U);
+}
+
+}  // namespace
+}  // namespace kelvo

@@ -1,0 +1,56 @@
+#include "simcam/sim_board_fixture.h"
+
+#include "config/camera_config.h"
+#include "display/display_state.h"
+#include "grabber/board.h"
+#include "grabber/frame_state.h"
+#include "platform/application.h"
+#include "shell/windows.h"
+
+namespace kelvo {
+
+SimBoardTest::SimBoardTest()
+{
+    DefaultDir = directory.Path();
+    IniFilePath = directory / "kelvo.ini";
+    CameraFilePath = directory / "camera.ini";
+    CopyShippedFiles(DefaultDir);
+    PutFile(directory / "platform.ini", "[Board]\nBoard=sim\n");
+    PutFile(CameraFilePath, "[Camera.2]\ncnfFile=insb320.cnf\n");
+    ActiveCamera = 2;
+    ActiveConfig.Hroi = 320;
+    ActiveConfig.Vroi = 256;
+    ActiveConfig.Xzoom = 1;
+    ActiveConfig.Yzoom = 1;
+    DisplayHigh = 16383;
+    RegisterSimulatedBoard();
+}
+
+void SimBoardTest::Send(SimCamera& camera, std::initializer_list<SimFrame> frames)
+{
+    for (const SimFrame& frame : frames) AnswerSimFrame(camera, frame);
+}
+
+void SimBoardTest::SendClockIndex(SimCamera& camera, int index)
+{
+    Send(camera, {{0x50, 0, 0, static_cast<std::uint8_t>(index)}});
+}
+
+void SimBoardTest::OpenAt100Hz()
+{
+    ASSERT_EQ(init_itex(), 1);
+    camera = CurrentSimCamera();
+    ASSERT_TRUE(camera);
+    SendClockIndex(*camera, 2);
+    Send(*camera, {{0x50, 1, 50, 100}, {0x90, 0x30, 0, 0}});
+    ASSERT_EQ(SimFramePeriodUs(*camera), 10'000);
+}
+
+std::vector<std::int16_t> SimBoardTest::Expected(std::int64_t number, std::int64_t timeUs) const
+{
+    std::vector<std::int16_t> frame(320UL * 256UL);
+    ReadSimFrame(*camera, number, timeUs, 320, 256, frame);
+    return frame;
+}
+
+}  // namespace kelvo
