@@ -24,14 +24,23 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace kelvo {
 
 Dib FrameBitmap;
 std::int32_t LastPaintRight = 0;
 std::int32_t LastPaintBottom = 0;
+std::int32_t PictureRightMargin = 0;
 
 namespace {
+
+std::vector<PictureLayer> layers;
+
+void PaintLayers(bool newFrame)
+{
+    for (const PictureLayer layer : layers) layer(newFrame);
+}
 
 CountRange LiveRange()
 {
@@ -132,6 +141,24 @@ void DrawFrame(std::span<const std::int16_t> frame)
     FreeDib(FrameBitmap);
     FrameBitmap = std::move(bitmap);
     PaintBitmap(FrameBitmap, hWndMain);
+    PaintLayers(true);
+}
+
+void AddPictureLayer(PictureLayer layer)
+{
+    if (std::ranges::find(layers, layer) == layers.end()) layers.push_back(layer);
+}
+
+void RemovePictureLayer(PictureLayer layer)
+{
+    std::erase(layers, layer);
+}
+
+Rect PicturePlace()
+{
+    if (!FrameBitmap || !hWndMain) return {};
+    const int top = PanelHeight();
+    return {0, top, DibWidth(*FrameBitmap) * PaintZoom(Xzoom), top + DibHeight(*FrameBitmap) * PaintZoom(Yzoom)};
 }
 
 void DrawFileOnView()
@@ -157,7 +184,7 @@ void PaintBitmap(const Dib& bitmap, HWND window)
     EraseMargin(window, right, bottom);
     LastPaintRight = right;
     LastPaintBottom = bottom;
-    if (isMain) SetScrollExtent(window, {right, bottom}, PanelHeight(), TextHeight);
+    if (isMain) SetScrollExtent(window, {right + PictureRightMargin, bottom}, PanelHeight(), TextHeight);
 
     const std::optional<Palette> palette = PaletteFromDib(bitmap);
     PaintDib(window, {left, top, left + width * xzoom, top + height * yzoom}, bitmap, {0, 0, width, height},
@@ -166,7 +193,9 @@ void PaintBitmap(const Dib& bitmap, HWND window)
 
 void RepaintPicture()
 {
-    if (ViewingFile || CameraOn) PaintBitmap(FrameBitmap, hWndMain);
+    if (!ViewingFile && !CameraOn) return;
+    PaintBitmap(FrameBitmap, hWndMain);
+    PaintLayers(false);
 }
 
 void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,

@@ -27,6 +27,17 @@ void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness);
 // Makes DisplayLut from the stored contrast and brightness if there is none yet. Nothing is drawn.
 void EnsureDisplayLut();
 
+// What stands over the picture: called each time after FrameBitmap has been painted in the main window, with newFrame
+// true when it was made just now. A layer paints into the window and never touches FrameBitmap.
+using PictureLayer = void (*)(bool newFrame);
+void AddPictureLayer(PictureLayer layer);  // once is enough
+void RemovePictureLayer(PictureLayer layer);
+// Logical pixels at the right of the main window that something covers: the picture scrolls that much further.
+extern std::int32_t PictureRightMargin;
+
+// Where FrameBitmap is painted: logical pixels of the main window. Empty without a picture.
+Rect PicturePlace();
+
 // Makes the bitmap of a frame and paints it in the main window. With a file on view and fewer counts than its header
 // says nothing is drawn, and the picture on the screen stays.
 void DrawFrame(std::span<const std::int16_t> frame);

@@ -82,6 +82,9 @@ void EnableDlgItem(HWND dialog, int id, bool enabled);
 bool DlgItemEnabled(HWND dialog, int id);
 void ShowDlgItem(HWND dialog, int id, bool shown);
 bool HasDlgItem(HWND dialog, int id);
+// A label that warns: its text in a colour that stands out in light and dark themes alike, or as it was.
+void WarnDlgItem(HWND dialog, int id, bool warn);
+bool DlgItemWarns(HWND dialog, int id);
 void FocusDlgItem(HWND dialog, int id);  // an edit's text is selected
 int FocusedDlgItem(HWND dialog);         // 0: none
 

@@ -6,12 +6,14 @@
 
 #include <QAbstractButton>
 #include <QAbstractSlider>
+#include <QColor>
 #include <QComboBox>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPalette>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QRadioButton>
@@ -25,6 +27,10 @@
 namespace kelvo {
 
 namespace {
+
+constexpr const char* kWarnsProperty = "warns";
+const QColor kWarningOnLight(0xB3, 0x1D, 0x1D);
+const QColor kWarningOnDark(0xFF, 0x8A, 0x7A);
 
 // --- Messages -----------------------------------------------------------------------------------------------------
 
@@ -361,6 +367,23 @@ void ShowDlgItem(HWND dialog, int id, bool shown)
 bool HasDlgItem(HWND dialog, int id)
 {
     return ControlOf(dialog, id) != nullptr;
+}
+
+void WarnDlgItem(HWND dialog, int id, bool warn)
+{
+    QWidget* control = ControlOf(dialog, id);
+    if (control == nullptr || DlgItemWarns(dialog, id) == warn) return;
+    control->setProperty(kWarnsProperty, warn);
+    QPalette colors;  // an empty one takes all from the theme
+    const bool dark = control->palette().color(QPalette::Window).lightness() < 128;
+    if (warn) colors.setColor(QPalette::WindowText, dark ? kWarningOnDark : kWarningOnLight);
+    control->setPalette(colors);
+}
+
+bool DlgItemWarns(HWND dialog, int id)
+{
+    const QWidget* control = ControlOf(dialog, id);
+    return control != nullptr && control->property(kWarnsProperty).toBool();
 }
 
 void FocusDlgItem(HWND dialog, int id)

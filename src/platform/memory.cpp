@@ -18,7 +18,7 @@ namespace {
 constexpr std::uint64_t kRefusedBytes = std::uint64_t{1} << 31;
 
 constexpr std::uint64_t kBytesPerKb = 1024;
-constexpr std::int32_t kDefaultSharePercent = 50;
+constexpr std::int32_t kDefaultSharePercent = 25;
 
 int callsUntilFailure = 0;  // 0: none is ordered
 

@@ -30,7 +30,7 @@ bool AllocateBlock(std::vector<T>& block, std::size_t count)
 }
 
 // The bytes that may be taken now without making the machine swap: a share of what the system calls available. Section
-// Memory of platform.ini has the share in percent (key Share, 1 to 100, 50 where it is missing) and may set a limit in
+// Memory of platform.ini has the share in percent (key Share, 1 to 100, 25 where it is missing) and may set a limit in
 // bytes beside it (key Limit; 0: none).
 std::uint64_t AvailablePhysicalMemory();
 // MemAvailable of a text as /proc/meminfo has it, in bytes; nullopt where it isn't told.

@@ -148,20 +148,39 @@ Axis StretchAxis(double ratio, int from, int length, int count, std::int64_t cli
     return axis;
 }
 
+// Both directions of a picture of width x height pixels in a window; empty where nothing of it can be seen.
+struct Axes {
+    Axis columns;
+    Axis rows;
+    bool Empty() const { return columns.sources.empty() || rows.sources.empty(); }
+};
+
+Axes StretchAxes(const Window& window, const Rect& destination, int width, int height)
+{
+    if (width <= 0 || height <= 0 || destination.Empty()) return {};
+    const double ratio = DeviceRatio(window);
+    const DeviceArea clip = PaintableArea(window);
+    const Rect place = Scrolled(window, destination);
+    return {StretchAxis(ratio, place.left, place.Width(), width, clip.left, clip.right),
+            StretchAxis(ratio, place.top, place.Height(), height, clip.top, clip.bottom)};
+}
+
+void ShowStretched(Window& window, const Axes& axes)
+{
+    const auto& [columns, rows] = axes;
+    ShowArea(window, {columns.start, rows.start, columns.start + std::ssize(columns.sources),
+                      rows.start + std::ssize(rows.sources)});
+}
+
 // pixel(x, y) gives 0xFFRRGGBB. Rows that repeat are copied.
 template <typename RowReader>
 bool Stretch(HWND handle, const Rect& destination, int width, int height, RowReader readRow)
 {
     Window* const window = SurfaceOf(handle);
     if (!window) return false;
-    if (width <= 0 || height <= 0 || destination.Empty()) return true;
-
-    const double ratio = DeviceRatio(*window);
-    const DeviceArea clip = PaintableArea(*window);
-    const Rect place = Scrolled(*window, destination);
-    const Axis columns = StretchAxis(ratio, place.left, place.Width(), width, clip.left, clip.right);
-    const Axis rows = StretchAxis(ratio, place.top, place.Height(), height, clip.top, clip.bottom);
-    if (columns.sources.empty() || rows.sources.empty()) return true;
+    const Axes axes = StretchAxes(*window, destination, width, height);
+    if (axes.Empty()) return true;
+    const auto& [columns, rows] = axes;
 
     const std::size_t rowBytes = columns.sources.size() * sizeof(std::uint32_t);
     const std::uint32_t* rowBefore = nullptr;
@@ -174,8 +193,7 @@ bool Stretch(HWND handle, const Rect& destination, int width, int height, RowRea
         }
         rowBefore = row;
     }
-    ShowArea(*window, {columns.start, rows.start, columns.start + static_cast<std::int64_t>(columns.sources.size()),
-                       rows.start + static_cast<std::int64_t>(rows.sources.size())});
+    ShowStretched(*window, axes);
     return true;
 }
 
@@ -259,6 +277,27 @@ bool StretchPixels(HWND window, const Rect& destination, const DeviceBitmap& sou
                            source.pixels.data() + static_cast<std::ptrdiff_t>(y) * source.width;
                        for (const int column : columns) *row++ = pixels[column] | kOpaque;
                    });
+}
+
+bool StretchMarks(HWND handle, const Rect& destination, const IndexedPixels& marks)
+{
+    Window* const window = SurfaceOf(handle);
+    if (!window) return false;
+    const Axes axes = StretchAxes(*window, destination, marks.width, marks.height);
+    if (axes.Empty()) return true;
+    const auto& [columns, rows] = axes;
+
+    for (std::size_t i = 0; i < rows.sources.size(); ++i) {
+        const std::uint8_t* const values = marks.firstRow + rows.sources[i] * marks.rowStride;
+        if (std::all_of(values, values + marks.width, [](std::uint8_t value) { return value == 0; })) continue;
+        std::uint32_t* pixel = Row(window->surface, rows.start + static_cast<std::int64_t>(i)) + columns.start;
+        for (const int column : columns.sources) {
+            if (values[column] != 0) *pixel = marks.colors[values[column]] | kOpaque;
+            ++pixel;
+        }
+    }
+    ShowStretched(*window, axes);
+    return true;
 }
 
 void CopyToClipboard(const DeviceBitmap& picture)

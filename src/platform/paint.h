@@ -48,6 +48,8 @@ struct IndexedPixels {
 // False if there is no surface.
 bool StretchPixels(HWND window, const Rect& destination, const IndexedPixels& source);
 bool StretchPixels(HWND window, const Rect& destination, const DeviceBitmap& source);
+// The same blocks in the same places, but a pixel of value 0 leaves what stands there: marks over a picture.
+bool StretchMarks(HWND window, const Rect& destination, const IndexedPixels& marks);
 
 // The window's own rendering (with its children), in device pixels. client: without frame and menu.
 bool CaptureWindowPixels(HWND window, bool client, DeviceBitmap& result);

@@ -160,6 +160,11 @@ void SetScrollExtent(HWND window, Point extent, int topInset, int bottomInset)
     FitScrollBars(*window);
 }
 
+Rect GetPictureArea(HWND window)
+{
+    return IsWindow(window) ? PictureArea(*window) : Rect{};
+}
+
 Point GetScrollOrigin(HWND window)
 {
     return IsWindow(window) ? OriginOf(*window) : Point{};

@@ -1,4 +1,4 @@
-// Control numbers of the dialogs that came after the classic ones: ABOUT, FRAMES, GOTOFRAME and BENCH.
+// Control numbers of the dialogs that came after the classic ones: ABOUT, ACCOUNT, BENCH, FRAMES and GOTOFRAME.
 #pragma once
 
 namespace kelvo {
@@ -35,6 +35,14 @@ constexpr int kBenchRate = 1021;
 constexpr int kBenchIntegration = 1022;
 constexpr int kBenchClocks = 1023;
 
+constexpr int kAccountDelivered = 1001;
+constexpr int kAccountShown = 1002;
+constexpr int kAccountLost = 1003;
+constexpr int kAccountMissed = 1004;
+constexpr int kAccountDeliveredRate = 1005;  // "100.0 Hz"
+constexpr int kAccountShownRate = 1006;
+constexpr int kAccountReset = 1007;
+
 // Help pages beside those of the classic contexts.
 constexpr int kHelpUnits = 2001;
 constexpr int kHelpFileFormats = 2002;
@@ -42,5 +50,9 @@ constexpr int kHelpCommandLine = 2003;
 constexpr int kHelpSaveBitmap = 2004;
 constexpr int kHelpViewMenu = 2005;
 constexpr int kHelpPanel = 2006;
+constexpr int kHelpFrameAccount = 2007;
+constexpr int kHelpColorScale = 2008;
+constexpr int kHelpSaturation = 2009;
+constexpr int kHelpBench = 2010;
 
 }  // namespace kelvo

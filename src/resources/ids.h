@@ -60,6 +60,10 @@ constexpr int kCmdViewStop = 2002;
 constexpr int kCmdViewCopyPicture = 2003;
 constexpr int kCmdViewFitContrast = 2004;
 constexpr int kCmdViewTheme = 2005;
+constexpr int kCmdViewFrameAccount = 2006;
+constexpr int kCmdViewColorScale = 2007;
+constexpr int kCmdViewSaturation = 2008;
+constexpr int kCmdBench = 2009;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

@@ -1,6 +1,7 @@
 #include "shell/commands.h"
 
 #include "calib/calibration.h"
+#include "config/configuration_dialog.h"
 #include "display/color_map.h"
 #include "display/display_dialog.h"
 #include "display/display_pipeline.h"
@@ -24,16 +25,20 @@
 #include "resources/menu.h"
 #include "shell/about.h"
 #include "shell/bitmap_command.h"
+#include "shell/color_scale.h"
 #include "shell/cursor_command.h"
+#include "shell/frame_account_window.h"
 #include "shell/image_cursor.h"
 #include "shell/playback.h"
 #include "shell/recent_files.h"
+#include "shell/saturation_overlay.h"
 #include "shell/sequence_naming.h"
 #include "shell/shutdown.h"
 #include "shell/status.h"
 #include "shell/unbuilt.h"
 #include "shell/windows.h"
 #include "shell/zoom_pan.h"
+#include "simcam/bench_window.h"
 
 #include <algorithm>
 #include <iterator>
@@ -135,6 +140,21 @@ Ending DisplaySetup()
     return Ending::kResetStatus;
 }
 
+Ending Configuration()
+{
+    // The cursor's place belongs to the camera and the zoom that may change.
+    const bool cursorWasOn = ImageCursorOn != 0;
+    if (cursorWasOn) SendMessage(hWndMain, WM_COMMAND, kCmdImageCursor, 0);
+    ConfigurationDialog(hWndMain);
+    if (cursorWasOn) SendMessage(hWndMain, WM_COMMAND, kCmdImageCursor, 0);
+    return Ending::kResetStatus;
+}
+
+void OpenBench()
+{
+    OpenBenchWindow(hWndMain);
+}
+
 Ending LoadPreviousCalibration()
 {
     if (!CameraOn) {
@@ -148,10 +168,8 @@ Ending LoadPreviousCalibration()
     return Ending::kLeaveStatus;
 }
 
-// Without a camera the dialog says what it needs.
 Ending NewCalibration()
 {
-    if (CameraOn) return NotAvailable();
     RunCalibrationDialog(hWndMain);
     return Ending::kResetStatus;
 }
@@ -318,7 +336,7 @@ constexpr Command kCommands[] = {
     {kCmdDisplaySetup, DisplaySetup},
     {kCmdVideoSetup, VideoSetup},
     {kCmdImageSetup, NotAvailable},
-    {kCmdConfiguration, NotAvailable},
+    {kCmdConfiguration, Configuration},
     {124, Run<ShowDialogHelp>},
     {kCmdSaveTiff8, NotAvailable},
     {kCmdSaveTiff16, NotAvailable},
@@ -352,6 +370,10 @@ constexpr Command kCommands[] = {
     {kCmdViewStop, Run<StopPlaying>},
     {kCmdViewCopyPicture, Run<CopyPicture>},
     {kCmdViewFitContrast, Run<FitContrastOnView>},
+    {kCmdViewFrameAccount, Run<ToggleFrameAccount>},
+    {kCmdViewColorScale, Run<ToggleColorScale>},
+    {kCmdViewSaturation, Run<ToggleSaturationOverlay>},
+    {kCmdBench, Run<OpenBench>},
 };
 
 LRESULT Finish(Ending ending)

@@ -14,6 +14,7 @@
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "resources/ids.h"
+#include "shell/color_scale.h"
 #include "shell/commands.h"
 #include "shell/cursor_command.h"
 #include "shell/image_cursor.h"
@@ -57,6 +58,7 @@ void OnSize(LPARAM lParam)
         ViewWidth = ClientWidth;
         ViewHeight = ClientHeight - kViewMargin;
     }
+    PlaceColorScale();
 }
 
 // Coming back from another program sets the pointer's clip again.

@@ -10,6 +10,7 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/ids.h"
+#include "shell/color_scale.h"
 #include "shell/windows.h"
 #include "shell/zoom_pan.h"
 
@@ -133,6 +134,7 @@ bool OnCommand(HWND panel, int id, int notification)
         case kUnitList:
             if (notification != kSelectionChanged) return false;
             DisplayUnit = OnUnitCombo(panel);
+            FollowDisplay();
             LeaveControl();
             return true;
         default:

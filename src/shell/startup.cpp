@@ -25,10 +25,13 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
+#include "shell/color_scale.h"
+#include "shell/frame_account_window.h"
 #include "shell/image_cursor.h"
 #include "shell/main_window.h"
 #include "shell/panel.h"
 #include "shell/recent_files.h"
+#include "shell/saturation_overlay.h"
 #include "shell/splash.h"
 #include "shell/start_options.h"
 #include "shell/status.h"
@@ -135,12 +138,6 @@ void MakePaths()
     HelpFilePath = DefaultDir + "/KELVO.hlp";
 }
 
-// Another camera may be wired to another port: the link doesn't stay open on the old one.
-void LeaveOtherPort()
-{
-    if (GetPrivateProfileInt(ActiveCameraSection(), "nCommPort", 2, CameraFilePath) != nCommPort) CloseCommLink();
-}
-
 // The full scale of the head's converter at its unity setting: 16383 with gain 16384 and offset 8192.
 std::int32_t FullScale()
 {
@@ -156,6 +153,17 @@ void FitMenuToCamera()
     if (!hWndMain) return;
     if (!ActiveConfig.BufferCapture) DeleteMenuItem(hWndMain, kCmdHostRamCapture);
     SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
+}
+
+// What was made for frames of another size goes with the camera that they came from.
+void ReadActiveCamera()
+{
+    const std::int32_t columns = ActiveConfig.Hroi;
+    const std::int32_t rows = ActiveConfig.Vroi;
+    const bool wasRead = columns != 0 || rows != 0;
+    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    if (!wasRead) return;
+    if (ActiveConfig.Hroi != columns || ActiveConfig.Vroi != rows) FrameSizeChanged();
 }
 
 }  // namespace
@@ -180,6 +188,9 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     HideSplash(splash, kSplashMs);
 
     CreateDockedPanel("PANEL", hWndMain, PanelProc);
+    OpenFrameAccount();
+    OpenColorScale();
+    OpenSaturationOverlay();
     SetPointer(Pointer::kArrow);
     StatusString(1, 0);
     ShowWindowMaximised(hWndMain);
@@ -196,8 +207,7 @@ int InitialSetup()
     MakePaths();
     HelpMode = 0;
     ReadSetupKeys();
-    LeaveOtherPort();
-    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    ReadActiveCamera();
     DisplayLow = 0;
     DisplayHigh = FullScale();
 

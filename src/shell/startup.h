@@ -2,6 +2,8 @@
 // picture, the control panel, the message loop.
 #pragma once
 
+#include "shell/setup.h"
+
 #include <string_view>
 
 namespace kelvo {
@@ -10,11 +12,6 @@ namespace kelvo {
 // commandLine counts: 5 or more characters turn the camera on directly. The main window is always shown maximised.
 int WinMain(const void* instance, const void* previousInstance, std::string_view commandLine, int show);
 
-// Directories, paths and settings. 1. Runs again after a change of camera: paths and windows survive.
-int InitialSetup();
-
-// The camera head and the display side. 1, or 0 where no head answers.
-int InitializeHardware();
 // The display side alone: colour map, look-up table, geometry. 1.
 int InitImageProcessor();
 

@@ -4,6 +4,7 @@
 #include "config/camera_config.h"
 #include "config/settings.h"
 #include "display/display_state.h"
+#include "grabber/frame_account.h"
 #include "grabber/frame_state.h"
 #include "head/head_state.h"
 #include "imagefile/header.h"
@@ -74,6 +75,14 @@ void RegisterFrames()
     RegisterVariable("ImageCursorOn", ImageCursorOn);
     RegisterVariable("TrackballMode", TrackballMode);
     RegisterState("ImageBuffer", [] { return StateValue{static_cast<std::int64_t>(ImageBuffer.size())}; });
+}
+
+void RegisterFrameAccount()
+{
+    RegisterState("FramesDelivered", [] { return StateValue{CurrentFrameAccount().delivered}; });
+    RegisterState("FramesShown", [] { return StateValue{CurrentFrameAccount().shown}; });
+    RegisterState("FramesLost", [] { return StateValue{CurrentFrameAccount().lost}; });
+    RegisterState("FramesMissed", [] { return StateValue{CurrentFrameAccount().missed}; });
 }
 
 void RegisterDisplay()
@@ -185,6 +194,7 @@ void RegisterHeader()
 void RegisterProgramState()
 {
     RegisterFrames();
+    RegisterFrameAccount();
     RegisterDisplay();
     RegisterShell();
     RegisterCamera();

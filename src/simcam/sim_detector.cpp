@@ -151,7 +151,7 @@ void Spoil(DetectorKind kind, const Frame& frame, Draws& draws, Detector& detect
 Blinker DrawBlinker(std::uint32_t detector, Draws& draws)
 {
     constexpr double kShortestDwell = 5;
-    constexpr double kLongestDwell = 40;
+    constexpr double kLongestDwell = 16;
     const double shift = draws.Sign() * draws.Between(100, 600);
     return {detector, static_cast<float>(shift),
             static_cast<std::int64_t>(draws.Between(kShortestDwell, kLongestDwell))};

@@ -112,7 +112,7 @@ void FillDisplay(HWND dialog)
 
 TEST_P(LookOf, Dialogs)
 {
-    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON"}) {
+    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT"}) {
         dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {
@@ -122,6 +122,10 @@ TEST_P(LookOf, Dialogs)
                 SetDlgItemText(dialog, 1011, "-40");
                 SetDlgItemText(dialog, 1012, "150");
                 SetDlgItemText(dialog, 1014, "a recording with a long name.raw");
+            }
+            if (seen.message == WM_INITDIALOG && std::string_view(name) == "ACCOUNT") {
+                for (const int id : {1001, 1002, 1003, 1004}) SetDlgItemText(dialog, id, "999999999999");
+                for (const int id : {1005, 1006}) SetDlgItemText(dialog, id, "1000.0 Hz");
             }
             return 0;
         };

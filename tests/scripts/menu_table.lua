@@ -14,6 +14,7 @@ local texts = {
   [140] = "&Freeze frame\tF2", [141] = "&Replace bad pixels\tF9", [143] = "&Normal gray", [144] = "&Inverted gray",
   [145] = "Normal &color", [151] = "&Image cursor\tF8", [160] = "&Histogram...\tShift+F8", [161] = "&Line plot...",
   [162] = "&Image math...", [169] = "&Turn Vantir on ", [190] = "&Contents", [191] = "&Search\tF1", [192] = "&Keys help",
+  [2006] = "Frame &account", [2007] = "Colour &scale", [2008] = "Sat&uration overlay", [2009] = "Simulated &bench...",
   [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About",
 }
 for id, expected in pairs(texts) do
@@ -24,13 +25,26 @@ for id, expected in pairs(texts) do
 end
 for _, id in ipairs { 105, 155, 156, 200, 217 } do check.eq(menu(id), nil, "menu " .. id) end
 
-for _, id in ipairs { 103, 106, 109, 110, 112, 117, 121, 122, 123, 125, 126, 130, 131, 132, 134, 141, 160, 161, 162, 169, 900, 999 } do
+for _, id in ipairs { 103, 106, 109, 110, 112, 117, 122, 125, 126, 131, 132, 134, 141, 160, 161, 162, 900, 999 } do
   command(id)
   check.eq(box().text, "This command is not available in this version of Kelvo.", "command " .. id)
   answer("ok")
   check.eq(box(), nil)
   check.eq(status(), " Use Alt + underlined menu item or trackball to select menu item")
 end
+
+command(130)
+check.answer_box("Camera must be turned on before calibrating", "ok", "Kelvo Message")
+
+-- Without a head the video set-up can't open its link.
+command(121)
+check.holds(box().text, "OpenXComm, Error number ")
+answer("ok")
+check.answer_box("Error opening rs232 communications!  Check port, baud rate, etc.", "ok", "Comm Error")
+
+command(169)
+check.eq(dialog(), "CLOCK_ON")
+press(2)
 
 command(133)
 check.answer_box("Camera must be on in order\nto load a calibration", "ok", "Kelvo message")

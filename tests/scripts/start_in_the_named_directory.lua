@@ -1,6 +1,7 @@
 -- win.ini names the program's directory: it is made, filled with the shipped files, and all paths are formed from it.
 local check = require "check"
-check.answer_box("Initialize Hardware Failure", "ok", "Kelvo message")
+check.eq(dialog(), "CLOCK_ON", "the shipped wiring has a head")
+press(2)
 local directory = state("DefaultDir")
 check.eq(directory:sub(1, 1), "/", "the path is whole")
 check.eq(directory:match("[^/]+/[^/]+$"), "start_in_the_named_directory/named")

@@ -82,6 +82,23 @@ TEST_F(DialogOrder, GoToFrameStartsAtTheNumber)
     EXPECT_THAT(StopsOf("GOTOFRAME"), ElementsAre(1001, 1, 2));
 }
 
+// The zooms, the other channels and so on have nothing checked here: each radio is a stop of its own.
+TEST_F(DialogOrder, ConfigurationFollowsItsControls)
+{
+    EXPECT_THAT(StopsOf("INITIAL"), ElementsAre(1598, 1260, 1271, 1293, 1294, 1290, 1291, 1046, 1616, 1, 2, 9));
+}
+
+TEST_F(DialogOrder, ConfigurationUnderlinesItsLetters)
+{
+    EXPECT_THAT(MnemonicsOf("INITIAL"), ElementsAre("Selected Camera &Driver:", "&X", "&Y", "&Pan (pixels):",
+                                                    "Show &1 channel", "&Enable byteswap", "&Ok", "&Cancel"));
+}
+
+TEST_F(DialogOrder, FrameAccountUnderlinesEachLetterOnce)
+{
+    EXPECT_THAT(MnemonicsOf("ACCOUNT"), ElementsAre("&Reset", "&Close", "&Help"));
+}
+
 TEST_F(DialogOrder, AboutHasItsButtonAlone)
 {
     EXPECT_THAT(StopsOf("ABOUT"), ElementsAre(1));

@@ -11,6 +11,7 @@
 #include "support/temp_directory.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QWidget>
 
 namespace kelvo {
@@ -241,6 +242,21 @@ TEST_F(Bench, TheCloseButtonOfTheWindowClosesIt)
     hDlgBench->widget->close();
     EXPECT_EQ(hDlgBench, nullptr);
     CloseBenchWindow();
+}
+
+TEST_F(Bench, ReturnInATemperatureKeepsTheWindowOpenAndEscapeClosesIt)
+{
+    Open();
+    QWidget* edit = ControlOf(hDlgBench, kBenchLowDegrees);
+    for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        QKeyEvent key(type, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"));
+        QApplication::sendEvent(edit, &key);
+    }
+    EXPECT_NE(hDlgBench, nullptr);
+    EXPECT_FALSE(FileDialogInFront());
+    QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QApplication::sendEvent(edit, &escape);
+    EXPECT_EQ(hDlgBench, nullptr);
 }
 
 TEST_F(Bench, TheKeyboardGoesThroughFromTopToBottom)

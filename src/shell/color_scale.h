@@ -1,0 +1,55 @@
+// The colour scale: a bar at the right edge of the picture's area with the 256 colours of the map in force, and the
+// values that they stand for, in the unit on view. It spans the counts that contrast and brightness spread over the
+// gray values: below its lower end all is the first colour, from its upper end on the last.
+//
+// It follows map, contrast, brightness, unit, range and window at the next picture, at once when the panel's unit
+// changes, and a quarter of a second later otherwise. It is a window of its own in the main window: the picture beneath
+// stays as it is and scrolls clear of it.
+#pragma once
+
+#include "display/lookup_table.h"
+#include "platform/types.h"
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+// The counts that the lookup table spreads over the gray values: low shows the first, high and above the last.
+CountRange SpreadCounts(const LutWindow& window, CountRange live);
+// Of the lookup table in force.
+CountRange SpreadCountsOnView();
+
+// A straight line between counts and values. A value may fall as counts rise.
+struct ScaleLine {
+    CountRange counts;
+    double lowValue = 0;   // at counts.low
+    double highValue = 0;  // at counts.high
+    bool whole = false;    // values are counts: no tick between two of them
+};
+
+struct ScaleTick {
+    double value = 0;
+    int y = 0;  // logical pixels, on the bar
+    std::string label;
+};
+
+// Ticks at multiples of 1, 2 or 5 times a power of ten, as many as stand apart by two label heights. The line's
+// low end lies at bottom, its high end at top. None where the line has no length, or its values are no numbers.
+std::vector<ScaleTick> PlaceScaleTicks(const ScaleLine& line, int top, int bottom, int labelHeight);
+
+// The values of the spread counts in a unit (display/units.h).
+ScaleLine ScaleLineOf(CountRange counts, std::int32_t unit);
+
+// At start: shown or not as it was at the end (key ColorScale of section View).
+void OpenColorScale();
+// The command of the View menu.
+void ToggleColorScale();
+
+// After a change of the main window's size.
+void PlaceColorScale();
+// After a change of what it shows: paints it again if it differs.
+void FollowDisplay();
+
+}  // namespace kelvo

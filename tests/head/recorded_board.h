@@ -1,0 +1,18 @@
+// A board that always comes up and writes down what it is asked to do.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+// Makes the board known as "recorded". Its grab leaves the display off, so that no frame is asked for.
+void RegisterRecordedBoard();
+
+// "init", "grab" and "freeze" since the last call, in order.
+std::vector<std::string> TakeBoardCalls();
+
+// The result of the configuration's loading from here on; 0 is success.
+void SetBoardConfigurationResult(int result);
+
+}  // namespace kelvo

@@ -1,0 +1,84 @@
+-- The camera's main switch with the simulated head behind it: each of the three ways on, and off again each time.
+local check = require "check"
+local files = require "files"
+
+local function turn_off()
+  command(169)
+  check.answer_box("Do you wish to turn the Vantir camera OFF?", "yes", "Turn off camera?")
+  check.eq(dialog(), nil)
+  check.eq(state("CameraOn"), 0)
+  check.eq(state("LiveVideo"), 0)
+  check.eq(state("GrabberPresent"), 0)
+  check.eq(menu(169).text, "&Turn Vantir on")
+end
+
+local function is_live()
+  check.eq(box(), nil)
+  check.eq(dialog(), nil)
+  check.eq(state("CameraOn"), 1)
+  check.eq(state("LiveVideo"), 1)
+  check.eq(menu(169).text, "&Turn Vantir off")
+  frames(5)
+end
+
+-- The start asks; the video set-up's way.
+check.eq(dialog(), "CLOCK_ON")
+press(1070)
+is_live()
+check.eq(state("CalType"), 0)
+-- 48000000 / 12 Hz over 320 x 256 pixels at row 3 of the list.
+if state("FrameRate") then assert(state("FrameRate") > 0) end
+
+-- No leaves all as it is.
+command(169)
+check.answer_box("Do you wish to turn the Vantir camera OFF?", "no")
+is_live()
+
+-- The video set-up's command sends what is in force and leaves the camera on.
+command(121)
+is_live()
+turn_off()
+
+-- The last calibration: first there is none, and the camera stays on with the dialog open.
+command(169)
+press(1072)
+local path = box().text:match("^Failed to get ActiveCamera from calibration file:\n(.+)$")
+check.holds(path, "LAST.CAL")
+answer("ok")
+check.eq(dialog(), "CLOCK_ON")
+press(2)
+is_live()
+turn_off()
+
+files.write(state("DefaultDir") .. "/last.cal", "[Setup]\nActiveCamera=2\n[Calibration]\nDriverNumber=2\n")
+command(169)
+press(1072)
+is_live()
+check.eq(status(), " Use Alt + underlined menu item or trackball to select menu item")
+turn_off()
+
+-- A selected one.
+command(169)
+press(1074)
+check.eq(file().title, "Load Calibration")
+choose(state("DefaultDir") .. "/last.cal")
+is_live()
+
+-- The same file by the menu.
+command(133)
+choose(state("DefaultDir") .. "/last.cal")
+is_live()
+turn_off()
+
+-- A head that has gone: each way says what it says, and the dialog stays until the operator cancels.
+sim.fault("head silent", true)
+command(169)
+press(1070)
+check.answer_box("Unable to communicate with camera head!", "ok", "Load timing error!")
+check.answer_box("Unable to turn camera head on!", "ok", "Camera Head Error!")
+press(1072)
+check.answer_box("Unable to communicate with camera head!", "ok")
+check.eq(dialog(), "CLOCK_ON")
+press(2)
+check.eq(state("CameraOn"), 0)
+sim.fault("head silent", false)
