@@ -16,12 +16,19 @@ constexpr std::uint32_t kPlainFrame = 0x080;       // passed by some callers; no
 constexpr std::uint32_t kShowProgress = 0x200;     // in the status window
 constexpr std::uint32_t kUseStoredFrames = 0x400;  // BufferFirstFrame to BufferLastFrame, in the buffer's rectangle
 
-// The caller's block: 16-bit, 32-bit or float values as mode says, at least as many as the rectangle has.
+// The caller's block: 16-bit, 32-bit or float values as mode says (the block's type decides), at least as many as the
+// rectangle has.
 using AverageBlock = std::variant<std::span<std::int16_t>, std::span<std::int32_t>, std::span<float>>;
 
 // Gathers count frames of a rectangle (inclusive, columns left to right, rows top to bottom) and leaves their mean or
 // sum in result, corrected by the calibration in force; deviation gets each pixel's standard deviation of raw counts
-// (empty: not wanted; untouched where count is 1). 1, or 0 after a box.
+// (empty: not wanted; untouched where count is 1). Blocks while frames come. 1, or 0 after a box: the operator said no
+// to a single frozen frame, memory was refused, or there are no host frames. A capture that fails is told, and the run
+// goes on with what the store holds.
+//
+// Frames are read from host memory as flat copies in readout order (ReadHostFrameRect), and the calibration finds each
+// pixel's value through DecomList: both are exact for whole frames. For a part of the frame the pixels are those of the
+// flat copy, and the ones whose entry lies beyond it stay uncorrected.
 int AverageFrames(AverageBlock result, std::span<float> deviation, std::uint32_t count, std::int32_t left,
                   std::int32_t top, std::int32_t right, std::int32_t bottom, std::uint32_t mode);
 

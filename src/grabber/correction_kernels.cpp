@@ -7,6 +7,7 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 #include <span>
@@ -89,27 +90,44 @@ const std::int16_t* GatherRow(const CorrectionPlan& plan, std::size_t index, con
 
 // ---- Correcting
 
-// What each CalType makes of the raw counts from place `at` of the image-order lists on: Registers for a register of
-// them, Pixel for one.
+// What each CalType makes of raw counts: Pixel of one, Correct (below) of a register of them. The lists are those of
+// one row, from its first pixel on.
 
 struct Plain {
-    const CorrectionPlan& plan;
-    std::int16_t Pixel(std::int16_t raw, std::size_t, std::size_t) const { return PlainCount(plan.dataOffset, raw); }
+    std::int32_t dataOffset;
+
+    Plain(const CorrectionPlan& plan, std::size_t) : dataOffset(plan.dataOffset) {}
+    std::int16_t Pixel(std::int16_t raw, std::size_t) const { return PlainCount(dataOffset, raw); }
 };
 
 struct WithOffset {
-    const CorrectionPlan& plan;
-    std::int16_t Pixel(std::int16_t raw, std::size_t first, std::size_t column) const
+    std::int32_t dataOffset;
+    const std::int16_t* offset;
+
+    WithOffset(const CorrectionPlan& plan, std::size_t row)
+        : dataOffset(plan.dataOffset), offset(plan.offset.data() + row * plan.paddedWidth)
     {
-        return OffsetCount(plan.dataOffset, raw, plan.offset[first + column]);
+    }
+    std::int16_t Pixel(std::int16_t raw, std::size_t column) const
+    {
+        return OffsetCount(dataOffset, raw, offset[column]);
     }
 };
 
 struct WithGain {
-    const CorrectionPlan& plan;
-    std::int16_t Pixel(std::int16_t raw, std::size_t first, std::size_t column) const
+    std::int32_t dataOffset;
+    const std::int16_t* offset;
+    const float* gain;
+
+    WithGain(const CorrectionPlan& plan, std::size_t row)
+        : dataOffset(plan.dataOffset),
+          offset(plan.offset.data() + row * plan.paddedWidth),
+          gain(plan.gain.data() + row * plan.paddedWidth)
     {
-        return GainCount(plan.dataOffset, raw, plan.offset[first + column], plan.gain[first + GainPlace(column)]);
+    }
+    std::int16_t Pixel(std::int16_t raw, std::size_t column) const
+    {
+        return GainCount(dataOffset, raw, offset[OffsetPlace(column)], gain[GainPlace(column)]);
     }
 };
 
@@ -134,21 +152,56 @@ HWY_INLINE hn::Vec<Counts> Narrow(hn::Vec<Wide> even, hn::Vec<Wide> odd)
     return hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(odd)), hn::BitCast(d, even));
 }
 
-HWY_INLINE hn::Vec<Counts> Correct(const Plain& kind, hn::Vec<Counts> raw, std::size_t)
+// For the pixels of a block from place `inBlock` on; the block starts at column `block`.
+HWY_INLINE hn::Vec<Counts> Correct(const Plain& kind, hn::Vec<Counts> raw, std::size_t, std::size_t)
 {
-    const auto dataOffset = hn::Set(Wide(), kind.plan.dataOffset);
+    const auto dataOffset = hn::Set(Wide(), kind.dataOffset);
     const auto least = hn::Zero(Wide());
     return Narrow(hn::Max(hn::Add(Even(raw), dataOffset), least), hn::Max(hn::Add(Odd(raw), dataOffset), least));
 }
 
-HWY_INLINE hn::Vec<Counts> Correct(const WithOffset& kind, hn::Vec<Counts> raw, std::size_t at)
+HWY_INLINE hn::Vec<Counts> Correct(const WithOffset& kind, hn::Vec<Counts> raw, std::size_t block, std::size_t inBlock)
 {
     const Counts d;
-    const auto dataOffset = hn::Set(d, static_cast<std::int16_t>(kind.plan.dataOffset));
-    return hn::Add(hn::Sub(raw, hn::LoadU(d, kind.plan.offset.data() + at)), dataOffset);
+    const auto dataOffset = hn::Set(d, static_cast<std::int16_t>(kind.dataOffset));
+    return hn::Add(hn::Sub(raw, hn::LoadU(d, kind.offset + block + inBlock)), dataOffset);
 }
 
 #if HWY_NATIVE_FMA
+
+// raw - offset of the even and of the odd pixels, the offsets of a pair having changed places. On x86 a pair of a count
+// and its offset is multiplied by 1 and -1 and added, which takes the widening along.
+#if HWY_ARCH_X86
+HWY_INLINE hn::Vec<Wide> EvenDifference(hn::Vec<Counts> raw, hn::Vec<Counts> offset)
+{
+    const auto pairs = hn::OddEven(offset, raw);
+    return hn::Vec<Wide>{_mm256_madd_epi16(pairs.raw, _mm256_set1_epi32(static_cast<int>(0xFFFF0001U)))};
+}
+HWY_INLINE hn::Vec<Wide> OddDifference(hn::Vec<Counts> raw, hn::Vec<Counts> offset)
+{
+    const auto pairs = hn::OddEven(raw, offset);
+    return hn::Vec<Wide>{_mm256_madd_epi16(pairs.raw, _mm256_set1_epi32(0x0001FFFF))};
+}
+#else
+HWY_INLINE hn::Vec<Wide> EvenDifference(hn::Vec<Counts> raw, hn::Vec<Counts> offset)
+{
+    return hn::Sub(Even(raw), Odd(offset));
+}
+HWY_INLINE hn::Vec<Wide> OddDifference(hn::Vec<Counts> raw, hn::Vec<Counts> offset)
+{
+    return hn::Sub(Odd(raw), Even(offset));
+}
+#endif
+
+// Of values that 32 bits hold: what hn::ConvertTo does for the others takes as long again.
+HWY_INLINE hn::Vec<Wide> Truncated(hn::Vec<Real> value)
+{
+#if HWY_ARCH_X86
+    return hn::Vec<Wide>{_mm256_cvttps_epi32(value.raw)};
+#else
+    return hn::ConvertTo(Wide(), value);
+#endif
+}
 
 // trunc(v / g) exactly, for whole v of at most 2^17 and gains from 2^-6 to 2^100 (either sign).
 //
@@ -171,18 +224,18 @@ HWY_INLINE hn::Vec<Wide> TruncatedQuotient(hn::Vec<Wide> value, hn::Vec<Real> ga
     const auto rest = hn::NegMulAdd(q, gain, v);
     const auto away = hn::Lt(hn::Xor(rest, hn::And(v, hn::SignBit(real))), hn::Zero(real));
     const auto oneLess = hn::BitCast(wide, hn::VecFromMask(real, away));  // -1 where it holds
-    return hn::ConvertTo(wide, hn::BitCast(real, hn::Add(hn::BitCast(wide, q), oneLess)));
+    return Truncated(hn::BitCast(real, hn::Add(hn::BitCast(wide, q), oneLess)));
 }
 
-HWY_INLINE hn::Vec<Counts> Correct(const WithGain& kind, hn::Vec<Counts> raw, std::size_t at)
+HWY_INLINE hn::Vec<Counts> Correct(const WithGain& kind, hn::Vec<Counts> raw, std::size_t block, std::size_t inBlock)
 {
     const Counts d;
     const Real real;
-    const auto dataOffset = hn::Set(Wide(), kind.plan.dataOffset);
-    const auto offset = hn::LoadU(d, kind.plan.offset.data() + at);
-    const float* gain = kind.plan.gain.data() + GainPlace(at);
-    const auto even = hn::Sub(hn::Add(Even(raw), dataOffset), Even(offset));
-    const auto odd = hn::Sub(hn::Add(Odd(raw), dataOffset), Odd(offset));
+    const auto dataOffset = hn::Set(Wide(), kind.dataOffset);
+    const auto offset = hn::LoadU(d, kind.offset + block + inBlock);
+    const float* gain = kind.gain + block + inBlock / 2;
+    const auto even = hn::Add(EvenDifference(raw, offset), dataOffset);
+    const auto odd = hn::Add(OddDifference(raw, offset), dataOffset);
     return Narrow(TruncatedQuotient(even, hn::LoadU(real, gain)),
                   TruncatedQuotient(odd, hn::LoadU(real, gain + kCorrectionBlock / 2)));
 }
@@ -190,41 +243,47 @@ HWY_INLINE hn::Vec<Counts> Correct(const WithGain& kind, hn::Vec<Counts> raw, st
 #endif  // HWY_NATIVE_FMA
 
 template <class Kind>
-HWY_INLINE void CorrectBlock(const Kind& kind, const std::int16_t* line, std::size_t at, std::int16_t* out)
+HWY_INLINE void CorrectBlock(const Kind& kind, const std::int16_t* line, std::size_t block, std::int16_t* out)
 {
     const Counts d;
     for (std::size_t i = 0; i < kCorrectionBlock; i += hn::Lanes(d)) {
-        hn::StoreU(Correct(kind, hn::LoadU(d, line + i), at + i), d, out + i);
+        hn::StoreU(Correct(kind, hn::LoadU(d, line + block + i), block, i), d, out + block + i);
     }
 }
 
 // ---- Looking up
 
-HWY_INLINE hn::Vec<hn::Full128<std::uint64_t>> LookUpEight(const std::int16_t* counts, const std::uint8_t* table)
+// The look-ups stay scalar, since a gather of single bytes is slower, but the bytes go into registers, in two chains
+// side by side, and are stored at once. Half of the counts come four to a load, the others one by one: loads and shifts
+// share the work.
+HWY_INLINE hn::Vec<hn::Full128<std::uint64_t>> LookUpEight(const std::array<std::size_t, 8>& indices,
+                                                           const std::uint8_t* table)
 {
-    static_assert(std::endian::native == std::endian::little, "the first count is in the lowest bits");
-    std::uint64_t low = 0;
-    std::uint64_t high = 0;
-    std::memcpy(&low, counts, sizeof low);
-    std::memcpy(&high, counts + 4, sizeof high);
-
     const hn::Full128<std::uint8_t> bytes;
     auto packed = hn::Zero(bytes);
-    packed = hn::InsertLane(packed, 0, table[low & 0xFFFF]);
-    packed = hn::InsertLane(packed, 1, table[(low >> 16) & 0xFFFF]);
-    packed = hn::InsertLane(packed, 2, table[(low >> 32) & 0xFFFF]);
-    packed = hn::InsertLane(packed, 3, table[low >> 48]);
-    packed = hn::InsertLane(packed, 4, table[high & 0xFFFF]);
-    packed = hn::InsertLane(packed, 5, table[(high >> 16) & 0xFFFF]);
-    packed = hn::InsertLane(packed, 6, table[(high >> 32) & 0xFFFF]);
-    packed = hn::InsertLane(packed, 7, table[high >> 48]);
+    packed = hn::InsertLane(packed, 0, table[indices[0]]);
+    packed = hn::InsertLane(packed, 1, table[indices[1]]);
+    packed = hn::InsertLane(packed, 2, table[indices[2]]);
+    packed = hn::InsertLane(packed, 3, table[indices[3]]);
+    packed = hn::InsertLane(packed, 4, table[indices[4]]);
+    packed = hn::InsertLane(packed, 5, table[indices[5]]);
+    packed = hn::InsertLane(packed, 6, table[indices[6]]);
+    packed = hn::InsertLane(packed, 7, table[indices[7]]);
     return hn::BitCast(hn::Full128<std::uint64_t>(), packed);
 }
 
-HWY_INLINE void LookUpBlock(const std::int16_t* counts, const std::uint8_t* table, std::uint8_t* grays)
+HWY_INLINE void LookUpBlock(const std::uint16_t* counts, const std::uint8_t* table, std::uint8_t* grays)
 {
-    const auto first = LookUpEight(counts, table);
-    const auto second = LookUpEight(counts + 8, table);
+    static_assert(std::endian::native == std::endian::little, "the first count is in the lowest bits");
+    std::uint64_t a = 0;
+    std::uint64_t b = 0;
+    std::memcpy(&a, counts, sizeof a);
+    std::memcpy(&b, counts + 4, sizeof b);
+    const auto first = LookUpEight({a & 0xFFFF, (a >> 16) & 0xFFFF, (a >> 32) & 0xFFFF, a >> 48, b & 0xFFFF,
+                                    (b >> 16) & 0xFFFF, (b >> 32) & 0xFFFF, b >> 48},
+                                   table);
+    const auto second = LookUpEight(
+        {counts[8], counts[9], counts[10], counts[11], counts[12], counts[13], counts[14], counts[15]}, table);
     const auto both = hn::InterleaveLower(hn::Full128<std::uint64_t>(), first, second);
     hn::StoreU(hn::BitCast(hn::Full128<std::uint8_t>(), both), hn::Full128<std::uint8_t>(), grays);
 }
@@ -233,16 +292,17 @@ HWY_INLINE void LookUpBlock(const std::int16_t* counts, const std::uint8_t* tabl
 
 // ---- The frame
 
-// A stretch of counts that waits for its gray values.
+// A row of counts that waits for its gray values. Signed and unsigned of one size may share storage: the pattern is the
+// index.
 struct Waiting {
-    const std::int16_t* counts = nullptr;
+    const std::uint16_t* counts = nullptr;
     std::uint8_t* grays = nullptr;
     std::size_t size = 0;
 };
 
 void LookUpPixels(const Waiting& row, std::size_t from, const std::uint8_t* table)
 {
-    for (std::size_t i = from; i < row.size; ++i) row.grays[i] = table[static_cast<std::uint16_t>(row.counts[i])];
+    for (std::size_t i = from; i < row.size; ++i) row.grays[i] = table[row.counts[i]];
 }
 
 template <class Kind>
@@ -259,30 +319,28 @@ constexpr bool InRegisters()
 // the other. Rows with a gain that single precision can't bear, and all gains where there is no FMA to put the quotient
 // right, are divided in double.
 template <bool kLookUp, class Kind>
-void CorrectRow(const Kind& kind, [[maybe_unused]] bool inDouble, const std::int16_t* HWY_RESTRICT line,
-                std::size_t first, std::size_t columns, std::int16_t* HWY_RESTRICT out, const Waiting& before,
-                const std::uint8_t* table)
+void CorrectRow(const Kind kind, [[maybe_unused]] bool inDouble, const std::int16_t* line, std::size_t columns,
+                std::int16_t* out, const Waiting before, const std::uint8_t* table)
 {
     std::size_t done = 0;
 #if HWY_TARGET != HWY_SCALAR
     if constexpr (InRegisters<Kind>()) {
         const std::size_t end = inDouble ? 0 : columns;
         for (; done + kCorrectionBlock <= end; done += kCorrectionBlock) {
-            CorrectBlock(kind, line + done, first + done, out + done);
+            CorrectBlock(kind, line, done, out);
             if constexpr (kLookUp) LookUpBlock(before.counts + done, table, before.grays + done);
         }
     }
 #endif
     const std::size_t lookedUp = done;
-    for (; done < columns; ++done) out[done] = kind.Pixel(line[done], first, done);
+    for (; done < columns; ++done) out[done] = kind.Pixel(line[done], done);
     if constexpr (kLookUp) LookUpPixels(before, lookedUp, table);
 }
 
 template <class Kind>
-void CorrectRows(const Kind& kind, const std::int16_t* raw, const std::uint8_t* table, std::int16_t* frame,
+void CorrectRows(const CorrectionPlan& plan, const std::int16_t* raw, const std::uint8_t* table, std::int16_t* frame,
                  std::uint8_t* pixels)
 {
-    const CorrectionPlan& plan = kind.plan;
     std::int16_t* lines[2] = {plan.lines.data(), plan.lines.data() + plan.paddedWidth};
     const std::int16_t* line = GatherRow(plan, 0, raw, lines[0]);
     Waiting before;
@@ -291,13 +349,13 @@ void CorrectRows(const Kind& kind, const std::int16_t* raw, const std::uint8_t* 
         const std::int16_t* next = r + 1 < plan.rows.size() ? GatherRow(plan, r + 1, raw, lines[(r + 1) % 2]) : nullptr;
         const std::size_t columns = plan.RowPixels(r);
         std::int16_t* out = frame + r * plan.width;
-        const std::size_t first = r * plan.paddedWidth;
+        const Kind kind(plan, r);
         if (before.size >= columns) {
-            CorrectRow<true>(kind, plan.rows[r].inDouble, line, first, columns, out, before, table);
+            CorrectRow<true>(kind, plan.rows[r].inDouble, line, columns, out, before, table);
         } else {
-            CorrectRow<false>(kind, plan.rows[r].inDouble, line, first, columns, out, before, table);
+            CorrectRow<false>(kind, plan.rows[r].inDouble, line, columns, out, before, table);
         }
-        if (table) before = {out, pixels + r * plan.width, columns};
+        if (table) before = {reinterpret_cast<const std::uint16_t*>(out), pixels + r * plan.width, columns};
         line = next;
     }
     if (table) LookUpPixels(before, 0, table);
@@ -307,11 +365,11 @@ void RunPlan(const CorrectionPlan& plan, const std::int16_t* raw, const std::uin
              std::uint8_t* pixels)
 {
     if (plan.calType == 2) {
-        CorrectRows(WithGain{plan}, raw, table, frame, pixels);
+        CorrectRows<WithGain>(plan, raw, table, frame, pixels);
     } else if (plan.calType == 1) {
-        CorrectRows(WithOffset{plan}, raw, table, frame, pixels);
+        CorrectRows<WithOffset>(plan, raw, table, frame, pixels);
     } else {
-        CorrectRows(Plain{plan}, raw, table, frame, pixels);
+        CorrectRows<Plain>(plan, raw, table, frame, pixels);
     }
 }
 

@@ -169,7 +169,9 @@ bool SingleCanBear(float gain)
 void OrderOffsets(CorrectionPlan& plan, const CorrectionLists& lists)
 {
     for (std::size_t i = 0; i < plan.pixels; ++i) {
-        plan.offset[i / plan.width * plan.paddedWidth + i % plan.width] = EntryOr0(lists.offset, lists.decom[i]);
+        const std::size_t column = i % plan.width;
+        const std::size_t place = plan.calType == 2 ? OffsetPlace(column) : column;
+        plan.offset[i / plan.width * plan.paddedWidth + place] = EntryOr0(lists.offset, lists.decom[i]);
     }
 }
 

@@ -49,8 +49,8 @@ struct CorrectionPlan {
     std::size_t paddedWidth = 0;  // width in whole blocks
     std::vector<RowGather> rows;
     std::vector<RowPatch> patches;
-    // Image order, paddedWidth entries a row; empty where calType doesn't need them. In gain each block of 16 holds
-    // first its 8 even pixels, then its 8 odd ones: 32-bit lanes are made of 16-bit ones without moving across.
+    // Image order, paddedWidth entries a row; empty where calType doesn't need them. For calType 2 they stand at
+    // OffsetPlace and GainPlace of their column, so that 32-bit lanes are made of 16-bit ones without moving across.
     std::vector<std::int16_t> offset;
     std::vector<float> gain;
     // Two gathered rows: one is corrected while the next is gathered.
@@ -59,7 +59,12 @@ struct CorrectionPlan {
     std::size_t RowPixels(std::size_t row) const { return row + 1 < rows.size() ? width : pixels - row * width; }
 };
 
-// Where gain has the pixel of a row.
+// Where the lists of calType 2 have a column: in offset the two of a pair change places, in gain each block of 16 holds
+// first its 8 even pixels, then its 8 odd ones.
+constexpr std::size_t OffsetPlace(std::size_t column)
+{
+    return column ^ 1U;
+}
 constexpr std::size_t GainPlace(std::size_t column)
 {
     const std::size_t inBlock = column % kCorrectionBlock;

@@ -1,0 +1,438 @@
+#include "acquire/averaging.h"
+
+#include "acquire/buffer_state.h"
+#include "calib/cal_state.h"
+#include "config/camera_config.h"
+#include "grabber/board.h"
+#include "grabber/frame_state.h"
+#include "grabber/host_frames.h"
+#include "grabber/recording_board.h"
+#include "imagefile/header.h"
+#include "platform/memory.h"
+#include "platform/profile.h"
+#include "shell/windows.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <numeric>
+
+namespace kelvo {
+namespace {
+
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::FloatEq;
+using testing::IsEmpty;
+using testing::Not;
+
+// Live video of 2 x 2; three host frames are counted. The n-th captured frame (from 1) has n-th picture: pixels
+// picture, picture + 1, picture + 100, picture + 101.
+class Averaging : public BoardTest {
+  protected:
+    Averaging()
+    {
+        PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=3\n");
+        numBufFrames = 8;
+        GoLive(2, 2);
+        CalType = 0;
+        DataOffset = 0;
+        DecomList = {0, 1, 2, 3};
+        OffsetList = {0, 0, 0, 0};
+        GainList = {1, 1, 1, 1};
+    }
+    void Pictures(std::vector<std::int32_t> pictures)
+    {
+        recordingBoard.reads = 0;
+        recordingBoard.onRead = [this, pictures](std::int32_t n) {
+            ++captured;
+            recordingBoard.picture = pictures.at(static_cast<std::size_t>(n - 1) % pictures.size());
+        };
+    }
+    int Average(std::uint32_t count, std::uint32_t mode, std::span<float> deviation = {})
+    {
+        if (mode & kAverage16) return AverageFrames(std::span(counts), deviation, count, 0, 0, 1, 1, mode);
+        if (mode & kSum32) return AverageFrames(std::span(sums), deviation, count, 0, 0, 1, 1, mode);
+        return AverageFrames(std::span(means), deviation, count, 0, 0, 1, 1, mode);
+    }
+    // The frozen frame, which no captured one looks like.
+    void Freeze()
+    {
+        LiveVideo = 0;
+        RawFrame = {7, 8, 9, 10};
+    }
+    void Store(std::initializer_list<std::vector<std::int16_t>> frames)
+    {
+        AllocateHostFrames();
+        std::size_t k = 0;
+        for (const auto& frame : frames) HostFrames.at(k++) = frame;
+        BufferFirstFrame = 0;
+        BufferLastFrame = static_cast<std::int32_t>(frames.size()) - 1;
+        BufferRectTop = BufferRectLeft = 0;
+        BufferRectBottom = BufferRectRight = 1;
+    }
+    std::vector<std::string> Progress() const
+    {
+        std::vector<std::string> texts = op.Texts("status", "text");
+        std::erase_if(texts, [](const std::string& text) { return text.find("Allocating") != std::string::npos; });
+        return texts;
+    }
+
+    int captured = 0;
+    std::vector<std::int16_t> counts = std::vector<std::int16_t>(4, -5);
+    std::vector<std::int32_t> sums = std::vector<std::int32_t>(4, -5);
+    std::vector<float> means = std::vector<float>(4, -5);
+};
+
+TEST_F(Averaging, OneLiveFrameIsOneCapturedFrame)
+{
+    Pictures({1000});
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(counts, ElementsAre(1000, 1001, 1100, 1101));
+    EXPECT_EQ(captured, 1);
+    EXPECT_EQ(Average(1, kSum32 | kTakeNewFrames), 1);
+    EXPECT_THAT(sums, ElementsAre(1000, 1001, 1100, 1101));
+    EXPECT_EQ(Average(1, kAverageFloat | kTakeNewFrames | kPlainFrame), 1);
+    EXPECT_THAT(means, ElementsAre(1000, 1001, 1100, 1101));
+    EXPECT_THAT(op.Boxes(), IsEmpty());
+    EXPECT_THAT(Progress(), IsEmpty());
+}
+
+TEST_F(Averaging, TheMeanOfCountsTruncatesTowardZero)
+{
+    Pictures({10, 11, -1000});
+    EXPECT_EQ(Average(2, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_EQ(counts[0], 10);  // 21 / 2
+    Pictures({-10, -11});
+    EXPECT_EQ(Average(2, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_EQ(counts[0], -10);  // -21 / 2
+}
+
+TEST_F(Averaging, ASumIsNotDividedAndAFloatMeanKeepsItsFraction)
+{
+    Pictures({10, 11});
+    EXPECT_EQ(Average(2, kSum32 | kTakeNewFrames), 1);
+    EXPECT_THAT(sums, ElementsAre(21, 23, 221, 223));
+    Pictures({10, 11});
+    EXPECT_EQ(Average(2, kAverageFloat | kTakeNewFrames), 1);
+    EXPECT_THAT(means, ElementsAre(10.5F, 11.5F, 110.5F, 111.5F));
+}
+
+TEST_F(Averaging, MoreFramesThanTheStoreHoldsComeInBatches)
+{
+    Pictures({1, 2, 3, 4, 5, 6, 7});
+    EXPECT_EQ(Average(7, kSum32 | kTakeNewFrames | kShowProgress), 1);
+    EXPECT_EQ(sums[0], 28);
+    EXPECT_EQ(captured, 7);
+    EXPECT_THAT(Progress(),
+                ElementsAre(" Captured 3 of 7 frames", " Captured 3 of 7 frames; reading frame 1",
+                            " Captured 3 of 7 frames; reading frame 2", " Captured 3 of 7 frames; reading frame 3",
+                            " Captured 6 of 7 frames", " Captured 6 of 7 frames; reading frame 4",
+                            " Captured 6 of 7 frames; reading frame 5", " Captured 6 of 7 frames; reading frame 6",
+                            " Captured 7 of 7 frames", " Captured 7 of 7 frames; reading frame 7"));
+}
+
+TEST_F(Averaging, TheLastStepsAreNamed)
+{
+    std::vector<float> deviation(4);
+    EXPECT_EQ(Average(2, kAverage16 | kTakeNewFrames | kShowProgress), 1);
+    EXPECT_EQ(Progress().back(), " Averaging data");
+    EXPECT_EQ(Average(2, kSum32 | kTakeNewFrames | kShowProgress, deviation), 1);
+    EXPECT_EQ(Progress().back(), " Calculting pixel standard deviations");
+    EXPECT_EQ(Average(2, kAverageFloat | kTakeNewFrames | kShowProgress), 1);
+    EXPECT_EQ(Progress().back(), " Averaging data");
+}
+
+// 10, 12, 17: mean 13, squares of the differences 9 + 1 + 16 = 26, over n - 1 = 2: 13.
+TEST_F(Averaging, DeviationsAreThoseOfTheSampleInEachFormat)
+{
+    for (const std::uint32_t format : {kAverage16, kSum32, kAverageFloat}) {
+        Pictures({10, 12, 17});
+        std::vector<float> deviation(4);
+        EXPECT_EQ(Average(3, format | kTakeNewFrames, deviation), 1);
+        EXPECT_THAT(deviation, Each(FloatEq(std::sqrt(13.0F)))) << format;
+    }
+    EXPECT_THAT(counts, ElementsAre(13, 14, 113, 114));
+    EXPECT_THAT(means, ElementsAre(13, 14, 113, 114));
+}
+
+TEST_F(Averaging, TheDeviationOfOneFrameIsLeftUntouched)
+{
+    for (const std::uint32_t format : {kAverage16, kSum32, kAverageFloat}) {
+        std::vector<float> deviation(4, -3);
+        EXPECT_EQ(Average(1, format | kTakeNewFrames, deviation), 1);
+        EXPECT_THAT(deviation, Each(-3));
+    }
+}
+
+TEST_F(Averaging, NoFramesLeaveTheBlockAsItStands)
+{
+    EXPECT_EQ(Average(0, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_EQ(Average(0, kSum32 | kTakeNewFrames), 1);
+    EXPECT_EQ(Average(0, kAverageFloat | kTakeNewFrames), 1);
+    EXPECT_THAT(counts, Each(-5));
+    EXPECT_THAT(sums, Each(-5));
+    EXPECT_THAT(means, Each(-5));
+    EXPECT_EQ(captured, 0);
+    EXPECT_THAT(recordingBoard.asked, Not(Contains(testing::HasSubstr("icp_read_area"))));
+}
+
+TEST_F(Averaging, WithoutASourceTheBlockIsOnlyFinished)
+{
+    CalType = 1;
+    OffsetList = {1, 2, 3, 4};
+    EXPECT_EQ(Average(1, kAverage16), 1);
+    EXPECT_THAT(counts, ElementsAre(-6, -7, -8, -9));
+    EXPECT_EQ(Average(2, kAverageFloat), 1);
+    EXPECT_THAT(means, ElementsAre(-3.5F, -4.5F, -5.5F, -6.5F));  // -5 / 2 less the offset
+}
+
+TEST_F(Averaging, FrozenOneFrameIsTheFrozenFrame)
+{
+    Freeze();
+    DataOffset = 100;
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(counts, ElementsAre(107, 108, 109, 110));
+    EXPECT_EQ(Average(1, kSum32 | kTakeNewFrames), 1);
+    EXPECT_THAT(sums, ElementsAre(107, 108, 109, 110));
+    EXPECT_EQ(Average(1, kAverageFloat | kTakeNewFrames), 1);
+    EXPECT_THAT(means, ElementsAre(107, 108, 109, 110));
+    EXPECT_EQ(captured, 0);
+    EXPECT_THAT(op.Boxes(), IsEmpty());
+}
+
+TEST_F(Averaging, FrozenSeveralFramesBecomeTheFrozenOneIfTheOperatorAgrees)
+{
+    Freeze();
+    op.Answer({Button::kYes});
+    EXPECT_EQ(Average(5, kAverageFloat | kTakeNewFrames), 1);
+    EXPECT_THAT(means, ElementsAre(7, 8, 9, 10));
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "Number of frames to average is 5, but image is frozen.");
+    EXPECT_EQ(op.Boxes()[0].caption, "Capture Only One Frame?");
+    EXPECT_THAT(op.Boxes()[0].buttons, ElementsAre("yes", "no"));
+    EXPECT_EQ(op.Texts("beep", "sound").size(), 1U);
+}
+
+TEST_F(Averaging, FrozenSeveralFramesEndWithANo)
+{
+    Freeze();
+    op.Answer({Button::kNo});
+    EXPECT_EQ(Average(5, kAverage16 | kTakeNewFrames), 0);
+    EXPECT_THAT(counts, Each(-5));
+}
+
+TEST_F(Averaging, StoredFramesReplaceTheCount)
+{
+    Store({{1, 2, 3, 4}, {3, 4, 5, 6}, {8, 8, 8, 8}});
+    EXPECT_EQ(Average(1, kSum32 | kUseStoredFrames), 1);
+    EXPECT_THAT(sums, ElementsAre(12, 14, 16, 18));
+    BufferFirstFrame = 1;
+    EXPECT_EQ(Average(1, kAverage16 | kUseStoredFrames), 1);
+    EXPECT_THAT(counts, ElementsAre(5, 6, 6, 7));
+    EXPECT_EQ(captured, 0);
+    BufferLastFrame = -7;  // no frames at all
+    EXPECT_EQ(Average(1, kSum32 | kUseStoredFrames), 1);
+    EXPECT_THAT(sums, ElementsAre(12, 14, 16, 18));
+}
+
+TEST_F(Averaging, NewFramesGoBeforeStoredOnes)
+{
+    Pictures({50});
+    BufferLastFrame = 2;
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames | kUseStoredFrames), 1);
+    EXPECT_EQ(counts[0], 50);
+    EXPECT_EQ(captured, 1);
+}
+
+// ---- Calibration
+
+TEST_F(Averaging, CalibrationAppliesToTheMeanOnly)
+{
+    CalType = 2;
+    OffsetList = {1, 1, 1, 1};
+    GainList = {0.5F, 2, 1, 4};
+    std::vector<float> deviation(4);
+    for (const std::uint32_t format : {kAverage16, kSum32, kAverageFloat}) {
+        Pictures({10, 12, 17});
+        EXPECT_EQ(Average(3, format | kTakeNewFrames, deviation), 1);
+        EXPECT_THAT(deviation, Each(FloatEq(std::sqrt(13.0F)))) << "of raw counts";
+        EXPECT_EQ(CalType, 2);
+    }
+    EXPECT_THAT(counts, ElementsAre(24, 6, 112, 28));  // 13, 14, 113, 114 less 1, divided
+    EXPECT_THAT(sums, ElementsAre(76, 20, 338, 85));   // 39, 42, 339, 342 less 1, divided
+    EXPECT_THAT(means, ElementsAre(24, 6.5F, 112, 28.25F));
+}
+
+TEST_F(Averaging, OneFrameIsCorrectedToo)
+{
+    CalType = 1;
+    OffsetList = {1, 2, 3, 4};
+    Pictures({1000});
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(counts, ElementsAre(999, 999, 1097, 1097));
+    EXPECT_EQ(CalType, 1);
+}
+
+TEST_F(Averaging, AMirroredOrSubstitutedPixelIsAsOnTheScreen)
+{
+    CalType = 2;
+    OffsetList = {1, 2, 3, 4};
+    GainList = {1, 2, 3, 4};
+    DecomList = {1, 0, 3, 3};
+    Pictures({1000});
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(counts, ElementsAre(499, 999, 274, 274));  // 999 / 2, 999 / 1, 1097 / 4
+    std::vector<std::int16_t> shown;
+    DisplayEnabled = 0;
+    ASSERT_EQ(GetVideoData(shown), 1);
+    EXPECT_EQ(shown, counts);
+}
+
+TEST_F(Averaging, DataOffsetIsPartOfTheCounts)
+{
+    DataOffset = 500;
+    Pictures({1000});
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(counts, ElementsAre(1500, 1501, 1600, 1601));
+}
+
+// ---- Rectangles and blocks
+
+TEST_F(Averaging, APartOfTheFrameStaysWithinItsBlocks)
+{
+    CalType = 1;
+    OffsetList = {1, 2, 3, 4};
+    Pictures({1000});
+    // The copy is flat: two values from element 2 x 2 on, which lies behind the frame.
+    std::vector<std::int16_t> row = {77, 78, 79};
+    EXPECT_EQ(AverageFrames(std::span(row).first(2), {}, 1, 0, 1, 1, 1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(row, ElementsAre(76, 76, 79));
+    // The first row is where it should be.
+    EXPECT_EQ(AverageFrames(std::span(row).first(2), {}, 1, 0, 0, 1, 0, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(row, ElementsAre(999, 999, 79));
+}
+
+TEST_F(Averaging, AnEmptyRectangleGathersNothing)
+{
+    EXPECT_EQ(AverageFrames(std::span(counts), {}, 2, 1, 0, 0, 1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(counts, Each(-5));
+}
+
+TEST_F(Averaging, ABlockThatIsMissingOrShortIsRefused)
+{
+    EXPECT_EQ(AverageFrames(std::span<std::int16_t>(), {}, 1, 0, 0, 1, 1, kAverage16 | kTakeNewFrames), 0);
+    EXPECT_EQ(AverageFrames(std::span(sums).first(3), {}, 1, 0, 0, 1, 1, kSum32 | kTakeNewFrames), 0);
+    ASSERT_EQ(op.Boxes().size(), 2U);
+    EXPECT_EQ(op.Boxes()[0].text, "Unable to allocate or lock memory!");
+    EXPECT_EQ(op.Boxes()[0].caption, "Kelvo message");
+    EXPECT_THAT(sums, Each(-5));
+}
+
+struct Refusal {
+    std::uint32_t format;
+    int allocation;  // the n-th is refused
+    const char* text;
+};
+
+class AveragingMemory : public Averaging, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(AveragingMemory, RefusedEndsTheCallWithItsBox)
+{
+    CalType = 1;
+    std::vector<float> deviation(4, -3);
+    FailAllocation(GetParam().allocation);
+    EXPECT_EQ(Average(2, GetParam().format | kTakeNewFrames, deviation), 0);
+    FailAllocation(0);
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, GetParam().text);
+    EXPECT_EQ(op.Boxes()[0].caption, "Kelvo message");
+    EXPECT_EQ(op.Texts("beep", "sound").size(), 1U);
+    EXPECT_EQ(CalType, 1);
+    EXPECT_THAT(deviation, Each(-3));
+    EXPECT_EQ(captured, 0);
+}
+
+constexpr const char* kMemory = "Unable to allocate or lock memory!";
+constexpr const char* kLong = "Unable to allocate or lock 32-bit LONG memory!";
+constexpr const char* kDouble = "Unable to allocate or lock 32-bit double memory for sum of squares!";
+
+INSTANTIATE_TEST_SUITE_P(EachBlock, AveragingMemory,
+                         testing::Values(Refusal{kAverage16, 1, kLong}, Refusal{kAverage16, 2, kDouble},
+                                         Refusal{kAverage16, 3, kMemory}, Refusal{kSum32, 1, kMemory},
+                                         Refusal{kSum32, 2, kDouble}, Refusal{kSum32, 3, kMemory},
+                                         Refusal{kAverageFloat, 1, kMemory}, Refusal{kAverageFloat, 2, kDouble},
+                                         Refusal{kAverageFloat, 3, kMemory}));
+
+// ---- The grabber
+
+TEST_F(Averaging, WithoutHostFramesItEndsWithItsBoxes)
+{
+    FreeHostFrames();
+    numBufFrames = 0;
+    AveragingCapacity = 0;
+    CalType = 2;
+    EXPECT_EQ(Average(2, kAverage16 | kTakeNewFrames), 0);
+    ASSERT_EQ(op.Boxes().size(), 2U);
+    EXPECT_EQ(op.Boxes()[0].text, "Buffer board memory not accessable!");
+    EXPECT_EQ(op.Boxes()[0].caption, "Hardware Error");
+    EXPECT_EQ(op.Boxes()[1].text, "ICP-PCI frame grabber error");
+    EXPECT_EQ(op.Boxes()[1].caption, "Image Buffer Board Error!");
+    EXPECT_EQ(CalType, 2);
+}
+
+TEST_F(Averaging, ANegativeGrabberHandleIsToldAndCountsAsDone)
+{
+    recordingBoard.answers["itx_get_modcnf"] = -3;
+    CalType = 2;
+    EXPECT_EQ(Average(2, kAverage16 | kTakeNewFrames), 1);
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "ICP-PCI frame grabber error");
+    EXPECT_EQ(op.Boxes()[0].caption, "Buffer Board Error");
+    EXPECT_THAT(counts, Each(-5));
+    EXPECT_EQ(CalType, 2);
+}
+
+TEST_F(Averaging, ACaptureThatFailsIsToldAndTheRunGoesOnWithWhatTheStoreHolds)
+{
+    Pictures({10});
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    recordingBoard.answers["icp_read_area"] = -1;
+    CalType = 1;
+    EXPECT_EQ(Average(1, kSum32 | kTakeNewFrames), 1);
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "icp_read_area() Error");
+    EXPECT_THAT(sums, ElementsAre(10, 11, 110, 111));
+    EXPECT_EQ(CalType, 1);
+}
+
+TEST_F(Averaging, TheCapacityIsWorkedOutOnceAndKept)
+{
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_EQ(AveragingCapacity, 3U);
+    EXPECT_EQ(HostFrameBytes, 24);
+    AveragingCapacity = 2;
+    Pictures({1, 2, 3, 4, 5});
+    EXPECT_EQ(Average(5, kSum32 | kTakeNewFrames | kShowProgress), 1);
+    EXPECT_EQ(sums[0], 15);
+    EXPECT_EQ(Progress().at(0), " Captured 2 of 5 frames");
+}
+
+TEST_F(Averaging, WithAFileOnViewTheCapacityFollowsItsSize)
+{
+    Freeze();
+    AveragingCapacity = 0;
+    ViewingFile = 1;
+    ImageHeader.ImageWidth = 3;
+    ImageHeader.ImageHeight = 2;
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_EQ(AveragingCapacity, 2U);  // 24 bytes over 12
+    AveragingCapacity = 0;
+    ImageHeader.ImageWidth = 0;
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 0);
+    EXPECT_EQ(op.Boxes().back().caption, "Image Buffer Board Error!");
+}
+
+}  // namespace
+}  // namespace kelvo
