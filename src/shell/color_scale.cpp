@@ -75,6 +75,16 @@ bool ValuesAreCounts(const ScaleLine& line)
     return line.lowValue == line.counts.low && line.highValue == line.counts.high;
 }
 
+// Long enough that ticks of single precision differ, and small enough to be written beside them.
+bool HasLength(const ScaleLine& line)
+{
+    constexpr double kSmallestSpan = 1e-6;  // in the unit
+    constexpr double kSmallestPart = 1e-6;  // of the values
+    const double largest = std::max(std::fabs(line.lowValue), std::fabs(line.highValue));
+    const double span = std::fabs(line.highValue - line.lowValue);
+    return line.counts.Span() > 0 && largest < kLargestValue && span > kSmallestSpan && span > kSmallestPart * largest;
+}
+
 // 1, 2 or 5 times a power of ten, at least the given distance.
 double RoundStep(double least)
 {
@@ -261,9 +271,7 @@ std::vector<ScaleTick> PlaceScaleTicks(const ScaleLine& line, int top, int botto
 {
     const double span = line.highValue - line.lowValue;
     const int height = bottom - top;
-    const bool usable = std::fabs(line.lowValue) < kLargestValue && std::fabs(line.highValue) < kLargestValue &&
-                        span != 0 && line.counts.Span() > 0;
-    if (!usable || height <= 0 || labelHeight <= 0) return {};
+    if (!HasLength(line) || height <= 0 || labelHeight <= 0) return {};
 
     const double apart = kLinesATick * labelHeight;
     double step = RoundStep(std::fabs(span) * std::min(apart / height, 1.0));
@@ -273,8 +281,9 @@ std::vector<ScaleTick> PlaceScaleTicks(const ScaleLine& line, int top, int botto
     std::vector<ScaleTick> ticks;
     const double low = std::min(line.lowValue, line.highValue);
     const double high = std::max(line.lowValue, line.highValue);
-    for (double multiple = std::ceil(low / step - 1e-9); multiple <= high / step + 1e-9; ++multiple) {
-        const double value = multiple == 0 ? 0.0 : multiple * step;  // no minus before a zero
+    const auto last = static_cast<std::int64_t>(std::floor(high / step + 1e-9));
+    for (auto multiple = static_cast<std::int64_t>(std::ceil(low / step - 1e-9)); multiple <= last; ++multiple) {
+        const double value = static_cast<double>(multiple) * step;
         const double along = std::clamp((value - line.lowValue) / span, 0.0, 1.0);
         const int y = std::min(bottom - static_cast<int>(std::lround(along * height)), bottom - 1);
         ticks.push_back({value, y, Format("%.*f", decimals, value)});

@@ -146,7 +146,8 @@ void CopyPicture()
 
 void FitContrastOnView()
 {
-    if (!ViewingFile || ImageBuffer.empty()) {
+    const bool picture = ViewingFile ? !ImageBuffer.empty() : CameraOn && !LiveFrame.empty();
+    if (!picture) {
         Tell("There is no stored frame on view.");
         return;
     }

@@ -24,7 +24,7 @@ namespace kelvo {
 namespace {
 
 constexpr ViewSwitch kSwitch{kCmdViewSaturation, "SaturationOverlay"};
-constexpr std::int16_t kStoredAsCounts = 8;  // DataType from here on: floats
+constexpr std::int16_t kFloatSamples = 8;  // DataType
 
 bool isOn = false;
 bool isOffered = true;
@@ -61,7 +61,7 @@ void MarkPicture(std::int64_t frameSize, const FrameRect& rect, SaturationMarks&
 bool StoredCountsAreRaw()
 {
     return ImageHeader.IntensityCold == kUncalibratedIntensity && ImageHeader.SampleBytes != 4 &&
-           ImageHeader.DataType != kStoredAsCounts && !IsCoefficientFile(ViewFilePath) &&
+           ImageHeader.DataType != kFloatSamples && !IsCoefficientFile(ViewFilePath) &&
            IsUnitAvailable(kUnitCounts) != 0;
 }
 

@@ -155,7 +155,9 @@ TEST(ScaleTicks, ALineWithoutLengthHasNone)
                                   {{0, 100}, 7, 7, false},
                                   {{0, 100}, nan, 1, false},
                                   {{0, 100}, 0, INFINITY, false},
-                                  {{0, 100}, -1e300, 1e300, false}}) {
+                                  {{0, 100}, -1e300, 1e300, false},
+                                  {{0, 100}, 0, 1e-30, false},
+                                  {{0, 100}, 1e11, 1e11 + 1e-5, false}}) {
         EXPECT_THAT(PlaceScaleTicks(line, 0, 500, 15), IsEmpty());
     }
     EXPECT_THAT(PlaceScaleTicks({{0, 100}, 0, 100, true}, 500, 500, 15), IsEmpty());

@@ -82,7 +82,7 @@ TEST_F(DialogOrder, GoToFrameStartsAtTheNumber)
     EXPECT_THAT(StopsOf("GOTOFRAME"), ElementsAre(1001, 1, 2));
 }
 
-// The zooms, the other channels and so on have nothing checked here: each radio is a stop of its own.
+// Each group of radios is one stop.
 TEST_F(DialogOrder, ConfigurationFollowsItsControls)
 {
     EXPECT_THAT(StopsOf("INITIAL"), ElementsAre(1598, 1260, 1271, 1293, 1294, 1290, 1291, 1046, 1616, 1, 2, 9));

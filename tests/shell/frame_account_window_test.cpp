@@ -7,6 +7,7 @@
 #include "platform/faults.h"
 #include "platform/help.h"
 #include "platform/menu.h"
+#include "platform/profile.h"
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
@@ -124,16 +125,15 @@ TEST_F(FrameAccountWindow, OpensAndClosesFromTheMenuAndIsKept)
     EXPECT_THAT(op->Texts("close", "name"), ElementsAre("ACCOUNT"));
 }
 
-TEST_F(FrameAccountWindow, StartsOpenWhereItWasOpen)
+TEST_F(FrameAccountWindow, StartsOpenOnlyWhereItWasOpen)
 {
     OpenFrameAccount();
     EXPECT_THAT(op->Texts("dialog", "name"), SizeIs(0));
-    ToggleFrameAccount();
-    ToggleFrameAccount();
-    ToggleFrameAccount();  // open at the end
-    ToggleFrameAccount();
+    EXPECT_FALSE(ItemChecked());
+    WritePrivateProfileString("View", "FrameAccount", "1", IniFilePath);
     OpenFrameAccount();
-    EXPECT_THAT(op->Texts("dialog", "name"), SizeIs(2));  // the key said 0
+    EXPECT_THAT(op->Texts("dialog", "name"), ElementsAre("ACCOUNT"));
+    EXPECT_TRUE(ItemChecked());
 }
 
 TEST_F(FrameAccountWindow, ADialogThatCantBeMadeIsTold)
