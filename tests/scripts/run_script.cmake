@@ -3,15 +3,21 @@
 # before left. DIRECTORY: emptied, then the working directory. PREPARED: if it is a directory, its contents stand in
 # DIRECTORY before the first start (data/ are the program's settings). ARGUMENTS: more for the command line, divided by
 # commas. EXPECTED: the exit code. OWN_DIRECTORY: true leaves it to the program where its data are. CAMERA: true leaves the
-# machine wired as it ships, with the simulated camera; otherwise (and unless the program finds its own
+# machine wired as it ships (DEFAULTS), with the simulated camera, and the host frames few; otherwise (and unless the program finds its own
 # directory) no head and no board are wired to it.
 file(REMOVE_RECURSE ${DIRECTORY})
 file(MAKE_DIRECTORY ${DIRECTORY}/data)
 if(IS_DIRECTORY ${PREPARED})
   file(COPY ${PREPARED}/ DESTINATION ${DIRECTORY})
 endif()
-if(NOT CAMERA AND NOT OWN_DIRECTORY AND NOT EXISTS ${DIRECTORY}/data/platform.ini)
-  file(WRITE ${DIRECTORY}/data/platform.ini "[Ports]\nCOM2=none\n[Board]\nBoard=none\n")
+if(NOT OWN_DIRECTORY AND NOT EXISTS ${DIRECTORY}/data/platform.ini)
+  set(wiring "[Ports]\nCOM2=none\n[Board]\nBoard=none\n")
+  if(CAMERA)
+    # 64 frames of the shipped camera, and the ten that stay free.
+    file(READ ${DEFAULTS}/platform.ini wiring)
+    string(REPLACE "Limit=0" "Limit=12124160" wiring "${wiring}")
+  endif()
+  file(WRITE ${DIRECTORY}/data/platform.ini "${wiring}")
 endif()
 # The machine's own settings must not reach a test, nor a test them.
 set(ENV{XDG_CONFIG_HOME} ${DIRECTORY}/config)

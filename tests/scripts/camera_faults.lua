@@ -1,0 +1,111 @@
+-- The fault matrix: one fault of the wiring, the head or the board each, what the operator is told, and that the program goes on:
+-- with the fault gone the camera comes up. The argument after -- names the row.
+local check = require "check"
+
+local kTurnOn = 169
+local kByVideoSetup = 1070
+
+local comm = "Error opening rs232 communications!  Check port, baud rate, etc."
+local hardware = { "Initialize Hardware Failure", "Kelvo message" }
+local head_off = { "Unable to turn camera head on!", "Camera Head Error!" }
+local silent = { "Unable to communicate with digital camera head! Check power & cable connections.", "Camera Head Error!" }
+local unknown = { "Camera head is present, but software is unable to identify it.", "Warning!" }
+local grab = { "Error starting grab to image processing board", "icp_grab" }
+local blank = { "Timeout waiting for vertical blank!", "icp_wait_vb() Error!" }
+
+local function port(step)
+  return { step .. ", Error number *", "Comm Error" }
+end
+
+-- at: when the fault comes. boxes: text and caption of each box in order; "*" stands for a number.
+local rows = {
+  ["serial open"] = { at = "start", boxes = { port "OpenXComm", { comm, "Comm Error" }, hardware } },
+  ["serial mask"] = { at = "start", boxes = { port "SetCommMask", { comm, "Comm Error" }, hardware } },
+  ["serial queues"] = { at = "start", boxes = { port "OpenXComm", { comm, "Comm Error" }, hardware } },
+  ["serial timeouts"] = { at = "start", boxes = { port "SetCommTimeouts", { comm, "Comm Error" }, hardware } },
+  ["serial state"] = { at = "start", boxes = { port "SetCommState", { comm, "Comm Error" }, hardware } },
+  ["head silent"] = { at = "start", boxes = { silent, hardware } },
+  ["head short"] = { at = "start", boxes = { silent, hardware } },
+  ["head refuses"] = { at = "start", boxes = { unknown, hardware } },
+  ["head silent at turn-on"] = { fault = "head silent", at = "turn-on",
+    boxes = { { "Unable to communicate with camera head!", "Load timing error!" }, head_off } },
+  ["head refuses at turn-on"] = { fault = "head refuses", at = "turn-on",
+    boxes = { { "Unable to communicate with camera head!", "Load timing error!" }, head_off } },
+  ["serial write at turn-on"] = { fault = "serial write", at = "turn-on",
+    boxes = { { "Unable to communicate with camera head!", "Load timing error!" }, head_off } },
+  ["itx_load_cnf"] = { at = "turn-on", boxes = { grab, blank } },
+  ["itx_init_sys"] = { at = "turn-on", boxes = { grab, blank } },
+  ["itx_get_modcnf"] = { at = "turn-on", boxes = { grab, blank } },
+  ["icp_get_slot0"] = { at = "turn-on",
+    boxes = { { "No Acquisition Module Found on Board #0", "init_itex" }, grab, blank } },
+  ["icp_create_frame"] = { at = "turn-on",
+    boxes = { { "FrameA on ICP-PCI#0 not created!", "init_itex()" }, grab, blank } },
+  ["icp_frame_attrib"] = { at = "turn-on",
+    boxes = { { "FrameA on ICP-PCI#0 not set up properly!", "init_itex()" } } },
+  ["icp_frame_attrib bits"] = { at = "turn-on",
+    boxes = { { "FrameA on ICP-PCI#0 not set up for 16-bit data input!", "init_itex()" } } },
+  ["icp_frame_attrib colour"] = { at = "turn-on",
+    boxes = { { "FrameA on ICP-PCI#0 not set up for MonoColor data input!", "init_itex()" } } },
+  ["icp_grab"] = { at = "turn-on", boxes = { grab, blank } },
+  ["icp_wait_vb"] = { at = "live", boxes = { blank } },
+  ["icp_read_area"] = { at = "live", boxes = { { "icp_read_area() Error", "ITEX Board Error!" } } },
+}
+
+local name = arg[1]
+local row = assert(rows[name], name)
+local fault = row.fault or name
+
+local function expect_boxes()
+  for i, expected in ipairs(row.boxes) do
+    local shown = assert(box(), string.format("box %d of %s: none in front", i, name))
+    local text = shown.text:gsub("Error number %-?%d+", "Error number *")
+    check.eq(text, expected[1], "box " .. i)
+    check.eq(shown.caption, expected[2], "caption " .. i)
+    answer("ok")
+  end
+end
+
+local function live()
+  check.eq(state("CameraOn"), 1)
+  check.eq(state("LiveVideo"), 1)
+  frames(5)
+end
+
+if row.at == "start" then
+  sim.fault(fault, true)
+  expect_boxes()
+  check.eq(dialog(), nil, "no turn-on dialog without a head")
+  sim.fault(fault, false)
+  command(kTurnOn)
+  -- Not identified: the head's model isn't known, so the camera has to be set up anew before it can run.
+  check.eq(dialog(), "CLOCK_ON")
+  press(2)
+elseif row.at == "turn-on" then
+  check.eq(dialog(), "CLOCK_ON")
+  sim.fault(fault, true)
+  press(kByVideoSetup)
+  expect_boxes()
+  sim.fault(fault, false)
+  if dialog() == "CLOCK_ON" then
+    press(kByVideoSetup)
+  elseif state("LiveVideo") == 0 then
+    command(kTurnOn)
+    answer("yes")
+    command(kTurnOn)
+    press(kByVideoSetup)
+  end
+  live()
+else
+  check.eq(dialog(), "CLOCK_ON")
+  press(kByVideoSetup)
+  live()
+  sim.fault(fault, true)
+  wait(100)
+  expect_boxes()
+  check.eq(state("LiveVideo"), 0, "frozen, so that the box doesn't come again")
+  wait(3000)
+  check.eq(box(), nil, "once")
+  sim.fault(fault, false)
+  command(140)
+  live()
+end
