@@ -243,7 +243,7 @@ void SerialPortCloser::operator()(SerialPort* port) const
 
 std::string SerialDevice(std::string_view name)
 {
-    const std::string device(Trimmed(MachineSetting("Ports", name, kNoHead)));
+    std::string device(Trimmed(MachineSetting("Ports", name, kNoHead)));
     if (device.empty() || EqualIgnoringCase(device, kNoHead)) return std::string(kNoHead);
     return device;
 }

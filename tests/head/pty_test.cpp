@@ -58,6 +58,7 @@ class HeadProgram {
         posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], STDERR_FILENO);
         arguments.insert(arguments.begin(), KELVO_HEAD_PROGRAM);
         std::vector<char*> argv;
+        argv.reserve(arguments.size() + 1);
         for (std::string& argument : arguments) argv.push_back(argument.data());
         argv.push_back(nullptr);
         if (posix_spawn(&id_, KELVO_HEAD_PROGRAM, &actions, nullptr, argv.data(), environ) != 0) id_ = -1;

@@ -175,7 +175,8 @@ TEST_F(Bench, TruthTellsOfADetectorOnTheArrayOnly)
 TEST_F(Bench, RecordedFramesComeFromAFile)
 {
     Open();
-    PutFile(directory / "walk.raw", std::string(2 * 16 * 8 * 3, '\1'));
+    // Three frames of 16 x 8 samples of two bytes.
+    PutFile(directory / "walk.raw", std::string(768, '\1'));
     ASSERT_TRUE(OperateText(hDlgBench, kBenchColumns, "16"));
     ASSERT_TRUE(OperateText(hDlgBench, kBenchRows, "8"));
     op->Do([this] { EXPECT_TRUE(ChooseFiles({directory / "walk.raw"})); });
@@ -211,7 +212,7 @@ TEST_F(Bench, ACancelledSelectionChangesNothing)
 TEST_F(Bench, StaysUsableWhileADialogIsOpen)
 {
     Open();
-    Then([this] {
+    Then([] {
         ASSERT_EQ(DialogName(DialogInFront()), "DISPLAY");
         EXPECT_TRUE(hDlgBench->widget->isEnabled());
         EXPECT_FALSE(hDlgBench->widget->isModal());
