@@ -101,7 +101,9 @@ TEST_F(SimCameraFile, KeysThatAreMissingHaveDefaults)
 {
     PutFile(directory / "short.cnf", "[Head]\nModel=hgcdte\n");
     std::string error;
-    const SimSettings settings = ReadSimSettings(directory / "short.cnf", error).value_or(SimSettings{.clockHz = 0});
+    SimSettings nothing;
+    nothing.clockHz = 0;
+    const SimSettings settings = ReadSimSettings(directory / "short.cnf", error).value_or(nothing);
     EXPECT_EQ(error, "");
     EXPECT_EQ(settings.model, SimModel::kHgCdTe);
     EXPECT_EQ(settings.clockHz, 48000000);
