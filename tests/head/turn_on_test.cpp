@@ -164,7 +164,7 @@ TEST_F(TurningOn, TheArgumentNamesAFileAndTheWord)
         {"/d/picture.seq", ""},
         {"d:\\sets\\one.cal", "D:\\SETS\\ONE.CAL"},
         {"/sets/one", "c:/SETS/ONE.CAL"},
-        {"\\one.cal", "c:\\KELVO\\ONE.CAL"},             // a directory of one character is none
+        {"\\one.cal", "c:\\KELVO\\ONE.CAL"},                 // a directory of one character is none
         {"c:\\kelvo\\\xE4.cal", "C:\\KELVO\\\xC3\xA4.CAL"},  // only ASCII letters are raised; the box as UTF-8
     };
     for (const auto& [argument, path] : cases) EXPECT_EQ(CalibrationTaken(argument), path) << argument;
