@@ -21,4 +21,8 @@ extern std::int32_t IntensityHot;
 extern float TemperatureCold;
 extern float TemperatureHot;
 
+// The content of DecomList, OffsetList or GainList has changed: the next frame prepares its correction again. Whoever
+// writes a list calls it; CalType is seen without it. Defined in grabber/correction.
+void CalibrationListsChanged();
+
 }  // namespace kelvo

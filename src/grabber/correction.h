@@ -68,8 +68,4 @@ void CalibrateGathered(std::span<const std::int16_t> gathered, std::span<std::in
 void CalibrateGathered(std::span<const std::int32_t> gathered, std::span<std::int32_t> frame);
 void CalibrateGathered(std::span<const float> gathered, std::span<float> frame);
 
-// The lists have changed: the next frame prepares them again. Whoever writes DecomList, OffsetList, GainList, CalType
-// or DataOffset calls it.
-void CalibrationListsChanged();
-
 }  // namespace kelvo

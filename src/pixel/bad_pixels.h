@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -36,5 +37,18 @@ int WriteBadDetFile(std::string_view path, const BadDetMap& badMap, const Camera
 // "Memory allocation failure!" (also for sides that aren't positive) or "Could not open file %s". Boxes about lines
 // stand under that title too.
 std::optional<BadDetMap> ReadBadPixelFile(std::string_view path, std::int32_t width, std::int32_t height);
+
+// Marks every pixel whose gain (readout order, reached through decomList) lies within -0.001 to 0.001, both included.
+// The number marked; index errors are told in boxes under "IdentifyBadDet() Error".
+std::int32_t IdentifyBadDet(BadDetMap& badMap, std::span<const float> gainList,
+                            std::span<const std::uint32_t> decomList, const CameraConfig& config);
+
+// Points the entry of each marked pixel at that of its first usable neighbour in the order of the pattern file
+// (CalSettings.PRSfile; a plain name that isn't in the current directory is looked for in DefaultDir). 1, also where
+// the pattern has no line; 0 after a box. BadDetCount: the pixels replaced.
+int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, const CameraConfig& config);
+
+// The step of a calibration: the list it starts from, what the gains show, the union saved beside CalFile. 1 or 0.
+int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList);
 
 }  // namespace kelvo

@@ -41,6 +41,7 @@ constexpr Place kPlaces[] = {
     {"grabber/frame_state", kLeaf},
     {"display/display_state", kLeaf},
     {"calib/cal_state", kLeaf},
+    {"calib/cal_settings", kLeaf},
     {"config/camera_config", kLeaf},
     {"head/head_state", kLeaf},
     {"acquire/buffer_state", kLeaf},
@@ -61,9 +62,12 @@ constexpr Place kPlaces[] = {
     {"usermod/", kAnalysis},
     {"shell/", kShell},
 
-    // Procedures that stand above their folder: turning on loads a calibration, the configuration dialog restarts the
+    // Procedures that stand above their folder: turning on loads a calibration, the table in force is rebuilt with
+    // unity coefficients, its dialog marks pixels on the picture, the configuration dialog restarts the
     // set-up, the bench window belongs to the main window.
     {"head/turn_on", kCalibration},
+    {"pixel/orientation", kCalibration},
+    {"pixel/geometry_dialog", kAnalysis},
     {"config/configuration_dialog", kShell},
     {"simcam/bench_window", kShell},
 };

@@ -1,0 +1,29 @@
+// The active tables: DecomList, OffsetList, GainList (calib/cal_state.h), each of Vroi x Hroi entries, and lists on
+// disk.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace kelvo {
+
+constexpr std::int32_t kOffsetKind = 1;
+constexpr std::int32_t kGainKind = 2;
+constexpr std::int32_t kDecomKind = 8;
+
+// Installs a whole list, given as the bytes of its entries: 1; 0 where memory is refused, for another kind, or where
+// the list holds less than the table ("Global Memory would not lock"). A gain of exactly 0 is installed as 0.1, so that
+// no frame divides by zero; the caller's list keeps its zero.
+std::int32_t DownloadCoefficients(std::int32_t kind, std::span<const std::uint8_t> list);
+
+// Writes one value into entries first to count - 1, making the table at first use. 1; 0 for another kind.
+std::int32_t FillCoefficients(std::int32_t kind, std::int32_t first, std::int32_t count, double value);
+
+// count 32-bit words as raw bytes, little-endian. 1, or 0 after the box that names the file and what failed. A list
+// smaller than count is told, and the count cut to it. SaveList writes a whole file or none.
+int SaveList(std::string_view path, std::span<const std::uint8_t> list, std::size_t count);
+int LoadList(std::string_view path, std::span<std::uint8_t> list, std::size_t count);
+
+}  // namespace kelvo
