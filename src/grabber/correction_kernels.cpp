@@ -282,31 +282,30 @@ HWY_INLINE std::size_t CountOf(std::uint64_t four)
 #endif
 }
 
-HWY_INLINE hn::Vec<hn::Full128<std::uint32_t>> LookUpFour(const std::uint16_t* counts, const std::uint8_t* table)
+using FourGrays = hn::CappedTag<std::uint8_t, 4>;
+using EightGrays = hn::CappedTag<std::uint8_t, 8>;
+using SixteenGrays = hn::Full128<std::uint8_t>;
+
+HWY_INLINE hn::Vec<FourGrays> LookUpFour(const std::uint16_t* counts, const std::uint8_t* table)
 {
     std::uint64_t four = 0;
     std::memcpy(&four, counts, sizeof four);
-    auto grays = hn::Zero(hn::Full128<std::uint8_t>());
-    grays = hn::InsertLane(grays, 0, table[CountOf<0>(four)]);
+    const std::uint32_t first = table[CountOf<0>(four)];
+    auto grays = hn::BitCast(FourGrays(), hn::LoadU(hn::CappedTag<std::uint32_t, 1>(), &first));
     grays = hn::InsertLane(grays, 1, table[CountOf<1>(four)]);
     grays = hn::InsertLane(grays, 2, table[CountOf<2>(four)]);
-    grays = hn::InsertLane(grays, 3, table[CountOf<3>(four)]);
-    return hn::BitCast(hn::Full128<std::uint32_t>(), grays);
+    return hn::InsertLane(grays, 3, table[CountOf<3>(four)]);
 }
 
-HWY_INLINE hn::Vec<hn::Full128<std::uint64_t>> LookUpEight(const std::uint16_t* counts, const std::uint8_t* table)
+HWY_INLINE hn::Vec<EightGrays> LookUpEight(const std::uint16_t* counts, const std::uint8_t* table)
 {
-    const hn::Full128<std::uint32_t> fours;
-    const auto grays = hn::InterleaveLower(fours, LookUpFour(counts, table), LookUpFour(counts + 4, table));
-    return hn::BitCast(hn::Full128<std::uint64_t>(), grays);
+    return hn::Combine(EightGrays(), LookUpFour(counts + 4, table), LookUpFour(counts, table));
 }
 
 HWY_INLINE void LookUpBlock(const std::uint16_t* counts, const std::uint8_t* table, std::uint8_t* grays)
 {
-    const hn::Full128<std::uint8_t> bytes;
-    const hn::Full128<std::uint64_t> eights;
-    const auto block = hn::InterleaveLower(eights, LookUpEight(counts, table), LookUpEight(counts + 8, table));
-    hn::StoreU(hn::BitCast(bytes, block), bytes, grays);
+    const SixteenGrays d;
+    hn::StoreU(hn::Combine(d, LookUpEight(counts + 8, table), LookUpEight(counts, table)), d, grays);
 }
 
 #endif  // HWY_TARGET != HWY_SCALAR
@@ -321,7 +320,7 @@ struct Waiting {
     std::size_t size = 0;
 };
 
-void LookUpPixels(const Waiting& row, std::size_t from, const std::uint8_t* table)
+HWY_NOINLINE void LookUpPixels(Waiting row, std::size_t from, const std::uint8_t* table)
 {
     for (std::size_t i = from; i < row.size; ++i) row.grays[i] = table[row.counts[i]];
 }
@@ -338,11 +337,19 @@ constexpr bool InRegisters()
 #endif
 }
 
+// Pixels that registers don't serve: the end of a row, a row with a gain that single precision can't bear.
+template <class Kind>
+HWY_NOINLINE void CorrectPixels(const Kind& kind, const std::int16_t* line, std::size_t from, std::size_t columns,
+                                std::int16_t* out)
+{
+    for (std::size_t i = from; i < columns; ++i) out[i] = kind.Pixel(line[i], i);
+}
+
 // Corrects a row and looks up the one before, block by block in turn: the divisions of the one run beside the loads of
 // the other.
 template <bool kLookUp, class Kind>
-void CorrectRow(const Kind kind, const std::int16_t* line, std::size_t columns, std::int16_t* out, const Waiting before,
-                const std::uint8_t* table)
+HWY_INLINE void CorrectRow(const Kind& kind, const std::int16_t* line, std::size_t columns, std::int16_t* out,
+                           Waiting before, const std::uint8_t* table)
 {
     std::size_t done = 0;
 #if HWY_TARGET != HWY_SCALAR
@@ -353,17 +360,15 @@ void CorrectRow(const Kind kind, const std::int16_t* line, std::size_t columns, 
         }
     }
 #endif
-    const std::size_t lookedUp = done;
-    for (; done < columns; ++done) out[done] = kind.Pixel(line[done], done);
-    if constexpr (kLookUp) LookUpPixels(before, lookedUp, table);
+    if (done < columns) CorrectPixels(kind, line, done, columns, out);
+    if (kLookUp && done < before.size) LookUpPixels(before, done, table);
 }
 
-// A row with a gain that single precision can't bear.
 template <class Kind>
-void CorrectRowInDouble(const Kind kind, const std::int16_t* line, std::size_t columns, std::int16_t* out)
+void CorrectRowInDouble(const Kind& kind, const std::int16_t* line, std::size_t columns, std::int16_t* out)
 {
     const Rounding nearest(FE_TONEAREST);
-    for (std::size_t i = 0; i < columns; ++i) out[i] = kind.Pixel(line[i], i);
+    CorrectPixels(kind, line, 0, columns, out);
 }
 
 template <class Kind>
