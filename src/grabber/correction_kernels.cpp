@@ -38,24 +38,14 @@ class Rounding {
 // ---- Gathering a row
 
 // The samples of each channel to its part of the row.
-template <std::size_t kChannels>
+template <std::size_t kChannels, bool kMirrored>
 void Deinterleave(const RowGather& row, std::size_t columns, const std::int16_t* HWY_RESTRICT samples,
                   std::int16_t* HWY_RESTRICT line)
 {
     const Counts d;
     const std::size_t part = columns / kChannels;
-    std::int16_t* parts[kChannels];
-    for (std::size_t k = 0; k < kChannels; ++k) {
-        parts[k] = line + part * (row.channelsReversed ? kChannels - 1 - k : k);
-    }
-    const auto place = [&](std::size_t step) { return row.mirrored ? part - 1 - step : step; };
-    const auto put = [&](std::size_t k, std::size_t step, auto counts) HWY_ATTR {
-        if (row.mirrored) {
-            hn::StoreU(hn::Reverse(d, counts), d, parts[k] + (part - step - hn::Lanes(d)));
-        } else {
-            hn::StoreU(counts, d, parts[k] + step);
-        }
-    };
+    const auto toNext = static_cast<std::ptrdiff_t>(row.channelsReversed ? 0 - part : part);
+    std::int16_t* channel = row.channelsReversed ? line + (kChannels - 1) * part : line;
     std::size_t step = 0;
     for (; step + hn::Lanes(d) <= part; step += hn::Lanes(d)) {
         const std::int16_t* from = samples + step * kChannels;
@@ -63,26 +53,41 @@ void Deinterleave(const RowGather& row, std::size_t columns, const std::int16_t*
         if constexpr (kChannels == 1) v[0] = hn::LoadU(d, from);
         if constexpr (kChannels == 2) hn::LoadInterleaved2(d, from, v[0], v[1]);
         if constexpr (kChannels == 4) hn::LoadInterleaved4(d, from, v[0], v[1], v[2], v[3]);
-        for (std::size_t k = 0; k < kChannels; ++k) put(k, step, v[k]);
+        std::int16_t* to = channel + (kMirrored ? part - step - hn::Lanes(d) : step);
+        for (std::size_t k = 0; k < kChannels; ++k, to += toNext) {
+            hn::StoreU(kMirrored ? hn::Reverse(d, v[k]) : v[k], d, to);
+        }
     }
     for (; step < part; ++step) {
-        for (std::size_t k = 0; k < kChannels; ++k) parts[k][place(step)] = samples[step * kChannels + k];
+        std::int16_t* to = channel + (kMirrored ? part - 1 - step : step);
+        for (std::size_t k = 0; k < kChannels; ++k, to += toNext) *to = samples[step * kChannels + k];
     }
 }
 
-void GatherPattern(const RowGather& row, std::size_t columns, const std::int16_t* HWY_RESTRICT raw,
-                   std::int16_t* HWY_RESTRICT line)
+template <std::size_t kChannels>
+HWY_INLINE void GatherChannels(const RowGather& row, std::size_t columns, const std::int16_t* samples,
+                               std::int16_t* line)
+{
+    if (row.mirrored) {
+        Deinterleave<kChannels, true>(row, columns, samples, line);
+    } else {
+        Deinterleave<kChannels, false>(row, columns, samples, line);
+    }
+}
+
+HWY_INLINE void GatherPattern(const RowGather& row, std::size_t columns, const std::int16_t* HWY_RESTRICT raw,
+                              std::int16_t* HWY_RESTRICT line)
 {
     if (row.pattern == RowPattern::kNone) return;
     const std::int16_t* samples = raw + row.start;
     if (row.pattern == RowPattern::kStride) {
         for (std::size_t c = 0; c < columns; ++c) line[c] = samples[row.stride * static_cast<std::ptrdiff_t>(c)];
     } else if (row.channels == 4) {
-        Deinterleave<4>(row, columns, samples, line);
+        GatherChannels<4>(row, columns, samples, line);
     } else if (row.channels == 2) {
-        Deinterleave<2>(row, columns, samples, line);
+        GatherChannels<2>(row, columns, samples, line);
     } else {
-        Deinterleave<1>(row, columns, samples, line);
+        GatherChannels<1>(row, columns, samples, line);
     }
 }
 
