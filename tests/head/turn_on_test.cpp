@@ -132,6 +132,21 @@ TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("grab"));
 }
 
+TEST_F(TurningOn, ASectionWhoseSizeChangedOnDiskTakesNothingOfTheOldSizeAlong)
+{
+    ActiveConfig.Hroi = 8;
+    ActiveConfig.Vroi = 8;
+    OffsetList.assign(64, 1);
+    GainList.assign(64, 1);
+    DecomList.assign(64, 0);
+    ASSERT_EQ(TurnCameraOn("", 1), 1);
+    ASSERT_NE(ActiveConfig.Hroi, 8) << "as the section says";
+    EXPECT_THAT(OffsetList, IsEmpty());
+    EXPECT_THAT(GainList, IsEmpty());
+    EXPECT_THAT(DecomList, IsEmpty());
+    EXPECT_THAT(RawFrame, SizeIs(static_cast<std::size_t>(ActiveConfig.Hroi * ActiveConfig.Vroi)));
+}
+
 TEST_F(TurningOn, ACalibrationThatIsThereIsLoaded)
 {
     PutFile(DefaultDir + "/Last.cal", "[Setup]\nActiveCamera=2\n");
