@@ -6,6 +6,7 @@
 #include "display/display_state.h"
 #include "grabber/frame_account.h"
 #include "grabber/frame_state.h"
+#include "head/comm_link.h"
 #include "head/head_state.h"
 #include "imagefile/header.h"
 #include "imagefile/select_file.h"
@@ -153,6 +154,7 @@ void RegisterCamera()
     RegisterVariable("NumGrayLevels", NumGrayLevels);
     RegisterVariable("ActiveCamera", ActiveCamera);
     RegisterVariable("nCommPort", nCommPort);
+    RegisterVariable("CommPortOpen", CommPortOpen);
     RegisterVariable("numBufFrames", numBufFrames);
     RegisterVariable("Description", ActiveConfig.Description);
     RegisterVariable("Hroi", ActiveConfig.Hroi);
