@@ -4,7 +4,7 @@ local check = require "check"
 local files = require "files"
 
 local value = assert(({
-  zero = "0", negative = "-1", lowest = "-2147483648", huge = "2147483647", beyond = "99999999999999999999", text = "text",
+  zero = "0", negative = "-1", lowest = "-2147483648", million = "1000000", huge = "2147483647", beyond = "99999999999999999999", text = "text",
 })[arg[1]], arg[1])
 
 -- The numbers that a section holds: those that ship, and those that have a default only.
@@ -103,6 +103,8 @@ for turn, key in ipairs(keys) do
   else
     local told = named(boxes, key) or key == "nCommPort"
     assert(told, key .. "=" .. value .. ": " .. table.concat(boxes, " | "))
+    assert(not named(boxes, "Unable to allocate"), key .. ": no memory is asked for frames that no camera has")
+    assert(not named(boxes, "FrameA"), key .. ": reading a section is silent")
     if dialog() then press(2) end
   end
   answer_boxes {}
