@@ -76,10 +76,12 @@ TEST_F(ShippedDefaults, TheOtherCamerasAreDescribed)
     }
 }
 
-TEST_F(ShippedDefaults, NoHeadAndNoBoardAreWired)
+TEST_F(ShippedDefaults, TheSimulatedCamerasAndTheirBoardAreWired)
 {
-    for (const char* port : {"COM1", "COM2", "COM3"}) EXPECT_EQ(Machine("Ports", port), "none");
-    EXPECT_EQ(Machine("Board", "Board"), "none");
+    EXPECT_EQ(Machine("Ports", "COM1"), "sim:insb640.cnf");
+    EXPECT_EQ(Machine("Ports", "COM2"), "sim:insb320.cnf");
+    EXPECT_EQ(Machine("Ports", "COM3"), "sim:hgcdte64.cnf");
+    EXPECT_EQ(Machine("Board", "Board"), "sim");
 }
 
 TEST_F(ShippedDefaults, EveryCameraHasTheSameKeys)
