@@ -4,6 +4,7 @@
 #include "platform/types.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace kelvo {
 
@@ -12,5 +13,8 @@ Point FrameSizeOnView();
 
 // The values of a frame of the camera, Hroi x Vroi; 0 where either is below 1.
 std::size_t CameraFrameValues();
+
+// The values of a rectangle, inclusive on all four sides; 0 where right lies before left or bottom above top.
+std::int64_t RectangleValues(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom);
 
 }  // namespace kelvo

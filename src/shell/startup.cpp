@@ -155,17 +155,6 @@ void FitMenuToCamera()
     SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
 }
 
-// What was made for frames of another size goes with the camera that they came from.
-void ReadActiveCamera()
-{
-    const std::int32_t columns = ActiveConfig.Hroi;
-    const std::int32_t rows = ActiveConfig.Vroi;
-    const bool wasRead = columns != 0 || rows != 0;
-    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
-    if (!wasRead) return;
-    if (ActiveConfig.Hroi != columns || ActiveConfig.Vroi != rows) FrameSizeChanged();
-}
-
 }  // namespace
 
 int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)

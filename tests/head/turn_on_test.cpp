@@ -121,6 +121,7 @@ TEST_F(TurningOn, AHeadThatFailsLeavesTheCameraOff)
     EXPECT_EQ(CurrentPointer(), Pointer::kHourglass);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Unable to communicate with camera head!");
+    EXPECT_EQ(LiveVideo, 0);
 }
 
 TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
@@ -129,6 +130,21 @@ TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
     EXPECT_EQ(TurnCameraOn("", 1), 1);
     EXPECT_EQ(CameraOn, 1);
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("grab"));
+}
+
+TEST_F(TurningOn, ASectionWhoseSizeChangedOnDiskTakesNothingOfTheOldSizeAlong)
+{
+    ActiveConfig.Hroi = 8;
+    ActiveConfig.Vroi = 8;
+    OffsetList.assign(64, 1);
+    GainList.assign(64, 1);
+    DecomList.assign(64, 0);
+    ASSERT_EQ(TurnCameraOn("", 1), 1);
+    ASSERT_NE(ActiveConfig.Hroi, 8) << "as the section says";
+    EXPECT_THAT(OffsetList, IsEmpty());
+    EXPECT_THAT(GainList, IsEmpty());
+    EXPECT_THAT(DecomList, IsEmpty());
+    EXPECT_THAT(RawFrame, SizeIs(static_cast<std::size_t>(ActiveConfig.Hroi * ActiveConfig.Vroi)));
 }
 
 TEST_F(TurningOn, ACalibrationThatIsThereIsLoaded)
@@ -164,7 +180,7 @@ TEST_F(TurningOn, TheArgumentNamesAFileAndTheWord)
         {"/d/picture.seq", ""},
         {"d:\\sets\\one.cal", "D:\\SETS\\ONE.CAL"},
         {"/sets/one", "c:/SETS/ONE.CAL"},
-        {"\\one.cal", "c:\\KELVO\\ONE.CAL"},             // a directory of one character is none
+        {"\\one.cal", "c:\\KELVO\\ONE.CAL"},                 // a directory of one character is none
         {"c:\\kelvo\\\xE4.cal", "C:\\KELVO\\\xC3\xA4.CAL"},  // only ASCII letters are raised; the box as UTF-8
     };
     for (const auto& [argument, path] : cases) EXPECT_EQ(CalibrationTaken(argument), path) << argument;
