@@ -25,18 +25,18 @@ namespace kelvo {
 namespace {
 
 struct Rectangle {
-    std::int32_t left;
-    std::int32_t top;
-    std::int32_t right;
-    std::int32_t bottom;
+    std::int32_t left = 0;
+    std::int32_t top = 0;
+    std::int32_t right = -1;
+    std::int32_t bottom = -1;
     std::int64_t Values() const { return RectangleValues(left, top, right, bottom); }
 };
 
 // One run of averaging; T is the result's format.
 template <typename T>
 struct Run {
-    std::uint32_t mode;
-    std::uint32_t count;
+    std::uint32_t mode = 0;
+    std::uint32_t count = 0;
     Rectangle rectangle;
     std::span<T> result;
     std::span<float> deviation;

@@ -346,7 +346,8 @@ void CorrectRows(const CorrectionPlan& plan, const std::int16_t* raw, const std:
     Waiting before;
     for (std::size_t r = 0; r < plan.rows.size(); ++r) {
         // A row ahead: single patches have left the store queue when the row is read a register at a time.
-        const std::int16_t* next = r + 1 < plan.rows.size() ? GatherRow(plan, r + 1, raw, lines[(r + 1) % 2]) : nullptr;
+        const std::int16_t* next = line;
+        if (r + 1 < plan.rows.size()) next = GatherRow(plan, r + 1, raw, lines[(r + 1) % 2]);
         const std::size_t columns = plan.RowPixels(r);
         std::int16_t* out = frame + r * plan.width;
         const Kind kind(plan, r);

@@ -20,11 +20,11 @@ constexpr std::size_t kLongestFile = 1 << 20;
 enum class Kind { kReal, kWhole };
 
 struct NumberKey {
-    const char* section;
-    const char* key;
-    double SimSettings::*field;
-    double lowest;
-    double highest;
+    const char* section = nullptr;
+    const char* key = nullptr;
+    double SimSettings::*field = nullptr;
+    double lowest = 0;
+    double highest = 0;
     Kind kind = Kind::kReal;
 };
 

@@ -46,11 +46,11 @@ TEST_F(ShippedDefaults, TheActiveCameraIsTheInSbViewer)
     EXPECT_EQ(ActiveConfig.Description.find("J108"), std::string::npos);
 }
 
-TEST_F(ShippedDefaults, TheDisplayShowsTheSampleWell)
+TEST_F(ShippedDefaults, TheDisplayShowsTheCameraWell)
 {
     ReadAll();
-    EXPECT_EQ(Contrast, 76);
-    EXPECT_EQ(Brightness, 837);
+    EXPECT_EQ(Contrast, 33);
+    EXPECT_EQ(Brightness, 478);
     EXPECT_EQ(ImageColor, 1230);
 }
 

@@ -121,6 +121,7 @@ TEST_F(TurningOn, AHeadThatFailsLeavesTheCameraOff)
     EXPECT_EQ(CurrentPointer(), Pointer::kHourglass);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Unable to communicate with camera head!");
+    EXPECT_EQ(LiveVideo, 0);
 }
 
 TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
