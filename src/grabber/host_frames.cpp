@@ -45,13 +45,20 @@ std::uint32_t FramesAllowed(std::int64_t frameBytes)
     return std::min(frames, static_cast<std::uint32_t>(limit));
 }
 
+// The system grants more than it has and then swaps: a frame beyond what may be taken now counts as refused.
+bool MakeFrame(std::vector<std::int16_t>& frame, std::int64_t frameBytes)
+{
+    return static_cast<std::uint64_t>(frameBytes) <= AvailablePhysicalMemory() &&
+           AllocateBlock(frame, CameraFrameValues());
+}
+
 // One more frame than is counted. The bytes that could be had.
 std::int64_t MakeFrames(std::uint32_t count, std::int64_t frameBytes)
 {
     std::vector<std::vector<std::int16_t>>().swap(HostFrames);
     for (std::uint32_t i = 0; i <= count; ++i) {
         std::vector<std::int16_t> frame;
-        if (!AllocateBlock(frame, CameraFrameValues())) {
+        if (!MakeFrame(frame, frameBytes)) {
             MessageBox(hWndMain, "Unable to allocate all of RAM memory requested!", "RAM Memory Warning!");
             return static_cast<std::int64_t>(i) * frameBytes;
         }

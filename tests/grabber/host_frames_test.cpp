@@ -112,6 +112,15 @@ TEST_F(HostFrameMemory, WithLessThanTenFramesOfMemoryTheNextLimitHolds)
     EXPECT_EQ(AllocateHostFrames(), 3 * kBytes);
 }
 
+TEST_F(HostFrameMemory, AFrameBeyondTheMemoryThatMayBeTakenIsRefused)
+{
+    LimitMemory(kBytes - 1);
+    EXPECT_EQ(AllocateHostFrames(), 0);
+    EXPECT_THAT(HostFrames, IsEmpty());
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "Unable to allocate all of RAM memory requested!");
+}
+
 TEST_F(HostFrameMemory, ALimitOfNoneCountsNone)
 {
     LimitFrames(0);
