@@ -124,7 +124,8 @@ TEST_F(TurningOn, AHeadThatFailsLeavesTheCameraOff)
     EXPECT_EQ(op->Boxes()[0].text, "Unable to communicate with camera head!");
 }
 
-// The section is read at each turn-on: what was made for the frames of an earlier one goes, as after a change of camera.
+// The section is read at each turn-on: what was made for the frames of an earlier one goes, as after a change of
+// camera.
 TEST_F(TurningOn, AFrameSizeThatChangedInTheFileDropsTheListsOfTheOldOne)
 {
     ActiveConfig.Hroi = 640;
@@ -194,7 +195,7 @@ TEST_F(TurningOn, TheArgumentNamesAFileAndTheWord)
         {"/d/picture.seq", ""},
         {"d:\\sets\\one.cal", "D:\\SETS\\ONE.CAL"},
         {"/sets/one", "c:/SETS/ONE.CAL"},
-        {"\\one.cal", "c:\\KELVO\\ONE.CAL"},             // a directory of one character is none
+        {"\\one.cal", "c:\\KELVO\\ONE.CAL"},                 // a directory of one character is none
         {"c:\\kelvo\\\xE4.cal", "C:\\KELVO\\\xC3\xA4.CAL"},  // only ASCII letters are raised; the box as UTF-8
     };
     for (const auto& [argument, path] : cases) EXPECT_EQ(CalibrationTaken(argument), path) << argument;
