@@ -1,8 +1,8 @@
 #include "grabber/board.h"
 
-#include "acquire/buffer_state.h"
 #include "calib/cal_state.h"
 #include "config/camera_config.h"
+#include "config/settings.h"
 #include "display/display_state.h"
 #include "grabber/correction.h"
 #include "grabber/frame_account.h"
@@ -202,12 +202,27 @@ void GetBoardErrorText(std::int32_t /*code*/, std::string& text)
     text = "ICP-PCI frame grabber error";
 }
 
+void ReadActiveSection()
+{
+    const std::int32_t columns = ActiveConfig.Hroi;
+    const std::int32_t rows = ActiveConfig.Vroi;
+    const std::int32_t counted = numBufFrames;
+    const bool wasRead = columns != 0 || rows != 0;
+    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    if (wasRead && (ActiveConfig.Hroi != columns || ActiveConfig.Vroi != rows)) FrameSizeChanged();
+    if (!HostFramesAllocated) return;
+    if (numBufFrames == 0) {
+        FreeHostFrames();
+    } else {
+        numBufFrames = counted;  // the key is a wish; the count is of the frames that stand
+    }
+}
+
 void FrameSizeChanged()
 {
     DropFrameBlocks();
     DropLists();
     FreeHostFrames();
-    AveragingCapacity = 0;
     DeleteFileNamed(DefaultDir + "/DECOM.TMP");
     if (GrabberPresent && IcpModule != 0) RemakeFrames();
 }

@@ -18,4 +18,7 @@ constexpr std::int32_t kLargestFrameSide = 1024;
 // memory is asked for frames that no camera gives.
 std::size_t CameraFrameValues();
 
+// The values of a rectangle, inclusive on all four sides; 0 where right lies before left or bottom above top.
+std::int64_t RectangleValues(std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom);
+
 }  // namespace kelvo

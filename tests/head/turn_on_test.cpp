@@ -122,6 +122,7 @@ TEST_F(TurningOn, AHeadThatFailsLeavesTheCameraOff)
     EXPECT_EQ(CurrentPointer(), Pointer::kHourglass);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Unable to communicate with camera head!");
+    EXPECT_EQ(LiveVideo, 0);
 }
 
 // The section is read at each turn-on: what was made for the frames of an earlier one goes, as after a change of
@@ -160,6 +161,21 @@ TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
     EXPECT_EQ(TurnCameraOn("", 1), 1);
     EXPECT_EQ(CameraOn, 1);
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("grab"));
+}
+
+TEST_F(TurningOn, ASectionWhoseSizeChangedOnDiskTakesNothingOfTheOldSizeAlong)
+{
+    ActiveConfig.Hroi = 8;
+    ActiveConfig.Vroi = 8;
+    OffsetList.assign(64, 1);
+    GainList.assign(64, 1);
+    DecomList.assign(64, 0);
+    ASSERT_EQ(TurnCameraOn("", 1), 1);
+    ASSERT_NE(ActiveConfig.Hroi, 8) << "as the section says";
+    EXPECT_THAT(OffsetList, IsEmpty());
+    EXPECT_THAT(GainList, IsEmpty());
+    EXPECT_THAT(DecomList, IsEmpty());
+    EXPECT_THAT(RawFrame, SizeIs(static_cast<std::size_t>(ActiveConfig.Hroi * ActiveConfig.Vroi)));
 }
 
 TEST_F(TurningOn, ACalibrationThatIsThereIsLoaded)

@@ -51,7 +51,8 @@ class SimScene : public SimCameraTest {
         const int y0 = static_cast<int>(down * height);
         for (int y = y0 - 4; y <= y0 + 4; ++y) {
             for (int x = x0 - 4; x <= x0 + 4; ++x) {
-                const double value = degrees[static_cast<std::size_t>(y * width + x)];
+                const double value = degrees[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                                             static_cast<std::size_t>(x)];
                 if (!std::isnan(value)) values.push_back(value);
             }
         }
