@@ -35,7 +35,7 @@ bool Is(const CommFrame& reply, const Identity& identity)
 // A machine that views stored frames only has no head to ask for.
 bool NoHeadIsWired()
 {
-    return SerialDevice(Format("COM%d", CommPortNumber())) == "none";
+    return SerialPortIsUnused(Format("COM%d", CommPortNumber()));
 }
 
 std::int32_t GiveUp()

@@ -1,7 +1,6 @@
 // The camera's main switch, worked as an operator works it.
 #include "head/turn_on.h"
 
-#include "acquire/buffer_state.h"
 #include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "config/camera_config.h"
@@ -125,20 +124,19 @@ TEST_F(TurningOn, AHeadThatFailsLeavesTheCameraOff)
     EXPECT_EQ(LiveVideo, 0);
 }
 
-// The section is read at each turn-on: what was made for the frames of an earlier one goes, as after a change of camera.
+// The section is read at each turn-on: what was made for the frames of an earlier one goes, as after a change of
+// camera.
 TEST_F(TurningOn, AFrameSizeThatChangedInTheFileDropsTheListsOfTheOldOne)
 {
     ActiveConfig.Hroi = 640;
     ActiveConfig.Vroi = 512;
     DecomList.assign(640 * 512, 7);
     GainList.assign(640 * 512, 1.0F);
-    AveragingCapacity = 100;
     PutFile(DefaultDir + "/DECOM.TMP", "of 640 x 512");
     EXPECT_EQ(TurnCameraOn("", 1), 1);
     EXPECT_EQ(ActiveConfig.Hroi, 320);
     EXPECT_THAT(GainList, IsEmpty());
     EXPECT_THAT(DecomList, IsEmpty());
-    EXPECT_EQ(AveragingCapacity, 0);
     EXPECT_FALSE(FileExists(DefaultDir + "/DECOM.TMP"));
     EXPECT_THAT(RawFrame, SizeIs(320 * 256));
 }
