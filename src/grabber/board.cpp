@@ -136,11 +136,14 @@ void DropLists()
     CalibrationListsChanged();
 }
 
-// The board's memory takes the new size; a grab that runs goes on into the new frame.
+// The board's memory takes the new size; a grab that runs goes on into the new frame. A size that no camera has is left
+// for the turn-on to tell.
 void RemakeFrames()
 {
     if (LiveVideo) icp_freeze(IcpModule, FrameA);
     icp_delete_all_frames(IcpModule);
+    FrameA = kNoBoardFrame;
+    if (CameraFrameValues() == 0) return;
     MakeFrameBlocks();
     if (!CreateFrameA() || !LiveVideo) return;
     icp_grab(IcpModule, FrameA);
@@ -199,7 +202,7 @@ void GetBoardErrorText(std::int32_t /*code*/, std::string& text)
     text = "ICP-PCI frame grabber error";
 }
 
-void ReadActiveCamera()
+void ReadActiveSection()
 {
     const std::int32_t columns = ActiveConfig.Hroi;
     const std::int32_t rows = ActiveConfig.Vroi;

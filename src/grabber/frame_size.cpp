@@ -15,9 +15,18 @@ Point FrameSizeOnView()
     return {ActiveConfig.Hroi, ActiveConfig.Vroi};
 }
 
+namespace {
+
+bool IsFrameSide(std::int32_t size)
+{
+    return size >= 1 && size <= kLargestFrameSide;
+}
+
+}  // namespace
+
 std::size_t CameraFrameValues()
 {
-    if (ActiveConfig.Hroi < 1 || ActiveConfig.Vroi < 1) return 0;
+    if (!IsFrameSide(ActiveConfig.Hroi) || !IsFrameSide(ActiveConfig.Vroi)) return 0;
     return static_cast<std::size_t>(ActiveConfig.Hroi) * static_cast<std::size_t>(ActiveConfig.Vroi);
 }
 

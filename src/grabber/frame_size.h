@@ -11,7 +11,11 @@ namespace kelvo {
 // Columns (x) and rows (y). A hostile header or camera section may give any number.
 Point FrameSizeOnView();
 
-// The values of a frame of the camera, Hroi x Vroi; 0 where either is below 1.
+// The most columns or rows of a camera.
+constexpr std::int32_t kLargestFrameSide = 1024;
+
+// The values of a frame of the camera, Hroi x Vroi; 0 where either is below 1 or above kLargestFrameSide, so that no
+// memory is asked for frames that no camera gives.
 std::size_t CameraFrameValues();
 
 // The values of a rectangle, inclusive on all four sides; 0 where right lies before left or bottom above top.

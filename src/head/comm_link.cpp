@@ -141,11 +141,16 @@ void PassTimeBetweenReads()
 
 }  // namespace
 
+std::int32_t CommPortNumber()
+{
+    return nCommPort < 1 ? kDefaultPort : nCommPort;
+}
+
 std::int32_t OpenXComm()
 {
     if (CommState == 1) return 1;
     const Hourglass hourglass;
-    if (nCommPort < 1) nCommPort = kDefaultPort;
+    nCommPort = CommPortNumber();
     CommHandle = nullptr;  // one that an unfinished opening left
     CommHandle = OpenSerialPort(Format("COM%d", nCommPort));
     if (!CommHandle) return GiveUp("OpenXComm");

@@ -23,6 +23,8 @@ extern std::string CommLogPath;
 extern std::uint32_t CommWriteCount;      // the number in the next "Write%03d" key
 extern std::uint32_t CommWriteReadCount;  // the number in the next "WriteRead%03d" key
 
+// The number of the port that nCommPort stands for: 2 where it is below 1.
+std::int32_t CommPortNumber();
 // Opens and configures port nCommPort (below 1: 2, stored back). CommState: 1, or -1 after the box of the step that
 // failed. Of an open port it does nothing.
 std::int32_t OpenXComm();

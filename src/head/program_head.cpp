@@ -1,7 +1,7 @@
 // The programming sequence of turn-on. The first failed frame that counts ends it; the head then stays as it is, partly
 // programmed.
 #include "config/camera_config.h"
-#include "grabber/board.h"
+#include "head/active_camera.h"
 #include "head/camera_head.h"
 #include "head/head_frames.h"
 #include "head/head_settings.h"

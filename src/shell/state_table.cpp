@@ -9,6 +9,7 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_state.h"
 #include "grabber/host_frames.h"
+#include "head/comm_link.h"
 #include "head/head_state.h"
 #include "imagefile/header.h"
 #include "imagefile/select_file.h"
@@ -169,6 +170,7 @@ void RegisterCamera()
     RegisterVariable("NumGrayLevels", NumGrayLevels);
     RegisterVariable("ActiveCamera", ActiveCamera);
     RegisterVariable("nCommPort", nCommPort);
+    RegisterVariable("CommPortOpen", CommPortOpen);
     RegisterVariable("Description", ActiveConfig.Description);
     RegisterVariable("Hroi", ActiveConfig.Hroi);
     RegisterVariable("Vroi", ActiveConfig.Vroi);

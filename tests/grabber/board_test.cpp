@@ -413,7 +413,7 @@ TEST_F(ActiveSection, WithAnotherSizeTheBoardAndTheListsFollow)
     MakeHostFrames(2);
     OffsetList.assign(64, 1);
     PutSection("Hroi=4\nVroi=2\n");
-    ReadActiveCamera();
+    ReadActiveSection();
     EXPECT_THAT(OffsetList, IsEmpty());
     EXPECT_THAT(HostFrames, IsEmpty());
     EXPECT_THAT(recordingBoard.asked, Contains("icp_create_frame 11 32 2 16 0"));
@@ -426,7 +426,7 @@ TEST_F(ActiveSection, AFirstReadingDropsNothing)
     PutFile(directory / "DECOM.TMP", "kept");
     SetSize(0, 0);
     PutSection("Hroi=4\nVroi=2\nnumBufFrames=5\n");
-    ReadActiveCamera();
+    ReadActiveSection();
     EXPECT_EQ(ActiveConfig.Hroi, 4);
     EXPECT_EQ(numBufFrames, 5);
     EXPECT_TRUE(std::filesystem::exists(directory / "DECOM.TMP"));
@@ -437,7 +437,7 @@ TEST_F(ActiveSection, HostFramesThatStandStayCounted)
     SetSize(4, 2);
     MakeHostFrames(3);
     PutSection("Hroi=4\nVroi=2\nnumBufFrames=8\n");
-    ReadActiveCamera();
+    ReadActiveSection();
     EXPECT_EQ(numBufFrames, 3);
     EXPECT_EQ(AllocateHostFrames(), 3 * 16);
 }
@@ -447,7 +447,7 @@ TEST_F(ActiveSection, ThatWantsNoHostFramesFreesThem)
     SetSize(4, 2);
     MakeHostFrames(3);
     PutSection("Hroi=4\nVroi=2\nnumBufFrames=0\n");
-    ReadActiveCamera();
+    ReadActiveSection();
     EXPECT_EQ(numBufFrames, 0);
     EXPECT_EQ(HostFramesAllocated, 0);
     EXPECT_THAT(HostFrames, IsEmpty());

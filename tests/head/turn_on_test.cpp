@@ -1,6 +1,7 @@
 // The camera's main switch, worked as an operator works it.
 #include "head/turn_on.h"
 
+#include "acquire/buffer_state.h"
 #include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "config/camera_config.h"
@@ -122,6 +123,35 @@ TEST_F(TurningOn, AHeadThatFailsLeavesTheCameraOff)
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Unable to communicate with camera head!");
     EXPECT_EQ(LiveVideo, 0);
+}
+
+// The section is read at each turn-on: what was made for the frames of an earlier one goes, as after a change of camera.
+TEST_F(TurningOn, AFrameSizeThatChangedInTheFileDropsTheListsOfTheOldOne)
+{
+    ActiveConfig.Hroi = 640;
+    ActiveConfig.Vroi = 512;
+    DecomList.assign(640 * 512, 7);
+    GainList.assign(640 * 512, 1.0F);
+    AveragingCapacity = 100;
+    PutFile(DefaultDir + "/DECOM.TMP", "of 640 x 512");
+    EXPECT_EQ(TurnCameraOn("", 1), 1);
+    EXPECT_EQ(ActiveConfig.Hroi, 320);
+    EXPECT_THAT(GainList, IsEmpty());
+    EXPECT_THAT(DecomList, IsEmpty());
+    EXPECT_EQ(AveragingCapacity, 0);
+    EXPECT_FALSE(FileExists(DefaultDir + "/DECOM.TMP"));
+    EXPECT_THAT(RawFrame, SizeIs(320 * 256));
+}
+
+TEST_F(TurningOn, APortThatChangedInTheFileIsTheOneThatIsAsked)
+{
+    TurnCameraOn("", 1);
+    head->Taken();
+    ASSERT_EQ(CommPortOpen, 1);
+    WritePrivateProfileString("Camera.2", "nCommPort", "5", CameraFilePath);
+    EXPECT_EQ(TurnCameraOn("", 1), 0) << "no head is wired to that port";
+    EXPECT_THAT(head->Taken(), IsEmpty()) << "the old one hears nothing";
+    EXPECT_EQ(CommPortOpen, 0);
 }
 
 TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
