@@ -14,8 +14,10 @@ if [ $# -gt 0 ] || [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
 fi
 
 out=${XDG_DATA_HOME:-$HOME/.local/share}/kelvo-first-light
-mkdir -p "$out"
+mkdir -p "$out/data"
+# The bytes that go to the camera head are logged there.
+[ -f "$out/data/kelvo.ini" ] || sed 's/^CommLog=0/CommLog=1/' "$top/src/resources/defaults/kelvo.ini" >"$out/data/kelvo.ini"
 echo "There is no display: Kelvo runs examples/first-light.lua offscreen."
 "$kelvo" --offscreen --virtual-time --data "$out/data" --transcript "$out/transcript.jsonl" \
     --script "$top/examples/first-light.lua" -- "$out"
-echo "Pictures, files and transcript are in $out"
+echo "Pictures, files, transcript and the head's byte log are in $out"

@@ -186,7 +186,8 @@ HWY_INLINE hn::Vec<Counts> Correct(const WithOffset& kind, hn::Vec<Counts> raw, 
 }
 
 // raw - offset of the even and of the odd pixels, the offsets of a pair having changed places. On x86 a pair of a count
-// and its offset is multiplied by 1 and -1 and added, which takes the widening along.
+// and its offset is multiplied by 1 and -1 and added, which takes the widening along; the emulated registers have no
+// such thing.
 #if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2
 HWY_INLINE hn::Vec<Wide> PairSums(hn::Vec<Counts> pairs, std::uint32_t factors)
 {
@@ -196,7 +197,7 @@ HWY_INLINE hn::Vec<Wide> Truncated(hn::Vec<Real> value)
 {
     return hn::Vec<Wide>{_mm256_cvttps_epi32(value.raw)};
 }
-#elif HWY_ARCH_X86
+#elif HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
 HWY_INLINE hn::Vec<Wide> PairSums(hn::Vec<Counts> pairs, std::uint32_t factors)
 {
     return hn::Vec<Wide>{_mm_madd_epi16(pairs.raw, _mm_set1_epi32(static_cast<int>(factors)))};
@@ -214,7 +215,7 @@ HWY_INLINE hn::Vec<Wide> Truncated(hn::Vec<Real> value)
 }
 #endif
 
-#if HWY_ARCH_X86
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
 HWY_INLINE hn::Vec<Wide> EvenDifference(hn::Vec<Counts> raw, hn::Vec<Counts> offset)
 {
     return PairSums(hn::OddEven(offset, raw), 0xFFFF0001U);
@@ -385,7 +386,8 @@ void CorrectRows(const CorrectionPlan& plan, const std::int16_t* raw, const std:
     Waiting before;
     for (std::size_t r = 0; r < plan.rows.size(); ++r) {
         // A row ahead: single patches have left the store queue when the row is read a register at a time.
-        const std::int16_t* next = r + 1 < plan.rows.size() ? GatherRow(plan, r + 1, raw, lines[(r + 1) % 2]) : nullptr;
+        const std::int16_t* next = line;
+        if (r + 1 < plan.rows.size()) next = GatherRow(plan, r + 1, raw, lines[(r + 1) % 2]);
         const std::size_t columns = plan.RowPixels(r);
         std::int16_t* out = frame + r * plan.width;
         const Kind kind(plan, r);

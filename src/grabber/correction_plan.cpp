@@ -80,7 +80,7 @@ std::size_t Misses(const RowGather& row, Entries entries)
 bool Fits(RowGather& row, Entries entries, std::size_t rawSize)
 {
     row.start = 0;
-    std::array<std::int64_t, kProbes> starts;
+    std::array<std::int64_t, kProbes> starts{};
     for (std::size_t k = 0; k < kProbes; ++k) {
         const std::size_t column = Probe(entries.size(), k);
         starts[k] = std::int64_t{entries[column]} - SourceOf(row, entries.size(), column);
@@ -93,7 +93,7 @@ bool Fits(RowGather& row, Entries entries, std::size_t rawSize)
 
 std::optional<RowGather> FittingStride(Entries entries, std::size_t rawSize)
 {
-    std::array<std::int64_t, kProbes> strides;
+    std::array<std::int64_t, kProbes> strides{};
     for (std::size_t k = 0; k < kProbes; ++k) {
         const std::size_t column = std::min(Probe(entries.size(), k), entries.size() - 2);
         strides[k] = std::int64_t{entries[column + 1]} - entries[column];

@@ -232,7 +232,10 @@ int TurnCameraOn(const char* argument, int /*flag*/)
     CalType = 0;
     CameraOn = 0;
     StatusString(kIdleHint, kLeftAligned);
-    if (!LoadCameraHead()) return 0;  // frozen, with the hourglass: who asked for the camera tells the operator
+    if (!LoadCameraHead()) {
+        LiveVideo = 0;  // frozen, with the hourglass: who asked for the camera tells the operator
+        return 0;
+    }
     StartLiveVideo();
     ShowTurnOnItem();
     const bool loaded = LoadNamedCalibration(calibration);

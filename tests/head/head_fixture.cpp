@@ -20,7 +20,7 @@ const std::string_view kHgCdTeSection =
 
 void HeadTest::SetUp()
 {
-    head.emplace();
+    head = std::make_unique<ScriptedHead>();
     Wire("sim:head.cnf");
     PutSection(kInSbSection);
     CameraOn = 0;

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -28,7 +28,7 @@ class HeadTest : public PictureTest {
     // Frames that reached the head while LoadCameraHead ran; result has what it returned.
     Frames Programming(std::int32_t& result);
 
-    std::optional<ScriptedHead> head;
+    std::unique_ptr<ScriptedHead> head;
 };
 
 // The section of an InSb head at 320 x 256 whose settings can be told apart on the wire.

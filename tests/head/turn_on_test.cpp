@@ -121,6 +121,35 @@ TEST_F(TurningOn, AHeadThatFailsLeavesTheCameraOff)
     EXPECT_EQ(CurrentPointer(), Pointer::kHourglass);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Unable to communicate with camera head!");
+    EXPECT_EQ(LiveVideo, 0);
+}
+
+// The section is read at each turn-on: what was made for the frames of an earlier one goes, as after a change of
+// camera.
+TEST_F(TurningOn, AFrameSizeThatChangedInTheFileDropsTheListsOfTheOldOne)
+{
+    ActiveConfig.Hroi = 640;
+    ActiveConfig.Vroi = 512;
+    DecomList.assign(640 * 512, 7);
+    GainList.assign(640 * 512, 1.0F);
+    PutFile(DefaultDir + "/DECOM.TMP", "of 640 x 512");
+    EXPECT_EQ(TurnCameraOn("", 1), 1);
+    EXPECT_EQ(ActiveConfig.Hroi, 320);
+    EXPECT_THAT(GainList, IsEmpty());
+    EXPECT_THAT(DecomList, IsEmpty());
+    EXPECT_FALSE(FileExists(DefaultDir + "/DECOM.TMP"));
+    EXPECT_THAT(RawFrame, SizeIs(320 * 256));
+}
+
+TEST_F(TurningOn, APortThatChangedInTheFileIsTheOneThatIsAsked)
+{
+    TurnCameraOn("", 1);
+    head->Taken();
+    ASSERT_EQ(CommPortOpen, 1);
+    WritePrivateProfileString("Camera.2", "nCommPort", "5", CameraFilePath);
+    EXPECT_EQ(TurnCameraOn("", 1), 0) << "no head is wired to that port";
+    EXPECT_THAT(head->Taken(), IsEmpty()) << "the old one hears nothing";
+    EXPECT_EQ(CommPortOpen, 0);
 }
 
 TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
@@ -129,6 +158,21 @@ TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
     EXPECT_EQ(TurnCameraOn("", 1), 1);
     EXPECT_EQ(CameraOn, 1);
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("grab"));
+}
+
+TEST_F(TurningOn, ASectionWhoseSizeChangedOnDiskTakesNothingOfTheOldSizeAlong)
+{
+    ActiveConfig.Hroi = 8;
+    ActiveConfig.Vroi = 8;
+    OffsetList.assign(64, 1);
+    GainList.assign(64, 1);
+    DecomList.assign(64, 0);
+    ASSERT_EQ(TurnCameraOn("", 1), 1);
+    ASSERT_NE(ActiveConfig.Hroi, 8) << "as the section says";
+    EXPECT_THAT(OffsetList, IsEmpty());
+    EXPECT_THAT(GainList, IsEmpty());
+    EXPECT_THAT(DecomList, IsEmpty());
+    EXPECT_THAT(RawFrame, SizeIs(static_cast<std::size_t>(ActiveConfig.Hroi * ActiveConfig.Vroi)));
 }
 
 TEST_F(TurningOn, ACalibrationThatIsThereIsLoaded)
@@ -164,7 +208,7 @@ TEST_F(TurningOn, TheArgumentNamesAFileAndTheWord)
         {"/d/picture.seq", ""},
         {"d:\\sets\\one.cal", "D:\\SETS\\ONE.CAL"},
         {"/sets/one", "c:/SETS/ONE.CAL"},
-        {"\\one.cal", "c:\\KELVO\\ONE.CAL"},             // a directory of one character is none
+        {"\\one.cal", "c:\\KELVO\\ONE.CAL"},                 // a directory of one character is none
         {"c:\\kelvo\\\xE4.cal", "C:\\KELVO\\\xC3\xA4.CAL"},  // only ASCII letters are raised; the box as UTF-8
     };
     for (const auto& [argument, path] : cases) EXPECT_EQ(CalibrationTaken(argument), path) << argument;

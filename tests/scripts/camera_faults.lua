@@ -1,5 +1,6 @@
 -- The fault matrix: one fault of the wiring, the head or the board each, what the operator is told, and that the program goes on:
--- with the fault gone the camera comes up. The argument after -- names the row.
+-- with the fault gone the camera comes up. The argument after -- names the row,
+-- with dots for blanks.
 local check = require "check"
 
 local kTurnOn = 169
@@ -12,6 +13,14 @@ local silent = { "Unable to communicate with digital camera head! Check power & 
 local unknown = { "Camera head is present, but software is unable to identify it.", "Warning!" }
 local grab = { "Error starting grab to image processing board", "icp_grab" }
 local blank = { "Timeout waiting for vertical blank!", "icp_wait_vb() Error!" }
+
+local read = { "icp_read_area() Error", "ITEX Board Error!" }
+
+-- The grab is started at turn-on, by the display's geometry before and after the video set-up, and by the set-up itself; then
+-- the first frame is asked for.
+local function each_start_of_the_grab(first, last)
+  return { first, grab, grab, grab, grab, last }
+end
 
 local function port(step)
   return { step .. ", Error number *", "Comm Error" }
@@ -33,25 +42,25 @@ local rows = {
     boxes = { { "Unable to communicate with camera head!", "Load timing error!" }, head_off } },
   ["serial write at turn-on"] = { fault = "serial write", at = "turn-on",
     boxes = { { "Unable to communicate with camera head!", "Load timing error!" }, head_off } },
-  ["itx_load_cnf"] = { at = "turn-on", boxes = { grab, blank } },
-  ["itx_init_sys"] = { at = "turn-on", boxes = { grab, blank } },
-  ["itx_get_modcnf"] = { at = "turn-on", boxes = { grab, blank } },
+  ["itx_load_cnf"] = { at = "turn-on", boxes = { grab, grab, grab, grab, blank } },
+  ["itx_init_sys"] = { at = "turn-on", boxes = { grab, grab, grab, grab, read } },
+  ["itx_get_modcnf"] = { at = "turn-on", boxes = { grab, grab, grab, grab, read } },
   ["icp_get_slot0"] = { at = "turn-on",
-    boxes = { { "No Acquisition Module Found on Board #0", "init_itex" }, grab, blank } },
+    boxes = each_start_of_the_grab({ "No Acquisition Module Found on Board #0", "init_itex" }, read) },
   ["icp_create_frame"] = { at = "turn-on",
-    boxes = { { "FrameA on ICP-PCI#0 not created!", "init_itex()" }, grab, blank } },
+    boxes = each_start_of_the_grab({ "FrameA on ICP-PCI#0 not created!", "init_itex()" }, read) },
   ["icp_frame_attrib"] = { at = "turn-on",
     boxes = { { "FrameA on ICP-PCI#0 not set up properly!", "init_itex()" } } },
   ["icp_frame_attrib bits"] = { at = "turn-on",
     boxes = { { "FrameA on ICP-PCI#0 not set up for 16-bit data input!", "init_itex()" } } },
   ["icp_frame_attrib colour"] = { at = "turn-on",
     boxes = { { "FrameA on ICP-PCI#0 not set up for MonoColor data input!", "init_itex()" } } },
-  ["icp_grab"] = { at = "turn-on", boxes = { grab, blank } },
+  ["icp_grab"] = { at = "turn-on", boxes = { grab, grab, grab, grab } },
   ["icp_wait_vb"] = { at = "live", boxes = { blank } },
-  ["icp_read_area"] = { at = "live", boxes = { { "icp_read_area() Error", "ITEX Board Error!" } } },
+  ["icp_read_area"] = { at = "live", boxes = { read } },
 }
 
-local name = arg[1]
+local name = arg[1]:gsub("%.", " ")
 local row = assert(rows[name], name)
 local fault = row.fault or name
 

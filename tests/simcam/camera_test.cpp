@@ -37,7 +37,7 @@ class SimFrames : public SimCameraTest {
     }
     static std::int16_t At(const Counts& frame, int pitch, int x, int y)
     {
-        return frame[static_cast<std::size_t>(y * pitch + x)];
+        return frame[static_cast<std::size_t>(y) * static_cast<std::size_t>(pitch) + static_cast<std::size_t>(x)];
     }
 };
 

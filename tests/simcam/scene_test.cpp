@@ -51,7 +51,8 @@ class SimScene : public SimCameraTest {
         const int y0 = static_cast<int>(down * height);
         for (int y = y0 - 4; y <= y0 + 4; ++y) {
             for (int x = x0 - 4; x <= x0 + 4; ++x) {
-                const double value = degrees[static_cast<std::size_t>(y * width + x)];
+                const double value = degrees[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                                             static_cast<std::size_t>(x)];
                 if (!std::isnan(value)) values.push_back(value);
             }
         }
@@ -161,7 +162,8 @@ TEST_F(SimRawScene, TheSizeComesFromTheCallTheSettingsOrTheName)
     PutRaw("fire_8x4.raw");
     EXPECT_THAT(LoadSimRawFrames(*camera, directory / "fire_8x4.raw", 0, 0), IsEmpty());
     PutRaw("plain.raw");
-    EXPECT_THAT(LoadSimRawFrames(*camera, directory / "plain.raw", 0, 0), HasSubstr("from 1 to 4096"));
+    EXPECT_THAT(LoadSimRawFrames(*camera, directory / "plain.raw", 0, 0), HasSubstr("name doesn't tell the size"));
+    EXPECT_THAT(LoadSimRawFrames(*camera, directory / "plain.raw", 8, 0), HasSubstr("from 1 to 4096"));
     PutCopyWith("insb320.cnf", "sized.cnf", "RawColumns=8");
     PutCopyWith("sized.cnf", "sized.cnf", "RawRows=4");
     PutCopyWith("sized.cnf", "sized.cnf", "RawFile=plain.raw");

@@ -282,7 +282,7 @@ TEST_F(SimWorkingPoint, TruthNamesGainAndOffset)
     const double meanResponse = MeanOf(OfGood(Difference(high.mean, low.mean), kinds));
     for (int x = 0; x < 320; x += 7) {
         const auto truth = SimTruth(*camera, x, 100);
-        const auto i = static_cast<std::size_t>(100 * 320 + x);
+        const std::size_t i = std::size_t{100} * 320 + static_cast<std::size_t>(x);
         if (kinds[i] != "good") continue;
         ASSERT_EQ(truth[0].first, "gain");
         EXPECT_NEAR((high.mean[i] - low.mean[i]) / meanResponse, truth[0].second, 0.002) << x;
