@@ -5,7 +5,7 @@
 local out = arg and arg[1] or "first-light"
 local data = datadir()
 
-local kDisplay, kVideoSetup, kConfiguration, kFreeze, kImageCursor, kTurnOn = 120, 121, 123, 140, 151, 169
+local kExit, kConfiguration, kFreeze, kImageCursor, kTurnOn = 119, 123, 140, 151, 169
 local kGray, kColour, kFitContrast = 143, 145, 2004
 local kByVideoSetup, kByLastCalibration, kBySelectedCalibration = 1070, 1072, 1074
 
@@ -139,3 +139,8 @@ if log then
     log:close()
     say("%d transactions with the head in CommLog.txt", lines)
 end
+
+-- The end.
+command(kExit)
+say("asked: %s", (box().text:gsub("\n", "")))
+answer("yes")

@@ -25,22 +25,18 @@ namespace kelvo {
 namespace {
 
 struct Rectangle {
-    std::int32_t left;
-    std::int32_t top;
-    std::int32_t right;
-    std::int32_t bottom;
-    std::int64_t Values() const
-    {
-        const std::int64_t values = (std::int64_t{bottom} + 1 - top) * (std::int64_t{right} + 1 - left);
-        return std::max<std::int64_t>(values, 0);
-    }
+    std::int32_t left = 0;
+    std::int32_t top = 0;
+    std::int32_t right = -1;
+    std::int32_t bottom = -1;
+    std::int64_t Values() const { return RectangleValues(left, top, right, bottom); }
 };
 
 // One run of averaging; T is the result's format.
 template <typename T>
 struct Run {
-    std::uint32_t mode;
-    std::uint32_t count;
+    std::uint32_t mode = 0;
+    std::uint32_t count = 0;
     Rectangle rectangle;
     std::span<T> result;
     std::span<float> deviation;
@@ -155,16 +151,26 @@ std::int64_t FrameBytesOnView()
     return std::int64_t{size.x} * size.y * 2;
 }
 
-// Frames that a batch can hold, worked out once; 0 after a box.
-std::uint32_t EnsureCapacity()
+// Frames that the store has room for, worked out once for the frames that stand.
+void EnsureCapacity()
 {
-    if (AveragingCapacity != 0) return AveragingCapacity;
-    HostFrameBytes = AllocateHostFrames();
+    const std::int64_t storeBytes = AllocateHostFrames();
+    if (AveragingCapacity != 0) return;
+    HostFrameBytes = storeBytes;
     if (HostFrameBytes == 0) MessageBox(hWndMain, "Buffer board memory not accessable!", "Hardware Error");
     const std::int64_t frameBytes = FrameBytesOnView();
     if (frameBytes > 0) AveragingCapacity = static_cast<std::uint32_t>(HostFrameBytes / frameBytes);
-    if (AveragingCapacity == 0) ShowGrabberError(0, "Image Buffer Board Error!");
-    return AveragingCapacity;
+}
+
+// Frames that a batch can hold; 0 after a box. A capacity that was worked out for a smaller stored picture, or where
+// memory was refused part-way, is more than there are: the frames beyond would add old counts.
+std::uint32_t LargestBatch()
+{
+    EnsureCapacity();
+    const std::int64_t frames = std::min<std::int64_t>(numBufFrames, std::ssize(HostFrames));
+    const std::int64_t batch = std::clamp<std::int64_t>(frames, 0, AveragingCapacity);
+    if (batch == 0) ShowGrabberError(0, "Image Buffer Board Error!");
+    return static_cast<std::uint32_t>(batch);
 }
 
 template <typename T>
@@ -206,20 +212,26 @@ void AddBatch(Run<T>& run, const Rectangle& from, std::int32_t firstFrame, std::
 template <typename T>
 int GatherNewFrames(Run<T>& run)
 {
-    const std::uint32_t capacity = EnsureCapacity();
-    if (capacity == 0) return 0;
+    const std::uint32_t largestBatch = LargestBatch();
+    if (largestBatch == 0) return 0;
     if (!LiveVideo && run.count == 1) {
         TakeFrozenFrame(run);
         return 1;
     }
-    std::uint32_t batch = std::min({run.count, static_cast<std::uint32_t>(std::max(numBufFrames, 0)), capacity});
-    for (std::uint32_t done = 0; done < run.count; batch = std::min(capacity, run.count - done)) {
+    for (std::uint32_t done = 0; done < run.count;) {
+        const std::uint32_t batch = std::min(largestBatch, run.count - done);
         CaptureBatch(batch);
         ShowProgress(run, Format(" Captured %u of %u frames", done + batch, run.count));
         AddBatch(run, run.rectangle, 0, done, batch);
         done += batch;
     }
     return 1;
+}
+
+std::uint32_t StoredFrames()
+{
+    const std::int64_t frames = std::int64_t{BufferLastFrame} + 1 - BufferFirstFrame;
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(frames, 0, kMostHostFrames));
 }
 
 template <typename T>
@@ -307,7 +319,7 @@ int Average(Run<T>& run)
 {
     if (!AgreeOnCount(run.count)) return 0;
     const bool stored = (run.mode & (kTakeNewFrames | kUseStoredFrames)) == kUseStoredFrames;
-    if (stored) run.count = static_cast<std::uint32_t>(std::max(BufferLastFrame + 1 - BufferFirstFrame, 0));
+    if (stored) run.count = StoredFrames();
     if (!AllocateRun(run)) return 0;
     if (run.mode & kTakeNewFrames) {
         if (const std::int32_t code = LookUpGrabber(); code < 0) {

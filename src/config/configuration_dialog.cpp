@@ -96,11 +96,11 @@ std::optional<int> CheckedRadio(HWND dialog, int first, int count)
     return std::nullopt;
 }
 
-// A zoom beyond 8, as the zoom keys give it, has no radio and stays.
-std::int32_t ChosenZoom(HWND dialog, int firstRadio, std::int32_t inForce)
+// A zoom beyond 8, as the zoom keys give it, has no radio and stays as it was shown.
+std::int32_t ChosenZoom(HWND dialog, int firstRadio, std::int32_t shown)
 {
     const std::optional<int> radio = CheckedRadio(dialog, firstRadio, kZoomRadios);
-    return radio ? *radio + 1 : inForce;
+    return radio ? *radio + 1 : shown;
 }
 
 std::int32_t ChosenChannels(HWND dialog)
@@ -200,14 +200,17 @@ void TakeByteSwap(HWND dialog)
     WritePrivateProfileString("Setup", "ByteSwap", Format("0x%x", choice), IniFilePath);
 }
 
-void TakeScreenValues(HWND dialog)
+// The zooms shown are those in force, or those of the section of a camera that was chosen in their place.
+void TakeScreenValues(HWND dialog, bool cameraChanged)
 {
     const std::string section = ActiveCameraSection();
+    const std::int32_t xzoom = cameraChanged ? CameraKey(section, "Xzoom", kDefaultZoom) : Xzoom;
+    const std::int32_t yzoom = cameraChanged ? CameraKey(section, "Yzoom", kDefaultZoom) : Yzoom;
     ActiveConfig.NumChannels = ChosenChannels(dialog);
     WriteCameraKey(section, "NumChannels", ActiveConfig.NumChannels);
-    Xzoom = ChosenZoom(dialog, kXzoomFirst, Xzoom);
+    Xzoom = ChosenZoom(dialog, kXzoomFirst, xzoom);
     WriteIfOther(section, "Xzoom", Xzoom, kDefaultZoom);
-    Yzoom = ChosenZoom(dialog, kYzoomFirst, Yzoom);
+    Yzoom = ChosenZoom(dialog, kYzoomFirst, yzoom);
     WriteIfOther(section, "Yzoom", Yzoom, kDefaultZoom);
     Xoffset = ChosenOffset(dialog, kXoffsetEdit, section, "Xoffset");
     WriteIfOther(section, "Xoffset", Xoffset, kDefaultOffset);
@@ -248,7 +251,7 @@ void Accept(HWND dialog)
     const std::int32_t camera = ChosenCamera(dialog);
     const bool changed = camera != ActiveCamera;
     ActiveCamera = camera;
-    TakeScreenValues(dialog);
+    TakeScreenValues(dialog, changed);
     if (changed) {
         if (!OperatorWantsRestart(dialog)) {
             // The new number stays in memory alone; the next OK finds no change.

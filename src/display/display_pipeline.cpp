@@ -193,7 +193,6 @@ void PaintBitmap(const Dib& bitmap, HWND window)
 
 void RepaintPicture()
 {
-    if (!ViewingFile && !CameraOn) return;
     PaintBitmap(FrameBitmap, hWndMain);
     PaintLayers(false);
 }

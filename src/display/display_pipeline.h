@@ -49,7 +49,8 @@ void DrawFileOnView();
 // has what a larger picture left beside it erased. The main window scrolls over a picture that is larger than it.
 void PaintBitmap(const Dib& bitmap, HWND window);
 
-// For WM_PAINT of the main window: paints the picture again while a file is on view or the camera is on.
+// For WM_PAINT of the main window: paints the picture again, if there is one. The last one stands when the camera is
+// off.
 void RepaintPicture();
 
 // The one way in which pan (image pixels), zoom (1 to 16) and offset (screen units) change. The pan is written to the

@@ -1,8 +1,8 @@
 #include "grabber/board.h"
 
-#include "acquire/buffer_state.h"
 #include "calib/cal_state.h"
 #include "config/camera_config.h"
+#include "config/settings.h"
 #include "display/display_state.h"
 #include "grabber/correction.h"
 #include "grabber/frame_account.h"
@@ -136,11 +136,14 @@ void DropLists()
     CalibrationListsChanged();
 }
 
-// The board's memory takes the new size; a grab that runs goes on into the new frame.
+// The board's memory takes the new size; a grab that runs goes on into the new frame. A size that no camera has is left
+// for the turn-on to tell.
 void RemakeFrames()
 {
     if (LiveVideo) icp_freeze(IcpModule, FrameA);
     icp_delete_all_frames(IcpModule);
+    FrameA = kNoBoardFrame;
+    if (CameraFrameValues() == 0) return;
     MakeFrameBlocks();
     if (!CreateFrameA() || !LiveVideo) return;
     icp_grab(IcpModule, FrameA);
@@ -199,12 +202,27 @@ void GetBoardErrorText(std::int32_t /*code*/, std::string& text)
     text = "ICP-PCI frame grabber error";
 }
 
+void ReadActiveSection()
+{
+    const std::int32_t columns = ActiveConfig.Hroi;
+    const std::int32_t rows = ActiveConfig.Vroi;
+    const std::int32_t counted = numBufFrames;
+    const bool wasRead = columns != 0 || rows != 0;
+    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    if (wasRead && (ActiveConfig.Hroi != columns || ActiveConfig.Vroi != rows)) FrameSizeChanged();
+    if (!HostFramesAllocated) return;
+    if (numBufFrames == 0) {
+        FreeHostFrames();
+    } else {
+        numBufFrames = counted;  // the key is a wish; the count is of the frames that stand
+    }
+}
+
 void FrameSizeChanged()
 {
     DropFrameBlocks();
     DropLists();
     FreeHostFrames();
-    AveragingCapacity = 0;
     DeleteFileNamed(DefaultDir + "/DECOM.TMP");
     if (GrabberPresent && IcpModule != 0) RemakeFrames();
 }

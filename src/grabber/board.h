@@ -20,6 +20,9 @@ void ExitBoard();     // ReleaseBoard, and the board is closed
 int CheckBoardModules();
 void GetBoardErrorText(std::int32_t code, std::string& text);
 
+// Reads the active camera's section into ActiveConfig. Where its frames have another size than those before,
+// FrameSizeChanged follows; where host frames of the same size stand they stay counted, unless the section wants none.
+void ReadActiveSection();
 // After a change of Hroi or Vroi: drops frames, lists, host frames and what follows from their size, and DECOM.TMP;
 // makes FrameA again if the board is open.
 void FrameSizeChanged();

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cfenv>
 #include <cstring>
 #include <span>
 #include <type_traits>
@@ -22,27 +23,29 @@ namespace hn = hwy::HWY_NAMESPACE;
 // Half a block at least, a block at most: wider registers bring nothing where the look-up is what takes the time.
 using Counts = hn::CappedTag<std::int16_t, kCorrectionBlock>;
 
+// Divisions round that way while it lives.
+class Rounding {
+  public:
+    explicit Rounding(int direction) : before_(std::fegetround()) { std::fesetround(direction); }
+    ~Rounding() { std::fesetround(before_); }
+    Rounding(const Rounding&) = delete;
+    Rounding& operator=(const Rounding&) = delete;
+
+  private:
+    int before_;
+};
+
 // ---- Gathering a row
 
 // The samples of each channel to its part of the row.
-template <std::size_t kChannels>
+template <std::size_t kChannels, bool kMirrored>
 void Deinterleave(const RowGather& row, std::size_t columns, const std::int16_t* HWY_RESTRICT samples,
                   std::int16_t* HWY_RESTRICT line)
 {
     const Counts d;
     const std::size_t part = columns / kChannels;
-    std::int16_t* parts[kChannels];
-    for (std::size_t k = 0; k < kChannels; ++k) {
-        parts[k] = line + part * (row.channelsReversed ? kChannels - 1 - k : k);
-    }
-    const auto place = [&](std::size_t step) { return row.mirrored ? part - 1 - step : step; };
-    const auto put = [&](std::size_t k, std::size_t step, auto counts) HWY_ATTR {
-        if (row.mirrored) {
-            hn::StoreU(hn::Reverse(d, counts), d, parts[k] + (part - step - hn::Lanes(d)));
-        } else {
-            hn::StoreU(counts, d, parts[k] + step);
-        }
-    };
+    const auto toNext = static_cast<std::ptrdiff_t>(row.channelsReversed ? 0 - part : part);
+    std::int16_t* channel = row.channelsReversed ? line + (kChannels - 1) * part : line;
     std::size_t step = 0;
     for (; step + hn::Lanes(d) <= part; step += hn::Lanes(d)) {
         const std::int16_t* from = samples + step * kChannels;
@@ -50,26 +53,41 @@ void Deinterleave(const RowGather& row, std::size_t columns, const std::int16_t*
         if constexpr (kChannels == 1) v[0] = hn::LoadU(d, from);
         if constexpr (kChannels == 2) hn::LoadInterleaved2(d, from, v[0], v[1]);
         if constexpr (kChannels == 4) hn::LoadInterleaved4(d, from, v[0], v[1], v[2], v[3]);
-        for (std::size_t k = 0; k < kChannels; ++k) put(k, step, v[k]);
+        std::int16_t* to = channel + (kMirrored ? part - step - hn::Lanes(d) : step);
+        for (std::size_t k = 0; k < kChannels; ++k, to += toNext) {
+            hn::StoreU(kMirrored ? hn::Reverse(d, v[k]) : v[k], d, to);
+        }
     }
     for (; step < part; ++step) {
-        for (std::size_t k = 0; k < kChannels; ++k) parts[k][place(step)] = samples[step * kChannels + k];
+        std::int16_t* to = channel + (kMirrored ? part - 1 - step : step);
+        for (std::size_t k = 0; k < kChannels; ++k, to += toNext) *to = samples[step * kChannels + k];
     }
 }
 
-void GatherPattern(const RowGather& row, std::size_t columns, const std::int16_t* HWY_RESTRICT raw,
-                   std::int16_t* HWY_RESTRICT line)
+template <std::size_t kChannels>
+HWY_INLINE void GatherChannels(const RowGather& row, std::size_t columns, const std::int16_t* samples,
+                               std::int16_t* line)
+{
+    if (row.mirrored) {
+        Deinterleave<kChannels, true>(row, columns, samples, line);
+    } else {
+        Deinterleave<kChannels, false>(row, columns, samples, line);
+    }
+}
+
+HWY_INLINE void GatherPattern(const RowGather& row, std::size_t columns, const std::int16_t* HWY_RESTRICT raw,
+                              std::int16_t* HWY_RESTRICT line)
 {
     if (row.pattern == RowPattern::kNone) return;
     const std::int16_t* samples = raw + row.start;
     if (row.pattern == RowPattern::kStride) {
         for (std::size_t c = 0; c < columns; ++c) line[c] = samples[row.stride * static_cast<std::ptrdiff_t>(c)];
     } else if (row.channels == 4) {
-        Deinterleave<4>(row, columns, samples, line);
+        GatherChannels<4>(row, columns, samples, line);
     } else if (row.channels == 2) {
-        Deinterleave<2>(row, columns, samples, line);
+        GatherChannels<2>(row, columns, samples, line);
     } else {
-        Deinterleave<1>(row, columns, samples, line);
+        GatherChannels<1>(row, columns, samples, line);
     }
 }
 
@@ -167,20 +185,44 @@ HWY_INLINE hn::Vec<Counts> Correct(const WithOffset& kind, hn::Vec<Counts> raw, 
     return hn::Add(hn::Sub(raw, hn::LoadU(d, kind.offset + block + inBlock)), dataOffset);
 }
 
-#if HWY_NATIVE_FMA
-
 // raw - offset of the even and of the odd pixels, the offsets of a pair having changed places. On x86 a pair of a count
-// and its offset is multiplied by 1 and -1 and added, which takes the widening along.
-#if HWY_ARCH_X86
+// and its offset is multiplied by 1 and -1 and added, which takes the widening along; the emulated registers have no
+// such thing.
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2
+HWY_INLINE hn::Vec<Wide> PairSums(hn::Vec<Counts> pairs, std::uint32_t factors)
+{
+    return hn::Vec<Wide>{_mm256_madd_epi16(pairs.raw, _mm256_set1_epi32(static_cast<int>(factors)))};
+}
+HWY_INLINE hn::Vec<Wide> Truncated(hn::Vec<Real> value)
+{
+    return hn::Vec<Wide>{_mm256_cvttps_epi32(value.raw)};
+}
+#elif HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
+HWY_INLINE hn::Vec<Wide> PairSums(hn::Vec<Counts> pairs, std::uint32_t factors)
+{
+    return hn::Vec<Wide>{_mm_madd_epi16(pairs.raw, _mm_set1_epi32(static_cast<int>(factors)))};
+}
+HWY_INLINE hn::Vec<Wide> Truncated(hn::Vec<Real> value)
+{
+    return hn::Vec<Wide>{_mm_cvttps_epi32(value.raw)};
+}
+#else
+// What 32 bits don't hold, and what isn't a number, is left out before: the low half of 0 is that of INT32_MIN.
+HWY_INLINE hn::Vec<Wide> Truncated(hn::Vec<Real> value)
+{
+    const auto held = hn::Lt(hn::Abs(value), hn::Set(Real(), 0x1p31F));
+    return hn::ConvertTo(Wide(), hn::IfThenElseZero(held, value));
+}
+#endif
+
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
 HWY_INLINE hn::Vec<Wide> EvenDifference(hn::Vec<Counts> raw, hn::Vec<Counts> offset)
 {
-    const auto pairs = hn::OddEven(offset, raw);
-    return hn::Vec<Wide>{_mm256_madd_epi16(pairs.raw, _mm256_set1_epi32(static_cast<int>(0xFFFF0001U)))};
+    return PairSums(hn::OddEven(offset, raw), 0xFFFF0001U);
 }
 HWY_INLINE hn::Vec<Wide> OddDifference(hn::Vec<Counts> raw, hn::Vec<Counts> offset)
 {
-    const auto pairs = hn::OddEven(raw, offset);
-    return hn::Vec<Wide>{_mm256_madd_epi16(pairs.raw, _mm256_set1_epi32(0x0001FFFF))};
+    return PairSums(hn::OddEven(raw, offset), 0x0001FFFFU);
 }
 #else
 HWY_INLINE hn::Vec<Wide> EvenDifference(hn::Vec<Counts> raw, hn::Vec<Counts> offset)
@@ -193,54 +235,30 @@ HWY_INLINE hn::Vec<Wide> OddDifference(hn::Vec<Counts> raw, hn::Vec<Counts> offs
 }
 #endif
 
-// Of values that 32 bits hold: what hn::ConvertTo does for the others takes as long again.
-HWY_INLINE hn::Vec<Wide> Truncated(hn::Vec<Real> value)
-{
-#if HWY_ARCH_X86
-    return hn::Vec<Wide>{_mm256_cvttps_epi32(value.raw)};
-#else
-    return hn::ConvertTo(Wide(), value);
-#endif
-}
-
-// trunc(v / g) exactly, for whole v of at most 2^17 and gains from 2^-6 to 2^100 (either sign).
+// trunc(v / g) exactly, for whole v of at most 2^16 and gains that SingleCanBear (correction_plan.cpp), while divisions
+// round toward zero.
 //
-// Let x = v / g and q its nearest single. |x| is at most 2^23, and single precision has every whole number up to there.
-// v - q g, taken with one rounding (FMA), has its true sign: it is 0 only where q g = v, and nowhere near underflow. If
-// it points away from v, then |q| > |x|, and x lies between q and the single next to q toward zero, for q was the
-// nearest. No whole number stands between those two, so that the lower one truncates as x does; its bits are one less
-// than q's, whatever the sign. Otherwise |q| <= |x|, and no whole number lies in between, for x would have been rounded
-// to it or beyond: q truncates as x does.
+// Let x = v / g. Where |x| < 2^24, single precision has every whole number up to |x|, so that rounding toward zero
+// doesn't pass one: the quotient truncates as x does. Where |x| >= 2^31, or x isn't a number, so it is in single: the
+// result is INT32_MIN, of which the frame keeps 0. No gain lets x fall between those.
 //
-// The quotient in double truncates likewise: it differs from x by at most 2^-53 |x| <= 2^-30, while x, if it isn't
-// whole, is further than that from the next whole number: by 1 / m > 2^-24 at least, m being the 24-bit mantissa of g,
-// or by |x| 2^-17 where g is a whole number.
+// The quotient in double truncates as x does, whichever way it is rounded: it differs from x by at most 2^-52 |x|, less
+// than 2^-28, while x, if it isn't whole, is further than that from the next whole number: by 1 / m > 2^-24 at least, m
+// being the 24-bit mantissa of g, or by |x| 2^-16 where g is a whole number.
 HWY_INLINE hn::Vec<Wide> TruncatedQuotient(hn::Vec<Wide> value, hn::Vec<Real> gain)
 {
-    const Real real;
-    const Wide wide;
-    const auto v = hn::ConvertTo(real, value);
-    const auto q = hn::Div(v, gain);
-    const auto rest = hn::NegMulAdd(q, gain, v);
-    const auto away = hn::Lt(hn::Xor(rest, hn::And(v, hn::SignBit(real))), hn::Zero(real));
-    const auto oneLess = hn::BitCast(wide, hn::VecFromMask(real, away));  // -1 where it holds
-    return Truncated(hn::BitCast(real, hn::Add(hn::BitCast(wide, q), oneLess)));
+    return Truncated(hn::Div(hn::ConvertTo(Real(), value), gain));
 }
 
 HWY_INLINE hn::Vec<Counts> Correct(const WithGain& kind, hn::Vec<Counts> raw, std::size_t block, std::size_t inBlock)
 {
     const Counts d;
     const Real real;
-    const auto dataOffset = hn::Set(Wide(), kind.dataOffset);
     const auto offset = hn::LoadU(d, kind.offset + block + inBlock);
     const float* gain = kind.gain + block + inBlock / 2;
-    const auto even = hn::Add(EvenDifference(raw, offset), dataOffset);
-    const auto odd = hn::Add(OddDifference(raw, offset), dataOffset);
-    return Narrow(TruncatedQuotient(even, hn::LoadU(real, gain)),
-                  TruncatedQuotient(odd, hn::LoadU(real, gain + kCorrectionBlock / 2)));
+    return Narrow(TruncatedQuotient(EvenDifference(raw, offset), hn::LoadU(real, gain)),
+                  TruncatedQuotient(OddDifference(raw, offset), hn::LoadU(real, gain + kCorrectionBlock / 2)));
 }
-
-#endif  // HWY_NATIVE_FMA
 
 template <class Kind>
 HWY_INLINE void CorrectBlock(const Kind& kind, const std::int16_t* line, std::size_t block, std::int16_t* out)
@@ -253,39 +271,47 @@ HWY_INLINE void CorrectBlock(const Kind& kind, const std::int16_t* line, std::si
 
 // ---- Looking up
 
-// The look-ups stay scalar, since a gather of single bytes is slower, but the bytes go into registers, in two chains
-// side by side, and are stored at once. Half of the counts come four to a load, the others one by one: loads and shifts
-// share the work.
-HWY_INLINE hn::Vec<hn::Full128<std::uint64_t>> LookUpEight(const std::array<std::size_t, 8>& indices,
-                                                           const std::uint8_t* table)
+// The look-ups stay scalar, since a gather of single bytes is slower, but the counts come four to a load, and the gray
+// values go into registers and are stored at once: in four chains, since each insertion waits for the one before.
+
+// One of four counts, the first of which is in the lowest bits.
+template <unsigned kPlace>
+HWY_INLINE std::size_t CountOf(std::uint64_t four)
 {
-    const hn::Full128<std::uint8_t> bytes;
-    auto packed = hn::Zero(bytes);
-    packed = hn::InsertLane(packed, 0, table[indices[0]]);
-    packed = hn::InsertLane(packed, 1, table[indices[1]]);
-    packed = hn::InsertLane(packed, 2, table[indices[2]]);
-    packed = hn::InsertLane(packed, 3, table[indices[3]]);
-    packed = hn::InsertLane(packed, 4, table[indices[4]]);
-    packed = hn::InsertLane(packed, 5, table[indices[5]]);
-    packed = hn::InsertLane(packed, 6, table[indices[6]]);
-    packed = hn::InsertLane(packed, 7, table[indices[7]]);
-    return hn::BitCast(hn::Full128<std::uint64_t>(), packed);
+    static_assert(std::endian::native == std::endian::little);
+    if constexpr (kPlace == 0) return four & 0xFFFF;
+    if constexpr (kPlace == 3) return four >> 48;
+#if HWY_ARCH_X86_64 && HWY_TARGET <= HWY_AVX2
+    return _bextr_u64(four, 16 * kPlace, 16);  // one instruction; shift and mask are three
+#else
+    return (four >> (16 * kPlace)) & 0xFFFF;
+#endif
+}
+
+using FourGrays = hn::CappedTag<std::uint8_t, 4>;
+using EightGrays = hn::CappedTag<std::uint8_t, 8>;
+using SixteenGrays = hn::Full128<std::uint8_t>;
+
+HWY_INLINE hn::Vec<FourGrays> LookUpFour(const std::uint16_t* counts, const std::uint8_t* table)
+{
+    std::uint64_t four = 0;
+    std::memcpy(&four, counts, sizeof four);
+    const std::uint32_t first = table[CountOf<0>(four)];
+    auto grays = hn::BitCast(FourGrays(), hn::LoadU(hn::CappedTag<std::uint32_t, 1>(), &first));
+    grays = hn::InsertLane(grays, 1, table[CountOf<1>(four)]);
+    grays = hn::InsertLane(grays, 2, table[CountOf<2>(four)]);
+    return hn::InsertLane(grays, 3, table[CountOf<3>(four)]);
+}
+
+HWY_INLINE hn::Vec<EightGrays> LookUpEight(const std::uint16_t* counts, const std::uint8_t* table)
+{
+    return hn::Combine(EightGrays(), LookUpFour(counts + 4, table), LookUpFour(counts, table));
 }
 
 HWY_INLINE void LookUpBlock(const std::uint16_t* counts, const std::uint8_t* table, std::uint8_t* grays)
 {
-    static_assert(std::endian::native == std::endian::little, "the first count is in the lowest bits");
-    std::uint64_t a = 0;
-    std::uint64_t b = 0;
-    std::memcpy(&a, counts, sizeof a);
-    std::memcpy(&b, counts + 4, sizeof b);
-    const auto first = LookUpEight({a & 0xFFFF, (a >> 16) & 0xFFFF, (a >> 32) & 0xFFFF, a >> 48, b & 0xFFFF,
-                                    (b >> 16) & 0xFFFF, (b >> 32) & 0xFFFF, b >> 48},
-                                   table);
-    const auto second = LookUpEight(
-        {counts[8], counts[9], counts[10], counts[11], counts[12], counts[13], counts[14], counts[15]}, table);
-    const auto both = hn::InterleaveLower(hn::Full128<std::uint64_t>(), first, second);
-    hn::StoreU(hn::BitCast(hn::Full128<std::uint8_t>(), both), hn::Full128<std::uint8_t>(), grays);
+    const SixteenGrays d;
+    hn::StoreU(hn::Combine(d, LookUpEight(counts + 8, table), LookUpEight(counts, table)), d, grays);
 }
 
 #endif  // HWY_TARGET != HWY_SCALAR
@@ -300,7 +326,7 @@ struct Waiting {
     std::size_t size = 0;
 };
 
-void LookUpPixels(const Waiting& row, std::size_t from, const std::uint8_t* table)
+HWY_NOINLINE void LookUpPixels(Waiting row, std::size_t from, const std::uint8_t* table)
 {
     for (std::size_t i = from; i < row.size; ++i) row.grays[i] = table[row.counts[i]];
 }
@@ -310,31 +336,45 @@ constexpr bool InRegisters()
 {
 #if HWY_TARGET == HWY_SCALAR
     return false;
+#elif HWY_ARCH_ARM_V7
+    return !std::is_same_v<Kind, WithGain>;  // its registers round to nearest, whatever they are told
 #else
-    return HWY_NATIVE_FMA || !std::is_same_v<Kind, WithGain>;
+    return true;
 #endif
 }
 
+// Pixels that registers don't serve: the end of a row, a row with a gain that single precision can't bear.
+template <class Kind>
+HWY_NOINLINE void CorrectPixels(const Kind& kind, const std::int16_t* line, std::size_t from, std::size_t columns,
+                                std::int16_t* out)
+{
+    for (std::size_t i = from; i < columns; ++i) out[i] = kind.Pixel(line[i], i);
+}
+
 // Corrects a row and looks up the one before, block by block in turn: the divisions of the one run beside the loads of
-// the other. Rows with a gain that single precision can't bear, and all gains where there is no FMA to put the quotient
-// right, are divided in double.
+// the other.
 template <bool kLookUp, class Kind>
-void CorrectRow(const Kind kind, [[maybe_unused]] bool inDouble, const std::int16_t* line, std::size_t columns,
-                std::int16_t* out, const Waiting before, const std::uint8_t* table)
+HWY_INLINE void CorrectRow(const Kind& kind, const std::int16_t* line, std::size_t columns, std::int16_t* out,
+                           Waiting before, const std::uint8_t* table)
 {
     std::size_t done = 0;
 #if HWY_TARGET != HWY_SCALAR
     if constexpr (InRegisters<Kind>()) {
-        const std::size_t end = inDouble ? 0 : columns;
-        for (; done + kCorrectionBlock <= end; done += kCorrectionBlock) {
+        for (; done + kCorrectionBlock <= columns; done += kCorrectionBlock) {
             CorrectBlock(kind, line, done, out);
             if constexpr (kLookUp) LookUpBlock(before.counts + done, table, before.grays + done);
         }
     }
 #endif
-    const std::size_t lookedUp = done;
-    for (; done < columns; ++done) out[done] = kind.Pixel(line[done], done);
-    if constexpr (kLookUp) LookUpPixels(before, lookedUp, table);
+    if (done < columns) CorrectPixels(kind, line, done, columns, out);
+    if (kLookUp && done < before.size) LookUpPixels(before, done, table);
+}
+
+template <class Kind>
+void CorrectRowInDouble(const Kind& kind, const std::int16_t* line, std::size_t columns, std::int16_t* out)
+{
+    const Rounding nearest(FE_TONEAREST);
+    CorrectPixels(kind, line, 0, columns, out);
 }
 
 template <class Kind>
@@ -346,25 +386,30 @@ void CorrectRows(const CorrectionPlan& plan, const std::int16_t* raw, const std:
     Waiting before;
     for (std::size_t r = 0; r < plan.rows.size(); ++r) {
         // A row ahead: single patches have left the store queue when the row is read a register at a time.
-        const std::int16_t* next = r + 1 < plan.rows.size() ? GatherRow(plan, r + 1, raw, lines[(r + 1) % 2]) : nullptr;
+        const std::int16_t* next = line;
+        if (r + 1 < plan.rows.size()) next = GatherRow(plan, r + 1, raw, lines[(r + 1) % 2]);
         const std::size_t columns = plan.RowPixels(r);
         std::int16_t* out = frame + r * plan.width;
         const Kind kind(plan, r);
-        if (before.size >= columns) {
-            CorrectRow<true>(kind, plan.rows[r].inDouble, line, columns, out, before, table);
+        if (plan.rows[r].inDouble) {
+            CorrectRowInDouble(kind, line, columns, out);
+            LookUpPixels(before, 0, table);
+        } else if (before.size >= columns) {
+            CorrectRow<true>(kind, line, columns, out, before, table);
         } else {
-            CorrectRow<false>(kind, plan.rows[r].inDouble, line, columns, out, before, table);
+            CorrectRow<false>(kind, line, columns, out, before, table);
         }
         if (table) before = {reinterpret_cast<const std::uint16_t*>(out), pixels + r * plan.width, columns};
         line = next;
     }
-    if (table) LookUpPixels(before, 0, table);
+    LookUpPixels(before, 0, table);
 }
 
 void RunPlan(const CorrectionPlan& plan, const std::int16_t* raw, const std::uint8_t* table, std::int16_t* frame,
              std::uint8_t* pixels)
 {
     if (plan.calType == 2) {
+        const Rounding quotients(InRegisters<WithGain>() ? FE_TOWARDZERO : FE_TONEAREST);
         CorrectRows<WithGain>(plan, raw, table, frame, pixels);
     } else if (plan.calType == 1) {
         CorrectRows<WithOffset>(plan, raw, table, frame, pixels);

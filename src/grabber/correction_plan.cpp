@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 namespace kelvo {
@@ -17,10 +18,10 @@ constexpr std::size_t kPixelsPerPatch = 8;
 // Patterns are recognised by places spread over the row, of which few will be substituted.
 constexpr std::size_t kProbes = 7;
 
-// Quotients of single precision: the limits for which QuotientTowardZero (correction_kernels.cpp) is exact.
-constexpr std::int32_t kMostSingleOffset = 65536;
-constexpr float kLeastSingleGain = 0x1p-6F;
-constexpr float kMostSingleGain = 0x1p100F;
+// Quotients of single precision: the gains for which TruncatedQuotient (correction_kernels.cpp) isn't exact lie between
+// these. From the upper one on 24 bits hold the quotient, up to the lower one 32 bits don't.
+constexpr float kHidingQuotients = 0x1p-31F;
+constexpr float kLeastSingleGain = 0x1p-8F;
 
 constexpr RowGather Interleave(std::uint8_t channels, bool mirrored, bool reversed)
 {
@@ -79,7 +80,7 @@ std::size_t Misses(const RowGather& row, Entries entries)
 bool Fits(RowGather& row, Entries entries, std::size_t rawSize)
 {
     row.start = 0;
-    std::array<std::int64_t, kProbes> starts;
+    std::array<std::int64_t, kProbes> starts{};
     for (std::size_t k = 0; k < kProbes; ++k) {
         const std::size_t column = Probe(entries.size(), k);
         starts[k] = std::int64_t{entries[column]} - SourceOf(row, entries.size(), column);
@@ -92,7 +93,7 @@ bool Fits(RowGather& row, Entries entries, std::size_t rawSize)
 
 std::optional<RowGather> FittingStride(Entries entries, std::size_t rawSize)
 {
-    std::array<std::int64_t, kProbes> strides;
+    std::array<std::int64_t, kProbes> strides{};
     for (std::size_t k = 0; k < kProbes; ++k) {
         const std::size_t column = std::min(Probe(entries.size(), k), entries.size() - 2);
         strides[k] = std::int64_t{entries[column + 1]} - entries[column];
@@ -161,9 +162,24 @@ T EntryOr0(std::span<const T> list, std::size_t index)
     return index < list.size() ? list[index] : T{};
 }
 
+// A detector without response (gain 0) is among them, and what isn't a number.
 bool SingleCanBear(float gain)
 {
-    return std::abs(gain) >= kLeastSingleGain && std::abs(gain) <= kMostSingleGain;
+    return !(std::abs(gain) > kHidingQuotients && std::abs(gain) < kLeastSingleGain);
+}
+
+// Takes DataOffset off the offsets where 16 bits hold what comes of it, so that nothing is left to add in each frame.
+// False where they don't.
+bool FoldDataOffset(CorrectionPlan& plan)
+{
+    const std::int64_t dataOffset = plan.dataOffset;
+    const auto [least, most] = std::ranges::minmax_element(plan.offset);
+    const bool fits = *least - dataOffset >= std::numeric_limits<std::int16_t>::min() &&
+                      *most - dataOffset <= std::numeric_limits<std::int16_t>::max();
+    if (!fits) return false;
+    for (std::int16_t& offset : plan.offset) offset = static_cast<std::int16_t>(offset - dataOffset);
+    plan.dataOffset = 0;
+    return true;
 }
 
 void OrderOffsets(CorrectionPlan& plan, const CorrectionLists& lists)
@@ -178,8 +194,8 @@ void OrderOffsets(CorrectionPlan& plan, const CorrectionLists& lists)
 void OrderGains(CorrectionPlan& plan, const CorrectionLists& lists)
 {
     std::ranges::fill(plan.gain, 1.0F);  // the padding divides too
-    const bool small = std::abs(std::int64_t{plan.dataOffset}) <= kMostSingleOffset;
-    for (RowGather& row : plan.rows) row.inDouble = !small;
+    const bool folded = FoldDataOffset(plan);
+    for (RowGather& row : plan.rows) row.inDouble = !folded;
     for (std::size_t i = 0; i < plan.pixels; ++i) {
         const float gain = EntryOr0(lists.gain, lists.decom[i]);
         const std::size_t row = i / plan.width;

@@ -29,9 +29,15 @@ void BeginRateWindow()
     window = {.startUs = TickUs(), .delivered = account.delivered, .shown = account.shown};
 }
 
+// Live video has stopped meanwhile, or was held up for long: the rates tell of the past.
+bool RatesAreOld()
+{
+    return window.startUs >= 0 && TickUs() - window.startUs > 2 * kRateWindowUs;
+}
+
 void UpdateRates()
 {
-    if (window.startUs < 0) {
+    if (window.startUs < 0 || RatesAreOld()) {
         BeginRateWindow();
         return;
     }
@@ -47,6 +53,7 @@ void UpdateRates()
 
 const FrameAccount& CurrentFrameAccount()
 {
+    if (RatesAreOld()) account.deliveredHz = account.shownHz = 0;
     return account;
 }
 
@@ -60,7 +67,6 @@ void AccountGrabStarted()
 {
     lastCount = 0;
     heldUp = true;  // until the first read the live cycle doesn't run
-    window = {};
 }
 
 void AccountFrameRead(bool shown)

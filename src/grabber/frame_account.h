@@ -13,7 +13,7 @@ struct FrameAccount {
     std::int64_t shown = 0;
     std::int64_t lost = 0;    // between two reads of a running live cycle
     std::int64_t missed = 0;  // during dialogs and long commands
-    double deliveredHz = 0;   // over about the last second
+    double deliveredHz = 0;   // over about the last second; 0 once no frame has been read for two
     double shownHz = 0;
 };
 

@@ -48,7 +48,8 @@ extern std::int32_t ImageCursorOn;  // 1: the image cursor is shown
 // Fetches the newest frame, corrected and in image order, into frame; 1, or 0 on failure (told in a box where the board
 // failed). Lies above display in the order of the system; display calls it through this declaration.
 int GetVideoData(std::vector<std::int16_t>& frame);
-// Freezes or resumes live video: flag is LiveVideo. Without CameraOn it does nothing.
+// Freezes or resumes live video: flag is LiveVideo. Without CameraOn it does nothing. Resuming leaves a stored file,
+// and the display table is that of the live range again.
 void ToggleFreeze(std::int32_t& flag);
 // GetVideoData into LiveFrame; its result.
 int RefreshLiveFrame();

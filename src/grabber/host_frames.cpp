@@ -1,5 +1,6 @@
 #include "grabber/host_frames.h"
 
+#include "acquire/buffer_state.h"
 #include "config/camera_config.h"
 #include "display/display_state.h"
 #include "grabber/board_state.h"
@@ -44,13 +45,20 @@ std::uint32_t FramesAllowed(std::int64_t frameBytes)
     return std::min(frames, static_cast<std::uint32_t>(limit));
 }
 
+// The system grants more than it has and then swaps: a frame beyond what may be taken now counts as refused.
+bool MakeFrame(std::vector<std::int16_t>& frame, std::int64_t frameBytes)
+{
+    return static_cast<std::uint64_t>(frameBytes) <= AvailablePhysicalMemory() &&
+           AllocateBlock(frame, CameraFrameValues());
+}
+
 // One more frame than is counted. The bytes that could be had.
 std::int64_t MakeFrames(std::uint32_t count, std::int64_t frameBytes)
 {
     std::vector<std::vector<std::int16_t>>().swap(HostFrames);
     for (std::uint32_t i = 0; i <= count; ++i) {
         std::vector<std::int16_t> frame;
-        if (!AllocateBlock(frame, CameraFrameValues())) {
+        if (!MakeFrame(frame, frameBytes)) {
             MessageBox(hWndMain, "Unable to allocate all of RAM memory requested!", "RAM Memory Warning!");
             return static_cast<std::int64_t>(i) * frameBytes;
         }
@@ -60,8 +68,15 @@ std::int64_t MakeFrames(std::uint32_t count, std::int64_t frameBytes)
     return static_cast<std::int64_t>(count) * frameBytes;
 }
 
+// Frames that stood when the camera's size changed don't serve it. All are of one size.
+void DropFramesOfAnotherSize()
+{
+    if (!HostFrames.empty() && HostFrames.front().size() != CameraFrameValues()) FreeHostFrames();
+}
+
 void EnsureHostFrames()
 {
+    DropFramesOfAnotherSize();
     if (!HostFramesAllocated) AllocateHostFrames();
 }
 
@@ -80,8 +95,10 @@ void CopyWithOffset(std::span<const std::int16_t> frame, std::int64_t from, std:
 
 std::int64_t AllocateHostFrames()
 {
+    if (numBufFrames == 0) return 0;
+    DropFramesOfAnotherSize();
     const std::int64_t frameBytes = FrameBytes();
-    if (numBufFrames == 0 || frameBytes == 0) return 0;
+    if (frameBytes == 0) return 0;
     if (HostFramesAllocated) return numBufFrames * frameBytes;
     const std::uint32_t count = FramesAllowed(frameBytes);
     numBufFrames = static_cast<std::int32_t>(count);
@@ -94,6 +111,8 @@ void FreeHostFrames()
     if (!HostFramesAllocated) return;
     std::vector<std::vector<std::int16_t>>().swap(HostFrames);
     HostFramesAllocated = 0;
+    HostFrameBytes = 0;
+    AveragingCapacity = 0;
     std::vector<std::uint8_t>().swap(ColorMap);  // made anew when a picture next needs it
 }
 
@@ -106,7 +125,7 @@ std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip)
     const std::int32_t limit = std::min({count, numBufFrames, static_cast<std::int32_t>(std::ssize(HostFrames))});
     std::int32_t captured = 0;
     for (; captured < limit; ++captured) {
-        for (std::int32_t blank = 0; blank <= skip; ++blank) icp_wait_vb(IcpModule, FrameA);
+        for (std::int64_t blank = 0; blank <= skip; ++blank) icp_wait_vb(IcpModule, FrameA);
         if (!ReadBoardArea(HostFrames[static_cast<std::size_t>(captured)])) return 0;
     }
     HostFrameNext = captured >= numBufFrames ? 0 : captured;
@@ -118,7 +137,8 @@ std::int32_t ReadHostFrameRect(std::span<std::int16_t> destination, std::int32_t
                                std::int32_t top, std::int32_t left, std::int32_t bottom, std::int32_t right)
 {
     EnsureHostFrames();
-    const std::int64_t values = (std::int64_t{bottom} + 1 - top) * (std::int64_t{right} + 1 - left);
+    // What is longer than the destination is cut there anyway.
+    const std::int64_t values = std::min(RectangleValues(left, top, right, bottom), std::ssize(destination) + 1);
     // Both starts are counted in bytes and used as values: right for whole frames one at a time, and kept for others.
     const std::int64_t from = 2 * (std::int64_t{top} * ActiveConfig.Hroi + left);
     const std::int64_t end = std::min<std::int64_t>({last, std::int64_t{numBufFrames} - 1, std::ssize(HostFrames) - 1});

@@ -15,11 +15,12 @@ extern std::int32_t HostFramesAllocated;  // flag
 extern std::int32_t HostFrameNext;        // index of the next free frame
 // numBufFrames (config/camera_config.h): a wish as the camera's key has it; after allocation the count of frames.
 
-// Makes the frames if they aren't there: as many as memory and the key MaxNumFramesToAllocate of the camera's section
-// in kelvo.ini allow (one more than is counted). The bytes available; 0 if numBufFrames is 0. Where memory is refused
-// part-way: "Unable to allocate all of RAM memory requested!" and the bytes so far.
+// Makes the frames if they aren't there, or are of another size than the camera's: as many as memory and the key
+// MaxNumFramesToAllocate of the camera's section in kelvo.ini allow (one more than is counted). The bytes available; 0
+// if numBufFrames is 0. Where memory is refused part-way: "Unable to allocate all of RAM memory requested!" and the
+// bytes so far.
 std::int64_t AllocateHostFrames();
-void FreeHostFrames();
+void FreeHostFrames();  // HostFrameBytes and AveragingCapacity are 0 then
 // Captures count frames, each after skip frames left out. The number captured; 0 on failure, after its box.
 std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip);
 // Copies a rectangle of each frame first to last, DataOffset added, to destination. The copy is flat: rows are not

@@ -95,6 +95,7 @@ void LeaveStoredFile()
     ViewingSequence = 0;
     SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
     DisplayUnit = PickAvailableUnit(DisplayUnit);
+    BuildDisplayLut(Contrast, Brightness);  // viewing has made it for the file's range
 }
 
 // The analysis reads the frozen picture from ImageBuffer: the last frame on the screen.

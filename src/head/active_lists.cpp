@@ -24,16 +24,19 @@ std::size_t PixelsOfFrame()
     return rows * static_cast<std::size_t>(std::max(ActiveConfig.Hroi, 0));
 }
 
+// A list that holds fewer entries is made anew, for a whole frame.
 template <typename Entry>
-bool MakeAtFirstUse(std::vector<Entry>& list)
+bool MakeSure(std::vector<Entry>& list, std::size_t fewest)
 {
-    return !list.empty() || AllocateBlock(list, PixelsOfFrame());
+    return list.size() >= fewest || AllocateBlock(list, PixelsOfFrame());
 }
+
+constexpr std::size_t kAtFirstUse = 1;
 
 template <typename Entry>
 std::int32_t Fill(std::vector<Entry>& list, std::int32_t first, std::int32_t last, Entry value)
 {
-    if (!MakeAtFirstUse(list)) return 0;
+    if (!MakeSure(list, kAtFirstUse)) return 0;
     const auto end = static_cast<std::size_t>(std::clamp<std::int64_t>(last, 0, std::ssize(list)));
     const auto begin = static_cast<std::size_t>(std::max(first, 0));
     for (std::size_t i = begin; i < end; ++i) list[i] = value;
@@ -49,14 +52,14 @@ std::int32_t LowBits(double value)
 }
 
 template <typename Entry>
-std::int32_t Load(std::vector<Entry>& list, std::span<const std::uint8_t> source)
+std::int32_t Load(std::vector<Entry>& list, std::span<const std::uint8_t> source, std::size_t fewest = kAtFirstUse)
 {
     const std::size_t count = PixelsOfFrame();
     if (source.size() / sizeof(Entry) < count) {
         MessageBox(hWndMain, "Global Memory would not lock", kMessageCaption);
         return 0;
     }
-    if (!MakeAtFirstUse(list)) return 0;
+    if (!MakeSure(list, fewest)) return 0;
     std::memcpy(list.data(), source.data(), std::min(count, list.size()) * sizeof(Entry));
     CalibrationListsChanged();
     return 1;
@@ -72,9 +75,7 @@ std::int32_t LoadGains(std::span<const std::uint8_t> source)
 // Decommutation is read for every pixel of every frame: a list made for a smaller frame is made anew.
 std::int32_t LoadDecommutation(std::span<const std::uint8_t> source)
 {
-    const bool tooSmall = DecomList.size() < PixelsOfFrame();
-    if (tooSmall) DecomList.clear();
-    return Load(DecomList, source);
+    return Load(DecomList, source, PixelsOfFrame());
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ extern std::int32_t IntegrationSlot;                      // the slot in use, 0 
 // IntegrationTimeMsec.
 
 // 1 if a known head answered (HeadModel is set), else 0 after the message that tells why. A port that is wired to
-// "none" gives 0 without a message.
+// "none" gives 0 without a message; one that the machine doesn't have gives the link's boxes.
 std::int32_t IdentifyCameraHead();
 // Programs the head from the camera section. 1, or 0 at the first failure that counts.
 std::int32_t LoadCameraHead();

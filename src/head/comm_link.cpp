@@ -9,6 +9,7 @@
 #include "platform/profile_text.h"
 #include "platform/serial.h"
 #include "platform/text.h"
+#include "shell/status.h"
 #include "shell/windows.h"
 
 #include <algorithm>
@@ -29,6 +30,8 @@ namespace {
 constexpr std::string_view kErrorCaption = "Comm Error";
 constexpr std::string_view kLogSection = "CommLog";
 constexpr std::size_t kLargestLog = std::size_t{16} << 20;  // as of any profile file
+
+constexpr int kLeftAligned = 0;
 
 constexpr std::int32_t kDefaultPort = 2;
 constexpr std::uint32_t kByteArrived = 1;  // event mask
@@ -81,17 +84,25 @@ std::string WithoutSection(std::string_view contents, std::string_view section)
     return rest;
 }
 
+// Other sections stay. A log beyond the limit goes whole once its copy stands: no line would ever be added to it.
+void RemoveLoggedFrames(bool copied)
+{
+    const auto contents = ReadWholeFile(CommLogPath, kLargestLog);
+    if (!contents) {
+        if (copied) DeleteFileNamed(CommLogPath);
+        return;
+    }
+    const std::string rest = WithoutSection(*contents, kLogSection);
+    if (rest != *contents) ReplaceFile(CommLogPath, rest);
+}
+
 // The last run's log moves aside, whether this run writes one or not.
 void PrepareLog()
 {
     CommLogReady = 1;
     CommLogEnabled = GetPrivateProfileInt("Setup", "CommLog", 0, IniFilePath);
     CommLogPath = DefaultDir + "/CommLog.txt";
-    CopyFileTo(CommLogPath, DefaultDir + "/PreviousCommLog.txt", false);
-    const auto contents = ReadWholeFile(CommLogPath, kLargestLog);
-    if (!contents) return;
-    const std::string rest = WithoutSection(*contents, kLogSection);
-    if (rest != *contents) ReplaceFile(CommLogPath, rest);
+    RemoveLoggedFrames(CopyFileTo(CommLogPath, DefaultDir + "/PreviousCommLog.txt", false));
 }
 
 // Each line is on the disk before the next frame: a log is read after a program that hung. It goes past the gathered
@@ -133,6 +144,14 @@ bool SendFrame(std::span<const std::uint8_t> frame)
     return WriteSerialPort(*CommHandle, frame) == std::ssize(CommFrame());
 }
 
+// The device has gone, and comes back as another one: who next needs the link opens it anew.
+void LetGoOfDevice()
+{
+    CommHandle = nullptr;
+    CommState = -1;
+    CommPortOpen = 0;
+}
+
 // Virtual time stands still while the program works: each look at the line then costs a millisecond of it.
 void PassTimeBetweenReads()
 {
@@ -141,14 +160,23 @@ void PassTimeBetweenReads()
 
 }  // namespace
 
+std::int32_t CommPortNumber()
+{
+    return nCommPort < 1 ? kDefaultPort : nCommPort;
+}
+
 std::int32_t OpenXComm()
 {
     if (CommState == 1) return 1;
     const Hourglass hourglass;
-    if (nCommPort < 1) nCommPort = kDefaultPort;
+    nCommPort = CommPortNumber();
     CommHandle = nullptr;  // one that an unfinished opening left
-    CommHandle = OpenSerialPort(Format("COM%d", nCommPort));
-    if (!CommHandle) return GiveUp("OpenXComm");
+    const std::string name = Format("COM%d", nCommPort);
+    CommHandle = OpenSerialPort(name);
+    if (!CommHandle) {
+        StatusMessage(name + ": " + LastSerialErrorText(), kLeftAligned);  // the box has the number only
+        return GiveUp("OpenXComm");
+    }
     if (ConfigurePort() < 0) return -1;
     CommState = 1;
     PurgeSerialPort(*CommHandle, kPurgeBuffers);
@@ -210,7 +238,9 @@ std::size_t ReadCommBytes(std::int32_t /*ignored*/, std::span<std::uint8_t> buff
     ClearSerialError(*CommHandle);
     if (buffer.empty()) return 0;
     const std::ptrdiff_t count = ReadSerialPort(*CommHandle, buffer);
-    return count > 0 ? static_cast<std::size_t>(count) : 0;
+    if (count >= 0) return static_cast<std::size_t>(count);
+    LetGoOfDevice();
+    return 0;
 }
 
 void ShowCommError(std::int32_t /*ignored*/, std::string_view text)

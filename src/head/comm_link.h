@@ -23,8 +23,10 @@ extern std::string CommLogPath;
 extern std::uint32_t CommWriteCount;      // the number in the next "Write%03d" key
 extern std::uint32_t CommWriteReadCount;  // the number in the next "WriteRead%03d" key
 
+// The number of the port that nCommPort stands for: 2 where it is below 1.
+std::int32_t CommPortNumber();
 // Opens and configures port nCommPort (below 1: 2, stored back). CommState: 1, or -1 after the box of the step that
-// failed. Of an open port it does nothing.
+// failed; why a port doesn't open stands in the status line. Of an open port it does nothing.
 std::int32_t OpenXComm();
 // OpenXComm; 1, or 0 after the box "Error opening rs232 communications!  Check port, baud rate, etc.".
 std::int32_t OpenCommLink();
@@ -36,7 +38,7 @@ std::int32_t CloseCommLink();
 std::int32_t WriteCommFrame(CommFrame& frame, std::size_t length);
 // Reads into buffer until it is full or more than 1000 ms have passed; the number of bytes read.
 std::size_t ReadCommFrame(std::span<std::uint8_t> buffer);
-// What has arrived, at once; the number of bytes.
+// What has arrived, at once; the number of bytes. Where the device has gone (unplugged) the link is closed after it.
 std::size_t ReadCommBytes(std::int32_t ignored, std::span<std::uint8_t> buffer);
 
 // "text, Error number N" under "Comm Error", with the number of the last failure of the port.

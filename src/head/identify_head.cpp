@@ -1,6 +1,5 @@
 // Finding out which camera head is connected. The reply to the identify frame is the only one whose content selects
 // anything: its first two bytes are the head's identity.
-#include "config/camera_config.h"
 #include "head/camera_head.h"
 #include "head/head_frames.h"
 #include "head/head_transaction.h"
@@ -18,7 +17,6 @@ namespace kelvo {
 namespace {
 
 constexpr int kLeftAligned = 0;
-constexpr std::int32_t kDefaultCommPort = 2;  // what a number below 1 stands for
 
 struct Identity {
     std::uint8_t first;
@@ -37,8 +35,7 @@ bool Is(const CommFrame& reply, const Identity& identity)
 // A machine that views stored frames only has no head to ask for.
 bool NoHeadIsWired()
 {
-    const std::int32_t port = nCommPort < 1 ? kDefaultCommPort : nCommPort;
-    return SerialDevice(Format("COM%d", port)) == "none";
+    return SerialPortIsUnused(Format("COM%d", CommPortNumber()));
 }
 
 std::int32_t GiveUp()

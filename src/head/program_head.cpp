@@ -1,7 +1,7 @@
 // The programming sequence of turn-on. The first failed frame that counts ends it; the head then stays as it is, partly
 // programmed.
 #include "config/camera_config.h"
-#include "config/settings.h"
+#include "head/active_camera.h"
 #include "head/camera_head.h"
 #include "head/head_frames.h"
 #include "head/head_settings.h"
@@ -28,7 +28,7 @@ constexpr std::size_t kLastDac = 2;
 
 void ReadSectionAfresh()
 {
-    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    ReadActiveCamera();
     ActiveConfig.NumOutputs = 1;
     ActiveConfig.NumChannels = 1;
 }

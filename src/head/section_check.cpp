@@ -1,6 +1,7 @@
 #include "head/section_check.h"
 
 #include "config/camera_config.h"
+#include "grabber/frame_size.h"
 #include "head/head_settings.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -12,7 +13,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr std::int32_t kLargestSize = 1024;  // rows or columns
 constexpr std::int32_t kLargestByte = 255;
 
 struct Range {
@@ -23,10 +23,10 @@ struct Range {
 };
 
 constexpr Range kRanges[] = {
-    {"Hroi", 125, 1, kLargestSize},
-    {"Vroi", 124, 1, kLargestSize},
-    {"Hactive", 125, 1, kLargestSize},
-    {"Vactive", 124, 1, kLargestSize},
+    {"Hroi", 125, 1, kLargestFrameSide},
+    {"Vroi", 124, 1, kLargestFrameSide},
+    {"Hactive", 125, 1, kLargestFrameSide},
+    {"Vactive", 124, 1, kLargestFrameSide},
     {"QVF1058_MasterClockFrequency", 48000000, 1, 2147483647},
     {"QVF1058_MasterClockMinIndex", 2, 0, kLargestByte},
     {"QVF1058_MasterClockMaxIndex", 63, 0, kLargestByte},

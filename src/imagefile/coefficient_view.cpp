@@ -294,7 +294,6 @@ bool LoadEntries(File& file, const KindRow& kind, const MakerSizes& sizes, std::
 
 void ShowListImage()
 {
-    FreezeLiveVideo();
     ViewingFile = 0;
     Xpan = 0;
     Ypan = 0;
@@ -341,6 +340,7 @@ int ViewCoefficientFile(std::string_view path)
         MessageBox(hWndMain, path, "Incorrect data type passed");
         return 0;
     }
+    FreezeLiveVideo();  // before the list stands in ImageBuffer, which freezing fills with the live picture
     if (!LoadEntries(*file, kind, sizes, path)) return 0;
     header.KeepNew();
 

@@ -71,6 +71,19 @@ DeviceArea PaintableArea(const Window& window)
     return whole.And(ToDevice(PictureArea(window), DeviceRatio(window)));
 }
 
+// What lies under scroll bars and other opaque children isn't seen, and each of them would be drawn again with it.
+QRegion SeenOf(const QWidget& widget, const QRect& area)
+{
+    QRegion seen(area);
+    for (const QObject* object : widget.children()) {
+        const auto* const child = qobject_cast<const QWidget*>(object);
+        if (!child || child->isWindow() || !child->isVisible()) continue;
+        const bool opaque = child->autoFillBackground() || child->testAttribute(Qt::WA_OpaquePaintEvent);
+        if (opaque) seen -= child->geometry();
+    }
+    return seen;
+}
+
 void ShowArea(Window& window, const DeviceArea& area)
 {
     const double ratio = DeviceRatio(window);
@@ -78,7 +91,7 @@ void ShowArea(Window& window, const DeviceArea& area)
                          static_cast<int>(std::floor(static_cast<double>(area.top) / ratio)));
     const QPoint bottomRight(static_cast<int>(std::ceil(static_cast<double>(area.right) / ratio)),
                              static_cast<int>(std::ceil(static_cast<double>(area.bottom) / ratio)));
-    window.widget->update(QRect(topLeft, bottomRight));
+    window.widget->update(SeenOf(*window.widget, QRect(topLeft, bottomRight)));
 }
 
 std::uint32_t* Row(QImage& surface, std::int64_t y)

@@ -50,6 +50,7 @@ QScrollBar* MakeBar(Qt::Orientation orientation, HWND window)
     bar->setFocusPolicy(Qt::NoFocus);
     bar->setCursor(Qt::ArrowCursor);
     bar->setSingleStep(kLineStep);
+    bar->setAutoFillBackground(true);  // the picture beneath may change without the bar being drawn again
     bar->hide();
     QObject::connect(bar, &QScrollBar::valueChanged, window->widget, [window] { PaintScrolled(window); });
     return bar;

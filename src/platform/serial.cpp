@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 #include "platform/faults.h"
 #include "platform/machine.h"
+#include "platform/profile.h"
 #include "platform/text.h"
 
 #include <fcntl.h>
@@ -34,6 +35,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
+constexpr std::string_view kPorts = "Ports";  // the list's section
 constexpr std::string_view kNoHead = "none";
 constexpr std::string_view kSimulated = "sim:";
 constexpr std::uint32_t kReadAtOnce = 0xFFFFFFFF;
@@ -243,9 +245,14 @@ void SerialPortCloser::operator()(SerialPort* port) const
 
 std::string SerialDevice(std::string_view name)
 {
-    std::string device(Trimmed(MachineSetting("Ports", name, kNoHead)));
+    std::string device(Trimmed(MachineSetting(kPorts, name, kNoHead)));
     if (device.empty() || EqualIgnoringCase(device, kNoHead)) return std::string(kNoHead);
     return device;
+}
+
+bool SerialPortIsUnused(std::string_view name)
+{
+    return HasProfileKey(kPorts, name, PlatformFilePath()) && SerialDevice(name) == kNoHead;
 }
 
 SerialHandle OpenSerialPort(std::string_view name)

@@ -52,6 +52,9 @@ constexpr std::uint32_t kPurgeRxClear = 8;
 
 // What stands behind a name: "sim:FILE", "none" or a device's path.
 std::string SerialDevice(std::string_view name);
+// True where the list says "none" of the name, or nothing behind the "=". One that isn't listed doesn't open either,
+// but nobody meant it so.
+bool SerialPortIsUnused(std::string_view name);
 
 // Opens a port for reading and writing, alone: never waits for a carrier. Null where there is none (ENODEV), another
 // program or link holds it (EBUSY), or it isn't a terminal (ENOTTY).

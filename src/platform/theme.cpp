@@ -98,10 +98,22 @@ QPalette PaletteOf(const Colors& colors)
     return palette;
 }
 
-// The style leaves little room around the words of a menu.
-class RoomyMenus : public QProxyStyle {
+// The style draws outlines in the window's colour, a third darker: on a dark window nothing of them is left. From this
+// colour they come out at a contrast of 3 to 1 or more on the dark window.
+constexpr QRgb kWindowForOutlines = 0xFFA4ACB6;
+
+template <typename Option>
+Option Outlined(const Option& option)
+{
+    Option outlined(option);
+    outlined.palette.setColor(QPalette::Window, QColor(kWindowForOutlines));
+    return outlined;
+}
+
+// The style leaves little room around the words of a menu, and empty controls of a dark window without an outline.
+class WorkstationStyle : public QProxyStyle {
   public:
-    RoomyMenus() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
+    explicit WorkstationStyle(bool dark) : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))), dark_(dark) {}
 
     QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
                            const QWidget* widget) const override
@@ -113,6 +125,38 @@ class RoomyMenus : public QProxyStyle {
         if (type == CT_MenuItem && !isLine) return plain + QSize(12, 3);
         return plain;
     }
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override
+    {
+        const auto* const button = qstyleoption_cast<const QStyleOptionButton*>(option);
+        const auto* const frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+        const bool isMark = element == PE_IndicatorCheckBox || element == PE_IndicatorRadioButton;
+        if (dark_ && isMark && button) {
+            const QStyleOptionButton outlined = Outlined(*button);
+            QProxyStyle::drawPrimitive(element, &outlined, painter, widget);
+        } else if (dark_ && element == PE_FrameLineEdit && frame) {
+            const QStyleOptionFrame outlined = Outlined(*frame);
+            QProxyStyle::drawPrimitive(element, &outlined, painter, widget);
+        } else {
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+        }
+    }
+
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                            const QWidget* widget) const override
+    {
+        const auto* const spin = qstyleoption_cast<const QStyleOptionSpinBox*>(option);
+        if (dark_ && control == CC_SpinBox && spin) {
+            const QStyleOptionSpinBox outlined = Outlined(*spin);
+            QProxyStyle::drawComplexControl(control, &outlined, painter, widget);
+        } else {
+            QProxyStyle::drawComplexControl(control, option, painter, widget);
+        }
+    }
+
+  private:
+    bool dark_;
 };
 
 }  // namespace
@@ -120,8 +164,9 @@ class RoomyMenus : public QProxyStyle {
 void ApplyTheme(Theme theme)
 {
     if (theme == Theme::kDesktop) return;
-    QApplication::setStyle(std::make_unique<RoomyMenus>().release());  // the application owns it
-    QApplication::setPalette(PaletteOf(theme == Theme::kDark ? kDark : kLight));
+    const bool dark = theme == Theme::kDark;
+    QApplication::setStyle(std::make_unique<WorkstationStyle>(dark).release());  // the application owns it
+    QApplication::setPalette(PaletteOf(dark ? kDark : kLight));
 }
 
 }  // namespace kelvo

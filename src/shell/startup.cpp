@@ -8,8 +8,8 @@
 #include "display/display_state.h"
 #include "grabber/board.h"
 #include "grabber/frame_state.h"
+#include "head/active_camera.h"
 #include "head/camera_head.h"
-#include "head/comm_link.h"
 #include "head/turn_on.h"
 #include "head/video_setup.h"
 #include "imagefile/select_file.h"
@@ -153,17 +153,6 @@ void FitMenuToCamera()
     if (!hWndMain) return;
     if (!ActiveConfig.BufferCapture) DeleteMenuItem(hWndMain, kCmdHostRamCapture);
     SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
-}
-
-// What was made for frames of another size goes with the camera that they came from.
-void ReadActiveCamera()
-{
-    const std::int32_t columns = ActiveConfig.Hroi;
-    const std::int32_t rows = ActiveConfig.Vroi;
-    const bool wasRead = columns != 0 || rows != 0;
-    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
-    if (!wasRead) return;
-    if (ActiveConfig.Hroi != columns || ActiveConfig.Vroi != rows) FrameSizeChanged();
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
 #include "shell/state_table.h"
 
+#include "acquire/buffer_state.h"
 #include "calib/cal_state.h"
 #include "config/camera_config.h"
 #include "config/settings.h"
 #include "display/display_state.h"
+#include "grabber/board_state.h"
 #include "grabber/frame_account.h"
 #include "grabber/frame_state.h"
+#include "grabber/host_frames.h"
+#include "head/comm_link.h"
 #include "head/head_state.h"
 #include "imagefile/header.h"
 #include "imagefile/select_file.h"
@@ -75,6 +79,19 @@ void RegisterFrames()
     RegisterVariable("ImageCursorOn", ImageCursorOn);
     RegisterVariable("TrackballMode", TrackballMode);
     RegisterState("ImageBuffer", [] { return StateValue{static_cast<std::int64_t>(ImageBuffer.size())}; });
+}
+
+void RegisterBoardState()
+{
+    RegisterVariable("DataOffset", DataOffset);
+    RegisterVariable("FramePitch", FramePitch);
+    RegisterVariable("FrameRows", FrameRows);
+    RegisterVariable("PeriodicUpdates", PeriodicUpdates);
+    RegisterVariable("HostFramesAllocated", HostFramesAllocated);
+    RegisterVariable("HostFrameNext", HostFrameNext);
+    RegisterVariable("HostFrameBytes", HostFrameBytes);
+    RegisterVariable("AveragingCapacity", AveragingCapacity);
+    RegisterVariable("numBufFrames", numBufFrames);
 }
 
 void RegisterFrameAccount()
@@ -153,7 +170,7 @@ void RegisterCamera()
     RegisterVariable("NumGrayLevels", NumGrayLevels);
     RegisterVariable("ActiveCamera", ActiveCamera);
     RegisterVariable("nCommPort", nCommPort);
-    RegisterVariable("numBufFrames", numBufFrames);
+    RegisterVariable("CommPortOpen", CommPortOpen);
     RegisterVariable("Description", ActiveConfig.Description);
     RegisterVariable("Hroi", ActiveConfig.Hroi);
     RegisterVariable("Vroi", ActiveConfig.Vroi);
@@ -194,6 +211,7 @@ void RegisterHeader()
 void RegisterProgramState()
 {
     RegisterFrames();
+    RegisterBoardState();
     RegisterFrameAccount();
     RegisterDisplay();
     RegisterShell();

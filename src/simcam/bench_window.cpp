@@ -24,9 +24,9 @@ namespace {
 
 constexpr std::uint32_t kRefreshTimer = 1;
 constexpr std::int64_t kRefreshMs = 1000;
-constexpr int kHelpTopic = 2010;
 constexpr const char* kNoCamera = "no simulated camera";
 constexpr const char* kNothing = "-";
+constexpr const char* kNothingLoaded = "Nothing is loaded yet.";
 constexpr double kUsPerSecond = 1e6;
 constexpr double kUsPerMs = 1e3;
 
@@ -47,7 +47,6 @@ constexpr int kControls[] = {kBenchLow,         kBenchHigh, kBenchScene,   kBenc
                              kBenchHighDegrees, kBenchLoad, kBenchColumns, kBenchRows};
 
 bool showing = false;  // the window shows what the camera has: its edits are not the operator's
-std::string recordingName;
 
 // --- What the window shows ------------------------------------------------------------------------------------------
 
@@ -71,7 +70,14 @@ void ShowSources(HWND dialog, const SimCamera& camera)
         if (row.source == inFront) CheckRadioButton(dialog, kBenchLow, kBenchRaw, row.button);
         ShowDegrees(dialog, camera, row);
     }
-    SetDlgItemText(dialog, kBenchFile, recordingName);
+}
+
+// There must be something to put in front of the camera before it can be chosen.
+void ShowRecording(HWND dialog, const SimCamera& camera)
+{
+    const std::string& name = SimRawName(camera);
+    EnableDlgItem(dialog, kBenchRaw, !name.empty());
+    SetDlgItemText(dialog, kBenchFile, name.empty() ? kNothingLoaded : name);
 }
 
 void ShowRates(HWND dialog, const SimCamera& camera)
@@ -89,6 +95,7 @@ void ShowCamera(HWND dialog)
     EnableControls(dialog, camera != nullptr);
     showing = true;
     if (camera) {
+        ShowRecording(dialog, *camera);
         ShowSources(dialog, *camera);
         ShowRates(dialog, *camera);
     } else {
@@ -115,17 +122,12 @@ void LoadRecording(HWND dialog, SimCamera& camera)
     const FileDialogResult chosen = RunFileDialog(request);
     if (chosen.paths.empty() || !hDlgBench) return;
 
-    const std::string& path = chosen.paths.front();
-    const std::string error =
-        LoadSimRawFrames(camera, path, GetScrollPos(dialog, kBenchColumns), GetScrollPos(dialog, kBenchRows));
+    const std::string error = LoadSimRawFrames(camera, chosen.paths.front(), GetScrollPos(dialog, kBenchColumns),
+                                               GetScrollPos(dialog, kBenchRows));
     if (!error.empty()) {
         TellLoadFailed(error);
         return;
     }
-    std::string name;
-    std::string extension;
-    SplitPath(path, nullptr, nullptr, &name, &extension);
-    recordingName = name + extension;
     PutSimSource(camera, SimSource::kRaw);
     ShowCamera(dialog);
 }
@@ -159,7 +161,7 @@ bool OnCommand(HWND dialog, int id, int notification)
         return true;
     }
     if (id == kIdHelp) {
-        ShowHelpContext(kHelpTopic);
+        ShowHelpContext(kHelpBench);
         return true;
     }
     const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
@@ -217,6 +219,7 @@ std::string PutBenchSource(std::string_view source, std::optional<double> degree
     if (!camera) return kNoCamera;
     const auto* const row = std::ranges::find(kSources, source, &BenchSource::name);
     if (row == std::end(kSources)) return "no source \"" + std::string(source) + "\": low, high, scene or raw";
+    if (row->source == SimSource::kRaw && SimRawName(*camera).empty()) return "no recorded frames are loaded";
     if (degrees && !SetSimSourceDegrees(*camera, row->source, *degrees)) {
         return Format("%g degrees Celsius is outside -40 to 150", *degrees);
     }

@@ -60,6 +60,7 @@ struct SimCamera {
     SimSource source = SimSource::kScene;
     std::array<double, kSources> degrees;  // °C
     RawScene raw;
+    std::string rawName;  // of the file that they came from
     std::vector<float> lightOfSample;
     std::uint64_t noisyAnswers = 0;
     Exposure exposure;
@@ -438,9 +439,15 @@ std::string LoadSimRawFrames(SimCamera& camera, const std::string& path, std::in
     std::optional<RawScene> scene = ReadRawScene(path, size.columns, size.rows, error);
     if (!scene) return error;
     camera.raw = std::move(*scene);
+    camera.rawName = std::filesystem::path(path).filename().string();
     LightRawScene(camera);
     camera.exposure.valid = false;
     return {};
+}
+
+const std::string& SimRawName(const SimCamera& camera)
+{
+    return camera.rawName;
 }
 
 namespace {

@@ -47,6 +47,8 @@ bool SetSimSourceDegrees(SimCamera& camera, SimSource source, double degrees);  
 // Raw frames as the scene: 16-bit signed values, as many rows and columns as the file's name or settings tell. Empty,
 // or why not.
 std::string LoadSimRawFrames(SimCamera& camera, const std::string& path, std::int32_t columns, std::int32_t rows);
+// The name of the file that the raw frames came from; empty while none are loaded.
+const std::string& SimRawName(const SimCamera& camera);
 
 // What the detector at image column x, row y really is: "gain", "offset", "dark", "noise", and 1 under what it is of
 // "dead", "weak", "strong", "offset_bad", "hot", "noisy", "blinking"; empty outside the array.

@@ -160,14 +160,6 @@ float DetectorNormal(std::uint64_t noiseKey, std::uint32_t detector)
     return NormalOfBits(BitsOfFour(noiseKey, detector / 4) >> (kNormalBits * (detector % 4)));
 }
 
-std::int16_t CountOf(float value)
-{
-    // The lower limit comes first, so that what is no number reads 0.
-    const float within = std::min(std::max(0.0F, value), static_cast<float>(kHighestCount));
-    const float halfUp = within + 0.5F;  // truncated below, which a compiler does for several pixels at once
-    return static_cast<std::int16_t>(static_cast<std::int32_t>(halfUp));
-}
-
 void DrawCounts(std::uint64_t noiseKey, std::uint32_t firstDetector, std::span<const float> mean,
                 std::span<const float> sigma, std::span<std::int16_t> counts)
 {

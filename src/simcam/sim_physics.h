@@ -7,6 +7,7 @@
 
 #include "simcam/sim_settings.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
@@ -112,6 +113,12 @@ float DetectorNormal(std::uint64_t noiseKey, std::uint32_t detector);
 // length are multiples of 4 (four detectors share one draw of 64 bits).
 void DrawCounts(std::uint64_t noiseKey, std::uint32_t firstDetector, std::span<const float> mean,
                 std::span<const float> sigma, std::span<std::int16_t> counts);
-std::int16_t CountOf(float value);
+// Here, so that each loop over detectors has it in itself.
+inline std::int16_t CountOf(float value)
+{
+    // The lower limit comes first, so that what is no number reads 0.
+    const float within = std::min(std::max(0.0F, value), static_cast<float>(kHighestCount));
+    return static_cast<std::int16_t>(static_cast<std::int32_t>(within + 0.5F));
+}
 
 }  // namespace kelvo

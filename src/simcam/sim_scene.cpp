@@ -104,6 +104,11 @@ std::optional<RawScene> ReadRawScene(const std::string& path, std::int32_t colum
         error = path + ":\n" + what;
         return std::nullopt;
     };
+    if (columns == 0 && rows == 0) {
+        return fail(
+            "The file's name doesn't tell the size of its frames, as scene_160x120.raw would.\n"
+            "Their columns and rows have to be given, from 1 to 4096.");
+    }
     if (columns < 1 || rows < 1 || columns > kMaxSide || rows > kMaxSide) {
         return fail("The columns and rows of the raw frames have to be from 1 to 4096.");
     }

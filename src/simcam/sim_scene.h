@@ -59,7 +59,7 @@ class BenchLight {
 
 // The moving scene: a background that grows 1 °C warmer from top to bottom, a disc 4 °C above it that wanders over the
 // array (once around in 9 s across and 7 s down), and a bar pattern, 0.8 °C above, that drifts to the left through the
-// lower third (across in 20 s). Without a correction the bars drown in the array's own pattern.
+// lower third (across in 20 s). The bars are about as strong as the array's own pattern: a correction makes them plain.
 void MovingSceneRow(const BenchLight& light, double backgroundDegrees, double seconds, const ArrayRow& row,
                     std::span<float> radiance);
 

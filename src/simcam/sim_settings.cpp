@@ -149,7 +149,7 @@ class SettingsReader {
         return false;
     }
 
-    // The array's sides and the band hold together.
+    // The array's sides, the band, the source and its frames hold together.
     bool Consistent(const SimSettings& settings)
     {
         if (std::fmod(settings.columns, 8) != 0 || std::fmod(settings.rows, 8) != 0) {
@@ -157,6 +157,9 @@ class SettingsReader {
         }
         if (settings.bandFromUm >= settings.bandToUm) {
             return Fail("BandFromUm of [Array] has to be below BandToUm.");
+        }
+        if (settings.source == "raw" && settings.rawFile.empty()) {
+            return Fail("Source of [Bench] is raw, but RawFile of [Scene] names no frames.");
         }
         return true;
     }
@@ -187,6 +190,7 @@ std::optional<SimSettings> ReadSimSettings(const std::string& path, std::string&
         return std::nullopt;
     }
     SimSettings settings;
+    settings.rawFile = reader.Text("Scene", "RawFile");
     const bool good =
         reader.Choice<SimModel>("Head", "Model", {{"InSb", SimModel::kInSb}, {"HgCdTe", SimModel::kHgCdTe}}, true,
                                 settings.model) &&
@@ -202,7 +206,6 @@ std::optional<SimSettings> ReadSimSettings(const std::string& path, std::string&
                                    settings.source) &&
         reader.Numbers(settings) && reader.GainTable(settings.voltsPerCountVsGain) && reader.Consistent(settings);
     if (!good) return std::nullopt;
-    settings.rawFile = reader.Text("Scene", "RawFile");
     return settings;
 }
 

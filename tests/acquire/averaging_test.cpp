@@ -10,12 +10,16 @@
 #include "imagefile/header.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
+#include "platform/text.h"
 #include "shell/windows.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
+#include <ostream>
 
 namespace kelvo {
 namespace {
@@ -334,6 +338,7 @@ struct Refusal {
     std::uint32_t format;
     int allocation;  // the n-th is refused
     const char* text;
+    friend std::ostream& operator<<(std::ostream& stream, const Refusal& refusal) { return stream << refusal.text; }
 };
 
 class AveragingMemory : public Averaging, public testing::WithParamInterface<Refusal> {};
@@ -363,7 +368,10 @@ INSTANTIATE_TEST_SUITE_P(EachBlock, AveragingMemory,
                                          Refusal{kAverage16, 3, kMemory}, Refusal{kSum32, 1, kMemory},
                                          Refusal{kSum32, 2, kDouble}, Refusal{kSum32, 3, kMemory},
                                          Refusal{kAverageFloat, 1, kMemory}, Refusal{kAverageFloat, 2, kDouble},
-                                         Refusal{kAverageFloat, 3, kMemory}));
+                                         Refusal{kAverageFloat, 3, kMemory}),
+                         [](const auto& row) {
+                             return Format("Format%uAllocation%d", row.param.format, row.param.allocation);
+                         });
 
 // ---- The grabber
 
@@ -432,6 +440,98 @@ TEST_F(Averaging, WithAFileOnViewTheCapacityFollowsItsSize)
     ImageHeader.ImageWidth = 0;
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 0);
     EXPECT_EQ(op.Boxes().back().caption, "Image Buffer Board Error!");
+}
+
+// ---- The store changes between two runs
+
+TEST_F(Averaging, TheFrozenFrameIsReadThroughAStoreMadeAnew)
+{
+    Freeze();
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    FreeHostFrames();
+    RawFrame = {70, 80, 90, 100};
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(counts, ElementsAre(70, 80, 90, 100));
+    EXPECT_EQ(AveragingCapacity, 3U);
+}
+
+TEST_F(Averaging, TheFrozenFrameOfAnotherSizeTakesAStoreOfThatSize)
+{
+    Freeze();
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    SetSize(2, 1);
+    RawFrame = {70, 80};
+    EXPECT_EQ(AverageFrames(std::span(counts), {}, 1, 0, 0, 1, 0, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(counts, ElementsAre(70, 80, 9, 10));
+    SetSize(0, 1);
+    EXPECT_EQ(AverageFrames(std::span(counts), {}, 1, 0, 0, 1, 0, kAverage16 | kTakeNewFrames), 0);
+    EXPECT_EQ(op.Boxes().back().caption, "Image Buffer Board Error!");
+}
+
+// Worked out with a stored picture of one pixel the capacity is four times the frames that there are.
+TEST_F(Averaging, NoFrameIsAddedTwiceWhereTheCapacityIsThatOfASmallStoredPicture)
+{
+    Freeze();
+    ViewingFile = 1;
+    ImageHeader.ImageWidth = 1;
+    ImageHeader.ImageHeight = 1;
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_EQ(AveragingCapacity, 12U);
+    ViewingFile = 0;
+    LiveVideo = 1;
+    Pictures({1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
+    EXPECT_EQ(Average(10, kSum32 | kTakeNewFrames), 1);
+    EXPECT_EQ(sums[0], 55);
+    EXPECT_EQ(captured, 10);
+}
+
+TEST_F(Averaging, WithMemoryRefusedPartWayTheFramesThatStandServe)
+{
+    FailAllocation(3);
+    AllocateHostFrames();
+    ASSERT_EQ(HostFrames.size(), 2U);
+    ASSERT_EQ(numBufFrames, 3);
+    Pictures({1, 2, 3, 4, 5});
+    EXPECT_EQ(Average(5, kSum32 | kTakeNewFrames), 1);
+    EXPECT_EQ(sums[0], 15);
+}
+
+TEST_F(Averaging, WithTheStoreTurnedOffMeanwhileItEndsWithItsBox)
+{
+    EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
+    numBufFrames = 0;
+    EXPECT_EQ(Average(4, kAverage16 | kTakeNewFrames), 0);
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "ICP-PCI frame grabber error");
+    EXPECT_EQ(op.Boxes()[0].caption, "Image Buffer Board Error!");
+}
+
+TEST_F(Averaging, ARectangleOutsideTheFrameStaysWithinItsBlocks)
+{
+    constexpr int kLow = std::numeric_limits<int>::min();
+    constexpr int kHuge = std::numeric_limits<int>::max();
+    CalType = 2;
+    OffsetList = {0, 0, 0, 0};
+    GainList = {1, 1, 1, 1};
+    std::vector<std::int16_t> block(100, -5);
+    Pictures({1000});
+    // Six columns from -2, four rows from -1: the first of the frame is the ninth value of the flat copy.
+    EXPECT_EQ(AverageFrames(std::span(block).first(24), {}, 1, -2, -1, 3, 2, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_THAT(std::vector(block.begin() + 8, block.begin() + 12), ElementsAre(1000, 1001, 1100, 1101));
+    EXPECT_EQ(std::ranges::count(block, -5), 96);
+    EXPECT_EQ(AverageFrames(std::span(block).first(1), {}, 1, 500, 500, 500, 500, kAverage16 | kTakeNewFrames), 1);
+    EXPECT_EQ(AverageFrames(std::span(block), {}, 1, kLow, kLow, kHuge, kHuge, kAverage16 | kTakeNewFrames), 0);
+    EXPECT_EQ(op.Boxes().back().text, "Unable to allocate or lock memory!");
+    EXPECT_EQ(std::ranges::count(block, -5), 96);
+}
+
+TEST_F(Averaging, ARangeOfStoredFramesBeyondAnyStoreEnds)
+{
+    Store({{1, 2, 3, 4}});
+    BufferFirstFrame = std::numeric_limits<int>::min();
+    BufferLastFrame = std::numeric_limits<int>::max();
+    EXPECT_EQ(Average(1, kAverage16 | kUseStoredFrames), 1);
+    EXPECT_THAT(counts, Each(-5)) << "no frame has such a number";
 }
 
 }  // namespace

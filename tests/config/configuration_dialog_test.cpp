@@ -259,6 +259,20 @@ TEST_F(ConfigurationDialogTest, AZoomWithoutARadioStays)
     EXPECT_EQ(Yzoom, 9);
 }
 
+TEST_F(ConfigurationDialogTest, AChosenCamerasZoomWithoutARadioStaysTheChosenOnes)
+{
+    PutKey("Camera.1", "Xzoom", "16");
+    op->Answer({Button::kNo});
+    Run([](HWND dialog) {
+        OperatePick(dialog, 1598, 0);
+        EXPECT_THAT(Checked(dialog, 1260, 1267), IsEmpty());
+        OperatePress(dialog, kIdOk);
+    });
+    EXPECT_EQ(Xzoom, 16);
+    EXPECT_EQ(Yzoom, 4);
+    EXPECT_EQ(KeyOf("Camera.1", "Xzoom"), "16");
+}
+
 TEST_F(ConfigurationDialogTest, OffsetsAndPansAreTakenFromTheirEdits)
 {
     View(2, 2, {1, 2, 3, 4});

@@ -2,6 +2,7 @@
 #include "config/settings.h"
 #include "config/settings_fixture.h"
 #include "display/display_state.h"
+#include "display/lookup_table.h"
 #include "platform/profile.h"
 #include "shell/windows.h"
 
@@ -46,12 +47,17 @@ TEST_F(ShippedDefaults, TheActiveCameraIsTheInSbViewer)
     EXPECT_EQ(ActiveConfig.Description.find("J108"), std::string::npos);
 }
 
-TEST_F(ShippedDefaults, TheDisplayShowsTheCameraWell)
+// The simulated cameras' scene runs from 21.5 degrees at the top to 26.5 degrees in the disc, good detectors within 300
+// counts of the mean; 20 degrees stands at 7500 counts, a degree is 250 and up to 290 at the warm end. The window shows
+// all of the background and the mean of the disc, and is no wider than twice that.
+TEST_F(ShippedDefaults, TheDisplayShowsTheLiveSceneWell)
 {
     ReadAll();
-    EXPECT_EQ(Contrast, 33);
-    EXPECT_EQ(Brightness, 478);
     EXPECT_EQ(ImageColor, 1230);
+    const LutWindow window = WindowOf(16383, Contrast, Brightness);
+    EXPECT_LT(window.start, 7500 + 250 * 1.5 - 300);
+    EXPECT_GT(window.end, 7500 + 250 * 6.5);
+    EXPECT_LT(window.end - window.start, 2 * (250 * 5 + 300));
 }
 
 TEST_F(ShippedDefaults, TheOtherCamerasAreDescribed)

@@ -220,7 +220,7 @@ TEST_F(Pipeline, TheSamplesBeginBehindTheFrameHeader)
     EXPECT_EQ(Shown(0, 0), kWhite);
 }
 
-TEST_F(Pipeline, RepaintingNeedsAFileOrACamera)
+TEST_F(Pipeline, RepaintingShowsTheLastPictureWithoutAFileOrACameraToo)
 {
     View(2, 2, std::vector<std::int16_t>(4, 16383));
     DrawFileOnView();
@@ -231,9 +231,11 @@ TEST_F(Pipeline, RepaintingNeedsAFileOrACamera)
     };
     EXPECT_EQ(repainted(), kWhite);
     ViewingFile = 0;
-    EXPECT_EQ(repainted(), kBackground);
+    EXPECT_EQ(repainted(), kWhite);
     CameraOn = 1;
     EXPECT_EQ(repainted(), kWhite);
+    FrameBitmap = {};
+    EXPECT_EQ(repainted(), kBackground);
 }
 
 TEST_F(Pipeline, AZoomOfZeroOrBeyondAllBoundsEndsWell)

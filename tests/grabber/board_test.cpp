@@ -8,6 +8,8 @@
 #include "grabber/host_frames.h"
 #include "grabber/recording_board.h"
 #include "platform/memory.h"
+#include "platform/profile.h"
+#include "platform/text.h"
 #include "shell/windows.h"
 
 #include <gmock/gmock.h>
@@ -357,6 +359,7 @@ TEST_F(FrameSize, AChangeDropsWhatHasTheOldSize)
     DecomList.assign(64, 1);
     GainList.assign(64, 1);
     CalType = 2;
+    HostFrameBytes = 256;
     AveragingCapacity = 17;
 
     SetSize(4, 4);
@@ -367,6 +370,7 @@ TEST_F(FrameSize, AChangeDropsWhatHasTheOldSize)
     EXPECT_THAT(GainList, IsEmpty());
     EXPECT_EQ(CalType, 0);
     EXPECT_THAT(HostFrames, IsEmpty());
+    EXPECT_EQ(HostFrameBytes, 0);
     EXPECT_EQ(AveragingCapacity, 0U);
     EXPECT_FALSE(std::filesystem::exists(directory / "DECOM.TMP"));
     EXPECT_THAT(recordingBoard.asked, IsEmpty()) << "the board isn't open";
@@ -385,6 +389,68 @@ TEST_F(FrameSize, WithTheBoardOpenItsFrameIsMadeAgainAndLiveVideoGoesOn)
     EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_EQ(LiveFrame.size(), 160U);
     EXPECT_EQ(LiveFrame[41], 1101);
+}
+
+class ActiveSection : public BoardTest {
+  protected:
+    void PutSection(const std::string& keys)
+    {
+        PutFile(CameraFilePath, "[Camera.2]\n" + keys);
+        ForgetProfile(CameraFilePath);
+    }
+    void MakeHostFrames(int frames)
+    {
+        PutFile(IniFilePath, Format("[Camera.2]\nMaxNumFramesToAllocate=%d\n", frames));
+        numBufFrames = 8;
+        AllocateHostFrames();
+        ASSERT_EQ(numBufFrames, frames);
+    }
+};
+
+TEST_F(ActiveSection, WithAnotherSizeTheBoardAndTheListsFollow)
+{
+    GoLive(8, 8);
+    MakeHostFrames(2);
+    OffsetList.assign(64, 1);
+    PutSection("Hroi=4\nVroi=2\n");
+    ReadActiveSection();
+    EXPECT_THAT(OffsetList, IsEmpty());
+    EXPECT_THAT(HostFrames, IsEmpty());
+    EXPECT_THAT(recordingBoard.asked, Contains("icp_create_frame 11 32 2 16 0"));
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_THAT(LiveFrame, ElementsAre(1000, 1001, 1002, 1003, 1100, 1101, 1102, 1103));
+}
+
+TEST_F(ActiveSection, AFirstReadingDropsNothing)
+{
+    PutFile(directory / "DECOM.TMP", "kept");
+    SetSize(0, 0);
+    PutSection("Hroi=4\nVroi=2\nnumBufFrames=5\n");
+    ReadActiveSection();
+    EXPECT_EQ(ActiveConfig.Hroi, 4);
+    EXPECT_EQ(numBufFrames, 5);
+    EXPECT_TRUE(std::filesystem::exists(directory / "DECOM.TMP"));
+}
+
+TEST_F(ActiveSection, HostFramesThatStandStayCounted)
+{
+    SetSize(4, 2);
+    MakeHostFrames(3);
+    PutSection("Hroi=4\nVroi=2\nnumBufFrames=8\n");
+    ReadActiveSection();
+    EXPECT_EQ(numBufFrames, 3);
+    EXPECT_EQ(AllocateHostFrames(), 3 * 16);
+}
+
+TEST_F(ActiveSection, ThatWantsNoHostFramesFreesThem)
+{
+    SetSize(4, 2);
+    MakeHostFrames(3);
+    PutSection("Hroi=4\nVroi=2\nnumBufFrames=0\n");
+    ReadActiveSection();
+    EXPECT_EQ(numBufFrames, 0);
+    EXPECT_EQ(HostFramesAllocated, 0);
+    EXPECT_THAT(HostFrames, IsEmpty());
 }
 
 }  // namespace

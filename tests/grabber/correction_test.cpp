@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cfenv>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -406,6 +407,61 @@ TEST(Correction, ExtremesOfDataOffsetAreAsDefined)
             }
         }
     });
+}
+
+// Offsets as a camera has them leave room for DataOffset; those at the limits of 16 bits don't.
+TEST(Correction, ADataOffsetThatFitsBesideTheOffsetsIsAsDefined)
+{
+    OnEachTarget([] {
+        std::mt19937 random(18);
+        const Image image{100, 6};
+        const Indices decom = Ordered(image, Interleaved<4>);
+        for (const std::int32_t dataOffset : {1, -1, 1000, -1000, 32268, 32269, -32267, -32268, -32269}) {
+            SCOPED_TRACE(dataOffset);
+            Case made = RandomCase(2, dataOffset, decom, Gains::kAny, random);
+            for (std::int16_t& offset : made.offset) offset = static_cast<std::int16_t>(random() % 1001 - 500);
+            made.offset.front() = 500;
+            made.offset.back() = -500;
+            ExpectAsDefined(made, image.width);
+        }
+    });
+}
+
+// A rejected detector has gain 0 and may stand in any row.
+TEST(CorrectionPlan, OnlyGainsBetweenTheLimitsAreDividedInDouble)
+{
+    const auto inDouble = [](float gain) {
+        const CorrectionPlanPtr plan = NewCorrectionPlan({2, 0, Indices{0}, Counts{0}, std::vector<float>{gain}}, 1, 1);
+        return plan->rows.at(0).inDouble;
+    };
+    for (const float gain : {0.0F, -0.0F, 1.0F, -1.0F, 0x1p-8F, 0x1p-31F, 0x1p-149F, kInfinity, kNotANumber}) {
+        EXPECT_FALSE(inDouble(gain)) << gain;
+    }
+    for (const float gain : {0x1.fffffep-9F, -0x1.fffffep-9F, 0x1.000002p-31F, -0x1p-16F}) {
+        EXPECT_TRUE(inDouble(gain)) << gain;
+    }
+}
+
+TEST(Correction, TheCallersRoundingComesBackAndDoesntMatter)
+{
+    for (const int direction : {FE_TONEAREST, FE_UPWARD, FE_TOWARDZERO}) {
+        OnEachTarget([&] {
+            std::mt19937 random(19);
+            const Image image{100, 6};
+            const Indices decom = Ordered(image, InOrder);
+            const Case made = RandomCase(2, 0, decom, Gains::kAny, random);
+            Counts expected(decom.size());
+            CorrectByDefinition(made.Lists(), made.raw, expected);
+            const CorrectionPlanPtr plan = NewCorrectionPlan(made.Lists(), image.width, made.raw.size());
+            Counts frame(decom.size());
+            std::fesetround(direction);
+            CorrectFrame(*plan, made.raw, frame);
+            const int after = std::fegetround();
+            std::fesetround(FE_TONEAREST);
+            EXPECT_EQ(after, direction);
+            EXPECT_EQ(frame, expected);
+        });
+    }
 }
 
 // For each gain the counts just around every whole quotient: there a single precision quotient rounds up to the whole

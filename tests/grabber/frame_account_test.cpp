@@ -107,6 +107,33 @@ TEST_F(Account, RatesAreOfAboutTheLastSecond)
     EXPECT_NEAR(CurrentFrameAccount().shownHz, 50, 0.01);
 }
 
+TEST_F(Account, RatesEndWithLiveVideo)
+{
+    for (int i = 0; i < 101; ++i) Read();
+    AdvanceVirtualClock(1'900'000);
+    EXPECT_NEAR(CurrentFrameAccount().deliveredHz, 100, 0.01);
+    AdvanceVirtualClock(200'000);
+    EXPECT_EQ(CurrentFrameAccount().deliveredHz, 0);
+    EXPECT_EQ(CurrentFrameAccount().shownHz, 0);
+    // The pause is no part of the rate afterwards.
+    for (int i = 0; i < 103; ++i) Read();
+    EXPECT_NEAR(CurrentFrameAccount().deliveredHz, 100, 0.01);
+}
+
+// Each step of zoom or pan starts the grab again.
+TEST_F(Account, RatesGoOnWhileTheGrabStartsAgain)
+{
+    for (int i = 0; i < 300; ++i) {
+        if (i % 20 == 0) {
+            recordingBoard.frameCount = 0;
+            AccountGrabStarted();
+        }
+        Read();
+    }
+    EXPECT_NEAR(CurrentFrameAccount().deliveredHz, 100, 0.01);
+    EXPECT_NEAR(CurrentFrameAccount().shownHz, 100, 0.01);
+}
+
 TEST_F(Account, ClearingBeginsAnew)
 {
     Read();

@@ -1,5 +1,6 @@
 #include "grabber/host_frames.h"
 
+#include "acquire/buffer_state.h"
 #include "config/camera_config.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
@@ -111,6 +112,15 @@ TEST_F(HostFrameMemory, WithLessThanTenFramesOfMemoryTheNextLimitHolds)
     EXPECT_EQ(AllocateHostFrames(), 3 * kBytes);
 }
 
+TEST_F(HostFrameMemory, AFrameBeyondTheMemoryThatMayBeTakenIsRefused)
+{
+    LimitMemory(kBytes - 1);
+    EXPECT_EQ(AllocateHostFrames(), 0);
+    EXPECT_THAT(HostFrames, IsEmpty());
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "Unable to allocate all of RAM memory requested!");
+}
+
 TEST_F(HostFrameMemory, ALimitOfNoneCountsNone)
 {
     LimitFrames(0);
@@ -180,6 +190,39 @@ TEST_F(HostFrameMemory, FreeingNothingKeepsTheColourMap)
     SetColorMap(1230);
     FreeHostFrames();
     EXPECT_EQ(ColorMap.size(), 768U);
+}
+
+TEST_F(HostFrameMemory, FramesOfAnotherSizeAreMadeAgain)
+{
+    LimitFrames(2);
+    AllocateHostFrames();
+    SetSize(kColumns, kRows + 1);
+    EXPECT_EQ(AllocateHostFrames(), 2 * 24);
+    EXPECT_EQ(HostFrames.at(0).size(), 12U);
+
+    SetSize(kColumns + 1, kRows);
+    Open();
+    EXPECT_EQ(CaptureToHostFrames(2, 0), 2);
+    EXPECT_THAT(HostFrames.at(1), ElementsAre(1000, 1001, 1002, 1003, 1004, 1100, 1101, 1102, 1103, 1104));
+
+    SetSize(1, 1);
+    std::vector<std::int16_t> one = {-9};
+    EXPECT_EQ(ReadHostFrameRect(one, 0, 0, 0, 0, 0, 0), 1);
+    EXPECT_THAT(one, ElementsAre(0)) << "the new frame, not one of the old size";
+
+    SetSize(0, 5);
+    EXPECT_EQ(CaptureToHostFrames(2, 0), 0);
+    EXPECT_THAT(HostFrames, IsEmpty());
+}
+
+TEST_F(HostFrameMemory, FreedTheStoreHasNoCapacity)
+{
+    LimitFrames(2);
+    HostFrameBytes = AllocateHostFrames();
+    AveragingCapacity = 2;
+    FreeHostFrames();
+    EXPECT_EQ(HostFrameBytes, 0);
+    EXPECT_EQ(AveragingCapacity, 0U);
 }
 
 class HostFrameCapture : public HostFrameMemory {
@@ -291,6 +334,12 @@ TEST_F(HostFrameRead, WhatLiesOutsideEitherBlockIsLeftOut)
     constexpr int kHuge = std::numeric_limits<int>::max();
     EXPECT_EQ(ReadHostFrameRect(out, -kHuge, kHuge, -5, -5, kHuge, 1), 1);
     EXPECT_EQ(ReadHostFrameRect({}, 0, 3, 0, 0, 1, 1), 1);
+    constexpr int kLow = std::numeric_limits<int>::min();
+    out.assign(4, -9);
+    EXPECT_EQ(ReadHostFrameRect(out, 1, 3, kLow, kLow, kHuge, kHuge), 1);
+    EXPECT_EQ(ReadHostFrameRect(out, 0, 3, kHuge, kHuge, kHuge, kHuge), 1);
+    EXPECT_EQ(ReadHostFrameRect(out, 0, 0, 1, 1, -1, -1), 1) << "back to front in both ways";
+    EXPECT_THAT(out, Each(-9));
 }
 
 TEST_F(HostFrameRead, TheNextFrameCanBeSetBack)

@@ -338,6 +338,24 @@ TEST_F(Freezing, ResumingLeavesTheStoredFile)
                 ElementsAre("icp_grab 11 5", "priority 1", "icp_wait_vb 11 5", "icp_read_area 11 5 0 0 4 2"));
 }
 
+// At contrast 1 and brightness 1000 the table rises over the whole range: 100 of 16382 counts are 1.56 of 255 grays.
+TEST_F(Freezing, ResumingTheTableIsThatOfTheLiveRangeAgain)
+{
+    ImageHeader = PlainHeader(3, 1);
+    ImageHeader.HeaderVersion = 4;
+    ImageHeader.DisplayLow = 0;
+    ImageHeader.DisplayHigh = 100;
+    ImageBuffer.assign(6, 0);
+    ViewingFile = 1;
+    BuildDisplayLut(1, 1000);
+    ASSERT_EQ(DisplayLut.at(100), 255) << "the file's range ends here";
+    ToggleFreeze(LiveVideo);
+    EXPECT_EQ(DisplayLut.at(100), 1);
+    EXPECT_EQ(DisplayLut.at(16383), 255);
+    EXPECT_EQ(Contrast, 1);
+    EXPECT_EQ(Brightness, 1000);
+}
+
 TEST_F(Freezing, AChangeOfGeometryRestartsTheGrab)
 {
     ToggleFreeze(LiveVideo);

@@ -101,6 +101,14 @@ TEST_F(ActiveLists, ASourceThatIsTooShortIsTold)
     EXPECT_THAT(OffsetList, IsEmpty());
 }
 
+TEST_F(ActiveLists, ASourceThatIsTooShortKeepsTheListThatStands)
+{
+    LoadActiveList(8, Bytes<std::uint32_t>({5, 4, 3, 2, 1, 0}));
+    ActiveConfig.Vroi = 3;
+    EXPECT_EQ(LoadActiveList(8, Bytes(std::vector<std::uint32_t>(8, 2))), 0);
+    EXPECT_THAT(DecomList, ElementsAre(5U, 4U, 3U, 2U, 1U, 0U));
+}
+
 TEST_F(ActiveLists, OtherTypesAreRefused)
 {
     for (const std::int32_t type : {0, 3, 4, -1}) {

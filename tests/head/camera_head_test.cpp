@@ -17,6 +17,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <string>
 #include <utility>
 
 namespace kelvo {
@@ -212,6 +214,15 @@ TEST_F(Identification, APortWithoutAHeadIsNoFailureToTell)
     nCommPort = 0;  // stands for port 2
     EXPECT_EQ(IdentifyCameraHead(), 0);
     EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(Identification, APortThatTheMachineDoesntHaveIsTold)
+{
+    nCommPort = 77;
+    EXPECT_EQ(IdentifyCameraHead(), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(2));
+    EXPECT_EQ(op->Boxes()[0].text, "OpenXComm, Error number " + std::to_string(ENODEV));
+    EXPECT_EQ(op->Boxes()[1].text, "Error opening rs232 communications!  Check port, baud rate, etc.");
 }
 
 TEST_F(Identification, APortThatDoesntOpenGivesTheLinksBoxesOnly)

@@ -6,6 +6,7 @@
 #include "platform/faults.h"
 #include "platform/pointer.h"
 #include "platform/serial.h"
+#include "shell/status.h"
 #include "shell/windows.h"
 #include "support/operator.h"
 #include "support/pseudo_terminal.h"
@@ -240,6 +241,16 @@ TEST_F(CommLink, AMissingPortIsToldWithTheSystemsNumber)
     PutFile(directory / "platform.ini", "[Ports]\nCOM2=" + (directory / "gone") + "\n");
     EXPECT_EQ(OpenCommLink(), 0);
     EXPECT_EQ(op.Boxes().at(0).text, "OpenXComm, Error number 2");
+}
+
+TEST_F(CommLink, WhyAPortDoesNotOpenStandsInTheStatusLine)
+{
+    PutFile(directory / "file", "");
+    PutFile(directory / "platform.ini", "[Ports]\nCOM2=" + (directory / "file") + "\n");
+    EXPECT_EQ(OpenCommLink(), 0);
+    EXPECT_EQ(op.Boxes().at(0).text, "OpenXComm, Error number 25");
+    EXPECT_EQ(StatusText, "COM2: The device is no serial port");
+    EXPECT_EQ(StatusAlign, 0);
 }
 
 TEST_F(CommLink, ABusyPortIsToldWithTheSystemsNumber)
@@ -482,6 +493,19 @@ TEST_F(CommLink, OtherSectionsOfTheLogFileStay)
     CommFrame frame = {0x20, 0, 0, 0};
     WriteCommFrame(frame, 4);
     EXPECT_EQ(Log(), "; mine\n[Notes]\na=1\n[After]\nb=2\n");
+}
+
+// A profile file has its limit; what lies beyond it moves aside whole, and the new log begins.
+TEST_F(CommLink, ALogThatIsTooLongToReadMovesAsideToo)
+{
+    EnableLog();
+    const std::string old = "[CommLog]\n" + std::string(std::size_t{17} << 20, ';');
+    PutFile(directory / "CommLog.txt", old);
+    Open();
+    CommFrame frame = {0x20, 0, 0, 0};
+    WriteCommFrame(frame, 4);
+    EXPECT_TRUE(PreviousLog() == old);
+    EXPECT_EQ(Log(), "[CommLog]\nWrite000=20 00 00 00 OK\n");
 }
 
 TEST_F(CommLink, WithoutAnEarlierLogNoneIsMadeUnlessAskedFor)

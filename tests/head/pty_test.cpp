@@ -282,6 +282,23 @@ TEST_F(LinkOverTerminal, AfterUnpluggingWritesAreLoggedBadAndTheLinkCloses)
     EXPECT_THAT(op.Boxes(), SizeIs(2));
 }
 
+// Each client opens the link if it isn't open: one that stayed open to a device that has gone would never be opened
+// again.
+TEST_F(LinkOverTerminal, AHeadThatIsPluggedInAgainIsReached)
+{
+    auto program = OpenTo("");
+    CommPortOpen = 1;
+    CommEchoMode = 1;
+    program->Kill();
+    CommFrame frame = {0x80, 3, 0, 0};
+    EXPECT_EQ(WriteCommFrame(frame, 4), 0);
+    EXPECT_EQ(CommState, -1);
+    EXPECT_EQ(CommPortOpen, 0);
+    program = OpenTo("");
+    EXPECT_EQ(WriteCommFrame(frame, 4), 1);
+    EXPECT_THAT(op.Boxes(), IsEmpty());
+}
+
 // --- A terminal whose far end is the test ---------------------------------------------------------------------------
 
 TEST_F(LinkOverTerminal, AReplyThatDribblesInIsPutTogether)

@@ -124,12 +124,55 @@ TEST_F(TurningOn, AHeadThatFailsLeavesTheCameraOff)
     EXPECT_EQ(LiveVideo, 0);
 }
 
+// The section is read at each turn-on: what was made for the frames of an earlier one goes, as after a change of
+// camera.
+TEST_F(TurningOn, AFrameSizeThatChangedInTheFileDropsTheListsOfTheOldOne)
+{
+    ActiveConfig.Hroi = 640;
+    ActiveConfig.Vroi = 512;
+    DecomList.assign(640 * 512, 7);
+    GainList.assign(640 * 512, 1.0F);
+    PutFile(DefaultDir + "/DECOM.TMP", "of 640 x 512");
+    EXPECT_EQ(TurnCameraOn("", 1), 1);
+    EXPECT_EQ(ActiveConfig.Hroi, 320);
+    EXPECT_THAT(GainList, IsEmpty());
+    EXPECT_THAT(DecomList, IsEmpty());
+    EXPECT_FALSE(FileExists(DefaultDir + "/DECOM.TMP"));
+    EXPECT_THAT(RawFrame, SizeIs(320 * 256));
+}
+
+TEST_F(TurningOn, APortThatChangedInTheFileIsTheOneThatIsAsked)
+{
+    TurnCameraOn("", 1);
+    head->Taken();
+    ASSERT_EQ(CommPortOpen, 1);
+    WritePrivateProfileString("Camera.2", "nCommPort", "5", CameraFilePath);
+    EXPECT_EQ(TurnCameraOn("", 1), 0) << "no head is wired to that port";
+    EXPECT_THAT(head->Taken(), IsEmpty()) << "the old one hears nothing";
+    EXPECT_EQ(CommPortOpen, 0);
+}
+
 TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
 {
     SetBoardConfigurationResult(-1);
     EXPECT_EQ(TurnCameraOn("", 1), 1);
     EXPECT_EQ(CameraOn, 1);
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("grab"));
+}
+
+TEST_F(TurningOn, ASectionWhoseSizeChangedOnDiskTakesNothingOfTheOldSizeAlong)
+{
+    ActiveConfig.Hroi = 8;
+    ActiveConfig.Vroi = 8;
+    OffsetList.assign(64, 1);
+    GainList.assign(64, 1);
+    DecomList.assign(64, 0);
+    ASSERT_EQ(TurnCameraOn("", 1), 1);
+    ASSERT_NE(ActiveConfig.Hroi, 8) << "as the section says";
+    EXPECT_THAT(OffsetList, IsEmpty());
+    EXPECT_THAT(GainList, IsEmpty());
+    EXPECT_THAT(DecomList, IsEmpty());
+    EXPECT_THAT(RawFrame, SizeIs(static_cast<std::size_t>(ActiveConfig.Hroi * ActiveConfig.Vroi)));
 }
 
 TEST_F(TurningOn, ACalibrationThatIsThereIsLoaded)

@@ -86,6 +86,17 @@ TEST_F(CoefficientView, ShowsOffsetsAsTheyStand)
     EXPECT_EQ(DisplayUnit, 19);
 }
 
+TEST_F(CoefficientView, AListTakesThePlaceOfLiveVideo)
+{
+    CameraOn = 1;
+    LiveVideo = 1;
+    LiveFrame = {1, 2, 3, 4};
+    EXPECT_EQ(ViewCoefficientFile(List<std::int16_t>("c.off", {-5, 0, 7, 300})), 1);
+    EXPECT_EQ(LiveVideo, 0);
+    EXPECT_EQ(ViewingFile, 1);
+    EXPECT_THAT(Pixels(), ElementsAre(-5, 0, 7, 300));
+}
+
 TEST_F(CoefficientView, ATableOfEqualEntriesSpansAHundred)
 {
     PutFile(CameraFilePath, "[Camera.1]\nHtotal=2\nVtotal=1\n");

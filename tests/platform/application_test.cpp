@@ -5,7 +5,11 @@
 #include "window_fixture.h"
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QLineEdit>
 #include <QPalette>
+#include <QRadioButton>
+#include <QSpinBox>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -166,6 +170,34 @@ void ExpectReadable(Theme theme)
     EXPECT_GE(Contrast(color(QPalette::Link), color(QPalette::Base)), 4.5);
     EXPECT_GE(Contrast(palette.color(QPalette::Disabled, QPalette::Text), color(QPalette::Window)), 3);
     EXPECT_EQ(DarkTheme(), theme == Theme::kDark);
+}
+
+// The outline of an empty control stands out from the window; 3 to 1 is what the same guidelines ask for.
+void ExpectOutlined(QWidget& control)
+{
+    control.resize(control.sizeHint());
+    const QImage picture = control.grab().toImage();
+    const QColor window = control.palette().color(QPalette::Window);
+    double best = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) best = std::max(best, Contrast(picture.pixelColor(x, y), window));
+    }
+    EXPECT_GE(best, 2.9) << control.metaObject()->className();
+}
+
+TEST(Theme, DarkOutlinesItsControls)
+{
+    TestOperator op(OffscreenAt(2, Theme::kDark));
+    QRadioButton radio;
+    ExpectOutlined(radio);
+    QCheckBox box;
+    ExpectOutlined(box);
+    QLineEdit edit;
+    ExpectOutlined(edit);
+    QSpinBox spin;
+    spin.setSpecialValueText(QStringLiteral(" "));
+    spin.setButtonSymbols(QAbstractSpinBox::NoButtons);
+    ExpectOutlined(spin);
 }
 
 TEST(Theme, LightIsReadable)

@@ -9,6 +9,7 @@
 #include "window_fixture.h"
 
 #include <QCoreApplication>
+#include <QScrollBar>
 #include <QWheelEvent>
 
 #include <gmock/gmock.h>
@@ -420,6 +421,42 @@ TEST(Scrolling, StaysInSurfaceCoordinatesForTheWindow)
     FillSurface(window, {400, 300, 5000, 4000}, kGreen);
     EXPECT_NE(ScreenColor({200, 39}), kGreen);
     EXPECT_EQ(ScreenColor({200, 40}), kGreen);
+}
+
+class PaintCounter : public QObject {
+  public:
+    int paints = 0;
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        paints += event->type() == QEvent::Paint;
+        return false;
+    }
+};
+
+// Live video paints beneath the bars with every frame; drawing them costs more than the picture.
+TEST(Scrolling, APictureBeneathDoesntDrawTheBarsAgain)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    const Rect client = GetClientRect(window);
+    SetScrollExtent(window, {5000, 4000}, 40, 20);
+    QCoreApplication::processEvents();
+    PaintCounter counter;
+    const QList<QScrollBar*> bars = window->widget->findChildren<QScrollBar*>();
+    ASSERT_EQ(bars.size(), 2);
+    for (QScrollBar* bar : bars) bar->installEventFilter(&counter);
+
+    const std::uint8_t pixel = 0;
+    const std::uint32_t color = 0x00FF0000;
+    ASSERT_TRUE(StretchPixels(window, {0, 40, 5000, 4000}, {&pixel, 1, 1, 1, &color}));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(counter.paints, 0);
+    const std::uint32_t onBar = ScreenColor({client.right - 3, 200});
+    EXPECT_NE(onBar, ScreenColor({200, 200}));  // the picture is there, and not on the bar
+
+    ASSERT_TRUE(ScrollPictureTo(window, {400, 300}));
+    QCoreApplication::processEvents();
+    EXPECT_GT(counter.paints, 0);
 }
 
 TEST(Scrolling, EndsWhenThePictureShrinks)

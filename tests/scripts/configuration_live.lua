@@ -41,6 +41,10 @@ local function restart(index, columns, rows)
   frames(20)
   assert(raw(columns * rows - 1), "the raw frame has the camera's size")
   check.eq(raw(columns * rows), nil)
+  check.eq({ state("FramePitch"), state("FrameRows"), state("DataOffset") }, { math.ceil(columns / 32) * 32, rows, 0 })
+  check.eq({ state("HostFramesAllocated"), state("HostFrameNext"), state("PeriodicUpdates") }, { 1, 0, 1 })
+  assert(state("numBufFrames") >= 8, "frames counted, not the section's wish")
+  check.eq({ state("HostFrameBytes"), state("AveragingCapacity") }, { 0, 0 }, "worked out by the first averaging")
 end
 
 turn_on()

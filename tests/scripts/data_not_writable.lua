@@ -6,6 +6,9 @@ check.holds(box().text, "These files of Kelvo couldn't be made:\n\n")
 check.holds(box().text, "/taken/data")
 answer("ok")
 check.seen("beep", { sound = "exclamation" })  -- no start picture
+check.holds(box().text, "OpenXComm, Error number ")  -- nothing is known of the machine's ports
+answer("ok")
+check.answer_box("Error opening rs232 communications!  Check port, baud rate, etc.", "ok", "Comm Error")
 check.answer_box("Initialize Hardware Failure", "ok", "Kelvo message")
 check.eq(state("Hroi"), 125)
 check.eq(state("DisplayHigh"), 8193)

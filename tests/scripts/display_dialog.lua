@@ -4,7 +4,7 @@ local check = require "check"
 local files = require "files"
 answer("ok")
 local dir = datadir()
-drop(files.image(dir .. "/a.img", { width = 30, height = 20 }, 1, function(_, x, y) return 7900 + 2 * x + y end))
+drop(files.image(dir .. "/a.img", { width = 30, height = 20 }, 1, function(_, x, y) return 8000 + 20 * x + y end))
 local ini = dir .. "/kelvo.ini"
 local contrast, brightness = state("Contrast"), state("Brightness")
 

@@ -8,6 +8,7 @@ for _, name in ipairs {
   check.eq(readfile("first-light/" .. name .. ".png"):sub(2, 4), "PNG", name)
 end
 check.eq(state("FramesLost"), 0)
+check.seen("box", { text = "\nDo you wish to exit?" })
 
 -- The log holds the identification, the first transaction of a turn-on and the clocks going off.
 local log = readfile(datadir() .. "/CommLog.txt")

@@ -206,6 +206,22 @@ TEST_F(SaturationOverlay, ARepaintKeepsTheMarksOfTheFrameOnTheScreen)
     EXPECT_EQ(Screen().pixels, marked.pixels);
 }
 
+// A camera that is off leaves its last picture standing, and the switch acts on it.
+TEST_F(SaturationOverlay, ItsSwitchActsOnThePictureOfACameraThatIsOff)
+{
+    CameraOn = 1;
+    DrawFrame(LiveFrame);
+    const DeviceBitmap plain = Screen();
+    ToggleSaturationOverlay();
+    const DeviceBitmap marked = Screen();
+    ASSERT_NE(marked.pixels, plain.pixels);
+    CameraOn = 0;
+    ToggleSaturationOverlay();
+    EXPECT_EQ(Screen().pixels, plain.pixels);
+    ToggleSaturationOverlay();
+    EXPECT_EQ(Screen().pixels, marked.pixels);
+}
+
 TEST_F(SaturationOverlay, NeverTouchesThePictureItself)
 {
     CameraOn = 1;

@@ -4,6 +4,7 @@
 #include "platform/clock.h"
 #include "platform/dialog_fixture.h"
 #include "platform/faults.h"
+#include "platform/help.h"
 #include "platform/qt_dialog.h"
 #include "resources/dialog_ids.h"
 #include "shell/windows.h"
@@ -64,6 +65,16 @@ class Bench : public DialogFixture {
         }
     }
 
+    // Three frames of 16 x 8 samples of two bytes.
+    void LoadRecording()
+    {
+        PutFile(directory / "walk.raw", std::string(768, '\1'));
+        ASSERT_TRUE(OperateText(hDlgBench, kBenchColumns, "16"));
+        ASSERT_TRUE(OperateText(hDlgBench, kBenchRows, "8"));
+        op->Do([this] { EXPECT_TRUE(ChooseFiles({directory / "walk.raw"})); });
+        ASSERT_TRUE(OperatePress(hDlgBench, kBenchLoad));
+    }
+
     static std::string Text(int id) { return GetDlgItemText(hDlgBench, id); }
 
     TempDirectory directory;
@@ -106,6 +117,7 @@ TEST_F(Bench, OpensWithWhatStandsInFront)
 TEST_F(Bench, EachButtonPutsItsSourceInFront)
 {
     Open();
+    LoadRecording();
     const std::pair<int, SimSource> buttons[] = {{kBenchLow, SimSource::kLow},
                                                  {kBenchHigh, SimSource::kHigh},
                                                  {kBenchRaw, SimSource::kRaw},
@@ -172,15 +184,35 @@ TEST_F(Bench, TruthTellsOfADetectorOnTheArrayOnly)
     EXPECT_THAT(BenchTruth(-1, 0), IsEmpty());
 }
 
+TEST_F(Bench, RecordedFramesCanBeChosenOnceThereAreSome)
+{
+    Open();
+    EXPECT_EQ(Text(kBenchFile), "Nothing is loaded yet.");
+    EXPECT_FALSE(DlgItemEnabled(hDlgBench, kBenchRaw));
+    EXPECT_EQ(PutBenchSource("raw", std::nullopt), "no recorded frames are loaded");
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
+    LoadRecording();
+    EXPECT_TRUE(DlgItemEnabled(hDlgBench, kBenchRaw));
+    EXPECT_EQ(PutBenchSource("low", std::nullopt), "");
+    EXPECT_EQ(PutBenchSource("raw", std::nullopt), "");
+    // The frames belong to the camera, not to the window.
+    CloseBenchWindow();
+    OpenBenchWindow(mainWindow);
+    EXPECT_EQ(Text(kBenchFile), "walk.raw");
+    EXPECT_TRUE(IsDlgButtonChecked(hDlgBench, kBenchRaw));
+}
+
+TEST_F(Bench, HelpShowsItsPage)
+{
+    Open();
+    ASSERT_TRUE(OperatePress(hDlgBench, kIdHelp));
+    EXPECT_EQ(CurrentHelpContext(), kHelpBench);
+}
+
 TEST_F(Bench, RecordedFramesComeFromAFile)
 {
     Open();
-    // Three frames of 16 x 8 samples of two bytes.
-    PutFile(directory / "walk.raw", std::string(768, '\1'));
-    ASSERT_TRUE(OperateText(hDlgBench, kBenchColumns, "16"));
-    ASSERT_TRUE(OperateText(hDlgBench, kBenchRows, "8"));
-    op->Do([this] { EXPECT_TRUE(ChooseFiles({directory / "walk.raw"})); });
-    ASSERT_TRUE(OperatePress(hDlgBench, kBenchLoad));
+    LoadRecording();
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kRaw);
     EXPECT_TRUE(IsDlgButtonChecked(hDlgBench, kBenchRaw));
     EXPECT_EQ(Text(kBenchFile), "walk.raw");
@@ -198,7 +230,7 @@ TEST_F(Bench, AFileThatHoldsNoFramesIsToldAndChangesNothing)
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_THAT(op->Boxes()[0].text, HasSubstr("Unable to load the recorded frames\n"));
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
-    EXPECT_EQ(Text(kBenchFile), "");
+    EXPECT_EQ(Text(kBenchFile), "Nothing is loaded yet.");
 }
 
 TEST_F(Bench, ACancelledSelectionChangesNothing)
@@ -263,7 +295,8 @@ TEST_F(Bench, ReturnInATemperatureKeepsTheWindowOpenAndEscapeClosesIt)
 TEST_F(Bench, TheKeyboardGoesThroughFromTopToBottom)
 {
     Open();
-    const int order[] = {kBenchLowDegrees, kBenchHighDegrees, kBenchLoad, kBenchColumns, kBenchRows, kIdCancel};
+    const int order[] = {kBenchLowDegrees, kBenchHighDegrees, kBenchLoad, kBenchColumns,
+                         kBenchRows,       kIdCancel,         kIdHelp};
     QWidget* widget = ControlOf(hDlgBench, kBenchLow);
     std::size_t reached = 0;
     for (QWidget* next = widget->nextInFocusChain(); next != widget; next = next->nextInFocusChain()) {

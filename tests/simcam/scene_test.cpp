@@ -162,7 +162,8 @@ TEST_F(SimRawScene, TheSizeComesFromTheCallTheSettingsOrTheName)
     PutRaw("fire_8x4.raw");
     EXPECT_THAT(LoadSimRawFrames(*camera, directory / "fire_8x4.raw", 0, 0), IsEmpty());
     PutRaw("plain.raw");
-    EXPECT_THAT(LoadSimRawFrames(*camera, directory / "plain.raw", 0, 0), HasSubstr("from 1 to 4096"));
+    EXPECT_THAT(LoadSimRawFrames(*camera, directory / "plain.raw", 0, 0), HasSubstr("name doesn't tell the size"));
+    EXPECT_THAT(LoadSimRawFrames(*camera, directory / "plain.raw", 8, 0), HasSubstr("from 1 to 4096"));
     PutCopyWith("insb320.cnf", "sized.cnf", "RawColumns=8");
     PutCopyWith("sized.cnf", "sized.cnf", "RawRows=4");
     PutCopyWith("sized.cnf", "sized.cnf", "RawFile=plain.raw");

@@ -89,6 +89,7 @@ TEST_F(SimCameraFile, ChoicesAndListsAreChecked)
     EXPECT_THAT(ErrorWith("Model=CCD"), HasSubstr("It has to be one of: InSb, HgCdTe."));
     EXPECT_THAT(ErrorWith("Answer=maybe"), HasSubstr("one of: normal, silent, refuses, short, noise."));
     EXPECT_THAT(ErrorWith("Source=sun"), HasSubstr("one of: low, high, scene, raw."));
+    EXPECT_THAT(ErrorWith("Source=raw"), HasSubstr("names no frames"));
     for (const char* line : {"VoltsPerCountVsGain=1,2", "VoltsPerCountVsGain=0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0",
                              "VoltsPerCountVsGain=1,1,1,1,1,1,1,1,1,1,1,1,1,1,1,1,1",
                              "VoltsPerCountVsGain=1,1,1,x,1,1,1,1,1,1,1,1,1,1,1,1"}) {
