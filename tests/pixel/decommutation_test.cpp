@@ -85,7 +85,8 @@ Channel LinePairs(std::uint32_t rows, std::uint32_t columns)
     return raw;
 }
 
-// 256 lines: at each moment one column, line 127 first, then 128, 126, 129, ...; a line starts (line mod 4) columns late.
+// 256 lines: at each moment one column, line 127 first, then 128, 126, 129, ...; a line starts (line mod 4) columns
+// late.
 Channel FromTheMiddle(std::uint32_t columns)
 {
     Channel raw;
@@ -484,8 +485,8 @@ TEST_F(LoadedTable, WithoutMemoryIsTold)
     PutTable({3, 2, 1, 0}, 16);
     FailAllocation(1);
     EXPECT_EQ(LoadDecomList(Camera(2, 2, 2)), std::nullopt);
-    EXPECT_THAT(BoxesShown(), ElementsAre(ShownBox{.caption = "Kelvo message",
-                                                   .text = "Failure to allocate Decommutation memory!"}));
+    EXPECT_THAT(BoxesShown(),
+                ElementsAre(ShownBox{.caption = "Kelvo message", .text = "Failure to allocate Decommutation memory!"}));
 }
 
 }  // namespace

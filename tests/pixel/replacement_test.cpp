@@ -62,7 +62,8 @@ TEST_F(Replacement, TakesTheFirstUsableNeighbourInTheOrderOfTheFile)
     DecomTable decom = PlainTable(9);
     const BadDetMap bad = {1, 0, 0, 0, 1, 1, 0, 0, 1};
     EXPECT_EQ(ReplaceBadDet(decom, bad, Region(3, 3)), 1);
-    // Pixel 4: its right is bad, above it 1. Pixel 5: nothing to the right, above it 2. Pixel 8: 5 is bad, left of it 7.
+    // Pixel 4: its right is bad, above it 1. Pixel 5: nothing to the right, above it 2. Pixel 8: 5 is bad, left of
+    // it 7.
     EXPECT_THAT(decom, ElementsAre(1, 1, 2, 3, 1, 2, 6, 7, 7));
     EXPECT_EQ(BadDetCount, 4);
     EXPECT_THAT(ReplacedPixels, ElementsAre(0, 4, 5, 8));
@@ -240,8 +241,8 @@ TEST_F(Replacement, APatternFileThatGoesBetweenItsReadingsIsTold)
     SetFault("pattern file gone", true);
     EXPECT_EQ(ReplaceBadDet(decom, {1, 0}, Region(1, 2)), 0);
     EXPECT_EQ(decom, PlainTable(2));
-    EXPECT_THAT(BoxesShown(), ElementsAre(ShownBox{.caption = "Kelvo message",
-                                                   .text = "Unable to open DetectorReplacementFile."}));
+    EXPECT_THAT(BoxesShown(),
+                ElementsAre(ShownBox{.caption = "Kelvo message", .text = "Unable to open DetectorReplacementFile."}));
 }
 
 TEST_F(Replacement, APlainPatternNameIsLookedForBesideTheSettingsToo)
@@ -284,8 +285,14 @@ TEST(ShippedPattern, GoesThroughRingsByDistanceCounterClockwise)
 
 TEST(NullGains, AThousandthOnEitherSideIsBad)
 {
-    const std::vector<float> gains = {0.001F, -0.001F, 0.0011F, -0.0011F, 0.0F, 1.0F,
-                                      std::nextafter(0.001F, 1.0F), std::numeric_limits<float>::quiet_NaN()};
+    const std::vector<float> gains = {0.001F,
+                                      -0.001F,
+                                      0.0011F,
+                                      -0.0011F,
+                                      0.0F,
+                                      1.0F,
+                                      std::nextafter(0.001F, 1.0F),
+                                      std::numeric_limits<float>::quiet_NaN()};
     BadDetMap map(8, 0);
     EXPECT_EQ(IdentifyBadDet(map, gains, PlainTable(8), Region(2, 4)), 3);
     EXPECT_THAT(map, ElementsAre(1, 1, 0, 0, 1, 0, 0, 0));
@@ -325,10 +332,10 @@ TEST(NullGains, PixelsWithoutAPlaceTakeEntryZeroAndAreTold)
     BadDetMap map(4, 0);
     EXPECT_EQ(IdentifyBadDet(map, gains, DecomTable{9, 1, 1, 1}, config), 3);  // and pixel 2 stands at 0, address 9
     EXPECT_THAT(map, ElementsAre(1, 1, 1, 0));
-    EXPECT_THAT(BoxesShown(), ElementsAre(ShownBox{.caption = "IdentifyBadDet() Error",
-                                                   .text = "2 invalid decommutation index errors!"},
-                                          ShownBox{.caption = "IdentifyBadDet() Error",
-                                                   .text = "1 invalid decommutation addresses."}));
+    EXPECT_THAT(
+        BoxesShown(),
+        ElementsAre(ShownBox{.caption = "IdentifyBadDet() Error", .text = "2 invalid decommutation index errors!"},
+                    ShownBox{.caption = "IdentifyBadDet() Error", .text = "1 invalid decommutation addresses."}));
 }
 
 TEST(NullGains, ShortListsAreNeverReadBeyondTheirEnd)
