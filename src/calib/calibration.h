@@ -1,30 +1,55 @@
 // The calibration set on disk and its dialogs.
+//
+// A set is up to six files of one name: .gai, .off, .noi (readout order), .dcm (image order), .bad and .cal, which is
+// kelvo.ini as it stood when the set was made. The lists have no header: a set is only good for the camera that made
+// it, and the .cal tells which one. Loading makes the .cal the new kelvo.ini.
+//
+// Implemented in calibration_set.cpp, calibration_selection.cpp, calibration_dialog.cpp and source_dialogs.cpp.
 #pragma once
 
 #include "platform/types.h"
 
+#include <cstdint>
 #include <string>
 
 namespace kelvo {
 
 // Reads the records of the set, CalSettings (and CalSettings2 with DualCamera), from section Calibration of kelvo.ini;
-// finishes or undoes a set "Last" that a broken run left half replaced. CalType 0, CalDone 0.
+// finishes or undoes a set that a broken run left half replaced (calib/last_set.h). CalType 0, CalDone 0.
 void LoadCalibrationSettings();
 
 // Asks for a set's .cal file: of the active camera, to open; to save the calibration in force as. 1 and the whole path
-// in FilePathBuf; 0 where the operator cancels.
+// in FilePathBuf; 0 where the operator cancels, and, after "A calibration must be loaded\nin order to save it.", where
+// there is none to save.
 int ChooseCalibrationToOpen(HWND window);
 int ChooseCalibrationToSave(HWND window);
 
-// 1; 0 after a box that names what is wrong with the set.
+// Makes the set the one in force: settings, video settings (sent to the head), tables, orientation, bad pixels; live
+// video starts again. 1; 0 after a box that names what is wrong with the set. A file that isn't a set of the active
+// camera changes nothing. A list that fails later leaves kelvo.ini replaced, the tables in force partly replaced, and
+// CalType as it was. A .dcm that can't be read, or names pixels outside the frame, is told, and the table is built
+// anew.
 int LoadCalibration(HWND window, const std::string& calPath);
-// The set under another name: whole, or not there. 1 or 0.
+
+// The set in force under another name: whole, or not there. A set that stood under that name comes back on a failure.
+// 1, also where it has that name already; 0 where there is no calibration (told in a box) or where a file couldn't be
+// copied (not told here).
 int SaveCalibrationAs(const std::string& calPath);
 
-// 1 when a run should start. Without a camera that is on: a box, and 0.
+// The highest count of the converter at the camera's unity setting, |UnityGain (2 UnityOffset - 1) / 16384| without its
+// fraction: the display's range once a calibration is in force. Within 32 bits.
+std::int32_t FullScaleCounts();
+
+// The CALIB dialog. 1 when a run should start: of the type CalSettings.ChosenType. Without a camera that is on: a box,
+// and 0. Loading a set from inside it ends it with 0.
 int RunCalibrationDialog(HWND window);
-// The source dialogs; title of the run. 1 on Ok.
+LRESULT fnCALIBDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+
+// The source dialogs; title of the run. 1 on Ok, with TemperatureCold or TemperatureHot (calib/cal_state.h; -999.0 for
+// an empty field) and the emissivity of CalSettings taken over.
 int ColdSourceDialog(HWND window, const std::string& title);
 int HotSourceDialog(HWND window);
+LRESULT fnCALCOLDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+LRESULT fnCALHOTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
 }  // namespace kelvo

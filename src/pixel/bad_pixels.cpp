@@ -1,57 +1,56 @@
 #include "pixel/bad_pixels.h"
 
+#include "calib/cal_settings.h"
+#include "display/display_state.h"
+#include "pixel/decommutation.h"
+#include "pixel/pixel_pair.h"
+#include "pixel/search_pattern.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
+#include "shell/status.h"
 #include "shell/windows.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
 namespace kelvo {
 
+BadDetMap BadDetList;
+std::vector<std::uint32_t> ReplacedPixels;
+
 namespace {
 
 constexpr std::size_t kLongestFile = std::size_t{1} << 26;
-constexpr std::size_t kLongestLine = 79;
 constexpr int kMostLineBoxes = 20;
+constexpr int kMostBeeps = 20;
+constexpr int kLeftAligned = 0;
+// The gain of a detector that doesn't respond, in single precision as gains are.
+constexpr float kNullGain = 0.001F;
+constexpr std::string_view kIdentifyTitle = "IdentifyBadDet() Error";
 constexpr std::string_view kReadTitle = "ReadBadPixelFile() Error";
-constexpr std::string_view kBlanks = " \t\n\v\f\r";
-
-struct Pixel {
-    std::int32_t row = 0;
-    std::int32_t column = 0;
-};
 
 struct Region {
     std::int32_t rows = 0;
     std::int32_t columns = 0;
 
-    bool Holds(Pixel pixel) const
+    bool Holds(PixelPair pixel) const
     {
         return pixel.row >= 0 && pixel.column >= 0 && pixel.row < rows && pixel.column < columns;
     }
     // In 64 bits: row and column may be any number that a line holds.
-    std::int64_t IndexOf(Pixel pixel) const { return std::int64_t{pixel.row} * columns + pixel.column; }
+    std::int64_t IndexOf(PixelPair pixel) const { return std::int64_t{pixel.row} * columns + pixel.column; }
+    std::size_t Count() const
+    {
+        return static_cast<std::size_t>(std::max(rows, 0)) * static_cast<std::size_t>(std::max(columns, 0));
+    }
 };
 
 Region RegionOf(const CameraConfig& config)
 {
     return {.rows = config.Vroi, .columns = config.Hroi};
-}
-
-// "%d,%d": blanks before either number, none before the comma; what follows doesn't matter.
-std::optional<Pixel> ScanPixel(std::string_view line)
-{
-    const std::optional<std::int32_t> row = ScanDecimal(line);
-    if (!row) return std::nullopt;
-    line.remove_prefix(line.find_first_not_of(kBlanks));
-    const std::size_t comma = line.find_first_not_of("0123456789", 1);
-    if (comma == std::string_view::npos || line[comma] != ',') return std::nullopt;
-    const std::optional<std::int32_t> column = ScanDecimal(line.substr(comma + 1));
-    if (!column) return std::nullopt;
-    return Pixel{.row = *row, .column = *column};
 }
 
 // Tells of bad lines one by one, and of a flood of them in one word.
@@ -88,7 +87,7 @@ class Marker {
     {
         if (line.ends_with('\n')) line.pop_back();
         if (line.empty()) return;
-        const std::optional<Pixel> scanned = ScanPixel(line);
+        const std::optional<PixelPair> scanned = ScanPixelPair(line);
         if (scanned) {
             pixel_ = scanned;
         } else {
@@ -99,7 +98,7 @@ class Marker {
     void Close() const { complaints_.Close(); }
 
   private:
-    void Mark(const Pixel& pixel, const std::string& line)
+    void Mark(const PixelPair& pixel, const std::string& line)
     {
         const bool inside = region_.Holds(pixel);
         if (!inside) complaints_.Tell(index_ + 1, line);
@@ -110,17 +109,9 @@ class Marker {
     BadDetMap& badMap_;
     Region region_;
     LineComplaints complaints_;
-    std::optional<Pixel> pixel_;  // of the last line that scanned
-    std::int64_t index_ = 0;      // the last one that a line gave
+    std::optional<PixelPair> pixel_;  // of the last line that scanned
+    std::int64_t index_ = 0;          // the last one that a line gave
 };
-
-bool NextLine(LineReader& reader, std::string& line)
-{
-    const std::optional<std::string> next = reader.Next();
-    if (!next) return false;
-    line = *next;
-    return true;
-}
 
 bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, std::string_view title)
 {
@@ -129,12 +120,143 @@ bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, s
         MessageBox(hWndMain, "Could not open file " + std::string(path), title);
         return false;
     }
-    LineReader reader(std::move(*contents), kLongestLine);
+    LineReader reader(std::move(*contents), kLongestPairLine);
     Marker marker(badMap, region, title);
     std::string line;
-    while (NextLine(reader, line)) marker.TakeLine(line);
+    while (NextPairLine(reader, line)) marker.TakeLine(line);
     marker.Close();
     return true;
+}
+
+bool IsNullGain(float gain)
+{
+    return gain >= -kNullGain && gain <= kNullGain;
+}
+
+// Each error beeps, a flood of them doesn't.
+class ErrorCount {
+  public:
+    void Add()
+    {
+        if (++count_ <= kMostBeeps) MessageBeep(Sound::kExclamation);
+    }
+    void Tell(std::string_view what) const
+    {
+        if (count_ != 0) MessageBox(hWndMain, std::to_string(count_) + std::string(what), kIdentifyTitle);
+    }
+
+  private:
+    std::int64_t count_ = 0;
+};
+
+// Reads the gain of each image pixel through the table; entry 0 answers where the way there is broken.
+class GainOfPixel {
+  public:
+    GainOfPixel(std::span<const float> gainList, std::span<const std::uint32_t> decomList, const CameraConfig& config)
+        : gainList_(gainList), decomList_(decomList), config_(config), count_(RegionOf(config).Count())
+    {
+    }
+
+    float At(const PixelPair& pixel) { return GainAt(DetectorOf(pixel)); }
+    void TellErrors() const
+    {
+        indexErrors_.Tell(" invalid decommutation index errors!");
+        addressErrors_.Tell(" invalid decommutation addresses.");
+    }
+
+  private:
+    std::size_t DetectorOf(const PixelPair& pixel)
+    {
+        const std::int64_t position = DecomPosition(config_, pixel.row, pixel.column);
+        if (position < 0 || std::cmp_greater_equal(position, decomList_.size())) {
+            indexErrors_.Add();
+            return 0;
+        }
+        const std::size_t detector = decomList_[static_cast<std::size_t>(position)];
+        if (detector <= count_) return detector;
+        addressErrors_.Add();
+        return 0;
+    }
+    float GainAt(std::size_t detector) const
+    {
+        return gainList_[detector < std::min(count_, gainList_.size()) ? detector : 0];
+    }
+
+    std::span<const float> gainList_;
+    std::span<const std::uint32_t> decomList_;
+    const CameraConfig& config_;
+    std::size_t count_;
+    ErrorCount indexErrors_;
+    ErrorCount addressErrors_;
+};
+
+// The steps that can lead anywhere, each once: a step that is tried a second time fails again.
+std::vector<PixelPair> UsefulSteps(const SearchPattern& pattern, const Region& region)
+{
+    const std::int64_t width = 2 * std::int64_t{region.columns} - 1;
+    std::vector<bool> seen(static_cast<std::size_t>(width * (2 * std::int64_t{region.rows} - 1)));
+    std::vector<PixelPair> steps;
+    for (std::size_t i = 0; i < pattern.rows.size(); ++i) {
+        const std::int64_t row = std::int64_t{pattern.rows[i]} + region.rows - 1;
+        const std::int64_t column = std::int64_t{pattern.columns[i]} + region.columns - 1;
+        if (row < 0 || column < 0 || row > 2 * std::int64_t{region.rows} - 2 || column >= width) continue;
+        const auto place = static_cast<std::size_t>(row * width + column);
+        if (seen[place]) continue;
+        seen[place] = true;
+        steps.push_back({.row = pattern.rows[i], .column = pattern.columns[i]});
+    }
+    return steps;
+}
+
+// The image index of the neighbour that answers for a bad pixel.
+std::optional<std::size_t> FirstGoodNeighbour(const PixelPair& bad, std::span<const PixelPair> steps,
+                                              const BadDetMap& badMap, const Region& region)
+{
+    for (const PixelPair& step : steps) {
+        const PixelPair neighbour{.row = bad.row + step.row, .column = bad.column + step.column};
+        if (!region.Holds(neighbour)) continue;
+        const auto index = static_cast<std::size_t>(region.IndexOf(neighbour));
+        if (badMap[index] == 0) return index;
+    }
+    return std::nullopt;
+}
+
+// The map isn't changed as pixels are repaired: a repaired pixel never answers for another.
+void ReplaceMarked(std::span<std::uint32_t> decomList, const BadDetMap& badMap, std::span<const PixelPair> steps,
+                   const Region& region)
+{
+    std::size_t index = 0;
+    for (std::int32_t row = 0; row < region.rows; ++row) {
+        for (std::int32_t column = 0; column < region.columns; ++column, ++index) {
+            if (badMap[index] == 0) continue;
+            const auto source = FirstGoodNeighbour({.row = row, .column = column}, steps, badMap, region);
+            if (!source) continue;
+            decomList[index] = decomList[*source];
+            ReplacedPixels.push_back(static_cast<std::uint32_t>(index));
+        }
+    }
+}
+
+bool MarkBadPixels(std::span<const float> gainList, std::span<const std::uint32_t> decomList)
+{
+    if (!CalSettings.BadDetFile.empty()) {
+        StatusMessage("Loading pixel substitution file...", kLeftAligned);
+        if (!LoadBadDetFile(CalSettings.BadDetFile, BadDetList, ActiveConfig)) return false;
+    }
+    StatusMessage("Calculating pixel substitution...", kLeftAligned);
+    BadDetCount = IdentifyBadDet(BadDetList, gainList, decomList, ActiveConfig);
+    return BadDetCount >= 0;
+}
+
+void SaveBadPixels()
+{
+    std::string drive;
+    std::string directory;
+    std::string name;
+    SplitPath(CalSettings.CalFile, &drive, &directory, &name, nullptr);
+    CalSettings.BadDetFile = MakePath(drive, directory, name, ".bad");
+    StatusMessage("Saving pixel substitution file...", kLeftAligned);
+    WriteBadDetFile(CalSettings.BadDetFile, BadDetList, ActiveConfig);
 }
 
 }  // namespace
@@ -151,7 +273,7 @@ int WriteBadDetFile(std::string_view path, const BadDetMap& badMap, const Camera
     std::size_t index = 0;
     for (std::int32_t row = 0; row < region.rows; ++row) {
         for (std::int32_t column = 0; column < region.columns && index < badMap.size(); ++column, ++index) {
-            if (badMap[index] != 0) lines += Format("%4d,%4d\n", row, column);
+            if (badMap[index] != 0) lines += PixelPairText({.row = row, .column = column}) + '\n';
         }
     }
     if (ReplaceFile(path, lines)) return 1;
@@ -169,6 +291,60 @@ std::optional<BadDetMap> ReadBadPixelFile(std::string_view path, std::int32_t wi
     }
     if (!LoadMarks(path, map, {.rows = height, .columns = width}, kReadTitle)) return std::nullopt;
     return map;
+}
+
+std::int32_t IdentifyBadDet(BadDetMap& badMap, std::span<const float> gainList,
+                            std::span<const std::uint32_t> decomList, const CameraConfig& config)
+{
+    const Region region = RegionOf(config);
+    if (gainList.empty() || badMap.size() < region.Count()) return 0;
+    GainOfPixel gains(gainList, decomList, config);
+    std::int32_t marked = 0;
+    std::size_t index = 0;
+    for (std::int32_t row = 0; row < region.rows; ++row) {
+        for (std::int32_t column = 0; column < region.columns; ++column, ++index) {
+            if (!IsNullGain(gains.At({.row = row, .column = column}))) continue;
+            badMap[index] = 1;
+            ++marked;
+        }
+    }
+    gains.TellErrors();
+    return marked;
+}
+
+int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, const CameraConfig& config)
+{
+    const std::optional<SearchPattern> pattern = ReadSearchPattern(CalSettings.PRSfile);
+    if (!pattern) return 0;
+    if (pattern->rows.empty()) return 1;
+    const Region region = RegionOf(config);
+    ReplacedPixels.clear();
+    BadDetCount = 0;
+    const std::size_t count = region.Count();
+    if (count == 0 || decomList.size() < count || badMap.size() < count) return 1;
+    const bool anyGood = std::ranges::find(badMap, 0) != badMap.end();
+    if (anyGood) ReplaceMarked(decomList, badMap, UsefulSteps(*pattern, region), region);
+    BadDetCount = static_cast<std::int32_t>(ReplacedPixels.size());
+    return 1;
+}
+
+int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList)
+{
+    if (!SubstBadPixels) {
+        CalSettings.BadDetFile.clear();
+        return 1;
+    }
+    StatusMessage("Performing bad pixel substitution...", kLeftAligned);
+    if (!AllocateBlock(BadDetList, RegionOf(ActiveConfig).Count())) {
+        MessageBox(hWndMain, "Failure to allocate memory for bad detector list", kMessageCaption);
+        return 0;
+    }
+    if (!MarkBadPixels(gainList, decomList) || !ReplaceBadDet(decomList, BadDetList, ActiveConfig)) {
+        BadDetMap().swap(BadDetList);
+        return 0;
+    }
+    SaveBadPixels();
+    return 1;
 }
 
 }  // namespace kelvo

@@ -1,7 +1,8 @@
-// Bad detectors: which ones are bad, as lists on disk tell it.
+// Bad detectors: which ones are bad, as gains and lists on disk tell it, and which neighbour answers for each.
 //
 // A bad pixel is never patched in an image: its entry in DecomList is pointed at the raw sample of a good neighbour, so
-// that substitution costs nothing per frame. The map says which pixels want that.
+// that substitution costs nothing per frame and takes the neighbour's gain and offset along. The map says which pixels
+// want that.
 //
 // A .bad file is text, one detector a line, image row first, then column: "%4d,%4d". There is no header line.
 #pragma once
@@ -18,6 +19,11 @@ namespace kelvo {
 
 // One byte a pixel, image order, Vroi x Hroi; non-zero marks a bad detector.
 using BadDetMap = std::vector<std::uint8_t>;
+
+// The map of the last calibration; empty before. Written by SubstituteBadPixels.
+extern BadDetMap BadDetList;
+// Image indexes of the pixels that the last ReplaceBadDet repaired, in order of repair.
+extern std::vector<std::uint32_t> ReplacedPixels;
 
 // Reads a .bad file into a map of Vroi x Hroi bytes; marks that stand are kept. 1, or 0 after the box "Could not open
 // file %s" where the file can't be opened or is longer than 64 MB.
@@ -38,17 +44,27 @@ int WriteBadDetFile(std::string_view path, const BadDetMap& badMap, const Camera
 // stand under that title too.
 std::optional<BadDetMap> ReadBadPixelFile(std::string_view path, std::int32_t width, std::int32_t height);
 
-// Marks every pixel whose gain (readout order, reached through decomList) lies within -0.001 to 0.001, both included.
-// The number marked; index errors are told in boxes under "IdentifyBadDet() Error".
+// Marks every pixel whose gain lies within -0.001 to 0.001, both included; marks that stand are kept. gainList is in
+// readout order and reached through decomList, whose place for a pixel DecomPosition tells. The number marked by gain.
+//
+// A pixel without a place in the table is an index error, an entry above Vroi x Hroi an address error: entry 0 of the
+// gain list answers for both, and a box for each kind under "IdentifyBadDet() Error" tells how many there were. An
+// entry of exactly Vroi x Hroi takes entry 0 without being counted.
 std::int32_t IdentifyBadDet(BadDetMap& badMap, std::span<const float> gainList,
                             std::span<const std::uint32_t> decomList, const CameraConfig& config);
 
 // Points the entry of each marked pixel at that of its first usable neighbour in the order of the pattern file
-// (CalSettings.PRSfile; a plain name that isn't in the current directory is looked for in DefaultDir). 1, also where
-// the pattern has no line; 0 after a box. BadDetCount: the pixels replaced.
+// (CalSettings.PRSfile; pixel/search_pattern.h): one inside the region that isn't marked itself. A repaired pixel never
+// serves as a source. A pixel without such a neighbour keeps its entry. decomList is indexed row x Hroi + column.
+// 1, with BadDetCount the pixels replaced; also where the pattern has no step, BadDetCount and table as they were. 0
+// after a box of ReadSearchPattern, the table untouched.
 int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, const CameraConfig& config);
 
-// The step of a calibration: the list it starts from, what the gains show, the union saved beside CalFile. 1 or 0.
+// The step of a calibration. Without SubstBadPixels: CalSettings.BadDetFile becomes empty, 1. Otherwise the list that
+// BadDetFile names is joined with what the gains show into BadDetList, decomList is rewritten by it, and the union is
+// saved beside CalSettings.CalFile with the extension .bad, which BadDetFile then names (a failed write is only told).
+// 0 after a box: "Failure to allocate memory for bad detector list", or those of LoadBadDetFile and ReplaceBadDet;
+// BadDetList is then empty.
 int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList);
 
 }  // namespace kelvo

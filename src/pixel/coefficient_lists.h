@@ -13,16 +13,21 @@ constexpr std::int32_t kOffsetKind = 1;
 constexpr std::int32_t kGainKind = 2;
 constexpr std::int32_t kDecomKind = 8;
 
-// Installs a whole list, given as the bytes of its entries: 1; 0 where memory is refused, for another kind, or where
-// the list holds less than the table ("Global Memory would not lock"). A gain of exactly 0 is installed as 0.1, so that
-// no frame divides by zero; the caller's list keeps its zero.
+// Installs a whole list, given as the bytes of its entries: 1; 0 where memory is refused, for another kind, or, after
+// the box "Global Memory would not lock", where the list holds less than the table. DecomList is made anew where it is
+// smaller than the frame; the other two keep the size that they were made with. A gain of exactly 0 is installed as
+// 0.1, so that no frame divides by zero; the caller's list keeps its zero.
 std::int32_t DownloadCoefficients(std::int32_t kind, std::span<const std::uint8_t> list);
 
-// Writes one value into entries first to count - 1, making the table at first use. 1; 0 for another kind.
+// Writes one value into entries first to count - 1, making the table at first use; entries outside it are left out. 1;
+// 0 for another kind or where memory is refused.
 std::int32_t FillCoefficients(std::int32_t kind, std::int32_t first, std::int32_t count, double value);
 
-// count 32-bit words as raw bytes, little-endian. 1, or 0 after the box that names the file and what failed. A list
-// smaller than count is told, and the count cut to it. SaveList writes a whole file or none.
+// count 32-bit words as raw bytes, little-endian. SaveList writes a whole file or none. 1, or 0 after a box:
+// "Failed to open file: %s" (SaveList: under "Kelvo File Error!"), "Failed to save file: %s", "Failed to read file:
+// %s", and for LoadList into no list "Failure to lock memory!". A list smaller than count is told and the count cut to
+// it: "Allocated memory is smaller than ROI Pixels" and "lStatus=%ld,ROIPixels=%ld" (words there are, words wanted);
+// LoadList: "... ROI PIxels" alone.
 int SaveList(std::string_view path, std::span<const std::uint8_t> list, std::size_t count);
 int LoadList(std::string_view path, std::span<std::uint8_t> list, std::size_t count);
 

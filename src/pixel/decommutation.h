@@ -7,6 +7,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
+#include <string>
 #include <vector>
 
 namespace kelvo {
@@ -14,20 +16,32 @@ namespace kelvo {
 // Vroi x Hroi entries in image order, each the raw index of an image pixel.
 using DecomTable = std::vector<std::uint32_t>;
 
-// The table of DecomScheme, without orientation and substitution. nullopt after "Failure to Lock Decommuation list in
-// Memory". readoutShift: ReadoutShift of the frame rate row in force, 0 in all present configurations. A destination
-// that stays negative or falls past the table is dropped; a source that stays negative is refused with the table.
+// The table of DecomScheme, without orientation and substitution. readoutShift: ReadoutShift of the frame rate row in
+// force, 0 in all present configurations. Entries that the scheme doesn't write stay 0; a destination that stays
+// negative or falls past the table is dropped.
+// nullopt after a box: "Failure to Lock Decommuation list in Memory" where memory is refused or the region is empty;
+// "The readout order can't be built: ..." where a source stays negative, or where the lines are too short for the
+// channels of the scheme (below 2 columns in schemes 4 and 5, below 4 in scheme 7).
 std::optional<DecomTable> BuildDecomList(const CameraConfig& config, std::int32_t readoutShift);
 
-// Permutes the table in place: rows mirrored, then columns, then rotated left. 1; 0 after "Failure to allocate and lock
-// Temporary memory!", the table unchanged.
+// Permutes the table in place, in this order: mirrorHoriz reverses the rows, mirrorVert the columns, rotateCcw turns to
+// the left, which is exact for a square region only. Positions that a pass doesn't reach keep what they held, and those
+// outside the table are dropped. 1; 0 after "Failure to allocate and lock Temporary memory!", the table unchanged.
 std::int32_t ReorderDecomList(DecomTable& list, const CameraConfig& config, std::int32_t mirrorHoriz,
                               std::int32_t mirrorVert, std::int32_t rotateCcw);
 
-// The table position of image pixel (row, column); -1 where it lies outside the table.
+// The table position of image pixel (row, column), which may lie outside the image; -1 where it lies outside the table.
 std::int64_t DecomPosition(const CameraConfig& config, std::int32_t row, std::int32_t column);
 
-// A new table from DECOM.TMP, or a freshly built one where that can't be opened. nullopt after a box.
+// DECOM.TMP in DefaultDir: the table last installed.
+std::string DecomTempPath();
+
+// False where an entry names a sample beyond the Vroi x Hroi of a frame: such a table is no table of this camera.
+bool DecomEntriesLieInFrame(std::span<const std::uint32_t> list, const CameraConfig& config);
+
+// A new table from DECOM.TMP, or one built for the frame rate in force, after a beep, where that can't be opened.
+// nullopt after a box: "Failure to allocate Decommutation memory!", or "Failed to read file:\nDECOM.TMP" where it is
+// short or has entries outside the frame.
 std::optional<DecomTable> LoadDecomList(const CameraConfig& config);
 
 }  // namespace kelvo

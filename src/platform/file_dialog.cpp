@@ -103,16 +103,21 @@ bool MayReplace(HWND owner, const FileDialogRequest& request, const std::string&
                       BoxIcon::kExclamation, BoxButtons::kYesNo, Button::kNo) == Button::kYes;
 }
 
+bool Accepted(const FileDialogRequest& request, const std::string& path)
+{
+    const bool saving = request.mode == FileDialogMode::kSave;
+    if (!saving && !FileIsThere(request.owner, request, path)) return false;
+    if (request.accept) return request.accept(path);
+    return !saving || MayReplace(request.owner, request, path);
+}
+
 // The paths with their extensions; empty if the operator was told, or decided, that they won't do.
 std::vector<std::string> CheckedPaths(const FileDialogRequest& request, std::vector<std::string> paths)
 {
     const bool saving = request.mode == FileDialogMode::kSave;
     for (std::string& path : paths) {
         path = ResolvePath(WithExtension(path, request.defaultExtension, !saving));
-        const bool accepted =
-            DirectoryIsThere(request.owner, request, path) &&
-            (saving ? MayReplace(request.owner, request, path) : FileIsThere(request.owner, request, path));
-        if (!accepted) return {};
+        if (!DirectoryIsThere(request.owner, request, path) || !Accepted(request, path)) return {};
     }
     return paths;
 }

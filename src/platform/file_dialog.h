@@ -4,6 +4,7 @@
 #include "platform/types.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,9 @@ struct FileDialogRequest {
     std::string directory;
     std::string name;                   // offered to the operator; a pattern stands for no name
     std::string_view defaultExtension;  // added to a name without one, when saving and opening; empty: none
+    // The caller's own look at a path that stands up to the other questions; in place of the question about replacing.
+    // False keeps the dialog open. Empty: none.
+    std::function<bool(const std::string& path)> accept = nullptr;
 };
 
 struct FileDialogResult {

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <utility>
@@ -407,6 +408,14 @@ bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists)
         }
         return copied >= length || Fail(EIO);  // a read error ends the loop as the end of the file does
     });
+}
+
+bool MoveFileTo(std::string_view from, std::string_view to)
+{
+    const std::string target = ResolvePath(to);
+    if (rename(ResolvePath(from).c_str(), target.c_str()) != 0) return false;
+    FlushDirectory(DirectoryOf(target));
+    return true;
 }
 
 std::optional<std::time_t> FileModificationTime(std::string_view path)

@@ -59,6 +59,9 @@ bool DirectoryExists(std::string_view path);
 bool MakeDirectories(std::string_view path);  // true if it stands at the end
 bool DeleteFileNamed(std::string_view path);
 bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists);
+// Renames: to is replaced as a whole, with no space taken on the disk. Both lie in one file system. On failure false,
+// and both stay as they were.
+bool MoveFileTo(std::string_view from, std::string_view to);
 std::optional<std::time_t> FileModificationTime(std::string_view path);
 
 // The whole file; nullopt if it can't be opened or is longer than limit.

@@ -13,6 +13,8 @@
 #include "imagefile/select_file.h"
 #include "imagefile/viewing.h"
 #include "pixel/bad_pixels.h"
+#include "pixel/geometry_dialog.h"
+#include "pixel/orientation.h"
 #include "platform/application.h"
 #include "platform/box.h"
 #include "platform/files.h"
@@ -147,6 +149,19 @@ Ending Configuration()
     if (cursorWasOn) SendMessage(hWndMain, WM_COMMAND, kCmdImageCursor, 0);
     ConfigurationDialog(hWndMain);
     if (cursorWasOn) SendMessage(hWndMain, WM_COMMAND, kCmdImageCursor, 0);
+    return Ending::kResetStatus;
+}
+
+Ending ImageSetup()
+{
+    GeometryDialog(hWndMain);
+    CheckMenuItem(hWndMain, kCmdReplaceBadPixels, SubstBadPixels != 0);
+    return Ending::kResetStatus;
+}
+
+Ending ReplaceBadPixels()
+{
+    ToggleBadPixelReplacement(hWndMain);
     return Ending::kResetStatus;
 }
 
@@ -335,7 +350,7 @@ constexpr Command kCommands[] = {
     {kCmdExit, Exit},
     {kCmdDisplaySetup, DisplaySetup},
     {kCmdVideoSetup, VideoSetup},
-    {kCmdImageSetup, NotAvailable},
+    {kCmdImageSetup, ImageSetup},
     {kCmdConfiguration, Configuration},
     {124, Run<ShowDialogHelp>},
     {kCmdSaveTiff8, NotAvailable},
@@ -347,7 +362,7 @@ constexpr Command kCommands[] = {
     {kCmdApplyCalibration, NotAvailable},
     {kCmdViewStatistics, ViewStatistics},
     {kCmdFreeze, FreezeFrame},
-    {kCmdReplaceBadPixels, NotAvailable},
+    {kCmdReplaceBadPixels, ReplaceBadPixels},
     {kCmdNormalGray, NormalGray},
     {kCmdInvertedGray, InvertedGray},
     {kCmdNormalColor, NormalColor},

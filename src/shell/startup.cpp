@@ -1,5 +1,6 @@
 #include "shell/startup.h"
 
+#include "calib/calibration.h"
 #include "config/camera_config.h"
 #include "config/display_settings.h"
 #include "config/settings.h"
@@ -40,7 +41,6 @@
 
 #include <unistd.h>
 
-#include <cmath>
 #include <filesystem>
 
 namespace kelvo {
@@ -138,15 +138,6 @@ void MakePaths()
     HelpFilePath = DefaultDir + "/KELVO.hlp";
 }
 
-// The full scale of the head's converter at its unity setting: 16383 with gain 16384 and offset 8192.
-std::int32_t FullScale()
-{
-    const double counts =
-        static_cast<double>(ActiveConfig.UnityGain) * (2.0 * ActiveConfig.UnityOffset - 1.0) / 16384.0;
-    const double magnitude = std::trunc(std::fabs(counts));
-    return magnitude < 2147483647.0 ? static_cast<std::int32_t>(magnitude) : 2147483647;
-}
-
 // Host RAM capture is there only with host frames behind it.
 void FitMenuToCamera()
 {
@@ -198,7 +189,7 @@ int InitialSetup()
     ReadSetupKeys();
     ReadActiveCamera();
     DisplayLow = 0;
-    DisplayHigh = FullScale();
+    DisplayHigh = FullScaleCounts();
 
     LoadVideoSettings();
     LoadCalibrationSettings();

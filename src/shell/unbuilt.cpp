@@ -11,7 +11,6 @@ void TellNotAvailable()
                BoxIcon::kInformation);
 }
 
-void LoadCalibrationSettings() {}
 void ReadGraphicsKeys() {}
 void InitUserModules() {}
 void RegisterExternalSignal() {}

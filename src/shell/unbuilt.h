@@ -8,7 +8,6 @@ namespace kelvo {
 void TellNotAvailable();
 
 // Start-up calls. Each leaves its subsystem's state as it stands at start.
-void LoadCalibrationSettings();
 void ReadGraphicsKeys();
 void InitUserModules();
 void RegisterExternalSignal();

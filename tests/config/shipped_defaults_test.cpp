@@ -87,13 +87,14 @@ TEST_F(ShippedDefaults, TheSimulatedCamerasAndTheirBoardAreWired)
     EXPECT_EQ(Machine("Ports", "COM1"), "sim:insb640.cnf");
     EXPECT_EQ(Machine("Ports", "COM2"), "sim:insb320.cnf");
     EXPECT_EQ(Machine("Ports", "COM3"), "sim:hgcdte64.cnf");
+    EXPECT_EQ(Machine("Ports", "COM4"), "sim:insb320x4.cnf");
     EXPECT_EQ(Machine("Board", "Board"), "sim");
 }
 
 TEST_F(ShippedDefaults, EveryCameraHasTheSameKeys)
 {
     for (const char* key : {"Description", "Vtotal", "Htotal", "Xoffset", "SignalMultiplier", "VoltsPerCountVsGain"}) {
-        for (const char* section : {"Camera.1", "Camera.2", "Camera.3"}) {
+        for (const char* section : {"Camera.1", "Camera.2", "Camera.3", "Camera.4"}) {
             EXPECT_TRUE(HasProfileKey(section, key, CameraFilePath)) << section << ' ' << key;
         }
     }

@@ -1,0 +1,227 @@
+#include "calib/last_set.h"
+
+#include "platform/box.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "shell/windows.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::size_t kLongestJournal = 65536;
+
+// Copying: the set is untouched. Replacing: the copies hold. Replaced: the files in place hold.
+constexpr std::string_view kCopying = "copying";
+constexpr std::string_view kReplacing = "replacing";
+constexpr std::string_view kReplaced = "replaced";
+
+struct Journal {
+    std::string state;
+    std::vector<std::string> present;  // extensions of the files that lie aside
+    std::string calPath;
+};
+
+std::string InSettingsDirectory(std::string_view name, std::string_view extension)
+{
+    std::string drive;
+    std::string directory;
+    SplitPath(IniFilePath, &drive, &directory, nullptr, nullptr);
+    return MakePath(drive, directory, name, extension);
+}
+
+std::string JournalPath()
+{
+    return InSettingsDirectory(".calibration", ".journal");
+}
+
+// Whole, since the working directory may be another one at the next start.
+std::string WholePath(std::string_view path)
+{
+    const std::string resolved = ResolvePath(path);
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::absolute(resolved, error);
+    return error ? resolved : whole.string();
+}
+
+// Where a file lies aside: beside its place, so that it comes back by a rename, which no full disk can stop.
+std::string AsideFile(std::string_view calPath, std::string_view extension)
+{
+    std::string drive;
+    std::string directory;
+    std::string name;
+    SplitPath(calPath, &drive, &directory, &name, nullptr);
+    return MakePath(drive, directory, "." + name + std::string(extension), ".former");
+}
+
+// First line: state and extensions, parted by blanks; the rest is the path, whatever bytes it has.
+bool WriteJournal(const Journal& journal)
+{
+    std::string text = journal.state;
+    for (const std::string& extension : journal.present) text += ' ' + extension;
+    return ReplaceFile(JournalPath(), text + '\n' + journal.calPath);
+}
+
+std::optional<Journal> ReadJournal()
+{
+    const std::optional<std::string> text = ReadWholeFile(JournalPath(), kLongestJournal);
+    if (!text) return std::nullopt;
+    const std::size_t end = text->find('\n');
+    if (end == std::string::npos) return std::nullopt;
+    Journal journal;
+    journal.calPath = text->substr(end + 1);
+    std::string_view line = std::string_view(*text).substr(0, end);
+    const std::size_t stateEnd = std::min(line.find(' '), line.size());
+    journal.state = line.substr(0, stateEnd);
+    line.remove_prefix(stateEnd);
+    for (const std::string_view extension : kSetExtensions) {
+        if (line.find(extension) != std::string_view::npos) journal.present.emplace_back(extension);
+    }
+    return journal;
+}
+
+bool HoldsExtension(const Journal& journal, std::string_view extension)
+{
+    return std::ranges::find(journal.present, extension) != journal.present.end();
+}
+
+void DropAside(std::string_view calPath)
+{
+    for (const std::string_view extension : kSetExtensions) {
+        const std::string aside = AsideFile(calPath, extension);
+        if (FileExists(aside)) DeleteFileNamed(aside);
+    }
+}
+
+bool Gone(const std::string& path)
+{
+    return !FileExists(path) || DeleteFileNamed(path);
+}
+
+// A copy that isn't there any more is back in its place: this may have been begun before.
+bool PutBack(const Journal& journal, std::string_view extension)
+{
+    const std::string file = SetFile(journal.calPath, extension);
+    if (!HoldsExtension(journal, extension)) return Gone(file);
+    const std::string aside = AsideFile(journal.calPath, extension);
+    return !FileExists(aside) || MoveFileTo(aside, file);
+}
+
+// The .cal goes first and comes back last: in between there is no set to load. Where it is back already, so is all
+// else.
+bool PutAllBack(const Journal& journal)
+{
+    if (HoldsExtension(journal, ".cal") && !FileExists(AsideFile(journal.calPath, ".cal"))) return true;
+    bool done = Gone(SetFile(journal.calPath, ".cal"));
+    for (const std::string_view extension : kSetExtensions) done = done && PutBack(journal, extension);
+    return done;
+}
+
+bool Finish(const Journal& journal)
+{
+    if (journal.state == kReplacing && !PutAllBack(journal)) return false;
+    for (const std::string_view extension : kSetExtensions) ForgetProfile(SetFile(journal.calPath, extension));
+    DropAside(journal.calPath);
+    return Gone(JournalPath());
+}
+
+// False where copies of an earlier replacement still wait to be put back.
+bool FinishEarlierOne()
+{
+    const std::optional<Journal> journal = ReadJournal();
+    if (journal) return Finish(*journal);
+    return Gone(JournalPath());  // one that can't be read tells nothing
+}
+
+// The files that lie aside now; nullopt where one couldn't be copied.
+std::optional<std::vector<std::string>> CopyAside(const std::string& calPath)
+{
+    std::vector<std::string> present;
+    for (const std::string_view extension : kSetExtensions) {
+        const std::string file = SetFile(calPath, extension);
+        if (!FileExists(file)) continue;
+        if (!CopyFileTo(file, AsideFile(calPath, extension), false)) return std::nullopt;
+        present.emplace_back(extension);
+    }
+    return present;
+}
+
+}  // namespace
+
+std::string SetFile(std::string_view calPath, std::string_view extension)
+{
+    std::string drive;
+    std::string directory;
+    std::string name;
+    SplitPath(calPath, &drive, &directory, &name, nullptr);
+    return MakePath(drive, directory, name, extension);
+}
+
+std::string LastCalPath()
+{
+    return InSettingsDirectory("Last", ".cal");
+}
+
+int CopySettingsTo(std::string_view calPath)
+{
+    if (!FlushProfiles() || !CopyFileTo(IniFilePath, calPath, false)) return 0;
+    ForgetProfile(calPath);
+    return 1;
+}
+
+SetReplacement::SetReplacement(std::string_view calPath) : calPath_(WholePath(calPath)) {}
+
+SetReplacement::~SetReplacement()
+{
+    RollBack();
+}
+
+int SetReplacement::Begin()
+{
+    if (begun_ || !FinishEarlierOne()) return 0;
+    if (!WriteJournal({std::string(kCopying), {}, calPath_})) return 0;
+    const auto present = CopyAside(calPath_);
+    begun_ = present && WriteJournal({std::string(kReplacing), *present, calPath_});
+    if (begun_) return 1;
+    DropAside(calPath_);
+    DeleteFileNamed(JournalPath());
+    return 0;
+}
+
+int SetReplacement::Commit()
+{
+    if (!begun_) return 0;
+    if (!WriteJournal({std::string(kReplaced), {}, calPath_})) {
+        RollBack();
+        return 0;
+    }
+    begun_ = false;
+    FinishEarlierOne();  // what stays behind is cleared away at the next start
+    return 1;
+}
+
+void SetReplacement::RollBack()
+{
+    if (!begun_) return;
+    begun_ = false;
+    FinishInterruptedReplacement();
+}
+
+int FinishInterruptedReplacement()
+{
+    if (FinishEarlierOne()) return 1;
+    const std::optional<Journal> journal = ReadJournal();
+    MessageBox(hWndMain,
+               "The files of this calibration couldn't be put back:\n" + (journal ? journal->calPath : JournalPath()),
+               "Kelvo File Error!");
+    return 0;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,192 @@
+// The dialogs that wait until a source stands before the camera, and take its temperature and emissivity.
+#include "calib/cal_settings.h"
+#include "calib/cal_state.h"
+#include "calib/calibration.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/help.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+#include <optional>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kLeftAligned = 0;
+constexpr int kIdleHint = 1;  // status string
+constexpr float kNotGiven = -999.0F;
+constexpr float kColdest = -274.0F;
+constexpr float kHottest = 2500.0F;
+constexpr const char* kDegrees = "%7.2f";
+
+struct Source {
+    int temperatureEdit;
+    int emissivityEdit;
+    int hint;  // status string
+    int helpTopic;
+    float& temperatureC;
+    float& emissivity;
+};
+
+const Source kColdSource{1224, 1225, 4, 1045, TemperatureCold, CalSettings.EmissivityCold};
+const Source kHotSource{1226, 1227, 5, 1044, TemperatureHot, CalSettings.EmissivityHot};
+
+// Given by the launcher, shown as the dialog opens.
+const std::string* titleOfRun = nullptr;
+
+void Open(HWND dialog, const Source& source)
+{
+    if (titleOfRun) SetWindowText(dialog, *titleOfRun);
+    if (source.temperatureC != kNotGiven) {
+        SetDlgItemText(dialog, source.temperatureEdit, Format(kDegrees, static_cast<double>(source.temperatureC)));
+    }
+    if (source.emissivity > 0.0F && source.emissivity <= 1.0F) {
+        SetDlgItemText(dialog, source.emissivityEdit, Format("%6.4f", static_cast<double>(source.emissivity)));
+    }
+    StatusString(source.hint, kLeftAligned);
+    CentreDialog(dialog);
+}
+
+void Refuse(HWND dialog, int edit)
+{
+    MessageBeep(Sound::kExclamation);
+    FocusDlgItem(dialog, edit);
+}
+
+// -999.0 for an empty field; nullopt where the text won't do.
+std::optional<float> TemperatureIn(HWND dialog, int edit)
+{
+    const std::string text = GetDlgItemText(dialog, edit);
+    if (text.empty()) return kNotGiven;
+    const std::optional<float> value = ScanFloat(text);
+    return value && *value >= kColdest && *value <= kHottest ? value : std::nullopt;
+}
+
+// A second look at a temperature that is given.
+using Agree = bool (*)(HWND dialog, float temperatureC);
+
+bool TakeTemperature(HWND dialog, const Source& source, Agree agree)
+{
+    const std::optional<float> value = TemperatureIn(dialog, source.temperatureEdit);
+    if (!value) {
+        Refuse(dialog, source.temperatureEdit);
+        return false;
+    }
+    if (*value != kNotGiven && !agree(dialog, *value)) return false;
+    source.temperatureC = *value;
+    return true;
+}
+
+bool AnyWillDo(HWND /*dialog*/, float /*temperatureC*/)
+{
+    return true;
+}
+
+// Without an order of the two there is no reading in degrees; the operator may want none.
+bool IsHotterOrWanted(HWND dialog, float temperatureC)
+{
+    if (temperatureC > TemperatureCold) return true;
+    return MessageBox(dialog, "High temperature is <= Low temperature", kMessageCaption, BoxIcon::kExclamation,
+                      BoxButtons::kOkCancel, Button::kCancel) == Button::kOk;
+}
+
+// An empty field leaves the emissivity.
+bool TakeEmissivity(HWND dialog, const Source& source)
+{
+    const std::string text = GetDlgItemText(dialog, source.emissivityEdit);
+    if (text.empty()) return true;
+    const float value = ScanFloat(text).value_or(0.0F);
+    if (!(value > 0.0F && value <= 1.0F)) {
+        SetDlgItemText(dialog, source.emissivityEdit, "1.0");
+        Refuse(dialog, source.emissivityEdit);
+        return false;
+    }
+    source.emissivity = value;
+    return true;
+}
+
+void AcceptCold(HWND dialog)
+{
+    if (TakeTemperature(dialog, kColdSource, AnyWillDo) && TakeEmissivity(dialog, kColdSource)) EndDialog(dialog, 1);
+}
+
+void AcceptHot(HWND dialog)
+{
+    if (!TakeTemperature(dialog, kHotSource, IsHotterOrWanted) || !TakeEmissivity(dialog, kHotSource)) return;
+    StatusMessage("  Getting high flux calibration data...", kLeftAligned);
+    EndDialog(dialog, 1);
+}
+
+int RunSourceDialog(const char* name, HWND window, const std::string& title, DialogProc procedure)
+{
+    titleOfRun = &title;
+    const int result = DialogBox(name, window, procedure);
+    titleOfRun = nullptr;
+    if (result != -1) return result;
+    MessageBox(window, "Unable to display dialog", "System Error");
+    return 0;
+}
+
+}  // namespace
+
+int ColdSourceDialog(HWND window, const std::string& title)
+{
+    return RunSourceDialog("CAL_COLD", window, title, fnCALCOLDDlgProc);
+}
+
+int HotSourceDialog(HWND window)
+{
+    return RunSourceDialog("CAL_HOT", window, "2 Point Calibration", fnCALHOTDlgProc);
+}
+
+LRESULT fnCALCOLDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+{
+    if (message == WM_INITDIALOG) {
+        MessageBeep(Sound::kDefault);
+        Open(dialog, kColdSource);
+        return 1;
+    }
+    if (message != WM_COMMAND) return 0;
+    switch (LowWord(wParam)) {
+        case kIdOk:
+            AcceptCold(dialog);
+            return 1;
+        case kIdCancel:
+            EndDialog(dialog, 0);
+            return 1;
+        case kIdHelp:
+            ShowHelpContext(kColdSource.helpTopic);
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+LRESULT fnCALHOTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+{
+    if (message == WM_INITDIALOG) {
+        Open(dialog, kHotSource);
+        return 1;
+    }
+    if (message != WM_COMMAND) return 0;
+    switch (LowWord(wParam)) {
+        case kIdOk:
+            AcceptHot(dialog);
+            return 1;
+        case kIdCancel:
+            StatusString(kIdleHint, kLeftAligned);
+            EndDialog(dialog, 0);
+            return 1;
+        case kIdHelp:
+            ShowHelpContext(kHotSource.helpTopic);
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace kelvo
