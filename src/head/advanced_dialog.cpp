@@ -1,6 +1,7 @@
 #include "head/advanced_dialog.h"
 
 #include "config/camera_config.h"
+#include "display/display_state.h"
 #include "grabber/board.h"
 #include "head/camera_head.h"
 #include "head/head_settings.h"
@@ -193,6 +194,7 @@ void SetFrameSize(std::int32_t columns, std::int32_t rows)
     const bool columnsChanged = Take(ActiveConfig.Hroi, columns);
     if (!Take(ActiveConfig.Vroi, rows) && !columnsChanged) return;
     FrameSizeChanged();
+    InstallDecommutation(ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW, false);
     FitOscFrame();
 }
 
