@@ -21,6 +21,8 @@ end
 -- Presses one of the turn-on dialog's buttons and tells what came of it.
 local function turnOn(button)
     press(button)
+    if dialog() == "QVF1058" then press(1) end -- the oscilloscope, accepted as it opens
+    if dialog() == "CALIB" then press(2) end
     assert(state("CameraOn") == 1 and state("LiveVideo") == 1, "the camera is on and live")
     say("camera on: %s", menu(kTurnOn).text)
 end

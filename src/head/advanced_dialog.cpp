@@ -1,6 +1,7 @@
 #include "head/advanced_dialog.h"
 
 #include "config/camera_config.h"
+#include "display/display_state.h"
 #include "grabber/board.h"
 #include "head/camera_head.h"
 #include "head/head_settings.h"
@@ -112,6 +113,7 @@ struct Snapshot {
     std::int32_t vactive = 0;
 };
 Snapshot atOpening;
+HWND setUpDialog = nullptr;  // the oscilloscope, beside which the dialog stands
 
 // --- The head ------------------------------------------------------------------------------------------------------
 
@@ -193,6 +195,7 @@ void SetFrameSize(std::int32_t columns, std::int32_t rows)
     const bool columnsChanged = Take(ActiveConfig.Hroi, columns);
     if (!Take(ActiveConfig.Vroi, rows) && !columnsChanged) return;
     FrameSizeChanged();
+    InstallDecommutation(ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW, false);
     FitOscFrame();
 }
 
@@ -257,15 +260,15 @@ void ShowFields(HWND dialog)
 }
 
 // Left of the set-up dialog, so that its plot stays in sight; on the screen all the same.
-void MoveBeside(HWND dialog, HWND owner)
+void MoveBesideSetUp(HWND dialog)
 {
     const Rect window = GetWindowRect(dialog);
-    const Rect setUp = GetWindowRect(owner);
+    const Rect setUp = GetWindowRect(setUpDialog);
     const int left = std::max(setUp.left - window.Width(), 0);
     MoveWindow(dialog, {left, setUp.top, left + window.Width(), setUp.top + window.Height()});
 }
 
-void Open(HWND dialog, LPARAM owner)
+void Open(HWND dialog)
 {
     atOpening = {HeadTiming,        FpaSerialWord,        ActiveConfig.Hroi,
                  ActiveConfig.Vroi, ActiveConfig.Hactive, ActiveConfig.Vactive};
@@ -274,7 +277,7 @@ void Open(HWND dialog, LPARAM owner)
     const bool editing = GetPrivateProfileInt("Setup", "AdvancedDiagnostics", 0, IniFilePath) != 0;
     CheckDlgButton(dialog, kEditDialog, editing);
     EnableFields(dialog, editing);
-    MoveBeside(dialog, reinterpret_cast<HWND>(owner));
+    MoveBesideSetUp(dialog);
 }
 
 bool ClickSerialBox(HWND dialog, int id)
@@ -385,17 +388,18 @@ int ApplyAdvancedFields(HWND dialog)
 
 int AdvancedDialog(HWND parent)
 {
-    const int result = DialogBox("ADVANCED", parent, fnADVANCEDDlgProc, reinterpret_cast<LPARAM>(parent));
+    setUpDialog = parent;
+    const int result = DialogBox("ADVANCED", parent, fnADVANCEDDlgProc);
     if (result != -1) return result;
     MessageBox(parent, "Unable to display dialog", "System Error");
     return 0;
 }
 
-LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
 {
     switch (message) {
         case WM_INITDIALOG:
-            Open(dialog, lParam);
+            Open(dialog);
             return 1;
         case WM_COMMAND:
             if (HighWord(wParam) == kEditChanged) return ArmApply(dialog, LowWord(wParam));

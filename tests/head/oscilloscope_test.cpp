@@ -73,9 +73,9 @@ TEST(Oscilloscope, EachPixelIsADotOverItsNumber)
 {
     ScopePlot plot = Plot(16, 4);
     PlotFrame(plot, Counts{3, 2, 1, 0, 0, 1, 2, 3, 3, 3, 0, 0, 1, 2, 1, 2}, 0, 3, 1);
-    EXPECT_THAT(Shown(plot), ElementsAre("#......###......",   //
-                                         ".#....#......#.#",   //
-                                         "..#..#......#.#.",   //
+    EXPECT_THAT(Shown(plot), ElementsAre("#......###......",  //
+                                         ".#....#......#.#",  //
+                                         "..#..#......#.#.",  //
                                          "...##.....##...."));
     EXPECT_EQ(plot.bits[0], 0x81) << "the highest bit is the leftmost column";
 }
@@ -165,7 +165,7 @@ TEST(Oscilloscope, AFrameSmallerThanThePlotFillsItsFirstColumns)
 {
     ScopePlot plot = Plot(32, 4);
     PlotFrame(plot, Counts{0, 1, 2, 3, 3}, 0, 3, 1);
-    EXPECT_EQ(Shown(plot)[0], "...##..........................." );
+    EXPECT_EQ(Shown(plot)[0], "...##...........................");
     PlotFrame(plot, {}, 0, 3, 1);
     EXPECT_THAT(plot.bits, Each(0)) << "the former plot is gone";
 }
@@ -233,7 +233,9 @@ TEST(Oscilloscope, TheTitleNamesTheQuantityAndItsUnit)
 {
     EXPECT_EQ(ScopeTitle(0), "Signal (Counts) vs Pixel Number");
     EXPECT_EQ(ScopeTitle(1), "Signal (V) vs Pixel Number");
-    EXPECT_EQ(ScopeTitle(2), "Temperature (\xB0" "C) vs Pixel Number");
+    EXPECT_EQ(ScopeTitle(2),
+              "Temperature (\xB0"
+              "C) vs Pixel Number");
 }
 
 TEST(Oscilloscope, FrameRatesHaveMoreDecimalsTheLowerTheyAre)

@@ -112,7 +112,8 @@ void FillDisplay(HWND dialog)
 
 TEST_P(LookOf, Dialogs)
 {
-    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT"}) {
+    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT",
+                             "QVF1058", "ADVANCED", "FRAMERATE"}) {
         dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {
@@ -122,6 +123,16 @@ TEST_P(LookOf, Dialogs)
                 SetDlgItemText(dialog, 1011, "-40");
                 SetDlgItemText(dialog, 1012, "150");
                 SetDlgItemText(dialog, 1014, "a recording with a long name.raw");
+            }
+            if (seen.message == WM_INITDIALOG && std::string_view(name) == "QVF1058") {
+                for (int id = 602; id <= 612; ++id) SetDlgItemText(dialog, id, "-1906.875");
+                ListAdd(dialog, 624, "100.0");
+                ListAdd(dialog, 626, "0.00125");
+                SetDlgItemText(dialog, 641, "255");
+                SetDlgItemText(dialog, 655, "15");
+                ListAdd(dialog, 1256,
+                        "Temperature (\xB0"
+                        "C)");
             }
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "ACCOUNT") {
                 for (const int id : {1001, 1002, 1003, 1004}) SetDlgItemText(dialog, id, "999999999999");

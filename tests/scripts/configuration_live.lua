@@ -1,10 +1,11 @@
 -- A change of camera with live video running and the image cursor on: from the small camera to the large one and back in one process, with
 -- colour scale, saturation overlay and frame account open.
 local check = require "check"
+local video = require "video"
 
 local function turn_on()
   check.eq(dialog(), "CLOCK_ON")
-  press(1070)
+  video.turn_on()
   check.eq(box(), nil)
   check.eq(dialog(), nil)
   check.eq({ state("CameraOn"), state("LiveVideo"), state("ViewingFile") }, { 1, 1, 0 })

@@ -1,6 +1,7 @@
 -- The camera's main switch with the simulated head behind it: each of the three ways on, and off again each time.
 local check = require "check"
 local files = require "files"
+local video = require "video"
 
 local function turn_off()
   command(169)
@@ -22,8 +23,7 @@ local function is_live()
 end
 
 -- The start asks; the video set-up's way.
-check.eq(dialog(), "CLOCK_ON")
-press(1070)
+video.turn_on()
 is_live()
 check.eq(state("CalType"), 0)
 -- 48000000 / 12 Hz over 320 x 256 pixels at row 3 of the list.
@@ -35,7 +35,7 @@ check.answer_box("Do you wish to turn the Vantir camera OFF?", "no")
 is_live()
 
 -- The video set-up's command sends what is in force and leaves the camera on.
-command(121)
+video.accept_set_up()
 is_live()
 turn_off()
 
