@@ -194,6 +194,11 @@ std::int32_t SetHeadWindow(std::int32_t colStart, std::int32_t rowStart, std::in
     return LoadFpaSerialWord(FpaSerialWord) && timingLoaded ? 1 : 0;
 }
 
+float FrameRateAtClock(std::int32_t clockIndex)
+{
+    return FrameRateAt(HeadTiming, clockIndex);
+}
+
 void SetFrameRateIndex(std::int32_t index)
 {
     HeadTiming.MasterClockIndex = LimitedClockIndex(index);

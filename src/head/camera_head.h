@@ -29,6 +29,8 @@ std::int32_t LoadHeadTiming(HeadTimingRecord& record);
 std::int32_t LoadFpaSerialWord(FpaSerialWordRecord record);
 std::int32_t SetHeadWindow(std::int32_t colStart, std::int32_t rowStart, std::int32_t colEnd, std::int32_t rowEnd);
 void SetFrameRateIndex(std::int32_t index);
+// Hz at a clock index (MasterClockMinIndex + row of the frame rate list), not limited; 0 while the frame has no size.
+float FrameRateAtClock(std::int32_t clockIndex);
 void SetVideoOffset(std::int32_t value);  // counts of DAC 0, clamped to 0 to 255
 void SetVideoGain(std::int32_t index);    // 1 to 14 by the table of codes; others pass through, clamped to 0 to 15
 // The result of the write; on the HgCdTe head slot.

@@ -1,32 +1,54 @@
-// The video set-up: frame rate, integration time, gain and offset of the head, and the keys that keep them.
+// The video set-up: frame rate, integration time, gain and offset of the head, the keys that keep them, and the
+// oscilloscope dialog in which the operator chooses them.
 #pragma once
 
 #include "config/camera_config.h"
 #include "platform/types.h"
 
+#include <array>
+#include <cstdint>
 #include <string_view>
 
 namespace kelvo {
+
+// Milliseconds by slot, as the video set-up last set them. -1: an index beyond the head's table.
+extern std::array<float, 4> IntegrationTime;
 
 // Reads from the active camera's section: IndexFrameRate (10); IndexIntegrationTime (10), four numbers by slot, of
 // which the first counts for all where they aren't four; gain and offset of the first channel from QVF1058_Gain0 (0)
 // and QVF1058_DAC0 (128). Clears FrameRate and works out VoltsLow and VoltsHigh.
 void LoadVideoSettings();
 
-// Sends the integration time, offset and gain in force to the head, and starts the grab again where live video is what
-// the operator sees. Opens the link if it is closed, and closes it again unless CommPortAlwaysOpen keeps it; where it
-// can't be opened nothing is sent, after the link's boxes. 1.
-int VideoSetupDialog(HWND parent);
-
 // The same from section Setup of a file (a calibration set): IndexFrameRate (10; a set without it takes its row from
 // FrameRate), IntTime (10, for all slots), VideoGain1 (0), VideoOffset1 (128).
 void LoadVideoSettings(std::string_view file);
 
-// Writes what is in force: section Setup of the file, and the active camera's section of camera.ini.
+// Writes what is in force. Section Setup of the file: FrameRate (Hz), IndexFrameRate, IntTime (of the first slot),
+// VideoGain1 to VideoGain4, VideoOffset1 to VideoOffset4. The active camera's section of camera.ini: the same of the
+// first channel, fFrameRate, and the head's registers (delays, biases, flips, window). Registers that no turn-on has
+// read yet keep their keys.
 void SaveVideoSettings(std::string_view file);
 
-// CalType 0, the full range of counts, the plain table, gain 1 and the unity offset in the active tables. 1, or 0 after
-// a box where the table or the gains failed.
+// VoltsLow and VoltsHigh, the volts at DisplayLow and DisplayHigh, for a gain index (limited to 0 to 15) and an offset:
+// (counts - ADoffset) x VoltsPerCountVsGain[gain] - (offset - 128) x VoltsOffset.
+void SetVoltsRange(std::int32_t gain, std::int32_t offset);
+
+// CalType 0, the full range of 14 bits (0 to 0x3FFF), the table of the readout order alone, gain 1 and an offset of
+// twice UnityOffset, with its sign, in the active tables. 1, or 0 where the table or the gains failed. Each failure is
+// told: "Hardware Timeout Error, Download of Decommutation List", "Error, Download of Gain Coefficients", "Error,
+// Download of Offset Coefficients".
 int ResetUnityGainOffset(const CameraConfig& config);
+
+// Builds the table of the readout order, turned as the flags say, installs it and keeps it as DECOM.TMP. Each step
+// shows its text on the status line where tellSteps is set. False after a box where it couldn't be built or installed;
+// a DECOM.TMP that couldn't be written is told and changes nothing.
+bool InstallDecommutation(const CameraConfig& config, std::int32_t mirrorHoriz, std::int32_t mirrorVert,
+                          std::int32_t rotateCcw, bool tellSteps);
+
+// Runs the oscilloscope dialog until the operator closes it: 1 by OK, which keeps what was chosen, 0 otherwise. Live
+// video is held off meanwhile and starts again afterwards if the camera is on and no file is on view. Opens the link if
+// it is closed, and closes it again unless CommPortAlwaysOpen keeps it; where it can't be opened there is no dialog,
+// and 0, after the link's boxes. Blocks.
+int VideoSetupDialog(HWND parent);
 
 }  // namespace kelvo

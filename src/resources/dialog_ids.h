@@ -54,5 +54,8 @@ constexpr int kHelpFrameAccount = 2007;
 constexpr int kHelpColorScale = 2008;
 constexpr int kHelpSaturation = 2009;
 constexpr int kHelpBench = 2010;
+constexpr int kHelpVideoSetup = 289;
+constexpr int kHelpAdvancedVideo = 2012;
+constexpr int kHelpExternalClock = 2013;
 
 }  // namespace kelvo

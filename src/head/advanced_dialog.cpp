@@ -1,0 +1,414 @@
+#include "head/advanced_dialog.h"
+
+#include "config/camera_config.h"
+#include "grabber/board.h"
+#include "head/camera_head.h"
+#include "head/head_settings.h"
+#include "head/head_state.h"
+#include "head/scope_frame.h"
+#include "head/video_setup.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/help.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/dialog_ids.h"
+#include "shell/windows.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+
+namespace kelvo {
+
+std::int32_t AdPixelOrder = 1;
+
+namespace {
+
+constexpr int kColStart = 1375;
+constexpr int kRowStart = 1374;
+constexpr int kHorizontal = 314;
+constexpr int kVertical = 316;
+constexpr int kDelay = 9101;
+constexpr int kAdDelay = 9102;
+constexpr int kFpaTestMode = 9104;
+constexpr int kTimingTestMode = 9105;
+constexpr int kPixelOrder = 9106;
+constexpr int kFastFrame = 9107;
+constexpr int kPedBias = 9108;
+constexpr int kColGain = 9109;
+constexpr int kDetBias = 9110;
+constexpr int kFlipCols = 9111;
+constexpr int kFlipRows = 9112;
+constexpr int kEditDialog = 9113;
+constexpr int kSuperframe = 9114;
+
+constexpr std::uint32_t kApplyTimer = 42;
+constexpr std::int64_t kGeometryMs = 1000;  // a size is typed digit by digit
+constexpr std::int64_t kLevelMs = 500;
+constexpr std::size_t kFieldCharacters = 4;
+
+// What the pixel order box means.
+constexpr std::int32_t kOrderFixed = 1;
+constexpr std::int32_t kOrder12 = 12;
+constexpr std::int32_t kOrder21 = 21;
+
+constexpr std::int32_t kWindowStep = 8;
+constexpr std::int32_t kNarrowestWindow = 128;
+
+// The number fields, in the order in which they are read. A field that isn't taken over is only shown.
+enum Field {
+    kFieldLeft,
+    kFieldTop,
+    kFieldColumns,
+    kFieldRows,
+    kFieldDelay,
+    kFieldColGain,
+    kFieldDetBias,
+    kFieldPedBias
+};
+constexpr std::size_t kFieldCount = 8;
+
+struct NumberField {
+    int id;
+    std::int32_t minimum;
+    std::int32_t maximum;
+    std::int64_t waitMs;  // from the last change to the taking over
+};
+constexpr std::array<NumberField, kFieldCount> kNumberFields = {{{kColStart, 0, 511, kGeometryMs},
+                                                                 {kRowStart, 0, 511, kGeometryMs},
+                                                                 {kHorizontal, 8, 640, kGeometryMs},
+                                                                 {kVertical, 8, 512, kGeometryMs},
+                                                                 {kDelay, 0, 15, kGeometryMs},
+                                                                 {kColGain, 0, 7, kLevelMs},
+                                                                 {kDetBias, 0, 15, kLevelMs},
+                                                                 {kPedBias, 0, 3, kLevelMs}}};
+using FieldValues = std::array<std::int32_t, kFieldCount>;
+
+// A check box stands for one byte of a record.
+struct SerialBox {
+    int id;
+    std::uint8_t FpaSerialWordRecord::*field;
+};
+constexpr SerialBox kSerialBoxes[] = {{kFpaTestMode, &FpaSerialWordRecord::SerialBitsB},
+                                      {kFlipCols, &FpaSerialWordRecord::FlipCols},
+                                      {kFlipRows, &FpaSerialWordRecord::FlipRows}};
+struct TimingBox {
+    int id;
+    std::uint8_t HeadTimingRecord::*field;
+};
+constexpr TimingBox kTimingBoxes[] = {{kTimingTestMode, &HeadTimingRecord::TimingTestMode},
+                                      {kSuperframe, &HeadTimingRecord::SuperframeMode}};
+
+// For Cancel.
+struct Snapshot {
+    HeadTimingRecord timing;
+    FpaSerialWordRecord serialWord;
+    std::int32_t hroi = 0;
+    std::int32_t vroi = 0;
+    std::int32_t hactive = 0;
+    std::int32_t vactive = 0;
+};
+Snapshot atOpening;
+
+// --- The head ------------------------------------------------------------------------------------------------------
+
+void SendBoth()
+{
+    LoadHeadTiming(HeadTiming);
+    LoadFpaSerialWord(FpaSerialWord);
+}
+
+// The index in force means other counters in another window.
+void SendIntegrationAgain()
+{
+    const auto slot = static_cast<std::size_t>(IntegrationSlot);
+    SetIntegrationIndex(IndexIntegrationTime.at(slot), IntegrationSlot);
+    IntegrationTime.at(slot) = static_cast<float>(IntegrationTimeMsec(FrameRate, IndexIntegrationTime.at(slot)));
+}
+
+template <typename Number>
+bool Take(Number& target, std::int32_t value)
+{
+    if (target == static_cast<Number>(value)) return false;
+    target = static_cast<Number>(value);
+    return true;
+}
+
+// --- The fields ----------------------------------------------------------------------------------------------------
+
+FieldValues ValuesInForce()
+{
+    return {FpaSerialWord.ColStart,     FpaSerialWord.RowStart, ActiveConfig.Hroi,     ActiveConfig.Vroi,
+            HeadTiming.FrameStartDelay, FpaSerialWord.ColGain,  FpaSerialWord.DetBias, FpaSerialWord.PedBias};
+}
+
+// A whole number of at most four characters, blanks around it aside.
+std::optional<std::int32_t> NumberOf(std::string_view text)
+{
+    const std::string_view digits = Trimmed(text.substr(0, kFieldCharacters));
+    if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos) return std::nullopt;
+    return ScanDecimal(digits);
+}
+
+std::optional<FieldValues> ReadFields(HWND dialog)
+{
+    const FieldValues inForce = ValuesInForce();
+    FieldValues values{};
+    for (std::size_t i = 0; i < kFieldCount; ++i) {
+        const NumberField& field = kNumberFields.at(i);
+        const std::optional<std::int32_t> number = NumberOf(GetDlgItemText(dialog, field.id));
+        if (!number || *number < field.minimum || *number > field.maximum) {
+            SetDlgItemInt(dialog, field.id, inForce.at(i));
+            FocusDlgItem(dialog, field.id);
+            return std::nullopt;
+        }
+        values.at(i) = *number;
+    }
+    return values;
+}
+
+std::int32_t RoundedUp(std::int32_t size, std::int32_t least)
+{
+    return std::max((size + kWindowStep - 1) / kWindowStep * kWindowStep, least);
+}
+
+void SetWindow(const HeadWindow& window)
+{
+    FpaSerialWord.ColStart = window.colStart;
+    FpaSerialWord.ColEnd = window.colEnd;
+    FpaSerialWord.RowStart = window.rowStart;
+    FpaSerialWord.RowEnd = window.rowEnd;
+    ActiveConfig.Hactive = window.colEnd + 1 - window.colStart;
+    ActiveConfig.Vactive = window.rowEnd + 1 - window.rowStart;
+    HeadTiming.TimingCols = static_cast<std::int16_t>(ActiveConfig.Hactive + HeadTiming.ExtraTimingCols);
+    HeadTiming.TimingRows = static_cast<std::int16_t>(ActiveConfig.Vactive + HeadTiming.ExtraTimingRows);
+    FrameRate = FrameRateAtClock(HeadTiming.MasterClockIndex);
+}
+
+void SetFrameSize(std::int32_t columns, std::int32_t rows)
+{
+    const bool columnsChanged = Take(ActiveConfig.Hroi, columns);
+    if (!Take(ActiveConfig.Vroi, rows) && !columnsChanged) return;
+    FrameSizeChanged();
+    FitOscFrame();
+}
+
+bool TakeWindow(const FieldValues& values)
+{
+    const FieldValues inForce = ValuesInForce();
+    if (std::equal(values.begin(), values.begin() + kFieldDelay, inForce.begin())) return false;
+    SetWindow(WindowFromRectangle(values[kFieldLeft], values[kFieldTop], values[kFieldColumns], values[kFieldRows]));
+    SetFrameSize(values[kFieldColumns], values[kFieldRows]);
+    return true;
+}
+
+// The field shows the frame's delay; one that the operator changes holds for the line too.
+bool TakeDelay(std::int32_t delay)
+{
+    if (!Take(HeadTiming.FrameStartDelay, delay)) return false;
+    Take(HeadTiming.LineStartDelay, delay);
+    return true;
+}
+
+bool TakeLevels(const FieldValues& values)
+{
+    bool changed = TakeDelay(values[kFieldDelay]);
+    changed |= Take(FpaSerialWord.ColGain, values[kFieldColGain]);
+    changed |= Take(FpaSerialWord.DetBias, values[kFieldDetBias]);
+    changed |= Take(FpaSerialWord.PedBias, values[kFieldPedBias]);
+    return changed;
+}
+
+void ApplyAndSend(HWND dialog)
+{
+    if (ApplyAdvancedFields(dialog)) SendBoth();
+}
+
+// --- The dialog ----------------------------------------------------------------------------------------------------
+
+// The box's state as it is stored; an order that it can't show becomes 1, 2.
+void ShowPixelOrder(HWND dialog)
+{
+    if (AdPixelOrder != kOrderFixed && AdPixelOrder != kOrder21) AdPixelOrder = kOrder12;
+    CheckDlgButton(dialog, kPixelOrder, AdPixelOrder == kOrder12);
+}
+
+void EnableFields(HWND dialog, bool enabled)
+{
+    for (const NumberField& field : kNumberFields) EnableDlgItem(dialog, field.id, enabled);
+    for (const int id : {kAdDelay, kFpaTestMode, kTimingTestMode, kFastFrame, kFlipCols, kFlipRows, kSuperframe}) {
+        EnableDlgItem(dialog, id, enabled);
+    }
+    EnableDlgItem(dialog, kPixelOrder, enabled && AdPixelOrder != kOrderFixed);
+}
+
+void ShowFields(HWND dialog)
+{
+    const FieldValues values = ValuesInForce();
+    for (std::size_t i = 0; i < kFieldCount; ++i) SetDlgItemInt(dialog, kNumberFields.at(i).id, values.at(i));
+    SetDlgItemInt(dialog, kAdDelay, HeadTiming.AdDelay);
+    for (const SerialBox& box : kSerialBoxes) CheckDlgButton(dialog, box.id, FpaSerialWord.*box.field != 0);
+    for (const TimingBox& box : kTimingBoxes) CheckDlgButton(dialog, box.id, HeadTiming.*box.field != 0);
+    CheckDlgButton(dialog, kFastFrame, true);
+    ShowPixelOrder(dialog);
+}
+
+// Left of the set-up dialog, so that its plot stays in sight; on the screen all the same.
+void MoveBeside(HWND dialog, HWND owner)
+{
+    const Rect window = GetWindowRect(dialog);
+    const Rect setUp = GetWindowRect(owner);
+    const int left = std::max(setUp.left - window.Width(), 0);
+    MoveWindow(dialog, {left, setUp.top, left + window.Width(), setUp.top + window.Height()});
+}
+
+void Open(HWND dialog, LPARAM owner)
+{
+    atOpening = {HeadTiming,        FpaSerialWord,        ActiveConfig.Hroi,
+                 ActiveConfig.Vroi, ActiveConfig.Hactive, ActiveConfig.Vactive};
+    ShowFields(dialog);
+    KillTimer(dialog, kApplyTimer);  // what was filled in isn't the operator's change
+    const bool editing = GetPrivateProfileInt("Setup", "AdvancedDiagnostics", 0, IniFilePath) != 0;
+    CheckDlgButton(dialog, kEditDialog, editing);
+    EnableFields(dialog, editing);
+    MoveBeside(dialog, reinterpret_cast<HWND>(owner));
+}
+
+bool ClickSerialBox(HWND dialog, int id)
+{
+    for (const SerialBox& box : kSerialBoxes) {
+        if (box.id != id) continue;
+        FpaSerialWord.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
+        LoadFpaSerialWord(FpaSerialWord);
+        return true;
+    }
+    return false;
+}
+
+bool ClickTimingBox(HWND dialog, int id)
+{
+    for (const TimingBox& box : kTimingBoxes) {
+        if (box.id != id) continue;
+        HeadTiming.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
+        LoadHeadTiming(HeadTiming);
+        return true;
+    }
+    return false;
+}
+
+void ClickPixelOrder(HWND dialog)
+{
+    AdPixelOrder = IsDlgButtonChecked(dialog, kPixelOrder) ? kOrder12 : kOrder21;
+    SetVideoGain(AdPixelOrder);
+}
+
+// Taken over once the typing has come to rest.
+bool ArmApply(HWND dialog, int id)
+{
+    if (id == kAdDelay) {
+        SetTimer(dialog, kApplyTimer, kLevelMs);
+        return true;
+    }
+    const auto* field = std::ranges::find(kNumberFields, id, &NumberField::id);
+    if (field == kNumberFields.end()) return false;
+    SetTimer(dialog, kApplyTimer, field->waitMs);
+    return true;
+}
+
+void Accept(HWND dialog)
+{
+    KillTimer(dialog, kApplyTimer);
+    ApplyAndSend(dialog);
+    SendIntegrationAgain();
+    SaveVideoSettings(IniFilePath);
+    WriteHeadKey("Hroi", ActiveConfig.Hroi);  // so that the window stands at the next start as well
+    WriteHeadKey("Vroi", ActiveConfig.Vroi);
+    EndDialog(dialog, 1);
+}
+
+void Cancel(HWND dialog)
+{
+    KillTimer(dialog, kApplyTimer);
+    HeadTiming = atOpening.timing;
+    FpaSerialWord = atOpening.serialWord;
+    ActiveConfig.Hactive = atOpening.hactive;
+    ActiveConfig.Vactive = atOpening.vactive;
+    FrameRate = FrameRateAtClock(HeadTiming.MasterClockIndex);
+    SetFrameSize(atOpening.hroi, atOpening.vroi);
+    SendBoth();
+    EndDialog(dialog, 0);
+}
+
+bool OnClick(HWND dialog, int id)
+{
+    switch (id) {
+        case kEditDialog:
+            EnableFields(dialog, IsDlgButtonChecked(dialog, kEditDialog));
+            return true;
+        case kPixelOrder:
+            ClickPixelOrder(dialog);
+            return true;
+        case kIdOk:
+            Accept(dialog);
+            return true;
+        case kIdCancel:
+            Cancel(dialog);
+            return true;
+        case kIdHelp:
+            ShowHelpContext(kHelpAdvancedVideo);
+            return true;
+        default:
+            return ClickSerialBox(dialog, id) || ClickTimingBox(dialog, id);
+    }
+}
+
+}  // namespace
+
+HeadWindow WindowFromRectangle(std::int32_t left, std::int32_t top, std::int32_t columns, std::int32_t rows)
+{
+    return {.colStart = left,
+            .rowStart = top,
+            .colEnd = left + RoundedUp(columns, kNarrowestWindow) - 1,
+            .rowEnd = top + RoundedUp(rows, kWindowStep) - 1};
+}
+
+int ApplyAdvancedFields(HWND dialog)
+{
+    const std::optional<FieldValues> values = ReadFields(dialog);
+    if (!values) return 0;
+    const bool windowChanged = TakeWindow(*values);
+    return TakeLevels(*values) || windowChanged ? 1 : 0;
+}
+
+int AdvancedDialog(HWND parent)
+{
+    const int result = DialogBox("ADVANCED", parent, fnADVANCEDDlgProc, reinterpret_cast<LPARAM>(parent));
+    if (result != -1) return result;
+    MessageBox(parent, "Unable to display dialog", "System Error");
+    return 0;
+}
+
+LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+        case WM_INITDIALOG:
+            Open(dialog, lParam);
+            return 1;
+        case WM_COMMAND:
+            if (HighWord(wParam) == kEditChanged) return ArmApply(dialog, LowWord(wParam));
+            if (HighWord(wParam) == kButtonClicked) return OnClick(dialog, LowWord(wParam));
+            return 0;
+        case WM_TIMER:
+            if (wParam != kApplyTimer) return 0;
+            KillTimer(dialog, kApplyTimer);
+            ApplyAndSend(dialog);
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace kelvo

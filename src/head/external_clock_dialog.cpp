@@ -1,0 +1,106 @@
+#include "head/external_clock_dialog.h"
+
+#include "head/head_state.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/help.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "resources/dialog_ids.h"
+
+#include <optional>
+#include <string>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kRateEdit = 624;
+constexpr int kClockName = 1644;
+constexpr int kYes = 6;
+constexpr int kNo = 7;
+constexpr float kHighestRate = 250.0F;
+
+std::string clockNameShown;
+
+// A number and nothing else.
+std::optional<float> ScanRate(std::string_view text)
+{
+    std::string_view rest = text;
+    const std::optional<float> rate = TakeFloat(rest);
+    return rate && Trimmed(rest).empty() ? rate : std::nullopt;
+}
+
+void Open(HWND dialog)
+{
+    SetDlgItemText(dialog, kClockName, clockNameShown);
+    SetDlgItemText(dialog, kRateEdit, Format("%.3f", static_cast<double>(FrameRate)));
+    CentreDialog(dialog);
+    FocusDlgItem(dialog, kRateEdit);
+}
+
+void Refuse(HWND dialog, std::string_view text)
+{
+    MessageBox(dialog, text, kMessageCaption);
+    FocusDlgItem(dialog, kRateEdit);
+}
+
+void Accept(HWND dialog)
+{
+    const std::optional<float> rate = ScanRate(GetDlgItemText(dialog, kRateEdit));
+    if (!rate) {
+        Refuse(dialog, "The frame rate must be a number, in Hz.");
+        return;
+    }
+    if (!(*rate >= 0 && *rate <= kHighestRate)) {
+        Refuse(dialog, "The frame rate must be between 0.0 & 250.0 Hz.");
+        return;
+    }
+    FrameRate = *rate;
+    EndDialog(dialog, 1);
+}
+
+bool OnCommand(HWND dialog, int id)
+{
+    switch (id) {
+        case kYes:
+        case kIdOk:
+            Accept(dialog);
+            return true;
+        case kNo:
+        case kIdCancel:
+            EndDialog(dialog, 0);
+            return true;
+        case kIdHelp:
+            ShowHelpContext(kHelpExternalClock);
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+int ExternalClockDialog(HWND parent, std::string_view clockName)
+{
+    clockNameShown = clockName;
+    const int result = DialogBox("FRAMERATE", parent, fnFrRateDlgProc);
+    if (result != -1) return result;
+    MessageBox(parent, "Unable to display dialog", "System Error");
+    return 0;
+}
+
+LRESULT fnFrRateDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+{
+    switch (message) {
+        case WM_INITDIALOG:
+            Open(dialog);
+            return 1;
+        case WM_COMMAND:
+            return OnCommand(dialog, LowWord(wParam));
+        default:
+            return 0;
+    }
+}
+
+}  // namespace kelvo

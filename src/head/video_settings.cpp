@@ -1,0 +1,164 @@
+#include "config/camera_config.h"
+#include "display/display_state.h"
+#include "head/camera_head.h"
+#include "head/head_settings.h"
+#include "head/head_state.h"
+#include "head/video_setup.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "shell/windows.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+std::array<float, 4> IntegrationTime{};
+
+namespace {
+
+constexpr std::int32_t kDefaultFrameRateRow = 10;
+constexpr std::int32_t kDefaultIntegration = 10;
+constexpr std::int32_t kDefaultGain = 0;
+constexpr std::int32_t kDefaultOffset = 128;
+constexpr std::int32_t kVoltsOffsetZero = 128;  // the offset at which it adds nothing
+
+// Numbers parted by commas; how many were there.
+std::size_t ScanNumbers(std::string_view text, std::array<std::int32_t, 4>& numbers)
+{
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const std::size_t comma = text.find(',');
+        const auto number = ScanDecimal(text.substr(0, comma));
+        if (!number) return i;
+        numbers.at(i) = *number;
+        if (comma == std::string_view::npos) return i + 1;
+        text.remove_prefix(comma + 1);
+    }
+    return numbers.size();
+}
+
+void ReadIntegrationIndexes()
+{
+    const std::string text =
+        GetPrivateProfileString(ActiveCameraSection(), "IndexIntegrationTime", "10", CameraFilePath);
+    if (ScanNumbers(text, IndexIntegrationTime) < IndexIntegrationTime.size()) {
+        IndexIntegrationTime.fill(IndexIntegrationTime.front());
+    }
+}
+
+// What both sources have in common once their keys are read.
+void TakeOver()
+{
+    IntegrationSetting = IndexIntegrationTime.at(static_cast<std::size_t>(IntegrationSlot));
+    FrameRate = 0;
+    SetVoltsRange(VideoGain[0], VideoOffset[0]);
+}
+
+// Old sets kept the row under the name of the rate.
+std::int32_t FrameRateRowOf(std::string_view file)
+{
+    const char* key = HasProfileKey("Setup", "IndexFrameRate", file) ? "IndexFrameRate" : "FrameRate";
+    return GetPrivateProfileInt("Setup", key, kDefaultFrameRateRow, file);
+}
+
+float VoltsAt(std::int32_t counts, std::size_t gain, std::int32_t offset)
+{
+    const float zero = static_cast<float>(offset - kVoltsOffsetZero) * VoltsOffset;
+    return (static_cast<float>(counts) - ADoffset) * VoltsPerCountVsGain.at(gain) - zero;
+}
+
+void WriteSetupKeys(std::string_view file)
+{
+    const auto write = [&](std::string_view key, const std::string& value) {
+        WritePrivateProfileString("Setup", key, value, file);
+    };
+    write("FrameRate", Format("%f", static_cast<double>(FrameRate)));
+    write("IndexFrameRate", Format("%d", IndexFrameRate));
+    write("IntTime", Format("%d", IndexIntegrationTime.front()));
+    for (std::size_t channel = 0; channel < VideoGain.size(); ++channel) {
+        write(Format("VideoGain%zu", channel + 1), Format("%d", VideoGain.at(channel)));
+        write(Format("VideoOffset%zu", channel + 1), Format("%d", VideoOffset.at(channel)));
+    }
+}
+
+void WriteChoiceKeys()
+{
+    const auto& index = IndexIntegrationTime;
+    WriteHeadKey("IndexFrameRate", IndexFrameRate);
+    WritePrivateProfileString(ActiveCameraSection(), "IndexIntegrationTime",
+                              Format("%d,%d,%d,%d", index[0], index[1], index[2], index[3]), CameraFilePath);
+    WriteHeadKey("QVF1058_Gain0", VideoGain[0]);
+    WriteHeadKey("QVF1058_DAC0", VideoOffset[0]);
+    WritePrivateProfileString(ActiveCameraSection(), "fFrameRate", Format("%f", static_cast<double>(FrameRate)),
+                              CameraFilePath);
+}
+
+void WriteTimingKeys()
+{
+    WriteHeadKey("QVF1058_AdDelay", HeadTiming.AdDelay);
+    WriteHeadKey("QVF1058_LineStartDelay", HeadTiming.LineStartDelay);
+    WriteHeadKey("QVF1058_FrameStartDelay", HeadTiming.FrameStartDelay);
+}
+
+void WriteFocalPlaneKeys()
+{
+    WriteHeadKey("DetBias", FpaSerialWord.DetBias);
+    WriteHeadKey("PedBias", FpaSerialWord.PedBias);
+    WriteHeadKey("ColGain", FpaSerialWord.ColGain);
+    WriteHeadKey("FlipRows", FpaSerialWord.FlipRows);
+    WriteHeadKey("FlipCols", FpaSerialWord.FlipCols);
+    WriteHeadKey("FastFrame", FpaSerialWord.FastFrame);
+    WriteHeadKey("ColStart", FpaSerialWord.ColStart);
+    WriteHeadKey("RowStart", FpaSerialWord.RowStart);
+}
+
+// A record that no turn-on has filled holds nothing worth keeping: it would overwrite the operator's keys.
+bool TimingIsRead()
+{
+    return HeadTiming.TimingCols != 0;
+}
+
+bool SerialWordIsRead()
+{
+    return FpaSerialWord.ColEnd != 0;
+}
+
+}  // namespace
+
+void SetVoltsRange(std::int32_t gain, std::int32_t offset)
+{
+    const auto index = static_cast<std::size_t>(std::clamp(gain, 0, 15));
+    VoltsLow = VoltsAt(DisplayLow, index, offset);
+    VoltsHigh = VoltsAt(DisplayHigh, index, offset);
+}
+
+void LoadVideoSettings()
+{
+    IndexFrameRate = HeadKey("IndexFrameRate", kDefaultFrameRateRow);
+    ReadIntegrationIndexes();
+    VideoGain[0] = HeadKey("QVF1058_Gain0", kDefaultGain);
+    VideoOffset[0] = HeadKey("QVF1058_DAC0", kDefaultOffset);
+    TakeOver();
+}
+
+void LoadVideoSettings(std::string_view file)
+{
+    IndexFrameRate = FrameRateRowOf(file);
+    IndexIntegrationTime.fill(GetPrivateProfileInt("Setup", "IntTime", kDefaultIntegration, file));
+    VideoGain[0] = GetPrivateProfileInt("Setup", "VideoGain1", kDefaultGain, file);
+    VideoOffset[0] = GetPrivateProfileInt("Setup", "VideoOffset1", kDefaultOffset, file);
+    TakeOver();
+}
+
+void SaveVideoSettings(std::string_view file)
+{
+    WriteSetupKeys(file);
+    WriteChoiceKeys();
+    if (TimingIsRead()) WriteTimingKeys();
+    if (SerialWordIsRead()) WriteFocalPlaneKeys();
+    WriteHeadKey("Vactive", ActiveConfig.Vactive);
+    WriteHeadKey("Hactive", ActiveConfig.Hactive);
+}
+
+}  // namespace kelvo

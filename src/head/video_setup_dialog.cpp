@@ -1,0 +1,634 @@
+#include "head/video_setup_dialog.h"
+
+#include "acquire/buffer_state.h"
+#include "calib/cal_state.h"
+#include "config/camera_config.h"
+#include "dibapi32/dibapi32.h"
+#include "display/display_pipeline.h"
+#include "display/display_state.h"
+#include "display/scroll_rule.h"
+#include "display/unit_list.h"
+#include "display/units.h"
+#include "grabber/frame_account.h"
+#include "grabber/frame_state.h"
+#include "grabber/host_frames.h"
+#include "head/advanced_dialog.h"
+#include "head/camera_head.h"
+#include "head/head_state.h"
+#include "head/head_transaction.h"
+#include "head/oscilloscope.h"
+#include "head/scope_frame.h"
+#include "head/turn_on.h"
+#include "head/video_setup.h"
+#include "imagefile/select_file.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/help.h"
+#include "platform/paint.h"
+#include "platform/pointer.h"
+#include "platform/print.h"
+#include "platform/script.h"
+#include "platform/text.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/dialog_ids.h"
+#include "resources/ids.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kPrint = 339;
+constexpr int kFirstLabel = 602;
+constexpr int kPlotArea = 620;
+constexpr int kLeftMarks = 621;
+constexpr int kRightMarks = 622;
+constexpr int kFrameRateBox = 624;
+constexpr int kIntegrationBox = 626;
+constexpr int kFirstOffsetText = 641;
+constexpr int kFirstOffsetBar = 651;
+constexpr int kFirstGainText = 655;
+constexpr int kFirstGainBar = 660;
+constexpr int kUnity = 670;
+constexpr int kAdvanced = 1020;
+constexpr int kFirstPixel = 1375;
+constexpr int kLastPixel = 1377;
+constexpr int kSavePlot = 1606;
+
+constexpr std::int32_t kMostOffset = 255;
+constexpr std::int32_t kMostGain = 15;
+constexpr std::size_t kChannels = 4;
+
+constexpr std::uint32_t kTickTimer = 1;
+constexpr std::int64_t kTickMs = 20;
+
+constexpr int kLeftAligned = 0;
+constexpr int kIdleHint = 1;  // status strings
+constexpr int kDialogHint = 121;
+
+constexpr std::uint32_t kWhitePaper = 0xFFFFFF;
+constexpr std::uint32_t kGreenPaper = 0x00FF00;  // the same in either order of its bytes
+constexpr ColorRef kMarkColor = 0x000000;
+constexpr ColorRef kMarkPaper = 0xFFFFFF;
+constexpr int kLeftMarkLength = 3;
+constexpr int kRightMarkLength = 4;
+
+// What the bars show until OK stores it.
+struct Levels {
+    std::array<std::int32_t, kChannels> gain{};
+    std::array<std::int32_t, kChannels> offset{};
+};
+Levels chosen;
+
+// The rows with which the head came in, for Cancel.
+struct Rows {
+    std::int32_t frameRate = 0;
+    std::int32_t integration = 0;
+};
+Rows atOpening;
+
+ScopePlot OscBitmap;
+
+std::size_t Slot()
+{
+    return static_cast<std::size_t>(std::clamp(IntegrationSlot, 0, 3));
+}
+
+bool IsHgCdTe()
+{
+    return HeadTiming.HeadModel == kHgCdTeHead;
+}
+
+// --- The head ------------------------------------------------------------------------------------------------------
+
+void UpdateIntegrationTime()
+{
+    IntegrationTime.at(Slot()) = static_cast<float>(IntegrationTimeMsec(FrameRate, IndexIntegrationTime.at(Slot())));
+}
+
+void SetIntegration(std::int32_t index)
+{
+    IndexIntegrationTime.at(Slot()) = index;
+    SetIntegrationIndex(index, IntegrationSlot);
+    UpdateIntegrationTime();
+}
+
+void SendLevels(std::int32_t gain, std::int32_t offset)
+{
+    SetVideoOffset(offset);
+    SetVideoGain(gain);
+    SetVoltsRange(gain, offset);
+}
+
+// The head is as it was when the dialog opened.
+void SendAsAtOpening()
+{
+    SetFrameRateIndex(atOpening.frameRate);
+    SetIntegration(atOpening.integration);
+    SendLevels(VideoGain[0], VideoOffset[0]);
+}
+
+void RestartGrab()
+{
+    if (!CameraOn) return;
+    LiveVideo = 0;
+    ToggleFreeze(LiveVideo);
+}
+
+// --- The plot ------------------------------------------------------------------------------------------------------
+
+// Columns or rows of dots that fill so many logical pixels: at a fractional ratio a dot is a whole number of device
+// pixels all the same.
+int DotsIn(HWND window, int logicalPixels)
+{
+    const int extent = ScaledExtent(window, logicalPixels, 1);
+    if (extent < 1) return 0;
+    return static_cast<int>(std::int64_t{logicalPixels} * logicalPixels / extent);
+}
+
+// Follows the size of its area. False after a box where memory is refused.
+bool FitPlot(HWND dialog)
+{
+    const HWND area = DlgItemWindow(dialog, kPlotArea);
+    const Rect client = GetClientRect(area);
+    const int width = DotsIn(area, client.Width()) / 16 * 16;
+    const int height = DotsIn(area, client.Height());
+    if (OscBitmap.width == width && OscBitmap.height == height && !OscBitmap.bits.empty()) return true;
+    if (AllocatePlot(OscBitmap, width, height)) return true;
+    MessageBox(dialog, "Failure to allocate global graphics memory!", kMessageCaption);
+    return false;
+}
+
+void DrawMarks(HWND dialog, int id, int length)
+{
+    const HWND strip = DlgItemWindow(dialog, id);
+    const Rect client = GetClientRect(strip);
+    FillSurface(strip, client, kMarkPaper);
+    for (const int row : MarkRows(client.Height())) FillSurface(strip, {0, row, length, row + 1}, kMarkColor);
+    InvalidateRect(strip, nullptr, false);
+}
+
+void DrawTickMarks(HWND dialog)
+{
+    DrawMarks(dialog, kLeftMarks, kLeftMarkLength);
+    DrawMarks(dialog, kRightMarks, kRightMarkLength);
+}
+
+void DrawPlot(HWND dialog)
+{
+    const std::size_t values = std::min(OscFrame.size(), static_cast<std::size_t>(OscPixels));
+    PlotFrame(OscBitmap, std::span<const std::int16_t>(OscFrame).first(values), DisplayLow, DisplayHigh,
+              ActiveConfig.OscilliscopeRes);
+    const std::uint32_t paper = CalType != 0 ? kGreenPaper : kWhitePaper;
+    const HWND area = DlgItemWindow(dialog, kPlotArea);
+    FillSurface(area, GetClientRect(area), paper);
+    StretchPixels(area, {0, 0, OscBitmap.width, OscBitmap.height}, PlotPicture(OscBitmap, paper));
+}
+
+void ShowPixelAxis(HWND dialog)
+{
+    SetDlgItemText(dialog, kFirstPixel, "0");
+    SetDlgItemInt(dialog, kLastPixel, OscPixels);
+}
+
+void ShowAxisLabels(HWND dialog)
+{
+    int id = kFirstLabel;
+    for (const std::int32_t counts : MarkCounts(DisplayLow, DisplayHigh)) {
+        std::string text;
+        CountsToUnit(counts, DisplayUnit, &text);
+        SetDlgItemText(dialog, id++, text);
+    }
+}
+
+void ShowUnit(HWND dialog)
+{
+    SetWindowText(dialog, ScopeTitle(DisplayUnit));
+    ShowAxisLabels(dialog);
+}
+
+// The range or what can be read of it may have changed.
+void RefreshUnits(HWND dialog)
+{
+    SetVoltsRange(chosen.gain[0], chosen.offset[0]);
+    DisplayUnit = FillUnitCombo(dialog, DisplayUnit);
+    ShowUnit(dialog);
+}
+
+// --- The tick ------------------------------------------------------------------------------------------------------
+
+void StartTick(HWND dialog)
+{
+    SetTimer(dialog, kTickTimer, kTickMs);
+}
+
+void StopTick(HWND dialog)
+{
+    KillTimer(dialog, kTickTimer);
+}
+
+// While something else stands in front of the dialog.
+class TickPause {
+  public:
+    explicit TickPause(HWND dialog) : dialog_(dialog) { StopTick(dialog_); }
+    ~TickPause() { StartTick(dialog_); }
+    TickPause(const TickPause&) = delete;
+    TickPause& operator=(const TickPause&) = delete;
+
+  private:
+    HWND dialog_;
+};
+
+void FreeBlocks()
+{
+    OscBitmap = {};
+    FreeOscFrame();
+}
+
+void Leave(HWND dialog, int result)
+{
+    FreeBlocks();
+    EndDialog(dialog, result);
+}
+
+void GiveUp(HWND dialog)
+{
+    MessageBox(dialog, "Bad status on GetVideoData().  Error reading image processor!", kMessageCaption);
+    LiveVideo = 0;
+    SendAsAtOpening();
+    StatusString(kIdleHint, kLeftAligned);
+    Leave(dialog, 0);
+}
+
+void Tick(HWND dialog)
+{
+    StopTick(dialog);
+    AccountHeldUp();  // the scope looks at a frame now and then; the others aren't lost
+    const int read = GetVideoData(OscFrame);
+    DrawTickMarks(dialog);
+    if (read < 1) {
+        GiveUp(dialog);
+        return;
+    }
+    if (!FitPlot(dialog)) {
+        Leave(dialog, 0);
+        return;
+    }
+    DrawPlot(dialog);
+    if (!DisplayEnabled) DrawFrame(OscFrame);  // otherwise it is in the image window already
+    NoteScriptFrame();
+    StartTick(dialog);
+}
+
+// --- Opening -------------------------------------------------------------------------------------------------------
+
+// The row of the clock in force. Without a head that has been programmed the row stays as the settings have it.
+std::int32_t RowInForce()
+{
+    if (HeadTiming.TimingCols == 0) return IndexFrameRate;
+    return HeadTiming.MasterClockIndex - HeadTiming.MasterClockMinIndex;
+}
+
+void ListFrameRates(HWND dialog)
+{
+    ListClear(dialog, kFrameRateBox);
+    for (std::int32_t clock = HeadTiming.MasterClockMinIndex; clock <= HeadTiming.MasterClockMaxIndex; ++clock) {
+        ListAdd(dialog, kFrameRateBox, FrameRateText(FrameRateAtClock(clock)));
+    }
+    ListSelect(dialog, kFrameRateBox, RowInForce());
+}
+
+void ListIntegrationTimes(HWND dialog)
+{
+    FillIntegrationCombo(dialog, IndexFrameRate, IndexIntegrationTime.at(Slot()));
+    UpdateIntegrationTime();
+}
+
+void OpenLists(HWND dialog)
+{
+    FrameRate = FrameRateAtClock(HeadTiming.MasterClockIndex);
+    IndexFrameRate = RowInForce();
+    ListFrameRates(dialog);
+    if (IsHgCdTe()) IndexIntegrationTime.at(Slot()) = 0;
+    atOpening = {.frameRate = IndexFrameRate, .integration = IndexIntegrationTime.at(Slot())};
+    ListIntegrationTimes(dialog);
+}
+
+void ShowLevel(HWND dialog, std::size_t channel)
+{
+    const auto place = static_cast<int>(channel);
+    SetDlgItemInt(dialog, kFirstOffsetText + place, chosen.offset.at(channel));
+    SetDlgItemInt(dialog, kFirstGainText + place, chosen.gain.at(channel));
+}
+
+// Outputs beyond half the channels have no bars of their own and follow the first.
+void OpenBars(HWND dialog)
+{
+    chosen = {.gain = VideoGain, .offset = VideoOffset};
+    const auto ownBars = static_cast<std::size_t>(std::clamp(ActiveConfig.NumChannels / 2, 0, 3));
+    for (std::size_t channel = 0; channel < kChannels; ++channel) {
+        if (channel > ownBars) {
+            chosen.gain.at(channel) = chosen.gain[0];
+            chosen.offset.at(channel) = chosen.offset[0];
+            continue;
+        }
+        const auto place = static_cast<int>(channel);
+        SetScrollRange(dialog, kFirstOffsetBar + place, 0, kMostOffset);
+        SetScrollPos(dialog, kFirstOffsetBar + place, kMostOffset - chosen.offset.at(channel));
+        SetScrollRange(dialog, kFirstGainBar + place, 0, kMostGain);
+        SetScrollPos(dialog, kFirstGainBar + place, kMostGain - chosen.gain.at(channel));
+        ShowLevel(dialog, channel);
+    }
+}
+
+// The first set-up after a turn-on without a calibration starts from a clean state. False after a box.
+bool DoFirstSetup(HWND dialog)
+{
+    CalType = 0;
+    if (!InstallDecommutation(ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW, true)) return false;
+    StatusMessage("Set unity gain and offset", kLeftAligned);
+    if (!ResetUnityGainOffset(ActiveConfig)) {
+        MessageBox(dialog, "Unable to Set UnityGain and Offset!", kMessageCaption);
+    }
+    FirstSetupPending = 0;
+    StatusMessage("Start acquiring data", kLeftAligned);
+    RestartGrab();
+    return true;
+}
+
+bool PrepareScope(HWND dialog)
+{
+    if (!FitPlot(dialog) || !FitOscFrame()) return false;
+    ShowPixelAxis(dialog);
+    StatusString(kDialogHint, kLeftAligned);
+    return !FirstSetupPending || DoFirstSetup(dialog);
+}
+
+void Open(HWND dialog)
+{
+    const Hourglass hourglass;
+    CentreDialog(dialog);
+    DockDialog(dialog);  // beside the picture
+    OpenLists(dialog);
+    OpenBars(dialog);
+    SendLevels(chosen.gain[0], chosen.offset[0]);
+    if (!PrepareScope(dialog)) {
+        Leave(dialog, 0);
+        return;
+    }
+    ResetHostFrameNext();
+    StatusMessage("Set valid units", kLeftAligned);
+    RefreshUnits(dialog);
+    StatusString(kIdleHint, kLeftAligned);
+    FocusDlgItem(dialog, kIdOk);
+    StartTick(dialog);
+}
+
+// --- What the operator does ----------------------------------------------------------------------------------------
+
+// The toolkit has moved the list by a page of its own; a page here is four rows from where it stood.
+void PageSelection(HWND dialog, int box, int row)
+{
+    if (KeyIsDown(Key::kPageUp)) ListSelect(dialog, box, PageBack(row));
+    if (KeyIsDown(Key::kPageDown)) ListSelect(dialog, box, PageOn(row, ListCount(dialog, box)));
+}
+
+void Tell(HWND dialog, std::string_view text)
+{
+    MessageBox(dialog, text, kMessageCaption);
+}
+
+void PickFrameRate(HWND dialog)
+{
+    PageSelection(dialog, kFrameRateBox, IndexFrameRate);
+    if (ListSelection(dialog, kFrameRateBox) == -1) Tell(dialog, "Error getting frame rate ComboBox value!");
+    const int row = ListSelection(dialog, kFrameRateBox);
+    if (row == -1) {
+        Tell(dialog, "Error setting frame rate listbox value!");
+        return;
+    }
+    const Hourglass hourglass;
+    SetFrameRateIndex(row);
+    ListIntegrationTimes(dialog);
+}
+
+void PickIntegration(HWND dialog)
+{
+    PageSelection(dialog, kIntegrationBox, IndexIntegrationTime.at(Slot()));
+    const int index = ListSelection(dialog, kIntegrationBox);
+    if (index == -1) {
+        Tell(dialog, "Error getting integration ComboBox value!");
+        return;
+    }
+    SetIntegration(index);
+}
+
+// With one channel one bar drives all.
+void Choose(std::array<std::int32_t, kChannels>& values, std::size_t channel, std::int32_t value)
+{
+    values.at(channel) = value;
+    if (ActiveConfig.NumChannels <= 1) values.fill(value);
+}
+
+// The channel of a bar in a row of bars that starts at first.
+std::optional<std::size_t> ChannelOf(int bar, int first)
+{
+    if (bar < first || bar >= first + static_cast<int>(kChannels)) return std::nullopt;
+    return static_cast<std::size_t>(bar - first);
+}
+
+bool OnScroll(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    const int bar = static_cast<int>(lParam);
+    if (const auto offsetBar = ChannelOf(bar, kFirstOffsetBar)) {
+        Choose(chosen.offset, *offsetBar, kMostOffset - ScrollTo(dialog, message, wParam, lParam));
+        ShowLevel(dialog, *offsetBar);
+        SetVideoOffset(chosen.offset.at(*offsetBar));
+    } else if (const auto gainBar = ChannelOf(bar, kFirstGainBar)) {
+        Choose(chosen.gain, *gainBar, kMostGain - ScrollTo(dialog, message, wParam, lParam));
+        ShowLevel(dialog, *gainBar);
+        SetVideoGain(chosen.gain.at(*gainBar));
+    } else {
+        return false;
+    }
+    SetVoltsRange(chosen.gain[0], chosen.offset[0]);
+    if (DisplayUnit != kUnitCounts) ShowAxisLabels(dialog);
+    return true;
+}
+
+void SetUnity(HWND dialog)
+{
+    if (!CameraOn) return;
+    const Hourglass hourglass;
+    CalType = 0;
+    StatusMessage("Setting Unity Gain & Unity Offset", kLeftAligned);
+    ResetUnityGainOffset(ActiveConfig);
+    RestartGrab();
+    RefreshUnits(dialog);
+    FocusDlgItem(dialog, kIdOk);
+    StatusString(kIdleHint, kLeftAligned);
+}
+
+void PickUnit(HWND dialog)
+{
+    DisplayUnit = OnUnitCombo(dialog);
+    ShowUnit(dialog);
+}
+
+void PrintPlot(HWND dialog)
+{
+    const TickPause pause(dialog);
+    const auto picture = CaptureWindowBitmap(dialog, kCaptureWindow);
+    if (picture && PrintPicture(*picture, GetWindowText(dialog))) return;
+    Tell(dialog, "The plot could not be printed.\nIs there a printer that is switched on?");
+}
+
+void SavePlot(HWND dialog)
+{
+    const TickPause pause(dialog);
+    const Dib picture = CaptureWindowDib(dialog, kCaptureWindow);
+    if (!picture) {
+        Tell(dialog, "Failure to allocate global graphics memory!");
+        return;
+    }
+    std::string path = "*.bmp";
+    if (!SelectFile(dialog, path, kSelectToSave)) return;
+    if (const int error = SaveDib(picture, path)) DibError(error);
+}
+
+// A new window has other frame rates, another integration table and another number of pixels.
+void RunAdvanced(HWND dialog)
+{
+    const TickPause pause(dialog);
+    AdvancedDialog(dialog);
+    ListFrameRates(dialog);
+    ListIntegrationTimes(dialog);
+    FitOscFrame();
+    ShowPixelAxis(dialog);
+    RefreshUnits(dialog);
+}
+
+void Accept(HWND dialog)
+{
+    StopTick(dialog);
+    RestartGrab();
+    VideoGain = chosen.gain;
+    VideoOffset = chosen.offset;
+    SaveVideoSettings(IniFilePath);
+    StatusString(kIdleHint, kLeftAligned);
+    Leave(dialog, 1);
+}
+
+void Cancel(HWND dialog)
+{
+    StopTick(dialog);
+    RestartGrab();
+    SendAsAtOpening();
+    StatusString(kIdleHint, kLeftAligned);
+    Leave(dialog, 0);
+}
+
+bool OnButton(HWND dialog, int id)
+{
+    switch (id) {
+        case kUnity:
+            SetUnity(dialog);
+            return true;
+        case kPrint:
+            PrintPlot(dialog);
+            return true;
+        case kSavePlot:
+            SavePlot(dialog);
+            return true;
+        case kAdvanced:
+            RunAdvanced(dialog);
+            return true;
+        case kIdOk:
+            Accept(dialog);
+            return true;
+        case kIdCancel:
+            Cancel(dialog);
+            return true;
+        case kIdHelp:
+            ShowHelpContext(kHelpVideoSetup);
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool OnList(HWND dialog, int id)
+{
+    switch (id) {
+        case kFrameRateBox:
+            PickFrameRate(dialog);
+            return true;
+        case kIntegrationBox:
+            PickIntegration(dialog);
+            return true;
+        case kUnitList:
+            PickUnit(dialog);
+            return true;
+        default:
+            return false;
+    }
+}
+
+void RunDialog(HWND parent, int& result)
+{
+    result = DialogBox("QVF1058", parent, fnVIDEOSETDlgProc);
+    if (result != -1) return;
+    MessageBox(parent, "Unable to display dialog", "System Error");
+    result = 0;
+}
+
+}  // namespace
+
+int VideoSetupDialog(HWND parent)
+{
+    if (!LinkIsReady()) return 0;
+    const std::int32_t updatesBefore = std::exchange(PeriodicUpdates, 0);
+    int result = 0;
+    RunDialog(parent, result);
+    CloseLinkAfterUse();
+    PeriodicUpdates = updatesBefore;
+    if (!ViewingFile) RestartGrab();
+    return result;
+}
+
+LRESULT fnVIDEOSETDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+        case WM_INITDIALOG:
+            Open(dialog);
+            return 1;
+        case WM_COMMAND:
+            if (HighWord(wParam) == kSelectionChanged) return OnList(dialog, LowWord(wParam));
+            return OnButton(dialog, LowWord(wParam));
+        case WM_HSCROLL:
+        case WM_VSCROLL:
+            return OnScroll(dialog, message, wParam, lParam);
+        case WM_TIMER:
+            if (wParam != kTickTimer) return 0;
+            Tick(dialog);
+            return 1;
+        // The head keeps what it was given; the settings stay as they were.
+        case WM_CLOSE:
+            Leave(dialog, 0);
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace kelvo
