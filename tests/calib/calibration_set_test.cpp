@@ -36,7 +36,6 @@ namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
-using testing::Field;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -593,6 +592,7 @@ class SavingASet : public CalibrationTest {
         text.replace(text.find("BadDetFile="), 11, "BadDetFile=warm.bad");
         PutSet(from, text);
         PutFile(InDirectory("warm.bad"), "");
+        PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n");
         ASSERT_EQ(LoadCalibration(hWndMain, from), 1);
         record = CalSettings;
     }
