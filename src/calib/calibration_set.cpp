@@ -12,7 +12,6 @@
 #include "display/units.h"
 #include "grabber/frame_state.h"
 #include "head/camera_head.h"
-#include "head/external_clock_dialog.h"
 #include "head/head_state.h"
 #include "head/head_transaction.h"
 #include "head/turn_on.h"

@@ -1,6 +1,6 @@
-#include "head/external_clock_dialog.h"
-
+// Asks the operator for the rate of an external frame clock, which no register of the head tells.
 #include "head/head_state.h"
+#include "head/video_setup.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/help.h"

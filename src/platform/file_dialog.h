@@ -28,7 +28,7 @@ struct FileDialogRequest {
     std::string_view defaultExtension;  // added to a name without one, when saving and opening; empty: none
     // The caller's own look at a path that stands up to the other questions; in place of the question about replacing.
     // False keeps the dialog open. Empty: none.
-    std::function<bool(const std::string& path)> accept = {};
+    std::function<bool(const std::string& path)> accept = nullptr;
 };
 
 struct FileDialogResult {

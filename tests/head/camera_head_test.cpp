@@ -824,21 +824,5 @@ TEST_F(HeadOperations, FewerThanFourIntegrationTimesAreTheFirst)
     }
 }
 
-TEST_F(HeadOperations, TheVideoSetUpSendsWhatIsInForce)
-{
-    IdentifyAsInSb();
-    std::int32_t result = 0;
-    Programming(result);
-    CloseCommLink();
-    EXPECT_EQ(VideoSetupDialog(hWndMain), 1);
-    EXPECT_THAT(head->Taken(),
-                ElementsAre(CommFrame{0x50, 0x03, 0xF4, 0x28}, CommFrame{0x70, 0x01, 0xA0, 0x00}, kGainFour));
-    EXPECT_EQ(CommPortOpen, 0);
-    PutSetup("CommPortAlwaysOpen=1\n");
-    VideoSetupDialog(hWndMain);
-    EXPECT_EQ(CommPortOpen, 1);
-    EXPECT_THAT(op->Boxes(), IsEmpty());
-}
-
 }  // namespace
 }  // namespace kelvo

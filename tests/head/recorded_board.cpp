@@ -3,6 +3,7 @@
 #include "grabber/copm2.h"
 #include "grabber/frame_state.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace kelvo {
@@ -11,6 +12,7 @@ namespace {
 
 std::vector<std::string> calls;
 std::int32_t configurationResult = 0;
+std::optional<std::int16_t> frameCounts;
 
 constexpr BoardModule kModule = 7;
 constexpr BoardFrame kFrame = 1;
@@ -45,9 +47,14 @@ const BoardTable kRecordedBoard = {
             return 0;
         },
     .freeze = [](BoardModule, BoardFrame) { calls.emplace_back("freeze"); },
-    .wait_vb = [](BoardModule, BoardFrame) { return kBoardTimeout; },
-    .read_area = [](BoardModule, BoardFrame, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
-                    std::span<std::int16_t>) { return -1; },
+    .wait_vb = [](BoardModule, BoardFrame) { return frameCounts ? 0 : kBoardTimeout; },
+    .read_area =
+        [](BoardModule, BoardFrame, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+           std::span<std::int16_t> buffer) {
+            if (!frameCounts) return -1;
+            std::ranges::fill(buffer, *frameCounts);
+            return 0;
+        },
     .trig_snap = [](BoardModule, BoardFrame) { return -1; },
     .wait_trig = [](BoardModule, BoardFrame, std::int32_t) { return 0; },
     .trigen = [](BoardModule, std::int32_t) {},
@@ -68,6 +75,11 @@ void RegisterRecordedBoard()
 std::vector<std::string> TakeBoardCalls()
 {
     return std::exchange(calls, {});
+}
+
+void SetBoardCounts(std::optional<std::int16_t> counts)
+{
+    frameCounts = counts;
 }
 
 void SetBoardConfigurationResult(int result)

@@ -1,6 +1,8 @@
 // A board that always comes up and writes down what it is asked to do.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,5 +16,8 @@ std::vector<std::string> TakeBoardCalls();
 
 // The result of the configuration's loading from here on; 0 is success.
 void SetBoardConfigurationResult(int result);
+
+// From here on each frame holds this count throughout; without one the board times out.
+void SetBoardCounts(std::optional<std::int16_t> counts);
 
 }  // namespace kelvo

@@ -1,0 +1,157 @@
+// The keys of the video set-up, written and read.
+#include "config/camera_config.h"
+#include "head/camera_head.h"
+#include "head/head_state.h"
+#include "head/video_setup.h"
+#include "head/video_setup_fixture.h"
+#include "platform/profile.h"
+#include "shell/windows.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kelvo {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+
+class VideoSettings : public VideoSetUpTest {
+  protected:
+    std::string PutSet(std::string_view lines)
+    {
+        const std::string path = directory / "set.cal";
+        PutFile(path, "[Setup]\n" + std::string(lines));
+        ForgetProfile(path);
+        return path;
+    }
+};
+
+TEST_F(VideoSettings, AreWrittenToTheFileAndToTheCamerasSection)
+{
+    TurnOn(kInSbSection);
+    const std::string file = directory / "set.cal";
+    FrameRate = 48.828125F;
+    IndexFrameRate = 7;
+    IndexIntegrationTime = {21, 22, 23, 24};
+    VideoGain = {1, 2, 3, 4};
+    VideoOffset = {10, 20, 30, 40};
+    HeadTiming.AdDelay = 5;
+    HeadTiming.LineStartDelay = 6;
+    HeadTiming.FrameStartDelay = 7;
+    FpaSerialWord.DetBias = 8;
+    FpaSerialWord.PedBias = 2;
+    FpaSerialWord.ColGain = 6;
+    FpaSerialWord.FlipRows = 1;
+    FpaSerialWord.FlipCols = 0;
+    FpaSerialWord.FastFrame = 1;
+    FpaSerialWord.ColStart = 16;
+    FpaSerialWord.RowStart = 24;
+    SaveVideoSettings(file);
+
+    struct Row {
+        const char* key;
+        const char* value;
+    };
+    constexpr Row kSetup[] = {{"FrameRate", "48.828125"}, {"IndexFrameRate", "7"},  {"IntTime", "21"},
+                              {"VideoGain1", "1"},        {"VideoGain4", "4"},      {"VideoOffset1", "10"},
+                              {"VideoOffset4", "40"},     {"VideoGain5", "missing"}};
+    for (const Row& row : kSetup) {
+        EXPECT_EQ(GetPrivateProfileString("Setup", row.key, "missing", file), row.value) << row.key;
+    }
+    constexpr Row kCamera[] = {{"IndexFrameRate", "7"},
+                               {"IndexIntegrationTime", "21,22,23,24"},
+                               {"QVF1058_Gain0", "1"},
+                               {"QVF1058_DAC0", "10"},
+                               {"QVF1058_AdDelay", "5"},
+                               {"QVF1058_LineStartDelay", "6"},
+                               {"QVF1058_FrameStartDelay", "7"},
+                               {"DetBias", "8"},
+                               {"PedBias", "2"},
+                               {"ColGain", "6"},
+                               {"FlipRows", "1"},
+                               {"FlipCols", "0"},
+                               {"FastFrame", "1"},
+                               {"ColStart", "16"},
+                               {"RowStart", "24"},
+                               {"Vactive", "256"},
+                               {"Hactive", "320"},
+                               {"fFrameRate", "48.828125"}};
+    for (const Row& row : kCamera) EXPECT_EQ(CameraKey(row.key), row.value) << row.key;
+}
+
+TEST_F(VideoSettings, RegistersThatWereNeverReadKeepTheirKeys)
+{
+    PutSection("QVF1058_LineStartDelay=9\nDetBias=11\n");
+    SaveVideoSettings(IniFilePath);
+    EXPECT_EQ(CameraKey("QVF1058_LineStartDelay"), "9");
+    EXPECT_EQ(CameraKey("DetBias"), "11");
+    EXPECT_EQ(CameraKey("IndexFrameRate"), "10");
+}
+
+TEST_F(VideoSettings, AreReadFromASet)
+{
+    VoltsOffset = 0.5F;
+    ADoffset = 1000;
+    VoltsPerCountVsGain[3] = 0.125F;
+    FrameRate = 12;
+    LoadVideoSettings(PutSet("FrameRate=48.828125\nIndexFrameRate=5\nIntTime=33\nVideoGain1=3\nVideoOffset1=138\n"));
+    EXPECT_EQ(IndexFrameRate, 5);
+    EXPECT_THAT(IndexIntegrationTime, Each(33));
+    EXPECT_EQ(IntegrationSetting, 33);
+    EXPECT_EQ(VideoGain[0], 3);
+    EXPECT_EQ(VideoOffset[0], 138);
+    EXPECT_EQ(FrameRate, 0.0F);
+    EXPECT_EQ(VoltsLow, -130.0F);  // (0 - 1000) / 8 - 10 / 2
+    EXPECT_EQ(VoltsHigh, 1917.875F);
+}
+
+TEST_F(VideoSettings, ASetWithoutKeysHasDefaults)
+{
+    LoadVideoSettings(PutSet(""));
+    EXPECT_EQ(IndexFrameRate, 10);
+    EXPECT_THAT(IndexIntegrationTime, Each(10));
+    EXPECT_EQ(VideoGain[0], 0);
+    EXPECT_EQ(VideoOffset[0], 128);
+}
+
+TEST_F(VideoSettings, AnOldSetKeepsItsRowUnderFrameRate)
+{
+    LoadVideoSettings(PutSet("FrameRate=6\n"));
+    EXPECT_EQ(IndexFrameRate, 6);
+}
+
+TEST_F(VideoSettings, WhatIsWrittenIsReadAgain)
+{
+    TurnOn(kInSbSection);
+    IndexFrameRate = 12;
+    IndexIntegrationTime = {40, 41, 42, 43};
+    VideoGain[0] = 9;
+    VideoOffset[0] = 77;
+    SaveVideoSettings(IniFilePath);
+    IndexFrameRate = 0;
+    IndexIntegrationTime.fill(0);
+    VideoGain.fill(0);
+    VideoOffset.fill(0);
+    LoadVideoSettings();
+    EXPECT_EQ(IndexFrameRate, 12);
+    EXPECT_THAT(IndexIntegrationTime, ElementsAre(40, 41, 42, 43));
+    EXPECT_EQ(VideoGain[0], 9);
+    EXPECT_EQ(VideoOffset[0], 77);
+}
+
+TEST_F(VideoSettings, VoltsOfAGainBeyondTheTableAreThoseAtItsEnds)
+{
+    VoltsPerCountVsGain.fill(0);
+    VoltsPerCountVsGain[0] = 1;
+    VoltsPerCountVsGain[15] = 2;
+    ADoffset = 0;
+    VoltsOffset = 0;
+    SetVoltsRange(-3, 128);
+    EXPECT_EQ(VoltsHigh, 16383.0F);
+    SetVoltsRange(99, 128);
+    EXPECT_EQ(VoltsHigh, 32766.0F);
+}
+
+}  // namespace
+}  // namespace kelvo

@@ -1,0 +1,89 @@
+#include "head/video_setup_fixture.h"
+
+#include "grabber/frame_state.h"
+#include "head/camera_head.h"
+#include "head/recorded_board.h"
+#include "head/turn_on.h"
+#include "head/video_setup.h"
+#include "platform/files.h"
+#include "platform/menu.h"
+#include "platform/profile.h"
+#include "platform/qt_dialog.h"
+#include "resources/menu.h"
+#include "shell/windows.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+
+namespace kelvo {
+
+void VideoSetUpTest::SetUp()
+{
+    HeadTest::SetUp();
+    SetKelvoDirectory(DefaultDir);
+    RegisterRecordedBoard();
+    SetBoardCounts(1000);
+    WritePrivateProfileString("Board", "Board", "recorded", DefaultDir + "/platform.ini");
+    SetMenu(hWndMain, MainMenu());
+    DockPanel();
+}
+
+void VideoSetUpTest::TurnOn(std::string_view section)
+{
+    PutSection(section);
+    IdentifyAsInSb();
+    ASSERT_EQ(TurnCameraOn("", 1), 1);
+    FirstSetupPending = 0;
+    TakeBoardCalls();
+    head->Taken();
+}
+
+void VideoSetUpTest::TurnOnHgCdTe(std::string_view section)
+{
+    PutSection(section);
+    IdentifyAsHgCdTe();
+    ASSERT_EQ(TurnCameraOn("", 1), 1);
+    FirstSetupPending = 0;
+    TakeBoardCalls();
+    head->Taken();
+}
+
+int VideoSetUpTest::Run(std::initializer_list<Step> steps)
+{
+    for (const Step& step : steps) {
+        op->Do([step] { step(DialogInFront()); });
+    }
+    for (int i = 0; i < 2; ++i) {
+        op->Do([] {
+            if (DialogInFront()) OperatePress(DialogInFront(), kIdCancel);
+        });
+    }
+    return VideoSetupDialog(hWndMain);
+}
+
+Step VideoSetUpTest::Press(int id)
+{
+    return [id](HWND dialog) { EXPECT_TRUE(OperatePress(dialog, id)) << id; };
+}
+
+Step VideoSetUpTest::Tick()
+{
+    return [](HWND dialog) { SendMessage(dialog, WM_TIMER, 1, 0); };
+}
+
+void VideoSetUpTest::Key(HWND dialog, int id, int key)
+{
+    QWidget* control = ControlOf(dialog, id);
+    ASSERT_NE(control, nullptr);
+    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier);
+    QApplication::sendEvent(control, &down);
+    QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier);
+    QApplication::sendEvent(control, &up);
+}
+
+std::string VideoSetUpTest::SetupKey(const char* key)
+{
+    return GetPrivateProfileString("Setup", key, "missing", IniFilePath);
+}
+
+}  // namespace kelvo

@@ -1,0 +1,21 @@
+screenshot("turnon.png")
+press(1070)
+while box() do print(box().text); answer("ok") end
+print(dialog(), title(), status())
+frames(3)
+screenshot("scope.png")
+for i = 602, 612 do print(i, text(i)) end
+print(table.concat(items(624), " "), picked(624))
+print(#items(626), picked(626), items(626)[1], items(626)[picked(626)+1])
+print(text(641), text(655), table.concat(items(1256), ";"), text(1375), text(1377))
+press(1020)
+print(dialog())
+screenshot("advanced.png")
+check(9113, true)
+press(2)
+print(dialog())
+press(1)
+print(dialog())
+screenshot("after.png")
+if dialog() then press(2) end
+print(dialog(), box() and box().text)
