@@ -113,14 +113,6 @@ class Marker {
     std::int64_t index_ = 0;          // the last one that a line gave
 };
 
-bool NextLine(LineReader& reader, std::string& line)
-{
-    const std::optional<std::string> next = reader.Next();
-    if (!next) return false;
-    line = *next;
-    return true;
-}
-
 bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, std::string_view title)
 {
     std::optional<std::string> contents = ReadWholeFile(path, kLongestFile);
@@ -131,7 +123,7 @@ bool LoadMarks(std::string_view path, BadDetMap& badMap, const Region& region, s
     LineReader reader(std::move(*contents), kLongestPairLine);
     Marker marker(badMap, region, title);
     std::string line;
-    while (NextLine(reader, line)) marker.TakeLine(line);
+    while (NextPairLine(reader, line)) marker.TakeLine(line);
     marker.Close();
     return true;
 }

@@ -239,7 +239,7 @@ void AddTyped(HWND dialog)
     const std::optional<PixelPair> pair = TypedPair(dialog);
     std::optional<ListWithPair> longer;
     if (pair) longer = InsertPair(listed, *pair);
-    if (!longer) {
+    if (!pair || !longer) {
         WriteScratchFile(listed);
         return;
     }

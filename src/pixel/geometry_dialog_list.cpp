@@ -31,8 +31,9 @@ std::optional<EditableBadList> ReadEditableBadList(const std::string& path, cons
     if (!contents) return std::nullopt;
     LineReader reader(std::move(*contents), kLongestPairLine);
     EditableBadList list;
-    while (const std::optional<std::string> line = reader.Next()) {
-        const std::optional<PixelPair> pair = ScanPixelPair(*line);
+    std::string line;
+    while (NextPairLine(reader, line)) {
+        const std::optional<PixelPair> pair = ScanPixelPair(line);
         if (!pair || !IsOnArray(*pair, config)) continue;
         list.isTooLong = std::cmp_greater_equal(list.pairs.size(), MostLines(config));
         if (list.isTooLong) break;

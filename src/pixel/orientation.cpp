@@ -80,11 +80,12 @@ void KeepTableInSet()
 
 void RebuildForSet()
 {
-    if (!SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
-                             ShiftInForce())) {
+    if (SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
+                            ShiftInForce())) {
+        KeepTableInSet();
+    } else {
         SubstBadPixels = SubstBadPixels ? 0 : 1;
     }
-    KeepTableInSet();
 }
 
 }  // namespace

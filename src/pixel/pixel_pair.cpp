@@ -10,6 +10,14 @@ constexpr std::string_view kBlanks = " \t\n\v\f\r";
 
 }  // namespace
 
+bool NextPairLine(LineReader& reader, std::string& line)
+{
+    const std::optional<std::string> next = reader.Next();
+    if (!next) return false;
+    line = *next;
+    return true;
+}
+
 std::optional<PixelPair> ScanPixelPair(std::string_view line)
 {
     const std::optional<std::int32_t> row = ScanDecimal(line);

@@ -1,6 +1,9 @@
 // Pairs of a row and a column as text: lists of bad detectors, search patterns and the image set-up dialog hold them.
 #pragma once
 
+#include "platform/files.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,6 +18,9 @@ struct PixelPair {
 };
 
 constexpr std::size_t kLongestPairLine = 79;  // characters of a line in the files; a longer one comes in pieces
+
+// The reader's next line, with its newline; false at the end.
+bool NextPairLine(LineReader& reader, std::string& line);
 
 // "%d,%d": blanks before either number, none before the comma; what follows doesn't matter. nullopt where two numbers
 // don't stand there.

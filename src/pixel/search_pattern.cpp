@@ -38,8 +38,9 @@ class PatternFile {
     }
     std::optional<PixelPair> NextStep()
     {
-        while (const std::optional<std::string> line = lines_.Next()) {
-            if (const std::optional<PixelPair> step = ScanPixelPair(*line)) return step;
+        std::string line;
+        while (NextPairLine(lines_, line)) {
+            if (const std::optional<PixelPair> step = ScanPixelPair(line)) return step;
         }
         return std::nullopt;
     }

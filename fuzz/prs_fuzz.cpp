@@ -1,0 +1,36 @@
+// A search pattern, used on a map with bad pixels: no entry may come from anywhere but a good pixel of the region.
+#include "calib/cal_settings.h"
+#include "config/camera_config.h"
+#include "pixel/bad_pixels.h"
+#include "temp_file.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <numeric>
+#include <vector>
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
+{
+    stderr = std::fopen("/dev/null", "w");  // boxes of a program without windows are told there
+    return stderr ? 0 : 1;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static kelvo::FuzzFile input;
+    kelvo::CalSettings.PRSfile = input.Put(data, size);
+    kelvo::CameraConfig config;
+    config.Vroi = 5;
+    config.Hroi = 7;
+    kelvo::BadDetMap bad(35, 0);
+    for (std::size_t i = size % 3; i < bad.size(); i += 3) bad[i] = 1;
+    std::vector<std::uint32_t> decom(bad.size());
+    std::iota(decom.begin(), decom.end(), 0U);
+    if (kelvo::ReplaceBadDet(decom, bad, config) != 1) __builtin_trap();
+    for (std::size_t i = 0; i < decom.size(); ++i) {
+        const bool isOwn = decom[i] == i;
+        if (!isOwn && (decom[i] >= bad.size() || bad[decom[i]] || !bad[i])) __builtin_trap();
+    }
+    return 0;
+}
