@@ -112,7 +112,8 @@ void FillDisplay(HWND dialog)
 
 TEST_P(LookOf, Dialogs)
 {
-    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT"}) {
+    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT",
+                             "CALIB", "CAL_COLD", "CAL_HOT"}) {
         dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {
@@ -122,6 +123,12 @@ TEST_P(LookOf, Dialogs)
                 SetDlgItemText(dialog, 1011, "-40");
                 SetDlgItemText(dialog, 1012, "150");
                 SetDlgItemText(dialog, 1014, "a recording with a long name.raw");
+            }
+            if (seen.message == WM_INITDIALOG && std::string_view(name) == "CALIB") {
+                for (const int id : {1205, 1206, 1211, 1216, 1220}) SetDlgItemText(dialog, id, "2047.00");
+            }
+            if (seen.message == WM_INITDIALOG && std::string_view(name).starts_with("CAL_")) {
+                for (const int id : {1224, 1226}) SetDlgItemText(dialog, id, "-274.00");
             }
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "ACCOUNT") {
                 for (const int id : {1001, 1002, 1003, 1004}) SetDlgItemText(dialog, id, "999999999999");
