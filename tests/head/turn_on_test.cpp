@@ -485,18 +485,5 @@ TEST_F(TurningOff, TheCameraCanBeTurnedOnAgain)
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("init", "grab"));
 }
 
-TEST(CalibrationDialog, NeedsACamera)
-{
-    const TestOperator op;
-    CameraOn = 0;
-    EXPECT_EQ(RunCalibrationDialog(nullptr), 0);
-    ASSERT_THAT(op.Boxes(), SizeIs(1));
-    EXPECT_EQ(op.Boxes()[0].text, "Camera must be turned on before calibrating");
-    EXPECT_EQ(op.Boxes()[0].caption, "Kelvo Message");
-    CameraOn = 1;
-    EXPECT_EQ(RunCalibrationDialog(nullptr), 0);
-    EXPECT_THAT(op.Boxes(), SizeIs(1));
-}
-
 }  // namespace
 }  // namespace kelvo
