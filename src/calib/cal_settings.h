@@ -19,7 +19,7 @@ struct CalSettingsRecord {
     float Factor = 1.0F;  // always 1
     float GainAcceptanceRange = 0.22F;
     std::string PRSfile = "nearccw.prs";
-    std::string DecomFile;  // whole paths, as the files stand now
+    std::string DecomFile;  // whole paths of the set in force; before there is one, as kelvo.ini has them
     std::string BadDetFile;
     std::string GainFile;
     std::string OffsetFile;

@@ -15,7 +15,8 @@ extern std::vector<std::uint32_t> DecomList;
 extern std::vector<std::int16_t> OffsetList;
 extern std::vector<float> GainList;
 
-// The calibration pair of the set in force: counts and °C. -10000 and -999.0 mark none.
+// The calibration pair of the set in force: counts and °C. -10000 and -999.0 mark none. The source dialogs take the
+// temperatures here, before the run that they belong to has come to its end: until then CalType is 0.
 extern std::int32_t IntensityCold;
 extern std::int32_t IntensityHot;
 extern float TemperatureCold;

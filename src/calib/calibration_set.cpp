@@ -288,6 +288,7 @@ void TakeDisplayRange(const std::string& calPath)
     CalType = GetPrivateProfileInt(kSection, "CalType", kDefaultType, calPath);
     DisplayLow = 0;
     DisplayHigh = FullScaleCounts();
+    SetVoltsRange(VideoGain[0], VideoOffset[0]);
 }
 
 // Reads a key of the set and keeps it in the settings too; nullopt where there is none and no default.

@@ -183,6 +183,14 @@ Ending LoadPreviousCalibration()
     return Ending::kLeaveStatus;
 }
 
+Ending SaveCalibration()
+{
+    if (!ChooseCalibrationToSave(hWndMain)) return Ending::kResetStatus;
+    const std::string path = FilePathBuf;
+    if (!SaveCalibrationAs(path)) MessageBox(hWndMain, "Failed to save file: " + path, "Kelvo File Error!");
+    return Ending::kResetStatus;
+}
+
 Ending NewCalibration()
 {
     RunCalibrationDialog(hWndMain);
@@ -357,7 +365,7 @@ constexpr Command kCommands[] = {
     {kCmdSaveTiff16, NotAvailable},
     {kCmdNewCalibration, NewCalibration},
     {kCmdUpdateCalibration, NotAvailable},
-    {kCmdSaveCalibration, NotAvailable},
+    {kCmdSaveCalibration, SaveCalibration},
     {kCmdLoadCalibration, LoadPreviousCalibration},
     {kCmdApplyCalibration, NotAvailable},
     {kCmdViewStatistics, ViewStatistics},

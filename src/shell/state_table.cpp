@@ -1,6 +1,7 @@
 #include "shell/state_table.h"
 
 #include "acquire/buffer_state.h"
+#include "calib/cal_settings.h"
 #include "calib/cal_state.h"
 #include "config/camera_config.h"
 #include "config/settings.h"
@@ -185,6 +186,19 @@ void RegisterCamera()
 }
 
 // A field of a packed record has no address to keep: each is read when it is asked for.
+void RegisterCalibrationSet()
+{
+    RegisterVariable("CalSettings.CalFile", CalSettings.CalFile);
+    RegisterVariable("CalSettings.GainFile", CalSettings.GainFile);
+    RegisterVariable("CalSettings.OffsetFile", CalSettings.OffsetFile);
+    RegisterVariable("CalSettings.DecomFile", CalSettings.DecomFile);
+    RegisterVariable("CalSettings.BadDetFile", CalSettings.BadDetFile);
+    RegisterVariable("CalSettings.NumFrames", CalSettings.NumFrames);
+    RegisterVariable("CalSettings.ChosenType", CalSettings.ChosenType);
+    RegisterVariable("ReplaceNoisy", ReplaceNoisy);
+    RegisterVariable("BadDetCount", BadDetCount);
+}
+
 void RegisterHeader()
 {
     RegisterState("ImageHeader.ByteSwap", [] { return Number(ImageHeader.ByteSwap); });
@@ -216,6 +230,7 @@ void RegisterProgramState()
     RegisterDisplay();
     RegisterShell();
     RegisterCamera();
+    RegisterCalibrationSet();
     RegisterHeader();
 
     ScriptHooks hooks;

@@ -5,12 +5,12 @@ namespace kelvo {
 
 std::int32_t DownloadGains(std::span<const float> /*gainList*/)
 {
-    return 0;
+    return 1;
 }
 
 std::int32_t DownloadOffsets(std::span<const std::int16_t> /*offsetList*/)
 {
-    return 0;
+    return 1;
 }
 
 }  // namespace kelvo

@@ -59,6 +59,18 @@ class TurnOnTest : public HeadTest {
         head->AnswerTo(kFrameSize, Answer(kFrameSize.begin(), kFrameSize.end()));
     }
 
+    // A whole set of this camera, every list of zeros, and no bad detectors.
+    static void PutCalibration(const std::string& calPath)
+    {
+        PutFile(calPath,
+                "[Setup]\nActiveCamera=2\n[Calibration]\nDriverNumber=2\nGainFile=zero.gai\nOffsetFile=zero.off\n"
+                "DecomFile=zero.dcm\nBadDetFile=\n");
+        constexpr std::size_t kPixels = 320 * 256;
+        PutFile(DefaultDir + "/zero.gai", std::string(kPixels * 4, '\0'));
+        PutFile(DefaultDir + "/zero.off", std::string(kPixels * 2, '\0'));
+        PutFile(DefaultDir + "/zero.dcm", std::string(kPixels * 4, '\0'));
+    }
+
     void FailHead() { head->AnswerTo(kFrameSize, kRefusal); }
     static std::string TurnOnItem() { return GetMenuItem(hWndMain, kCmdTurnOn)->text; }
     std::vector<std::string> StatusTexts() const { return op->Texts("status", "text"); }
@@ -177,9 +189,11 @@ TEST_F(TurningOn, ASectionWhoseSizeChangedOnDiskTakesNothingOfTheOldSizeAlong)
 
 TEST_F(TurningOn, ACalibrationThatIsThereIsLoaded)
 {
-    PutFile(DefaultDir + "/Last.cal", "[Setup]\nActiveCamera=2\n");
+    PutCalibration(DefaultDir + "/Last.cal");
     EXPECT_EQ(TurnCameraOn("AUTOSTART last", 1), 1);
-    EXPECT_EQ(StatusText, "Loading previous calibration...");
+    EXPECT_THAT(StatusTexts(), Contains("Loading previous calibration..."));
+    EXPECT_EQ(StatusText, kStartHint);
+    EXPECT_EQ(CalType, 2);
     EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
     EXPECT_THAT(op->Boxes(), IsEmpty());
 }
@@ -345,7 +359,7 @@ TEST_F(TurnOnChoice, AHeadThatFailsCanBeTriedAgain)
 
 TEST_F(TurnOnChoice, TheLastCalibrationIsLoaded)
 {
-    PutFile(DefaultDir + "/last.cal", "[Setup]\nActiveCamera=2\n");
+    PutCalibration(DefaultDir + "/last.cal");
     EXPECT_EQ(Run({Press(1072)}), 0) << "nothing is left to set up";
     EXPECT_EQ(CameraOn, 1);
     EXPECT_EQ(TurnOnItem(), "&Turn Vantir off");
@@ -373,7 +387,7 @@ TEST_F(TurnOnChoice, AHeadThatFailsIsSilentOnTheWayToACalibration)
 TEST_F(TurnOnChoice, ASelectedCalibrationIsLoaded)
 {
     const std::string set = directory / "set.cal";
-    PutFile(set, "[Calibration]\nDriverNumber=2\n");
+    PutCalibration(set);
     EXPECT_EQ(Run({Press(1074),
                    [&](HWND) {
                        ASSERT_TRUE(FileDialogInFront());
@@ -512,19 +526,6 @@ TEST_F(TurningOff, TheCameraCanBeTurnedOnAgain)
     EXPECT_EQ(LiveVideo, 1);
     EXPECT_THAT(head->Taken(), SizeIs(kTurnOnFrames)) << "all is sent again";
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("init", "grab"));
-}
-
-TEST(CalibrationDialog, NeedsACamera)
-{
-    const TestOperator op;
-    CameraOn = 0;
-    EXPECT_EQ(RunCalibrationDialog(nullptr), 0);
-    ASSERT_THAT(op.Boxes(), SizeIs(1));
-    EXPECT_EQ(op.Boxes()[0].text, "Camera must be turned on before calibrating");
-    EXPECT_EQ(op.Boxes()[0].caption, "Kelvo Message");
-    CameraOn = 1;
-    EXPECT_EQ(RunCalibrationDialog(nullptr), 0);
-    EXPECT_THAT(op.Boxes(), SizeIs(1));
 }
 
 }  // namespace

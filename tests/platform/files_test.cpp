@@ -394,6 +394,18 @@ std::vector<std::string> Lines(std::string contents, std::size_t limit)
     }
 }
 
+TEST(Moving, PutsAFileInAnothersPlaceWhateverItsLetterCase)
+{
+    const TempDirectory directory;
+    PutFile(directory / "new", "new");
+    PutFile(directory / "OLD.GAI", "old");
+    EXPECT_TRUE(MoveFileTo(directory / "new", directory / "old.gai"));
+    EXPECT_EQ(FileContents(directory / "OLD.GAI"), "new");
+    EXPECT_FALSE(FileExists(directory / "new"));
+    EXPECT_FALSE(MoveFileTo(directory / "missing", directory / "old.gai"));
+    EXPECT_EQ(FileContents(directory / "OLD.GAI"), "new");
+}
+
 TEST(Lines, KeepTheirNewline)
 {
     EXPECT_THAT(Lines("a\nb\n\nc", 80), ElementsAre("a\n", "b\n", "\n", "c"));

@@ -113,7 +113,7 @@ void FillDisplay(HWND dialog)
 TEST_P(LookOf, Dialogs)
 {
     for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT",
-                             "QVF1058", "ADVANCED", "FRAMERATE"}) {
+                             "QVF1058", "ADVANCED", "FRAMERATE", "CALIB", "CAL_COLD", "CAL_HOT"}) {
         dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {
@@ -133,6 +133,12 @@ TEST_P(LookOf, Dialogs)
                 ListAdd(dialog, 1256,
                         "Temperature (\xB0"
                         "C)");
+            }
+            if (seen.message == WM_INITDIALOG && std::string_view(name) == "CALIB") {
+                for (const int id : {1205, 1206, 1211, 1216, 1220}) SetDlgItemText(dialog, id, "2047.00");
+            }
+            if (seen.message == WM_INITDIALOG && std::string_view(name).starts_with("CAL_")) {
+                for (const int id : {1224, 1226}) SetDlgItemText(dialog, id, "-274.00");
             }
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "ACCOUNT") {
                 for (const int id : {1001, 1002, 1003, 1004}) SetDlgItemText(dialog, id, "999999999999");

@@ -50,7 +50,7 @@ press(2)
 is_live()
 turn_off()
 
-files.write(state("DefaultDir") .. "/last.cal", "[Setup]\nActiveCamera=2\n[Calibration]\nDriverNumber=2\n")
+files.calibration(state("DefaultDir") .. "/last.cal", state("Hroi"), state("Vroi"), 1, 0)
 command(169)
 press(1072)
 is_live()

@@ -37,6 +37,38 @@ function files.image(path, fields, frames, count)
   return files.write(path, table.concat(parts))
 end
 
+-- A calibration set of camera 2 beside calPath: every gain and offset as given, the plain readout order, no bad detectors.
+function files.calibration(calPath, width, height, gain, offset)
+  local stem = calPath:match("^(.*)%.%w+$")
+  local name = stem:match("([^/]+)$")
+  local count = width * height
+  files.write(stem .. ".gai", f32(gain):rep(count))
+  files.write(stem .. ".off", i16(offset):rep(count))
+  local table_of_readout = {}
+  for i = 0, count - 1 do table_of_readout[#table_of_readout + 1] = string.pack("<I4", i) end
+  files.write(stem .. ".dcm", table.concat(table_of_readout))
+  return files.write(calPath, ([[
+[Setup]
+ActiveCamera=2
+IndexFrameRate=4
+IntTime=12
+VideoGain1=5
+VideoOffset1=150
+[Calibration]
+DriverNumber=2
+CalType=2
+DecomFile=NAME.dcm
+GainFile=NAME.gai
+OffsetFile=NAME.off
+BadDetFile=
+CalFile=NAME.cal
+TemperatureCold=20.0
+TemperatureHot=25.0
+IntensityCold=3000
+IntensityHot=9000
+]]):gsub("NAME", name))
+end
+
 -- A source of bytes that no format means; the same seed gives the same bytes.
 function files.noise(seed)
   return function(length)

@@ -1,0 +1,75 @@
+// A data directory of a fuzz target's own with a small camera and a set on the disk, made anew for each input.
+#pragma once
+
+#include "calib/cal_settings.h"
+#include "calib/cal_state.h"
+#include "calib/calibration.h"
+#include "config/camera_config.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "shell/windows.h"
+
+#include <stdlib.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+class FuzzSet {
+  public:
+    FuzzSet()
+    {
+        directory_ = (std::filesystem::temp_directory_path() / "kelvo-fuzz-XXXXXX").string();
+        if (!mkdtemp(directory_.data())) abort();
+        DefaultDir = directory_;
+        IniFilePath = directory_ + "/kelvo.ini";
+        CameraFilePath = directory_ + "/camera.ini";
+        SetKelvoDirectory(DefaultDir);
+        ActiveCamera = 2;
+        ActiveConfig.Hroi = 3;
+        ActiveConfig.Vroi = 3;
+        Put("plain.gai", std::string(36, '\0'));
+        Put("plain.off", std::string(18, '\0'));
+        Put("plain.dcm", std::string(36, '\0'));
+        Put("plain.cal",
+            "[Setup]\nActiveCamera=2\n[Calibration]\nGainFile=plain.gai\nOffsetFile=plain.off\nDecomFile=plain.dcm\n"
+            "BadDetFile=\n");
+    }
+    FuzzSet(const FuzzSet&) = delete;
+    FuzzSet& operator=(const FuzzSet&) = delete;
+    ~FuzzSet()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(directory_, ignored);
+    }
+
+    // The input in place of one file of the set. What the load leaves must fit the frame.
+    void Load(std::string_view file, const std::uint8_t* data, std::size_t size)
+    {
+        Put(file, {reinterpret_cast<const char*>(data), size});
+        Put("kelvo.ini", "");
+        for (const char* name : {"/kelvo.ini", "/camera.ini", "/plain.cal"}) ForgetProfile(directory_ + name);
+        LoadCalibration(nullptr, directory_ + "/plain.cal");
+        constexpr std::size_t kPixels = 9;
+        for (const std::uint32_t entry : DecomList) {
+            if (entry >= kPixels) __builtin_trap();
+        }
+        if (DecomList.size() > kPixels || GainList.size() > kPixels || OffsetList.size() > kPixels) __builtin_trap();
+    }
+
+  private:
+    void Put(std::string_view file, std::string_view contents) const
+    {
+        std::ofstream stream(directory_ + '/' + std::string(file), std::ios::binary);
+        stream.write(contents.data(), static_cast<std::streamsize>(contents.size()));
+    }
+
+    std::string directory_;
+};
+
+}  // namespace kelvo

@@ -1,0 +1,775 @@
+// Settings at start-up, loading a set, saving it under another name.
+#include "calib/cal_settings.h"
+#include "calib/cal_state.h"
+#include "calib/calibration.h"
+#include "calib/calibration_fixture.h"
+#include "calib/last_set.h"
+#include "config/camera_config.h"
+#include "display/display_state.h"
+#include "display/units.h"
+#include "grabber/frame_state.h"
+#include "head/camera_head.h"
+#include "head/head_state.h"
+#include "head/head_transaction.h"
+#include "head/recorded_board.h"
+#include "head/turn_on.h"
+#include "platform/files.h"
+#include "platform/memory.h"
+#include "platform/menu.h"
+#include "platform/pointer.h"
+#include "platform/profile.h"
+#include "resources/ids.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+
+namespace kelvo {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr uid_t kNobody = 65534;
+
+// --- At start-up ----------------------------------------------------------------------------------------------------
+
+class StartingSettings : public CalibrationTest {
+  protected:
+    void Read(std::string_view calibrationKeys)
+    {
+        PutSetup("ActiveCamera=2\n[Calibration]\n" + std::string(calibrationKeys));
+        CalSettings = {};
+        CalSettings2 = {};
+        LoadCalibrationSettings();
+    }
+};
+
+TEST_F(StartingSettings, AreTheDefaultsWhereTheFileSaysNothing)
+{
+    Read("");
+    EXPECT_EQ(CalSettings.NumSources, 2);
+    EXPECT_EQ(CalSettings.NumFrames, 30U);
+    EXPECT_EQ(CalSettings.ChosenType, 2);
+    EXPECT_EQ(CalSettings.NoiseFloor, 25);
+    EXPECT_EQ(CalSettings.IntensityCold, 0);
+    EXPECT_EQ(CalSettings.TemperatureCold, -999.0F);
+    EXPECT_EQ(CalSettings.IntensityHot, 0);
+    EXPECT_EQ(CalSettings.TemperatureHot, 999.0F);
+    EXPECT_EQ(CalSettings.Factor, 1.0F);
+    EXPECT_EQ(CalSettings.GainAcceptanceRange, 0.22F);
+    EXPECT_EQ(CalSettings.PRSfile, "nearccw.prs");
+    EXPECT_EQ(CalSettings.DecomFile, "");
+    EXPECT_EQ(CalSettings.BadDetFile, "");
+    EXPECT_EQ(CalSettings.GainFile, "");
+    EXPECT_EQ(CalSettings.OffsetFile, "");
+    EXPECT_EQ(CalSettings.CalFile, IniFilePath);
+    EXPECT_EQ(CalSettings.MinOffset, 400);
+    EXPECT_EQ(CalSettings.MaxOffset, 400);
+    EXPECT_EQ(CalSettings.AllowedNoiseLevel, 9.0F);
+    EXPECT_EQ(CalSettings.EmissivityCold, 1.0F);
+    EXPECT_EQ(CalSettings.EmissivityHot, 1.0F);
+    EXPECT_EQ(CalSettings.OpticsFile, "");
+    EXPECT_EQ(ReplaceNoisy, 1);
+}
+
+TEST_F(StartingSettings, ComeFromTheirKeys)
+{
+    Read(
+        "NumSources=1\nNumFrames=64\nCalType=1\nNoiseFloor=-3\nIntensityCold=3000\nTemperatureCold=20.5\n"
+        "IntensityHot=9000\nTemperatureHot=25.25\nGainAcceptanceRange=0.5\nPRSfile=other.prs\nDecomFile=a.dcm\n"
+        "BadDetFile=a.bad\nGainFile=a.gai\nOffsetFile=a.off\nCalFile=/sets/a.cal\nMinOffset=1\nMaxOffset=2\n"
+        "AllowedNoiseLevel=3.5\nEmissivityCold=0.9\nEmissivityHot=0.8\nOpticsFile=lens.opt\n");
+    EXPECT_EQ(CalSettings.NumSources, 1);
+    EXPECT_EQ(CalSettings.NumFrames, 64U);
+    EXPECT_EQ(CalSettings.ChosenType, 1);
+    EXPECT_EQ(CalSettings.NoiseFloor, -3);
+    EXPECT_EQ(CalSettings.IntensityCold, 3000);
+    EXPECT_EQ(CalSettings.TemperatureCold, 20.5F);
+    EXPECT_EQ(CalSettings.IntensityHot, 9000);
+    EXPECT_EQ(CalSettings.TemperatureHot, 25.25F);
+    EXPECT_EQ(CalSettings.GainAcceptanceRange, 0.5F);
+    EXPECT_EQ(CalSettings.PRSfile, "other.prs");
+    EXPECT_EQ(CalSettings.DecomFile, "a.dcm");
+    EXPECT_EQ(CalSettings.BadDetFile, "a.bad");
+    EXPECT_EQ(CalSettings.GainFile, "a.gai");
+    EXPECT_EQ(CalSettings.OffsetFile, "a.off");
+    EXPECT_EQ(CalSettings.CalFile, "/sets/a.cal");
+    EXPECT_EQ(CalSettings.MinOffset, 1);
+    EXPECT_EQ(CalSettings.MaxOffset, 2);
+    EXPECT_EQ(CalSettings.AllowedNoiseLevel, 3.5F);
+    EXPECT_EQ(CalSettings.EmissivityCold, 0.9F);
+    EXPECT_EQ(CalSettings.EmissivityHot, 0.8F);
+    EXPECT_EQ(CalSettings.OpticsFile, "lens.opt");
+}
+
+TEST_F(StartingSettings, ATextThatIsNoNumberLeavesTheValue)
+{
+    Read("MinOffset=many\nAllowedNoiseLevel=quiet\n");
+    EXPECT_EQ(CalSettings.MinOffset, 400);
+    EXPECT_EQ(CalSettings.AllowedNoiseLevel, 9.0F);
+}
+
+TEST_F(StartingSettings, OfTheSecondCameraAreReadOnlyWithDualCamera)
+{
+    const char* const keys =
+        "NumFrames=64\nNumSources2=1\nNumFrames2=7\nCalType2=1\nNoiseFloor2=8\nGainAcceptanceRange2=0.75\nPRSfile2=b."
+        "prs\n"
+        "BadDetFile2=b.bad\nDecomFile2=b.dcm\nGainFile2=b.gai\nOffsetFile2=b.off\nAllowedNoiseLevel2=4.5\nMinOffset2="
+        "11\n"
+        "MaxOffset2=12\nEmissivityCold2=0.7\nEmissivityHot2=0.6\nOpticsFile2=b.opt\nCalFile2=/never/read.cal\n";
+    Read(keys);
+    EXPECT_EQ(CalSettings2.NumFrames, 30U);
+    ActiveConfig.DualCamera = 1;
+    Read(keys);
+    ActiveConfig.DualCamera = 0;
+    EXPECT_EQ(CalSettings.NumFrames, 64U);
+    EXPECT_EQ(CalSettings2.NumSources, 1);
+    EXPECT_EQ(CalSettings2.NumFrames, 7U);
+    EXPECT_EQ(CalSettings2.ChosenType, 1);
+    EXPECT_EQ(CalSettings2.NoiseFloor, 8);
+    EXPECT_EQ(CalSettings2.GainAcceptanceRange, 0.75F);
+    EXPECT_EQ(CalSettings2.PRSfile, "b.prs");
+    EXPECT_EQ(CalSettings2.BadDetFile, "b.bad");
+    EXPECT_EQ(CalSettings2.DecomFile, "b.dcm");
+    EXPECT_EQ(CalSettings2.GainFile, "b.gai");
+    EXPECT_EQ(CalSettings2.OffsetFile, "b.off");
+    EXPECT_EQ(CalSettings2.AllowedNoiseLevel, 4.5F);
+    EXPECT_EQ(CalSettings2.MinOffset, 11);
+    EXPECT_EQ(CalSettings2.MaxOffset, 12);
+    EXPECT_EQ(CalSettings2.EmissivityCold, 0.7F);
+    EXPECT_EQ(CalSettings2.EmissivityHot, 0.6F);
+    EXPECT_EQ(CalSettings2.OpticsFile, "b.opt");
+    EXPECT_EQ(CalSettings2.CalFile, IniFilePath);
+}
+
+TEST_F(StartingSettings, EveryStartIsUncalibrated)
+{
+    CalType = 2;
+    CalDone = 1;
+    Read("");
+    EXPECT_EQ(CalType, 0);
+    EXPECT_EQ(CalDone, 0);
+}
+
+// --- Loading --------------------------------------------------------------------------------------------------------
+
+class LoadingASet : public CalibrationTest {
+  protected:
+    void SetUp() override
+    {
+        CalibrationTest::SetUp();
+        calPath = InDirectory("warm.cal");
+        PutSet(calPath);
+    }
+    int Load() { return LoadCalibration(hWndMain, calPath); }
+    std::string IniFile() const
+    {
+        FlushProfiles();
+        return FileContents(IniFilePath);
+    }
+    std::vector<std::string> BoxTexts() const
+    {
+        std::vector<std::string> texts;
+        for (const auto& box : op->Boxes()) texts.push_back(box.text);
+        return texts;
+    }
+
+    std::string calPath;
+};
+
+TEST_F(LoadingASet, InstallsItsLists)
+{
+    EXPECT_EQ(Load(), 1);
+    EXPECT_EQ(CalType, 2);
+    EXPECT_THAT(GainList, ElementsAre(1.0F, 1.25F, 1.5F, 1.75F, 2.0F, 2.25F, 2.5F, 2.75F));
+    EXPECT_THAT(OffsetList, ElementsAre(100, 101, 102, 103, 104, 105, 106, 107));
+    EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7)) << "the image's own orientation replaces the .dcm";
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(LoadingASet, TakesItsParameters)
+{
+    FirstSetupPending = 1;
+    DisplayLow = 55;
+    MirrorVert = 1;
+    EXPECT_EQ(Load(), 1);
+    EXPECT_EQ(IntensityCold, 3000);
+    EXPECT_EQ(IntensityHot, 9000);
+    EXPECT_EQ(TemperatureCold, 20.5F);
+    EXPECT_EQ(TemperatureHot, 25.0F);
+    EXPECT_EQ(CalSettings.IntensityCold, 3000);
+    EXPECT_EQ(CalSettings.TemperatureHot, 25.0F);
+    EXPECT_EQ(CalSettings.CalFile, calPath);
+    EXPECT_EQ(CalSettings.GainFile, InDirectory("warm.gai"));
+    EXPECT_EQ(CalSettings.OffsetFile, InDirectory("warm.off"));
+    EXPECT_EQ(CalSettings.DecomFile, InDirectory("warm.dcm"));
+    EXPECT_EQ(MirrorVert, 0);
+    EXPECT_EQ(DisplayLow, 0);
+    EXPECT_EQ(DisplayHigh, 16383);  // |16384 (2 x 8192 - 1) / 16384|
+    EXPECT_EQ(DisplayUnit, kUnitCelsius);
+    EXPECT_EQ(FirstSetupPending, 0);
+    EXPECT_EQ(LiveVideo, 1);
+    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+}
+
+TEST_F(LoadingASet, TellsItsSteps)
+{
+    EXPECT_EQ(Load(), 1);
+    std::vector<std::string> steps = op->Texts("status", "text");
+    std::erase_if(steps, [](const std::string& text) { return text.starts_with("  "); });  // the head's own
+    EXPECT_THAT(steps, testing::IsSupersetOf({"Loading video parameters from calibration file...",
+                                              "Loading decommutation list...", "Loading gain list...",
+                                              "Downloading Gains...", "Loading offset list...",
+                                              "Downloading Offsets...", "Resetting display & calibration parameters...",
+                                              "Re-starting image...", "Setting up image display..."}));
+    std::vector<std::size_t> places;
+    for (const char* text :
+         {"Loading video parameters from calibration file...", "Loading decommutation list...", "Loading gain list...",
+          "Loading offset list...", "Resetting display & calibration parameters...", "Re-starting image...",
+          "Setting Image orientation", "Setting up image display..."}) {
+        places.push_back(static_cast<std::size_t>(std::ranges::find(steps, text) - steps.begin()));
+    }
+    EXPECT_TRUE(std::ranges::is_sorted(places));
+    EXPECT_EQ(StatusText, " Use Alt + underlined menu item or trackball to select menu item");
+}
+
+TEST_F(LoadingASet, MakesItsSettingsThoseOfTheMachine)
+{
+    EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the machine");
+    EXPECT_EQ(Load(), 1);
+    EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the set");
+    EXPECT_EQ(KeyOf(IniFilePath, "Calibration", "GainFile"), "warm.gai");
+    EXPECT_EQ(FileContents(calPath), kCalText) << "the set itself stays as it was";
+}
+
+TEST_F(LoadingASet, WhatWasPendingForTheFormerSettingsIsNotWrittenIntoTheNewOnes)
+{
+    WritePrivateProfileString("Setup", "Mark", "pending", IniFilePath);
+    EXPECT_EQ(Load(), 1);
+    EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the set");
+}
+
+TEST_F(LoadingASet, SetsTheHeadAsItWasAtTheCalibration)
+{
+    head->Taken();
+    EXPECT_EQ(Load(), 1);
+    const Frames loading = head->Taken();
+    EXPECT_EQ(IndexFrameRate, 5);
+    EXPECT_THAT(IndexIntegrationTime, ElementsAre(21, 22, 23, 24));
+    EXPECT_EQ(VideoGain[0], 6);
+    EXPECT_EQ(VideoOffset[0], 170);
+    EXPECT_EQ(VideoOffset[1], 171);
+    EXPECT_EQ(KeyOf(CameraFilePath, "Camera.2", "QVF1058_Gain0"), "6");
+    EXPECT_EQ(KeyOf(CameraFilePath, "Camera.2", "QVF1058_DAC0"), "170");
+    EXPECT_EQ(KeyOf(CameraFilePath, "Camera.2", "IndexFrameRate"), "5");
+    ASSERT_TRUE(LinkIsReady());
+    SetFrameRateIndex(5);
+    SetIntegrationIndex(21, 0);
+    SetVideoGain(6);
+    SetVideoOffset(170);
+    EXPECT_EQ(loading, head->Taken());
+    EXPECT_THAT(loading, testing::Not(IsEmpty()));
+}
+
+TEST_F(LoadingASet, FewerThanFourIntegrationTimesCountTheFirstForAll)
+{
+    PutFile(calPath, "[Setup]\nActiveCamera=2\nIntTime=31,32\n[Calibration]\nGainFile=warm.gai\nOffsetFile=warm.off\n");
+    Load();
+    EXPECT_THAT(IndexIntegrationTime, ElementsAre(31, 31, 31, 31));
+}
+
+TEST_F(LoadingASet, AnOldSetTellsItsFrameRateRowUnderFrameRateAndHasDefaults)
+{
+    PutFile(calPath,
+            "[Setup]\nActiveCamera=2\nFrameRate=7\n[Calibration]\nDecomFile=warm.dcm\nGainFile=warm.gai\n"
+            "OffsetFile=warm.off\n");
+    EXPECT_EQ(Load(), 1);
+    EXPECT_EQ(IndexFrameRate, 7);
+    EXPECT_EQ(VideoGain[0], 128);
+    EXPECT_EQ(VideoOffset[0], 128);
+    EXPECT_EQ(VideoOffset[1], 128);
+    EXPECT_EQ(CalType, 2);
+    EXPECT_EQ(TemperatureCold, -999.0F);
+    EXPECT_EQ(TemperatureHot, 999.0F);
+    EXPECT_EQ(IntensityCold, 0);
+    EXPECT_EQ(KeyOf(IniFilePath, "Calibration", "TemperatureHot"), "999.0");
+    EXPECT_EQ(CalSettings.CalFile, InDirectory("kelvo.ini")) << "a set that doesn't name itself";
+}
+
+TEST_F(LoadingASet, AFileWithoutActiveCameraIsRefusedBeforeAnythingChanges)
+{
+    PutFile(calPath, "[Calibration]\nDriverNumber=2\n");
+    const std::string before = IniFile();
+    EXPECT_EQ(Load(), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].text, "Failed to get ActiveCamera from calibration file:\n" + calPath);
+    EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
+    EXPECT_EQ(IniFile(), before);
+    EXPECT_EQ(CalType, 0);
+}
+
+TEST_F(LoadingASet, AMissingFileIsRefusedInTheSameWords)
+{
+    const std::string before = IniFile();
+    EXPECT_EQ(LoadCalibration(hWndMain, InDirectory("none.cal")), 0);
+    EXPECT_THAT(BoxTexts(),
+                ElementsAre("Failed to get ActiveCamera from calibration file:\n" + InDirectory("none.cal")));
+    EXPECT_EQ(IniFile(), before);
+}
+
+TEST_F(LoadingASet, ASetOfAnotherCameraIsRefusedBeforeAnythingChanges)
+{
+    PutFile(calPath, "[Setup]\nActiveCamera=3\n");
+    const std::string before = IniFile();
+    EXPECT_EQ(Load(), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].text,
+              "Can not load previous calibration\nCurrent camera driver is different from calibration requested");
+    EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
+    EXPECT_EQ(IniFile(), before);
+}
+
+TEST_F(LoadingASet, SettingsThatCantBeReplacedAreTold)
+{
+    std::filesystem::remove(IniFilePath);
+    std::filesystem::create_directory(IniFilePath);
+    ForgetProfile(IniFilePath);
+    EXPECT_EQ(Load(), 0);
+    EXPECT_THAT(BoxTexts(), Contains("Failed to save file: " + IniFilePath));
+    EXPECT_EQ(CalType, 0);
+}
+
+TEST_F(LoadingASet, MemoryThatIsRefusedStopsIt)
+{
+    FailAllocation(1);
+    EXPECT_EQ(Load(), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].text, "Failure to allocate memory!");
+    EXPECT_EQ(op->Boxes()[0].caption, "Memory Error");
+    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+}
+
+// The table in force while the orientation can't be set: what the .dcm gave.
+class LoadingATable : public LoadingASet {
+  protected:
+    void SetUp() override
+    {
+        LoadingASet::SetUp();
+        CameraOn = 0;
+    }
+};
+
+TEST_F(LoadingATable, InstallsTheDcm)
+{
+    EXPECT_EQ(Load(), 1);
+    EXPECT_THAT(DecomList, ElementsAre(7, 6, 5, 4, 3, 2, 1, 0));
+    EXPECT_THAT(BoxTexts(), ElementsAre("Camera should be on."));
+}
+
+TEST_F(LoadingATable, AMissingDcmDoesNotStopTheLoadAndTheTableIsRebuilt)
+{
+    std::filesystem::remove(InDirectory("warm.dcm"));
+    EXPECT_EQ(Load(), 1);
+    EXPECT_THAT(BoxTexts(), ElementsAre("Failed to open file: " + InDirectory("warm.dcm"), "Camera should be on."));
+    EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
+    EXPECT_EQ(CalType, 2);
+}
+
+TEST_F(LoadingATable, AShortDcmDoesNotStopTheLoadAndTheTableIsRebuilt)
+{
+    PutTable(InDirectory("warm.dcm"), {7, 6, 5});
+    EXPECT_EQ(Load(), 1);
+    EXPECT_THAT(BoxTexts(), ElementsAre("Failed to read file: " + InDirectory("warm.dcm"), "Camera should be on."));
+    EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
+}
+
+TEST_F(LoadingATable, ADcmWithEntriesOutsideTheFrameCountsAsAFailedRead)
+{
+    for (const std::uint32_t outside : {8U, 0xFFFFFFFFU}) {
+        PutTable(InDirectory("warm.dcm"), {7, 6, 5, 4, 3, 2, 1, outside});
+        EXPECT_EQ(Load(), 1);
+        EXPECT_THAT(BoxTexts(), Contains("Failed to read file: " + InDirectory("warm.dcm")));
+        EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7)) << outside;
+    }
+}
+
+TEST_F(LoadingATable, AnInstallThatFailsIsToldInTheWordsOfTheGains)
+{
+    DecomList.clear();
+    FailAllocation(2);  // the working list, then the table
+    EXPECT_EQ(Load(), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].text, "Hardware Timeout Error, Download of Gain Coefficients");
+    EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
+}
+
+TEST_F(LoadingASet, AMissingGainListStopsItAfterTheSettingsAreReplaced)
+{
+    std::filesystem::remove(InDirectory("warm.gai"));
+    OffsetList.assign(8, 5);
+    EXPECT_EQ(Load(), 0);
+    EXPECT_THAT(BoxTexts(), ElementsAre("Failed to open file: " + InDirectory("warm.gai")));
+    EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the set");
+    EXPECT_EQ(CalType, 0);
+    EXPECT_THAT(OffsetList, testing::Each(5));
+    EXPECT_THAT(DecomList, ElementsAre(7, 6, 5, 4, 3, 2, 1, 0)) << "partly replaced";
+    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+}
+
+TEST_F(LoadingASet, AMissingOffsetListStopsItAfterTheSettingsAreReplaced)
+{
+    std::filesystem::remove(InDirectory("warm.off"));
+    CalType = 1;
+    EXPECT_EQ(Load(), 0);
+    EXPECT_THAT(BoxTexts(), ElementsAre("Failed to open file: " + InDirectory("warm.off")));
+    EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the set");
+    EXPECT_EQ(CalType, 1) << "as it was";
+}
+
+TEST_F(LoadingASet, AShortGainOrOffsetListStopsIt)
+{
+    PutGains(InDirectory("warm.gai"), {1.0F, 1.0F});
+    EXPECT_EQ(Load(), 0);
+    EXPECT_THAT(BoxTexts(), ElementsAre("Failed to read file: " + InDirectory("warm.gai")));
+    PutSet(calPath);
+    PutOffsets(InDirectory("warm.off"), {1, 2, 3});
+    EXPECT_EQ(Load(), 0);
+    EXPECT_EQ(BoxTexts().back(), "Failed to read file: " + InDirectory("warm.off"));
+}
+
+TEST_F(LoadingASet, GainsAndOffsetsThatCantBeInstalledAreTold)
+{
+    DecomList.assign(8, 0);
+    GainList.clear();
+    FailAllocation(2);  // the working list, then the gains
+    EXPECT_EQ(Load(), 0);
+    EXPECT_THAT(BoxTexts(), ElementsAre("Hardware Timeout Error, Download of Gain Coefficients"));
+    GainList.assign(8, 1.0F);
+    OffsetList.clear();
+    FailAllocation(2);
+    EXPECT_EQ(Load(), 0);
+    EXPECT_EQ(BoxTexts().back(), "Hardware Timeout Error, Download of Offset Coefficients");
+    EXPECT_THAT(op->Boxes(), SizeIs(2));
+}
+
+TEST_F(LoadingASet, AnOddFrameLosesItsLastOffset)
+{
+    ActiveConfig.Hroi = 3;
+    ActiveConfig.Vroi = 1;
+    OffsetList.clear();
+    GainList.clear();
+    DecomList.clear();
+    PutTable(InDirectory("warm.dcm"), {2, 1, 0});
+    PutGains(InDirectory("warm.gai"), {1.0F, 2.0F, 3.0F});
+    PutOffsets(InDirectory("warm.off"), {-5, 6, 7});
+    EXPECT_EQ(Load(), 1);
+    EXPECT_THAT(OffsetList, ElementsAre(-5, 6, 0));
+}
+
+TEST_F(LoadingASet, AnEmptyBadDetFileTurnsReplacementOff)
+{
+    CalSettings.BadDetFile = "/former.bad";
+    SubstBadPixels = 1;
+    EXPECT_EQ(Load(), 1);
+    EXPECT_EQ(SubstBadPixels, 0);
+    EXPECT_EQ(CalSettings.BadDetFile, "");
+    EXPECT_FALSE(GetMenuItem(hWndMain, kCmdReplaceBadPixels)->checked);
+}
+
+TEST_F(LoadingASet, ItsBadDetectorsAreReplacedAndTheFlagStays)
+{
+    std::string text(kCalText);
+    text.replace(text.find("BadDetFile="), 11, "BadDetFile=D:\\OLD\\warm.bad");
+    PutFile(calPath, text);
+    PutFile(InDirectory("warm.bad"), "   0,   1\n");
+    PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n");
+    for (const std::int32_t flag : {1, 0}) {
+        SubstBadPixels = flag;
+        EXPECT_EQ(Load(), 1);
+        EXPECT_EQ(SubstBadPixels, flag) << "section Display of a set doesn't count here";
+        EXPECT_EQ(CalSettings.BadDetFile, InDirectory("warm.bad"));
+        EXPECT_EQ(DecomList[1], flag ? 2U : 1U);
+        EXPECT_EQ(GetMenuItem(hWndMain, kCmdReplaceBadPixels)->checked, flag == 1);
+    }
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(LoadingASet, AFlagInSectionCalibrationCounts)
+{
+    std::string text(kCalText);
+    text.replace(text.find("BadDetFile="), 11, "SubstBadPixels=0\nBadDetFile=warm.bad");
+    PutFile(calPath, text);
+    PutFile(InDirectory("warm.bad"), "");
+    SubstBadPixels = 1;
+    EXPECT_EQ(Load(), 1);
+    EXPECT_EQ(SubstBadPixels, 0);
+}
+
+TEST_F(LoadingASet, ItsOrientationIsTaken)
+{
+    std::string text(kCalText);
+    text.replace(text.find("MirrorHoriz=0"), 13, "MirrorHoriz=1");
+    PutFile(calPath, text);
+    EXPECT_EQ(Load(), 1);
+    EXPECT_EQ(MirrorHoriz, 1);
+    EXPECT_THAT(DecomList, ElementsAre(4, 5, 6, 7, 0, 1, 2, 3)) << "the rows exchanged";
+}
+
+// A set as an old machine wrote it: CR LF, backslashes, drive letters, capital letters.
+TEST_F(LoadingASet, WrittenOnAnOldMachineLoads)
+{
+    std::filesystem::create_directory(InDirectory("SETS"));
+    std::string text(kCalText);
+    for (const char* name : {"dcm", "gai", "off"}) {
+        const std::string plain = "warm." + std::string(name);
+        text.replace(text.find(plain), plain.size(), "D:\\CALS\\WARM." + std::string(name));
+    }
+    text.replace(text.find("BadDetFile="), 11, "BadDetFile=D:\\CALS\\WARM.BAD");
+    for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) text.insert(at, "\r");
+    PutSet(InDirectory("SETS/WARM.CAL"), text);
+    for (const char* name : {"gai", "off", "dcm"}) {
+        std::filesystem::rename(InDirectory("SETS/WARM." + std::string(name)),
+                                InDirectory(std::string("SETS/Warm.") + (name[0] == 'g' ? "GAI" : name)));
+    }
+    PutFile(InDirectory("SETS/warm.Bad"), "   1,   3\r\n");
+    PutFile(InDirectory("nearccw.prs"), "row,col\r\n0,1\r\n0,-1\r\n");
+    SubstBadPixels = 1;
+    EXPECT_EQ(LoadCalibration(hWndMain, "C:\\KELVO\\sets\\warm.cal"), 1);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+    EXPECT_THAT(GainList, ElementsAre(1.0F, 1.25F, 1.5F, 1.75F, 2.0F, 2.25F, 2.5F, 2.75F));
+    EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3, 4, 5, 6, 6)) << "the last detector is bad";
+    EXPECT_EQ(TemperatureCold, 20.5F);
+}
+
+TEST_F(LoadingASet, OfAnyBytesIsToldAndHarmsNothing)
+{
+    const std::string start = "[Setup]\nActiveCamera=2\n";
+    for (const std::string& text :
+         {std::string(), std::string("\0\0\0\0", 4), std::string(100000, '['), start + "[Calibration]\nGainFile=\n",
+          start + "IntTime=,,,\n[Calibration]\nCalType=x\nGainFile=../../../etc/passwd\n",
+          start + "[Calibration]\nGainFile=warm.gai\nOffsetFile=/\n", start + "[Calibration]\nGainFile=\xFF\xFE\n",
+          start + "IndexFrameRate=-2147483648\nVideoGain1=99999999\nVideoOffset1=-5\n[Calibration]\nGainFile=" +
+              std::string(5000, 'g') + "\n"}) {
+        PutSetup("ActiveCamera=2\n");
+        PutFile(calPath, text);
+        ForgetProfile(calPath);
+        const std::size_t before = op->Boxes().size();
+        EXPECT_EQ(Load(), 0);
+        EXPECT_GT(op->Boxes().size(), before);
+        EXPECT_EQ(CalType, 0);
+    }
+}
+
+TEST_F(LoadingASet, ListsOfAnyBytesAreTakenAsTheyAre)
+{
+    PutFile(InDirectory("warm.gai"), std::string(32, '\xFF'));  // not a number, each
+    PutFile(InDirectory("warm.off"), std::string(4000, '\x80'));
+    EXPECT_EQ(Load(), 1);
+    EXPECT_EQ(GainList.size(), 8U);
+    EXPECT_THAT(OffsetList, testing::Each(static_cast<std::int16_t>(0x8080)));
+}
+
+// --- Saving ---------------------------------------------------------------------------------------------------------
+
+class SavingASet : public CalibrationTest {
+  protected:
+    void SetUp() override
+    {
+        CalibrationTest::SetUp();
+        from = InDirectory("warm.cal");
+        to = InDirectory("kept.cal");
+        std::string text(kCalText);
+        text.replace(text.find("BadDetFile="), 11, "BadDetFile=warm.bad");
+        PutSet(from, text);
+        PutFile(InDirectory("warm.bad"), "");
+        PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n");
+        ASSERT_EQ(LoadCalibration(hWndMain, from), 1);
+        record = CalSettings;
+    }
+    static bool RecordIs(const CalSettingsRecord& other)
+    {
+        return CalSettings.CalFile == other.CalFile && CalSettings.GainFile == other.GainFile &&
+               CalSettings.OffsetFile == other.OffsetFile && CalSettings.DecomFile == other.DecomFile &&
+               CalSettings.BadDetFile == other.BadDetFile;
+    }
+    std::vector<std::string> KeptFiles() const
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(directory.Path())) {
+            const std::string name = entry.path().filename().string();
+            if (name.find("kept") != std::string::npos || name.find("journal") != std::string::npos)
+                names.push_back(name);
+        }
+        std::ranges::sort(names);
+        return names;
+    }
+    int SaveInAnotherProcess(const std::function<void()>& before) const
+    {
+        FlushProfiles();
+        const pid_t child = fork();
+        if (child == 0) {
+            before();
+            const int saved = SaveCalibrationAs(to);
+            _exit(saved == 0 && RecordIs(record) ? 0 : 1);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        return status;
+    }
+
+    std::string from;
+    std::string to;
+    CalSettingsRecord record;
+};
+
+TEST_F(SavingASet, CopiesEveryFileByteForByte)
+{
+    PutFile(InDirectory("warm.bad"), "   0,   1\n");
+    EXPECT_EQ(SaveCalibrationAs(to), 1);
+    for (const char* extension : {".gai", ".off", ".dcm", ".bad", ".noi"}) {
+        EXPECT_EQ(FileContents(SetFile(to, extension)), FileContents(SetFile(from, extension))) << extension;
+        EXPECT_TRUE(std::filesystem::exists(SetFile(to, extension))) << extension;
+    }
+    // The .cal differs in the names alone.
+    std::string expected = FileContents(from);
+    for (const auto& [old, text] : {std::pair{"CalFile=C:\\KELVO\\warm.cal", "CalFile=" + to},
+                                    {"=warm.gai", "=kept.gai"},
+                                    {"=warm.off", "=kept.off"},
+                                    {"=warm.dcm", "=kept.dcm"},
+                                    {"=warm.bad", "=kept.bad"}}) {
+        const std::string_view oldText = old;
+        expected.replace(expected.find(oldText), oldText.size(), text);
+    }
+    EXPECT_EQ(FileContents(to), expected);
+    EXPECT_THAT(KeptFiles(), ElementsAre("kept.bad", "kept.cal", "kept.dcm", "kept.gai", "kept.noi", "kept.off"));
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(SavingASet, MakesTheNewSetTheOneInForce)
+{
+    EXPECT_EQ(SaveCalibrationAs(to), 1);
+    EXPECT_EQ(CalSettings.CalFile, to);
+    EXPECT_EQ(CalSettings.GainFile, InDirectory("kept.gai"));
+    EXPECT_EQ(CalSettings.OffsetFile, InDirectory("kept.off"));
+    EXPECT_EQ(CalSettings.DecomFile, InDirectory("kept.dcm"));
+    EXPECT_EQ(CalSettings.BadDetFile, InDirectory("kept.bad"));
+    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+}
+
+TEST_F(SavingASet, WhatWasSavedLoads)
+{
+    ASSERT_EQ(SaveCalibrationAs(to), 1);
+    GainList.assign(8, 9.0F);
+    CalType = 0;
+    EXPECT_EQ(LoadCalibration(hWndMain, to), 1);
+    EXPECT_THAT(GainList, ElementsAre(1.0F, 1.25F, 1.5F, 1.75F, 2.0F, 2.25F, 2.5F, 2.75F));
+    EXPECT_EQ(CalSettings.CalFile, to);
+    EXPECT_EQ(VideoGain[0], 6);
+}
+
+TEST_F(SavingASet, WithoutACalibrationIsRefused)
+{
+    CalType = 0;
+    EXPECT_EQ(SaveCalibrationAs(to), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].text, "Can not save a calibration that is not loaded");
+    EXPECT_EQ(op->Boxes()[0].caption, "Kelvo warning");
+    EXPECT_THAT(KeptFiles(), IsEmpty());
+}
+
+TEST_F(SavingASet, UnderThePresentNameDoesNothingAndSucceeds)
+{
+    std::filesystem::remove(InDirectory("warm.gai"));  // a copy would fail
+    EXPECT_EQ(SaveCalibrationAs(from), 1);
+    std::string capitals = from;
+    std::ranges::transform(capitals, capitals.begin(), [](char c) { return static_cast<char>(std::toupper(c)); });
+    EXPECT_EQ(SaveCalibrationAs(capitals), 1);
+    std::filesystem::create_symlink(from, InDirectory("other.cal"));
+    EXPECT_EQ(SaveCalibrationAs(InDirectory("other.cal")), 1) << "the same file by another way";
+    EXPECT_TRUE(RecordIs(record));
+}
+
+TEST_F(SavingASet, WhoseBadListNoLongerExistsSavesWithAnEmptyBadDetFile)
+{
+    std::filesystem::remove(InDirectory("warm.bad"));
+    PutFile(InDirectory("kept.bad"), "   0,   0\n");  // of a set that had the name before
+    EXPECT_EQ(SaveCalibrationAs(to), 1);
+    EXPECT_EQ(KeyOf(to, "Calibration", "BadDetFile"), "");
+    EXPECT_EQ(CalSettings.BadDetFile, "");
+    EXPECT_FALSE(std::filesystem::exists(InDirectory("kept.bad")));
+}
+
+TEST_F(SavingASet, WithoutANoiseListNoneIsCopied)
+{
+    std::filesystem::remove(InDirectory("warm.noi"));
+    EXPECT_EQ(SaveCalibrationAs(to), 1);
+    EXPECT_THAT(KeptFiles(), ElementsAre("kept.bad", "kept.cal", "kept.dcm", "kept.gai", "kept.off"));
+}
+
+TEST_F(SavingASet, AListThatCantBeCopiedRemovesAllThatWasAndLeavesTheRecord)
+{
+    for (const char* extension : {".gai", ".off", ".dcm", ".cal"}) {
+        const std::string missing = SetFile(from, extension);
+        std::filesystem::rename(missing, InDirectory("elsewhere"));
+        EXPECT_EQ(SaveCalibrationAs(to), 0) << extension;
+        EXPECT_THAT(KeptFiles(), IsEmpty()) << extension;
+        EXPECT_TRUE(RecordIs(record));
+        std::filesystem::rename(InDirectory("elsewhere"), missing);
+    }
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+}
+
+TEST_F(SavingASet, ThatFailsLeavesTheSetThatHadTheName)
+{
+    for (const std::string_view extension : kSetExtensions) PutFile(SetFile(to, extension), "former");
+    std::filesystem::remove(InDirectory("warm.dcm"));
+    EXPECT_EQ(SaveCalibrationAs(to), 0);
+    for (const std::string_view extension : kSetExtensions) EXPECT_EQ(FileContents(SetFile(to, extension)), "former");
+    EXPECT_THAT(KeptFiles(), SizeIs(6));
+}
+
+TEST_F(SavingASet, IntoADirectoryWithoutWritePermissionLeavesNothing)
+{
+    std::filesystem::create_directory(InDirectory("closed"));
+    std::filesystem::permissions(InDirectory("closed"), std::filesystem::perms(0555));
+    std::filesystem::permissions(directory.Path(), std::filesystem::perms(0777));
+    to = InDirectory("closed/kept.cal");
+    EXPECT_EQ(SaveInAnotherProcess([] {
+                  if (geteuid() == 0 && setuid(kNobody) != 0) _exit(2);
+              }),
+              0);
+    EXPECT_TRUE(std::filesystem::is_empty(InDirectory("closed")));
+}
+
+TEST_F(SavingASet, OnAFullDiskLeavesNothing)
+{
+    PutFile(InDirectory("warm.dcm"), std::string(100000, 'd'));
+    EXPECT_EQ(SaveInAnotherProcess([] {
+                  signal(SIGXFSZ, SIG_IGN);
+                  const rlimit limit{50000, 50000};
+                  setrlimit(RLIMIT_FSIZE, &limit);
+              }),
+              0);
+    EXPECT_THAT(KeptFiles(), IsEmpty());
+}
+
+TEST_F(SavingASet, OntoADeviceIsRefused)
+{
+    EXPECT_EQ(SaveCalibrationAs("/dev/full"), 0);
+    EXPECT_TRUE(RecordIs(record));
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+}
+
+}  // namespace
+}  // namespace kelvo

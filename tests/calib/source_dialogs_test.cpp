@@ -1,0 +1,210 @@
+// The dialogs that wait for a source.
+#include "calib/cal_settings.h"
+#include "calib/cal_state.h"
+#include "calib/calibration.h"
+#include "calib/calibration_fixture.h"
+#include "platform/dialog.h"
+#include "platform/faults.h"
+#include "platform/help.h"
+#include "platform/window.h"
+#include "shell/status.h"
+#include "shell/windows.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kelvo {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class SourceDialog : public CalibrationTest {
+  protected:
+    void SetUp() override
+    {
+        CalibrationTest::SetUp();
+        TemperatureCold = -999.0F;
+        TemperatureHot = -999.0F;
+        result = -5;
+    }
+    void Cold(std::function<void(HWND)> work, std::function<void(HWND)> then = nullptr)
+    {
+        Work([this] { result = ColdSourceDialog(hWndMain, "1 Point Update"); }, std::move(work), std::move(then));
+    }
+    void Hot(std::function<void(HWND)> work, std::function<void(HWND)> then = nullptr)
+    {
+        Work([this] { result = HotSourceDialog(hWndMain); }, std::move(work), std::move(then));
+    }
+    static void TypeAndOk(HWND dialog, int edit, const char* text)
+    {
+        OperateText(dialog, edit, text);
+        OperatePress(dialog, kIdOk);
+    }
+
+    int result = 0;
+};
+
+TEST_F(SourceDialog, TheColdOneAsksForTheLowSource)
+{
+    Cold([](HWND dialog) {
+        EXPECT_EQ(DialogName(dialog), "CAL_COLD");
+        EXPECT_EQ(GetWindowText(dialog), "1 Point Update");
+        EXPECT_EQ(StatusText, " Press OK when LOW flux source is in front of camera");
+        EXPECT_EQ(GetDlgItemText(dialog, 1224), "");
+        EXPECT_EQ(GetDlgItemText(dialog, 1225), "1.0000");
+        OperatePress(dialog, kIdHelp);
+        EXPECT_EQ(CurrentHelpContext(), 1045);
+        OperatePress(dialog, kIdCancel);
+    });
+    EXPECT_EQ(result, 0);
+    EXPECT_THAT(op->Texts("beep", "sound"), ElementsAre("default"));
+    EXPECT_EQ(StatusText, " Press OK when LOW flux source is in front of camera") << "Cancel says nothing here";
+}
+
+TEST_F(SourceDialog, TheHotOneAsksForTheHighSource)
+{
+    TemperatureHot = 25.25F;
+    CalSettings.EmissivityHot = 0.95F;
+    Hot([](HWND dialog) {
+        EXPECT_EQ(DialogName(dialog), "CAL_HOT");
+        EXPECT_EQ(GetWindowText(dialog), "2 Point Calibration");
+        EXPECT_EQ(StatusText, " Press OK when HIGH flux source is in front of camera");
+        EXPECT_EQ(GetDlgItemText(dialog, 1226), "  25.25");
+        EXPECT_EQ(GetDlgItemText(dialog, 1227), "0.9500");
+        OperatePress(dialog, kIdHelp);
+        EXPECT_EQ(CurrentHelpContext(), 1044);
+        OperatePress(dialog, kIdCancel);
+    });
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(StatusText, " Use Alt + underlined menu item or trackball to select menu item");
+    EXPECT_THAT(op->Texts("beep", "sound"), IsEmpty());
+}
+
+TEST_F(SourceDialog, AnEmissivityOutOfRangeIsNotShown)
+{
+    CalSettings.EmissivityCold = 0.0F;
+    Cold([](HWND dialog) { EXPECT_EQ(GetDlgItemText(dialog, 1225), ""); });
+    CalSettings.EmissivityCold = 1.5F;
+    Cold([](HWND dialog) { EXPECT_EQ(GetDlgItemText(dialog, 1225), ""); });
+}
+
+TEST_F(SourceDialog, OkTakesTemperatureAndEmissivity)
+{
+    Cold([](HWND dialog) {
+        OperateText(dialog, 1225, "0.5");
+        TypeAndOk(dialog, 1224, "20.5");
+    });
+    EXPECT_EQ(result, 1);
+    EXPECT_EQ(TemperatureCold, 20.5F);
+    EXPECT_EQ(CalSettings.EmissivityCold, 0.5F);
+}
+
+TEST_F(SourceDialog, AnEmptyTemperatureIsNotGivenAndAnEmptyEmissivityStays)
+{
+    TemperatureCold = 20.0F;
+    CalSettings.EmissivityCold = 0.75F;
+    Cold([](HWND dialog) {
+        OperateText(dialog, 1225, "");
+        TypeAndOk(dialog, 1224, "");
+    });
+    EXPECT_EQ(result, 1);
+    EXPECT_EQ(TemperatureCold, -999.0F);
+    EXPECT_EQ(CalSettings.EmissivityCold, 0.75F);
+}
+
+TEST_F(SourceDialog, TemperaturesFromMinus274To2500AreTaken)
+{
+    for (const char* text : {"-274.0", "2500.0"}) {
+        Cold([text](HWND dialog) { TypeAndOk(dialog, 1224, text); });
+        EXPECT_EQ(result, 1) << text;
+    }
+    EXPECT_EQ(TemperatureCold, 2500.0F);
+}
+
+TEST_F(SourceDialog, OtherTemperaturesBeepAndStay)
+{
+    for (const char* text : {"-274.1", "2500.1", "cold", "nan", "inf", " "}) {
+        Cold([text](HWND dialog) { TypeAndOk(dialog, 1224, text); },
+             [](HWND dialog) {
+                 ASSERT_TRUE(dialog);
+                 EXPECT_EQ(FocusedDlgItem(dialog), 1224);
+             });
+        EXPECT_EQ(result, 0) << text;
+        EXPECT_EQ(TemperatureCold, -999.0F) << text;
+    }
+    EXPECT_THAT(op->Texts("beep", "sound"), SizeIs(12)) << "at opening, and at the refusal";
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(SourceDialog, AnEmissivityOutOfRangeBeepsAndIsSetToOne)
+{
+    for (const char* text : {"0", "-0.5", "1.01", "black", "nan"}) {
+        Hot([text](HWND dialog) { TypeAndOk(dialog, 1227, text); },
+            [](HWND dialog) {
+                ASSERT_TRUE(dialog);
+                EXPECT_EQ(GetDlgItemText(dialog, 1227), "1.0");
+            });
+        EXPECT_EQ(result, 0) << text;
+    }
+    EXPECT_THAT(op->Texts("beep", "sound"), SizeIs(5));
+    Hot([](HWND dialog) { TypeAndOk(dialog, 1227, "1"); });
+    EXPECT_EQ(result, 1);
+}
+
+TEST_F(SourceDialog, AHighSourceThatIsNotHotterIsAskedAbout)
+{
+    TemperatureCold = 20.0F;
+    op->Answer({Button::kCancel, Button::kOk});
+    Hot([](HWND dialog) { TypeAndOk(dialog, 1226, "20.0"); },
+        [](HWND dialog) {
+            ASSERT_TRUE(dialog) << "Cancel stays";
+            EXPECT_EQ(TemperatureHot, -999.0F);
+            TypeAndOk(dialog, 1226, "19.0");
+        });
+    EXPECT_EQ(result, 1);
+    EXPECT_EQ(TemperatureHot, 19.0F);
+    ASSERT_THAT(op->Boxes(), SizeIs(2));
+    EXPECT_EQ(op->Boxes()[0].text, "High temperature is <= Low temperature");
+    EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
+    EXPECT_THAT(op->Boxes()[0].buttons, ElementsAre("ok", "cancel"));
+    EXPECT_EQ(op->Boxes()[0].defaultButton, "cancel");
+}
+
+TEST_F(SourceDialog, AHotterOneAndOneThatIsNotGivenAreNotAskedAbout)
+{
+    TemperatureCold = 20.0F;
+    for (const char* text : {"20.01", ""}) {
+        Hot([text](HWND dialog) { TypeAndOk(dialog, 1226, text); });
+        EXPECT_EQ(result, 1) << text;
+        EXPECT_EQ(StatusText, "  Getting high flux calibration data...");
+    }
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+    EXPECT_EQ(TemperatureHot, -999.0F);
+}
+
+TEST_F(SourceDialog, TheirControlsBearTheirTexts)
+{
+    Cold([](HWND dialog) {
+        EXPECT_EQ(GetDlgItemText(dialog, 1), "&Ok");
+        EXPECT_EQ(GetDlgItemText(dialog, 2), "&Cancel");
+    });
+}
+
+TEST_F(SourceDialog, OneThatCantBeOpenedIsTold)
+{
+    SetFault("load dialog CAL_COLD", true);
+    SetFault("load dialog CAL_HOT", true);
+    EXPECT_EQ(ColdSourceDialog(hWndMain, "1 Point Update"), 0);
+    EXPECT_EQ(HotSourceDialog(hWndMain), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(2));
+    for (const auto& box : op->Boxes()) {
+        EXPECT_EQ(box.text, "Unable to display dialog");
+        EXPECT_EQ(box.caption, "System Error");
+    }
+}
+
+}  // namespace
+}  // namespace kelvo
