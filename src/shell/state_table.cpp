@@ -8,6 +8,8 @@
 #include "grabber/frame_state.h"
 #include "head/head_state.h"
 #include "imagefile/header.h"
+#include "imagefile/save_dialog.h"
+#include "imagefile/saving.h"
 #include "imagefile/select_file.h"
 #include "platform/script.h"
 #include "platform/state_registry.h"
@@ -138,6 +140,17 @@ void RegisterShell()
     RegisterVariable("LastFileDirectory", LastFileDirectory);
 }
 
+void RegisterSaving()
+{
+    RegisterVariable("FramesToAverageImage", FramesToAverageImage);
+    RegisterVariable("FramesToAverageSeq", FramesToAverageSeq);
+    RegisterVariable("SeqNumber", SeqNumber);
+    RegisterVariable("SeqNumberStart", SeqNumberStart);
+    RegisterVariable("SaveDialogMode", SaveDialogMode);
+    RegisterVariable("SaveAverage", SaveAverage);
+    RegisterVariable("SaveStdDev", SaveStdDev);
+}
+
 void RegisterCamera()
 {
     RegisterVariable("CalType", CalType);
@@ -197,6 +210,7 @@ void RegisterProgramState()
     RegisterFrameAccount();
     RegisterDisplay();
     RegisterShell();
+    RegisterSaving();
     RegisterCamera();
     RegisterHeader();
 
