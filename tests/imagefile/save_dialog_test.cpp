@@ -44,6 +44,7 @@ class SaveDialogTest : public testing::Test {
     {
         DefaultDir = directory / "data";
         std::filesystem::create_directories(DefaultDir);
+        SetKelvoDirectory(DefaultDir);
         IniFilePath = directory / "kelvo.ini";
         std::filesystem::create_directories(Work("sub"));
         for (const char* name : {"a.img", "B.IMG", "c.seq", "d.buf", "plain", ".hidden.img", "sub/inner.seq"}) {
