@@ -132,12 +132,9 @@ int RefuseImage(std::optional<NewFile>& file, const char* text)
 }
 
 // The disk filled up among the pixels. A new file stays as far as it came; one that stood before is worth more whole.
-int EndCutImage(std::optional<NewFile>& file, bool replacing)
+void KeepCutImage(NewFile& file, bool replacing)
 {
-    if (!replacing) file->Keep();
-    file.reset();
-    TellWriteError();
-    return 1;
+    if (!replacing) file.Keep();
 }
 
 int WriteImage(std::optional<NewFile>& file, std::span<std::int16_t> counts, bool replacing)
@@ -145,11 +142,12 @@ int WriteImage(std::optional<NewFile>& file, std::span<std::int16_t> counts, boo
     if (!file || !WriteHeader(file->Contents(), ImageHeader)) {
         return RefuseImage(file, "Failure writing header for image file");
     }
-    if (WriteCounts(file->Contents(), counts) != counts.size_bytes()) return EndCutImage(file, replacing);
-    if (file->Keep()) return 1;
+    const bool whole = WriteCounts(file->Contents(), counts) == counts.size_bytes();
+    if (whole && file->Keep()) return 1;
+    if (!whole) KeepCutImage(*file, replacing);
     file.reset();
     TellWriteError();
-    return 0;
+    return whole ? 0 : 1;  // what was written and not kept is gone
 }
 
 // ---- Save sequence
@@ -202,8 +200,17 @@ struct SequenceFile {
     bool replacing = false;  // of its own: another file stands under the name
     bool wasEmpty = true;    // before this frame
 
-    bool IsOpen() const { return own || shared; }
-    File& Contents() { return own ? own->Contents() : *shared; }
+    // Null: it couldn't be opened.
+    File* Contents()
+    {
+        if (own) return &own->Contents();
+        return shared ? &*shared : nullptr;
+    }
+    bool Finish()
+    {
+        if (own) return own->Keep();
+        return shared && shared->Close();
+    }
 };
 
 void OpenMultiFrameFile(SequenceFile& file)
@@ -239,6 +246,12 @@ std::int64_t PositionOfLastFrame(const ImageHeaderRecord& header)
     return frameBytes * (frames - 1) + std::int64_t{sizeof(ImageHeaderRecord)} + frames * header.ImageHeaderDataOffset;
 }
 
+bool LastFrameCanStand(const ImageHeaderRecord& header, std::int64_t fileBytes)
+{
+    const std::int64_t position = PositionOfLastFrame(header);
+    return position >= std::int64_t{sizeof(ImageHeaderRecord)} && position <= fileBytes + kWidestGap;
+}
+
 bool DescribesFrames(const ImageHeaderRecord& header)
 {
     const auto within = [](std::int32_t value, std::int32_t most) { return value > 0 && value <= most; };
@@ -257,19 +270,22 @@ bool TakeHeaderOfFile(File& file)
     const std::int64_t frames = std::max<std::int64_t>(record.FrameCount, WholeFrames(record, file.Length())) + 1;
     if (frames > std::numeric_limits<std::uint32_t>::max()) return false;
     record.FrameCount = static_cast<std::uint32_t>(frames);
-    if (PositionOfLastFrame(record) > file.Length() + kWidestGap) return false;
+    if (!LastFrameCanStand(record, file.Length())) return false;
     ImageHeader = record;
     return true;
 }
 
-// False: the file's own header is no use.
-bool PrepareSequenceHeader(SequenceFile& file)
+// False: no frame can be put where the header says; ImageHeader is as it was.
+bool PrepareSequenceHeader(File& file, bool isEmpty)
 {
     if (ViewingFile) {
-        ++ImageHeader.FrameCount;
+        ImageHeaderRecord record = ImageHeader;
+        record.FrameCount = record.FrameCount + 1;
+        if (!LastFrameCanStand(record, file.Length())) return false;
+        ImageHeader = record;
         return true;
     }
-    if (file.shared && !file.wasEmpty) return TakeHeaderOfFile(*file.shared);
+    if (!isEmpty) return TakeHeaderOfFile(file);
     BuildHeaderOfCamera();
     return true;
 }
@@ -293,7 +309,7 @@ std::int32_t EndWithoutHeader(SequenceFile& file, const ImageHeaderRecord& befor
 }
 
 // The disk filled up among the pixels.
-std::int32_t EndCutFrame(SequenceFile& file, std::size_t written)
+std::int32_t EndCutFrame(SequenceFile& file, File& contents, std::size_t written)
 {
     const auto result = static_cast<std::int32_t>(written);
     const std::uint32_t frames = ImageHeader.FrameCount;
@@ -304,7 +320,7 @@ std::int32_t EndCutFrame(SequenceFile& file, std::size_t written)
     }
     ImageHeader.FrameCount = frames - 1;
     // It lands behind the partial frame, where the file stands; readers count frames by the length.
-    const bool headerWritten = WriteHeader(file.Contents(), ImageHeader);
+    const bool headerWritten = WriteHeader(contents, ImageHeader);
     if (file.own && !file.replacing) file.own->Keep();
     file.own.reset();
     file.shared.reset();
@@ -316,26 +332,21 @@ std::int32_t EndCutFrame(SequenceFile& file, std::size_t written)
     return result;
 }
 
-// The bytes written, as far as they have arrived on the disk.
-std::size_t WriteFrame(SequenceFile& file, std::span<std::int16_t> counts)
-{
-    if (!file.Contents().Seek(PositionOfLastFrame(ImageHeader))) return 0;
-    return WriteCounts(file.Contents(), counts);
-}
-
-std::int32_t WriteSequenceFrame(SequenceFile& file, std::span<std::int16_t> counts, std::uint32_t framesAveraged,
-                                std::int32_t& sequenceNumber)
+std::int32_t WriteSequenceFrame(SequenceFile& file, File& contents, std::span<std::int16_t> counts,
+                                std::uint32_t framesAveraged, std::int32_t& sequenceNumber)
 {
     const ImageHeaderRecord before = ImageHeader;
-    if (!PrepareSequenceHeader(file)) {
+    if (!PrepareSequenceHeader(contents, file.wasEmpty)) {
+        file.own.reset();
         file.shared.reset();
         return RefuseSequenceFile(file.path, "\nSaveSequence: Unable to read existing image header!");
     }
     ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesAveraged);
-    if (!file.Contents().Seek(0) || !WriteHeader(file.Contents(), ImageHeader)) return EndWithoutHeader(file, before);
-    const std::size_t written = WriteFrame(file, counts);
-    if (written != counts.size_bytes()) return EndCutFrame(file, written);
-    if (!(file.own ? file.own->Keep() : file.shared->Close())) {
+    if (!contents.Seek(0) || !WriteHeader(contents, ImageHeader)) return EndWithoutHeader(file, before);
+    contents.Seek(PositionOfLastFrame(ImageHeader));
+    const std::size_t written = WriteCounts(contents, counts);
+    if (written != counts.size_bytes()) return EndCutFrame(file, contents, written);
+    if (!file.Finish()) {
         file.own.reset();
         TellWriteError();
         return 0;
@@ -405,8 +416,9 @@ std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNum
         ++sequenceNumber;  // the next press offers the next number
         return -1;
     }
-    if (!file.IsOpen()) return RefuseSequenceFile(file.path, "\nSaveSequence: Open file failure");
-    return WriteSequenceFrame(file, counts, frames, sequenceNumber);
+    File* const contents = file.Contents();
+    if (!contents) return RefuseSequenceFile(file.path, "\nSaveSequence: Open file failure");
+    return WriteSequenceFrame(file, *contents, counts, frames, sequenceNumber);
 }
 
 }  // namespace kelvo

@@ -1,6 +1,5 @@
 #include "imagefile/saving.h"
 
-#include "acquire/buffer_state.h"
 #include "calib/cal_state.h"
 #include "config/camera_config.h"
 #include "config/settings.h"
@@ -552,6 +551,19 @@ TEST_F(Saving, AFrameOnViewIgnoresTheHeaderOfTheMultiFrameFile)
     const std::string bytes = FileContents(Out("r0.seq"));
     EXPECT_EQ(+HeaderIn(bytes).FrameCount, 2U);
     EXPECT_EQ(bytes.substr(512), std::string(8, 'x') + SampleBytes({1, 2, 3, 4}));
+}
+
+TEST_F(Saving, AFileOnViewThatCountsFramesBeyondReasonIsRefused)
+{
+    ViewFrames(1);
+    for (const std::uint32_t count : {0xFFFFFFFFU, 0xFFFFFFF0U}) {
+        ImageHeader.FrameCount = count;
+        op.Answer({Button::kYes});
+        EXPECT_EQ(Save("r.seq"), -1);
+        EXPECT_EQ(op.Boxes().back().text, Out("r0.seq") + "\nSaveSequence: Unable to read existing image header!");
+        EXPECT_EQ(+ImageHeader.FrameCount, count);
+    }
+    EXPECT_THAT(Saved(), IsEmpty());
 }
 
 TEST_F(Saving, AFrameIsAppendedUnderTheFilesOwnMeasures)
