@@ -424,6 +424,25 @@ TEST_F(SaveDialogTest, AverageAndDeviationExcludeEachOther)
     });
 }
 
+TEST_F(SaveDialogTest, PassingThroughTheDirectoriesSelectsNone)
+{
+    EXPECT_EQ(Run(1468,
+                  [&](HWND dialog) {
+                      OperateText(dialog, kName, "new");
+                      FocusDlgItem(dialog, kDirectories);
+                      EXPECT_EQ(ListSelection(dialog, kDirectories), -1);
+                      OperatePress(dialog, kIdOk);
+                  }),
+              1);
+    EXPECT_EQ(FilePathBuf, Work("new.img"));
+}
+
+TEST_F(SaveDialogTest, HelpOpensItsPage)
+{
+    Run(1468, [&](HWND dialog) { OperatePress(dialog, kIdHelp); });
+    EXPECT_EQ(CurrentHelpContext(), 257);
+}
+
 TEST_F(SaveDialogTest, AnEmptyNameDoesNothing)
 {
     EXPECT_EQ(Type(1468, ""), 0);
