@@ -1,27 +1,47 @@
 // Saving what is on the screen: single images, numbered sequences, frames of one file.
+//
+// What is saved: with a file on view, its frame as ImageBuffer holds it; otherwise new frames of the camera (frozen:
+// the frozen one) as AverageFrames gives them, which is the picture on the screen, without the image cursor. Only
+// without a calibration in force the counts stay in readout order, as they came from the detector.
+//
+// A file of a single image is written beside its name and takes it when it is whole; what stood there before stays
+// until then. A multi-frame file is worked in place: a frame that is there is never written over by an append.
 #pragma once
-
-#include "platform/types.h"
 
 #include <cstdint>
 #include <string>
 
 namespace kelvo {
 
+// Written by the SAVE dialog.
 extern std::int32_t FramesToAverageImage;  // 1 to 1000
 extern std::int32_t FramesToAverageSeq;
-extern std::int32_t SeqNumber;       // the next number
+extern std::int32_t SeqNumber;       // the next number; counted up by SaveSequence
 extern std::int32_t SeqNumberStart;  // as entered
-extern std::int32_t SaveDialogMode;  // the SAVE dialog's pattern: 1468 *.img, 1470 *.seq, 1480 *.buf, 1484 *.*
-extern std::int32_t SaveAverage;
-extern std::int32_t SaveStdDev;
 
-// 1 when the file was written; 0 when it was not, after a box.
+// Writes one image. 1 when the file was written, also after "Error writing data to file!" (the disk filled up among the
+// pixels): a new file then stays as far as it came, and a file that was to be replaced stays as it was. 0 when it was
+// not: the operator keeps the file that stands there, or, each told in a box: "%s\nOpen file failure on Save Image"
+// (followed by the header's failure), "Failure to allocate or lock video memory!", "Video Data Acquisition Failed,
+// Hardware error", "Failure writing header for image file". Blocks while frames are gathered.
 int SaveImage(const std::string& path, std::uint32_t framesToAverage);
+
+// Writes the next image of a sequence: to basePath with sequenceNumber behind its stem, or (MultiFrame) as one more
+// frame of the file of that name. A negative number becomes 0; it goes up by 1 with each file written, and where the
+// operator keeps the file that stands there. Frames are averaged only from live video.
+//
 // 1; -1 when nothing was written or the operator declined; 0 on a header failure; the bytes written on a short write.
+// The boxes, under "Kelvo SaveSequence Error": "Failure to allocate memory!", "Unable to get image data!"; under "Kelvo
+// message": "%s\nSequence number, %d, too large for given base filename" (stem and number may have 8 characters),
+// "%s\nSaveSequence: Open file failure", "%s\nSaveSequence: Unable to read existing image header!" (too short, or no
+// frame could stand where it says), "Failure writing header for image file\nDisk Full ??", "Failure writing header for
+// image update file\nDisk full ??"; a short write else: "Error writing data to file!" under "File Write Error".
+//
+// With a file on view the new file takes its header, with one frame more, and the frame lies behind as many frames as
+// that says; in a multi-frame file too, whatever stands there.
 std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNumber, std::uint32_t framesToAverage);
 
-// The SAVE dialog in SaveDialogMode. 1 and the path in FilePathBuf, or 0.
-int SaveDialog(HWND window);
+// The path that the image of that number gets: 0 and below are one digit.
+std::string SequenceFilePath(const std::string& basePath, std::int32_t number);
 
 }  // namespace kelvo

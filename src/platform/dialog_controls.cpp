@@ -209,7 +209,10 @@ class ListControl {
 
     int Selection() const
     {
-        return combo_ != nullptr ? combo_->currentIndex() : list_ != nullptr ? list_->currentRow() : -1;
+        if (combo_ != nullptr) return combo_->currentIndex();
+        // The keyboard's focus alone makes an item the current one, but selects none.
+        const QListWidgetItem* current = list_ != nullptr ? list_->currentItem() : nullptr;
+        return current != nullptr && current->isSelected() ? list_->currentRow() : -1;
     }
 
     void Select(int index)

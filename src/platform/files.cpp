@@ -369,6 +369,69 @@ bool File::Close()
     return close(std::exchange(descriptor_, -1)) == 0;
 }
 
+bool File::Flush()
+{
+    return fsync(descriptor_) == 0;
+}
+
+std::optional<NewFile> NewFile::Begin(std::string_view path)
+{
+    const auto target = BehindLinks(ResolvePath(path));
+    if (!target) return std::nullopt;
+    struct stat status {};
+    if (stat(target->c_str(), &status) == 0 && S_ISCHR(status.st_mode)) {
+        std::optional<File> device = File::Open(*target, FileMode::kCreate);
+        if (!device) return std::nullopt;
+        return NewFile(std::move(*device), {}, *target);
+    }
+    if (target->empty() || target->ends_with('/')) {
+        errno = target->empty() ? ENOENT : EISDIR;
+        return std::nullopt;
+    }
+    const std::string name = NameOfNewContents(*target);
+    Descriptor contents(OpenNewContents(name));
+    if (contents.Get() < 0) return std::nullopt;
+    NewFile file(File(contents.Release()), name, *target);
+    const int descriptor = file.contents_.descriptor_;
+    if (ftruncate(descriptor, 0) != 0 || !TakeOverIdentity(descriptor, *target)) return std::nullopt;
+    return file;
+}
+
+NewFile::NewFile(File contents, std::string name, std::string target)
+    : contents_(std::move(contents)), name_(std::move(name)), target_(std::move(target))
+{
+}
+
+NewFile::NewFile(NewFile&& other) noexcept
+    : contents_(std::move(other.contents_)), name_(std::exchange(other.name_, {})), target_(std::move(other.target_))
+{
+}
+
+NewFile& NewFile::operator=(NewFile&& other) noexcept
+{
+    std::swap(contents_, other.contents_);
+    name_.swap(other.name_);
+    target_.swap(other.target_);
+    return *this;
+}
+
+NewFile::~NewFile()
+{
+    if (name_.empty()) return;
+    const int reason = errno;
+    unlink(name_.c_str());
+    errno = reason;
+}
+
+bool NewFile::Keep()
+{
+    if (name_.empty()) return contents_.Close();
+    if (!contents_.Flush() || rename(name_.c_str(), target_.c_str()) != 0) return false;
+    name_.clear();
+    FlushDirectory(DirectoryOf(target_));
+    return contents_.Close();
+}
+
 bool FileExists(std::string_view path)
 {
     const auto status = StatusOf(path);

@@ -48,10 +48,36 @@ class File {
     bool Seek(std::int64_t position);  // from the start; false for a negative position
     std::int64_t Length() const;
     bool Close();  // false if what was written may not have arrived
+    bool Flush();  // to the disk; false as for Close
 
   private:
+    friend class NewFile;
     explicit File(int descriptor) : descriptor_(descriptor) {}
     int descriptor_ = -1;
+};
+
+// A file in the making. It is written beside its name (links followed) and takes its place as a whole when it is kept;
+// until then, and wherever it is dropped, what stood under the name stays. A file that is replaced hands on its
+// permissions. A device that takes bytes is written as it is.
+class NewFile {
+  public:
+    // nullopt where the name can't be written: what stands there may not be replaced, or the directory takes no file.
+    static std::optional<NewFile> Begin(std::string_view path);
+    NewFile(NewFile&& other) noexcept;
+    NewFile& operator=(NewFile&& other) noexcept;
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+    ~NewFile();  // drops what wasn't kept
+
+    File& Contents() { return contents_; }
+    // Flushed to the disk and renamed. False: what was written is gone, the name as it was.
+    bool Keep();
+
+  private:
+    NewFile(File contents, std::string name, std::string target);
+    File contents_;
+    std::string name_;  // empty: kept, dropped or a device
+    std::string target_;
 };
 
 bool FileExists(std::string_view path);  // a regular file

@@ -10,6 +10,8 @@
 #include "grabber/frame_state.h"
 #include "head/turn_on.h"
 #include "head/video_setup.h"
+#include "imagefile/save_dialog.h"
+#include "imagefile/saving.h"
 #include "imagefile/select_file.h"
 #include "imagefile/viewing.h"
 #include "pixel/bad_pixels.h"
@@ -103,12 +105,30 @@ Ending PreviousFrame()
     return Ending::kResetStatus;
 }
 
+Ending SaveImageFile()
+{
+    StopPlaying();
+    FileDialogTemplate = kImageTemplate;
+    SaveDialogMode = kSaveImages;
+    if (!SaveDialog(hWndMain)) return Ending::kLeaveStatus;
+    const Hourglass hourglass;
+    SaveImage(FilePathBuf, static_cast<std::uint32_t>(FramesToAverageImage));
+    return Ending::kResetStatus;
+}
+
 Ending NameSequence()
 {
     FileDialogTemplate = kSequenceTemplate;
-    std::string path = "*.seq";
-    if (!SelectFile(hWndMain, path, kSelectToSave)) return Ending::kLeaveStatus;
-    NameSequenceForSaving(path);
+    SaveDialogMode = kSaveSequences;
+    if (SaveDialog(hWndMain)) NameSequenceForSaving(FilePathBuf);
+    return Ending::kResetStatus;
+}
+
+Ending SaveNextOfSequence()
+{
+    StopPlaying();
+    const Hourglass hourglass;
+    SaveSequence(SeqFilePath, SeqNumber, static_cast<std::uint32_t>(FramesToAverageSeq));
     return Ending::kResetStatus;
 }
 
@@ -343,10 +363,10 @@ struct Command {
 
 constexpr Command kCommands[] = {
     {kCmdHostRamCapture, NotAvailable},
-    {kCmdSaveImage, NotAvailable},
+    {kCmdSaveImage, SaveImageFile},
     {kCmdLoadImage, LoadImageFile},
     {kCmdNameSequenceForSaving, NameSequence},
-    {kCmdSaveSequence, NotAvailable},
+    {kCmdSaveSequence, SaveNextOfSequence},
     {kCmdContinuousSave, NotAvailable},
     {kCmdTriggeredSave, NotAvailable},
     {kCmdNameSequenceToLoad, NameSequenceForLoading},

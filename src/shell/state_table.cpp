@@ -13,6 +13,8 @@
 #include "head/comm_link.h"
 #include "head/head_state.h"
 #include "imagefile/header.h"
+#include "imagefile/save_dialog.h"
+#include "imagefile/saving.h"
 #include "imagefile/select_file.h"
 #include "platform/script.h"
 #include "platform/state_registry.h"
@@ -156,6 +158,17 @@ void RegisterShell()
     RegisterVariable("LastFileDirectory", LastFileDirectory);
 }
 
+void RegisterSaving()
+{
+    RegisterVariable("FramesToAverageImage", FramesToAverageImage);
+    RegisterVariable("FramesToAverageSeq", FramesToAverageSeq);
+    RegisterVariable("SeqNumber", SeqNumber);
+    RegisterVariable("SeqNumberStart", SeqNumberStart);
+    RegisterVariable("SaveDialogMode", SaveDialogMode);
+    RegisterVariable("SaveAverage", SaveAverage);
+    RegisterVariable("SaveStdDev", SaveStdDev);
+}
+
 void RegisterCamera()
 {
     RegisterVariable("CalType", CalType);
@@ -229,6 +242,7 @@ void RegisterProgramState()
     RegisterFrameAccount();
     RegisterDisplay();
     RegisterShell();
+    RegisterSaving();
     RegisterCamera();
     RegisterCalibrationSet();
     RegisterHeader();

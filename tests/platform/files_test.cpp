@@ -368,6 +368,37 @@ TEST_F(Files, AWriteProtectedFileIsNotReplaced)
     EXPECT_EQ(FileContents(path), "new");
 }
 
+TEST_F(Files, ANewFileTakesItsNameWhenItIsKept)
+{
+    PutFile(path, "old");
+    {
+        std::optional<NewFile> file = NewFile::Begin(path);
+        ASSERT_TRUE(file);
+        EXPECT_EQ(file->Contents().Write(std::as_bytes(std::span("new", 3))), 3U);
+        EXPECT_EQ(FileContents(path), "old");
+        EXPECT_TRUE(file->Keep());
+    }
+    EXPECT_EQ(FileContents(path), "new");
+    EXPECT_EQ(Names(directory.Path()), "file.dat ");
+}
+
+TEST_F(Files, ANewFileThatIsDroppedLeavesTheFormerOne)
+{
+    PutFile(path, "old");
+    {
+        std::optional<NewFile> file = NewFile::Begin(path);
+        ASSERT_TRUE(file);
+        EXPECT_EQ(file->Contents().Write(std::as_bytes(std::span("new", 3))), 3U);
+    }
+    EXPECT_EQ(FileContents(path), "old");
+    EXPECT_EQ(Names(directory.Path()), "file.dat ");
+    EXPECT_FALSE(NewFile::Begin(directory / "missing/x"));
+    EXPECT_FALSE(NewFile::Begin(directory.Path()));
+    EXPECT_FALSE(NewFile::Begin(""));
+    EXPECT_TRUE(NewFile::Begin("/dev/null"));
+    EXPECT_EQ(access("/dev/null", F_OK), 0);
+}
+
 TEST_F(Files, LeftoversOfAKilledWriterAreUsedAgain)
 {
     PutFile(directory / ".file.dat.new", "half of someth");

@@ -8,7 +8,7 @@ command(151)
 local read_out = status()
 check.holds(read_out, "Signal=")
 local hints = {
-  [107] = "Select image file to view", [108] = "Enter filename to save image file to", [113] = "Select image file to view",
+  [107] = "Select image file to view", [113] = "Select image file to view",
   [116] = "Enter filename to save image file to", [135] = "Select a calibration statistics file to view",
 }
 for id, hint in pairs(hints) do
@@ -22,6 +22,13 @@ for id, hint in pairs(hints) do
   check.eq(title(), "Kelvo - a")
 end
 check.eq(state("LastFileDirectory"), state("DefaultDir"), "no folder was taken over")
+
+-- The dialog for saving has no hint of its own.
+command(106)
+check.eq(dialog(), "SAVE")
+check.eq(status(), read_out)
+press(2)
+check.eq(status(), read_out)
 
 -- Stepping with no sequence named asks for one.
 key("F7")

@@ -82,6 +82,17 @@ TEST_F(DialogOrder, GoToFrameStartsAtTheNumber)
     EXPECT_THAT(StopsOf("GOTOFRAME"), ElementsAre(1001, 1, 2));
 }
 
+// From the name through the lists to the numbers; what goes with other files comes behind.
+TEST_F(DialogOrder, SaveGoesFromTheNameToTheNumbers)
+{
+    EXPECT_THAT(StopsOf("SAVE"), ElementsAre(1460, 1464, 1466, 1488, 1486, 1784, 1002, 1471, 1468, 1600, 1, 2, 9));
+}
+
+TEST_F(DialogOrder, ImageFileHeaderIsOneChoice)
+{
+    EXPECT_THAT(StopsOf("ImgHead"), ElementsAre(101, 1, 2));
+}
+
 // Each group of radios is one stop.
 TEST_F(DialogOrder, ConfigurationFollowsItsControls)
 {
