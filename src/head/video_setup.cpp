@@ -48,7 +48,7 @@ void ReadIntegrationIndexes()
 float VoltsAt(std::int32_t counts)
 {
     const auto gain = static_cast<std::size_t>(std::clamp(VideoGain[0], 0, 15));
-    const float offset = static_cast<float>(VideoOffset[0] - kVoltsOffsetZero) * VoltsOffset;
+    const float offset = static_cast<float>(std::int64_t{VideoOffset[0]} - kVoltsOffsetZero) * VoltsOffset;
     return (static_cast<float>(counts) - ADoffset) * VoltsPerCountVsGain.at(gain) - offset;
 }
 
