@@ -3,9 +3,9 @@
 
 namespace kelvo {
 
-// ReadActiveSection (grabber/board.h): where the frames have another size than before, what was made
-// for the old one is dropped (FrameSizeChanged); where the head hangs on another port, the link is closed, so that the
-// next client reaches the new one.
+// Reads the section of ActiveCamera into ActiveConfig (ReadActiveSection of grabber/board.h, which drops frames and
+// lists of another size). Where the head hangs on another port than before, the link is closed, so that the next client
+// reaches the new one.
 void ReadActiveCamera();
 
 }  // namespace kelvo

@@ -44,7 +44,7 @@ std::int32_t GiveUp()
     return 0;
 }
 
-// The link stays only if it is always open; the head has been told all it needs for now.
+// The identification is over: the link stays open only where CommPortAlwaysOpen asks for it.
 std::int32_t Found()
 {
     CloseLinkAfterUse();

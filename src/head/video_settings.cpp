@@ -64,7 +64,7 @@ std::int32_t FrameRateRowOf(std::string_view file)
 
 float VoltsAt(std::int32_t counts, std::size_t gain, std::int32_t offset)
 {
-    const float zero = static_cast<float>(offset - kVoltsOffsetZero) * VoltsOffset;
+    const float zero = static_cast<float>(std::int64_t{offset} - kVoltsOffsetZero) * VoltsOffset;
     return (static_cast<float>(counts) - ADoffset) * VoltsPerCountVsGain.at(gain) - zero;
 }
 

@@ -118,7 +118,8 @@ inline std::int16_t CountOf(float value)
 {
     // The lower limit comes first, so that what is no number reads 0.
     const float within = std::min(std::max(0.0F, value), static_cast<float>(kHighestCount));
-    return static_cast<std::int16_t>(static_cast<std::int32_t>(within + 0.5F));
+    const float halfUp = within + 0.5F;  // truncated below, which a compiler does for several pixels at once
+    return static_cast<std::int16_t>(static_cast<std::int32_t>(halfUp));
 }
 
 }  // namespace kelvo
