@@ -195,6 +195,12 @@ void DrawPlot(HWND dialog)
     StretchPixels(area, {0, 0, OscBitmap.width, OscBitmap.height}, PlotPicture(OscBitmap, paper));
 }
 
+// Made before the dialog is laid out, so that the first tick finds them at their size.
+void MakeSurfaces(HWND dialog)
+{
+    for (const int id : {kPlotArea, kLeftMarks, kRightMarks}) DlgItemWindow(dialog, id);
+}
+
 void ShowPixelAxis(HWND dialog)
 {
     SetDlgItemText(dialog, kFirstPixel, "0");
@@ -379,6 +385,7 @@ void Open(HWND dialog)
     const Hourglass hourglass;
     CentreDialog(dialog);
     DockDialog(dialog);  // beside the picture
+    MakeSurfaces(dialog);
     OpenLists(dialog);
     OpenBars(dialog);
     SendLevels(chosen.gain[0], chosen.offset[0]);

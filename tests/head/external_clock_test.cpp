@@ -9,6 +9,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 namespace kelvo {
 namespace {
 
@@ -20,14 +22,17 @@ class ExternalClock : public VideoSetUpTest {
     // Types a rate, then presses; a dialog that stays is closed by No.
     int Answer(const std::string& rate, int button)
     {
+        const auto ended = std::make_shared<bool>(false);
         op->Do([=] {
             OperateText(DialogInFront(), 624, rate);
             OperatePress(DialogInFront(), button);
         });
-        op->Do([] {
-            if (DialogInFront()) OperatePress(DialogInFront(), 7);
+        op->Do([ended] {
+            if (!*ended && DialogInFront()) OperatePress(DialogInFront(), 7);
         });
-        return ExternalClockDialog(hWndMain, "Generator 1");
+        const int result = ExternalClockDialog(hWndMain, "Generator 1");
+        *ended = true;
+        return result;
     }
 };
 

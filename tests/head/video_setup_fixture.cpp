@@ -15,6 +15,8 @@
 #include <QApplication>
 #include <QKeyEvent>
 
+#include <memory>
+
 namespace kelvo {
 
 void VideoSetUpTest::SetUp()
@@ -53,12 +55,15 @@ int VideoSetUpTest::Run(std::initializer_list<Step> steps)
     for (const Step& step : steps) {
         op->Do([step] { step(DialogInFront()); });
     }
+    const auto ended = std::make_shared<bool>(false);
     for (int i = 0; i < 2; ++i) {
-        op->Do([] {
-            if (DialogInFront()) OperatePress(DialogInFront(), kIdCancel);
+        op->Do([ended] {
+            if (!*ended && DialogInFront()) OperatePress(DialogInFront(), kIdCancel);
         });
     }
-    return VideoSetupDialog(hWndMain);
+    const int result = VideoSetupDialog(hWndMain);
+    *ended = true;
+    return result;
 }
 
 Step VideoSetUpTest::Press(int id)
