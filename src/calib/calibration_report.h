@@ -48,10 +48,17 @@ struct CalibrationReport {
 // fewer than two values or a mean of 0.
 std::optional<NonUniformity> NonUniformityOf(std::span<const std::int16_t> values, std::span<const std::uint8_t> use,
                                              std::string source);
+std::optional<NonUniformity> NonUniformityOf(std::span<const std::int32_t> values, std::span<const std::uint8_t> use,
+                                             std::string source);
 std::optional<NonUniformity> NonUniformityOf(std::span<const float> values, std::span<const std::uint8_t> use,
                                              std::string source);
 // "low source", or "low source, 20.000 °C" where a temperature is given (above -274).
 std::string SourceName(std::string_view source, float temperature);
+
+// Makes the report's map (image order) of each detector's class (readout order); 0: good.
+void MapClasses(CalibrationReport& report, std::span<const std::uint8_t> classes, std::span<const std::uint32_t> decom);
+// Adds the class of pixels that a list of bad detectors names and the run found good.
+void MapListed(CalibrationReport& report, std::span<const std::uint8_t> badMap);
 
 // In a line drawn through two temperatures and the radiances there, what the temperature read half-way in temperature
 // is off by, in °C: the curve of Planck's law between wavelengths in um. 0 where the two are equal.

@@ -10,7 +10,7 @@ namespace kelvo {
 
 namespace {
 
-constexpr double kNoiseSteps = 20.0;               // a count in the noise list
+constexpr double kNoiseSteps = 20.0;            // a count in the noise list
 constexpr float kColdestTemperature = -274.0F;  // below it none was given
 
 struct Window {

@@ -23,8 +23,8 @@ struct OnePointSettings {
 };
 
 struct OnePointResult {
-    float mean = 0;        // counts
-    float noiseMean = 0;   // counts rms; 0 where it wasn't measured
+    float mean = 0;       // counts
+    float noiseMean = 0;  // counts rms; 0 where it wasn't measured
     std::int32_t good = 0;
 };
 

@@ -10,8 +10,8 @@ namespace kelvo {
 
 namespace {
 
-constexpr double kNoiseSteps = 20.0;       // a count in the noise list
-constexpr double kOffsetScale = 16384.0;   // the offset's uniformity is told of this, whatever the camera's range
+constexpr double kNoiseSteps = 20.0;      // a count in the noise list
+constexpr double kOffsetScale = 16384.0;  // the offset's uniformity is told of this, whatever the camera's range
 constexpr std::size_t kOneGoodInThat = 20;
 
 constexpr std::array<const char*, kDetectorClasses> kClassNames = {
@@ -80,7 +80,7 @@ struct SignalSums {
     {
         low += lowMean;
         high += highMean;
-        delta += double{1} * highMean - lowMean;
+        delta += static_cast<double>(highMean) - lowMean;
     }
     void Store(ArrayMeans& means) const
     {
@@ -92,29 +92,32 @@ struct SignalSums {
 
 // The limits of a run, worked out once.
 struct Rules {
-    Rules(const ArrayMeans& means, const TwoPointSettings& settings)
-        : means(means),
-          settings(settings),
-          upper(static_cast<float>(std::fabs(settings.gainRange + 1.0))),
-          lower(static_cast<float>(std::fabs(1.0 - settings.gainRange)))
+    Rules(const ArrayMeans& means, const TwoPointSettings& settingsOfRun)
+        : settings(settingsOfRun),
+          meanLow(means.meanLow),
+          meanDelta(means.meanDelta),
+          upper(static_cast<float>(std::fabs(settingsOfRun.gainRange + 1.0))),
+          lower(static_cast<float>(std::fabs(1.0 - settingsOfRun.gainRange)))
     {
     }
 
-    DetectorClass ClassOf(std::int32_t low, std::int32_t delta, std::int16_t noise) const
+    DetectorClass ClassOf(std::int32_t lowMean, std::int32_t delta, std::int16_t noise) const
     {
-        const bool above = low > means.meanLow;
+        const double low = lowMean;
+        const bool above = low > meanLow;
         if (delta == 0) return above ? DetectorClass::kShort : DetectorClass::kOpen;
-        const double response = std::fabs(delta / double{means.meanDelta});
+        const double response = std::fabs(delta / meanDelta);
         if (response > upper) return above ? DetectorClass::kLowResponseAbove : DetectorClass::kLowResponseBelow;
         if (response < lower) return above ? DetectorClass::kHighResponseAbove : DetectorClass::kHighResponseBelow;
-        if (double{1} * low + settings.minOffset < means.meanLow) return DetectorClass::kLowOffset;
-        if (double{1} * low - settings.maxOffset > means.meanLow) return DetectorClass::kHighOffset;
+        if (low + settings.minOffset < meanLow) return DetectorClass::kLowOffset;
+        if (low - settings.maxOffset > meanLow) return DetectorClass::kHighOffset;
         if (settings.replaceNoisy && noise / kNoiseSteps > settings.allowedNoise) return DetectorClass::kNoisy;
         return DetectorClass::kGood;
     }
 
-    const ArrayMeans& means;
     const TwoPointSettings& settings;
+    double meanLow;
+    double meanDelta;
     float upper;
     float lower;
 };
@@ -136,7 +139,11 @@ std::string Sensitivity(const ArrayMeans& means, float temperatureCold, float te
 {
     const double degrees = double{temperatureHot} - double{temperatureCold};
     const double counts = double{means.meanHigh} - double{means.meanLow};
-    return Format("\nSensitivity: %7.4f \xB0" "C/count  (%.1f counts/\xB0" "C)", degrees / counts, counts / degrees);
+    return Format(
+        "\nSensitivity: %7.4f \xB0"
+        "C/count  (%.1f counts/\xB0"
+        "C)",
+        degrees / counts, counts / degrees);
 }
 
 std::string Noise(const ClassCounts& counts, const ArrayMeans& means, std::size_t detectors)
@@ -151,7 +158,8 @@ std::string Noise(const ClassCounts& counts, const ArrayMeans& means, std::size_
 std::string Uniformity(const OffsetResult& offsets, const CoefficientSpread& spread)
 {
     return Format("\n\nGain Uniformity: \xB1 %4.2f %%\nOffset Uniformity: \xB1 %4.2f %%",
-                  spread.gainStd * 100.0 / std::fabs(double{offsets.meanGain}), spread.offsetStd * 100.0 / kOffsetScale);
+                  spread.gainStd * 100.0 / std::fabs(double{offsets.meanGain}),
+                  spread.offsetStd * 100.0 / kOffsetScale);
 }
 
 }  // namespace
@@ -235,8 +243,7 @@ OffsetResult OffsetsOf(std::span<const float> gains, std::span<const std::int16_
     std::uint32_t offsetSum = 0;  // 32 bits that wrap
     std::int32_t count = 0;
     for (std::size_t i = 0; i < gains.size(); ++i) {
-        const float value =
-            gains[i] != 0 ? static_cast<float>(lowMeans[i] - double{meanLow} * double{gains[i]}) : 0.0F;
+        const float value = gains[i] != 0 ? static_cast<float>(lowMeans[i] - double{meanLow} * double{gains[i]}) : 0.0F;
         const std::int64_t rounded = Truncate(RoundHalfAway(value));
         offsets[i] = static_cast<std::int16_t>(rounded);
         // What has no 64 bits is out of range too, though 0 is stored.

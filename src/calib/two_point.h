@@ -74,7 +74,10 @@ const char* DetectorClassName(DetectorClass detectorClass);
 
 struct ClassCounts {
     std::array<std::int32_t, kDetectorClasses> of{};
-    std::int32_t operator[](DetectorClass detectorClass) const { return of.at(static_cast<std::size_t>(detectorClass)); }
+    std::int32_t operator[](DetectorClass detectorClass) const
+    {
+        return of.at(static_cast<std::size_t>(detectorClass));
+    }
     std::int32_t Bad() const;  // all but the good ones
 };
 
