@@ -243,7 +243,7 @@ std::string ReportPath(std::string_view calPath)
 int SaveReport(const CalibrationReport& report)
 {
     const std::string path = ReportPath(report.calPath);
-    if (ReplaceFile(path, ReportText(report))) return 1;
+    if (ReplaceFile(path, ToUtf8(ReportText(report)))) return 1;
     MessageBox(hWndMain, "Failed to save file: " + path, kMessageCaption);
     return 0;
 }

@@ -72,7 +72,7 @@ void MeasureAfter(CalibrationReport& report, const std::string& source, std::uin
 std::string ReportText(const CalibrationReport& report);
 // "NAME.report.txt" beside the .cal file.
 std::string ReportPath(std::string_view calPath);
-// 1; 0 after "Failed to save file: %s".
+// The report as a UTF-8 text, which any editor shows. 1; 0 after "Failed to save file: %s".
 int SaveReport(const CalibrationReport& report);
 
 // Shows the classic result box with one more button, which opens the report. Blocks.
