@@ -135,7 +135,7 @@ calibration.bad_pixels()
 check.eq(box().text:find("Mean noise", 1, true), nil)
 check.eq(box().text:find("@", 1, true), nil)
 answer("ok")
-check.eq(io.open("data/Last.noi"), nil, "of one frame there is no noise, and the old file goes")
+check.eq(io.open(datadir() .. "/Last.noi"), nil, "of one frame there is no noise, and the old file goes")
 check.holds(readfile("data/Last.cal"), "BadDetFile=\n")
 
 -- As the first one, for the next start.
