@@ -139,9 +139,10 @@ TEST_F(TwoPointRun, MakesALastSetAndPutsItInForce)
     EXPECT_EQ(CalType, 2);
     EXPECT_EQ(CalDone, 1);
     EXPECT_THAT(ListOf<float>("Last.gai"), ElementsAre(0.875F, 0.875F, 0.875F, 0.875F, 0.875F, 0.0F, 0.0F, 0.0F));
-    // low - 1071.43 x 0.875 = low - 937.5: 62.5 rounds away from zero, as far as 1071.43's float lets it be 62.5.
+    // The mean as a float is 8777143 / 8192, a little above 7500 / 7: x 0.875 that is 937.500015, and 62.499985 is
+    // left.
     const auto offsets = ListOf<std::int16_t>("Last.off");
-    EXPECT_THAT(offsets, ElementsAre(63, 73, 53, 63, 63, 0, 0, 0));
+    EXPECT_THAT(offsets, ElementsAre(62, 72, 52, 62, 62, 0, 0, 0));
     EXPECT_THAT(ListOf<std::int16_t>("Last.noi"), Each(0));
     EXPECT_THAT(ListOf<std::uint32_t>("Last.dcm"), SizeIs(8));
     EXPECT_EQ(FileContents(InDirectory("Last.bad")), "   1,   1\n   1,   2\n   1,   3\n");
@@ -331,28 +332,38 @@ TEST_F(TwoPointRun, WithoutFramesItFails)
     expectRefusal("nothing from the second source");
 }
 
-TEST_F(TwoPointRun, MemoryThatIsRefusedIsNamed)
+// The n-th allocation from a source's dialog on fails, one after the other; no frame is wanted, so that the run ends
+// by itself at the capture.
+TEST_F(TwoPointRun, MemoryForSumsThatIsRefusedIsNamed)
 {
-    struct Case {
-        int allocation;
-        const char* text;
-    };
-    for (const Case& each : {Case{1, "Failure to allocate or lock LowSumBuffer memory!"},
-                             Case{2, "Failure to allocate or lock HighSumBuffer memory!"},
-                             Case{3, "Failure to allocate or lock NoiseBuffer memory!"}}) {
-        // What the unity state takes beforehand: found by counting up to the first list of the run.
-        bool reached = false;
-        for (int before = 0; before < 12 && !reached; ++before) {
-            AtLow({kLow});
-            Press(kIdCancel);
-            FailAllocation(before + each.allocation);
-            EXPECT_EQ(TwoPoint(), 0);
-            FailAllocation(0);
-            reached = !op->Boxes().empty() && op->Boxes().back().text == each.text;
-        }
-        EXPECT_TRUE(reached) << each.text;
+    for (int n = 1; n < 16; ++n) {
+        CalSettings.NumFrames = 0;
+        op->Do([n] {
+            FailAllocation(n);
+            OperatePress(DialogInFront(), kIdOk);
+        });
+        EXPECT_EQ(TwoPoint(), 0);
+        FailAllocation(0);
+        EXPECT_EQ(CalType, 0);
     }
+    EXPECT_THAT(BoxTexts(), Contains("Failure to allocate or lock LowSumBuffer memory!"));
+    EXPECT_THAT(BoxTexts(), Contains("Failure to allocate or lock HighSumBuffer memory!"));
+    EXPECT_THAT(BoxTexts(), Contains("Failure to allocate or lock NoiseBuffer memory!"));
     ExpectUnity();
+}
+
+TEST_F(TwoPointRun, MemoryForListsThatIsRefusedIsNamed)
+{
+    for (int n = 1; n < 16; ++n) {
+        AtLow({kLow});
+        AtHigh({kHigh}, "", [n] { FailAllocation(n); });
+        TwoPoint();
+        FailAllocation(0);
+    }
+    EXPECT_THAT(BoxTexts(), Contains("Failure to allocate video memory!"));
+    EXPECT_THAT(BoxTexts(), Contains("Failure to allocate Gain List memory!"));
+    EXPECT_THAT(BoxTexts(), Contains("Failure to load Decommutation array into memory!"));
+    EXPECT_THAT(BoxTexts(), Contains("Failure to allocate OffsetList memory!"));
 }
 
 // While the box of the bad pixels is in front the lists in force are taken away, and memory for new ones is refused.
@@ -411,7 +422,7 @@ TEST_F(TwoPointRun, SubstitutionThatFailsLeavesTheNewListsInstalled)
     EXPECT_EQ(CalDone, 0);
     EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
     EXPECT_THAT(GainList, ElementsAre(0.875F, 0.875F, 0.875F, 0.875F, 0.875F, 0.1F, 0.1F, 0.1F));
-    EXPECT_THAT(OffsetList, ElementsAre(63, 73, 53, 63, 63, 0, 0, 0));
+    EXPECT_THAT(OffsetList, ElementsAre(62, 72, 52, 62, 62, 0, 0, 0));
     EXPECT_EQ(FileContents(InDirectory("Last.gai")), "the former gains");
     EXPECT_FALSE(Stands("Last.off"));
 }
@@ -459,6 +470,27 @@ TEST_F(RangeQuestion, NoLeavesTheUnityStateAndTheFormerFiles)
     EXPECT_EQ(DisplayHigh, 0x3FFF);
     EXPECT_EQ(FileContents(InDirectory("Last.noi")), "former noise");
     EXPECT_FALSE(Stands("Last.off"));
+}
+
+// The lists in force are taken away while the question stands, and memory for new ones is refused.
+TEST_F(RangeQuestion, UnityCoefficientsThatCantBeFilledInAreTold)
+{
+    for (const bool gains : {true, false}) {
+        AtLow({low});
+        AtHigh({high});
+        op->Answer({Button::kOk, Button::kNo});
+        op->AtNextBox([](const FrontBox&) {});
+        op->AtNextBox([gains](const FrontBox& box) {
+            EXPECT_EQ(box.caption, "Warning!  Continue?");
+            if (gains) GainList.clear();
+            OffsetList.clear();
+            FailAllocation(1);
+        });
+        EXPECT_EQ(TwoPoint(), 0);
+        EXPECT_EQ(op->Boxes().back().text, gains ? "Hardware Timeout Error, Download of Gain Coefficients"
+                                                 : "Hardware Timeout Error, Download of Offset Coefficients");
+        ExpectUnity();
+    }
 }
 
 // --- Files ----------------------------------------------------------------------------------------------------------
@@ -509,8 +541,8 @@ TEST_F(TwoPointRun, TheReportOpensFromTheResult)
     EXPECT_THAT(report, HasSubstr("before  low source, 20.000 \xC2\xB0"
                                   "C"));
     EXPECT_THAT(report, HasSubstr("   1000.0 counts    0.7071 %  2 frames"));
-    // Corrected: (2000 - 63) / 0.875 and (2010 - 73) / 0.875, all 2213 or 2214; a substituted pixel as its source.
-    EXPECT_THAT(report, HasSubstr("   2213.0 counts    0.0000 %  2 frames"));
+    // Corrected: (2000 - 62) / 0.875 and (2010 - 72) / 0.875, both 2214.857; a substituted pixel reads as its source.
+    EXPECT_THAT(report, HasSubstr("   2214.9 counts    0.0000 %  2 frames"));
 }
 
 TEST_F(TwoPointRun, AReportThatCantBeShownIsTold)
