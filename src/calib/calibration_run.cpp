@@ -74,8 +74,8 @@ struct Run {
     std::vector<std::int16_t> shorts;  // the noise list, later the low means
     std::vector<float> gains;
     std::vector<DetectorClass> classes;
-    std::optional<DecomTable> table;
-    std::optional<std::vector<std::int16_t>> offsets;
+    DecomTable table;
+    std::vector<std::int16_t> offsets;
     bool offsetsLeaveRange = false;
 
     TwoPointResult result;
@@ -219,19 +219,20 @@ void ReportClasses(Run& run)
         const auto of = static_cast<DetectorClass>(i);
         report.classes.push_back({DetectorClassName(of), run.result.counts[of], kClassColors.at(i)});
     }
-    MapClasses(report, MarksOf(run.classes, false), *run.table);
+    MapClasses(report, MarksOf(run.classes, false), run.table);
 }
 
 Outcome CalculateGains(Run& run)
 {
     Status("Calculating Gains...");
     if (!AllocateBlock(run.gains, run.pixels)) return Fail("Failure to allocate Gain List memory!");
-    run.table = LoadDecomList(run.config);
-    if (!run.table) {
+    std::optional<DecomTable> table = LoadDecomList(run.config);
+    if (!table) {
         MessageBox(run.window, "Failure to load Decommutation array into memory!", kMessageCaption);
         StatusString(kIdleHint, kLeftAligned);
         return Outcome::kFailed;
     }
+    run.table = *std::move(table);
     AllocateBlock(run.classes, run.pixels);  // without it the report has no map
     run.result.counts = ClassifyDetectors(run.lowSums, run.highSums, run.shorts, run.result.means, run.settings,
                                           run.gains, run.classes);
@@ -254,18 +255,19 @@ Outcome FindOffsets(Run& run)
     Free(run.lowSums);
     std::int32_t rangeFlag = 0;
     OffsetResult& found = run.result.offsets;
-    run.offsets =
+    std::optional<std::vector<std::int16_t>> offsets =
         CalculateOffsets(run.gains, run.shorts, run.result.means.meanLow, found.meanGain, found.meanOffset, rangeFlag);
-    if (!run.offsets) return Fail("Failure to lock Gain list memory!");
+    if (!offsets) return Fail("Failure to lock Gain list memory!");
+    run.offsets = *std::move(offsets);
     run.offsetsLeaveRange = rangeFlag != 0;
     Status("Calculating calibration statistics...");
-    run.result.spread = SpreadOf(run.gains, *run.offsets, found.meanGain, found.meanOffset);
+    run.result.spread = SpreadOf(run.gains, run.offsets, found.meanGain, found.meanOffset);
     return Outcome::kGoOn;
 }
 
 Outcome InstallOffsets(Run& run)
 {
-    if (DownloadOffsets(*run.offsets)) return Outcome::kGoOn;
+    if (DownloadOffsets(run.offsets)) return Outcome::kGoOn;
     MessageBeep(Sound::kExclamation);
     return Outcome::kFailed;
 }
@@ -304,14 +306,14 @@ Outcome SaveOffsetFile(Run& run)
 {
     Status("Saving offset calibration file...");
     CalSettings.OffsetFile = LastSetFile(".off");
-    run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, *run.offsets);
+    run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, run.offsets);
     CalSettings.CalFile = LastCalPath();
     return Outcome::kGoOn;
 }
 
 Outcome Substitute(Run& run)
 {
-    if (!SubstituteBadPixels(run.gains, *run.table)) return Outcome::kStopped;
+    if (!SubstituteBadPixels(run.gains, run.table)) return Outcome::kStopped;
     if (SubstBadPixels) MapListed(run.report, BadDetList);
     return Outcome::kGoOn;
 }

@@ -28,9 +28,11 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kelvo {
 
@@ -74,14 +76,14 @@ struct Run {
     std::vector<float> noise;  // empty: not measured
     std::vector<float> gains;
     std::vector<OnePointClass> classes;
-    std::optional<DecomTable> table;
-    std::optional<std::vector<std::int16_t>> offsets;
+    DecomTable table;
+    std::vector<std::int16_t> offsets;
     bool offsetsLeaveRange = false;
 
     OnePointResult result;
     CalibrationReport report;
     std::string formerCalFile;
-    std::optional<SetReplacement> files;
+    std::unique_ptr<SetReplacement> files;
     bool listsAreSaved = true;
     std::optional<Hourglass> waiting;
 };
@@ -149,8 +151,10 @@ Outcome FillGains(Run& run)
 
 Outcome LoadTable(Run& run)
 {
-    run.table = LoadDecomList(run.config);
-    return run.table ? Outcome::kGoOn : Fail("Failure to get decommutation order!");
+    std::optional<DecomTable> table = LoadDecomList(run.config);
+    if (!table) return Fail("Failure to get decommutation order!");
+    run.table = *std::move(table);
+    return Outcome::kGoOn;
 }
 
 // Where no pixel is good after all, the plain state of the beginning stands already.
@@ -163,17 +167,17 @@ Outcome TellNoGoodPixels(Outcome outcome)
 Outcome FindMean(Run& run)
 {
     Status("Calculating average of all pixels");
-    const float mean = MeanOfPixels(run.frame, *run.table);
+    const float mean = MeanOfPixels(run.frame, run.table);
     if (!SubstBadPixels) {
         run.result = AcceptAllPixels(mean, run.noise, run.pixels);
         return Outcome::kGoOn;
     }
-    const std::optional<float> inside = MeanInsideWindow(run.frame, *run.table, mean, run.settings);
+    const std::optional<float> inside = MeanInsideWindow(run.frame, run.table, mean, run.settings);
     if (!inside) return TellNoGoodPixels(Outcome::kFailed);
     Status("Replace bad pixels");
     AllocateBlock(run.classes, run.pixels);  // without it the report has no map
     const auto result =
-        RejectOutsideWindow(run.frame, run.noise, *run.table, *inside, run.settings, run.gains, run.classes);
+        RejectOutsideWindow(run.frame, run.noise, run.table, *inside, run.settings, run.gains, run.classes);
     if (!result) return TellNoGoodPixels(Outcome::kStopped);
     run.result = *result;
     return Outcome::kGoOn;
@@ -202,7 +206,7 @@ void ReportClasses(Run& run)
     report.classes = {{"Below the window about the mean", counts[1], 0x4363D8},
                       {"Above the window about the mean", counts[2], 0xE6194B},
                       {"Noisy", counts[3], 0xAAFFC3}};
-    MapClasses(report, classes, *run.table);
+    MapClasses(report, classes, run.table);
 }
 
 // What the installation tells is all there is to it: the offsets follow in any case.
@@ -218,8 +222,10 @@ Outcome FindOffsets(Run& run)
     float meanGain = 0;
     float meanOffset = 0;
     std::int32_t rangeFlag = 0;
-    run.offsets = CalculateOffsets(run.gains, run.frame, run.result.mean, meanGain, meanOffset, rangeFlag);
-    if (!run.offsets) return FailWithBeep();
+    std::optional<std::vector<std::int16_t>> offsets =
+        CalculateOffsets(run.gains, run.frame, run.result.mean, meanGain, meanOffset, rangeFlag);
+    if (!offsets) return FailWithBeep();
+    run.offsets = *std::move(offsets);
     run.offsetsLeaveRange = rangeFlag != 0;
     IntensityCold = RoundCounts(run.result.mean);
     CalSettings.IntensityCold = IntensityCold;
@@ -237,14 +243,14 @@ Outcome AskAboutRange(Run& run)
 
 Outcome InstallOffsets(Run& run)
 {
-    return DownloadOffsets(*run.offsets) ? Outcome::kGoOn : FailWithBeep();
+    return DownloadOffsets(run.offsets) ? Outcome::kGoOn : FailWithBeep();
 }
 
 // From here on the files of the set change; they come back unless the run completes the set.
 Outcome OpenSet(Run& run)
 {
     const std::string calPath = run.update ? CalSettings.CalFile : NewCalPath();
-    run.files.emplace(calPath);
+    run.files = std::make_unique<SetReplacement>(calPath);
     if (!run.files->Begin()) {
         MessageBox(run.window, "Failed to save file: " + calPath, "Kelvo File Error!");
         return Outcome::kFailed;
@@ -258,7 +264,7 @@ Outcome OpenSet(Run& run)
 // CalType stays. The set is named as before, so that the caller can load it again.
 Outcome Substitute(Run& run)
 {
-    if (!SubstituteBadPixels(run.gains, *run.table)) {
+    if (!SubstituteBadPixels(run.gains, run.table)) {
         CalSettings.CalFile = run.formerCalFile;
         return Outcome::kStopped;
     }
@@ -333,7 +339,7 @@ Outcome SaveLists(Run& run)
     }
     Status("Saving offset calibration file");
     CalSettings.OffsetFile = SetFile(CalSettings.CalFile, ".off");
-    run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, *run.offsets) && run.listsAreSaved;
+    run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, run.offsets) && run.listsAreSaved;
     // The lists got their names after the keys were written: without this a new set would name those of another one.
     if (!run.update) WriteListKeys();
     return Outcome::kGoOn;

@@ -44,13 +44,14 @@ TEST(OnePointMean, AValueOnABoundIsOutsideInTheFirstPassAndInsideInTheSecond)
     const Shorts frame = {900, 901, 1199, 1200};
     const auto inside = MeanInsideWindow(frame, InOrder(4), 1000.0F, Within(100, 200));
     ASSERT_TRUE(inside);
-    EXPECT_EQ(*inside, 1050.0F);  // of 901 and 1199
+    EXPECT_EQ(inside.value_or(0), 1050.0F);  // of 901 and 1199
 
     Floats gains(4, 1.0F);
-    const auto result = RejectOutsideWindow(frame, {}, InOrder(4), 1000.0F, Within(100, 200), gains, {});
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->good, 4);
-    EXPECT_EQ(result->mean, 1050.0F);
+    const auto found = RejectOutsideWindow(frame, {}, InOrder(4), 1000.0F, Within(100, 200), gains, {});
+    ASSERT_TRUE(found);
+    const OnePointResult result = found.value_or(OnePointResult{});
+    EXPECT_EQ(result.good, 4);
+    EXPECT_EQ(result.mean, 1050.0F);
     EXPECT_THAT(gains, Each(1.0F));
 }
 
@@ -59,9 +60,10 @@ TEST(OnePointMean, TheSecondPassZeroesTheGainsOfWhatLiesOutside)
     const Shorts frame = {899, 900, 1000, 1200, 1201};
     Floats gains = {1.5F, 1.25F, 0.0F, 0.75F, 2.0F};
     std::vector<OnePointClass> classes(5);
-    const auto result = RejectOutsideWindow(frame, {}, InOrder(5), 1000.0F, Within(100, 200), gains, classes);
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->good, 3);
+    const auto found = RejectOutsideWindow(frame, {}, InOrder(5), 1000.0F, Within(100, 200), gains, classes);
+    ASSERT_TRUE(found);
+    const OnePointResult result = found.value_or(OnePointResult{});
+    EXPECT_EQ(result.good, 3);
     EXPECT_THAT(gains, ElementsAre(0.0F, 1.25F, 0.0F, 0.75F, 0.0F)) << "kept gains don't change, a kept zero stays";
     EXPECT_THAT(classes, ElementsAre(OnePointClass::kLow, OnePointClass::kGood, OnePointClass::kGood,
                                      OnePointClass::kGood, OnePointClass::kHigh));
@@ -81,10 +83,11 @@ TEST(OnePointMean, NoiseAtTheLevelPassesAndAboveItDoesNot)
     const Shorts frame(3, 1000);
     const Floats noise = {9.0F, 9.001F, 3.0F};
     Floats gains(3, 1.0F);
-    const auto result = RejectOutsideWindow(frame, noise, InOrder(3), 1000.0F, Within(100, 100), gains, {});
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->good, 2);
-    EXPECT_FLOAT_EQ(result->noiseMean, 6.0F);
+    const auto found = RejectOutsideWindow(frame, noise, InOrder(3), 1000.0F, Within(100, 100), gains, {});
+    ASSERT_TRUE(found);
+    const OnePointResult result = found.value_or(OnePointResult{});
+    EXPECT_EQ(result.good, 2);
+    EXPECT_FLOAT_EQ(result.noiseMean, 6.0F);
     EXPECT_THAT(gains, ElementsAre(1.0F, 0.0F, 1.0F));
 }
 
@@ -93,9 +96,10 @@ TEST(OnePointMean, DetectorsAreReachedThroughTheTable)
     const Shorts frame = {5000, 1000};
     const Floats noise = {1.0F, 4.0F};
     Floats gains(2, 1.0F);
-    const auto result = RejectOutsideWindow(frame, noise, Table{1, 1}, 1000.0F, Within(100, 100), gains, {});
-    ASSERT_TRUE(result);
-    EXPECT_FLOAT_EQ(result->noiseMean, 4.0F);
+    const auto found = RejectOutsideWindow(frame, noise, Table{1, 1}, 1000.0F, Within(100, 100), gains, {});
+    ASSERT_TRUE(found);
+    const OnePointResult result = found.value_or(OnePointResult{});
+    EXPECT_FLOAT_EQ(result.noiseMean, 4.0F);
     EXPECT_THAT(gains, Each(1.0F)) << "no pixel reads detector 0";
 }
 
