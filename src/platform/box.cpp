@@ -21,6 +21,7 @@ constexpr Button kOkOnly[] = {Button::kOk};
 constexpr Button kOkAndCancel[] = {Button::kOk, Button::kCancel};
 constexpr Button kYesAndNo[] = {Button::kYes, Button::kNo};
 constexpr Button kYesNoAndCancel[] = {Button::kYes, Button::kNo, Button::kCancel};
+constexpr Button kOkAndReport[] = {Button::kOk, Button::kReport};
 
 std::span<const Button> ButtonsOf(BoxButtons buttons)
 {
@@ -31,6 +32,8 @@ std::span<const Button> ButtonsOf(BoxButtons buttons)
             return kYesAndNo;
         case BoxButtons::kYesNoCancel:
             return kYesNoAndCancel;
+        case BoxButtons::kOkReport:
+            return kOkAndReport;
         case BoxButtons::kOk:
             break;
     }
@@ -48,6 +51,7 @@ constexpr ButtonLook kButtonLooks[] = {
     {Button::kCancel, "cancel", "Cancel", QMessageBox::RejectRole},
     {Button::kYes, "yes", "&Yes", QMessageBox::YesRole},
     {Button::kNo, "no", "&No", QMessageBox::NoRole},
+    {Button::kReport, "report", "&Report...", QMessageBox::ActionRole},
 };
 
 const ButtonLook& LookOf(Button button)

@@ -10,8 +10,8 @@
 namespace kelvo {
 
 enum class BoxIcon { kNone, kInformation, kExclamation, kQuestion, kStop };
-enum class BoxButtons { kOk, kOkCancel, kYesNo, kYesNoCancel };
-enum class Button { kOk = 1, kCancel = 2, kYes = 6, kNo = 7 };  // numbers as dialogs return them
+enum class BoxButtons { kOk, kOkCancel, kYesNo, kYesNoCancel, kOkReport };
+enum class Button { kOk = 1, kCancel = 2, kYes = 6, kNo = 7, kReport = 100 };  // numbers as dialogs return them
 
 constexpr std::string_view kMessageCaption = "Kelvo message";
 

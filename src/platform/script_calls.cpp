@@ -148,7 +148,7 @@ struct Name {
     int number;
 };
 
-constexpr Name kButtons[] = {{"ok", 1}, {"cancel", 2}, {"yes", 6}, {"no", 7}};
+constexpr Name kButtons[] = {{"ok", 1}, {"cancel", 2}, {"yes", 6}, {"no", 7}, {"report", 100}};
 constexpr Name kIcons[] = {{"none", 0}, {"information", 1}, {"exclamation", 2}, {"question", 3}, {"stop", 4}};
 constexpr Name kDirections[] = {
     {"up", kDirectionUp}, {"right", kDirectionRight}, {"down", kDirectionDown}, {"left", kDirectionLeft}};

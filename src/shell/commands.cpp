@@ -1,6 +1,9 @@
 #include "shell/commands.h"
 
+#include "calib/cal_settings.h"
+#include "calib/cal_state.h"
 #include "calib/calibration.h"
+#include "calib/calibration_run.h"
 #include "config/configuration_dialog.h"
 #include "display/color_map.h"
 #include "display/display_dialog.h"
@@ -211,9 +214,34 @@ Ending SaveCalibration()
     return Ending::kResetStatus;
 }
 
+// A one-point run determines offsets alone. The calibration that it was to replace comes back if it fails.
+void RunOnePoint()
+{
+    const std::int32_t typeBefore = CalType;
+    CalType = 0;
+    if (OnePointCalibrate(hWndMain) || typeBefore == 0) return;
+    LoadCalibration(hWndMain, std::string(CalSettings.CalFile));
+}
+
+// Of the type that the calibration dialog ended with.
+void RunChosenCalibration()
+{
+    if (CalSettings.ChosenType == 1) {
+        RunOnePoint();
+    } else {
+        TwoPointCalibrate(hWndMain, ActiveConfig, CalDone);
+    }
+}
+
 Ending NewCalibration()
 {
-    RunCalibrationDialog(hWndMain);
+    if (RunCalibrationDialog(hWndMain)) RunChosenCalibration();
+    return Ending::kResetStatus;
+}
+
+Ending UpdateCalibration()
+{
+    OnePointCalibrate(hWndMain);
     return Ending::kResetStatus;
 }
 
@@ -307,12 +335,20 @@ void ShowFittingPointer()
     }
 }
 
+// With two cameras the operator makes sure of the one that is calibrated.
+bool IsCameraToCalibrate()
+{
+    if (!ActiveConfig.DualCamera) return true;
+    return MessageBox(hWndMain, "About to start calibration of camera:\n\n" + ActiveConfig.Description, kMessageCaption,
+                      BoxIcon::kExclamation, BoxButtons::kOkCancel) == Button::kOk;
+}
+
 // After a turn-on without a calibration: the operator sets the video up, then calibrates.
 void SetUpVideo()
 {
     SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
     VideoSetupDialog(hWndMain);
-    if (CameraOn) RunCalibrationDialog(hWndMain);
+    if (CameraOn && RunCalibrationDialog(hWndMain) && IsCameraToCalibrate()) RunChosenCalibration();
     CheckMenuItem(hWndMain, kCmdReplaceBadPixels, SubstBadPixels != 0);
 }
 
@@ -384,7 +420,7 @@ constexpr Command kCommands[] = {
     {kCmdSaveTiff8, NotAvailable},
     {kCmdSaveTiff16, NotAvailable},
     {kCmdNewCalibration, NewCalibration},
-    {kCmdUpdateCalibration, NotAvailable},
+    {kCmdUpdateCalibration, UpdateCalibration},
     {kCmdSaveCalibration, SaveCalibration},
     {kCmdLoadCalibration, LoadPreviousCalibration},
     {kCmdApplyCalibration, NotAvailable},

@@ -13,6 +13,15 @@ namespace {
 std::vector<std::string> calls;
 std::int32_t configurationResult = 0;
 std::optional<std::int16_t> frameCounts;
+std::vector<std::vector<std::int16_t>> pictures;
+std::size_t nextPicture = 0;
+
+int ReadPicture(std::span<std::int16_t> buffer)
+{
+    const auto& picture = pictures[nextPicture++ % pictures.size()];
+    std::copy_n(picture.begin(), std::min(picture.size(), buffer.size()), buffer.begin());
+    return 0;
+}
 
 constexpr BoardModule kModule = 7;
 constexpr BoardFrame kFrame = 1;
@@ -47,10 +56,11 @@ const BoardTable kRecordedBoard = {
             return 0;
         },
     .freeze = [](BoardModule, BoardFrame) { calls.emplace_back("freeze"); },
-    .wait_vb = [](BoardModule, BoardFrame) { return frameCounts ? 0 : kBoardTimeout; },
+    .wait_vb = [](BoardModule, BoardFrame) { return frameCounts || !pictures.empty() ? 0 : kBoardTimeout; },
     .read_area =
         [](BoardModule, BoardFrame, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
            std::span<std::int16_t> buffer) {
+            if (!pictures.empty()) return ReadPicture(buffer);
             if (!frameCounts) return -1;
             std::ranges::fill(buffer, *frameCounts);
             return 0;
@@ -80,6 +90,12 @@ std::vector<std::string> TakeBoardCalls()
 void SetBoardCounts(std::optional<std::int16_t> counts)
 {
     frameCounts = counts;
+}
+
+void SetBoardFrames(std::vector<std::vector<std::int16_t>> frames)
+{
+    pictures = std::move(frames);
+    nextPicture = 0;
 }
 
 void SetBoardConfigurationResult(int result)

@@ -19,5 +19,7 @@ void SetBoardConfigurationResult(int result);
 
 // From here on each frame holds this count throughout; without one the board times out.
 void SetBoardCounts(std::optional<std::int16_t> counts);
+// From here on the frames are these, over and over, each a whole readout.
+void SetBoardFrames(std::vector<std::vector<std::int16_t>> frames);
 
 }  // namespace kelvo

@@ -25,7 +25,7 @@ for id, expected in pairs(texts) do
 end
 for _, id in ipairs { 105, 155, 156, 200, 217 } do check.eq(menu(id), nil, "menu " .. id) end
 
-for _, id in ipairs { 103, 110, 112, 117, 125, 126, 131, 134, 160, 161, 162, 900, 999 } do
+for _, id in ipairs { 103, 110, 112, 117, 125, 126, 134, 160, 161, 162, 900, 999 } do
   command(id)
   check.eq(box().text, "This command is not available in this version of Kelvo.", "command " .. id)
   answer("ok")

@@ -1,0 +1,118 @@
+// From sums to lists at 640 x 512, without files and boxes: means, classes and gains, offsets, statistics, bad
+// detectors and their substitution. Beside a copy of the lists read and written, in one run on one thread.
+//
+//   build/bench/bench/calibration_bench            and, on the same machine, python3 bench/calibration_numpy.py
+//
+// Rounds go in turn; each figure is the median, and the ratio to the copy the median of the rounds' ratios.
+#include "calib/cal_settings.h"
+#include "calib/two_point.h"
+#include "config/camera_config.h"
+#include "median.h"
+#include "pixel/bad_pixels.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <numeric>
+#include <random>
+#include <vector>
+
+namespace {
+
+using namespace kelvo;
+
+constexpr std::int32_t kColumns = 640;
+constexpr std::int32_t kRows = 512;
+constexpr std::size_t kPixels = std::size_t{kColumns} * kRows;
+constexpr int kRounds = 40;
+constexpr double kFramePeriodUs = 10000;  // 100 Hz
+constexpr double kFramesOfARun = 60;
+
+struct Sums {
+    std::vector<std::int32_t> low = std::vector<std::int32_t>(kPixels);
+    std::vector<std::int32_t> high = std::vector<std::int32_t>(kPixels);
+    std::vector<float> noise = std::vector<float>(kPixels);
+};
+
+// 30 frames at 7500 and 8750 counts; 2 % don't respond.
+Sums MakeSums()
+{
+    std::mt19937 random(640);
+    std::normal_distribution<double> normal;
+    Sums sums;
+    for (std::size_t i = 0; i < kPixels; ++i) {
+        const double low = 7500 + 80 * normal(random);
+        const double response = random() % 50 == 0 ? 0 : 1250 * (1 + 0.012 * normal(random));
+        sums.low[i] = static_cast<std::int32_t>(30 * low);
+        sums.high[i] = static_cast<std::int32_t>(30 * (low + response));
+        sums.noise[i] = static_cast<float>(5 + 0.6 * normal(random));
+    }
+    return sums;
+}
+
+struct Lists {
+    std::vector<std::int16_t> shorts = std::vector<std::int16_t>(kPixels);
+    std::vector<float> gains = std::vector<float>(kPixels);
+    std::vector<std::int16_t> offsets = std::vector<std::int16_t>(kPixels);
+    std::vector<std::uint32_t> table = std::vector<std::uint32_t>(kPixels);
+    BadDetMap bad = BadDetMap(kPixels);
+};
+
+bool Calculate(Sums& sums, Lists& lists, const CameraConfig& config)
+{
+    const TwoPointSettings settings;
+    const ArrayMeans means = SumsToMeans(sums.low, sums.high, sums.noise, lists.shorts, settings);
+    TwoPointResult result;
+    result.counts = ClassifyDetectors(sums.low, sums.high, lists.shorts, means, settings, lists.gains, {});
+    TruncateMeans(sums.low, lists.shorts);
+    result.offsets = OffsetsOf(lists.gains, lists.shorts, means.meanLow, lists.offsets);
+    result.spread = SpreadOf(lists.gains, lists.offsets, result.offsets.meanGain, result.offsets.meanOffset);
+    IdentifyBadDet(lists.bad, lists.gains, lists.table, config);
+    return ReplaceBadDet(lists.table, lists.bad, config) != 0 && result.spread.gainStd > 0;
+}
+
+template <typename Entry>
+void Copy(const std::vector<Entry>& from, std::vector<Entry>& to)
+{
+    std::memcpy(to.data(), from.data(), from.size() * sizeof(Entry));
+}
+
+}  // namespace
+
+int main()
+{
+    CameraConfig config;
+    config.Vroi = kRows;
+    config.Hroi = kColumns;
+    CalSettings.PRSfile = KELVO_DEFAULTS "/nearccw.prs";
+    const Sums kept = MakeSums();
+    Sums sums = kept;
+    Lists lists;
+    Lists copies;
+    std::vector<double> work;
+    std::vector<double> copy;
+    bool whole = true;
+    for (int round = 0; round < kRounds && whole; ++round) {
+        copy.push_back(Microseconds([&] {
+            Copy(kept.low, sums.low);
+            Copy(kept.high, sums.high);
+            Copy(kept.noise, sums.noise);
+            Copy(lists.shorts, copies.shorts);
+            Copy(lists.gains, copies.gains);
+            Copy(lists.offsets, copies.offsets);
+            Copy(lists.table, copies.table);
+        }));
+        std::iota(lists.table.begin(), lists.table.end(), 0U);
+        std::ranges::fill(lists.bad, std::uint8_t{0});
+        work.push_back(Microseconds([&] { whole = Calculate(sums, lists, config); }));
+    }
+    if (!whole || BadDetCount == 0) {
+        std::printf("the lists weren't made\n");
+        return 1;
+    }
+    const double us = Median(work);
+    std::printf("sums to lists, 640 x 512: %.0f us, %.1f copies of the lists, %.2f %% of 60 frame periods at 100 Hz\n",
+                us, MedianRatio(work, copy), us * 100 / (kFramesOfARun * kFramePeriodUs));
+    return 0;
+}

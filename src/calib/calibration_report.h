@@ -1,0 +1,82 @@
+// What a calibration did, told beyond the classic result box: how uneven the array was and is, and which detectors are
+// bad and why, as figures, a map, and a text file beside the set's .cal.
+//
+// Residual non-uniformity is the deviation of pixels from their mean, in percent of that mean. Before: of the good
+// detectors' mean raw counts at each source. After: of the corrected pixels of fresh frames, taken while the run's last
+// source still stands there.
+#pragma once
+
+#include "platform/types.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+struct NonUniformity {
+    std::string source;  // "low source, 20.000 °C", Latin-1
+    double mean = 0;     // counts
+    double percent = 0;
+};
+
+struct BadDetectorClass {
+    std::string name;
+    std::int32_t count = 0;
+    std::uint32_t color = 0;  // of the map, 0x00RRGGBB
+};
+
+struct CalibrationReport {
+    std::string title;  // "2 Point Calibration"
+    std::uint32_t frameCount = 0;
+    std::vector<NonUniformity> before;
+    std::optional<NonUniformity> after;  // nullopt: no fresh frames came
+    std::int32_t afterFrames = 0;
+    std::vector<BadDetectorClass> classes;  // the entries of map less 1
+    std::int32_t columns = 0;
+    std::int32_t rows = 0;
+    std::vector<std::uint8_t> map;  // image order before orientation: 0 good, otherwise the class + 1
+    std::string calPath;
+    std::string note;  // what else there is to know
+};
+
+// Deviation over the mean in percent of the values whose use entry isn't 0; use may be empty: all count. nullopt for
+// fewer than two values or a mean of 0.
+std::optional<NonUniformity> NonUniformityOf(std::span<const std::int16_t> values, std::span<const std::uint8_t> use,
+                                             std::string source);
+std::optional<NonUniformity> NonUniformityOf(std::span<const std::int32_t> values, std::span<const std::uint8_t> use,
+                                             std::string source);
+std::optional<NonUniformity> NonUniformityOf(std::span<const float> values, std::span<const std::uint8_t> use,
+                                             std::string source);
+// "low source", or "low source, 20.000 °C" where a temperature is given (above -274).
+std::string SourceName(std::string_view source, float temperature);
+
+// Makes the report's map (image order) of each detector's class (readout order); 0: good.
+void MapClasses(CalibrationReport& report, std::span<const std::uint8_t> classes, std::span<const std::uint32_t> decom);
+// Adds the class of pixels that a list of bad detectors names and the run found good.
+void MapListed(CalibrationReport& report, std::span<const std::uint8_t> badMap);
+
+// In a line drawn through two temperatures and the radiances there, what the temperature read half-way in temperature
+// is off by, in °C: the curve of Planck's law between wavelengths in um. 0 where the two are equal.
+double StraightLineError(double coldC, double hotC, double fromUm, double toUm);
+
+// Gathers frames through the lists in force and fills after. Without frames after stays empty; what failed has been
+// told by then.
+void MeasureAfter(CalibrationReport& report, const std::string& source, std::uint32_t frameCount);
+
+// The report as lines, Latin-1, "\n" at each end.
+std::string ReportText(const CalibrationReport& report);
+// "NAME.report.txt" beside the .cal file.
+std::string ReportPath(std::string_view calPath);
+// The report as a UTF-8 text, which any editor shows. 1; 0 after "Failed to save file: %s".
+int SaveReport(const CalibrationReport& report);
+
+// Shows the classic result box with one more button, which opens the report. Blocks.
+void ShowResult(HWND window, const std::string& text, std::string_view caption, const CalibrationReport& report);
+LRESULT fnCALREPORTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+
+}  // namespace kelvo

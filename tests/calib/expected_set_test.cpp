@@ -1,0 +1,106 @@
+// A whole two-point run from kept frames, against files that another program worked out (expected_set.py).
+#include "calib/cal_settings.h"
+#include "calib/cal_state.h"
+#include "calib/calibration_fixture.h"
+#include "calib/calibration_run.h"
+#include "config/camera_config.h"
+#include "display/display_state.h"
+#include "grabber/board.h"
+#include "grabber/frame_state.h"
+#include "head/recorded_board.h"
+#include "platform/dialog.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "shell/windows.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace kelvo {
+namespace {
+
+const std::string kKept = KELVO_EXPECTED;
+
+class ExpectedSet : public CalibrationTest {
+  protected:
+    void SetUp() override
+    {
+        CalibrationTest::SetUp();
+        SetKelvoDirectory(DefaultDir);
+        PutSection(
+            "Hactive=320\nVactive=256\nHroi=32\nVroi=24\nDecomScheme=7\nnCommPort=2\nnumBufFrames=4\n"
+            "IndexFrameRate=3\nIndexIntegrationTime=10\nUnityGain=16384\nUnityOffset=8192\nNumOutputs=4\n"
+            "QVF1058_MasterClockFrequency=48000000\nQVF1058_MasterClockMinIndex=2\nQVF1058_MasterClockMaxIndex=63\n");
+        FrameSizeChanged();
+        PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n-1,0\n0,-1\n1,0\n-1,1\n-1,-1\n1,-1\n1,1\n");
+        LiveVideo = 1;
+        SubstBadPixels = 1;
+        ReplaceNoisy = 1;
+        CalSettings.PRSfile = InDirectory("nearccw.prs");
+        CalSettings.NumFrames = 5;
+        CalSettings.AllowedNoiseLevel = 30.0F;
+    }
+
+    static std::vector<std::vector<std::int16_t>> Frames(const std::string& name)
+    {
+        const std::string bytes = FileContents(kKept + "/" + name);
+        std::vector<std::vector<std::int16_t>> frames(5, std::vector<std::int16_t>(768));
+        EXPECT_EQ(bytes.size(), 5 * 768 * sizeof(std::int16_t));
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            std::memcpy(frames[i].data(), bytes.data() + i * 1536, 1536);
+        }
+        return frames;
+    }
+    void Source(int edit, const char* temperature, const std::string& frames)
+    {
+        op->Do([=] {
+            SetBoardFrames(Frames(frames));
+            OperateText(DialogInFront(), edit, temperature);
+            OperatePress(DialogInFront(), kIdOk);
+        });
+    }
+    void Run()
+    {
+        Source(1224, "20", "low.raw");
+        Source(1226, "25", "high.raw");
+        ASSERT_EQ(TwoPointCalibrate(hWndMain, ActiveConfig, CalDone), 1);
+    }
+    // Section Calibration of the .cal, with the set's own path as its name.
+    std::string CalSection() const
+    {
+        std::string text = FileContents(InDirectory("Last.cal"));
+        text.erase(0, text.find("[Calibration]"));
+        if (const std::size_t next = text.find("\n["); next != std::string::npos) text.erase(next + 1);
+        const std::string path = directory / "";
+        for (std::size_t at = text.find(path); at != std::string::npos; at = text.find(path))
+            text.erase(at, path.size());
+        return text;
+    }
+};
+
+TEST_F(ExpectedSet, FilesAreThoseOfTheIndependentCalculation)
+{
+    Run();
+    for (const char* name : {"Last.gai", "Last.off", "Last.noi", "Last.bad", "Last.dcm"}) {
+        EXPECT_EQ(FileContents(InDirectory(name)), FileContents(kKept + "/" + name)) << name;
+    }
+    EXPECT_EQ(CalSection(), FileContents(kKept + "/calibration.txt"));
+}
+
+// What is kept is what the script makes: run where there is NumPy.
+TEST_F(ExpectedSet, KeptFilesAreThoseOfTheScript)
+{
+    if (std::system("python3 -c 'import numpy' 2>/dev/null || /usr/bin/python3 -c 'import numpy' 2>/dev/null") != 0) {
+        GTEST_SKIP() << "no NumPy";
+    }
+    const std::string arguments = " " KELVO_EXPECTED_SCRIPT " " + kKept + " " + directory.Path() + " 2>/dev/null";
+    ASSERT_EQ(std::system(("python3" + arguments + " || /usr/bin/python3" + arguments).c_str()), 0);
+    for (const char* name : {"Last.gai", "Last.off", "Last.noi", "Last.bad", "Last.dcm", "calibration.txt"}) {
+        EXPECT_EQ(FileContents(InDirectory(name)), FileContents(kKept + "/" + name)) << name;
+    }
+}
+
+}  // namespace
+}  // namespace kelvo
