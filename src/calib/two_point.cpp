@@ -159,8 +159,9 @@ std::string Noise(const ClassCounts& counts, const ArrayMeans& means, std::size_
 
 std::string Uniformity(const OffsetResult& offsets, const CoefficientSpread& spread)
 {
+    const double meanGain = std::fabs(double{offsets.meanGain});
     return Format("\n\nGain Uniformity: \xB1 %4.2f %%\nOffset Uniformity: \xB1 %4.2f %%",
-                  spread.gainStd * 100.0 / std::fabs(double{offsets.meanGain}),
+                  meanGain != 0 ? spread.gainStd * 100.0 / meanGain : 0.0,  // without a good detector
                   spread.offsetStd * 100.0 / kOffsetScale);
 }
 

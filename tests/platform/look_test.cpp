@@ -112,8 +112,9 @@ void FillDisplay(HWND dialog)
 
 TEST_P(LookOf, Dialogs)
 {
-    for (const char* name : {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT",
-                             "QVF1058", "ADVANCED", "FRAMERATE", "CALIB", "CAL_COLD", "CAL_HOT", "SAVE", "ImgHead"}) {
+    for (const char* name :
+         {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT", "QVF1058", "ADVANCED",
+          "FRAMERATE", "CALIB", "CALREPORT", "CAL_COLD", "CAL_HOT", "SAVE", "ImgHead"}) {
         dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {
