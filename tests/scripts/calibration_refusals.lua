@@ -278,5 +278,5 @@ command(131)
 calibration.at_low(20)
 texts = to_the_end()
 nothing_in_front()
-for i, t in ipairs(texts) do print(i, t) end
+check.eq({ texts[1], texts[2], texts[3] }, { "Camera should be on.", "Video Data Acquisition Failed, Hardware error" })
 uncalibrated("the camera is off")
