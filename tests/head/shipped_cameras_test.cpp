@@ -68,7 +68,8 @@ class ShippedCameras : public HeadTest {
         EXPECT_EQ(LoadCameraHead(), 1);
         return head->Taken();
     }
-    // What goes to the head when the operator leaves integration, offset and gain of the video set-up as the section has them.
+    // What goes to the head when the operator leaves integration, offset and gain of the video set-up as the section
+    // has them.
     Frames SetUpAsShipped()
     {
         SetIntegrationIndex(IndexIntegrationTime[0], 0);
