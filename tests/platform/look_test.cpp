@@ -73,7 +73,8 @@ void ExpectNothingClipped(QWidget* root)
         const bool group = qobject_cast<const QGroupBox*>(widget) != nullptr;
         if (!label && !button && !group) continue;
         ++texts;
-        const QSize wanted = group ? widget->minimumSizeHint() : widget->sizeHint();
+        QSize wanted = group ? widget->minimumSizeHint() : widget->sizeHint();
+        if (label && widget->hasHeightForWidth()) wanted = {0, widget->heightForWidth(widget->width())};
         EXPECT_GE(widget->width(), std::min(wanted.width(), widget->maximumWidth())) << Named(widget);
         EXPECT_GE(widget->height(), std::min(wanted.height(), widget->maximumHeight())) << Named(widget);
         const QRect place(widget->mapTo(root, QPoint()), widget->size());
@@ -111,7 +112,9 @@ void FillDisplay(HWND dialog)
 void FillGeometry(HWND dialog)
 {
     SetDlgItemText(dialog, 1608, "InSb 320 x 256, four channels");
-    SetDlgItemText(dialog, 1460, "Bad det file: /home/operator/.local/share/kelvo/sets/Last.bad");
+    SetDlgItemText(
+        dialog, 1460,
+        "Bad det file: /home/operator/.local/share/kelvo/calibrations/InSb 320 x 256/2.5 ms/unity/November/Last.bad");
     for (const char* line : {"   0,   1", "  23,  32", "1023,1023"}) ListAdd(dialog, 1308, line);
     SetDlgItemText(dialog, 1312, "1023,1023");
 }
