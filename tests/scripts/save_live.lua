@@ -1,6 +1,7 @@
 -- Saving with the camera on: live and frozen, images and sequences. The array has no noise here, so that each frame is as the other
 -- and what is saved can be held against what is seen. Without a calibration the counts are saved in readout order.
 local check = require "check"
+local video = require "video"
 local dir = datadir()
 
 local function counts_of(path, frame)
@@ -37,8 +38,7 @@ local function expect_size(path, frames)
   check.eq(#readfile(path), 512 + frames * 2 * 320 * 256, path)
 end
 
-check.eq(dialog(), "CLOCK_ON")
-press(1070)
+video.turn_on()
 frames(3)
 local first = raw(0)
 frames(3)
