@@ -117,7 +117,7 @@ std::int32_t FillCoefficients(std::int32_t kind, std::int32_t first, std::int32_
         case kOffsetKind:
             return Fill(OffsetList, first, count, static_cast<std::int16_t>(LowBits(value)));
         case kGainKind:
-            return Fill(GainList, first, count, value == 0 ? 0.0F : static_cast<float>(value));
+            return Fill(GainList, first, count, static_cast<float>(value));
         case kDecomKind:
             return Fill(DecomList, first, count, static_cast<std::uint32_t>(LowBits(value)));
         default:
