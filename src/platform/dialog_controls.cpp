@@ -496,6 +496,17 @@ std::string ListItemText(HWND dialog, int id, int index)
 
 // --- Surfaces -----------------------------------------------------------------------------------------------------
 
+namespace {
+
+LRESULT AskDialogToDraw(HWND surface, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    if (message != WM_PAINT) return DefWindowProc(surface, message, wParam, lParam);
+    const int id = surface->widget->parentWidget()->property("controlId").toInt();
+    return SendMessage(surface->parent, WM_DRAWITEM, static_cast<WPARAM>(id), 0);
+}
+
+}  // namespace
+
 HWND DlgItemWindow(HWND dialog, int id)
 {
     QWidget* control = ControlOf(dialog, id);
@@ -507,7 +518,7 @@ HWND DlgItemWindow(HWND dialog, int id)
     fill->setContentsMargins(0, 0, 0, 0);
     QWidget* surface = MakeSurfaceWidget(control);
     fill->addWidget(surface);
-    const HWND window = RegisterWindow(WindowKind::kControl, surface, nullptr, dialog);
+    const HWND window = RegisterWindow(WindowKind::kControl, surface, AskDialogToDraw, dialog);
     if (window != nullptr) dialog->dialog->controlWindows.push_back(window);
     return window;
 }
