@@ -252,6 +252,7 @@ void RegisterProgramState()
     hooks.raw = RawSampleAt;
     hooks.source = PutBenchSource;
     hooks.truth = BenchTruth;
+    hooks.registers = BenchHeadRegisters;
     SetScriptHooks(std::move(hooks));
 }
 
