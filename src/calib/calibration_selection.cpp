@@ -1,6 +1,7 @@
 // Choosing the .cal file to load or to save as.
 #include "calib/cal_state.h"
 #include "calib/calibration.h"
+#include "calib/last_set.h"
 #include "config/camera_config.h"
 #include "platform/box.h"
 #include "platform/file_dialog.h"
@@ -26,6 +27,12 @@ std::string SettingsDirectory()
     return drive + directory;
 }
 
+// Whose sets these are.
+std::string CameraOfSets()
+{
+    return ActiveConfig.Description;
+}
+
 bool IsForThisCamera(HWND window, const std::string& path)
 {
     FilePathBuf = path;
@@ -35,8 +42,14 @@ bool IsForThisCamera(HWND window, const std::string& path)
     return false;
 }
 
-bool MayReplace(HWND window, const std::string& path)
+// The lists of the set take its name with endings of their own: a settings file of another ending could be one of them,
+// or share them with the set that has the name.
+bool MaySaveAs(HWND window, const std::string& path)
 {
+    if (!IsCalFile(path)) {
+        MessageBox(window, "The name of a calibration ends in .cal:\n" + path, kMessageCaption);
+        return false;
+    }
     if (!FileExists(path)) return true;
     return MessageBox(window, "File already exists, replace it?", kMessageCaption, BoxIcon::kExclamation,
                       BoxButtons::kOkCancel, Button::kCancel) == Button::kOk;
@@ -63,6 +76,7 @@ int ChooseCalibrationToOpen(HWND window)
                    .directory = SettingsDirectory(),
                    .name = "*.cal",
                    .defaultExtension = {},
+                   .note = CameraOfSets(),
                    .accept = [window](const std::string& path) { return IsForThisCamera(window, path); }});
 }
 
@@ -79,7 +93,8 @@ int ChooseCalibrationToSave(HWND window)
                    .directory = SettingsDirectory(),
                    .name = "*.cal",
                    .defaultExtension = "cal",
-                   .accept = [window](const std::string& path) { return MayReplace(window, path); }});
+                   .note = CameraOfSets(),
+                   .accept = [window](const std::string& path) { return MaySaveAs(window, path); }});
 }
 
 }  // namespace kelvo

@@ -12,7 +12,9 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QSplitter>
 #include <QToolButton>
@@ -157,7 +159,7 @@ void SetButtonIcons(const QFileDialog& dialog)
 class FileDialog : public QFileDialog {
   public:
     FileDialog(QWidget* parent, const FileDialogRequest& request)
-        : QFileDialog(parent), request_(request), native_(!RunsOffscreen() && !IdleHookIsSet())
+        : QFileDialog(parent), request_(request), native_(request.note.empty() && !RunsOffscreen() && !IdleHookIsSet())
     {
         setOption(DontUseNativeDialog, !native_);
         setOption(DontConfirmOverwrite, true);
@@ -187,7 +189,7 @@ class FileDialog : public QFileDialog {
     bool Choose(const std::vector<std::string>& names)
     {
         if (names.empty() || (names.size() > 1 && request_.mode != FileDialogMode::kOpenMany)) return false;
-        TakePaths(WholePaths(names));
+        if (!Listed(names)) TakePaths(WholePaths(names));
         return true;
     }
 
@@ -198,6 +200,7 @@ class FileDialog : public QFileDialog {
         for (const FileFilter& filter : request_.filters) front.filters.emplace_back(filter.text);
         front.directory = FromQPath(directory().absolutePath());
         const auto* field = NameField();
+        front.note = request_.note;
         front.name = field != nullptr ? FromQPath(field->text()) : request_.name;
         return front;
     }
@@ -212,15 +215,28 @@ class FileDialog : public QFileDialog {
             QFileDialog::accept();
             return;
         }
-        const std::vector<std::string> paths = WholePaths(TypedNames(field->text()));
-        if (paths.size() == 1 && DirectoryExists(paths.front())) {
-            setDirectory(ToQPath(paths.front()));
-            return;
-        }
-        TakePaths(paths);
+        const std::vector<std::string> names = TypedNames(field->text());
+        if (!Listed(names)) TakePaths(WholePaths(names));
     }
 
   private:
+    // A directory is entered, and a pattern shows what fits it: neither names a file.
+    bool Listed(const std::vector<std::string>& names)
+    {
+        if (names.size() != 1) return false;
+        const std::string path = WholePaths(names).front();
+        if (DirectoryExists(path)) {
+            setDirectory(ToQPath(path));
+            return true;
+        }
+        const std::string directory = DirectoryOf(path);
+        const std::string pattern = path.substr(directory.size());
+        if (!IsPattern(pattern) || FileExists(path)) return false;
+        if (DirectoryExists(directory)) setDirectory(ToQPath(directory));
+        setNameFilter(ToQString(pattern));
+        return true;
+    }
+
     // Whether a file exists is asked by us, so that the toolkit may not refuse it first.
     FileMode ToolkitMode() const
     {
@@ -232,6 +248,7 @@ class FileDialog : public QFileDialog {
     {
         SetButtonIcons(*this);
         setIconProvider(&iconProvider_);
+        ShowNote();
         resize(kDialogSize);
         if (auto* splitter = findChild<QSplitter*>()) {
             splitter->setSizes({kSideWidth, kDialogSize.width() - kSideWidth});
@@ -241,6 +258,16 @@ class FileDialog : public QFileDialog {
         for (int column = 0; column < static_cast<int>(kColumnWidths.size()); ++column) {
             table->header()->resizeSection(column, kColumnWidths.at(static_cast<std::size_t>(column)));
         }
+    }
+
+    void ShowNote()
+    {
+        auto* grid = qobject_cast<QGridLayout*>(layout());
+        if (request_.note.empty() || grid == nullptr) return;
+        auto* note = new QLabel(ToQString(request_.note), this);
+        note->setTextFormat(Qt::PlainText);
+        note->setWordWrap(true);
+        grid->addWidget(note, grid->rowCount(), 0, 1, grid->columnCount());
     }
 
     void SetFilters()

@@ -26,6 +26,7 @@ struct FrontFileDialog {
     std::vector<std::string> filters;  // texts
     std::string directory;
     std::string name;
+    std::string note;
 };
 
 // At most one of the three is in front: the newest modal window.

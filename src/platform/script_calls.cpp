@@ -349,10 +349,11 @@ int FileDialog(lua_State* L)
 {
     const auto file = ProgramHasEnded() ? std::nullopt : FileDialogInFront();
     if (!file) return Nil(L);
-    lua_createtable(L, 0, 4);
+    lua_createtable(L, 0, 5);
     SetField(L, "title", file->title);
     SetField(L, "directory", file->directory);
     SetField(L, "name", file->name);
+    SetField(L, "note", file->note);
     PushList(L, file->filters);
     lua_setfield(L, -2, "filters");
     return 1;

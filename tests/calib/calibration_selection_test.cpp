@@ -3,6 +3,7 @@
 #include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "calib/calibration_fixture.h"
+#include "config/camera_config.h"
 #include "platform/faults.h"
 #include "platform/front.h"
 #include "platform/profile.h"
@@ -25,6 +26,7 @@ class Selection : public CalibrationTest {
     void SetUp() override
     {
         CalibrationTest::SetUp();
+        ActiveConfig.Description = "InSb of the bench";
         PutSet(InDirectory("warm.cal"));
         PutSet(InDirectory("other.cal"), "[Calibration]\nDriverNumber=3\n");
         PutSet(InDirectory("plain.cal"), "[Setup]\nActiveCamera=2\n");
@@ -51,6 +53,7 @@ TEST_F(Selection, ToOpenShowsTheSetsBesideTheSettings)
         EXPECT_EQ(front->title, "Load Calibration");
         EXPECT_THAT(front->filters, ElementsAre("*.cal", "*.*"));
         EXPECT_EQ(front->directory, directory.Path());
+        EXPECT_EQ(front->note, "InSb of the bench") << "whose sets these are";
         CancelFileDialog();
     });
     EXPECT_EQ(ChooseCalibrationToOpen(hWndMain), 0);
@@ -98,6 +101,34 @@ TEST_F(Selection, ToSaveAddsTheEndingToANameWithoutAPoint)
     EXPECT_EQ(Save({"cool"}), 1);
     EXPECT_EQ(FilePathBuf, InDirectory("cool.cal"));
     EXPECT_THAT(op->Texts("file", "title"), ElementsAre("Save Calibration"));
+}
+
+TEST_F(Selection, ToSaveTakesNoOtherEnding)
+{
+    CalType = 2;
+    EXPECT_EQ(Save({"cool.gai", "warm.img", "cool.CAL"}), 1);
+    EXPECT_EQ(FilePathBuf, InDirectory("cool.CAL"));
+    ASSERT_THAT(op->Boxes(), SizeIs(2));
+    EXPECT_EQ(op->Boxes()[0].text, "The name of a calibration ends in .cal:\n" + InDirectory("cool.gai"));
+    EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
+    EXPECT_EQ(op->Boxes()[1].text, "The name of a calibration ends in .cal:\n" + InDirectory("warm.img"));
+}
+
+TEST_F(Selection, AMissingOneIsNamed)
+{
+    EXPECT_EQ(Open({"none.cal"}), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_THAT(op->Boxes()[0].text, testing::StartsWith(InDirectory("none.cal") + "\nFile not found."));
+    EXPECT_EQ(op->Boxes()[0].caption, "Load Calibration");
+}
+
+TEST_F(Selection, APatternListsAndADirectoryIsEntered)
+{
+    std::filesystem::create_directory(InDirectory("sets"));
+    PutSet(InDirectory("sets/there.cal"));
+    EXPECT_EQ(Open({"*.*", "sets", "there.cal"}), 1);
+    EXPECT_EQ(FilePathBuf, InDirectory("sets/there.cal"));
+    EXPECT_THAT(op->Boxes(), IsEmpty());
 }
 
 TEST_F(Selection, ToSaveAsksBeforeASetIsReplaced)
