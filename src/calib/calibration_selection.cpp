@@ -1,6 +1,7 @@
 // Choosing the .cal file to load or to save as.
 #include "calib/cal_state.h"
 #include "calib/calibration.h"
+#include "calib/last_set.h"
 #include "config/camera_config.h"
 #include "imagefile/file_lists.h"
 #include "platform/box.h"
@@ -90,12 +91,25 @@ bool IsForThisCamera(HWND dialog, const std::string& name)
     return false;
 }
 
-bool MayReplace(HWND dialog, const std::string& name)
+// The lists of the set take its name with endings of their own: a settings file of another ending could be one of them,
+// or share them with the set that has the name.
+bool MaySaveAs(HWND dialog, const std::string& name)
 {
-    std::string stem;
     std::string extension;
-    SplitPath(name, nullptr, nullptr, &stem, &extension);
-    FilePathBuf = AbsolutePath(extension.empty() ? name + ".cal" : name);
+    SplitPath(name, nullptr, nullptr, nullptr, &extension);
+    const std::string path = AbsolutePath(extension.empty() ? name + ".cal" : name);
+    if (!IsCalFile(path)) {
+        MessageBox(dialog, "The name of a calibration ends in .cal:\n" + path, kMessageCaption);
+        return false;
+    }
+    std::string drive;
+    std::string directory;
+    SplitPath(path, &drive, &directory, nullptr, nullptr);
+    if (!DirectoryExists(drive + directory)) {
+        MessageBox(dialog, path + "\nPath does not exist.", kMessageCaption);
+        return false;
+    }
+    FilePathBuf = path;
     if (!FileExists(FilePathBuf)) return true;
     return MessageBox(dialog, "File already exists, replace it?", kMessageCaption, BoxIcon::kExclamation,
                       BoxButtons::kOkCancel, Button::kCancel) == Button::kOk;
@@ -148,7 +162,7 @@ LRESULT fnCALSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
 {
     if (message == WM_INITDIALOG) Open(dialog);
     if (message != WM_COMMAND) return message == WM_INITDIALOG;
-    return RunControl(dialog, LowWord(wParam), HighWord(wParam), MayReplace, kSaveHelp);
+    return RunControl(dialog, LowWord(wParam), HighWord(wParam), MaySaveAs, kSaveHelp);
 }
 
 int Choose(std::string_view name, HWND window, DialogProc procedure)

@@ -153,6 +153,14 @@ std::string SetFile(std::string_view calPath, std::string_view extension)
     return MakePath(drive, directory, name, extension);
 }
 
+bool IsCalFile(std::string_view path)
+{
+    std::string name;
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, &name, &extension);
+    return !name.empty() && EqualIgnoringCase(extension, ".cal");
+}
+
 std::string LastCalPath()
 {
     return InSettingsDirectory("Last", ".cal");

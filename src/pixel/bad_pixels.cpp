@@ -154,7 +154,7 @@ class ErrorCount {
 class GainOfPixel {
   public:
     GainOfPixel(std::span<const float> gainList, std::span<const std::uint32_t> decomList, const CameraConfig& config)
-        : gainList_(gainList), decomList_(decomList), config_(config), count_(RegionOf(config).Count())
+        : gainList_(gainList), decomList_(decomList), rule_(PositionRuleOf(config)), count_(RegionOf(config).Count())
     {
     }
 
@@ -168,7 +168,7 @@ class GainOfPixel {
   private:
     std::size_t DetectorOf(const PixelPair& pixel)
     {
-        const std::int64_t position = DecomPosition(config_, pixel.row, pixel.column);
+        const std::int64_t position = rule_.InTable(pixel.row, pixel.column);
         if (position < 0 || std::cmp_greater_equal(position, decomList_.size())) {
             indexErrors_.Add();
             return 0;
@@ -185,7 +185,7 @@ class GainOfPixel {
 
     std::span<const float> gainList_;
     std::span<const std::uint32_t> decomList_;
-    const CameraConfig& config_;
+    PositionRule rule_;
     std::size_t count_;
     ErrorCount indexErrors_;
     ErrorCount addressErrors_;

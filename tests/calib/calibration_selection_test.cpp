@@ -33,6 +33,7 @@ class Selection : public CalibrationTest {
     void SetUp() override
     {
         CalibrationTest::SetUp();
+        ActiveConfig.Description = "InSb of the bench";
         PutSet(InDirectory("warm.cal"));
         PutSet(InDirectory("other.cal"), "[Calibration]\nDriverNumber=3\n");
         PutSet(InDirectory("plain.cal"), "[Setup]\nActiveCamera=2\n");
@@ -172,6 +173,25 @@ TEST_F(Selection, ToSaveAddsTheEndingToANameWithoutAPoint)
     EXPECT_EQ(Save({"cool"}), 1);
     EXPECT_EQ(FilePathBuf, InDirectory("cool.cal"));
     EXPECT_THAT(op->Texts("dialog", "text"), ElementsAre("Save Calibration"));
+}
+
+TEST_F(Selection, ToSaveTakesNoOtherEnding)
+{
+    CalType = 2;
+    EXPECT_EQ(Save({"cool.gai", "warm.img", "cool.CAL"}), 1);
+    EXPECT_EQ(FilePathBuf, InDirectory("cool.CAL"));
+    ASSERT_THAT(op->Boxes(), SizeIs(2));
+    EXPECT_EQ(op->Boxes()[0].text, "The name of a calibration ends in .cal:\n" + InDirectory("cool.gai"));
+    EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
+    EXPECT_EQ(op->Boxes()[1].text, "The name of a calibration ends in .cal:\n" + InDirectory("warm.img"));
+}
+
+TEST_F(Selection, ToSaveWantsADirectoryThatIsThere)
+{
+    CalType = 2;
+    EXPECT_EQ(Save({"no such place/cool"}), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].text, InDirectory("no such place/cool.cal") + "\nPath does not exist.");
 }
 
 TEST_F(Selection, ToSaveAsksBeforeASetIsReplaced)
