@@ -492,6 +492,7 @@ int SaveCalibrationAs(const std::string& calPath)
         return 0;
     }
     if (IsSetInForce(calPath)) return 1;
+    if (!IsCalFile(calPath)) return 0;
     const Hourglass hourglass;
     // Of this only the camera's own section lasts: the set keeps the video settings with which it was made.
     SaveVideoSettings(calPath);

@@ -7,9 +7,7 @@
 #include "shell/windows.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <optional>
-#include <system_error>
 #include <vector>
 
 namespace kelvo {
@@ -40,15 +38,6 @@ std::string InSettingsDirectory(std::string_view name, std::string_view extensio
 std::string JournalPath()
 {
     return InSettingsDirectory(".calibration", ".journal");
-}
-
-// Whole, since the working directory may be another one at the next start.
-std::string WholePath(std::string_view path)
-{
-    const std::string resolved = ResolvePath(path);
-    std::error_code error;
-    const std::filesystem::path whole = std::filesystem::absolute(resolved, error);
-    return error ? resolved : whole.string();
 }
 
 // Where a file lies aside: beside its place, so that it comes back by a rename, which no full disk can stop.
@@ -164,6 +153,14 @@ std::string SetFile(std::string_view calPath, std::string_view extension)
     return MakePath(drive, directory, name, extension);
 }
 
+bool IsCalFile(std::string_view path)
+{
+    std::string name;
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, &name, &extension);
+    return !name.empty() && EqualIgnoringCase(extension, ".cal");
+}
+
 std::string LastCalPath()
 {
     return InSettingsDirectory("Last", ".cal");
@@ -176,7 +173,7 @@ int CopySettingsTo(std::string_view calPath)
     return 1;
 }
 
-SetReplacement::SetReplacement(std::string_view calPath) : calPath_(WholePath(calPath)) {}
+SetReplacement::SetReplacement(std::string_view calPath) : calPath_(AbsolutePath(calPath)) {}
 
 SetReplacement::~SetReplacement()
 {

@@ -25,6 +25,8 @@ inline constexpr std::array<std::string_view, 6> kSetExtensions = {".gai", ".off
 
 // The file of that extension in the set of a .cal file: same directory, same name.
 std::string SetFile(std::string_view calPath, std::string_view extension);
+// A path that a set's settings file may have.
+bool IsCalFile(std::string_view path);
 // "Last.cal" in the directory of kelvo.ini, and the other files of that set.
 std::string LastCalPath();
 inline std::string LastSetFile(std::string_view extension)
