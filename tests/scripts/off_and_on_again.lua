@@ -2,6 +2,7 @@
 -- (off_and_on_again_again.lua) loads that calibration: the head's registers are those of the calibration.
 local check = require "check"
 local calibration = require "calibration"
+local registers = require "registers"
 local scope = require "scope"
 
 local kFirstSteps = {
@@ -101,8 +102,4 @@ for y = 0, 255, 5 do
 end
 command(140)
 
-local lines = {}
-for name, value in pairs(on) do lines[#lines + 1] = name .. "=" .. value end
-local handle = assert(io.open(datadir() .. "/registers.txt", "w"))
-handle:write(table.concat(lines, "\n"))
-handle:close()
+registers.keep(datadir() .. "/registers.txt", on, {})
