@@ -451,7 +451,7 @@ TEST_F(Saving, ADiskThatFillsUpAmongThePixelsLeavesWhatItTook)
 TEST_F(Saving, ADiskThatFillsUpKeepsTheImageThatWasToBeReplaced)
 {
     PutFile(Out("a.img"), "old");
-    for (const rlim_t room : {100, 515}) {
+    for (const rlim_t room : {rlim_t{100}, rlim_t{515}}) {
         op.Answer({Button::kYes});
         const FullAt limit(room);
         SaveImage(Out("a.img"), 1);
