@@ -68,16 +68,20 @@ int Choose(const FileDialogRequest& request)
 
 int ChooseCalibrationToOpen(HWND window)
 {
+    const std::string statusBefore = StatusText;
+    const int alignBefore = StatusAlign;
     StatusString(kChooseHint, kLeftAligned);
-    return Choose({.owner = window,
-                   .mode = FileDialogMode::kOpen,
-                   .title = "Load Calibration",
-                   .filters = {{"*.cal", "*.cal"}, {"*.*", "*.*"}},
-                   .directory = SettingsDirectory(),
-                   .name = "*.cal",
-                   .defaultExtension = {},
-                   .note = CameraOfSets(),
-                   .accept = [window](const std::string& path) { return IsForThisCamera(window, path); }});
+    const int chosen = Choose({.owner = window,
+                               .mode = FileDialogMode::kOpen,
+                               .title = "Load Calibration",
+                               .filters = {{"*.cal", "*.cal"}, {"*.*", "*.*"}},
+                               .directory = SettingsDirectory(),
+                               .name = "*.cal",
+                               .defaultExtension = {},
+                               .note = CameraOfSets(),
+                               .accept = [window](const std::string& path) { return IsForThisCamera(window, path); }});
+    if (!chosen) StatusMessage(statusBefore, alignBefore);
+    return chosen;
 }
 
 int ChooseCalibrationToSave(HWND window)

@@ -412,6 +412,7 @@ TEST_F(CalibDialog, ALoadThatFailsOrIsCancelledStays)
     op->Do([this] { ChooseFiles({InDirectory("warm.cal")}); });
     op->Do([] {
         ASSERT_TRUE(DialogInFront());
+        EXPECT_EQ(StatusText, kHint) << "not what the load was at when it ended";
         OperatePress(DialogInFront(), kIdCancel);
     });
     EXPECT_EQ(RunCalibrationDialog(hWndMain), 0);

@@ -7,6 +7,7 @@
 #include "platform/faults.h"
 #include "platform/front.h"
 #include "platform/profile.h"
+#include "shell/status.h"
 #include "shell/windows.h"
 
 #include <gmock/gmock.h>
@@ -84,6 +85,16 @@ TEST_F(Selection, AFileThatIsNotThereKeepsItOpen)
 {
     EXPECT_EQ(Open({"none.cal"}), 0);
     EXPECT_THAT(op->Boxes(), SizeIs(1));
+}
+
+TEST_F(Selection, OneThatIsCancelledGivesTheStatusLineBack)
+{
+    StatusMessage("what stood there", 2);
+    EXPECT_EQ(Open({}), 0);
+    EXPECT_EQ(StatusText, "what stood there");
+    EXPECT_EQ(StatusAlign, 2);
+    EXPECT_EQ(op->Texts("status", "text").back(), "what stood there");
+    EXPECT_THAT(op->Texts("status", "text"), testing::Contains(" Choose .CAL file to load for calibration"));
 }
 
 TEST_F(Selection, ToSaveWantsACalibration)

@@ -212,6 +212,13 @@ TEST_P(LookOf, FileSelection)
         CancelFileDialog();
     });
     EXPECT_TRUE(RunFileDialog(request).paths.empty());
+    request.note = "Simulated InSb 320 x 256, one channel, 14 bits";
+    Then([this] {
+        ExpectNothingClipped(FrontModal()->widget);
+        Picture(FrontModal()->widget, "FILENOTE");
+        CancelFileDialog();
+    });
+    EXPECT_TRUE(RunFileDialog(request).paths.empty());
 }
 
 // All icons on a sheet: no two look alike.
