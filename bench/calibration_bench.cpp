@@ -88,24 +88,30 @@ int main()
     CalSettings.PRSfile = KELVO_DEFAULTS "/nearccw.prs";
     const Sums kept = MakeSums();
     Sums sums = kept;
+    Sums copiedSums = kept;
     Lists lists;
     Lists copies;
     std::vector<double> work;
     std::vector<double> copy;
     bool whole = true;
+    const auto calculateAnew = [&] {
+        sums = kept;
+        std::iota(lists.table.begin(), lists.table.end(), 0U);
+        std::ranges::fill(lists.bad, std::uint8_t{0});
+        return MicrosecondsOnce([&] { whole = Calculate(sums, lists, config); });
+    };
     for (int round = 0; round < kRounds && whole; ++round) {
         copy.push_back(Microseconds([&] {
-            Copy(kept.low, sums.low);
-            Copy(kept.high, sums.high);
-            Copy(kept.noise, sums.noise);
+            Copy(kept.low, copiedSums.low);
+            Copy(kept.high, copiedSums.high);
+            Copy(kept.noise, copiedSums.noise);
             Copy(lists.shorts, copies.shorts);
             Copy(lists.gains, copies.gains);
             Copy(lists.offsets, copies.offsets);
             Copy(lists.table, copies.table);
         }));
-        std::iota(lists.table.begin(), lists.table.end(), 0U);
-        std::ranges::fill(lists.bad, std::uint8_t{0});
-        work.push_back(Microseconds([&] { whole = Calculate(sums, lists, config); }));
+        calculateAnew();  // the sums turn into means in place: each time they are put back
+        work.push_back(calculateAnew());
     }
     if (!whole || BadDetCount == 0) {
         std::printf("the lists weren't made\n");

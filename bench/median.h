@@ -7,16 +7,22 @@
 #include <chrono>
 #include <vector>
 
-// The second of two runs: what worked before has left the caches full of its own.
 template <typename Work>
-double Microseconds(Work&& work)
+double MicrosecondsOnce(Work&& work)
 {
-    work();
     benchmark::ClobberMemory();
     const auto start = std::chrono::steady_clock::now();
     work();
     benchmark::ClobberMemory();
     return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
+}
+
+// The second of two runs: what worked before has left the caches full of its own.
+template <typename Work>
+double Microseconds(Work&& work)
+{
+    work();
+    return MicrosecondsOnce(work);
 }
 
 inline double Median(std::vector<double> values)

@@ -10,7 +10,6 @@
 #include "platform/memory.h"
 #include "platform/paint.h"
 #include "platform/text.h"
-#include "platform/timers.h"
 #include "platform/window.h"
 #include "shell/windows.h"
 
@@ -25,8 +24,6 @@ constexpr int kText = 1001;
 constexpr int kMap = 1002;
 constexpr int kLegend = 1003;
 
-constexpr std::uint32_t kDrawTimer = 1;
-constexpr std::int64_t kDrawMs = 200;
 constexpr std::uint32_t kGoodColor = 0x202428;
 constexpr std::uint32_t kListedColor = 0xFFFFFF;
 constexpr float kColdestTemperature = -274.0F;
@@ -128,7 +125,6 @@ void DrawMap(HWND dialog)
     const Rect client = GetClientRect(area);
     FillSurface(area, client, ToColorRef(kGoodColor));
     StretchPixels(area, FitInto(client, shown->columns, shown->rows), MapPicture(*shown));
-    InvalidateRect(area, nullptr, false);
 }
 
 // One line a class: a swatch of its colour on the map, then its name and count.
@@ -146,7 +142,6 @@ void DrawLegend(HWND dialog)
                      ToColorRef(kGoodColor));
         y += line + 2;
     }
-    InvalidateRect(area, nullptr, false);
 }
 
 }  // namespace
@@ -262,14 +257,12 @@ LRESULT fnCALREPORTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LP
     switch (message) {
         case WM_INITDIALOG:
             if (shown) SetDlgItemText(dialog, kText, ReportText(*shown));
-            DlgItemWindow(dialog, kMap);
-            DlgItemWindow(dialog, kLegend);
+            for (const int id : {kMap, kLegend}) DlgItemWindow(dialog, id);  // surfaces before the layout
             CentreDialog(dialog);
-            SetTimer(dialog, kDrawTimer, kDrawMs);
             return 1;
-        case WM_TIMER:
-            DrawMap(dialog);
-            DrawLegend(dialog);
+        case WM_DRAWITEM:
+            if (wParam == kMap) DrawMap(dialog);
+            if (wParam == kLegend) DrawLegend(dialog);
             return 1;
         case WM_COMMAND:
             if (LowWord(wParam) != kIdOk && LowWord(wParam) != kIdCancel) return 0;

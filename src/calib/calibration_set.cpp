@@ -150,7 +150,7 @@ void TakeIntegrationIndexes(std::string_view text)
     if (count == 0) return;
     if (count < indexes.size()) indexes.fill(indexes.front());
     IndexIntegrationTime = indexes;
-    IntegrationSetting = indexes.at(static_cast<std::size_t>(IntegrationSlot));
+    IntegrationSetting = indexes.at(SlotInUse());
 }
 
 void TakeVideoSettings(const std::string& calPath)
@@ -164,20 +164,29 @@ void TakeVideoSettings(const std::string& calPath)
     SaveVideoSettings(IniFilePath);
 }
 
+bool RunsOnExternalClock()
+{
+    const char mode = FrameRateRowAt(IndexFrameRate).Mode;
+    return mode == 'e' || mode == 'E';
+}
+
 // A head that runs by an external clock: only the operator knows its rate.
 bool ExternalRateIsGiven(HWND window)
 {
+    if (!RunsOnExternalClock()) return true;
     const FrameRateRow row = FrameRateRowAt(IndexFrameRate);
-    if (row.Mode != 'e' && row.Mode != 'E') return true;
     const std::string text(row.RateText.data(), strnlen(row.RateText.data(), row.RateText.size()));
     return ExternalClockDialog(window, text) != 0;
 }
 
+// Setting the head's clock works a rate out from it; where an external clock runs, what the operator told holds.
 void SendVideoSettings()
 {
+    const float toldRate = FrameRate;
     if (LinkIsReady()) {
         SetFrameRateIndex(IndexFrameRate);
-        SetIntegrationIndex(IndexIntegrationTime.at(static_cast<std::size_t>(IntegrationSlot)), IntegrationSlot);
+        if (RunsOnExternalClock()) FrameRate = toldRate;
+        SetIntegration(IndexIntegrationTime.at(SlotInUse()));
         SetVideoGain(VideoGain[0]);
         SetVideoOffset(VideoOffset[0]);
     }

@@ -7,9 +7,7 @@
 #include "shell/windows.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <optional>
-#include <system_error>
 #include <vector>
 
 namespace kelvo {
@@ -40,15 +38,6 @@ std::string InSettingsDirectory(std::string_view name, std::string_view extensio
 std::string JournalPath()
 {
     return InSettingsDirectory(".calibration", ".journal");
-}
-
-// Whole, since the working directory may be another one at the next start.
-std::string WholePath(std::string_view path)
-{
-    const std::string resolved = ResolvePath(path);
-    std::error_code error;
-    const std::filesystem::path whole = std::filesystem::absolute(resolved, error);
-    return error ? resolved : whole.string();
 }
 
 // Where a file lies aside: beside its place, so that it comes back by a rename, which no full disk can stop.
@@ -184,7 +173,7 @@ int CopySettingsTo(std::string_view calPath)
     return 1;
 }
 
-SetReplacement::SetReplacement(std::string_view calPath) : calPath_(WholePath(calPath)) {}
+SetReplacement::SetReplacement(std::string_view calPath) : calPath_(AbsolutePath(calPath)) {}
 
 SetReplacement::~SetReplacement()
 {

@@ -354,6 +354,13 @@ Outcome SaveSet(Run& run)
     return Outcome::kGoOn;
 }
 
+// An update without a calibration is a new one-point run, under the name of the run that was chosen last.
+const char* TitleOfRun(bool update)
+{
+    if (update) return "1 Point Update";
+    return CalSettings.ChosenType == 1 ? "1 Point Calibration" : "2 Point Calibration";
+}
+
 using Step = Outcome (*)(Run&);
 constexpr Step kSteps[] = {
     AllocateFrame,  CaptureFrame, FillGains,  LoadTable,  FindMean,    InstallGains, FindOffsets, AskAboutRange,
@@ -376,7 +383,7 @@ int OnePointCalibrate(HWND window)
     Status(update ? " Perform 1 point update to current calibration (determine new offsets)"
                   : " Perform 1 point calibration (determine offsets only)");
     if (!update) CalSettings.NumSources = 1;
-    if (!ColdSourceDialog(window, update ? "1 Point Update" : "1 Point Calibration")) return 0;
+    if (!ColdSourceDialog(window, TitleOfRun(update))) return 0;
     Run run(window, ActiveConfig);
     run.waiting.emplace();
     if (!SetCommutationOrder()) return 0;

@@ -59,7 +59,7 @@ struct NoiseSums {
 
     void Add(float noise)
     {
-        sum = static_cast<float>(double{sum} + double{noise});
+        sum += noise;  // rounds as a sum in double that is stored as a float
         squares = static_cast<float>(double{squares} + double{noise} * double{noise});
     }
     void Store(ArrayMeans& means) const
@@ -72,22 +72,22 @@ struct NoiseSums {
     }
 };
 
+// Sums of whole numbers: exact in 64 bits, as they are in double.
 struct SignalSums {
-    double low = 0;
-    double high = 0;
-    double delta = 0;
+    std::int64_t low = 0;
+    std::int64_t high = 0;
 
     void Add(std::int32_t lowMean, std::int32_t highMean)
     {
         low += lowMean;
         high += highMean;
-        delta += static_cast<double>(highMean) - lowMean;
     }
     void Store(ArrayMeans& means) const
     {
-        means.meanLow = static_cast<float>(low / means.good);
-        means.meanHigh = static_cast<float>(high / means.good);
-        means.meanDelta = static_cast<float>(delta / means.good);
+        const double count = means.good;
+        means.meanLow = static_cast<float>(static_cast<double>(low) / count);
+        means.meanHigh = static_cast<float>(static_cast<double>(high) / count);
+        means.meanDelta = static_cast<float>(static_cast<double>(high - low) / count);
     }
 };
 
@@ -102,12 +102,13 @@ struct Rules {
     {
     }
 
-    DetectorClass ClassOf(std::int32_t lowMean, std::int32_t delta, std::int16_t noise) const
+    // gain: the detector's response over the array's mean, 0 for a dead one.
+    DetectorClass ClassOf(std::int32_t lowMean, double gain, std::int16_t noise) const
     {
         const double low = lowMean;
         const bool above = low > meanLow;
-        if (delta == 0) return above ? DetectorClass::kShort : DetectorClass::kOpen;
-        const double response = std::fabs(delta / meanDelta);
+        if (gain == 0) return above ? DetectorClass::kShort : DetectorClass::kOpen;
+        const double response = std::fabs(gain);
         if (response > upper) return above ? DetectorClass::kLowResponseAbove : DetectorClass::kLowResponseBelow;
         if (response < lower) return above ? DetectorClass::kHighResponseAbove : DetectorClass::kHighResponseBelow;
         if (low + settings.minOffset < meanLow) return DetectorClass::kLowOffset;
@@ -158,8 +159,9 @@ std::string Noise(const ClassCounts& counts, const ArrayMeans& means, std::size_
 
 std::string Uniformity(const OffsetResult& offsets, const CoefficientSpread& spread)
 {
+    const double meanGain = std::fabs(double{offsets.meanGain});
     return Format("\n\nGain Uniformity: \xB1 %4.2f %%\nOffset Uniformity: \xB1 %4.2f %%",
-                  spread.gainStd * 100.0 / std::fabs(double{offsets.meanGain}),
+                  meanGain != 0 ? spread.gainStd * 100.0 / meanGain : 0.0,  // without a good detector
                   spread.offsetStd * 100.0 / kOffsetScale);
 }
 
@@ -223,8 +225,9 @@ ClassCounts ClassifyDetectors(std::span<const std::int32_t> lowMeans, std::span<
     ClassCounts counts;
     for (std::size_t i = 0; i < lowMeans.size(); ++i) {
         const std::int32_t delta = highMeans[i] - lowMeans[i];
-        const DetectorClass found = rules.ClassOf(lowMeans[i], delta, settings.replaceNoisy ? noiseList[i] : 0);
-        gains[i] = found == DetectorClass::kGood ? static_cast<float>(delta / double{means.meanDelta}) : 0.0F;
+        const double gain = delta == 0 ? 0 : delta / rules.meanDelta;
+        const DetectorClass found = rules.ClassOf(lowMeans[i], gain, settings.replaceNoisy ? noiseList[i] : 0);
+        gains[i] = found == DetectorClass::kGood ? static_cast<float>(gain) : 0.0F;
         ++counts.of.at(static_cast<std::size_t>(found));
         if (!classes.empty()) classes[i] = found;
     }

@@ -50,7 +50,7 @@ void ReadIntegrationIndexes()
 // What both sources have in common once their keys are read.
 void TakeOver()
 {
-    IntegrationSetting = IndexIntegrationTime.at(static_cast<std::size_t>(IntegrationSlot));
+    IntegrationSetting = IndexIntegrationTime.at(SlotInUse());
     FrameRate = 0;
     SetVoltsRange(VideoGain[0], VideoOffset[0]);
 }
@@ -125,6 +125,19 @@ bool SerialWordIsRead()
 }
 
 }  // namespace
+
+void SetIntegration(std::int32_t index)
+{
+    IndexIntegrationTime.at(SlotInUse()) = index;
+    SetIntegrationIndex(index, IntegrationSlot);
+    UpdateIntegrationTime();
+}
+
+void UpdateIntegrationTime()
+{
+    const std::size_t slot = SlotInUse();
+    IntegrationTime.at(slot) = static_cast<float>(IntegrationTimeMsec(FrameRate, IndexIntegrationTime.at(slot)));
+}
 
 void SetVoltsRange(std::int32_t gain, std::int32_t offset)
 {

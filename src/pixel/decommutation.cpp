@@ -42,43 +42,6 @@ Region RegionOf(const CameraConfig& config)
     return {.rows = std::max(config.Vroi, 0), .columns = std::max(config.Hroi, 0)};
 }
 
-// The count is added once, and the remainder keeps its sign: what is below minus the count stays negative.
-Index Wrap(Index x, Index count)
-{
-    if (x < 0) x += count;
-    return x >= 0 && x < count ? x : x % count;
-}
-
-// Where the pixels of an image stand in the table.
-struct PositionRule {
-    Index count = 0;
-    Index rowStep = 0;
-    Index columnStep = 1;
-    Index start = 0;
-    bool wraps = true;
-
-    // Negative or beyond the table where the pixel has no place there.
-    Index Of(Index row, Index column) const
-    {
-        const Index position = start + row * rowStep + column * columnStep;
-        return wraps ? Wrap(position, count) : position;
-    }
-    bool Holds(Index position) const { return position >= 0 && position < count; }
-};
-
-PositionRule PositionRuleOf(const CameraConfig& config)
-{
-    const Region region = RegionOf(config);
-    PositionRule rule{.count = region.Count(), .rowStep = region.columns, .columnStep = 1, .start = config.Idelay};
-    if (config.DecomScheme == kEverySecondKept) rule.columnStep = 2;
-    if (config.DecomScheme == kLineCounter) rule.rowStep -= kUncountedSamples;
-    if (config.DecomScheme == kNoReadout) {
-        rule.start = 0;
-        rule.wraps = false;
-    }
-    return rule;
-}
-
 // A late readout turns the two channels of a line around.
 std::int32_t SchemeAtShift(std::int32_t scheme, std::int32_t shift)
 {
@@ -158,9 +121,9 @@ class TableBuilder {
     {
         for (Index row = 0; row < rows_; ++row) {
             for (Index column = 0; column < columns_; ++column) {
-                const Index sample = Wrap(source(row + firstRow_, column), count_);
+                const Index sample = PositionRule::Wrap(source(row + firstRow_, column), count_);
                 if (sample < 0) return false;
-                Put(Wrap(row * columns_ + column * columnStep + imageDelay_, count_), sample);
+                Put(PositionRule::Wrap(row * columns_ + column * columnStep + imageDelay_, count_), sample);
             }
         }
         return true;
@@ -232,11 +195,10 @@ bool Refuse(std::string_view text)
     return false;
 }
 
-bool ReadEntries(const std::string& path, DecomTable& list)
+bool ReadEntries(File& file, DecomTable& list)
 {
-    std::optional<File> file = File::Open(path, FileMode::kRead);
     const auto bytes = std::as_writable_bytes(std::span(list));
-    return file && file->Read(bytes) == bytes.size();
+    return file.Read(bytes) == bytes.size();
 }
 
 std::optional<DecomTable> BuildForRateInForce(const CameraConfig& config)
@@ -291,12 +253,22 @@ std::int32_t ReorderDecomList(DecomTable& list, const CameraConfig& config, std:
     return 1;
 }
 
+PositionRule PositionRuleOf(const CameraConfig& config)
+{
+    const Region region = RegionOf(config);
+    PositionRule rule{.count = region.Count(), .rowStep = region.columns, .columnStep = 1, .start = config.Idelay};
+    if (config.DecomScheme == kEverySecondKept) rule.columnStep = 2;
+    if (config.DecomScheme == kLineCounter) rule.rowStep -= kUncountedSamples;
+    if (config.DecomScheme == kNoReadout) {
+        rule.start = 0;
+        rule.wraps = false;
+    }
+    return rule;
+}
+
 std::int64_t DecomPosition(const CameraConfig& config, std::int32_t row, std::int32_t column)
 {
-    const PositionRule rule = PositionRuleOf(config);
-    if (rule.count == 0) return -1;
-    const Index position = rule.Of(row, column);
-    return rule.Holds(position) ? position : -1;
+    return PositionRuleOf(config).InTable(row, column);
 }
 
 std::string DecomTempPath()
@@ -319,8 +291,9 @@ std::optional<DecomTable> LoadDecomList(const CameraConfig& config)
         Refuse("Failure to allocate Decommutation memory!");
         return std::nullopt;
     }
-    if (!File::Open(DecomTempPath(), FileMode::kRead)) return BuildForRateInForce(config);
-    if (!ReadEntries(DecomTempPath(), list) || !DecomEntriesLieInFrame(list, config)) {
+    std::optional<File> file = File::Open(DecomTempPath(), FileMode::kRead);
+    if (!file) return BuildForRateInForce(config);
+    if (!ReadEntries(*file, list) || !DecomEntriesLieInFrame(list, config)) {
         MessageBeep(Sound::kExclamation);
         Refuse("Failed to read file:\nDECOM.TMP");
         return std::nullopt;

@@ -30,6 +30,36 @@ std::optional<DecomTable> BuildDecomList(const CameraConfig& config, std::int32_
 std::int32_t ReorderDecomList(DecomTable& list, const CameraConfig& config, std::int32_t mirrorHoriz,
                               std::int32_t mirrorVert, std::int32_t rotateCcw);
 
+// Where the pixels of an image stand in the table: made once for a walk over all of them.
+struct PositionRule {
+    std::int64_t count = 0;  // entries of the table
+    std::int64_t rowStep = 0;
+    std::int64_t columnStep = 1;
+    std::int64_t start = 0;
+    bool wraps = true;
+
+    // The count is added once, and the remainder keeps its sign: what is below minus the count stays negative.
+    static std::int64_t Wrap(std::int64_t x, std::int64_t count)
+    {
+        if (x < 0) x += count;
+        return x >= 0 && x < count ? x : x % count;
+    }
+    // Negative or beyond the table where the pixel has no place there.
+    std::int64_t Of(std::int64_t row, std::int64_t column) const
+    {
+        const std::int64_t position = start + row * rowStep + column * columnStep;
+        return wraps ? Wrap(position, count) : position;
+    }
+    bool Holds(std::int64_t position) const { return position >= 0 && position < count; }
+    // The position, -1 where the table has none.
+    std::int64_t InTable(std::int64_t row, std::int64_t column) const
+    {
+        if (count == 0) return -1;
+        const std::int64_t position = Of(row, column);
+        return Holds(position) ? position : -1;
+    }
+};
+PositionRule PositionRuleOf(const CameraConfig& config);
 // The table position of image pixel (row, column), which may lie outside the image; -1 where it lies outside the table.
 std::int64_t DecomPosition(const CameraConfig& config, std::int32_t row, std::int32_t column);
 

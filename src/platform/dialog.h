@@ -108,6 +108,7 @@ std::intptr_t ListItemData(HWND dialog, int id, int index);
 std::string ListItemText(HWND dialog, int id, int index);
 
 // A control's own painting surface, for plots: the control is then a window of its own as platform/paint.h takes it.
+// Where it is to be painted anew (first shown, resized, another theme) the dialog gets WM_DRAWITEM with wParam = id.
 HWND DlgItemWindow(HWND dialog, int id);
 
 }  // namespace kelvo

@@ -391,8 +391,11 @@ bool DlgItemWarns(HWND dialog, int id)
 
 void FocusDlgItem(HWND dialog, int id)
 {
-    // Coming by the tab key is what makes an edit select its text.
-    if (QWidget* control = ControlOf(dialog, id)) control->setFocus(Qt::TabFocusReason);
+    QWidget* const control = ControlOf(dialog, id);
+    if (control == nullptr) return;
+    // Coming by the tab key is what makes an edit select its text; in a dialog that isn't shown yet the reason is lost.
+    control->setFocus(Qt::TabFocusReason);
+    if (auto* line = qobject_cast<QLineEdit*>(control)) line->selectAll();
 }
 
 int FocusedDlgItem(HWND dialog)
@@ -493,6 +496,17 @@ std::string ListItemText(HWND dialog, int id, int index)
 
 // --- Surfaces -----------------------------------------------------------------------------------------------------
 
+namespace {
+
+LRESULT AskDialogToDraw(HWND surface, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    if (message != WM_PAINT) return DefWindowProc(surface, message, wParam, lParam);
+    const int id = surface->widget->parentWidget()->property("controlId").toInt();
+    return SendMessage(surface->parent, WM_DRAWITEM, static_cast<WPARAM>(id), 0);
+}
+
+}  // namespace
+
 HWND DlgItemWindow(HWND dialog, int id)
 {
     QWidget* control = ControlOf(dialog, id);
@@ -504,7 +518,7 @@ HWND DlgItemWindow(HWND dialog, int id)
     fill->setContentsMargins(0, 0, 0, 0);
     QWidget* surface = MakeSurfaceWidget(control);
     fill->addWidget(surface);
-    const HWND window = RegisterWindow(WindowKind::kControl, surface, nullptr, dialog);
+    const HWND window = RegisterWindow(WindowKind::kControl, surface, AskDialogToDraw, dialog);
     if (window != nullptr) dialog->dialog->controlWindows.push_back(window);
     return window;
 }

@@ -12,9 +12,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
-#include <QGridLayout>
 #include <QHeaderView>
-#include <QLabel>
 #include <QLineEdit>
 #include <QSplitter>
 #include <QToolButton>
@@ -159,7 +157,7 @@ void SetButtonIcons(const QFileDialog& dialog)
 class FileDialog : public QFileDialog {
   public:
     FileDialog(QWidget* parent, const FileDialogRequest& request)
-        : QFileDialog(parent), request_(request), native_(request.note.empty() && !RunsOffscreen() && !IdleHookIsSet())
+        : QFileDialog(parent), request_(request), native_(!RunsOffscreen() && !IdleHookIsSet())
     {
         setOption(DontUseNativeDialog, !native_);
         setOption(DontConfirmOverwrite, true);
@@ -200,7 +198,6 @@ class FileDialog : public QFileDialog {
         for (const FileFilter& filter : request_.filters) front.filters.emplace_back(filter.text);
         front.directory = FromQPath(directory().absolutePath());
         const auto* field = NameField();
-        front.note = request_.note;
         front.name = field != nullptr ? FromQPath(field->text()) : request_.name;
         return front;
     }
@@ -248,7 +245,6 @@ class FileDialog : public QFileDialog {
     {
         SetButtonIcons(*this);
         setIconProvider(&iconProvider_);
-        ShowNote();
         resize(kDialogSize);
         if (auto* splitter = findChild<QSplitter*>()) {
             splitter->setSizes({kSideWidth, kDialogSize.width() - kSideWidth});
@@ -258,16 +254,6 @@ class FileDialog : public QFileDialog {
         for (int column = 0; column < static_cast<int>(kColumnWidths.size()); ++column) {
             table->header()->resizeSection(column, kColumnWidths.at(static_cast<std::size_t>(column)));
         }
-    }
-
-    void ShowNote()
-    {
-        auto* grid = qobject_cast<QGridLayout*>(layout());
-        if (request_.note.empty() || grid == nullptr) return;
-        auto* note = new QLabel(ToQString(request_.note), this);
-        note->setTextFormat(Qt::PlainText);
-        note->setWordWrap(true);
-        grid->addWidget(note, grid->rowCount(), 0, 1, grid->columnCount());
     }
 
     void SetFilters()

@@ -26,7 +26,6 @@ struct FileDialogRequest {
     std::string directory;
     std::string name;                   // offered to the operator; a pattern stands for no name
     std::string_view defaultExtension;  // added to a name without one, when saving and opening; empty: none
-    std::string note = {};  // shown below the list; a desktop's dialog has no place for it, so ours comes up
     // The caller's own look at a path that stands up to the other questions; in place of the question about replacing.
     // False keeps the dialog open. Empty: none.
     std::function<bool(const std::string& path)> accept = nullptr;

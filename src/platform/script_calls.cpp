@@ -349,11 +349,10 @@ int FileDialog(lua_State* L)
 {
     const auto file = ProgramHasEnded() ? std::nullopt : FileDialogInFront();
     if (!file) return Nil(L);
-    lua_createtable(L, 0, 5);
+    lua_createtable(L, 0, 4);
     SetField(L, "title", file->title);
     SetField(L, "directory", file->directory);
     SetField(L, "name", file->name);
-    SetField(L, "note", file->note);
     PushList(L, file->filters);
     lua_setfield(L, -2, "filters");
     return 1;
@@ -371,7 +370,7 @@ std::string LeaveFrontDialog()
     if (CancelFileDialog()) return {};
     HWND dialog = DialogInFront();
     if (!dialog) return ButScreenShows("no dialog in front");
-    SendMessage(dialog, WM_COMMAND, MakeLong(kIdCancel, kButtonClicked), 1);
+    OperateClose(dialog);
     return {};
 }
 

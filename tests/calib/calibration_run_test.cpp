@@ -630,6 +630,21 @@ TEST_F(OnePointRun, AnUpdateKeepsGainsAndTypeAndMeasuresNoNoise)
     EXPECT_FALSE(Stands("last.cal"));
 }
 
+TEST_F(OnePointRun, ItsDialogNamesWhatItDoes)
+{
+    const auto titled = [&](std::int32_t type, std::int32_t chosen) {
+        CalType = type;
+        CalSettings.ChosenType = chosen;
+        Press(kIdCancel);
+        EXPECT_EQ(OnePointCalibrate(hWndMain), 0);
+        return op->Texts("dialog", "text").back();
+    };
+    EXPECT_EQ(titled(0, 1), "1 Point Calibration");
+    EXPECT_EQ(titled(0, 2), "2 Point Calibration") << "an update of nothing, after a two-point run was chosen";
+    EXPECT_EQ(titled(1, 1), "1 Point Update");
+    EXPECT_EQ(titled(2, 2), "1 Point Update");
+}
+
 TEST_F(OnePointRun, OneFrameGivesNoNoiseList)
 {
     CalSettings.NumFrames = 1;

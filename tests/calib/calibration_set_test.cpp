@@ -5,6 +5,7 @@
 #include "calib/calibration_fixture.h"
 #include "calib/last_set.h"
 #include "config/camera_config.h"
+#include "config/frame_rate_table.h"
 #include "display/display_state.h"
 #include "display/units.h"
 #include "grabber/frame_state.h"
@@ -13,7 +14,10 @@
 #include "head/head_transaction.h"
 #include "head/recorded_board.h"
 #include "head/turn_on.h"
+#include "head/video_setup.h"
+#include "platform/dialog.h"
 #include "platform/files.h"
+#include "platform/front.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
 #include "platform/pointer.h"
@@ -284,6 +288,58 @@ TEST_F(LoadingASet, SetsTheHeadAsItWasAtTheCalibration)
     SetVideoOffset(170);
     EXPECT_EQ(loading, head->Taken());
     EXPECT_THAT(loading, testing::Not(IsEmpty()));
+}
+
+// The row of the set asks for the rate of an external clock.
+class LoadingASetWithAnExternalClock : public LoadingASet {
+  protected:
+    void SetUp() override
+    {
+        LoadingASet::SetUp();
+        FrameRateTable.resize(6);
+        FrameRateTable[5].Mode = 'E';
+        std::ranges::copy(std::string_view("Generator 1"), FrameRateTable[5].RateText.begin());
+    }
+    int Answer(const std::string& rate, int button)
+    {
+        op->Do([=] {
+            const HWND dialog = DialogInFront();
+            EXPECT_EQ(DialogName(dialog), "FRAMERATE");
+            EXPECT_EQ(GetDlgItemText(dialog, 1644), "Generator 1");
+            EXPECT_TRUE(OperateText(dialog, 624, rate));
+            EXPECT_TRUE(OperatePress(dialog, button));
+        });
+        return Load();
+    }
+};
+
+TEST_F(LoadingASetWithAnExternalClock, TakesTheRateThatTheOperatorTells)
+{
+    EXPECT_EQ(Answer("59.94", 6), 1);
+    EXPECT_EQ(FrameRate, 59.94F) << "not what the head's own clock would give";
+    EXPECT_EQ(IndexFrameRate, 5);
+    EXPECT_EQ(IntegrationTime[0], static_cast<float>(IntegrationTimeMsec(59.94F, 21)));
+    EXPECT_EQ(CalType, 2);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(LoadingASetWithAnExternalClock, WithoutARateNothingIsLoaded)
+{
+    GainList = {9, 9, 9, 9, 9, 9, 9, 9};
+    head->Taken();
+    EXPECT_EQ(Answer("59.94", 7), 0);
+    EXPECT_THAT(head->Taken(), IsEmpty());
+    EXPECT_THAT(GainList, testing::Each(9.0F));
+    EXPECT_EQ(CalType, 0);
+    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(LoadingASetWithAnExternalClock, AnotherRowAsksNothing)
+{
+    FrameRateTable[5].Mode = 'i';
+    EXPECT_EQ(Load(), 1);
+    EXPECT_THAT(op->Texts("dialog", "name"), IsEmpty());
 }
 
 TEST_F(LoadingASet, FewerThanFourIntegrationTimesCountTheFirstForAll)

@@ -504,6 +504,15 @@ TEST(TwoPointTexts, WithoutTemperaturesNoneIsShown)
     EXPECT_THAT(text, HasSubstr("Mean Low Signal:  7500.2 counts\nMean High Signal:  8750.2 counts\n\nGain"));
 }
 
+TEST(TwoPointTexts, WithoutAGoodDetectorTheUniformityIsANumber)
+{
+    TwoPointResult result = SomeResult();
+    result.offsets = {};
+    result.spread = {};
+    EXPECT_THAT(TwoPointResultText(result, 1000, true, 20.0F, 25.0F),
+                testing::EndsWith("Gain Uniformity: \xB1 0.00 %\nOffset Uniformity: \xB1 0.00 %"));
+}
+
 TEST(TwoPointTexts, WithoutTheNoiseTestNoNoiseIsShown)
 {
     EXPECT_THAT(TwoPointResultText(SomeResult(), 1000, false, 20.0F, 25.0F),

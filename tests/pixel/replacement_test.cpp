@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -165,12 +166,14 @@ TEST_F(Replacement, HoldsForRandomMapsAndPatterns)
     std::mt19937 random(7);
     for (int round = 0; round < 20; ++round) {
         const int rows = 1 + static_cast<int>(random() % 12);
-        const int columns = 1 + static_cast<int>(random() % 12);
+        const int columns = 1 + static_cast<int>(random() % (round < 10 ? 12 : 200));
+        const int farthest = round < 10 ? 3 : 130;
         const auto count = static_cast<std::size_t>(rows * columns);
         std::vector<std::pair<int, int>> steps;
         std::string text;
         for (int i = 0; i < 12; ++i) {
-            steps.emplace_back(static_cast<int>(random() % 7) - 3, static_cast<int>(random() % 7) - 3);
+            const int across = static_cast<int>(random() % static_cast<unsigned>(2 * farthest + 1)) - farthest;
+            steps.emplace_back(static_cast<int>(random() % 7) - 3, across);
             text += std::to_string(steps.back().first) + ',' + std::to_string(steps.back().second) + '\n';
         }
         PutPattern(text);
@@ -197,6 +200,26 @@ TEST_F(Replacement, HoldsForRandomMapsAndPatterns)
         EXPECT_EQ(decom, expected);
         EXPECT_EQ(BadDetCount, replaced);
     }
+}
+
+// Every step, near and far, leads to the one good pixel once: some ten thousand million trials one by one.
+TEST_F(Replacement, OneGoodPixelAnswersForAllThatALongPatternReaches)
+{
+    constexpr int kRows = 400;
+    constexpr int kColumns = 300;
+    std::string steps;
+    for (int down = 0; down < 290; ++down) {
+        for (int right = 0; right < kColumns; ++right)
+            steps += std::to_string(down) + ',' + std::to_string(right) + '\n';
+    }
+    PutPattern(steps);
+    BadDetMap bad(kRows * kColumns, 1);
+    bad.back() = 0;
+    DecomTable decom = PlainTable(bad.size());
+    EXPECT_EQ(ReplaceBadDet(decom, bad, Region(kRows, kColumns)), 1);
+    EXPECT_EQ(BadDetCount, 290 * kColumns - 1);
+    EXPECT_EQ(decom[110 * kColumns - 1], 110U * kColumns - 1);
+    EXPECT_EQ(std::count(decom.begin() + 110 * kColumns, decom.end(), bad.size() - 1), 290 * kColumns);
 }
 
 TEST_F(Replacement, WithoutItsPatternFileIsTold)

@@ -13,7 +13,6 @@
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QFileSystemModel>
-#include <QLabel>
 #include <QLineEdit>
 
 #include <algorithm>
@@ -284,21 +283,6 @@ TEST_F(FileSelection, APatternInAnotherDirectoryGoesThere)
         CancelFileDialog();
     });
     RunFileDialog(Request(FileDialogMode::kOpen));
-}
-
-TEST_F(FileSelection, ANoteStandsBelowTheList)
-{
-    FileDialogRequest request = Request(FileDialogMode::kOpen);
-    request.note = "InSb 320 x 256 & <more>";
-    Then([] {
-        EXPECT_EQ(FileDialogInFront()->note, "InSb 320 x 256 & <more>");
-        const auto labels = Widget()->findChildren<QLabel*>();
-        EXPECT_TRUE(std::ranges::any_of(labels, [](const QLabel* label) {
-            return label->isVisible() && label->text() == "InSb 320 x 256 & <more>";
-        }));
-        CancelFileDialog();
-    });
-    RunFileDialog(request);
 }
 
 TEST_F(FileSelection, OldPathsFindTheirFiles)
