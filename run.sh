@@ -17,7 +17,13 @@ out=${XDG_DATA_HOME:-$HOME/.local/share}/kelvo-first-light
 mkdir -p "$out/data"
 # The bytes that go to the camera head are logged there.
 [ -f "$out/data/kelvo.ini" ] || sed 's/^CommLog=0/CommLog=1/' "$top/src/resources/defaults/kelvo.ini" >"$out/data/kelvo.ini"
-echo "There is no display: Kelvo runs examples/first-light.lua offscreen."
-"$kelvo" --offscreen --virtual-time --data "$out/data" --transcript "$out/transcript.jsonl" \
-    --script "$top/examples/first-light.lua" -- "$out"
-echo "Pictures, files, transcript and the head's byte log are in $out"
+run() { # run SCRIPT [ARGUMENT...]
+    local script=$1
+    shift
+    "$kelvo" --offscreen --virtual-time --data "$out/data" --transcript "$out/${script%.lua}.jsonl" \
+        --script "$top/examples/$script" "$@" -- "$out"
+}
+echo "There is no display: Kelvo runs examples/first-light.lua offscreen, then starts again with the calibration made there."
+run first-light.lua
+run next-start.lua AUTOSTART last.cal
+echo "Pictures, files, transcripts and the head's byte log are in $out"

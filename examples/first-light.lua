@@ -1,13 +1,18 @@
--- First light: the simulated camera comes alive. Turns it on by each of the three ways, watches live video, freezes, reads
--- values, zooms, changes colours, changes the camera and back, turns it off and on again; leaves pictures in the directory
--- named after "--". With CommLog=1 in kelvo.ini the bytes that went to the camera head stand in CommLog.txt.
+-- First light: the whole job on the simulated camera, from a cold start to a saved measurement. Sets up the video on the oscilloscope,
+-- looks at the raw array, calibrates against a low and a high source, sees the array become even and its bad detectors vanish, saves
+-- images, a sequence and the calibration, changes the camera and back, comes up again with the calibration by both ways, and reads a
+-- saved image in degrees. Pictures and files are left in the directory named after "--". With CommLog=1 in kelvo.ini the bytes that
+-- went to the camera head stand in CommLog.txt.
 
 local out = arg and arg[1] or "first-light"
 local data = datadir()
 
-local kExit, kConfiguration, kFreeze, kImageCursor, kTurnOn = 119, 123, 140, 151, 169
-local kGray, kColour, kFitContrast = 143, 145, 2004
+local kSaveImage, kNameSequence, kSaveSequence, kExit = 106, 108, 109, 119
+local kConfiguration, kCalibrate, kSaveCalibration, kFreeze, kImageCursor = 123, 130, 132, 140, 151
+local kGray, kColour, kTurnOn, kFitContrast = 143, 145, 169, 2004
 local kByVideoSetup, kByLastCalibration, kBySelectedCalibration = 1070, 1072, 1074
+local kName, kFramesToAverage, kBeginningNumber = 1460, 1488, 1486
+local kOk, kCancel, kReport = 1, 2, "report"
 
 local function say(...)
     print(string.format(...))
@@ -18,18 +23,16 @@ local function picture(name)
     say("  picture: %s.png", name)
 end
 
--- Presses one of the turn-on dialog's buttons and tells what came of it.
-local function turnOn(button)
-    press(button)
-    if dialog() == "QVF1058" then press(1) end -- the oscilloscope, accepted as it opens
-    if dialog() == "CALIB" then press(2) end
+local function inFront(name)
+    assert(dialog() == name, "dialog " .. name .. " opens, not " .. (dialog() or box() and box().text or "the main window"))
+end
+
+local function live()
     assert(state("CameraOn") == 1 and state("LiveVideo") == 1, "the camera is on and live")
-    say("camera on: %s", menu(kTurnOn).text)
 end
 
 local function turnOff()
     command(kTurnOn)
-    say("asked: %s", box().text)
     answer("yes")
     assert(state("CameraOn") == 0)
     say("camera off: %s", menu(kTurnOn).text)
@@ -38,101 +41,181 @@ end
 -- Chooses a camera in the configuration dialog and restarts the set-up; the turn-on dialog is in front afterwards.
 local function changeCamera(index)
     command(kConfiguration)
-    say("cameras: %s", table.concat(items(1598), "; ", 1, 3))
     pick(1598, index)
-    picture("7-configuration")
-    press(1)
-    say("asked: %s", box().text)
+    press(kOk)
     answer("yes")
-    assert(dialog() == "CLOCK_ON", dialog())
+    inFront("CLOCK_ON")
 end
 
--- Two of the three ways load a calibration. There is none yet: its settings file alone stands in for it.
-local function writeSet(name)
-    local file = assert(io.open(data .. "/" .. name, "wb"))
-    file:write("[Calibration]\nDriverNumber=2\n")
-    file:close()
+-- Deviation of the frame on view over its mean, in counts, every third pixel of every third row.
+local function deviation()
+    local sum, squares, count = 0, 0, 0
+    for y = 0, state("Vroi") - 1, 3 do
+        for x = 0, state("Hroi") - 1, 3 do
+            local value = pixel(x, y)
+            sum, squares, count = sum + value, squares + value * value, count + 1
+        end
+    end
+    return math.sqrt(squares / count - (sum / count) ^ 2), sum / count
 end
+
+-- What an earlier run left would be asked about.
+for _, name in ipairs { "scope.bmp", "scene.img", "run1.seq", "run2.seq", "run3.seq", "data/morning.cal" } do
+    os.remove(out .. "/" .. name)
+end
+-- The SAVE dialog changes the working directory, so that a path has to be whole.
+local whole = data:match("^(.*)/[^/]*$")
 
 -- The start: the head has answered, and Kelvo asks how to turn the camera on.
-assert(dialog() == "CLOCK_ON", "the turn-on dialog opens")
+inFront("CLOCK_ON")
 for _, line in ipairs(transcript()) do
     if line.kind == "status" and line.text:find("Camera Head found", 1, true) then say("head: %s", line.text) end
 end
-picture("1-before")
+picture("01-before")
 
--- First way: through the video set-up.
-turnOn(kByVideoSetup)
+-- Through the video set-up: every detector's signal on the oscilloscope.
+sim.source("low", 22.5)
+press(kByVideoSetup)
+inFront("QVF1058")
+frames(20)
+picture("02-scope")
+press(1606)
+choose(out .. "/scope.bmp")
+press(kOk)
+inFront("CALIB")
+press(kCancel) -- the raw array first
+live()
+say("camera on: %s", menu(kTurnOn).text)
+
+-- The raw array on a uniform source, and on a scene.
 frames(200)
-say("live: %s", status())
 say("frames delivered %d, shown %d, lost %d", state("FramesDelivered"), state("FramesShown"), state("FramesLost"))
-picture("2-live")
-
--- A warm scene, then a uniform source.
+command(kFitContrast)
+frames(2)
+local rawDeviation, rawMean = deviation()
+say("raw: %.1f counts, deviation %.1f counts, bad detectors among them", rawMean, rawDeviation)
+picture("03-raw")
 sim.source("scene")
 frames(3)
 command(kFitContrast)
 frames(2)
-say("contrast %d, brightness %d", state("Contrast"), state("Brightness"))
-picture("3-scene")
+picture("04-raw-scene")
 
--- Frozen, the cursor reads counts.
+-- The calibration: two sources, a class for every detector that can't be corrected, the result, the report.
+command(kCalibrate)
+inFront("CALIB")
+picture("05-calibration")
+press(kOk)
+for _, source in ipairs { { "CAL_COLD", "low", 20, 1224 }, { "CAL_HOT", "high", 25, 1226 } } do
+    inFront(source[1])
+    sim.source(source[2], source[3])
+    set(source[4], tostring(source[3]))
+    press(kOk)
+end
+say("%s", box().text)
+answer("ok")
+say("%s", box().text)
+picture("06-result")
+answer(kReport)
+inFront("CALREPORT")
+wait(300)
+picture("07-bad-detectors")
+press(kOk)
+say("%s", readfile(data .. "/Last.report.txt"))
+
+-- The same source and the same scene again: even, and in degrees.
+sim.source("low", 22.5)
+frames(3)
+command(kFitContrast)
+frames(2)
+local evenDeviation, evenMean = deviation()
+say("corrected: %.1f counts, deviation %.1f counts, which is one frame's noise", evenMean, evenDeviation)
+picture("08-corrected")
 command(kFreeze)
-say("title: %s", title())
 command(kImageCursor)
 mouse(400, 300)
-say("read-out: %s", status())
-say("and the count under it: %d", pixel(state("CursorX"), state("CursorY")))
-picture("4-frozen")
+say("a source at 22.5 degrees reads: %s", status())
 command(kImageCursor)
+command(kFreeze)
+sim.source("scene")
+frames(3)
+command(kFitContrast)
+frames(2)
+picture("09-corrected-scene")
 
--- Zoom to 16 and back.
+-- Colours, zoom to 16 and back.
+command(kColour)
+frames(2)
+picture("10-colour")
+command(kGray)
 local zoom = state("Xzoom")
 while state("Xzoom") < 16 do command(200) end
-picture("5-zoom")
-while state("Xzoom") > zoom do command(201) end
-command(kFreeze)
-
--- Colour map, contrast and brightness, live.
-command(kColour)
-press("panel", 315, "up")
-press("panel", 315, "right")
 frames(2)
-say("contrast %d, brightness %d", state("Contrast"), state("Brightness"))
-picture("6-colour")
-press("panel", 315, "down")
-press("panel", 315, "left")
-command(kGray)
+picture("11-zoom")
+while state("Xzoom") > zoom do command(201) end
 
--- Off; then the large array, and back.
+-- Saved: the mean of 16 frames as an image, three numbered images of a sequence, the calibration under a name of its own.
+command(kSaveImage)
+inFront("SAVE")
+set(kName, whole .. "/scene.img")
+set(kFramesToAverage, "16")
+press(kOk)
+command(kNameSequence)
+inFront("SAVE")
+set(kName, whole .. "/run.seq")
+set(kBeginningNumber, "1")
+press(kOk)
+for _ = 1, 3 do command(kSaveSequence) end
+assert(box() == nil, "saved without a question")
+say("saved: scene.img, %d bytes; run1.seq to run%d.seq", #readfile(out .. "/scene.img"), state("SeqNumber") - 1)
+command(kSaveCalibration)
+inFront("CAL_SAVE")
+set(kName, "morning")
+press(kOk)
+for _, extension in ipairs { "gai", "off", "noi", "dcm", "bad", "cal" } do
+    say("  morning.%s, %d bytes", extension, #assert(readfile(data .. "/morning." .. extension)))
+end
+
+-- Off; the large array, and back.
 turnOff()
 changeCamera(0)
-turnOn(kByVideoSetup)
+press(kByVideoSetup)
+press(kOk)
+press(kCancel)
 frames(20)
 command(kFitContrast)
 frames(2)
 say("a frame of %d x %d", state("Hroi"), state("Vroi"))
-picture("8-large-array")
+picture("12-large-array")
 turnOff()
 changeCamera(1)
 
--- Second way: with the last calibration.
-writeSet("last.cal")
-turnOn(kByLastCalibration)
-frames(20)
+-- With the last calibration, then with a chosen one: corrected at once.
+press(kByLastCalibration)
+live()
+assert(state("CalType") == 2 and box() == nil)
 turnOff()
-
--- Third way: with a calibration of the operator's choice.
-writeSet("MORNING.CAL")
 command(kTurnOn)
 press(kBySelectedCalibration)
-say("file dialog: %s", file().title)
-choose(data .. "/MORNING.CAL")
-assert(state("CameraOn") == 1 and state("LiveVideo") == 1)
-frames(20)
-command(kFitContrast)
-frames(2)
-picture("9-after")
+inFront("CAL_OPEN")
+set(kName, "morning.cal")
+press(kOk)
+live()
+sim.source("high", 25)
+frames(3)
+local loadedDeviation = deviation()
+say("with morning.cal: deviation %.1f counts", loadedDeviation)
+assert(loadedDeviation < 6, "as even as after the calibration")
+
+-- What was saved, in degrees.
+drop(out .. "/scene.img")
+assert(state("ViewingFile") == 1)
+command(kImageCursor)
+mouse(500, 400)
+say("scene.img: %s", status())
+picture("13-saved-image")
+command(kImageCursor)
+command(kFreeze)
 turnOff()
 
 local log = io.open(data .. "/CommLog.txt", "rb")
@@ -144,5 +227,4 @@ end
 
 -- The end.
 command(kExit)
-say("asked: %s", (box().text:gsub("\n", "")))
 answer("yes")

@@ -31,9 +31,9 @@ int ChooseCalibrationToSave(HWND window);
 // anew.
 int LoadCalibration(HWND window, const std::string& calPath);
 
-// The set in force under another name: whole, or not there. A set that stood under that name comes back on a failure.
-// 1, also where it has that name already; 0 where there is no calibration (told in a box) or where a file couldn't be
-// copied (not told here).
+// The set in force under another name, which ends in .cal: whole, or not there. A set that stood under that name comes
+// back on a failure. 1, also where it has that name already; 0 where there is no calibration (told in a box), for
+// another ending, or where a file couldn't be copied (neither is told here).
 int SaveCalibrationAs(const std::string& calPath);
 
 // The highest count of the converter at the camera's unity setting, |UnityGain (2 UnityOffset - 1) / 16384| without its

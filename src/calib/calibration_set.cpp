@@ -135,24 +135,6 @@ bool MakeSettingsOf(HWND window, const std::string& calPath)
 
 // --- Loading: video settings ----------------------------------------------------------------------------------------
 
-void TakeIntegrationIndexes(std::string_view text)
-{
-    std::array<std::int32_t, 4> indexes{};
-    std::size_t count = 0;
-    while (count < indexes.size()) {
-        const std::size_t comma = text.find(',');
-        const auto number = ScanDecimal(text.substr(0, comma));
-        if (!number) break;
-        indexes.at(count++) = *number;
-        if (comma == std::string_view::npos) break;
-        text.remove_prefix(comma + 1);
-    }
-    if (count == 0) return;
-    if (count < indexes.size()) indexes.fill(indexes.front());
-    IndexIntegrationTime = indexes;
-    IntegrationSetting = indexes.at(static_cast<std::size_t>(IntegrationSlot));
-}
-
 void TakeVideoSettings(const std::string& calPath)
 {
     StatusMessage("Loading video parameters from calibration file...", kLeftAligned);
@@ -164,20 +146,29 @@ void TakeVideoSettings(const std::string& calPath)
     SaveVideoSettings(IniFilePath);
 }
 
+bool RunsOnExternalClock()
+{
+    const char mode = FrameRateRowAt(IndexFrameRate).Mode;
+    return mode == 'e' || mode == 'E';
+}
+
 // A head that runs by an external clock: only the operator knows its rate.
 bool ExternalRateIsGiven(HWND window)
 {
+    if (!RunsOnExternalClock()) return true;
     const FrameRateRow row = FrameRateRowAt(IndexFrameRate);
-    if (row.Mode != 'e' && row.Mode != 'E') return true;
     const std::string text(row.RateText.data(), strnlen(row.RateText.data(), row.RateText.size()));
     return ExternalClockDialog(window, text) != 0;
 }
 
+// Setting the head's clock works a rate out from it; where an external clock runs, what the operator told holds.
 void SendVideoSettings()
 {
+    const float toldRate = FrameRate;
     if (LinkIsReady()) {
         SetFrameRateIndex(IndexFrameRate);
-        SetIntegrationIndex(IndexIntegrationTime.at(static_cast<std::size_t>(IntegrationSlot)), IntegrationSlot);
+        if (RunsOnExternalClock()) FrameRate = toldRate;
+        SetIntegration(IndexIntegrationTime.at(SlotInUse()));
         SetVideoGain(VideoGain[0]);
         SetVideoOffset(VideoOffset[0]);
     }
@@ -501,6 +492,7 @@ int SaveCalibrationAs(const std::string& calPath)
         return 0;
     }
     if (IsSetInForce(calPath)) return 1;
+    if (!IsCalFile(calPath)) return 0;
     const Hourglass hourglass;
     // Of this only the camera's own section lasts: the set keeps the video settings with which it was made.
     SaveVideoSettings(calPath);

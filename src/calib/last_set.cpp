@@ -7,9 +7,7 @@
 #include "shell/windows.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <optional>
-#include <system_error>
 #include <vector>
 
 namespace kelvo {
@@ -40,15 +38,6 @@ std::string InSettingsDirectory(std::string_view name, std::string_view extensio
 std::string JournalPath()
 {
     return InSettingsDirectory(".calibration", ".journal");
-}
-
-// Whole, since the working directory may be another one at the next start.
-std::string WholePath(std::string_view path)
-{
-    const std::string resolved = ResolvePath(path);
-    std::error_code error;
-    const std::filesystem::path whole = std::filesystem::absolute(resolved, error);
-    return error ? resolved : whole.string();
 }
 
 // Where a file lies aside: beside its place, so that it comes back by a rename, which no full disk can stop.
@@ -105,6 +94,15 @@ bool Gone(const std::string& path)
     return !FileExists(path) || DeleteFileNamed(path);
 }
 
+// On a disk that isn't there now.
+bool OutOfReach(const Journal& journal)
+{
+    std::string drive;
+    std::string directory;
+    SplitPath(journal.calPath, &drive, &directory, nullptr, nullptr);
+    return !DirectoryExists(drive + directory);
+}
+
 // A copy that isn't there any more is back in its place: this may have been begun before.
 bool PutBack(const Journal& journal, std::string_view extension)
 {
@@ -118,6 +116,7 @@ bool PutBack(const Journal& journal, std::string_view extension)
 // else.
 bool PutAllBack(const Journal& journal)
 {
+    if (OutOfReach(journal)) return false;
     if (HoldsExtension(journal, ".cal") && !FileExists(AsideFile(journal.calPath, ".cal"))) return true;
     bool done = Gone(SetFile(journal.calPath, ".cal"));
     for (const std::string_view extension : kSetExtensions) done = done && PutBack(journal, extension);
@@ -138,6 +137,14 @@ bool FinishEarlierOne()
     const std::optional<Journal> journal = ReadJournal();
     if (journal) return Finish(*journal);
     return Gone(JournalPath());  // one that can't be read tells nothing
+}
+
+// Files out of reach don't keep the operator from the next calibration: the start told of them, and their copies stay.
+bool ReadyForAnother()
+{
+    if (FinishEarlierOne()) return true;
+    const std::optional<Journal> journal = ReadJournal();
+    return journal && OutOfReach(*journal);
 }
 
 // The files that lie aside now; nullopt where one couldn't be copied.
@@ -164,6 +171,14 @@ std::string SetFile(std::string_view calPath, std::string_view extension)
     return MakePath(drive, directory, name, extension);
 }
 
+bool IsCalFile(std::string_view path)
+{
+    std::string name;
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, &name, &extension);
+    return !name.empty() && EqualIgnoringCase(extension, ".cal");
+}
+
 std::string LastCalPath()
 {
     return InSettingsDirectory("Last", ".cal");
@@ -176,7 +191,7 @@ int CopySettingsTo(std::string_view calPath)
     return 1;
 }
 
-SetReplacement::SetReplacement(std::string_view calPath) : calPath_(WholePath(calPath)) {}
+SetReplacement::SetReplacement(std::string_view calPath) : calPath_(AbsolutePath(calPath)) {}
 
 SetReplacement::~SetReplacement()
 {
@@ -185,7 +200,7 @@ SetReplacement::~SetReplacement()
 
 int SetReplacement::Begin()
 {
-    if (begun_ || !FinishEarlierOne()) return 0;
+    if (begun_ || !ReadyForAnother()) return 0;
     if (!WriteJournal({std::string(kCopying), {}, calPath_})) return 0;
     const auto present = CopyAside(calPath_);
     begun_ = present && WriteJournal({std::string(kReplacing), *present, calPath_});

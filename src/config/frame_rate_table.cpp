@@ -2,11 +2,16 @@
 
 #include "platform/text.h"
 
+#include <string_view>
+
 namespace kelvo {
 
-FrameRateRow FrameRateRowAt(std::int32_t /*index*/)
+std::vector<FrameRateRow> FrameRateTable;
+
+FrameRateRow FrameRateRowAt(std::int32_t index)
 {
-    return {};
+    if (index < 0 || static_cast<std::size_t>(index) >= FrameRateTable.size()) return {};
+    return FrameRateTable[static_cast<std::size_t>(index)];
 }
 
 void ScanFrameRate(const FrameRateRow& row, float& rate)

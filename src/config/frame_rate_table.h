@@ -1,11 +1,11 @@
 // The frame rate table: one row a frame rate of the head, selected by IndexFrameRate. No head of today brings such a
-// table, so every row is zero; readers honour the fields all the same, for a head that does.
+// table: it is empty, and every row reads as zero. Readers honour the fields all the same, for a head that does.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
+#include <vector>
 
 namespace kelvo {
 
@@ -17,6 +17,8 @@ struct [[gnu::packed]] FrameRateRow {
 };
 static_assert(sizeof(FrameRateRow) == 29);
 static_assert(offsetof(FrameRateRow, RateText) == 17);
+
+extern std::vector<FrameRateRow> FrameRateTable;
 
 // The row of an index; an index that names none has a zero row too.
 FrameRateRow FrameRateRowAt(std::int32_t index);

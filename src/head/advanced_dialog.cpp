@@ -123,14 +123,6 @@ void SendBoth()
     LoadFpaSerialWord(FpaSerialWord);
 }
 
-// The index in force means other counters in another window.
-void SendIntegrationAgain()
-{
-    const auto slot = static_cast<std::size_t>(IntegrationSlot);
-    SetIntegrationIndex(IndexIntegrationTime.at(slot), IntegrationSlot);
-    IntegrationTime.at(slot) = static_cast<float>(IntegrationTimeMsec(FrameRate, IndexIntegrationTime.at(slot)));
-}
-
 template <typename Number>
 bool Take(Number& target, std::int32_t value)
 {
@@ -325,7 +317,7 @@ void Accept(HWND dialog)
 {
     KillTimer(dialog, kApplyTimer);
     ApplyAndSend(dialog);
-    SendIntegrationAgain();
+    SetIntegration(IndexIntegrationTime.at(SlotInUse()));  // means other counters in another window
     SaveVideoSettings(IniFilePath);
     WriteHeadKey("Hroi", ActiveConfig.Hroi);  // so that the window stands at the next start as well
     WriteHeadKey("Vroi", ActiveConfig.Vroi);

@@ -136,6 +136,11 @@ void ListIntegrationTimes(HWND dialog, float frameRate)
 
 }  // namespace
 
+std::size_t SlotInUse()
+{
+    return static_cast<std::size_t>(std::clamp(IntegrationSlot, 0, static_cast<std::int32_t>(kIntegrationSlots) - 1));
+}
+
 double IntegrationTimeMsec(float frameRate, std::int32_t setting)
 {
     if (HeadTiming.HeadModel == kHgCdTeHead) {

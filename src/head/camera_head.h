@@ -7,6 +7,7 @@
 #include "platform/types.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -16,6 +17,7 @@ extern HeadTimingRecord HeadTiming;
 extern FpaSerialWordRecord FpaSerialWord;
 extern std::array<std::int32_t, 4> IndexIntegrationTime;  // one index a slot
 extern std::int32_t IntegrationSlot;                      // the slot in use, 0 to 3
+std::size_t SlotInUse();                                  // the same as a place in IndexIntegrationTime
 // Variables that clients know by the keys' names stand in head_state.h (VideoGain, VideoOffset, FrameRate), and so does
 // IntegrationTimeMsec.
 

@@ -59,7 +59,7 @@ bool InstallDecommutation(const CameraConfig& config, std::int32_t mirrorHoriz, 
     if (!ReorderDecomList(*table, config, mirrorHoriz, mirrorVert, rotateCcw)) return false;
     step("Download decommutation memory to RAM");
     if (!InstallTable(*table, tellSteps)) return false;
-    SaveList(DefaultDir + "/DECOM.TMP", BytesOf(*table), table->size());
+    SaveList(DecomTempPath(), BytesOf(*table), table->size());
     return true;
 }
 

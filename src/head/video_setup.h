@@ -14,6 +14,14 @@ namespace kelvo {
 // Milliseconds by slot, as the video set-up last set them. -1: an index beyond the head's table.
 extern std::array<float, 4> IntegrationTime;
 
+// The indexes of a text, four numbers by slot parted by commas; of fewer the first counts for all slots. Nothing is
+// sent.
+void TakeIntegrationIndexes(std::string_view text);
+// Keeps an index of the integration table for the slot in use, sends it, and works its time out.
+void SetIntegration(std::int32_t index);
+// IntegrationTime of the slot in use, at the index and the frame rate in force.
+void UpdateIntegrationTime();
+
 // Reads from the active camera's section: IndexFrameRate (10); IndexIntegrationTime (10), four numbers by slot, of
 // which the first counts for all where they aren't four; gain and offset of the first channel from QVF1058_Gain0 (0)
 // and QVF1058_DAC0 (128). Clears FrameRate and works out VoltsLow and VoltsHigh.

@@ -99,11 +99,6 @@ Rows atOpening;
 
 ScopePlot OscBitmap;
 
-std::size_t Slot()
-{
-    return static_cast<std::size_t>(std::clamp(IntegrationSlot, 0, 3));
-}
-
 bool IsHgCdTe()
 {
     return HeadTiming.HeadModel == kHgCdTeHead;
@@ -111,31 +106,14 @@ bool IsHgCdTe()
 
 // --- The head ------------------------------------------------------------------------------------------------------
 
-void UpdateIntegrationTime()
-{
-    IntegrationTime.at(Slot()) = static_cast<float>(IntegrationTimeMsec(FrameRate, IndexIntegrationTime.at(Slot())));
-}
-
-void SetIntegration(std::int32_t index)
-{
-    IndexIntegrationTime.at(Slot()) = index;
-    SetIntegrationIndex(index, IntegrationSlot);
-    UpdateIntegrationTime();
-}
-
-void SendLevels(std::int32_t gain, std::int32_t offset)
-{
-    SetVideoOffset(offset);
-    SetVideoGain(gain);
-    SetVoltsRange(gain, offset);
-}
-
 // The head is as it was when the dialog opened.
 void SendAsAtOpening()
 {
     SetFrameRateIndex(atOpening.frameRate);
     SetIntegration(atOpening.integration);
-    SendLevels(VideoGain[0], VideoOffset[0]);
+    SetVideoGain(VideoGain[0]);
+    SetVideoOffset(VideoOffset[0]);
+    SetVoltsRange(VideoGain[0], VideoOffset[0]);
 }
 
 void RestartGrab()
@@ -296,6 +274,14 @@ void Tick(HWND dialog)
     StartTick(dialog);
 }
 
+// The range is the whole one again, and the picture is drawn in it.
+bool TakeCorrectionAway()
+{
+    const bool done = ResetUnityGainOffset(ActiveConfig) != 0;
+    BuildDisplayLut(Contrast, Brightness);
+    return done;
+}
+
 // --- Opening -------------------------------------------------------------------------------------------------------
 
 // The row of the clock in force. Without a head that has been programmed the row stays as the settings have it.
@@ -316,7 +302,7 @@ void ListFrameRates(HWND dialog)
 
 void ListIntegrationTimes(HWND dialog)
 {
-    FillIntegrationCombo(dialog, IndexFrameRate, IndexIntegrationTime.at(Slot()));
+    FillIntegrationCombo(dialog, IndexFrameRate, IndexIntegrationTime.at(SlotInUse()));
     UpdateIntegrationTime();
 }
 
@@ -325,8 +311,8 @@ void OpenLists(HWND dialog)
     FrameRate = FrameRateAtClock(HeadTiming.MasterClockIndex);
     IndexFrameRate = RowInForce();
     ListFrameRates(dialog);
-    if (IsHgCdTe()) IndexIntegrationTime.at(Slot()) = 0;
-    atOpening = {.frameRate = IndexFrameRate, .integration = IndexIntegrationTime.at(Slot())};
+    if (IsHgCdTe()) IndexIntegrationTime.at(SlotInUse()) = 0;
+    atOpening = {.frameRate = IndexFrameRate, .integration = IndexIntegrationTime.at(SlotInUse())};
     ListIntegrationTimes(dialog);
 }
 
@@ -363,7 +349,7 @@ bool DoFirstSetup(HWND dialog)
     CalType = 0;
     if (!InstallDecommutation(ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW, true)) return false;
     StatusMessage("Set unity gain and offset", kLeftAligned);
-    if (!ResetUnityGainOffset(ActiveConfig)) {
+    if (!TakeCorrectionAway()) {
         MessageBox(dialog, "Unable to Set UnityGain and Offset!", kMessageCaption);
     }
     FirstSetupPending = 0;
@@ -388,7 +374,8 @@ void Open(HWND dialog)
     MakeSurfaces(dialog);
     OpenLists(dialog);
     OpenBars(dialog);
-    SendLevels(chosen.gain[0], chosen.offset[0]);
+    SetVideoOffset(chosen.offset[0]);
+    SetVideoGain(chosen.gain[0]);
     if (!PrepareScope(dialog)) {
         Leave(dialog, 0);
         return;
@@ -431,7 +418,7 @@ void PickFrameRate(HWND dialog)
 
 void PickIntegration(HWND dialog)
 {
-    PageSelection(dialog, kIntegrationBox, IndexIntegrationTime.at(Slot()));
+    PageSelection(dialog, kIntegrationBox, IndexIntegrationTime.at(SlotInUse()));
     const int index = ListSelection(dialog, kIntegrationBox);
     if (index == -1) {
         Tell(dialog, "Error getting integration ComboBox value!");
@@ -479,7 +466,7 @@ void SetUnity(HWND dialog)
     const Hourglass hourglass;
     CalType = 0;
     StatusMessage("Setting Unity Gain & Unity Offset", kLeftAligned);
-    ResetUnityGainOffset(ActiveConfig);
+    TakeCorrectionAway();
     RestartGrab();
     RefreshUnits(dialog);
     FocusDlgItem(dialog, kIdOk);

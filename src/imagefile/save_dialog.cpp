@@ -2,6 +2,7 @@
 
 #include "config/camera_config.h"
 #include "config/settings.h"
+#include "imagefile/file_lists.h"
 #include "imagefile/saving.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -19,7 +20,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace kelvo {
 
@@ -29,10 +29,6 @@ std::int32_t SaveStdDev = 0;
 
 namespace {
 
-constexpr int kName = 1460;
-constexpr int kPath = 1462;
-constexpr int kFiles = 1464;
-constexpr int kDirectories = 1466;
 constexpr int kFramesToAverage = 1488;
 constexpr int kBeginningNumber = 1486;
 constexpr int kCamera1 = 1600;
@@ -64,52 +60,11 @@ const Pattern& PatternOf(int radio)
     return found != std::end(kPatterns) ? *found : kPatterns[3];
 }
 
-std::string directoryAtOpening;             // for Cancel
-std::string patternShown;                   // of the list of files
-std::vector<std::string> directoriesShown;  // the file system's own bytes
+std::string directoryAtOpening;  // for Cancel
 
 void Beep()
 {
     MessageBeep(Sound::kDefault);
-}
-
-// ---- The lists
-
-void ShowFiles(HWND dialog, std::string_view pattern)
-{
-    patternShown = pattern;
-    ListClear(dialog, kFiles);
-    for (const std::string& name : FilesOf(patternShown)) ListAdd(dialog, kFiles, name);
-}
-
-void ShowDirectories(HWND dialog)
-{
-    SetDlgItemText(dialog, kPath, CurrentDirectory());
-    ListClear(dialog, kDirectories);
-    directoriesShown = Subdirectories();
-    for (const std::string& name : directoriesShown) ListAdd(dialog, kDirectories, "[" + name + "]");
-}
-
-void ShowLists(HWND dialog)
-{
-    ShowDirectories(dialog);
-    ShowFiles(dialog, patternShown);
-}
-
-// False if none is selected.
-bool EnterSelectedDirectory(HWND dialog)
-{
-    const int index = ListSelection(dialog, kDirectories);
-    if (index < 0 || index >= std::ssize(directoriesShown)) return false;
-    if (!ChangeDirectory(directoriesShown[static_cast<std::size_t>(index)])) Beep();
-    ShowLists(dialog);
-    return true;
-}
-
-void TakeFileName(HWND dialog)
-{
-    const int index = ListSelection(dialog, kFiles);
-    if (index >= 0) SetDlgItemText(dialog, kName, ListItemText(dialog, kFiles, index));
 }
 
 // ---- Opening
@@ -162,11 +117,9 @@ void Open(HWND dialog)
 
     const Pattern& pattern = PatternOf(SaveDialogMode);
     CheckPattern(dialog, pattern.radio);
-    SetDlgItemText(dialog, kName, pattern.pattern);
-    ShowDirectories(dialog);
-    ShowFiles(dialog, pattern.pattern);
+    OpenFileLists(dialog, pattern.pattern);
     CentreDialog(dialog);
-    FocusDlgItem(dialog, kName);
+    FocusDlgItem(dialog, kNameToFile);
 }
 
 // ---- Ok
@@ -237,26 +190,6 @@ bool StoreNumbers(HWND dialog)
     return true;
 }
 
-std::string InCurrentDirectory(std::string_view name)
-{
-    std::string path = CurrentDirectory();
-    if (!path.ends_with('/')) path += '/';
-    return path.append(name);
-}
-
-// A pattern refills the list of files, in the directory that stands before it.
-void ShowPattern(HWND dialog, const std::string& name)
-{
-    std::string drive;
-    std::string directory;
-    std::string stem;
-    std::string extension;
-    SplitPath(name, &drive, &directory, &stem, &extension);
-    if (!directory.empty() && ChangeDirectory(drive + directory)) ShowDirectories(dialog);
-    ShowFiles(dialog, stem + extension);
-    SetDlgItemText(dialog, kName, patternShown);
-}
-
 std::string WithExtension(std::string name, int radio)
 {
     std::string extension;
@@ -318,9 +251,9 @@ bool AgreeToReplaceSequence(HWND dialog, const std::string& name)
 bool Accept(HWND dialog)
 {
     if (EnterSelectedDirectory(dialog)) return false;
-    std::string name = GetDlgItemText(dialog, kName);
+    std::string name = GetDlgItemText(dialog, kNameToFile);
     if (name.find('*') != std::string::npos) {
-        ShowPattern(dialog, name);
+        ListPattern(dialog, name);
         return false;
     }
     if (name.empty() || name.find('?') != std::string::npos) return false;
@@ -352,14 +285,6 @@ void PickBufferBox(HWND dialog, int id, int other)
     SaveStdDev = IsDlgButtonChecked(dialog, kSaveStdDev) ? 1 : 0;
 }
 
-// A name that was typed stays.
-void PickPattern(HWND dialog, int radio)
-{
-    const std::string_view pattern = PatternOf(radio).pattern;
-    if (GetDlgItemText(dialog, kName).find('*') != std::string::npos) SetDlgItemText(dialog, kName, pattern);
-    ShowFiles(dialog, pattern);
-}
-
 void OkPressed(HWND dialog)
 {
     if (Accept(dialog)) EndDialog(dialog, 1);
@@ -387,13 +312,13 @@ LRESULT RunControl(HWND dialog, int id, int notification)
         case kSaveSequences:
         case kSaveAnything:
         case kSaveBuffers:
-            PickPattern(dialog, id);
+            ChangePattern(dialog, PatternOf(id).pattern);
             return 1;
-        case kFiles:
-            TakeFileName(dialog);
+        case kFilesThatFit:
+            TakeSelectedFile(dialog);
             if (notification == kDoubleClicked) OkPressed(dialog);
             return 1;
-        case kDirectories:
+        case kDirectoriesBelow:
             if (notification == kDoubleClicked) EnterSelectedDirectory(dialog);
             return 1;
         case kMultiFrame:

@@ -76,9 +76,18 @@ bool CopyFrameOnView(std::span<std::int16_t> counts)
     return true;
 }
 
+// False where AverageFrames would hand back its block as it stands, a picture that never was on the screen: there is no
+// grabber, or, frozen, no frame of the camera's size has come yet.
+bool CameraHasPicture(std::uint32_t mode)
+{
+    const std::size_t values = CameraFrameValues();
+    return (mode & kTakeNewFrames) && values > 0 && (LiveVideo || RawFrame.size() >= values);
+}
+
 bool GatherFrame(std::span<std::int16_t> counts, std::uint32_t frames, std::uint32_t mode)
 {
     if (ViewingFile) return CopyFrameOnView(counts);
+    if (!CameraHasPicture(mode)) return false;
     const Point size = FrameSizeOnView();
     return AverageFrames(counts, {}, frames, 0, 0, size.x - 1, size.y - 1, mode) != 0;
 }
@@ -348,6 +357,7 @@ std::int32_t WriteSequenceFrame(SequenceFile& file, File& contents, std::span<st
     if (written != counts.size_bytes()) return EndCutFrame(file, contents, written);
     if (!file.Finish()) {
         file.own.reset();
+        if (ViewingFile) ImageHeader = before;
         TellWriteError();
         return 0;
     }

@@ -4,8 +4,11 @@
 // the frozen one) as AverageFrames gives them, which is the picture on the screen, without the image cursor. Only
 // without a calibration in force the counts stay in readout order, as they came from the detector.
 //
+// Without a camera and a file on view there is no picture: nothing is saved, and the operator is told as of a failed
+// acquisition.
+//
 // A file of a single image is written beside its name and takes it when it is whole; what stood there before stays
-// until then. A multi-frame file is worked in place: a frame that is there is never written over by an append.
+// until then. A multi-frame file is worked in place: a new frame of the camera lies behind all that are there.
 #pragma once
 
 #include <cstdint>

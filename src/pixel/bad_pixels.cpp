@@ -3,6 +3,7 @@
 #include "calib/cal_settings.h"
 #include "display/display_state.h"
 #include "pixel/decommutation.h"
+#include "pixel/good_neighbours.h"
 #include "pixel/pixel_pair.h"
 #include "pixel/search_pattern.h"
 #include "platform/box.h"
@@ -190,53 +191,6 @@ class GainOfPixel {
     ErrorCount addressErrors_;
 };
 
-// The steps that can lead anywhere, each once: a step that is tried a second time fails again.
-std::vector<PixelPair> UsefulSteps(const SearchPattern& pattern, const Region& region)
-{
-    const std::int64_t width = 2 * std::int64_t{region.columns} - 1;
-    std::vector<bool> seen(static_cast<std::size_t>(width * (2 * std::int64_t{region.rows} - 1)));
-    std::vector<PixelPair> steps;
-    for (std::size_t i = 0; i < pattern.rows.size(); ++i) {
-        const std::int64_t row = std::int64_t{pattern.rows[i]} + region.rows - 1;
-        const std::int64_t column = std::int64_t{pattern.columns[i]} + region.columns - 1;
-        if (row < 0 || column < 0 || row > 2 * std::int64_t{region.rows} - 2 || column >= width) continue;
-        const auto place = static_cast<std::size_t>(row * width + column);
-        if (seen[place]) continue;
-        seen[place] = true;
-        steps.push_back({.row = pattern.rows[i], .column = pattern.columns[i]});
-    }
-    return steps;
-}
-
-// The image index of the neighbour that answers for a bad pixel.
-std::optional<std::size_t> FirstGoodNeighbour(const PixelPair& bad, std::span<const PixelPair> steps,
-                                              const BadDetMap& badMap, const Region& region)
-{
-    for (const PixelPair& step : steps) {
-        const PixelPair neighbour{.row = bad.row + step.row, .column = bad.column + step.column};
-        if (!region.Holds(neighbour)) continue;
-        const auto index = static_cast<std::size_t>(region.IndexOf(neighbour));
-        if (badMap[index] == 0) return index;
-    }
-    return std::nullopt;
-}
-
-// The map isn't changed as pixels are repaired: a repaired pixel never answers for another.
-void ReplaceMarked(std::span<std::uint32_t> decomList, const BadDetMap& badMap, std::span<const PixelPair> steps,
-                   const Region& region)
-{
-    std::size_t index = 0;
-    for (std::int32_t row = 0; row < region.rows; ++row) {
-        for (std::int32_t column = 0; column < region.columns; ++column, ++index) {
-            if (badMap[index] == 0) continue;
-            const auto source = FirstGoodNeighbour({.row = row, .column = column}, steps, badMap, region);
-            if (!source) continue;
-            decomList[index] = decomList[*source];
-            ReplacedPixels.push_back(static_cast<std::uint32_t>(index));
-        }
-    }
-}
-
 bool MarkBadPixels(std::span<const float> gainList, std::span<const std::uint32_t> decomList)
 {
     if (!CalSettings.BadDetFile.empty()) {
@@ -322,8 +276,11 @@ int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, c
     BadDetCount = 0;
     const std::size_t count = region.Count();
     if (count == 0 || decomList.size() < count || badMap.size() < count) return 1;
-    const bool anyGood = std::ranges::find(badMap, 0) != badMap.end();
-    if (anyGood) ReplaceMarked(decomList, badMap, UsefulSteps(*pattern, region), region);
+    // The map isn't changed as pixels are repaired: a repaired pixel never answers for another.
+    for (const PixelAnswer& answer : FindGoodNeighbours(badMap, region.rows, region.columns, *pattern)) {
+        decomList[answer.bad] = decomList[answer.source];
+        ReplacedPixels.push_back(answer.bad);
+    }
     BadDetCount = static_cast<std::int32_t>(ReplacedPixels.size());
     return 1;
 }

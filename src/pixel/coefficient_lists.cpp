@@ -75,11 +75,12 @@ std::int32_t LoadGains(std::span<const std::uint8_t> source)
     return 1;
 }
 
-// Decommutation is read for every pixel of every frame: a list made for a smaller frame is made anew.
+// Decommutation is read for every pixel of every frame: a list made for a smaller frame is made anew, once there is
+// one to take its place.
 std::int32_t LoadDecommutation(std::span<const std::uint8_t> source)
 {
-    const bool tooSmall = DecomList.size() < PixelsOfFrame();
-    if (tooSmall) DecomList.clear();
+    const std::size_t count = PixelsOfFrame();
+    if (DecomList.size() < count && source.size() / kWordBytes >= count) DecomList.clear();
     return Load(DecomList, source);
 }
 
@@ -116,7 +117,7 @@ std::int32_t FillCoefficients(std::int32_t kind, std::int32_t first, std::int32_
         case kOffsetKind:
             return Fill(OffsetList, first, count, static_cast<std::int16_t>(LowBits(value)));
         case kGainKind:
-            return Fill(GainList, first, count, value == 0 ? 0.0F : static_cast<float>(value));
+            return Fill(GainList, first, count, static_cast<float>(value));
         case kDecomKind:
             return Fill(DecomList, first, count, static_cast<std::uint32_t>(LowBits(value)));
         default:

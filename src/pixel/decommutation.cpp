@@ -195,11 +195,10 @@ bool Refuse(std::string_view text)
     return false;
 }
 
-bool ReadEntries(const std::string& path, DecomTable& list)
+bool ReadEntries(File& file, DecomTable& list)
 {
-    std::optional<File> file = File::Open(path, FileMode::kRead);
     const auto bytes = std::as_writable_bytes(std::span(list));
-    return file && file->Read(bytes) == bytes.size();
+    return file.Read(bytes) == bytes.size();
 }
 
 std::optional<DecomTable> BuildForRateInForce(const CameraConfig& config)
@@ -292,8 +291,9 @@ std::optional<DecomTable> LoadDecomList(const CameraConfig& config)
         Refuse("Failure to allocate Decommutation memory!");
         return std::nullopt;
     }
-    if (!File::Open(DecomTempPath(), FileMode::kRead)) return BuildForRateInForce(config);
-    if (!ReadEntries(DecomTempPath(), list) || !DecomEntriesLieInFrame(list, config)) {
+    std::optional<File> file = File::Open(DecomTempPath(), FileMode::kRead);
+    if (!file) return BuildForRateInForce(config);
+    if (!ReadEntries(*file, list) || !DecomEntriesLieInFrame(list, config)) {
         MessageBeep(Sound::kExclamation);
         Refuse("Failed to read file:\nDECOM.TMP");
         return std::nullopt;

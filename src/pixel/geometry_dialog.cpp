@@ -70,6 +70,8 @@ bool listDirty = false;
 bool listDisabled = true;
 int selectedLine = 0;  // remembered between openings
 std::vector<PixelPair> listed;
+std::vector<PixelPair> scratchLines;  // what the last edit put into the scratch file, or was to
+bool scratchStands = false;           // the scratch file holds them
 
 bool IsCalibrated()
 {
@@ -198,10 +200,16 @@ void TakeFlag(HWND dialog, int box)
     if (box != kReplaceBox || IsCalibrated()) NoteChange();
 }
 
-void WriteScratchFile(const std::vector<PixelPair>& lines)
+void WriteScratchFile()
 {
-    if (ReplaceFile(kScratchFile, BadListText(lines))) return;
-    Tell("Could not save file: " + kScratchFile);
+    scratchStands = ReplaceFile(kScratchFile, BadListText(scratchLines));
+    if (!scratchStands) Tell("Could not save file: " + kScratchFile);
+}
+
+void KeepEdit(std::vector<PixelPair> lines)
+{
+    scratchLines = std::move(lines);
+    WriteScratchFile();
 }
 
 void RemoveSelected(HWND dialog)
@@ -214,7 +222,12 @@ void RemoveSelected(HWND dialog)
         ListDelete(dialog, kBadList, selectedLine);
         SelectLine(dialog, selectedLine - 1);
     }
-    WriteScratchFile(listed);
+    KeepEdit(listed);
+}
+
+void TellRange(const char* side, std::int32_t count)
+{
+    Tell(Format("Valid input range\n0 >= %s >= %3lld", side, count - 1LL));
 }
 
 // The pair that the operator typed, where it lies on the array; otherwise he is told what would.
@@ -225,8 +238,8 @@ std::optional<PixelPair> TypedPair(HWND dialog)
     const PixelPair pair = ScanPixelPair(text).value_or(kNoPair);
     const bool rowFits = pair.row >= 0 && pair.row < ActiveConfig.Vactive;
     const bool columnFits = pair.column >= 0 && pair.column < ActiveConfig.Hactive;
-    if (!rowFits) Tell(Format("Valid input range\n0 >= Row >= %3d", ActiveConfig.Vactive - 1));
-    if (!columnFits) Tell(Format("Valid input range\n0 >= Column >= %3d", ActiveConfig.Hactive - 1));
+    if (!rowFits) TellRange("Row", ActiveConfig.Vactive);
+    if (!columnFits) TellRange("Column", ActiveConfig.Hactive);
     if (!rowFits || !columnFits) return std::nullopt;
     return pair;
 }
@@ -240,10 +253,10 @@ void AddTyped(HWND dialog)
     std::optional<ListWithPair> longer;
     if (pair) longer = InsertPair(listed, *pair);
     if (!pair || !longer) {
-        WriteScratchFile(listed);
+        KeepEdit(listed);
         return;
     }
-    WriteScratchFile(longer->fileLines);
+    KeepEdit(std::move(longer->fileLines));
     listed = std::move(longer->lines);
     const int place = static_cast<int>(longer->place);
     ListInsert(dialog, kBadList, place, PixelPairText(*pair));
@@ -256,10 +269,13 @@ void WriteFlags(const std::string& file)
     for (const Flag& flag : flags) WritePrivateProfileString("Display", flag.key, Format("%d", flag.copy), file);
 }
 
-// An edited list that can't be put in its place keeps its scratch file, and is tried again at the next commit.
+// An edited list that can't be put in its place keeps its scratch file, and is tried again at the next commit; so is
+// one whose scratch file couldn't be written.
 bool CommitList()
 {
     if (listDisabled || !listDirty) return true;
+    if (!scratchStands) WriteScratchFile();
+    if (!scratchStands) return false;
     if (!CopyFileTo(kScratchFile, CalSettings.BadDetFile, false)) {
         Tell("Could not save file: " + CalSettings.BadDetFile);
         return false;

@@ -83,20 +83,21 @@ PixelPair DisplayedPlace(const PixelPair& detector, const Orientation& orientati
 
 std::vector<PixelPair> OutlineOf(const PixelPair& pixel, const Point& size)
 {
-    const std::int32_t left = pixel.column - 1;
-    const std::int32_t top = pixel.row - 1;
-    const std::int32_t firstRow = std::max(top, 0);
-    const std::int32_t right = std::min(size.x - 1, pixel.column + 1);
-    const std::int32_t bottom = std::min(size.y - 1, pixel.row + 1);
+    // In 64 bits: a list may name a place at the end of all numbers.
+    const std::int64_t left = std::int64_t{pixel.column} - 1;
+    const std::int64_t top = std::int64_t{pixel.row} - 1;
+    const std::int64_t right = std::min<std::int64_t>(size.x - 1, left + 2);
+    const std::int64_t bottom = std::min<std::int64_t>(size.y - 1, top + 2);
     std::vector<PixelPair> outline;
-    const auto add = [&](std::int32_t row, std::int32_t column) {
-        if (row >= 0 && column >= 0 && row < size.y && column < size.x) outline.push_back({row, column});
+    const auto add = [&](std::int64_t row, std::int64_t column) {
+        if (row < 0 || column < 0 || row >= size.y || column >= size.x) return;
+        outline.push_back({.row = static_cast<std::int32_t>(row), .column = static_cast<std::int32_t>(column)});
     };
-    for (std::int32_t column = left; column <= right; ++column) {
+    for (std::int64_t column = left; column <= right; ++column) {
         if (top > 0) add(top, column);
         add(bottom, column);
     }
-    for (std::int32_t row = firstRow; row <= bottom; ++row) {
+    for (std::int64_t row = std::max<std::int64_t>(top, 0); row <= bottom; ++row) {
         if (left > 0) add(row, left);
         add(row, right);
     }

@@ -105,6 +105,8 @@ std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHor
     StatusMessage("Setting Image orientation", kLeftAligned);
     if (!ReorderDecomList(*table, config, mirrorHoriz, mirrorVert, rotateCcw)) return 0;
     InstallTable(*table);
+    // A frozen picture follows its table at once: what is saved of it goes through the new one.
+    if (!LiveVideo && !ViewingFile) RefreshLiveFrame();
     CheckReplaceItem(substitute);
     return 1;
 }

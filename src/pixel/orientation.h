@@ -11,7 +11,7 @@ namespace kelvo {
 
 // Builds the table, replaces the bad pixels of badDetFile in it (with substitute, a calibration loaded and a name),
 // mirrors and rotates it, installs it, writes DECOM.TMP, and sets the check of "Replace bad pixels" as substitute says.
-// So a substitution travels with its pixel through the orientation.
+// So a substitution travels with its pixel through the orientation. A frozen picture is shown anew.
 // 1; 0 after a box, the table in force unchanged: "Camera should be on.", "Failure to allocate memory", or what a step
 // tells. An installation that fails is told ("Hardware Timeout Error, Download of Decommutation List"), and the rebuild
 // goes on.

@@ -1,5 +1,6 @@
 #include "platform/application.h"
 
+#include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <functional>
@@ -15,6 +16,17 @@ std::string AbsolutePath(std::string_view path)
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(std::filesystem::path(path), error);
     return error ? std::string(path) : absolute.string();
+}
+
+// A name alone stays as it is: of a calibration it means one beside the settings.
+std::string WholeIfRelative(std::string_view argument)
+{
+    const bool hasDirectory = argument.find_first_of("/\\") != std::string_view::npos;
+    const bool isWhole = argument.find_first_of("/\\") == 0 || (argument.size() > 1 && argument[1] == ':');
+    if (!hasDirectory || isWhole) return std::string(argument);
+    std::string path(argument);
+    std::ranges::replace(path, '\\', '/');
+    return AbsolutePath(path);
 }
 
 constexpr double kSmallestScale = 0.5;
@@ -108,7 +120,7 @@ class Parser {
             TakeOption(argument);
         } else {
             if (!line_.rest.empty()) line_.rest += ' ';
-            line_.rest += argument;
+            line_.rest += WholeIfRelative(argument);
         }
     }
 

@@ -391,8 +391,11 @@ bool DlgItemWarns(HWND dialog, int id)
 
 void FocusDlgItem(HWND dialog, int id)
 {
-    // Coming by the tab key is what makes an edit select its text.
-    if (QWidget* control = ControlOf(dialog, id)) control->setFocus(Qt::TabFocusReason);
+    QWidget* const control = ControlOf(dialog, id);
+    if (control == nullptr) return;
+    // Coming by the tab key is what makes an edit select its text; in a dialog that isn't shown yet the reason is lost.
+    control->setFocus(Qt::TabFocusReason);
+    if (auto* line = qobject_cast<QLineEdit*>(control)) line->selectAll();
 }
 
 int FocusedDlgItem(HWND dialog)

@@ -140,4 +140,9 @@ bool OperateScroll(HWND dialog, int id, int position)
     return false;
 }
 
+void OperateClose(HWND dialog)
+{
+    if (dialog != nullptr && dialog->widget) dialog->widget->close();
+}
+
 }  // namespace kelvo

@@ -187,7 +187,7 @@ class FileDialog : public QFileDialog {
     bool Choose(const std::vector<std::string>& names)
     {
         if (names.empty() || (names.size() > 1 && request_.mode != FileDialogMode::kOpenMany)) return false;
-        TakePaths(WholePaths(names));
+        if (!Listed(names)) TakePaths(WholePaths(names));
         return true;
     }
 
@@ -212,15 +212,28 @@ class FileDialog : public QFileDialog {
             QFileDialog::accept();
             return;
         }
-        const std::vector<std::string> paths = WholePaths(TypedNames(field->text()));
-        if (paths.size() == 1 && DirectoryExists(paths.front())) {
-            setDirectory(ToQPath(paths.front()));
-            return;
-        }
-        TakePaths(paths);
+        const std::vector<std::string> names = TypedNames(field->text());
+        if (!Listed(names)) TakePaths(WholePaths(names));
     }
 
   private:
+    // A directory is entered, and a pattern shows what fits it: neither names a file.
+    bool Listed(const std::vector<std::string>& names)
+    {
+        if (names.size() != 1) return false;
+        const std::string path = WholePaths(names).front();
+        if (DirectoryExists(path)) {
+            setDirectory(ToQPath(path));
+            return true;
+        }
+        const std::string directory = DirectoryOf(path);
+        const std::string pattern = path.substr(directory.size());
+        if (!IsPattern(pattern) || FileExists(path)) return false;
+        if (DirectoryExists(directory)) setDirectory(ToQPath(directory));
+        setNameFilter(ToQString(pattern));
+        return true;
+    }
+
     // Whether a file exists is asked by us, so that the toolkit may not refuse it first.
     FileMode ToolkitMode() const
     {

@@ -290,6 +290,14 @@ void SetKelvoDirectory(const std::string& directory)
     if (kelvoDirectory == "/") kelvoDirectory = "/.";
 }
 
+std::string AbsolutePath(std::string_view path)
+{
+    const std::string resolved = ResolvePath(path);
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::absolute(resolved, error);
+    return error ? resolved : whole.string();
+}
+
 std::string ResolvePath(std::string_view path)
 {
     // No file can have such a name, and a cut one would be another file.

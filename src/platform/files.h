@@ -24,6 +24,8 @@ namespace kelvo {
 void SetKelvoDirectory(const std::string& directory);
 
 std::string ResolvePath(std::string_view path);
+// The same, whole from the root: it means the same file after a change of the working directory.
+std::string AbsolutePath(std::string_view path);
 
 enum class FileMode {
     kRead,       // must exist, must be a regular file: a directory or a device is refused

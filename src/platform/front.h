@@ -48,6 +48,7 @@ bool OperateText(HWND dialog, int id, std::string_view text);
 bool OperateCheck(HWND dialog, int id, bool on);
 bool OperatePick(HWND dialog, int id, int index);
 bool OperateScroll(HWND dialog, int id, int position);
+void OperateClose(HWND dialog);  // its window's own close button
 
 // Keys and mouse in the main window, logical pixels of its client area. button: 0 move, 1 left, 2 right, 3 middle, 4
 // left double click, 5 wheel up, 6 wheel down. key: names as accelerators have them, or one character.

@@ -68,14 +68,6 @@ std::map<std::string, Profile>& Profiles()
     return profiles;
 }
 
-std::string AbsolutePath(std::string_view file)
-{
-    const std::string resolved = ResolvePath(file);
-    std::error_code error;
-    const std::filesystem::path absolute = std::filesystem::absolute(resolved, error);
-    return error ? resolved : absolute.string();
-}
-
 // A newline can stand in neither name.
 std::string IndexKey(std::string_view section, std::string_view key)
 {

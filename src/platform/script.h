@@ -40,6 +40,8 @@ struct ScriptHooks {
     std::function<std::string(std::string_view source, std::optional<double> degreesC)> source;
     // What the detector at column x, row y really is, as named numbers ("gain", "offset", "dead"); empty outside it.
     std::function<std::vector<std::pair<std::string, double>>(int x, int y)> truth;
+    // What the camera head's registers hold, as named numbers; empty without a simulated camera.
+    std::function<std::vector<std::pair<std::string, double>>()> registers;
 };
 void SetScriptHooks(ScriptHooks hooks);
 

@@ -370,7 +370,7 @@ std::string LeaveFrontDialog()
     if (CancelFileDialog()) return {};
     HWND dialog = DialogInFront();
     if (!dialog) return ButScreenShows("no dialog in front");
-    SendMessage(dialog, WM_COMMAND, MakeLong(kIdCancel, kButtonClicked), 1);
+    OperateClose(dialog);
     return {};
 }
 
@@ -635,19 +635,30 @@ int SimSource(lua_State* L)
     return failure.empty() ? 0 : Fail(L, failure);
 }
 
+int PushNumbers(lua_State* L, const std::vector<std::pair<std::string, double>>& numbers)
+{
+    lua_createtable(L, 0, static_cast<int>(numbers.size()));
+    for (const auto& [name, value] : numbers) {
+        lua_pushnumber(L, value);
+        lua_setfield(L, -2, name.c_str());
+    }
+    return 1;
+}
+
 int SimTruth(lua_State* L)
 {
     const int x = IntArgument(L, 1);
     const int y = IntArgument(L, 2);
     if (!Hooks().truth) return Fail(L, "no simulated camera");
     const auto truth = Hooks().truth(x, y);
-    if (truth.empty()) return Nil(L);
-    lua_createtable(L, 0, static_cast<int>(truth.size()));
-    for (const auto& [name, value] : truth) {
-        lua_pushnumber(L, value);
-        lua_setfield(L, -2, name.c_str());
-    }
-    return 1;
+    return truth.empty() ? Nil(L) : PushNumbers(L, truth);
+}
+
+int SimRegisters(lua_State* L)
+{
+    if (!Hooks().registers) return Fail(L, "no simulated camera");
+    const auto registers = Hooks().registers();
+    return registers.empty() ? Fail(L, "no simulated camera") : PushNumbers(L, registers);
 }
 
 // --- Transcript, print, files -------------------------------------------------------------------------------------
@@ -774,6 +785,7 @@ constexpr luaL_Reg kCalls[] = {
 
 constexpr luaL_Reg kSimCalls[] = {
     {"fault", Guarded<SimFault>},
+    {"head", Look<SimRegisters>},
     {"source", Look<SimSource>},
     {"truth", Look<SimTruth>},
 };

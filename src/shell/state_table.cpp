@@ -10,8 +10,10 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_state.h"
 #include "grabber/host_frames.h"
+#include "head/camera_head.h"
 #include "head/comm_link.h"
 #include "head/head_state.h"
+#include "head/video_setup.h"
 #include "imagefile/header.h"
 #include "imagefile/save_dialog.h"
 #include "imagefile/saving.h"
@@ -179,6 +181,11 @@ void RegisterCamera()
     RegisterVariable("VoltsLow", VoltsLow);
     RegisterVariable("VoltsHigh", VoltsHigh);
     RegisterVariable("FrameRate", FrameRate);
+    RegisterVariable("IndexFrameRate", IndexFrameRate);
+    RegisterVariable("IndexIntegrationTime", IndexIntegrationTime);
+    RegisterVariable("IntegrationTime", IntegrationTime);
+    RegisterVariable("VideoGain", VideoGain);
+    RegisterVariable("VideoOffset", VideoOffset);
     RegisterVariable("ByteSwap", ByteSwap);
     RegisterVariable("IrigEnable", IrigEnable);
     RegisterVariable("NumGrayLevels", NumGrayLevels);
@@ -252,6 +259,7 @@ void RegisterProgramState()
     hooks.raw = RawSampleAt;
     hooks.source = PutBenchSource;
     hooks.truth = BenchTruth;
+    hooks.registers = BenchHeadRegisters;
     SetScriptHooks(std::move(hooks));
 }
 

@@ -235,4 +235,11 @@ std::vector<std::pair<std::string, double>> BenchTruth(int x, int y)
     return SimTruth(*camera, x, y);
 }
 
+std::vector<std::pair<std::string, double>> BenchHeadRegisters()
+{
+    const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
+    if (!camera) return {};
+    return SimHeadRegisters(*camera);
+}
+
 }  // namespace kelvo

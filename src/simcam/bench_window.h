@@ -25,5 +25,7 @@ std::string PutBenchSource(std::string_view source, std::optional<double> degree
 // sim.truth: what the detector at image column x, row y really is; empty outside the array and without a simulated
 // camera.
 std::vector<std::pair<std::string, double>> BenchTruth(int x, int y);
+// sim.head: what the head's registers hold; empty without a simulated camera.
+std::vector<std::pair<std::string, double>> BenchHeadRegisters();
 
 }  // namespace kelvo

@@ -14,6 +14,7 @@
 #include "platform/window.h"
 #include "shell/status.h"
 #include "shell/windows.h"
+#include "support/name_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -396,7 +397,7 @@ TEST_F(CalibDialog, APreviousCalibrationIsLoadedFromWithin)
 {
     PutSet(InDirectory("warm.cal"));
     op->Do([] { OperatePress(DialogInFront(), 1222); });
-    op->Do([this] { ChooseFiles({InDirectory("warm.cal")}); });
+    op->Do([this] { NameFile(InDirectory("warm.cal")); });
     EXPECT_EQ(RunCalibrationDialog(hWndMain), 0) << "no run starts";
     EXPECT_EQ(CalType, 2);
     EXPECT_FALSE(DialogInFront());
@@ -407,11 +408,12 @@ TEST_F(CalibDialog, ALoadThatFailsOrIsCancelledStays)
     PutSet(InDirectory("warm.cal"));
     std::filesystem::remove(InDirectory("warm.gai"));
     op->Do([] { OperatePress(DialogInFront(), 1222); });
-    op->Do([] { CancelFileDialog(); });
+    op->Do([] { CancelNaming(); });
     op->Do([] { OperatePress(DialogInFront(), 1222); });
-    op->Do([this] { ChooseFiles({InDirectory("warm.cal")}); });
+    op->Do([this] { NameFile(InDirectory("warm.cal")); });
     op->Do([] {
         ASSERT_TRUE(DialogInFront());
+        EXPECT_EQ(StatusText, kHint) << "not what the load was at when it ended";
         OperatePress(DialogInFront(), kIdCancel);
     });
     EXPECT_EQ(RunCalibrationDialog(hWndMain), 0);

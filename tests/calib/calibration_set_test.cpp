@@ -5,6 +5,7 @@
 #include "calib/calibration_fixture.h"
 #include "calib/last_set.h"
 #include "config/camera_config.h"
+#include "config/frame_rate_table.h"
 #include "display/display_state.h"
 #include "display/units.h"
 #include "grabber/frame_state.h"
@@ -13,7 +14,10 @@
 #include "head/head_transaction.h"
 #include "head/recorded_board.h"
 #include "head/turn_on.h"
+#include "head/video_setup.h"
+#include "platform/dialog.h"
 #include "platform/files.h"
+#include "platform/front.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
 #include "platform/pointer.h"
@@ -24,18 +28,23 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 
 namespace kelvo {
 namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -281,6 +290,58 @@ TEST_F(LoadingASet, SetsTheHeadAsItWasAtTheCalibration)
     EXPECT_THAT(loading, testing::Not(IsEmpty()));
 }
 
+// The row of the set asks for the rate of an external clock.
+class LoadingASetWithAnExternalClock : public LoadingASet {
+  protected:
+    void SetUp() override
+    {
+        LoadingASet::SetUp();
+        FrameRateTable.resize(6);
+        FrameRateTable[5].Mode = 'E';
+        std::ranges::copy(std::string_view("Generator 1"), FrameRateTable[5].RateText.begin());
+    }
+    int Answer(const std::string& rate, int button)
+    {
+        op->Do([=] {
+            const HWND dialog = DialogInFront();
+            EXPECT_EQ(DialogName(dialog), "FRAMERATE");
+            EXPECT_EQ(GetDlgItemText(dialog, 1644), "Generator 1");
+            EXPECT_TRUE(OperateText(dialog, 624, rate));
+            EXPECT_TRUE(OperatePress(dialog, button));
+        });
+        return Load();
+    }
+};
+
+TEST_F(LoadingASetWithAnExternalClock, TakesTheRateThatTheOperatorTells)
+{
+    EXPECT_EQ(Answer("59.94", 6), 1);
+    EXPECT_EQ(FrameRate, 59.94F) << "not what the head's own clock would give";
+    EXPECT_EQ(IndexFrameRate, 5);
+    EXPECT_EQ(IntegrationTime[0], static_cast<float>(IntegrationTimeMsec(59.94F, 21)));
+    EXPECT_EQ(CalType, 2);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(LoadingASetWithAnExternalClock, WithoutARateNothingIsLoaded)
+{
+    GainList = {9, 9, 9, 9, 9, 9, 9, 9};
+    head->Taken();
+    EXPECT_EQ(Answer("59.94", 7), 0);
+    EXPECT_THAT(head->Taken(), IsEmpty());
+    EXPECT_THAT(GainList, testing::Each(9.0F));
+    EXPECT_EQ(CalType, 0);
+    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(LoadingASetWithAnExternalClock, AnotherRowAsksNothing)
+{
+    FrameRateTable[5].Mode = 'i';
+    EXPECT_EQ(Load(), 1);
+    EXPECT_THAT(op->Texts("dialog", "name"), IsEmpty());
+}
+
 TEST_F(LoadingASet, FewerThanFourIntegrationTimesCountTheFirstForAll)
 {
     PutFile(calPath, "[Setup]\nActiveCamera=2\nIntTime=31,32\n[Calibration]\nGainFile=warm.gai\nOffsetFile=warm.off\n");
@@ -347,6 +408,34 @@ TEST_F(LoadingASet, SettingsThatCantBeReplacedAreTold)
     EXPECT_EQ(Load(), 0);
     EXPECT_THAT(BoxTexts(), Contains("Failed to save file: " + IniFilePath));
     EXPECT_EQ(CalType, 0);
+}
+
+TEST_F(LoadingASet, TheSettingsThemselvesAreTheSetOfTheLastLoad)
+{
+    ASSERT_EQ(Load(), 1);
+    GainList.assign(8, 9.0F);
+    EXPECT_EQ(LoadCalibration(hWndMain, IniFilePath), 1);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+    EXPECT_EQ(GainList[7], 2.75F);
+    EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the set");
+}
+
+TEST_F(LoadingASet, OfAnotherOneInBetweenLeavesNothingOfIt)
+{
+    PutFile(InDirectory("other.cal"),
+            "[Setup]\nActiveCamera=2\nIndexFrameRate=2\nVideoGain1=3\n[Calibration]\nGainFile=warm.gai\n"
+            "OffsetFile=warm.off\nDecomFile=warm.dcm\nCalType=1\nTemperatureCold=1.0\n[Display]\nMirrorVert=1\n");
+    ASSERT_EQ(LoadCalibration(hWndMain, InDirectory("other.cal")), 1);
+    EXPECT_EQ(CalType, 1);
+    EXPECT_EQ(MirrorVert, 1);
+    ASSERT_EQ(Load(), 1);
+    FlushProfiles();
+    EXPECT_EQ(CalType, 2);
+    EXPECT_EQ(MirrorVert, 0);
+    EXPECT_EQ(IndexFrameRate, 5);
+    EXPECT_EQ(VideoGain[0], 6);
+    EXPECT_EQ(KeyOf(IniFilePath, "Calibration", "TemperatureCold"), "20.500000");
+    EXPECT_EQ(KeyOf(CameraFilePath, "Camera.2", "IndexFrameRate"), "5");
 }
 
 TEST_F(LoadingASet, MemoryThatIsRefusedStopsIt)
@@ -613,14 +702,16 @@ class SavingASet : public CalibrationTest {
         std::ranges::sort(names);
         return names;
     }
-    int SaveInAnotherProcess(const std::function<void()>& before) const
+    // The exit status is 0 where the save failed as it should, and after says that what is left is right.
+    int SaveInAnotherProcess(const std::function<void()>& before,
+                             const std::function<bool(bool refused)>& after = std::identity()) const
     {
         FlushProfiles();
         const pid_t child = fork();
         if (child == 0) {
             before();
-            const int saved = SaveCalibrationAs(to);
-            _exit(saved == 0 && RecordIs(record) ? 0 : 1);
+            const bool refused = SaveCalibrationAs(to) == 0 && RecordIs(record);
+            _exit(after(refused) ? 0 : 1);
         }
         int status = 0;
         EXPECT_EQ(waitpid(child, &status, 0), child);
@@ -762,6 +853,83 @@ TEST_F(SavingASet, OnAFullDiskLeavesNothing)
               }),
               0);
     EXPECT_THAT(KeptFiles(), IsEmpty());
+}
+
+// The name of one of the lists would be written twice, once with the settings.
+TEST_F(SavingASet, UnderAnotherEndingIsRefused)
+{
+    for (const char* name : {"kept.gai", "kept.dcm", "kept.txt", "kept", "warm.gai"}) {
+        EXPECT_EQ(SaveCalibrationAs(InDirectory(name)), 0) << name;
+        EXPECT_THAT(KeptFiles(), IsEmpty()) << name;
+        EXPECT_TRUE(RecordIs(record));
+    }
+    EXPECT_EQ(FileContents(InDirectory("warm.gai")).size(), 32U);
+    EXPECT_EQ(SaveCalibrationAs(InDirectory("kept.CAL")), 1);
+}
+
+// Whichever file of the new set meets a disk that takes nothing.
+TEST_F(SavingASet, OnAFullDiskTakesBackWhatWasCopied)
+{
+    for (const char* extension : {".gai", ".off", ".bad", ".dcm", ".noi", ".cal"}) {
+        std::filesystem::create_symlink("/dev/full", SetFile(to, extension));
+        EXPECT_EQ(SaveCalibrationAs(to), 0) << extension;
+        EXPECT_THAT(KeptFiles(), ElementsAre("kept" + std::string(extension))) << "the way to the device";
+        EXPECT_TRUE(RecordIs(record)) << extension;
+        EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+        std::filesystem::remove(SetFile(to, extension));
+    }
+    EXPECT_EQ(SaveCalibrationAs(to), 1);
+}
+
+// A disk of its own that is too small for one set, or for the copies of the set that had the name.
+TEST_F(SavingASet, OnASmallDiskLeavesWhatStood)
+{
+    const std::string disk = InDirectory("disk");
+    std::filesystem::create_directory(disk);
+    PutFile(InDirectory("warm.dcm"), std::string(30000, 'd'));
+    to = disk + "/kept.cal";
+    for (const bool former : {false, true}) {
+        const int status = SaveInAnotherProcess(
+            [&] {
+                if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+                    _exit(3);
+                if (mount("none", disk.c_str(), "tmpfs", 0, former ? "size=56k" : "size=20k") != 0) _exit(3);
+                if (!former) return;
+                for (const std::string_view extension : kSetExtensions) PutFile(SetFile(to, extension), "former");
+            },
+            [&](bool refused) {
+                std::size_t files = 0;
+                for (const auto& entry : std::filesystem::directory_iterator(disk)) {
+                    if (FileContents(entry.path().string()) != "former") _exit(4);
+                    ++files;
+                }
+                return refused && files == (former ? kSetExtensions.size() : 0);
+            });
+        if (WIFEXITED(status) && WEXITSTATUS(status) == 3) GTEST_SKIP() << "no disk may be mounted here";
+        EXPECT_EQ(status, 0) << former;
+    }
+}
+
+TEST_F(SavingASet, KeepsTheLineEndsOfAnOldMachine)
+{
+    std::string text = FileContents(from);
+    for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) text.insert(at, "\r");
+    PutFile(from, text);
+    EXPECT_EQ(SaveCalibrationAs(to), 1);
+    const std::string saved = FileContents(to);
+    EXPECT_THAT(saved, HasSubstr("\r\nGainFile=kept.gai\r\n"));
+    EXPECT_THAT(saved, HasSubstr("\r\nCalFile=" + to + "\r\n"));
+    EXPECT_EQ(std::ranges::count(saved, '\n'), std::ranges::count(text, '\n'));
+    EXPECT_EQ(std::ranges::count(saved, '\r'), std::ranges::count(saved, '\n'));
+}
+
+TEST_F(SavingASet, IntoItsOwnDirectoryUnderANameInOtherCaseReplacesThatSet)
+{
+    PutSet(InDirectory("KEPT.CAL"));
+    EXPECT_EQ(SaveCalibrationAs(to), 1);
+    EXPECT_THAT(KeptFiles(), Contains("KEPT.CAL").Times(0)) << "the lists' own names may differ, the .cal is made anew";
+    EXPECT_EQ(LoadCalibration(hWndMain, InDirectory("kept.cal")), 1);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
 }
 
 TEST_F(SavingASet, OntoADeviceIsRefused)

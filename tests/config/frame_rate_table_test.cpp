@@ -17,6 +17,18 @@ TEST(FrameRateTable, EveryRowIsZeroWhateverTheIndex)
     }
 }
 
+TEST(FrameRateTable, ARowOfTheTableIsReadByItsIndex)
+{
+    FrameRateTable.resize(4);
+    FrameRateTable[3].ReadoutShift = 7;
+    FrameRateTable[3].Mode = 'e';
+    EXPECT_EQ(FrameRateRowAt(3).ReadoutShift, 7);
+    EXPECT_EQ(FrameRateRowAt(3).Mode, 'e');
+    EXPECT_EQ(FrameRateRowAt(2).Mode, 0);
+    EXPECT_EQ(FrameRateRowAt(4).Mode, 0);
+    EXPECT_EQ(FrameRateRowAt(-1).Mode, 0);
+}
+
 TEST(FrameRateTable, AnEmptyRowLeavesTheRate)
 {
     float rate = 59.5F;

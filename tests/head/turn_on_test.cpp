@@ -21,6 +21,7 @@
 #include "resources/menu.h"
 #include "shell/status.h"
 #include "shell/windows.h"
+#include "support/name_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -390,11 +391,9 @@ TEST_F(TurnOnChoice, ASelectedCalibrationIsLoaded)
     PutCalibration(set);
     EXPECT_EQ(Run({Press(1074),
                    [&](HWND) {
-                       ASSERT_TRUE(FileDialogInFront());
-                       EXPECT_EQ(FileDialogInFront()->title, "Load Calibration");
-                       EXPECT_THAT(FileDialogInFront()->filters, ElementsAre("*.cal", "*.*"));
+                       EXPECT_EQ(DialogName(DialogInFront()), "CAL_OPEN");
                        EXPECT_EQ(StatusText, " Choose .CAL file to load for calibration");
-                       EXPECT_TRUE(ChooseFiles({set}));
+                       NameFile(set);
                    }}),
               0);
     EXPECT_EQ(CameraOn, 1);
@@ -405,7 +404,7 @@ TEST_F(TurnOnChoice, ASelectedCalibrationIsLoaded)
 
 TEST_F(TurnOnChoice, ACancelledSelectionEndsTheChoice)
 {
-    EXPECT_EQ(Run({Press(1074), [](HWND) { EXPECT_TRUE(CancelFileDialog()); }}), 0);
+    EXPECT_EQ(Run({Press(1074), [](HWND) { CancelNaming(); }}), 0);
     EXPECT_EQ(CameraOn, 0);
     EXPECT_EQ(StatusText, kStartHint);
     EXPECT_THAT(head->Taken(), IsEmpty());
@@ -415,8 +414,11 @@ TEST_F(TurnOnChoice, ACalibrationOfAnotherCameraIsRefused)
 {
     const std::string set = directory / "set.cal";
     PutFile(set, "[Calibration]\nDriverNumber=1\n");
-    EXPECT_EQ(Run({Press(1074), [&](HWND) { EXPECT_TRUE(ChooseFiles({set})); },
-                   [](HWND) { EXPECT_TRUE(FileDialogInFront()) << "the selection comes again"; }}),
+    EXPECT_EQ(Run({Press(1074), [&](HWND) { NameFile(set); },
+                   [](HWND) {
+                       EXPECT_EQ(DialogName(DialogInFront()), "CAL_OPEN") << "the selection stays";
+                       CancelNaming();
+                   }}),
               0);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "The calibration file selected is not for this camera");

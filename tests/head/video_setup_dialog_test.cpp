@@ -1,6 +1,7 @@
 // The oscilloscope dialog, worked as an operator works it.
 #include "acquire/buffer_state.h"
 #include "calib/cal_state.h"
+#include "display/display_pipeline.h"
 #include "display/display_state.h"
 #include "grabber/frame_state.h"
 #include "grabber/host_frames.h"
@@ -336,7 +337,7 @@ TEST_F(VideoSetUpDialog, AFailedReadEndsItAndRestoresTheHead)
     EXPECT_EQ(boxes[1].text, "Bad status on GetVideoData().  Error reading image processor!");
     EXPECT_EQ(boxes[1].caption, "Kelvo message");
     EXPECT_THAT(sent,
-                ElementsAre(CommFrame{0x50, 0x00, 0x00, 0x05}, kIntegrationTenFrame, kOffset160Frame, kGainFourFrame));
+                ElementsAre(CommFrame{0x50, 0x00, 0x00, 0x05}, kIntegrationTenFrame, kGainFourFrame, kOffset160Frame));
     EXPECT_EQ(IndexFrameRate, 3);
     EXPECT_EQ(StatusText, kStartHint);
 }
@@ -440,7 +441,50 @@ TEST_F(VideoSetUpTest, OnTheHgCdTeHeadTheIntegrationBoxHoldsOneEntryAndIsDisable
     }});
 }
 
+TEST_F(VideoSetUpDialog, ArrowsAndEndsMoveTheListsAndPagesStopAtTheirEnds)
+{
+    Run({[](HWND dialog) {
+        Key(dialog, 624, Qt::Key_Down);
+        EXPECT_EQ(IndexFrameRate, 4);
+        Key(dialog, 624, Qt::Key_Up);
+        EXPECT_EQ(IndexFrameRate, 3);
+        Key(dialog, 624, Qt::Key_End);
+        EXPECT_EQ(IndexFrameRate, 61);
+        Key(dialog, 624, Qt::Key_Home);
+        EXPECT_EQ(IndexFrameRate, 0);
+        Key(dialog, 626, Qt::Key_Down);
+        EXPECT_EQ(IndexIntegrationTime[0], 11);
+        Key(dialog, 626, Qt::Key_Home);
+        Key(dialog, 626, Qt::Key_PageUp);
+        EXPECT_EQ(IndexIntegrationTime[0], 0);
+    }});
+}
+
 // --- Offset and gain ------------------------------------------------------------------------------------------------
+
+// A line is one step, a page a sixteenth of the range, at least two; the bars stand upright with the most at the top.
+TEST_F(VideoSetUpDialog, KeysMoveTheBars)
+{
+    Run({[&](HWND dialog) {
+        struct Stroke {
+            int bar;
+            int key;
+            const char* shown;
+        };
+        constexpr Stroke kStrokes[] = {
+            {651, Qt::Key_Up, "161"},    {651, Qt::Key_Down, "160"},     {651, Qt::Key_PageUp, "176"},
+            {651, Qt::Key_Home, "255"},  {651, Qt::Key_PageDown, "239"}, {651, Qt::Key_End, "0"},
+            {651, Qt::Key_Right, "0"},   {651, Qt::Key_Left, "1"},       {660, Qt::Key_Up, "5"},
+            {660, Qt::Key_PageUp, "7"},  {660, Qt::Key_PageDown, "5"},   {660, Qt::Key_Home, "15"},
+            {660, Qt::Key_PageUp, "15"}, {660, Qt::Key_End, "0"}};
+        for (const Stroke& stroke : kStrokes) {
+            head->Taken();
+            Key(dialog, stroke.bar, stroke.key);
+            EXPECT_EQ(GetDlgItemText(dialog, stroke.bar == 651 ? 641 : 655), stroke.shown);
+            EXPECT_THAT(head->Taken(), SizeIs(1)) << "sent once, " << stroke.shown;
+        }
+    }});
+}
 
 TEST_F(VideoSetUpDialog, AFullOffsetBarGives255)
 {
@@ -508,7 +552,7 @@ TEST_F(VideoSetUpDialog, CancelSendsWhatWasThereAndKeepsNothing)
     }});
     EXPECT_EQ(result, 0);
     EXPECT_THAT(sent,
-                ElementsAre(CommFrame{0x50, 0x00, 0x00, 0x05}, kIntegrationTenFrame, kOffset160Frame, kGainFourFrame));
+                ElementsAre(CommFrame{0x50, 0x00, 0x00, 0x05}, kIntegrationTenFrame, kGainFourFrame, kOffset160Frame));
     EXPECT_EQ(IndexFrameRate, 3);
     EXPECT_EQ(IndexIntegrationTime[0], 10);
     EXPECT_EQ(VideoGain[0], 4);
@@ -582,6 +626,21 @@ TEST_F(VideoSetUpDialog, UnityTakesTheCalibrationAway)
     }});
     EXPECT_THAT(StatusTexts(), Contains("Setting Unity Gain & Unity Offset"));
     EXPECT_THAT(GainList, Each(1.0F));
+}
+
+// The range may have been another one: what is bright in the new range is bright in the picture at once.
+TEST_F(VideoSetUpDialog, UnityShowsThePictureInTheFullRange)
+{
+    Run({[](HWND dialog) {
+        DisplayHigh = 4000;
+        BuildDisplayLut(1, 580);  // contrast 1: as wide as the range
+        ASSERT_EQ(DisplayLut.at(4000), 255);
+        ASSERT_TRUE(OperatePress(dialog, 670));
+        EXPECT_EQ(DisplayLut.at(16383), 255);
+        EXPECT_LT(DisplayLut.at(4000), 128);
+        EXPECT_EQ(Contrast, 1);
+        EXPECT_EQ(Brightness, 580);
+    }});
 }
 
 TEST_F(VideoSetUpDialog, UnityNeedsACamera)

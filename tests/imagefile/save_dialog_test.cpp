@@ -16,6 +16,11 @@
 #include "support/operator.h"
 #include "support/temp_directory.h"
 
+#include <QApplication>
+#include <QKeyEvent>
+#include <QListWidget>
+#include <QMouseEvent>
+
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -249,6 +254,57 @@ TEST_F(SaveDialogTest, ADoubleClickOnAFileIsItsNameAndOk)
               1);
     EXPECT_EQ(FilePathBuf, Work("B.IMG"));
     EXPECT_THAT(Boxes(), IsEmpty()) << "an image is asked for when it is saved";
+}
+
+// What the keyboard and the mouse give, as the window system hands it over.
+void TypeKeys(const QString& text)
+{
+    for (const QChar character : text) {
+        QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, QString(character));
+        QApplication::sendEvent(QApplication::focusWidget(), &press);
+    }
+}
+
+void DoubleClickItem(const QString& list, int index)
+{
+    const auto* widget = QApplication::activeModalWidget()->findChild<QListWidget*>(list);
+    ASSERT_NE(widget, nullptr);
+    const QPointF place = widget->visualItemRect(widget->item(index)).center();
+    for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease, QEvent::MouseButtonDblClick,
+                                    QEvent::MouseButtonRelease}) {
+        QMouseEvent event(type, place, widget->viewport()->mapToGlobal(place), Qt::LeftButton,
+                          type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(widget->viewport(), &event);
+        if (!DialogInFront()) return;  // the second press has ended it
+    }
+}
+
+TEST_F(SaveDialogTest, ANameThatIsTypedTakesThePlaceOfThePattern)
+{
+    EXPECT_EQ(Run(1468,
+                  [&](HWND dialog) {
+                      TypeKeys("new");
+                      EXPECT_EQ(GetDlgItemText(dialog, kName), "new");
+                      OperatePress(dialog, kIdOk);
+                  }),
+              1);
+    EXPECT_EQ(FilePathBuf, Work("new.img"));
+}
+
+TEST_F(SaveDialogTest, TheMouseTakesAFileAndEntersADirectoryByItsDoubleClick)
+{
+    EXPECT_EQ(Run(1470,
+                  [&](HWND dialog) {
+                      DoubleClickItem("directories", 1);
+                      EXPECT_EQ(GetDlgItemText(dialog, kPath), Work("sub"));
+                      EXPECT_THAT(Items(dialog, kFiles), ElementsAre("inner.seq"));
+                      op.Answer({Button::kOk});
+                      DoubleClickItem("files", 0);
+                  }),
+              1);
+    EXPECT_EQ(FilePathBuf, Work("sub/inner.seq"));
+    ASSERT_THAT(Boxes(), SizeIs(1));
+    EXPECT_EQ(Boxes()[0].text, "File already exists, replace it?");
 }
 
 TEST_F(SaveDialogTest, CancelGoesBackToTheDirectoryOfTheOpening)

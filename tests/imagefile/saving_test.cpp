@@ -16,7 +16,11 @@
 #include "support/shown.h"
 #include "support/stored_files.h"
 
+#include <QCoreApplication>
+
 #include <gmock/gmock.h>
+#include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -282,6 +286,87 @@ TEST_F(Saving, AFloatFileOnViewKeepsItsSampleSizeOverItsCounts)
     EXPECT_THAT(CountsAt(saved, 520, 2), ElementsAre(3, 4));
 }
 
+TEST_F(Saving, AnImageOfAFloatFileOnViewIsItsCountsUnderItsHeader)
+{
+    ImageHeaderRecord header = PlainHeader(2, 1);
+    header.SampleBytes = 4;
+    const float samples[] = {3.0F, -4.4F};
+    std::string bytes = HeaderBytes(header);
+    bytes.append(reinterpret_cast<const char*>(samples), sizeof samples);
+    PutFile(directory / "f.flt", bytes);
+    ASSERT_EQ(ViewImage(directory / "f.flt", 0), 1);
+    EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
+    const std::string saved = FileContents(Out("a.img"));
+    EXPECT_EQ(+HeaderIn(saved).SampleBytes, 4);
+    EXPECT_EQ(+HeaderIn(saved).DataType, 8);
+    ASSERT_EQ(saved.size(), 512U + 4U);
+    EXPECT_THAT(CountsAt(saved, 512, 2), ElementsAre(3, -3)) << "trunc(-4.4 + 0.5)";
+}
+
+// Two frames of 2 x 2, each behind 80 bytes of its own: the counts 1 to 4, then 11 to 14.
+TEST_F(Saving, AFrameBehindAFrameHeaderIsSavedWithoutItsOwn)
+{
+    ImageHeaderRecord header = PlainHeader(2, 2);
+    header.ImageHeaderDataOffset = 80;
+    PutFile(directory / "h.seq", HeaderBytes(header) + std::string(80, 'a') + SampleBytes({1, 2, 3, 4}) +
+                                     std::string(80, 'b') + SampleBytes({11, 12, 13, 14}));
+    ASSERT_EQ(ViewImage(directory / "h.seq", 1), 1);
+    EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
+    std::string saved = FileContents(Out("a.img"));
+    ASSERT_EQ(saved.size(), 512U + 8U);
+    EXPECT_EQ(+HeaderIn(saved).ImageHeaderDataOffset, 80) << "the header stays that of the file";
+    EXPECT_EQ(+HeaderIn(saved).FrameCount, 2U);
+    EXPECT_THAT(CountsAt(saved, 512, 4), ElementsAre(11, 12, 13, 14));
+
+    op.Answer({Button::kYes});
+    EXPECT_EQ(Save("r.seq"), 1);
+    saved = FileContents(Out("r0.seq"));
+    EXPECT_EQ(+HeaderIn(saved).FrameCount, 3U);
+    ASSERT_EQ(saved.size(), 512U + 3 * 88U) << "the third record, without a byte more";
+    EXPECT_EQ(saved.substr(512, 2 * 88 + 80), std::string(2 * 88 + 80, '\0'));
+    EXPECT_THAT(CountsAt(saved, 512 + 2 * 88 + 80, 4), ElementsAre(11, 12, 13, 14));
+    EXPECT_EQ(ViewImage(Out("r0.seq"), 2), 1) << "the viewer finds it there";
+    EXPECT_THAT(ImageBufferPixels(80).first(4), ElementsAre(11, 12, 13, 14));
+}
+
+TEST_F(Saving, WithoutAGrabberThereIsNothingToSave)
+{
+    GrabberPresent = 0;
+    for (const std::int32_t live : {0, 1}) {
+        LiveVideo = live;
+        EXPECT_EQ(SaveImage(Out("a.img"), 1), 0);
+        EXPECT_EQ(op.Boxes().back().text, "Video Data Acquisition Failed, Hardware error");
+        EXPECT_EQ(op.Boxes().back().caption, "Kelvo message");
+        if (live == 0) op.Answer({Button::kOk});  // the image is frozen
+        EXPECT_EQ(Save("r.seq"), -1);
+        EXPECT_EQ(op.Boxes().back().text, "Unable to get image data!");
+    }
+    EXPECT_THAT(recordingBoard.asked, IsEmpty());
+    EXPECT_THAT(Saved(), IsEmpty());
+}
+
+TEST_F(Saving, BeforeTheFirstFrameThereIsNothingToSave)
+{
+    LiveVideo = 0;
+    RawFrame.clear();
+    EXPECT_EQ(SaveImage(Out("a.img"), 1), 0);
+    EXPECT_EQ(op.Boxes().back().text, "Video Data Acquisition Failed, Hardware error");
+    EXPECT_THAT(Saved(), IsEmpty());
+}
+
+// A capture that fails doesn't end a run of averaging: what the host frames held before is taken for the picture.
+TEST_F(Saving, AFailedReadIsToldAndTheImageHoldsOldCounts)
+{
+    EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
+    recordingBoard.picture = 5000;
+    recordingBoard.answers["icp_read_area"] = -1;
+    EXPECT_EQ(SaveImage(Out("b.img"), 1), 1);
+    ASSERT_THAT(op.Boxes(), SizeIs(1));
+    EXPECT_EQ(op.Boxes()[0].text, "icp_read_area() Error");
+    EXPECT_EQ(op.Boxes()[0].caption, "ITEX Board Error!");
+    EXPECT_THAT(CountsAt(FileContents(Out("b.img")), 512, 4), ElementsAre(1000, 1001, 1100, 1101));
+}
+
 TEST_F(Saving, AnExistingImageIsReplacedOnlyWithConsent)
 {
     PutFile(Out("a.img"), "old");
@@ -366,7 +451,7 @@ TEST_F(Saving, ADiskThatFillsUpAmongThePixelsLeavesWhatItTook)
 TEST_F(Saving, ADiskThatFillsUpKeepsTheImageThatWasToBeReplaced)
 {
     PutFile(Out("a.img"), "old");
-    for (const rlim_t room : {100, 515}) {
+    for (const rlim_t room : {rlim_t{100}, rlim_t{515}}) {
         op.Answer({Button::kYes});
         const FullAt limit(room);
         SaveImage(Out("a.img"), 1);
@@ -745,70 +830,68 @@ TEST_F(Saving, ACutFrameOfAFileOnViewKeepsTheFileThatWasToBeReplaced)
 
 // ---- Without rights
 
-// What a user without the administrator's rights gets from work, and the boxes that told why. For work in a process
-// that has no application object.
-int AsOrdinaryUser(int (*work)(const std::string&), const std::string& path)
-{
-    constexpr uid_t kNobody = 65534;
-    const pid_t child = fork();
-    if (child == 0) {
-        const bool ordinary = geteuid() != 0 || setuid(kNobody) == 0;
-        _exit(ordinary ? work(path) : 99);
+class SavingWithoutRights : public Saving {
+  protected:
+    SavingWithoutRights() { EXPECT_EQ(chmod(directory.Path().c_str(), 0755), 0); }
+
+    // Whether the work gives what it should in a process without the administrator's rights.
+    static bool AsOrdinaryUser(const std::function<bool()>& work)
+    {
+        constexpr uid_t kNobody = 65534;
+        const pid_t child = fork();
+        if (child == 0) {
+            const bool ordinary = geteuid() != 0 || setuid(kNobody) == 0;
+            _exit(ordinary && work() ? 0 : 1);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
-    int status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status));
-    return WEXITSTATUS(status);
+
+    bool ImageIsRefused() const
+    {
+        return SaveImage(Out("a.img"), 1) == 0 && op.Boxes().size() == 2 &&
+               op.Boxes()[0].text == Out("a.img") + "\nOpen file failure on Save Image" &&
+               op.Boxes()[1].text == "Failure writing header for image file";
+    }
+    bool SequenceIsRefused(std::int32_t multi)
+    {
+        MultiFrame = multi;
+        return Save("r.seq") == -1 && op.Boxes().size() == 1 &&
+               op.Boxes()[0].text == Out("r0.seq") + "\nSaveSequence: Open file failure";
+    }
+};
+
+TEST_F(SavingWithoutRights, ADirectoryThatTakesNoFileIsTold)
+{
+    ASSERT_EQ(chmod(Out("").c_str(), 0555), 0);
+    EXPECT_TRUE(AsOrdinaryUser([&] { return ImageIsRefused(); }));
+    EXPECT_TRUE(AsOrdinaryUser([&] { return SequenceIsRefused(0); }));
+    EXPECT_TRUE(AsOrdinaryUser([&] { return SequenceIsRefused(1); }));
+    EXPECT_THAT(Saved(), IsEmpty());
 }
 
-void PutSmallFrameOnView()
+TEST_F(SavingWithoutRights, AFileThatMayOnlyBeReadIsNotAppendedTo)
 {
-    ImageHeader = PlainHeader(2, 1);
-    ImageBuffer = {1, 0, 2, 0};
-    ViewingFile = 1;
+    ASSERT_EQ(chmod(Out("").c_str(), 0777), 0);
+    PutFile(Out("r0.seq"), "frames");
+    ASSERT_EQ(chmod(Out("r0.seq").c_str(), 0444), 0);
+    EXPECT_TRUE(AsOrdinaryUser([&] { return SequenceIsRefused(1); }));
+    EXPECT_EQ(FileContents(Out("r0.seq")), "frames");
 }
 
-int ImageIsRefused(const std::string& path)
+TEST_F(SavingWithoutRights, AnImageThatMayOnlyBeReadIsNotReplaced)
 {
-    PutSmallFrameOnView();
-    const int result = SaveImage(path, 1);
-    const std::vector<ShownBox> boxes = BoxesShown();
-    return result == 0 && boxes.size() == 2 && boxes[0].text == path + "\nOpen file failure on Save Image" &&
-                   boxes[1].text == "Failure writing header for image file"
-               ? 0
-               : 1;
-}
-
-int AppendIsRefused(const std::string& path)
-{
-    MultiFrame = 1;
-    LiveVideo = 1;  // nothing is asked; there is no board either
-    ActiveConfig.Hroi = 2;
-    ActiveConfig.Vroi = 1;
-    std::int32_t number = 0;
-    const std::int32_t result = SaveSequence(path, number, 1);
-    const std::vector<ShownBox> boxes = BoxesShown();
-    return result == -1 && boxes.size() == 1 && boxes[0].text.ends_with("r0.seq\nSaveSequence: Open file failure") ? 0
-                                                                                                                   : 1;
-}
-
-TEST(SavingWithoutRights, ADirectoryThatTakesNoFileIsTold)
-{
-    const TempDirectory directory;
-    ASSERT_EQ(chmod(directory.Path().c_str(), 0555), 0);
-    EXPECT_EQ(AsOrdinaryUser(ImageIsRefused, directory / "a.img"), 0);
-    EXPECT_EQ(AsOrdinaryUser(AppendIsRefused, directory / "r.seq"), 0);
-    EXPECT_THAT(NamesIn(directory.Path()), IsEmpty());
-}
-
-TEST(SavingWithoutRights, AFileThatMayOnlyBeReadIsNotAppendedTo)
-{
-    const TempDirectory directory;
-    ASSERT_EQ(chmod(directory.Path().c_str(), 0777), 0);
-    PutFile(directory / "r0.seq", "frames");
-    ASSERT_EQ(chmod((directory / "r0.seq").c_str(), 0444), 0);
-    EXPECT_EQ(AsOrdinaryUser(AppendIsRefused, directory / "r.seq"), 0);
-    EXPECT_EQ(FileContents(directory / "r0.seq"), "frames");
+    ASSERT_EQ(chmod(Out("").c_str(), 0777), 0);
+    PutFile(Out("a.img"), "old");
+    ASSERT_EQ(chmod(Out("a.img").c_str(), 0444), 0);
+    EXPECT_TRUE(AsOrdinaryUser([&] {
+        op.Answer({Button::kYes});
+        return SaveImage(Out("a.img"), 1) == 0 && op.Boxes().size() == 3 &&
+               op.Boxes()[1].text == Out("a.img") + "\nOpen file failure on Save Image";
+    }));
+    EXPECT_EQ(FileContents(Out("a.img")), "old");
+    EXPECT_THAT(Saved(), ElementsAre("a.img"));
 }
 
 // ---- Killed while saving
@@ -830,14 +913,29 @@ class KilledSaving : public BoardTest {
         DataOffset = 0;
     }
 
-    // A process that saves pictures 1, 2, 3, ... until it is killed, after a time that differs from kill to kill.
-    // Returns how many had been reported as written.
-    int SaveUntilKilled(useconds_t latestUs, const std::function<bool()>& save)
+    // A forked process shares the descriptor that wakes the message loop: what one takes from it the other waits for.
+    static void TakeOwnWakeUp()
+    {
+        for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code error;
+            if (std::filesystem::read_symlink(entry.path(), error) != "anon_inode:[eventfd]") continue;
+            const int fresh = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+            if (fresh < 0 || dup2(fresh, std::stoi(entry.path().filename())) < 0) _exit(2);
+            close(fresh);
+        }
+    }
+
+    // A process that saves pictures 1, 2, 3, ... until it is killed: after none to three of them and a time that
+    // differs from kill to kill, so that a busy machine has its kills too. Returns how many had been reported as
+    // written.
+    int SaveUntilKilled(const std::function<bool()>& save)
     {
         int reports[2];
         EXPECT_EQ(pipe(reports), 0);
+        QCoreApplication::processEvents();  // nothing is on its way through the message loop when the two part
         const pid_t child = fork();
         if (child == 0) {
+            TakeOwnWakeUp();
             for (int picture = 1;; ++picture) {
                 recordingBoard.asked.clear();
                 recordingBoard.picture = picture;
@@ -846,13 +944,22 @@ class KilledSaving : public BoardTest {
             }
         }
         close(reports[1]);
-        usleep(std::uniform_int_distribution<useconds_t>(200, latestUs)(random_));
+        const auto reported = [&] {
+            constexpr int kLongestSaveMs = 30000;
+            pollfd readable = {.fd = reports[0], .events = POLLIN, .revents = 0};
+            char done = 0;
+            return poll(&readable, 1, kLongestSaveMs) == 1 && read(reports[0], &done, 1) == 1;
+        };
+        int count = 0;
+        const int wanted = std::uniform_int_distribution(0, 3)(random_);
+        while (count < wanted && reported()) ++count;
+        EXPECT_EQ(count, wanted) << "the child doesn't get on";
+        usleep(std::uniform_int_distribution<useconds_t>(0, 5000)(random_));
         EXPECT_EQ(kill(child, SIGKILL), 0);
         int status = 0;
         EXPECT_EQ(waitpid(child, &status, 0), child);
         EXPECT_TRUE(WIFSIGNALED(status)) << "the child met a failure of its own";
-        int count = 0;
-        for (char done; read(reports[0], &done, 1) == 1;) ++count;
+        while (reported()) ++count;
         close(reports[0]);
         return count;
     }
@@ -882,25 +989,33 @@ class KilledSaving : public BoardTest {
 TEST_F(KilledSaving, AnImageIsWholeUnderItsName)
 {
     const std::string path = directory / "a.img";
+    ASSERT_EQ(SaveImage(path, 1), 1);  // the picture that stands there before: 1000
     int written = 0;
+    int beside = 0;
     for (int kill = 0; kill < kKills; ++kill) {
-        const int reported = SaveUntilKilled(60000, [&] {
-            op.Answer({Button::kYes});  // replace it; the first finds nothing to replace
-            if (!std::filesystem::exists(path)) PutFile(path, "");
+        const int reported = SaveUntilKilled([&] {
+            op.Answer({Button::kYes});  // replace it
             return SaveImage(path, 1) == 1;
         });
         written += reported;
-        if (!std::filesystem::exists(path)) continue;
         const std::string bytes = FileContents(path);
-        if (bytes.empty()) continue;
         ASSERT_EQ(bytes.size(), 512 + kFrameBytes) << "kill " << kill;
         ASSERT_EQ(+HeaderIn(bytes).ImageWidth, kColumns);
         ASSERT_TRUE(IsPicture(std::string_view(bytes).substr(512), PictureIn(bytes)));
         if (reported > 0) {
             ASSERT_GE(PictureIn(bytes), reported) << "what was reported as written is there";
+            ASSERT_LE(PictureIn(bytes), reported + 1);
         }
+        // At most the one picture that was in the making lies beside it, and the next save takes its place.
+        const std::vector<std::string> names = NamesIn(directory.Path());
+        const auto newOnes = std::ranges::count(names, ".a.img.new");
+        ASSERT_EQ(
+            std::ranges::count_if(names, [](const std::string& n) { return n.find("a.img") != std::string::npos; }),
+            1 + newOnes);
+        beside += static_cast<int>(newOnes);
     }
     EXPECT_GT(written, 0);
+    EXPECT_GT(beside, 0) << "some kills met the writing";
 }
 
 TEST_F(KilledSaving, EachNumberedFileIsWhole)
@@ -912,7 +1027,7 @@ TEST_F(KilledSaving, EachNumberedFileIsWhole)
         std::filesystem::remove_all(directory / "s");
         std::filesystem::create_directory(directory / "s");
         std::int32_t number = 1;
-        const int reported = SaveUntilKilled(30000, [&] { return SaveSequence(base, number, 1) == 1; });
+        const int reported = SaveUntilKilled([&] { return SaveSequence(base, number, 1) == 1; });
         int whole = 0;
         for (const std::string& name : NamesIn(directory / "s")) {
             if (name.starts_with('.')) continue;  // one in the making
@@ -934,7 +1049,7 @@ TEST_F(KilledSaving, AMultiFrameFileHasEveryFrameThatWasWritten)
     for (int kill = 0; kill < kKills; ++kill) {
         std::filesystem::remove(path);
         std::int32_t number = 0;
-        const int reported = SaveUntilKilled(9000, [&] { return SaveSequence(directory / "r.seq", number, 1) == 1; });
+        const int reported = SaveUntilKilled([&] { return SaveSequence(directory / "r.seq", number, 1) == 1; });
         written += reported;
         if (reported == 0) continue;
         ImageHeaderRecord read;

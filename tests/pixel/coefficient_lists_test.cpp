@@ -3,12 +3,15 @@
 
 #include "calib/cal_state.h"
 #include "config/camera_config.h"
+#include "platform/memory.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -61,6 +64,60 @@ TEST(ActiveTables, AreFilledWithOneValue)
     EXPECT_EQ(DownloadCoefficients(3, {}), 0);
 }
 
+TEST(ActiveTables, TheReadoutOrderIsMadeAnewForALargerFrameAndTheCoefficientsAreNot)
+{
+    ActiveConfig.Vroi = 1;
+    ActiveConfig.Hroi = 2;
+    EXPECT_EQ(DownloadCoefficients(kDecomKind, Bytes(std::vector<std::uint32_t>{1, 0})), 1);
+    EXPECT_EQ(DownloadCoefficients(kOffsetKind, Bytes(std::vector<std::int16_t>{-3, 4, 5, 6})), 1);
+    EXPECT_EQ(DownloadCoefficients(kGainKind, Bytes(std::vector<float>{1.5F, 2})), 1);
+    EXPECT_THAT(OffsetList, ElementsAre(-3, 4));  // a list may be longer than the frame
+    ActiveConfig.Hroi = 4;
+    EXPECT_EQ(DownloadCoefficients(kDecomKind, Bytes(std::vector<std::uint32_t>{3, 2, 1, 0})), 1);
+    EXPECT_EQ(DownloadCoefficients(kOffsetKind, Bytes(std::vector<std::int16_t>{7, 8, 9, 10})), 1);
+    EXPECT_EQ(DownloadCoefficients(kGainKind, Bytes(std::vector<float>{3, 4, 5, 6})), 1);
+    EXPECT_THAT(DecomList, ElementsAre(3U, 2U, 1U, 0U));
+    EXPECT_THAT(OffsetList, ElementsAre(7, 8));
+    EXPECT_THAT(GainList, ElementsAre(3.0F, 4.0F));
+    ActiveConfig.Hroi = 1;
+    EXPECT_EQ(DownloadCoefficients(kDecomKind, Bytes(std::vector<std::uint32_t>{0})), 1);
+    EXPECT_THAT(DecomList, ElementsAre(0U, 2U, 1U, 0U));  // large enough: it stays, and so does what lies behind
+    EXPECT_THAT(BoxesShown(), IsEmpty());
+}
+
+TEST(ActiveTables, AListShorterThanTheFrameIsRefusedAndTheTableStays)
+{
+    ActiveConfig.Vroi = 2;
+    ActiveConfig.Hroi = 2;
+    DecomList = {3, 2, 1, 0};
+    OffsetList = {1, 2, 3, 4};
+    GainList = {1, 2, 3, 4};
+    EXPECT_EQ(DownloadCoefficients(kDecomKind, Bytes(std::vector<std::uint32_t>{0, 0, 0})), 0);
+    EXPECT_EQ(DownloadCoefficients(kOffsetKind, Bytes(std::vector<std::int16_t>{0, 0, 0})), 0);
+    EXPECT_EQ(DownloadCoefficients(kGainKind, {}), 0);
+    EXPECT_THAT(DecomList, ElementsAre(3U, 2U, 1U, 0U));
+    EXPECT_THAT(OffsetList, ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(GainList, ElementsAre(1.0F, 2.0F, 3.0F, 4.0F));
+    const ShownBox refused = Message("Global Memory would not lock");
+    EXPECT_THAT(BoxesShown(), ElementsAre(refused, refused, refused));
+}
+
+TEST(ActiveTables, WithoutMemoryForATableNothingIsInstalled)
+{
+    ActiveConfig.Vroi = 1;
+    ActiveConfig.Hroi = 2;
+    FailAllocation(1);
+    EXPECT_EQ(DownloadCoefficients(kGainKind, Bytes(std::vector<float>{1, 2})), 0);
+    EXPECT_THAT(GainList, IsEmpty());
+    FailAllocation(1);
+    EXPECT_EQ(FillCoefficients(kOffsetKind, 0, 2, 5), 0);
+    EXPECT_THAT(OffsetList, IsEmpty());
+    EXPECT_EQ(FillCoefficients(kGainKind, 0, 2, 0.25), 1);
+    EXPECT_THAT(GainList, ElementsAre(0.25F, 0.25F));
+    EXPECT_EQ(FillCoefficients(kGainKind, -5, 100, -2), 1);  // entries outside the table are left out
+    EXPECT_THAT(GainList, ElementsAre(-2.0F, -2.0F));
+}
+
 class ListOnDisk : public testing::Test {
   protected:
     TempDirectory directory;
@@ -100,6 +157,36 @@ TEST_F(ListOnDisk, WithoutAPlaceIsTold)
     EXPECT_THAT(BoxesShown(),
                 ElementsAre(ShownBox{.caption = "Kelvo File Error!", .text = "Failed to open file: " + nowhere},
                             Message("Failed to open file: " + nowhere)));
+}
+
+// A disk that takes no more than two words.
+class FullDisk {
+  public:
+    FullDisk()
+    {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        rlimit limit = before_;
+        limit.rlim_cur = 8;
+        setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, SIG_IGN);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
+
+  private:
+    rlimit before_{};
+};
+
+TEST_F(ListOnDisk, ThatTheDiskDoesntTakeIsToldAndTheFormerOneStays)
+{
+    PutFile(path, "former");
+    {
+        const FullDisk disk;
+        EXPECT_EQ(SaveList(path, Bytes(list), 3), 0);
+    }
+    EXPECT_EQ(FileContents(path), "former");
+    EXPECT_THAT(BoxesShown(), ElementsAre(Message("Failed to save file: " + path)));
 }
 
 TEST_F(ListOnDisk, ThatIsShortIsTold)

@@ -294,6 +294,96 @@ TEST(Decommutation, TheWalkStartsAtItsDelay)
     EXPECT_THAT(TableOf(config), ElementsAre(3, 0, 2, 1));
 }
 
+// Tables of 4 lines of 8 columns, reckoned apart from this code: no delay is 0, and all of them go together.
+struct WorkedTable {
+    std::int32_t scheme;
+    DecomTable table;
+};
+
+CameraConfig Delayed(std::int32_t scheme, std::int32_t vstart, std::int32_t hdelay, std::int32_t idelay,
+                     std::int32_t calDelay)
+{
+    CameraConfig config = Camera(scheme, 4, 8);
+    config.Vstart = vstart;
+    config.Hdelay = hdelay;
+    config.Idelay = idelay;
+    config.CalDelay = calDelay;
+    return config;
+}
+TEST(Decommutation, EveryDelayCountsTogetherWithAnOddShift)
+{
+    const WorkedTable kWorked[] = {
+        {1, {2,  27, 29, 31, 1,  4,  6,  8,  10, 3,  5,  7,  9,  12, 14, 16,
+             18, 11, 13, 15, 17, 20, 22, 24, 26, 19, 21, 23, 25, 28, 30, 0}},
+        {2, {10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25,
+             26, 27, 28, 29, 30, 31, 0,  1,  2,  3,  4,  5,  6,  7,  8,  9}},
+        {4, {7,  9,  11, 14, 16, 18, 20, 13, 15, 17, 19, 22, 24, 26, 28, 21,
+             23, 25, 27, 30, 0,  2,  4,  29, 31, 1,  3,  6,  8,  10, 12, 5}},
+        {5, {8,  10, 12, 13, 15, 17, 19, 14, 16, 18, 20, 21, 23, 25, 27, 22,
+             24, 26, 28, 29, 31, 1,  3,  30, 0,  2,  4,  5,  7,  9,  11, 6}},
+        {6, {17, 19, 21, 8,  10, 12, 14, 16, 18, 20, 22, 23, 25, 27, 29, 31,
+             1,  3,  5,  24, 26, 28, 30, 0,  2,  4,  6,  7,  9,  11, 13, 15}},
+        {7, {11, 8,  12, 13, 17, 14, 18, 15, 19, 16, 20, 21, 25, 22, 26, 23,
+             27, 24, 28, 29, 1,  30, 2,  31, 3,  0,  4,  5,  9,  6,  10, 7}},
+        {9, {24, 25, 26, 27, 28, 29, 30, 31, 0,  1,  2,  3,  4,  5,  6,  7,
+             8,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23}},
+        {10, {12, 14, 16, 10, 12, 14, 16, 18, 20, 22, 24, 18, 20, 22, 24, 26,
+              28, 30, 0,  26, 28, 30, 0,  2,  4,  6,  8,  2,  4,  6,  8,  10}},
+        {11,
+         {0, 8, 0, 10, 0, 12, 0, 14, 0, 16, 0, 18, 0, 20, 0, 22, 0, 24, 0, 26, 0, 28, 0, 30, 0, 0, 0, 2, 0, 4, 0, 6}},
+        {12, {24, 25, 26, 27, 28, 29, 30, 31, 0,  1,  2,  3,  4,  5,  6,  7,
+              8,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23}},
+    };
+    for (const WorkedTable& worked : kWorked) {
+        EXPECT_EQ(TableOf(Delayed(worked.scheme, 1, 2, 3, 5), 3), worked.table) << worked.scheme;
+    }
+}
+
+TEST(Decommutation, NegativeDelaysCountTogetherWithANegativeShift)
+{
+    const WorkedTable kWorked[] = {
+        {2, {8,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23,
+             24, 25, 26, 27, 28, 29, 30, 31, 0,  1,  2,  3,  4,  5,  6,  7}},
+        {4, {11, 13, 6,  8,  10, 12, 15, 17, 19, 21, 14, 16, 18, 20, 23, 25,
+             27, 29, 22, 24, 26, 28, 31, 1,  3,  5,  30, 0,  2,  4,  7,  9}},
+        {5, {10, 12, 7,  9,  11, 13, 14, 16, 18, 20, 15, 17, 19, 21, 22, 24,
+             26, 28, 23, 25, 27, 29, 30, 0,  2,  4,  31, 1,  3,  5,  6,  8}},
+        {6, {2,  4,  6,  8,  10, 12, 13, 15, 17, 19, 21, 23, 25, 27, 14, 16,
+             18, 20, 22, 24, 26, 28, 29, 31, 1,  3,  5,  7,  9,  11, 30, 0}},
+        {7, {7,  11, 8,  12, 9,  13, 14, 18, 15, 19, 16, 20, 17, 21, 22, 26,
+             23, 27, 24, 28, 25, 29, 30, 2,  31, 3,  0,  4,  1,  5,  6,  10}},
+        {9, {4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18, 19,
+             20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 0,  1,  2,  3}},
+        {10, {11, 13, 15, 17, 19, 21, 15, 17, 19, 21, 23, 25, 27, 29, 23, 25,
+              27, 29, 31, 1,  3,  5,  31, 1,  3,  5,  7,  9,  11, 13, 7,  9}},
+        {11,
+         {9, 0, 11, 0, 13, 0, 15, 0, 17, 0, 19, 0, 21, 0, 23, 0, 25, 0, 27, 0, 29, 0, 31, 0, 1, 0, 3, 0, 5, 0, 7, 0}},
+        {12, {4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15, 16, 17, 18, 19,
+              20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 0,  1,  2,  3}},
+    };
+    for (const WorkedTable& worked : kWorked) {
+        EXPECT_EQ(TableOf(Delayed(worked.scheme, 1, -1, -2, -3), -1), worked.table) << worked.scheme;
+    }
+}
+
+// The wanted table is made from the one without delays, which the readout itself bears out: the line starts one column
+// and two samples late, the image three pixels on.
+TEST(Decommutation, ReadingFromTheMiddleTakesItsDelays)
+{
+    constexpr std::uint32_t kWidth = 40;
+    constexpr std::uint32_t kCount = 256 * kWidth;
+    const DecomTable plain = TableOf(Camera(8, 256, kWidth));
+    CameraConfig config = Camera(8, 256, kWidth);
+    config.Hdelay = 1;
+    config.Idelay = 3;
+    DecomTable expected(kCount);
+    for (std::uint32_t i = 0; i < kCount; ++i) {
+        const std::uint32_t nextColumn = i / kWidth * kWidth + (i % kWidth + 1) % kWidth;
+        expected[(i + 3) % kCount] = (plain[nextColumn] + 2) % kCount;
+    }
+    EXPECT_EQ(TableOf(config, 2), expected);
+}
+
 TEST(Decommutation, AWalkDelayOfTheWholeFrameOrMoreLosesTheFirstStore)
 {
     CameraConfig config = Camera(0, 1, 4);
@@ -384,6 +474,125 @@ TEST(Reordering, ANonSquareRotationFoldsInsideTheTable)
     EXPECT_THAT(Reordered(Camera(2, 2, 1), {7, 8}, 0, 0, 1), ElementsAre(7, 8));
     // Without a wrap pixel (0, 0) goes past the table and is dropped.
     EXPECT_THAT(Reordered(Camera(3, 1, 2), {7, 8}, 0, 0, 1), ElementsAre(8, 8));
+}
+
+// A turned table of a region that isn't square folds onto itself. Each row: the scheme, rows, columns, image delay, and
+// the table 0, 1, 2, ... as the eight orientations leave it: none, rows, columns, both, and the same turned to the
+// left.
+struct WorkedTurns {
+    std::int32_t scheme, rows, columns, idelay;
+    std::vector<DecomTable> tables;
+};
+
+TEST(Reordering, FoldsRegionsThatArentSquareInEveryOrientation)
+{
+    const WorkedTurns kWorked[] = {
+        {2,
+         2,
+         3,
+         0,
+         {{0, 1, 2, 3, 4, 5},
+          {3, 4, 5, 0, 1, 2},
+          {2, 1, 0, 5, 4, 3},
+          {5, 4, 3, 2, 1, 0},
+          {2, 5, 2, 1, 4, 5},
+          {5, 2, 5, 4, 1, 2},
+          {0, 3, 0, 1, 4, 3},
+          {3, 0, 3, 4, 1, 0}}},
+        {2,
+         3,
+         2,
+         0,
+         {{0, 1, 2, 3, 4, 5},
+          {4, 5, 2, 3, 0, 1},
+          {1, 0, 3, 2, 5, 4},
+          {5, 4, 3, 2, 1, 0},
+          {1, 3, 5, 2, 4, 5},
+          {5, 3, 1, 2, 0, 1},
+          {0, 2, 4, 3, 5, 4},
+          {4, 2, 0, 3, 1, 0}}},
+        {2,
+         2,
+         3,
+         1,
+         {{0, 1, 2, 3, 4, 5},
+          {3, 4, 5, 0, 1, 2},
+          {4, 3, 2, 1, 0, 5},
+          {1, 0, 5, 4, 3, 2},
+          {0, 3, 0, 3, 2, 5},
+          {3, 0, 3, 0, 5, 2},
+          {4, 1, 4, 1, 2, 5},
+          {1, 4, 1, 4, 5, 2}}},
+        {3,
+         2,
+         3,
+         1,
+         {{0, 1, 2, 3, 4, 5},
+          {3, 4, 5, 0, 1, 2},
+          {2, 1, 0, 5, 4, 3},
+          {5, 4, 3, 2, 1, 0},
+          {2, 5, 2, 1, 4, 5},
+          {5, 2, 5, 4, 1, 2},
+          {0, 3, 0, 1, 4, 3},
+          {3, 0, 3, 4, 1, 0}}},
+        {3,
+         3,
+         2,
+         0,
+         {{0, 1, 2, 3, 4, 5},
+          {4, 5, 2, 3, 0, 1},
+          {1, 0, 3, 2, 5, 4},
+          {5, 4, 3, 2, 1, 0},
+          {1, 3, 5, 2, 4, 5},
+          {5, 3, 1, 2, 0, 1},
+          {0, 2, 4, 3, 5, 4},
+          {4, 2, 0, 3, 1, 0}}},
+        {10,
+         2,
+         3,
+         -1,
+         {{0, 1, 2, 3, 4, 5},
+          {3, 4, 5, 0, 1, 2},
+          {0, 5, 4, 3, 2, 1},
+          {3, 2, 1, 0, 5, 4},
+          {4, 1, 0, 3, 4, 1},
+          {1, 4, 3, 0, 1, 4},
+          {2, 5, 0, 3, 2, 5},
+          {5, 2, 3, 0, 5, 2}}},
+        {11,
+         2,
+         4,
+         1,
+         {{0, 1, 2, 3, 4, 5, 6, 7},
+          {0, 5, 2, 7, 4, 1, 6, 3},
+          {0, 7, 2, 5, 4, 3, 6, 1},
+          {0, 3, 2, 1, 4, 7, 6, 5},
+          {0, 7, 2, 3, 4, 5, 6, 1},
+          {0, 3, 2, 7, 4, 1, 6, 5},
+          {0, 1, 2, 5, 4, 3, 6, 7},
+          {0, 5, 2, 1, 4, 7, 6, 3}}},
+        {12,
+         2,
+         8,
+         1,
+         {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15},
+          {0, 3, 4, 5, 6, 7, 8, 9, 10, 7, 8, 11, 12, 13, 14, 15},
+          {0, 8, 7, 10, 9, 8, 7, 6, 5, 4, 3, 11, 12, 13, 14, 15},
+          {0, 10, 9, 8, 7, 10, 9, 8, 7, 6, 5, 11, 12, 13, 14, 15},
+          {3, 8, 10, 7, 9, 6, 8, 5, 7, 4, 6, 3, 5, 2, 4, 1},
+          {5, 10, 8, 9, 7, 8, 10, 7, 9, 6, 8, 5, 7, 4, 6, 3},
+          {10, 5, 3, 6, 4, 7, 5, 8, 6, 9, 7, 10, 8, 7, 9, 8},
+          {8, 7, 5, 8, 6, 9, 7, 10, 8, 7, 9, 8, 10, 9, 7, 10}}},
+    };
+    for (const WorkedTurns& worked : kWorked) {
+        CameraConfig config = Camera(worked.scheme, worked.rows, worked.columns);
+        config.Idelay = worked.idelay;
+        const DecomTable plain = PlainTable(static_cast<std::size_t>(worked.rows * worked.columns));
+        for (std::size_t i = 0; i < worked.tables.size(); ++i) {
+            EXPECT_EQ(Reordered(config, plain, (i & 1) != 0, (i & 2) != 0, (i & 4) != 0), worked.tables[i])
+                << worked.scheme << ' ' << worked.rows << " x " << worked.columns << ", orientation " << i;
+        }
+    }
 }
 
 TEST(Reordering, PositionsThatItDoesntReachKeepTheirEntries)

@@ -20,10 +20,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <set>
 #include <string>
 #include <vector>
@@ -34,7 +37,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::UnorderedElementsAre;
 
 using Pairs = std::vector<PixelPair>;
 
@@ -391,6 +393,19 @@ TEST_F(GeometryDialogTest, ATextWithoutAPairIsToldAndNotAdded)
     EXPECT_EQ(BadList(), kStored);
 }
 
+TEST_F(GeometryDialogTest, AnArrayWithoutSidesTakesNoPair)
+{
+    Calibrate("");
+    ActiveConfig.Hactive = ActiveConfig.Vactive = std::numeric_limits<std::int32_t>::min();
+    op->Answer({Button::kOk, Button::kOk, Button::kNo});
+    Run([](HWND dialog) {
+        OperateText(dialog, 1312, "0,0");
+        OperatePress(dialog, 1314);
+    });
+    EXPECT_THAT(BoxTexts(), ElementsAre("Valid input range\n0 >= Row >= -2147483649",
+                                        "Valid input range\n0 >= Column >= -2147483649", kAsk));
+}
+
 TEST_F(GeometryDialogTest, AnEmptyListTakesNoPair)
 {
     Calibrate("");
@@ -430,6 +445,26 @@ TEST_F(GeometryDialogTest, AListThatCantBePutInItsPlaceIsToldAndItsScratchFileSt
     });
     EXPECT_THAT(BoxTexts(), ElementsAre(kAsk, "Could not save file: " + (directory / "none/run.bad")));
     EXPECT_EQ(Scratch(), "   2,   3\n   2,   9\n   5,   0\n");
+}
+
+// A scratch file that is older than the edit must not take the list's place.
+TEST_F(GeometryDialogTest, AnEditThatTheScratchFileDidntTakeIsWrittenWhenItIsCommitted)
+{
+    Calibrate();
+    op->Answer({Button::kOk, Button::kNo});
+    std::signal(SIGXFSZ, SIG_IGN);
+    Run([](HWND dialog) {
+        rlimit before{};
+        getrlimit(RLIMIT_FSIZE, &before);
+        rlimit full = before;
+        full.rlim_cur = 0;
+        setrlimit(RLIMIT_FSIZE, &full);
+        OperatePress(dialog, 1310);
+        setrlimit(RLIMIT_FSIZE, &before);
+    });
+    EXPECT_THAT(BoxTexts(), ElementsAre("Could not save file: BADDET.TMP", kAsk));
+    EXPECT_EQ(BadList(), "   2,   3\n   2,   9\n   5,   0\n");
+    EXPECT_FALSE(ScratchStands());
 }
 
 TEST_F(GeometryDialogTest, TheSelectedLineIsRememberedBetweenOpenings)
@@ -501,6 +536,10 @@ TEST(Outlines, LieOnePixelOutsideAndNotInTheFirstRowAndColumn)
     // In the last corner right and bottom edges end on the pixel's own column and row.
     EXPECT_EQ(cells({5, 7}), (Cells{{4, 6}, {4, 7}, {5, 6}, {5, 7}}));
     EXPECT_EQ(cells({-3, 99}), Cells{});
+    // As far out as the section of a camera may say.
+    constexpr std::int32_t kFar = std::numeric_limits<std::int32_t>::max();
+    EXPECT_EQ(cells({kFar, kFar}), Cells{});
+    EXPECT_EQ(cells({-kFar - 1, -kFar - 1}), Cells{});
 }
 
 TEST(ListEditing, InsertsByRowThenColumn)

@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -24,7 +25,6 @@
 namespace kelvo {
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -165,12 +165,14 @@ TEST_F(Replacement, HoldsForRandomMapsAndPatterns)
     std::mt19937 random(7);
     for (int round = 0; round < 20; ++round) {
         const int rows = 1 + static_cast<int>(random() % 12);
-        const int columns = 1 + static_cast<int>(random() % 12);
+        const int columns = 1 + static_cast<int>(random() % (round < 10 ? 12 : 200));
+        const int farthest = round < 10 ? 3 : 130;
         const auto count = static_cast<std::size_t>(rows * columns);
         std::vector<std::pair<int, int>> steps;
         std::string text;
         for (int i = 0; i < 12; ++i) {
-            steps.emplace_back(static_cast<int>(random() % 7) - 3, static_cast<int>(random() % 7) - 3);
+            const int across = static_cast<int>(random() % static_cast<unsigned>(2 * farthest + 1)) - farthest;
+            steps.emplace_back(static_cast<int>(random() % 7) - 3, across);
             text += std::to_string(steps.back().first) + ',' + std::to_string(steps.back().second) + '\n';
         }
         PutPattern(text);
@@ -197,6 +199,28 @@ TEST_F(Replacement, HoldsForRandomMapsAndPatterns)
         EXPECT_EQ(decom, expected);
         EXPECT_EQ(BadDetCount, replaced);
     }
+}
+
+// Every step, near and far, leads to the one good pixel once: some ten thousand million trials one by one.
+TEST_F(Replacement, OneGoodPixelAnswersForAllThatALongPatternReaches)
+{
+    constexpr std::size_t kRows = 400;
+    constexpr std::size_t kColumns = 300;
+    constexpr std::size_t kReached = 290;  // rows
+    std::string steps;
+    for (std::size_t down = 0; down < kReached; ++down) {
+        for (std::size_t right = 0; right < kColumns; ++right)
+            steps += std::to_string(down) + ',' + std::to_string(right) + '\n';
+    }
+    PutPattern(steps);
+    BadDetMap bad(kRows * kColumns, 1);
+    bad.back() = 0;
+    DecomTable decom = PlainTable(bad.size());
+    EXPECT_EQ(ReplaceBadDet(decom, bad, Region(kRows, kColumns)), 1);
+    EXPECT_EQ(BadDetCount, kReached * kColumns - 1);
+    const auto first = static_cast<std::ptrdiff_t>((kRows - kReached) * kColumns);
+    EXPECT_EQ(decom[(kRows - kReached) * kColumns - 1], (kRows - kReached) * kColumns - 1);
+    EXPECT_EQ(std::count(decom.begin() + first, decom.end(), bad.size() - 1), kReached * kColumns);
 }
 
 TEST_F(Replacement, WithoutItsPatternFileIsTold)

@@ -62,6 +62,24 @@ TEST(CommandLine, MakesPathsAbsoluteButLeavesTheRest)
     EXPECT_EQ(line.rest, "set.cal");
 }
 
+TEST(CommandLine, ABarePathIsMadeWholeAndABareNameStays)
+{
+    const std::string here = std::filesystem::current_path().string();
+    const std::pair<const char*, std::string> cases[] = {
+        {"set.cal", "set.cal"},
+        {"AUTOSTART", "AUTOSTART"},
+        {"sets/warm.cal", here + "/sets/warm.cal"},
+        {"sets\\warm.cal", here + "/sets/warm.cal"},
+        {"./last.cal", here + "/./last.cal"},
+        {"/sets/warm.cal", "/sets/warm.cal"},
+        {"\\KELVO\\last.cal", "\\KELVO\\last.cal"},
+        {"d:sets\\warm.cal", "d:sets\\warm.cal"},
+    };
+    for (const auto& [argument, whole] : cases) {
+        EXPECT_EQ(ParseCommandLine({"AUTOSTART", argument}).rest, "AUTOSTART " + whole) << argument;
+    }
+}
+
 TEST(CommandLine, TellsWhatIsWrong)
 {
     const struct {

@@ -15,6 +15,7 @@
 #include <QFileSystemModel>
 #include <QLineEdit>
 
+#include <algorithm>
 #include <chrono>
 
 namespace kelvo {
@@ -24,6 +25,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 class FileSelection : public DialogFixture {
   protected:
@@ -246,6 +248,41 @@ TEST_F(FileSelection, ATypedDirectoryIsEntered)
         ChooseFiles({"a.img"});
     });
     EXPECT_THAT(RunFileDialog(Request(FileDialogMode::kOpen)).paths, ElementsAre(Path("sub/a.img")));
+}
+
+TEST_F(FileSelection, ATypedPatternIsListedAndNamesNoFile)
+{
+    for (const char* name : {"a.img", "b.img", "b.cal"}) MakeFile(Path(name));
+    Then([this] {
+        EXPECT_THAT(NamesShownAtLast(2), ElementsAre("a.img", "b.img"));
+        Widget()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText("b.*");
+        StrikeKey(Widget()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")), *ParseKey("Return"));
+    });
+    Then([this] {
+        ASSERT_TRUE(FileDialogInFront());
+        EXPECT_THAT(NamesShownAtLast(2), UnorderedElementsAre("b.cal", "b.img"));
+        EXPECT_TRUE(ChooseFiles({"*.cal"}));
+    });
+    Then([this] {
+        ASSERT_TRUE(FileDialogInFront());
+        EXPECT_THAT(NamesShownAtLast(1), ElementsAre("b.cal"));
+        CancelFileDialog();
+    });
+    EXPECT_THAT(RunFileDialog(Request(FileDialogMode::kSave)).paths, IsEmpty());
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(FileSelection, APatternInAnotherDirectoryGoesThere)
+{
+    ASSERT_TRUE(MakeDirectories(Path("sub")));
+    for (const char* name : {"sub/a.img", "sub/a.cal"}) MakeFile(Path(name));
+    Then([] { EXPECT_TRUE(ChooseFiles({"sub\\*.cal"})); });
+    Then([this] {
+        EXPECT_EQ(FileDialogInFront()->directory, Path("sub"));
+        EXPECT_THAT(NamesShownAtLast(1), ElementsAre("a.cal"));
+        CancelFileDialog();
+    });
+    RunFileDialog(Request(FileDialogMode::kOpen));
 }
 
 TEST_F(FileSelection, OldPathsFindTheirFiles)

@@ -73,7 +73,8 @@ void ExpectNothingClipped(QWidget* root)
         const bool group = qobject_cast<const QGroupBox*>(widget) != nullptr;
         if (!label && !button && !group) continue;
         ++texts;
-        const QSize wanted = group ? widget->minimumSizeHint() : widget->sizeHint();
+        QSize wanted = group ? widget->minimumSizeHint() : widget->sizeHint();
+        if (label && widget->hasHeightForWidth()) wanted = {0, widget->heightForWidth(widget->width())};
         EXPECT_GE(widget->width(), std::min(wanted.width(), widget->maximumWidth())) << Named(widget);
         EXPECT_GE(widget->height(), std::min(wanted.height(), widget->maximumHeight())) << Named(widget);
         const QRect place(widget->mapTo(root, QPoint()), widget->size());
@@ -108,13 +109,23 @@ void FillDisplay(HWND dialog)
     ListSelect(dialog, 1256, 2);
 }
 
+void FillGeometry(HWND dialog)
+{
+    SetDlgItemText(dialog, 1608, "InSb 320 x 256, four channels");
+    SetDlgItemText(
+        dialog, 1460,
+        "Bad det file: /home/operator/.local/share/kelvo/calibrations/InSb 320 x 256/2.5 ms/unity/November/Last.bad");
+    for (const char* line : {"   0,   1", "  23,  32", "1023,1023"}) ListAdd(dialog, 1308, line);
+    SetDlgItemText(dialog, 1312, "1023,1023");
+}
+
 }  // namespace
 
 TEST_P(LookOf, Dialogs)
 {
-    for (const char* name :
-         {"DISPLAY", "ABOUT", "FRAMES", "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL", "ACCOUNT", "QVF1058", "ADVANCED",
-          "FRAMERATE", "CALIB", "CALREPORT", "CAL_COLD", "CAL_HOT", "SAVE", "ImgHead"}) {
+    for (const char* name : {"DISPLAY",  "ABOUT",    "FRAMES",    "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL",
+                             "ACCOUNT",  "QVF1058",  "ADVANCED",  "FRAMERATE", "CALIB", "CAL_COLD", "CAL_HOT",
+                             "CAL_OPEN", "CAL_SAVE", "CALREPORT", "GEOMETRY",  "SAVE",  "ImgHead"}) {
         dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {
@@ -138,6 +149,7 @@ TEST_P(LookOf, Dialogs)
             if (seen.message == WM_INITDIALOG && std::string_view(name) == "CALIB") {
                 for (const int id : {1205, 1206, 1211, 1216, 1220}) SetDlgItemText(dialog, id, "2047.00");
             }
+            if (seen.message == WM_INITDIALOG && std::string_view(name) == "GEOMETRY") FillGeometry(dialog);
             if (seen.message == WM_INITDIALOG && std::string_view(name).starts_with("CAL_")) {
                 for (const int id : {1224, 1226}) SetDlgItemText(dialog, id, "-274.00");
             }

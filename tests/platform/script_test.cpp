@@ -631,7 +631,8 @@ TEST_F(OperatorScript, PixelAndRawGoThroughTheirHooks)
     SetScriptHooks({.pixel = [](int x, int y) { return x < 3 ? std::optional<int>(10 * y + x) : std::nullopt; },
                     .raw = [](std::int64_t i) { return std::optional<int>(static_cast<int>(i) + 1); },
                     .source = {},
-                    .truth = {}});
+                    .truth = {},
+                    .registers = {}});
     ExpectSuccess("assert(pixel(2, 4) == 42 and pixel(3, 0) == nil and raw(7) == 8)");
 }
 
@@ -650,6 +651,11 @@ TEST_F(OperatorScript, NoTruthWithoutASimulatedCamera)
     ExpectFailure("sim.truth(0, 0)", "no simulated camera");
 }
 
+TEST_F(OperatorScript, NoHeadWithoutASimulatedCamera)
+{
+    ExpectFailure("sim.head()", "no simulated camera");
+}
+
 TEST_F(OperatorScript, SimulatedCameraIsReachedThroughItsHooks)
 {
     static std::string placed;
@@ -663,12 +669,17 @@ TEST_F(OperatorScript, SimulatedCameraIsReachedThroughItsHooks)
                     .truth =
                         [](int x, int y) {
                             return std::vector<std::pair<std::string, double>>{{"gain", x + 0.5}, {"dead", y}};
+                        },
+                    .registers =
+                        [] {
+                            return std::vector<std::pair<std::string, double>>{{"offset", 128}};
                         }});
     ExpectSuccess(R"(
         sim.source("low", 20)
         local done, message = pcall(sim.source, "sun")
         assert(not done and message:find("no such source"))
-        assert(sim.truth(1, 0).gain == 1.5 and sim.truth(1, 0).dead == 0))");
+        assert(sim.truth(1, 0).gain == 1.5 and sim.truth(1, 0).dead == 0)
+        assert(sim.head().offset == 128))");
     EXPECT_EQ(placed, "sun -1.0");
 }
 

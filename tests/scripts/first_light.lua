@@ -1,12 +1,25 @@
--- The example that run.sh shows where there is no display: it runs to its end and leaves its pictures and the head's byte log.
+-- The example that run.sh shows where there is no display: it runs to its end and leaves its pictures, what was saved, the calibration
+-- with its report, and the head's byte log. The next start (next_start.lua) comes up with the calibration.
 local check = require "check"
 local top = assert(arg[0]:match("^(.*)/tests/scripts/"), arg[0])
+arg[1] = datadir():match("^(.*)/data$")
 assert(loadfile(top .. "/examples/first-light.lua"))()
 for _, name in ipairs {
-  "1-before", "2-live", "3-scene", "4-frozen", "5-zoom", "6-colour", "7-configuration", "8-large-array", "9-after",
+  "01-before", "02-scope", "03-raw", "04-raw-scene", "05-calibration", "06-result", "07-bad-detectors", "08-corrected",
+  "09-corrected-scene", "10-colour", "11-zoom", "12-large-array", "13-saved-image",
 } do
-  check.eq(readfile("first-light/" .. name .. ".png"):sub(2, 4), "PNG", name)
+  check.eq(readfile(name .. ".png"):sub(2, 4), "PNG", name)
 end
+check.eq(readfile("scope.bmp"):sub(1, 2), "BM")
+for _, name in ipairs { "scene.img", "run1.seq", "run2.seq", "run3.seq" } do
+  check.eq(#readfile(name), 512 + 2 * 320 * 256, name)
+end
+for _, name in ipairs { "Last", "morning" } do
+  for _, extension in ipairs { "gai", "off", "noi", "dcm", "bad", "cal" } do
+    assert(readfile("data/" .. name .. "." .. extension), name .. "." .. extension)
+  end
+end
+check.holds(readfile("data/Last.report.txt"), "Residual non-uniformity")
 check.eq(state("FramesLost"), 0)
 check.seen("box", { text = "\nDo you wish to exit?" })
 

@@ -1,15 +1,11 @@
 -- The camera that reads out over four channels: each detector shows at its own place, whichever way the picture is turned.
 local check = require "check"
+local video = require "video"
 
 local columns, rows = 320, 256
 
 local function turn_on()
-  check.eq(dialog(), "CLOCK_ON")
-  press(1070)
-  for _ = 1, 3 do
-    if not dialog() then break end
-    press(dialog() == "CALIB" and 2 or 1)  -- the video as it is, no calibration
-  end
+  video.turn_on()
   check.eq(dialog(), nil)
   check.eq({ state("CameraOn"), state("LiveVideo"), state("CalType") }, { 1, 1, 0 })
 end

@@ -2,9 +2,9 @@
 -- trackball, a change of unit, a freeze with the cursor on. The camera of prepared/live_cursor gathers so many electrons that a count
 -- stays the same from frame to frame, and its detectors differ: each read-out can only be that of its own pixel.
 local check = require "check"
+local video = require "video"
 
-check.eq(dialog(), "CLOCK_ON")
-press(1070)
+video.turn_on()
 check.eq({ state("CameraOn"), state("LiveVideo") }, { 1, 1 })
 sim.source("low", 20)
 frames(5)

@@ -2,7 +2,7 @@
 # PROGRAM: kelvo. SCRIPTS: the scripts, divided by commas; each is a start of the program, with the data that the one
 # before left. DIRECTORY: emptied, then the working directory. PREPARED: if it is a directory, its contents stand in
 # DIRECTORY before the first start (data/ are the program's settings). ARGUMENTS: more for the command line, divided by
-# commas. EXPECTED: the exit code. OWN_DIRECTORY: true leaves it to the program where its data are. CAMERA: true leaves the
+# commas, THEN_ARGUMENTS those of the starts after the first. EXPECTED: the exit code. OWN_DIRECTORY: true leaves it to the program where its data are. CAMERA: true leaves the
 # machine wired as it ships (DEFAULTS), with the simulated camera, and the host frames few; otherwise (and unless the program finds its own
 # directory) no head and no board are wired to it.
 file(REMOVE_RECURSE ${DIRECTORY})
@@ -23,6 +23,7 @@ endif()
 set(ENV{XDG_CONFIG_HOME} ${DIRECTORY}/config)
 set(ENV{XDG_DATA_HOME} ${DIRECTORY}/share)
 string(REPLACE "," ";" arguments "${ARGUMENTS}")
+string(REPLACE "," ";" then_arguments "${THEN_ARGUMENTS}")
 string(REPLACE "," ";" scripts "${SCRIPTS}")
 set(data --data ${DIRECTORY}/data)
 if(OWN_DIRECTORY)
@@ -36,6 +37,7 @@ foreach(script IN LISTS scripts)
             ${arguments}
     WORKING_DIRECTORY ${DIRECTORY}
     RESULT_VARIABLE result)
+  set(arguments ${then_arguments})
   if(NOT "${result}" STREQUAL "${EXPECTED}")
     message(FATAL_ERROR "${script}: exit code ${result}, expected ${EXPECTED}; see ${transcript}")
   endif()

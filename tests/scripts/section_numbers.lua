@@ -1,6 +1,7 @@
 -- Every number of a camera section, each in turn with a value that no camera has (arg[1]): the set-up runs with it, and the turn-on ends
 -- with a box that names the key or with live video. The file keeps all else as it stood.
 local check = require "check"
+local video = require "video"
 local files = require "files"
 
 local value = assert(({
@@ -22,9 +23,13 @@ local keys = {
   "JambSyncEnable", "JambAddress", "RAM0Value", "RAM0JambValue", "MaxNumFramesToAllocate",
 }
 
--- What the program itself writes into the section at a turn-on or a change of camera.
-local written = { NumChannels = true, IndexFrameRate = true, fFrameRate = true, QVF1058_Gain0 = true, QVF1058_DAC0 = true,
-  Xzoom = true, Yzoom = true, Xoffset = true, Yoffset = true, Xpan = true, Ypan = true }
+-- What the program itself writes into the section at a turn-on, with the video set-up's OK or at a change of camera.
+local written = {}
+for _, key in ipairs {
+  "NumChannels", "IndexFrameRate", "IndexIntegrationTime", "fFrameRate", "QVF1058_Gain0", "QVF1058_DAC0", "QVF1058_AdDelay",
+  "QVF1058_LineStartDelay", "QVF1058_FrameStartDelay", "DetBias", "PedBias", "ColGain", "FlipRows", "FlipCols", "FastFrame", "ColStart",
+  "RowStart", "Vactive", "Hactive", "Xzoom", "Yzoom", "Xoffset", "Yoffset", "Xpan", "Ypan",
+} do written[key] = true end
 
 local camera_file = state("CameraFilePath")
 local shipped = readfile(camera_file)
@@ -84,12 +89,14 @@ end
 check.eq(dialog(), "CLOCK_ON")
 press(2)
 for turn, key in ipairs(keys) do
-  local number = 4 + turn % 2
+  local number = 5 + turn % 2
   put(number, key)
   local boxes = restart(number)
   check.eq(boxes[1], "Kelvo must be re-initialized before changes are effective. Restart now?", key)
   if dialog() == "CLOCK_ON" then
     press(1070)
+    answer_boxes(boxes)
+    video.pass_set_up()
     answer_boxes(boxes)
   end
   if state("CameraOn") == 1 then

@@ -1,6 +1,7 @@
 -- The simulated cameras as they ship, each turned on through its own section: frame rate, working point, noise, range, and what the bench's
 -- truth says of the detectors.
 local check = require "check"
+local video = require "video"
 
 -- Index in the configuration dialog's list; size; frames a second from crystal, divider and window; spread of response.
 local cameras = {
@@ -104,8 +105,7 @@ for number, camera in ipairs(cameras) do
     press(1)
     answer("yes")
   end
-  check.eq(dialog(), "CLOCK_ON")
-  press(1070)
+  video.turn_on()
   check.eq({ state("Hroi"), state("Vroi"), state("LiveVideo") }, { camera.columns, camera.rows, 1 })
   frames(10)
   expect_rate(camera)

@@ -7,6 +7,7 @@ out:write("[Camera.2]\nDescription=64 x 64 (J108)\nHactive=320\nVactive=256\nHro
 out:close()
 
 local check = require "check"
+local video = require "video"
 local question = "Your camera head has an InSb focalplane.  Your software configuration may be incorrect!"
 check.answer_box(question, "yes", "Stop startup procedure?")
 check.eq(dialog(), "CLOCK_ON")
@@ -18,5 +19,6 @@ check.eq(dialog(), "CLOCK_ON")
 press(1070)
 check.answer_box(question, "no")
 check.eq(box(), nil)
+video.pass_set_up()
 check.eq({ state("CameraOn"), state("LiveVideo") }, { 1, 1 })
 frames(3)

@@ -1,5 +1,6 @@
 -- The camera's main switch with the simulated head behind it: each of the three ways on, and off again each time.
 local check = require "check"
+local calibration = require "calibration"
 local files = require "files"
 local video = require "video"
 
@@ -60,13 +61,13 @@ turn_off()
 -- A selected one.
 command(169)
 press(1074)
-check.eq(file().title, "Load Calibration")
-choose(state("DefaultDir") .. "/last.cal")
+check.eq(dialog(), "CAL_OPEN")
+calibration.choose(state("DefaultDir") .. "/last.cal")
 is_live()
 
 -- The same file by the menu.
 command(133)
-choose(state("DefaultDir") .. "/last.cal")
+calibration.choose(state("DefaultDir") .. "/last.cal")
 is_live()
 turn_off()
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 namespace kelvo {
 namespace {
@@ -115,6 +116,23 @@ TEST_F(SimFrames, AWindowShowsItsDetectors)
 }
 
 // Last column and row far beyond the array: units 127 and 63.
+// Gain index 4 is code 12; offset 160; 100 rows and 200 columns; 96 lines and 40 columns; columns 64 to 191, rows 16 to
+// 111; detector bias 11 and column gain 1 arrive mirrored (13, 4).
+TEST_F(SimFrames, TheHeadTellsWhatItsRegistersHold)
+{
+    Send({{0x60, 12 * 4, 0, 0}, {0x70, 1, 160, 0}, {0x50, 0, 0, 11}, {0x50, 1, 25, 50}, {0x50, 3, 98, 10}});
+    Send({{0x50, 5, 0, 0x97}, {0x60, 2, 17, 0xD2}, {0x60, 4, 132, 44}, {0x60, 0, 13 * 8 + 2 * 2 + 1, 0x08 + 0x02}});
+    const auto told = SimHeadRegisters(*camera);
+    const std::map<std::string, double> registers(told.begin(), told.end());
+    const std::map<std::string, double> expected = {
+        {"clock", 11},         {"rows", 100},        {"columns", 200},   {"integration_rows", 98},
+        {"delays", 0x97},      {"gain", 12},         {"offset", 160},    {"integration_columns", 10},
+        {"left", 64},          {"top", 16},          {"right", 191},     {"bottom", 111},
+        {"detector_bias", 11}, {"pedestal_bias", 2}, {"column_gain", 1}, {"test_mode", 0},
+        {"flip_columns", 1},   {"flip_rows", 0}};
+    for (const auto& [name, value] : expected) EXPECT_EQ(registers.at(name), value) << name;
+}
+
 TEST_F(SimFrames, AWindowBeyondTheArrayEndsWithIt)
 {
     const Counts whole = Frame(1);

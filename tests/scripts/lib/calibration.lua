@@ -56,6 +56,13 @@ function calibration.two_point(low, high, frames)
   return calibration.bad_pixels()
 end
 
+-- The dialog in front asks for a set's file: named, and accepted.
+function calibration.choose(path)
+  assert(dialog() == "CAL_OPEN" or dialog() == "CAL_SAVE", dialog() or box() and box().text)
+  set(1460, path)
+  press(1)
+end
+
 -- Deviation of the picture on view over its mean, in counts, and the mean.
 function calibration.unevenness()
   local width, height = state("Hroi"), state("Vroi")

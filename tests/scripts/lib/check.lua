@@ -38,6 +38,7 @@ function check.eq(actual, expected, what)
   if not equal(actual, expected) then complain("expected " .. show(expected) .. ", got " .. show(actual), what) end
 end
 check.expect_eq = check.eq
+check.same = equal
 
 -- A number within a tolerance.
 function check.near(actual, expected, tolerance, what)

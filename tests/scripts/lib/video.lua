@@ -7,11 +7,12 @@ function video.turn_on()
   assert(dialog() == "CLOCK_ON", dialog())
   press(1070)
   assert(dialog() == "QVF1058", dialog() or box() and box().text)
-  press(1)
-  video.decline_calibration()
+  video.pass_set_up()
 end
 
-function video.decline_calibration()
+-- The oscilloscope that a turn-on has opened, if it has: accepted, and the calibration that is offered afterwards declined.
+function video.pass_set_up()
+  if dialog() == "QVF1058" then press(1) end
   if dialog() == "CALIB" then press(2) end
 end
 

@@ -1,0 +1,33 @@
+// The lists of the dialogs in which the operator names a file: they show the working directory, and going into another
+// one changes it.
+//
+// Controls: 1460 the name or a pattern, 1462 the directory, 1464 its files that fit the pattern, 1466 the directories
+// in it. One such dialog is open at a time.
+#pragma once
+
+#include "platform/types.h"
+
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+inline constexpr int kNameToFile = 1460;
+inline constexpr int kDirectoryOfFiles = 1462;
+inline constexpr int kFilesThatFit = 1464;
+inline constexpr int kDirectoriesBelow = 1466;
+
+// Fills directory and lists; the name shows the pattern.
+void OpenFileLists(HWND dialog, std::string_view pattern);
+// The files of another pattern. The name shows it too, unless a name was typed.
+void ChangePattern(HWND dialog, std::string_view pattern);
+// Goes into the directory that is selected, with a beep where it may not be entered; false if none is.
+bool EnterSelectedDirectory(HWND dialog);
+// The selected file's name goes to the name; false if none is.
+bool TakeSelectedFile(HWND dialog);
+// A pattern in the name's place: its files are listed, those of the directory that stands before it.
+void ListPattern(HWND dialog, const std::string& pattern);
+// The whole path of a name in the working directory.
+std::string InCurrentDirectory(std::string_view name);
+
+}  // namespace kelvo
