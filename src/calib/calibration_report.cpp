@@ -112,9 +112,10 @@ DeviceBitmap MapPicture(const CalibrationReport& report, int step)
     for (std::size_t i = 0; i < report.map.size(); ++i) {
         const std::uint8_t mark = report.map[i];
         if (mark == 0 || mark > report.classes.size()) continue;
-        const auto row = static_cast<int>(i) / report.columns / step;
-        const auto column = static_cast<int>(i) % report.columns / step;
-        picture.pixels[static_cast<std::size_t>(row * picture.width + column)] = report.classes[mark - 1U].color;
+        const auto columns = static_cast<std::size_t>(report.columns);
+        const auto cell = static_cast<std::size_t>(step);
+        const std::size_t place = i / columns / cell * static_cast<std::size_t>(picture.width) + i % columns / cell;
+        picture.pixels[place] = report.classes[mark - 1U].color;
     }
     return picture;
 }

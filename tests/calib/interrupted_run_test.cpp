@@ -21,7 +21,6 @@ namespace kelvo {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -118,7 +117,7 @@ TEST_F(InterruptedRun, OnADiskThatFillsUpWhileItSavesIsInForceBesideTheFormerSet
 {
     ASSERT_EQ(RunOf(0), 1);
     const Files former = FilesOf(LastCalPath());
-    for (const rlim_t bytes : {8, 20, 34, 300}) {  // the offsets, the gains, the bad detectors, the settings
+    for (const rlim_t bytes : {8U, 20U, 34U, 300U}) {  // the offsets, the gains, the bad detectors, the settings
         SCOPED_TRACE(bytes);
         InAnotherProcess([&] {
             op->AtNextBox([bytes](const FrontBox& box) {
