@@ -143,18 +143,23 @@ void ShowNoiseLimit(HWND dialog)
     EnableDlgItem(dialog, kNoiseEdit, on);
 }
 
+void ShowHint(bool substitutionOn)
+{
+    if (substitutionOn) {
+        StatusString(kDialogHint, kLeftAligned);
+    } else {
+        StatusMessage(kSubstitutionOff, kLeftAligned);
+    }
+}
+
 // What finds bad pixels counts only where they are replaced.
 void ShowSubstitution(HWND dialog, bool on)
 {
     for (const int id : {kReplaceNoisyBox, kGainRangeEdit, kMinOffsetEdit, kMaxOffsetEdit})
         EnableDlgItem(dialog, id, on);
     ShowNoiseLimit(dialog);
-    if (on) {
-        StatusString(kDialogHint, kLeftAligned);
-        return;
-    }
-    MessageBeep(Sound::kExclamation);
-    StatusMessage(kSubstitutionOff, kLeftAligned);
+    if (!on) MessageBeep(Sound::kExclamation);
+    ShowHint(on);
 }
 
 std::string NoiseText()
@@ -314,7 +319,11 @@ void Accept(HWND dialog)
 
 void LoadPrevious(HWND dialog)
 {
-    if (ChooseCalibrationToOpen(dialog) && LoadCalibration(dialog, FilePathBuf)) EndDialog(dialog, 0);
+    if (ChooseCalibrationToOpen(dialog) && LoadCalibration(dialog, FilePathBuf)) {
+        EndDialog(dialog, 0);
+    } else {
+        ShowHint(IsDlgButtonChecked(dialog, kReplaceBadBox));
+    }
 }
 
 bool OnCommand(HWND dialog, int id)

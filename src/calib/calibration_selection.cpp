@@ -177,8 +177,12 @@ int Choose(std::string_view name, HWND window, DialogProc procedure)
 
 int ChooseCalibrationToOpen(HWND window)
 {
+    const std::string statusBefore = StatusText;
+    const int alignBefore = StatusAlign;
     StatusString(kChooseHint, kLeftAligned);
-    return Choose("CAL_OPEN", window, fnCALOPENDlgProc);
+    const int chosen = Choose("CAL_OPEN", window, fnCALOPENDlgProc);
+    if (!chosen) StatusMessage(statusBefore, alignBefore);
+    return chosen;
 }
 
 int ChooseCalibrationToSave(HWND window)

@@ -94,6 +94,15 @@ bool Gone(const std::string& path)
     return !FileExists(path) || DeleteFileNamed(path);
 }
 
+// On a disk that isn't there now.
+bool OutOfReach(const Journal& journal)
+{
+    std::string drive;
+    std::string directory;
+    SplitPath(journal.calPath, &drive, &directory, nullptr, nullptr);
+    return !DirectoryExists(drive + directory);
+}
+
 // A copy that isn't there any more is back in its place: this may have been begun before.
 bool PutBack(const Journal& journal, std::string_view extension)
 {
@@ -107,6 +116,7 @@ bool PutBack(const Journal& journal, std::string_view extension)
 // else.
 bool PutAllBack(const Journal& journal)
 {
+    if (OutOfReach(journal)) return false;
     if (HoldsExtension(journal, ".cal") && !FileExists(AsideFile(journal.calPath, ".cal"))) return true;
     bool done = Gone(SetFile(journal.calPath, ".cal"));
     for (const std::string_view extension : kSetExtensions) done = done && PutBack(journal, extension);
@@ -127,6 +137,14 @@ bool FinishEarlierOne()
     const std::optional<Journal> journal = ReadJournal();
     if (journal) return Finish(*journal);
     return Gone(JournalPath());  // one that can't be read tells nothing
+}
+
+// Files out of reach don't keep the operator from the next calibration: the start told of them, and their copies stay.
+bool ReadyForAnother()
+{
+    if (FinishEarlierOne()) return true;
+    const std::optional<Journal> journal = ReadJournal();
+    return journal && OutOfReach(*journal);
 }
 
 // The files that lie aside now; nullopt where one couldn't be copied.
@@ -182,7 +200,7 @@ SetReplacement::~SetReplacement()
 
 int SetReplacement::Begin()
 {
-    if (begun_ || !FinishEarlierOne()) return 0;
+    if (begun_ || !ReadyForAnother()) return 0;
     if (!WriteJournal({std::string(kCopying), {}, calPath_})) return 0;
     const auto present = CopyAside(calPath_);
     begun_ = present && WriteJournal({std::string(kReplacing), *present, calPath_});

@@ -46,7 +46,8 @@ class SetReplacement {
     SetReplacement& operator=(const SetReplacement&) = delete;
 
     // 1 once the former files lie aside; 0, nothing changed, where that failed (a full disk, no permission), or where
-    // an earlier replacement couldn't be finished. Nothing is told. One replacement at a time.
+    // an earlier replacement couldn't be finished. One on a disk that isn't there any more is given up: its former
+    // files stay there as ".NAME.gai.former" and so on. Nothing is told. One replacement at a time.
     int Begin();
     // 1: the files as they stand now are the set. 0: that couldn't be written down, and the former files are back.
     int Commit();

@@ -413,6 +413,7 @@ TEST_F(CalibDialog, ALoadThatFailsOrIsCancelledStays)
     op->Do([this] { NameFile(InDirectory("warm.cal")); });
     op->Do([] {
         ASSERT_TRUE(DialogInFront());
+        EXPECT_EQ(StatusText, kHint) << "not what the load was at when it ended";
         OperatePress(DialogInFront(), kIdCancel);
     });
     EXPECT_EQ(RunCalibrationDialog(hWndMain), 0);

@@ -11,6 +11,7 @@
 #include "platform/front.h"
 #include "platform/profile.h"
 #include "platform/window.h"
+#include "shell/status.h"
 #include "shell/windows.h"
 #include "support/name_file.h"
 
@@ -156,6 +157,16 @@ TEST_F(Selection, AnEmptyNameDoesNothing)
 {
     EXPECT_EQ(Open({""}), 0);
     EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(Selection, OneThatIsCancelledGivesTheStatusLineBack)
+{
+    StatusMessage("what stood there", 2);
+    EXPECT_EQ(Open({}), 0);
+    EXPECT_EQ(StatusText, "what stood there");
+    EXPECT_EQ(StatusAlign, 2);
+    EXPECT_EQ(op->Texts("status", "text").back(), "what stood there");
+    EXPECT_THAT(op->Texts("status", "text"), testing::Contains(" Choose .CAL file to load for calibration"));
 }
 
 TEST_F(Selection, ToSaveWantsACalibration)

@@ -317,6 +317,47 @@ TEST_F(LastSet, FilesThatCantBePutBackAreToldAndWaitForTheNextStart)
     EXPECT_EQ(Contents(Last(".cal")), kOldSet);
 }
 
+TEST_F(LastSet, OnADiskThatIsAwayWaitsForItsReturn)
+{
+    std::filesystem::create_directory(directory / "stick");
+    const std::string kept = directory / "stick/kept.cal";
+    PutSet(kept, "old");
+    InAnotherProcess([&] {
+        SetReplacement set(kept);
+        if (!set.Begin()) _exit(1);
+        PutSet(kept, "new");
+        _exit(0);
+    });
+    std::filesystem::rename(directory / "stick", directory / "away");
+    EXPECT_EQ(FinishInterruptedReplacement(), 0);
+    ASSERT_THAT(BoxesShown(), SizeIs(1));
+    EXPECT_EQ(BoxesShown()[0].text, "The files of this calibration couldn't be put back:\n" + kept);
+    std::filesystem::rename(directory / "away", directory / "stick");
+    EXPECT_EQ(FinishInterruptedReplacement(), 1);
+    EXPECT_EQ(Contents(kept), kOldSet);
+}
+
+TEST_F(LastSet, OnADiskThatStaysAwayDoesNotKeepOthersFromBeingMade)
+{
+    std::filesystem::create_directory(directory / "stick");
+    const std::string kept = directory / "stick/kept.cal";
+    PutSet(kept, "old");
+    InAnotherProcess([&] {
+        SetReplacement set(kept);
+        if (!set.Begin()) _exit(1);
+        PutSet(kept, "new");
+        _exit(0);
+    });
+    std::filesystem::rename(directory / "stick", directory / "away");
+    PutSet(Last(".cal"), "old");
+    SetReplacement last(LastCalPath());
+    EXPECT_EQ(last.Begin(), 1);
+    PutSet(Last(".cal"), "new");
+    EXPECT_EQ(last.Commit(), 1);
+    EXPECT_EQ(Contents(Last(".cal")), ".gainew .offnew .noinew .dcmnew .badnew .calnew ");
+    EXPECT_EQ(FileContents(directory / "away/.kept.gai.former"), ".gaiold");
+}
+
 // --- Killed at any moment -------------------------------------------------------------------------------------------
 
 class KilledProcess : public LastSet {

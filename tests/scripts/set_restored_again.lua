@@ -1,6 +1,7 @@
 -- The start after set_restored.lua, with "AUTOSTART last.cal" on the command line: corrected, with no question asked, and the head as
 -- it was at the calibration. Then the set is carried to another machine and back, and loaded there as an old machine wrote it.
 local check = require "check"
+local calibration = require "calibration"
 local registers = require "registers"
 
 local data = datadir()
@@ -68,7 +69,7 @@ check.eq(dialog(), "CALIB")
 press(2)
 assert(not check.same(sim.head(), head))
 command(133)
-choose("C:\\KELVO\\oldsets\\warm.cal")
+calibration.choose("C:\\KELVO\\oldsets\\warm.cal")
 comes_up_corrected("the old machine's")
 check.eq(state("CalSettings.GainFile"), data .. "/OldSets/WARM.GAI")
 local replaced = state("BadDetCount")
@@ -76,8 +77,8 @@ assert(replaced > 1000, replaced)
 
 -- Saved here under a name of its own it keeps its line ends, and turns the camera on.
 command(132)
-choose(data .. "/warm now")
-check.eq({ box(), dialog(), file() }, {})
+calibration.choose(data .. "/warm now")
+check.eq({ box(), dialog() }, {})
 check.eq(listdir(data .. "/OldSets"), { "WARM.BAD", "WARM.CAL", "WARM.OFF", "Warm.gai", "warm.Dcm" })
 local saved = readfile(data .. "/warm now.cal")
 check.eq(saved:gsub("\r\n", ""):find("[\r\n]"), nil, "a line end of another kind")
@@ -88,6 +89,6 @@ end
 turn_off()
 command(169)
 press(1074)
-choose(data .. "/warm now.cal")
+calibration.choose(data .. "/warm now.cal")
 comes_up_corrected("saved under another name")
 check.eq(state("BadDetCount"), replaced)
