@@ -4,6 +4,7 @@
 
 #include "calib/cal_settings.h"
 #include "calib/cal_state.h"
+#include "calib/calibration.h"
 #include "calib/calibration_fixture.h"
 #include "calib/calibration_report.h"
 #include "calib/last_set.h"
@@ -172,6 +173,15 @@ TEST_F(TwoPointRun, MakesALastSetAndPutsItInForce)
     EXPECT_EQ(op->Boxes()[1].caption, "Kelvo Calibration Statistics");
     EXPECT_THAT(op->Boxes()[1].text, Not(HasSubstr("@")));
     EXPECT_THAT(op->Boxes()[1].text, Not(HasSubstr("Sensitivity")));
+}
+
+TEST_F(TwoPointRun, TheSetNamesItsCameraWhereTheSettingsLeaveItToTheDefault)
+{
+    PutFile(IniFilePath, "[Setup]\nMark=of the machine\n");
+    ForgetProfile(IniFilePath);
+    EXPECT_EQ(TwoPointOf(kLow, kHigh), 1);
+    EXPECT_EQ(KeyOf(LastCalPath(), "Setup", "ActiveCamera"), "2");
+    EXPECT_EQ(LoadCalibration(hWndMain, LastCalPath()), 1);
 }
 
 TEST_F(TwoPointRun, TemperaturesAreToldAndKept)

@@ -3,6 +3,7 @@
 -- Without a calibration the counts are saved in readout order; with one the file is the picture.
 local calibration = require "calibration"
 local check = require "check"
+local calibration = require "calibration"
 local files = require "files"
 local video = require "video"
 local dir = datadir()
