@@ -1,7 +1,6 @@
 -- Saving with the camera on: live and frozen, images and sequences, without a calibration and with one. The array stands in the dark
 -- and has no noise here, so that each frame is as the other and what is saved can be held against what is seen, count for count.
 -- Without a calibration the counts are saved in readout order; with one the file is the picture.
-local calibration = require "calibration"
 local check = require "check"
 local calibration = require "calibration"
 local files = require "files"
