@@ -26,8 +26,9 @@ namespace kelvo {
 //
 // Refused: where no frame came ("Video Data Acquisition Failed, Hardware error!"), where one detector in twenty or
 // fewer responds by more than NoiseFloor, where the array's mean response is below it. An offset beyond 16 bits is
-// asked about. A set that can't be written is told, and the calibration is in force without files (CalSettings.CalFile
-// is empty).
+// asked about. Where the former set can't be copied aside ("Failed to save file: ...") there is no room for a new one
+// either, and the run fails. A set that can't be written after that is told, and the calibration is in force without
+// files (CalSettings.CalFile is empty).
 int TwoPointCalibrate(HWND window, const CameraConfig& config, std::int32_t& doneFlag);
 
 // Offsets from one source. With CalType 0 all gains are 1 and the result is the set "last" in DefaultDir, CalType 1.

@@ -5,10 +5,10 @@
 #include "calib/cal_settings.h"
 #include "calib/cal_state.h"
 #include "calib/calibration.h"
-#include "calib/calibration_fixture.h"
 #include "calib/calibration_report.h"
 #include "calib/last_set.h"
 #include "calib/reload_lists.h"
+#include "calib/run_fixture.h"
 #include "display/display_state.h"
 #include "grabber/board.h"
 #include "grabber/frame_state.h"
@@ -41,95 +41,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-using Frame = std::vector<std::int16_t>;
-
-// Eight detectors: five good ones, a dead one, one that responds too strongly, one far off.
-const Frame kLow = {1000, 1010, 990, 1000, 1000, 1005, 1000, 1500};
-const Frame kHigh = {2000, 2010, 1990, 2000, 2000, 1010, 3000, 2500};
-
-class Calibration : public CalibrationTest {
-  protected:
-    void SetUp() override
-    {
-        CalibrationTest::SetUp();
-        SetKelvoDirectory(DefaultDir);
-        PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n-1,0\n0,-1\n1,0\n");
-        PutFile(InDirectory("platform.ini"),
-                "[Ports]\nCOM2=sim:head.cnf\n[Board]\nBoard=recorded\n[Memory]\nLimit=400\n");
-        ForgetProfile(InDirectory("platform.ini"));
-        numBufFrames = 4;
-        LiveVideo = 1;
-        CalSettings.PRSfile = InDirectory("nearccw.prs");
-        CalSettings.NumFrames = 2;
-        CalSettings.MinOffset = 400;
-        CalSettings.MaxOffset = 400;
-        ReplaceNoisy = 1;
-        SubstBadPixels = 1;
-        TemperatureCold = -999.0F;
-        TemperatureHot = -999.0F;
-        SetBoardFrames({kLow});
-    }
-
-    // The dialog of that name is in front: frames stand before the camera from here on, a temperature is typed, OK.
-    void AtLow(std::vector<Frame> frames, const char* temperature = "")
-    {
-        op->Do([frames = std::move(frames), temperature] {
-            ASSERT_TRUE(DialogInFront());
-            ASSERT_EQ(DialogName(DialogInFront()), "CAL_COLD");
-            SetBoardFrames(frames);
-            OperateText(DialogInFront(), 1224, temperature);
-            OperatePress(DialogInFront(), kIdOk);
-        });
-    }
-    void AtHigh(std::vector<Frame> frames, const char* temperature = "", std::function<void()> then = nullptr)
-    {
-        op->Do([frames = std::move(frames), temperature, then = std::move(then)] {
-            ASSERT_TRUE(DialogInFront());
-            ASSERT_EQ(DialogName(DialogInFront()), "CAL_HOT");
-            SetBoardFrames(frames);
-            OperateText(DialogInFront(), 1226, temperature);
-            if (then) then();
-            OperatePress(DialogInFront(), kIdOk);
-        });
-    }
-    void Press(int id)
-    {
-        op->Do([id] { OperatePress(DialogInFront(), id); });
-    }
-    int TwoPoint() { return TwoPointCalibrate(hWndMain, ActiveConfig, CalDone); }
-    int TwoPointOf(const Frame& low, const Frame& high)
-    {
-        AtLow({low});
-        AtHigh({high});
-        return TwoPoint();
-    }
-
-    template <typename Entry>
-    std::vector<Entry> ListOf(std::string_view name)
-    {
-        const std::string bytes = FileContents(InDirectory(name));
-        std::vector<Entry> list(bytes.size() / sizeof(Entry));
-        std::memcpy(list.data(), bytes.data(), list.size() * sizeof(Entry));
-        return list;
-    }
-    std::vector<std::string> BoxTexts() const
-    {
-        std::vector<std::string> texts;
-        for (const auto& box : op->Boxes()) texts.push_back(box.text);
-        return texts;
-    }
-    // Uncalibrated: the plain table, gain 1, one offset for all.
-    static void ExpectUnity()
-    {
-        EXPECT_EQ(CalType, 0);
-        EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
-        EXPECT_THAT(GainList, Each(1.0F));
-        EXPECT_THAT(OffsetList, Each(16384));
-    }
-    bool Stands(std::string_view name) const { return FileExists(InDirectory(name)); }
-};
-
-using TwoPointRun = Calibration;
+using TwoPointRun = CalibrationRun;
 
 // Good detectors and the strong one and the far one respond: low mean (1000 + 1010 + 990 + 1000 + 1000 + 1000 + 1500)
 // / 7 = 1071.43, response (6 x 1000 + 2000) / 7 = 1142.86. Gains 1000 / 1142.86 = 0.875; the strong one's 1.75 is out
@@ -568,11 +480,11 @@ TEST_F(TwoPointRun, AReportThatCantBeShownIsTold)
 
 // --- One point ------------------------------------------------------------------------------------------------------
 
-class OnePointRun : public Calibration {
+class OnePointRun : public CalibrationRun {
   protected:
     void SetUp() override
     {
-        Calibration::SetUp();
+        CalibrationRun::SetUp();
         CalType = 0;
     }
     int OnePoint(const Frame& counts)
@@ -796,11 +708,11 @@ TEST_F(OnePointRun, OffsetMemoryThatIsRefusedEndsInTheUnityState)
 
 // --- Lists read again -----------------------------------------------------------------------------------------------
 
-class ReloadedLists : public Calibration {
+class ReloadedLists : public CalibrationRun {
   protected:
     void SetUp() override
     {
-        Calibration::SetUp();
+        CalibrationRun::SetUp();
         PutSet(InDirectory("warm.cal"));
         settings.GainFile = InDirectory("warm.gai");
         settings.OffsetFile = InDirectory("warm.off");

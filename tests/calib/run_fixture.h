@@ -1,0 +1,118 @@
+// Whole calibration runs on a camera of 2 x 4 detectors whose frames are given.
+#pragma once
+
+#include "calib/cal_settings.h"
+#include "calib/cal_state.h"
+#include "calib/calibration_fixture.h"
+#include "calib/calibration_run.h"
+#include "config/camera_config.h"
+#include "display/display_state.h"
+#include "grabber/board.h"
+#include "grabber/frame_state.h"
+#include "head/recorded_board.h"
+#include "platform/dialog.h"
+#include "platform/files.h"
+#include "platform/profile.h"
+#include "shell/windows.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+using Frame = std::vector<std::int16_t>;
+
+// Eight detectors: five good ones, a dead one, one that responds too strongly, one far off.
+inline const Frame kLow = {1000, 1010, 990, 1000, 1000, 1005, 1000, 1500};
+inline const Frame kHigh = {2000, 2010, 1990, 2000, 2000, 1010, 3000, 2500};
+
+class CalibrationRun : public CalibrationTest {
+  protected:
+    void SetUp() override
+    {
+        CalibrationTest::SetUp();
+        SetKelvoDirectory(DefaultDir);
+        PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n-1,0\n0,-1\n1,0\n");
+        PutFile(InDirectory("platform.ini"),
+                "[Ports]\nCOM2=sim:head.cnf\n[Board]\nBoard=recorded\n[Memory]\nLimit=400\n");
+        ForgetProfile(InDirectory("platform.ini"));
+        numBufFrames = 4;
+        LiveVideo = 1;
+        CalSettings.PRSfile = InDirectory("nearccw.prs");
+        CalSettings.NumFrames = 2;
+        CalSettings.MinOffset = 400;
+        CalSettings.MaxOffset = 400;
+        ReplaceNoisy = 1;
+        SubstBadPixels = 1;
+        TemperatureCold = -999.0F;
+        TemperatureHot = -999.0F;
+        SetBoardFrames({kLow});
+    }
+
+    // The dialog of that name is in front: frames stand before the camera from here on, a temperature is typed, OK.
+    void AtLow(std::vector<Frame> frames, const char* temperature = "")
+    {
+        op->Do([frames = std::move(frames), temperature] {
+            ASSERT_TRUE(DialogInFront());
+            ASSERT_EQ(DialogName(DialogInFront()), "CAL_COLD");
+            SetBoardFrames(frames);
+            OperateText(DialogInFront(), 1224, temperature);
+            OperatePress(DialogInFront(), kIdOk);
+        });
+    }
+    void AtHigh(std::vector<Frame> frames, const char* temperature = "", std::function<void()> then = nullptr)
+    {
+        op->Do([frames = std::move(frames), temperature, then = std::move(then)] {
+            ASSERT_TRUE(DialogInFront());
+            ASSERT_EQ(DialogName(DialogInFront()), "CAL_HOT");
+            SetBoardFrames(frames);
+            OperateText(DialogInFront(), 1226, temperature);
+            if (then) then();
+            OperatePress(DialogInFront(), kIdOk);
+        });
+    }
+    void Press(int id)
+    {
+        op->Do([id] { OperatePress(DialogInFront(), id); });
+    }
+    int TwoPoint() { return TwoPointCalibrate(hWndMain, ActiveConfig, CalDone); }
+    int TwoPointOf(const Frame& low, const Frame& high)
+    {
+        AtLow({low});
+        AtHigh({high});
+        return TwoPoint();
+    }
+
+    template <typename Entry>
+    std::vector<Entry> ListOf(std::string_view name)
+    {
+        const std::string bytes = FileContents(InDirectory(name));
+        std::vector<Entry> list(bytes.size() / sizeof(Entry));
+        std::memcpy(list.data(), bytes.data(), list.size() * sizeof(Entry));
+        return list;
+    }
+    std::vector<std::string> BoxTexts() const
+    {
+        std::vector<std::string> texts;
+        for (const auto& box : op->Boxes()) texts.push_back(box.text);
+        return texts;
+    }
+    // Uncalibrated: the plain table, gain 1, one offset for all.
+    static void ExpectUnity()
+    {
+        EXPECT_EQ(CalType, 0);
+        EXPECT_THAT(DecomList, testing::ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
+        EXPECT_THAT(GainList, testing::Each(1.0F));
+        EXPECT_THAT(OffsetList, testing::Each(16384));
+    }
+    bool Stands(std::string_view name) const { return FileExists(InDirectory(name)); }
+};
+
+}  // namespace kelvo
