@@ -1,12 +1,11 @@
 // A list of bad detectors, read into maps of several regions.
 #include "config/camera_config.h"
 #include "pixel/bad_pixels.h"
-#include "platform/transcript.h"
+#include "quiet_boxes.h"
 #include "temp_file.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <iterator>
 #include <string>
 
@@ -18,10 +17,7 @@ constexpr std::int32_t kSides[][2] = {{3, 4}, {0, 0}, {512, 640}, {-1, 214748364
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 {
-    // A program without windows tells its boxes on this stream, where they would drown all else. The sanitizers and the
-    // fuzzer write past it.
-    stderr = std::fopen("/dev/null", "w");
-    return stderr ? 0 : 1;
+    return kelvo::QuietBoxes();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

@@ -3,12 +3,12 @@
 #include "config/camera_config.h"
 #include "pixel/decommutation.h"
 #include "platform/files.h"
+#include "quiet_boxes.h"
 #include "shell/windows.h"
 #include "temp_file.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <filesystem>
 #include <iterator>
 #include <string>
@@ -22,8 +22,7 @@ constexpr std::int32_t kSchemes[] = {2, 3, 10, 11, 12};
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 {
-    stderr = std::fopen("/dev/null", "w");  // boxes of a program without windows are told there
-    return stderr ? 0 : 1;
+    return kelvo::QuietBoxes();
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)

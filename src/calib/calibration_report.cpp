@@ -3,18 +3,23 @@
 #include "acquire/averaging.h"
 #include "calib/last_set.h"
 #include "config/camera_config.h"
+#include "display/display_state.h"
 #include "grabber/frame_state.h"
+#include "pixel/decommutation.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
+#include "platform/help.h"
 #include "platform/memory.h"
 #include "platform/paint.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/dialog_ids.h"
 #include "shell/windows.h"
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace kelvo {
 
@@ -25,7 +30,7 @@ constexpr int kMap = 1002;
 constexpr int kLegend = 1003;
 
 constexpr std::uint32_t kGoodColor = 0x202428;
-constexpr std::uint32_t kListedColor = 0xFFFFFF;
+constexpr std::uint32_t kListedColor = 0x9AA0A6;
 constexpr float kColdestTemperature = -274.0F;
 constexpr double kKelvinAtZero = 273.15;
 constexpr double kSecondRadiationConstant = 14387.77;  // um K, h c / k
@@ -90,13 +95,26 @@ std::string LegendText(const CalibrationReport& report)
 
 // --- The dialog -----------------------------------------------------------------------------------------------------
 
-DeviceBitmap MapPicture(const CalibrationReport& report)
+// So many pixels of the frame go into one of the area, at least 1, that all of it fits.
+int PixelsInOne(const Rect& area, int columns, int rows)
 {
-    DeviceBitmap picture{.width = report.columns, .height = report.rows, .pixels = {}};
-    picture.pixels.resize(report.map.size(), kGoodColor);
+    const auto share = [](int pixels, int room) { return (pixels + room - 1) / std::max(room, 1); };
+    return std::max({1, share(columns, area.Width()), share(rows, area.Height())});
+}
+
+// Where a large frame has to shrink, a bad detector takes its whole cell: none may go unseen.
+DeviceBitmap MapPicture(const CalibrationReport& report, int step)
+{
+    DeviceBitmap picture{
+        .width = (report.columns + step - 1) / step, .height = (report.rows + step - 1) / step, .pixels = {}};
+    picture.pixels.resize(static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height),
+                          kGoodColor);
     for (std::size_t i = 0; i < report.map.size(); ++i) {
         const std::uint8_t mark = report.map[i];
-        if (mark != 0 && mark <= report.classes.size()) picture.pixels[i] = report.classes[mark - 1U].color;
+        if (mark == 0 || mark > report.classes.size()) continue;
+        const auto row = static_cast<int>(i) / report.columns / step;
+        const auto column = static_cast<int>(i) % report.columns / step;
+        picture.pixels[static_cast<std::size_t>(row * picture.width + column)] = report.classes[mark - 1U].color;
     }
     return picture;
 }
@@ -121,10 +139,12 @@ constexpr ColorRef ToColorRef(std::uint32_t rgb)
 void DrawMap(HWND dialog)
 {
     const HWND area = DlgItemWindow(dialog, kMap);
-    if (!area || !shown || shown->map.empty()) return;
+    if (!area || !shown) return;
     const Rect client = GetClientRect(area);
     FillSurface(area, client, ToColorRef(kGoodColor));
-    StretchPixels(area, FitInto(client, shown->columns, shown->rows), MapPicture(*shown));
+    if (shown->map.empty()) return;
+    const DeviceBitmap picture = MapPicture(*shown, PixelsInOne(client, shown->columns, shown->rows));
+    StretchPixels(area, FitInto(client, picture.width, picture.height), picture);
 }
 
 // One line a class: a swatch of its colour on the map, then its name and count.
@@ -193,6 +213,16 @@ void MapListed(CalibrationReport& report, std::span<const std::uint8_t> badMap)
         ++count;
     }
     if (count != 0) report.classes.push_back({"Listed before", count, kListedColor});
+}
+
+void OrientMap(CalibrationReport& report)
+{
+    DecomTable order;
+    if (report.map.empty() || !AllocateBlock(order, report.map.size())) return;
+    std::iota(order.begin(), order.end(), 0U);
+    if (!ReorderDecomList(order, ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW)) return;
+    const std::vector<std::uint8_t> before = report.map;
+    std::ranges::transform(order, report.map.begin(), [&](std::uint32_t from) { return before[from]; });
 }
 
 double StraightLineError(double coldC, double hotC, double fromUm, double toUm)
@@ -265,6 +295,10 @@ LRESULT fnCALREPORTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LP
             if (wParam == kLegend) DrawLegend(dialog);
             return 1;
         case WM_COMMAND:
+            if (LowWord(wParam) == kIdHelp) {
+                ShowHelpContext(kHelpCalibrationReport);
+                return 1;
+            }
             if (LowWord(wParam) != kIdOk && LowWord(wParam) != kIdCancel) return 0;
             EndDialog(dialog, 1);
             return 1;

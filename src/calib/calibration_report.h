@@ -39,7 +39,7 @@ struct CalibrationReport {
     std::vector<BadDetectorClass> classes;  // the entries of map less 1
     std::int32_t columns = 0;
     std::int32_t rows = 0;
-    std::vector<std::uint8_t> map;  // image order before orientation: 0 good, otherwise the class + 1
+    std::vector<std::uint8_t> map;  // image order: 0 good, otherwise the class + 1
     std::string calPath;
     std::string note;  // what else there is to know
 };
@@ -55,10 +55,12 @@ std::optional<NonUniformity> NonUniformityOf(std::span<const float> values, std:
 // "low source", or "low source, 20.000 °C" where a temperature is given (above -274).
 std::string SourceName(std::string_view source, float temperature);
 
-// Makes the report's map (image order) of each detector's class (readout order); 0: good.
+// Makes the report's map (image order, before orientation) of each detector's class (readout order); 0: good.
 void MapClasses(CalibrationReport& report, std::span<const std::uint8_t> classes, std::span<const std::uint32_t> decom);
 // Adds the class of pixels that a list of bad detectors names and the run found good.
 void MapListed(CalibrationReport& report, std::span<const std::uint8_t> badMap);
+// Turns the map as the picture on the screen is turned. Without memory it stays as the detector lies.
+void OrientMap(CalibrationReport& report);
 
 // In a line drawn through two temperatures and the radiances there, what the temperature read half-way in temperature
 // is off by, in °C: the curve of Planck's law between wavelengths in um. 0 where the two are equal.

@@ -185,8 +185,8 @@ Outcome CheckArray(Run& run)
     return Fail("Calibration failed due to insufficient range\nbetween low source and high source.");
 }
 
-constexpr std::array<std::uint32_t, kDetectorClasses> kClassColors = {0x202428, 0x4363D8, 0xE6194B, 0xF58231, 0xFFE119,
-                                                                      0x3CB44B, 0x46F0F0, 0x911EB4, 0xF032E6, 0xAAFFC3};
+constexpr std::array<std::uint32_t, kDetectorClasses> kClassColors = {0x202428, 0x5B8CFF, 0xFF4D4D, 0xFF9F40, 0xFFE14D,
+                                                                      0x4CD964, 0x40E0FF, 0xB57BFF, 0xFF6BE8, 0xFFFFFF};
 
 std::vector<std::uint8_t> MarksOf(std::span<const DetectorClass> classes, bool good)
 {
@@ -315,6 +315,7 @@ Outcome Substitute(Run& run)
 {
     if (!SubstituteBadPixels(run.gains, run.table)) return Outcome::kStopped;
     if (SubstBadPixels) MapListed(run.report, BadDetList);
+    OrientMap(run.report);
     return Outcome::kGoOn;
 }
 

@@ -135,24 +135,6 @@ bool MakeSettingsOf(HWND window, const std::string& calPath)
 
 // --- Loading: video settings ----------------------------------------------------------------------------------------
 
-void TakeIntegrationIndexes(std::string_view text)
-{
-    std::array<std::int32_t, 4> indexes{};
-    std::size_t count = 0;
-    while (count < indexes.size()) {
-        const std::size_t comma = text.find(',');
-        const auto number = ScanDecimal(text.substr(0, comma));
-        if (!number) break;
-        indexes.at(count++) = *number;
-        if (comma == std::string_view::npos) break;
-        text.remove_prefix(comma + 1);
-    }
-    if (count == 0) return;
-    if (count < indexes.size()) indexes.fill(indexes.front());
-    IndexIntegrationTime = indexes;
-    IntegrationSetting = indexes.at(SlotInUse());
-}
-
 void TakeVideoSettings(const std::string& calPath)
 {
     StatusMessage("Loading video parameters from calibration file...", kLeftAligned);

@@ -203,9 +203,9 @@ void ReportClasses(Run& run)
     if (auto residual = NonUniformityOf(run.frame, good, SourceName("low source", TemperatureCold))) {
         report.before.push_back(*std::move(residual));
     }
-    report.classes = {{"Below the window about the mean", counts[1], 0x4363D8},
-                      {"Above the window about the mean", counts[2], 0xE6194B},
-                      {"Noisy", counts[3], 0xAAFFC3}};
+    report.classes = {{"Below the window about the mean", counts[1], 0x5B8CFF},
+                      {"Above the window about the mean", counts[2], 0xFF4D4D},
+                      {"Noisy", counts[3], 0xFFFFFF}};
     MapClasses(report, classes, run.table);
 }
 
@@ -269,6 +269,7 @@ Outcome Substitute(Run& run)
         return Outcome::kStopped;
     }
     if (SubstBadPixels) MapListed(run.report, BadDetList);
+    OrientMap(run.report);
     return Outcome::kGoOn;
 }
 

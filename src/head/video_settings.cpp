@@ -38,15 +38,6 @@ std::size_t ScanNumbers(std::string_view text, std::array<std::int32_t, 4>& numb
     return numbers.size();
 }
 
-void ReadIntegrationIndexes()
-{
-    const std::string text =
-        GetPrivateProfileString(ActiveCameraSection(), "IndexIntegrationTime", "10", CameraFilePath);
-    if (ScanNumbers(text, IndexIntegrationTime) < IndexIntegrationTime.size()) {
-        IndexIntegrationTime.fill(IndexIntegrationTime.front());
-    }
-}
-
 // What both sources have in common once their keys are read.
 void TakeOver()
 {
@@ -126,6 +117,14 @@ bool SerialWordIsRead()
 
 }  // namespace
 
+void TakeIntegrationIndexes(std::string_view text)
+{
+    if (ScanNumbers(text, IndexIntegrationTime) < IndexIntegrationTime.size()) {
+        IndexIntegrationTime.fill(IndexIntegrationTime.front());
+    }
+    IntegrationSetting = IndexIntegrationTime.at(SlotInUse());
+}
+
 void SetIntegration(std::int32_t index)
 {
     IndexIntegrationTime.at(SlotInUse()) = index;
@@ -149,7 +148,8 @@ void SetVoltsRange(std::int32_t gain, std::int32_t offset)
 void LoadVideoSettings()
 {
     IndexFrameRate = HeadKey("IndexFrameRate", kDefaultFrameRateRow);
-    ReadIntegrationIndexes();
+    TakeIntegrationIndexes(
+        GetPrivateProfileString(ActiveCameraSection(), "IndexIntegrationTime", "10", CameraFilePath));
     VideoGain[0] = HeadKey("QVF1058_Gain0", kDefaultGain);
     VideoOffset[0] = HeadKey("QVF1058_DAC0", kDefaultOffset);
     TakeOver();

@@ -14,6 +14,9 @@ namespace kelvo {
 // Milliseconds by slot, as the video set-up last set them. -1: an index beyond the head's table.
 extern std::array<float, 4> IntegrationTime;
 
+// The indexes of a text, four numbers by slot parted by commas; of fewer the first counts for all slots. Nothing is
+// sent.
+void TakeIntegrationIndexes(std::string_view text);
 // Keeps an index of the integration table for the slot in use, sends it, and works its time out.
 void SetIntegration(std::int32_t index);
 // IntegrationTime of the slot in use, at the index and the frame rate in force.

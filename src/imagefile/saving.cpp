@@ -357,6 +357,7 @@ std::int32_t WriteSequenceFrame(SequenceFile& file, File& contents, std::span<st
     if (written != counts.size_bytes()) return EndCutFrame(file, contents, written);
     if (!file.Finish()) {
         file.own.reset();
+        if (ViewingFile) ImageHeader = before;
         TellWriteError();
         return 0;
     }

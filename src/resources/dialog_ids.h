@@ -57,5 +57,6 @@ constexpr int kHelpBench = 2010;
 constexpr int kHelpVideoSetup = 289;
 constexpr int kHelpAdvancedVideo = 2012;
 constexpr int kHelpExternalClock = 2013;
+constexpr int kHelpCalibrationReport = 2014;
 
 }  // namespace kelvo

@@ -55,8 +55,8 @@ const std::string& SimRawName(const SimCamera& camera);
 std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, int x, int y);
 
 // What the head's registers hold: "clock", "rows" and "columns" of a frame (pixels), "integration_rows",
-// "integration_columns" (units as sent), "delays" (as sent), "gain" (the code), "offset" (DAC 0), "left", "top", "right",
-// "bottom" of the window (detectors, inclusive), "detector_bias", "pedestal_bias", "column_gain", "test_mode",
+// "integration_columns" (units as sent), "delays" (as sent), "gain" (the code), "offset" (DAC 0), "left", "top",
+// "right", "bottom" of the window (detectors, inclusive), "detector_bias", "pedestal_bias", "column_gain", "test_mode",
 // "flip_columns", "flip_rows", "clocks_on", "biases_on".
 std::vector<std::pair<std::string, double>> SimHeadRegisters(const SimCamera& camera);
 

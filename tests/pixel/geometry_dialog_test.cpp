@@ -37,7 +37,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::UnorderedElementsAre;
 
 using Pairs = std::vector<PixelPair>;
 

@@ -25,7 +25,6 @@
 namespace kelvo {
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -205,11 +204,12 @@ TEST_F(Replacement, HoldsForRandomMapsAndPatterns)
 // Every step, near and far, leads to the one good pixel once: some ten thousand million trials one by one.
 TEST_F(Replacement, OneGoodPixelAnswersForAllThatALongPatternReaches)
 {
-    constexpr int kRows = 400;
-    constexpr int kColumns = 300;
+    constexpr std::size_t kRows = 400;
+    constexpr std::size_t kColumns = 300;
+    constexpr std::size_t kReached = 290;  // rows
     std::string steps;
-    for (int down = 0; down < 290; ++down) {
-        for (int right = 0; right < kColumns; ++right)
+    for (std::size_t down = 0; down < kReached; ++down) {
+        for (std::size_t right = 0; right < kColumns; ++right)
             steps += std::to_string(down) + ',' + std::to_string(right) + '\n';
     }
     PutPattern(steps);
@@ -217,9 +217,10 @@ TEST_F(Replacement, OneGoodPixelAnswersForAllThatALongPatternReaches)
     bad.back() = 0;
     DecomTable decom = PlainTable(bad.size());
     EXPECT_EQ(ReplaceBadDet(decom, bad, Region(kRows, kColumns)), 1);
-    EXPECT_EQ(BadDetCount, 290 * kColumns - 1);
-    EXPECT_EQ(decom[110 * kColumns - 1], 110U * kColumns - 1);
-    EXPECT_EQ(std::count(decom.begin() + 110 * kColumns, decom.end(), bad.size() - 1), 290 * kColumns);
+    EXPECT_EQ(BadDetCount, kReached * kColumns - 1);
+    const auto first = static_cast<std::ptrdiff_t>((kRows - kReached) * kColumns);
+    EXPECT_EQ(decom[(kRows - kReached) * kColumns - 1], (kRows - kReached) * kColumns - 1);
+    EXPECT_EQ(std::count(decom.begin() + first, decom.end(), bad.size() - 1), kReached * kColumns);
 }
 
 TEST_F(Replacement, WithoutItsPatternFileIsTold)

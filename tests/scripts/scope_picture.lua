@@ -14,11 +14,11 @@ end
 -- The tick rests while the file is chosen, so that the samples are those that the plot shows.
 local function check_saved(name)
   press(scope.kSave)
-  assert(file(), "no file dialog")
+  check.eq(file().filters[1], "Bitmap Files (*.bmp)")
   local counts = frame()
   choose(name)
   check.eq({ box(), dialog() }, { nil, "QVF1058" })
-  scope.check_picture(name, counts, state("DisplayLow"), state("DisplayHigh"), 1, 0xFFFFFF, ratio)
+  scope.check_picture(name:match("^[^.]+") .. ".bmp", counts, state("DisplayLow"), state("DisplayHigh"), 1, 0xFFFFFF, ratio)
   return counts
 end
 
@@ -69,7 +69,18 @@ local before = text(602)
 scroll(scope.kGainBar, 5)
 assert(text(602) ~= before)
 check_volts()
-check_saved("volts.bmp")
+check_saved("volts")
+
+-- A picture that stands is written over only when the operator says so; the scope goes on either way.
+local before_asking = readfile("volts.bmp")
+press(scope.kSave)
+choose("volts.bmp")
+assert(box(), "nothing was asked")
+answer(box().buttons[#box().buttons])
+if file() then cancel() end
+check.eq({ box(), dialog() }, { nil, "QVF1058" })
+check.eq(readfile("volts.bmp") == before_asking, true)
+frames(3)
 press(2)
 if dialog() == "CALIB" then press(2) end
 check.eq({ box(), dialog() }, {})

@@ -125,11 +125,11 @@ TEST_F(SimFrames, TheHeadTellsWhatItsRegistersHold)
     const auto told = SimHeadRegisters(*camera);
     const std::map<std::string, double> registers(told.begin(), told.end());
     const std::map<std::string, double> expected = {
-        {"clock", 11},        {"rows", 100},         {"columns", 200},      {"integration_rows", 98},
-        {"delays", 0x97},     {"gain", 12},          {"offset", 160},       {"integration_columns", 10},
-        {"left", 64},         {"top", 16},           {"right", 191},        {"bottom", 111},
-        {"detector_bias", 11}, {"pedestal_bias", 2}, {"column_gain", 1},    {"test_mode", 0},
-        {"flip_columns", 1},  {"flip_rows", 0}};
+        {"clock", 11},         {"rows", 100},        {"columns", 200},   {"integration_rows", 98},
+        {"delays", 0x97},      {"gain", 12},         {"offset", 160},    {"integration_columns", 10},
+        {"left", 64},          {"top", 16},          {"right", 191},     {"bottom", 111},
+        {"detector_bias", 11}, {"pedestal_bias", 2}, {"column_gain", 1}, {"test_mode", 0},
+        {"flip_columns", 1},   {"flip_rows", 0}};
     for (const auto& [name, value] : expected) EXPECT_EQ(registers.at(name), value) << name;
 }
 

@@ -1,0 +1,198 @@
+// What the report tells, on numbers worked by hand, and what its dialog shows.
+#include "calib/calibration_report.h"
+
+#include "calib/calibration_fixture.h"
+#include "config/camera_config.h"
+#include "display/display_state.h"
+#include "platform/dialog.h"
+#include "platform/help.h"
+#include "platform/paint.h"
+#include "platform/window.h"
+#include "resources/dialog_ids.h"
+#include "shell/windows.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+
+namespace kelvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+using Bytes = std::vector<std::uint8_t>;
+
+TEST(NonUniformity, IsTheSampleDeviationOverTheMeanInPercent)
+{
+    // 98, 100, 102: deviation sqrt(8 / 2) = 2, 2 % of 100. The fourth isn't used.
+    const std::vector<std::int16_t> values = {98, 100, 102, 9000};
+    const auto found = NonUniformityOf(values, Bytes{1, 1, 1, 0}, "a source").value_or(NonUniformity{});
+    EXPECT_EQ(found.source, "a source");
+    EXPECT_DOUBLE_EQ(found.mean, 100);
+    EXPECT_DOUBLE_EQ(found.percent, 2);
+    const std::vector<std::int32_t> below = {-98, -100, -102};
+    EXPECT_DOUBLE_EQ(NonUniformityOf(below, {}, "").value_or(NonUniformity{}).percent, 2);
+    const std::vector<float> even = {50.5F, 50.5F};
+    const auto none = NonUniformityOf(even, {}, "");
+    ASSERT_TRUE(none);
+    EXPECT_DOUBLE_EQ(none.value_or(NonUniformity{}).percent, 0);
+}
+
+TEST(NonUniformity, OfOneValueOrAMeanOfZeroIsNone)
+{
+    const std::vector<std::int16_t> values = {98, 100};
+    EXPECT_FALSE(NonUniformityOf(values, Bytes{0, 1}, ""));
+    const std::vector<std::int16_t> opposed = {-5, 5};
+    EXPECT_FALSE(NonUniformityOf(opposed, {}, ""));
+    EXPECT_FALSE(NonUniformityOf(std::span<const std::int16_t>(), {}, ""));
+}
+
+TEST(ReportText, NamesASourceWithItsTemperatureWhereItIsGiven)
+{
+    EXPECT_EQ(SourceName("low source", 20.0F),
+              "low source, 20.000 \xB0"
+              "C");
+    EXPECT_EQ(SourceName("low source", -999.0F), "low source");
+    EXPECT_EQ(SourceName("low source", -274.0F), "low source");
+}
+
+TEST(ReportText, TellsThatNoFreshFramesCame)
+{
+    CalibrationReport report;
+    report.title = "1 Point Update";
+    report.calPath = "/somewhere/warm.cal";
+    report.frameCount = 30;
+    report.before = {{.source = "low source", .mean = 7500.04, .percent = 1.16}};
+    report.classes = {{.name = "Noisy", .count = 12, .color = 0}};
+    EXPECT_EQ(ReportText(report),
+              "1 Point Update\n/somewhere/warm.cal\n\nResidual non-uniformity\n"
+              "before  low source                          7500.0 counts    1.1600 %  30 frames\n"
+              "after   not measured: no fresh frames came\n"
+              "\nBad detectors\n     12  Noisy\n");
+}
+
+// --- The map --------------------------------------------------------------------------------------------------------
+
+class ReportMap : public CalibrationTest {
+  protected:
+    // 2 x 4 pixels read out backwards; detectors 0 and 5 are of the first class, 3 is of the second.
+    CalibrationReport Report() const
+    {
+        CalibrationReport report;
+        report.columns = 4;
+        report.rows = 2;
+        report.classes = {{.name = "first", .count = 2, .color = 0xFF0000},
+                          {.name = "second", .count = 1, .color = 0x00FF00}};
+        const Bytes classes = {1, 0, 0, 2, 0, 1, 0, 0};
+        const std::vector<std::uint32_t> backwards = {7, 6, 5, 4, 3, 2, 1, 0};
+        MapClasses(report, classes, backwards);
+        return report;
+    }
+    // Looks at the report's dialog, opened from the result box, and closes it.
+    void Open(const CalibrationReport& report, std::function<void(HWND)> look)
+    {
+        op->Answer({Button::kReport});
+        op->Do([look = std::move(look)] {
+            const HWND dialog = DialogInFront();
+            ASSERT_TRUE(dialog);
+            look(dialog);
+            OperatePress(dialog, kIdOk);
+        });
+        ShowResult(hWndMain, "figures", "Calibration results", report);
+    }
+};
+
+TEST_F(ReportMap, ShowsEachDetectorsClassAtItsPixel)
+{
+    EXPECT_THAT(Report().map, ElementsAre(0, 0, 1, 0, 2, 0, 0, 1));
+}
+
+TEST_F(ReportMap, AddsListedPixelsThatTheRunFoundGood)
+{
+    CalibrationReport report = Report();
+    MapListed(report, Bytes{1, 0, 1, 0, 0, 0, 0, 0});
+    EXPECT_THAT(report.map, ElementsAre(3, 0, 1, 0, 2, 0, 0, 1));
+    ASSERT_THAT(report.classes, SizeIs(3));
+    EXPECT_EQ(report.classes[2].name, "Listed before");
+    EXPECT_EQ(report.classes[2].count, 1);
+    MapListed(report, Bytes(8));
+    EXPECT_THAT(report.classes, SizeIs(3)) << "nothing to add";
+}
+
+TEST_F(ReportMap, IsTurnedAsThePictureIs)
+{
+    CalibrationReport report = Report();
+    MirrorVert = 1;  // columns
+    OrientMap(report);
+    EXPECT_THAT(report.map, ElementsAre(0, 1, 0, 0, 1, 0, 0, 2));
+    MirrorVert = 0;
+    MirrorHoriz = 1;  // rows
+    OrientMap(report);
+    EXPECT_THAT(report.map, ElementsAre(1, 0, 0, 2, 0, 1, 0, 0));
+    MirrorHoriz = 0;
+}
+
+std::size_t PixelsOf(const DeviceBitmap& picture, std::uint32_t color)
+{
+    return static_cast<std::size_t>(
+        std::ranges::count(picture.pixels, color, [](std::uint32_t pixel) { return pixel & 0xFFFFFFU; }));
+}
+
+TEST_F(ReportMap, IsPaintedAsTheDialogOpens)
+{
+    DeviceBitmap shown;
+    Open(Report(), [&](HWND dialog) { CaptureWindowPixels(DlgItemWindow(dialog, 1002), true, shown); });
+    const std::size_t second = PixelsOf(shown, 0x00FF00);
+    EXPECT_GT(second, 1000U);
+    EXPECT_EQ(PixelsOf(shown, 0xFF0000), 2 * second) << "two detectors of the first class, one of the second";
+}
+
+TEST_F(ReportMap, OfALargeFrameLosesNoBadDetector)
+{
+    CalibrationReport report;
+    report.columns = 4096;
+    report.rows = 2048;
+    report.classes = {{.name = "first", .count = 1, .color = 0xFF0000}};
+    report.map.resize(std::size_t{4096} * 2048);
+    report.map[std::size_t{777} * 4096 + 1235] = 1;
+    DeviceBitmap shown;
+    Open(report, [&](HWND dialog) { CaptureWindowPixels(DlgItemWindow(dialog, 1002), true, shown); });
+    EXPECT_GE(PixelsOf(shown, 0xFF0000), 1U);
+}
+
+TEST_F(ReportMap, WithoutOneTheFiguresStand)
+{
+    CalibrationReport report = Report();
+    report.map.clear();
+    std::string text;
+    Open(report, [&](HWND dialog) { text = GetDlgItemText(dialog, 1001); });
+    EXPECT_THAT(text, HasSubstr("      2  first\n"));
+}
+
+TEST_F(ReportMap, HelpOpensThePageOfTheReport)
+{
+    Open(Report(), [](HWND dialog) { OperatePress(dialog, kIdHelp); });
+    EXPECT_EQ(CurrentHelpContext(), kHelpCalibrationReport);
+}
+
+TEST_F(ReportMap, AReportThatCantBeSavedIsTold)
+{
+    CalibrationReport report = Report();
+    report.calPath = InDirectory("warm.cal");
+    EXPECT_EQ(SaveReport(report), 1);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+    std::filesystem::remove(InDirectory("warm.report.txt"));
+    std::filesystem::create_directories(InDirectory("warm.report.txt/inside"));
+    EXPECT_EQ(SaveReport(report), 0);
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].text, "Failed to save file: " + InDirectory("warm.report.txt"));
+}
+
+}  // namespace
+}  // namespace kelvo
