@@ -78,6 +78,8 @@ bool AcceptOffsetRange(HWND window)
 void CompleteSet(HWND window, SetReplacement& files, const std::string& calPath, bool listsAreSaved)
 {
     SaveVideoSettings(IniFilePath);
+    // Settings that leave the camera to its default don't name it, and a set that names none is loaded by nobody.
+    WritePrivateProfileString("Setup", "ActiveCamera", std::to_string(ActiveCamera), IniFilePath);
     if (listsAreSaved && CopySettingsTo(calPath) && files.Commit()) return;
     files.RollBack();
     // What stands on the disk is another calibration: it must not be taken for the files of this one.

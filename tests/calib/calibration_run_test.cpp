@@ -4,6 +4,7 @@
 
 #include "calib/cal_settings.h"
 #include "calib/cal_state.h"
+#include "calib/calibration.h"
 #include "calib/calibration_fixture.h"
 #include "calib/calibration_report.h"
 #include "calib/last_set.h"
@@ -172,6 +173,18 @@ TEST_F(TwoPointRun, MakesALastSetAndPutsItInForce)
     EXPECT_EQ(op->Boxes()[1].caption, "Kelvo Calibration Statistics");
     EXPECT_THAT(op->Boxes()[1].text, Not(HasSubstr("@")));
     EXPECT_THAT(op->Boxes()[1].text, Not(HasSubstr("Sensitivity")));
+}
+
+// Settings that leave the camera to its default say nothing of it, and a set that names no camera would never load.
+TEST_F(TwoPointRun, ItsSetLoadsWhereTheSettingsNameNoCamera)
+{
+    PutSetup("Mark=of the machine\n");
+    ASSERT_EQ(TwoPointOf(kLow, kHigh), 1);
+    EXPECT_EQ(KeyOf(LastCalPath(), "Setup", "ActiveCamera"), "2");
+    EXPECT_EQ(FileContents(LastCalPath()), FileContents(IniFilePath));
+    const std::size_t before = op->Boxes().size();
+    EXPECT_EQ(LoadCalibration(hWndMain, LastCalPath()), 1);
+    EXPECT_THAT(op->Boxes(), SizeIs(before));
 }
 
 TEST_F(TwoPointRun, TemperaturesAreToldAndKept)
