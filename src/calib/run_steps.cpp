@@ -23,6 +23,13 @@ namespace {
 constexpr int kLeftAligned = 0;
 constexpr int kIdleHint = 1;  // status string
 
+// A set that doesn't say of which camera it is can't be loaded; the settings may leave it to the default.
+void NameCamera()
+{
+    if (HasProfileKey("Setup", "ActiveCamera", IniFilePath)) return;
+    WritePrivateProfileString("Setup", "ActiveCamera", std::to_string(ActiveCamera), IniFilePath);
+}
+
 }  // namespace
 
 std::size_t PixelsOf(const CameraConfig& config)
@@ -77,9 +84,8 @@ bool AcceptOffsetRange(HWND window)
 
 void CompleteSet(HWND window, SetReplacement& files, const std::string& calPath, bool listsAreSaved)
 {
+    NameCamera();
     SaveVideoSettings(IniFilePath);
-    // Settings that leave the camera to its default don't name it, and a set that names none is loaded by nobody.
-    WritePrivateProfileString("Setup", "ActiveCamera", std::to_string(ActiveCamera), IniFilePath);
     if (listsAreSaved && CopySettingsTo(calPath) && files.Commit()) return;
     files.RollBack();
     // What stands on the disk is another calibration: it must not be taken for the files of this one.

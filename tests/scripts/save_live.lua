@@ -2,6 +2,7 @@
 -- and has no noise here, so that each frame is as the other and what is saved can be held against what is seen, count for count.
 -- Without a calibration the counts are saved in readout order; with one the file is the picture.
 local check = require "check"
+local calibration = require "calibration"
 local files = require "files"
 local video = require "video"
 local dir = datadir()
@@ -164,7 +165,7 @@ end
 
 local function load_set(name)
   command(133)
-  choose(dir .. "/" .. name .. ".cal")
+  calibration.choose(dir .. "/" .. name .. ".cal")
   check.eq({ box() and box().text, dialog() }, {})
 end
 
