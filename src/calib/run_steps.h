@@ -39,8 +39,8 @@ void WriteCalFileKey(const char* key, std::string_view path);
 // "Some OFFSET coefficients out of range!...": true to go on.
 bool AcceptOffsetRange(HWND window);
 
-// The settings as they stand, video set-up included, become the .cal; then the files hold. Where anything failed the
-// former files come back, the set in force has no files, and the operator is told.
+// The settings as they stand, video set-up and camera included, become the .cal; then the files hold. Where anything
+// failed the former files come back, the set in force has no files, and the operator is told.
 void CompleteSet(HWND window, SetReplacement& files, const std::string& calPath, bool listsAreSaved);
 
 // Live video reads in degrees, and the status line is idle.

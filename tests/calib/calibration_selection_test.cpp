@@ -47,7 +47,7 @@ class Selection : public CalibrationTest {
     {
         int result = -1;
         Work([&] { result = choose(hWndMain); },
-             [this, names = std::vector<std::string>(names)](HWND dialog) {
+             [names = std::vector<std::string>(names)](HWND dialog) {
                  for (const std::string& name : names) {
                      if (DialogInFront() != dialog) return;
                      OperateText(dialog, kNameToFile, name);

@@ -29,8 +29,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <csignal>
 
 namespace kelvo {
 namespace {
@@ -710,20 +712,44 @@ TEST_F(VideoSetUpDialog, SaveWritesTheWindowAsABitmap)
 
 TEST_F(VideoSetUpDialog, TheTickRestsWhileTheFileIsChosen)
 {
-    Run({Press(1606), [](HWND) {
+    HWND setUp = nullptr;
+    Run({[&](HWND dialog) {
+             setUp = dialog;
+             EXPECT_TRUE(TimerIsSet(setUp, 1));
+             OperatePress(dialog, 1606);
+         },
+         [&](HWND) {
              ASSERT_TRUE(FileDialogInFront());
+             EXPECT_FALSE(TimerIsSet(setUp, 1));
              CancelFileDialog();
-         }});
+         },
+         [&](HWND) { EXPECT_TRUE(TimerIsSet(setUp, 1)); }});
     EXPECT_THAT(op->Boxes(), IsEmpty());
 }
 
-TEST_F(VideoSetUpDialog, ABitmapThatCantBeWrittenIsTold)
+TEST_F(VideoSetUpDialog, ABitmapThatCantBeWrittenIsToldAndTheFormerOneStands)
 {
-    Run({Press(1606), [&](HWND) { ChooseFiles({directory / "no/such/scope.bmp"}); },
-         [](HWND) {
-             if (FileDialogInFront()) CancelFileDialog();
+    const std::string path = directory / "scope.bmp";
+    PutFile(path, "before");
+    op->Answer({Button::kYes});  // written over
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit full = {.rlim_cur = 500, .rlim_max = before.rlim_max};
+    Run({Press(1606),
+         [&](HWND) {
+             setrlimit(RLIMIT_FSIZE, &full);
+             ChooseFiles({path});
+         },
+         [&](HWND dialog) {
+             setrlimit(RLIMIT_FSIZE, &before);
+             EXPECT_TRUE(TimerIsSet(dialog, 1)) << "the scope goes on";
          }});
-    EXPECT_THAT(op->Boxes(), Not(IsEmpty()));
+    const auto boxes = op->Boxes();
+    ASSERT_THAT(boxes, SizeIs(2)) << "asked, and told";
+    EXPECT_EQ(boxes[1].text, "Error opening file!");
+    EXPECT_EQ(boxes[1].caption, "Error");
+    EXPECT_EQ(ReadWholeFile(path, 100), "before");
 }
 
 TEST_F(VideoSetUpDialog, PrintGoesToTheFileThatTheMachineNames)

@@ -253,17 +253,17 @@ TEST_F(FileSelection, ATypedDirectoryIsEntered)
 TEST_F(FileSelection, ATypedPatternIsListedAndNamesNoFile)
 {
     for (const char* name : {"a.img", "b.img", "b.cal"}) MakeFile(Path(name));
-    Then([this] {
+    Then([] {
         EXPECT_THAT(NamesShownAtLast(2), ElementsAre("a.img", "b.img"));
         Widget()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText("b.*");
         StrikeKey(Widget()->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")), *ParseKey("Return"));
     });
-    Then([this] {
+    Then([] {
         ASSERT_TRUE(FileDialogInFront());
         EXPECT_THAT(NamesShownAtLast(2), UnorderedElementsAre("b.cal", "b.img"));
         EXPECT_TRUE(ChooseFiles({"*.cal"}));
     });
-    Then([this] {
+    Then([] {
         ASSERT_TRUE(FileDialogInFront());
         EXPECT_THAT(NamesShownAtLast(1), ElementsAre("b.cal"));
         CancelFileDialog();

@@ -252,9 +252,31 @@ local function expect_saved_as_seen(cal_type)
   check.eq({ state("LiveVideo"), state("ViewingFile") }, { 1, 0 })
 end
 
+-- Turned, but not calibrated: the screen shows the turned picture, live and frozen, and the file keeps the order of the readout.
+turn { columns = true, rows = true }
+frames(2)
+save_image("plain")
+expect_readout(dir .. "/plain.img")
+local function expect_turned_screen()
+  for y = 0, height - 1 do
+    for x = 0, width - 1 do
+      local sample = raw((height - 1 - y) * width + width - 1 - x)
+      if pixel(x, y) ~= sample then check.eq(pixel(x, y), sample, "turned pixel " .. x .. "," .. y) end
+    end
+  end
+end
+expect_turned_screen()
+key("F2")
+save_image("plainstill")
+expect_readout(dir .. "/plainstill.img")
+expect_turned_screen()
+expect_view(dir .. "/plainstill.img")
+key("F2")
+turn {}
+
 write_set("two", 2)
 write_set("one", 1)
-for name, cal_type in pairs { two = 2, one = 1 } do
+for cal_type, name in ipairs { "one", "two" } do
   load_set(name)
   check.eq(state("CalType"), cal_type)
   for _, wanted in ipairs { {}, { bad = true }, { columns = true, bad = true }, { rows = true }, { left = true },
