@@ -323,6 +323,12 @@ void ShowLevel(HWND dialog, std::size_t channel)
     SetDlgItemInt(dialog, kFirstGainText + place, chosen.gain.at(channel));
 }
 
+// The largest value stands at the top, position 0. A section may hold what no bar can show.
+int PositionOf(std::int32_t value, int most)
+{
+    return most - std::clamp(value, 0, most);
+}
+
 // Outputs beyond half the channels have no bars of their own and follow the first.
 void OpenBars(HWND dialog)
 {
@@ -336,9 +342,9 @@ void OpenBars(HWND dialog)
         }
         const auto place = static_cast<int>(channel);
         SetScrollRange(dialog, kFirstOffsetBar + place, 0, kMostOffset);
-        SetScrollPos(dialog, kFirstOffsetBar + place, kMostOffset - chosen.offset.at(channel));
+        SetScrollPos(dialog, kFirstOffsetBar + place, PositionOf(chosen.offset.at(channel), kMostOffset));
         SetScrollRange(dialog, kFirstGainBar + place, 0, kMostGain);
-        SetScrollPos(dialog, kFirstGainBar + place, kMostGain - chosen.gain.at(channel));
+        SetScrollPos(dialog, kFirstGainBar + place, PositionOf(chosen.gain.at(channel), kMostGain));
         ShowLevel(dialog, channel);
     }
 }

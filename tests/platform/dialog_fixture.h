@@ -45,8 +45,9 @@ inline LRESULT MainTestProc(HWND window, std::uint32_t message, WPARAM wParam, L
 
 inline LRESULT DialogTestProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    dialogSaw.push_back({message, wParam, lParam});
-    return dialogRule ? dialogRule(dialog, dialogSaw.back()) : 0;
+    const SeenMessage seen{message, wParam, lParam};  // what the rule does may bring further messages
+    dialogSaw.push_back(seen);
+    return dialogRule ? dialogRule(dialog, seen) : 0;
 }
 
 class DialogFixture : public testing::Test {
