@@ -1,5 +1,5 @@
-// A program without windows tells its boxes on the error stream, where they would drown all else. The sanitizers and the
-// fuzzer write past it.
+// A program without windows tells its boxes on the error stream, where they would drown all else. The sanitizers and
+// the fuzzer write past it.
 #pragma once
 
 #include <cstdio>
