@@ -62,9 +62,9 @@ constexpr Place kPlaces[] = {
     {"usermod/", kAnalysis},
     {"shell/", kShell},
 
-    // Procedures that stand above their folder: turning on loads a calibration, the video set-up goes on from it, the table in force is rebuilt with
-    // unity coefficients, its dialog marks pixels on the picture, the configuration dialog restarts the
-    // set-up, the bench window belongs to the main window.
+    // Procedures that stand above their folder: turning on loads a calibration, the video set-up goes on from it, the
+    // table in force is rebuilt with unity coefficients, its dialog marks pixels on the picture, the configuration
+    // dialog restarts the set-up, the bench window belongs to the main window.
     {"head/turn_on", kCalibration},
     {"head/video_setup_dialog", kCalibration},
     {"pixel/orientation", kCalibration},
