@@ -42,8 +42,6 @@ constexpr int kLoadButton = 1222;
 constexpr int kReplaceBadBox = 1306;
 
 constexpr int kHelpTopic = 320;
-constexpr int kLeftAligned = 0;
-constexpr int kIdleHint = 1;  // status strings
 constexpr int kDialogHint = 130;
 constexpr std::string_view kSubstitutionOff = "Warning: Bad Pixel Substitution is OFF";
 
@@ -366,10 +364,7 @@ int RunCalibrationDialog(HWND window)
         MessageBox(window, "Camera must be turned on before calibrating", "Kelvo Message");
         return 0;
     }
-    const int result = DialogBox("CALIB", window, fnCALIBDlgProc);
-    if (result != -1) return result;
-    MessageBox(window, "Unable to display dialog", "System Error");
-    return 0;
+    return ShowDialog("CALIB", window, fnCALIBDlgProc);
 }
 
 LRESULT fnCALIBDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)

@@ -278,9 +278,8 @@ void ShowResult(HWND window, const std::string& text, std::string_view caption, 
 {
     if (MessageBox(window, text, caption, BoxIcon::kInformation, BoxButtons::kOkReport) != Button::kReport) return;
     shown = &report;
-    const int result = DialogBox("CALREPORT", window, fnCALREPORTDlgProc);
+    ShowDialog("CALREPORT", window, fnCALREPORTDlgProc);
     shown = nullptr;
-    if (result == -1) MessageBox(window, "Unable to display dialog", "System Error");
 }
 
 LRESULT fnCALREPORTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)

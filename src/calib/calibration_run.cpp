@@ -35,8 +35,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kLeftAligned = 0;
-constexpr int kIdleHint = 1;  // status string
 // Without the capture board the mode asks for no frames at all.
 constexpr std::uint32_t kSumWithBoard = kSum32 | kTakeNewFrames | kShowProgress;
 constexpr std::uint32_t kSumWithoutBoard = kSum32 | kShowProgress | kPlainFrame | 0x020;

@@ -22,7 +22,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kLeftAligned = 0;
 constexpr int kChooseHint = 24;  // status string
 constexpr std::int32_t kNoCamera = 999;
 
@@ -168,9 +167,7 @@ LRESULT fnCALSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
 int Choose(std::string_view name, HWND window, DialogProc procedure)
 {
     const KeptDirectory directory;
-    const int result = DialogBox(name, window, procedure);
-    if (result == -1) MessageBox(window, "Unable to display dialog", "System Error");
-    return result == 1 ? 1 : 0;
+    return ShowDialog(name, window, procedure);
 }
 
 }  // namespace

@@ -44,8 +44,6 @@ namespace kelvo {
 namespace {
 
 constexpr const char* kSection = "Calibration";
-constexpr int kLeftAligned = 0;
-constexpr int kIdleHint = 1;  // status string
 constexpr std::int32_t kNoCamera = 999;
 constexpr std::int32_t kDefaultGain = 128;
 constexpr std::int32_t kDefaultOffset = 128;
@@ -177,12 +175,6 @@ void SendVideoSettings()
 
 // --- Loading: lists -------------------------------------------------------------------------------------------------
 
-std::size_t PixelCount()
-{
-    return static_cast<std::size_t>(std::max(ActiveConfig.Vroi, 0)) *
-           static_cast<std::size_t>(std::max(ActiveConfig.Hroi, 0));
-}
-
 // A set may have been moved as a whole: of a path in it only the name counts, and the directory is the set's own.
 std::string InSetDirectory(const std::string& calPath, std::string_view path)
 {
@@ -213,13 +205,14 @@ std::vector<Entry> EntriesOf(std::span<const std::uint8_t> bytes, std::size_t co
 // An entry outside the frame would read other memory than the frame's.
 bool LiesInFrame(std::span<const std::uint8_t> bytes)
 {
-    const std::vector<std::uint32_t> entries = EntriesOf<std::uint32_t>(bytes, PixelCount());
-    return std::ranges::all_of(entries, [count = PixelCount()](std::uint32_t entry) { return entry < count; });
+    const std::vector<std::uint32_t> entries = EntriesOf<std::uint32_t>(bytes, PixelsOf(ActiveConfig));
+    return std::ranges::all_of(entries,
+                               [count = PixelsOf(ActiveConfig)](std::uint32_t entry) { return entry < count; });
 }
 
 bool ReadDecommutation(HWND window, std::span<std::uint8_t> list)
 {
-    if (!LoadList(CalSettings.DecomFile, list, PixelCount())) return false;
+    if (!LoadList(CalSettings.DecomFile, list, PixelsOf(ActiveConfig))) return false;
     if (LiesInFrame(list)) return true;
     MessageBox(window, "Failed to read file: " + CalSettings.DecomFile, kMessageCaption);
     return false;
@@ -248,8 +241,8 @@ bool LoadGains(const std::string& calPath, std::span<std::uint8_t> list)
 {
     StatusMessage("Loading gain list...", kLeftAligned);
     CalSettings.GainFile = TakeListPath(calPath, "GainFile");
-    return LoadList(CalSettings.GainFile, list, PixelCount()) &&
-           DownloadGains(EntriesOf<float>(list, PixelCount())) != 0;
+    return LoadList(CalSettings.GainFile, list, PixelsOf(ActiveConfig)) &&
+           DownloadGains(EntriesOf<float>(list, PixelsOf(ActiveConfig))) != 0;
 }
 
 bool LoadOffsets(const std::string& calPath, std::span<std::uint8_t> list)
@@ -258,14 +251,14 @@ bool LoadOffsets(const std::string& calPath, std::span<std::uint8_t> list)
     CalSettings.OffsetFile = TakeListPath(calPath, "OffsetFile");
     // Two offsets a word: an odd last one isn't in the file, and counts as 0.
     std::ranges::fill(list, std::uint8_t{0});
-    return LoadList(CalSettings.OffsetFile, list, PixelCount() / 2) &&
-           DownloadOffsets(EntriesOf<std::int16_t>(list, PixelCount())) != 0;
+    return LoadList(CalSettings.OffsetFile, list, PixelsOf(ActiveConfig) / 2) &&
+           DownloadOffsets(EntriesOf<std::int16_t>(list, PixelsOf(ActiveConfig))) != 0;
 }
 
 bool LoadLists(HWND window, const std::string& calPath)
 {
     std::vector<std::uint8_t> list;
-    if (!AllocateBlock(list, PixelCount() * sizeof(std::uint32_t))) {
+    if (!AllocateBlock(list, PixelsOf(ActiveConfig) * sizeof(std::uint32_t))) {
         MessageBox(window, "Failure to allocate memory!", "Memory Error");
         return false;
     }

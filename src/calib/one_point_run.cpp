@@ -38,7 +38,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kLeftAligned = 0;
 // Without the capture board the mode asks for no frames at all.
 constexpr std::uint32_t kMeanWithBoard = kAverage16 | kTakeNewFrames | kShowProgress;
 constexpr std::uint32_t kMeanWithoutBoard = kAverage16 | kShowProgress | kPlainFrame | 0x020;

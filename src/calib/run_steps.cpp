@@ -20,9 +20,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kLeftAligned = 0;
-constexpr int kIdleHint = 1;  // status string
-
 // A set that doesn't say of which camera it is can't be loaded; the settings may leave it to the default.
 void NameCamera()
 {
@@ -31,11 +28,6 @@ void NameCamera()
 }
 
 }  // namespace
-
-std::size_t PixelsOf(const CameraConfig& config)
-{
-    return static_cast<std::size_t>(std::max(config.Vroi, 0)) * static_cast<std::size_t>(std::max(config.Hroi, 0));
-}
 
 bool StartLiveVideo()
 {

@@ -13,9 +13,6 @@
 
 namespace kelvo {
 
-// Rows x columns of a frame.
-std::size_t PixelsOf(const CameraConfig& config);
-
 template <typename Entry>
 std::span<const std::uint8_t> BytesOf(std::span<const Entry> list)
 {

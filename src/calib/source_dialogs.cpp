@@ -16,8 +16,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kLeftAligned = 0;
-constexpr int kIdleHint = 1;  // status string
 constexpr float kNotGiven = -999.0F;
 constexpr float kColdest = -274.0F;
 constexpr float kHottest = 2500.0F;
@@ -124,11 +122,9 @@ void AcceptHot(HWND dialog)
 int RunSourceDialog(const char* name, HWND window, const std::string& title, DialogProc procedure)
 {
     titleOfRun = &title;
-    const int result = DialogBox(name, window, procedure);
+    const int result = ShowDialog(name, window, procedure);
     titleOfRun = nullptr;
-    if (result != -1) return result;
-    MessageBox(window, "Unable to display dialog", "System Error");
-    return 0;
+    return result;
 }
 
 }  // namespace

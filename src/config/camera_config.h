@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -62,6 +63,9 @@ struct CameraConfig {
 };
 
 extern CameraConfig ActiveConfig;
+
+// Vroi x Hroi, the pixels of a frame and the entries of each list; 0 where either isn't positive.
+std::size_t PixelsOf(const CameraConfig& config);
 
 // Values that the same reader takes beside the record.
 extern std::int32_t ActiveCamera;  // N of the section in force

@@ -41,8 +41,6 @@ constexpr int kYpanEdit = 1291;
 constexpr int kCameraList = 1598;
 constexpr int kHelpTopic = 291;
 constexpr int kDialogHint = 123;  // status strings
-constexpr int kIdleHint = 1;
-constexpr int kLeftAligned = 0;
 
 constexpr std::int32_t kCameraSections = 40;
 constexpr std::int32_t kDefaultZoom = 3;

@@ -30,8 +30,6 @@ constexpr int kTempScaleBox = 1252;
 constexpr int kHistogramBox = 1254;
 constexpr int kHelpTopic = 288;
 constexpr int kDialogHint = 120;  // status strings
-constexpr int kIdleHint = 1;
-constexpr int kLeftAligned = 0;
 
 struct Levels {
     std::int32_t contrast = 0;

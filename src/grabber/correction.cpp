@@ -62,18 +62,12 @@ T Stored(double value)
     }
 }
 
-std::size_t FramePixels()
-{
-    if (ActiveConfig.Hroi <= 0 || ActiveConfig.Vroi <= 0) return 0;
-    return static_cast<std::size_t>(ActiveConfig.Hroi) * static_cast<std::size_t>(ActiveConfig.Vroi);
-}
-
 // gathered may be the frame itself: each value is read before the pixel is written.
 template <typename T>
 void Calibrate(std::span<const T> gathered, std::span<T> frame)
 {
     if (CalType != 1 && CalType != 2) return;
-    const std::size_t pixels = std::min({FramePixels(), frame.size(), DecomList.size()});
+    const std::size_t pixels = std::min({PixelsOf(ActiveConfig), frame.size(), DecomList.size()});
     const std::size_t sources =
         std::min({gathered.size(), OffsetList.size(), CalType == 2 ? GainList.size() : gathered.size()});
     for (std::size_t i = 0; i < pixels; ++i) {

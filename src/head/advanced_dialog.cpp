@@ -381,10 +381,7 @@ int ApplyAdvancedFields(HWND dialog)
 int AdvancedDialog(HWND parent)
 {
     setUpDialog = parent;
-    const int result = DialogBox("ADVANCED", parent, fnADVANCEDDlgProc);
-    if (result != -1) return result;
-    MessageBox(parent, "Unable to display dialog", "System Error");
-    return 0;
+    return ShowDialog("ADVANCED", parent, fnADVANCEDDlgProc);
 }
 
 LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)

@@ -31,8 +31,6 @@ constexpr std::string_view kErrorCaption = "Comm Error";
 constexpr std::string_view kLogSection = "CommLog";
 constexpr std::size_t kLargestLog = std::size_t{16} << 20;  // as of any profile file
 
-constexpr int kLeftAligned = 0;
-
 constexpr std::int32_t kDefaultPort = 2;
 constexpr std::uint32_t kByteArrived = 1;  // event mask
 constexpr std::uint32_t kQueueBytes = 1028;

@@ -84,10 +84,7 @@ bool OnCommand(HWND dialog, int id)
 int ExternalClockDialog(HWND parent, std::string_view clockName)
 {
     clockNameShown = clockName;
-    const int result = DialogBox("FRAMERATE", parent, fnFrRateDlgProc);
-    if (result != -1) return result;
-    MessageBox(parent, "Unable to display dialog", "System Error");
-    return 0;
+    return ShowDialog("FRAMERATE", parent, fnFrRateDlgProc);
 }
 
 LRESULT fnFrRateDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)

@@ -16,8 +16,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kLeftAligned = 0;
-
 struct Identity {
     std::uint8_t first;
     std::uint8_t second;

@@ -19,8 +19,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kLeftAligned = 0;
-
 // Offset first, since it can stop the sequence; the last one is checked byte by byte.
 constexpr std::size_t kFirstDac = 0;
 constexpr std::array<std::size_t, 6> kMiddleDacs = {1, 5, 6, 7, 3, 4};

@@ -31,8 +31,6 @@ constexpr int kVideoSetupButton = 1070;
 constexpr int kAutoloadLastButton = 1072;
 constexpr int kAutoloadSelectedButton = 1074;
 
-constexpr int kLeftAligned = 0;
-constexpr int kIdleHint = 1;  // status strings
 constexpr int kTurnOffHint = 6;
 constexpr int kGoingOnHint = 7;
 constexpr int kChooseHint = 169;

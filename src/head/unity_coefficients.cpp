@@ -18,7 +18,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kLeftAligned = 0;
 constexpr std::int32_t kFullScale = 0x3FFF;  // of the head's 14 bits
 
 std::span<const std::uint8_t> BytesOf(const DecomTable& table)
@@ -37,11 +36,6 @@ bool InstallTable(const DecomTable& table, bool tellSteps)
     if (tellSteps) StatusMessage("Decommutation download to RAM failed", kLeftAligned);
     Tell("Hardware Timeout Error, Download of Decommutation List");
     return false;
-}
-
-std::int32_t PixelsOf(const CameraConfig& config)
-{
-    return static_cast<std::int32_t>(std::int64_t{config.Vroi} * config.Hroi);
 }
 
 }  // namespace
@@ -71,9 +65,10 @@ int ResetUnityGainOffset(const CameraConfig& config)
     DecomList.clear();
     CalibrationListsChanged();
     const bool tableStands = InstallDecommutation(config, 0, 0, 0, false);
-    const bool gainsStand = FillActiveList(kGainListType, 0, PixelsOf(config), 1) != 0;
+    const auto pixels = static_cast<std::int32_t>(PixelsOf(config));
+    const bool gainsStand = FillActiveList(kGainListType, 0, pixels, 1) != 0;
     if (!gainsStand) Tell("Error, Download of Gain Coefficients");
-    if (!FillActiveList(kOffsetListType, 0, PixelsOf(config), 2.0 * config.UnityOffset)) {
+    if (!FillActiveList(kOffsetListType, 0, pixels, 2.0 * config.UnityOffset)) {
         Tell("Error, Download of Offset Coefficients");
     }
     return tableStands && gainsStand ? 1 : 0;

@@ -72,8 +72,6 @@ constexpr std::size_t kChannels = 4;
 constexpr std::uint32_t kTickTimer = 1;
 constexpr std::int64_t kTickMs = 20;
 
-constexpr int kLeftAligned = 0;
-constexpr int kIdleHint = 1;  // status strings
 constexpr int kDialogHint = 121;
 
 constexpr std::uint32_t kWhitePaper = 0xFFFFFF;
@@ -584,22 +582,13 @@ bool OnList(HWND dialog, int id)
     }
 }
 
-void RunDialog(HWND parent, int& result)
-{
-    result = DialogBox("QVF1058", parent, fnVIDEOSETDlgProc);
-    if (result != -1) return;
-    MessageBox(parent, "Unable to display dialog", "System Error");
-    result = 0;
-}
-
 }  // namespace
 
 int VideoSetupDialog(HWND parent)
 {
     if (!LinkIsReady()) return 0;
     const std::int32_t updatesBefore = std::exchange(PeriodicUpdates, 0);
-    int result = 0;
-    RunDialog(parent, result);
+    const int result = ShowDialog("QVF1058", parent, fnVIDEOSETDlgProc);
     CloseLinkAfterUse();
     PeriodicUpdates = updatesBefore;
     if (!ViewingFile) RestartGrab();

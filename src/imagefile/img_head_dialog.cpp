@@ -50,9 +50,7 @@ LRESULT fnImgHeadDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
 
 int ImgHeadDialog(HWND window)
 {
-    const int answer = DialogBox("ImgHead", window, fnImgHeadDlgProc);
-    if (answer < 0) MessageBox(window, "Unable to display dialog", "System Error");
-    return answer == 1 ? 1 : 0;
+    return ShowDialog("ImgHead", window, fnImgHeadDlgProc) == 1 ? 1 : 0;
 }
 
 }  // namespace kelvo

@@ -349,9 +349,7 @@ LRESULT fnSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM 
 
 int SaveDialog(HWND window)
 {
-    const int answer = DialogBox("SAVE", window, fnSAVEDlgProc);
-    if (answer < 0) MessageBox(window, "Unable to display dialog", "System Error");
-    return answer == 1 ? 1 : 0;
+    return ShowDialog("SAVE", window, fnSAVEDlgProc) == 1 ? 1 : 0;
 }
 
 }  // namespace kelvo

@@ -28,7 +28,6 @@ std::int32_t SeqNumberStart = 0;
 
 namespace {
 
-constexpr int kCentred = 6;
 constexpr std::uint32_t kNoGrabberMode = 0x20;
 constexpr std::uint32_t kLiveWithoutGrabberMode = 0xA0;
 constexpr std::size_t kHeaderWords = sizeof(ImageHeaderRecord) / 2;

@@ -24,16 +24,10 @@ namespace {
 constexpr float kSmallestGain = 0.1F;
 constexpr std::size_t kWordBytes = 4;
 
-std::size_t PixelsOfFrame()
-{
-    const auto rows = static_cast<std::size_t>(std::max(ActiveConfig.Vroi, 0));
-    return rows * static_cast<std::size_t>(std::max(ActiveConfig.Hroi, 0));
-}
-
 template <typename Entry>
 bool MakeAtFirstUse(std::vector<Entry>& list)
 {
-    return !list.empty() || AllocateBlock(list, PixelsOfFrame());
+    return !list.empty() || AllocateBlock(list, PixelsOf(ActiveConfig));
 }
 
 template <typename Entry>
@@ -57,7 +51,7 @@ std::int32_t LowBits(double value)
 template <typename Entry>
 std::int32_t Load(std::vector<Entry>& list, std::span<const std::uint8_t> source)
 {
-    const std::size_t count = PixelsOfFrame();
+    const std::size_t count = PixelsOf(ActiveConfig);
     if (source.size() / sizeof(Entry) < count) {
         MessageBox(hWndMain, "Global Memory would not lock", kMessageCaption);
         return 0;
@@ -79,7 +73,7 @@ std::int32_t LoadGains(std::span<const std::uint8_t> source)
 // one to take its place.
 std::int32_t LoadDecommutation(std::span<const std::uint8_t> source)
 {
-    const std::size_t count = PixelsOfFrame();
+    const std::size_t count = PixelsOf(ActiveConfig);
     if (DecomList.size() < count && source.size() / kWordBytes >= count) DecomList.clear();
     return Load(DecomList, source);
 }

@@ -17,7 +17,6 @@ namespace {
 // A camera section may hold any numbers: what is made of them is reckoned in 64 bits.
 using Index = std::int64_t;
 
-constexpr int kLeftAligned = 0;
 constexpr std::int32_t kTwoChannelLines = 1;
 constexpr std::int32_t kOneChannel = 2;
 constexpr std::int32_t kNoReadout = 3;

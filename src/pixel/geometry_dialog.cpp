@@ -46,8 +46,6 @@ constexpr int kCommit = 1606;  // no control of its own: what Set and Ok have in
 constexpr int kDescriptionText = 1608;
 constexpr int kHelpTopic = 290;
 constexpr int kDialogHint = 122;  // status strings
-constexpr int kIdleHint = 1;
-constexpr int kLeftAligned = 0;
 constexpr std::size_t kPairCharacters = 11;
 constexpr std::array kListControls{kBadList, kRemove, kPairEdit, kAdd};
 // In the current directory.
@@ -361,11 +359,9 @@ bool OnCommand(HWND dialog, int id, int notification)
 
 int GeometryDialog(HWND window)
 {
-    const int result = DialogBox("GEOMETRY", window, fnGEOMETRYDlgProc);
+    const int result = ShowDialog("GEOMETRY", window, fnGEOMETRYDlgProc);
     RemoveMark();
-    if (result != -1) return result;
-    MessageBox(window, "Unable to display dialog", "System Error");
-    return 0;
+    return result;
 }
 
 LRESULT fnGEOMETRYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)

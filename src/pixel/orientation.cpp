@@ -27,8 +27,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kLeftAligned = 0;
-
 std::span<const std::uint8_t> BytesOf(const DecomTable& table)
 {
     return {reinterpret_cast<const std::uint8_t*>(table.data()), table.size() * sizeof(DecomTable::value_type)};

@@ -60,9 +60,7 @@ LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM
 void ShowAbout()
 {
     HideSplash(ShowSplash(hWndMain), kPictureMs);
-    if (DialogBox("ABOUT", hWndMain, fnABOUTDlgProc) < 0) {
-        MessageBox(hWndMain, "Unable to display dialog", "System Error");
-    }
+    ShowDialog("ABOUT", hWndMain, fnABOUTDlgProc);
 }
 
 }  // namespace kelvo

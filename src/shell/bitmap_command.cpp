@@ -106,9 +106,7 @@ LRESULT fnFRAMESDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARA
 
 bool AskForSelection()
 {
-    const int answer = DialogBox("FRAMES", hWndMain, fnFRAMESDlgProc);
-    if (answer < 0) MessageBox(hWndMain, "Unable to display dialog", "System Error");
-    return answer == 1;
+    return ShowDialog("FRAMES", hWndMain, fnFRAMESDlgProc) == 1;
 }
 
 // The rectangle alone, row by row: the bitmap's rows then follow each other without a gap.

@@ -13,6 +13,9 @@
 namespace kelvo {
 
 // The line and its alignment (0 left, 2 right, 6 centred). Written by the three functions below.
+inline constexpr int kLeftAligned = 0;
+inline constexpr int kCentred = 6;
+inline constexpr int kIdleHint = 1;  // the string that stands while nothing goes on
 extern std::string StatusText;
 extern std::int16_t StatusAlign;
 
