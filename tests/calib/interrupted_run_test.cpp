@@ -2,6 +2,7 @@
 #include "calib/calibration.h"
 #include "calib/last_set.h"
 #include "calib/run_fixture.h"
+#include "support/full_disk.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -73,12 +74,6 @@ class InterruptedRun : private InMemory, public CalibrationRun {
         ASSERT_EQ(WEXITSTATUS(status), 0);
     }
     // Bytes beyond the limit don't fit on this disk.
-    static void LimitDisk(rlim_t bytes)
-    {
-        signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{bytes, bytes};
-        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
     static void BecomeAnOrdinaryUser() { ASSERT_TRUE(geteuid() != 0 || setuid(kNobody) == 0); }
 
     // Two sets that differ in each of the six files.
@@ -104,7 +99,7 @@ TEST_F(InterruptedRun, OnADiskThatIsFullBeforeItSavesLeavesTheFormerSet)
     const Files former = FilesOf(LastCalPath());
     InAnotherProcess([&] {
         AtLow({kLow});
-        AtHigh({kHigh}, "", [] { LimitDisk(8); });
+        AtHigh({kHigh}, "", [] { LimitFiles(8); });
         EXPECT_EQ(TwoPoint(), 0);
         EXPECT_THAT(BoxTexts(), Contains("Failed to save file: " + LastCalPath()));
         ExpectUnity();
@@ -122,7 +117,7 @@ TEST_F(InterruptedRun, OnADiskThatFillsUpWhileItSavesIsInForceBesideTheFormerSet
         InAnotherProcess([&] {
             op->AtNextBox([bytes](const FrontBox& box) {
                 ASSERT_EQ(box.caption, "Bad pixel count");
-                LimitDisk(bytes);
+                LimitFiles(bytes);
             });
             EXPECT_EQ(RunOf(1), 1);
             EXPECT_EQ(CalType, 2);
@@ -167,7 +162,7 @@ TEST_F(InterruptedRun, AnUpdateThatCantWriteItsSetLeavesTheFormerOne)
         return OnePointCalibrate(hWndMain);
     };
     InAnotherProcess([&] {
-        EXPECT_EQ(update([] { LimitDisk(8); }), 0);
+        EXPECT_EQ(update([] { LimitFiles(8); }), 0);
         EXPECT_THAT(BoxTexts(), Contains("Failed to save file: " + LastCalPath()));
         EXPECT_EQ(CalType, 0);
     });
@@ -175,7 +170,7 @@ TEST_F(InterruptedRun, AnUpdateThatCantWriteItsSetLeavesTheFormerOne)
     InAnotherProcess([&] {
         op->AtNextBox([](const FrontBox& box) {
             ASSERT_EQ(box.caption, "Calibration results");
-            LimitDisk(8);
+            LimitFiles(8);
         });
         EXPECT_EQ(update([] {}), 1);
         EXPECT_EQ(CalType, 2);

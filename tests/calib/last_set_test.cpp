@@ -8,12 +8,12 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "shell/windows.h"
+#include "support/full_disk.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -243,19 +243,12 @@ TEST_F(LastSet, TheSettingsAreCopiedWithWhatIsPendingForThem)
 }
 
 // Bytes beyond the limit don't fit on this disk.
-void LimitDisk(rlim_t bytes)
-{
-    signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{bytes, bytes};
-    setrlimit(RLIMIT_FSIZE, &limit);
-}
-
 TEST_F(LastSet, AFullDiskLeavesTheFormerFiles)
 {
     PutSet(Last(".cal"), "old");
     PutFile(Last(".gai"), std::string(5000, 'g'));
     InAnotherProcess([] {
-        LimitDisk(4096);
+        LimitFiles(4096);
         SetReplacement last(LastCalPath());
         _exit(last.Begin() == 0 ? 0 : 1);
     });
@@ -269,7 +262,7 @@ TEST_F(LastSet, ADiskThatFillsUpInTheMiddleBringsTheFormerFilesBack)
     InAnotherProcess([&] {
         SetReplacement last(LastCalPath());
         if (!last.Begin()) _exit(1);
-        LimitDisk(4096);
+        LimitFiles(4096);
         if (!ReplaceFile(Last(".gai"), "new")) _exit(2);
         if (ReplaceFile(Last(".off"), std::string(5000, 'o'))) _exit(3);
         last.RollBack();

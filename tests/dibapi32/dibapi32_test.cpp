@@ -2,16 +2,15 @@
 
 #include "platform/faults.h"
 #include "platform/memory.h"
+#include "support/full_disk.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <filesystem>
 #include <numeric>
 #include <string>
@@ -589,14 +588,10 @@ TEST_F(BitmapFile, OnAFullDiskGivesFourAndKeepsWhatStood)
 {
     PutFile(path, "before");
     const Dib dib = GrayDib();
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit full = {.rlim_cur = 500, .rlim_max = before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &full);
-    const int result = SaveDib(dib, path);
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(result, 4);
+    {
+        const FullDisk disk(500);
+        EXPECT_EQ(SaveDib(dib, path), 4);
+    }
     EXPECT_EQ(FileContents(path), "before");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory.Path()), {}), 1);  // no half file beside it
 }

@@ -24,15 +24,15 @@
 #include "resources/dialog_ids.h"
 #include "shell/status.h"
 #include "shell/windows.h"
+#include "support/full_disk.h"
 
 #include <Qt>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
-#include <csignal>
+#include <optional>
 
 namespace kelvo {
 namespace {
@@ -732,17 +732,14 @@ TEST_F(VideoSetUpDialog, ABitmapThatCantBeWrittenIsToldAndTheFormerOneStands)
     const std::string path = directory / "scope.bmp";
     PutFile(path, "before");
     op->Answer({Button::kYes});  // written over
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit full = {.rlim_cur = 500, .rlim_max = before.rlim_max};
+    std::optional<FullDisk> disk;
     Run({Press(1606),
          [&](HWND) {
-             setrlimit(RLIMIT_FSIZE, &full);
+             disk.emplace(500);
              ChooseFiles({path});
          },
          [&](HWND dialog) {
-             setrlimit(RLIMIT_FSIZE, &before);
+             disk.reset();
              EXPECT_TRUE(TimerIsSet(dialog, 1)) << "the scope goes on";
          }});
     const auto boxes = op->Boxes();

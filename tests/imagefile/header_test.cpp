@@ -7,16 +7,15 @@
 #include "head/head_state.h"
 #include "platform/box.h"
 #include "platform/clock.h"
+#include "support/full_disk.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -421,24 +420,6 @@ TEST(SwapWords, StaysInsideTheBlock)
 }
 
 // ---- patching
-
-// Writes behind that many bytes of a file fail for as long as this stands, as on a full disk.
-class FullDisk {
-  public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit = {.rlim_cur = bytes, .rlim_max = before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-  private:
-    rlimit before_{};
-};
 
 TEST_F(ImageHeaderFile, IsPatchedInItsFirst512BytesOnly)
 {

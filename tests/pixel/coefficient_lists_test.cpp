@@ -4,14 +4,13 @@
 #include "calib/cal_state.h"
 #include "config/camera_config.h"
 #include "platform/memory.h"
+#include "support/full_disk.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -159,30 +158,11 @@ TEST_F(ListOnDisk, WithoutAPlaceIsTold)
                             Message("Failed to open file: " + nowhere)));
 }
 
-// A disk that takes no more than two words.
-class FullDisk {
-  public:
-    FullDisk()
-    {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        rlimit limit = before_;
-        limit.rlim_cur = 8;
-        setrlimit(RLIMIT_FSIZE, &limit);
-        std::signal(SIGXFSZ, SIG_IGN);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-  private:
-    rlimit before_{};
-};
-
 TEST_F(ListOnDisk, ThatTheDiskDoesntTakeIsToldAndTheFormerOneStays)
 {
     PutFile(path, "former");
     {
-        const FullDisk disk;
+        const FullDisk disk(8);
         EXPECT_EQ(SaveList(path, Bytes(list), 3), 0);
     }
     EXPECT_EQ(FileContents(path), "former");

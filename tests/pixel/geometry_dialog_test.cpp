@@ -17,12 +17,11 @@
 #include "platform/window.h"
 #include "shell/status.h"
 #include "shell/windows.h"
+#include "support/full_disk.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
-#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -452,15 +451,9 @@ TEST_F(GeometryDialogTest, AnEditThatTheScratchFileDidntTakeIsWrittenWhenItIsCom
 {
     Calibrate();
     op->Answer({Button::kOk, Button::kNo});
-    std::signal(SIGXFSZ, SIG_IGN);
     Run([](HWND dialog) {
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        rlimit full = before;
-        full.rlim_cur = 0;
-        setrlimit(RLIMIT_FSIZE, &full);
+        const FullDisk disk(0);
         OperatePress(dialog, 1310);
-        setrlimit(RLIMIT_FSIZE, &before);
     });
     EXPECT_THAT(BoxTexts(), ElementsAre("Could not save file: BADDET.TMP", kAsk));
     EXPECT_EQ(BadList(), "   2,   3\n   2,   9\n   5,   0\n");
