@@ -6,12 +6,12 @@
 // of the frame. Adding up is beside a copy that moves as many bytes: 10 a pixel (frame, sums read and written), 26 with
 // squares. Rounds go in turn; each figure is the median of the rounds' ratios.
 #include "acquire/frame_sums.h"
-#include "config/camera_config.h"
 #include "grabber/copm2.h"
 #include "grabber/host_frames.h"
 #include "median.h"
 #include "platform/profile.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 
 #include <stdlib.h>
 
@@ -57,8 +57,7 @@ constexpr BoardTable kMemoryBoard = MemoryBoard();
 // Settings of the bench's own: the memory board, and a store of kFrames frames.
 bool OpenMemoryBoard(const std::string& directory)
 {
-    DefaultDir = directory;
-    IniFilePath = directory + "/kelvo.ini";
+    SetDefaultDir(directory);
     std::ofstream(directory + "/platform.ini") << "[Board]\nBoard=memory\n";
     std::ofstream(IniFilePath) << "[Camera.1]\nMaxNumFramesToAllocate=" << kFrames << "\n";
     ActiveCamera = 1;

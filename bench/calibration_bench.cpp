@@ -4,11 +4,11 @@
 //   build/bench/bench/calibration_bench            and, on the same machine, python3 bench/calibration_numpy.py
 //
 // Rounds go in turn; each figure is the median, and the ratio to the copy the median of the rounds' ratios.
-#include "calib/cal_settings.h"
 #include "calib/two_point.h"
-#include "config/camera_config.h"
 #include "median.h"
 #include "pixel/bad_pixels.h"
+#include "state/cal_settings.h"
+#include "state/camera_config.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -5,11 +5,11 @@
 // Frames of 640 x 512 counts over 14 bits. The copy moves as many bytes as the bitmap reads (two a pixel) and writes
 // (one a pixel). Rounds go in turn; each figure is the median.
 #include "dibapi32/dibutil.h"
-#include "display/display_state.h"
 #include "display/frame_bitmap.h"
 #include "display/lookup_table.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
 
 #include <benchmark/benchmark.h>
 

@@ -4,8 +4,8 @@
 //
 // 640 x 512 detectors as shipped. A camera of 100 Hz leaves 10 ms a frame. Rounds go in turn; each figure is the
 // median.
-#include "shell/windows.h"
 #include "simcam/sim_camera.h"
+#include "state/windows.h"
 
 #include <benchmark/benchmark.h>
 #include <time.h>

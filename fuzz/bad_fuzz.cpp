@@ -1,7 +1,7 @@
 // A list of bad detectors, read into maps of several regions.
-#include "config/camera_config.h"
 #include "pixel/bad_pixels.h"
 #include "quiet_boxes.h"
+#include "state/camera_config.h"
 #include "temp_file.h"
 
 #include <cstddef>

@@ -1,10 +1,10 @@
 // A table on disk, as DECOM.TMP of a small camera: what is taken lies in the frame and stays there in every
 // orientation.
-#include "config/camera_config.h"
 #include "pixel/decommutation.h"
 #include "platform/files.h"
 #include "quiet_boxes.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 #include "temp_file.h"
 
 #include <cstddef>
@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static kelvo::FuzzFile input;
     const std::string& path = input.Put(data, size);
-    kelvo::DefaultDir = std::filesystem::path(path).parent_path();
+    kelvo::SetDefaultDir(std::filesystem::path(path).parent_path());
     if (!kelvo::CopyFileTo(path, kelvo::DecomTempPath(), false)) __builtin_trap();
     const auto& [rows, columns] = kSides[size % std::size(kSides)];
     kelvo::CameraConfig config;

@@ -3,14 +3,14 @@
 // The first byte chooses: 1 the section is an HgCdTe camera's, 2 the camera counts as on. Then for each frame that is
 // sent: the number of bytes that come back (low 3 bits), and those bytes; 8 in the number echoes the frame instead.
 // Where the input ends the head echoes all.
-#include "config/camera_config.h"
-#include "grabber/frame_state.h"
 #include "head/camera_head.h"
-#include "head/head_state.h"
 #include "platform/clock.h"
 #include "platform/profile.h"
 #include "platform/serial.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <stdlib.h>
 
@@ -96,9 +96,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
     Put("camera.ini",
         "[Camera.2]\nDescription=InSb\nHactive=320\nVactive=256\n[Camera.3]\nDescription=J108\nHactive=64\nVactive="
         "64\n");
-    kelvo::DefaultDir = directory;
-    kelvo::IniFilePath = directory + "/kelvo.ini";
-    kelvo::CameraFilePath = directory + "/camera.ini";
+    kelvo::SetDefaultDir(directory);
     kelvo::UseVirtualClock(0);
     kelvo::SetSimulatedLines([](const std::string&, std::string&) {
         return kelvo::SimulatedLine{.write = Write, .read = Read, .purge = [] { line.clear(); }};

@@ -1,7 +1,7 @@
 // An image file: its header, and records of it, turned into counts.
-#include "grabber/frame_state.h"
 #include "imagefile/frame_file.h"
 #include "imagefile/header.h"
+#include "state/frame_state.h"
 #include "temp_file.h"
 
 #include <cstddef>

@@ -1,8 +1,8 @@
 // A search pattern, used on a map with bad pixels: no entry may come from anywhere but a good pixel of the region.
-#include "calib/cal_settings.h"
-#include "config/camera_config.h"
 #include "pixel/bad_pixels.h"
 #include "quiet_boxes.h"
+#include "state/cal_settings.h"
+#include "state/camera_config.h"
 #include "temp_file.h"
 
 #include <cstddef>

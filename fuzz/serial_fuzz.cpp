@@ -2,13 +2,13 @@
 //
 // The first byte chooses: 1 the log is on, 2 the rest of the input is the old log; otherwise it is a conversation, each
 // part of it four bytes of a frame, the number of bytes that come back, and those bytes.
-#include "config/camera_config.h"
 #include "head/comm_link.h"
 #include "platform/clock.h"
 #include "platform/profile_text.h"
 #include "platform/serial.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 
 #include <stdlib.h>
 
@@ -138,7 +138,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
     Put("platform.ini", "[Ports]\nCOM2=sim:fuzz\n");
     Put("logs.ini", "[Setup]\nCommLog=1\n");
     Put("silent.ini", "");
-    kelvo::DefaultDir = directory;
+    kelvo::SetDefaultDir(directory);
     kelvo::UseVirtualClock(0);
     kelvo::SetSimulatedLines(MakeLine);
     kelvo::nCommPort = 2;

@@ -1,13 +1,13 @@
 // A data directory of a fuzz target's own with a small camera and a set on the disk, made anew for each input.
 #pragma once
 
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
-#include "config/camera_config.h"
 #include "platform/files.h"
 #include "platform/profile.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 
 #include <stdlib.h>
 
@@ -26,10 +26,7 @@ class FuzzSet {
     {
         directory_ = (std::filesystem::temp_directory_path() / "kelvo-fuzz-XXXXXX").string();
         if (!mkdtemp(directory_.data())) abort();
-        DefaultDir = directory_;
-        IniFilePath = directory_ + "/kelvo.ini";
-        CameraFilePath = directory_ + "/camera.ini";
-        SetKelvoDirectory(DefaultDir);
+        SetDefaultDir(directory_);
         ActiveCamera = 2;
         ActiveConfig.Hroi = 3;
         ActiveConfig.Vroi = 3;

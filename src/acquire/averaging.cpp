@@ -1,19 +1,19 @@
 #include "acquire/averaging.h"
 
-#include "acquire/buffer_state.h"
 #include "acquire/frame_sums.h"
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
 #include "grabber/board.h"
 #include "grabber/correction.h"
 #include "grabber/frame_size.h"
-#include "grabber/frame_state.h"
 #include "grabber/host_frames.h"
 #include "platform/box.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/buffer_state.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <algorithm>
 #include <cmath>

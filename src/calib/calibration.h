@@ -45,7 +45,7 @@ std::int32_t FullScaleCounts();
 int RunCalibrationDialog(HWND window);
 LRESULT fnCALIBDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
-// The source dialogs; title of the run. 1 on Ok, with TemperatureCold or TemperatureHot (calib/cal_state.h; -999.0 for
+// The source dialogs; title of the run. 1 on Ok, with TemperatureCold or TemperatureHot (state/cal_state.h; -999.0 for
 // an empty field) and the emissivity of CalSettings taken over.
 int ColdSourceDialog(HWND window, const std::string& title);
 int HotSourceDialog(HWND window);

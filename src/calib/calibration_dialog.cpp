@@ -1,10 +1,5 @@
 // The CALIB dialog: what a calibration run works with.
-#include "calib/cal_settings.h"
 #include "calib/calibration.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
-#include "imagefile/select_file.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
@@ -13,8 +8,13 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/select_file.h"
+#include "ui/status.h"
 
 #include <cstdlib>
 #include <limits>

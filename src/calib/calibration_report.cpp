@@ -2,9 +2,6 @@
 
 #include "acquire/averaging.h"
 #include "calib/last_set.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -15,7 +12,10 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <cmath>

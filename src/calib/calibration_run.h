@@ -10,8 +10,8 @@
 // 1 and one offset for all. What differs from that is told below.
 #pragma once
 
-#include "config/camera_config.h"
 #include "platform/types.h"
+#include "state/camera_config.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,9 +1,6 @@
 // Choosing the .cal file to load or to save as.
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "calib/last_set.h"
-#include "config/camera_config.h"
-#include "imagefile/file_lists.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/directory.h"
@@ -12,8 +9,11 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
+#include "ui/file_lists.h"
+#include "ui/status.h"
 
 #include <string>
 #include <string_view>

@@ -1,24 +1,17 @@
 // Loading the settings of a set at start-up, loading a set, saving it under another name.
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "calib/calibration_run.h"
 #include "calib/last_set.h"
-#include "config/camera_config.h"
+#include "calib/orientation.h"
 #include "config/frame_rate_table.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
 #include "display/unit_list.h"
 #include "display/units.h"
-#include "grabber/frame_state.h"
 #include "head/camera_head.h"
-#include "head/head_state.h"
 #include "head/head_transaction.h"
-#include "head/turn_on.h"
 #include "head/video_setup.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
-#include "pixel/orientation.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
@@ -26,8 +19,15 @@
 #include "platform/profile.h"
 #include "platform/profile_text.h"
 #include "platform/text.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
+#include "video/video.h"
 
 #include <algorithm>
 #include <cmath>
@@ -165,7 +165,7 @@ void SendVideoSettings()
     const float toldRate = FrameRate;
     if (LinkIsReady()) {
         SetFrameRateIndex(IndexFrameRate);
-        if (RunsOnExternalClock()) FrameRate = toldRate;
+        if (RunsOnExternalClock()) SetFrameRate(toldRate);
         SetIntegration(IndexIntegrationTime.at(SlotInUse()));
         SetVideoGain(VideoGain[0]);
         SetVideoOffset(VideoOffset[0]);
@@ -330,8 +330,7 @@ void TakeParameters(const std::string& calPath)
 void RestartLiveVideo()
 {
     StatusMessage("Re-starting image...", kLeftAligned);
-    LiveVideo = 0;
-    ToggleFreeze(LiveVideo);
+    RestartGrab();
 }
 
 void OrientImage()

@@ -4,7 +4,7 @@
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <optional>

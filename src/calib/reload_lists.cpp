@@ -4,7 +4,7 @@
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <string>

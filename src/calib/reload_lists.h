@@ -1,8 +1,8 @@
 // The lists of the set in force, read again from their files into lists that stand.
 #pragma once
 
-#include "calib/cal_settings.h"
-#include "config/camera_config.h"
+#include "state/cal_settings.h"
+#include "state/camera_config.h"
 
 #include <cstdint>
 #include <span>

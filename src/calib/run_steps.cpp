@@ -1,18 +1,19 @@
 #include "calib/run_steps.h"
 
-#include "calib/cal_settings.h"
-#include "display/display_state.h"
 #include "display/unit_list.h"
 #include "display/units.h"
-#include "grabber/frame_state.h"
 #include "head/video_setup.h"
 #include "pixel/coefficient_lists.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
+#include "video/video.h"
 
 #include <algorithm>
 

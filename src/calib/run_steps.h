@@ -2,8 +2,8 @@
 #pragma once
 
 #include "calib/last_set.h"
-#include "config/camera_config.h"
 #include "platform/types.h"
+#include "state/camera_config.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,14 +1,14 @@
 // The dialogs that wait until a source stands before the camera, and take its temperature and emissivity.
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <optional>
 

@@ -1,10 +1,10 @@
 #include "config/display_settings.h"
 
-#include "config/camera_config.h"
-#include "display/display_state.h"
 #include "platform/profile.h"
 #include "resources/ids.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/windows.h"
 
 #include <algorithm>
 

@@ -8,7 +8,7 @@ namespace kelvo {
 // Key OpticsFile (empty): stored and not used further.
 extern std::string OpticsFile;
 
-// Reads into display/display_state.h: ImageColor (1230) and GrayScale (1238), both limited to their ids; GrayColorBar
+// Reads into state/display_state.h: ImageColor (1230) and GrayScale (1238), both limited to their ids; GrayColorBar
 // (1), forced to 1 by a TempScale (0) of 1; TempHisto (0); Contrast (16) and Brightness (580), kept as ResetContrast
 // and ResetBrightness too; MirrorHoriz, MirrorVert and RotateCCW (0); Xpan and Ypan (0) from the active camera's
 // section; with DualCamera, SubstBadPixels2 (1), MirrorHoriz2 and MirrorVert2 (0), which otherwise keep their values.

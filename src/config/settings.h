@@ -7,7 +7,7 @@
 // themselves.
 #pragma once
 
-#include "config/camera_config.h"
+#include "state/camera_config.h"
 
 #include <cstdint>
 
@@ -29,7 +29,7 @@ void ReadSetupKeys();
 // NumGrayLevels (256).
 void ReadNumGrayLevels();
 
-// Reads section Camera.<number> into record and the globals of config/camera_config.h; clears Xpan and Ypan, sets
+// Reads section Camera.<number> into record and the globals of state/camera_config.h; clears Xpan and Ypan, sets
 // ViewWidth and ViewHeight from the client size, CnfFilePath where cnfFile names a file (more than 4 characters, in
 // DefaultDir), and FrameRate where the frame rate table tells one. What the conditions leave out keeps its old value:
 // - full 0 reads only what the head's timing needs;

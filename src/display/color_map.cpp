@@ -1,12 +1,12 @@
 #include "display/color_map.h"
 
-#include "display/display_state.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
 #include "resources/ids.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/windows.h"
 
 #include <array>
 #include <optional>

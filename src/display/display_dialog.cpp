@@ -2,9 +2,7 @@
 
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
 #include "display/lookup_table.h"
-#include "display/scroll_rule.h"
 #include "display/unit_list.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -13,8 +11,11 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/windows.h"
+#include "ui/docking.h"
+#include "ui/scroll_rule.h"
+#include "ui/status.h"
 
 namespace kelvo {
 

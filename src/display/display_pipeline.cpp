@@ -1,13 +1,10 @@
 #include "display/display_pipeline.h"
 
-#include "config/camera_config.h"
 #include "dibapi32/dibapi32.h"
-#include "display/display_state.h"
 #include "display/fit_contrast.h"
 #include "display/frame_bitmap.h"
 #include "display/lookup_table.h"
 #include "display/units.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -17,8 +14,12 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/docking.h"
+#include "ui/status.h"
 
 #include <algorithm>
 #include <optional>
@@ -59,11 +60,6 @@ void FillDisplayLut(std::int32_t contrast, std::int32_t brightness)
     FillLut(DisplayLut, WindowOf(RangeOnView().Span(), contrast, brightness), LiveRange());
 }
 
-void WriteCameraKey(const char* key, std::int32_t value)
-{
-    WritePrivateProfileString(ActiveCameraSection(), key, Format("%d", value), CameraFilePath);
-}
-
 // A settings file can say any zoom; a picture's corner stays within the integers.
 int PaintZoom(std::int32_t zoom)
 {
@@ -87,21 +83,6 @@ void EraseMargin(HWND window, int right, int bottom)
     if (right >= LastPaintRight && bottom >= LastPaintBottom) return;
     EraseStrip(window, {right, 0, LastPaintRight, LastPaintBottom});
     EraseStrip(window, {0, bottom, right, LastPaintBottom});
-}
-
-void ShowGeometryInPanel()
-{
-    if (!hDlgPanel) return;
-    SetScrollPos(hDlgPanel, kPanelZoomBar, Xzoom);
-    SetDlgItemText(hDlgPanel, kPanelZoomText, Format("%d", Xzoom));
-    SetDlgItemText(hDlgPanel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
-}
-
-std::string WithoutDegreeSign(std::string unit)
-{
-    const std::size_t at = unit.find('\xB0');
-    if (at != std::string::npos) unit.erase(at, 1);
-    return unit;
 }
 
 std::span<const std::int16_t> FramePixelsOnView()
@@ -195,50 +176,6 @@ void RepaintPicture()
 {
     PaintBitmap(FrameBitmap, hWndMain);
     PaintLayers(false);
-}
-
-void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
-                        std::int32_t xoffset, std::int32_t yoffset)
-{
-    WriteCameraKey("Xpan", xpan);
-    WriteCameraKey("Ypan", ypan);
-    if (!LiveVideo && !ViewingFile && !CameraOn) return;
-
-    Xpan = xpan;
-    Ypan = ypan;
-    Xzoom = xzoom;
-    Yzoom = yzoom;
-    Xoffset = xoffset;
-    Yoffset = yoffset;
-    if (LiveVideo) {
-        LiveVideo = 0;
-        ToggleFreeze(LiveVideo);  // the grab starts again with the new geometry
-    }
-    if (ViewingFile) RefreshLiveFrame();
-    ShowGeometryInPanel();
-}
-
-int RefreshLiveFrame()
-{
-    return GetVideoData(LiveFrame);
-}
-
-void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on)
-{
-    if (!on) return;
-    CursorX = x;
-    CursorY = y;
-    RefreshLiveFrame();
-    if (Xzoom == 0 || Yzoom == 0) return;
-
-    std::string value;
-    CountsToUnit(CursorValue, DisplayUnit, &value);
-    std::string name;
-    std::string unit;
-    GetUnitName(DisplayUnit, name, unit);
-    StatusMessage(
-        Format("x=%3d  y=%3d  %s=%s %s     ", x, y, name.c_str(), value.c_str(), WithoutDegreeSign(unit).c_str()),
-        static_cast<int>(TextAlign::kCentre));
 }
 
 void ImageToScreen(std::int32_t& x, std::int32_t& y)

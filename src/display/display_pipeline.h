@@ -53,16 +53,6 @@ void PaintBitmap(const Dib& bitmap, HWND window);
 // off.
 void RepaintPicture();
 
-// The one way in which pan (image pixels), zoom (1 to 16) and offset (screen units) change. The pan is written to the
-// camera's section in any case; without live video, file and camera nothing else happens. Live video is restarted, the
-// file on view drawn again, the panel follows.
-void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
-                        std::int32_t xoffset, std::int32_t yoffset);
-
-// The read-out of image pixel (x, y) on the status line: position, name, value and unit. With on 0 the line keeps its
-// text.
-void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on);
-
 // Image pixel to screen units below the panel, in place; integer divisions. Nothing happens while a zoom is 0.
 void ImageToScreen(std::int32_t& x, std::int32_t& y);
 

@@ -1,12 +1,12 @@
 #include "display/frame_bitmap.h"
 
-#include "config/camera_config.h"
 #include "dibapi32/dibapi32.h"
 #include "display/color_map.h"
-#include "display/display_state.h"
 #include "display/gray_lookup.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
 
 #include <algorithm>
 #include <limits>

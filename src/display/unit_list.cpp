@@ -1,10 +1,10 @@
 #include "display/unit_list.h"
 
-#include "display/display_state.h"
 #include "display/units.h"
 #include "platform/dialog.h"
 #include "resources/ids.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/windows.h"
 
 #include <string>
 #include <vector>

@@ -1,12 +1,12 @@
 #include "display/units.h"
 
-#include "calib/cal_state.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
-#include "head/head_state.h"
 #include "imagefile/header.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <array>

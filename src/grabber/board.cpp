@@ -1,14 +1,10 @@
 #include "grabber/board.h"
 
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
 #include "config/settings.h"
-#include "display/display_state.h"
 #include "grabber/correction.h"
 #include "grabber/frame_account.h"
 #include "grabber/frame_read.h"
 #include "grabber/frame_size.h"
-#include "grabber/frame_state.h"
 #include "grabber/host_frames.h"
 #include "platform/box.h"
 #include "platform/clock.h"
@@ -16,8 +12,12 @@
 #include "platform/memory.h"
 #include "platform/paint.h"
 #include "platform/profile.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <array>
 #include <string_view>

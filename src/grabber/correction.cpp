@@ -1,10 +1,11 @@
 #include "grabber/correction.h"
 
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
 #include "grabber/correct_pixel.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
 
 #include <algorithm>
+#include <optional>
 #include <type_traits>
 
 namespace kelvo {
@@ -35,7 +36,8 @@ struct LivePlan {
     CorrectionLists lists;
     std::size_t width = 0;
     std::size_t rawSize = 0;
-    bool valid = false;  // false after a change; true with a null plan where memory was refused
+    std::optional<std::uint32_t>
+        version;  // of the lists; none before the first plan, which may be null where memory was refused
 };
 
 LivePlan livePlan;
@@ -43,10 +45,11 @@ LivePlan livePlan;
 const CorrectionPlan* PlanInForce(const CorrectionLists& lists, std::size_t width, std::size_t rawSize)
 {
     LivePlan& live = livePlan;
-    const bool same = live.valid && SameLists(live.lists, lists) && live.width == width && live.rawSize == rawSize;
+    const bool same = live.version == CalibrationListsVersion && SameLists(live.lists, lists) && live.width == width &&
+                      live.rawSize == rawSize;
     if (!same) {
         live.plan.reset();
-        live = {NewCorrectionPlan(lists, width, rawSize), lists, width, rawSize, true};
+        live = {NewCorrectionPlan(lists, width, rawSize), lists, width, rawSize, CalibrationListsVersion};
     }
     return live.plan.get();
 }
@@ -139,11 +142,6 @@ void CalibrateGathered(std::span<const std::int32_t> gathered, std::span<std::in
 void CalibrateGathered(std::span<const float> gathered, std::span<float> frame)
 {
     Calibrate(gathered, frame);
-}
-
-void CalibrationListsChanged()
-{
-    livePlan.valid = false;
 }
 
 }  // namespace kelvo

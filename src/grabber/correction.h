@@ -13,7 +13,7 @@
 
 namespace kelvo {
 
-// What correction works from: lists as in calib/cal_state.h (decom in image order; offset and gain in readout order),
+// What correction works from: lists as in state/cal_state.h (decom in image order; offset and gain in readout order),
 // DataOffset in counts, CalType. Lists that a CalType doesn't need may be empty.
 struct CorrectionLists {
     std::int32_t calType = 0;
@@ -49,11 +49,11 @@ void CorrectFrame(const CorrectionPlan& plan, std::span<const std::int16_t> raw,
 void CorrectAndLookUp(const CorrectionPlan& plan, std::span<const std::int16_t> raw, const GrayTable& table,
                       std::span<std::int16_t> frame, std::span<std::uint8_t> pixels);
 
-// CorrectFrame with the lists in force (calib/cal_state.h; Hroi pixels a row). The plan is made again when a list,
+// CorrectFrame with the lists in force (state/cal_state.h; Hroi pixels a row). The plan is made again when a list,
 // CalType or dataOffset changed; where there is no memory for it the definition works instead.
 void CorrectLiveFrame(std::span<const std::int16_t> raw, std::span<std::int16_t> frame, std::int32_t dataOffset);
 
-// Apply the live calibration (calib/cal_state.h) to a gathered frame of Hroi x Vroi values in place, through the same
+// Apply the live calibration (state/cal_state.h) to a gathered frame of Hroi x Vroi values in place, through the same
 // buffer, so that an entry already overwritten is read as it then stands. With d = DecomList[i]:
 //   CalType 1: trunc(frame[d] - OffsetList[d]);   CalType 2: trunc((frame[d] - OffsetList[d]) / GainList[d]),
 // in double, stored without limiting (beyond 32 bits: INT32_MIN, of which 16 bits keep 0); floats aren't truncated.

@@ -1,10 +1,10 @@
 #include "grabber/frame_read.h"
 
-#include "config/camera_config.h"
 #include "grabber/board_state.h"
 #include "grabber/copm2.h"
 #include "platform/box.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 
 #include <string_view>
 

@@ -1,8 +1,8 @@
 #include "grabber/frame_size.h"
 
-#include "config/camera_config.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
+#include "state/camera_config.h"
+#include "state/frame_state.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,8 +1,5 @@
 #include "grabber/host_frames.h"
 
-#include "acquire/buffer_state.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
 #include "grabber/board_state.h"
 #include "grabber/copm2.h"
 #include "grabber/frame_read.h"
@@ -11,8 +8,11 @@
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/buffer_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <algorithm>
 

@@ -13,7 +13,7 @@ constexpr std::int32_t kMostHostFrames = 10000;
 extern std::vector<std::vector<std::int16_t>> HostFrames;
 extern std::int32_t HostFramesAllocated;  // flag
 extern std::int32_t HostFrameNext;        // index of the next free frame
-// numBufFrames (config/camera_config.h): a wish as the camera's key has it; after allocation the count of frames.
+// numBufFrames (state/camera_config.h): a wish as the camera's key has it; after allocation the count of frames.
 
 // Makes the frames if they aren't there, or are of another size than the camera's: as many as memory and the key
 // MaxNumFramesToAllocate of the camera's section in kelvo.ini allow (one more than is counted). The bytes available; 0

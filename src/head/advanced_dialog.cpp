@@ -1,13 +1,11 @@
 #include "head/advanced_dialog.h"
 
-#include "config/camera_config.h"
-#include "display/display_state.h"
 #include "grabber/board.h"
 #include "head/camera_head.h"
 #include "head/head_settings.h"
-#include "head/head_state.h"
 #include "head/scope_frame.h"
 #include "head/video_setup.h"
+#include "pixel/unity_coefficients.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
@@ -16,7 +14,10 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <optional>
@@ -179,7 +180,7 @@ void SetWindow(const HeadWindow& window)
     ActiveConfig.Vactive = window.rowEnd + 1 - window.rowStart;
     HeadTiming.TimingCols = static_cast<std::int16_t>(ActiveConfig.Hactive + HeadTiming.ExtraTimingCols);
     HeadTiming.TimingRows = static_cast<std::int16_t>(ActiveConfig.Vactive + HeadTiming.ExtraTimingRows);
-    FrameRate = FrameRateAtClock(HeadTiming.MasterClockIndex);
+    SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
 }
 
 void SetFrameSize(std::int32_t columns, std::int32_t rows)
@@ -277,6 +278,7 @@ bool ClickSerialBox(HWND dialog, int id)
     for (const SerialBox& box : kSerialBoxes) {
         if (box.id != id) continue;
         FpaSerialWord.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
+        UpdateIntegrationInForce();
         LoadFpaSerialWord(FpaSerialWord);
         return true;
     }
@@ -288,6 +290,7 @@ bool ClickTimingBox(HWND dialog, int id)
     for (const TimingBox& box : kTimingBoxes) {
         if (box.id != id) continue;
         HeadTiming.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
+        UpdateIntegrationInForce();
         LoadHeadTiming(HeadTiming);
         return true;
     }
@@ -331,7 +334,7 @@ void Cancel(HWND dialog)
     FpaSerialWord = atOpening.serialWord;
     ActiveConfig.Hactive = atOpening.hactive;
     ActiveConfig.Vactive = atOpening.vactive;
-    FrameRate = FrameRateAtClock(HeadTiming.MasterClockIndex);
+    SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
     SetFrameSize(atOpening.hroi, atOpening.vroi);
     SendBoth();
     EndDialog(dialog, 0);

@@ -1,17 +1,17 @@
 #include "head/camera_head.h"
 
-#include "config/camera_config.h"
-#include "grabber/frame_state.h"
 #include "head/head_frames.h"
 #include "head/head_settings.h"
-#include "head/head_state.h"
 #include "head/head_transaction.h"
 #include "head/integration_table.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <string>
@@ -152,6 +152,17 @@ double IntegrationTimeMsec(float frameRate, std::int32_t setting)
     return counters.inTable ? IntegrationMsec(counters, HeadTiming, frameRate) : -1;
 }
 
+void UpdateIntegrationInForce()
+{
+    IntegrationMsecInForce = FrameRate > 0 ? IntegrationTimeMsec(FrameRate, IntegrationSetting) : 0;
+}
+
+void SetFrameRate(float rateHz)
+{
+    FrameRate = rateHz;
+    UpdateIntegrationInForce();
+}
+
 std::int32_t IntegrationFromIndex(std::int32_t index, std::int16_t& lines, std::int16_t& cols)
 {
     if (HeadTiming.HeadModel == kHgCdTeHead) {
@@ -196,6 +207,7 @@ std::int32_t SetHeadWindow(std::int32_t colStart, std::int32_t rowStart, std::in
     FpaSerialWord.ColEnd = colEnd;
     FpaSerialWord.RowStart = rowStart;
     FpaSerialWord.RowEnd = rowEnd;
+    UpdateIntegrationInForce();
     return LoadFpaSerialWord(FpaSerialWord) && timingLoaded ? 1 : 0;
 }
 
@@ -207,7 +219,7 @@ float FrameRateAtClock(std::int32_t clockIndex)
 void SetFrameRateIndex(std::int32_t index)
 {
     HeadTiming.MasterClockIndex = LimitedClockIndex(index);
-    FrameRate = FrameRateAt(HeadTiming, HeadTiming.MasterClockIndex);
+    SetFrameRate(FrameRateAt(HeadTiming, HeadTiming.MasterClockIndex));
     WritePrivateProfileString(ActiveCameraSection(), "fFrameRate", Format("%f", static_cast<double>(FrameRate)),
                               CameraFilePath);
     IndexFrameRate = index;
@@ -238,9 +250,11 @@ std::int32_t SetIntegrationIndex(std::int32_t index, std::int32_t slot)
     if (HeadTiming.HeadModel == kHgCdTeHead) {
         IndexIntegrationTime.at(place) = 0;
         IntegrationSetting = 0;
+        UpdateIntegrationInForce();
         return slot;
     }
     if (slot == IntegrationSlot) IntegrationSetting = index;
+    UpdateIntegrationInForce();
     // Beyond the table the shortest or longest counters are sent.
     IntegrationFromIndex(index, HeadTiming.IntegrationLines.at(place), HeadTiming.IntegrationCols.at(place));
     return SendFrame(IntegrationFrame(HeadTiming, place)) ? 1 : 0;

@@ -18,8 +18,16 @@ extern FpaSerialWordRecord FpaSerialWord;
 extern std::array<std::int32_t, 4> IndexIntegrationTime;  // one index a slot
 extern std::int32_t IntegrationSlot;                      // the slot in use, 0 to 3
 std::size_t SlotInUse();                                  // the same as a place in IndexIntegrationTime
-// Variables that clients know by the keys' names stand in head_state.h (VideoGain, VideoOffset, FrameRate), and so does
-// IntegrationTimeMsec.
+// Variables that clients know by the keys' names stand in state/head_state.h (VideoGain, VideoOffset, FrameRate).
+
+// The integration time in milliseconds at a frame rate (Hz, above 0) and index; -1 for an index beyond the table, 0
+// until a head is known and its frame size is set. The head reports no time: this follows from its registers.
+double IntegrationTimeMsec(float frameRate, std::int32_t index);
+// FrameRate (Hz, 0: not known), and with it the integration time in force.
+void SetFrameRate(float rateHz);
+// Works out IntegrationMsecInForce of state/head_state.h again. Whoever changes the timing, the serial word or
+// IntegrationSetting calls it.
+void UpdateIntegrationInForce();
 
 // 1 if a known head answered (HeadModel is set), else 0 after the message that tells why. A port that is wired to
 // "none" gives 0 without a message; one that the machine doesn't have gives the link's boxes.
@@ -43,16 +51,5 @@ void FillIntegrationCombo(HWND dialog, std::int32_t frameRateIndex, std::int32_t
 // Puts the head in its safe state. Always goes through to its end; CameraOn is 0 after it (unless the link can't be
 // opened).
 void TurnCameraHeadOff();
-
-// Which list FillActiveList and LoadActiveList mean.
-constexpr std::int32_t kOffsetListType = 1;
-constexpr std::int32_t kGainListType = 2;
-constexpr std::int32_t kDecomListType = 8;
-// Puts a value into entries first to last - 1 of a list of Vroi x Hroi entries, made at first use. 1; 0 for any other
-// type or where memory is refused. Entries outside the list are left out.
-std::int32_t FillActiveList(std::int32_t type, std::int32_t first, std::int32_t last, double value);
-// Copies a whole list, as raw bytes of its entries. 1; 0 for any other type; "Global Memory would not lock" and 0 where
-// the source holds less than the list.
-std::int32_t LoadActiveList(std::int32_t type, std::span<const std::uint8_t> source);
 
 }  // namespace kelvo

@@ -1,6 +1,5 @@
 #include "head/comm_link.h"
 
-#include "config/camera_config.h"
 #include "platform/box.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -9,8 +8,9 @@
 #include "platform/profile_text.h"
 #include "platform/serial.h"
 #include "platform/text.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // Asks the operator for the rate of an external frame clock, which no register of the head tells.
-#include "head/head_state.h"
+#include "head/camera_head.h"
 #include "head/video_setup.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -7,6 +7,7 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
+#include "state/head_state.h"
 
 #include <optional>
 #include <string>
@@ -56,7 +57,7 @@ void Accept(HWND dialog)
         Refuse(dialog, "The frame rate must be between 0.0 & 250.0 Hz.");
         return;
     }
-    FrameRate = *rate;
+    SetFrameRate(*rate);
     EndDialog(dialog, 1);
 }
 

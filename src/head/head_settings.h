@@ -2,8 +2,8 @@
 // the low 8 bits of what stands there.
 #pragma once
 
-#include "config/camera_config.h"
 #include "head/head_records.h"
+#include "state/camera_config.h"
 
 #include <cstddef>
 #include <cstdint>

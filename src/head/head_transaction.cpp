@@ -1,7 +1,7 @@
 #include "head/head_transaction.h"
 
 #include "platform/profile.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 
 namespace kelvo {
 

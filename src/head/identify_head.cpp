@@ -6,8 +6,8 @@
 #include "platform/box.h"
 #include "platform/serial.h"
 #include "platform/text.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <algorithm>
 #include <optional>
@@ -60,6 +60,7 @@ std::int32_t GreetInSbHead()
 {
     StatusMessage("1 Ch. 14-bit QVF119/125 InSb Camera Head found", kLeftAligned);
     HeadTiming.HeadModel = kInSbHead;
+    UpdateIntegrationInForce();
     const bool greeted = HeadRepeats(kClocksOffFrame) && AskHead(kInSbDacGreeting) && AskHead(kInSbGreeting);
     return greeted ? Found() : GiveUp();
 }
@@ -68,6 +69,7 @@ std::int32_t GreetHgCdTeHead()
 {
     StatusMessage("1 Ch. 14-bit 64x64 HgCdTe Camera Head found", kLeftAligned);
     HeadTiming.HeadModel = kHgCdTeHead;
+    UpdateIntegrationInForce();
     CommEchoMode = 1;
     return SendFrame(kHgCdTeGreeting) ? Found() : GiveUp();
 }

@@ -1,16 +1,16 @@
 // The programming sequence of turn-on. The first failed frame that counts ends it; the head then stays as it is, partly
 // programmed.
-#include "config/camera_config.h"
 #include "head/active_camera.h"
 #include "head/camera_head.h"
 #include "head/head_frames.h"
 #include "head/head_settings.h"
-#include "head/head_state.h"
 #include "head/head_transaction.h"
 #include "platform/box.h"
 #include "platform/pointer.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/head_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <array>
 #include <string>
@@ -113,19 +113,26 @@ bool StartFocalPlane()
     return true;
 }
 
+bool Programmed()
+{
+    if (!ConfigurationFitsHead()) return false;
+    CommEchoMode = 1;
+    SetPointer(Pointer::kHourglass);  // stays where the sequence fails
+    if (!LoadTiming() || !LoadDacs() || !EnableBiases() || !StartFocalPlane()) return false;
+    SetVideoGain(VideoGain[0]);
+    SetVideoOffset(VideoOffset[0]);
+    SetPointer(Pointer::kArrow);
+    return true;
+}
+
 }  // namespace
 
 std::int32_t LoadCameraHead()
 {
     ReadSectionAfresh();
-    if (!ConfigurationFitsHead()) return 0;
-    CommEchoMode = 1;
-    SetPointer(Pointer::kHourglass);  // stays where the sequence fails
-    if (!LoadTiming() || !LoadDacs() || !EnableBiases() || !StartFocalPlane()) return 0;
-    SetVideoGain(VideoGain[0]);
-    SetVideoOffset(VideoOffset[0]);
-    SetPointer(Pointer::kArrow);
-    return 1;
+    const bool programmed = Programmed();
+    UpdateIntegrationInForce();  // the section gave another timing, whatever the head took of it
+    return programmed ? 1 : 0;
 }
 
 }  // namespace kelvo

@@ -3,7 +3,7 @@
 #include "grabber/frame_size.h"
 #include "platform/box.h"
 #include "platform/memory.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 
 namespace kelvo {
 

@@ -1,11 +1,11 @@
 #include "head/section_check.h"
 
-#include "config/camera_config.h"
 #include "grabber/frame_size.h"
 #include "head/head_settings.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 
 #include <cstdint>
 

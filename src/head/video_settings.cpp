@@ -1,12 +1,12 @@
-#include "config/camera_config.h"
-#include "display/display_state.h"
 #include "head/camera_head.h"
 #include "head/head_settings.h"
-#include "head/head_state.h"
 #include "head/video_setup.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <string>
@@ -42,7 +42,7 @@ std::size_t ScanNumbers(std::string_view text, std::array<std::int32_t, 4>& numb
 void TakeOver()
 {
     IntegrationSetting = IndexIntegrationTime.at(SlotInUse());
-    FrameRate = 0;
+    SetFrameRate(0);
     SetVoltsRange(VideoGain[0], VideoOffset[0]);
 }
 
@@ -123,6 +123,7 @@ void TakeIntegrationIndexes(std::string_view text)
         IndexIntegrationTime.fill(IndexIntegrationTime.front());
     }
     IntegrationSetting = IndexIntegrationTime.at(SlotInUse());
+    UpdateIntegrationInForce();
 }
 
 void SetIntegration(std::int32_t index)

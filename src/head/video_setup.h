@@ -2,7 +2,6 @@
 // oscilloscope dialog in which the operator chooses them.
 #pragma once
 
-#include "config/camera_config.h"
 #include "platform/types.h"
 
 #include <array>
@@ -40,18 +39,6 @@ void SaveVideoSettings(std::string_view file);
 // VoltsLow and VoltsHigh, the volts at DisplayLow and DisplayHigh, for a gain index (limited to 0 to 15) and an offset:
 // (counts - ADoffset) x VoltsPerCountVsGain[gain] - (offset - 128) x VoltsOffset.
 void SetVoltsRange(std::int32_t gain, std::int32_t offset);
-
-// CalType 0, the full range of 14 bits (0 to 0x3FFF), the table of the readout order alone, gain 1 and an offset of
-// twice UnityOffset, with its sign, in the active tables. 1, or 0 where the table or the gains failed. Each failure is
-// told: "Hardware Timeout Error, Download of Decommutation List", "Error, Download of Gain Coefficients", "Error,
-// Download of Offset Coefficients".
-int ResetUnityGainOffset(const CameraConfig& config);
-
-// Builds the table of the readout order, turned as the flags say, installs it and keeps it as DECOM.TMP. Each step
-// shows its text on the status line where tellSteps is set. False after a box where it couldn't be built or installed;
-// a DECOM.TMP that couldn't be written is told and changes nothing.
-bool InstallDecommutation(const CameraConfig& config, std::int32_t mirrorHoriz, std::int32_t mirrorVert,
-                          std::int32_t rotateCcw, bool tellSteps);
 
 // Runs the oscilloscope dialog until the operator closes it: 1 by OK, which keeps what was chosen, 0 otherwise. Live
 // video is held off meanwhile and starts again afterwards if the camera is on and no file is on view. Opens the link if

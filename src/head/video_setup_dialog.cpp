@@ -1,40 +1,42 @@
 #include "head/video_setup_dialog.h"
 
-#include "acquire/buffer_state.h"
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
 #include "dibapi32/dibapi32.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
-#include "display/scroll_rule.h"
 #include "display/unit_list.h"
 #include "display/units.h"
 #include "grabber/frame_account.h"
-#include "grabber/frame_state.h"
 #include "grabber/host_frames.h"
 #include "head/advanced_dialog.h"
 #include "head/camera_head.h"
-#include "head/head_state.h"
 #include "head/head_transaction.h"
 #include "head/oscilloscope.h"
 #include "head/scope_frame.h"
-#include "head/turn_on.h"
 #include "head/video_setup.h"
-#include "imagefile/select_file.h"
+#include "pixel/unity_coefficients.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
 #include "platform/paint.h"
 #include "platform/pointer.h"
 #include "platform/print.h"
-#include "platform/script.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "resources/ids.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "script/script.h"
+#include "state/buffer_state.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
+#include "ui/docking.h"
+#include "ui/scroll_rule.h"
+#include "ui/select_file.h"
+#include "ui/status.h"
+#include "video/video.h"
 
 #include <algorithm>
 #include <array>
@@ -112,13 +114,6 @@ void SendAsAtOpening()
     SetVideoGain(VideoGain[0]);
     SetVideoOffset(VideoOffset[0]);
     SetVoltsRange(VideoGain[0], VideoOffset[0]);
-}
-
-void RestartGrab()
-{
-    if (!CameraOn) return;
-    LiveVideo = 0;
-    ToggleFreeze(LiveVideo);
 }
 
 // --- The plot ------------------------------------------------------------------------------------------------------
@@ -306,7 +301,7 @@ void ListIntegrationTimes(HWND dialog)
 
 void OpenLists(HWND dialog)
 {
-    FrameRate = FrameRateAtClock(HeadTiming.MasterClockIndex);
+    SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
     IndexFrameRate = RowInForce();
     ListFrameRates(dialog);
     if (IsHgCdTe()) IndexIntegrationTime.at(SlotInUse()) = 0;
@@ -358,7 +353,7 @@ bool DoFirstSetup(HWND dialog)
     }
     FirstSetupPending = 0;
     StatusMessage("Start acquiring data", kLeftAligned);
-    RestartGrab();
+    if (CameraOn) RestartGrab();
     return true;
 }
 
@@ -471,7 +466,7 @@ void SetUnity(HWND dialog)
     CalType = 0;
     StatusMessage("Setting Unity Gain & Unity Offset", kLeftAligned);
     TakeCorrectionAway();
-    RestartGrab();
+    if (CameraOn) RestartGrab();
     RefreshUnits(dialog);
     FocusDlgItem(dialog, kIdOk);
     StatusString(kIdleHint, kLeftAligned);
@@ -519,7 +514,7 @@ void RunAdvanced(HWND dialog)
 void Accept(HWND dialog)
 {
     StopTick(dialog);
-    RestartGrab();
+    if (CameraOn) RestartGrab();
     VideoGain = chosen.gain;
     VideoOffset = chosen.offset;
     SaveVideoSettings(IniFilePath);
@@ -530,7 +525,7 @@ void Accept(HWND dialog)
 void Cancel(HWND dialog)
 {
     StopTick(dialog);
-    RestartGrab();
+    if (CameraOn) RestartGrab();
     SendAsAtOpening();
     StatusString(kIdleHint, kLeftAligned);
     Leave(dialog, 0);

@@ -1,15 +1,15 @@
 #include "imagefile/header.h"
 
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
-#include "head/head_state.h"
 #include "platform/box.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <cstring>
@@ -77,8 +77,7 @@ void SetDisplayAndVideo()
 void SetCameraTiming()
 {
     ImageHeader.FrameRate = FrameRate;
-    ImageHeader.IntegrationMsec =
-        FrameRate > 0 ? static_cast<float>(IntegrationTimeMsec(FrameRate, IntegrationSetting)) : 0.0F;
+    ImageHeader.IntegrationMsec = static_cast<float>(IntegrationMsecInForce);
     ImageHeader.NumOutputs = Low16(ActiveConfig.NumOutputs);
 }
 

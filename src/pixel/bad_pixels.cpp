@@ -1,7 +1,5 @@
 #include "pixel/bad_pixels.h"
 
-#include "calib/cal_settings.h"
-#include "display/display_state.h"
 #include "pixel/decommutation.h"
 #include "pixel/good_neighbours.h"
 #include "pixel/pixel_pair.h"
@@ -10,8 +8,10 @@
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/display_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <algorithm>
 #include <string>

@@ -7,7 +7,7 @@
 // A .bad file is text, one detector a line, image row first, then column: "%4d,%4d". There is no header line.
 #pragma once
 
-#include "config/camera_config.h"
+#include "state/camera_config.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,12 +1,12 @@
 #include "pixel/coefficient_lists.h"
 
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,4 +1,4 @@
-// The active tables: DecomList, OffsetList, GainList (calib/cal_state.h), each of Vroi x Hroi entries, and lists on
+// The active tables: DecomList, OffsetList, GainList (state/cal_state.h), each of Vroi x Hroi entries, and lists on
 // disk.
 #pragma once
 
@@ -22,6 +22,16 @@ std::int32_t DownloadCoefficients(std::int32_t kind, std::span<const std::uint8_
 // Writes one value into entries first to count - 1, making the table at first use; entries outside it are left out. 1;
 // 0 for another kind or where memory is refused.
 std::int32_t FillCoefficients(std::int32_t kind, std::int32_t first, std::int32_t count, double value);
+
+// The same two by the names that the camera head's clients know.
+inline std::int32_t LoadActiveList(std::int32_t type, std::span<const std::uint8_t> source)
+{
+    return DownloadCoefficients(type, source);
+}
+inline std::int32_t FillActiveList(std::int32_t type, std::int32_t first, std::int32_t last, double value)
+{
+    return FillCoefficients(type, first, last, value);
+}
 
 // count 32-bit words as raw bytes, little-endian. SaveList writes a whole file or none. 1, or 0 after a box:
 // "Failed to open file: %s" (SaveList: under "Kelvo File Error!"), "Failed to save file: %s", "Failed to read file:

@@ -4,8 +4,8 @@
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <algorithm>
 #include <utility>

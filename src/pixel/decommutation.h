@@ -2,8 +2,8 @@
 // substitution live in the same table.
 #pragma once
 
-#include "config/camera_config.h"
 #include "config/frame_rate_table.h"
+#include "state/camera_config.h"
 
 #include <cstdint>
 #include <optional>

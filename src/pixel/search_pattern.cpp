@@ -6,7 +6,7 @@
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 
 #include <string_view>
 #include <utility>

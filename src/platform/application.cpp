@@ -125,7 +125,6 @@ void StartApplication(const CommandLine& commandLine)
     const bool hasDesktop = !runsOffscreen && !qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP");
     const bool useOwn = commandLine.theme == Theme::kDesktop && !hasDesktop;
     ApplyTheme(useOwn ? Theme::kLight : commandLine.theme);
-    LinkResources();
     StartTurns();
     StartKeys();
 }
@@ -159,7 +158,6 @@ std::string UserDataDirectory()
 
 std::vector<std::string> CopyShippedFiles(std::string_view directory)
 {
-    LinkResources();
     const QString prefix = QStringLiteral(":/defaults");
     std::vector<std::string> failed;
     QDirIterator shipped(prefix, QDir::Files, QDirIterator::Subdirectories);
@@ -180,7 +178,6 @@ std::vector<std::string> CopyShippedFiles(std::string_view directory)
 
 std::string ResourceText(std::string_view name)
 {
-    LinkResources();
     QFile file(ResourcePath(name));
     if (!file.open(QIODevice::ReadOnly)) return {};
     return file.readAll().toStdString();

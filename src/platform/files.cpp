@@ -290,6 +290,11 @@ void SetKelvoDirectory(const std::string& directory)
     if (kelvoDirectory == "/") kelvoDirectory = "/.";
 }
 
+const std::string& KelvoDirectory()
+{
+    return kelvoDirectory;
+}
+
 std::string AbsolutePath(std::string_view path)
 {
     const std::string resolved = ResolvePath(path);

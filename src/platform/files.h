@@ -19,9 +19,9 @@
 
 namespace kelvo {
 
-// The directory that "c:\KELVO" stands for: shell/windows.h's DefaultDir, set by InitialSetup. Empty: the working
-// directory.
+// The program's directory, which "c:\KELVO" stands for and in which platform.ini lies. Empty: the working directory.
 void SetKelvoDirectory(const std::string& directory);
+const std::string& KelvoDirectory();
 
 std::string ResolvePath(std::string_view path);
 // The same, whole from the root: it means the same file after a change of the working directory.

@@ -9,13 +9,6 @@
 #include <QPalette>
 #include <QSvgRenderer>
 
-// The macro declares a function of its own, which must stand outside every namespace. A linker leaves out of a static
-// library what nobody calls; this call keeps the resources in.
-static void InitialiseResources()
-{
-    Q_INIT_RESOURCE(kelvo_resources);
-}
-
 namespace kelvo {
 
 namespace {
@@ -69,11 +62,6 @@ class LineIconEngine : public QIconEngine {
 };
 
 }  // namespace
-
-void LinkResources()
-{
-    InitialiseResources();
-}
 
 QIcon IconNamed(std::string_view name)
 {

@@ -1,13 +1,13 @@
 #include "platform/machine.h"
 
+#include "platform/files.h"
 #include "platform/profile.h"
-#include "shell/windows.h"
 
 namespace kelvo {
 
 std::string PlatformFilePath()
 {
-    return DefaultDir + "/platform.ini";
+    return KelvoDirectory() + "/platform.ini";
 }
 
 std::string MachineSetting(std::string_view section, std::string_view key, std::string_view defaultValue)

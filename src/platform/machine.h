@@ -7,7 +7,7 @@
 
 namespace kelvo {
 
-// The path of platform.ini in DefaultDir.
+// The path of platform.ini in the program's directory (KelvoDirectory of platform/files.h).
 std::string PlatformFilePath();
 
 // A key of platform.ini; the default where it is missing.

@@ -203,7 +203,5 @@ void StrikeKey(QWidget* widget, const KeyStroke& stroke);
 
 // The picture of that name in the theme's colours; empty if there is none.
 QIcon IconNamed(std::string_view name);
-// Makes the files that travel inside the program known (":/..."). Before the first window.
-void LinkResources();
 
 }  // namespace kelvo

@@ -7,9 +7,9 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
-#include "shell/splash.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/windows.h"
+#include "ui/splash.h"
+#include "ui/status.h"
 
 #include <ctime>
 

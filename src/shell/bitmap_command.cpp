@@ -3,10 +3,7 @@
 #include "dibapi32/dibapi32.h"
 #include "display/display_pipeline.h"
 #include "display/frame_bitmap.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
-#include "imagefile/select_file.h"
-#include "imagefile/viewing.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
@@ -15,7 +12,10 @@
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "shell/unbuilt.h"
-#include "shell/windows.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/select_file.h"
+#include "viewing/viewing.h"
 
 #include <algorithm>
 #include <cmath>

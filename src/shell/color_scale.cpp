@@ -2,9 +2,7 @@
 
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
 #include "display/units.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
@@ -12,8 +10,11 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "shell/view_switch.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/docking.h"
+#include "ui/view_switch.h"
 
 #include <algorithm>
 #include <array>

@@ -1,14 +1,15 @@
 #include "shell/cursor_command.h"
 
 #include "display/display_pipeline.h"
-#include "grabber/frame_state.h"
 #include "platform/menu.h"
 #include "platform/pointer.h"
 #include "platform/timers.h"
 #include "resources/ids.h"
-#include "shell/image_cursor.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
+#include "video/image_cursor.h"
+#include "video/video.h"
 
 #include <optional>
 #include <string>

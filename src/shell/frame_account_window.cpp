@@ -8,9 +8,10 @@
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "resources/ids.h"
-#include "shell/image_cursor.h"
-#include "shell/view_switch.h"
-#include "shell/windows.h"
+#include "state/windows.h"
+#include "ui/docking.h"
+#include "ui/view_switch.h"
+#include "video/image_cursor.h"
 
 #include <string>
 

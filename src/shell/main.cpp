@@ -1,6 +1,6 @@
 #include "platform/application.h"
-#include "platform/script.h"
 #include "platform/transcript.h"
+#include "script/script.h"
 #include "shell/start_options.h"
 #include "shell/startup.h"
 #include "shell/state_table.h"

@@ -1,18 +1,18 @@
 #include "shell/panel.h"
 
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
 #include "display/lookup_table.h"
 #include "display/unit_list.h"
-#include "grabber/frame_state.h"
 #include "platform/dialog.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "shell/color_scale.h"
-#include "shell/windows.h"
-#include "shell/zoom_pan.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "video/zoom_pan.h"
 
 #include <algorithm>
 

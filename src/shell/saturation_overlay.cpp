@@ -1,19 +1,19 @@
 #include "shell/saturation_overlay.h"
 
-#include "calib/cal_state.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
 #include "display/units.h"
-#include "grabber/frame_state.h"
-#include "imagefile/coefficient_view.h"
 #include "imagefile/header.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "shell/view_switch.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/view_switch.h"
+#include "viewing/coefficient_view.h"
 
 #include <algorithm>
 #include <array>

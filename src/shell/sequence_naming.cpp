@@ -2,7 +2,7 @@
 
 #include "platform/box.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 
 namespace kelvo {
 

@@ -2,7 +2,6 @@
 
 #include "config/settings.h"
 #include "grabber/board.h"
-#include "grabber/frame_state.h"
 #include "head/comm_link.h"
 #include "platform/help.h"
 #include "platform/pointer.h"
@@ -10,6 +9,7 @@
 #include "platform/window.h"
 #include "shell/unbuilt.h"
 #include "simcam/bench_window.h"
+#include "state/frame_state.h"
 
 namespace kelvo {
 

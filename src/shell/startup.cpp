@@ -1,19 +1,16 @@
 #include "shell/startup.h"
 
 #include "calib/calibration.h"
-#include "config/camera_config.h"
+#include "camera/configuration_dialog.h"
+#include "camera/turn_on.h"
 #include "config/display_settings.h"
 #include "config/settings.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
 #include "grabber/board.h"
-#include "grabber/frame_state.h"
 #include "head/active_camera.h"
 #include "head/camera_head.h"
-#include "head/turn_on.h"
 #include "head/video_setup.h"
-#include "imagefile/select_file.h"
 #include "platform/application.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -28,16 +25,21 @@
 #include "resources/menu.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
-#include "shell/image_cursor.h"
 #include "shell/main_window.h"
 #include "shell/panel.h"
-#include "shell/recent_files.h"
 #include "shell/saturation_overlay.h"
-#include "shell/splash.h"
 #include "shell/start_options.h"
-#include "shell/status.h"
 #include "shell/unbuilt.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/recent_files.h"
+#include "ui/select_file.h"
+#include "ui/splash.h"
+#include "ui/status.h"
+#include "video/image_cursor.h"
+#include "video/video.h"
 
 #include <unistd.h>
 
@@ -111,9 +113,7 @@ std::string FindDefaultDirectory()
 
 void EnterDefaultDirectory()
 {
-    DefaultDir = FindDefaultDirectory();
-    while (DefaultDir.size() > 1 && DefaultDir.back() == '/') DefaultDir.pop_back();
-    SetKelvoDirectory(DefaultDir);
+    SetDefaultDir(FindDefaultDirectory());
     std::vector<std::string> missing;
     if (MakeDirectories(DefaultDir)) {
         missing = CopyShippedFiles(DefaultDir);
@@ -129,15 +129,6 @@ void EnterDefaultDirectory()
     if (chdir(DefaultDir.c_str()) != 0) return;
 }
 
-void MakePaths()
-{
-    IniFilePath = DefaultDir + "/kelvo.ini";
-    CameraFilePath = DefaultDir + "/camera.ini";
-    BuffBrdFilePath = DefaultDir + "/buffbrd.ini";
-    SeqFilePath = DefaultDir + "/a.seq";
-    HelpFilePath = DefaultDir + "/KELVO.hlp";
-}
-
 // Host RAM capture is there only with host frames behind it.
 void FitMenuToCamera()
 {
@@ -150,6 +141,7 @@ void FitMenuToCamera()
 
 int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)
 {
+    SetRestart({InitialSetup, InitializeHardware});
     if (!MakeMainWindow()) return 0;
     if (!InitialSetup()) {
         MessageBox(hWndMain, "Initialize Variables Failure", kMessageCaption);
@@ -184,7 +176,6 @@ int InitialSetup()
     StatusMessage("Wait - Vantir Loading initial setup", static_cast<int>(TextAlign::kCentre));
     TrackballMode = 0;
     EnterDefaultDirectory();
-    MakePaths();
     HelpMode = 0;
     ReadSetupKeys();
     ReadActiveCamera();

@@ -2,8 +2,6 @@
 // picture, the control panel, the message loop.
 #pragma once
 
-#include "shell/setup.h"
-
 #include <string_view>
 
 namespace kelvo {
@@ -11,6 +9,14 @@ namespace kelvo {
 // Runs the program: the last message's exit code after a normal run, 0 on a start-up failure. Of the arguments only
 // commandLine counts: 5 or more characters turn the camera on directly. The main window is always shown maximised.
 int WinMain(const void* instance, const void* previousInstance, std::string_view commandLine, int show);
+
+// Reads the settings and the active camera's section into the state, finds DefaultDir and the paths. Where another
+// camera's frames have another size, what was made for the old one is dropped (FrameSizeChanged); where its head hangs
+// on another port, the link is closed. 1.
+int InitialSetup();
+
+// Identifies the camera head and prepares the display side. 1, or 0 where no head answers.
+int InitializeHardware();
 
 // The display side alone: colour map, look-up table, geometry. 1.
 int InitImageProcessor();

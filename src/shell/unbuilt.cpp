@@ -1,7 +1,7 @@
 #include "shell/unbuilt.h"
 
 #include "platform/box.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 
 namespace kelvo {
 

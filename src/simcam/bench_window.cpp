@@ -8,8 +8,8 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
-#include "shell/windows.h"
 #include "simcam/sim_camera.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,13 +2,13 @@
 
 #include "platform/faults.h"
 #include "platform/files.h"
-#include "shell/windows.h"
 #include "simcam/sim_detector.h"
 #include "simcam/sim_head.h"
 #include "simcam/sim_physics.h"
 #include "simcam/sim_readout.h"
 #include "simcam/sim_scene.h"
 #include "simcam/sim_settings.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,8 +3,8 @@
 #include "calib/calibration_report.h"
 #include "calib/one_point.h"
 #include "calib/two_point.h"
-#include "simcam/camera_fixture.h"
 #include "simcam/sim_physics.h"
+#include "support/camera_fixture.h"
 
 #include <gtest/gtest.h>
 

@@ -1,20 +1,20 @@
 // The CALIB dialog, worked as an operator works it.
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "calib/calibration_fixture.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/front.h"
 #include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
 #include "support/name_file.h"
+#include "ui/status.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

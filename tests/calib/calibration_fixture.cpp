@@ -1,21 +1,21 @@
 #include "calib/calibration_fixture.h"
 
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "calib/last_set.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
 #include "grabber/board.h"
-#include "grabber/frame_state.h"
-#include "head/recorded_board.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
 #include "platform/front.h"
 #include "platform/menu.h"
 #include "platform/profile.h"
 #include "resources/menu.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/recorded_board.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +37,6 @@ void PutEntries(const std::string& path, const std::vector<Entry>& entries)
 void CalibrationTest::SetUp()
 {
     HeadTest::SetUp();
-    SetKelvoDirectory(DefaultDir);
     RegisterRecordedBoard();
     WritePrivateProfileString("Board", "Board", "recorded", DefaultDir + "/platform.ini");
     SetMenu(hWndMain, MainMenu());

@@ -1,7 +1,7 @@
 // A small camera that is on, and sets of its own on the disk. The frame is 2 x 4 pixels, read out row by row.
 #pragma once
 
-#include "head/head_fixture.h"
+#include "support/head_fixture.h"
 
 #include <cstdint>
 #include <functional>

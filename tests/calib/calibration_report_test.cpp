@@ -2,14 +2,14 @@
 #include "calib/calibration_report.h"
 
 #include "calib/calibration_fixture.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
 #include "platform/paint.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/windows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

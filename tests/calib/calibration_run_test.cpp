@@ -2,17 +2,12 @@
 // left behind.
 #include "calib/calibration_run.h"
 
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "calib/calibration_report.h"
 #include "calib/last_set.h"
 #include "calib/reload_lists.h"
 #include "calib/run_fixture.h"
-#include "display/display_state.h"
 #include "grabber/board.h"
-#include "grabber/frame_state.h"
-#include "head/recorded_board.h"
 #include "pixel/bad_pixels.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
@@ -21,8 +16,14 @@
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/recorded_board.h"
+#include "ui/status.h"
+#include "video/video.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

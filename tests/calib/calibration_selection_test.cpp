@@ -1,19 +1,19 @@
 // Choosing the .cal file to load or to save as.
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "calib/calibration_fixture.h"
-#include "config/camera_config.h"
-#include "imagefile/file_lists.h"
 #include "platform/dialog.h"
 #include "platform/directory.h"
 #include "platform/faults.h"
 #include "platform/front.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 #include "support/name_file.h"
+#include "ui/file_lists.h"
+#include "ui/status.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

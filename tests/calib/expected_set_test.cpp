@@ -1,17 +1,17 @@
 // A whole two-point run from kept frames, against files that another program worked out (expected_set.py).
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration_fixture.h"
 #include "calib/calibration_run.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
 #include "grabber/board.h"
-#include "grabber/frame_state.h"
-#include "head/recorded_board.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
 #include "platform/profile.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/recorded_board.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,6 @@ class ExpectedSet : public CalibrationTest {
     void SetUp() override
     {
         CalibrationTest::SetUp();
-        SetKelvoDirectory(DefaultDir);
         PutSection(
             "Hactive=320\nVactive=256\nHroi=32\nVroi=24\nDecomScheme=7\nnCommPort=2\nnumBufFrames=4\n"
             "IndexFrameRate=3\nIndexIntegrationTime=10\nUnityGain=16384\nUnityOffset=8192\nNumOutputs=4\n"

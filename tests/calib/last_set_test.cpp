@@ -1,13 +1,13 @@
 // A set's files replaced as one thing: commits, failures, and processes that end in between.
 #include "calib/last_set.h"
 
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/windows.h"
 #include "support/full_disk.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
@@ -50,9 +50,7 @@ class LastSet : private InMemory, public testing::Test {
   protected:
     void SetUp() override
     {
-        DefaultDir = directory.Path();
-        IniFilePath = directory / "kelvo.ini";
-        CameraFilePath = directory / "camera.ini";
+        SetDefaultDir(directory.Path());
         PutFile(IniFilePath, "[Setup]\nGeneration=settings\n");
     }
 

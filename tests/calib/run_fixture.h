@@ -1,19 +1,19 @@
 // Whole calibration runs on a camera of 2 x 4 detectors whose frames are given.
 #pragma once
 
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration_fixture.h"
 #include "calib/calibration_run.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
 #include "grabber/board.h"
-#include "grabber/frame_state.h"
-#include "head/recorded_board.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
 #include "platform/profile.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/recorded_board.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -38,7 +38,6 @@ class CalibrationRun : public CalibrationTest {
     void SetUp() override
     {
         CalibrationTest::SetUp();
-        SetKelvoDirectory(DefaultDir);
         PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n-1,0\n0,-1\n1,0\n");
         PutFile(InDirectory("platform.ini"),
                 "[Ports]\nCOM2=sim:head.cnf\n[Board]\nBoard=recorded\n[Memory]\nLimit=400\n");

@@ -1,14 +1,14 @@
 // The dialogs that wait for a source.
-#include "calib/cal_settings.h"
-#include "calib/cal_state.h"
 #include "calib/calibration.h"
 #include "calib/calibration_fixture.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/help.h"
 #include "platform/window.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

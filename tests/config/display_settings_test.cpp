@@ -2,8 +2,8 @@
 
 #include "config/settings.h"
 #include "config/settings_fixture.h"
-#include "display/display_state.h"
 #include "platform/text.h"
+#include "state/display_state.h"
 
 namespace kelvo {
 namespace {

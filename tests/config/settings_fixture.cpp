@@ -1,13 +1,13 @@
 #include "config/settings_fixture.h"
 
-#include "config/camera_config.h"
 #include "config/display_settings.h"
 #include "config/settings.h"
 #include "imagefile/header.h"
 #include "platform/box.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 
 namespace kelvo {
 
@@ -28,9 +28,7 @@ namespace kelvo {
 
 void SettingsTest::SetUp()
 {
-    DefaultDir = directory.Path();
-    IniFilePath = directory / "kelvo.ini";
-    CameraFilePath = directory / "camera.ini";
+    SetDefaultDir(directory.Path());
     ClientWidth = 1280;
     ClientHeight = 940;
     ActiveCamera = 2;

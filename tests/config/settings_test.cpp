@@ -1,13 +1,13 @@
 #include "config/settings.h"
 
 #include "config/settings_fixture.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
-#include "head/head_state.h"
 #include "imagefile/header.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <gmock/gmock.h>
 

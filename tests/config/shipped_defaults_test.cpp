@@ -1,10 +1,10 @@
 // The settings that a first start finds.
 #include "config/settings.h"
 #include "config/settings_fixture.h"
-#include "display/display_state.h"
 #include "display/lookup_table.h"
 #include "platform/profile.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/windows.h"
 
 #include <algorithm>
 #include <filesystem>

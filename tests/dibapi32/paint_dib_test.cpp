@@ -1,7 +1,7 @@
 #include "dibapi32/dibapi32.h"
 #include "platform/pointer.h"
 #include "platform/window.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 #include "support/operator.h"
 #include "support/temp_directory.h"
 

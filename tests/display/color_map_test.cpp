@@ -1,12 +1,12 @@
 // Colour maps: the palette reader on texts, the maps and their menu items.
 #include "display/color_map.h"
 
-#include "display/display_state.h"
-#include "display/picture_fixture.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
 #include "resources/ids.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

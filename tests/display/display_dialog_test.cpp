@@ -3,8 +3,6 @@
 
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
-#include "display/picture_fixture.h"
 #include "imagefile/header.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
@@ -12,8 +10,11 @@
 #include "platform/menu.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
+#include "ui/docking.h"
+#include "ui/status.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

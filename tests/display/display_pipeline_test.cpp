@@ -1,19 +1,21 @@
 // From a stored frame to pixels on the screen.
 #include "display/display_pipeline.h"
 
-#include "config/camera_config.h"
 #include "dibapi32/dibapi32.h"
-#include "display/display_state.h"
-#include "display/picture_fixture.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
 #include "platform/dialog.h"
 #include "platform/memory.h"
 #include "platform/paint.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
+#include "ui/docking.h"
+#include "ui/status.h"
+#include "video/video.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

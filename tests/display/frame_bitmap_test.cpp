@@ -1,14 +1,14 @@
 // Bitmaps of frames against a plain loop over rows and columns.
 #include "display/frame_bitmap.h"
 
-#include "config/camera_config.h"
 #include "dibapi32/dibutil.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
 #include "resources/ids.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
 
 #include <gtest/gtest.h>
 

@@ -1,15 +1,15 @@
 // The Units lists of panel and dialogs.
 #include "display/unit_list.h"
 
-#include "calib/cal_state.h"
-#include "display/display_state.h"
-#include "display/picture_fixture.h"
 #include "display/units.h"
 #include "imagefile/header.h"
 #include "platform/dialog.h"
 #include "platform/text.h"
 #include "resources/ids.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/display_state.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

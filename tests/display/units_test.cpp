@@ -1,12 +1,12 @@
 // Units row by row: expected values are worked here in double from the numbers of the fixture.
 #include "display/units.h"
 
-#include "calib/cal_state.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
-#include "head/head_state.h"
 #include "imagefile/header.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <gtest/gtest.h>
 

@@ -1,16 +1,17 @@
 #include "grabber/board.h"
 
-#include "acquire/buffer_state.h"
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
 #include "grabber/host_frames.h"
-#include "grabber/recording_board.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/buffer_state.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/recording_board.h"
+#include "video/video.h"
 
 #include <gmock/gmock.h>
 

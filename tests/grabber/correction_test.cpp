@@ -1,9 +1,9 @@
 #include "grabber/correction.h"
 
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
 #include "grabber/correction_plan.h"
 #include "platform/memory.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "grabber/frame_account.h"
 
-#include "grabber/recording_board.h"
 #include "platform/clock.h"
+#include "support/recording_board.h"
 
 #include <gmock/gmock.h>
 

@@ -1,17 +1,17 @@
 #include "grabber/host_frames.h"
 
-#include "acquire/buffer_state.h"
-#include "config/camera_config.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
 #include "grabber/board.h"
-#include "grabber/frame_state.h"
-#include "grabber/recording_board.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/buffer_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/recording_board.h"
 
 #include <gmock/gmock.h>
 

@@ -1,16 +1,16 @@
 // The advanced video set-up, worked as an operator works it, on top of the oscilloscope dialog.
 #include "head/advanced_dialog.h"
 
-#include "config/camera_config.h"
-#include "grabber/frame_state.h"
 #include "head/camera_head.h"
-#include "head/head_state.h"
 #include "head/scope_frame.h"
 #include "head/video_setup_fixture.h"
 #include "platform/faults.h"
 #include "platform/timers.h"
 #include "platform/window.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,17 +1,17 @@
 // Whole conversations with the head, against tables of bytes worked out by hand.
 #include "head/camera_head.h"
 
-#include "config/camera_config.h"
-#include "display/display_state.h"
-#include "grabber/frame_state.h"
-#include "head/head_fixture.h"
-#include "head/head_state.h"
 #include "head/video_setup.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/pointer.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
+#include "support/head_fixture.h"
+#include "ui/status.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,16 +1,16 @@
 // The link to the camera head, over a line whose far end is the test itself.
 #include "head/comm_link.h"
 
-#include "config/camera_config.h"
 #include "platform/clock.h"
 #include "platform/faults.h"
 #include "platform/pointer.h"
 #include "platform/serial.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 #include "support/operator.h"
 #include "support/pseudo_terminal.h"
 #include "support/temp_directory.h"
+#include "ui/status.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -40,8 +40,7 @@ class CommLink : public testing::Test {
   protected:
     CommLink()
     {
-        DefaultDir = directory.Path();
-        IniFilePath = directory / "kelvo.ini";
+        SetDefaultDir(directory.Path());
         PutFile(directory / "platform.ini", "[Ports]\nCOM1=sim:one.cnf\nCOM2=sim:two.cnf\n");
         nCommPort = 2;
         SetSimulatedLines([this](const std::string& file, std::string&) {

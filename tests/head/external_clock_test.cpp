@@ -1,10 +1,10 @@
 // The external clock's dialog, worked as an operator works it.
-#include "head/head_state.h"
 #include "head/video_setup.h"
 #include "head/video_setup_fixture.h"
 #include "platform/faults.h"
 #include "platform/window.h"
-#include "shell/windows.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,11 +1,11 @@
 // The link over a true terminal device, with a simulated head behind it in a process of its own. Everything here runs
 // in the machine's own time.
-#include "config/camera_config.h"
 #include "head/comm_link.h"
 #include "platform/clock.h"
 #include "platform/serial.h"
 #include "platform/text.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/windows.h"
 #include "support/operator.h"
 #include "support/pseudo_terminal.h"
 #include "support/temp_directory.h"
@@ -111,8 +111,7 @@ class LinkOverTerminal : public testing::Test {
   protected:
     LinkOverTerminal() : op(OffscreenInTrueTime())
     {
-        DefaultDir = directory.Path();
-        IniFilePath = directory / "kelvo.ini";
+        SetDefaultDir(directory.Path());
         nCommPort = 2;
         PutFile(directory / "camera.cnf", "[Head]\nModel=InSb\n");
         PutFile(directory / "kelvo.ini", "[Setup]\nCommLog=1\n");

@@ -1,13 +1,13 @@
 // What each camera as it ships says over the wire from its identification to its turn-off, byte for byte.
-#include "config/camera_config.h"
 #include "config/settings.h"
 #include "head/camera_head.h"
-#include "head/head_fixture.h"
-#include "head/head_state.h"
 #include "head/video_setup.h"
 #include "platform/files.h"
 #include "platform/profile.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/head_state.h"
+#include "state/windows.h"
+#include "support/head_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

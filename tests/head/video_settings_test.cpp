@@ -1,11 +1,11 @@
 // The keys of the video set-up, written and read.
-#include "config/camera_config.h"
 #include "head/camera_head.h"
-#include "head/head_state.h"
 #include "head/video_setup.h"
 #include "head/video_setup_fixture.h"
 #include "platform/profile.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/head_state.h"
+#include "state/windows.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

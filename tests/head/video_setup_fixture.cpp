@@ -1,16 +1,17 @@
 #include "head/video_setup_fixture.h"
 
-#include "grabber/frame_state.h"
+#include "camera/turn_on.h"
 #include "head/camera_head.h"
-#include "head/recorded_board.h"
-#include "head/turn_on.h"
 #include "head/video_setup.h"
 #include "platform/files.h"
 #include "platform/menu.h"
 #include "platform/profile.h"
 #include "platform/qt_dialog.h"
 #include "resources/menu.h"
-#include "shell/windows.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
+#include "support/recorded_board.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -22,7 +23,6 @@ namespace kelvo {
 void VideoSetUpTest::SetUp()
 {
     HeadTest::SetUp();
-    SetKelvoDirectory(DefaultDir);
     RegisterRecordedBoard();
     SetBoardCounts(1000);
     WritePrivateProfileString("Board", "Board", "recorded", DefaultDir + "/platform.ini");

@@ -2,9 +2,9 @@
 // dialogs.
 #pragma once
 
-#include "head/head_fixture.h"
 #include "platform/dialog.h"
 #include "platform/front.h"
+#include "support/head_fixture.h"
 
 #include <functional>
 #include <initializer_list>

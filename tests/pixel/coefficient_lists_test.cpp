@@ -1,9 +1,9 @@
 // Lists into the active tables, and on disk.
 #include "pixel/coefficient_lists.h"
 
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
 #include "platform/memory.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
 #include "support/full_disk.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"

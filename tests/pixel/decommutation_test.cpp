@@ -2,10 +2,10 @@
 #include "pixel/decommutation.h"
 
 #include "platform/memory.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
+#include "ui/status.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -649,7 +649,7 @@ TEST(Position, DependsOnTheScheme)
 
 class LoadedTable : public testing::Test {
   protected:
-    LoadedTable() { DefaultDir = directory.Path(); }
+    LoadedTable() { SetDefaultDir(directory.Path()); }
     void PutTable(const DecomTable& entries, std::size_t bytes)
     {
         PutFile(directory / "DECOM.TMP", {reinterpret_cast<const char*>(entries.data()), bytes});

@@ -1,12 +1,12 @@
 // Which detectors are bad by their gain, and which neighbour answers for each.
-#include "calib/cal_settings.h"
-#include "display/display_state.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/decommutation.h"
 #include "pixel/search_pattern.h"
 #include "platform/faults.h"
 #include "platform/memory.h"
-#include "shell/windows.h"
+#include "state/cal_settings.h"
+#include "state/display_state.h"
+#include "state/windows.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
@@ -272,7 +272,7 @@ TEST_F(Replacement, APatternFileThatGoesBetweenItsReadingsIsTold)
 TEST_F(Replacement, APlainPatternNameIsLookedForBesideTheSettingsToo)
 {
     TempDirectory elsewhere;
-    DefaultDir = directory.Path();
+    SetDefaultDir(directory.Path());
     std::filesystem::current_path(elsewhere.Path());
     CalSettings.PRSfile = "nearest.prs";
     PutPattern("0,1\n");

@@ -1,6 +1,6 @@
 #include "platform/memory.h"
 
-#include "shell/windows.h"
+#include "state/windows.h"
 #include "support/temp_directory.h"
 
 #include <gtest/gtest.h>
@@ -51,7 +51,7 @@ TEST(Memory, AnOrderedFailureCanBeTakenBack)
 
 class PhysicalMemory : public testing::Test {
   protected:
-    PhysicalMemory() { DefaultDir = directory.Path(); }
+    PhysicalMemory() { SetDefaultDir(directory.Path()); }
 
     std::uint64_t With(const std::string& keys) const
     {

@@ -3,7 +3,7 @@
 
 #include "platform/faults.h"
 #include "platform/machine.h"
-#include "shell/windows.h"
+#include "state/windows.h"
 #include "support/pseudo_terminal.h"
 #include "support/temp_directory.h"
 
@@ -30,7 +30,7 @@ constexpr SerialLineState kHeadLine = {.BaudRate = 9600, .ByteSize = 8, .dtr = t
 
 class Serial : public testing::Test {
   protected:
-    Serial() { DefaultDir = directory.Path(); }
+    Serial() { SetDefaultDir(directory.Path()); }
     ~Serial() override { SetSimulatedLines(nullptr); }
 
     void Wire(const std::string& device) const

@@ -1,15 +1,9 @@
 // The colour scale: which counts it spans, where its ticks stand, and that it follows the display.
 #include "shell/color_scale.h"
 
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
-#include "display/picture_fixture.h"
 #include "display/units.h"
-#include "grabber/frame_state.h"
-#include "head/head_state.h"
 #include "imagefile/header.h"
 #include "platform/clock.h"
 #include "platform/dialog.h"
@@ -18,7 +12,14 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
+#include "ui/docking.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

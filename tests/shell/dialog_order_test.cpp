@@ -1,9 +1,9 @@
 // The way of the Tab key through the dialogs of the viewer, and the letters that their texts underline.
-#include "display/picture_fixture.h"
 #include "platform/dialog.h"
 #include "platform/front.h"
 #include "platform/window.h"
-#include "shell/windows.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
 
 #include <QFile>
 

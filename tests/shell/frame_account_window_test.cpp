@@ -1,7 +1,6 @@
 // The frame account's window: what it shows, and how it opens and closes.
 #include "shell/frame_account_window.h"
 
-#include "display/picture_fixture.h"
 #include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
@@ -13,7 +12,8 @@
 #include "resources/dialog_ids.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
-#include "shell/windows.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

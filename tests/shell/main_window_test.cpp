@@ -1,19 +1,19 @@
 // The dispatcher's timers and help keys, with a stored frame in the place of the camera's.
 #include "shell/main_window.h"
 
-#include "display/display_state.h"
-#include "display/picture_fixture.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
 #include "platform/clock.h"
 #include "platform/pointer.h"
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/menu.h"
-#include "shell/image_cursor.h"
 #include "shell/shutdown.h"
-#include "shell/status.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
+#include "ui/status.h"
+#include "video/image_cursor.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>

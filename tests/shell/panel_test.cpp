@@ -2,14 +2,15 @@
 #include "shell/panel.h"
 
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
-#include "display/picture_fixture.h"
-#include "grabber/frame_state.h"
 #include "platform/dialog.h"
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "shell/windows.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
+#include "video/video.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,21 +1,22 @@
 // Marks on saturated pixels: the finding, and what stands on the screen at each zoom and pan.
 #include "shell/saturation_overlay.h"
 
-#include "calib/cal_state.h"
-#include "config/camera_config.h"
 #include "dibapi32/dibapi32.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/display_state.h"
-#include "display/picture_fixture.h"
-#include "grabber/frame_state.h"
 #include "imagefile/header.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
-#include "shell/windows.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/picture_fixture.h"
+#include "ui/docking.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

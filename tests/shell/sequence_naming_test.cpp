@@ -1,6 +1,6 @@
 #include "shell/sequence_naming.h"
 
-#include "shell/windows.h"
+#include "state/windows.h"
 #include "support/operator.h"
 
 #include <gtest/gtest.h>

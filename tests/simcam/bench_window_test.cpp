@@ -7,8 +7,8 @@
 #include "platform/help.h"
 #include "platform/qt_dialog.h"
 #include "resources/dialog_ids.h"
-#include "shell/windows.h"
 #include "simcam/sim_camera.h"
+#include "state/windows.h"
 #include "support/temp_directory.h"
 
 #include <QApplication>
@@ -30,7 +30,7 @@ class Bench : public DialogFixture {
     {
         DialogFixture::SetUp();
         hWndMain = mainWindow;
-        DefaultDir = directory.Path();
+        SetDefaultDir(directory.Path());
     }
     void TearDown() override
     {

@@ -1,7 +1,7 @@
 // Frames as the board gets them: window, flips, gain, biases, test mode, and that they are functions of their number.
 #include "platform/profile.h"
-#include "shell/windows.h"
-#include "simcam/camera_fixture.h"
+#include "state/windows.h"
+#include "support/camera_fixture.h"
 
 #include <gmock/gmock.h>
 

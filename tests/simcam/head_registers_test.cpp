@@ -1,7 +1,7 @@
 // What frames set in the head, and the times that follow. The numbers are worked by hand.
 #include "platform/faults.h"
-#include "simcam/camera_fixture.h"
 #include "simcam/sim_head.h"
+#include "support/camera_fixture.h"
 
 #include <gmock/gmock.h>
 

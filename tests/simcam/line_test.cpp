@@ -1,6 +1,6 @@
 // The simulated head at the end of a serial port.
 #include "platform/serial.h"
-#include "simcam/camera_fixture.h"
+#include "support/camera_fixture.h"
 
 #include <gmock/gmock.h>
 

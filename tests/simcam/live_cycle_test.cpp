@@ -1,7 +1,5 @@
 // The main window's live cycle with the simulated camera behind it.
-#include "acquire/buffer_state.h"
 #include "grabber/frame_account.h"
-#include "grabber/frame_state.h"
 #include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/menu.h"
@@ -10,8 +8,11 @@
 #include "resources/ids.h"
 #include "resources/menu.h"
 #include "shell/main_window.h"
-#include "shell/windows.h"
 #include "simcam/sim_board_fixture.h"
+#include "state/buffer_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "video/video.h"
 
 #include <gmock/gmock.h>
 

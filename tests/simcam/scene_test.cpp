@@ -1,7 +1,7 @@
 // What stands in front of the camera.
-#include "simcam/camera_fixture.h"
 #include "simcam/sim_scene.h"
 #include "simcam/sim_settings.h"
+#include "support/camera_fixture.h"
 
 #include <gmock/gmock.h>
 

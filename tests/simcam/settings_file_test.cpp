@@ -1,6 +1,6 @@
 // Camera files that make no camera, and what the operator is told.
-#include "simcam/camera_fixture.h"
 #include "simcam/sim_settings.h"
+#include "support/camera_fixture.h"
 
 #include <gmock/gmock.h>
 

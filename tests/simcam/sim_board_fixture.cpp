@@ -1,19 +1,17 @@
 #include "simcam/sim_board_fixture.h"
 
-#include "config/camera_config.h"
-#include "display/display_state.h"
 #include "grabber/board.h"
-#include "grabber/frame_state.h"
 #include "platform/application.h"
-#include "shell/windows.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
 
 namespace kelvo {
 
 SimBoardTest::SimBoardTest()
 {
-    DefaultDir = directory.Path();
-    IniFilePath = directory / "kelvo.ini";
-    CameraFilePath = directory / "camera.ini";
+    SetDefaultDir(directory.Path());
     CopyShippedFiles(DefaultDir);
     PutFile(directory / "platform.ini", "[Board]\nBoard=sim\n");
     PutFile(CameraFilePath, "[Camera.2]\ncnfFile=insb320.cnf\n");

@@ -1,13 +1,14 @@
 // The simulated board behind the board's own operations.
-#include "config/camera_config.h"
 #include "grabber/board.h"
 #include "grabber/frame_account.h"
-#include "grabber/frame_state.h"
 #include "grabber/host_frames.h"
 #include "platform/clock.h"
 #include "platform/faults.h"
-#include "shell/windows.h"
 #include "simcam/sim_board_fixture.h"
+#include "state/camera_config.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "video/video.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // The working point of the cameras as shipped, measured on frames.
-#include "simcam/camera_fixture.h"
 #include "simcam/sim_detector.h"
+#include "support/camera_fixture.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
-#include <optional>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -22,76 +22,36 @@ using testing::IsEmpty;
 using Module = std::string;
 using IncludeGraph = std::map<Module, std::set<Module>>;
 
-// A module may include what stands at its own height or below. Leaves: what the platform offers and the state that many
-// read. Calculation and formats know no window. Then the procedures and dialogs, folder by folder.
-enum Rank { kLeaf, kCalculation, kDisplay, kGrabber, kHead, kAcquire, kImageFiles, kCalibration, kAnalysis, kShell };
-
-struct Place {
-    std::string_view prefix;  // of a module's path; the longest that fits counts
-    Rank rank;
+// The table of floors as src/CMakeLists.txt has it: each folder with those that it may use.
+struct Floor {
+    std::string_view folder;
+    std::string_view mayUse;  // names parted by blanks
+};
+constexpr Floor kFloors[] = {
+#include "floors.inc"
 };
 
-// A new module has the height of its folder. One that only calculates, or reads and writes a format, gets a line of its
-// own when something lower than its folder wants it.
-constexpr Place kPlaces[] = {
-    {"platform/", kLeaf},
-    {"resources/", kLeaf},
-    {"shell/windows", kLeaf},
-    {"shell/status", kLeaf},
-    {"grabber/frame_state", kLeaf},
-    {"display/display_state", kLeaf},
-    {"calib/cal_state", kLeaf},
-    {"calib/cal_settings", kLeaf},
-    {"config/camera_config", kLeaf},
-    {"head/head_state", kLeaf},
-    {"acquire/buffer_state", kLeaf},
-
-    {"config/", kCalculation},
-    {"dibapi32/", kCalculation},
-    {"pixel/", kCalculation},
-    {"imagefile/header", kCalculation},
-
-    {"display/", kDisplay},
-    {"grabber/", kGrabber},
-    {"simcam/", kGrabber},
-    {"head/", kHead},
-    {"acquire/", kAcquire},
-    {"imagefile/", kImageFiles},
-    {"calib/", kCalibration},
-    {"analysis/", kAnalysis},
-    {"usermod/", kAnalysis},
-    {"shell/", kShell},
-
-    // Procedures that stand above their folder: turning on loads a calibration, the video set-up goes on from it, the
-    // table in force is rebuilt with unity coefficients, its dialog marks pixels on the picture, the configuration
-    // dialog restarts the set-up, the bench window belongs to the main window.
-    {"head/turn_on", kCalibration},
-    {"head/video_setup_dialog", kCalibration},
-    {"pixel/orientation", kCalibration},
-    {"pixel/geometry_dialog", kAnalysis},
-    {"config/configuration_dialog", kShell},
-    {"simcam/bench_window", kShell},
-};
-
-std::optional<Rank> RankOf(std::string_view module)
+std::string_view FolderOf(std::string_view module)
 {
-    const Place* best = nullptr;
-    for (const Place& place : kPlaces) {
-        if (module.starts_with(place.prefix) && (!best || place.prefix.size() > best->prefix.size())) best = &place;
-    }
-    if (!best) return std::nullopt;
-    return best->rank;
+    return module.substr(0, module.find('/'));
 }
 
-// shell/status speaks for everyone and is read by the platform's scripts; what it describes are leaves and the header.
-bool IsAgreedException(const Module& from, const Module& to)
+const Floor* FloorOf(std::string_view module)
 {
-    return from == "shell/status" && to == "imagefile/header";
+    const auto* const floor = std::ranges::find(kFloors, FolderOf(module), &Floor::folder);
+    return floor == std::end(kFloors) ? nullptr : floor;
+}
+
+bool MayUse(const Floor& floor, std::string_view folder)
+{
+    std::istringstream names{std::string(floor.mayUse)};
+    return floor.folder == folder || std::count(std::istream_iterator<std::string>(names), {}, folder) > 0;
 }
 
 bool RunsUpward(const Module& from, const Module& to)
 {
-    return RankOf(from).value_or(kLeaf) < RankOf(to).value_or(kShell) && !IsAgreedException(from, to);
+    const Floor* floor = FloorOf(from);
+    return !floor || !MayUse(*floor, FolderOf(to));
 }
 
 std::string Arrow(const Module& from, const Module& to)
@@ -207,11 +167,28 @@ IncludeGraph WithoutPlatform(IncludeGraph graph)
     return graph;
 }
 
-TEST(Structure, EveryModuleHasAPlaceInTheOrder)
+TEST(Structure, EveryModuleStandsOnAFloor)
 {
     for (const auto& [module, targets] : ReadGraph()) {
-        EXPECT_TRUE(RankOf(module)) << module << " stands in a folder that kPlaces doesn't know";
+        EXPECT_TRUE(FloorOf(module)) << module << " stands in a folder that src/CMakeLists.txt doesn't name";
     }
+}
+
+// A floor uses what lies below it: its row names nobody from above, and the linker and the includes hold the rows.
+TEST(Structure, RowsNameOnlyFloorsBelow)
+{
+    std::set<std::string_view> below;
+    for (const Floor& floor : kFloors) {
+        std::istringstream names{std::string(floor.mayUse)};
+        for (std::string name; names >> name;) EXPECT_TRUE(below.contains(name)) << floor.folder << " uses " << name;
+        below.insert(floor.folder);
+    }
+}
+
+TEST(Structure, NoTwoFoldersIncludeEachOther)
+{
+    const IncludeGraph folders = ReadGraph([](const std::filesystem::path& path) { return path.begin()->string(); });
+    EXPECT_THAT(Circles(folders), IsEmpty());
 }
 
 TEST(Structure, IncludesRunOnlyDownward)
@@ -248,15 +225,17 @@ TEST(Structure, IncludesNameFilesFromTheSourceRoot)
 TEST(StructureSearch, ReadsTheTree)
 {
     const IncludeGraph graph = ReadGraph();
-    ASSERT_TRUE(graph.contains("platform/script"));
-    EXPECT_TRUE(graph.at("platform/script").contains("platform/front"));
+    ASSERT_TRUE(graph.contains("display/color_map"));
+    EXPECT_TRUE(graph.at("display/color_map").contains("state/display_state"));
     EXPECT_GT(graph.size(), 30U);
 }
 
 TEST(StructureSearch, FindsAnIncludeThatRunsUpward)
 {
-    const IncludeGraph graph = {{"display/color_map", {"shell/main_window", "display/display_state"}}};
-    EXPECT_THAT(UpwardIncludes(graph), ElementsAre("display/color_map -> shell/main_window"));
+    const IncludeGraph graph = {{"display/color_map", {"shell/main_window", "display/units", "state/windows"}},
+                                {"elsewhere/module", {"state/windows"}}};
+    EXPECT_THAT(UpwardIncludes(graph),
+                ElementsAre("display/color_map -> shell/main_window", "elsewhere/module -> state/windows"));
 }
 
 TEST(StructureSearch, FindsACircleOverSeveralModules)
@@ -269,14 +248,6 @@ TEST(StructureSearch, TakesNoTwoWaysToOneModuleForACircle)
 {
     const IncludeGraph graph = {{"a", {"b", "c"}}, {"b", {"d"}}, {"c", {"d"}}, {"d", {}}};
     EXPECT_THAT(Circles(graph), IsEmpty());
-}
-
-TEST(StructureSearch, TheLongestPrefixGivesTheRank)
-{
-    EXPECT_EQ(RankOf("imagefile/header"), kCalculation);
-    EXPECT_EQ(RankOf("imagefile/viewing"), kImageFiles);
-    EXPECT_EQ(RankOf("shell/windows"), kLeaf);
-    EXPECT_EQ(RankOf("elsewhere/module"), std::nullopt);
 }
 
 TEST(StructureSearch, ReadsQuotedIncludesOnly)

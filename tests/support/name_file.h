@@ -1,9 +1,9 @@
 // Naming a file in a dialog that has lists of its own (CAL_OPEN, CAL_SAVE): typed, then Ok.
 #pragma once
 
-#include "imagefile/file_lists.h"
 #include "platform/dialog.h"
 #include "platform/front.h"
+#include "ui/file_lists.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,381 @@
+#include "badpixel/geometry_dialog.h"
+
+#include "badpixel/geometry_dialog_list.h"
+#include "badpixel/geometry_dialog_mark.h"
+#include "calib/orientation.h"
+#include "config/frame_rate_table.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/files.h"
+#include "platform/help.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/docking.h"
+#include "ui/status.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kFlipHorizontalBox = 1300;
+constexpr int kFlipVerticalBox = 1302;
+constexpr int kRotateBox = 1304;
+constexpr int kReplaceBox = 1306;
+constexpr int kBadList = 1308;
+constexpr int kRemove = 1310;
+constexpr int kPairEdit = 1312;
+constexpr int kAdd = 1314;
+constexpr int kFileText = 1460;
+constexpr int kFirstCamera = 1600;
+constexpr int kSecondCamera = 1602;
+constexpr int kSet = 1604;
+constexpr int kCommit = 1606;  // no control of its own: what Set and Ok have in common
+constexpr int kDescriptionText = 1608;
+constexpr int kHelpTopic = 290;
+constexpr int kDialogHint = 122;  // status strings
+constexpr std::size_t kPairCharacters = 11;
+constexpr std::array kListControls{kBadList, kRemove, kPairEdit, kAdd};
+// In the current directory.
+const std::string kScratchFile = "BADDET.TMP";
+
+// A flag's check box, its key in section Display, the flag in force, and the copy that the dialog works on.
+struct Flag {
+    int box;
+    const char* key;
+    std::int32_t* inForce;
+    std::int32_t copy;
+};
+std::array<Flag, 4> flags{{{kFlipHorizontalBox, "MirrorVert", &MirrorVert, 0},
+                           {kFlipVerticalBox, "MirrorHoriz", &MirrorHoriz, 0},
+                           {kRotateBox, "RotateCCW", &RotateCCW, 0},
+                           {kReplaceBox, "SubstBadPixels", &SubstBadPixels, 0}}};
+
+bool settingsChanged = false;  // since the table was last set; outlives the dialog while the camera is on
+bool listDirty = false;
+bool listDisabled = true;
+int selectedLine = 0;  // remembered between openings
+std::vector<PixelPair> listed;
+std::vector<PixelPair> scratchLines;  // what the last edit put into the scratch file, or was to
+bool scratchStands = false;           // the scratch file holds them
+
+bool IsCalibrated()
+{
+    return CalType != 0;
+}
+
+void NoteChange()
+{
+    if (CameraOn) settingsChanged = true;
+}
+
+void Tell(std::string_view text)
+{
+    MessageBox(hWndMain, text, kMessageCaption);
+}
+
+void MarkListed(std::size_t line)
+{
+    if (line >= listed.size()) return;
+    const Orientation inForce{.mirrorHoriz = MirrorHoriz, .mirrorVert = MirrorVert, .rotateCcw = RotateCCW};
+    MarkPixel(DisplayedPlace(listed[line], inForce, ActiveConfig));
+}
+
+void MarkSelected()
+{
+    if (!listDisabled) MarkListed(static_cast<std::size_t>(selectedLine));
+}
+
+void ShowFlags(HWND dialog)
+{
+    for (Flag& flag : flags) {
+        flag.copy = *flag.inForce;
+        CheckDlgButton(dialog, flag.box, flag.copy != 0);
+    }
+}
+
+void ShowCameras(HWND dialog)
+{
+    SetDlgItemText(dialog, kDescriptionText, ActiveConfig.Description);
+    CheckRadioButton(dialog, kFirstCamera, kSecondCamera, kFirstCamera);
+    EnableDlgItem(dialog, kSecondCamera, ActiveConfig.DualCamera != 0);
+}
+
+void SelectLine(HWND dialog, int line)
+{
+    selectedLine = std::clamp(line, 0, std::max(static_cast<int>(listed.size()) - 1, 0));
+    if (!listed.empty()) ListSelect(dialog, kBadList, selectedLine);
+}
+
+void ShowList(HWND dialog)
+{
+    ListClear(dialog, kBadList);
+    for (const PixelPair& pair : listed) ListAdd(dialog, kBadList, PixelPairText(pair));
+    SelectLine(dialog, selectedLine);
+}
+
+void TakeList(HWND dialog, EditableBadList list)
+{
+    listDisabled = list.isTooLong;
+    SetDlgItemText(dialog, kFileText, "Bad det file: " + CalSettings.BadDetFile);
+    listed = std::move(list.pairs);
+    ShowList(dialog);
+    MarkListed(0);
+}
+
+// False where the operator doesn't go on without the list.
+bool OpenList(HWND dialog)
+{
+    if (!IsCalibrated() || CalSettings.BadDetFile.empty()) return true;
+    if (std::optional<EditableBadList> list = ReadEditableBadList(CalSettings.BadDetFile, ActiveConfig)) {
+        TakeList(dialog, std::move(*list));
+        return true;
+    }
+    const Button answer = MessageBox(
+        dialog,
+        "Unable to open Bad detector file:\n" + CalSettings.BadDetFile + "\nSetting Bad detector filename to NULL",
+        kMessageCaption, BoxIcon::kExclamation, BoxButtons::kOkCancel);
+    if (answer == Button::kOk) {
+        CalSettings.BadDetFile.clear();
+        return true;
+    }
+    Tell("Can not continue with invalid\nbad detector filename");
+    return false;
+}
+
+void MakeScratchFile()
+{
+    if (CopyFileTo(CalSettings.BadDetFile, kScratchFile, false)) return;
+    Tell("Could not save file: " + kScratchFile);
+}
+
+void OfferList(HWND dialog)
+{
+    FocusDlgItem(dialog, IsCalibrated() ? kReplaceBox : kFlipVerticalBox);
+    if (listDisabled) {
+        for (const int id : kListControls) EnableDlgItem(dialog, id, false);
+    } else if (IsCalibrated()) {
+        MakeScratchFile();
+    }
+}
+
+void Open(HWND dialog)
+{
+    StatusString(kDialogHint, kLeftAligned);
+    if (!CameraOn) settingsChanged = false;
+    listDirty = false;
+    listDisabled = true;
+    listed.clear();
+    ShowFlags(dialog);
+    ShowCameras(dialog);
+    if (!OpenList(dialog)) {
+        StatusString(kIdleHint, kLeftAligned);
+        EndDialog(dialog, 0);
+        return;
+    }
+    OfferList(dialog);
+    CentreDialog(dialog);
+    DockDialog(dialog);  // beside the picture that it marks
+}
+
+void TakeFlag(HWND dialog, int box)
+{
+    for (Flag& flag : flags) {
+        if (flag.box == box) flag.copy = IsDlgButtonChecked(dialog, box) ? 1 : 0;
+    }
+    if (box != kReplaceBox || IsCalibrated()) NoteChange();
+}
+
+void WriteScratchFile()
+{
+    scratchStands = ReplaceFile(kScratchFile, BadListText(scratchLines));
+    if (!scratchStands) Tell("Could not save file: " + kScratchFile);
+}
+
+void KeepEdit(std::vector<PixelPair> lines)
+{
+    scratchLines = std::move(lines);
+    WriteScratchFile();
+}
+
+void RemoveSelected(HWND dialog)
+{
+    if (listDisabled) return;
+    listDirty = true;
+    NoteChange();
+    if (std::cmp_less(selectedLine, listed.size())) {
+        listed.erase(listed.begin() + selectedLine);
+        ListDelete(dialog, kBadList, selectedLine);
+        SelectLine(dialog, selectedLine - 1);
+    }
+    KeepEdit(listed);
+}
+
+void TellRange(const char* side, std::int32_t count)
+{
+    Tell(Format("Valid input range\n0 >= %s >= %3lld", side, count - 1LL));
+}
+
+// The pair that the operator typed, where it lies on the array; otherwise he is told what would.
+std::optional<PixelPair> TypedPair(HWND dialog)
+{
+    constexpr PixelPair kNoPair{.row = -1, .column = -1};
+    const std::string text = GetDlgItemText(dialog, kPairEdit).substr(0, kPairCharacters);
+    const PixelPair pair = ScanPixelPair(text).value_or(kNoPair);
+    const bool rowFits = pair.row >= 0 && pair.row < ActiveConfig.Vactive;
+    const bool columnFits = pair.column >= 0 && pair.column < ActiveConfig.Hactive;
+    if (!rowFits) TellRange("Row", ActiveConfig.Vactive);
+    if (!columnFits) TellRange("Column", ActiveConfig.Hactive);
+    if (!rowFits || !columnFits) return std::nullopt;
+    return pair;
+}
+
+void AddTyped(HWND dialog)
+{
+    if (listDisabled) return;
+    listDirty = true;
+    NoteChange();
+    const std::optional<PixelPair> pair = TypedPair(dialog);
+    std::optional<ListWithPair> longer;
+    if (pair) longer = InsertPair(listed, *pair);
+    if (!pair || !longer) {
+        KeepEdit(listed);
+        return;
+    }
+    KeepEdit(std::move(longer->fileLines));
+    listed = std::move(longer->lines);
+    const int place = static_cast<int>(longer->place);
+    ListInsert(dialog, kBadList, place, PixelPairText(*pair));
+    SelectLine(dialog, place);
+    MarkSelected();
+}
+
+void WriteFlags(const std::string& file)
+{
+    for (const Flag& flag : flags) WritePrivateProfileString("Display", flag.key, Format("%d", flag.copy), file);
+}
+
+// An edited list that can't be put in its place keeps its scratch file, and is tried again at the next commit; so is
+// one whose scratch file couldn't be written.
+bool CommitList()
+{
+    if (listDisabled || !listDirty) return true;
+    if (!scratchStands) WriteScratchFile();
+    if (!scratchStands) return false;
+    if (!CopyFileTo(kScratchFile, CalSettings.BadDetFile, false)) {
+        Tell("Could not save file: " + CalSettings.BadDetFile);
+        return false;
+    }
+    listDirty = false;
+    return true;
+}
+
+void Commit()
+{
+    for (const Flag& flag : flags) *flag.inForce = flag.copy;
+    WriteFlags(IniFilePath);
+    if (IsCalibrated() && !CalSettings.CalFile.empty()) WriteFlags(CalSettings.CalFile);
+    if (CommitList()) DeleteFileNamed(kScratchFile);
+}
+
+void Set()
+{
+    Commit();
+    SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
+                        FrameRateRowAt(IndexFrameRate).ReadoutShift);
+    StatusString(kDialogHint, kLeftAligned);
+    settingsChanged = false;
+    MarkSelected();
+}
+
+void Close(HWND dialog)
+{
+    const bool asks = settingsChanged && CameraOn;
+    if (asks && MessageBox(dialog, "Settings were changed\nDo you want to SET changes?", kMessageCaption,
+                           BoxIcon::kExclamation, BoxButtons::kYesNo) == Button::kYes) {
+        Set();
+    } else {
+        Commit();
+    }
+    StatusString(kIdleHint, kLeftAligned);
+    EndDialog(dialog, 1);
+}
+
+void PickLine(HWND dialog)
+{
+    selectedLine = std::max(ListSelection(dialog, kBadList), 0);
+    MarkSelected();
+}
+
+bool OnCommand(HWND dialog, int id, int notification)
+{
+    switch (id) {
+        case kFlipHorizontalBox:
+        case kFlipVerticalBox:
+        case kRotateBox:
+        case kReplaceBox:
+            TakeFlag(dialog, id);
+            return true;
+        case kBadList:
+            if (notification == kSelectionChanged) PickLine(dialog);
+            return true;
+        case kRemove:
+            RemoveSelected(dialog);
+            return true;
+        case kAdd:
+            AddTyped(dialog);
+            return true;
+        case kSet:
+            Set();
+            return true;
+        case kCommit:
+            Commit();
+            return true;
+        case kIdOk:
+        case kIdCancel:
+            Close(dialog);
+            return true;
+        case kIdHelp:
+            ShowHelpContext(kHelpTopic);
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+int GeometryDialog(HWND window)
+{
+    const int result = ShowDialog("GEOMETRY", window, fnGEOMETRYDlgProc);
+    RemoveMark();
+    return result;
+}
+
+LRESULT fnGEOMETRYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+{
+    switch (message) {
+        case WM_INITDIALOG:
+            Open(dialog);
+            return 1;
+        case WM_COMMAND:
+            return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
+        default:
+            return 0;
+    }
+}
+
+}  // namespace kelvo

@@ -1,0 +1,134 @@
+#include "calib/orientation.h"
+
+#include "config/frame_rate_table.h"
+#include "head/video_setup.h"
+#include "pixel/bad_pixels.h"
+#include "pixel/coefficient_lists.h"
+#include "pixel/decommutation.h"
+#include "pixel/unity_coefficients.h"
+#include "platform/box.h"
+#include "platform/files.h"
+#include "platform/memory.h"
+#include "platform/menu.h"
+#include "platform/pointer.h"
+#include "platform/profile.h"
+#include "resources/ids.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
+#include "video/video.h"
+
+#include <optional>
+#include <span>
+#include <string>
+
+namespace kelvo {
+
+namespace {
+
+std::span<const std::uint8_t> BytesOf(const DecomTable& table)
+{
+    return {reinterpret_cast<const std::uint8_t*>(table.data()), table.size() * sizeof(DecomTable::value_type)};
+}
+
+bool ReplaceListed(DecomTable& table, std::string_view badDetFile, const CameraConfig& config)
+{
+    StatusMessage("Loading bad pixel substitution file", kLeftAligned);
+    BadDetMap map;
+    if (!AllocateBlock(map, table.size())) {
+        MessageBox(hWndMain, "Failure to allocate memory", kMessageCaption);
+        return false;
+    }
+    if (!LoadBadDetFile(badDetFile, map, config)) return false;
+    StatusMessage("Calculating pixel substitution", kLeftAligned);
+    return ReplaceBadDet(table, map, config) != 0;
+}
+
+void CheckReplaceItem(std::int32_t substitute)
+{
+    if (hWndMain) CheckMenuItem(hWndMain, kCmdReplaceBadPixels, substitute != 0);
+}
+
+void InstallTable(const DecomTable& table)
+{
+    if (!DownloadCoefficients(kDecomKind, BytesOf(table))) {
+        MessageBox(hWndMain, "Hardware Timeout Error, Download of Decommutation List", kMessageCaption);
+    }
+    SaveList(DecomTempPath(), BytesOf(table), table.size());
+}
+
+std::int32_t ShiftInForce()
+{
+    return FrameRateRowAt(IndexFrameRate).ReadoutShift;
+}
+
+void WriteSubstituteKey(const std::string& file)
+{
+    WritePrivateProfileString("Display", "SubstBadPixels", std::to_string(SubstBadPixels), file);
+}
+
+// The set's own table follows the one in force.
+void KeepTableInSet()
+{
+    if (CalSettings.DecomFile.empty()) return;
+    if (CopyFileTo(DecomTempPath(), CalSettings.DecomFile, false)) return;
+    MessageBox(hWndMain, "Could not save file: " + CalSettings.DecomFile, kMessageCaption);
+}
+
+void RebuildForSet()
+{
+    if (SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
+                            ShiftInForce())) {
+        KeepTableInSet();
+    } else {
+        SubstBadPixels = SubstBadPixels ? 0 : 1;
+    }
+}
+
+}  // namespace
+
+std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHoriz, std::int32_t mirrorVert,
+                                 std::int32_t rotateCcw, std::string_view badDetFile, const CameraConfig& config,
+                                 std::int32_t readoutShift)
+{
+    if (!CameraOn) {
+        MessageBox(hWndMain, "Camera should be on.", kMessageCaption);
+        return 0;
+    }
+    std::optional<DecomTable> table = BuildDecomList(config, readoutShift);
+    if (!table) return 0;
+    const bool replaces = substitute && CalType && !badDetFile.empty();
+    if (replaces && !ReplaceListed(*table, badDetFile, config)) return 0;
+    StatusMessage("Setting Image orientation", kLeftAligned);
+    if (!ReorderDecomList(*table, config, mirrorHoriz, mirrorVert, rotateCcw)) return 0;
+    InstallTable(*table);
+    // A frozen picture follows its table at once: what is saved of it goes through the new one.
+    if (!LiveVideo && !ViewingFile) RefreshLiveFrame();
+    CheckReplaceItem(substitute);
+    return 1;
+}
+
+std::int32_t SetCommutationOrder()
+{
+    const Hourglass hourglass;
+    if (!ResetUnityGainOffset(ActiveConfig)) return 0;
+    StatusMessage("Setting pixel commutation order...", kLeftAligned);
+    SetImageOrientation(SubstBadPixels, 0, 0, 0, CalSettings.BadDetFile, ActiveConfig, ShiftInForce());
+    return 1;
+}
+
+void ToggleBadPixelReplacement(HWND /*window*/)
+{
+    if (ActiveConfig.DualCamera) return;
+    const Hourglass hourglass;
+    SubstBadPixels = SubstBadPixels ? 0 : 1;
+    if (CalType) RebuildForSet();
+    CheckReplaceItem(SubstBadPixels);
+    WriteSubstituteKey(IniFilePath);
+    if (CalType && !CalSettings.CalFile.empty()) WriteSubstituteKey(CalSettings.CalFile);
+}
+
+}  // namespace kelvo

@@ -1,0 +1,31 @@
+// The complete rebuild of the table in force: readout order, substitution, orientation.
+#pragma once
+
+#include "platform/types.h"
+#include "state/camera_config.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace kelvo {
+
+// Builds the table, replaces the bad pixels of badDetFile in it (with substitute, a calibration loaded and a name),
+// mirrors and rotates it, installs it, writes DECOM.TMP, and sets the check of "Replace bad pixels" as substitute says.
+// So a substitution travels with its pixel through the orientation. A frozen picture is shown anew.
+// 1; 0 after a box, the table in force unchanged: "Camera should be on.", "Failure to allocate memory", or what a step
+// tells. An installation that fails is told ("Hardware Timeout Error, Download of Decommutation List"), and the rebuild
+// goes on.
+std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHoriz, std::int32_t mirrorVert,
+                                 std::int32_t rotateCcw, std::string_view badDetFile, const CameraConfig& config,
+                                 std::int32_t readoutShift);
+
+// Prepares the table for a calibration run: unity coefficients, then the table in plain order. Non-zero where the unity
+// download succeeded, whatever the rebuild gave.
+std::int32_t SetCommutationOrder();
+
+// F9: bad pixels are replaced, or not. With a calibration loaded the table is rebuilt, and its copies follow: the
+// calibration's .dcm and the key SubstBadPixels of its .cal. Where the rebuild fails the flag stays. Nothing happens
+// with DualCamera.
+void ToggleBadPixelReplacement(HWND window);
+
+}  // namespace kelvo

@@ -1,0 +1,272 @@
+#include "camera/turn_on.h"
+
+#include "calib/calibration.h"
+#include "grabber/board.h"
+#include "head/camera_head.h"
+#include "head/section_check.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/menu.h"
+#include "platform/pointer.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/frame_state.h"
+#include "state/head_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
+#include "video/video.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kVideoSetupButton = 1070;
+constexpr int kAutoloadLastButton = 1072;
+constexpr int kAutoloadSelectedButton = 1074;
+
+constexpr int kTurnOffHint = 6;
+constexpr int kGoingOnHint = 7;
+constexpr int kChooseHint = 169;
+
+// Results of the dialog.
+constexpr int kNothing = 0;
+constexpr int kVideoSetupFollows = 1;
+constexpr int kCalibrationLoaded = 2;
+
+constexpr std::string_view kAutoStart = "AUTOSTART";
+constexpr std::size_t kShortestName = 4;
+constexpr std::size_t kShortestDrive = 2;
+constexpr std::size_t kShortestDirectory = 3;
+
+void ShowTurnOnItem()
+{
+    SetMenuText(hWndMain, kCmdTurnOn, CameraOn ? "&Turn Vantir off" : "&Turn Vantir on");
+    DrawMenuBar(hWndMain);
+}
+
+// The word may stand before the file's name or behind it, parted by one character; the name alone remains.
+std::string WithoutAutoStart(std::string text)
+{
+    const std::size_t place = text.find(kAutoStart);
+    if (place == std::string::npos) return text;
+    if (place == 0) return text.erase(0, kAutoStart.size() + 1);
+    return text.erase(place - 1);
+}
+
+// The calibration that an argument names; empty where it names none, or a file of another kind.
+std::string CalibrationNamed(std::string_view argument)
+{
+    const std::string text = WithoutAutoStart(UpperAscii(argument));
+    if (text.size() < kShortestName) return {};
+    std::string drive;
+    std::string directory;
+    std::string name;
+    std::string extension;
+    SplitPath(text, &drive, &directory, &name, &extension);
+    if (drive.size() < kShortestDrive) drive = "c:";
+    if (directory.size() < kShortestDirectory) directory = "\\KELVO\\";
+    if (extension.empty()) extension = ".CAL";
+    if (!EqualIgnoringCase(extension, ".CAL")) return {};
+    return MakePath(drive, directory, name, extension);
+}
+
+bool SectionCanRun()
+{
+    const std::optional<std::string> reason = WhyCameraCantRun();
+    if (!reason) return true;
+    MessageBox(hWndMain,
+               "The camera can't be turned on with these settings.\n" + ActiveCameraSection() + ": " + *reason,
+               "Kelvo configuration warning");
+    return false;
+}
+
+// Nothing goes to the head while the grab runs.
+void StopLiveVideo()
+{
+    LiveVideo = 1;
+    ToggleFreeze(LiveVideo);
+}
+
+void FreezeForTurnOn()
+{
+    LiveVideo = 1;
+    StatusMessage("Freeze image...", kLeftAligned);
+    ToggleFreeze(LiveVideo);
+    StatusMessage("Set Matrox sync...", kLeftAligned);  // this and the next tell of work that no board needs any more
+    StatusMessage("Set LUT bar at side of image...", kLeftAligned);
+}
+
+// A board that doesn't come up shows itself at the first frame.
+void StartLiveVideo()
+{
+    LiveVideo = 0;
+    init_itex();
+    CameraOn = 1;
+    ToggleFreeze(LiveVideo);
+}
+
+bool LoadNamedCalibration(const std::string& path)
+{
+    if (path.empty()) return true;
+    StatusMessage("Loading previous calibration...", kLeftAligned);
+    return LoadCalibration(hWndMain, path) != 0;
+}
+
+void TurnCameraOff()
+{
+    const Hourglass hourglass;
+    StopLiveVideo();
+    SetMenuText(hWndMain, kCmdTurnOn, "&Turn Vantir on");
+    DrawMenuBar(hWndMain);
+    StatusMessage("Turning camera head electronics off", kLeftAligned);
+    TurnCameraHeadOff();
+    CalType = 0;
+    CameraOn = 0;
+    StatusMessage("Wait - Closing Frame Grabber", kLeftAligned);
+    ReleaseBoard();
+    StatusString(kIdleHint, kLeftAligned);
+}
+
+void AskToTurnOff()
+{
+    StatusString(kTurnOffHint, kLeftAligned);
+    MessageBeep(Sound::kDefault);
+    const Button answer = MessageBox(hWndMain, "Do you wish to turn the Vantir camera OFF?", "Turn off camera?",
+                                     BoxIcon::kQuestion, BoxButtons::kYesNo);
+    if (answer == Button::kYes) {
+        TurnCameraOff();
+    } else {
+        StatusString(kIdleHint, kLeftAligned);
+    }
+}
+
+void Open(HWND dialog)
+{
+    if (CameraOn) {
+        AskToTurnOff();
+        EndDialog(dialog, kNothing);
+        return;
+    }
+    CentreDialog(dialog);
+    StatusString(kChooseHint, kLeftAligned);
+    FocusDlgItem(dialog, kAutoloadLastButton);
+}
+
+void TurnOnForVideoSetup(HWND dialog)
+{
+    StatusString(kGoingOnHint, kLeftAligned);
+    if (TurnCameraOn("", 1)) {
+        FirstSetupPending = 1;
+        EndDialog(dialog, kVideoSetupFollows);
+        return;
+    }
+    MessageBeep(Sound::kExclamation);
+    MessageBox(dialog, "Unable to turn camera head on!", "Camera Head Error!");
+}
+
+// A failure is silent here: what failed has told it, and the dialog stays.
+void TurnOnWithCalibration(HWND dialog, const std::string& path)
+{
+    StatusString(kGoingOnHint, kLeftAligned);
+    if (!TurnCameraOn(path.c_str(), 1)) return;
+    StatusString(kIdleHint, kLeftAligned);
+    EndDialog(dialog, kCalibrationLoaded);
+}
+
+std::string LastCalibrationPath()
+{
+    std::string drive;
+    std::string directory;
+    SplitPath(IniFilePath, &drive, &directory, nullptr, nullptr);
+    return MakePath(drive, directory, "last", ".cal");
+}
+
+void TurnOnWithSelection(HWND dialog)
+{
+    if (ChooseCalibrationToOpen(dialog)) {
+        TurnOnWithCalibration(dialog, FilePathBuf);
+        return;
+    }
+    StatusString(kIdleHint, kLeftAligned);
+    EndDialog(dialog, kNothing);
+}
+
+bool OnCommand(HWND dialog, int id)
+{
+    switch (id) {
+        case kVideoSetupButton:
+            TurnOnForVideoSetup(dialog);
+            return true;
+        case kAutoloadLastButton:
+            TurnOnWithCalibration(dialog, LastCalibrationPath());
+            return true;
+        case kAutoloadSelectedButton:
+            TurnOnWithSelection(dialog);
+            return true;
+        case kIdCancel:
+            EndDialog(dialog, kNothing);
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+int TurnCameraOn(const char* argument, int /*flag*/)
+{
+    if (!SectionCanRun()) return 0;
+    const std::string calibration = CalibrationNamed(argument ? argument : "");
+    const Pointer before = CurrentPointer();
+    SetPointer(Pointer::kHourglass);
+    FreezeForTurnOn();
+    CalType = 0;
+    CameraOn = 0;
+    StatusString(kIdleHint, kLeftAligned);
+    if (!LoadCameraHead()) {
+        LiveVideo = 0;  // frozen, with the hourglass: who asked for the camera tells the operator
+        return 0;
+    }
+    StartLiveVideo();
+    ShowTurnOnItem();
+    const bool loaded = LoadNamedCalibration(calibration);
+    SetPointer(before);
+    return loaded ? 1 : 0;
+}
+
+int TurnOnDialog(HWND parent)
+{
+    const int result = DialogBox("CLOCK_ON", parent, fnCLOCKONDlgProc);
+    if (result == -1) {
+        MessageBox(parent, "Unable to display dialog", "System Error", BoxIcon::kStop);
+        return kNothing;
+    }
+    if (result != kCalibrationLoaded) return result;
+    ShowTurnOnItem();
+    return kNothing;
+}
+
+LRESULT fnCLOCKONDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+{
+    switch (message) {
+        case WM_INITDIALOG:
+            Open(dialog);
+            return 1;
+        case WM_COMMAND:
+            return OnCommand(dialog, LowWord(wParam));
+        case WM_CLOSE:
+            EndDialog(dialog, kNothing);
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace kelvo

@@ -1,0 +1,30 @@
+// The live calibration: what the frame path and the units read of it. Written by calibration and turn-on.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+extern std::int32_t CalType;  // 0 none, 1 offsets only, 2 gains and offsets
+
+// One image pixel's raw index each, image order, Vroi x Hroi. Offsets (counts) and gains (1.0: the array's mean
+// response) in readout order.
+extern std::vector<std::uint32_t> DecomList;
+extern std::vector<std::int16_t> OffsetList;
+extern std::vector<float> GainList;
+
+// The calibration pair of the set in force: counts and °C. -10000 and -999.0 mark none. The source dialogs take the
+// temperatures here, before the run that they belong to has come to its end: until then CalType is 0.
+extern std::int32_t IntensityCold;
+extern std::int32_t IntensityHot;
+extern float TemperatureCold;
+extern float TemperatureHot;
+
+// Counts the changes of DecomList, OffsetList and GainList: whoever keeps something made from a list compares. Whoever
+// writes one calls CalibrationListsChanged; CalType is seen without it.
+extern std::uint32_t CalibrationListsVersion;
+void CalibrationListsChanged();
+
+}  // namespace kelvo

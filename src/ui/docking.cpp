@@ -1,0 +1,41 @@
+#include "ui/docking.h"
+
+#include "platform/window.h"
+#include "state/windows.h"
+
+namespace kelvo {
+
+int PanelHeight()
+{
+    return hDlgPanel ? GetClientRect(hDlgPanel).Height() : 0;
+}
+
+void ViewClipRect(Rect& rectangle)
+{
+    if (!hWndMain) {
+        rectangle = {};
+        return;
+    }
+    const Rect client = GetClientRect(hWndMain);
+    const Point topLeft = ClientToScreen(hWndMain, {client.left, client.top + PanelHeight()});
+    const Point bottomRight = ClientToScreen(hWndMain, {client.right, client.bottom - TextHeight});
+    rectangle = {topLeft.x, topLeft.y, bottomRight.x, bottomRight.y};
+}
+
+Rect ViewArea()
+{
+    Rect area;
+    ViewClipRect(area);
+    return area;
+}
+
+void DockDialog(HWND dialog)
+{
+    if (!hWndMain) return;
+    const Rect area = ViewArea();
+    const Rect window = GetWindowRect(dialog);
+    const int left = area.right - window.Width();
+    MoveWindow(dialog, {left, area.top, area.right, area.top + window.Height()});
+}
+
+}  // namespace kelvo

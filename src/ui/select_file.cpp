@@ -1,0 +1,176 @@
+#include "ui/select_file.h"
+
+#include "platform/box.h"
+#include "platform/text.h"
+#include "state/windows.h"
+#include "ui/status.h"
+
+#include <algorithm>
+
+namespace kelvo {
+
+std::string LastFileDirectory;
+int FileDialogTemplate = kImageTemplate;
+std::vector<std::string> SelectedPaths;
+
+namespace {
+
+constexpr FileFilter kImages{"Image Files (*.img)", "*.img"};
+constexpr FileFilter kSequences{"Sequence Files (*.seq)", "*.seq"};
+constexpr FileFilter kBuffers{"BufferBoard Files (*.buf)", "*.buf"};
+constexpr FileFilter kDeviations{"StdDev Files (*.sdv)", "*.sdv"};
+constexpr FileFilter kRealTimeDisk{"RealTimeDisk Files (*.buf)", "*.buf"};
+constexpr FileFilter kBitmaps{"Bitmap Files (*.bmp)", "*.bmp"};
+constexpr FileFilter kAll{"All Files (*.*)", "*.*"};
+
+struct ModeTexts {
+    std::string_view title;
+    std::string_view status;
+    FileDialogMode dialog;
+};
+constexpr ModeTexts kModes[] = {
+    {"Save File", "Enter filename to save image file to", FileDialogMode::kSave},
+    {"Open File", "Select image file to view", FileDialogMode::kOpen},
+    {"Open Multiple Files", "Select multiple image files to analyze", FileDialogMode::kOpenMany},
+};
+
+// Shows a hint, and the line that stood before when the dialog is done.
+class StatusHint {
+  public:
+    explicit StatusHint(std::string_view text)
+    {
+        align_ = GetStatusText(text_);
+        StatusMessage(text, 0);
+    }
+    ~StatusHint() { StatusMessage(text_, align_); }
+    StatusHint(const StatusHint&) = delete;
+    StatusHint& operator=(const StatusHint&) = delete;
+
+  private:
+    std::string text_;
+    int align_ = 0;
+};
+
+std::string DirectoryOf(std::string_view path)
+{
+    std::string drive;
+    std::string directory;
+    SplitPath(path, &drive, &directory, nullptr, nullptr);
+    return drive + directory;
+}
+
+std::string WithoutLastCharacter(std::string text)
+{
+    if (text.size() > 1) text.pop_back();  // the root directory is its own separator
+    return text;
+}
+
+std::string NameOf(std::string_view path)
+{
+    std::string name;
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, &name, &extension);
+    return name + extension;
+}
+
+// Several names in one text: the folder, then the names, parted by blanks; a single choice stands as its whole path.
+std::string JoinSelection(const std::vector<std::string>& paths)
+{
+    if (paths.size() == 1) return paths.front();
+    std::string joined = WithoutLastCharacter(DirectoryOf(paths.front()));
+    for (const std::string& path : paths) joined += " " + NameOf(path);
+    return joined;
+}
+
+void ReportDialogError(std::int32_t error)
+{
+    MessageBeep(Sound::kStop);
+    MessageBox(hWndMain, Format("GetOpenFileName returned Error #%ld", static_cast<long>(error)), "WARNING",
+               BoxIcon::kStop);
+}
+
+}  // namespace
+
+FilterList FiltersFor(std::string_view pattern)
+{
+    struct Row {
+        std::string_view pattern;
+        FilterList list;
+    };
+    static const Row rows[] = {
+        {"*.img", {{kImages, kSequences, kBuffers, kDeviations, kAll}, "img"}},
+        {"*.seq", {{kSequences, kImages, kBuffers, kDeviations, kAll}, "seq"}},
+        {"*.buf", {{kBuffers, kImages, kSequences, kDeviations, kAll}, "buf"}},
+        {"*.rtd", {{kRealTimeDisk, kAll}, "buf"}},
+        {"*.sdv", {{kDeviations, kImages, kSequences, kBuffers, kAll}, "sdv"}},
+        {"*.bmp", {{kBitmaps, kAll}, "bmp"}},
+    };
+    for (const Row& row : rows) {
+        if (EqualIgnoringCase(row.pattern, pattern)) return row.list;
+    }
+    return {{kAll, kImages, kSequences, kBuffers}, "img"};
+}
+
+int SelectFile(HWND window, std::string& path, int mode)
+{
+    const FilterList list = FiltersFor(path);
+    if (LastFileDirectory.empty()) LastFileDirectory = DefaultDir;
+
+    const ModeTexts& texts = kModes[std::clamp(mode, 0, 2)];
+    const StatusHint hint(texts.status);
+    const FileDialogResult result = RunFileDialog({.owner = window,
+                                                   .mode = texts.dialog,
+                                                   .title = texts.title,
+                                                   .filters = list.filters,
+                                                   .directory = LastFileDirectory,
+                                                   .name = path,
+                                                   .defaultExtension = list.defaultExtension});
+    if (result.paths.empty()) {
+        path.clear();
+        if (result.error != 0) ReportDialogError(result.error);
+        return 0;
+    }
+    SelectedPaths = result.paths;
+    if (texts.dialog == FileDialogMode::kOpenMany) {
+        path = JoinSelection(result.paths);
+        LastFileDirectory = WithoutLastCharacter(DirectoryOf(result.paths.front()));
+    } else {
+        path = result.paths.front();
+        LastFileDirectory = DirectoryOf(path);
+    }
+    return 1;
+}
+
+int SelectStatisticsFile(HWND window, std::string& path, int kind)
+{
+    constexpr FileFilter kBadPixels{"Bad pixel files (*.bad)", "*.bad"};
+    FileDialogRequest request{.owner = window,
+                              .mode = FileDialogMode::kOpen,
+                              .title = "Select a file",
+                              .filters = {{"All files (*.*)", "*.*"}},
+                              .directory = {},
+                              .name = "*.*",
+                              .defaultExtension = {}};
+    std::string_view status = "Select a file";
+    if (kind == kBadDetectorFiles) {
+        request.title = "Select bad detector file";
+        request.filters = {kBadPixels};
+        request.name = "*.bad";
+        status = "Select a bad detector file";
+    } else if (kind == kStatisticsFiles) {
+        request.title = "View statistics of selected file";
+        request.filters = {{"Gain files (*.gai)", "*.gai"},
+                           {"Offset files (*.off)", "*.off"},
+                           {"Noise files (*.noi)", "*.noi"},
+                           kBadPixels,
+                           {"Calib. ini files (*.cal)", "*.cal"}};
+        request.name = "*.gai";
+        status = "Select a calibration statistics file to view";
+    }
+    const StatusHint hint(status);
+    const FileDialogResult result = RunFileDialog(request);
+    path = result.paths.empty() ? std::string() : result.paths.front();
+    return 0;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,160 @@
+#include "ui/status.h"
+
+#include "imagefile/header.h"
+#include "platform/box.h"
+#include "platform/paint.h"
+#include "platform/text.h"
+#include "platform/transcript.h"
+#include "platform/window.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kelvo {
+
+std::string StatusText;
+std::int16_t StatusAlign = 0;
+std::uint32_t StatusBackground = 0xFF0000;
+std::uint32_t StatusForeground = 0xFFFFFF;
+
+namespace {
+
+struct TableString {
+    int id;
+    std::string_view text;
+};
+
+constexpr TableString kStrings[] = {
+    {0, "Wait - Kelvo start up procedure"},
+    {1, " Use Alt + underlined menu item or trackball to select menu item"},
+    {2, " This will end your Kelvo session (the IR camera will remain on)"},
+    {3, " This will end your Kelvo session (the IR camera is now off)"},
+    {4, " Press OK when LOW flux source is in front of camera"},
+    {5, " Press OK when HIGH flux source is in front of camera"},
+    {6, " Choose Yes to shut camera off & put electronics in a safe state"},
+    {7, " Choose OK to continue with Kelvo turn-on procedure"},
+    {16, " Enter file name (.img not needed). Press OK to capture image."},
+    {17, " Enter file name (.seq not needed) and Seq. start #. Press OK to accept name."},
+    {18, " Enter file name including extension.  Press OK to capture image."},
+    {19, " Enter file name (.buf not needed). Press OK to store selected BuffBrd data."},
+    {20, " Select an image file to view"},
+    {21, " Select a beginning sequence file to view"},
+    {22, " Select a file to view"},
+    {23, " Select a buffer board file to view"},
+    {24, " Choose .CAL file to load for calibration"},
+    {25, " Choose .BAD detector file to use"},
+    {26, " Choose .GAI file to load for gain statistics"},
+    {27, " Choose .OFF file to load for offset statistics"},
+    {28, " Enter image area, frame start & end to load from disk file to buffer board."},
+    {29, " Enter image area, frame start & end to save from buffer board to disk file."},
+    {30, " Enter buffer board image area, frame start & end to set to a constant value."},
+    {31, " Enter parameters for graphing selected buffer board memory area."},
+    {32, " Select buffer board graphics filename."},
+    {33, " Continous SAVE operations"},
+    {103, " Set up buffer board to capture, save, load, &/or replay data"},
+    {120, " Display values affect the viewed image but not raw data"},
+    {121, " Use video oscilloscope to set up Kelvo video parameters"},
+    {122, " Adjust image readout sequence &/or change bad pixel list"},
+    {123, " Enter parameters to be stored for this and subsequent sessions"},
+    {130, " Enter your choices & then OK to do new calibration, or load a previous calib"},
+    {169, " Choose one of the Kelvo turn-on procedures or Cancel"},
+    {196, " Press OK to close 'About QVF Kelvo' dialog box"},
+};
+
+// The FrameHeader in front of the frame on view; zeros where the buffer holds none.
+FrameHeaderRecord FrameHeaderOnView()
+{
+    FrameHeaderRecord record;
+    std::memcpy(&record, ImageBuffer.data(), std::min(ImageBuffer.size(), sizeof record));
+    return record;
+}
+
+std::string DescribeFileOnView()
+{
+    const ImageHeaderRecord& header = ImageHeader;
+    if (!ViewingSequence) {
+        return Format("Viewing Image %s  %d/%d/%d  %d:%2.2d:%2.2d", ViewFilePath.c_str(), header.Month, header.Day,
+                      header.Year, header.Hour, header.Minute, header.Second);
+    }
+    if (header.ImageHeaderDataOffset == 0) {
+        return Format("Viewing Sequence %s  FrameNum: %d   %d/%d/%d %d:%2.2d:%2.2d", ViewFilePath.c_str(),
+                      static_cast<int>(SequenceFrameIndex), header.Month, header.Day, header.Year, header.Hour,
+                      header.Minute, header.Second);
+    }
+    const FrameHeaderRecord frame = FrameHeaderOnView();
+    const std::string time(frame.FrameTimeText.begin(),
+                           std::find(frame.FrameTimeText.begin(), frame.FrameTimeText.end(), '\0'));
+    return Format("Viewing %s FrameNum:%d AllFramesNum:%d %.28s %.1fHz %.3fmsec", ViewFilePath.c_str(),
+                  static_cast<int>(SequenceFrameIndex), frame.AllFramesNum & 0xFFFF, time.c_str(),
+                  static_cast<double>(header.FrameRate), static_cast<double>(frame.FrameIntegrationMsec));
+}
+
+std::string Title()
+{
+    if (!ViewingFile) return LiveVideo ? "Kelvo" : "Kelvo - Frozen";
+    std::string name;
+    SplitPath(ViewFilePath, nullptr, nullptr, &name, nullptr);
+    return "Kelvo - " + name;
+}
+
+void ShowLine(int align)
+{
+    StatusAlign = static_cast<std::int16_t>(align);
+    Transcribe("status", {{"text", StatusText}, {"align", std::int64_t{align}}});
+    if (!hWndStatus) return;  // the first texts of the start come before the window
+    const Rect line{0, 0, ClientWidth, TextHeight};
+    InvalidateRect(hWndStatus, &line, true);
+    UpdateWindow(hWndStatus);
+}
+
+}  // namespace
+
+std::optional<std::string_view> ResourceString(int id)
+{
+    const auto* const found = std::ranges::find(kStrings, id, &TableString::id);
+    if (found == std::end(kStrings)) return std::nullopt;
+    return found->text;
+}
+
+void StatusMessage(std::string_view text, int align)
+{
+    StatusText = text;
+    ShowLine(align);
+}
+
+void StatusString(int id, int align)
+{
+    const std::optional<std::string_view> text = ResourceString(id);
+    if (!text) {
+        MessageBox(hWndMain, "String resource not available to output to Status window!", kMessageCaption);
+        return;
+    }
+    StatusText = (id == 1 && ViewingFile) ? DescribeFileOnView() : std::string(*text);
+    ShowLine(align);
+    if (hWndMain) SetWindowText(hWndMain, Title());
+}
+
+int GetStatusText(std::string& text)
+{
+    text = StatusText;
+    return StatusAlign;
+}
+
+LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    if (message != WM_PAINT) return DefWindowProc(window, message, wParam, lParam);
+
+    const Rect client = GetClientRect(window);
+    const auto align = static_cast<TextAlign>(StatusAlign);
+    int x = client.left;
+    if (align == TextAlign::kCentre) x = client.left + client.Width() / 2;
+    if (align == TextAlign::kRight) x = client.right;
+    if (!DrawTextLine(window, x, 0, StatusText, align, StatusForeground, StatusBackground)) {
+        MessageBox(hWndMain, "Failure to output text in status window!", kMessageCaption);
+    }
+    return 0;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,249 @@
+#include "video/video.h"
+
+#include "display/display_pipeline.h"
+#include "display/unit_list.h"
+#include "display/units.h"
+#include "grabber/board_state.h"
+#include "grabber/copm2.h"
+#include "grabber/correction.h"
+#include "grabber/frame_account.h"
+#include "grabber/frame_read.h"
+#include "grabber/frame_size.h"
+#include "imagefile/header.h"
+#include "pixel/decommutation.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/memory.h"
+#include "platform/menu.h"
+#include "platform/paint.h"
+#include "platform/profile.h"
+#include "platform/text.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::int32_t kCrossReach = 6;  // the arm's first pixel beyond its end
+constexpr std::uint32_t kLiveTimer = 3;
+
+// The stored frame; false where the buffer doesn't hold what the header says.
+bool CopyStoredFrame(std::vector<std::int16_t>& frame)
+{
+    const Point size = FrameSizeOnView();
+    if (size.x <= 0 || size.y <= 0) return false;
+    const auto count = static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.y);
+    const std::span<const std::int16_t> pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
+    if (pixels.size() < count) return false;
+    if (frame.size() < count) frame.resize(count);
+    std::copy_n(pixels.begin(), count, frame.begin());
+    return true;
+}
+
+// The newest frame into RawFrame; frozen, RawFrame stands as it was read last.
+bool RefreshRawFrame()
+{
+    const std::size_t values = CameraFrameValues();
+    if (values == 0 || RawFrame.size() < values) return false;  // no set-up of this size yet
+    if (!LiveVideo) return true;
+    if (!ReadBoardFrame(std::span(RawFrame).first(values))) return false;
+    AccountFrameRead(DisplayEnabled != 0);
+    return true;
+}
+
+bool EnsureDecomList()
+{
+    if (DecomList.size() >= CameraFrameValues()) return true;
+    std::vector<std::uint32_t>().swap(DecomList);
+    std::optional<std::vector<std::uint32_t>> list = LoadDecomList(ActiveConfig);
+    if (list) DecomList = std::move(*list);
+    CalibrationListsChanged();
+    return list.has_value();
+}
+
+// The camera's frame in image order, with offset and calibration.
+bool TakeCameraFrame(std::vector<std::int16_t>& frame)
+{
+    if (!RefreshRawFrame() || !EnsureDecomList()) return false;
+    const std::size_t values = CameraFrameValues();
+    if (frame.size() != values && !AllocateBlock(frame, values)) return false;
+    CorrectLiveFrame(std::span(RawFrame).first(values), frame, DataOffset);
+    return true;
+}
+
+void WriteCameraKey(const char* key, std::int32_t value)
+{
+    WritePrivateProfileString(ActiveCameraSection(), key, Format("%d", value), CameraFilePath);
+}
+
+void ShowGeometryInPanel()
+{
+    if (!hDlgPanel) return;
+    SetScrollPos(hDlgPanel, kPanelZoomBar, Xzoom);
+    SetDlgItemText(hDlgPanel, kPanelZoomText, Format("%d", Xzoom));
+    SetDlgItemText(hDlgPanel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
+}
+
+std::string WithoutDegreeSign(std::string unit)
+{
+    const std::size_t at = unit.find('\xB0');
+    if (at != std::string::npos) unit.erase(at, 1);
+    return unit;
+}
+
+void SetFreezeMenu(std::string_view text)
+{
+    if (hWndMain) SetMenuText(hWndMain, kCmdFreeze, text);
+}
+
+void SetTitle(std::string_view title)
+{
+    if (hWndMain) SetWindowText(hWndMain, title);
+}
+
+// Back from a stored file to the camera's frame.
+void LeaveStoredFile()
+{
+    ViewingFile = 0;
+    ViewingSequence = 0;
+    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
+    DisplayUnit = PickAvailableUnit(DisplayUnit);
+    BuildDisplayLut(Contrast, Brightness);  // viewing has made it for the file's range
+}
+
+// The analysis reads the frozen picture from ImageBuffer: the last frame on the screen.
+void KeepLiveFrame()
+{
+    const std::size_t values = CameraFrameValues();
+    if (LiveFrame.size() != values || values == 0 || ViewingFile) return;
+    const std::int32_t prefix = std::max<std::int32_t>(ImageHeader.ImageHeaderDataOffset, 0);
+    const std::size_t bytes = values * sizeof(std::int16_t) + static_cast<std::size_t>(prefix);
+    if (ImageBuffer.size() < bytes && !AllocateBlock(ImageBuffer, bytes)) return;
+    const std::span<std::int16_t> pixels = ImageBufferPixels(prefix);
+    std::copy_n(LiveFrame.begin(), std::min(values, pixels.size()), pixels.begin());
+}
+
+void Resume(std::int32_t& live)
+{
+    SetFreezeMenu("&Freeze\tF2");
+    if (ViewingFile) LeaveStoredFile();
+    ImageHeader.ImageHeaderDataOffset = 0;
+    if (icp_grab(IcpModule, FrameA) != 0) {
+        MessageBox(hWndMain, "Error starting grab to image processing board", "icp_grab");
+    }
+    AccountGrabStarted();
+    SetTitle("Kelvo");
+    live = 1;
+    if (DisplayEnabled && hWndMain) SetTimer(hWndMain, kLiveTimer, 0);
+}
+
+void Freeze(std::int32_t& live)
+{
+    SetFreezeMenu("&Continue\tF2");
+    KeepLiveFrame();
+    if (DisplayEnabled) KillTimer(hWndMain, kLiveTimer);
+    icp_freeze(IcpModule, FrameA);
+    SetTitle("Kelvo - frozen");
+    live = 0;
+}
+
+}  // namespace
+
+std::uint16_t StampCursorCross(std::span<std::int16_t> frame, std::int32_t width, std::int32_t height, std::int32_t x,
+                               std::int32_t y)
+{
+    if (x < 0 || y < 0 || x >= width || y >= height) return 0;
+    const auto at = [&](std::int32_t column, std::int32_t row) -> std::int16_t& {
+        return frame[static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
+                     static_cast<std::size_t>(column)];
+    };
+    for (std::int32_t c = x + 1; c < std::min(x + kCrossReach, width); ++c) at(c, y) = 0;
+    for (std::int32_t c = x - 1; c > std::max(x - kCrossReach, 0); --c) at(c, y) = 0;
+    for (std::int32_t r = y + 1; r < std::min(y + kCrossReach, height); ++r) at(x, r) = 0;
+    for (std::int32_t r = y - 1; r > std::max(y - kCrossReach, 0); --r) at(x, r) = 0;
+    return static_cast<std::uint16_t>(at(x, y));
+}
+
+int GetVideoData(std::vector<std::int16_t>& frame)
+{
+    if (!(ViewingFile ? CopyStoredFrame(frame) : TakeCameraFrame(frame))) return 0;
+    if (ImageCursorOn) {
+        const Point size = FrameSizeOnView();
+        CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
+    }
+    if (DisplayEnabled) DrawFrame(frame);
+    return 1;
+}
+
+void ToggleFreeze(std::int32_t& flag)
+{
+    if (!CameraOn) return;
+    if (flag) {
+        Freeze(flag);
+    } else {
+        Resume(flag);
+    }
+    if (hWndMain) DrawMenuBar(hWndMain);
+}
+
+void RestartGrab()
+{
+    LiveVideo = 0;
+    ToggleFreeze(LiveVideo);
+}
+
+int RefreshLiveFrame()
+{
+    return GetVideoData(LiveFrame);
+}
+
+void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
+                        std::int32_t xoffset, std::int32_t yoffset)
+{
+    WriteCameraKey("Xpan", xpan);
+    WriteCameraKey("Ypan", ypan);
+    if (!LiveVideo && !ViewingFile && !CameraOn) return;
+
+    Xpan = xpan;
+    Ypan = ypan;
+    Xzoom = xzoom;
+    Yzoom = yzoom;
+    Xoffset = xoffset;
+    Yoffset = yoffset;
+    if (LiveVideo) RestartGrab();
+    if (ViewingFile) RefreshLiveFrame();
+    ShowGeometryInPanel();
+}
+
+void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on)
+{
+    if (!on) return;
+    CursorX = x;
+    CursorY = y;
+    RefreshLiveFrame();
+    if (Xzoom == 0 || Yzoom == 0) return;
+
+    std::string value;
+    CountsToUnit(CursorValue, DisplayUnit, &value);
+    std::string name;
+    std::string unit;
+    GetUnitName(DisplayUnit, name, unit);
+    StatusMessage(
+        Format("x=%3d  y=%3d  %s=%s %s     ", x, y, name.c_str(), value.c_str(), WithoutDegreeSign(unit).c_str()),
+        static_cast<int>(TextAlign::kCentre));
+}
+
+}  // namespace kelvo

@@ -1,0 +1,40 @@
+// The live cycle: a frame is fetched, corrected and shown; live video freezes and resumes; the geometry of the picture
+// changes; the value under the image cursor is read.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace kelvo {
+
+// Fetches the newest frame, corrected and in image order, into frame, stamps the image cursor's cross into it, and
+// draws it where DisplayEnabled is set. With a file on view it is the stored frame. 1, or 0 on failure (told in a box
+// where the board failed).
+int GetVideoData(std::vector<std::int16_t>& frame);
+// GetVideoData into LiveFrame; its result.
+int RefreshLiveFrame();
+
+// Freezes or resumes live video: flag is LiveVideo. Without CameraOn it does nothing. Resuming leaves a stored file,
+// and the display table is that of the live range again.
+void ToggleFreeze(std::int32_t& flag);
+// Live video begins anew with what is in force, frozen or not. Without a camera that is on nothing is live after it.
+void RestartGrab();
+
+// The one way in which pan (image pixels), zoom (1 to 16) and offset (screen units) change. The pan is written to the
+// camera's section in any case; without live video, file and camera nothing else happens. Live video is restarted, the
+// file on view drawn again, the panel follows.
+void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
+                        std::int32_t xoffset, std::int32_t yoffset);
+
+// The read-out of image pixel (x, y) on the status line: position, name, value and unit. With on 0 the line keeps its
+// text.
+void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on);
+
+// Stamps the cursor's cross into a frame of height x width counts: arms of 5 pixels of 0 around (x, y), the centre left
+// alone; the arms toward the upper and left border stop short of row and column 0. Returns the centre's count, unsigned
+// 16 bits; 0 and no cross where (x, y) lies outside the frame. Pixels outside are left out.
+std::uint16_t StampCursorCross(std::span<std::int16_t> frame, std::int32_t width, std::int32_t height, std::int32_t x,
+                               std::int32_t y);
+
+}  // namespace kelvo

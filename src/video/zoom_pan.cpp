@@ -1,0 +1,217 @@
+#include "video/zoom_pan.h"
+
+#include "display/display_pipeline.h"
+#include "grabber/frame_size.h"
+#include "imagefile/header.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "video/image_cursor.h"
+#include "video/video.h"
+
+#include <algorithm>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::int64_t kMinZoom = 1;
+constexpr std::int64_t kMaxZoom = 16;
+// A sixteenth of the frame: what the large steps move.
+constexpr std::int64_t kPageDivisor = 16;
+
+enum Command : int {
+    kZoomIn = 200,
+    kZoomOut,
+    kRight,
+    kLeft,
+    kUp,
+    kDown,
+    kPageRight,
+    kPageLeft,
+    kPageUp,
+    kPageDown,
+    kOffsetRight,
+    kOffsetLeft,
+    kOffsetUp,
+    kOffsetDown,
+    kOffsetPageRight,
+    kOffsetPageLeft,
+    kOffsetPageUp,
+    kOffsetPageDown
+};
+
+// Values of settings files come in unlimited: the sums are made in 64 bits.
+std::int64_t MultipleOfFour(std::int64_t value)
+{
+    return value / 4 * 4;
+}
+
+bool Store(std::int32_t& value, std::int64_t result)
+{
+    value = static_cast<std::int32_t>(std::clamp<std::int64_t>(result, INT32_MIN, INT32_MAX));
+    return true;
+}
+
+bool StepUp(std::int32_t& value, std::int64_t step, std::int64_t limit)
+{
+    return value < limit && Store(value, std::min(value + step, limit));
+}
+
+bool StepDown(std::int32_t& value, std::int64_t step, std::int64_t limit)
+{
+    return value != limit && Store(value, std::max(value - step, limit));
+}
+
+// The horizontal offset moves in whole multiples of four.
+bool OffsetStepUp(std::int32_t& value, std::int64_t step, std::int64_t limit)
+{
+    return value < limit && Store(value, std::min(MultipleOfFour(value + step), limit));
+}
+
+bool OffsetStepDown(std::int32_t& value, std::int64_t step)
+{
+    return Store(value, std::max<std::int64_t>(MultipleOfFour(value - step), 0));
+}
+
+// One axis of the view, for keeping the pivot.
+struct Axis {
+    std::int64_t frame;
+    std::int64_t roi;
+    std::int64_t shown;  // pixels that fit into the view at the new zoom
+};
+
+std::int64_t PanAround(std::int64_t pan, std::int64_t pivot, const Axis& axis)
+{
+    const std::int64_t end = std::min(axis.frame, pan + axis.shown);
+    const std::int64_t start = std::max<std::int64_t>(pan, 0);
+    const std::int64_t centred = pan - ((end + start) / 2 - pivot);
+    return std::max<std::int64_t>(std::min(centred, axis.roi - axis.shown), 0);
+}
+
+bool Zoom(DisplayGeometry& g, std::int64_t step, const ViewLimits& limits, Point pivot)
+{
+    const auto refused = [step](std::int32_t zoom) { return step > 0 ? zoom >= kMaxZoom : zoom == kMinZoom; };
+    if (refused(g.xzoom) || refused(g.yzoom)) return false;
+    Store(g.xzoom, g.xzoom + step);
+    Store(g.yzoom, g.yzoom + step);
+
+    const std::int64_t freeX = limits.viewWidth - std::int64_t{limits.width} * g.xzoom;
+    const std::int64_t freeY = limits.viewHeight - std::int64_t{limits.height} * g.yzoom;
+    Store(g.xoffset, MultipleOfFour(std::max<std::int64_t>(std::min<std::int64_t>(g.xoffset, freeX), 0)));
+    Store(g.yoffset, std::max<std::int64_t>(std::min<std::int64_t>(g.yoffset, freeY), 0));
+    Store(g.xpan, PanAround(g.xpan, pivot.x, {limits.width, limits.hroi, limits.viewWidth / g.xzoom}));
+    return Store(g.ypan, PanAround(g.ypan, pivot.y, {limits.height, limits.vroi, limits.viewHeight / g.yzoom}));
+}
+
+bool ZoomsAreSound(const DisplayGeometry& geometry)
+{
+    return geometry.xzoom >= kMinZoom && geometry.yzoom >= kMinZoom;
+}
+
+bool Apply(int id, DisplayGeometry& g, const ViewLimits& limits, Point pivot)
+{
+    const std::int64_t hroi = limits.hroi;
+    const std::int64_t vroi = limits.vroi;
+    const std::int64_t columnStep = hroi / kPageDivisor;
+    const std::int64_t rowStep = vroi / kPageDivisor;
+    // The two axes differ: columns may be panned out of sight, rows only until the last one shows.
+    const std::int64_t lastXpan = std::max(hroi, hroi - limits.viewWidth / g.xzoom);
+    const std::int64_t lastYpan = std::max<std::int64_t>(vroi - limits.viewHeight / g.yzoom, 0);
+    const std::int64_t lastXoffset = std::max<std::int64_t>(MultipleOfFour(limits.viewWidth - hroi * g.xzoom), 0);
+    const std::int64_t lastYoffset = std::max<std::int64_t>(limits.viewHeight - vroi * g.yzoom, 0);
+
+    switch (id) {
+        case kZoomIn:
+            return Zoom(g, 1, limits, pivot);
+        case kZoomOut:
+            return Zoom(g, -1, limits, pivot);
+        case kRight:
+            return StepUp(g.xpan, 1, lastXpan);
+        case kLeft:
+            return StepDown(g.xpan, 1, -hroi);
+        case kUp:
+            return StepDown(g.ypan, 1, -vroi);
+        case kDown:
+            return StepUp(g.ypan, 1, lastYpan);
+        case kPageRight:
+            return StepUp(g.xpan, columnStep, lastXpan);
+        case kPageLeft:
+            return StepDown(g.xpan, columnStep, -hroi);
+        case kPageUp:
+            return StepDown(g.ypan, rowStep, -vroi);
+        case kPageDown:
+            return StepUp(g.ypan, rowStep, lastYpan);
+        case kOffsetRight:
+            return OffsetStepUp(g.xoffset, 4, lastXoffset);
+        // Held against the frame's width, not 0: a small offset is taken back with the large step alone.
+        case kOffsetLeft:
+            return g.xoffset > hroi && OffsetStepDown(g.xoffset, 4);
+        case kOffsetUp:
+            return StepDown(g.yoffset, 1, 0);
+        case kOffsetDown:
+            return StepUp(g.yoffset, 1, lastYoffset);
+        case kOffsetPageRight:
+            return OffsetStepUp(g.xoffset, columnStep, lastXoffset);
+        case kOffsetPageLeft:
+            return g.xoffset != 0 && OffsetStepDown(g.xoffset, columnStep);
+        case kOffsetPageUp:
+            return StepDown(g.yoffset, rowStep, 0);
+        case kOffsetPageDown:
+            return StepUp(g.yoffset, rowStep, lastYoffset);
+        default:
+            return false;
+    }
+}
+
+DisplayGeometry GeometryInForce()
+{
+    return {Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset};
+}
+
+ViewLimits LimitsInForce()
+{
+    const Point frame = FrameSizeOnView();
+    return {frame.x, frame.y, ActiveConfig.Hroi, ActiveConfig.Vroi, ViewWidth, ViewHeight};
+}
+
+}  // namespace
+
+Point ViewCentre(const DisplayGeometry& geometry, const ViewLimits& limits)
+{
+    if (!ZoomsAreSound(geometry)) return {};
+    const auto centre = [](std::int64_t pan, std::int64_t roi, std::int64_t shown) {
+        return static_cast<int>((std::max<std::int64_t>(pan, 0) + std::min(roi, pan + shown)) / 2);
+    };
+    return {centre(geometry.xpan, limits.hroi, limits.viewWidth / geometry.xzoom),
+            centre(geometry.ypan, limits.vroi, limits.viewHeight / geometry.yzoom)};
+}
+
+std::optional<DisplayGeometry> ZoomPanned(int id, const DisplayGeometry& geometry, const ViewLimits& limits,
+                                          Point pivot)
+{
+    if (!ZoomsAreSound(geometry)) return std::nullopt;
+    DisplayGeometry changed = geometry;
+    if (!Apply(id, changed, limits, pivot)) return std::nullopt;
+    return changed;
+}
+
+void ZoomPanCommand(int id)
+{
+    const DisplayGeometry before = GeometryInForce();
+    Point pivot = ViewCentre(before, LimitsInForce());
+    if (ImageCursorOn) {
+        pivot = ImageCursorPosition();
+        ShowCursorValue(pivot.x, pivot.y, 0);
+    }
+    if (const auto after = ZoomPanned(id, before, LimitsInForce(), pivot)) {
+        SetDisplayGeometry(after->xpan, after->ypan, after->xzoom, after->yzoom, after->xoffset, after->yoffset);
+    }
+    if (ImageCursorOn) {
+        PutPointerOverPixel(pivot);
+        ShowCursorValue(pivot.x, pivot.y, 1);
+    }
+}
+
+}  // namespace kelvo

@@ -1,0 +1,45 @@
+#include "viewing/stored_view.h"
+
+#include "display/display_pipeline.h"
+#include "platform/box.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "video/video.h"
+
+#include <algorithm>
+
+namespace kelvo {
+
+HeaderKeeper::~HeaderKeeper()
+{
+    if (!kept_) ImageHeader = before_;
+}
+
+void FreeImageBuffer()
+{
+    std::vector<std::uint8_t>().swap(ImageBuffer);
+}
+
+void TellNoViewMemory()
+{
+    MessageBox(hWndMain, "Failure to allocate or lock memory!", "ViewImage Memory Error!");
+}
+
+void FreezeLiveVideo()
+{
+    if (!ViewingFile && LiveVideo) ToggleFreeze(LiveVideo);
+}
+
+void TakeCursorOff()
+{
+    if (ImageCursorOn) ShowCursorValue(CursorX, CursorY, 0);
+}
+
+void PutCursorBack()
+{
+    if (!ImageCursorOn) return;
+    ShowCursorValue(std::min<std::int32_t>(CursorX, ImageHeader.ImageWidth),
+                    std::min<std::int32_t>(CursorY, ImageHeader.ImageHeight), 1);
+}
+
+}  // namespace kelvo

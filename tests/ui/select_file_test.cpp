@@ -1,0 +1,165 @@
+#include "ui/select_file.h"
+
+#include "platform/faults.h"
+#include "state/windows.h"
+#include "support/operator.h"
+#include "support/stored_files.h"
+#include "ui/status.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kelvo {
+namespace {
+
+using ::testing::ElementsAre;
+
+std::vector<std::string> Texts(std::string_view pattern)
+{
+    std::vector<std::string> texts;
+    for (const FileFilter& filter : FiltersFor(pattern).filters) texts.emplace_back(filter.text);
+    return texts;
+}
+
+TEST(FileFilters, StandInTheOrderOfThePatternAskedFor)
+{
+    const std::string image = "Image Files (*.img)";
+    const std::string sequence = "Sequence Files (*.seq)";
+    const std::string buffer = "BufferBoard Files (*.buf)";
+    const std::string deviation = "StdDev Files (*.sdv)";
+    const std::string all = "All Files (*.*)";
+    EXPECT_THAT(Texts("*.img"), ElementsAre(image, sequence, buffer, deviation, all));
+    EXPECT_THAT(Texts("*.SEQ"), ElementsAre(sequence, image, buffer, deviation, all));
+    EXPECT_THAT(Texts("*.buf"), ElementsAre(buffer, image, sequence, deviation, all));
+    EXPECT_THAT(Texts("*.sdv"), ElementsAre(deviation, image, sequence, buffer, all));
+    EXPECT_THAT(Texts("*.bmp"), ElementsAre("Bitmap Files (*.bmp)", all));
+    EXPECT_THAT(Texts("*.tif"), ElementsAre(all, image, sequence, buffer));
+}
+
+TEST(FileFilters, RealTimeDiskListsBufferFilesUnderItsText)
+{
+    const FilterList list = FiltersFor("*.rtd");
+    EXPECT_EQ(list.filters.at(0).text, "RealTimeDisk Files (*.buf)");
+    EXPECT_EQ(list.filters.at(0).pattern, "*.buf");
+    EXPECT_EQ(list.defaultExtension, "buf");
+}
+
+TEST(FileFilters, DefaultExtensions)
+{
+    const std::pair<const char*, const char*> rows[] = {{"*.img", "img"}, {"*.seq", "seq"}, {"*.buf", "buf"},
+                                                        {"*.sdv", "sdv"}, {"*.bmp", "bmp"}, {"*.tif", "img"}};
+    for (const auto& [pattern, extension] : rows) EXPECT_EQ(FiltersFor(pattern).defaultExtension, extension) << pattern;
+}
+
+class SelectFileDialog : public ::testing::Test {
+  protected:
+    SelectFileDialog()
+    {
+        SetDefaultDir(directory_.Path());
+        LastFileDirectory.clear();
+        PutFile(directory_ / "a.img", "a");
+        PutFile(directory_ / "two words.img", "b");
+        StatusMessage("before", 6);
+    }
+
+    TestOperator operator_;
+    TempDirectory directory_;
+};
+
+TEST_F(SelectFileDialog, TheFirstDialogOpensInTheProgramsDirectory)
+{
+    operator_.Do([&] { ChooseFiles({directory_ / "a.img"}); });
+    std::string path = "*.img";
+    EXPECT_EQ(SelectFile(nullptr, path, kSelectToOpen), 1);
+    EXPECT_EQ(path, directory_ / "a.img");
+    EXPECT_EQ(operator_.Texts("file", "directory").at(0), directory_.Path());
+    EXPECT_EQ(operator_.Texts("file", "title").at(0), "Open File");
+    EXPECT_EQ(LastFileDirectory, directory_.Path() + "/");
+}
+
+TEST_F(SelectFileDialog, CancellingLeavesTheFolderAndEmptiesThePath)
+{
+    LastFileDirectory = "/somewhere/";
+    operator_.Do([] { CancelFileDialog(); });
+    std::string path = "*.img";
+    EXPECT_EQ(SelectFile(nullptr, path, kSelectToOpen), 0);
+    EXPECT_EQ(path, "");
+    EXPECT_EQ(LastFileDirectory, "/somewhere/");
+    EXPECT_TRUE(operator_.Boxes().empty());
+}
+
+TEST_F(SelectFileDialog, SeveralFilesGiveTheFolderWithoutASeparator)
+{
+    operator_.Do([&] { ChooseFiles({directory_ / "a.img", directory_ / "two words.img"}); });
+    std::string path = "*.img";
+    EXPECT_EQ(SelectFile(nullptr, path, kSelectSeveral), 1);
+    EXPECT_EQ(path, directory_.Path() + " a.img two words.img");
+    EXPECT_THAT(SelectedPaths, ElementsAre(directory_ / "a.img", directory_ / "two words.img"));
+    EXPECT_EQ(LastFileDirectory, directory_.Path());
+}
+
+TEST_F(SelectFileDialog, OneFileOfSeveralGivesItsWholePath)
+{
+    operator_.Do([&] { ChooseFiles({directory_ / "two words.img"}); });
+    std::string path = "*.img";
+    EXPECT_EQ(SelectFile(nullptr, path, kSelectSeveral), 1);
+    EXPECT_EQ(path, directory_ / "two words.img");
+    EXPECT_EQ(LastFileDirectory, directory_.Path());
+}
+
+TEST_F(SelectFileDialog, TheStatusLineHintsAndComesBack)
+{
+    const std::tuple<int, const char*> rows[] = {{kSelectToSave, "Enter filename to save image file to"},
+                                                 {kSelectToOpen, "Select image file to view"},
+                                                 {kSelectSeveral, "Select multiple image files to analyze"}};
+    for (const auto& [mode, hint] : rows) {
+        operator_.Do([] { CancelFileDialog(); });
+        std::string path = "*.img";
+        SelectFile(nullptr, path, mode);
+        const std::vector<std::string> texts = operator_.Texts("status", "text");
+        EXPECT_EQ(texts.at(texts.size() - 2), hint);
+        EXPECT_EQ(StatusText, "before");
+        EXPECT_EQ(StatusAlign, 6);
+    }
+}
+
+TEST_F(SelectFileDialog, AFailureOfTheDialogIsTold)
+{
+    SetFault("file dialog", true);
+    std::string path = "*.img";
+    EXPECT_EQ(SelectFile(nullptr, path, kSelectToSave), 0);
+    SetFault("file dialog", false);
+    EXPECT_EQ(path, "");
+    EXPECT_EQ(operator_.Boxes().at(0).text, "GetOpenFileName returned Error #65535");
+    EXPECT_EQ(operator_.Boxes().at(0).caption, "WARNING");
+    EXPECT_EQ(operator_.Boxes().at(0).icon, "stop");
+    EXPECT_EQ(StatusText, "before");
+}
+
+TEST_F(SelectFileDialog, StatisticsFilesHaveTheirOwnListsAndAlwaysGiveZero)
+{
+    std::vector<std::string> filters;
+    operator_.Do([&] {
+        filters = FileDialogInFront()->filters;
+        ChooseFiles({directory_ / "a.img"});
+    });
+    std::string path;
+    EXPECT_EQ(SelectStatisticsFile(nullptr, path, kStatisticsFiles), 0);
+    EXPECT_EQ(path, directory_ / "a.img");
+    EXPECT_EQ(operator_.Texts("file", "title").at(0), "View statistics of selected file");
+    EXPECT_THAT(filters, ElementsAre("Gain files (*.gai)", "Offset files (*.off)", "Noise files (*.noi)",
+                                     "Bad pixel files (*.bad)", "Calib. ini files (*.cal)"));
+    EXPECT_EQ(LastFileDirectory, "");
+
+    operator_.Do([] { CancelFileDialog(); });
+    EXPECT_EQ(SelectStatisticsFile(nullptr, path, kBadDetectorFiles), 0);
+    EXPECT_EQ(path, "");
+    EXPECT_EQ(operator_.Texts("file", "title").at(1), "Select bad detector file");
+
+    operator_.Do([] { CancelFileDialog(); });
+    SelectStatisticsFile(nullptr, path, 0);
+    EXPECT_EQ(operator_.Texts("file", "title").at(2), "Select a file");
+}
+
+}  // namespace
+}  // namespace kelvo

@@ -1,0 +1,371 @@
+#include "display/display_pipeline.h"
+#include "grabber/board.h"
+#include "grabber/frame_account.h"
+#include "imagefile/header.h"
+#include "platform/memory.h"
+#include "platform/menu.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "state/buffer_state.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "support/recording_board.h"
+#include "support/stored_files.h"
+#include "video/video.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+
+namespace kelvo {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint32_t kLiveTimerId = 3;
+constexpr std::array<MenuEntry, 2> kMenu{{
+    {MenuEntry::Kind::kTop, 0, "&Image"},
+    {MenuEntry::Kind::kItem, kCmdFreeze, "&Freeze frame\tF2"},
+}};
+
+class LiveFrames : public BoardTest {
+  protected:
+    LiveFrames() { DisplayHigh = 16383; }
+};
+
+TEST_F(LiveFrames, OneReadABlankAndThePriorityStaysRaised)
+{
+    GoLive(4, 2);
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_THAT(recordingBoard.asked, ElementsAre("priority 1", "icp_wait_vb 11 5", "icp_read_area 11 5 0 0 4 2"));
+    EXPECT_THAT(RawFrame, ElementsAre(1000, 1001, 1002, 1003, 1100, 1101, 1102, 1103));
+    EXPECT_EQ(LiveFrame, RawFrame);
+    EXPECT_TRUE(FrameBitmap);
+}
+
+TEST_F(LiveFrames, ATimeOutOfTheBlankIsTold)
+{
+    GoLive(4, 2);
+    recordingBoard.answers["icp_wait_vb"] = -7;
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    EXPECT_THAT(recordingBoard.asked, ElementsAre("priority 1", "icp_wait_vb 11 5", "priority 0"));
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "Timeout waiting for vertical blank!");
+    EXPECT_EQ(op.Boxes()[0].caption, "icp_wait_vb() Error!");
+}
+
+TEST_F(LiveFrames, OtherAnswersOfTheBlankDontCount)
+{
+    GoLive(4, 2);
+    recordingBoard.answers["icp_wait_vb"] = -1;
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+}
+
+TEST_F(LiveFrames, AFailedReadIsTold)
+{
+    GoLive(4, 2);
+    recordingBoard.answers["icp_read_area"] = 3;
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    EXPECT_EQ(recordingBoard.asked.back(), "priority 0");
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "icp_read_area() Error");
+    EXPECT_EQ(op.Boxes()[0].caption, "ITEX Board Error!");
+}
+
+TEST_F(LiveFrames, InsideItsBoxNoSecondOneOpens)
+{
+    GoLive(4, 2);
+    recordingBoard.answers["icp_read_area"] = 3;
+    int inside = -1;
+    op.AtNextBox([&](const FrontBox&) { inside = RefreshLiveFrame(); });
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    EXPECT_EQ(inside, 0);
+    EXPECT_EQ(op.Boxes().size(), 1U);
+    recordingBoard.answers.clear();
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+}
+
+TEST_F(LiveFrames, FrozenTheBoardIsNotTouchedAndTheCrossMoves)
+{
+    GoLive(4, 2);
+    RefreshLiveFrame();
+    ToggleFreeze(LiveVideo);
+    ForgetAsked();
+    ImageCursorOn = 1;
+    CursorX = 1;
+    CursorY = 0;
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_THAT(LiveFrame, ElementsAre(1000, 1001, 0, 0, 1100, 0, 1102, 1103));
+    EXPECT_EQ(CursorValue, 1001);
+    CursorX = 2;
+    CursorY = 1;
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_THAT(LiveFrame, ElementsAre(1000, 1001, 1002, 1003, 1100, 0, 1102, 0)) << "arms stop short of row 0";
+    EXPECT_EQ(CursorValue, 1102);
+    EXPECT_THAT(recordingBoard.asked, IsEmpty());
+}
+
+TEST_F(LiveFrames, OnlyAnUncalibratedValueIsKeptFromBelowZero)
+{
+    GoLive(4, 1);
+    recordingBoard.picture = 100;
+    DataOffset = -102;
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_THAT(LiveFrame, ElementsAre(0, 0, 0, 1));
+    CalType = 1;
+    OffsetList = {0, 0, 5, 5};
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_THAT(LiveFrame, ElementsAre(-2, -1, -5, -4));
+    CalType = 2;
+    GainList = {0.5F, 1, 2, 4};
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_THAT(LiveFrame, ElementsAre(-4, -1, -2, -1));
+}
+
+TEST_F(LiveFrames, TheDecommutationListGathersAndStaysIfItFits)
+{
+    GoLive(4, 1);
+    DecomList = {3, 2, 1, 0, 77};
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_THAT(LiveFrame, ElementsAre(1003, 1002, 1001, 1000));
+    EXPECT_EQ(DecomList.size(), 5U);
+}
+
+TEST_F(LiveFrames, AListThatIsMissingOrTooSmallIsMade)
+{
+    GoLive(4, 1);
+    for (const std::vector<std::uint32_t>& list : {std::vector<std::uint32_t>{}, {3, 2, 1}}) {
+        DecomList = list;
+        EXPECT_EQ(RefreshLiveFrame(), 1);
+        EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3));
+    }
+}
+
+TEST_F(LiveFrames, WithoutMemoryForTheListThereIsNoFrame)
+{
+    GoLive(4, 1);
+    FailAllocation(1);
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    EXPECT_THAT(DecomList, IsEmpty());
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+}
+
+TEST_F(LiveFrames, WithoutFittingBlocksThereIsNoFrameAndNoBox)
+{
+    GoLive(4, 2);
+    SetSize(5, 2);
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    SetSize(0, 0);
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    SetSize(-4, -2);
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    EXPECT_THAT(recordingBoard.asked, IsEmpty());
+    EXPECT_TRUE(op.Boxes().empty());
+}
+
+TEST_F(LiveFrames, ACallersBlockTakesTheFramesSize)
+{
+    GoLive(4, 2);
+    std::vector<std::int16_t> frame(100, 1);
+    EXPECT_EQ(GetVideoData(frame), 1);
+    EXPECT_EQ(frame.size(), 8U);
+}
+
+TEST_F(LiveFrames, NothingIsDrawnWithTheDisplayOff)
+{
+    GoLive(4, 2);
+    DisplayEnabled = 0;
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_FALSE(FrameBitmap);
+    EXPECT_EQ(CurrentFrameAccount().shown, 0);
+    EXPECT_EQ(CurrentFrameAccount().delivered, 1);
+}
+
+class Freezing : public BoardTest {
+  protected:
+    Freezing()
+    {
+        RegisterWindowClass({"LIVE", DefWindowProc, {}});
+        hWndMain = CreateMainWindow("LIVE", "before");
+        SetMenu(hWndMain, kMenu);
+        SetSize(4, 2);
+        init_itex();
+        CameraOn = 1;
+        DisplayHigh = 16383;
+        ForgetAsked();
+    }
+    ~Freezing() override
+    {
+        DestroyWindow(hWndMain);
+        hWndMain = nullptr;
+    }
+    static std::string MenuText() { return GetMenuItem(hWndMain, kCmdFreeze)->text; }
+    // The kinds of what the operator saw, in order, with their texts.
+    static std::vector<std::string> Seen(std::size_t from)
+    {
+        std::vector<std::string> seen;
+        for (std::size_t i = from; i < TranscriptLines().size(); ++i) {
+            const TranscriptLine& line = TranscriptLines()[i];
+            for (const auto& [key, value] : line.fields) {
+                if (key == "text") seen.push_back(line.kind + " " + std::get<std::string>(value));
+            }
+        }
+        return seen;
+    }
+};
+
+TEST_F(Freezing, WithoutTheCameraNothingHappens)
+{
+    CameraOn = 0;
+    ToggleFreeze(LiveVideo);
+    EXPECT_EQ(LiveVideo, 0);
+    EXPECT_THAT(recordingBoard.asked, IsEmpty());
+    EXPECT_EQ(MenuText(), "&Freeze frame\tF2");
+}
+
+TEST_F(Freezing, ResumingStartsTheGrabAndTheTimer)
+{
+    ImageHeader.ImageHeaderDataOffset = 80;
+    const std::size_t from = TranscriptLines().size();
+    ToggleFreeze(LiveVideo);
+    EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_grab 11 5"));
+    EXPECT_THAT(Seen(from), ElementsAre("menu &Freeze\tF2", "title Kelvo"));
+    EXPECT_EQ(LiveVideo, 1);
+    EXPECT_EQ(ImageHeader.ImageHeaderDataOffset, 0);
+    EXPECT_TRUE(TimerIsSet(hWndMain, kLiveTimerId));
+}
+
+TEST_F(Freezing, WithTheDisplayOffNoTimerIsSetOrKilled)
+{
+    DisplayEnabled = 0;
+    ToggleFreeze(LiveVideo);
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
+    SetTimer(hWndMain, kLiveTimerId, 1000);
+    ToggleFreeze(LiveVideo);
+    EXPECT_TRUE(TimerIsSet(hWndMain, kLiveTimerId));
+}
+
+TEST_F(Freezing, AGrabThatFailsIsToldAndResumedAllTheSame)
+{
+    recordingBoard.answers["icp_grab"] = -1;
+    const std::size_t from = TranscriptLines().size();
+    ToggleFreeze(LiveVideo);
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].caption, "icp_grab");
+    const std::vector<std::string> seen = Seen(from);
+    EXPECT_EQ(seen.at(1), "box Error starting grab to image processing board");
+    EXPECT_EQ(seen.back(), "title Kelvo");
+    EXPECT_EQ(LiveVideo, 1);
+    EXPECT_TRUE(TimerIsSet(hWndMain, kLiveTimerId));
+}
+
+TEST_F(Freezing, KeepsTheLastFrameOfTheDisplay)
+{
+    ToggleFreeze(LiveVideo);
+    RefreshLiveFrame();
+    ForgetAsked();
+    const std::size_t from = TranscriptLines().size();
+    ToggleFreeze(LiveVideo);
+    EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_freeze 11 5"));
+    EXPECT_THAT(Seen(from), ElementsAre("menu &Continue\tF2", "title Kelvo - frozen"));
+    EXPECT_EQ(LiveVideo, 0);
+    EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
+    EXPECT_EQ(ImageBuffer.size(), 16U);
+    const std::span<const std::int16_t> kept = ImageBufferPixels(0);
+    EXPECT_THAT(std::vector(kept.begin(), kept.end()), ElementsAre(1000, 1001, 1002, 1003, 1100, 1101, 1102, 1103));
+}
+
+TEST_F(Freezing, KeepsTheFrameBehindThePrefix)
+{
+    LiveVideo = 1;
+    LiveFrame.assign(8, 5);
+    ImageBuffer.assign(90, 0xEE);  // 6 bytes short of what is needed: made anew
+    ImageHeader.ImageHeaderDataOffset = 80;
+    ToggleFreeze(LiveVideo);
+    EXPECT_EQ(ImageBuffer.size(), 96U);
+    EXPECT_EQ(ImageBufferPixels(80).front(), 5);
+
+    LiveVideo = 1;
+    ImageBuffer.assign(200, 0xEE);
+    ToggleFreeze(LiveVideo);
+    EXPECT_EQ(ImageBuffer.size(), 200U) << "large enough: it stays";
+    EXPECT_EQ(ImageBuffer[79], 0xEE);
+    EXPECT_EQ(ImageBufferPixels(80)[7], 5);
+    EXPECT_EQ(ImageBuffer[96], 0xEE);
+}
+
+TEST_F(Freezing, AFrameOfAnotherSizeIsNotKept)
+{
+    LiveVideo = 1;
+    LiveFrame.assign(9, 5);
+    ToggleFreeze(LiveVideo);
+    EXPECT_THAT(ImageBuffer, IsEmpty());
+    LiveFrame.assign(8, 5);
+    LiveVideo = 1;
+    ViewingFile = 1;
+    ToggleFreeze(LiveVideo);
+    EXPECT_THAT(ImageBuffer, IsEmpty());
+    LiveVideo = 1;
+    ViewingFile = 0;
+    FailAllocation(1);
+    ToggleFreeze(LiveVideo);
+    EXPECT_THAT(ImageBuffer, IsEmpty());
+    EXPECT_EQ(LiveVideo, 0);
+}
+
+TEST_F(Freezing, ResumingLeavesTheStoredFile)
+{
+    ImageHeader = PlainHeader(3, 1);
+    ImageHeader.DataType = 0;
+    ViewingFile = 1;
+    ViewingSequence = 1;
+    DisplayUnit = 18;  // gains are read of coefficient files alone
+    Xpan = 5;
+    ToggleFreeze(LiveVideo);
+    EXPECT_EQ(ViewingFile, 0);
+    EXPECT_EQ(ViewingSequence, 0);
+    EXPECT_EQ(Xpan, 5);
+    EXPECT_EQ(DisplayUnit, 0);
+    EXPECT_EQ(LiveVideo, 1);
+    RefreshLiveFrame();
+    EXPECT_EQ(LiveFrame.size(), 8U);
+    EXPECT_THAT(recordingBoard.asked,
+                ElementsAre("icp_grab 11 5", "priority 1", "icp_wait_vb 11 5", "icp_read_area 11 5 0 0 4 2"));
+}
+
+// At contrast 1 and brightness 1000 the table rises over the whole range: 100 of 16382 counts are 1.56 of 255 grays.
+TEST_F(Freezing, ResumingTheTableIsThatOfTheLiveRangeAgain)
+{
+    ImageHeader = PlainHeader(3, 1);
+    ImageHeader.HeaderVersion = 4;
+    ImageHeader.DisplayLow = 0;
+    ImageHeader.DisplayHigh = 100;
+    ImageBuffer.assign(6, 0);
+    ViewingFile = 1;
+    BuildDisplayLut(1, 1000);
+    ASSERT_EQ(DisplayLut.at(100), 255) << "the file's range ends here";
+    ToggleFreeze(LiveVideo);
+    EXPECT_EQ(DisplayLut.at(100), 1);
+    EXPECT_EQ(DisplayLut.at(16383), 255);
+    EXPECT_EQ(Contrast, 1);
+    EXPECT_EQ(Brightness, 1000);
+}
+
+TEST_F(Freezing, AChangeOfGeometryRestartsTheGrab)
+{
+    ToggleFreeze(LiveVideo);
+    ForgetAsked();
+    SetDisplayGeometry(1, 0, 2, 2, 0, 0);
+    EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_grab 11 5"));
+    EXPECT_EQ(LiveVideo, 1);
+    EXPECT_EQ(Xzoom, 2);
+}
+
+}  // namespace
+}  // namespace kelvo
