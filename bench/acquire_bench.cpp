@@ -10,8 +10,8 @@
 #include "grabber/host_frames.h"
 #include "median.h"
 #include "platform/profile.h"
-#include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/windows_write.h"
 
 #include <stdlib.h>
 
@@ -60,10 +60,10 @@ bool OpenMemoryBoard(const std::string& directory)
     SetDefaultDir(directory);
     std::ofstream(directory + "/platform.ini") << "[Board]\nBoard=memory\n";
     std::ofstream(IniFilePath) << "[Camera.1]\nMaxNumFramesToAllocate=" << kFrames << "\n";
-    ActiveCamera = 1;
-    ActiveConfig.Hroi = kWidth;
-    ActiveConfig.Vroi = kHeight;
-    numBufFrames = kFrames;
+    write::camera.ActiveCamera = 1;
+    write::camera.ActiveConfig.Hroi = kWidth;
+    write::camera.ActiveConfig.Vroi = kHeight;
+    write::camera.numBufFrames = kFrames;
     RegisterBoard(kMemoryBoard);
     return itx_load_cnf("") == 0 && AllocateHostFrames() > 0;
 }

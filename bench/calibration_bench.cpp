@@ -7,7 +7,7 @@
 #include "calib/two_point.h"
 #include "median.h"
 #include "pixel/bad_pixels.h"
-#include "state/cal_settings.h"
+#include "state/cal_settings_write.h"
 #include "state/camera_config.h"
 
 #include <algorithm>
@@ -85,7 +85,7 @@ int main()
     CameraConfig config;
     config.Vroi = kRows;
     config.Hroi = kColumns;
-    CalSettings.PRSfile = KELVO_DEFAULTS "/nearccw.prs";
+    write::calSet.CalSettings.PRSfile = KELVO_DEFAULTS "/nearccw.prs";
     const Sums kept = MakeSums();
     Sums sums = kept;
     Sums copiedSums = kept;

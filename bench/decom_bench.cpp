@@ -7,7 +7,7 @@
 #include "median.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/decommutation.h"
-#include "state/cal_settings.h"
+#include "state/cal_settings_write.h"
 #include "state/camera_config.h"
 
 #include <cstdint>
@@ -57,7 +57,7 @@ int main()
 {
     const CameraConfig config = FourChannels();
     const BadDetMap bad = TwoPercentBad();
-    CalSettings.PRSfile = KELVO_DEFAULTS "/nearccw.prs";
+    write::calSet.CalSettings.PRSfile = KELVO_DEFAULTS "/nearccw.prs";
     Figures build;
     Figures turn;
     Figures replace;

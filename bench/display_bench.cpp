@@ -8,8 +8,8 @@
 #include "display/frame_bitmap.h"
 #include "display/lookup_table.h"
 #include "imagefile/header.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 
 #include <benchmark/benchmark.h>
 
@@ -102,11 +102,11 @@ void Measure(const char* name, const std::vector<std::int16_t>& frame)
 
 int main()
 {
-    ViewingFile = 1;
+    write::frames.ViewingFile = 1;
     ImageHeader.ImageWidth = kWidth;
     ImageHeader.ImageHeight = kHeight;
-    DisplayLut.resize(kLutEntries);
-    FillLut(DisplayLut, WindowOf(kSmoothSpan, 16, 580), {0, 16383});
+    write::display.DisplayLut.resize(kLutEntries);
+    FillLut(write::display.DisplayLut, WindowOf(kSmoothSpan, 16, 580), {0, 16383});
     Measure("noise", Noise());
     Measure("scene", Scene());
     return 0;

@@ -4,7 +4,7 @@
 #include "platform/files.h"
 #include "quiet_boxes.h"
 #include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "temp_file.h"
 
 #include <cstddef>

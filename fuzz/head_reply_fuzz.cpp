@@ -7,10 +7,10 @@
 #include "platform/clock.h"
 #include "platform/profile.h"
 #include "platform/serial.h"
-#include "state/camera_config.h"
-#include "state/frame_state.h"
+#include "state/camera_config_write.h"
+#include "state/frame_state_write.h"
 #include "state/head_state.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 
 #include <stdlib.h>
 
@@ -110,15 +110,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     if (size == 0) return 0;
     answers = Bytes(data + 1, size - 1);
-    kelvo::ActiveCamera = (data[0] & 1) != 0 ? 3 : 2;
-    kelvo::nCommPort = 2;
-    kelvo::CameraOn = 0;
+    kelvo::write::camera.ActiveCamera = (data[0] & 1) != 0 ? 3 : 2;
+    kelvo::write::camera.nCommPort = 2;
+    kelvo::write::frames.CameraOn = 0;
     framesSent = 0;
     CheckStep(kelvo::IdentifyCameraHead(), kFramesOfAGreeting);
     Check(kelvo::HeadTiming.HeadModel == 0 || kelvo::HeadTiming.HeadModel == kelvo::kInSbHead ||
           kelvo::HeadTiming.HeadModel == kelvo::kHgCdTeHead);
 
-    kelvo::CameraOn = (data[0] & 2) != 0 ? 1 : 0;
+    kelvo::write::frames.CameraOn = (data[0] & 2) != 0 ? 1 : 0;
     CheckStep(kelvo::LoadCameraHead(), kFramesOfATurnOn);
     Check(std::isfinite(kelvo::FrameRate) && kelvo::FrameRate >= 0);
 

@@ -1,7 +1,7 @@
 // An image file: its header, and records of it, turned into counts.
 #include "imagefile/frame_file.h"
 #include "imagefile/header.h"
-#include "state/frame_state.h"
+#include "state/frame_state_write.h"
 #include "temp_file.h"
 
 #include <cstddef>
@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     static kelvo::FuzzFile input;
     const std::string& path = input.Put(data, size);
-    kelvo::SteppingFrames = 1;  // what can't be opened only beeps
+    kelvo::write::frames.SteppingFrames = 1;  // what can't be opened only beeps
     kelvo::ImageHeaderRecord header;
     if (size < sizeof header) return 0;
     const std::int32_t headerBytes = kelvo::ReadImageHeader(path, header);

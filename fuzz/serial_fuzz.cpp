@@ -7,8 +7,8 @@
 #include "platform/profile_text.h"
 #include "platform/serial.h"
 #include "platform/text.h"
-#include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/windows_write.h"
 
 #include <stdlib.h>
 
@@ -121,7 +121,7 @@ void StartRun(bool logs)
 {
     std::filesystem::remove(directory + "/CommLog.txt");
     std::filesystem::remove(directory + "/PreviousCommLog.txt");
-    kelvo::IniFilePath = directory + (logs ? "/logs.ini" : "/silent.ini");
+    kelvo::write::windows.IniFilePath = directory + (logs ? "/logs.ini" : "/silent.ini");
     kelvo::CommLogReady = 0;
     kelvo::CommWriteCount = 0;
     kelvo::CommWriteReadCount = 0;
@@ -141,7 +141,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
     kelvo::SetDefaultDir(directory);
     kelvo::UseVirtualClock(0);
     kelvo::SetSimulatedLines(MakeLine);
-    kelvo::nCommPort = 2;
+    kelvo::write::camera.nCommPort = 2;
     return kelvo::OpenXComm() == 1 ? 0 : 1;
 }
 

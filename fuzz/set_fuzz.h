@@ -6,8 +6,8 @@
 #include "platform/profile.h"
 #include "state/cal_settings.h"
 #include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/windows_write.h"
 
 #include <stdlib.h>
 
@@ -27,9 +27,9 @@ class FuzzSet {
         directory_ = (std::filesystem::temp_directory_path() / "kelvo-fuzz-XXXXXX").string();
         if (!mkdtemp(directory_.data())) abort();
         SetDefaultDir(directory_);
-        ActiveCamera = 2;
-        ActiveConfig.Hroi = 3;
-        ActiveConfig.Vroi = 3;
+        write::camera.ActiveCamera = 2;
+        write::camera.ActiveConfig.Hroi = 3;
+        write::camera.ActiveConfig.Vroi = 3;
         Put("plain.gai", std::string(36, '\0'));
         Put("plain.off", std::string(18, '\0'));
         Put("plain.dcm", std::string(36, '\0'));

@@ -32,7 +32,7 @@ class FuzzFile {
     const std::string& Put(const std::uint8_t* data, std::size_t size)
     {
         const int descriptor = open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        if (descriptor < 0 || write(descriptor, data, size) != static_cast<ssize_t>(size)) abort();
+        if (descriptor < 0 || ::write(descriptor, data, size) != static_cast<ssize_t>(size)) abort();
         close(descriptor);
         return path_;
     }

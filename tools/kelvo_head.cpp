@@ -119,7 +119,7 @@ class Terminal {
     void Send(std::span<const std::uint8_t> bytes) const
     {
         while (!bytes.empty()) {
-            const ssize_t count = write(master_, bytes.data(), bytes.size());
+            const ssize_t count = ::write(master_, bytes.data(), bytes.size());
             if (count <= 0) return;
             bytes = bytes.subspan(static_cast<std::size_t>(count));
         }

@@ -8,8 +8,8 @@
 #include "platform/box.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "state/buffer_state.h"
-#include "state/cal_state.h"
+#include "state/buffer_state_write.h"
+#include "state/cal_state_write.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
@@ -51,8 +51,8 @@ struct Run {
 // Frames are added up raw. The calibration in force comes back however the gathering ends.
 class RawCounts {
   public:
-    RawCounts() : calType_(std::exchange(CalType, 0)) {}
-    ~RawCounts() { CalType = calType_; }
+    RawCounts() : calType_(std::exchange(write::cal.CalType, 0)) {}
+    ~RawCounts() { write::cal.CalType = calType_; }
     RawCounts(const RawCounts&) = delete;
     RawCounts& operator=(const RawCounts&) = delete;
 
@@ -156,10 +156,10 @@ void EnsureCapacity()
 {
     const std::int64_t storeBytes = AllocateHostFrames();
     if (AveragingCapacity != 0) return;
-    HostFrameBytes = storeBytes;
+    write::buffer.HostFrameBytes = storeBytes;
     if (HostFrameBytes == 0) MessageBox(hWndMain, "Buffer board memory not accessable!", "Hardware Error");
     const std::int64_t frameBytes = FrameBytesOnView();
-    if (frameBytes > 0) AveragingCapacity = static_cast<std::uint32_t>(HostFrameBytes / frameBytes);
+    if (frameBytes > 0) write::buffer.AveragingCapacity = static_cast<std::uint32_t>(HostFrameBytes / frameBytes);
 }
 
 // Frames that a batch can hold; 0 after a box. A capacity that was worked out for a smaller stored picture, or where

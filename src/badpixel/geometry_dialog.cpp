@@ -11,10 +11,10 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "state/cal_settings.h"
+#include "state/cal_settings_write.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/docking.h"
@@ -59,10 +59,10 @@ struct Flag {
     std::int32_t* inForce;
     std::int32_t copy;
 };
-std::array<Flag, 4> flags{{{kFlipHorizontalBox, "MirrorVert", &MirrorVert, 0},
-                           {kFlipVerticalBox, "MirrorHoriz", &MirrorHoriz, 0},
-                           {kRotateBox, "RotateCCW", &RotateCCW, 0},
-                           {kReplaceBox, "SubstBadPixels", &SubstBadPixels, 0}}};
+std::array<Flag, 4> flags{{{kFlipHorizontalBox, "MirrorVert", &write::display.MirrorVert, 0},
+                           {kFlipVerticalBox, "MirrorHoriz", &write::display.MirrorHoriz, 0},
+                           {kRotateBox, "RotateCCW", &write::display.RotateCCW, 0},
+                           {kReplaceBox, "SubstBadPixels", &write::display.SubstBadPixels, 0}}};
 
 bool settingsChanged = false;  // since the table was last set; outlives the dialog while the camera is on
 bool listDirty = false;
@@ -149,7 +149,7 @@ bool OpenList(HWND dialog)
         "Unable to open Bad detector file:\n" + CalSettings.BadDetFile + "\nSetting Bad detector filename to NULL",
         kMessageCaption, BoxIcon::kExclamation, BoxButtons::kOkCancel);
     if (answer == Button::kOk) {
-        CalSettings.BadDetFile.clear();
+        write::calSet.CalSettings.BadDetFile.clear();
         return true;
     }
     Tell("Can not continue with invalid\nbad detector filename");
@@ -294,8 +294,7 @@ void Commit()
 void Set()
 {
     Commit();
-    SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
-                        FrameRateRowAt(IndexFrameRate).ReadoutShift);
+    RebuildTable(ActiveConfig);
     StatusString(kDialogHint, kLeftAligned);
     settingsChanged = false;
     MarkSelected();

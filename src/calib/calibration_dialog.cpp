@@ -8,9 +8,9 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "state/cal_settings.h"
+#include "state/cal_settings_write.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/select_file.h"
@@ -271,20 +271,20 @@ std::optional<Limits> ReadLimits(HWND dialog)
 
 void StoreChoices(HWND dialog)
 {
-    ReplaceNoisy = IsDlgButtonChecked(dialog, kReplaceNoisyBox) ? 1 : 0;
-    CalSettings.BadDetFile = chosenBadDetFile;
-    CalSettings.ChosenType = IsDlgButtonChecked(dialog, kOnePoint) ? 1 : 2;
-    CalSettings.NumSources = CalSettings.ChosenType;
+    write::calSet.ReplaceNoisy = IsDlgButtonChecked(dialog, kReplaceNoisyBox) ? 1 : 0;
+    write::calSet.CalSettings.BadDetFile = chosenBadDetFile;
+    write::calSet.CalSettings.ChosenType = IsDlgButtonChecked(dialog, kOnePoint) ? 1 : 2;
+    write::calSet.CalSettings.NumSources = CalSettings.ChosenType;
 }
 
 void StoreLimits(const Limits& limits)
 {
-    CalSettings.MinOffset = limits.minOffset;
-    CalSettings.MaxOffset = limits.maxOffset;
-    CalSettings.AllowedNoiseLevel = limits.noise;
-    CalSettings.GainAcceptanceRange = limits.gainRange;
-    CalSettings.NumFrames = limits.frames;
-    if (limits.frames == 1) ReplaceNoisy = 0;  // one frame has no noise
+    write::calSet.CalSettings.MinOffset = limits.minOffset;
+    write::calSet.CalSettings.MaxOffset = limits.maxOffset;
+    write::calSet.CalSettings.AllowedNoiseLevel = limits.noise;
+    write::calSet.CalSettings.GainAcceptanceRange = limits.gainRange;
+    write::calSet.CalSettings.NumFrames = limits.frames;
+    if (limits.frames == 1) write::calSet.ReplaceNoisy = 0;  // one frame has no noise
 }
 
 void WriteKeys()
@@ -306,7 +306,7 @@ void Accept(HWND dialog)
     const std::optional<Limits> limits = ReadLimits(dialog);
     if (!limits) return;
     StoreLimits(*limits);
-    SubstBadPixels = IsDlgButtonChecked(dialog, kReplaceBadBox) ? 1 : 0;
+    write::display.SubstBadPixels = IsDlgButtonChecked(dialog, kReplaceBadBox) ? 1 : 0;
     WriteKeys();
     if (GrabberPresent && !ActiveConfig.BufferCapture) {
         MessageBox(dialog, "Camera driver with image buffer board option calibrates faster!", "Camera driver warning!");

@@ -19,9 +19,9 @@
 #include "platform/memory.h"
 #include "platform/pointer.h"
 #include "platform/text.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/display_state.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
@@ -275,8 +275,8 @@ Outcome InstallOffsets(Run& run)
 void FillUnity(const CameraConfig& config)
 {
     const bool rising = config.UnityGain >= 0;
-    DisplayHigh = rising ? config.UnityOffset - 1 : config.UnityOffset;
-    DisplayLow = rising ? -config.UnityOffset : 1 - config.UnityOffset;
+    write::display.DisplayHigh = rising ? config.UnityOffset - 1 : config.UnityOffset;
+    write::display.DisplayLow = rising ? -config.UnityOffset : 1 - config.UnityOffset;
     const auto pixels = static_cast<std::int32_t>(PixelsOf(config));
     if (!FillCoefficients(kGainKind, 0, pixels, config.UnityGain)) {
         MessageBox(hWndMain, "Hardware Timeout Error, Download of Gain Coefficients", kMessageCaption);
@@ -304,9 +304,9 @@ Outcome AskAboutRange(Run& run)
 Outcome SaveOffsetFile(Run& run)
 {
     Status("Saving offset calibration file...");
-    CalSettings.OffsetFile = LastSetFile(".off");
+    write::calSet.CalSettings.OffsetFile = LastSetFile(".off");
     run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, run.offsets);
-    CalSettings.CalFile = LastCalPath();
+    write::calSet.CalSettings.CalFile = LastCalPath();
     return Outcome::kGoOn;
 }
 
@@ -321,7 +321,7 @@ Outcome Substitute(Run& run)
 Outcome SaveGainFile(Run& run)
 {
     Status("Saving gain calibration file");
-    CalSettings.GainFile = LastSetFile(".gai");
+    write::calSet.CalSettings.GainFile = LastSetFile(".gai");
     run.listsAreSaved = SaveGains(CalSettings.GainFile, run.gains) && run.listsAreSaved;
     return Outcome::kGoOn;
 }
@@ -330,16 +330,15 @@ Outcome PutInForce(Run& run)
 {
     Status("Setting Image orientation...");
     run.doneFlag = 1;
-    CalType = 2;
-    SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, run.config,
-                        FrameRateRowAt(IndexFrameRate).ReadoutShift);
+    write::cal.CalType = 2;
+    RebuildTable(run.config);
     return Outcome::kGoOn;
 }
 
 Outcome SaveDecommutation(Run& run)
 {
     Status("Saving Decommutation order in file...");
-    CalSettings.DecomFile = LastSetFile(".dcm");
+    write::calSet.CalSettings.DecomFile = LastSetFile(".dcm");
     if (CopyFileTo(DecomTempPath(), CalSettings.DecomFile, false)) return Outcome::kGoOn;
     MessageBox(run.window, "Failed to save file: " + CalSettings.DecomFile, kMessageCaption);
     run.listsAreSaved = false;
@@ -362,12 +361,12 @@ Outcome WriteKeys(Run& /*run*/)
 Outcome KeepSources(Run& run)
 {
     Status("Calculating more statistics...");
-    IntensityCold = RoundCounts(run.result.means.meanLow);
-    IntensityHot = RoundCounts(run.result.means.meanHigh);
-    CalSettings.IntensityCold = IntensityCold;
-    CalSettings.IntensityHot = IntensityHot;
-    CalSettings.TemperatureCold = TemperatureCold;
-    CalSettings.TemperatureHot = TemperatureHot;
+    write::cal.IntensityCold = RoundCounts(run.result.means.meanLow);
+    write::cal.IntensityHot = RoundCounts(run.result.means.meanHigh);
+    write::calSet.CalSettings.IntensityCold = IntensityCold;
+    write::calSet.CalSettings.IntensityHot = IntensityHot;
+    write::calSet.CalSettings.TemperatureCold = TemperatureCold;
+    write::calSet.CalSettings.TemperatureHot = TemperatureHot;
     WriteCalKey("TemperatureCold", Format("%f", static_cast<double>(TemperatureCold)));
     WriteCalKey("TemperatureHot", Format("%f", static_cast<double>(TemperatureHot)));
     WriteCalKey("IntensityCold", std::to_string(IntensityCold));

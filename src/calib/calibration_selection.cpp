@@ -11,7 +11,7 @@
 #include "platform/window.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "ui/file_lists.h"
 #include "ui/status.h"
 
@@ -83,7 +83,7 @@ bool IsForThisCamera(HWND dialog, const std::string& name)
         MessageBox(dialog, "Failed to open file: " + name, kMessageCaption);
         return false;
     }
-    FilePathBuf = AbsolutePath(name);
+    write::windows.FilePathBuf = AbsolutePath(name);
     if (GetPrivateProfileInt("Calibration", "DriverNumber", kNoCamera, FilePathBuf) == ActiveCamera) return true;
     MessageBeep(Sound::kExclamation);
     MessageBox(dialog, "The calibration file selected is not for this camera", kMessageCaption);
@@ -108,7 +108,7 @@ bool MaySaveAs(HWND dialog, const std::string& name)
         MessageBox(dialog, path + "\nPath does not exist.", kMessageCaption);
         return false;
     }
-    FilePathBuf = path;
+    write::windows.FilePathBuf = path;
     if (!FileExists(FilePathBuf)) return true;
     return MessageBox(dialog, "File already exists, replace it?", kMessageCaption, BoxIcon::kExclamation,
                       BoxButtons::kOkCancel, Button::kCancel) == Button::kOk;

@@ -19,12 +19,12 @@
 #include "platform/profile.h"
 #include "platform/profile_text.h"
 #include "platform/text.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 #include "ui/status.h"
 #include "video/video.h"
@@ -137,9 +137,9 @@ void TakeVideoSettings(const std::string& calPath)
 {
     StatusMessage("Loading video parameters from calibration file...", kLeftAligned);
     LoadVideoSettings(IniFilePath);
-    VideoGain[0] = GetPrivateProfileInt("Setup", "VideoGain1", kDefaultGain, calPath);
-    VideoOffset[0] = GetPrivateProfileInt("Setup", "VideoOffset1", kDefaultOffset, calPath);
-    VideoOffset[1] = GetPrivateProfileInt("Setup", "VideoOffset2", kDefaultOffset, calPath);
+    write::head.VideoGain[0] = GetPrivateProfileInt("Setup", "VideoGain1", kDefaultGain, calPath);
+    write::head.VideoOffset[0] = GetPrivateProfileInt("Setup", "VideoOffset1", kDefaultOffset, calPath);
+    write::head.VideoOffset[1] = GetPrivateProfileInt("Setup", "VideoOffset2", kDefaultOffset, calPath);
     TakeIntegrationIndexes(GetPrivateProfileString("Setup", "IntTime", "", calPath));
     SaveVideoSettings(IniFilePath);
 }
@@ -222,7 +222,7 @@ bool RebuildDecommutation()
 {
     auto table = BuildDecomList(ActiveConfig, FrameRateRowAt(IndexFrameRate).ReadoutShift);
     if (!table) return false;
-    DecomList = std::move(*table);
+    write::cal.DecomList = std::move(*table);
     CalibrationListsChanged();
     return true;
 }
@@ -230,7 +230,7 @@ bool RebuildDecommutation()
 bool LoadDecommutation(HWND window, const std::string& calPath, std::span<std::uint8_t> list)
 {
     StatusMessage("Loading decommutation list...", kLeftAligned);
-    CalSettings.DecomFile = TakeListPath(calPath, "DecomFile");
+    write::calSet.CalSettings.DecomFile = TakeListPath(calPath, "DecomFile");
     if (!ReadDecommutation(window, list)) return RebuildDecommutation();
     if (DownloadCoefficients(kDecomKind, list)) return true;
     MessageBox(window, "Hardware Timeout Error, Download of Gain Coefficients", kMessageCaption);  // words of all lists
@@ -240,7 +240,7 @@ bool LoadDecommutation(HWND window, const std::string& calPath, std::span<std::u
 bool LoadGains(const std::string& calPath, std::span<std::uint8_t> list)
 {
     StatusMessage("Loading gain list...", kLeftAligned);
-    CalSettings.GainFile = TakeListPath(calPath, "GainFile");
+    write::calSet.CalSettings.GainFile = TakeListPath(calPath, "GainFile");
     return LoadList(CalSettings.GainFile, list, PixelsOf(ActiveConfig)) &&
            DownloadGains(EntriesOf<float>(list, PixelsOf(ActiveConfig))) != 0;
 }
@@ -248,7 +248,7 @@ bool LoadGains(const std::string& calPath, std::span<std::uint8_t> list)
 bool LoadOffsets(const std::string& calPath, std::span<std::uint8_t> list)
 {
     StatusMessage("Loading offset list...", kLeftAligned);
-    CalSettings.OffsetFile = TakeListPath(calPath, "OffsetFile");
+    write::calSet.CalSettings.OffsetFile = TakeListPath(calPath, "OffsetFile");
     // Two offsets a word: an odd last one isn't in the file, and counts as 0.
     std::ranges::fill(list, std::uint8_t{0});
     return LoadList(CalSettings.OffsetFile, list, PixelsOf(ActiveConfig) / 2) &&
@@ -269,9 +269,9 @@ bool LoadLists(HWND window, const std::string& calPath)
 
 void TakeDisplayRange(const std::string& calPath)
 {
-    CalType = GetPrivateProfileInt(kSection, "CalType", kDefaultType, calPath);
-    DisplayLow = 0;
-    DisplayHigh = FullScaleCounts();
+    write::cal.CalType = GetPrivateProfileInt(kSection, "CalType", kDefaultType, calPath);
+    write::display.DisplayLow = 0;
+    write::display.DisplayHigh = FullScaleCounts();
     SetVoltsRange(VideoGain[0], VideoOffset[0]);
 }
 
@@ -300,30 +300,31 @@ void TakeNumber(const std::string& calPath, const char* section, const char* key
 void TakeBadDetFile(const std::string& calPath)
 {
     const auto name = TakeKey(calPath, kSection, "BadDetFile", "");
-    if (name) CalSettings.BadDetFile = name->empty() ? std::string() : InSetDirectory(calPath, *name);
-    if (!name || name->empty()) SubstBadPixels = 0;
+    if (name) write::calSet.CalSettings.BadDetFile = name->empty() ? std::string() : InSetDirectory(calPath, *name);
+    if (!name || name->empty()) write::display.SubstBadPixels = 0;
 }
 
 void TakeParameters(const std::string& calPath)
 {
     StatusMessage("Resetting display & calibration parameters...", kLeftAligned);
-    TakeNumber(calPath, kSection, "TemperatureCold", "-999.0", TemperatureCold);
-    TakeNumber(calPath, kSection, "TemperatureHot", "999.0", TemperatureHot);
-    TakeNumber(calPath, kSection, "IntensityCold", "0", IntensityCold);
-    TakeNumber(calPath, kSection, "IntensityHot", "0", IntensityHot);
-    CalSettings.TemperatureCold = TemperatureCold;
-    CalSettings.TemperatureHot = TemperatureHot;
-    CalSettings.IntensityCold = IntensityCold;
-    CalSettings.IntensityHot = IntensityHot;
-    CalSettings.CalFile = InSetDirectory(calPath, TakeKey(calPath, kSection, "CalFile", IniFilePath).value_or(""));
+    TakeNumber(calPath, kSection, "TemperatureCold", "-999.0", write::cal.TemperatureCold);
+    TakeNumber(calPath, kSection, "TemperatureHot", "999.0", write::cal.TemperatureHot);
+    TakeNumber(calPath, kSection, "IntensityCold", "0", write::cal.IntensityCold);
+    TakeNumber(calPath, kSection, "IntensityHot", "0", write::cal.IntensityHot);
+    write::calSet.CalSettings.TemperatureCold = TemperatureCold;
+    write::calSet.CalSettings.TemperatureHot = TemperatureHot;
+    write::calSet.CalSettings.IntensityCold = IntensityCold;
+    write::calSet.CalSettings.IntensityHot = IntensityHot;
+    write::calSet.CalSettings.CalFile =
+        InSetDirectory(calPath, TakeKey(calPath, kSection, "CalFile", IniFilePath).value_or(""));
     TakeKey(calPath, kSection, "CalType", "2");
     TakeKey(calPath, kSection, "DriverNumber", "999");
     // A run writes the flag to section Display, so that a set says nothing here and the flag stays as the operator has
     // it; only a set that was edited by hand decides it.
-    TakeNumber(calPath, kSection, "SubstBadPixels", "", SubstBadPixels);
-    TakeNumber(calPath, "Display", "MirrorVert", "", MirrorVert);
-    TakeNumber(calPath, "Display", "MirrorHoriz", "", MirrorHoriz);
-    TakeNumber(calPath, "Display", "RotateCCW", "", RotateCCW);
+    TakeNumber(calPath, kSection, "SubstBadPixels", "", write::display.SubstBadPixels);
+    TakeNumber(calPath, "Display", "MirrorVert", "", write::display.MirrorVert);
+    TakeNumber(calPath, "Display", "MirrorHoriz", "", write::display.MirrorHoriz);
+    TakeNumber(calPath, "Display", "RotateCCW", "", write::display.RotateCCW);
     TakeBadDetFile(calPath);
 }
 
@@ -335,17 +336,15 @@ void RestartLiveVideo()
 
 void OrientImage()
 {
-    SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
-                        FrameRateRowAt(IndexFrameRate).ReadoutShift);
+    RebuildTable(ActiveConfig);
 }
 
 void SetUpDisplay()
 {
     StatusMessage("Setting up image display...", kLeftAligned);
     BuildDisplayLut(Contrast, Brightness);
-    FirstSetupPending = 0;  // the video set-up would start from a clean state again
-    DisplayUnit = kUnitCelsius;
-    FillUnitCombo(hDlgPanel, DisplayUnit);
+    write::head.FirstSetupPending = 0;  // the video set-up would start from a clean state again
+    SetDisplayUnit(kUnitCelsius);
     StatusString(kIdleHint, kLeftAligned);
 }
 
@@ -433,12 +432,12 @@ bool CopySetTo(const std::string& calPath)
 
 void TakeNewNames(const std::string& calPath)
 {
-    CalSettings.CalFile = calPath;
-    CalSettings.GainFile = SetFile(calPath, ".gai");
-    CalSettings.OffsetFile = SetFile(calPath, ".off");
+    write::calSet.CalSettings.CalFile = calPath;
+    write::calSet.CalSettings.GainFile = SetFile(calPath, ".gai");
+    write::calSet.CalSettings.OffsetFile = SetFile(calPath, ".off");
     const std::string badDetFile = SetFile(calPath, ".bad");
-    CalSettings.BadDetFile = FileExists(badDetFile) ? badDetFile : std::string();
-    CalSettings.DecomFile = SetFile(calPath, ".dcm");
+    write::calSet.CalSettings.BadDetFile = FileExists(badDetFile) ? badDetFile : std::string();
+    write::calSet.CalSettings.DecomFile = SetFile(calPath, ".dcm");
 }
 
 }  // namespace
@@ -447,15 +446,15 @@ void LoadCalibrationSettings()
 {
     FinishInterruptedReplacement();
     const KeySource first{""};
-    ReadRunSettings(first, CalSettings);
-    ReadSources(first, CalSettings);
-    CalSettings.CalFile = first.Text("CalFile", IniFilePath.c_str());
+    ReadRunSettings(first, write::calSet.CalSettings);
+    ReadSources(first, write::calSet.CalSettings);
+    write::calSet.CalSettings.CalFile = first.Text("CalFile", IniFilePath.c_str());
     if (ActiveConfig.DualCamera) {
-        ReadRunSettings({"2"}, CalSettings2);
-        CalSettings2.CalFile = IniFilePath;
+        ReadRunSettings({"2"}, write::calSet.CalSettings2);
+        write::calSet.CalSettings2.CalFile = IniFilePath;
     }
-    CalType = 0;
-    CalDone = 0;
+    write::cal.CalType = 0;
+    write::calSet.CalDone = 0;
 }
 
 int LoadCalibration(HWND window, const std::string& calPath)

@@ -19,9 +19,9 @@
 #include "platform/memory.h"
 #include "platform/pointer.h"
 #include "platform/text.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/display_state.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
@@ -227,9 +227,9 @@ Outcome FindOffsets(Run& run)
     if (!offsets) return FailWithBeep();
     run.offsets = *std::move(offsets);
     run.offsetsLeaveRange = rangeFlag != 0;
-    IntensityCold = RoundCounts(run.result.mean);
-    CalSettings.IntensityCold = IntensityCold;
-    CalSettings.TemperatureCold = TemperatureCold;
+    write::cal.IntensityCold = RoundCounts(run.result.mean);
+    write::calSet.CalSettings.IntensityCold = IntensityCold;
+    write::calSet.CalSettings.TemperatureCold = TemperatureCold;
     return Outcome::kGoOn;
 }
 
@@ -255,9 +255,9 @@ Outcome OpenSet(Run& run)
         MessageBox(run.window, "Failed to save file: " + calPath, "Kelvo File Error!");
         return Outcome::kFailed;
     }
-    CalType = run.typeBefore >= 1 ? run.typeBefore : 1;
+    write::cal.CalType = run.typeBefore >= 1 ? run.typeBefore : 1;
     run.formerCalFile = CalSettings.CalFile;
-    CalSettings.CalFile = calPath;
+    write::calSet.CalSettings.CalFile = calPath;
     return Outcome::kGoOn;
 }
 
@@ -265,7 +265,7 @@ Outcome OpenSet(Run& run)
 Outcome Substitute(Run& run)
 {
     if (!SubstituteBadPixels(run.gains, run.table)) {
-        CalSettings.CalFile = run.formerCalFile;
+        write::calSet.CalSettings.CalFile = run.formerCalFile;
         return Outcome::kStopped;
     }
     if (SubstBadPixels) MapListed(run.report, BadDetList);
@@ -276,10 +276,9 @@ Outcome Substitute(Run& run)
 Outcome PutInForce(Run& run)
 {
     Status("Setting Image orientation...");
-    SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, run.config,
-                        FrameRateRowAt(IndexFrameRate).ReadoutShift);
-    DisplayLow = 0;
-    DisplayHigh = FullScaleCounts();
+    RebuildTable(run.config);
+    write::display.DisplayLow = 0;
+    write::display.DisplayHigh = FullScaleCounts();
     SetVoltsRange(VideoGain[0], VideoOffset[0]);
     BuildDisplayLut(Contrast, Brightness);
     return Outcome::kGoOn;
@@ -328,7 +327,7 @@ void SaveNewNoise(Run& run)
 void SaveNewGains(Run& run)
 {
     Status("Saving gain calibration file");
-    CalSettings.GainFile = SetFile(CalSettings.CalFile, ".gai");
+    write::calSet.CalSettings.GainFile = SetFile(CalSettings.CalFile, ".gai");
     run.listsAreSaved = SaveGains(CalSettings.GainFile, run.gains);
 }
 
@@ -339,7 +338,7 @@ Outcome SaveLists(Run& run)
         SaveNewGains(run);
     }
     Status("Saving offset calibration file");
-    CalSettings.OffsetFile = SetFile(CalSettings.CalFile, ".off");
+    write::calSet.CalSettings.OffsetFile = SetFile(CalSettings.CalFile, ".off");
     run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, run.offsets) && run.listsAreSaved;
     // The lists got their names after the keys were written: without this a new set would name those of another one.
     if (!run.update) WriteListKeys();
@@ -383,7 +382,7 @@ int OnePointCalibrate(HWND window)
     const bool update = CalType != 0;
     Status(update ? " Perform 1 point update to current calibration (determine new offsets)"
                   : " Perform 1 point calibration (determine offsets only)");
-    if (!update) CalSettings.NumSources = 1;
+    if (!update) write::calSet.CalSettings.NumSources = 1;
     if (!ColdSourceDialog(window, TitleOfRun(update))) return 0;
     Run run(window, ActiveConfig);
     run.waiting.emplace();
@@ -398,7 +397,7 @@ int GetCalibData(std::span<std::int16_t> frame, std::span<float> noise, std::uin
     Status("Getting calibration data...");
     const Hourglass hourglass;
     const bool live = StartLiveVideo();
-    CalType = 0;
+    write::cal.CalType = 0;
     if (frame.size() < PixelsOf(ActiveConfig)) {
         MessageBeep(Sound::kExclamation);
         MessageBox(hWndMain, "Invalid data array size", "GetCalibData Error");

@@ -15,7 +15,7 @@
 #include "resources/ids.h"
 #include "state/cal_settings.h"
 #include "state/cal_state.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
@@ -60,11 +60,6 @@ void InstallTable(const DecomTable& table)
     SaveList(DecomTempPath(), BytesOf(table), table.size());
 }
 
-std::int32_t ShiftInForce()
-{
-    return FrameRateRowAt(IndexFrameRate).ReadoutShift;
-}
-
 void WriteSubstituteKey(const std::string& file)
 {
     WritePrivateProfileString("Display", "SubstBadPixels", std::to_string(SubstBadPixels), file);
@@ -80,11 +75,10 @@ void KeepTableInSet()
 
 void RebuildForSet()
 {
-    if (SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
-                            ShiftInForce())) {
+    if (RebuildTable(ActiveConfig)) {
         KeepTableInSet();
     } else {
-        SubstBadPixels = SubstBadPixels ? 0 : 1;
+        write::display.SubstBadPixels = SubstBadPixels ? 0 : 1;
     }
 }
 
@@ -111,12 +105,19 @@ std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHor
     return 1;
 }
 
+std::int32_t RebuildTable(const CameraConfig& config)
+{
+    return SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, config,
+                               FrameRateRowAt(IndexFrameRate).ReadoutShift);
+}
+
 std::int32_t SetCommutationOrder()
 {
     const Hourglass hourglass;
     if (!ResetUnityGainOffset(ActiveConfig)) return 0;
     StatusMessage("Setting pixel commutation order...", kLeftAligned);
-    SetImageOrientation(SubstBadPixels, 0, 0, 0, CalSettings.BadDetFile, ActiveConfig, ShiftInForce());
+    SetImageOrientation(SubstBadPixels, 0, 0, 0, CalSettings.BadDetFile, ActiveConfig,
+                        FrameRateRowAt(IndexFrameRate).ReadoutShift);
     return 1;
 }
 
@@ -124,7 +125,7 @@ void ToggleBadPixelReplacement(HWND /*window*/)
 {
     if (ActiveConfig.DualCamera) return;
     const Hourglass hourglass;
-    SubstBadPixels = SubstBadPixels ? 0 : 1;
+    write::display.SubstBadPixels = SubstBadPixels ? 0 : 1;
     if (CalType) RebuildForSet();
     CheckReplaceItem(SubstBadPixels);
     WriteSubstituteKey(IniFilePath);

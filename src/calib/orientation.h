@@ -19,6 +19,10 @@ std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHor
                                  std::int32_t rotateCcw, std::string_view badDetFile, const CameraConfig& config,
                                  std::int32_t readoutShift);
 
+// The same with all that is in force: SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, the set's list of bad
+// detectors, the readout shift of the frame rate's row.
+std::int32_t RebuildTable(const CameraConfig& config);
+
 // Prepares the table for a calibration run: unity coefficients, then the table in plain order. Non-zero where the unity
 // download succeeded, whatever the rebuild gave.
 std::int32_t SetCommutationOrder();

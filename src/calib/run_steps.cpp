@@ -8,7 +8,7 @@
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/cal_settings.h"
+#include "state/cal_settings_write.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
@@ -32,7 +32,7 @@ void NameCamera()
 
 bool StartLiveVideo()
 {
-    if (!LiveVideo) ToggleFreeze(LiveVideo);
+    if (!LiveVideo) ToggleLiveVideo();
     return LiveVideo != 0;
 }
 
@@ -82,8 +82,9 @@ void CompleteSet(HWND window, SetReplacement& files, const std::string& calPath,
     if (listsAreSaved && CopySettingsTo(calPath) && files.Commit()) return;
     files.RollBack();
     // What stands on the disk is another calibration: it must not be taken for the files of this one.
-    for (std::string* const path : {&CalSettings.CalFile, &CalSettings.GainFile, &CalSettings.OffsetFile,
-                                    &CalSettings.DecomFile, &CalSettings.BadDetFile}) {
+    for (std::string* const path : {&write::calSet.CalSettings.CalFile, &write::calSet.CalSettings.GainFile,
+                                    &write::calSet.CalSettings.OffsetFile, &write::calSet.CalSettings.DecomFile,
+                                    &write::calSet.CalSettings.BadDetFile}) {
         path->clear();
     }
     MessageBox(window,
@@ -93,8 +94,7 @@ void CompleteSet(HWND window, SetReplacement& files, const std::string& calPath,
 
 void ShowDegrees()
 {
-    DisplayUnit = kUnitCelsius;
-    FillUnitCombo(hDlgPanel, DisplayUnit);
+    SetDisplayUnit(kUnitCelsius);
     StatusString(kIdleHint, kLeftAligned);
 }
 

@@ -5,8 +5,8 @@
 #include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -30,8 +30,8 @@ struct Source {
     float& emissivity;
 };
 
-const Source kColdSource{1224, 1225, 4, 1045, TemperatureCold, CalSettings.EmissivityCold};
-const Source kHotSource{1226, 1227, 5, 1044, TemperatureHot, CalSettings.EmissivityHot};
+const Source kColdSource{1224, 1225, 4, 1045, write::cal.TemperatureCold, write::calSet.CalSettings.EmissivityCold};
+const Source kHotSource{1226, 1227, 5, 1044, write::cal.TemperatureHot, write::calSet.CalSettings.EmissivityHot};
 
 // Given by the launcher, shown as the dialog opens.
 const std::string* titleOfRun = nullptr;

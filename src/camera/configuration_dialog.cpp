@@ -11,8 +11,8 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 #include "ui/docking.h"
 #include "ui/splash.h"
@@ -205,19 +205,19 @@ void TakeScreenValues(HWND dialog, bool cameraChanged)
     const std::string section = ActiveCameraSection();
     const std::int32_t xzoom = cameraChanged ? CameraKey(section, "Xzoom", kDefaultZoom) : Xzoom;
     const std::int32_t yzoom = cameraChanged ? CameraKey(section, "Yzoom", kDefaultZoom) : Yzoom;
-    ActiveConfig.NumChannels = ChosenChannels(dialog);
+    write::camera.ActiveConfig.NumChannels = ChosenChannels(dialog);
     WriteCameraKey(section, "NumChannels", ActiveConfig.NumChannels);
-    Xzoom = ChosenZoom(dialog, kXzoomFirst, xzoom);
+    write::camera.ActiveConfig.Xzoom = ChosenZoom(dialog, kXzoomFirst, xzoom);
     WriteIfOther(section, "Xzoom", Xzoom, kDefaultZoom);
-    Yzoom = ChosenZoom(dialog, kYzoomFirst, yzoom);
+    write::camera.ActiveConfig.Yzoom = ChosenZoom(dialog, kYzoomFirst, yzoom);
     WriteIfOther(section, "Yzoom", Yzoom, kDefaultZoom);
-    Xoffset = ChosenOffset(dialog, kXoffsetEdit, section, "Xoffset");
+    write::camera.ActiveConfig.Xoffset = ChosenOffset(dialog, kXoffsetEdit, section, "Xoffset");
     WriteIfOther(section, "Xoffset", Xoffset, kDefaultOffset);
-    Yoffset = ChosenOffset(dialog, kYoffsetEdit, section, "Yoffset");
+    write::camera.ActiveConfig.Yoffset = ChosenOffset(dialog, kYoffsetEdit, section, "Yoffset");
     WriteIfOther(section, "Yoffset", Yoffset, kDefaultOffset);
-    Xpan = ChosenPan(dialog, kXpanEdit);
-    Ypan = ChosenPan(dialog, kYpanEdit);
-    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
+    write::display.Xpan = ChosenPan(dialog, kXpanEdit);
+    write::display.Ypan = ChosenPan(dialog, kYpanEdit);
+    RefreshPicture();
 }
 
 bool OperatorWantsRestart(HWND dialog)
@@ -256,7 +256,7 @@ void Accept(HWND dialog)
     TakeByteSwap(dialog);
     const std::int32_t camera = ChosenCamera(dialog);
     const bool changed = camera != ActiveCamera;
-    ActiveCamera = camera;
+    write::camera.ActiveCamera = camera;
     TakeScreenValues(dialog, changed);
     if (changed) {
         if (!OperatorWantsRestart(dialog)) {

@@ -11,10 +11,10 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "state/cal_state.h"
+#include "state/cal_state_write.h"
 #include "state/camera_config.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 #include "ui/status.h"
 #include "video/video.h"
@@ -90,15 +90,15 @@ bool SectionCanRun()
 // Nothing goes to the head while the grab runs.
 void StopLiveVideo()
 {
-    LiveVideo = 1;
-    ToggleFreeze(LiveVideo);
+    write::frames.LiveVideo = 1;
+    ToggleLiveVideo();
 }
 
 void FreezeForTurnOn()
 {
-    LiveVideo = 1;
+    write::frames.LiveVideo = 1;
     StatusMessage("Freeze image...", kLeftAligned);
-    ToggleFreeze(LiveVideo);
+    ToggleLiveVideo();
     StatusMessage("Set Matrox sync...", kLeftAligned);  // this and the next tell of work that no board needs any more
     StatusMessage("Set LUT bar at side of image...", kLeftAligned);
 }
@@ -106,10 +106,10 @@ void FreezeForTurnOn()
 // A board that doesn't come up shows itself at the first frame.
 void StartLiveVideo()
 {
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
     init_itex();
-    CameraOn = 1;
-    ToggleFreeze(LiveVideo);
+    write::frames.CameraOn = 1;
+    ToggleLiveVideo();
 }
 
 bool LoadNamedCalibration(const std::string& path)
@@ -127,8 +127,8 @@ void TurnCameraOff()
     DrawMenuBar(hWndMain);
     StatusMessage("Turning camera head electronics off", kLeftAligned);
     TurnCameraHeadOff();
-    CalType = 0;
-    CameraOn = 0;
+    write::cal.CalType = 0;
+    write::frames.CameraOn = 0;
     StatusMessage("Wait - Closing Frame Grabber", kLeftAligned);
     ReleaseBoard();
     StatusString(kIdleHint, kLeftAligned);
@@ -163,7 +163,7 @@ void TurnOnForVideoSetup(HWND dialog)
 {
     StatusString(kGoingOnHint, kLeftAligned);
     if (TurnCameraOn("", 1)) {
-        FirstSetupPending = 1;
+        write::head.FirstSetupPending = 1;
         EndDialog(dialog, kVideoSetupFollows);
         return;
     }
@@ -227,11 +227,11 @@ int TurnCameraOn(const char* argument, int /*flag*/)
     const Pointer before = CurrentPointer();
     SetPointer(Pointer::kHourglass);
     FreezeForTurnOn();
-    CalType = 0;
-    CameraOn = 0;
+    write::cal.CalType = 0;
+    write::frames.CameraOn = 0;
     StatusString(kIdleHint, kLeftAligned);
     if (!LoadCameraHead()) {
-        LiveVideo = 0;  // frozen, with the hourglass: who asked for the camera tells the operator
+        write::frames.LiveVideo = 0;  // frozen, with the hourglass: who asked for the camera tells the operator
         return 0;
     }
     StartLiveVideo();

@@ -3,7 +3,7 @@
 #include "platform/profile.h"
 #include "resources/ids.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 
 #include <algorithm>
@@ -23,15 +23,16 @@ struct IntegerKey {
 };
 
 constexpr IntegerKey kIntegerKeys[] = {
-    {"GrayColorBar", &GrayColorBar, 1}, {"TempScale", &TempScale, 0},     {"TempHisto", &TempHisto, 0},
-    {"Contrast", &Contrast, 16},        {"Brightness", &Brightness, 580}, {"MirrorHoriz", &MirrorHoriz, 0},
-    {"MirrorVert", &MirrorVert, 0},     {"RotateCCW", &RotateCCW, 0},
+    {"GrayColorBar", &write::display.GrayColorBar, 1}, {"TempScale", &write::display.TempScale, 0},
+    {"TempHisto", &write::display.TempHisto, 0},       {"Contrast", &write::display.Contrast, 16},
+    {"Brightness", &write::display.Brightness, 580},   {"MirrorHoriz", &write::display.MirrorHoriz, 0},
+    {"MirrorVert", &write::display.MirrorVert, 0},     {"RotateCCW", &write::display.RotateCCW, 0},
 };
 
 constexpr IntegerKey kSecondCameraKeys[] = {
-    {"SubstBadPixels2", &SubstBadPixels2, 1},
-    {"MirrorHoriz2", &MirrorHoriz2, 0},
-    {"MirrorVert2", &MirrorVert2, 0},
+    {"SubstBadPixels2", &write::display.SubstBadPixels2, 1},
+    {"MirrorHoriz2", &write::display.MirrorHoriz2, 0},
+    {"MirrorVert2", &write::display.MirrorVert2, 0},
 };
 
 std::int32_t DisplayInteger(const char* key, std::int32_t defaultValue)
@@ -53,25 +54,25 @@ void ReadIntegers(const Keys& keys)
 void ReadPan()
 {
     const std::string section = ActiveCameraSection();
-    Xpan = GetPrivateProfileInt(section, "Xpan", 0, CameraFilePath);
-    Ypan = GetPrivateProfileInt(section, "Ypan", 0, CameraFilePath);
+    write::display.Xpan = GetPrivateProfileInt(section, "Xpan", 0, CameraFilePath);
+    write::display.Ypan = GetPrivateProfileInt(section, "Ypan", 0, CameraFilePath);
 }
 
 }  // namespace
 
 void ReadDisplaySettings()
 {
-    ImageColor = ChoiceAmong(kNormalGray, kNormalColor, "ImageColor");
-    GrayScale = ChoiceAmong(kLinearScale, kLogScale, "GrayScale");
+    write::display.ImageColor = ChoiceAmong(kNormalGray, kNormalColor, "ImageColor");
+    write::display.GrayScale = ChoiceAmong(kLinearScale, kLogScale, "GrayScale");
     ReadIntegers(kIntegerKeys);
-    if (TempScale == 1) GrayColorBar = 1;  // the scale is drawn along the bar
+    if (TempScale == 1) write::display.GrayColorBar = 1;  // the scale is drawn along the bar
     OpticsFile = GetPrivateProfileString(kDisplay, "OpticsFile", "", IniFilePath);
     if (ActiveConfig.DualCamera != 0) ReadIntegers(kSecondCameraKeys);
     ReadPan();
-    ResetContrast = Contrast;
-    ResetBrightness = Brightness;
-    DisplayUnit = 0;
-    SubstBadPixels = 1;
+    write::display.ResetContrast = Contrast;
+    write::display.ResetBrightness = Brightness;
+    write::display.DisplayUnit = 0;
+    write::display.SubstBadPixels = 1;
 }
 
 }  // namespace kelvo

@@ -4,10 +4,11 @@
 #include "imagefile/header.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
+#include "state/windows_write.h"
 
 #include <optional>
 #include <string>
@@ -148,13 +149,13 @@ void ReadIrigKeys()
 void ReadCnfFile(const CameraSection& section)
 {
     const std::string name = section.Text("cnfFile", "none");
-    if (name.size() > kLongestNoFile) CnfFilePath = DefaultDir + '/' + name;
+    if (name.size() > kLongestNoFile) write::windows.CnfFilePath = DefaultDir + '/' + name;
 }
 
 void MeasureView()
 {
-    ViewWidth = ClientWidth;
-    ViewHeight = ClientHeight - kStatusLineHeight;
+    write::windows.ViewWidth = ClientWidth;
+    write::windows.ViewHeight = ClientHeight - kStatusLineHeight;
 }
 
 bool Applies(When when, int full, const CameraConfig& record)
@@ -204,7 +205,7 @@ void ReadVoltsPerCount(const CameraSection& section)
 {
     const std::string text = section.Text("VoltsPerCountVsGain", kDefaultVoltsPerCount);
     std::string_view rest = text;
-    for (float& volts : VoltsPerCountVsGain) {
+    for (float& volts : write::camera.VoltsPerCountVsGain) {
         const auto value = TakeFloat(rest);
         if (!value) return;
         volts = *value;
@@ -215,9 +216,9 @@ void ReadVoltsPerCount(const CameraSection& section)
 
 void ReadValuesBesideTheRecord(const CameraSection& section)
 {
-    numBufFrames = section.Integer("numBufFrames", 8);
-    VoltsOffset = ScanFloat(section.Text("Volts/Offset", "0.1")).value_or(VoltsOffset);
-    ADoffset = ScanFloat(section.Text("A/Doffset", "8200.0")).value_or(ADoffset);
+    write::camera.numBufFrames = section.Integer("numBufFrames", 8);
+    write::camera.VoltsOffset = ScanFloat(section.Text("Volts/Offset", "0.1")).value_or(VoltsOffset);
+    write::camera.ADoffset = ScanFloat(section.Text("A/Doffset", "8200.0")).value_or(ADoffset);
     ReadVoltsPerCount(section);
 }
 
@@ -230,8 +231,8 @@ void LimitChannels(CameraConfig& record)
 void ReadTimingFile(const CameraSection& section, CameraConfig& record)
 {
     const std::int32_t timingFileFrameRate = section.Integer("TimingFileFrameRate", -1);
-    IndexFrameRate = section.Integer("IndexFrameRate", 3);
-    ScanFrameRate(FrameRateRowAt(IndexFrameRate), FrameRate);
+    write::camera.IndexFrameRate = section.Integer("IndexFrameRate", 3);
+    ScanFrameRate(FrameRateRowAt(IndexFrameRate), write::head.FrameRate);
     const bool fast = static_cast<float>(timingFileFrameRate) < FrameRate;
     record.TimingFile = section.Text(fast ? "HighFrameRateTimingFile" : "TimingFile", "");
 }
@@ -246,11 +247,11 @@ void WriteInteger(const std::string& section, const char* key, std::int32_t valu
 void ReadSetupKeys()
 {
     XPGBoard = SetupInteger("XPGBoard", 0);
-    ActiveCamera = SetupInteger("ActiveCamera", 2);
+    write::camera.ActiveCamera = SetupInteger("ActiveCamera", 2);
     MultiFrame = GetPrivateProfileInt("Save", "MultiFrame", 0, IniFilePath);
     ReadByteSwap();
-    CameraOn = 0;
-    ViewingFile = 0;
+    write::frames.CameraOn = 0;
+    write::frames.ViewingFile = 0;
     ReadIrigKeys();
     SpiffHeader.SpiffHeaderIdentity = SetupInteger("SpiffHeaderIdentity", 18290);
 }
@@ -264,9 +265,9 @@ void ReadCameraConfig(std::int32_t number, int full, CameraConfig& record)
 {
     const CameraSection section(number);
     record.Description = section.Text("Description", "N/A");
-    Xpan = 0;
-    Ypan = 0;
-    nCommPort = section.Integer("nCommPort", 2);
+    write::display.Xpan = 0;
+    write::display.Ypan = 0;
+    write::camera.nCommPort = section.Integer("nCommPort", 2);
     ReadCnfFile(section);
     MeasureView();
     if (full != 0) ReadIntInc(section, record);  // first: it decides about other keys

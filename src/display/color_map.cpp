@@ -5,7 +5,7 @@
 #include "platform/memory.h"
 #include "platform/menu.h"
 #include "resources/ids.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 
 #include <array>
@@ -55,11 +55,12 @@ std::string_view TextOf(const std::string& line)
 bool EnsureColorMap()
 {
     if (!ColorMap.empty()) return true;
-    if (!AllocateBlock(ColorMap, kColorMapBytes)) {
+    if (!AllocateBlock(write::display.ColorMap, kColorMapBytes)) {
         MessageBox(hWndMain, "Failure to allocate LUT memory!", kMessageCaption);
         return false;
     }
-    for (std::size_t i = 0; i < kColorMapBytes; ++i) ColorMap[i] = static_cast<std::uint8_t>(i % kColorMapEntries);
+    for (std::size_t i = 0; i < kColorMapBytes; ++i)
+        write::display.ColorMap[i] = static_cast<std::uint8_t>(i % kColorMapEntries);
     return true;
 }
 
@@ -67,7 +68,7 @@ void FillGray(bool inverted)
 {
     for (std::size_t i = 0; i < kColorMapBytes; ++i) {
         const std::size_t gray = i % kColorMapEntries;
-        ColorMap[i] = static_cast<std::uint8_t>(inverted ? kColorMapEntries - 1 - gray : gray);
+        write::display.ColorMap[i] = static_cast<std::uint8_t>(inverted ? kColorMapEntries - 1 - gray : gray);
     }
 }
 
@@ -87,7 +88,7 @@ bool FillFromPaletteFile()
         MessageBox(hWndMain, "Could not open file MATROX.PAL", kMessageCaption, BoxIcon::kInformation);
         return false;
     }
-    for (int bad = ReadPalette(*contents, ColorMap); bad > 0; --bad) {
+    for (int bad = ReadPalette(*contents, write::display.ColorMap); bad > 0; --bad) {
         MessageBox(hWndMain, "Bad values in file MATROX.PAL", kMessageCaption);
     }
     return true;
@@ -130,13 +131,13 @@ void NextColorMap()
 {
     switch (ImageColor) {
         case kNormalGray:
-            ImageColor = kInvertedGray;
+            write::display.ImageColor = kInvertedGray;
             break;
         case kInvertedGray:
-            ImageColor = kNormalColor;
+            write::display.ImageColor = kNormalColor;
             break;
         case kNormalColor:
-            ImageColor = kNormalGray;
+            write::display.ImageColor = kNormalGray;
             break;
         default:
             break;

@@ -11,7 +11,7 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 #include "ui/docking.h"
 #include "ui/scroll_rule.h"
@@ -85,12 +85,12 @@ void Open(HWND dialog)
 {
     levelsAtOpening = {Contrast, Brightness};
     choices = {ImageColor, GrayScale, TempHisto, levelsAtOpening};
-    if (TempScale == 1) GrayColorBar = 1;
+    if (TempScale == 1) write::display.GrayColorBar = 1;
 
     SetScrollRange(dialog, kBrightnessBar, kMinBrightness, kMaxBrightness);
     SetScrollRange(dialog, kContrastBar, kMinContrast, kMaxContrast);
     ShowChoices(dialog, GrayColorBar != 0);
-    DisplayUnit = FillUnitCombo(dialog, DisplayUnit);
+    ShowUnits(dialog);
     ApplyLevels();
     CentreDialog(dialog);
     DockDialog(dialog);  // beside the picture that it changes
@@ -119,7 +119,7 @@ void ClickBar(HWND dialog)
 
 void ClickTempScale(HWND dialog)
 {
-    TempScale = IsDlgButtonChecked(dialog, kTempScaleBox) ? 1 : 0;
+    write::display.TempScale = IsDlgButtonChecked(dialog, kTempScaleBox) ? 1 : 0;
     if (TempScale && !GrayColorBar) {
         ToggleColorBar();
         CheckDlgButton(dialog, kBarBox, true);
@@ -133,13 +133,13 @@ void ClickHistogram(HWND dialog)
 {
     CheckDlgButton(dialog, kHistogramBox, false);
     choices.histogram = 0;
-    TempHisto = 0;
+    write::display.TempHisto = 0;
 }
 
 void Reset(HWND dialog)
 {
     choices = {kNormalGray, kLinearScale, 0, {ResetContrast, ResetBrightness}};
-    TempScale = 0;
+    write::display.TempScale = 0;
     ShowChoices(dialog, true);
     FocusDlgItem(dialog, kContrastBar);
     SetColorMap(choices.color);
@@ -163,13 +163,13 @@ void Close(HWND dialog, int result)
 
 void Accept(HWND dialog)
 {
-    Keep("ImageColor", ImageColor, ImageColor, choices.color);
-    Keep("GrayScale", GrayScale, GrayScale, choices.scale);
-    Keep("GrayColorBar", GrayColorBar, GrayColorBar, IsDlgButtonChecked(dialog, kBarBox) ? 1 : 0);
-    Keep("TempHisto", TempHisto, TempHisto, choices.histogram);
+    Keep("ImageColor", write::display.ImageColor, ImageColor, choices.color);
+    Keep("GrayScale", write::display.GrayScale, GrayScale, choices.scale);
+    Keep("GrayColorBar", write::display.GrayColorBar, GrayColorBar, IsDlgButtonChecked(dialog, kBarBox) ? 1 : 0);
+    Keep("TempHisto", write::display.TempHisto, TempHisto, choices.histogram);
     // The table took both on the way: what they were at opening tells whether they changed.
-    Keep("Contrast", Contrast, levelsAtOpening.contrast, choices.levels.contrast);
-    Keep("Brightness", Brightness, levelsAtOpening.brightness, choices.levels.brightness);
+    Keep("Contrast", write::display.Contrast, levelsAtOpening.contrast, choices.levels.contrast);
+    Keep("Brightness", write::display.Brightness, levelsAtOpening.brightness, choices.levels.brightness);
     Close(dialog, 1);
 }
 
@@ -204,7 +204,7 @@ bool OnCommand(HWND dialog, int id, int notification)
             ClickHistogram(dialog);
             return true;
         case kUnitList:
-            if (notification == kSelectionChanged) DisplayUnit = OnUnitCombo(dialog);
+            if (notification == kSelectionChanged) TakeUnit(dialog);
             return true;
         case kReset:
             Reset(dialog);
@@ -255,8 +255,8 @@ LRESULT fnDISPLAYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
             return OnScroll(dialog, message, wParam, lParam);
         // The picture keeps what it shows until its table is made again; the settings stay as they were.
         case WM_CLOSE:
-            Contrast = levelsAtOpening.contrast;
-            Brightness = levelsAtOpening.brightness;
+            write::display.Contrast = levelsAtOpening.contrast;
+            write::display.Brightness = levelsAtOpening.brightness;
             EndDialog(dialog, 0);
             return 1;
         default:
@@ -266,9 +266,9 @@ LRESULT fnDISPLAYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
 
 void ToggleColorBar()
 {
-    GrayColorBar = GrayColorBar ? 0 : 1;
+    write::display.GrayColorBar = GrayColorBar ? 0 : 1;
     WriteDisplayKey("GrayColorBar", GrayColorBar);
-    if (!GrayColorBar || !TempScale) TempScale = 0;
+    if (!GrayColorBar || !TempScale) write::display.TempScale = 0;
 }
 
 }  // namespace kelvo

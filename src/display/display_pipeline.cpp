@@ -15,7 +15,7 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/docking.h"
@@ -56,8 +56,8 @@ CountRange RangeOnView()
 // The table keeps its old entries where a new one doesn't reach: it is never made anew while it stands.
 void FillDisplayLut(std::int32_t contrast, std::int32_t brightness)
 {
-    if (DisplayLut.empty() && !AllocateBlock(DisplayLut, kLutEntries)) return;
-    FillLut(DisplayLut, WindowOf(RangeOnView().Span(), contrast, brightness), LiveRange());
+    if (DisplayLut.empty() && !AllocateBlock(write::display.DisplayLut, kLutEntries)) return;
+    FillLut(write::display.DisplayLut, WindowOf(RangeOnView().Span(), contrast, brightness), LiveRange());
 }
 
 // A settings file can say any zoom; a picture's corner stays within the integers.
@@ -100,8 +100,8 @@ std::span<const std::int16_t> FramePixelsOnView()
 void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness)
 {
     FillDisplayLut(contrast, brightness);
-    Contrast = contrast;
-    Brightness = brightness;
+    write::display.Contrast = contrast;
+    write::display.Brightness = brightness;
     if (hDlgPanel) {
         SetDlgItemText(hDlgPanel, kPanelContrastText, Format("%d", contrast));
         SetDlgItemText(hDlgPanel, kPanelBrightnessText, Format("%d", brightness));

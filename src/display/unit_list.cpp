@@ -3,7 +3,7 @@
 #include "display/units.h"
 #include "platform/dialog.h"
 #include "resources/ids.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 
 #include <string>
@@ -70,6 +70,27 @@ std::int32_t OnUnitCombo(HWND window)
     const auto unit = static_cast<std::int32_t>(data & 0xFFFF);
     FillUnitCombo(hDlgPanel, unit);
     return unit;
+}
+
+void SetDisplayUnit(std::int32_t unit)
+{
+    write::display.DisplayUnit = unit;
+    FillUnitCombo(hDlgPanel, unit);
+}
+
+void KeepUnitAvailable()
+{
+    write::display.DisplayUnit = PickAvailableUnit(DisplayUnit);
+}
+
+void ShowUnits(HWND window)
+{
+    write::display.DisplayUnit = FillUnitCombo(window, DisplayUnit);
+}
+
+void TakeUnit(HWND window)
+{
+    write::display.DisplayUnit = OnUnitCombo(window);
 }
 
 }  // namespace kelvo

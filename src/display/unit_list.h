@@ -8,6 +8,15 @@
 
 namespace kelvo {
 
+// DisplayUnit, and the panel's list shows it.
+void SetDisplayUnit(std::int32_t unit);
+// After a change of what is on view: DisplayUnit becomes what PickAvailableUnit gives for it.
+void KeepUnitAvailable();
+// Fills the list of a window that opens around DisplayUnit, which becomes what is selected there.
+void ShowUnits(HWND window);
+// The operator chose in the list of window: DisplayUnit is the choice.
+void TakeUnit(HWND window);
+
 // unit if the frame on view can be read in it, otherwise the lowest index that it can be read in, or -1 if there is
 // none. The panel's list is refilled around the present DisplayUnit, not around the result: who stores the result and
 // needs the list to agree calls FillUnitCombo.

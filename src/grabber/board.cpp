@@ -12,11 +12,11 @@
 #include "platform/memory.h"
 #include "platform/paint.h"
 #include "platform/profile.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "ui/status.h"
 
 #include <array>
@@ -36,22 +36,22 @@ constexpr std::size_t kLongestNoFile = 4;      // "none"
 void MakeFrameBlocks()
 {
     const std::size_t values = CameraFrameValues();
-    AllocateBlock(LiveFrame, values);
-    AllocateBlock(RawFrame, values);
+    AllocateBlock(write::frames.LiveFrame, values);
+    AllocateBlock(write::frames.RawFrame, values);
     AllocateBlock(VideoCopy, values);
 }
 
 void DropFrameBlocks()
 {
-    std::vector<std::int16_t>().swap(LiveFrame);
-    std::vector<std::int16_t>().swap(RawFrame);
+    std::vector<std::int16_t>().swap(write::frames.LiveFrame);
+    std::vector<std::int16_t>().swap(write::frames.RawFrame);
     std::vector<std::uint8_t>().swap(VideoCopy);
 }
 
 void ReadCnfFilePath()
 {
     const std::string name = GetPrivateProfileString(ActiveCameraSection(), "cnfFile", "none", CameraFilePath);
-    if (name.size() > kLongestNoFile) CnfFilePath = DefaultDir + '/' + name;
+    if (name.size() > kLongestNoFile) write::windows.CnfFilePath = DefaultDir + '/' + name;
 }
 
 bool Fail(std::string_view text, std::string_view caption)
@@ -129,10 +129,10 @@ void FindComputingModules()
 // The lists are as long as a frame; without them a count is shown as it comes.
 void DropLists()
 {
-    std::vector<std::uint32_t>().swap(DecomList);
-    std::vector<std::int16_t>().swap(OffsetList);
-    std::vector<float>().swap(GainList);
-    CalType = 0;
+    std::vector<std::uint32_t>().swap(write::cal.DecomList);
+    std::vector<std::int16_t>().swap(write::cal.OffsetList);
+    std::vector<float>().swap(write::cal.GainList);
+    write::cal.CalType = 0;
     CalibrationListsChanged();
 }
 
@@ -155,12 +155,12 @@ void RemakeFrames()
 int init_itex()
 {
     MakeFrameBlocks();
-    DisplayEnabled = 1;
+    write::frames.DisplayEnabled = 1;
     ReadCnfFilePath();
     if (!StartLibrary() || !FindModules() || !CreateFrameA() || !CheckFrameA()) return 0;
     SetTransferMode();
     FindComputingModules();
-    GrabberPresent = 1;
+    write::frames.GrabberPresent = 1;
     return 1;
 }
 
@@ -179,9 +179,9 @@ int ResetBoardState()
 
 void ReleaseBoard()
 {
-    std::vector<std::uint8_t>().swap(DisplayLut);
+    std::vector<std::uint8_t>().swap(write::display.DisplayLut);
     FreeHostFrames();
-    GrabberPresent = 0;
+    write::frames.GrabberPresent = 0;
 }
 
 void ExitBoard()
@@ -208,13 +208,13 @@ void ReadActiveSection()
     const std::int32_t rows = ActiveConfig.Vroi;
     const std::int32_t counted = numBufFrames;
     const bool wasRead = columns != 0 || rows != 0;
-    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    ReadCameraConfig(ActiveCamera, 1, write::camera.ActiveConfig);
     if (wasRead && (ActiveConfig.Hroi != columns || ActiveConfig.Vroi != rows)) FrameSizeChanged();
     if (!HostFramesAllocated) return;
     if (numBufFrames == 0) {
         FreeHostFrames();
     } else {
-        numBufFrames = counted;  // the key is a wish; the count is of the frames that stand
+        write::camera.numBufFrames = counted;  // the key is a wish; the count is of the frames that stand
     }
 }
 

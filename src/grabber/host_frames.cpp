@@ -8,9 +8,9 @@
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/buffer_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/buffer_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -101,7 +101,7 @@ std::int64_t AllocateHostFrames()
     if (frameBytes == 0) return 0;
     if (HostFramesAllocated) return numBufFrames * frameBytes;
     const std::uint32_t count = FramesAllowed(frameBytes);
-    numBufFrames = static_cast<std::int32_t>(count);
+    write::camera.numBufFrames = static_cast<std::int32_t>(count);
     HostFramesAllocated = 1;
     return MakeFrames(count, frameBytes);
 }
@@ -111,9 +111,9 @@ void FreeHostFrames()
     if (!HostFramesAllocated) return;
     std::vector<std::vector<std::int16_t>>().swap(HostFrames);
     HostFramesAllocated = 0;
-    HostFrameBytes = 0;
-    AveragingCapacity = 0;
-    std::vector<std::uint8_t>().swap(ColorMap);  // made anew when a picture next needs it
+    write::buffer.HostFrameBytes = 0;
+    write::buffer.AveragingCapacity = 0;
+    std::vector<std::uint8_t>().swap(write::display.ColorMap);  // made anew when a picture next needs it
 }
 
 std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip)

@@ -14,7 +14,7 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
-#include "state/camera_config.h"
+#include "state/camera_config_write.h"
 #include "state/display_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
@@ -176,8 +176,8 @@ void SetWindow(const HeadWindow& window)
     FpaSerialWord.ColEnd = window.colEnd;
     FpaSerialWord.RowStart = window.rowStart;
     FpaSerialWord.RowEnd = window.rowEnd;
-    ActiveConfig.Hactive = window.colEnd + 1 - window.colStart;
-    ActiveConfig.Vactive = window.rowEnd + 1 - window.rowStart;
+    write::camera.ActiveConfig.Hactive = window.colEnd + 1 - window.colStart;
+    write::camera.ActiveConfig.Vactive = window.rowEnd + 1 - window.rowStart;
     HeadTiming.TimingCols = static_cast<std::int16_t>(ActiveConfig.Hactive + HeadTiming.ExtraTimingCols);
     HeadTiming.TimingRows = static_cast<std::int16_t>(ActiveConfig.Vactive + HeadTiming.ExtraTimingRows);
     SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
@@ -185,8 +185,8 @@ void SetWindow(const HeadWindow& window)
 
 void SetFrameSize(std::int32_t columns, std::int32_t rows)
 {
-    const bool columnsChanged = Take(ActiveConfig.Hroi, columns);
-    if (!Take(ActiveConfig.Vroi, rows) && !columnsChanged) return;
+    const bool columnsChanged = Take(write::camera.ActiveConfig.Hroi, columns);
+    if (!Take(write::camera.ActiveConfig.Vroi, rows) && !columnsChanged) return;
     FrameSizeChanged();
     InstallDecommutation(ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW, false);
     FitOscFrame();
@@ -332,8 +332,8 @@ void Cancel(HWND dialog)
     KillTimer(dialog, kApplyTimer);
     HeadTiming = atOpening.timing;
     FpaSerialWord = atOpening.serialWord;
-    ActiveConfig.Hactive = atOpening.hactive;
-    ActiveConfig.Vactive = atOpening.vactive;
+    write::camera.ActiveConfig.Hactive = atOpening.hactive;
+    write::camera.ActiveConfig.Vactive = atOpening.vactive;
     SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
     SetFrameSize(atOpening.hroi, atOpening.vroi);
     SendBoth();

@@ -8,9 +8,9 @@
 #include "platform/dialog.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/camera_config.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/camera_config_write.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 
 #include <algorithm>
@@ -154,12 +154,12 @@ double IntegrationTimeMsec(float frameRate, std::int32_t setting)
 
 void UpdateIntegrationInForce()
 {
-    IntegrationMsecInForce = FrameRate > 0 ? IntegrationTimeMsec(FrameRate, IntegrationSetting) : 0;
+    write::head.IntegrationMsecInForce = FrameRate > 0 ? IntegrationTimeMsec(FrameRate, IntegrationSetting) : 0;
 }
 
 void SetFrameRate(float rateHz)
 {
-    FrameRate = rateHz;
+    write::head.FrameRate = rateHz;
     UpdateIntegrationInForce();
 }
 
@@ -222,7 +222,7 @@ void SetFrameRateIndex(std::int32_t index)
     SetFrameRate(FrameRateAt(HeadTiming, HeadTiming.MasterClockIndex));
     WritePrivateProfileString(ActiveCameraSection(), "fFrameRate", Format("%f", static_cast<double>(FrameRate)),
                               CameraFilePath);
-    IndexFrameRate = index;
+    write::camera.IndexFrameRate = index;
     WriteHeadKey("IndexFrameRate", index);  // what was asked for, not what the clock could do
     if (!OpenLinkOrTell()) return;
     if (HeadTiming.HeadModel == kInSbHead || HeadTiming.HeadModel == kHgCdTeHead) SendFrame(ClockFrame(HeadTiming));
@@ -249,11 +249,11 @@ std::int32_t SetIntegrationIndex(std::int32_t index, std::int32_t slot)
     const auto place = static_cast<std::size_t>(slot);
     if (HeadTiming.HeadModel == kHgCdTeHead) {
         IndexIntegrationTime.at(place) = 0;
-        IntegrationSetting = 0;
+        write::head.IntegrationSetting = 0;
         UpdateIntegrationInForce();
         return slot;
     }
-    if (slot == IntegrationSlot) IntegrationSetting = index;
+    if (slot == IntegrationSlot) write::head.IntegrationSetting = index;
     UpdateIntegrationInForce();
     // Beyond the table the shortest or longest counters are sent.
     IntegrationFromIndex(index, HeadTiming.IntegrationLines.at(place), HeadTiming.IntegrationCols.at(place));
@@ -276,7 +276,7 @@ void TurnCameraHeadOff()
     SendFrame(BiasEnableFrame(BiasEnableRegister(), false));
     const std::int32_t dacReg = DacRegister();
     for (const std::size_t dac : kTurnOffDacs) SendFrame(DacFrame(dacReg, dac, kMidScale));
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
 }
 
 }  // namespace kelvo

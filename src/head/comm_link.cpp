@@ -8,7 +8,7 @@
 #include "platform/profile_text.h"
 #include "platform/serial.h"
 #include "platform/text.h"
-#include "state/camera_config.h"
+#include "state/camera_config_write.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -167,7 +167,7 @@ std::int32_t OpenXComm()
 {
     if (CommState == 1) return 1;
     const Hourglass hourglass;
-    nCommPort = CommPortNumber();
+    write::camera.nCommPort = CommPortNumber();
     CommHandle = nullptr;  // one that an unfinished opening left
     const std::string name = Format("COM%d", nCommPort);
     CommHandle = OpenSerialPort(name);

@@ -7,7 +7,7 @@
 #include "head/head_transaction.h"
 #include "platform/box.h"
 #include "platform/pointer.h"
-#include "state/camera_config.h"
+#include "state/camera_config_write.h"
 #include "state/head_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
@@ -27,8 +27,8 @@ constexpr std::size_t kLastDac = 2;
 void ReadSectionAfresh()
 {
     ReadActiveCamera();
-    ActiveConfig.NumOutputs = 1;
-    ActiveConfig.NumChannels = 1;
+    write::camera.ActiveConfig.NumOutputs = 1;
+    write::camera.ActiveConfig.NumChannels = 1;
 }
 
 // What the description promises against what answered. True: the operator lets it go on.

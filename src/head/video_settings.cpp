@@ -3,9 +3,9 @@
 #include "head/video_setup.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/camera_config.h"
+#include "state/camera_config_write.h"
 #include "state/display_state.h"
-#include "state/head_state.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 
 #include <algorithm>
@@ -41,7 +41,7 @@ std::size_t ScanNumbers(std::string_view text, std::array<std::int32_t, 4>& numb
 // What both sources have in common once their keys are read.
 void TakeOver()
 {
-    IntegrationSetting = IndexIntegrationTime.at(SlotInUse());
+    write::head.IntegrationSetting = IndexIntegrationTime.at(SlotInUse());
     SetFrameRate(0);
     SetVoltsRange(VideoGain[0], VideoOffset[0]);
 }
@@ -122,7 +122,7 @@ void TakeIntegrationIndexes(std::string_view text)
     if (ScanNumbers(text, IndexIntegrationTime) < IndexIntegrationTime.size()) {
         IndexIntegrationTime.fill(IndexIntegrationTime.front());
     }
-    IntegrationSetting = IndexIntegrationTime.at(SlotInUse());
+    write::head.IntegrationSetting = IndexIntegrationTime.at(SlotInUse());
     UpdateIntegrationInForce();
 }
 
@@ -142,26 +142,26 @@ void UpdateIntegrationTime()
 void SetVoltsRange(std::int32_t gain, std::int32_t offset)
 {
     const auto index = static_cast<std::size_t>(std::clamp(gain, 0, 15));
-    VoltsLow = VoltsAt(DisplayLow, index, offset);
-    VoltsHigh = VoltsAt(DisplayHigh, index, offset);
+    write::head.VoltsLow = VoltsAt(DisplayLow, index, offset);
+    write::head.VoltsHigh = VoltsAt(DisplayHigh, index, offset);
 }
 
 void LoadVideoSettings()
 {
-    IndexFrameRate = HeadKey("IndexFrameRate", kDefaultFrameRateRow);
+    write::camera.IndexFrameRate = HeadKey("IndexFrameRate", kDefaultFrameRateRow);
     TakeIntegrationIndexes(
         GetPrivateProfileString(ActiveCameraSection(), "IndexIntegrationTime", "10", CameraFilePath));
-    VideoGain[0] = HeadKey("QVF1058_Gain0", kDefaultGain);
-    VideoOffset[0] = HeadKey("QVF1058_DAC0", kDefaultOffset);
+    write::head.VideoGain[0] = HeadKey("QVF1058_Gain0", kDefaultGain);
+    write::head.VideoOffset[0] = HeadKey("QVF1058_DAC0", kDefaultOffset);
     TakeOver();
 }
 
 void LoadVideoSettings(std::string_view file)
 {
-    IndexFrameRate = FrameRateRowOf(file);
+    write::camera.IndexFrameRate = FrameRateRowOf(file);
     IndexIntegrationTime.fill(GetPrivateProfileInt("Setup", "IntTime", kDefaultIntegration, file));
-    VideoGain[0] = GetPrivateProfileInt("Setup", "VideoGain1", kDefaultGain, file);
-    VideoOffset[0] = GetPrivateProfileInt("Setup", "VideoOffset1", kDefaultOffset, file);
+    write::head.VideoGain[0] = GetPrivateProfileInt("Setup", "VideoGain1", kDefaultGain, file);
+    write::head.VideoOffset[0] = GetPrivateProfileInt("Setup", "VideoOffset1", kDefaultOffset, file);
     TakeOver();
 }
 

@@ -25,12 +25,12 @@
 #include "resources/dialog_ids.h"
 #include "resources/ids.h"
 #include "script/script.h"
-#include "state/buffer_state.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
+#include "state/buffer_state_write.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
 #include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 #include "ui/docking.h"
 #include "ui/scroll_rule.h"
@@ -198,7 +198,7 @@ void ShowUnit(HWND dialog)
 void RefreshUnits(HWND dialog)
 {
     SetVoltsRange(chosen.gain[0], chosen.offset[0]);
-    DisplayUnit = FillUnitCombo(dialog, DisplayUnit);
+    ShowUnits(dialog);
     ShowUnit(dialog);
 }
 
@@ -241,7 +241,7 @@ void Leave(HWND dialog, int result)
 void GiveUp(HWND dialog)
 {
     MessageBox(dialog, "Bad status on GetVideoData().  Error reading image processor!", kMessageCaption);
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
     SendAsAtOpening();
     StatusString(kIdleHint, kLeftAligned);
     Leave(dialog, 0);
@@ -302,7 +302,7 @@ void ListIntegrationTimes(HWND dialog)
 void OpenLists(HWND dialog)
 {
     SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
-    IndexFrameRate = RowInForce();
+    write::camera.IndexFrameRate = RowInForce();
     ListFrameRates(dialog);
     if (IsHgCdTe()) IndexIntegrationTime.at(SlotInUse()) = 0;
     atOpening = {.frameRate = IndexFrameRate, .integration = IndexIntegrationTime.at(SlotInUse())};
@@ -345,13 +345,13 @@ void OpenBars(HWND dialog)
 // The first set-up after a turn-on without a calibration starts from a clean state. False after a box.
 bool DoFirstSetup(HWND dialog)
 {
-    CalType = 0;
+    write::cal.CalType = 0;
     if (!InstallDecommutation(ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW, true)) return false;
     StatusMessage("Set unity gain and offset", kLeftAligned);
     if (!TakeCorrectionAway()) {
         MessageBox(dialog, "Unable to Set UnityGain and Offset!", kMessageCaption);
     }
-    FirstSetupPending = 0;
+    write::head.FirstSetupPending = 0;
     StatusMessage("Start acquiring data", kLeftAligned);
     if (CameraOn) RestartGrab();
     return true;
@@ -463,7 +463,7 @@ void SetUnity(HWND dialog)
 {
     if (!CameraOn) return;
     const Hourglass hourglass;
-    CalType = 0;
+    write::cal.CalType = 0;
     StatusMessage("Setting Unity Gain & Unity Offset", kLeftAligned);
     TakeCorrectionAway();
     if (CameraOn) RestartGrab();
@@ -474,7 +474,7 @@ void SetUnity(HWND dialog)
 
 void PickUnit(HWND dialog)
 {
-    DisplayUnit = OnUnitCombo(dialog);
+    TakeUnit(dialog);
     ShowUnit(dialog);
 }
 
@@ -515,8 +515,8 @@ void Accept(HWND dialog)
 {
     StopTick(dialog);
     if (CameraOn) RestartGrab();
-    VideoGain = chosen.gain;
-    VideoOffset = chosen.offset;
+    write::head.VideoGain = chosen.gain;
+    write::head.VideoOffset = chosen.offset;
     SaveVideoSettings(IniFilePath);
     StatusString(kIdleHint, kLeftAligned);
     Leave(dialog, 1);
@@ -582,10 +582,10 @@ bool OnList(HWND dialog, int id)
 int VideoSetupDialog(HWND parent)
 {
     if (!LinkIsReady()) return 0;
-    const std::int32_t updatesBefore = std::exchange(PeriodicUpdates, 0);
+    const std::int32_t updatesBefore = std::exchange(write::buffer.PeriodicUpdates, 0);
     const int result = ShowDialog("QVF1058", parent, fnVIDEOSETDlgProc);
     CloseLinkAfterUse();
-    PeriodicUpdates = updatesBefore;
+    write::buffer.PeriodicUpdates = updatesBefore;
     if (!ViewingFile) RestartGrab();
     return result;
 }

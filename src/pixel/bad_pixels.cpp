@@ -8,7 +8,7 @@
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "state/cal_settings.h"
+#include "state/cal_settings_write.h"
 #include "state/display_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
@@ -197,7 +197,7 @@ bool MarkBadPixels(std::span<const float> gainList, std::span<const std::uint32_
         if (!LoadBadDetFile(CalSettings.BadDetFile, BadDetList, ActiveConfig)) return false;
     }
     StatusMessage("Calculating pixel substitution...", kLeftAligned);
-    BadDetCount = IdentifyBadDet(BadDetList, gainList, decomList, ActiveConfig);
+    write::calSet.BadDetCount = IdentifyBadDet(BadDetList, gainList, decomList, ActiveConfig);
     return BadDetCount >= 0;
 }
 
@@ -207,7 +207,7 @@ void SaveBadPixels()
     std::string directory;
     std::string name;
     SplitPath(CalSettings.CalFile, &drive, &directory, &name, nullptr);
-    CalSettings.BadDetFile = MakePath(drive, directory, name, ".bad");
+    write::calSet.CalSettings.BadDetFile = MakePath(drive, directory, name, ".bad");
     StatusMessage("Saving pixel substitution file...", kLeftAligned);
     WriteBadDetFile(CalSettings.BadDetFile, BadDetList, ActiveConfig);
 }
@@ -272,7 +272,7 @@ int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, c
     if (pattern->rows.empty()) return 1;
     const Region region = RegionOf(config);
     ReplacedPixels.clear();
-    BadDetCount = 0;
+    write::calSet.BadDetCount = 0;
     const std::size_t count = region.Count();
     if (count == 0 || decomList.size() < count || badMap.size() < count) return 1;
     // The map isn't changed as pixels are repaired: a repaired pixel never answers for another.
@@ -280,14 +280,14 @@ int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, c
         decomList[answer.bad] = decomList[answer.source];
         ReplacedPixels.push_back(answer.bad);
     }
-    BadDetCount = static_cast<std::int32_t>(ReplacedPixels.size());
+    write::calSet.BadDetCount = static_cast<std::int32_t>(ReplacedPixels.size());
     return 1;
 }
 
 int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList)
 {
     if (!SubstBadPixels) {
-        CalSettings.BadDetFile.clear();
+        write::calSet.CalSettings.BadDetFile.clear();
         return 1;
     }
     StatusMessage("Performing bad pixel substitution...", kLeftAligned);

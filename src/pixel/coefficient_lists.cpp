@@ -4,7 +4,7 @@
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "state/cal_state.h"
+#include "state/cal_state_write.h"
 #include "state/camera_config.h"
 #include "state/windows.h"
 
@@ -64,8 +64,8 @@ std::int32_t Load(std::vector<Entry>& list, std::span<const std::uint8_t> source
 
 std::int32_t LoadGains(std::span<const std::uint8_t> source)
 {
-    if (!Load(GainList, source)) return 0;
-    std::ranges::replace(GainList, 0.0F, kSmallestGain);
+    if (!Load(write::cal.GainList, source)) return 0;
+    std::ranges::replace(write::cal.GainList, 0.0F, kSmallestGain);
     return 1;
 }
 
@@ -74,8 +74,8 @@ std::int32_t LoadGains(std::span<const std::uint8_t> source)
 std::int32_t LoadDecommutation(std::span<const std::uint8_t> source)
 {
     const std::size_t count = PixelsOf(ActiveConfig);
-    if (DecomList.size() < count && source.size() / kWordBytes >= count) DecomList.clear();
-    return Load(DecomList, source);
+    if (DecomList.size() < count && source.size() / kWordBytes >= count) write::cal.DecomList.clear();
+    return Load(write::cal.DecomList, source);
 }
 
 // Why a file wasn't written: the disk took what it could, or there was no file to write to.
@@ -95,7 +95,7 @@ std::int32_t DownloadCoefficients(std::int32_t kind, std::span<const std::uint8_
 {
     switch (kind) {
         case kOffsetKind:
-            return Load(OffsetList, list);
+            return Load(write::cal.OffsetList, list);
         case kGainKind:
             return LoadGains(list);
         case kDecomKind:
@@ -109,11 +109,11 @@ std::int32_t FillCoefficients(std::int32_t kind, std::int32_t first, std::int32_
 {
     switch (kind) {
         case kOffsetKind:
-            return Fill(OffsetList, first, count, static_cast<std::int16_t>(LowBits(value)));
+            return Fill(write::cal.OffsetList, first, count, static_cast<std::int16_t>(LowBits(value)));
         case kGainKind:
-            return Fill(GainList, first, count, static_cast<float>(value));
+            return Fill(write::cal.GainList, first, count, static_cast<float>(value));
         case kDecomKind:
-            return Fill(DecomList, first, count, static_cast<std::uint32_t>(LowBits(value)));
+            return Fill(write::cal.DecomList, first, count, static_cast<std::uint32_t>(LowBits(value)));
         default:
             return 0;
     }

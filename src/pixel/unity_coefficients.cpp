@@ -4,8 +4,8 @@
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
-#include "state/cal_state.h"
-#include "state/display_state.h"
+#include "state/cal_state_write.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -58,10 +58,10 @@ bool InstallDecommutation(const CameraConfig& config, std::int32_t mirrorHoriz, 
 
 int ResetUnityGainOffset(const CameraConfig& config)
 {
-    CalType = 0;
-    DisplayLow = 0;
-    DisplayHigh = kFullScale;
-    DecomList.clear();
+    write::cal.CalType = 0;
+    write::display.DisplayLow = 0;
+    write::display.DisplayHigh = kFullScale;
+    write::cal.DecomList.clear();
     CalibrationListsChanged();
     const bool tableStands = InstallDecommutation(config, 0, 0, 0, false);
     const auto pixels = static_cast<std::int32_t>(PixelsOf(config));

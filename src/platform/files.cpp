@@ -154,7 +154,7 @@ std::size_t WriteAll(int descriptor, std::span<const std::byte> source)
 {
     std::size_t done = 0;
     while (done < source.size()) {
-        const ssize_t count = write(descriptor, source.data() + done, source.size() - done);
+        const ssize_t count = ::write(descriptor, source.data() + done, source.size() - done);
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) break;
         done += static_cast<std::size_t>(count);

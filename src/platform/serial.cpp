@@ -200,7 +200,7 @@ std::ptrdiff_t WriteDevice(int descriptor, std::span<const std::uint8_t> bytes, 
     const auto end = steady_clock::now() + timeout;
     std::size_t written = 0;
     while (written < bytes.size()) {
-        const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
+        const ssize_t count = ::write(descriptor, bytes.data() + written, bytes.size() - written);
         if (count > 0) {
             written += static_cast<std::size_t>(count);
         } else if (count < 0 && !MeansNotYet(errno)) {

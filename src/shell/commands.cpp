@@ -32,11 +32,11 @@
 #include "shell/shutdown.h"
 #include "shell/unbuilt.h"
 #include "simcam/bench_window.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "ui/recent_files.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
@@ -76,7 +76,7 @@ Ending LoadImageFile()
 {
     StopPlaying();
     FileDialogTemplate = kImageTemplate;
-    SteppingFrames = 0;
+    write::frames.SteppingFrames = 0;
     std::string path = "*.img";
     if (!SelectFile(hWndMain, path, kSelectToOpen)) return Ending::kLeaveStatus;
     return AfterLoad(ViewImage(path, 0));
@@ -219,7 +219,7 @@ Ending SaveCalibration()
 void RunOnePoint()
 {
     const std::int32_t typeBefore = CalType;
-    CalType = 0;
+    write::cal.CalType = 0;
     if (OnePointCalibrate(hWndMain) || typeBefore == 0) return;
     LoadCalibration(hWndMain, std::string(CalSettings.CalFile));
 }
@@ -230,7 +230,7 @@ void RunChosenCalibration()
     if (CalSettings.ChosenType == 1) {
         RunOnePoint();
     } else {
-        TwoPointCalibrate(hWndMain, ActiveConfig, CalDone);
+        TwoPointCalibrate(hWndMain, ActiveConfig, write::calSet.CalDone);
     }
 }
 
@@ -278,14 +278,14 @@ Ending ViewStatistics()
 
 Ending FreezeFrame()
 {
-    ToggleFreeze(LiveVideo);
-    if (LiveVideo) DisplayUnit = PickAvailableUnit(DisplayUnit);
+    ToggleLiveVideo();
+    if (LiveVideo) KeepUnitAvailable();
     return Ending::kResetStatus;
 }
 
 void ChooseColorMap(int id)
 {
-    ImageColor = static_cast<std::int16_t>(id);
+    write::display.ImageColor = static_cast<std::int16_t>(id);
     SetColorMap(ImageColor);
     DrawFileOnView();
 }
@@ -347,7 +347,7 @@ bool IsCameraToCalibrate()
 // After a turn-on without a calibration: the operator sets the video up, then calibrates.
 void SetUpVideo()
 {
-    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
+    RefreshPicture();
     VideoSetupDialog(hWndMain);
     if (CameraOn && RunCalibrationDialog(hWndMain) && IsCameraToCalibrate()) RunChosenCalibration();
     CheckMenuItem(hWndMain, kCmdReplaceBadPixels, SubstBadPixels != 0);
@@ -356,9 +356,9 @@ void SetUpVideo()
 Ending TurnOn()
 {
     if (TurnOnDialog(hWndMain)) SetUpVideo();
-    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
-    DisplayUnit = PickAvailableUnit(DisplayUnit);
-    TempScale = 1;
+    RefreshPicture();
+    KeepUnitAvailable();
+    write::display.TempScale = 1;
     BuildDisplayLut(Contrast, Brightness);
     DrawColorBar();
     StatusString(1, 0);
@@ -489,7 +489,7 @@ LRESULT RunCommand(HWND window, int id)
 
 LRESULT ShowCommandHelp(HWND window, int id)
 {
-    HelpMode = 0;
+    write::windows.HelpMode = 0;
     if (const int context = HelpContextOf(id)) {
         ShowHelpContext(context);
         return 0;

@@ -5,7 +5,7 @@
 #include "platform/pointer.h"
 #include "platform/timers.h"
 #include "resources/ids.h"
-#include "state/frame_state.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "ui/status.h"
 #include "video/image_cursor.h"
@@ -56,7 +56,7 @@ void ToggleImageCursor()
     if (item && !item->checked) {
         SavedStatusAlign = GetStatusText(SavedStatusText);
         CheckMenuItem(hWndMain, kCmdImageCursor, true);
-        ImageCursorOn = 1;  // before the first read-out, which takes its count from the stamped frame
+        write::frames.ImageCursorOn = 1;  // before the first read-out, which takes its count from the stamped frame
         ShowCursorAt(ImageCursorPosition());
         SetPointer(Pointer::kCross);
         RefreshLiveFrame();
@@ -67,7 +67,7 @@ void ToggleImageCursor()
     ShowCursorValue(ImagePosition.x, ImagePosition.y, 0);
     if (!TrackballMode) ReleasePointerClip();
     SetPointer(Pointer::kArrow);
-    ImageCursorOn = 0;
+    write::frames.ImageCursorOn = 0;
     RefreshLiveFrame();
     StatusMessage(SavedStatusText, SavedStatusAlign);
 }

@@ -18,8 +18,8 @@
 #include "shell/start_options.h"
 #include "state/buffer_state.h"
 #include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "ui/status.h"
 #include "video/image_cursor.h"
 #include "video/video.h"
@@ -45,19 +45,19 @@ bool commandRan = false;  // since the last live refresh
 
 void OnCreate(HWND window)
 {
-    TextHeight = static_cast<std::int16_t>(TextLineHeight(window));
-    SequencePath.clear();
+    write::windows.TextHeight = static_cast<std::int16_t>(TextLineHeight(window));
+    write::frames.LoadName.clear();
 }
 
 void OnSize(LPARAM lParam)
 {
-    ClientWidth = static_cast<std::int16_t>(LowWord(static_cast<WPARAM>(lParam)));
-    ClientHeight = static_cast<std::int16_t>(HighWord(static_cast<WPARAM>(lParam)));
+    write::windows.ClientWidth = static_cast<std::int16_t>(LowWord(static_cast<WPARAM>(lParam)));
+    write::windows.ClientHeight = static_cast<std::int16_t>(HighWord(static_cast<WPARAM>(lParam)));
     if (hWndStatus) MoveWindow(hWndStatus, {0, ClientHeight - TextHeight, ClientWidth, ClientHeight});
     // Once the camera's record has set them, the limits of zoom and cursor follow the window.
     if (ViewWidth != 0) {
-        ViewWidth = ClientWidth;
-        ViewHeight = ClientHeight - kViewMargin;
+        write::windows.ViewWidth = ClientWidth;
+        write::windows.ViewHeight = ClientHeight - kViewMargin;
     }
     PlaceColorScale();
 }
@@ -126,7 +126,7 @@ void OnLiveTimer(HWND window)
         return;
     }
     if (!refreshed) {
-        ToggleFreeze(LiveVideo);  // so that the board's message doesn't repeat
+        ToggleLiveVideo();  // so that the board's message doesn't repeat
         return;
     }
     if (liveFrameCounter == 0) liveStartMs = TickMs();
@@ -177,7 +177,7 @@ void OnEnterIdle(HWND window, WPARAM wParam, LPARAM lParam)
         }
     }
     if (wParam == kMenuWaits && KeyIsDown(Key::kF1)) {
-        HelpMode = 1;
+        write::windows.HelpMode = 1;
         PostMessage(window, WM_KEYDOWN, static_cast<WPARAM>(Key::kReturn), 0);
     }
 }

@@ -10,8 +10,9 @@
 #include "resources/ids.h"
 #include "shell/color_scale.h"
 #include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
+#include "video/video.h"
 #include "video/zoom_pan.h"
 
 #include <algorithm>
@@ -30,11 +31,10 @@ constexpr int kTriggeredSaveButton = 1016;
 constexpr int kMinZoom = 1;
 constexpr int kMaxZoom = 16;
 constexpr int kBrightnessStep = 10;
-constexpr std::uint32_t kLiveTimer = 3;
 
 void Open(HWND panel)
 {
-    hDlgPanel = panel;
+    write::windows.hDlgPanel = panel;
     SetScrollRange(panel, kPanelZoomBar, kMinZoom, kMaxZoom);
     SetScrollPos(panel, kPanelZoomBar, Xzoom);
     SetDlgItemText(panel, kPanelZoomText, Format("%d", Xzoom));
@@ -42,7 +42,7 @@ void Open(HWND panel)
     SetDlgItemText(panel, kPanelBrightnessText, Format("%d", Brightness));
     SetDlgItemText(panel, kPanelContrastText, Format("%d", Contrast));
     BuildDisplayLut(Contrast, Brightness);
-    DisplayUnit = FillUnitCombo(panel, DisplayUnit);
+    ShowUnits(panel);
     CheckDlgButton(panel, kDisplayBox, true);
     ShowDlgItem(panel, kVmCopyBox, false);
     ShowDlgItem(panel, kEqualizeBox, false);
@@ -104,7 +104,7 @@ void ChangeLevels(int direction)
 
 void FollowDisplayBox(HWND panel)
 {
-    DisplayEnabled = IsDlgButtonChecked(panel, kDisplayBox) ? 1 : 0;
+    write::frames.DisplayEnabled = IsDlgButtonChecked(panel, kDisplayBox) ? 1 : 0;
     if (DisplayEnabled) SetTimer(hWndMain, kLiveTimer, 0);
 }
 
@@ -133,7 +133,7 @@ bool OnCommand(HWND panel, int id, int notification)
             return true;
         case kUnitList:
             if (notification != kSelectionChanged) return false;
-            DisplayUnit = OnUnitCombo(panel);
+            TakeUnit(panel);
             FollowDisplay();
             LeaveControl();
             return true;

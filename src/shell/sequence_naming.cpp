@@ -2,7 +2,7 @@
 
 #include "platform/box.h"
 #include "platform/text.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 
 namespace kelvo {
 
@@ -34,7 +34,7 @@ int NameSequenceForSaving(std::string_view path)
         MessageBox(hWndMain, stem.refusal, kMessageCaption);
         return 0;
     }
-    SeqFilePath = MakePath(drive, directory, stem.stem, extension);
+    write::windows.SeqFilePath = MakePath(drive, directory, stem.stem, extension);
     return 1;
 }
 

@@ -31,9 +31,9 @@
 #include "shell/start_options.h"
 #include "shell/unbuilt.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "ui/recent_files.h"
 #include "ui/select_file.h"
 #include "ui/splash.h"
@@ -62,7 +62,7 @@ bool MakeMainWindow()
     SetPointer(Pointer::kArrow);
     ShowWindowMaximised(window);
     UpdateWindow(window);
-    hWndMain = window;
+    write::windows.hWndMain = window;
     return true;
 }
 
@@ -77,7 +77,7 @@ bool MakeStatusWindow()
         MessageBox(hWndMain, "Unable to register Status Window class!", kMessageCaption);
         return false;
     }
-    hWndStatus =
+    write::windows.hWndStatus =
         CreateChildWindow("StatusWndClass", hWndMain, {0, ClientHeight - TextHeight, ClientWidth, ClientHeight});
     if (!hWndStatus) {
         MessageBox(hWndMain, "Unable to create Status Window.", kMessageCaption);
@@ -176,11 +176,11 @@ int InitialSetup()
     StatusMessage("Wait - Vantir Loading initial setup", static_cast<int>(TextAlign::kCentre));
     TrackballMode = 0;
     EnterDefaultDirectory();
-    HelpMode = 0;
+    write::windows.HelpMode = 0;
     ReadSetupKeys();
     ReadActiveCamera();
-    DisplayLow = 0;
-    DisplayHigh = FullScaleCounts();
+    write::display.DisplayLow = 0;
+    write::display.DisplayHigh = FullScaleCounts();
 
     LoadVideoSettings();
     LoadCalibrationSettings();
@@ -199,7 +199,7 @@ int InitialSetup()
 int InitializeHardware()
 {
     if (!IdentifyCameraHead()) return 0;
-    GrabberPresent = ActiveConfig.BufferCapture ? 1 : 0;
+    write::frames.GrabberPresent = ActiveConfig.BufferCapture ? 1 : 0;
     FitMenuToCamera();
     const int ready = InitImageProcessor();  // sets GrabberPresent again
     if (ActiveConfig.BufferCapture && !GrabberPresent) {
@@ -224,11 +224,11 @@ int InitImageProcessor()
 {
     StatusMessage("Wait - Vantir initializing Image Processor", static_cast<int>(TextAlign::kCentre));
     const Hourglass hourglass;
-    GrabberPresent = ResetBoardState();
+    write::frames.GrabberPresent = ResetBoardState();
     ReadNumGrayLevels();
     SetColorMap(ImageColor);
     BuildDisplayLut(Contrast, Brightness);
-    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
+    RefreshPicture();
     StatusMessage("Wait - Kelvo start up procedure", static_cast<int>(TextAlign::kCentre));
     return 1;
 }

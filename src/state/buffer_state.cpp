@@ -1,16 +1,25 @@
-#include "state/buffer_state.h"
+#include "state/buffer_state_write.h"
 
 namespace kelvo {
 
-std::int64_t HostFrameBytes = 0;
-std::uint32_t AveragingCapacity = 0;
-std::int32_t FramesInBuffer = 0;
-std::int32_t BufferFirstFrame = 0;
-std::int32_t BufferLastFrame = 0;
-std::int32_t BufferRectTop = 0;
-std::int32_t BufferRectLeft = 0;
-std::int32_t BufferRectBottom = 0;
-std::int32_t BufferRectRight = 0;
-std::int32_t PeriodicUpdates = 1;
+namespace write {
+constinit BufferStateVariables buffer;
+}
+
+constinit const std::int64_t& HostFrameBytes = write::buffer.HostFrameBytes;
+constinit const std::uint32_t& AveragingCapacity = write::buffer.AveragingCapacity;
+constinit const std::int32_t& FramesInBuffer = write::buffer.FramesInBuffer;
+constinit const std::int32_t& BufferFirstFrame = write::buffer.BufferFirstFrame;
+constinit const std::int32_t& BufferLastFrame = write::buffer.BufferLastFrame;
+constinit const std::int32_t& BufferRectTop = write::buffer.BufferRectTop;
+constinit const std::int32_t& BufferRectLeft = write::buffer.BufferRectLeft;
+constinit const std::int32_t& BufferRectBottom = write::buffer.BufferRectBottom;
+constinit const std::int32_t& BufferRectRight = write::buffer.BufferRectRight;
+constinit const std::int32_t& PeriodicUpdates = write::buffer.PeriodicUpdates;
+
+void ResetBufferState()
+{
+    write::buffer = {};
+}
 
 }  // namespace kelvo

@@ -32,11 +32,11 @@ struct CalSettingsRecord {
     std::string OpticsFile;
 };
 
-extern CalSettingsRecord CalSettings;
-extern CalSettingsRecord CalSettings2;  // read with DualCamera; nothing else uses it
+extern const CalSettingsRecord& CalSettings;
+extern const CalSettingsRecord& CalSettings2;  // read with DualCamera; nothing else uses it
 
-extern std::int32_t ReplaceNoisy;  // 1: noisy pixels are replaced too
-extern std::int32_t CalDone;       // 1 once a run's coefficients stand
-extern std::int32_t BadDetCount;   // pixels replaced, after a calibration
+extern const std::int32_t& ReplaceNoisy;  // 1: noisy pixels are replaced too
+extern const std::int32_t& CalDone;       // 1 once a run's coefficients stand
+extern const std::int32_t& BadDetCount;   // pixels replaced, after a calibration
 
 }  // namespace kelvo

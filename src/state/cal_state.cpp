@@ -1,20 +1,29 @@
-#include "state/cal_state.h"
+#include "state/cal_state_write.h"
 
 namespace kelvo {
 
-std::int32_t CalType = 0;
-std::vector<std::uint32_t> DecomList;
-std::vector<std::int16_t> OffsetList;
-std::vector<float> GainList;
-std::int32_t IntensityCold = 0;
-std::int32_t IntensityHot = 0;
-float TemperatureCold = -999.0F;
-float TemperatureHot = -999.0F;
-std::uint32_t CalibrationListsVersion = 0;
+namespace write {
+constinit CalStateVariables cal;
+}
+
+constinit const std::int32_t& CalType = write::cal.CalType;
+constinit const std::vector<std::uint32_t>& DecomList = write::cal.DecomList;
+constinit const std::vector<std::int16_t>& OffsetList = write::cal.OffsetList;
+constinit const std::vector<float>& GainList = write::cal.GainList;
+constinit const std::int32_t& IntensityCold = write::cal.IntensityCold;
+constinit const std::int32_t& IntensityHot = write::cal.IntensityHot;
+constinit const float& TemperatureCold = write::cal.TemperatureCold;
+constinit const float& TemperatureHot = write::cal.TemperatureHot;
+constinit const std::uint32_t& CalibrationListsVersion = write::cal.CalibrationListsVersion;
+
+void ResetCalState()
+{
+    write::cal = {};
+}
 
 void CalibrationListsChanged()
 {
-    ++CalibrationListsVersion;
+    ++write::cal.CalibrationListsVersion;
 }
 
 }  // namespace kelvo

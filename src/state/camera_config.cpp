@@ -1,20 +1,27 @@
-#include "state/camera_config.h"
-
 #include "platform/text.h"
+#include "state/camera_config_write.h"
 
 #include <algorithm>
 
 namespace kelvo {
 
-CameraConfig ActiveConfig;
+namespace write {
+constinit CameraStateVariables camera;
+}
 
-std::int32_t ActiveCamera = 0;
-std::int32_t nCommPort = 0;
-std::int32_t numBufFrames = 0;
-float VoltsOffset = 0;
-float ADoffset = 0;
-std::array<float, 16> VoltsPerCountVsGain{};
-std::int32_t IndexFrameRate = 0;
+constinit const CameraConfig& ActiveConfig = write::camera.ActiveConfig;
+constinit const std::int32_t& ActiveCamera = write::camera.ActiveCamera;
+constinit const std::int32_t& nCommPort = write::camera.nCommPort;
+constinit const std::int32_t& numBufFrames = write::camera.numBufFrames;
+constinit const float& VoltsOffset = write::camera.VoltsOffset;
+constinit const float& ADoffset = write::camera.ADoffset;
+constinit const std::array<float, 16>& VoltsPerCountVsGain = write::camera.VoltsPerCountVsGain;
+constinit const std::int32_t& IndexFrameRate = write::camera.IndexFrameRate;
+
+void ResetCameraState()
+{
+    write::camera = {};
+}
 
 std::size_t PixelsOf(const CameraConfig& config)
 {

@@ -62,19 +62,19 @@ struct CameraConfig {
     std::int32_t RAM0JambValue = 0;
 };
 
-extern CameraConfig ActiveConfig;
+extern const CameraConfig& ActiveConfig;
 
 // Vroi x Hroi, the pixels of a frame and the entries of each list; 0 where either isn't positive.
 std::size_t PixelsOf(const CameraConfig& config);
 
 // Values that the same reader takes beside the record.
-extern std::int32_t ActiveCamera;  // N of the section in force
-extern std::int32_t nCommPort;
-extern std::int32_t numBufFrames;
-extern float VoltsOffset;
-extern float ADoffset;
-extern std::array<float, 16> VoltsPerCountVsGain;
-extern std::int32_t IndexFrameRate;
+extern const std::int32_t& ActiveCamera;  // N of the section in force
+extern const std::int32_t& nCommPort;
+extern const std::int32_t& numBufFrames;
+extern const float& VoltsOffset;
+extern const float& ADoffset;
+extern const std::array<float, 16>& VoltsPerCountVsGain;
+extern const std::int32_t& IndexFrameRate;
 
 // "Camera.N" of the active camera.
 std::string ActiveCameraSection();

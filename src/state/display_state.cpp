@@ -1,38 +1,46 @@
-#include "state/display_state.h"
-
-#include "resources/ids.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
 
 namespace kelvo {
 
-std::int32_t Contrast = 16;
-std::int32_t Brightness = 580;
-std::int32_t ResetContrast = 16;
-std::int32_t ResetBrightness = 580;
-std::int16_t ImageColor = kNormalGray;
-std::int16_t GrayScale = kLinearScale;
-std::int32_t GrayColorBar = 1;
-std::int32_t TempScale = 0;
-std::int32_t TempHisto = 0;
-std::int32_t ColorBarShown = 0;
-std::int32_t MirrorHoriz = 0;
-std::int32_t MirrorVert = 0;
-std::int32_t RotateCCW = 0;
-std::int32_t SubstBadPixels = 1;
-std::int32_t SubstBadPixels2 = 1;
-std::int32_t MirrorHoriz2 = 0;
-std::int32_t MirrorVert2 = 0;
+namespace write {
+constinit DisplayStateVariables display;
+}
 
-std::int32_t DisplayLow = 0;
-std::int32_t DisplayHigh = 0;
-std::int32_t DisplayUnit = 0;
+constinit const std::int32_t& Contrast = write::display.Contrast;
+constinit const std::int32_t& Brightness = write::display.Brightness;
+constinit const std::int32_t& ResetContrast = write::display.ResetContrast;
+constinit const std::int32_t& ResetBrightness = write::display.ResetBrightness;
+constinit const std::int16_t& ImageColor = write::display.ImageColor;
+constinit const std::int16_t& GrayScale = write::display.GrayScale;
+constinit const std::int32_t& GrayColorBar = write::display.GrayColorBar;
+constinit const std::int32_t& TempScale = write::display.TempScale;
+constinit const std::int32_t& TempHisto = write::display.TempHisto;
+constinit const std::int32_t& ColorBarShown = write::display.ColorBarShown;
+constinit const std::int32_t& MirrorHoriz = write::display.MirrorHoriz;
+constinit const std::int32_t& MirrorVert = write::display.MirrorVert;
+constinit const std::int32_t& RotateCCW = write::display.RotateCCW;
+constinit const std::int32_t& SubstBadPixels = write::display.SubstBadPixels;
+constinit const std::int32_t& SubstBadPixels2 = write::display.SubstBadPixels2;
+constinit const std::int32_t& MirrorHoriz2 = write::display.MirrorHoriz2;
+constinit const std::int32_t& MirrorVert2 = write::display.MirrorVert2;
+constinit const std::int32_t& DisplayLow = write::display.DisplayLow;
+constinit const std::int32_t& DisplayHigh = write::display.DisplayHigh;
+constinit const std::int32_t& DisplayUnit = write::display.DisplayUnit;
+constinit const std::int32_t& Xpan = write::display.Xpan;
+constinit const std::int32_t& Ypan = write::display.Ypan;
+constinit const std::vector<std::uint8_t>& DisplayLut = write::display.DisplayLut;
+constinit const std::vector<std::uint8_t>& ColorMap = write::display.ColorMap;
+constinit const float& ViewScaleGain = write::display.ViewScaleGain;
+constinit const float& ViewScaleOffset = write::display.ViewScaleOffset;
+constinit const std::int32_t& Xzoom = write::camera.ActiveConfig.Xzoom;
+constinit const std::int32_t& Yzoom = write::camera.ActiveConfig.Yzoom;
+constinit const std::int32_t& Xoffset = write::camera.ActiveConfig.Xoffset;
+constinit const std::int32_t& Yoffset = write::camera.ActiveConfig.Yoffset;
 
-std::int32_t Xpan = 0;
-std::int32_t Ypan = 0;
-
-std::vector<std::uint8_t> DisplayLut;
-std::vector<std::uint8_t> ColorMap;
-
-float ViewScaleGain = 1.0F;
-float ViewScaleOffset = 0.0F;
+void ResetDisplayState()
+{
+    write::display = {};
+}
 
 }  // namespace kelvo

@@ -1,33 +1,49 @@
-#include "state/frame_state.h"
+#include "state/frame_state_write.h"
 
 namespace kelvo {
 
-std::int32_t CameraOn = 0;
-std::int32_t LiveVideo = 0;
-std::int32_t ViewingFile = 0;
-std::int32_t DisplayEnabled = 1;
-std::int32_t GrabberPresent = 0;
+namespace write {
+constinit FrameStateVariables frames;
+}
 
-std::vector<std::int16_t> RawFrame;
-std::vector<std::int16_t> LiveFrame;
-std::vector<std::uint8_t> ImageBuffer;
+constinit const std::int32_t& CameraOn = write::frames.CameraOn;
+constinit const std::int32_t& LiveVideo = write::frames.LiveVideo;
+constinit const std::int32_t& ViewingFile = write::frames.ViewingFile;
+constinit const std::int32_t& DisplayEnabled = write::frames.DisplayEnabled;
+constinit const std::int32_t& GrabberPresent = write::frames.GrabberPresent;
+constinit const std::vector<std::int16_t>& RawFrame = write::frames.RawFrame;
+constinit const std::vector<std::int16_t>& LiveFrame = write::frames.LiveFrame;
+constinit const std::vector<std::uint8_t>& ImageBuffer = write::frames.ImageBuffer;
+constinit const std::int32_t& SteppingFrames = write::frames.SteppingFrames;
+constinit const std::string& LoadName = write::frames.LoadName;
+constinit const std::uint32_t& CurrentFrame = write::frames.CurrentFrame;
+constinit const std::uint32_t& LastFrame = write::frames.LastFrame;
+constinit const std::int32_t& CursorX = write::frames.CursorX;
+constinit const std::int32_t& CursorY = write::frames.CursorY;
+constinit const std::uint16_t& CursorValue = write::frames.CursorValue;
+constinit const std::int32_t& ImageCursorOn = write::frames.ImageCursorOn;
+constinit const std::int32_t& ViewingSequence = write::frames.SteppingFrames;
+constinit const std::string& SequencePath = write::frames.LoadName;
+constinit const std::uint32_t& SequenceFrameIndex = write::frames.CurrentFrame;
+constinit const std::uint32_t& SequenceLastFrame = write::frames.LastFrame;
 
-std::int32_t SteppingFrames = 0;
-std::string LoadName;
-std::uint32_t CurrentFrame = 0;
-std::uint32_t LastFrame = 0;
+void ResetFrameState()
+{
+    write::frames = {};
+}
 
-std::int32_t CursorX = 0;
-std::int32_t CursorY = 0;
-std::uint16_t CursorValue = 0;
-std::int32_t ImageCursorOn = 0;
-
-std::span<std::int16_t> ImageBufferPixels(std::int32_t dataOffset)
+std::span<std::int16_t> write::ImageBufferPixels(std::int32_t dataOffset)
 {
     const std::size_t start = static_cast<std::size_t>(dataOffset < 0 ? 0 : dataOffset) & ~std::size_t{1};
-    if (start >= ImageBuffer.size()) return {};
+    std::vector<std::uint8_t>& buffer = write::frames.ImageBuffer;
+    if (start >= buffer.size()) return {};
     // The block comes from the allocator and start is even, so that the samples are aligned.
-    return {reinterpret_cast<std::int16_t*>(ImageBuffer.data() + start), (ImageBuffer.size() - start) / 2};
+    return {reinterpret_cast<std::int16_t*>(buffer.data() + start), (buffer.size() - start) / 2};
+}
+
+std::span<const std::int16_t> ImageBufferPixels(std::int32_t dataOffset)
+{
+    return write::ImageBufferPixels(dataOffset);
 }
 
 }  // namespace kelvo

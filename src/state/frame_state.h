@@ -12,37 +12,38 @@
 
 namespace kelvo {
 
-extern std::int32_t CameraOn;        // 1: the head is programmed. Written by turn-on and turn-off
-extern std::int32_t LiveVideo;       // 1: the grab runs. Written by ToggleFreeze
-extern std::int32_t ViewingFile;     // 1: a stored frame is on view. Set by viewing, cleared by ToggleFreeze
-extern std::int32_t DisplayEnabled;  // 1: each new frame is drawn. Starts at 1: a viewer has no board set-up to set it
-extern std::int32_t GrabberPresent;  // 1: the board layer is initialised
+extern const std::int32_t& CameraOn;     // 1: the head is programmed. Written by turn-on and turn-off
+extern const std::int32_t& LiveVideo;    // 1: the grab runs. Written by ToggleFreeze
+extern const std::int32_t& ViewingFile;  // 1: a stored frame is on view. Set by viewing, cleared by ToggleFreeze
+extern const std::int32_t&
+    DisplayEnabled;  // 1: each new frame is drawn. Starts at 1: a viewer has no board set-up to set it
+extern const std::int32_t& GrabberPresent;  // 1: the board layer is initialised
 
-extern std::vector<std::int16_t> RawFrame;
-extern std::vector<std::int16_t> LiveFrame;
+extern const std::vector<std::int16_t>& RawFrame;
+extern const std::vector<std::int16_t>& LiveFrame;
 
 // The stored frame on view, or the frame kept at freezing, behind a prefix of ImageHeaderDataOffset bytes. Bytes;
 // empty: none.
-extern std::vector<std::uint8_t> ImageBuffer;
+extern const std::vector<std::uint8_t>& ImageBuffer;
 // The samples of ImageBuffer: from ImageHeaderDataOffset rounded down to even, to its end.
-std::span<std::int16_t> ImageBufferPixels(std::int32_t dataOffset);
+std::span<const std::int16_t> ImageBufferPixels(std::int32_t dataOffset);
 
 // The sequence on view: 1 while load next and load last step through it; its path; the frame on view, -1 before the
 // first; its last frame. Frame numbers are compared as unsigned. Written by viewing. The second name of each is the
 // same variable.
-extern std::int32_t SteppingFrames;
-extern std::string LoadName;
-extern std::uint32_t CurrentFrame;
-extern std::uint32_t LastFrame;
-inline constexpr std::int32_t& ViewingSequence = SteppingFrames;
-inline constexpr std::string& SequencePath = LoadName;
-inline constexpr std::uint32_t& SequenceFrameIndex = CurrentFrame;
-inline constexpr std::uint32_t& SequenceLastFrame = LastFrame;
+extern const std::int32_t& SteppingFrames;
+extern const std::string& LoadName;
+extern const std::uint32_t& CurrentFrame;
+extern const std::uint32_t& LastFrame;
+extern const std::int32_t& ViewingSequence;
+extern const std::string& SequencePath;
+extern const std::uint32_t& SequenceFrameIndex;
+extern const std::uint32_t& SequenceLastFrame;
 
 // The image cursor's pixel as the last refresh stamped it, and the count under it (unsigned 16 bits).
-extern std::int32_t CursorX;
-extern std::int32_t CursorY;
-extern std::uint16_t CursorValue;
-extern std::int32_t ImageCursorOn;  // 1: the image cursor is shown
+extern const std::int32_t& CursorX;
+extern const std::int32_t& CursorY;
+extern const std::uint16_t& CursorValue;
+extern const std::int32_t& ImageCursorOn;  // 1: the image cursor is shown
 
 }  // namespace kelvo

@@ -1,14 +1,23 @@
-#include "state/head_state.h"
+#include "state/head_state_write.h"
 
 namespace kelvo {
 
-std::int32_t FirstSetupPending = 0;
-float FrameRate = 0;
-std::array<std::int32_t, 4> VideoGain{};
-std::array<std::int32_t, 4> VideoOffset{};
-float VoltsLow = 0;
-float VoltsHigh = 0;
-std::int32_t IntegrationSetting = 0;
-double IntegrationMsecInForce = 0;
+namespace write {
+constinit HeadStateVariables head;
+}
+
+constinit const std::int32_t& FirstSetupPending = write::head.FirstSetupPending;
+constinit const float& FrameRate = write::head.FrameRate;
+constinit const std::array<std::int32_t, 4>& VideoGain = write::head.VideoGain;
+constinit const std::array<std::int32_t, 4>& VideoOffset = write::head.VideoOffset;
+constinit const float& VoltsLow = write::head.VoltsLow;
+constinit const float& VoltsHigh = write::head.VoltsHigh;
+constinit const std::int32_t& IntegrationSetting = write::head.IntegrationSetting;
+constinit const double& IntegrationMsecInForce = write::head.IntegrationMsecInForce;
+
+void ResetHeadState()
+{
+    write::head = {};
+}
 
 }  // namespace kelvo

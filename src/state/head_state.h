@@ -8,16 +8,16 @@
 namespace kelvo {
 
 // 1: the next calibration starts from a clean state. Set by the turn-on dialog's video set-up button.
-extern std::int32_t FirstSetupPending;
+extern const std::int32_t& FirstSetupPending;
 
-extern float FrameRate;                          // Hz; 0 until the head's timing is set
-extern std::array<std::int32_t, 4> VideoGain;    // index, by output
-extern std::array<std::int32_t, 4> VideoOffset;  // counts of DAC 0, 0 to 255, by output
-extern float VoltsLow;                           // volts at DisplayLow and DisplayHigh
-extern float VoltsHigh;
+extern const float& FrameRate;                          // Hz; 0 until the head's timing is set
+extern const std::array<std::int32_t, 4>& VideoGain;    // index, by output
+extern const std::array<std::int32_t, 4>& VideoOffset;  // counts of DAC 0, 0 to 255, by output
+extern const float& VoltsLow;                           // volts at DisplayLow and DisplayHigh
+extern const float& VoltsHigh;
 // The integration index that the head was last given for the slot in use, and its time in milliseconds at FrameRate: -1
 // for an index beyond the head's table, 0 without a frame rate or until a head is known and its frame size is set.
-extern std::int32_t IntegrationSetting;
-extern double IntegrationMsecInForce;
+extern const std::int32_t& IntegrationSetting;
+extern const double& IntegrationMsecInForce;
 
 }  // namespace kelvo

@@ -1,41 +1,47 @@
-#include "state/windows.h"
-
 #include "platform/files.h"
+#include "state/windows_write.h"
 
 namespace kelvo {
 
-HWND hWndMain = nullptr;
-HWND hWndStatus = nullptr;
-HWND hDlgPanel = nullptr;
+namespace write {
+constinit WindowsVariables windows;
+}
 
-std::int16_t ClientWidth = 0;
-std::int16_t ClientHeight = 0;
-std::int16_t TextHeight = 0;
-std::int32_t ViewWidth = 0;
-std::int32_t ViewHeight = 0;
+constinit const HWND& hWndMain = write::windows.hWndMain;
+constinit const HWND& hWndStatus = write::windows.hWndStatus;
+constinit const HWND& hDlgPanel = write::windows.hDlgPanel;
+constinit const std::int16_t& ClientWidth = write::windows.ClientWidth;
+constinit const std::int16_t& ClientHeight = write::windows.ClientHeight;
+constinit const std::int16_t& TextHeight = write::windows.TextHeight;
+constinit const std::int32_t& ViewWidth = write::windows.ViewWidth;
+constinit const std::int32_t& ViewHeight = write::windows.ViewHeight;
+constinit const std::string& DefaultDir = write::windows.DefaultDir;
+constinit const std::string& IniFilePath = write::windows.IniFilePath;
+constinit const std::string& CameraFilePath = write::windows.CameraFilePath;
+constinit const std::string& BuffBrdFilePath = write::windows.BuffBrdFilePath;
+constinit const std::string& SeqFilePath = write::windows.SeqFilePath;
+constinit const std::string& HelpFilePath = write::windows.HelpFilePath;
+constinit const std::string& FilePathBuf = write::windows.FilePathBuf;
+constinit const std::string& ViewFilePath = write::windows.ViewFilePath;
+constinit const std::string& CnfFilePath = write::windows.CnfFilePath;
+constinit const std::int32_t& HelpMode = write::windows.HelpMode;
 
-std::string DefaultDir;
-std::string IniFilePath;
-std::string CameraFilePath;
-std::string BuffBrdFilePath;
-std::string SeqFilePath;
-std::string HelpFilePath;
-std::string FilePathBuf;
-std::string ViewFilePath;
-std::string CnfFilePath;
-
-std::int32_t HelpMode = 0;
+void ResetWindows()
+{
+    write::windows = {};
+}
 
 void SetDefaultDir(std::string_view directory)
 {
-    DefaultDir = directory;
-    while (DefaultDir.size() > 1 && DefaultDir.back() == '/') DefaultDir.pop_back();
+    WindowsVariables& paths = write::windows;
+    paths.DefaultDir = directory;
+    while (DefaultDir.size() > 1 && DefaultDir.back() == '/') paths.DefaultDir.pop_back();
     SetKelvoDirectory(DefaultDir);
-    IniFilePath = DefaultDir + "/kelvo.ini";
-    CameraFilePath = DefaultDir + "/camera.ini";
-    BuffBrdFilePath = DefaultDir + "/buffbrd.ini";
-    SeqFilePath = DefaultDir + "/a.seq";
-    HelpFilePath = DefaultDir + "/KELVO.hlp";
+    paths.IniFilePath = DefaultDir + "/kelvo.ini";
+    paths.CameraFilePath = DefaultDir + "/camera.ini";
+    paths.BuffBrdFilePath = DefaultDir + "/buffbrd.ini";
+    paths.SeqFilePath = DefaultDir + "/a.seq";
+    paths.HelpFilePath = DefaultDir + "/KELVO.hlp";
 }
 
 }  // namespace kelvo

@@ -10,35 +10,32 @@
 namespace kelvo {
 
 // Set by WinMain; null before and in programs without windows.
-extern HWND hWndMain;
-extern HWND hWndStatus;
-extern HWND hDlgPanel;  // the control panel; set by PanelProc
+extern const HWND& hWndMain;
+extern const HWND& hWndStatus;
+extern const HWND& hDlgPanel;  // the control panel; set by PanelProc
 
 // Logical pixels. The main window sets them at each WM_SIZE; TextHeight at WM_CREATE.
-extern std::int16_t ClientWidth;
-extern std::int16_t ClientHeight;
-extern std::int16_t TextHeight;
+extern const std::int16_t& ClientWidth;
+extern const std::int16_t& ClientHeight;
+extern const std::int16_t& TextHeight;
 // The client width, and the client height less 60; set by ReadCameraConfig.
-extern std::int32_t ViewWidth;
-extern std::int32_t ViewHeight;
+extern const std::int32_t& ViewWidth;
+extern const std::int32_t& ViewHeight;
 
 // The program's directory, without a closing separator.
-extern std::string DefaultDir;
+extern const std::string& DefaultDir;
 // Formed from DefaultDir: kelvo.ini, camera.ini, buffbrd.ini, a.seq, KELVO.hlp.
-extern std::string IniFilePath;
-extern std::string CameraFilePath;
-extern std::string BuffBrdFilePath;
-extern std::string SeqFilePath;
-extern std::string HelpFilePath;
+extern const std::string& IniFilePath;
+extern const std::string& CameraFilePath;
+extern const std::string& BuffBrdFilePath;
+extern const std::string& SeqFilePath;
+extern const std::string& HelpFilePath;
 // Start empty: the name buffer of the save dialogs, the file last shown with success, the board's configuration file.
-extern std::string FilePathBuf;
-extern std::string ViewFilePath;
-extern std::string CnfFilePath;
-
-// DefaultDir and the paths formed from it; the platform's "c:\KELVO" is the same directory (platform/files.h).
-void SetDefaultDir(std::string_view directory);
+extern const std::string& FilePathBuf;
+extern const std::string& ViewFilePath;
+extern const std::string& CnfFilePath;
 
 // 1: the next command shows its help instead of running.
-extern std::int32_t HelpMode;
+extern const std::int32_t& HelpMode;
 
 }  // namespace kelvo

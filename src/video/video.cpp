@@ -21,10 +21,10 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -38,7 +38,6 @@ namespace kelvo {
 namespace {
 
 constexpr std::int32_t kCrossReach = 6;  // the arm's first pixel beyond its end
-constexpr std::uint32_t kLiveTimer = 3;
 
 // The stored frame; false where the buffer doesn't hold what the header says.
 bool CopyStoredFrame(std::vector<std::int16_t>& frame)
@@ -59,7 +58,7 @@ bool RefreshRawFrame()
     const std::size_t values = CameraFrameValues();
     if (values == 0 || RawFrame.size() < values) return false;  // no set-up of this size yet
     if (!LiveVideo) return true;
-    if (!ReadBoardFrame(std::span(RawFrame).first(values))) return false;
+    if (!ReadBoardFrame(std::span(write::frames.RawFrame).first(values))) return false;
     AccountFrameRead(DisplayEnabled != 0);
     return true;
 }
@@ -67,9 +66,9 @@ bool RefreshRawFrame()
 bool EnsureDecomList()
 {
     if (DecomList.size() >= CameraFrameValues()) return true;
-    std::vector<std::uint32_t>().swap(DecomList);
+    std::vector<std::uint32_t>().swap(write::cal.DecomList);
     std::optional<std::vector<std::uint32_t>> list = LoadDecomList(ActiveConfig);
-    if (list) DecomList = std::move(*list);
+    if (list) write::cal.DecomList = std::move(*list);
     CalibrationListsChanged();
     return list.has_value();
 }
@@ -80,7 +79,7 @@ bool TakeCameraFrame(std::vector<std::int16_t>& frame)
     if (!RefreshRawFrame() || !EnsureDecomList()) return false;
     const std::size_t values = CameraFrameValues();
     if (frame.size() != values && !AllocateBlock(frame, values)) return false;
-    CorrectLiveFrame(std::span(RawFrame).first(values), frame, DataOffset);
+    CorrectLiveFrame(std::span(write::frames.RawFrame).first(values), frame, DataOffset);
     return true;
 }
 
@@ -117,10 +116,10 @@ void SetTitle(std::string_view title)
 // Back from a stored file to the camera's frame.
 void LeaveStoredFile()
 {
-    ViewingFile = 0;
-    ViewingSequence = 0;
-    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
-    DisplayUnit = PickAvailableUnit(DisplayUnit);
+    write::frames.ViewingFile = 0;
+    write::frames.SteppingFrames = 0;
+    RefreshPicture();
+    KeepUnitAvailable();
     BuildDisplayLut(Contrast, Brightness);  // viewing has made it for the file's range
 }
 
@@ -131,8 +130,8 @@ void KeepLiveFrame()
     if (LiveFrame.size() != values || values == 0 || ViewingFile) return;
     const std::int32_t prefix = std::max<std::int32_t>(ImageHeader.ImageHeaderDataOffset, 0);
     const std::size_t bytes = values * sizeof(std::int16_t) + static_cast<std::size_t>(prefix);
-    if (ImageBuffer.size() < bytes && !AllocateBlock(ImageBuffer, bytes)) return;
-    const std::span<std::int16_t> pixels = ImageBufferPixels(prefix);
+    if (ImageBuffer.size() < bytes && !AllocateBlock(write::frames.ImageBuffer, bytes)) return;
+    const std::span<std::int16_t> pixels = write::ImageBufferPixels(prefix);
     std::copy_n(LiveFrame.begin(), std::min(values, pixels.size()), pixels.begin());
 }
 
@@ -182,7 +181,7 @@ int GetVideoData(std::vector<std::int16_t>& frame)
     if (!(ViewingFile ? CopyStoredFrame(frame) : TakeCameraFrame(frame))) return 0;
     if (ImageCursorOn) {
         const Point size = FrameSizeOnView();
-        CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
+        write::frames.CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
     }
     if (DisplayEnabled) DrawFrame(frame);
     return 1;
@@ -201,13 +200,23 @@ void ToggleFreeze(std::int32_t& flag)
 
 void RestartGrab()
 {
-    LiveVideo = 0;
-    ToggleFreeze(LiveVideo);
+    write::frames.LiveVideo = 0;
+    ToggleFreeze(write::frames.LiveVideo);
+}
+
+void ToggleLiveVideo()
+{
+    ToggleFreeze(write::frames.LiveVideo);
+}
+
+void RefreshPicture()
+{
+    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
 }
 
 int RefreshLiveFrame()
 {
-    return GetVideoData(LiveFrame);
+    return GetVideoData(write::frames.LiveFrame);
 }
 
 void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
@@ -217,12 +226,12 @@ void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom
     WriteCameraKey("Ypan", ypan);
     if (!LiveVideo && !ViewingFile && !CameraOn) return;
 
-    Xpan = xpan;
-    Ypan = ypan;
-    Xzoom = xzoom;
-    Yzoom = yzoom;
-    Xoffset = xoffset;
-    Yoffset = yoffset;
+    write::display.Xpan = xpan;
+    write::display.Ypan = ypan;
+    write::camera.ActiveConfig.Xzoom = xzoom;
+    write::camera.ActiveConfig.Yzoom = yzoom;
+    write::camera.ActiveConfig.Xoffset = xoffset;
+    write::camera.ActiveConfig.Yoffset = yoffset;
     if (LiveVideo) RestartGrab();
     if (ViewingFile) RefreshLiveFrame();
     ShowGeometryInPanel();
@@ -231,8 +240,8 @@ void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom
 void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on)
 {
     if (!on) return;
-    CursorX = x;
-    CursorY = y;
+    write::frames.CursorX = x;
+    write::frames.CursorY = y;
     RefreshLiveFrame();
     if (Xzoom == 0 || Yzoom == 0) return;
 

@@ -8,6 +8,9 @@
 
 namespace kelvo {
 
+// The main window's timer of the live refresh, 0 ms: it only yields to the operator between two frames.
+inline constexpr std::uint32_t kLiveTimer = 3;
+
 // Fetches the newest frame, corrected and in image order, into frame, stamps the image cursor's cross into it, and
 // draws it where DisplayEnabled is set. With a file on view it is the stored frame. 1, or 0 on failure (told in a box
 // where the board failed).
@@ -18,6 +21,7 @@ int RefreshLiveFrame();
 // Freezes or resumes live video: flag is LiveVideo. Without CameraOn it does nothing. Resuming leaves a stored file,
 // and the display table is that of the live range again.
 void ToggleFreeze(std::int32_t& flag);
+void ToggleLiveVideo();  // ToggleFreeze(LiveVideo)
 // Live video begins anew with what is in force, frozen or not. Without a camera that is on nothing is live after it.
 void RestartGrab();
 
@@ -26,6 +30,9 @@ void RestartGrab();
 // file on view drawn again, the panel follows.
 void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
                         std::int32_t xoffset, std::int32_t yoffset);
+
+// The picture anew with the geometry in force.
+void RefreshPicture();
 
 // The read-out of image pixel (x, y) on the status line: position, name, value and unit. With on 0 the line keeps its
 // text.

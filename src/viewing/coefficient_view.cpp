@@ -2,6 +2,7 @@
 
 #include "display/display_pipeline.h"
 #include "display/unit_list.h"
+#include "display/units.h"
 #include "imagefile/frame_file.h"
 #include "imagefile/header.h"
 #include "pixel/bad_pixels.h"
@@ -11,9 +12,9 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "ui/status.h"
 #include "video/video.h"
 #include "viewing/stored_view.h"
@@ -171,10 +172,10 @@ std::int64_t EntriesInFile(Element element, const MakerSizes& sizes)
 // Puts the line and the side bar back as they were, whichever way the view ends.
 class StatusKeeper {
   public:
-    StatusKeeper() : align_(GetStatusText(text_)), bar_(std::exchange(ColorBarShown, 0)) {}
+    StatusKeeper() : align_(GetStatusText(text_)), bar_(std::exchange(write::display.ColorBarShown, 0)) {}
     ~StatusKeeper()
     {
-        if (bar_) ColorBarShown = bar_;
+        if (bar_) write::display.ColorBarShown = bar_;
         StatusMessage(text_, align_);
     }
     StatusKeeper(const StatusKeeper&) = delete;
@@ -216,18 +217,18 @@ std::span<std::int16_t> MakeListImage(std::size_t entries)
 {
     const auto pixels =
         static_cast<std::size_t>(ImageHeader.ImageWidth) * static_cast<std::size_t>(ImageHeader.ImageHeight);
-    if (!AllocateBlock(ImageBuffer, std::max(entries, pixels) * 2)) {
+    if (!AllocateBlock(write::frames.ImageBuffer, std::max(entries, pixels) * 2)) {
         TellNoViewMemory();
         return {};
     }
-    return ImageBufferPixels(0).first(entries);
+    return write::ImageBufferPixels(0).first(entries);
 }
 
 void TakeScale(const CountScale& scale)
 {
-    ViewScaleGain = scale.gain;
-    ViewScaleOffset = scale.offset;
-    DisplayUnit = 21;
+    write::display.ViewScaleGain = scale.gain;
+    write::display.ViewScaleOffset = scale.offset;
+    SetDisplayUnit(kUnitValue);
 }
 
 bool LoadBadList(std::string_view path)
@@ -295,11 +296,11 @@ bool LoadEntries(File& file, const KindRow& kind, const MakerSizes& sizes, std::
 
 void ShowListImage()
 {
-    ViewingFile = 0;
-    Xpan = 0;
-    Ypan = 0;
-    SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
-    ViewingFile = 1;
+    write::frames.ViewingFile = 0;
+    write::display.Xpan = 0;
+    write::display.Ypan = 0;
+    RefreshPicture();
+    write::frames.ViewingFile = 1;
 }
 
 }  // namespace
@@ -349,8 +350,8 @@ int ViewCoefficientFile(std::string_view path)
     StatusMessage(" Setting screen display parameters...", 0);
     BuildDisplayLut(Contrast, Brightness);  // for the list's own range; draws the image
     PutCursorBack();
-    ViewFilePath = path;
-    DisplayUnit = PickAvailableUnit(DisplayUnit);
+    write::windows.ViewFilePath = path;
+    KeepUnitAvailable();
     return 1;
 }
 

@@ -11,7 +11,7 @@
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "ui/recent_files.h"
 #include "ui/status.h"
@@ -42,10 +42,10 @@ bool TakeSequenceOnView()
         return false;
     }
     if (!ViewingSequence || LoadName != ViewFilePath) {
-        LoadName = ViewFilePath;
-        CurrentFrame = 0;
+        write::frames.LoadName = ViewFilePath;
+        write::frames.CurrentFrame = 0;
     }
-    LastFrame = ImageHeader.FrameCount - 1;
+    write::frames.LastFrame = ImageHeader.FrameCount - 1;
     return true;
 }
 
@@ -88,7 +88,7 @@ int OpenStoredFile(std::string_view path)
         shown = ViewCoefficientFile(path);
     } else {
         ImageHeaderRecord header = ImageHeader;
-        SteppingFrames = 0;  // a file that can't be opened is told in a box
+        write::frames.SteppingFrames = 0;  // a file that can't be opened is told in a box
         if (ReadImageHeader(path, header) < 0) return 0;
         shown = header.FrameCount > 1 ? ViewSequence(path) : ViewImage(path, 0);
     }

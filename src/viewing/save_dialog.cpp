@@ -10,7 +10,7 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "ui/file_lists.h"
 #include "viewing/saving.h"
 
@@ -265,7 +265,7 @@ bool Accept(HWND dialog)
         ChangeDirectory(before);  // the name in the field is meant from there
         return false;
     }
-    FilePathBuf = *path;
+    write::windows.FilePathBuf = *path;
     return true;
 }
 

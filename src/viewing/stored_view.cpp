@@ -2,7 +2,7 @@
 
 #include "display/display_pipeline.h"
 #include "platform/box.h"
-#include "state/frame_state.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "video/video.h"
 
@@ -17,7 +17,7 @@ HeaderKeeper::~HeaderKeeper()
 
 void FreeImageBuffer()
 {
-    std::vector<std::uint8_t>().swap(ImageBuffer);
+    std::vector<std::uint8_t>().swap(write::frames.ImageBuffer);
 }
 
 void TellNoViewMemory()
@@ -27,7 +27,7 @@ void TellNoViewMemory()
 
 void FreezeLiveVideo()
 {
-    if (!ViewingFile && LiveVideo) ToggleFreeze(LiveVideo);
+    if (!ViewingFile && LiveVideo) ToggleLiveVideo();
 }
 
 void TakeCursorOff()

@@ -2,6 +2,7 @@
 
 #include "display/display_pipeline.h"
 #include "display/unit_list.h"
+#include "display/units.h"
 #include "imagefile/frame_file.h"
 #include "imagefile/sequence_names.h"
 #include "platform/box.h"
@@ -10,9 +11,9 @@
 #include "platform/menu.h"
 #include "platform/text.h"
 #include "platform/timers.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "video/video.h"
 #include "viewing/coefficient_view.h"
 #include "viewing/stored_view.h"
@@ -25,7 +26,6 @@ namespace kelvo {
 namespace {
 
 constexpr int kReplayMenuItem = 153;  // a menu of a customer may hold it: checked, each load starts the live timer
-constexpr std::uint32_t kLiveTimer = 3;
 
 void TellShortRead(std::string_view path)
 {
@@ -53,12 +53,12 @@ FrameRead ReadFloatRecord(File& file, std::int32_t headerSize, std::uint32_t fra
     const FrameRead read = ReadFrameRecord(file, ImageHeader, headerSize, frame, scratch);
     if (read == FrameRead::kNoMemory) FreeImageBuffer();
     if (read != FrameRead::kComplete) return read;
-    if (!EnsureBlock(ImageBuffer, static_cast<std::size_t>(bytes))) return FrameRead::kNoMemory;
-    ViewScaleGain = 1.0F;
-    ViewScaleOffset = 0.0F;
-    FloatRecordToCounts(scratch, ImageHeader, ImageBuffer);
+    if (!EnsureBlock(write::frames.ImageBuffer, static_cast<std::size_t>(bytes))) return FrameRead::kNoMemory;
+    write::display.ViewScaleGain = 1.0F;
+    write::display.ViewScaleOffset = 0.0F;
+    FloatRecordToCounts(scratch, ImageHeader, write::frames.ImageBuffer);
     ImageHeader.DataType = 8;
-    DisplayUnit = 21;
+    SetDisplayUnit(kUnitValue);
     return FrameRead::kComplete;
 }
 
@@ -66,8 +66,8 @@ FrameRead ReadFloatRecord(File& file, std::int32_t headerSize, std::uint32_t fra
 FrameRead ReadRecord(File& file, std::int32_t headerSize, std::uint32_t frame)
 {
     if (ImageHeader.SampleBytes == 4) return ReadFloatRecord(file, headerSize, frame);
-    const FrameRead read = ReadFrameRecord(file, ImageHeader, headerSize, frame, ImageBuffer);
-    if (read == FrameRead::kComplete && (DisplayUnit == 2 || DisplayUnit == 23)) DisplayUnit = 2;
+    const FrameRead read = ReadFrameRecord(file, ImageHeader, headerSize, frame, write::frames.ImageBuffer);
+    if (read == FrameRead::kComplete && (DisplayUnit == 2 || DisplayUnit == 23)) SetDisplayUnit(kUnitCelsius);
     return read;
 }
 
@@ -90,7 +90,7 @@ int ViewImage(std::string_view path, std::uint32_t frame)
     if (!file) return 0;
 
     TakeCursorOff();
-    if (SteppingFrames) LastFrame = ImageHeader.FrameCount - 1;
+    if (SteppingFrames) write::frames.LastFrame = ImageHeader.FrameCount - 1;
     FreezeLiveVideo();
 
     switch (ReadRecord(*file, headerSize, frame)) {
@@ -103,16 +103,16 @@ int ViewImage(std::string_view path, std::uint32_t frame)
         case FrameRead::kComplete:
             break;
     }
-    if (ImageHeader.ByteSwap == 0) SwapRecordWords(ImageBuffer, ImageHeader);
+    if (ImageHeader.ByteSwap == 0) SwapRecordWords(write::frames.ImageBuffer, ImageHeader);
     header.KeepNew();
 
-    if (!ViewingFile) SetDisplayGeometry(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
-    ViewingFile = 1;
+    if (!ViewingFile) RefreshPicture();
+    write::frames.ViewingFile = 1;
     BuildDisplayLut(Contrast, Brightness);  // for the file's own range; draws the frame
     PutCursorBack();
 
-    ViewFilePath = path;
-    DisplayUnit = PickAvailableUnit(DisplayUnit);
+    write::windows.ViewFilePath = path;
+    KeepUnitAvailable();
     const std::optional<MenuItemState> replay = hWndMain ? GetMenuItem(hWndMain, kReplayMenuItem) : std::nullopt;
     if (replay && replay->checked) SetTimer(hWndMain, kLiveTimer, 0);
     return 1;
@@ -166,9 +166,9 @@ int ViewSequence(std::string_view path)
 {
     ImageHeaderRecord header = ImageHeader;
     if (ReadImageHeader(path, header) < 0) return 0;
-    LoadName = path;
-    LastFrame = header.FrameCount - 1;
-    CurrentFrame = static_cast<std::uint32_t>(-1);  // before the first
+    write::frames.LoadName = path;
+    write::frames.LastFrame = header.FrameCount - 1;
+    write::frames.CurrentFrame = static_cast<std::uint32_t>(-1);  // before the first
     return LoadNext();
 }
 
@@ -182,7 +182,7 @@ bool StepName(std::optional<std::string> (*step)(std::string_view))
         MessageBeep(Sound::kInformation);
         return false;
     }
-    LoadName = *stepped;
+    write::frames.LoadName = *stepped;
     return true;
 }
 
@@ -190,7 +190,7 @@ bool StepName(std::optional<std::string> (*step)(std::string_view))
 int ViewOrFallBack()
 {
     if (ViewImage(LoadName, CurrentFrame)) return 1;
-    LoadName = ViewFilePath;
+    write::frames.LoadName = ViewFilePath;
     return 0;
 }
 
@@ -199,11 +199,11 @@ int ViewOrFallBack()
 int LoadNext()
 {
     if (LoadName.empty()) return 0;
-    SteppingFrames = 1;
-    ++CurrentFrame;
+    write::frames.SteppingFrames = 1;
+    ++write::frames.CurrentFrame;
     if (CurrentFrame <= LastFrame && ViewImage(LoadName, CurrentFrame)) return 1;
     if (!StepName(NextSequencePath)) return 0;
-    CurrentFrame = 0;
+    write::frames.CurrentFrame = 0;
     return ViewOrFallBack();
 }
 
@@ -213,23 +213,23 @@ int LoadLast()
         MessageBeep(Sound::kInformation);
         return 0;
     }
-    SteppingFrames = 1;
+    write::frames.SteppingFrames = 1;
     if (CurrentFrame != 0) {
-        --CurrentFrame;
+        --write::frames.CurrentFrame;
         if (ViewImage(LoadName, CurrentFrame)) return 1;
     }
     StepName(PreviousSequencePath);
     ImageHeaderRecord header = ImageHeader;
     // After a beep it is the same file again, and its last frame is shown.
     if (ReadImageHeader(LoadName, header) < 0) header = ImageHeader;
-    CurrentFrame = header.FrameCount - 1;
+    write::frames.CurrentFrame = header.FrameCount - 1;
     return ViewOrFallBack();
 }
 
 int GoToFrame(std::uint32_t frame)
 {
-    SteppingFrames = 1;
-    CurrentFrame = std::min(frame, LastFrame);
+    write::frames.SteppingFrames = 1;
+    write::frames.CurrentFrame = std::min(frame, LastFrame);
     return ViewOrFallBack();
 }
 

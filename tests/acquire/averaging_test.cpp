@@ -6,10 +6,10 @@
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/buffer_state.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/frame_state.h"
+#include "state/buffer_state_write.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recording_board.h"
 #include "video/video.h"
@@ -39,13 +39,13 @@ class Averaging : public BoardTest {
     Averaging()
     {
         PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=3\n");
-        numBufFrames = 8;
+        write::camera.numBufFrames = 8;
         GoLive(2, 2);
-        CalType = 0;
+        write::cal.CalType = 0;
         DataOffset = 0;
-        DecomList = {0, 1, 2, 3};
-        OffsetList = {0, 0, 0, 0};
-        GainList = {1, 1, 1, 1};
+        write::cal.DecomList = {0, 1, 2, 3};
+        write::cal.OffsetList = {0, 0, 0, 0};
+        write::cal.GainList = {1, 1, 1, 1};
     }
     void Pictures(std::vector<std::int32_t> pictures)
     {
@@ -64,18 +64,18 @@ class Averaging : public BoardTest {
     // The frozen frame, which no captured one looks like.
     void Freeze()
     {
-        LiveVideo = 0;
-        RawFrame = {7, 8, 9, 10};
+        write::frames.LiveVideo = 0;
+        write::frames.RawFrame = {7, 8, 9, 10};
     }
     void Store(std::initializer_list<std::vector<std::int16_t>> frames)
     {
         AllocateHostFrames();
         std::size_t k = 0;
         for (const auto& frame : frames) HostFrames.at(k++) = frame;
-        BufferFirstFrame = 0;
-        BufferLastFrame = static_cast<std::int32_t>(frames.size()) - 1;
-        BufferRectTop = BufferRectLeft = 0;
-        BufferRectBottom = BufferRectRight = 1;
+        write::buffer.BufferFirstFrame = 0;
+        write::buffer.BufferLastFrame = static_cast<std::int32_t>(frames.size()) - 1;
+        write::buffer.BufferRectTop = write::buffer.BufferRectLeft = 0;
+        write::buffer.BufferRectBottom = write::buffer.BufferRectRight = 1;
     }
     std::vector<std::string> Progress() const
     {
@@ -185,8 +185,8 @@ TEST_F(Averaging, NoFramesLeaveTheBlockAsItStands)
 
 TEST_F(Averaging, WithoutASourceTheBlockIsOnlyFinished)
 {
-    CalType = 1;
-    OffsetList = {1, 2, 3, 4};
+    write::cal.CalType = 1;
+    write::cal.OffsetList = {1, 2, 3, 4};
     EXPECT_EQ(Average(1, kAverage16), 1);
     EXPECT_THAT(counts, ElementsAre(-6, -7, -8, -9));
     EXPECT_EQ(Average(2, kAverageFloat), 1);
@@ -233,11 +233,11 @@ TEST_F(Averaging, StoredFramesReplaceTheCount)
     Store({{1, 2, 3, 4}, {3, 4, 5, 6}, {8, 8, 8, 8}});
     EXPECT_EQ(Average(1, kSum32 | kUseStoredFrames), 1);
     EXPECT_THAT(sums, ElementsAre(12, 14, 16, 18));
-    BufferFirstFrame = 1;
+    write::buffer.BufferFirstFrame = 1;
     EXPECT_EQ(Average(1, kAverage16 | kUseStoredFrames), 1);
     EXPECT_THAT(counts, ElementsAre(5, 6, 6, 7));
     EXPECT_EQ(captured, 0);
-    BufferLastFrame = -7;  // no frames at all
+    write::buffer.BufferLastFrame = -7;  // no frames at all
     EXPECT_EQ(Average(1, kSum32 | kUseStoredFrames), 1);
     EXPECT_THAT(sums, ElementsAre(12, 14, 16, 18));
 }
@@ -245,7 +245,7 @@ TEST_F(Averaging, StoredFramesReplaceTheCount)
 TEST_F(Averaging, NewFramesGoBeforeStoredOnes)
 {
     Pictures({50});
-    BufferLastFrame = 2;
+    write::buffer.BufferLastFrame = 2;
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames | kUseStoredFrames), 1);
     EXPECT_EQ(counts[0], 50);
     EXPECT_EQ(captured, 1);
@@ -255,9 +255,9 @@ TEST_F(Averaging, NewFramesGoBeforeStoredOnes)
 
 TEST_F(Averaging, CalibrationAppliesToTheMeanOnly)
 {
-    CalType = 2;
-    OffsetList = {1, 1, 1, 1};
-    GainList = {0.5F, 2, 1, 4};
+    write::cal.CalType = 2;
+    write::cal.OffsetList = {1, 1, 1, 1};
+    write::cal.GainList = {0.5F, 2, 1, 4};
     std::vector<float> deviation(4);
     for (const std::uint32_t format : {kAverage16, kSum32, kAverageFloat}) {
         Pictures({10, 12, 17});
@@ -272,8 +272,8 @@ TEST_F(Averaging, CalibrationAppliesToTheMeanOnly)
 
 TEST_F(Averaging, OneFrameIsCorrectedToo)
 {
-    CalType = 1;
-    OffsetList = {1, 2, 3, 4};
+    write::cal.CalType = 1;
+    write::cal.OffsetList = {1, 2, 3, 4};
     Pictures({1000});
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_THAT(counts, ElementsAre(999, 999, 1097, 1097));
@@ -282,15 +282,15 @@ TEST_F(Averaging, OneFrameIsCorrectedToo)
 
 TEST_F(Averaging, AMirroredOrSubstitutedPixelIsAsOnTheScreen)
 {
-    CalType = 2;
-    OffsetList = {1, 2, 3, 4};
-    GainList = {1, 2, 3, 4};
-    DecomList = {1, 0, 3, 3};
+    write::cal.CalType = 2;
+    write::cal.OffsetList = {1, 2, 3, 4};
+    write::cal.GainList = {1, 2, 3, 4};
+    write::cal.DecomList = {1, 0, 3, 3};
     Pictures({1000});
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_THAT(counts, ElementsAre(499, 999, 274, 274));  // 999 / 2, 999 / 1, 1097 / 4
     std::vector<std::int16_t> shown;
-    DisplayEnabled = 0;
+    write::frames.DisplayEnabled = 0;
     ASSERT_EQ(GetVideoData(shown), 1);
     EXPECT_EQ(shown, counts);
 }
@@ -307,8 +307,8 @@ TEST_F(Averaging, DataOffsetIsPartOfTheCounts)
 
 TEST_F(Averaging, APartOfTheFrameStaysWithinItsBlocks)
 {
-    CalType = 1;
-    OffsetList = {1, 2, 3, 4};
+    write::cal.CalType = 1;
+    write::cal.OffsetList = {1, 2, 3, 4};
     Pictures({1000});
     // The copy is flat: two values from element 2 x 2 on, which lies behind the frame.
     std::vector<std::int16_t> row = {77, 78, 79};
@@ -346,7 +346,7 @@ class AveragingMemory : public Averaging, public testing::WithParamInterface<Ref
 
 TEST_P(AveragingMemory, RefusedEndsTheCallWithItsBox)
 {
-    CalType = 1;
+    write::cal.CalType = 1;
     std::vector<float> deviation(4, -3);
     FailAllocation(GetParam().allocation);
     EXPECT_EQ(Average(2, GetParam().format | kTakeNewFrames, deviation), 0);
@@ -379,9 +379,9 @@ INSTANTIATE_TEST_SUITE_P(EachBlock, AveragingMemory,
 TEST_F(Averaging, WithoutHostFramesItEndsWithItsBoxes)
 {
     FreeHostFrames();
-    numBufFrames = 0;
-    AveragingCapacity = 0;
-    CalType = 2;
+    write::camera.numBufFrames = 0;
+    write::buffer.AveragingCapacity = 0;
+    write::cal.CalType = 2;
     EXPECT_EQ(Average(2, kAverage16 | kTakeNewFrames), 0);
     ASSERT_EQ(op.Boxes().size(), 2U);
     EXPECT_EQ(op.Boxes()[0].text, "Buffer board memory not accessable!");
@@ -394,7 +394,7 @@ TEST_F(Averaging, WithoutHostFramesItEndsWithItsBoxes)
 TEST_F(Averaging, ANegativeGrabberHandleIsToldAndCountsAsDone)
 {
     recordingBoard.answers["itx_get_modcnf"] = -3;
-    CalType = 2;
+    write::cal.CalType = 2;
     EXPECT_EQ(Average(2, kAverage16 | kTakeNewFrames), 1);
     ASSERT_EQ(op.Boxes().size(), 1U);
     EXPECT_EQ(op.Boxes()[0].text, "ICP-PCI frame grabber error");
@@ -408,7 +408,7 @@ TEST_F(Averaging, ACaptureThatFailsIsToldAndTheRunGoesOnWithWhatTheStoreHolds)
     Pictures({10});
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     recordingBoard.answers["icp_read_area"] = -1;
-    CalType = 1;
+    write::cal.CalType = 1;
     EXPECT_EQ(Average(1, kSum32 | kTakeNewFrames), 1);
     ASSERT_EQ(op.Boxes().size(), 1U);
     EXPECT_EQ(op.Boxes()[0].text, "icp_read_area() Error");
@@ -421,7 +421,7 @@ TEST_F(Averaging, TheCapacityIsWorkedOutOnceAndKept)
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_EQ(AveragingCapacity, 3U);
     EXPECT_EQ(HostFrameBytes, 24);
-    AveragingCapacity = 2;
+    write::buffer.AveragingCapacity = 2;
     Pictures({1, 2, 3, 4, 5});
     EXPECT_EQ(Average(5, kSum32 | kTakeNewFrames | kShowProgress), 1);
     EXPECT_EQ(sums[0], 15);
@@ -431,13 +431,13 @@ TEST_F(Averaging, TheCapacityIsWorkedOutOnceAndKept)
 TEST_F(Averaging, WithAFileOnViewTheCapacityFollowsItsSize)
 {
     Freeze();
-    AveragingCapacity = 0;
-    ViewingFile = 1;
+    write::buffer.AveragingCapacity = 0;
+    write::frames.ViewingFile = 1;
     ImageHeader.ImageWidth = 3;
     ImageHeader.ImageHeight = 2;
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_EQ(AveragingCapacity, 2U);  // 24 bytes over 12
-    AveragingCapacity = 0;
+    write::buffer.AveragingCapacity = 0;
     ImageHeader.ImageWidth = 0;
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 0);
     EXPECT_EQ(op.Boxes().back().caption, "Image Buffer Board Error!");
@@ -450,7 +450,7 @@ TEST_F(Averaging, TheFrozenFrameIsReadThroughAStoreMadeAnew)
     Freeze();
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     FreeHostFrames();
-    RawFrame = {70, 80, 90, 100};
+    write::frames.RawFrame = {70, 80, 90, 100};
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_THAT(counts, ElementsAre(70, 80, 90, 100));
     EXPECT_EQ(AveragingCapacity, 3U);
@@ -461,7 +461,7 @@ TEST_F(Averaging, TheFrozenFrameOfAnotherSizeTakesAStoreOfThatSize)
     Freeze();
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     SetSize(2, 1);
-    RawFrame = {70, 80};
+    write::frames.RawFrame = {70, 80};
     EXPECT_EQ(AverageFrames(std::span(counts), {}, 1, 0, 0, 1, 0, kAverage16 | kTakeNewFrames), 1);
     EXPECT_THAT(counts, ElementsAre(70, 80, 9, 10));
     SetSize(0, 1);
@@ -473,13 +473,13 @@ TEST_F(Averaging, TheFrozenFrameOfAnotherSizeTakesAStoreOfThatSize)
 TEST_F(Averaging, NoFrameIsAddedTwiceWhereTheCapacityIsThatOfASmallStoredPicture)
 {
     Freeze();
-    ViewingFile = 1;
+    write::frames.ViewingFile = 1;
     ImageHeader.ImageWidth = 1;
     ImageHeader.ImageHeight = 1;
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_EQ(AveragingCapacity, 12U);
-    ViewingFile = 0;
-    LiveVideo = 1;
+    write::frames.ViewingFile = 0;
+    write::frames.LiveVideo = 1;
     Pictures({1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
     EXPECT_EQ(Average(10, kSum32 | kTakeNewFrames), 1);
     EXPECT_EQ(sums[0], 55);
@@ -500,7 +500,7 @@ TEST_F(Averaging, WithMemoryRefusedPartWayTheFramesThatStandServe)
 TEST_F(Averaging, WithTheStoreTurnedOffMeanwhileItEndsWithItsBox)
 {
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
-    numBufFrames = 0;
+    write::camera.numBufFrames = 0;
     EXPECT_EQ(Average(4, kAverage16 | kTakeNewFrames), 0);
     ASSERT_EQ(op.Boxes().size(), 1U);
     EXPECT_EQ(op.Boxes()[0].text, "ICP-PCI frame grabber error");
@@ -511,9 +511,9 @@ TEST_F(Averaging, ARectangleOutsideTheFrameStaysWithinItsBlocks)
 {
     constexpr int kLow = std::numeric_limits<int>::min();
     constexpr int kHuge = std::numeric_limits<int>::max();
-    CalType = 2;
-    OffsetList = {0, 0, 0, 0};
-    GainList = {1, 1, 1, 1};
+    write::cal.CalType = 2;
+    write::cal.OffsetList = {0, 0, 0, 0};
+    write::cal.GainList = {1, 1, 1, 1};
     std::vector<std::int16_t> block(100, -5);
     Pictures({1000});
     // Six columns from -2, four rows from -1: the first of the frame is the ninth value of the flat copy.
@@ -529,8 +529,8 @@ TEST_F(Averaging, ARectangleOutsideTheFrameStaysWithinItsBlocks)
 TEST_F(Averaging, ARangeOfStoredFramesBeyondAnyStoreEnds)
 {
     Store({{1, 2, 3, 4}});
-    BufferFirstFrame = std::numeric_limits<int>::min();
-    BufferLastFrame = std::numeric_limits<int>::max();
+    write::buffer.BufferFirstFrame = std::numeric_limits<int>::min();
+    write::buffer.BufferLastFrame = std::numeric_limits<int>::max();
     EXPECT_EQ(Average(1, kAverage16 | kUseStoredFrames), 1);
     EXPECT_THAT(counts, Each(-5)) << "no frame has such a number";
 }

@@ -9,11 +9,11 @@
 #include "platform/front.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/full_disk.h"
 #include "support/picture_fixture.h"
@@ -49,27 +49,27 @@ class GeometryDialogTest : public PictureTest {
     GeometryDialogTest()
     {
         std::filesystem::current_path(directory.Path());
-        ActiveConfig.Description = "Test array";
-        ActiveConfig.DecomScheme = 2;
-        ActiveConfig.Hroi = 32;
-        ActiveConfig.Vroi = 24;
-        ActiveConfig.Hactive = 32;
-        ActiveConfig.Vactive = 24;
-        CalSettings.PRSfile = directory / "right.prs";
-        CalSettings.CalFile = directory / "run.cal";
+        write::camera.ActiveConfig.Description = "Test array";
+        write::camera.ActiveConfig.DecomScheme = 2;
+        write::camera.ActiveConfig.Hroi = 32;
+        write::camera.ActiveConfig.Vroi = 24;
+        write::camera.ActiveConfig.Hactive = 32;
+        write::camera.ActiveConfig.Vactive = 24;
+        write::calSet.CalSettings.PRSfile = directory / "right.prs";
+        write::calSet.CalSettings.CalFile = directory / "run.cal";
         PutFile(CalSettings.PRSfile, "header\n0,1\n0,-1\n");
         PutFile(CalSettings.CalFile, "[Calibration]\n");
-        MirrorHoriz = MirrorVert = RotateCCW = 0;
-        SubstBadPixels = 1;
+        write::display.MirrorHoriz = write::display.MirrorVert = write::display.RotateCCW = 0;
+        write::display.SubstBadPixels = 1;
     }
     ~GeometryDialogTest() override { std::filesystem::current_path("/"); }
 
     // A calibration with a list of four detectors; the camera is on.
     void Calibrate(const std::string& list = kStored)
     {
-        CameraOn = 1;
-        CalType = 2;
-        CalSettings.BadDetFile = directory / "run.bad";
+        write::frames.CameraOn = 1;
+        write::cal.CalType = 2;
+        write::calSet.CalSettings.BadDetFile = directory / "run.bad";
         PutFile(CalSettings.BadDetFile, list);
     }
     // Opens the dialog, works it, and leaves by Ok where the work left it open.
@@ -115,9 +115,9 @@ class GeometryDialogTest : public PictureTest {
 
 TEST_F(GeometryDialogTest, OpensWithoutACalibrationWithTheListDisabled)
 {
-    MirrorVert = 1;
-    SubstBadPixels = 0;
-    CalSettings.BadDetFile = "not looked at.bad";
+    write::display.MirrorVert = 1;
+    write::display.SubstBadPixels = 0;
+    write::calSet.CalSettings.BadDetFile = "not looked at.bad";
     EXPECT_EQ(Run([](HWND dialog) {
                   EXPECT_EQ(DialogName(dialog), "GEOMETRY");
                   EXPECT_EQ(GetWindowText(dialog), "Image setup");
@@ -163,7 +163,7 @@ TEST_F(GeometryDialogTest, ItsControlsBearTheirTexts)
 
 TEST_F(GeometryDialogTest, TwoCamerasOfferTheSecondButton)
 {
-    ActiveConfig.DualCamera = 1;
+    write::camera.ActiveConfig.DualCamera = 1;
     Run([](HWND dialog) { EXPECT_TRUE(DlgItemEnabled(dialog, 1602)); });
 }
 
@@ -202,7 +202,7 @@ TEST_F(GeometryDialogTest, AListThatCantBeOpenedIsGivenUpOnOk)
 {
     Calibrate();
     const std::string missing = directory / "missing.bad";
-    CalSettings.BadDetFile = missing;
+    write::calSet.CalSettings.BadDetFile = missing;
     op->Answer({Button::kOk});
     EXPECT_EQ(Run([](HWND dialog) { EXPECT_FALSE(DlgItemEnabled(dialog, 1308)); }), 1);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
@@ -216,7 +216,7 @@ TEST_F(GeometryDialogTest, AListThatCantBeOpenedIsGivenUpOnOk)
 TEST_F(GeometryDialogTest, AListThatCantBeOpenedEndsTheDialogOnCancel)
 {
     Calibrate();
-    CalSettings.BadDetFile = directory / "missing.bad";
+    write::calSet.CalSettings.BadDetFile = directory / "missing.bad";
     op->Answer({Button::kCancel});
     EXPECT_EQ(GeometryDialog(hWndMain), 0);
     EXPECT_THAT(BoxTexts(), ElementsAre(testing::StartsWith("Unable to open"),
@@ -301,7 +301,7 @@ TEST_F(GeometryDialogTest, WithoutTheCameraNothingIsAsked)
 
 TEST_F(GeometryDialogTest, ReplacingIsAChangeOnlyWithACalibration)
 {
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     Run([](HWND dialog) { OperateCheck(dialog, 1306, false); });
     EXPECT_THAT(op->Boxes(), IsEmpty());
     EXPECT_EQ(SubstBadPixels, 0);
@@ -396,7 +396,7 @@ TEST_F(GeometryDialogTest, ATextWithoutAPairIsToldAndNotAdded)
 TEST_F(GeometryDialogTest, AnArrayWithoutSidesTakesNoPair)
 {
     Calibrate("");
-    ActiveConfig.Hactive = ActiveConfig.Vactive = std::numeric_limits<std::int32_t>::min();
+    write::camera.ActiveConfig.Hactive = write::camera.ActiveConfig.Vactive = std::numeric_limits<std::int32_t>::min();
     op->Answer({Button::kOk, Button::kOk, Button::kNo});
     Run([](HWND dialog) {
         OperateText(dialog, 1312, "0,0");
@@ -441,7 +441,7 @@ TEST_F(GeometryDialogTest, AListThatCantBePutInItsPlaceIsToldAndItsScratchFileSt
     op->Answer({Button::kNo});
     Run([&](HWND dialog) {
         OperatePress(dialog, 1310);
-        CalSettings.BadDetFile = directory / "none/run.bad";
+        write::calSet.CalSettings.BadDetFile = directory / "none/run.bad";
     });
     EXPECT_THAT(BoxTexts(), ElementsAre(kAsk, "Could not save file: " + (directory / "none/run.bad")));
     EXPECT_EQ(Scratch(), "   2,   3\n   2,   9\n   5,   0\n");
@@ -484,7 +484,7 @@ TEST_F(GeometryDialogTest, MarksTheFirstLineThenTheSelectedOneAndTakesTheMarkOff
     Calibrate("5,5\n10,20\n");
     std::vector<std::int16_t> bright(32 * 24, 16383);
     View(32, 24, bright);
-    GetVideoData(LiveFrame);
+    GetVideoData(write::frames.LiveFrame);
     const auto isMarked = [](int row, int column) { return Shown(column * 3 + 1, row * 3 + 1) == 0; };
     EXPECT_FALSE(isMarked(4, 5));
     Run([&](HWND dialog) {

@@ -7,11 +7,11 @@
 #include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "state/cal_settings.h"
+#include "state/cal_settings_write.h"
 #include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/name_file.h"
 #include "ui/status.h"
@@ -36,9 +36,9 @@ class CalibDialog : public CalibrationTest {
     void SetUp() override
     {
         CalibrationTest::SetUp();
-        GrabberPresent = 0;
-        SubstBadPixels = 1;
-        ReplaceNoisy = 1;
+        write::frames.GrabberPresent = 0;
+        write::display.SubstBadPixels = 1;
+        write::calSet.ReplaceNoisy = 1;
     }
     void Run(std::function<void(HWND)> work, std::function<void(HWND)> then = nullptr)
     {
@@ -65,7 +65,7 @@ class CalibDialog : public CalibrationTest {
 
 TEST_F(CalibDialog, IsRefusedWithoutACamera)
 {
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
     EXPECT_EQ(RunCalibrationDialog(hWndMain), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Camera must be turned on before calibrating");
@@ -74,12 +74,12 @@ TEST_F(CalibDialog, IsRefusedWithoutACamera)
 
 TEST_F(CalibDialog, OpensWithWhatIsInForce)
 {
-    CalSettings.NumFrames = 64;
-    CalSettings.AllowedNoiseLevel = 4.5F;
-    CalSettings.GainAcceptanceRange = 0.35F;
-    CalSettings.MaxOffset = 500;
-    CalSettings.MinOffset = 300;
-    CalSettings.ChosenType = 1;
+    write::calSet.CalSettings.NumFrames = 64;
+    write::calSet.CalSettings.AllowedNoiseLevel = 4.5F;
+    write::calSet.CalSettings.GainAcceptanceRange = 0.35F;
+    write::calSet.CalSettings.MaxOffset = 500;
+    write::calSet.CalSettings.MinOffset = 300;
+    write::calSet.CalSettings.ChosenType = 1;
     Run([](HWND dialog) {
         EXPECT_EQ(DialogName(dialog), "CALIB");
         EXPECT_EQ(GetWindowText(dialog), "Calibration");
@@ -130,7 +130,7 @@ TEST_F(CalibDialog, ItsControlsBearTheirTexts)
 
 TEST_F(CalibDialog, OpensWithItsLimitsDisabledWhereNothingIsReplaced)
 {
-    SubstBadPixels = 0;
+    write::display.SubstBadPixels = 0;
     Run([](HWND dialog) {
         EXPECT_FALSE(IsDlgButtonChecked(dialog, 1306));
         EXPECT_FALSE(IsDlgButtonChecked(dialog, 1208));
@@ -144,7 +144,7 @@ TEST_F(CalibDialog, OpensWithItsLimitsDisabledWhereNothingIsReplaced)
 TEST_F(CalibDialog, TurningReplacementOffAndOnTakesTheRestAlong)
 {
     PutFile(InDirectory("Last.bad"), "");
-    ReplaceNoisy = 0;
+    write::calSet.ReplaceNoisy = 0;
     Run([](HWND dialog) {
         EXPECT_FALSE(IsDlgButtonChecked(dialog, 1208)) << "as the flag says";
         ExpectNoiseEnabled(dialog, false);
@@ -168,7 +168,7 @@ TEST_F(CalibDialog, TurningReplacementOffAndOnTakesTheRestAlong)
 
 TEST_F(CalibDialog, TheFileRadiosActOnlyWhereBadPixelsAreReplaced)
 {
-    SubstBadPixels = 0;
+    write::display.SubstBadPixels = 0;
     PutFile(InDirectory("Perm.bad"), "");
     PutFile(InDirectory("Last.bad"), "");
     Run([](HWND dialog) {
@@ -381,14 +381,14 @@ TEST_F(CalibDialog, AFrameCountOfOneClearsReplaceNoisyWhateverTheBoxSays)
 
 TEST_F(CalibDialog, ABoardWithoutFramesInMemoryIsSlowerAndTold)
 {
-    GrabberPresent = 1;
-    ActiveConfig.BufferCapture = 0;
+    write::frames.GrabberPresent = 1;
+    write::camera.ActiveConfig.BufferCapture = 0;
     Run([](HWND dialog) { OperatePress(dialog, kIdOk); });
     EXPECT_EQ(result, 1);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Camera driver with image buffer board option calibrates faster!");
     EXPECT_EQ(op->Boxes()[0].caption, "Camera driver warning!");
-    ActiveConfig.BufferCapture = 1;
+    write::camera.ActiveConfig.BufferCapture = 1;
     Run([](HWND dialog) { OperatePress(dialog, kIdOk); });
     EXPECT_THAT(op->Boxes(), SizeIs(1));
 }

@@ -12,8 +12,8 @@
 #include "state/cal_settings.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recorded_board.h"
 
@@ -47,8 +47,8 @@ void CalibrationTest::SetUp()
         "QVF1058_MasterClockMinIndex=2\nQVF1058_MasterClockMaxIndex=63\n");
     IdentifyAsInSb();
     init_itex();
-    CameraOn = 1;
-    SubstBadPixels = 1;
+    write::frames.CameraOn = 1;
+    write::display.SubstBadPixels = 1;
     LoadCalibrationSettings();
     TakeBoardCalls();
 }

@@ -8,7 +8,7 @@
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 
 #include <gmock/gmock.h>
@@ -128,14 +128,14 @@ TEST_F(ReportMap, AddsListedPixelsThatTheRunFoundGood)
 TEST_F(ReportMap, IsTurnedAsThePictureIs)
 {
     CalibrationReport report = Report();
-    MirrorVert = 1;  // columns
+    write::display.MirrorVert = 1;  // columns
     OrientMap(report);
     EXPECT_THAT(report.map, ElementsAre(0, 1, 0, 0, 1, 0, 0, 2));
-    MirrorVert = 0;
-    MirrorHoriz = 1;  // rows
+    write::display.MirrorVert = 0;
+    write::display.MirrorHoriz = 1;  // rows
     OrientMap(report);
     EXPECT_THAT(report.map, ElementsAre(1, 0, 0, 2, 0, 1, 0, 0));
-    MirrorHoriz = 0;
+    write::display.MirrorHoriz = 0;
 }
 
 std::size_t PixelsOf(const DeviceBitmap& picture, std::uint32_t color)

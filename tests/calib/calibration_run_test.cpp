@@ -16,10 +16,10 @@
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recorded_board.h"
 #include "ui/status.h"
@@ -115,8 +115,8 @@ TEST_F(TwoPointRun, TemperaturesAreToldAndKept)
 
 TEST_F(TwoPointRun, CancelAtTheLowSourceChangesNothing)
 {
-    CalType = 1;
-    CalDone = 1;
+    write::cal.CalType = 1;
+    write::calSet.CalDone = 1;
     const std::string status = StatusText;
     Press(kIdCancel);
     EXPECT_EQ(TwoPoint(), 0);
@@ -139,7 +139,7 @@ TEST_F(TwoPointRun, CancelAtTheHighSourceLeavesTheUnityState)
 TEST_F(TwoPointRun, OneFrameGivesNoNoiseAndTheOldFileGoes)
 {
     PutFile(InDirectory("Last.noi"), "old");
-    CalSettings.NumFrames = 1;
+    write::calSet.CalSettings.NumFrames = 1;
     EXPECT_EQ(TwoPointOf(kLow, kHigh), 1);
     EXPECT_FALSE(Stands("Last.noi"));
     EXPECT_THAT(op->Boxes()[1].text, Not(HasSubstr("noise")));
@@ -164,10 +164,10 @@ TEST_F(TwoPointRun, ANoisyDetectorIsReplaced)
 
 TEST_F(TwoPointRun, AFrozenImageIsStartedBeforeEachCapture)
 {
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
     AtLow({kLow});
     AtHigh({kHigh}, "", [] {
-        if (LiveVideo) ToggleFreeze(LiveVideo);
+        if (LiveVideo) ToggleFreeze(write::frames.LiveVideo);
     });
     TakeBoardCalls();
     EXPECT_EQ(TwoPoint(), 1);
@@ -178,8 +178,8 @@ TEST_F(TwoPointRun, AFrozenImageIsStartedBeforeEachCapture)
 
 TEST_F(TwoPointRun, WithoutSubstitutionNoListIsNamed)
 {
-    SubstBadPixels = 0;
-    CalSettings.BadDetFile = InDirectory("Perm.bad");
+    write::display.SubstBadPixels = 0;
+    write::calSet.CalSettings.BadDetFile = InDirectory("Perm.bad");
     EXPECT_EQ(TwoPointOf(kLow, kHigh), 1);
     EXPECT_FALSE(Stands("Last.bad"));
     EXPECT_EQ(KeyOf(InDirectory("Last.cal"), "Calibration", "BadDetFile"), "");
@@ -188,7 +188,7 @@ TEST_F(TwoPointRun, WithoutSubstitutionNoListIsNamed)
 
 TEST_F(TwoPointRun, AListOfBadDetectorsIsJoinedWithWhatTheGainsShow)
 {
-    CalSettings.BadDetFile = InDirectory("Perm.bad");
+    write::calSet.CalSettings.BadDetFile = InDirectory("Perm.bad");
     PutFile(CalSettings.BadDetFile, "   0,   0\n");
     EXPECT_EQ(TwoPointOf(kLow, kHigh), 1);
     EXPECT_EQ(FileContents(InDirectory("Last.bad")), "   0,   0\n   1,   1\n   1,   2\n   1,   3\n");
@@ -240,14 +240,14 @@ TEST_F(TwoPointRun, WithoutFramesItFails)
         ExpectUnity();
         EXPECT_FALSE(Stands("Last.cal"));
     };
-    CalSettings.NumFrames = 0;
+    write::calSet.CalSettings.NumFrames = 0;
     AtLow({kLow});
     expectRefusal("no frame is wanted");
-    CalSettings.NumFrames = 2;
-    GrabberPresent = 0;
+    write::calSet.CalSettings.NumFrames = 2;
+    write::frames.GrabberPresent = 0;
     AtLow({kLow});
     expectRefusal("no capture board");
-    GrabberPresent = 1;
+    write::frames.GrabberPresent = 1;
     AtLow({Frame(8)});
     expectRefusal("frames of nothing");
     AtLow({kLow});
@@ -260,7 +260,7 @@ TEST_F(TwoPointRun, WithoutFramesItFails)
 TEST_F(TwoPointRun, MemoryForSumsThatIsRefusedIsNamed)
 {
     for (int n = 1; n < 16; ++n) {
-        CalSettings.NumFrames = 0;
+        write::calSet.CalSettings.NumFrames = 0;
         op->Do([n] {
             FailAllocation(n);
             OperatePress(DialogInFront(), kIdOk);
@@ -294,7 +294,7 @@ TEST_F(TwoPointRun, GainsThatCantBeInstalledAreTold)
 {
     op->AtNextBox([](const FrontBox& box) {
         EXPECT_EQ(box.caption, "Bad pixel count");
-        GainList.clear();
+        write::cal.GainList.clear();
         FailAllocation(1);
     });
     EXPECT_EQ(TwoPointOf(kLow, kHigh), 0);
@@ -308,7 +308,7 @@ TEST_F(TwoPointRun, GainsThatCantBeInstalledAreTold)
 TEST_F(TwoPointRun, OffsetsThatCantBeInstalledAreTold)
 {
     op->AtNextBox([](const FrontBox&) {
-        OffsetList.clear();
+        write::cal.OffsetList.clear();
         FailAllocation(2);  // the first makes the new list
     });
     EXPECT_EQ(TwoPointOf(kLow, kHigh), 0);
@@ -339,7 +339,7 @@ TEST_F(TwoPointRun, ATableThatCantBeReadIsTold)
 TEST_F(TwoPointRun, SubstitutionThatFailsLeavesTheNewListsInstalled)
 {
     PutFile(InDirectory("Last.gai"), "the former gains");
-    CalSettings.PRSfile = InDirectory("missing.prs");
+    write::calSet.CalSettings.PRSfile = InDirectory("missing.prs");
     EXPECT_EQ(TwoPointOf(kLow, kHigh), 0);
     EXPECT_EQ(CalType, 0);
     EXPECT_EQ(CalDone, 0);
@@ -356,9 +356,9 @@ class RangeQuestion : public TwoPointRun {
     void SetUp() override
     {
         TwoPointRun::SetUp();
-        CalSettings.GainAcceptanceRange = 1.6F;
-        CalSettings.MinOffset = 20000;
-        CalSettings.MaxOffset = 20000;
+        write::calSet.CalSettings.GainAcceptanceRange = 1.6F;
+        write::calSet.CalSettings.MinOffset = 20000;
+        write::calSet.CalSettings.MaxOffset = 20000;
     }
     // Mean low 14000, mean response 100; detector 0: gain 2.4, offset 7000 - 33600 = -26600 fits; with 500: -33100.
     const Frame low{500, 15928, 15928, 15928, 15929, 15929, 15929, 15929};
@@ -405,8 +405,8 @@ TEST_F(RangeQuestion, UnityCoefficientsThatCantBeFilledInAreTold)
         op->AtNextBox([](const FrontBox&) {});
         op->AtNextBox([gains](const FrontBox& box) {
             EXPECT_EQ(box.caption, "Warning!  Continue?");
-            if (gains) GainList.clear();
-            OffsetList.clear();
+            if (gains) write::cal.GainList.clear();
+            write::cal.OffsetList.clear();
             FailAllocation(1);
         });
         EXPECT_EQ(TwoPoint(), 0);
@@ -486,7 +486,7 @@ class OnePointRun : public CalibrationRun {
     void SetUp() override
     {
         CalibrationRun::SetUp();
-        CalType = 0;
+        write::cal.CalType = 0;
     }
     int OnePoint(const Frame& counts)
     {
@@ -497,11 +497,11 @@ class OnePointRun : public CalibrationRun {
     void PutInForce(std::int32_t type)
     {
         PutSet(InDirectory("warm.cal"));
-        CalSettings.CalFile = InDirectory("warm.cal");
-        CalSettings.GainFile = InDirectory("warm.gai");
-        CalSettings.DecomFile = InDirectory("warm.dcm");
-        CalSettings.OffsetFile = InDirectory("warm.off");
-        CalType = type;
+        write::calSet.CalSettings.CalFile = InDirectory("warm.cal");
+        write::calSet.CalSettings.GainFile = InDirectory("warm.gai");
+        write::calSet.CalSettings.DecomFile = InDirectory("warm.dcm");
+        write::calSet.CalSettings.OffsetFile = InDirectory("warm.off");
+        write::cal.CalType = type;
     }
     // Mean 1050; 2000 lies outside at once. Of the rest the mean is 1000.
     const Frame source{1000, 1010, 990, 1000, 1000, 1005, 995, 1400};
@@ -509,7 +509,7 @@ class OnePointRun : public CalibrationRun {
 
 TEST_F(OnePointRun, ANewOneFindsOffsetsAlone)
 {
-    CalSettings.MaxOffset = 300;
+    write::calSet.CalSettings.MaxOffset = 300;
     EXPECT_EQ(OnePoint(source), 1);
     EXPECT_EQ(CalType, 1);
     EXPECT_EQ(CalSettings.NumSources, 1);
@@ -540,8 +540,8 @@ TEST_F(OnePointRun, AnUpdateKeepsGainsAndTypeAndMeasuresNoNoise)
 {
     PutInForce(2);
     const std::string gains = FileContents(InDirectory("warm.gai"));
-    CalSettings.MinOffset = 4000;
-    CalSettings.MaxOffset = 4000;
+    write::calSet.CalSettings.MinOffset = 4000;
+    write::calSet.CalSettings.MaxOffset = 4000;
     EXPECT_EQ(OnePoint(Frame(8, 1000)), 1);
     EXPECT_EQ(CalType, 2);
     EXPECT_EQ(FileContents(InDirectory("warm.gai")), gains);
@@ -556,8 +556,8 @@ TEST_F(OnePointRun, AnUpdateKeepsGainsAndTypeAndMeasuresNoNoise)
 TEST_F(OnePointRun, ItsDialogNamesWhatItDoes)
 {
     const auto titled = [&](std::int32_t type, std::int32_t chosen) {
-        CalType = type;
-        CalSettings.ChosenType = chosen;
+        write::cal.CalType = type;
+        write::calSet.CalSettings.ChosenType = chosen;
         Press(kIdCancel);
         EXPECT_EQ(OnePointCalibrate(hWndMain), 0);
         return op->Texts("dialog", "text").back();
@@ -570,7 +570,7 @@ TEST_F(OnePointRun, ItsDialogNamesWhatItDoes)
 
 TEST_F(OnePointRun, OneFrameGivesNoNoiseList)
 {
-    CalSettings.NumFrames = 1;
+    write::calSet.CalSettings.NumFrames = 1;
     EXPECT_EQ(OnePoint(source), 1);
     EXPECT_FALSE(Stands("last.noi"));
     EXPECT_THAT(op->Boxes()[0].text, Not(HasSubstr("noise")));
@@ -578,7 +578,7 @@ TEST_F(OnePointRun, OneFrameGivesNoNoiseList)
 
 TEST_F(OnePointRun, WithoutSubstitutionNoDetectorIsRejected)
 {
-    SubstBadPixels = 0;
+    write::display.SubstBadPixels = 0;
     EXPECT_EQ(OnePoint(source), 1);
     EXPECT_THAT(op->Boxes()[0].text, HasSubstr("Total bad pixels =      0 (  0.0 %)"));
     EXPECT_THAT(ListOf<float>("last.gai"), Each(1.0F));
@@ -587,7 +587,7 @@ TEST_F(OnePointRun, WithoutSubstitutionNoDetectorIsRejected)
 
 TEST_F(OnePointRun, CancelChangesNothing)
 {
-    CalType = 2;
+    write::cal.CalType = 2;
     Press(kIdCancel);
     EXPECT_EQ(OnePointCalibrate(hWndMain), 0);
     EXPECT_EQ(CalType, 2);
@@ -604,15 +604,15 @@ TEST_F(OnePointRun, AnUpdateWithoutItsGainFileBeepsAndLeavesTheUnityState)
     EXPECT_GE(op->Texts("beep", "sound").size(), beeps + 3) << "the source's dialog, the capture, the failure";
     ExpectUnity();
     PutFile(InDirectory("warm.gai"), "short");
-    CalType = 2;
+    write::cal.CalType = 2;
     EXPECT_EQ(OnePoint(source), 0);
     ExpectUnity();
 }
 
 TEST_F(OnePointRun, NoPixelInsideTheFirstWindowIsTold)
 {
-    CalSettings.MinOffset = 100;
-    CalSettings.MaxOffset = 100;
+    write::calSet.CalSettings.MinOffset = 100;
+    write::calSet.CalSettings.MaxOffset = 100;
     EXPECT_EQ(OnePoint({0, 0, 0, 0, 2000, 2000, 2000, 2000}), 0);
     EXPECT_THAT(BoxTexts(), ElementsAre("Failure to find good pixels!"));
     ExpectUnity();
@@ -631,12 +631,12 @@ TEST_F(OnePointRun, NoPixelThatIsQuietEnoughIsTold)
 
 TEST_F(OnePointRun, WithoutFramesItFails)
 {
-    CalSettings.NumFrames = 0;
+    write::calSet.CalSettings.NumFrames = 0;
     EXPECT_EQ(OnePoint(source), 0);
     EXPECT_EQ(op->Boxes().back().text, "Video Data Acquisition Failed, Hardware error");
     EXPECT_EQ(op->Boxes().back().caption, "Kelvo message") << "a noise list was wanted";
-    CalSettings.NumFrames = 1;
-    GrabberPresent = 0;
+    write::calSet.CalSettings.NumFrames = 1;
+    write::frames.GrabberPresent = 0;
     EXPECT_EQ(OnePoint(source), 0);
     EXPECT_EQ(op->Boxes().back().text, "Video Data Acquisition Failed, Hardware error");
     EXPECT_EQ(op->Boxes().back().caption, "GetCalibData Error");
@@ -653,7 +653,7 @@ TEST_F(OnePointRun, AFrameThatIsTooSmallIsRefused)
 
 TEST_F(OnePointRun, AFrozenImageIsStarted)
 {
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
     TakeBoardCalls();
     EXPECT_EQ(OnePoint(source), 1);
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("grab"));
@@ -663,13 +663,13 @@ TEST_F(OnePointRun, OffsetsOutOfRangeAreAskedAbout)
 {
     PutInForce(2);
     PutGains(InDirectory("warm.gai"), {1, 1, 1, 1, 1, 1, 1, 4});
-    CalSettings.MinOffset = 20000;
-    CalSettings.MaxOffset = 20000;
+    write::calSet.CalSettings.MinOffset = 20000;
+    write::calSet.CalSettings.MaxOffset = 20000;
     op->Answer({Button::kNo});
     EXPECT_EQ(OnePoint(Frame(8, 12000)), 0);  // 12000 - 48000
     EXPECT_EQ(op->Boxes().back().text, "Some OFFSET coefficients out of range!\nDo you wish to continue ?");
     ExpectUnity();
-    CalType = 2;
+    write::cal.CalType = 2;
     op->Answer({Button::kYes});
     EXPECT_EQ(OnePoint(Frame(8, 12000)), 1);
     EXPECT_EQ(ListOf<std::int16_t>("warm.off")[7], -36000 + 65536);
@@ -677,8 +677,8 @@ TEST_F(OnePointRun, OffsetsOutOfRangeAreAskedAbout)
 
 TEST_F(OnePointRun, SubstitutionThatFailsKeepsTheNewTypeAndTheFormerName)
 {
-    CalSettings.CalFile = InDirectory("former.cal");
-    CalSettings.PRSfile = InDirectory("missing.prs");
+    write::calSet.CalSettings.CalFile = InDirectory("former.cal");
+    write::calSet.CalSettings.PRSfile = InDirectory("missing.prs");
     EXPECT_EQ(OnePoint(source), 0);
     EXPECT_EQ(CalType, 1);
     EXPECT_EQ(CalSettings.CalFile, InDirectory("former.cal"));
@@ -690,7 +690,7 @@ TEST_F(OnePointRun, OffsetMemoryThatIsRefusedEndsInTheUnityState)
     // Counted up to the offsets' list: each step's refusal has words of its own.
     std::vector<std::string> seen;
     for (int n = 1; n < 40; ++n) {
-        CalType = 0;
+        write::cal.CalType = 0;
         AtLow({source});
         FailAllocation(n);
         const int result = OnePointCalibrate(hWndMain);

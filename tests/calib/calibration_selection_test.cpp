@@ -8,8 +8,8 @@
 #include "platform/profile.h"
 #include "platform/window.h"
 #include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
 #include "state/windows.h"
 #include "support/name_file.h"
 #include "ui/file_lists.h"
@@ -34,7 +34,7 @@ class Selection : public CalibrationTest {
     void SetUp() override
     {
         CalibrationTest::SetUp();
-        ActiveConfig.Description = "InSb of the bench";
+        write::camera.ActiveConfig.Description = "InSb of the bench";
         PutSet(InDirectory("warm.cal"));
         PutSet(InDirectory("other.cal"), "[Calibration]\nDriverNumber=3\n");
         PutSet(InDirectory("plain.cal"), "[Setup]\nActiveCamera=2\n");
@@ -67,7 +67,7 @@ class Selection : public CalibrationTest {
 TEST_F(Selection, ToOpenShowsTheSetsBesideTheSettings)
 {
     std::filesystem::create_directories(InDirectory("older"));
-    ActiveConfig.Description = "320 x 256";
+    write::camera.ActiveConfig.Description = "320 x 256";
     const std::string before = CurrentDirectory();
     Work([] { EXPECT_EQ(ChooseCalibrationToOpen(hWndMain), 0); },
          [this](HWND dialog) {
@@ -171,7 +171,7 @@ TEST_F(Selection, OneThatIsCancelledGivesTheStatusLineBack)
 
 TEST_F(Selection, ToSaveWantsACalibration)
 {
-    CalType = 0;
+    write::cal.CalType = 0;
     EXPECT_EQ(ChooseCalibrationToSave(hWndMain), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "A calibration must be loaded\nin order to save it.");
@@ -180,7 +180,7 @@ TEST_F(Selection, ToSaveWantsACalibration)
 
 TEST_F(Selection, ToSaveAddsTheEndingToANameWithoutAPoint)
 {
-    CalType = 2;
+    write::cal.CalType = 2;
     EXPECT_EQ(Save({"cool"}), 1);
     EXPECT_EQ(FilePathBuf, InDirectory("cool.cal"));
     EXPECT_THAT(op->Texts("dialog", "text"), ElementsAre("Save Calibration"));
@@ -188,7 +188,7 @@ TEST_F(Selection, ToSaveAddsTheEndingToANameWithoutAPoint)
 
 TEST_F(Selection, ToSaveTakesNoOtherEnding)
 {
-    CalType = 2;
+    write::cal.CalType = 2;
     EXPECT_EQ(Save({"cool.gai", "warm.img", "cool.CAL"}), 1);
     EXPECT_EQ(FilePathBuf, InDirectory("cool.CAL"));
     ASSERT_THAT(op->Boxes(), SizeIs(2));
@@ -199,7 +199,7 @@ TEST_F(Selection, ToSaveTakesNoOtherEnding)
 
 TEST_F(Selection, ToSaveWantsADirectoryThatIsThere)
 {
-    CalType = 2;
+    write::cal.CalType = 2;
     EXPECT_EQ(Save({"no such place/cool"}), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, InDirectory("no such place/cool.cal") + "\nPath does not exist.");
@@ -207,7 +207,7 @@ TEST_F(Selection, ToSaveWantsADirectoryThatIsThere)
 
 TEST_F(Selection, ToSaveAsksBeforeASetIsReplaced)
 {
-    CalType = 1;
+    write::cal.CalType = 1;
     op->Answer({Button::kCancel, Button::kOk});
     EXPECT_EQ(Save({"warm.cal", "other"}), 1);
     EXPECT_EQ(FilePathBuf, InDirectory("other.cal"));
@@ -221,7 +221,7 @@ TEST_F(Selection, ToSaveAsksBeforeASetIsReplaced)
 
 TEST_F(Selection, OneThatCantBeOpenedIsTold)
 {
-    CalType = 2;
+    write::cal.CalType = 2;
     SetFault("load dialog CAL_OPEN", true);
     SetFault("load dialog CAL_SAVE", true);
     EXPECT_EQ(ChooseCalibrationToOpen(hWndMain), 0);

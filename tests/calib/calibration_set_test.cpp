@@ -16,12 +16,12 @@
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "resources/ids.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 #include "support/full_disk.h"
 #include "support/recorded_board.h"
@@ -56,8 +56,8 @@ class StartingSettings : public CalibrationTest {
     void Read(std::string_view calibrationKeys)
     {
         PutSetup("ActiveCamera=2\n[Calibration]\n" + std::string(calibrationKeys));
-        CalSettings = {};
-        CalSettings2 = {};
+        write::calSet.CalSettings = {};
+        write::calSet.CalSettings2 = {};
         LoadCalibrationSettings();
     }
 };
@@ -137,9 +137,9 @@ TEST_F(StartingSettings, OfTheSecondCameraAreReadOnlyWithDualCamera)
         "MaxOffset2=12\nEmissivityCold2=0.7\nEmissivityHot2=0.6\nOpticsFile2=b.opt\nCalFile2=/never/read.cal\n";
     Read(keys);
     EXPECT_EQ(CalSettings2.NumFrames, 30U);
-    ActiveConfig.DualCamera = 1;
+    write::camera.ActiveConfig.DualCamera = 1;
     Read(keys);
-    ActiveConfig.DualCamera = 0;
+    write::camera.ActiveConfig.DualCamera = 0;
     EXPECT_EQ(CalSettings.NumFrames, 64U);
     EXPECT_EQ(CalSettings2.NumSources, 1);
     EXPECT_EQ(CalSettings2.NumFrames, 7U);
@@ -162,8 +162,8 @@ TEST_F(StartingSettings, OfTheSecondCameraAreReadOnlyWithDualCamera)
 
 TEST_F(StartingSettings, EveryStartIsUncalibrated)
 {
-    CalType = 2;
-    CalDone = 1;
+    write::cal.CalType = 2;
+    write::calSet.CalDone = 1;
     Read("");
     EXPECT_EQ(CalType, 0);
     EXPECT_EQ(CalDone, 0);
@@ -207,9 +207,9 @@ TEST_F(LoadingASet, InstallsItsLists)
 
 TEST_F(LoadingASet, TakesItsParameters)
 {
-    FirstSetupPending = 1;
-    DisplayLow = 55;
-    MirrorVert = 1;
+    write::head.FirstSetupPending = 1;
+    write::display.DisplayLow = 55;
+    write::display.MirrorVert = 1;
     EXPECT_EQ(Load(), 1);
     EXPECT_EQ(IntensityCold, 3000);
     EXPECT_EQ(IntensityHot, 9000);
@@ -324,7 +324,7 @@ TEST_F(LoadingASetWithAnExternalClock, TakesTheRateThatTheOperatorTells)
 
 TEST_F(LoadingASetWithAnExternalClock, WithoutARateNothingIsLoaded)
 {
-    GainList = {9, 9, 9, 9, 9, 9, 9, 9};
+    write::cal.GainList = {9, 9, 9, 9, 9, 9, 9, 9};
     head->Taken();
     EXPECT_EQ(Answer("59.94", 7), 0);
     EXPECT_THAT(head->Taken(), IsEmpty());
@@ -412,7 +412,7 @@ TEST_F(LoadingASet, SettingsThatCantBeReplacedAreTold)
 TEST_F(LoadingASet, TheSettingsThemselvesAreTheSetOfTheLastLoad)
 {
     ASSERT_EQ(Load(), 1);
-    GainList.assign(8, 9.0F);
+    write::cal.GainList.assign(8, 9.0F);
     EXPECT_EQ(LoadCalibration(hWndMain, IniFilePath), 1);
     EXPECT_THAT(op->Boxes(), IsEmpty());
     EXPECT_EQ(GainList[7], 2.75F);
@@ -453,7 +453,7 @@ class LoadingATable : public LoadingASet {
     void SetUp() override
     {
         LoadingASet::SetUp();
-        CameraOn = 0;
+        write::frames.CameraOn = 0;
     }
 };
 
@@ -493,7 +493,7 @@ TEST_F(LoadingATable, ADcmWithEntriesOutsideTheFrameCountsAsAFailedRead)
 
 TEST_F(LoadingATable, AnInstallThatFailsIsToldInTheWordsOfTheGains)
 {
-    DecomList.clear();
+    write::cal.DecomList.clear();
     FailAllocation(2);  // the working list, then the table
     EXPECT_EQ(Load(), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
@@ -504,7 +504,7 @@ TEST_F(LoadingATable, AnInstallThatFailsIsToldInTheWordsOfTheGains)
 TEST_F(LoadingASet, AMissingGainListStopsItAfterTheSettingsAreReplaced)
 {
     std::filesystem::remove(InDirectory("warm.gai"));
-    OffsetList.assign(8, 5);
+    write::cal.OffsetList.assign(8, 5);
     EXPECT_EQ(Load(), 0);
     EXPECT_THAT(BoxTexts(), ElementsAre("Failed to open file: " + InDirectory("warm.gai")));
     EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the set");
@@ -517,7 +517,7 @@ TEST_F(LoadingASet, AMissingGainListStopsItAfterTheSettingsAreReplaced)
 TEST_F(LoadingASet, AMissingOffsetListStopsItAfterTheSettingsAreReplaced)
 {
     std::filesystem::remove(InDirectory("warm.off"));
-    CalType = 1;
+    write::cal.CalType = 1;
     EXPECT_EQ(Load(), 0);
     EXPECT_THAT(BoxTexts(), ElementsAre("Failed to open file: " + InDirectory("warm.off")));
     EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the set");
@@ -537,13 +537,13 @@ TEST_F(LoadingASet, AShortGainOrOffsetListStopsIt)
 
 TEST_F(LoadingASet, GainsAndOffsetsThatCantBeInstalledAreTold)
 {
-    DecomList.assign(8, 0);
-    GainList.clear();
+    write::cal.DecomList.assign(8, 0);
+    write::cal.GainList.clear();
     FailAllocation(2);  // the working list, then the gains
     EXPECT_EQ(Load(), 0);
     EXPECT_THAT(BoxTexts(), ElementsAre("Hardware Timeout Error, Download of Gain Coefficients"));
-    GainList.assign(8, 1.0F);
-    OffsetList.clear();
+    write::cal.GainList.assign(8, 1.0F);
+    write::cal.OffsetList.clear();
     FailAllocation(2);
     EXPECT_EQ(Load(), 0);
     EXPECT_EQ(BoxTexts().back(), "Hardware Timeout Error, Download of Offset Coefficients");
@@ -552,11 +552,11 @@ TEST_F(LoadingASet, GainsAndOffsetsThatCantBeInstalledAreTold)
 
 TEST_F(LoadingASet, AnOddFrameLosesItsLastOffset)
 {
-    ActiveConfig.Hroi = 3;
-    ActiveConfig.Vroi = 1;
-    OffsetList.clear();
-    GainList.clear();
-    DecomList.clear();
+    write::camera.ActiveConfig.Hroi = 3;
+    write::camera.ActiveConfig.Vroi = 1;
+    write::cal.OffsetList.clear();
+    write::cal.GainList.clear();
+    write::cal.DecomList.clear();
     PutTable(InDirectory("warm.dcm"), {2, 1, 0});
     PutGains(InDirectory("warm.gai"), {1.0F, 2.0F, 3.0F});
     PutOffsets(InDirectory("warm.off"), {-5, 6, 7});
@@ -566,8 +566,8 @@ TEST_F(LoadingASet, AnOddFrameLosesItsLastOffset)
 
 TEST_F(LoadingASet, AnEmptyBadDetFileTurnsReplacementOff)
 {
-    CalSettings.BadDetFile = "/former.bad";
-    SubstBadPixels = 1;
+    write::calSet.CalSettings.BadDetFile = "/former.bad";
+    write::display.SubstBadPixels = 1;
     EXPECT_EQ(Load(), 1);
     EXPECT_EQ(SubstBadPixels, 0);
     EXPECT_EQ(CalSettings.BadDetFile, "");
@@ -582,7 +582,7 @@ TEST_F(LoadingASet, ItsBadDetectorsAreReplacedAndTheFlagStays)
     PutFile(InDirectory("warm.bad"), "   0,   1\n");
     PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n");
     for (const std::int32_t flag : {1, 0}) {
-        SubstBadPixels = flag;
+        write::display.SubstBadPixels = flag;
         EXPECT_EQ(Load(), 1);
         EXPECT_EQ(SubstBadPixels, flag) << "section Display of a set doesn't count here";
         EXPECT_EQ(CalSettings.BadDetFile, InDirectory("warm.bad"));
@@ -598,7 +598,7 @@ TEST_F(LoadingASet, AFlagInSectionCalibrationCounts)
     text.replace(text.find("BadDetFile="), 11, "SubstBadPixels=0\nBadDetFile=warm.bad");
     PutFile(calPath, text);
     PutFile(InDirectory("warm.bad"), "");
-    SubstBadPixels = 1;
+    write::display.SubstBadPixels = 1;
     EXPECT_EQ(Load(), 1);
     EXPECT_EQ(SubstBadPixels, 0);
 }
@@ -631,7 +631,7 @@ TEST_F(LoadingASet, WrittenOnAnOldMachineLoads)
     }
     PutFile(InDirectory("SETS/warm.Bad"), "   1,   3\r\n");
     PutFile(InDirectory("nearccw.prs"), "row,col\r\n0,1\r\n0,-1\r\n");
-    SubstBadPixels = 1;
+    write::display.SubstBadPixels = 1;
     EXPECT_EQ(LoadCalibration(hWndMain, "C:\\KELVO\\sets\\warm.cal"), 1);
     EXPECT_THAT(op->Boxes(), IsEmpty());
     EXPECT_THAT(GainList, ElementsAre(1.0F, 1.25F, 1.5F, 1.75F, 2.0F, 2.25F, 2.5F, 2.75F));
@@ -766,8 +766,8 @@ TEST_F(SavingASet, MakesTheNewSetTheOneInForce)
 TEST_F(SavingASet, WhatWasSavedLoads)
 {
     ASSERT_EQ(SaveCalibrationAs(to), 1);
-    GainList.assign(8, 9.0F);
-    CalType = 0;
+    write::cal.GainList.assign(8, 9.0F);
+    write::cal.CalType = 0;
     EXPECT_EQ(LoadCalibration(hWndMain, to), 1);
     EXPECT_THAT(GainList, ElementsAre(1.0F, 1.25F, 1.5F, 1.75F, 2.0F, 2.25F, 2.5F, 2.75F));
     EXPECT_EQ(CalSettings.CalFile, to);
@@ -776,7 +776,7 @@ TEST_F(SavingASet, WhatWasSavedLoads)
 
 TEST_F(SavingASet, WithoutACalibrationIsRefused)
 {
-    CalType = 0;
+    write::cal.CalType = 0;
     EXPECT_EQ(SaveCalibrationAs(to), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Can not save a calibration that is not loaded");

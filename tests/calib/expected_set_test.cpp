@@ -5,11 +5,11 @@
 #include "platform/dialog.h"
 #include "platform/files.h"
 #include "platform/profile.h"
-#include "state/cal_settings.h"
+#include "state/cal_settings_write.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recorded_board.h"
 
@@ -34,12 +34,12 @@ class ExpectedSet : public CalibrationTest {
             "QVF1058_MasterClockFrequency=48000000\nQVF1058_MasterClockMinIndex=2\nQVF1058_MasterClockMaxIndex=63\n");
         FrameSizeChanged();
         PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n-1,0\n0,-1\n1,0\n-1,1\n-1,-1\n1,-1\n1,1\n");
-        LiveVideo = 1;
-        SubstBadPixels = 1;
-        ReplaceNoisy = 1;
-        CalSettings.PRSfile = InDirectory("nearccw.prs");
-        CalSettings.NumFrames = 5;
-        CalSettings.AllowedNoiseLevel = 30.0F;
+        write::frames.LiveVideo = 1;
+        write::display.SubstBadPixels = 1;
+        write::calSet.ReplaceNoisy = 1;
+        write::calSet.CalSettings.PRSfile = InDirectory("nearccw.prs");
+        write::calSet.CalSettings.NumFrames = 5;
+        write::calSet.CalSettings.AllowedNoiseLevel = 30.0F;
     }
 
     static std::vector<std::vector<std::int16_t>> Frames(const std::string& name)
@@ -64,7 +64,7 @@ class ExpectedSet : public CalibrationTest {
     {
         Source(1224, "20", "low.raw");
         Source(1226, "25", "high.raw");
-        ASSERT_EQ(TwoPointCalibrate(hWndMain, ActiveConfig, CalDone), 1);
+        ASSERT_EQ(TwoPointCalibrate(hWndMain, ActiveConfig, write::calSet.CalDone), 1);
     }
     // Section Calibration of the .cal, with the set's own path as its name.
     std::string CalSection() const

@@ -2,6 +2,7 @@
 #include "calib/calibration.h"
 #include "calib/last_set.h"
 #include "calib/run_fixture.h"
+#include "state/cal_settings_write.h"
 #include "support/full_disk.h"
 
 #include <gmock/gmock.h>
@@ -84,9 +85,9 @@ class InterruptedRun : private InMemory, public CalibrationRun {
         quiet[2] = 980;
         flickering[2] = 1000;
         const bool even = generation % 2 == 0;
-        CalSettings.BadDetFile.clear();  // a new list
-        CalSettings.NumFrames = 2;
-        CalSettings.PRSfile = InDirectory("nearccw.prs");
+        write::calSet.CalSettings.BadDetFile.clear();  // a new list
+        write::calSet.CalSettings.NumFrames = 2;
+        write::calSet.CalSettings.PRSfile = InDirectory("nearccw.prs");
         AtLow(even ? std::vector<Frame>{kLow} : std::vector<Frame>{quiet, flickering}, even ? "20" : "21");
         AtHigh({kHigh}, even ? "25" : "26");
         return TwoPoint();
@@ -181,7 +182,7 @@ TEST_F(InterruptedRun, AnUpdateThatCantWriteItsSetLeavesTheFormerOne)
     std::filesystem::permissions(DefaultDir, std::filesystem::perms(0555));
     InAnotherProcess([&] {
         BecomeAnOrdinaryUser();
-        CalSettings.GainFile = InDirectory("Last.gai");
+        write::calSet.CalSettings.GainFile = InDirectory("Last.gai");
         EXPECT_EQ(update([] {}), 0);
         EXPECT_EQ(CalType, 0);
     });
@@ -205,7 +206,7 @@ class KilledRun : public InterruptedRun {
             std::error_code gone;
             if (std::filesystem::read_symlink(entry, gone) != "anon_inode:[eventfd]") continue;
             const int descriptor = std::stoi(entry.path().filename().string());
-            if (write(descriptor, &once, sizeof once) != sizeof once) _exit(3);
+            if (::write(descriptor, &once, sizeof once) != sizeof once) _exit(3);
         }
     }
 
@@ -226,7 +227,7 @@ class KilledRun : public InterruptedRun {
         if (child == 0) {
             WakeLoop();
             op->AtNextBox([&](const FrontBox&) {
-                if (write(pipes[1], "x", 1) != 1) _exit(1);
+                if (::write(pipes[1], "x", 1) != 1) _exit(1);
             });
             for (;; ++generation) {
                 if (RunOf(generation) != 1) _exit(2);

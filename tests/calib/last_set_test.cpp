@@ -5,9 +5,9 @@
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/windows.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/windows_write.h"
 #include "support/full_disk.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
@@ -455,12 +455,12 @@ TEST_F(KilledProcess, FindsASetSavedAsWholeOrNotAtAll)
     const auto save = [&] {
         source = 3 - std::max(source, 1);
         const std::string from = directory / (source == 1 ? "one.cal" : "two.cal");
-        CalType = 2;
-        CalSettings.CalFile = from;
-        CalSettings.GainFile = SetFile(from, ".gai");
-        CalSettings.OffsetFile = SetFile(from, ".off");
-        CalSettings.DecomFile = SetFile(from, ".dcm");
-        CalSettings.BadDetFile = SetFile(from, ".bad");
+        write::cal.CalType = 2;
+        write::calSet.CalSettings.CalFile = from;
+        write::calSet.CalSettings.GainFile = SetFile(from, ".gai");
+        write::calSet.CalSettings.OffsetFile = SetFile(from, ".off");
+        write::calSet.CalSettings.DecomFile = SetFile(from, ".dcm");
+        write::calSet.CalSettings.BadDetFile = SetFile(from, ".bad");
         if (!SaveCalibrationAs(target)) _exit(1);
     };
     Measure(save);

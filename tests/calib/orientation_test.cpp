@@ -5,11 +5,12 @@
 #include "platform/memory.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
@@ -35,17 +36,17 @@ class TableInForce : public testing::Test {
     TableInForce()
     {
         SetDefaultDir(directory.Path());
-        ActiveConfig.DecomScheme = 2;
-        ActiveConfig.Vroi = 2;
-        ActiveConfig.Hroi = 2;
-        ActiveConfig.UnityOffset = 8192;
-        CameraOn = 1;
-        CalType = 2;
-        SubstBadPixels = 1;
-        CalSettings.PRSfile = directory / "right.prs";
-        CalSettings.BadDetFile = badFile;
-        CalSettings.CalFile = directory / "run.cal";
-        CalSettings.DecomFile = directory / "run.dcm";
+        write::camera.ActiveConfig.DecomScheme = 2;
+        write::camera.ActiveConfig.Vroi = 2;
+        write::camera.ActiveConfig.Hroi = 2;
+        write::camera.ActiveConfig.UnityOffset = 8192;
+        write::frames.CameraOn = 1;
+        write::cal.CalType = 2;
+        write::display.SubstBadPixels = 1;
+        write::calSet.CalSettings.PRSfile = directory / "right.prs";
+        write::calSet.CalSettings.BadDetFile = badFile;
+        write::calSet.CalSettings.CalFile = directory / "run.cal";
+        write::calSet.CalSettings.DecomFile = directory / "run.dcm";
         PutFile(CalSettings.PRSfile, "header\n0,1\n0,-1\n");
         PutFile(badFile, "   0,   0\n");
     }
@@ -88,10 +89,10 @@ TEST_F(TableInForce, ReplacesNothingWithoutFlagCalibrationOrList)
 {
     EXPECT_EQ(Set(0, 0, 0, 0), 1);
     EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3));
-    CalType = 0;
+    write::cal.CalType = 0;
     EXPECT_EQ(Set(1, 0, 0, 0), 1);
     EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3));
-    CalType = 1;
+    write::cal.CalType = 1;
     EXPECT_EQ(SetImageOrientation(1, 0, 0, 0, "", ActiveConfig, 0), 1);
     EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3));
     EXPECT_EQ(Set(1, 0, 0, 0), 1);
@@ -100,7 +101,7 @@ TEST_F(TableInForce, ReplacesNothingWithoutFlagCalibrationOrList)
 
 TEST_F(TableInForce, NeedsTheCamera)
 {
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
     EXPECT_EQ(Set(1, 0, 0, 0), 0);
     ASSERT_THAT(op.Boxes(), SizeIs(1));
     EXPECT_EQ(op.Boxes()[0].text, "Camera should be on.");
@@ -110,12 +111,12 @@ TEST_F(TableInForce, NeedsTheCamera)
 
 TEST_F(TableInForce, StaysWhereAStepOfTheRebuildFails)
 {
-    DecomList = {3, 3, 3, 3};
+    write::cal.DecomList = {3, 3, 3, 3};
     for (const int allocation : {1, 2, 5}) {  // the table, the map, the scratch table behind the two of the pattern
         FailAllocation(allocation);
         EXPECT_EQ(Set(1, 1, 0, 0), 0) << allocation;
     }
-    CalSettings.PRSfile = directory / "missing.prs";
+    write::calSet.CalSettings.PRSfile = directory / "missing.prs";
     EXPECT_EQ(Set(1, 0, 0, 0), 0);
     std::filesystem::remove(badFile);
     EXPECT_EQ(Set(1, 0, 0, 0), 0);
@@ -141,9 +142,9 @@ TEST_F(TableInForce, AFailedInstallationIsToldAndTheRebuildGoesOn)
 
 TEST_F(TableInForce, CalibrationRunsTakePlainOrderAndUnityCoefficients)
 {
-    MirrorHoriz = 1;
-    MirrorVert = 1;
-    RotateCCW = 1;
+    write::display.MirrorHoriz = 1;
+    write::display.MirrorVert = 1;
+    write::display.RotateCCW = 1;
     EXPECT_NE(SetCommutationOrder(), 0);
     EXPECT_EQ(CalType, 0);
     EXPECT_EQ(DisplayLow, 0);
@@ -158,7 +159,7 @@ TEST_F(TableInForce, CalibrationRunsTakePlainOrderAndUnityCoefficients)
 
 TEST_F(TableInForce, CalibrationRunsGoOnWhereOnlyTheRebuildFails)
 {
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
     EXPECT_NE(SetCommutationOrder(), 0);
     ASSERT_THAT(op.Boxes(), SizeIs(1));
     EXPECT_EQ(op.Boxes()[0].text, "Camera should be on.");
@@ -192,7 +193,7 @@ TEST_F(TableInForce, TheToggleRebuildsAndKeepsTheSetUpToDate)
 
 TEST_F(TableInForce, TheToggleKeepsTheFlagWhereTheRebuildFails)
 {
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
     ToggleBadPixelReplacement(nullptr);
     EXPECT_EQ(SubstBadPixels, 1);
     EXPECT_EQ(Key(IniFilePath), "1");
@@ -203,7 +204,7 @@ TEST_F(TableInForce, TheToggleKeepsTheFlagWhereTheRebuildFails)
 
 TEST_F(TableInForce, TheToggleWithoutACalibrationOnlyKeepsTheFlag)
 {
-    CalType = 0;
+    write::cal.CalType = 0;
     PutFile(CalSettings.DecomFile, "kept");
     ToggleBadPixelReplacement(nullptr);
     EXPECT_EQ(SubstBadPixels, 0);
@@ -215,7 +216,7 @@ TEST_F(TableInForce, TheToggleWithoutACalibrationOnlyKeepsTheFlag)
 
 TEST_F(TableInForce, TheToggleDoesNothingWithTwoCameras)
 {
-    ActiveConfig.DualCamera = 1;
+    write::camera.ActiveConfig.DualCamera = 1;
     ToggleBadPixelReplacement(nullptr);
     EXPECT_EQ(SubstBadPixels, 1);
     EXPECT_EQ(Key(IniFilePath), "missing");

@@ -7,11 +7,11 @@
 #include "platform/dialog.h"
 #include "platform/files.h"
 #include "platform/profile.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recorded_board.h"
 
@@ -42,16 +42,16 @@ class CalibrationRun : public CalibrationTest {
         PutFile(InDirectory("platform.ini"),
                 "[Ports]\nCOM2=sim:head.cnf\n[Board]\nBoard=recorded\n[Memory]\nLimit=400\n");
         ForgetProfile(InDirectory("platform.ini"));
-        numBufFrames = 4;
-        LiveVideo = 1;
-        CalSettings.PRSfile = InDirectory("nearccw.prs");
-        CalSettings.NumFrames = 2;
-        CalSettings.MinOffset = 400;
-        CalSettings.MaxOffset = 400;
-        ReplaceNoisy = 1;
-        SubstBadPixels = 1;
-        TemperatureCold = -999.0F;
-        TemperatureHot = -999.0F;
+        write::camera.numBufFrames = 4;
+        write::frames.LiveVideo = 1;
+        write::calSet.CalSettings.PRSfile = InDirectory("nearccw.prs");
+        write::calSet.CalSettings.NumFrames = 2;
+        write::calSet.CalSettings.MinOffset = 400;
+        write::calSet.CalSettings.MaxOffset = 400;
+        write::calSet.ReplaceNoisy = 1;
+        write::display.SubstBadPixels = 1;
+        write::cal.TemperatureCold = -999.0F;
+        write::cal.TemperatureHot = -999.0F;
         SetBoardFrames({kLow});
     }
 
@@ -81,7 +81,7 @@ class CalibrationRun : public CalibrationTest {
     {
         op->Do([id] { OperatePress(DialogInFront(), id); });
     }
-    int TwoPoint() { return TwoPointCalibrate(hWndMain, ActiveConfig, CalDone); }
+    int TwoPoint() { return TwoPointCalibrate(hWndMain, ActiveConfig, write::calSet.CalDone); }
     int TwoPointOf(const Frame& low, const Frame& high)
     {
         AtLow({low});

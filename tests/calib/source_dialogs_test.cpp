@@ -5,8 +5,8 @@
 #include "platform/faults.h"
 #include "platform/help.h"
 #include "platform/window.h"
-#include "state/cal_settings.h"
-#include "state/cal_state.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -26,8 +26,8 @@ class SourceDialog : public CalibrationTest {
     void SetUp() override
     {
         CalibrationTest::SetUp();
-        TemperatureCold = -999.0F;
-        TemperatureHot = -999.0F;
+        write::cal.TemperatureCold = -999.0F;
+        write::cal.TemperatureHot = -999.0F;
         result = -5;
     }
     void Cold(std::function<void(HWND)> work, std::function<void(HWND)> then = nullptr)
@@ -66,8 +66,8 @@ TEST_F(SourceDialog, TheColdOneAsksForTheLowSource)
 
 TEST_F(SourceDialog, TheHotOneAsksForTheHighSource)
 {
-    TemperatureHot = 25.25F;
-    CalSettings.EmissivityHot = 0.95F;
+    write::cal.TemperatureHot = 25.25F;
+    write::calSet.CalSettings.EmissivityHot = 0.95F;
     Hot([](HWND dialog) {
         EXPECT_EQ(DialogName(dialog), "CAL_HOT");
         EXPECT_EQ(GetWindowText(dialog), "2 Point Calibration");
@@ -85,9 +85,9 @@ TEST_F(SourceDialog, TheHotOneAsksForTheHighSource)
 
 TEST_F(SourceDialog, AnEmissivityOutOfRangeIsNotShown)
 {
-    CalSettings.EmissivityCold = 0.0F;
+    write::calSet.CalSettings.EmissivityCold = 0.0F;
     Cold([](HWND dialog) { EXPECT_EQ(GetDlgItemText(dialog, 1225), ""); });
-    CalSettings.EmissivityCold = 1.5F;
+    write::calSet.CalSettings.EmissivityCold = 1.5F;
     Cold([](HWND dialog) { EXPECT_EQ(GetDlgItemText(dialog, 1225), ""); });
 }
 
@@ -104,8 +104,8 @@ TEST_F(SourceDialog, OkTakesTemperatureAndEmissivity)
 
 TEST_F(SourceDialog, AnEmptyTemperatureIsNotGivenAndAnEmptyEmissivityStays)
 {
-    TemperatureCold = 20.0F;
-    CalSettings.EmissivityCold = 0.75F;
+    write::cal.TemperatureCold = 20.0F;
+    write::calSet.CalSettings.EmissivityCold = 0.75F;
     Cold([](HWND dialog) {
         OperateText(dialog, 1225, "");
         TypeAndOk(dialog, 1224, "");
@@ -156,7 +156,7 @@ TEST_F(SourceDialog, AnEmissivityOutOfRangeBeepsAndIsSetToOne)
 
 TEST_F(SourceDialog, AHighSourceThatIsNotHotterIsAskedAbout)
 {
-    TemperatureCold = 20.0F;
+    write::cal.TemperatureCold = 20.0F;
     op->Answer({Button::kCancel, Button::kOk});
     Hot([](HWND dialog) { TypeAndOk(dialog, 1226, "20.0"); },
         [](HWND dialog) {
@@ -175,7 +175,7 @@ TEST_F(SourceDialog, AHighSourceThatIsNotHotterIsAskedAbout)
 
 TEST_F(SourceDialog, AHotterOneAndOneThatIsNotGivenAreNotAskedAbout)
 {
-    TemperatureCold = 20.0F;
+    write::cal.TemperatureCold = 20.0F;
     for (const char* text : {"20.01", ""}) {
         Hot([text](HWND dialog) { TypeAndOk(dialog, 1226, text); });
         EXPECT_EQ(result, 1) << text;

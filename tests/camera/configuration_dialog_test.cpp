@@ -10,8 +10,8 @@
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
 #include "ui/docking.h"
@@ -73,12 +73,12 @@ class ConfigurationDialogTest : public PictureTest {
         SetRestart({InitialSetup, InitializeHardware});
         DockPanel();
         ByteSwap = 0xFFFF;
-        ActiveConfig.NumOutputs = 4;
-        ActiveConfig.NumChannels = 2;
-        ActiveConfig.Xoffset = 8;
-        ActiveConfig.Yoffset = 9;
-        Xpan = 5;
-        Ypan = -6;
+        write::camera.ActiveConfig.NumOutputs = 4;
+        write::camera.ActiveConfig.NumChannels = 2;
+        write::camera.ActiveConfig.Xoffset = 8;
+        write::camera.ActiveConfig.Yoffset = 9;
+        write::display.Xpan = 5;
+        write::display.Ypan = -6;
         PutKey("Camera.1", "Description", "Large one");
         PutKey("Camera.1", "Xzoom", "2");
         PutKey("Camera.1", "Yzoom", "4");
@@ -191,8 +191,8 @@ TEST_F(ConfigurationDialogTest, AnUnchangedByteSwapIsNotWritten)
 
 TEST_F(ConfigurationDialogTest, WithOneOutputOnlyTheFirstChannelRadioCanBeChosen)
 {
-    ActiveConfig.NumOutputs = 1;
-    ActiveConfig.NumChannels = 1;
+    write::camera.ActiveConfig.NumOutputs = 1;
+    write::camera.ActiveConfig.NumChannels = 1;
     Run([](HWND dialog) {
         EXPECT_TRUE(DlgItemEnabled(dialog, 1046));
         EXPECT_FALSE(DlgItemEnabled(dialog, 1047));
@@ -203,7 +203,7 @@ TEST_F(ConfigurationDialogTest, WithOneOutputOnlyTheFirstChannelRadioCanBeChosen
 
 TEST_F(ConfigurationDialogTest, TwoOutputsAllowTwoChannels)
 {
-    ActiveConfig.NumOutputs = 2;
+    write::camera.ActiveConfig.NumOutputs = 2;
     Run([](HWND dialog) {
         EXPECT_TRUE(DlgItemEnabled(dialog, 1047));
         EXPECT_FALSE(DlgItemEnabled(dialog, 1048));
@@ -212,7 +212,7 @@ TEST_F(ConfigurationDialogTest, TwoOutputsAllowTwoChannels)
 
 TEST_F(ConfigurationDialogTest, FourChannelsCheckTheLastRadio)
 {
-    ActiveConfig.NumChannels = 4;
+    write::camera.ActiveConfig.NumChannels = 4;
     Run([](HWND dialog) {
         EXPECT_TRUE(DlgItemEnabled(dialog, 1048));
         EXPECT_THAT(Checked(dialog, 1046, 1048), ElementsAre(1048));
@@ -245,8 +245,8 @@ TEST_F(ConfigurationDialogTest, ZoomsAreWrittenOnlyWhereTheyDifferFromTheKey)
 
 TEST_F(ConfigurationDialogTest, AZoomWithoutARadioStays)
 {
-    Xzoom = 16;
-    Yzoom = 9;
+    write::camera.ActiveConfig.Xzoom = 16;
+    write::camera.ActiveConfig.Yzoom = 9;
     Run([](HWND dialog) {
         EXPECT_THAT(Checked(dialog, 1260, 1267), IsEmpty());
         EXPECT_THAT(Checked(dialog, 1271, 1278), IsEmpty());
@@ -292,7 +292,7 @@ TEST_F(ConfigurationDialogTest, OffsetsAndPansAreTakenFromTheirEdits)
 TEST_F(ConfigurationDialogTest, NonNumericTextInACornerOffsetKeepsTheStoredValue)
 {
     for (const char* text : {"abc", "", "12x", "-5", "99999999999"}) {
-        Xoffset = 77;
+        write::camera.ActiveConfig.Xoffset = 77;
         Run([text](HWND dialog) {
             OperateText(dialog, 1293, text);
             OperatePress(dialog, kIdOk);
@@ -461,7 +461,7 @@ TEST_F(ConfigurationDialogTest, WithoutTheStartUpBehindItNothingIsSetUpAgain)
 
 TEST_F(ConfigurationDialogTest, AnActiveCameraBeyondTheListStaysUnlessAnotherIsChosen)
 {
-    ActiveCamera = 99;
+    write::camera.ActiveCamera = 99;
     Run([](HWND dialog) {
         EXPECT_EQ(ListSelection(dialog, 1598), -1);
         OperatePress(dialog, kIdOk);

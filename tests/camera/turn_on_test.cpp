@@ -13,11 +13,11 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 #include "support/head_fixture.h"
 #include "support/name_file.h"
@@ -54,7 +54,7 @@ class TurnOnTest : public HeadTest {
         RegisterRecordedBoard();
         WritePrivateProfileString("Board", "Board", "recorded", DefaultDir + "/platform.ini");
         SetMenu(hWndMain, MainMenu());
-        numBufFrames = 0;
+        write::camera.numBufFrames = 0;
         PutSection(std::string(kInSbSection) + "numBufFrames=0\n");
         IdentifyAsInSb();
         head->AnswerTo(kFrameSize, Answer(kFrameSize.begin(), kFrameSize.end()));
@@ -98,7 +98,7 @@ using TurningOn = TurnOnTest;
 
 TEST_F(TurningOn, ProgramsTheHeadAndStartsLiveVideo)
 {
-    CalType = 2;
+    write::cal.CalType = 2;
     EXPECT_EQ(TurnCameraOn("", 1), 1);
     EXPECT_EQ(CameraOn, 1);
     EXPECT_EQ(LiveVideo, 1);
@@ -141,10 +141,10 @@ TEST_F(TurningOn, AHeadThatFailsLeavesTheCameraOff)
 // camera.
 TEST_F(TurningOn, AFrameSizeThatChangedInTheFileDropsTheListsOfTheOldOne)
 {
-    ActiveConfig.Hroi = 640;
-    ActiveConfig.Vroi = 512;
-    DecomList.assign(640 * 512, 7);
-    GainList.assign(640 * 512, 1.0F);
+    write::camera.ActiveConfig.Hroi = 640;
+    write::camera.ActiveConfig.Vroi = 512;
+    write::cal.DecomList.assign(640 * 512, 7);
+    write::cal.GainList.assign(640 * 512, 1.0F);
     PutFile(DefaultDir + "/DECOM.TMP", "of 640 x 512");
     EXPECT_EQ(TurnCameraOn("", 1), 1);
     EXPECT_EQ(ActiveConfig.Hroi, 320);
@@ -175,11 +175,11 @@ TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
 
 TEST_F(TurningOn, ASectionWhoseSizeChangedOnDiskTakesNothingOfTheOldSizeAlong)
 {
-    ActiveConfig.Hroi = 8;
-    ActiveConfig.Vroi = 8;
-    OffsetList.assign(64, 1);
-    GainList.assign(64, 1);
-    DecomList.assign(64, 0);
+    write::camera.ActiveConfig.Hroi = 8;
+    write::camera.ActiveConfig.Vroi = 8;
+    write::cal.OffsetList.assign(64, 1);
+    write::cal.GainList.assign(64, 1);
+    write::cal.DecomList.assign(64, 0);
     ASSERT_EQ(TurnCameraOn("", 1), 1);
     ASSERT_NE(ActiveConfig.Hroi, 8) << "as the section says";
     EXPECT_THAT(OffsetList, IsEmpty());
@@ -333,7 +333,7 @@ TEST_F(TurnOnChoice, OpensWithTheLastCalibrationReady)
 
 TEST_F(TurnOnChoice, TheVideoSetUpComesWithoutACalibration)
 {
-    FirstSetupPending = 0;
+    write::head.FirstSetupPending = 0;
     EXPECT_EQ(Run({Press(1070)}), 1);
     EXPECT_EQ(FirstSetupPending, 1);
     EXPECT_EQ(CameraOn, 1);
@@ -344,7 +344,7 @@ TEST_F(TurnOnChoice, TheVideoSetUpComesWithoutACalibration)
 
 TEST_F(TurnOnChoice, AHeadThatFailsCanBeTriedAgain)
 {
-    FirstSetupPending = 0;
+    write::head.FirstSetupPending = 0;
     FailHead();
     const int result = Run({Press(1070), StillOpen(), [this](HWND dialog) {
                                 head->AnswerTo(kFrameSize, Answer(kFrameSize.begin(), kFrameSize.end()));
@@ -453,8 +453,8 @@ class TurningOff : public TurnOnTest {
         ASSERT_EQ(TurnCameraOn("", 1), 1);
         head->Taken();
         TakeBoardCalls();
-        CalType = 2;
-        DisplayLut.assign(16, 1);
+        write::cal.CalType = 2;
+        write::display.DisplayLut.assign(16, 1);
         op = nullptr;
         op = std::make_unique<TestOperator>();
     }

@@ -3,7 +3,8 @@
 #include "config/settings.h"
 #include "config/settings_fixture.h"
 #include "platform/text.h"
-#include "state/display_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
 
 namespace kelvo {
 namespace {
@@ -81,8 +82,8 @@ TEST_F(DisplaySettings, ATemperatureScaleTurnsTheBarOn)
 TEST_F(DisplaySettings, ResetReturnsToTheValuesRead)
 {
     Read("Contrast=76\nBrightness=837\n");
-    Contrast = 1;
-    Brightness = 2;
+    write::display.Contrast = 1;
+    write::display.Brightness = 2;
     EXPECT_EQ(ResetContrast, 76);
     EXPECT_EQ(ResetBrightness, 837);
 }
@@ -90,13 +91,13 @@ TEST_F(DisplaySettings, ResetReturnsToTheValuesRead)
 TEST_F(DisplaySettings, TheSecondCamerasKeysNeedASecondCamera)
 {
     const std::string keys = "SubstBadPixels2=0\nMirrorHoriz2=1\nMirrorVert2=1\n";
-    SubstBadPixels2 = MirrorHoriz2 = MirrorVert2 = 9;
-    ActiveConfig.DualCamera = 0;
+    write::display.SubstBadPixels2 = write::display.MirrorHoriz2 = write::display.MirrorVert2 = 9;
+    write::camera.ActiveConfig.DualCamera = 0;
     Read(keys);
     EXPECT_EQ(SubstBadPixels2, 9);
     EXPECT_EQ(MirrorHoriz2, 9);
     EXPECT_EQ(MirrorVert2, 9);
-    ActiveConfig.DualCamera = 1;
+    write::camera.ActiveConfig.DualCamera = 1;
     Read(keys);
     EXPECT_EQ(SubstBadPixels2, 0);
     EXPECT_EQ(MirrorHoriz2, 1);
@@ -109,8 +110,8 @@ TEST_F(DisplaySettings, TheSecondCamerasKeysNeedASecondCamera)
 
 TEST_F(DisplaySettings, ReadingChoosesCountsAndTurnsSubstitutionOn)
 {
-    DisplayUnit = 21;
-    SubstBadPixels = 0;
+    write::display.DisplayUnit = 21;
+    write::display.SubstBadPixels = 0;
     Read("");
     EXPECT_EQ(DisplayUnit, 0);
     EXPECT_EQ(SubstBadPixels, 1);

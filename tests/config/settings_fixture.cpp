@@ -6,8 +6,8 @@
 #include "platform/box.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/windows_write.h"
 
 namespace kelvo {
 
@@ -29,9 +29,9 @@ namespace kelvo {
 void SettingsTest::SetUp()
 {
     SetDefaultDir(directory.Path());
-    ClientWidth = 1280;
-    ClientHeight = 940;
-    ActiveCamera = 2;
+    write::windows.ClientWidth = 1280;
+    write::windows.ClientHeight = 940;
+    write::camera.ActiveCamera = 2;
 }
 
 void SettingsTest::PutKelvoIni(std::string_view contents)
@@ -47,7 +47,7 @@ void SettingsTest::PutCameraIni(std::string_view contents)
 void SettingsTest::ReadAll()
 {
     ReadSetupKeys();
-    ReadCameraConfig(ActiveCamera, 1, ActiveConfig);
+    ReadCameraConfig(ActiveCamera, 1, write::camera.ActiveConfig);
     ReadDisplayKeys();
 }
 

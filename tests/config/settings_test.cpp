@@ -4,10 +4,11 @@
 #include "imagefile/header.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
+#include "state/windows_write.h"
 
 #include <gmock/gmock.h>
 
@@ -236,8 +237,8 @@ TEST_F(CameraSettings, IntegersAreReadAsTheProfileReadsThem)
 
 TEST_F(CameraSettings, MalformedScannedNumbersKeepTheOldValue)
 {
-    VoltsOffset = 1.5F;
-    ADoffset = 2.5F;
+    write::camera.VoltsOffset = 1.5F;
+    write::camera.ADoffset = 2.5F;
     const CameraConfig record = Read(
         "Sync1=xyz\nSync2=\nSync3=0x1FFFF\nfPitch=wide\nIdelay=none\nCalDelay=\nADduration=-\nIntInc=one\n"
         "Volts/Offset=\nA/Doffset=high\n");
@@ -303,7 +304,7 @@ TEST_F(CameraSettings, VoltsPerCountEndAtTheFirstThatDoesNotScan)
 
 TEST_F(CameraSettings, AShortCnfFileDoesNotChangeThePath)
 {
-    CnfFilePath = "before";
+    write::windows.CnfFilePath = "before";
     Read("cnfFile=abc\n");
     EXPECT_EQ(CnfFilePath, "before");
     Read("");  // "none"
@@ -323,8 +324,8 @@ TEST_F(CameraSettings, TheViewIsTheClientAreaLessTheStatusRows)
 
 TEST_F(CameraSettings, ReadingClearsThePan)
 {
-    Xpan = 5;
-    Ypan = -6;
+    write::display.Xpan = 5;
+    write::display.Ypan = -6;
     Read("Xpan=9\nYpan=9\n");
     EXPECT_EQ(Xpan, 0);
     EXPECT_EQ(Ypan, 0);
@@ -342,11 +343,11 @@ TEST_F(CameraSettings, TheTimingFileFollowsTheFrameRate)
          {Case{"", 0.0F, "fast"}, Case{"TimingFileFrameRate=0\n", 0.0F, "slow"},
           Case{"TimingFileFrameRate=60\n", 0.0F, "slow"}, Case{"TimingFileFrameRate=60\n", 60.0F, "slow"},
           Case{"TimingFileFrameRate=60\n", 60.5F, "fast"}, Case{"TimingFileFrameRate=-2\n", -1.5F, "fast"}}) {
-        FrameRate = each.frameRate;
+        write::head.FrameRate = each.frameRate;
         EXPECT_EQ(Read(files + each.key).TimingFile, each.file) << each.key << each.frameRate;
         EXPECT_EQ(FrameRate, each.frameRate);
     }
-    FrameRate = 0;
+    write::head.FrameRate = 0;
     EXPECT_EQ(Read("TimingFile=slow\n").TimingFile, "");
 }
 
@@ -401,8 +402,8 @@ TEST_F(SetupSettings, ByteSwapIsHexadecimalAndKeepsItsValueWhereItDoesNotScan)
 
 TEST_F(SetupSettings, ReadingClearsTheCameraAndTheView)
 {
-    CameraOn = 1;
-    ViewingFile = 1;
+    write::frames.CameraOn = 1;
+    write::frames.ViewingFile = 1;
     ReadSetupKeys();
     EXPECT_EQ(CameraOn, 0);
     EXPECT_EQ(ViewingFile, 0);
@@ -434,13 +435,13 @@ TEST_F(SetupSettings, TheExitWritesContrastBrightnessZoomAndOffsetsAlone)
 {
     PutKelvoIni("; mine\n[Display]\nContrast=1\nImageColor=1231\n");
     PutCameraIni("[Camera.3]\nHroi=64\n\n[Camera.4]\nXzoom=9\n");
-    ActiveCamera = 3;
-    Contrast = 76;
-    Brightness = 837;
-    Xzoom = 4;
-    Yzoom = 5;
-    Xoffset = -6;
-    Yoffset = 7;
+    write::camera.ActiveCamera = 3;
+    write::display.Contrast = 76;
+    write::display.Brightness = 837;
+    write::camera.ActiveConfig.Xzoom = 4;
+    write::camera.ActiveConfig.Yzoom = 5;
+    write::camera.ActiveConfig.Xoffset = -6;
+    write::camera.ActiveConfig.Yoffset = 7;
     SaveDisplayState();
     EXPECT_TRUE(FlushProfiles());
     EXPECT_EQ(FileContents(IniFilePath), "; mine\n[Display]\nContrast=76\nImageColor=1231\nBrightness=837\n");

@@ -1,7 +1,7 @@
 #include "dibapi32/dibapi32.h"
 #include "platform/pointer.h"
 #include "platform/window.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/temp_directory.h"
 
@@ -32,7 +32,7 @@ class PaintingBitmaps : public ::testing::Test {
     {
         RegisterWindowClass(
             {.name = "HOST", .procedure = HostWndProc, .icon = {}, .systemBackground = false, .background = kNothing});
-        hWndMain = CreateMainWindow("HOST", "Host");
+        write::windows.hWndMain = CreateMainWindow("HOST", "Host");
         ASSERT_TRUE(hWndMain);
         ShowWindowMaximised(hWndMain);
         FillSurface(hWndMain, GetClientRect(hWndMain), kNothing);
@@ -40,7 +40,7 @@ class PaintingBitmaps : public ::testing::Test {
     void TearDown() override
     {
         DestroyWindow(hWndMain);
-        hWndMain = nullptr;
+        write::windows.hWndMain = nullptr;
     }
 
     // Rows of the client area as the screen shows them.

@@ -4,7 +4,7 @@
 #include "platform/memory.h"
 #include "platform/menu.h"
 #include "resources/ids.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
 
@@ -258,7 +258,7 @@ TEST_F(ColorMaps, AnotherNumberDoesNothing)
 
 TEST_F(ColorMaps, TheFirstMapWithoutItsFileIsGray)
 {
-    ImageColor = kNormalColor;
+    write::display.ImageColor = kNormalColor;
     EXPECT_EQ(ReadyColorMap()[kRedPlane + 100], 100);
     EXPECT_THAT(op->Boxes(), SizeIs(1));
     ReadyColorMap();
@@ -267,14 +267,14 @@ TEST_F(ColorMaps, TheFirstMapWithoutItsFileIsGray)
 
 TEST(NextColorMap, GoesRound)
 {
-    ImageColor = kNormalGray;
+    write::display.ImageColor = kNormalGray;
     NextColorMap();
     EXPECT_EQ(ImageColor, kInvertedGray);
     NextColorMap();
     EXPECT_EQ(ImageColor, kNormalColor);
     NextColorMap();
     EXPECT_EQ(ImageColor, kNormalGray);
-    ImageColor = 5;
+    write::display.ImageColor = 5;
     NextColorMap();
     EXPECT_EQ(ImageColor, 5);
 }

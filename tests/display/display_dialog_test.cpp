@@ -10,7 +10,7 @@
 #include "platform/menu.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "state/display_state.h"
+#include "state/display_state_write.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
 #include "ui/docking.h"
@@ -32,8 +32,8 @@ class DisplayDialogTest : public PictureTest {
     {
         DockPanel();
         View(2, 1, {8000, 9000});
-        Contrast = ResetContrast = 30;
-        Brightness = ResetBrightness = 600;
+        write::display.Contrast = write::display.ResetContrast = 30;
+        write::display.Brightness = write::display.ResetBrightness = 600;
         BuildDisplayLut(Contrast, Brightness);
     }
 
@@ -50,7 +50,7 @@ class DisplayDialogTest : public PictureTest {
 
 TEST_F(DisplayDialogTest, OpensWithTheValuesInForce)
 {
-    ImageColor = kInvertedGray;
+    write::display.ImageColor = kInvertedGray;
     Run([](HWND dialog) {
         EXPECT_EQ(DialogName(dialog), "DISPLAY");
         EXPECT_EQ(GetWindowText(dialog), "Display setup");
@@ -74,8 +74,8 @@ TEST_F(DisplayDialogTest, OpensWithTheValuesInForce)
 
 TEST_F(DisplayDialogTest, ATemperatureScaleShowsTheBarAsOn)
 {
-    TempScale = 1;
-    GrayColorBar = 0;
+    write::display.TempScale = 1;
+    write::display.GrayColorBar = 0;
     Run([](HWND dialog) {
         EXPECT_TRUE(IsDlgButtonChecked(dialog, 1250));
         EXPECT_TRUE(IsDlgButtonChecked(dialog, 1252));
@@ -176,9 +176,9 @@ TEST_F(DisplayDialogTest, ClosingTheWindowLeavesThePictureButNotTheValues)
 
 TEST_F(DisplayDialogTest, ResetReturnsToTheValuesReadAtStart)
 {
-    ResetContrast = 44;
-    ResetBrightness = 333;
-    ImageColor = kInvertedGray;
+    write::display.ResetContrast = 44;
+    write::display.ResetBrightness = 333;
+    write::display.ImageColor = kInvertedGray;
     Run([](HWND dialog) {
         ASSERT_TRUE(OperatePress(dialog, 1248));
         EXPECT_TRUE(IsDlgButtonChecked(dialog, 1230));
@@ -210,7 +210,7 @@ TEST_F(DisplayDialogTest, AUnitIsTakenAtOnce)
 
 TEST_F(DisplayDialogTest, TheBarIsWrittenAtOnceAndSurvivesCancel)
 {
-    GrayColorBar = 0;
+    write::display.GrayColorBar = 0;
     Run([](HWND dialog) {
         CheckDlgButton(dialog, 1252, true);
         SendMessage(dialog, WM_COMMAND, MakeLong(1252, kButtonClicked), 1);
@@ -229,7 +229,7 @@ TEST_F(DisplayDialogTest, TheBarIsWrittenAtOnceAndSurvivesCancel)
 
 TEST_F(DisplayDialogTest, TheSideHistogramNeverTurnsOn)
 {
-    TempHisto = 1;
+    write::display.TempHisto = 1;
     Run([](HWND dialog) {
         CheckDlgButton(dialog, 1254, true);
         SendMessage(dialog, WM_COMMAND, MakeLong(1254, kButtonClicked), 1);
@@ -268,12 +268,12 @@ TEST_F(DisplayDialogTest, ADialogThatCantBeOpenedIsTold)
 
 TEST_F(DisplayDialogTest, TogglingTheBarClearsAScaleWithoutIt)
 {
-    GrayColorBar = 1;
-    TempScale = 1;
+    write::display.GrayColorBar = 1;
+    write::display.TempScale = 1;
     ToggleColorBar();
     EXPECT_EQ(GrayColorBar, 0);
     EXPECT_EQ(TempScale, 0);
-    TempScale = 1;
+    write::display.TempScale = 1;
     ToggleColorBar();
     EXPECT_EQ(GrayColorBar, 1);
     EXPECT_EQ(TempScale, 1);

@@ -8,9 +8,9 @@
 #include "platform/paint.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
 #include "ui/docking.h"
@@ -36,7 +36,7 @@ std::uint32_t Gray(std::size_t count)
 
 TEST(BuildDisplayLut, NeedsNoWindowAndNoFile)
 {
-    DisplayHigh = 16383;
+    write::display.DisplayHigh = 16383;
     BuildDisplayLut(100, 1000);
     ASSERT_THAT(DisplayLut, SizeIs(65535));
     EXPECT_EQ(DisplayLut[0], 0);
@@ -50,9 +50,9 @@ TEST(BuildDisplayLut, NeedsNoWindowAndNoFile)
 
 TEST(BuildDisplayLut, KeepsEntriesThatANewTableDoesntReach)
 {
-    DisplayHigh = 16383;
+    write::display.DisplayHigh = 16383;
     BuildDisplayLut(100, 1000);
-    DisplayHigh = 99;
+    write::display.DisplayHigh = 99;
     BuildDisplayLut(100, 1000);
     EXPECT_EQ(DisplayLut[16000], 255);
 }
@@ -67,9 +67,9 @@ TEST(BuildDisplayLut, RefusedMemoryLeavesNoTable)
 
 TEST(BuildDisplayLut, AFileBringsItsRangeAndTheLoopsRunOverTheLiveOne)
 {
-    DisplayLow = 100;
-    DisplayHigh = 8000;
-    ViewingFile = 1;
+    write::display.DisplayLow = 100;
+    write::display.DisplayHigh = 8000;
+    write::frames.ViewingFile = 1;
     ImageHeader.HeaderVersion = 8;
     ImageHeader.DisplayLow = 0;
     ImageHeader.DisplayHigh = 16383;
@@ -83,22 +83,22 @@ TEST(BuildDisplayLut, AFileBringsItsRangeAndTheLoopsRunOverTheLiveOne)
 
 TEST(ImageToScreen, CountsOffsetsInWholePixels)
 {
-    ActiveConfig.Xzoom = 3;
-    ActiveConfig.Yzoom = 2;
-    ActiveConfig.Xoffset = 50;  // 16 pixels, of which a multiple of four: 16
-    ActiveConfig.Yoffset = 9;   // 4
-    Xpan = 10;
-    Ypan = -5;
+    write::camera.ActiveConfig.Xzoom = 3;
+    write::camera.ActiveConfig.Yzoom = 2;
+    write::camera.ActiveConfig.Xoffset = 50;  // 16 pixels, of which a multiple of four: 16
+    write::camera.ActiveConfig.Yoffset = 9;   // 4
+    write::display.Xpan = 10;
+    write::display.Ypan = -5;
     std::int32_t x = 20;
     std::int32_t y = 30;
     ImageToScreen(x, y);
     EXPECT_EQ(x, (20 + 16 - 10) * 3);
     EXPECT_EQ(y, (30 + 4 + 5) * 2);
-    ActiveConfig.Xoffset = 47;  // 15 pixels: 12
+    write::camera.ActiveConfig.Xoffset = 47;  // 15 pixels: 12
     x = 20;
     ImageToScreen(x, y);
     EXPECT_EQ(x, (20 + 12 - 10) * 3);
-    ActiveConfig.Yzoom = 0;
+    write::camera.ActiveConfig.Yzoom = 0;
     x = 20;
     ImageToScreen(x, y);
     EXPECT_EQ(x, 20);
@@ -130,7 +130,7 @@ TEST_F(Pipeline, EachImagePixelIsABlockOfTheZoom)
 
 TEST_F(Pipeline, UnlikeZoomsMakeOblongBlocks)
 {
-    Yzoom = 1;
+    write::camera.ActiveConfig.Yzoom = 1;
     View(2, 2, {0, 16383, 16383, 0});
     DrawFileOnView();
     EXPECT_EQ(Shown(2, 0), kBlack);
@@ -203,10 +203,10 @@ TEST_F(Pipeline, ThePanelShowsContrastAndBrightness)
 TEST_F(Pipeline, WithoutABufferNothingIsDrawn)
 {
     View(4, 4, std::vector<std::int16_t>(16, 16383));
-    ImageBuffer.clear();
+    write::frames.ImageBuffer.clear();
     DrawFileOnView();
     EXPECT_EQ(Shown(0, 0), kBackground);
-    ImageBuffer.resize(31);
+    write::frames.ImageBuffer.resize(31);
     DrawFileOnView();
     EXPECT_EQ(Shown(0, 0), kBackground);
     EXPECT_EQ(FrameBitmap, nullptr);
@@ -216,8 +216,8 @@ TEST_F(Pipeline, TheSamplesBeginBehindTheFrameHeader)
 {
     View(1, 1, std::vector<std::int16_t>(41, 0));
     ImageHeader.ImageHeaderDataOffset = 81;  // taken as 80
-    ImageBuffer[80] = 0xFF;
-    ImageBuffer[81] = 0x3F;
+    write::frames.ImageBuffer[80] = 0xFF;
+    write::frames.ImageBuffer[81] = 0x3F;
     DrawFileOnView();
     EXPECT_EQ(Shown(0, 0), kWhite);
 }
@@ -232,9 +232,9 @@ TEST_F(Pipeline, RepaintingShowsTheLastPictureWithoutAFileOrACameraToo)
         return Shown(0, 0);
     };
     EXPECT_EQ(repainted(), kWhite);
-    ViewingFile = 0;
+    write::frames.ViewingFile = 0;
     EXPECT_EQ(repainted(), kWhite);
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     EXPECT_EQ(repainted(), kWhite);
     FrameBitmap = {};
     EXPECT_EQ(repainted(), kBackground);
@@ -243,14 +243,14 @@ TEST_F(Pipeline, RepaintingShowsTheLastPictureWithoutAFileOrACameraToo)
 TEST_F(Pipeline, AZoomOfZeroOrBeyondAllBoundsEndsWell)
 {
     View(2, 2, std::vector<std::int16_t>(4, 16383));
-    Xzoom = 0;
+    write::camera.ActiveConfig.Xzoom = 0;
     DrawFileOnView();
     EXPECT_EQ(Shown(0, 0), kBackground);
-    Xzoom = 2147483647;
-    Yzoom = 2147483647;
+    write::camera.ActiveConfig.Xzoom = 2147483647;
+    write::camera.ActiveConfig.Yzoom = 2147483647;
     DrawFileOnView();
     EXPECT_EQ(Shown(0, 0), kWhite);
-    Xzoom = -3;
+    write::camera.ActiveConfig.Xzoom = -3;
     DrawFileOnView();
     EXPECT_EQ(LastPaintRight, 0);
 }
@@ -283,7 +283,7 @@ TEST_F(Pipeline, GeometryIsTakenWithAFileAndShownInThePanel)
 
 TEST_F(Pipeline, GeometryIsTakenWithTheCameraOn)
 {
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     SetDisplayGeometry(5, 6, 4, 4, 8, 9);
     EXPECT_EQ(Xpan, 5);
     EXPECT_EQ(Xzoom, 4);
@@ -291,8 +291,8 @@ TEST_F(Pipeline, GeometryIsTakenWithTheCameraOn)
 
 TEST_F(Pipeline, AGeometryChangeWhileLiveLeavesLiveVideoOn)
 {
-    CameraOn = 1;
-    LiveVideo = 1;
+    write::frames.CameraOn = 1;
+    write::frames.LiveVideo = 1;
     SetDisplayGeometry(1, 2, 3, 3, 0, 0);
     EXPECT_EQ(LiveVideo, 1);
     EXPECT_EQ(Ypan, 2);
@@ -301,7 +301,7 @@ TEST_F(Pipeline, AGeometryChangeWhileLiveLeavesLiveVideoOn)
 TEST_F(Pipeline, TheReadOutNamesPlaceValueAndUnit)
 {
     View(20, 20, std::vector<std::int16_t>(400, 1234));
-    ImageCursorOn = 1;
+    write::frames.ImageCursorOn = 1;
     ShowCursorValue(7, 12, 1);
     EXPECT_EQ(StatusText, "x=  7  y= 12  Signal=1234 Counts     ");
     EXPECT_EQ(StatusAlign, 6);
@@ -316,8 +316,8 @@ TEST_F(Pipeline, TheReadOutLeavesTheDegreeSignOut)
     ImageHeader.IntensityHot = 2000;
     ImageHeader.TemperatureCold = 20.0F;
     ImageHeader.TemperatureHot = 30.0F;
-    ImageCursorOn = 1;
-    DisplayUnit = 2;
+    write::frames.ImageCursorOn = 1;
+    write::display.DisplayUnit = 2;
     ShowCursorValue(7, 12, 1);
     EXPECT_EQ(StatusText, "x=  7  y= 12  Temperature=25.000 C     ");
 }
@@ -329,7 +329,7 @@ TEST_F(Pipeline, TheReadOutKeepsTheLineWhenOffOrWithoutZoom)
     ShowCursorValue(7, 12, 0);
     EXPECT_EQ(StatusText, "before");
     EXPECT_NE(CursorX, 7);
-    Yzoom = 0;
+    write::camera.ActiveConfig.Yzoom = 0;
     ShowCursorValue(7, 12, 1);
     EXPECT_EQ(StatusText, "before");
     EXPECT_EQ(CursorX, 7);
@@ -390,8 +390,8 @@ class PipelineAtRatioOneAndAHalf : public PictureTest {
 
 TEST_F(PipelineAtRatioOneAndAHalf, BlocksAreWholeDevicePixels)
 {
-    Xzoom = 1;
-    Yzoom = 1;
+    write::camera.ActiveConfig.Xzoom = 1;
+    write::camera.ActiveConfig.Yzoom = 1;
     std::vector<std::int16_t> counts(30, 0);
     for (std::size_t i = 1; i < counts.size(); i += 2) counts[i] = 16383;
     View(30, 1, counts);

@@ -6,9 +6,9 @@
 #include "display/display_pipeline.h"
 #include "imagefile/header.h"
 #include "resources/ids.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 
 #include <gtest/gtest.h>
 
@@ -24,9 +24,9 @@ class FrameBitmapTest : public testing::Test {
     void SetUp() override
     {
         std::mt19937 random(5);
-        DisplayLut.resize(65535);
-        for (std::uint8_t& gray : DisplayLut) gray = static_cast<std::uint8_t>(random());
-        ViewingFile = 1;
+        write::display.DisplayLut.resize(65535);
+        for (std::uint8_t& gray : write::display.DisplayLut) gray = static_cast<std::uint8_t>(random());
+        write::frames.ViewingFile = 1;
     }
 
     std::vector<std::int16_t> Frame(int width, int height)
@@ -117,25 +117,25 @@ TEST_F(FrameBitmapTest, TheTopOnlyShortensThePicture)
 
 TEST_F(FrameBitmapTest, LiveThePictureStartsAtThePan)
 {
-    ViewingFile = 0;
-    ActiveConfig.Hroi = 20;
-    ActiveConfig.Vroi = 10;
+    write::frames.ViewingFile = 0;
+    write::camera.ActiveConfig.Hroi = 20;
+    write::camera.ActiveConfig.Vroi = 10;
     const std::vector<std::int16_t> frame = Frame(20, 10);
-    Xpan = 4;
-    Ypan = 3;
+    write::display.Xpan = 4;
+    write::display.Ypan = 3;
     EXPECT_EQ(DefaultFrameRect(), (FrameRect{4, 3, 19, 9}));
     EXPECT_EQ(Rows(MakeFrameBitmap(frame, nullptr)), PlainRows(frame, {4, 3, 19, 9}));
 }
 
 TEST_F(FrameBitmapTest, OutsideTheFrameIsBlack)
 {
-    ViewingFile = 0;
-    ActiveConfig.Hroi = 20;
-    ActiveConfig.Vroi = 10;
+    write::frames.ViewingFile = 0;
+    write::camera.ActiveConfig.Hroi = 20;
+    write::camera.ActiveConfig.Vroi = 10;
     const std::vector<std::int16_t> frame = Frame(20, 10);
-    DisplayLut.assign(65535, 200);
-    Xpan = -4;
-    Ypan = -3;
+    write::display.DisplayLut.assign(65535, 200);
+    write::display.Xpan = -4;
+    write::display.Ypan = -3;
     const std::vector<std::uint8_t> rows = Rows(MakeFrameBitmap(frame, nullptr));
     EXPECT_EQ(rows, PlainRows(frame, {-4, -3, 19, 9}));
     // The top row, which a bitmap stores last, starts four elements before the frame.
@@ -146,10 +146,10 @@ TEST_F(FrameBitmapTest, OutsideTheFrameIsBlack)
 
 TEST_F(FrameBitmapTest, APanOfTheWholeWidthLeavesNoPixels)
 {
-    ViewingFile = 0;
-    ActiveConfig.Hroi = 20;
-    ActiveConfig.Vroi = 10;
-    Xpan = 20;
+    write::frames.ViewingFile = 0;
+    write::camera.ActiveConfig.Hroi = 20;
+    write::camera.ActiveConfig.Vroi = 10;
+    write::display.Xpan = 20;
     const Dib dib = MakeFrameBitmap(Frame(20, 10), nullptr);
     ASSERT_TRUE(dib);
     EXPECT_EQ(DibWidth(*dib), 0);
@@ -158,11 +158,11 @@ TEST_F(FrameBitmapTest, APanOfTheWholeWidthLeavesNoPixels)
 
 TEST_F(FrameBitmapTest, APanFromASettingsFileTakesNoEndlessMemory)
 {
-    ViewingFile = 0;
-    ActiveConfig.Hroi = 20;
-    ActiveConfig.Vroi = 10;
-    Xpan = -2000000000;
-    Ypan = -2000000000;
+    write::frames.ViewingFile = 0;
+    write::camera.ActiveConfig.Hroi = 20;
+    write::camera.ActiveConfig.Vroi = 10;
+    write::display.Xpan = -2000000000;
+    write::display.Ypan = -2000000000;
     EXPECT_EQ(DefaultFrameRect(), (FrameRect{-20, -10, 19, 9}));
 }
 
@@ -189,8 +189,8 @@ TEST_F(FrameBitmapTest, AnOldHeadersNegativeCountsShowAsCountZero)
 {
     ImageHeader.ImageWidth = 2;
     ImageHeader.ImageHeight = 1;
-    DisplayLut.assign(65535, 9);
-    DisplayLut[0] = 33;
+    write::display.DisplayLut.assign(65535, 9);
+    write::display.DisplayLut[0] = 33;
     const std::vector<std::int16_t> frame{-1, 32767};
     const std::vector<std::uint8_t> rows = Rows(MakeFrameBitmap(frame, nullptr));
     EXPECT_EQ(rows, (std::vector<std::uint8_t>{33, 9, 0, 0}));
@@ -198,11 +198,11 @@ TEST_F(FrameBitmapTest, AnOldHeadersNegativeCountsShowAsCountZero)
 
 TEST_F(FrameBitmapTest, TheColorTableIsBlueGreenRed)
 {
-    ColorMap.resize(kColorMapBytes);
-    std::iota(ColorMap.begin(), ColorMap.end(), static_cast<std::uint8_t>(0));
-    ColorMap[kBluePlane + 7] = 1;
-    ColorMap[kGreenPlane + 7] = 2;
-    ColorMap[kRedPlane + 7] = 3;
+    write::display.ColorMap.resize(kColorMapBytes);
+    std::iota(write::display.ColorMap.begin(), write::display.ColorMap.end(), static_cast<std::uint8_t>(0));
+    write::display.ColorMap[kBluePlane + 7] = 1;
+    write::display.ColorMap[kGreenPlane + 7] = 2;
+    write::display.ColorMap[kRedPlane + 7] = 3;
     RgbQuadTable table;
     BuildDibPalette(table);
     EXPECT_EQ(std::vector<std::uint8_t>(table.begin() + 28, table.begin() + 32),
@@ -211,7 +211,7 @@ TEST_F(FrameBitmapTest, TheColorTableIsBlueGreenRed)
 
 TEST_F(FrameBitmapTest, TheMapIsMadeAtFirstUseFromTheStoredChoice)
 {
-    ImageColor = kInvertedGray;
+    write::display.ImageColor = kInvertedGray;
     const Dib dib = MakeFrameBitmap(Frame(4, 1), nullptr);
     ASSERT_TRUE(dib);
     EXPECT_EQ(DibPalette(*dib)[0], 255);
@@ -221,7 +221,7 @@ TEST_F(FrameBitmapTest, TheMapIsMadeAtFirstUseFromTheStoredChoice)
 TEST_F(FrameBitmapTest, ANewMapIsInTheNextBitmap)
 {
     const std::vector<std::int16_t> frame = Frame(4, 1);
-    ImageColor = kNormalGray;
+    write::display.ImageColor = kNormalGray;
     SetColorMap(kNormalGray);
     EXPECT_EQ(DibPalette(*MakeFrameBitmap(frame, nullptr))[4 * 10], 10);
     // The display dialog shows a map while ImageColor still holds the old one.

@@ -7,8 +7,8 @@
 #include "platform/text.h"
 #include "resources/ids.h"
 #include "state/cal_state.h"
-#include "state/display_state.h"
-#include "state/windows.h"
+#include "state/display_state_write.h"
+#include "state/windows_write.h"
 #include "support/picture_fixture.h"
 
 #include <gmock/gmock.h>
@@ -65,7 +65,7 @@ TEST_F(UnitLists, GainStandsAloneWithoutBrackets)
 {
     DockPanel();
     View(1, 1, {0});
-    ViewFilePath = "detector.gai";
+    write::windows.ViewFilePath = "detector.gai";
     EXPECT_EQ(FillUnitCombo(hDlgPanel, 0), 18);
     EXPECT_THAT(PanelTexts(), ElementsAre("Gain"));
     EXPECT_EQ(PanelUnit(), 18);
@@ -75,7 +75,7 @@ TEST_F(UnitLists, WithNoUnitTheListIsEmpty)
 {
     DockPanel();
     View(1, 1, {0});
-    ViewFilePath = "deviation.sdv";
+    write::windows.ViewFilePath = "deviation.sdv";
     EXPECT_EQ(FillUnitCombo(hDlgPanel, 0), -1);
     EXPECT_EQ(ListCount(hDlgPanel, kUnitList), 0);
     EXPECT_EQ(PickAvailableUnit(0), -1);
@@ -87,7 +87,7 @@ TEST_F(UnitLists, PickingKeepsAnOfferedUnitAndElseTakesTheLowest)
     Calibrate();
     EXPECT_EQ(PickAvailableUnit(4), 4);
     EXPECT_EQ(PickAvailableUnit(9), 0);
-    ViewFilePath = "list.noi";
+    write::windows.ViewFilePath = "list.noi";
     EXPECT_EQ(PickAvailableUnit(4), 9);
 }
 
@@ -96,7 +96,7 @@ TEST_F(UnitLists, PickingRefillsThePanelAroundTheUnitInForce)
     DockPanel();
     View(1, 1, {0});
     Calibrate();
-    DisplayUnit = 2;
+    write::display.DisplayUnit = 2;
     EXPECT_EQ(PickAvailableUnit(4), 4);
     EXPECT_EQ(PanelUnit(), 2);
 }

@@ -2,11 +2,11 @@
 #include "display/units.h"
 
 #include "imagefile/header.h"
-#include "state/cal_state.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
-#include "state/windows.h"
+#include "state/cal_state_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
+#include "state/windows_write.h"
 
 #include <gtest/gtest.h>
 
@@ -22,23 +22,23 @@ class Units : public testing::Test {
   protected:
     void SetUp() override
     {
-        DisplayLow = 0;
-        DisplayHigh = 16383;
-        VoltsLow = -1.5F;
-        VoltsHigh = 2.5F;
-        IntensityCold = 4000;
-        IntensityHot = 9000;
-        TemperatureCold = 20.0F;
-        TemperatureHot = 30.0F;
-        CalType = 2;
-        ViewScaleGain = 4.0F;
-        ViewScaleOffset = 0.5F;
+        write::display.DisplayLow = 0;
+        write::display.DisplayHigh = 16383;
+        write::head.VoltsLow = -1.5F;
+        write::head.VoltsHigh = 2.5F;
+        write::cal.IntensityCold = 4000;
+        write::cal.IntensityHot = 9000;
+        write::cal.TemperatureCold = 20.0F;
+        write::cal.TemperatureHot = 30.0F;
+        write::cal.CalType = 2;
+        write::display.ViewScaleGain = 4.0F;
+        write::display.ViewScaleOffset = 0.5F;
     }
 
     void View(const char* name)
     {
-        ViewingFile = 1;
-        ViewFilePath = name;
+        write::frames.ViewingFile = 1;
+        write::windows.ViewFilePath = name;
         ImageHeader.DisplayLow = 0;
         ImageHeader.DisplayHigh = 16383;
         ImageHeader.TemperatureCold = 10.0F;
@@ -134,7 +134,7 @@ TEST_F(Units, VoltsSpanTheLiveRange)
     EXPECT_EQ(CountsToUnit(16383, 1, nullptr), 2.5F);
     EXPECT_EQ(CountsToUnit(5000, 1, nullptr), static_cast<float>(4.0 * 5000 / 16383 - 1.5));
     EXPECT_EQ(Text(5000, 1), "-0.279");
-    DisplayLow = 1000;
+    write::display.DisplayLow = 1000;
     EXPECT_EQ(CountsToUnit(5000, 1, nullptr), static_cast<float>(4.0 * 4000 / 15383 - 1.5));
 }
 
@@ -188,15 +188,15 @@ TEST_F(Units, DeviationInDegreesIsTheScaledValueTimesTheSlope)
 TEST_F(Units, WithoutAValidCalibrationATemperatureIsTheCount)
 {
     for (const int unit : {2, 3, 4, 11, 12, 13, 23, 24, 25}) {
-        IntensityCold = 9000;
-        IntensityHot = 9000;
+        write::cal.IntensityCold = 9000;
+        write::cal.IntensityHot = 9000;
         EXPECT_EQ(Text(777, unit), "777") << unit;
         EXPECT_EQ(CountsToUnit(777, unit, nullptr), 777.0F);
         EXPECT_EQ(UnitToCounts(776.95F, unit), 777);  // floor of 777.05
-        IntensityCold = 4000;
-        TemperatureCold = 30.0F;
+        write::cal.IntensityCold = 4000;
+        write::cal.TemperatureCold = 30.0F;
         EXPECT_EQ(Text(777, unit), "777") << unit;
-        TemperatureCold = 20.0F;
+        write::cal.TemperatureCold = 20.0F;
     }
 }
 
@@ -210,7 +210,7 @@ TEST_F(Units, AStoredFrameBringsItsOwnCalibration)
 
 TEST_F(Units, ValuesBackToCountsInVolts)
 {
-    DisplayLow = 1000;
+    write::display.DisplayLow = 1000;
     const auto counts = static_cast<int>((0.25 + 1.5) * 15383 / 4.0) + 1000;
     for (const int unit : {1, 10, 22}) EXPECT_EQ(UnitToCounts(0.25F, unit), counts) << unit;
 }
@@ -231,7 +231,7 @@ TEST_F(Units, ValuesBackToCountsInDegrees)
 
 TEST_F(Units, KelvinIsAddedOnTheWayBackToo)
 {
-    DisplayHigh = 2000000;
+    write::display.DisplayHigh = 2000000;
     EXPECT_NE(UnitToCounts(20.0F, 3), IntensityCold);
     EXPECT_EQ(UnitToCounts(20.0F, 3), static_cast<int>(kKelvin * 5000 / 10.0 + 4000));  // 140574
 }
@@ -257,14 +257,14 @@ TEST_F(Units, PlainValuesAreRoundedUpFromNineTenths)
 {
     EXPECT_EQ(UnitToCounts(99.95F, 0), 100);
     EXPECT_EQ(UnitToCounts(99.85F, 0), 99);
-    DisplayLow = -100;
+    write::display.DisplayLow = -100;
     EXPECT_EQ(UnitToCounts(-0.5F, 0), -1);  // floor
     EXPECT_EQ(UnitToCounts(-0.5F, 18), 0);  // cut
 }
 
 TEST_F(Units, CountsAreLimitedToTheRangeOnView)
 {
-    DisplayLow = 100;
+    write::display.DisplayLow = 100;
     EXPECT_EQ(UnitToCounts(50.0F, 0), 100);
     EXPECT_EQ(UnitToCounts(50000.0F, 0), 16383);
     View("a.img");
@@ -276,8 +276,8 @@ TEST_F(Units, CountsAreLimitedToTheRangeOnView)
 
 TEST_F(Units, TheLowBoundWinsWhereTheBoundsCross)
 {
-    DisplayLow = 9000;
-    DisplayHigh = 100;
+    write::display.DisplayLow = 9000;
+    write::display.DisplayHigh = 100;
     EXPECT_EQ(UnitToCounts(500.0F, 0), 9000);
     EXPECT_EQ(UnitToCounts(50.0F, 0), 9000);
     EXPECT_EQ(UnitToCounts(10000.0F, 0), 9000);
@@ -288,7 +288,7 @@ TEST_F(Units, WhatIsNoNumberOrBeyondAllCountsEndsInTheRange)
     EXPECT_EQ(UnitToCounts(std::numeric_limits<float>::infinity(), 0), 16383);
     EXPECT_EQ(UnitToCounts(-std::numeric_limits<float>::infinity(), 0), 0);
     EXPECT_EQ(UnitToCounts(std::numeric_limits<float>::quiet_NaN(), 0), 0);
-    VoltsHigh = VoltsLow;
+    write::head.VoltsHigh = VoltsLow;
     EXPECT_EQ(UnitToCounts(1.0F, 1), 16383);
 }
 
@@ -299,16 +299,16 @@ TEST_F(Units, LiveVideoOffersCountsVoltsAndCalibratedTemperatures)
 
 TEST_F(Units, OffsetsAloneOfferNoTemperature)
 {
-    CalType = 1;
+    write::cal.CalType = 1;
     EXPECT_EQ(Offered(), (std::set<int>{0, 1}));
-    CalType = 2;
-    TemperatureHot = TemperatureCold;
+    write::cal.CalType = 2;
+    write::cal.TemperatureHot = TemperatureCold;
     EXPECT_EQ(Offered(), (std::set<int>{0, 1}));
 }
 
 TEST_F(Units, AStoredFrameOffersTemperaturesByItsOwnPair)
 {
-    CalType = 0;
+    write::cal.CalType = 0;
     View("a.img");
     EXPECT_EQ(Offered(), (std::set<int>{0, 1, 2, 3, 4}));
 }
@@ -360,8 +360,8 @@ TEST_F(Units, ADeviationFileIsNeverReadInADeviationUnit)
 
 TEST_F(Units, AnExtensionOfALiveFrameCountsForNothing)
 {
-    ViewFilePath = "last.noi";
-    ViewingFile = 0;
+    write::windows.ViewFilePath = "last.noi";
+    write::frames.ViewingFile = 0;
     EXPECT_EQ(Offered(), (std::set<int>{0, 1, 2, 3, 4}));
 }
 

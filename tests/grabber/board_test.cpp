@@ -4,12 +4,12 @@
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/buffer_state.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/buffer_state_write.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "support/recording_board.h"
 #include "video/video.h"
 
@@ -36,7 +36,7 @@ TEST_F(BoardSetUp, AsksTheBoardInThisOrder)
 {
     PutFile(CameraFilePath, "[Camera.2]\ncnfFile=insb.cnf\nDataOffset=-12\n");
     SetSize(320, 256);
-    DisplayEnabled = 0;
+    write::frames.DisplayEnabled = 0;
     EXPECT_EQ(init_itex(), 1);
     EXPECT_THAT(recordingBoard.asked,
                 ElementsAre("itx_load_cnf " + directory.Path() + "/insb.cnf", "itx_init_sys 0",
@@ -73,7 +73,7 @@ TEST_F(BoardSetUp, ACnfFileOfNoneKeepsTheOldPath)
     SetSize(8, 8);
     EXPECT_EQ(init_itex(), 1);
     EXPECT_EQ(recordingBoard.asked.front(), "itx_load_cnf ") << "empty at the first start: the board decides";
-    CnfFilePath = "/elsewhere/old.cnf";
+    write::windows.CnfFilePath = "/elsewhere/old.cnf";
     PutFile(CameraFilePath, "[Camera.2]\ncnfFile=none\n");
     ForgetAsked();
     EXPECT_EQ(init_itex(), 1);
@@ -98,8 +98,8 @@ TEST_F(BoardSetUp, RunsAgainAtTheNextTurnOn)
 {
     SetSize(8, 8);
     EXPECT_EQ(init_itex(), 1);
-    RawFrame.assign(64, 9);
-    GrabberPresent = 0;
+    write::frames.RawFrame.assign(64, 9);
+    write::frames.GrabberPresent = 0;
     SetSize(16, 4);
     EXPECT_EQ(init_itex(), 1);
     EXPECT_EQ(GrabberPresent, 1);
@@ -201,7 +201,7 @@ class BoardState : public BoardTest {};
 TEST_F(BoardState, TheFirstResetOnlySetsTheErrorLevel)
 {
     SetSize(8, 8);
-    numBufFrames = 4;
+    write::camera.numBufFrames = 4;
     EXPECT_EQ(ResetBoardState(), 1);
     EXPECT_THAT(recordingBoard.asked, ElementsAre("itx_err_level 1"));
     EXPECT_EQ(HostFramesAllocated, 0);
@@ -212,7 +212,7 @@ TEST_F(BoardState, ALaterResetMakesTheHostFramesAnew)
 {
     PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=2\n");
     SetSize(8, 8);
-    numBufFrames = 4;
+    write::camera.numBufFrames = 4;
     ResetBoardState();
     ForgetAsked();
     EXPECT_EQ(ResetBoardState(), 1);
@@ -229,10 +229,10 @@ TEST_F(BoardState, ReleasingFreesTheDisplayTableAndTheHostFrames)
 {
     PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=2\n");
     SetSize(8, 8);
-    numBufFrames = 4;
+    write::camera.numBufFrames = 4;
     AllocateHostFrames();
-    DisplayLut.assign(10, 1);
-    GrabberPresent = 1;
+    write::display.DisplayLut.assign(10, 1);
+    write::frames.GrabberPresent = 1;
     ForgetAsked();
     ReleaseBoard();
     EXPECT_THAT(DisplayLut, IsEmpty());
@@ -313,9 +313,9 @@ TEST_F(TriggerLines, SyncLines)
 TEST_F(TriggerLines, AFrameNowIsRawWithTheOffset)
 {
     DataOffset = -1001;
-    DecomList = {7, 6, 5, 4, 3, 2, 1, 0};  // not looked at
-    CalType = 1;
-    OffsetList.assign(8, 500);
+    write::cal.DecomList = {7, 6, 5, 4, 3, 2, 1, 0};  // not looked at
+    write::cal.CalType = 1;
+    write::cal.OffsetList.assign(8, 500);
     std::vector<std::int16_t> buffer(9, 77);
     EXPECT_EQ(ReadFrameNow(buffer), 1);
     EXPECT_THAT(buffer, ElementsAre(-1, 0, 1, 2, 99, 100, 101, 102, 77));
@@ -353,19 +353,21 @@ TEST_F(FrameSize, AChangeDropsWhatHasTheOldSize)
     PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=2\n");
     PutFile(directory / "DECOM.TMP", "old");
     SetSize(8, 8);
-    numBufFrames = 4;
+    write::camera.numBufFrames = 4;
     AllocateHostFrames();
-    for (auto* frame : {&RawFrame, &LiveFrame, &OffsetList}) frame->assign(64, 1);
+    for (auto* frame : {&write::frames.RawFrame, &write::frames.LiveFrame, &write::cal.OffsetList})
+        frame->assign(64, 1);
     VideoCopy.assign(64, 1);
-    DecomList.assign(64, 1);
-    GainList.assign(64, 1);
-    CalType = 2;
-    HostFrameBytes = 256;
-    AveragingCapacity = 17;
+    write::cal.DecomList.assign(64, 1);
+    write::cal.GainList.assign(64, 1);
+    write::cal.CalType = 2;
+    write::buffer.HostFrameBytes = 256;
+    write::buffer.AveragingCapacity = 17;
 
     SetSize(4, 4);
     FrameSizeChanged();
-    for (const auto* frame : {&RawFrame, &LiveFrame, &OffsetList}) EXPECT_THAT(*frame, IsEmpty());
+    for (const auto* frame : {&write::frames.RawFrame, &write::frames.LiveFrame, &write::cal.OffsetList})
+        EXPECT_THAT(*frame, IsEmpty());
     EXPECT_THAT(VideoCopy, IsEmpty());
     EXPECT_THAT(DecomList, IsEmpty());
     EXPECT_THAT(GainList, IsEmpty());
@@ -402,7 +404,7 @@ class ActiveSection : public BoardTest {
     void MakeHostFrames(int frames)
     {
         PutFile(IniFilePath, Format("[Camera.2]\nMaxNumFramesToAllocate=%d\n", frames));
-        numBufFrames = 8;
+        write::camera.numBufFrames = 8;
         AllocateHostFrames();
         ASSERT_EQ(numBufFrames, frames);
     }
@@ -412,7 +414,7 @@ TEST_F(ActiveSection, WithAnotherSizeTheBoardAndTheListsFollow)
 {
     GoLive(8, 8);
     MakeHostFrames(2);
-    OffsetList.assign(64, 1);
+    write::cal.OffsetList.assign(64, 1);
     PutSection("Hroi=4\nVroi=2\n");
     ReadActiveSection();
     EXPECT_THAT(OffsetList, IsEmpty());

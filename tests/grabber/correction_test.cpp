@@ -2,8 +2,8 @@
 
 #include "grabber/correction_plan.h"
 #include "platform/memory.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -654,12 +654,12 @@ class LiveCorrection : public ::testing::Test {
   protected:
     void SetUp() override
     {
-        ActiveConfig.Hroi = 2;
-        ActiveConfig.Vroi = 2;
-        DecomList = {3, 2, 1, 0};
-        OffsetList = {1, 2, 3, 4};
-        GainList = {1, 2, 0.5F, 0.1F};
-        CalType = 2;
+        write::camera.ActiveConfig.Hroi = 2;
+        write::camera.ActiveConfig.Vroi = 2;
+        write::cal.DecomList = {3, 2, 1, 0};
+        write::cal.OffsetList = {1, 2, 3, 4};
+        write::cal.GainList = {1, 2, 0.5F, 0.1F};
+        write::cal.CalType = 2;
         CalibrationListsChanged();
     }
     Counts Frame(std::int32_t dataOffset = 0)
@@ -674,22 +674,22 @@ class LiveCorrection : public ::testing::Test {
 TEST_F(LiveCorrection, TakesTheListsInForce)
 {
     EXPECT_THAT(Frame(), ElementsAre(3999, 600, 100, 100));  // 400 / 0.1F is 3999.99994
-    CalType = 1;
+    write::cal.CalType = 1;
     EXPECT_THAT(Frame(), ElementsAre(400, 300, 200, 100));
-    CalType = 0;
+    write::cal.CalType = 0;
     EXPECT_THAT(Frame(-200), ElementsAre(204, 103, 2, 0));
 }
 
 TEST_F(LiveCorrection, AChangedListCountsFromTheNextFrameOn)
 {
     Frame();
-    DecomList = {0, 0, 0, 0};
+    write::cal.DecomList = {0, 0, 0, 0};
     CalibrationListsChanged();
     EXPECT_THAT(Frame(), Each(100));
-    OffsetList[0] = 100;
+    write::cal.OffsetList[0] = 100;
     CalibrationListsChanged();
     EXPECT_THAT(Frame(), Each(1));
-    GainList[0] = 0.25F;
+    write::cal.GainList[0] = 0.25F;
     CalibrationListsChanged();
     EXPECT_THAT(Frame(), Each(4));
     EXPECT_THAT(Frame(1), Each(8));  // another DataOffset needs no call
@@ -717,7 +717,7 @@ class GatheredCorrection : public LiveCorrection {};
 TEST_F(GatheredCorrection, WorksInPlaceAndMeetsWhatItHasWritten)
 {
     // Pixels 0 and 1 read 3 and 2 as gathered; 2 and 3 read what 1 and 0 have become.
-    CalType = 1;
+    write::cal.CalType = 1;
     Counts frame = {101, 202, 303, 404};
     CalibrateRawFrame16(frame);
     EXPECT_THAT(frame, ElementsAre(400, 300, 298, 399));  // 404 - 4, 303 - 3, 300 - 2, 400 - 1
@@ -733,15 +733,15 @@ TEST_F(GatheredCorrection, ACopyKeepsTheGatheredValues)
 
 TEST_F(GatheredCorrection, OfSumsIsTruncatedAndOfFloatsIsNot)
 {
-    DecomList = {0, 1, 2, 3};
-    GainList = {4, 4, -4, 0};
+    write::cal.DecomList = {0, 1, 2, 3};
+    write::cal.GainList = {4, 4, -4, 0};
     std::vector<std::int32_t> sums = {100000, 12, 12, 12};
     CalibrateRawFrame32(sums);
     EXPECT_THAT(sums, ElementsAre(24999, 2, -2, std::numeric_limits<std::int32_t>::min()));  // 99999/4, 10/4, 9/-4, 8/0
     std::vector<float> means = {100000.5F, 12, 12, 12};
     CalibrateRawFrameFloat(means);
     EXPECT_THAT(means, ElementsAre(24999.875F, 2.5F, -2.25F, kInfinity));
-    CalType = 1;
+    write::cal.CalType = 1;
     means = {100000.5F, 12, 12, 12};
     CalibrateRawFrameFloat(means);
     EXPECT_THAT(means, ElementsAre(99999.5F, 10, 9, 8));
@@ -749,8 +749,8 @@ TEST_F(GatheredCorrection, OfSumsIsTruncatedAndOfFloatsIsNot)
 
 TEST_F(GatheredCorrection, AddsNoDataOffsetAndKeepsNegativeCounts)
 {
-    DecomList = {0, 1, 2, 3};
-    CalType = 1;
+    write::cal.DecomList = {0, 1, 2, 3};
+    write::cal.CalType = 1;
     Counts frame = {0, 0, 0, -32768};
     CalibrateRawFrame16(frame);
     EXPECT_THAT(frame, ElementsAre(-1, -2, -3, 32764));
@@ -758,27 +758,27 @@ TEST_F(GatheredCorrection, AddsNoDataOffsetAndKeepsNegativeCounts)
 
 TEST_F(GatheredCorrection, WithoutCalibrationTheFrameIsLeft)
 {
-    CalType = 0;
+    write::cal.CalType = 0;
     Counts frame = {5, 6, 7, 8};
     CalibrateRawFrame16(frame);
     EXPECT_THAT(frame, ElementsAre(5, 6, 7, 8));
-    CalType = 3;
+    write::cal.CalType = 3;
     CalibrateRawFrame16(frame);
     EXPECT_THAT(frame, ElementsAre(5, 6, 7, 8));
 }
 
 TEST_F(GatheredCorrection, StaysWithinItsBlocks)
 {
-    CalType = 1;
+    write::cal.CalType = 1;
     Counts frame = {101, 202, 303};  // entry 3 lies beyond it
     CalibrateRawFrame16(frame);
     EXPECT_THAT(frame, ElementsAre(101, 300, 298));
-    OffsetList.resize(2);
-    DecomList = {9, 1, 2};
+    write::cal.OffsetList.resize(2);
+    write::cal.DecomList = {9, 1, 2};
     frame = {101, 202, 303};
     CalibrateRawFrame16(frame);
     EXPECT_THAT(frame, ElementsAre(101, 200, 303));
-    OffsetList.clear();
+    write::cal.OffsetList.clear();
     CalibrateRawFrame16(frame);
     EXPECT_THAT(frame, ElementsAre(101, 200, 303));
 }

@@ -6,10 +6,10 @@
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/buffer_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/buffer_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recording_board.h"
 
@@ -33,7 +33,7 @@ class HostFrameMemory : public BoardTest {
     HostFrameMemory()
     {
         SetSize(kColumns, kRows);
-        numBufFrames = 8;
+        write::camera.numBufFrames = 8;
     }
     void LimitFrames(int frames)
     {
@@ -77,7 +77,7 @@ TEST_F(HostFrameMemory, AreMadeOnce)
 
 TEST_F(HostFrameMemory, AreOffWithNoBufferFrames)
 {
-    numBufFrames = 0;
+    write::camera.numBufFrames = 0;
     EXPECT_EQ(AllocateHostFrames(), 0);
     EXPECT_EQ(HostFramesAllocated, 0);
     Open();
@@ -168,8 +168,8 @@ TEST_F(HostFrameMemory, FreeingTakesTheColourMapAlongAndThePictureKeepsItsColour
 {
     LimitFrames(2);
     SetColorMap(1231);
-    ImageColor = 1231;
-    DisplayHigh = 16383;
+    write::display.ImageColor = 1231;
+    write::display.DisplayHigh = 16383;
     AllocateHostFrames();
     FreeHostFrames();
     EXPECT_EQ(HostFramesAllocated, 0);
@@ -177,7 +177,7 @@ TEST_F(HostFrameMemory, FreeingTakesTheColourMapAlongAndThePictureKeepsItsColour
     EXPECT_THAT(ColorMap, IsEmpty());
 
     const std::vector<std::int16_t> frame(8);
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     DrawFrame(frame);
     ASSERT_TRUE(FrameBitmap);
     ASSERT_EQ(ColorMap.size(), 768U);
@@ -218,8 +218,8 @@ TEST_F(HostFrameMemory, FramesOfAnotherSizeAreMadeAgain)
 TEST_F(HostFrameMemory, FreedTheStoreHasNoCapacity)
 {
     LimitFrames(2);
-    HostFrameBytes = AllocateHostFrames();
-    AveragingCapacity = 2;
+    write::buffer.HostFrameBytes = AllocateHostFrames();
+    write::buffer.AveragingCapacity = 2;
     FreeHostFrames();
     EXPECT_EQ(HostFrameBytes, 0);
     EXPECT_EQ(AveragingCapacity, 0U);

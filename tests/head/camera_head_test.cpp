@@ -5,10 +5,10 @@
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/pointer.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 #include "support/head_fixture.h"
 #include "ui/status.h"
@@ -211,14 +211,14 @@ TEST_F(Identification, APortWithoutAHeadIsNoFailureToTell)
     Wire("none");
     EXPECT_EQ(IdentifyCameraHead(), 0);
     EXPECT_THAT(op->Boxes(), IsEmpty());
-    nCommPort = 0;  // stands for port 2
+    write::camera.nCommPort = 0;  // stands for port 2
     EXPECT_EQ(IdentifyCameraHead(), 0);
     EXPECT_THAT(op->Boxes(), IsEmpty());
 }
 
 TEST_F(Identification, APortThatTheMachineDoesntHaveIsTold)
 {
-    nCommPort = 77;
+    write::camera.nCommPort = 77;
     EXPECT_EQ(IdentifyCameraHead(), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(2));
     EXPECT_EQ(op->Boxes()[0].text, "OpenXComm, Error number " + std::to_string(ENODEV));
@@ -264,7 +264,7 @@ TEST_F(ProgrammingAHead, WithTheCameraOnOnlyChangesAreSent)
     IdentifyAsInSb();
     std::int32_t result = 0;
     Programming(result);
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     const Frames expected = Joined(
         {{{0x50, 0x03, 0xF4, 0x28}}, kInSbDacs, {kBiasesOn, kClocksOn}, kInSbSerialWord, {kGainFour, kInSbDacs[0]}});
     EXPECT_EQ(Programming(result), expected);
@@ -442,7 +442,7 @@ TEST_F(HeadOperations, EachTimingFieldSendsItsFrame)
     IdentifyAsInSb();
     std::int32_t result = 0;
     Programming(result);
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     const auto sent = [&](auto change) {
         change();
         EXPECT_EQ(LoadHeadTiming(HeadTiming), 1);
@@ -470,7 +470,7 @@ TEST_F(HeadOperations, TheHgCdTeTimingIsSentEachTime)
     IdentifyAsHgCdTe();
     std::int32_t result = 0;
     Programming(result);
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(LoadHeadTiming(HeadTiming), 1);
         EXPECT_THAT(head->Taken(), ElementsAre(CommFrame{0x90, 0x05, 0x0B, 0xF2}));
@@ -482,7 +482,7 @@ TEST_F(HeadOperations, AnUnchangedWordIsUsuallySentAgain)
     IdentifyAsInSb();
     std::int32_t result = 0;
     Programming(result);
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     EXPECT_EQ(LoadFpaSerialWord(FpaSerialWord), 1);
     EXPECT_EQ(head->Taken(), kInSbSerialWord);
 }
@@ -493,7 +493,7 @@ TEST_F(HeadOperations, AWordThatIsItsOwnCodeIsntSentAgain)
     IdentifyAsInSb();
     CommPortOpen = OpenCommLink();
     CommEchoMode = 1;
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     FpaSerialWordRecord word;
     word.ColGain = 2;
     word.RowEnd = 255;
@@ -508,7 +508,7 @@ TEST_F(HeadOperations, AWordThatIsItsOwnCodeIsntSentAgain)
     EXPECT_THAT(head->Taken(), ElementsAre(CommFrame{0x60, 0x00, 0x7A, 0x82}, CommFrame{0x60, 0x02, 0x00, 0x02}, rows))
         << "the columns go with the pedestal";
 
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
     EXPECT_EQ(LoadFpaSerialWord(word), 1);
     EXPECT_THAT(head->Taken(), SizeIs(3));
 }
@@ -518,7 +518,7 @@ TEST_F(HeadOperations, ARefusedWordKeepsWhatWasSent)
     IdentifyAsInSb();
     CommPortOpen = OpenCommLink();
     CommEchoMode = 1;
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     FpaSerialWordRecord word;
     word.ColGain = 2;
     LoadFpaSerialWord(word);
@@ -537,7 +537,7 @@ TEST_F(HeadOperations, AWindowChangesFrameAndSerialWord)
     IdentifyAsInSb();
     std::int32_t result = 0;
     Programming(result);
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     EXPECT_EQ(SetHeadWindow(64, 32, 191, 95), 1);
     EXPECT_EQ(HeadTiming.TimingCols, 148);  // 191 + 1 + 20 - 64
     EXPECT_EQ(HeadTiming.TimingRows, 68);   // 95 + 1 + 4 - 32
@@ -760,7 +760,7 @@ TEST_F(IntegrationList, HoldsOneEntryForAnHgCdTeHead)
 TEST_F(HeadOperations, TurningAnInSbHeadOffTakesClocksBiasesAndDacs)
 {
     IdentifyAsInSb();
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     TurnCameraHeadOff();
     EXPECT_EQ(head->Taken(), Joined({{{0x90, 0x10, 0x00, 0x00}, {0x80, 0x00, 0x00, 0x00}}, kMidScaleDacs}));
     EXPECT_EQ(CameraOn, 0);
@@ -770,7 +770,7 @@ TEST_F(HeadOperations, TurningAnInSbHeadOffTakesClocksBiasesAndDacs)
 TEST_F(HeadOperations, TurningAnHgCdTeHeadOffLeavesItsClocks)
 {
     IdentifyAsHgCdTe();
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     TurnCameraHeadOff();
     EXPECT_EQ(head->Taken(), Joined({{{0x80, 0x00, 0x00, 0x00}}, kMidScaleDacs}));
     EXPECT_EQ(CameraOn, 0);
@@ -780,7 +780,7 @@ TEST_F(HeadOperations, TurningOffGoesThroughWhateverTheHeadSays)
 {
     IdentifyAsInSb();
     CommEchoMode = 1;
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     head->AnswerAll(kRefusal);
     TurnCameraHeadOff();
     EXPECT_THAT(head->Taken(), SizeIs(10));
@@ -791,7 +791,7 @@ TEST_F(HeadOperations, TurningOffGoesThroughWhateverTheHeadSays)
 TEST_F(HeadOperations, TurningOffWithoutALinkSendsNothing)
 {
     IdentifyAsInSb();
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     SetFault("serial open", true);
     TurnCameraHeadOff();
     EXPECT_THAT(head->Taken(), IsEmpty());
@@ -802,9 +802,9 @@ TEST_F(HeadOperations, TurningOffWithoutALinkSendsNothing)
 
 TEST_F(HeadOperations, VideoSettingsComeFromTheSection)
 {
-    DisplayLow = 0;
-    DisplayHigh = 16383;
-    FrameRate = 50.0F;
+    write::display.DisplayLow = 0;
+    write::display.DisplayHigh = 16383;
+    write::head.FrameRate = 50.0F;
     PutSection(
         "IndexFrameRate=7\nIndexIntegrationTime=1,2,3,4\nQVF1058_Gain0=2\nQVF1058_DAC0=138\n"
         "VoltsPerCountVsGain=0.5,0.25,0.125\nA/Doffset=1000\nVolts/Offset=0.5\n");

@@ -5,8 +5,8 @@
 #include "platform/faults.h"
 #include "platform/pointer.h"
 #include "platform/serial.h"
-#include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/pseudo_terminal.h"
 #include "support/temp_directory.h"
@@ -42,7 +42,7 @@ class CommLink : public testing::Test {
     {
         SetDefaultDir(directory.Path());
         PutFile(directory / "platform.ini", "[Ports]\nCOM1=sim:one.cnf\nCOM2=sim:two.cnf\n");
-        nCommPort = 2;
+        write::camera.nCommPort = 2;
         SetSimulatedLines([this](const std::string& file, std::string&) {
             head.events.push_back("open " + file);
             return SimulatedLine{.write =
@@ -163,14 +163,14 @@ TEST_F(CommLink, ClosingPurgesAndKeepsTheEchoMode)
 TEST_F(CommLink, APortNumberBelowOneOpensPortTwoAndStoresIt)
 {
     for (const std::int32_t number : {0, -5}) {
-        nCommPort = number;
+        write::camera.nCommPort = number;
         head.events.clear();
         EXPECT_EQ(OpenXComm(), 1);
         EXPECT_EQ(nCommPort, 2);
         EXPECT_EQ(head.events.at(0), "open two.cnf");
         CloseCommLink();
     }
-    nCommPort = 1;
+    write::camera.nCommPort = 1;
     EXPECT_EQ(OpenXComm(), 1);
     EXPECT_EQ(head.events.back(), "purge");
     EXPECT_EQ(head.events.at(head.events.size() - 2), "open one.cnf");

@@ -3,7 +3,7 @@
 #include "head/video_setup_fixture.h"
 #include "platform/faults.h"
 #include "platform/window.h"
-#include "state/head_state.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 
 #include <gmock/gmock.h>
@@ -38,7 +38,7 @@ class ExternalClock : public VideoSetUpTest {
 
 TEST_F(ExternalClock, ShowsTheClockAndTheRateInForce)
 {
-    FrameRate = 48.828125F;
+    write::head.FrameRate = 48.828125F;
     op->Do([] {
         const HWND dialog = DialogInFront();
         EXPECT_EQ(DialogName(dialog), "FRAMERATE");
@@ -74,7 +74,7 @@ TEST_F(ExternalClock, ReturnAndEscapeAreOkAndCancel)
 
 TEST_F(ExternalClock, AnythingElseIsExplainedAndTheDialogStays)
 {
-    FrameRate = 30;
+    write::head.FrameRate = 30;
     std::size_t boxes = 0;
     for (const char* text : {"", "fast", "12abc", "250.1", "-1", "nan", "inf", "1e9"}) {
         EXPECT_EQ(Answer(text, 6), 0) << text;

@@ -4,8 +4,8 @@
 #include "platform/clock.h"
 #include "platform/serial.h"
 #include "platform/text.h"
-#include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/pseudo_terminal.h"
 #include "support/temp_directory.h"
@@ -112,7 +112,7 @@ class LinkOverTerminal : public testing::Test {
     LinkOverTerminal() : op(OffscreenInTrueTime())
     {
         SetDefaultDir(directory.Path());
-        nCommPort = 2;
+        write::camera.nCommPort = 2;
         PutFile(directory / "camera.cnf", "[Head]\nModel=InSb\n");
         PutFile(directory / "kelvo.ini", "[Setup]\nCommLog=1\n");
     }
@@ -366,7 +366,7 @@ class HeadAlone : public testing::Test {
 
     void Put(const std::vector<std::uint8_t>& bytes) const
     {
-        ASSERT_EQ(write(line, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        ASSERT_EQ(::write(line, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
 
     // The first bytes of that many answers of four, and of any that come in the tenth of a second after them.

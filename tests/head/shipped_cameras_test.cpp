@@ -4,7 +4,7 @@
 #include "head/video_setup.h"
 #include "platform/files.h"
 #include "platform/profile.h"
-#include "state/camera_config.h"
+#include "state/camera_config_write.h"
 #include "state/head_state.h"
 #include "state/windows.h"
 #include "support/head_fixture.h"
@@ -54,8 +54,8 @@ class ShippedCameras : public HeadTest {
         for (const char* port : {"COM1", "COM2", "COM3"}) {
             WritePrivateProfileString("Ports", port, "sim:head.cnf", DefaultDir + "/platform.ini");
         }
-        ActiveCamera = number;
-        ReadCameraConfig(number, 1, ActiveConfig);
+        write::camera.ActiveCamera = number;
+        ReadCameraConfig(number, 1, write::camera.ActiveConfig);
         LoadVideoSettings();
     }
     Frames Identified()

@@ -3,8 +3,8 @@
 #include "head/video_setup.h"
 #include "head/video_setup_fixture.h"
 #include "platform/profile.h"
-#include "state/camera_config.h"
-#include "state/head_state.h"
+#include "state/camera_config_write.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 
 #include <gmock/gmock.h>
@@ -31,11 +31,11 @@ TEST_F(VideoSettings, AreWrittenToTheFileAndToTheCamerasSection)
 {
     TurnOn(kInSbSection);
     const std::string file = directory / "set.cal";
-    FrameRate = 48.828125F;
-    IndexFrameRate = 7;
+    write::head.FrameRate = 48.828125F;
+    write::camera.IndexFrameRate = 7;
     IndexIntegrationTime = {21, 22, 23, 24};
-    VideoGain = {1, 2, 3, 4};
-    VideoOffset = {10, 20, 30, 40};
+    write::head.VideoGain = {1, 2, 3, 4};
+    write::head.VideoOffset = {10, 20, 30, 40};
     HeadTiming.AdDelay = 5;
     HeadTiming.LineStartDelay = 6;
     HeadTiming.FrameStartDelay = 7;
@@ -91,10 +91,10 @@ TEST_F(VideoSettings, RegistersThatWereNeverReadKeepTheirKeys)
 
 TEST_F(VideoSettings, AreReadFromASet)
 {
-    VoltsOffset = 0.5F;
-    ADoffset = 1000;
-    VoltsPerCountVsGain[3] = 0.125F;
-    FrameRate = 12;
+    write::camera.VoltsOffset = 0.5F;
+    write::camera.ADoffset = 1000;
+    write::camera.VoltsPerCountVsGain[3] = 0.125F;
+    write::head.FrameRate = 12;
     LoadVideoSettings(PutSet("FrameRate=48.828125\nIndexFrameRate=5\nIntTime=33\nVideoGain1=3\nVideoOffset1=138\n"));
     EXPECT_EQ(IndexFrameRate, 5);
     EXPECT_THAT(IndexIntegrationTime, Each(33));
@@ -124,15 +124,15 @@ TEST_F(VideoSettings, AnOldSetKeepsItsRowUnderFrameRate)
 TEST_F(VideoSettings, WhatIsWrittenIsReadAgain)
 {
     TurnOn(kInSbSection);
-    IndexFrameRate = 12;
+    write::camera.IndexFrameRate = 12;
     IndexIntegrationTime = {40, 41, 42, 43};
-    VideoGain[0] = 9;
-    VideoOffset[0] = 77;
+    write::head.VideoGain[0] = 9;
+    write::head.VideoOffset[0] = 77;
     SaveVideoSettings(IniFilePath);
-    IndexFrameRate = 0;
+    write::camera.IndexFrameRate = 0;
     IndexIntegrationTime.fill(0);
-    VideoGain.fill(0);
-    VideoOffset.fill(0);
+    write::head.VideoGain.fill(0);
+    write::head.VideoOffset.fill(0);
     LoadVideoSettings();
     EXPECT_EQ(IndexFrameRate, 12);
     EXPECT_THAT(IndexIntegrationTime, ElementsAre(40, 41, 42, 43));
@@ -142,11 +142,11 @@ TEST_F(VideoSettings, WhatIsWrittenIsReadAgain)
 
 TEST_F(VideoSettings, VoltsOfAGainBeyondTheTableAreThoseAtItsEnds)
 {
-    VoltsPerCountVsGain.fill(0);
-    VoltsPerCountVsGain[0] = 1;
-    VoltsPerCountVsGain[15] = 2;
-    ADoffset = 0;
-    VoltsOffset = 0;
+    write::camera.VoltsPerCountVsGain.fill(0);
+    write::camera.VoltsPerCountVsGain[0] = 1;
+    write::camera.VoltsPerCountVsGain[15] = 2;
+    write::camera.ADoffset = 0;
+    write::camera.VoltsOffset = 0;
     SetVoltsRange(-3, 128);
     EXPECT_EQ(VoltsHigh, 16383.0F);
     SetVoltsRange(99, 128);

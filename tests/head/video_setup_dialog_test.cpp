@@ -17,10 +17,11 @@
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "state/buffer_state.h"
-#include "state/cal_state.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 #include "support/full_disk.h"
 #include "support/recorded_board.h"
@@ -194,12 +195,12 @@ TEST_F(VideoSetUpDialog, ShowsItsHelpPage)
 
 TEST_F(VideoSetUpDialog, TheFirstSetUpStartsFromAPlainTableAndUnity)
 {
-    FirstSetupPending = 1;
-    CalType = 2;
-    DecomList = {1, 2, 3};
-    ActiveConfig.UnityOffset = 8192;
-    DisplayLow = 5;
-    DisplayHigh = 9;
+    write::head.FirstSetupPending = 1;
+    write::cal.CalType = 2;
+    write::cal.DecomList = {1, 2, 3};
+    write::camera.ActiveConfig.UnityOffset = 8192;
+    write::display.DisplayLow = 5;
+    write::display.DisplayHigh = 9;
     Run({});
     EXPECT_EQ(FirstSetupPending, 0);
     EXPECT_EQ(CalType, 0);
@@ -229,7 +230,7 @@ TEST_F(VideoSetUpDialog, TheFirstSetUpStartsFromAPlainTableAndUnity)
 
 TEST_F(VideoSetUpDialog, ALaterSetUpLeavesTheCalibrationAlone)
 {
-    CalType = 1;
+    write::cal.CalType = 1;
     Run({});
     EXPECT_EQ(CalType, 1);
     EXPECT_THAT(StatusTexts(), Not(Contains("Initialize decommutation array")));
@@ -237,7 +238,7 @@ TEST_F(VideoSetUpDialog, ALaterSetUpLeavesTheCalibrationAlone)
 
 TEST_F(VideoSetUpDialog, ATableThatCantBeBuiltEndsTheFirstSetUp)
 {
-    FirstSetupPending = 1;
+    write::head.FirstSetupPending = 1;
     FailAllocation(3);  // after plot and frame
     EXPECT_EQ(VideoSetupDialog(hWndMain), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
@@ -247,8 +248,8 @@ TEST_F(VideoSetUpDialog, ATableThatCantBeBuiltEndsTheFirstSetUp)
 
 TEST_F(VideoSetUpDialog, ATableThatCantBeInstalledEndsTheFirstSetUp)
 {
-    FirstSetupPending = 1;
-    DecomList.clear();
+    write::head.FirstSetupPending = 1;
+    write::cal.DecomList.clear();
     FailAllocation(4);  // the table in force
     EXPECT_EQ(VideoSetupDialog(hWndMain), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
@@ -260,9 +261,9 @@ TEST_F(VideoSetUpDialog, ATableThatCantBeInstalledEndsTheFirstSetUp)
 
 TEST_F(VideoSetUpDialog, AFailedUnityIsToldAndTheDialogStays)
 {
-    FirstSetupPending = 1;
-    DecomList.clear();
-    GainList.clear();
+    write::head.FirstSetupPending = 1;
+    write::cal.DecomList.clear();
+    write::cal.GainList.clear();
     FailAllocation(7);  // plot, frame, table, its installation, the plain table and its installation; the gains
     bool stays = false;
     Run({[&](HWND dialog) { stays = dialog != nullptr; }});
@@ -279,7 +280,7 @@ TEST_F(VideoSetUpDialog, AFailedUnityIsToldAndTheDialogStays)
 TEST_F(VideoSetUpDialog, AFrameOfOneCountIsALineAtItsHeight)
 {
     SetBoardCounts(8192);  // the middle of the range
-    DecomList.clear();
+    write::cal.DecomList.clear();
     Run({Tick(), [](HWND dialog) {
              const std::vector<std::uint32_t> pixels = PlotPixels(dialog);
              const Rect area = GetClientRect(DlgItemWindow(dialog, 620));
@@ -300,8 +301,8 @@ TEST_F(VideoSetUpDialog, AFrameOfOneCountIsALineAtItsHeight)
 TEST_F(VideoSetUpDialog, ACalibrationTurnsThePaperGreen)
 {
     Run({[](HWND dialog) {
-        CalType = 1;
-        OffsetList.assign(81920, 0);
+        write::cal.CalType = 1;
+        write::cal.OffsetList.assign(81920, 0);
         CalibrationListsChanged();
         SendMessage(dialog, WM_TIMER, 1, 0);
         EXPECT_EQ(PlotPixels(dialog)[0], 0x00FF00U);
@@ -515,8 +516,8 @@ TEST_F(VideoSetUpDialog, TheGainBarGoesTo15)
 
 TEST_F(VideoSetUpDialog, WithOneChannelOneBarDrivesAllFourCopies)
 {
-    VideoGain = {4, 1, 2, 3};
-    VideoOffset = {160, 1, 2, 3};
+    write::head.VideoGain = {4, 1, 2, 3};
+    write::head.VideoOffset = {160, 1, 2, 3};
     const int result = Run({[](HWND dialog) {
         OperateScroll(dialog, 651, 55);
         OperateScroll(dialog, 660, 6);
@@ -533,8 +534,8 @@ TEST_F(VideoSetUpDialog, WithOneChannelOneBarDrivesAllFourCopies)
 
 TEST_F(VideoSetUpDialog, WithTwoChannelsABarDrivesItsOwn)
 {
-    VideoOffset = {160, 70, 2, 3};
-    ActiveConfig.NumChannels = 2;
+    write::head.VideoOffset = {160, 70, 2, 3};
+    write::camera.ActiveConfig.NumChannels = 2;
     Run({[](HWND dialog) {
         OperateScroll(dialog, 651, 55);
         OperatePress(dialog, kIdOk);
@@ -585,10 +586,10 @@ TEST_F(VideoSetUpDialog, TheSystemsCloseSendsNothing)
 
 TEST_F(VideoSetUpDialog, VoltsFollowGainAndOffset)
 {
-    ADoffset = 1000;
-    VoltsOffset = 0.5F;
-    VoltsPerCountVsGain[4] = 0.125F;
-    VoltsPerCountVsGain[15] = 0.25F;
+    write::camera.ADoffset = 1000;
+    write::camera.VoltsOffset = 0.5F;
+    write::camera.VoltsPerCountVsGain[4] = 0.125F;
+    write::camera.VoltsPerCountVsGain[15] = 0.25F;
     Run({[](HWND dialog) {
         OperatePick(dialog, 1256, 1);
         EXPECT_EQ(DisplayUnit, 1);
@@ -619,7 +620,7 @@ TEST_F(VideoSetUpDialog, CountsStayWhateverTheGain)
 TEST_F(VideoSetUpDialog, UnityTakesTheCalibrationAway)
 {
     Run({[](HWND dialog) {
-        CalType = 2;
+        write::cal.CalType = 2;
         TakeBoardCalls();
         ASSERT_TRUE(OperatePress(dialog, 670));
         EXPECT_EQ(CalType, 0);
@@ -636,7 +637,7 @@ TEST_F(VideoSetUpDialog, UnityTakesTheCalibrationAway)
 TEST_F(VideoSetUpDialog, UnityShowsThePictureInTheFullRange)
 {
     Run({[](HWND dialog) {
-        DisplayHigh = 4000;
+        write::display.DisplayHigh = 4000;
         BuildDisplayLut(1, 580);  // contrast 1: as wide as the range
         ASSERT_EQ(DisplayLut.at(4000), 255);
         ASSERT_TRUE(OperatePress(dialog, 670));
@@ -650,12 +651,12 @@ TEST_F(VideoSetUpDialog, UnityShowsThePictureInTheFullRange)
 TEST_F(VideoSetUpDialog, UnityNeedsACamera)
 {
     Run({[](HWND dialog) {
-        CameraOn = 0;
-        CalType = 2;
+        write::frames.CameraOn = 0;
+        write::cal.CalType = 2;
         OperatePress(dialog, 670);
         EXPECT_EQ(CalType, 2);
-        CameraOn = 1;
-        CalType = 0;
+        write::frames.CameraOn = 1;
+        write::cal.CalType = 0;
     }});
     EXPECT_THAT(StatusTexts(), Not(Contains("Setting Unity Gain & Unity Offset")));
 }
@@ -663,7 +664,7 @@ TEST_F(VideoSetUpDialog, UnityNeedsACamera)
 TEST_F(VideoSetUpTest, TheUnityOffsetKeepsItsSign)
 {
     TurnOn(kInSbSection);
-    ActiveConfig.UnityOffset = -4096;
+    write::camera.ActiveConfig.UnityOffset = -4096;
     EXPECT_EQ(ResetUnityGainOffset(ActiveConfig), 1);
     ASSERT_THAT(OffsetList, SizeIs(81920));
     EXPECT_THAT(OffsetList, Each(-8192));
@@ -672,8 +673,8 @@ TEST_F(VideoSetUpTest, TheUnityOffsetKeepsItsSign)
 TEST_F(VideoSetUpTest, RefusedOffsetsAreToldAndUnityStands)
 {
     TurnOn(kInSbSection);
-    OffsetList.clear();
-    GainList.assign(81920, 2.0F);
+    write::cal.OffsetList.clear();
+    write::cal.GainList.assign(81920, 2.0F);
     FailAllocation(3);  // the table, its installation; the offsets
     EXPECT_EQ(ResetUnityGainOffset(ActiveConfig), 1);
     ASSERT_THAT(op->Boxes(), SizeIs(1));

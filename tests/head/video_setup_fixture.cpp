@@ -9,7 +9,7 @@
 #include "platform/qt_dialog.h"
 #include "resources/menu.h"
 #include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/head_state_write.h"
 #include "state/windows.h"
 #include "support/recorded_board.h"
 
@@ -35,7 +35,7 @@ void VideoSetUpTest::TurnOn(std::string_view section)
     PutSection(section);
     IdentifyAsInSb();
     ASSERT_EQ(TurnCameraOn("", 1), 1);
-    FirstSetupPending = 0;
+    write::head.FirstSetupPending = 0;
     TakeBoardCalls();
     head->Taken();
 }
@@ -45,7 +45,7 @@ void VideoSetUpTest::TurnOnHgCdTe(std::string_view section)
     PutSection(section);
     IdentifyAsHgCdTe();
     ASSERT_EQ(TurnCameraOn("", 1), 1);
-    FirstSetupPending = 0;
+    write::head.FirstSetupPending = 0;
     TakeBoardCalls();
     head->Taken();
 }

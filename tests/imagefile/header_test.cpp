@@ -2,11 +2,11 @@
 
 #include "platform/box.h"
 #include "platform/clock.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
 #include "support/full_disk.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
@@ -121,16 +121,16 @@ class BuildingHeaders : public ::testing::Test {
 TEST_F(BuildingHeaders, PutEachFieldAtItsOffset)
 {
     ByteSwap = 0x1234FFFE;
-    IntensityCold = 3000;
-    TemperatureCold = 20.5F;  // 0x41A40000
-    IntensityHot = 9000;
-    TemperatureHot = -2.0F;  // 0xC0000000
-    DisplayLow = 100;
-    DisplayHigh = 16383;
-    VideoGain = {6, 7, 0, 0};
-    VideoOffset = {160, -161, 0, 0};
-    FrameRate = 100.0F;  // 0x42C80000
-    ActiveConfig.NumOutputs = 4;
+    write::cal.IntensityCold = 3000;
+    write::cal.TemperatureCold = 20.5F;  // 0x41A40000
+    write::cal.IntensityHot = 9000;
+    write::cal.TemperatureHot = -2.0F;  // 0xC0000000
+    write::display.DisplayLow = 100;
+    write::display.DisplayHigh = 16383;
+    write::head.VideoGain = {6, 7, 0, 0};
+    write::head.VideoOffset = {160, -161, 0, 0};
+    write::head.FrameRate = 100.0F;  // 0x42C80000
+    write::camera.ActiveConfig.NumOutputs = 4;
     const RawHeader header = Build(2, 11);
 
     EXPECT_EQ(header.WordAt(0), -2);  // low 16 bits of the setting
@@ -204,8 +204,8 @@ TEST_F(BuildingHeaders, NarrowTheFrameCountWithSign)
 
 TEST_F(BuildingHeaders, NarrowCalibrationCountsToTheirLowBits)
 {
-    IntensityCold = 0x12345;
-    IntensityHot = -10000;
+    write::cal.IntensityCold = 0x12345;
+    write::cal.IntensityHot = -10000;
     const RawHeader header = Build();
     EXPECT_EQ(header.WordAt(24), 0x2345);
     EXPECT_EQ(header.WordAt(30), -10000);
@@ -216,9 +216,9 @@ TEST_F(BuildingHeaders, KeepTheTimingOfTheFileOnView)
     ImageHeader.FrameRate = 8.0F;
     ImageHeader.IntegrationMsec = 4.0F;
     ImageHeader.NumOutputs = 2;
-    FrameRate = 100.0F;
-    ActiveConfig.NumOutputs = 4;
-    ViewingFile = 1;
+    write::head.FrameRate = 100.0F;
+    write::camera.ActiveConfig.NumOutputs = 4;
+    write::frames.ViewingFile = 1;
     const RawHeader header = Build();
     EXPECT_EQ(header.LongAt(56), 0x41000000U);
     EXPECT_EQ(header.LongAt(60), 0x40800000U);
@@ -228,7 +228,7 @@ TEST_F(BuildingHeaders, KeepTheTimingOfTheFileOnView)
 TEST_F(BuildingHeaders, HoldNoIntegrationTimeWithoutAFrameRate)
 {
     ImageHeader.IntegrationMsec = 4.0F;
-    FrameRate = 0;
+    write::head.FrameRate = 0;
     EXPECT_EQ(Build().LongAt(60), 0U);
 }
 
@@ -376,7 +376,7 @@ TEST_F(ImageHeaderFile, ThatIsMissingIsTold)
 TEST_F(ImageHeaderFile, ThatIsMissingOnlyBeepsWhileStepping)
 {
     ImageHeaderRecord read;
-    SteppingFrames = 1;
+    write::frames.SteppingFrames = 1;
     EXPECT_EQ(ReadImageHeader(directory / "missing.img", read), -1);
     EXPECT_THAT(BoxesShown(), IsEmpty());
     EXPECT_THAT(BeepsHeard(), ElementsAre("information"));

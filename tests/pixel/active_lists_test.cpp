@@ -3,7 +3,7 @@
 #include "pixel/coefficient_lists.h"
 #include "platform/memory.h"
 #include "state/cal_state.h"
-#include "state/camera_config.h"
+#include "state/camera_config_write.h"
 #include "support/operator.h"
 
 #include <gmock/gmock.h>
@@ -26,8 +26,8 @@ class ActiveLists : public testing::Test {
   protected:
     ActiveLists()
     {
-        ActiveConfig.Vroi = 2;
-        ActiveConfig.Hroi = 3;
+        write::camera.ActiveConfig.Vroi = 2;
+        write::camera.ActiveConfig.Hroi = 3;
     }
     template <typename Entry>
     static std::span<const std::uint8_t> Bytes(const std::vector<Entry>& list)
@@ -81,7 +81,7 @@ TEST_F(ActiveLists, OnlyTheDecommutationGrowsWithTheFrame)
 {
     LoadActiveList(1, Bytes<std::int16_t>({1, 1, 1, 1, 1, 1}));
     LoadActiveList(8, Bytes<std::uint32_t>({1, 1, 1, 1, 1, 1}));
-    ActiveConfig.Vroi = 3;
+    write::camera.ActiveConfig.Vroi = 3;
     EXPECT_EQ(LoadActiveList(1, Bytes(std::vector<std::int16_t>(9, 2))), 1);
     EXPECT_THAT(OffsetList, ElementsAre(2, 2, 2, 2, 2, 2));
     EXPECT_EQ(LoadActiveList(8, Bytes(std::vector<std::uint32_t>(9, 2))), 1);
@@ -103,7 +103,7 @@ TEST_F(ActiveLists, ASourceThatIsTooShortIsTold)
 TEST_F(ActiveLists, ASourceThatIsTooShortKeepsTheListThatStands)
 {
     LoadActiveList(8, Bytes<std::uint32_t>({5, 4, 3, 2, 1, 0}));
-    ActiveConfig.Vroi = 3;
+    write::camera.ActiveConfig.Vroi = 3;
     EXPECT_EQ(LoadActiveList(8, Bytes(std::vector<std::uint32_t>(8, 2))), 0);
     EXPECT_THAT(DecomList, ElementsAre(5U, 4U, 3U, 2U, 1U, 0U));
 }

@@ -2,8 +2,8 @@
 #include "pixel/coefficient_lists.h"
 
 #include "platform/memory.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
 #include "support/full_disk.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
@@ -40,8 +40,8 @@ ShownBox Message(const std::string& text)
 
 TEST(ActiveTables, AGainOfZeroReadsBackAsATenthAndTheCallersListKeepsIt)
 {
-    ActiveConfig.Vroi = 1;
-    ActiveConfig.Hroi = 4;
+    write::camera.ActiveConfig.Vroi = 1;
+    write::camera.ActiveConfig.Hroi = 4;
     const std::vector<float> gains = {0.0F, 1.5F, 0.0001F, -1.0F};
     EXPECT_EQ(DownloadCoefficients(kGainKind, Bytes(gains)), 1);
     EXPECT_THAT(GainList, ElementsAre(0.1F, 1.5F, 0.0001F, -1.0F));
@@ -53,8 +53,8 @@ TEST(ActiveTables, AGainOfZeroReadsBackAsATenthAndTheCallersListKeepsIt)
 
 TEST(ActiveTables, AreFilledWithOneValue)
 {
-    ActiveConfig.Vroi = 1;
-    ActiveConfig.Hroi = 4;
+    write::camera.ActiveConfig.Vroi = 1;
+    write::camera.ActiveConfig.Hroi = 4;
     EXPECT_EQ(FillCoefficients(kOffsetKind, 1, 3, 16384.0 * 4 + 5), 1);  // the low 16 bits
     EXPECT_THAT(OffsetList, ElementsAre(0, 5, 5, 0));
     EXPECT_EQ(FillCoefficients(kDecomKind, 0, 2, 3), 1);
@@ -65,20 +65,20 @@ TEST(ActiveTables, AreFilledWithOneValue)
 
 TEST(ActiveTables, TheReadoutOrderIsMadeAnewForALargerFrameAndTheCoefficientsAreNot)
 {
-    ActiveConfig.Vroi = 1;
-    ActiveConfig.Hroi = 2;
+    write::camera.ActiveConfig.Vroi = 1;
+    write::camera.ActiveConfig.Hroi = 2;
     EXPECT_EQ(DownloadCoefficients(kDecomKind, Bytes(std::vector<std::uint32_t>{1, 0})), 1);
     EXPECT_EQ(DownloadCoefficients(kOffsetKind, Bytes(std::vector<std::int16_t>{-3, 4, 5, 6})), 1);
     EXPECT_EQ(DownloadCoefficients(kGainKind, Bytes(std::vector<float>{1.5F, 2})), 1);
     EXPECT_THAT(OffsetList, ElementsAre(-3, 4));  // a list may be longer than the frame
-    ActiveConfig.Hroi = 4;
+    write::camera.ActiveConfig.Hroi = 4;
     EXPECT_EQ(DownloadCoefficients(kDecomKind, Bytes(std::vector<std::uint32_t>{3, 2, 1, 0})), 1);
     EXPECT_EQ(DownloadCoefficients(kOffsetKind, Bytes(std::vector<std::int16_t>{7, 8, 9, 10})), 1);
     EXPECT_EQ(DownloadCoefficients(kGainKind, Bytes(std::vector<float>{3, 4, 5, 6})), 1);
     EXPECT_THAT(DecomList, ElementsAre(3U, 2U, 1U, 0U));
     EXPECT_THAT(OffsetList, ElementsAre(7, 8));
     EXPECT_THAT(GainList, ElementsAre(3.0F, 4.0F));
-    ActiveConfig.Hroi = 1;
+    write::camera.ActiveConfig.Hroi = 1;
     EXPECT_EQ(DownloadCoefficients(kDecomKind, Bytes(std::vector<std::uint32_t>{0})), 1);
     EXPECT_THAT(DecomList, ElementsAre(0U, 2U, 1U, 0U));  // large enough: it stays, and so does what lies behind
     EXPECT_THAT(BoxesShown(), IsEmpty());
@@ -86,11 +86,11 @@ TEST(ActiveTables, TheReadoutOrderIsMadeAnewForALargerFrameAndTheCoefficientsAre
 
 TEST(ActiveTables, AListShorterThanTheFrameIsRefusedAndTheTableStays)
 {
-    ActiveConfig.Vroi = 2;
-    ActiveConfig.Hroi = 2;
-    DecomList = {3, 2, 1, 0};
-    OffsetList = {1, 2, 3, 4};
-    GainList = {1, 2, 3, 4};
+    write::camera.ActiveConfig.Vroi = 2;
+    write::camera.ActiveConfig.Hroi = 2;
+    write::cal.DecomList = {3, 2, 1, 0};
+    write::cal.OffsetList = {1, 2, 3, 4};
+    write::cal.GainList = {1, 2, 3, 4};
     EXPECT_EQ(DownloadCoefficients(kDecomKind, Bytes(std::vector<std::uint32_t>{0, 0, 0})), 0);
     EXPECT_EQ(DownloadCoefficients(kOffsetKind, Bytes(std::vector<std::int16_t>{0, 0, 0})), 0);
     EXPECT_EQ(DownloadCoefficients(kGainKind, {}), 0);
@@ -103,8 +103,8 @@ TEST(ActiveTables, AListShorterThanTheFrameIsRefusedAndTheTableStays)
 
 TEST(ActiveTables, WithoutMemoryForATableNothingIsInstalled)
 {
-    ActiveConfig.Vroi = 1;
-    ActiveConfig.Hroi = 2;
+    write::camera.ActiveConfig.Vroi = 1;
+    write::camera.ActiveConfig.Hroi = 2;
     FailAllocation(1);
     EXPECT_EQ(DownloadCoefficients(kGainKind, Bytes(std::vector<float>{1, 2})), 0);
     EXPECT_THAT(GainList, IsEmpty());

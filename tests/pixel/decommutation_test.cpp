@@ -2,7 +2,7 @@
 #include "pixel/decommutation.h"
 
 #include "platform/memory.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 #include "ui/status.h"

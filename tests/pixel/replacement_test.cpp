@@ -4,9 +4,10 @@
 #include "pixel/search_pattern.h"
 #include "platform/faults.h"
 #include "platform/memory.h"
-#include "state/cal_settings.h"
-#include "state/display_state.h"
-#include "state/windows.h"
+#include "state/cal_settings_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/windows_write.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
@@ -49,7 +50,7 @@ DecomTable PlainTable(std::size_t count)
 
 class Replacement : public testing::Test {
   protected:
-    Replacement() { CalSettings.PRSfile = pattern; }
+    Replacement() { write::calSet.CalSettings.PRSfile = pattern; }
     void PutPattern(const std::string& steps) const { PutFile(pattern, "row,column\n" + steps); }
 
     TempDirectory directory;
@@ -120,7 +121,7 @@ TEST_F(Replacement, GoesByImageIndexWhateverTheImageDelay)
 
 TEST_F(Replacement, AnEmptyPatternLeavesTheTableAndSucceeds)
 {
-    BadDetCount = 17;
+    write::calSet.BadDetCount = 17;
     DecomTable decom = PlainTable(2);
     for (const char* text : {"", "header only", "header\n", "0,1\n", "header\nno step\n\n5\n1;2\n"}) {
         PutFile(pattern, text);
@@ -225,7 +226,7 @@ TEST_F(Replacement, OneGoodPixelAnswersForAllThatALongPatternReaches)
 
 TEST_F(Replacement, WithoutItsPatternFileIsTold)
 {
-    CalSettings.PRSfile = directory / "missing.prs";
+    write::calSet.CalSettings.PRSfile = directory / "missing.prs";
     DecomTable decom = PlainTable(2);
     EXPECT_EQ(ReplaceBadDet(decom, {1, 0}, Region(1, 2)), 0);
     EXPECT_EQ(decom, PlainTable(2));
@@ -274,7 +275,7 @@ TEST_F(Replacement, APlainPatternNameIsLookedForBesideTheSettingsToo)
     TempDirectory elsewhere;
     SetDefaultDir(directory.Path());
     std::filesystem::current_path(elsewhere.Path());
-    CalSettings.PRSfile = "nearest.prs";
+    write::calSet.CalSettings.PRSfile = "nearest.prs";
     PutPattern("0,1\n");
     EXPECT_THAT(ReadSearchPattern("nearest.prs")->columns, ElementsAre(1));
     PutFile(elsewhere / "nearest.prs", "header\n0,-1\n");  // the current directory comes first
@@ -376,10 +377,10 @@ class Substitution : public Replacement {
   protected:
     Substitution()
     {
-        ActiveConfig = Region(1, 4);
-        SubstBadPixels = 1;
-        CalSettings.CalFile = directory / "Run7.cal";
-        CalSettings.BadDetFile.clear();
+        write::camera.ActiveConfig = Region(1, 4);
+        write::display.SubstBadPixels = 1;
+        write::calSet.CalSettings.CalFile = directory / "Run7.cal";
+        write::calSet.CalSettings.BadDetFile.clear();
         PutPattern("0,1\n0,-1\n");
     }
     const std::vector<float> gains = {1, 0, 1, 1};
@@ -388,7 +389,7 @@ class Substitution : public Replacement {
 
 TEST_F(Substitution, JoinsTheListWithWhatTheGainsShow)
 {
-    CalSettings.BadDetFile = directory / "start.bad";
+    write::calSet.CalSettings.BadDetFile = directory / "start.bad";
     PutFile(CalSettings.BadDetFile, "0,3\n");
     EXPECT_EQ(SubstituteBadPixels(gains, decom), 1);
     EXPECT_THAT(decom, ElementsAre(0, 2, 2, 2));
@@ -402,7 +403,7 @@ TEST_F(Substitution, JoinsTheListWithWhatTheGainsShow)
 
 TEST_F(Substitution, TellsItsStepsInTheStatusLine)
 {
-    CalSettings.BadDetFile = directory / "start.bad";
+    write::calSet.CalSettings.BadDetFile = directory / "start.bad";
     PutFile(CalSettings.BadDetFile, "0,3\n");
     SubstituteBadPixels(gains, decom);
     std::vector<std::string> texts;
@@ -415,9 +416,9 @@ TEST_F(Substitution, TellsItsStepsInTheStatusLine)
 
 TEST_F(Substitution, SwitchedOffEmptiesTheNameAndReplacesNothing)
 {
-    SubstBadPixels = 0;
-    CalSettings.BadDetFile = "somewhere.bad";
-    CalSettings.PRSfile = directory / "missing.prs";  // would be told
+    write::display.SubstBadPixels = 0;
+    write::calSet.CalSettings.BadDetFile = "somewhere.bad";
+    write::calSet.CalSettings.PRSfile = directory / "missing.prs";  // would be told
     EXPECT_EQ(SubstituteBadPixels(gains, decom), 1);
     EXPECT_EQ(CalSettings.BadDetFile, "");
     EXPECT_EQ(decom, PlainTable(4));
@@ -436,7 +437,7 @@ TEST_F(Substitution, WithoutMemoryForTheMapIsTold)
 
 TEST_F(Substitution, WithoutTheListThatItStartsFromFails)
 {
-    CalSettings.BadDetFile = directory / "missing.bad";
+    write::calSet.CalSettings.BadDetFile = directory / "missing.bad";
     EXPECT_EQ(SubstituteBadPixels(gains, decom), 0);
     EXPECT_THAT(BadDetList, IsEmpty());
     EXPECT_EQ(CalSettings.BadDetFile, directory / "missing.bad");
@@ -446,7 +447,7 @@ TEST_F(Substitution, WithoutTheListThatItStartsFromFails)
 
 TEST_F(Substitution, WithoutAPatternFailsAndDropsTheMap)
 {
-    CalSettings.PRSfile = directory / "missing.prs";
+    write::calSet.CalSettings.PRSfile = directory / "missing.prs";
     EXPECT_EQ(SubstituteBadPixels(gains, decom), 0);
     EXPECT_THAT(BadDetList, IsEmpty());
     EXPECT_FALSE(std::filesystem::exists(directory / "Run7.bad"));
@@ -455,7 +456,7 @@ TEST_F(Substitution, WithoutAPatternFailsAndDropsTheMap)
 
 TEST_F(Substitution, AListThatCantBeWrittenIsOnlyTold)
 {
-    CalSettings.CalFile = directory / "none/Run7.cal";
+    write::calSet.CalSettings.CalFile = directory / "none/Run7.cal";
     EXPECT_EQ(SubstituteBadPixels(gains, decom), 1);
     EXPECT_THAT(decom, ElementsAre(0, 2, 2, 3));
     EXPECT_THAT(BoxesShown(), ElementsAre(ShownBox{.caption = "Kelvo message",

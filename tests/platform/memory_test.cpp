@@ -1,6 +1,6 @@
 #include "platform/memory.h"
 
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "support/temp_directory.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 
 #include "platform/faults.h"
 #include "platform/machine.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "support/pseudo_terminal.h"
 #include "support/temp_directory.h"
 

@@ -16,7 +16,8 @@
 #include "platform/transcript.h"
 #include "platform/window.h"
 #include "script/state_registry.h"
-#include "state/windows.h"
+#include "state/cal_state_write.h"
+#include "state/windows_write.h"
 #include "support/temp_directory.h"
 #include "ui/status.h"
 
@@ -142,7 +143,7 @@ LRESULT HostWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
             return 0;
         case WM_DESTROY:
             ++windowsClosed;
-            hWndMain = nullptr;
+            write::windows.hWndMain = nullptr;
             PostQuitMessage(0);
             return 0;
         default:
@@ -158,7 +159,7 @@ int RunHost()
         {.kind = MenuEntry::Kind::kItem, .id = kGrey, .text = "&Grey", .enabled = false},
     };
     RegisterWindowClass({.name = "HOST", .procedure = HostWndProc, .icon = {}});
-    hWndMain = CreateMainWindow("HOST", "Host");
+    write::windows.hWndMain = CreateMainWindow("HOST", "Host");
     SetMenu(hWndMain, kMenu);
     SetWindowText(hWndMain, "Host");
     ShowWindowMaximised(hWndMain);

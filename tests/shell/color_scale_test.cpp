@@ -13,11 +13,11 @@
 #include "resources/ids.h"
 #include "resources/menu.h"
 #include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
-#include "state/head_state.h"
-#include "state/windows.h"
+#include "state/head_state_write.h"
+#include "state/windows_write.h"
 #include "support/picture_fixture.h"
 #include "ui/docking.h"
 
@@ -178,9 +178,9 @@ class ColorScale : public PictureTest {
         ImageHeader.IntensityHot = 12000;
         ImageHeader.TemperatureCold = 20;
         ImageHeader.TemperatureHot = 40;
-        VoltsLow = 3.0F;
-        VoltsHigh = -1.0F;
-        ImageColor = kNormalGray;
+        write::head.VoltsLow = 3.0F;
+        write::head.VoltsHigh = -1.0F;
+        write::display.ImageColor = kNormalGray;
         SetColorMap(ImageColor);
         BuildDisplayLut(40, 500);
     }
@@ -274,7 +274,7 @@ TEST_F(ColorScale, FollowsTheMap)
 {
     ToggleColorScale();
     Bar();
-    ImageColor = kInvertedGray;
+    write::display.ImageColor = kInvertedGray;
     SetColorMap(ImageColor);
     DrawFileOnView();
     const Column bar = Bar();
@@ -294,7 +294,7 @@ TEST_F(ColorScale, FollowsContrastUnitAndCalibration)
     expectOther("at first");
     BuildDisplayLut(60, 500);
     expectOther("contrast");
-    DisplayUnit = kUnitCelsius;
+    write::display.DisplayUnit = kUnitCelsius;
     FollowDisplay();
     expectOther("unit");
     ImageHeader.TemperatureHot = 60;
@@ -308,8 +308,8 @@ TEST_F(ColorScale, StandsAtTheRightEdgeAtAnyWindowSize)
     for (const Rect place : {Rect{0, 0, 900, 700}, Rect{0, 0, 1200, 900}}) {
         MoveWindow(hWndMain, place);
         const Rect client = GetClientRect(hWndMain);
-        ClientWidth = static_cast<std::int16_t>(client.Width());
-        ClientHeight = static_cast<std::int16_t>(client.Height());
+        write::windows.ClientWidth = static_cast<std::int16_t>(client.Width());
+        write::windows.ClientHeight = static_cast<std::int16_t>(client.Height());
         PlaceColorScale();
         const DeviceBitmap screen = Screen();
         const int middle = (PanelHeight() + ClientHeight) / 2;
@@ -324,7 +324,7 @@ TEST_F(ColorScale, APictureWiderThanTheWindowScrollsClearOfIt)
 {
     const int width = ClientWidth;
     View(width, 8, std::vector<std::int16_t>(static_cast<std::size_t>(width) * 8, 8000));
-    Xzoom = Yzoom = 1;
+    write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = 1;
     DrawFileOnView();
     EXPECT_EQ(GetPictureArea(hWndMain).bottom, ClientHeight - TextHeight) << "it fits: no bar";
     ToggleColorScale();

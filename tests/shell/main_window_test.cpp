@@ -8,9 +8,9 @@
 #include "platform/window.h"
 #include "resources/menu.h"
 #include "shell/shutdown.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "support/picture_fixture.h"
 #include "ui/status.h"
 #include "video/image_cursor.h"
@@ -56,18 +56,18 @@ TEST_F(MainWindow, TheLiveTimerDrawsAStoredFrameOnceAndRests)
 
 TEST_F(MainWindow, TheLiveTimerDoesNothingWhileTheDisplayIsOff)
 {
-    DisplayEnabled = 0;
-    LiveVideo = 1;
+    write::frames.DisplayEnabled = 0;
+    write::frames.LiveVideo = 1;
     Expire(kLiveTimerId);
     EXPECT_THAT(LiveFrame, IsEmpty());
     EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId)) << "it isn't set again";
-    LiveVideo = 0;
-    DisplayEnabled = 1;
+    write::frames.LiveVideo = 0;
+    write::frames.DisplayEnabled = 1;
 }
 
 TEST_F(MainWindow, WithNeitherCameraNorFileTheLiveTimerDoesNothing)
 {
-    ViewingFile = 0;
+    write::frames.ViewingFile = 0;
     Expire(kLiveTimerId);
     EXPECT_THAT(LiveFrame, IsEmpty());
     EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
@@ -75,7 +75,7 @@ TEST_F(MainWindow, WithNeitherCameraNorFileTheLiveTimerDoesNothing)
 
 TEST_F(MainWindow, TheRateIsShownAfterAHundredAndOneFrames)
 {
-    LiveVideo = 1;
+    write::frames.LiveVideo = 1;
     for (int frame = 0; frame < 100; ++frame) {
         Expire(kLiveTimerId);
         ASSERT_TRUE(TimerIsSet(hWndMain, kLiveTimerId));
@@ -93,49 +93,49 @@ TEST_F(MainWindow, TheRateIsShownAfterAHundredAndOneFrames)
     EXPECT_EQ(StatusTexts().size(), 1U);
     Expire(kLiveTimerId);
     EXPECT_THAT(StatusTexts(), ElementsAre("  Displaying at 101 Hz", "  Displaying at 50 Hz"));
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
 }
 
 TEST_F(MainWindow, AFrozenFrameStartsTheCountAnew)
 {
-    LiveVideo = 1;
+    write::frames.LiveVideo = 1;
     for (int frame = 0; frame < 100; ++frame) Expire(kLiveTimerId);
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
     Expire(kLiveTimerId);
-    LiveVideo = 1;
+    write::frames.LiveVideo = 1;
     for (int frame = 0; frame < 100; ++frame) Expire(kLiveTimerId);
     EXPECT_THAT(StatusTexts(), IsEmpty());
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
 }
 
 TEST_F(MainWindow, ALiveFrameThatFailsFreezes)
 {
-    ImageBuffer.clear();
-    CameraOn = 1;
-    LiveVideo = 1;
+    write::frames.ImageBuffer.clear();
+    write::frames.CameraOn = 1;
+    write::frames.LiveVideo = 1;
     Expire(kLiveTimerId);
     EXPECT_EQ(LiveVideo, 0);
     EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
 }
 
 TEST_F(MainWindow, TheCursorTimerEndsWithLiveVideo)
 {
-    ImageCursorOn = 1;
+    write::frames.ImageCursorOn = 1;
     Expire(kCursorTimerId);
     EXPECT_THAT(StatusTexts(), IsEmpty());
     EXPECT_FALSE(TimerIsSet(hWndMain, kCursorTimerId));
 
-    LiveVideo = 1;
+    write::frames.LiveVideo = 1;
     Expire(kCursorTimerId);
     EXPECT_EQ(StatusTexts().size(), 1U);
     EXPECT_TRUE(TimerIsSet(hWndMain, kCursorTimerId));
 
-    ImageCursorOn = 0;
+    write::frames.ImageCursorOn = 0;
     Expire(kCursorTimerId);
     EXPECT_EQ(StatusTexts().size(), 1U);
     EXPECT_FALSE(TimerIsSet(hWndMain, kCursorTimerId));
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
 }
 
 TEST_F(MainWindow, ATimerOfNobodyIsStopped)
@@ -153,11 +153,11 @@ TEST_F(MainWindow, PointerMotionWithoutAModeIsNobodysBusiness)
 
 TEST_F(MainWindow, PointerMotionReadsUnderTheCursorAndSetsItsTimer)
 {
-    ImageCursorOn = 1;
+    write::frames.ImageCursorOn = 1;
     EXPECT_EQ(MainWndProc(hWndMain, WM_MOUSEMOVE, 0, 0), 0);
     EXPECT_EQ(StatusTexts().size(), 1U);
     EXPECT_TRUE(TimerIsSet(hWndMain, kCursorTimerId));
-    ImageCursorOn = 0;
+    write::frames.ImageCursorOn = 0;
 }
 
 TEST_F(MainWindow, TheRightButtonIsTheTrackball)
@@ -178,8 +178,8 @@ TEST_F(MainWindow, ACommandOfAControlIsIgnored)
 
 TEST_F(MainWindow, CreationForgetsTheSequence)
 {
-    SequencePath = "old.seq";
-    TextHeight = 0;
+    write::frames.LoadName = "old.seq";
+    write::windows.TextHeight = 0;
     MainWndProc(hWndMain, WM_CREATE, 0, 0);
     EXPECT_EQ(SequencePath, "");
     EXPECT_GT(TextHeight, 0);
@@ -197,7 +197,7 @@ TEST_F(MainWindow, TheViewFollowsTheWindowsSize)
 TEST_F(MainWindow, ComingBackFromAnotherProgramSetsTheCursorsAgain)
 {
     TrackballMode = 0;
-    ImageCursorOn = 1;
+    write::frames.ImageCursorOn = 1;
     const std::size_t before = Commands().size();
     EXPECT_EQ(MainWndProc(hWndMain, WM_SETFOCUS, 0, 0), 0);
     const std::vector<int> sent(Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end());
@@ -206,17 +206,17 @@ TEST_F(MainWindow, ComingBackFromAnotherProgramSetsTheCursorsAgain)
     EXPECT_TRUE(PointerIsClipped());
     EXPECT_EQ(IniKey("Display", "Contrast"), "1");
     EXPECT_EQ(IniKey("Display", "Brightness"), "1000");
-    ImageCursorOn = 0;
+    write::frames.ImageCursorOn = 0;
 }
 
 TEST_F(MainWindow, TheFocusOfAnOwnWindowChangesNothing)
 {
-    ImageCursorOn = 1;
+    write::frames.ImageCursorOn = 1;
     const std::size_t before = Commands().size();
     MainWndProc(hWndMain, WM_SETFOCUS, reinterpret_cast<WPARAM>(hWndMain), 0);
     EXPECT_EQ(Commands().size(), before);
     EXPECT_EQ(IniKey("Display", "Contrast"), "missing");
-    ImageCursorOn = 0;
+    write::frames.ImageCursorOn = 0;
 }
 
 TEST_F(MainWindow, LosingTheFocusToAnotherProgramReleasesThePointer)
@@ -257,13 +257,13 @@ TEST_F(MainWindow, TheWheelZoomsByItsNotches)
 
 TEST_F(MainWindow, TheTitleTellsWhatIsOnView)
 {
-    ViewFilePath = "/data/run7.seq";
+    write::windows.ViewFilePath = "/data/run7.seq";
     StatusString(1, 0);
     EXPECT_EQ(GetWindowText(hWndMain), "Kelvo - run7");
-    ViewingFile = 0;
+    write::frames.ViewingFile = 0;
     StatusString(120, 0);
     EXPECT_EQ(GetWindowText(hWndMain), "Kelvo - Frozen");
-    LiveVideo = 1;
+    write::frames.LiveVideo = 1;
     StatusString(1, 0);
     EXPECT_EQ(GetWindowText(hWndMain), "Kelvo");
     StatusMessage("the title stays", 0);
@@ -272,25 +272,25 @@ TEST_F(MainWindow, TheTitleTellsWhatIsOnView)
     EXPECT_EQ(StatusText, "the title stays");
     EXPECT_EQ(op->Boxes().at(0).text, "String resource not available to output to Status window!");
     EXPECT_EQ(op->Boxes().at(0).caption, "Kelvo message");
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
 }
 
 TEST_F(MainWindow, TheShutdownRunsOnce)
 {
-    Contrast = 30;
+    write::display.Contrast = 30;
     ClipPointer({0, 0, 100, 100});
     ShutDown();
     EXPECT_EQ(IniKey("Display", "Contrast"), "30");
     EXPECT_EQ(CameraKey("Xzoom"), "3");
     EXPECT_FALSE(PointerIsClipped());
-    Contrast = 40;
+    write::display.Contrast = 40;
     MainWndProc(hWndMain, WM_DESTROY, 0, 0);
     EXPECT_EQ(IniKey("Display", "Contrast"), "30");
 }
 
 TEST_F(MainWindow, ItsEndShutsDown)
 {
-    Contrast = 31;
+    write::display.Contrast = 31;
     MainWndProc(hWndMain, WM_DESTROY, 0, 0);
     EXPECT_EQ(IniKey("Display", "Contrast"), "31");
 }

@@ -6,7 +6,8 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "state/display_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
@@ -25,10 +26,10 @@ class Panel : public PictureTest {
   protected:
     void SetUp() override
     {
-        Contrast = 30;
-        Brightness = 600;
-        Xpan = 2;
-        Ypan = -3;
+        write::display.Contrast = 30;
+        write::display.Brightness = 600;
+        write::display.Xpan = 2;
+        write::display.Ypan = -3;
         DockPanel();
     }
     static void ViewPicture() { View(32, 24, std::vector<std::int16_t>(32 * 24, 100)); }
@@ -70,7 +71,7 @@ TEST_F(Panel, ThePanButtonMovesBySixteenths)
 {
     ViewPicture();
     // 32 x 24: two columns, one row.
-    Xpan = Ypan = 0;
+    write::display.Xpan = write::display.Ypan = 0;
     OperatePress(hDlgPanel, 312, kDirectionRight);
     EXPECT_EQ(Xpan, 2);
     OperatePress(hDlgPanel, 312, kDirectionLeft);
@@ -110,8 +111,8 @@ TEST_F(Panel, TheLevelsEndAtTheirLimits)
                           {kDirectionLeft, 50, 8, 50, 1},
                           {kDirectionRight, 50, 1000, 50, 1000},
                           {kDirectionRight, 50, 995, 50, 1000}}) {
-        Contrast = row.contrast;
-        Brightness = row.brightness;
+        write::display.Contrast = row.contrast;
+        write::display.Brightness = row.brightness;
         OperatePress(hDlgPanel, 315, row.direction);
         EXPECT_EQ(Contrast, row.newContrast);
         EXPECT_EQ(Brightness, row.newBrightness);
@@ -120,8 +121,8 @@ TEST_F(Panel, TheLevelsEndAtTheirLimits)
 
 TEST_F(Panel, AtALimitTheTableIsNotMadeAgain)
 {
-    Contrast = 100;
-    DisplayLut.assign(DisplayLut.size(), 7);
+    write::display.Contrast = 100;
+    write::display.DisplayLut.assign(DisplayLut.size(), 7);
     OperatePress(hDlgPanel, 315, kDirectionUp);
     EXPECT_EQ(DisplayLut[16383], 7);
 }
@@ -143,7 +144,7 @@ TEST_F(Panel, TheZoomBarStepsTheZoom)
 TEST_F(Panel, TheZoomBarShowsTheHorizontalZoomAndTheOtherFollows)
 {
     ViewPicture();
-    Yzoom = 5;
+    write::camera.ActiveConfig.Yzoom = 5;
     Scroll(ScrollCode::kLineUp);
     EXPECT_EQ(Xzoom, 4);
     EXPECT_EQ(Yzoom, 6);

@@ -10,11 +10,11 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "support/picture_fixture.h"
 #include "ui/docking.h"
 
@@ -102,20 +102,20 @@ class SaturationOverlay : public PictureTest {
         DockPanel();
         SetMenu(hWndMain, MainMenu());
         OpenSaturationOverlay();
-        ActiveConfig.Hroi = 40;
-        ActiveConfig.Vroi = 30;
+        write::camera.ActiveConfig.Hroi = 40;
+        write::camera.ActiveConfig.Vroi = 30;
         const std::size_t size = 40 * 30;
         std::mt19937 random(7);
-        RawFrame.resize(size);
-        for (std::int16_t& count : RawFrame) {
+        write::frames.RawFrame.resize(size);
+        for (std::int16_t& count : write::frames.RawFrame) {
             const unsigned kind = random() % 8;
             count = kind == 0 ? 0 : kind == 1 ? 16383 : static_cast<std::int16_t>(1 + random() % 16382);
         }
-        DecomList.resize(size);
-        std::iota(DecomList.begin(), DecomList.end(), 0U);
-        std::shuffle(DecomList.begin(), DecomList.end(), random);
-        LiveFrame.resize(size);
-        for (std::size_t i = 0; i < size; ++i) LiveFrame[i] = RawFrame[DecomList[i]];
+        write::cal.DecomList.resize(size);
+        std::iota(write::cal.DecomList.begin(), write::cal.DecomList.end(), 0U);
+        std::shuffle(write::cal.DecomList.begin(), write::cal.DecomList.end(), random);
+        write::frames.LiveFrame.resize(size);
+        for (std::size_t i = 0; i < size; ++i) write::frames.LiveFrame[i] = RawFrame[DecomList[i]];
     }
     void TearDown() override
     {
@@ -165,13 +165,13 @@ class SaturationOverlay : public PictureTest {
 
 TEST_F(SaturationOverlay, MarksExactlyTheSaturatedPixelsAtEachZoomAndPan)
 {
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     for (const int zoom : {1, 2, 3}) {
         for (const Point pan : {Point{0, 0}, {7, 0}, {5, 9}, {-4, -3}}) {
-            Xzoom = zoom;
-            Yzoom = zoom == 2 ? 5 : zoom;
-            Xpan = pan.x;
-            Ypan = pan.y;
+            write::camera.ActiveConfig.Xzoom = zoom;
+            write::camera.ActiveConfig.Yzoom = zoom == 2 ? 5 : zoom;
+            write::display.Xpan = pan.x;
+            write::display.Ypan = pan.y;
             InvalidateRect(hWndMain, nullptr, true);
             DrawFrame(LiveFrame);
             const DeviceBitmap plain = Screen();
@@ -188,8 +188,8 @@ TEST_F(SaturationOverlay, MarksExactlyTheSaturatedPixelsAtEachZoomAndPan)
 
 TEST_F(SaturationOverlay, TurnedOnWhileFrozenItMarksThePictureAsItStands)
 {
-    CameraOn = 1;
-    Xpan = 3;
+    write::frames.CameraOn = 1;
+    write::display.Xpan = 3;
     DrawFrame(LiveFrame);
     const DeviceBitmap plain = Screen();
     ToggleSaturationOverlay();
@@ -198,11 +198,11 @@ TEST_F(SaturationOverlay, TurnedOnWhileFrozenItMarksThePictureAsItStands)
 
 TEST_F(SaturationOverlay, ARepaintKeepsTheMarksOfTheFrameOnTheScreen)
 {
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     ToggleSaturationOverlay();
     DrawFrame(LiveFrame);
     const DeviceBitmap marked = Screen();
-    std::ranges::fill(RawFrame, std::int16_t{5000});  // the next frame is on its way
+    std::ranges::fill(write::frames.RawFrame, std::int16_t{5000});  // the next frame is on its way
     InvalidateRect(hWndMain, nullptr, true);
     EXPECT_EQ(Screen().pixels, marked.pixels);
 }
@@ -210,13 +210,13 @@ TEST_F(SaturationOverlay, ARepaintKeepsTheMarksOfTheFrameOnTheScreen)
 // A camera that is off leaves its last picture standing, and the switch acts on it.
 TEST_F(SaturationOverlay, ItsSwitchActsOnThePictureOfACameraThatIsOff)
 {
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     DrawFrame(LiveFrame);
     const DeviceBitmap plain = Screen();
     ToggleSaturationOverlay();
     const DeviceBitmap marked = Screen();
     ASSERT_NE(marked.pixels, plain.pixels);
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
     ToggleSaturationOverlay();
     EXPECT_EQ(Screen().pixels, plain.pixels);
     ToggleSaturationOverlay();
@@ -225,7 +225,7 @@ TEST_F(SaturationOverlay, ItsSwitchActsOnThePictureOfACameraThatIsOff)
 
 TEST_F(SaturationOverlay, NeverTouchesThePictureItself)
 {
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     DrawFrame(LiveFrame);
     const auto plain = DibBits(*FrameBitmap);
     const std::vector<std::uint8_t> before(plain.begin(), plain.end());
@@ -261,7 +261,7 @@ TEST_F(SaturationOverlay, AFileThatIsNotRawIsNotMarkedAndTheItemStandsGray)
          {Row{"calibrated.img", 2, 1, 7000}, Row{"floats.img", 4, 8, -10000}, Row{"floats.img", 2, 8, -10000},
           Row{"list.noi", 2, 1, -10000}, Row{"list.off", 2, 1, -10000}, Row{"order.dcm", 2, 1, -10000}}) {
         View(1, 1, {0});
-        ViewFilePath = row.path;
+        write::windows.ViewFilePath = row.path;
         ImageHeader.SampleBytes = row.sampleBytes;
         ImageHeader.DataType = row.dataType;
         ImageHeader.IntensityCold = row.cold;
@@ -270,17 +270,17 @@ TEST_F(SaturationOverlay, AFileThatIsNotRawIsNotMarkedAndTheItemStandsGray)
         EXPECT_TRUE(ItemOf().checked);
         EXPECT_EQ(Shown(1, PanelHeight() + 1), 0U) << row.path;
     }
-    ViewingFile = 0;
-    CameraOn = 1;
+    write::frames.ViewingFile = 0;
+    write::frames.CameraOn = 1;
     DrawFrame(LiveFrame);
     EXPECT_TRUE(ItemOf().enabled);
 }
 
 TEST_F(SaturationOverlay, ItsColorsStandOutInEachMap)
 {
-    DefaultDir = KELVO_DEFAULTS;
+    write::windows.DefaultDir = KELVO_DEFAULTS;
     for (const int map : {kNormalGray, kInvertedGray, kNormalColor}) {
-        ImageColor = static_cast<std::int16_t>(map);
+        write::display.ImageColor = static_cast<std::int16_t>(map);
         SetColorMap(map);
         const MarkColors colors = ColorsAgainst(ColorMap);
         // 100: what two neighbouring colours of a printed legend are apart at least.

@@ -1,6 +1,6 @@
 #include "shell/sequence_naming.h"
 
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 
 #include <gtest/gtest.h>
@@ -33,7 +33,7 @@ TEST(SequenceNaming, RefusesMoreThanSevenLetters)
 TEST(SequenceNaming, ARefusalKeepsThePath)
 {
     TestOperator op;
-    SeqFilePath = "/data/a.seq";
+    write::windows.SeqFilePath = "/data/a.seq";
     EXPECT_EQ(NameSequenceForSaving("/data/77.seq"), 0);
     EXPECT_EQ(op.Boxes().at(0).caption, "Kelvo message");
     EXPECT_EQ(SeqFilePath, "/data/a.seq");

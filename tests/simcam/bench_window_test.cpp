@@ -8,7 +8,7 @@
 #include "platform/qt_dialog.h"
 #include "resources/dialog_ids.h"
 #include "simcam/sim_camera.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "support/temp_directory.h"
 
 #include <QApplication>
@@ -29,7 +29,7 @@ class Bench : public DialogFixture {
     void SetUp() override
     {
         DialogFixture::SetUp();
-        hWndMain = mainWindow;
+        write::windows.hWndMain = mainWindow;
         SetDefaultDir(directory.Path());
     }
     void TearDown() override

@@ -1,6 +1,6 @@
 // Frames as the board gets them: window, flips, gain, biases, test mode, and that they are functions of their number.
 #include "platform/profile.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "support/camera_fixture.h"
 
 #include <gmock/gmock.h>
@@ -269,7 +269,7 @@ TEST_F(SimFrames, TruthEndsWithTheArray)
 // The sections that are shipped name these files, and their keys are what the fixture's frames were worked from.
 TEST_F(SimFrames, TheShippedSectionsFitTheShippedCameras)
 {
-    CameraFilePath = KELVO_DEFAULTS "/camera.ini";
+    write::windows.CameraFilePath = KELVO_DEFAULTS "/camera.ini";
     const auto number = [](const char* section, const char* key) {
         return GetPrivateProfileInt(section, key, -999, CameraFilePath);
     };

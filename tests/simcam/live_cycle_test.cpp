@@ -9,9 +9,9 @@
 #include "resources/menu.h"
 #include "shell/main_window.h"
 #include "simcam/sim_board_fixture.h"
-#include "state/buffer_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/buffer_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "video/video.h"
 
 #include <gmock/gmock.h>
@@ -28,13 +28,13 @@ class LiveCycle : public SimBoardTest {
     void SetUp() override
     {
         RegisterWindowClass({"LIVE", MainWndProc, {}});
-        hWndMain = CreateMainWindow("LIVE", "live");
+        write::windows.hWndMain = CreateMainWindow("LIVE", "live");
         SetMenu(hWndMain, MainMenu());
         ShowWindowMaximised(hWndMain);
         OpenAt100Hz();
-        CameraOn = 1;
+        write::frames.CameraOn = 1;
         ClearFrameAccount();
-        ToggleFreeze(LiveVideo);
+        ToggleFreeze(write::frames.LiveVideo);
     }
     // Lets the program run until that moment of its clock.
     void RunFor(std::int64_t milliseconds)
@@ -91,9 +91,9 @@ TEST_F(LiveCycle, WhatALongCommandHeldUpIsMissedNotLost)
     RunFor(100);
     // The mouse buttons' commands end in the dispatcher too; this one is long because its box stands half a second.
     op.AtNextBox([](const FrontBox&) { DelayMs(500); });
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
     SendMessage(hWndMain, WM_COMMAND, kCmdLoadCalibration, 0);
-    CameraOn = 1;
+    write::frames.CameraOn = 1;
     EXPECT_EQ(op.Boxes().size(), 1U);
     RunFor(100);
     EXPECT_EQ(Account().lost, 0);
@@ -142,13 +142,13 @@ TEST_F(LiveCycle, GoesOnBehindADialogAndWhatPassesThereIsMissed)
 TEST_F(LiveCycle, IsHeldOffWhileAnAcquisitionOwnsTheBoardAndGoesOnAfterIt)
 {
     RunFor(100);
-    PeriodicUpdates = 0;
+    write::buffer.PeriodicUpdates = 0;
     const std::int64_t before = Account().shown;
     RunFor(300);
     EXPECT_EQ(Account().shown, before);
     EXPECT_EQ(LiveVideo, 1);
     EXPECT_TRUE(TimerIsSet(hWndMain, kLiveTimer));
-    PeriodicUpdates = 1;
+    write::buffer.PeriodicUpdates = 1;
     RunFor(100);
     EXPECT_GT(Account().shown, before + 5);
     EXPECT_EQ(Account().lost, 0);

@@ -2,10 +2,10 @@
 
 #include "grabber/board.h"
 #include "platform/application.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
 #include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 
 namespace kelvo {
 
@@ -15,12 +15,12 @@ SimBoardTest::SimBoardTest()
     CopyShippedFiles(DefaultDir);
     PutFile(directory / "platform.ini", "[Board]\nBoard=sim\n");
     PutFile(CameraFilePath, "[Camera.2]\ncnfFile=insb320.cnf\n");
-    ActiveCamera = 2;
-    ActiveConfig.Hroi = 320;
-    ActiveConfig.Vroi = 256;
-    ActiveConfig.Xzoom = 1;
-    ActiveConfig.Yzoom = 1;
-    DisplayHigh = 16383;
+    write::camera.ActiveCamera = 2;
+    write::camera.ActiveConfig.Hroi = 320;
+    write::camera.ActiveConfig.Vroi = 256;
+    write::camera.ActiveConfig.Xzoom = 1;
+    write::camera.ActiveConfig.Yzoom = 1;
+    write::display.DisplayHigh = 16383;
     RegisterSimulatedBoard();
 }
 

@@ -5,9 +5,9 @@
 #include "platform/clock.h"
 #include "platform/faults.h"
 #include "simcam/sim_board_fixture.h"
-#include "state/camera_config.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "video/video.h"
 
 #include <gmock/gmock.h>
@@ -37,13 +37,13 @@ TEST_F(SimBoard, TheFileOfTheSectionBecomesTheCurrentCamera)
 TEST_F(SimBoard, NoFileOrABadOneFailsWithoutAMessage)
 {
     for (const char* name : {"none", "missing.cnf", "camera.ini"}) {
-        CnfFilePath.clear();
+        write::windows.CnfFilePath.clear();
         PutFile(CameraFilePath, std::string("[Camera.2]\ncnfFile=") + name + "\n");
-        ActiveCamera = 2;
+        write::camera.ActiveCamera = 2;
         EXPECT_EQ(init_itex(), 0) << name;
         EXPECT_EQ(GrabberPresent, 0);
         EXPECT_THAT(op.Boxes(), IsEmpty());
-        ++ActiveCamera;
+        ++write::camera.ActiveCamera;
     }
 }
 
@@ -250,9 +250,9 @@ class SimLive : public SimBoardTest {
     void SetUp() override
     {
         OpenAt100Hz();
-        CameraOn = 1;
+        write::frames.CameraOn = 1;
         ClearFrameAccount();
-        ToggleFreeze(LiveVideo);
+        ToggleFreeze(write::frames.LiveVideo);
     }
 };
 
@@ -294,8 +294,8 @@ TEST_F(SimLive, FailuresOfTheBoardAreTold)
     EXPECT_EQ(RefreshLiveFrame(), 0);
     SetFault("icp_read_area", false);
     SetFault("icp_grab", true);
-    LiveVideo = 0;
-    ToggleFreeze(LiveVideo);
+    write::frames.LiveVideo = 0;
+    ToggleFreeze(write::frames.LiveVideo);
     ASSERT_EQ(op.Boxes().size(), 3U);
     EXPECT_EQ(op.Boxes()[0].text, "Timeout waiting for vertical blank!");
     EXPECT_EQ(op.Boxes()[1].text, "icp_read_area() Error");
@@ -305,7 +305,7 @@ TEST_F(SimLive, FailuresOfTheBoardAreTold)
 TEST_F(SimLive, ABurstHasEachFrameOnce)
 {
     PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=8\n");
-    numBufFrames = 8;
+    write::camera.numBufFrames = 8;
     const std::int64_t start = TickUs();
     EXPECT_EQ(CaptureToHostFrames(6, 1), 6);
     EXPECT_EQ(TickUs() - start, 120'000) << "every second frame at 100 Hz";
@@ -318,8 +318,8 @@ TEST_F(SimLive, ABurstHasEachFrameOnce)
 TEST_F(SimLive, AnotherFrameSizeGoesOnLive)
 {
     ASSERT_EQ(RefreshLiveFrame(), 1);
-    ActiveConfig.Hroi = 125;
-    ActiveConfig.Vroi = 64;
+    write::camera.ActiveConfig.Hroi = 125;
+    write::camera.ActiveConfig.Vroi = 64;
     EXPECT_EQ(RefreshLiveFrame(), 1) << "a part of the old frame is enough";
     FrameSizeChanged();
     EXPECT_EQ(FramePitch, 128);
@@ -345,13 +345,13 @@ TEST_P(SlowestRate, GivesLiveVideo)
 {
     const Slowest& slowest = GetParam();
     PutFile(CameraFilePath, std::string("[Camera.2]\ncnfFile=") + slowest.file + "\n");
-    ActiveConfig.Hroi = slowest.columns;
-    ActiveConfig.Vroi = slowest.rows;
+    write::camera.ActiveConfig.Hroi = slowest.columns;
+    write::camera.ActiveConfig.Vroi = slowest.rows;
     ASSERT_EQ(init_itex(), 1);
     Send(*CurrentSimCamera(), {slowest.frameSize, {0x90, 0x30, 0, 0}, slowest.slowestClock});
     EXPECT_NEAR(SimFramePeriodUs(*CurrentSimCamera()), slowest.periodUs, 1e-3);
-    CameraOn = 1;
-    ToggleFreeze(LiveVideo);
+    write::frames.CameraOn = 1;
+    ToggleFreeze(write::frames.LiveVideo);
     const std::int64_t start = TickUs();
     for (int i = 0; i < 5; ++i) EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_NEAR(static_cast<double>(TickUs() - start), 5 * slowest.periodUs, 1);

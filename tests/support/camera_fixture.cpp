@@ -1,6 +1,6 @@
 #include "support/camera_fixture.h"
 
-#include "state/windows.h"
+#include "state/windows_write.h"
 
 #include <cmath>
 #include <numeric>

@@ -4,8 +4,8 @@
 #include "head/camera_head.h"
 #include "head/video_setup.h"
 #include "platform/profile.h"
-#include "state/camera_config.h"
-#include "state/frame_state.h"
+#include "state/camera_config_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 
 namespace kelvo {
@@ -23,7 +23,7 @@ void HeadTest::SetUp()
     head = std::make_unique<ScriptedHead>();
     Wire("sim:head.cnf");
     PutSection(kInSbSection);
-    CameraOn = 0;
+    write::frames.CameraOn = 0;
 }
 
 void HeadTest::PutSection(std::string_view lines)
@@ -31,7 +31,7 @@ void HeadTest::PutSection(std::string_view lines)
     FlushProfiles();
     PutFile(CameraFilePath, "[Camera.2]\n" + std::string(lines));
     ForgetProfile(CameraFilePath);
-    ReadCameraConfig(2, 1, ActiveConfig);
+    ReadCameraConfig(2, 1, write::camera.ActiveConfig);
     LoadVideoSettings();
 }
 

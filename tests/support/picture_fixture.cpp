@@ -8,10 +8,10 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "shell/panel.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 
 #include <array>
 #include <cstring>
@@ -57,33 +57,33 @@ CommandLine Offscreen(double scale)
 PictureTest::PictureTest(double scale) : op(std::make_unique<TestOperator>(Offscreen(scale)))
 {
     SetDefaultDir(directory.Path());
-    ActiveCamera = 2;
-    ActiveConfig.Hroi = 32;
-    ActiveConfig.Vroi = 24;
-    ActiveConfig.Xzoom = 3;
-    ActiveConfig.Yzoom = 3;
-    DisplayLow = 0;
-    DisplayHigh = 16383;
-    Contrast = 1;
-    Brightness = 1000;
+    write::camera.ActiveCamera = 2;
+    write::camera.ActiveConfig.Hroi = 32;
+    write::camera.ActiveConfig.Vroi = 24;
+    write::camera.ActiveConfig.Xzoom = 3;
+    write::camera.ActiveConfig.Yzoom = 3;
+    write::display.DisplayLow = 0;
+    write::display.DisplayHigh = 16383;
+    write::display.Contrast = 1;
+    write::display.Brightness = 1000;
 
     RegisterWindowClass({"PICTURE", WindowProcedure, {}, false, 0x804020});
-    hWndMain = CreateMainWindow("PICTURE", "Picture");
+    write::windows.hWndMain = CreateMainWindow("PICTURE", "Picture");
     SetMenu(hWndMain, kMenu);
     ShowWindowMaximised(hWndMain);
     const Rect client = GetClientRect(hWndMain);
-    ClientWidth = static_cast<std::int16_t>(client.Width());
-    ClientHeight = static_cast<std::int16_t>(client.Height());
-    TextHeight = 20;
-    ViewWidth = client.Width();
-    ViewHeight = client.Height() - 60;
+    write::windows.ClientWidth = static_cast<std::int16_t>(client.Width());
+    write::windows.ClientHeight = static_cast<std::int16_t>(client.Height());
+    write::windows.TextHeight = 20;
+    write::windows.ViewWidth = client.Width();
+    write::windows.ViewHeight = client.Height() - 60;
 }
 
 PictureTest::~PictureTest()
 {
     DestroyWindow(hWndMain);
-    hWndMain = nullptr;
-    hDlgPanel = nullptr;
+    write::windows.hWndMain = nullptr;
+    write::windows.hDlgPanel = nullptr;
 }
 
 const std::vector<int>& PictureTest::Commands()
@@ -100,10 +100,10 @@ void PictureTest::View(int width, int height, const std::vector<std::int16_t>& c
     ImageHeader.DisplayHigh = 16383;
     ImageHeader.TemperatureCold = -999.0F;
     ImageHeader.TemperatureHot = -999.0F;
-    ImageBuffer.resize(counts.size() * 2);
-    std::memcpy(ImageBuffer.data(), counts.data(), ImageBuffer.size());
-    ViewingFile = 1;
-    ViewFilePath = "picture.img";
+    write::frames.ImageBuffer.resize(counts.size() * 2);
+    std::memcpy(write::frames.ImageBuffer.data(), counts.data(), ImageBuffer.size());
+    write::frames.ViewingFile = 1;
+    write::windows.ViewFilePath = "picture.img";
 }
 
 void PictureTest::DockPanel()

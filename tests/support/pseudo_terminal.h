@@ -48,7 +48,7 @@ class PseudoTerminal {
 
     void Send(const std::vector<std::uint8_t>& bytes) const
     {
-        ASSERT_EQ(write(master_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+        ASSERT_EQ(::write(master_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
 
     // What arrives until that many bytes are there, or nothing has come for two seconds.

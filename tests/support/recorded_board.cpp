@@ -1,7 +1,7 @@
 #include "support/recorded_board.h"
 
 #include "grabber/copm2.h"
-#include "state/frame_state.h"
+#include "state/frame_state_write.h"
 
 #include <algorithm>
 #include <utility>
@@ -52,7 +52,7 @@ const BoardTable kRecordedBoard = {
     .grab =
         [](BoardModule, BoardFrame) {
             calls.emplace_back("grab");
-            DisplayEnabled = 0;
+            write::frames.DisplayEnabled = 0;
             return 0;
         },
     .freeze = [](BoardModule, BoardFrame) { calls.emplace_back("freeze"); },

@@ -2,9 +2,9 @@
 
 #include "grabber/board.h"
 #include "platform/text.h"
-#include "state/camera_config.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "video/video.h"
 
 namespace kelvo {
@@ -214,9 +214,9 @@ BoardTest::BoardTest()
 {
     SetDefaultDir(directory.Path());
     PutFile(directory / "platform.ini", "[Board]\nBoard=recording\n[Memory]\nShare=100\n");
-    ActiveCamera = 2;
-    ActiveConfig.Xzoom = 1;
-    ActiveConfig.Yzoom = 1;
+    write::camera.ActiveCamera = 2;
+    write::camera.ActiveConfig.Xzoom = 1;
+    write::camera.ActiveConfig.Yzoom = 1;
     recordingBoard = {};
     RegisterBoard(kTable);
 }
@@ -225,16 +225,16 @@ BoardTest::~BoardTest() = default;
 
 void BoardTest::SetSize(int columns, int rows)
 {
-    ActiveConfig.Hroi = columns;
-    ActiveConfig.Vroi = rows;
+    write::camera.ActiveConfig.Hroi = columns;
+    write::camera.ActiveConfig.Vroi = rows;
 }
 
 void BoardTest::GoLive(int columns, int rows)
 {
     SetSize(columns, rows);
     ASSERT_EQ(init_itex(), 1);
-    CameraOn = 1;
-    ToggleFreeze(LiveVideo);
+    write::frames.CameraOn = 1;
+    ToggleFreeze(write::frames.LiveVideo);
     ASSERT_EQ(LiveVideo, 1);
     ForgetAsked();
 }

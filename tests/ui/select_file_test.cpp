@@ -1,7 +1,7 @@
 #include "ui/select_file.h"
 
 #include "platform/faults.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/stored_files.h"
 #include "ui/status.h"

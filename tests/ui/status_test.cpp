@@ -1,8 +1,8 @@
 #include "ui/status.h"
 
 #include "imagefile/header.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/stored_files.h"
 
@@ -39,8 +39,8 @@ class StatusOfAView : public ::testing::Test {
     StatusOfAView()
     {
         ImageHeader = PlainHeader(4, 4);
-        ViewingFile = 1;
-        ViewFilePath = "/data/run7.seq";
+        write::frames.ViewingFile = 1;
+        write::windows.ViewFilePath = "/data/run7.seq";
     }
     TestOperator operator_;
 };
@@ -53,24 +53,24 @@ TEST_F(StatusOfAView, ASingleImageIsDescribedByNameDateAndTime)
 
 TEST_F(StatusOfAView, ASequenceTellsItsFrame)
 {
-    ViewingSequence = 1;
-    SequenceFrameIndex = 12;
+    write::frames.SteppingFrames = 1;
+    write::frames.CurrentFrame = 12;
     StatusString(1, 0);
     EXPECT_EQ(StatusText, "Viewing Sequence /data/run7.seq  FrameNum: 12   11/21/26 12:34:05");
 }
 
 TEST_F(StatusOfAView, AFrameWithItsOwnHeaderTellsItsTimeAndRate)
 {
-    ViewingSequence = 1;
-    SequenceFrameIndex = 3;
+    write::frames.SteppingFrames = 1;
+    write::frames.CurrentFrame = 3;
     ImageHeader.ImageHeaderDataOffset = 80;
     ImageHeader.FrameRate = 59.94F;
     FrameHeaderRecord frame;
     std::memcpy(frame.FrameTimeText.data(), "Sat Nov 21 12:34:05.678 2026\n", 30);
     frame.AllFramesNum = 0x10005;  // only the low 16 bits are told
     frame.FrameIntegrationMsec = 1.25F;
-    ImageBuffer.assign(80 + 32, 0);
-    std::memcpy(ImageBuffer.data(), &frame, sizeof frame);
+    write::frames.ImageBuffer.assign(80 + 32, 0);
+    std::memcpy(write::frames.ImageBuffer.data(), &frame, sizeof frame);
     StatusString(1, 0);
     EXPECT_EQ(StatusText,
               "Viewing /data/run7.seq FrameNum:3 AllFramesNum:5 Sat Nov 21 12:34:05.678 2026 59.9Hz 1.250msec");
@@ -79,7 +79,7 @@ TEST_F(StatusOfAView, AFrameWithItsOwnHeaderTellsItsTimeAndRate)
 TEST_F(StatusOfAView, StringOneIsNeverShownAsSuch)
 {
     for (const int stepping : {0, 1}) {
-        ViewingSequence = stepping;
+        write::frames.SteppingFrames = stepping;
         StatusString(1, 0);
         EXPECT_EQ(StatusText.find("underlined"), std::string::npos);
     }

@@ -7,9 +7,9 @@
 #include "platform/pointer.h"
 #include "platform/qt_window.h"
 #include "platform/window.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
 #include "ui/docking.h"
@@ -157,7 +157,7 @@ TEST_F(ImageCursor, ThePointerReturnsToItsPixel)
 TEST_F(ImageCursor, ZoomingKeepsThePointerOverItsPixelAndTheReadOutOn)
 {
     View(640, 480, std::vector<std::int16_t>(640 * 480, 100));
-    ImageCursorOn = 1;
+    write::frames.ImageCursorOn = 1;
     ImageCursorPosition();
     PutPointerOverPixel({100, 90});
     ASSERT_EQ(ImageCursorPosition(), (Point{100, 90}));
@@ -171,7 +171,7 @@ TEST_F(ImageCursor, ZoomingKeepsThePointerOverItsPixelAndTheReadOutOn)
 
 TEST_F(ImageCursor, ARefusedCommandChangesNothing)
 {
-    Xzoom = Yzoom = 16;
+    write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = 16;
     ZoomPanCommand(200);
     EXPECT_EQ(Xzoom, 16);
     EXPECT_EQ(CameraKey("Xpan"), "missing");
@@ -187,8 +187,8 @@ TEST_F(ImageCursor, TrackballHoldsThePointerAtItsRest)
     EXPECT_EQ(CurrentPointer(), Pointer::kTrackball);
     EXPECT_TRUE(PointerIsClipped());
     EXPECT_EQ(GetPointerPosition(), Client(320, 240));
-    Contrast = 50;
-    Brightness = 500;
+    write::display.Contrast = 50;
+    write::display.Brightness = 500;
     SetPointerPosition(Client(330, 265));
     TrackballMotion();
     EXPECT_EQ(Brightness, 502);
@@ -201,8 +201,8 @@ TEST_F(ImageCursor, TrackballHoldsThePointerAtItsRest)
 TEST_F(ImageCursor, LeavingTheTrackballSavesTheLevels)
 {
     TrackballToggle();
-    Contrast = 61;
-    Brightness = 432;
+    write::display.Contrast = 61;
+    write::display.Brightness = 432;
     TrackballToggle();
     EXPECT_EQ(TrackballMode, 0);
     EXPECT_FALSE(PointerIsClipped());
@@ -213,7 +213,7 @@ TEST_F(ImageCursor, LeavingTheTrackballSavesTheLevels)
 
 TEST_F(ImageCursor, TheTrackballGivesTheImageCursorItsPlaceBack)
 {
-    ImageCursorOn = 1;
+    write::frames.ImageCursorOn = 1;
     ImageCursorPosition();
     SetPointerPosition(Client(500, 400));
     TrackballToggle();
@@ -226,8 +226,8 @@ TEST_F(ImageCursor, TheTrackballGivesTheImageCursorItsPlaceBack)
 
 TEST_F(ImageCursor, EnteringTheTrackballShowsTheLevelsInThePanel)
 {
-    Contrast = 12;
-    Brightness = 345;
+    write::display.Contrast = 12;
+    write::display.Brightness = 345;
     TrackballToggle();
     EXPECT_EQ(GetDlgItemText(hDlgPanel, 317), "12");
     EXPECT_EQ(GetDlgItemText(hDlgPanel, 316), "345");
@@ -262,7 +262,7 @@ TEST_F(ScrolledImageCursor, TheTrackballRestsWhereItIsSeen)
 {
     ASSERT_TRUE(ScrollPictureTo(hWndMain, {300, 150}));
     TrackballToggle();
-    Brightness = 500;
+    write::display.Brightness = 500;
     OperateMouse({340, 240}, 0);  // 20 to the right of the rest
     TrackballMotion();
     EXPECT_EQ(Brightness, 504);
@@ -277,7 +277,7 @@ class ImageCursorAtRatioOneAndAHalf : public PictureTest {
 // screen shows there, as at whole ratios.
 TEST_F(ImageCursorAtRatioOneAndAHalf, ThePixelIsTheOneOnTheScreen)
 {
-    Xzoom = Yzoom = 1;
+    write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = 1;
     View(2000, 1500, std::vector<std::int16_t>(2000 * 1500, 100));
     DrawFileOnView();
     Rect view;

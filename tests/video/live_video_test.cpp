@@ -8,11 +8,11 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "state/buffer_state.h"
-#include "state/cal_state.h"
+#include "state/cal_state_write.h"
 #include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "support/recording_board.h"
 #include "support/stored_files.h"
 #include "video/video.h"
@@ -36,7 +36,7 @@ constexpr std::array<MenuEntry, 2> kMenu{{
 
 class LiveFrames : public BoardTest {
   protected:
-    LiveFrames() { DisplayHigh = 16383; }
+    LiveFrames() { write::display.DisplayHigh = 16383; }
 };
 
 TEST_F(LiveFrames, OneReadABlankAndThePriorityStaysRaised)
@@ -95,16 +95,16 @@ TEST_F(LiveFrames, FrozenTheBoardIsNotTouchedAndTheCrossMoves)
 {
     GoLive(4, 2);
     RefreshLiveFrame();
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     ForgetAsked();
-    ImageCursorOn = 1;
-    CursorX = 1;
-    CursorY = 0;
+    write::frames.ImageCursorOn = 1;
+    write::frames.CursorX = 1;
+    write::frames.CursorY = 0;
     EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_THAT(LiveFrame, ElementsAre(1000, 1001, 0, 0, 1100, 0, 1102, 1103));
     EXPECT_EQ(CursorValue, 1001);
-    CursorX = 2;
-    CursorY = 1;
+    write::frames.CursorX = 2;
+    write::frames.CursorY = 1;
     EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_THAT(LiveFrame, ElementsAre(1000, 1001, 1002, 1003, 1100, 0, 1102, 0)) << "arms stop short of row 0";
     EXPECT_EQ(CursorValue, 1102);
@@ -118,12 +118,12 @@ TEST_F(LiveFrames, OnlyAnUncalibratedValueIsKeptFromBelowZero)
     DataOffset = -102;
     EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_THAT(LiveFrame, ElementsAre(0, 0, 0, 1));
-    CalType = 1;
-    OffsetList = {0, 0, 5, 5};
+    write::cal.CalType = 1;
+    write::cal.OffsetList = {0, 0, 5, 5};
     EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_THAT(LiveFrame, ElementsAre(-2, -1, -5, -4));
-    CalType = 2;
-    GainList = {0.5F, 1, 2, 4};
+    write::cal.CalType = 2;
+    write::cal.GainList = {0.5F, 1, 2, 4};
     EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_THAT(LiveFrame, ElementsAre(-4, -1, -2, -1));
 }
@@ -131,7 +131,7 @@ TEST_F(LiveFrames, OnlyAnUncalibratedValueIsKeptFromBelowZero)
 TEST_F(LiveFrames, TheDecommutationListGathersAndStaysIfItFits)
 {
     GoLive(4, 1);
-    DecomList = {3, 2, 1, 0, 77};
+    write::cal.DecomList = {3, 2, 1, 0, 77};
     EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_THAT(LiveFrame, ElementsAre(1003, 1002, 1001, 1000));
     EXPECT_EQ(DecomList.size(), 5U);
@@ -141,7 +141,7 @@ TEST_F(LiveFrames, AListThatIsMissingOrTooSmallIsMade)
 {
     GoLive(4, 1);
     for (const std::vector<std::uint32_t>& list : {std::vector<std::uint32_t>{}, {3, 2, 1}}) {
-        DecomList = list;
+        write::cal.DecomList = list;
         EXPECT_EQ(RefreshLiveFrame(), 1);
         EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3));
     }
@@ -180,7 +180,7 @@ TEST_F(LiveFrames, ACallersBlockTakesTheFramesSize)
 TEST_F(LiveFrames, NothingIsDrawnWithTheDisplayOff)
 {
     GoLive(4, 2);
-    DisplayEnabled = 0;
+    write::frames.DisplayEnabled = 0;
     EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_FALSE(FrameBitmap);
     EXPECT_EQ(CurrentFrameAccount().shown, 0);
@@ -192,18 +192,18 @@ class Freezing : public BoardTest {
     Freezing()
     {
         RegisterWindowClass({"LIVE", DefWindowProc, {}});
-        hWndMain = CreateMainWindow("LIVE", "before");
+        write::windows.hWndMain = CreateMainWindow("LIVE", "before");
         SetMenu(hWndMain, kMenu);
         SetSize(4, 2);
         init_itex();
-        CameraOn = 1;
-        DisplayHigh = 16383;
+        write::frames.CameraOn = 1;
+        write::display.DisplayHigh = 16383;
         ForgetAsked();
     }
     ~Freezing() override
     {
         DestroyWindow(hWndMain);
-        hWndMain = nullptr;
+        write::windows.hWndMain = nullptr;
     }
     static std::string MenuText() { return GetMenuItem(hWndMain, kCmdFreeze)->text; }
     // The kinds of what the operator saw, in order, with their texts.
@@ -222,8 +222,8 @@ class Freezing : public BoardTest {
 
 TEST_F(Freezing, WithoutTheCameraNothingHappens)
 {
-    CameraOn = 0;
-    ToggleFreeze(LiveVideo);
+    write::frames.CameraOn = 0;
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_EQ(LiveVideo, 0);
     EXPECT_THAT(recordingBoard.asked, IsEmpty());
     EXPECT_EQ(MenuText(), "&Freeze frame\tF2");
@@ -233,7 +233,7 @@ TEST_F(Freezing, ResumingStartsTheGrabAndTheTimer)
 {
     ImageHeader.ImageHeaderDataOffset = 80;
     const std::size_t from = TranscriptLines().size();
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_grab 11 5"));
     EXPECT_THAT(Seen(from), ElementsAre("menu &Freeze\tF2", "title Kelvo"));
     EXPECT_EQ(LiveVideo, 1);
@@ -243,11 +243,11 @@ TEST_F(Freezing, ResumingStartsTheGrabAndTheTimer)
 
 TEST_F(Freezing, WithTheDisplayOffNoTimerIsSetOrKilled)
 {
-    DisplayEnabled = 0;
-    ToggleFreeze(LiveVideo);
+    write::frames.DisplayEnabled = 0;
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_FALSE(TimerIsSet(hWndMain, kLiveTimerId));
     SetTimer(hWndMain, kLiveTimerId, 1000);
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_TRUE(TimerIsSet(hWndMain, kLiveTimerId));
 }
 
@@ -255,7 +255,7 @@ TEST_F(Freezing, AGrabThatFailsIsToldAndResumedAllTheSame)
 {
     recordingBoard.answers["icp_grab"] = -1;
     const std::size_t from = TranscriptLines().size();
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     ASSERT_EQ(op.Boxes().size(), 1U);
     EXPECT_EQ(op.Boxes()[0].caption, "icp_grab");
     const std::vector<std::string> seen = Seen(from);
@@ -267,11 +267,11 @@ TEST_F(Freezing, AGrabThatFailsIsToldAndResumedAllTheSame)
 
 TEST_F(Freezing, KeepsTheLastFrameOfTheDisplay)
 {
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     RefreshLiveFrame();
     ForgetAsked();
     const std::size_t from = TranscriptLines().size();
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_freeze 11 5"));
     EXPECT_THAT(Seen(from), ElementsAre("menu &Continue\tF2", "title Kelvo - frozen"));
     EXPECT_EQ(LiveVideo, 0);
@@ -283,17 +283,17 @@ TEST_F(Freezing, KeepsTheLastFrameOfTheDisplay)
 
 TEST_F(Freezing, KeepsTheFrameBehindThePrefix)
 {
-    LiveVideo = 1;
-    LiveFrame.assign(8, 5);
-    ImageBuffer.assign(90, 0xEE);  // 6 bytes short of what is needed: made anew
+    write::frames.LiveVideo = 1;
+    write::frames.LiveFrame.assign(8, 5);
+    write::frames.ImageBuffer.assign(90, 0xEE);  // 6 bytes short of what is needed: made anew
     ImageHeader.ImageHeaderDataOffset = 80;
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_EQ(ImageBuffer.size(), 96U);
     EXPECT_EQ(ImageBufferPixels(80).front(), 5);
 
-    LiveVideo = 1;
-    ImageBuffer.assign(200, 0xEE);
-    ToggleFreeze(LiveVideo);
+    write::frames.LiveVideo = 1;
+    write::frames.ImageBuffer.assign(200, 0xEE);
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_EQ(ImageBuffer.size(), 200U) << "large enough: it stays";
     EXPECT_EQ(ImageBuffer[79], 0xEE);
     EXPECT_EQ(ImageBufferPixels(80)[7], 5);
@@ -302,19 +302,19 @@ TEST_F(Freezing, KeepsTheFrameBehindThePrefix)
 
 TEST_F(Freezing, AFrameOfAnotherSizeIsNotKept)
 {
-    LiveVideo = 1;
-    LiveFrame.assign(9, 5);
-    ToggleFreeze(LiveVideo);
+    write::frames.LiveVideo = 1;
+    write::frames.LiveFrame.assign(9, 5);
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_THAT(ImageBuffer, IsEmpty());
-    LiveFrame.assign(8, 5);
-    LiveVideo = 1;
-    ViewingFile = 1;
-    ToggleFreeze(LiveVideo);
+    write::frames.LiveFrame.assign(8, 5);
+    write::frames.LiveVideo = 1;
+    write::frames.ViewingFile = 1;
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_THAT(ImageBuffer, IsEmpty());
-    LiveVideo = 1;
-    ViewingFile = 0;
+    write::frames.LiveVideo = 1;
+    write::frames.ViewingFile = 0;
     FailAllocation(1);
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_THAT(ImageBuffer, IsEmpty());
     EXPECT_EQ(LiveVideo, 0);
 }
@@ -323,11 +323,11 @@ TEST_F(Freezing, ResumingLeavesTheStoredFile)
 {
     ImageHeader = PlainHeader(3, 1);
     ImageHeader.DataType = 0;
-    ViewingFile = 1;
-    ViewingSequence = 1;
-    DisplayUnit = 18;  // gains are read of coefficient files alone
-    Xpan = 5;
-    ToggleFreeze(LiveVideo);
+    write::frames.ViewingFile = 1;
+    write::frames.SteppingFrames = 1;
+    write::display.DisplayUnit = 18;  // gains are read of coefficient files alone
+    write::display.Xpan = 5;
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_EQ(ViewingFile, 0);
     EXPECT_EQ(ViewingSequence, 0);
     EXPECT_EQ(Xpan, 5);
@@ -346,11 +346,11 @@ TEST_F(Freezing, ResumingTheTableIsThatOfTheLiveRangeAgain)
     ImageHeader.HeaderVersion = 4;
     ImageHeader.DisplayLow = 0;
     ImageHeader.DisplayHigh = 100;
-    ImageBuffer.assign(6, 0);
-    ViewingFile = 1;
+    write::frames.ImageBuffer.assign(6, 0);
+    write::frames.ViewingFile = 1;
     BuildDisplayLut(1, 1000);
     ASSERT_EQ(DisplayLut.at(100), 255) << "the file's range ends here";
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_EQ(DisplayLut.at(100), 1);
     EXPECT_EQ(DisplayLut.at(16383), 255);
     EXPECT_EQ(Contrast, 1);
@@ -359,7 +359,7 @@ TEST_F(Freezing, ResumingTheTableIsThatOfTheLiveRangeAgain)
 
 TEST_F(Freezing, AChangeOfGeometryRestartsTheGrab)
 {
-    ToggleFreeze(LiveVideo);
+    ToggleFreeze(write::frames.LiveVideo);
     ForgetAsked();
     SetDisplayGeometry(1, 0, 2, 2, 0, 0);
     EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_grab 11 5"));

@@ -2,7 +2,7 @@
 
 #include "imagefile/header.h"
 #include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/frame_state_write.h"
 #include "support/operator.h"
 #include "support/stored_files.h"
 
@@ -65,8 +65,8 @@ TEST(VideoData, AStoredFrameIsCopied)
 {
     TestOperator op;
     ImageHeader = PlainHeader(2, 1);
-    ViewingFile = 1;
-    ImageBuffer = {1, 0, 2, 0};
+    write::frames.ViewingFile = 1;
+    write::frames.ImageBuffer = {1, 0, 2, 0};
     std::vector<std::int16_t> frame;
     EXPECT_EQ(GetVideoData(frame), 1);
     EXPECT_THAT(frame, ElementsAre(1, 2));
@@ -76,11 +76,11 @@ TEST(VideoData, WithoutABufferThereIsNoFrame)
 {
     TestOperator op;
     ImageHeader = PlainHeader(2, 1);
-    ViewingFile = 1;
-    ImageBuffer = {1, 0};  // shorter than the header says
+    write::frames.ViewingFile = 1;
+    write::frames.ImageBuffer = {1, 0};  // shorter than the header says
     std::vector<std::int16_t> frame;
     EXPECT_EQ(GetVideoData(frame), 0);
-    ImageBuffer.clear();
+    write::frames.ImageBuffer.clear();
     EXPECT_EQ(GetVideoData(frame), 0);
     EXPECT_TRUE(op.Boxes().empty());
 }
@@ -89,11 +89,11 @@ TEST(VideoData, TheCrossIsStampedIntoTheCopyAlone)
 {
     TestOperator op;
     ImageHeader = PlainHeader(3, 1);
-    ViewingFile = 1;
-    ImageCursorOn = 1;
-    CursorX = 1;
-    CursorY = 0;
-    ImageBuffer = {5, 0, 6, 0, 7, 0};
+    write::frames.ViewingFile = 1;
+    write::frames.ImageCursorOn = 1;
+    write::frames.CursorX = 1;
+    write::frames.CursorY = 0;
+    write::frames.ImageBuffer = {5, 0, 6, 0, 7, 0};
     std::vector<std::int16_t> frame;
     EXPECT_EQ(GetVideoData(frame), 1);
     EXPECT_EQ(CursorValue, 6);
@@ -103,12 +103,12 @@ TEST(VideoData, TheCrossIsStampedIntoTheCopyAlone)
 
 TEST(Freeze, HasNoEffectWithTheCameraOff)
 {
-    CameraOn = 0;
-    LiveVideo = 0;
-    ToggleFreeze(LiveVideo);
+    write::frames.CameraOn = 0;
+    write::frames.LiveVideo = 0;
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_EQ(LiveVideo, 0);
-    LiveVideo = 1;
-    ToggleFreeze(LiveVideo);
+    write::frames.LiveVideo = 1;
+    ToggleFreeze(write::frames.LiveVideo);
     EXPECT_EQ(LiveVideo, 1);
 }
 

@@ -1,10 +1,10 @@
 #include "viewing/coefficient_view.h"
 
 #include "platform/memory.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/stored_files.h"
 #include "ui/status.h"
@@ -26,11 +26,11 @@ class CoefficientView : public ::testing::Test {
     CoefficientView()
     {
         SetDefaultDir(directory_.Path());
-        DisplayLow = 0;
-        DisplayHigh = 1000;
-        Xzoom = Yzoom = 1;
-        ActiveConfig.Hroi = 2;
-        ActiveConfig.Vroi = 2;
+        write::display.DisplayLow = 0;
+        write::display.DisplayHigh = 1000;
+        write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = 1;
+        write::camera.ActiveConfig.Hroi = 2;
+        write::camera.ActiveConfig.Vroi = 2;
         PutFile(CameraFilePath,
                 "[Camera.1]\nHroi=2\nVroi=2\nHtotal=2\nVtotal=2\n[Camera.7]\nHroi=3\nVroi=1\nHtotal=3\nVtotal=1\n");
         PutFile(IniFilePath, "[Setup]\nActiveCamera=1\n");
@@ -86,9 +86,9 @@ TEST_F(CoefficientView, ShowsOffsetsAsTheyStand)
 
 TEST_F(CoefficientView, AListTakesThePlaceOfLiveVideo)
 {
-    CameraOn = 1;
-    LiveVideo = 1;
-    LiveFrame = {1, 2, 3, 4};
+    write::frames.CameraOn = 1;
+    write::frames.LiveVideo = 1;
+    write::frames.LiveFrame = {1, 2, 3, 4};
     EXPECT_EQ(ViewCoefficientFile(List<std::int16_t>("c.off", {-5, 0, 7, 300})), 1);
     EXPECT_EQ(LiveVideo, 0);
     EXPECT_EQ(ViewingFile, 1);
@@ -152,8 +152,8 @@ TEST_F(CoefficientView, ACalibrationWithoutSenseIsDropped)
 
 TEST_F(CoefficientView, PanGoesToTheCorner)
 {
-    Xpan = 5;
-    Ypan = -3;
+    write::display.Xpan = 5;
+    write::display.Ypan = -3;
     ViewCoefficientFile(List<std::int16_t>("c.off", {1, 2, 3, 4}));
     EXPECT_EQ(Xpan, 0);
     EXPECT_EQ(Ypan, 0);

@@ -3,7 +3,7 @@
 #include "platform/front.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "state/windows.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/temp_directory.h"
 #include "viewing/img_head_dialog.h"
@@ -15,7 +15,7 @@ namespace {
 
 class ImgHead : public testing::Test {
   protected:
-    ImgHead() { IniFilePath = directory / "kelvo.ini"; }
+    ImgHead() { write::windows.IniFilePath = directory / "kelvo.ini"; }
     static std::string Stored() { return GetPrivateProfileString("Setup", "ImageHeader", "missing", IniFilePath); }
     static int Checked(HWND dialog)
     {

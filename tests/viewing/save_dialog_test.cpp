@@ -10,8 +10,8 @@
 #include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "state/camera_config.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/temp_directory.h"
 #include "viewing/saving.h"
@@ -54,7 +54,7 @@ class SaveDialogTest : public testing::Test {
             PutFile(Work(name), "x");
         }
         EXPECT_TRUE(ChangeDirectory(Work("")));
-        ActiveConfig.Description = "Large one";
+        write::camera.ActiveConfig.Description = "Large one";
         MultiFrame = 0;
         SeqNumber = 17;
         FramesToAverageImage = 3;

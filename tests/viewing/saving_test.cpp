@@ -5,10 +5,10 @@
 #include "grabber/host_frames.h"
 #include "imagefile/header.h"
 #include "platform/memory.h"
-#include "state/cal_state.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recording_board.h"
 #include "support/shown.h"
@@ -119,15 +119,15 @@ class Saving : public BoardTest {
     {
         PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=3\n");
         std::filesystem::create_directory(directory / "out");
-        numBufFrames = 8;
+        write::camera.numBufFrames = 8;
         ByteSwap = 0xFFFF;
-        DisplayHigh = 16383;
+        write::display.DisplayHigh = 16383;
         GoLive(2, 2);
-        CalType = 0;
+        write::cal.CalType = 0;
         DataOffset = 0;
-        DecomList = {0, 1, 2, 3};
-        OffsetList = {0, 0, 0, 0};
-        GainList = {1, 1, 1, 1};
+        write::cal.DecomList = {0, 1, 2, 3};
+        write::cal.OffsetList = {0, 0, 0, 0};
+        write::cal.GainList = {1, 1, 1, 1};
         CalibrationListsChanged();
         MultiFrame = 0;
     }
@@ -138,8 +138,8 @@ class Saving : public BoardTest {
     // The frozen frame, in readout order; no captured one looks like it.
     static void Freeze()
     {
-        LiveVideo = 0;
-        RawFrame = {7, 8, 9, 10};
+        write::frames.LiveVideo = 0;
+        write::frames.RawFrame = {7, 8, 9, 10};
     }
     // A file of frames of 2 x 2 on view at its first; frame f has the counts 10 f + 1 to 10 f + 4.
     void ViewFrames(int frames)
@@ -198,10 +198,10 @@ TEST_F(Saving, LiveFramesAreAveragedOnTheirWay)
 
 TEST_F(Saving, ACalibratedImageIsThePictureMirroredAndSubstituted)
 {
-    CalType = 2;
-    DecomList = {1, 1, 3, 2};  // mirrored left to right; pixel 1 takes its neighbour's sample
-    OffsetList = {0, 1, 0, 101};
-    GainList = {1, 2, 4, 1};
+    write::cal.CalType = 2;
+    write::cal.DecomList = {1, 1, 3, 2};  // mirrored left to right; pixel 1 takes its neighbour's sample
+    write::cal.OffsetList = {0, 1, 0, 101};
+    write::cal.GainList = {1, 2, 4, 1};
     CalibrationListsChanged();
     EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
     // (1001 - 1) / 2, the same, (1101 - 101) / 1, (1100 - 0) / 4
@@ -212,7 +212,7 @@ TEST_F(Saving, ACalibratedImageIsThePictureMirroredAndSubstituted)
 
 TEST_F(Saving, AnUncalibratedImageStaysInReadoutOrder)
 {
-    DecomList = {3, 2, 1, 0};
+    write::cal.DecomList = {3, 2, 1, 0};
     CalibrationListsChanged();
     EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
     EXPECT_THAT(CountsAt(FileContents(Out("a.img")), 512, 4), ElementsAre(1000, 1001, 1100, 1101));
@@ -221,9 +221,9 @@ TEST_F(Saving, AnUncalibratedImageStaysInReadoutOrder)
 TEST_F(Saving, AFrozenImageIsTheFrozenFrame)
 {
     Freeze();
-    CalType = 1;
-    DecomList = {3, 2, 1, 0};
-    OffsetList = {1, 1, 1, 1};
+    write::cal.CalType = 1;
+    write::cal.DecomList = {3, 2, 1, 0};
+    write::cal.OffsetList = {1, 1, 1, 1};
     CalibrationListsChanged();
     EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
     EXPECT_THAT(CountsAt(FileContents(Out("a.img")), 512, 4), ElementsAre(9, 8, 7, 6));
@@ -261,7 +261,7 @@ TEST_F(Saving, ASaveFromACoefficientViewSwapsHeaderAndData)
     PutFile(CameraFilePath, "[Camera.2]\nHroi=2\nVroi=2\nHtotal=2\nVtotal=2\n");
     PutFile(directory / "c.cal", "[Setup]\nActiveCamera=2\n");
     PutFile(directory / "c.off", SampleBytes({5, 6, 7, 8}));
-    LiveVideo = 0;
+    write::frames.LiveVideo = 0;
     ASSERT_EQ(ViewCoefficientFile(directory / "c.off"), 1);
     ASSERT_EQ(+ImageHeader.ByteSwap, 0);
     EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
@@ -332,9 +332,9 @@ TEST_F(Saving, AFrameBehindAFrameHeaderIsSavedWithoutItsOwn)
 
 TEST_F(Saving, WithoutAGrabberThereIsNothingToSave)
 {
-    GrabberPresent = 0;
+    write::frames.GrabberPresent = 0;
     for (const std::int32_t live : {0, 1}) {
-        LiveVideo = live;
+        write::frames.LiveVideo = live;
         EXPECT_EQ(SaveImage(Out("a.img"), 1), 0);
         EXPECT_EQ(op.Boxes().back().text, "Video Data Acquisition Failed, Hardware error");
         EXPECT_EQ(op.Boxes().back().caption, "Kelvo message");
@@ -348,8 +348,8 @@ TEST_F(Saving, WithoutAGrabberThereIsNothingToSave)
 
 TEST_F(Saving, BeforeTheFirstFrameThereIsNothingToSave)
 {
-    LiveVideo = 0;
-    RawFrame.clear();
+    write::frames.LiveVideo = 0;
+    write::frames.RawFrame.clear();
     EXPECT_EQ(SaveImage(Out("a.img"), 1), 0);
     EXPECT_EQ(op.Boxes().back().text, "Video Data Acquisition Failed, Hardware error");
     EXPECT_THAT(Saved(), IsEmpty());
@@ -600,7 +600,7 @@ TEST_F(Saving, TwoFrozenFramesShareOneMultiFrameFile)
     Freeze();
     op.Answer({Button::kOk, Button::kOk});
     EXPECT_EQ(Save("r.seq"), 1);
-    RawFrame = {17, 18, 19, 20};
+    write::frames.RawFrame = {17, 18, 19, 20};
     EXPECT_EQ(Save("r.seq"), 1);
     EXPECT_EQ(number, 0);
     EXPECT_THAT(Saved(), ElementsAre("r0.seq"));
@@ -733,7 +733,7 @@ TEST_F(Saving, NoMemoryForASequenceIsTold)
 TEST_F(Saving, AFrameThatIsNotToBeHadIsTold)
 {
     ViewFrames(1);
-    ImageBuffer.resize(4);
+    write::frames.ImageBuffer.resize(4);
     op.Answer({Button::kYes});
     EXPECT_EQ(Save("r.seq"), -1);
     EXPECT_EQ(op.Boxes().at(1).text, "Unable to get image data!");
@@ -908,9 +908,9 @@ class KilledSaving : public BoardTest {
     KilledSaving()
     {
         PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=1\n");
-        numBufFrames = 1;
+        write::camera.numBufFrames = 1;
         GoLive(kColumns, kRows);
-        CalType = 0;
+        write::cal.CalType = 0;
         DataOffset = 0;
     }
 
@@ -941,7 +941,7 @@ class KilledSaving : public BoardTest {
                 recordingBoard.asked.clear();
                 recordingBoard.picture = picture;
                 const char done = '.';
-                if (!save() || write(reports[1], &done, 1) != 1) _exit(1);
+                if (!save() || ::write(reports[1], &done, 1) != 1) _exit(1);
             }
         }
         close(reports[1]);

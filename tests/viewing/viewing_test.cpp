@@ -2,10 +2,10 @@
 
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "state/camera_config.h"
-#include "state/display_state.h"
-#include "state/frame_state.h"
-#include "state/windows.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/stored_files.h"
 
@@ -25,9 +25,9 @@ class Viewing : public ::testing::Test {
     Viewing()
     {
         SetDefaultDir(directory_.Path());
-        DisplayHigh = 16383;
-        Xzoom = Yzoom = 1;
-        ActiveConfig.Hroi = ActiveConfig.Vroi = 4;
+        write::display.DisplayHigh = 16383;
+        write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = 1;
+        write::camera.ActiveConfig.Hroi = write::camera.ActiveConfig.Vroi = 4;
     }
 
     std::string File(std::string_view name) const { return directory_ / name; }
@@ -296,9 +296,9 @@ TEST_F(Viewing, GoingBackFromNumberZeroShowsItsLastFrameAgain)
 TEST_F(Viewing, TheFirstLoadNextTakesMinusOneToZero)
 {
     Counted("run1.seq", 1);
-    LoadName = File("run1.seq");
-    LastFrame = 0;
-    CurrentFrame = static_cast<std::uint32_t>(-1);
+    write::frames.LoadName = File("run1.seq");
+    write::frames.LastFrame = 0;
+    write::frames.CurrentFrame = static_cast<std::uint32_t>(-1);
     EXPECT_EQ(LoadNext(), 1);
     EXPECT_EQ(CurrentFrame, 0U);
 }
