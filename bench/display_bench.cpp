@@ -7,7 +7,7 @@
 #include "dibapi32/dibutil.h"
 #include "display/frame_bitmap.h"
 #include "display/lookup_table.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 
@@ -103,8 +103,8 @@ void Measure(const char* name, const std::vector<std::int16_t>& frame)
 int main()
 {
     write::frames.ViewingFile = 1;
-    ImageHeader.ImageWidth = kWidth;
-    ImageHeader.ImageHeight = kHeight;
+    write::file.ImageHeader.ImageWidth = kWidth;
+    write::file.ImageHeader.ImageHeight = kHeight;
     write::display.DisplayLut.resize(kLutEntries);
     FillLut(write::display.DisplayLut, WindowOf(kSmoothSpan, 16, 580), {0, 16383});
     Measure("noise", Noise());

@@ -17,6 +17,7 @@
 #include "state/cal_state.h"
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
+#include "state/head_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
 #include "video/video.h"

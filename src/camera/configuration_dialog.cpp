@@ -1,7 +1,7 @@
 #include "camera/configuration_dialog.h"
 
 #include "display/display_pipeline.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
@@ -195,7 +195,7 @@ void TakeByteSwap(HWND dialog)
     // The box's sense is the reverse of its words; stored files rest on it.
     const std::uint32_t choice = IsDlgButtonChecked(dialog, kByteSwapBox) ? kSwapped : kNativeOrder;
     if (choice == ByteSwap) return;
-    ByteSwap = choice;
+    write::file.ByteSwap = choice;
     WritePrivateProfileString("Setup", "ByteSwap", Format("0x%x", choice), IniFilePath);
 }
 

@@ -1,7 +1,7 @@
 #include "config/settings.h"
 
 #include "config/frame_rate_table.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "state/camera_config_write.h"
@@ -131,17 +131,18 @@ std::int32_t SetupInteger(const char* key, std::int32_t defaultValue)
 
 void ReadByteSwap()
 {
-    ByteSwap = ScanHex(GetPrivateProfileString(kSetup, "ByteSwap", "0xffff", IniFilePath)).value_or(ByteSwap);
+    write::file.ByteSwap =
+        ScanHex(GetPrivateProfileString(kSetup, "ByteSwap", "0xffff", IniFilePath)).value_or(ByteSwap);
 }
 
 void ReadIrigKeys()
 {
     if (const std::int32_t earlier = SetupInteger("IRIGTime", 0); earlier != 0) {
-        IrigEnable = earlier;
+        write::file.IrigEnable = earlier;
         DeleteProfileKey(kSetup, "IRIGTime", IniFilePath);
         WritePrivateProfileString(kSetup, "IrigEnable", "1", IniFilePath);
     } else {
-        IrigEnable = SetupInteger("IrigEnable", 0);
+        write::file.IrigEnable = SetupInteger("IrigEnable", 0);
     }
     if (IrigEnable != 0) IrigAddress = SetupInteger("IrigAddress", 736);
 }
@@ -231,7 +232,7 @@ void LimitChannels(CameraConfig& record)
 void ReadTimingFile(const CameraSection& section, CameraConfig& record)
 {
     const std::int32_t timingFileFrameRate = section.Integer("TimingFileFrameRate", -1);
-    write::camera.IndexFrameRate = section.Integer("IndexFrameRate", 3);
+    write::head.IndexFrameRate = section.Integer("IndexFrameRate", 3);
     ScanFrameRate(FrameRateRowAt(IndexFrameRate), write::head.FrameRate);
     const bool fast = static_cast<float>(timingFileFrameRate) < FrameRate;
     record.TimingFile = section.Text(fast ? "HighFrameRateTimingFile" : "TimingFile", "");
@@ -253,7 +254,7 @@ void ReadSetupKeys()
     write::frames.CameraOn = 0;
     write::frames.ViewingFile = 0;
     ReadIrigKeys();
-    SpiffHeader.SpiffHeaderIdentity = SetupInteger("SpiffHeaderIdentity", 18290);
+    write::file.SpiffHeader.SpiffHeaderIdentity = SetupInteger("SpiffHeaderIdentity", 18290);
 }
 
 void ReadNumGrayLevels()

@@ -20,8 +20,6 @@ namespace kelvo {
 
 HeadTimingRecord HeadTiming;
 FpaSerialWordRecord FpaSerialWord;
-std::array<std::int32_t, 4> IndexIntegrationTime{};
-std::int32_t IntegrationSlot = 0;
 
 namespace {
 
@@ -166,7 +164,8 @@ void SetFrameRate(float rateHz)
 std::int32_t IntegrationFromIndex(std::int32_t index, std::int16_t& lines, std::int16_t& cols)
 {
     if (HeadTiming.HeadModel == kHgCdTeHead) {
-        if (ValidSlot(IntegrationSlot)) IndexIntegrationTime.at(static_cast<std::size_t>(IntegrationSlot)) = 0;
+        if (ValidSlot(IntegrationSlot))
+            write::head.IndexIntegrationTime.at(static_cast<std::size_t>(IntegrationSlot)) = 0;
         return 1;
     }
     const IntegrationCounters counters = LookUpIntegration(index, FpaSerialWord, HeadTiming);
@@ -222,7 +221,7 @@ void SetFrameRateIndex(std::int32_t index)
     SetFrameRate(FrameRateAt(HeadTiming, HeadTiming.MasterClockIndex));
     WritePrivateProfileString(ActiveCameraSection(), "fFrameRate", Format("%f", static_cast<double>(FrameRate)),
                               CameraFilePath);
-    write::camera.IndexFrameRate = index;
+    write::head.IndexFrameRate = index;
     WriteHeadKey("IndexFrameRate", index);  // what was asked for, not what the clock could do
     if (!OpenLinkOrTell()) return;
     if (HeadTiming.HeadModel == kInSbHead || HeadTiming.HeadModel == kHgCdTeHead) SendFrame(ClockFrame(HeadTiming));
@@ -248,7 +247,7 @@ std::int32_t SetIntegrationIndex(std::int32_t index, std::int32_t slot)
     if (!ValidSlot(slot)) return 0;
     const auto place = static_cast<std::size_t>(slot);
     if (HeadTiming.HeadModel == kHgCdTeHead) {
-        IndexIntegrationTime.at(place) = 0;
+        write::head.IndexIntegrationTime.at(place) = 0;
         write::head.IntegrationSetting = 0;
         UpdateIntegrationInForce();
         return slot;

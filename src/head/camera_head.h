@@ -15,9 +15,7 @@ namespace kelvo {
 
 extern HeadTimingRecord HeadTiming;
 extern FpaSerialWordRecord FpaSerialWord;
-extern std::array<std::int32_t, 4> IndexIntegrationTime;  // one index a slot
-extern std::int32_t IntegrationSlot;                      // the slot in use, 0 to 3
-std::size_t SlotInUse();                                  // the same as a place in IndexIntegrationTime
+std::size_t SlotInUse();  // IntegrationSlot as a place in IndexIntegrationTime, within it
 // Variables that clients know by the keys' names stand in state/head_state.h (VideoGain, VideoOffset, FrameRate).
 
 // The integration time in milliseconds at a frame rate (Hz, above 0) and index; -1 for an index beyond the table, 0

@@ -2,6 +2,7 @@
 
 #include "platform/profile.h"
 #include "platform/text.h"
+#include "state/head_state.h"
 #include "state/windows.h"
 
 namespace kelvo {

@@ -14,8 +14,6 @@
 
 namespace kelvo {
 
-std::array<float, 4> IntegrationTime{};
-
 namespace {
 
 constexpr std::int32_t kDefaultFrameRateRow = 10;
@@ -119,8 +117,8 @@ bool SerialWordIsRead()
 
 void TakeIntegrationIndexes(std::string_view text)
 {
-    if (ScanNumbers(text, IndexIntegrationTime) < IndexIntegrationTime.size()) {
-        IndexIntegrationTime.fill(IndexIntegrationTime.front());
+    if (ScanNumbers(text, write::head.IndexIntegrationTime) < IndexIntegrationTime.size()) {
+        write::head.IndexIntegrationTime.fill(write::head.IndexIntegrationTime.front());
     }
     write::head.IntegrationSetting = IndexIntegrationTime.at(SlotInUse());
     UpdateIntegrationInForce();
@@ -128,7 +126,7 @@ void TakeIntegrationIndexes(std::string_view text)
 
 void SetIntegration(std::int32_t index)
 {
-    IndexIntegrationTime.at(SlotInUse()) = index;
+    write::head.IndexIntegrationTime.at(SlotInUse()) = index;
     SetIntegrationIndex(index, IntegrationSlot);
     UpdateIntegrationTime();
 }
@@ -136,7 +134,8 @@ void SetIntegration(std::int32_t index)
 void UpdateIntegrationTime()
 {
     const std::size_t slot = SlotInUse();
-    IntegrationTime.at(slot) = static_cast<float>(IntegrationTimeMsec(FrameRate, IndexIntegrationTime.at(slot)));
+    write::head.IntegrationTime.at(slot) =
+        static_cast<float>(IntegrationTimeMsec(FrameRate, IndexIntegrationTime.at(slot)));
 }
 
 void SetVoltsRange(std::int32_t gain, std::int32_t offset)
@@ -148,7 +147,7 @@ void SetVoltsRange(std::int32_t gain, std::int32_t offset)
 
 void LoadVideoSettings()
 {
-    write::camera.IndexFrameRate = HeadKey("IndexFrameRate", kDefaultFrameRateRow);
+    write::head.IndexFrameRate = HeadKey("IndexFrameRate", kDefaultFrameRateRow);
     TakeIntegrationIndexes(
         GetPrivateProfileString(ActiveCameraSection(), "IndexIntegrationTime", "10", CameraFilePath));
     write::head.VideoGain[0] = HeadKey("QVF1058_Gain0", kDefaultGain);
@@ -158,8 +157,8 @@ void LoadVideoSettings()
 
 void LoadVideoSettings(std::string_view file)
 {
-    write::camera.IndexFrameRate = FrameRateRowOf(file);
-    IndexIntegrationTime.fill(GetPrivateProfileInt("Setup", "IntTime", kDefaultIntegration, file));
+    write::head.IndexFrameRate = FrameRateRowOf(file);
+    write::head.IndexIntegrationTime.fill(GetPrivateProfileInt("Setup", "IntTime", kDefaultIntegration, file));
     write::head.VideoGain[0] = GetPrivateProfileInt("Setup", "VideoGain1", kDefaultGain, file);
     write::head.VideoOffset[0] = GetPrivateProfileInt("Setup", "VideoOffset1", kDefaultOffset, file);
     TakeOver();

@@ -10,9 +10,6 @@
 
 namespace kelvo {
 
-// Milliseconds by slot, as the video set-up last set them. -1: an index beyond the head's table.
-extern std::array<float, 4> IntegrationTime;
-
 // The indexes of a text, four numbers by slot parted by commas; of fewer the first counts for all slots. Nothing is
 // sent.
 void TakeIntegrationIndexes(std::string_view text);

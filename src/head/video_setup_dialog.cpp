@@ -302,9 +302,9 @@ void ListIntegrationTimes(HWND dialog)
 void OpenLists(HWND dialog)
 {
     SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
-    write::camera.IndexFrameRate = RowInForce();
+    write::head.IndexFrameRate = RowInForce();
     ListFrameRates(dialog);
-    if (IsHgCdTe()) IndexIntegrationTime.at(SlotInUse()) = 0;
+    if (IsHgCdTe()) write::head.IndexIntegrationTime.at(SlotInUse()) = 0;
     atOpening = {.frameRate = IndexFrameRate, .integration = IndexIntegrationTime.at(SlotInUse())};
     ListIntegrationTimes(dialog);
 }

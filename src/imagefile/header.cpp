@@ -1,5 +1,4 @@
-#include "imagefile/header.h"
-
+#include "imagefile/header_write.h"
 #include "platform/box.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -19,10 +18,19 @@
 
 namespace kelvo {
 
-ImageHeaderRecord ImageHeader;
-SpiffHeaderRecord SpiffHeader;
-std::uint32_t ByteSwap = 0xFFFF;
-std::int32_t IrigEnable = 0;
+namespace write {
+constinit HeaderVariables file;
+}
+
+constinit const ImageHeaderRecord& ImageHeader = write::file.ImageHeader;
+constinit const SpiffHeaderRecord& SpiffHeader = write::file.SpiffHeader;
+constinit const std::uint32_t& ByteSwap = write::file.ByteSwap;
+constinit const std::int32_t& IrigEnable = write::file.IrigEnable;
+
+void ResetHeader()
+{
+    write::file = {};
+}
 
 namespace {
 
@@ -46,39 +54,39 @@ std::uint32_t NarrowedFrameCount(std::int64_t count)
 
 void SetRectangle(std::int64_t left, std::int64_t top, std::int64_t right, std::int64_t bottom)
 {
-    ImageHeader.TopRow = Low16(top);
-    ImageHeader.LeftColumn = Low16(left);
-    ImageHeader.BottomRow = Low16(bottom);
-    ImageHeader.RightColumn = Low16(right);
-    ImageHeader.ImageWidth = Low16(right - left + 1);
-    ImageHeader.ImageHeight = Low16(bottom - top + 1);
+    write::file.ImageHeader.TopRow = Low16(top);
+    write::file.ImageHeader.LeftColumn = Low16(left);
+    write::file.ImageHeader.BottomRow = Low16(bottom);
+    write::file.ImageHeader.RightColumn = Low16(right);
+    write::file.ImageHeader.ImageWidth = Low16(right - left + 1);
+    write::file.ImageHeader.ImageHeight = Low16(bottom - top + 1);
 }
 
 void SetCalibration()
 {
-    ImageHeader.IntensityCold = Low16(IntensityCold);
-    ImageHeader.TemperatureCold = TemperatureCold;
-    ImageHeader.IntensityHot = Low16(IntensityHot);
-    ImageHeader.TemperatureHot = TemperatureHot;
-    ImageHeader.UnitScale = 1.0F;
+    write::file.ImageHeader.IntensityCold = Low16(IntensityCold);
+    write::file.ImageHeader.TemperatureCold = TemperatureCold;
+    write::file.ImageHeader.IntensityHot = Low16(IntensityHot);
+    write::file.ImageHeader.TemperatureHot = TemperatureHot;
+    write::file.ImageHeader.UnitScale = 1.0F;
 }
 
 void SetDisplayAndVideo()
 {
-    ImageHeader.DisplayLow = Low16(DisplayLow);
-    ImageHeader.DisplayHigh = Low16(DisplayHigh);
-    ImageHeader.VideoGain1 = Low16(VideoGain[0]);
-    ImageHeader.VideoOffset1 = Low16(VideoOffset[0]);
-    ImageHeader.VideoGain2 = Low16(VideoGain[1]);
-    ImageHeader.VideoOffset2 = Low16(VideoOffset[1]);
-    ImageHeader.DataType = kIntegerSamples;
+    write::file.ImageHeader.DisplayLow = Low16(DisplayLow);
+    write::file.ImageHeader.DisplayHigh = Low16(DisplayHigh);
+    write::file.ImageHeader.VideoGain1 = Low16(VideoGain[0]);
+    write::file.ImageHeader.VideoOffset1 = Low16(VideoOffset[0]);
+    write::file.ImageHeader.VideoGain2 = Low16(VideoGain[1]);
+    write::file.ImageHeader.VideoOffset2 = Low16(VideoOffset[1]);
+    write::file.ImageHeader.DataType = kIntegerSamples;
 }
 
 void SetCameraTiming()
 {
-    ImageHeader.FrameRate = FrameRate;
-    ImageHeader.IntegrationMsec = static_cast<float>(IntegrationMsecInForce);
-    ImageHeader.NumOutputs = Low16(ActiveConfig.NumOutputs);
+    write::file.ImageHeader.FrameRate = FrameRate;
+    write::file.ImageHeader.IntegrationMsec = static_cast<float>(IntegrationMsecInForce);
+    write::file.ImageHeader.NumOutputs = Low16(ActiveConfig.NumOutputs);
 }
 
 void SetDate()
@@ -86,12 +94,12 @@ void SetDate()
     const std::time_t now = WallClockSeconds();
     std::tm local{};
     localtime_r(&now, &local);
-    ImageHeader.Hour = Low16(local.tm_hour);
-    ImageHeader.Minute = Low16(local.tm_min);
-    ImageHeader.Second = Low16(local.tm_sec);
-    ImageHeader.Month = Low16(local.tm_mon + 1);
-    ImageHeader.Day = Low16(local.tm_mday);
-    ImageHeader.Year = Low16(local.tm_year % 100);
+    write::file.ImageHeader.Hour = Low16(local.tm_hour);
+    write::file.ImageHeader.Minute = Low16(local.tm_min);
+    write::file.ImageHeader.Second = Low16(local.tm_sec);
+    write::file.ImageHeader.Month = Low16(local.tm_mon + 1);
+    write::file.ImageHeader.Day = Low16(local.tm_mday);
+    write::file.ImageHeader.Year = Low16(local.tm_year % 100);
 }
 
 // A run of numbered files ends where the next one is missing: that is no error, only a sound.
@@ -118,7 +126,7 @@ bool DeclaresSpiff(const ImageHeaderRecord& header)
 
 void UnwrapSpiff(File& file, ImageHeaderRecord& destination)
 {
-    if (file.Seek(0)) ReadRecord(file, SpiffHeader);  // what a short file lacks stays from the file before
+    if (file.Seek(0)) ReadRecord(file, write::file.SpiffHeader);  // what a short file lacks stays from the file before
     destination = SpiffHeader.Image;
 }
 
@@ -161,20 +169,20 @@ ImageHeaderRecord* BuildImageHeader(ImageHeaderRecord* destination, std::int32_t
                                     std::int32_t left, std::int32_t top, std::int32_t right, std::int32_t bottom)
 {
     // With IrigEnable the time would come from a reader that this version leaves empty: the field stays.
-    if (IrigEnable == 0) ImageHeader.IrigTime.fill(0);
-    ImageHeader.ByteSwap = static_cast<std::uint16_t>(ByteSwap);
-    ImageHeader.HeaderVersion = kWrittenVersion;
-    ImageHeader.FrameCount = NarrowedFrameCount(std::int64_t{lastFrame} + 1 - firstFrame);
-    ImageHeader.FramesAveraged = 0;
+    if (IrigEnable == 0) write::file.ImageHeader.IrigTime.fill(0);
+    write::file.ImageHeader.ByteSwap = static_cast<std::uint16_t>(ByteSwap);
+    write::file.ImageHeader.HeaderVersion = kWrittenVersion;
+    write::file.ImageHeader.FrameCount = NarrowedFrameCount(std::int64_t{lastFrame} + 1 - firstFrame);
+    write::file.ImageHeader.FramesAveraged = 0;
     SetRectangle(left, top, right, bottom);
-    ImageHeader.SampleBytes = 2;
-    ImageHeader.HeaderFill1 = kHeaderFill;
-    ImageHeader.HeaderFill2 = kHeaderFill;
+    write::file.ImageHeader.SampleBytes = 2;
+    write::file.ImageHeader.HeaderFill1 = kHeaderFill;
+    write::file.ImageHeader.HeaderFill2 = kHeaderFill;
     SetCalibration();
     SetDisplayAndVideo();
     if (ViewingFile == 0) SetCameraTiming();  // otherwise they describe the file on view
     SetDate();
-    ImageHeader.ImageHeaderDataOffset = 0;
+    write::file.ImageHeader.ImageHeaderDataOffset = 0;
     *destination = ImageHeader;
     return destination;
 }

@@ -102,12 +102,12 @@ constexpr std::int16_t kUncalibratedIntensity = -10000;
 constexpr float kUncalibratedTemperature = -999.0F;
 constexpr std::int32_t kMaxImageSide = 1024;  // beyond it a header's frame count is taken as stored
 
-// The frame on view. Written by ReadImageHeader, BuildImageHeader, viewing and saving.
-extern ImageHeaderRecord ImageHeader;
-extern SpiffHeaderRecord SpiffHeader;
+// The frame on view.
+extern const ImageHeaderRecord& ImageHeader;
+extern const SpiffHeaderRecord& SpiffHeader;
 // Keys of section Setup that headers take: read by ReadSetupKeys.
-extern std::uint32_t ByteSwap;
-extern std::int32_t IrigEnable;
+extern const std::uint32_t& ByteSwap;  // 0: the words of files are swapped; otherwise 0xFFFF
+extern const std::int32_t& IrigEnable;
 
 // Fills ImageHeader for frames firstFrame to lastFrame of an inclusive rectangle in image coordinates, copies it to
 // destination and returns destination. FramesAveraged is 0 until a writer sets it. FrameRate, IntegrationMsec and

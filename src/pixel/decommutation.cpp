@@ -4,6 +4,7 @@
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
+#include "state/head_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
 

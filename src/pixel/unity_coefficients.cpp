@@ -6,6 +6,7 @@
 #include "platform/box.h"
 #include "state/cal_state_write.h"
 #include "state/display_state_write.h"
+#include "state/head_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
 

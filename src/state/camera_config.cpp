@@ -16,7 +16,6 @@ constinit const std::int32_t& numBufFrames = write::camera.numBufFrames;
 constinit const float& VoltsOffset = write::camera.VoltsOffset;
 constinit const float& ADoffset = write::camera.ADoffset;
 constinit const std::array<float, 16>& VoltsPerCountVsGain = write::camera.VoltsPerCountVsGain;
-constinit const std::int32_t& IndexFrameRate = write::camera.IndexFrameRate;
 
 void ResetCameraState()
 {

@@ -74,7 +74,6 @@ extern const std::int32_t& numBufFrames;
 extern const float& VoltsOffset;
 extern const float& ADoffset;
 extern const std::array<float, 16>& VoltsPerCountVsGain;
-extern const std::int32_t& IndexFrameRate;
 
 // "Camera.N" of the active camera.
 std::string ActiveCameraSection();

@@ -13,7 +13,6 @@ struct CameraStateVariables {
     float VoltsOffset = 0;
     float ADoffset = 0;
     std::array<float, 16> VoltsPerCountVsGain{};
-    std::int32_t IndexFrameRate = 0;
 };
 
 namespace write {

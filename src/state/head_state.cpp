@@ -7,13 +7,17 @@ constinit HeadStateVariables head;
 }
 
 constinit const std::int32_t& FirstSetupPending = write::head.FirstSetupPending;
+constinit const std::int32_t& IndexFrameRate = write::head.IndexFrameRate;
 constinit const float& FrameRate = write::head.FrameRate;
+constinit const std::array<std::int32_t, 4>& IndexIntegrationTime = write::head.IndexIntegrationTime;
+constinit const std::int32_t& IntegrationSlot = write::head.IntegrationSlot;
+constinit const std::array<float, 4>& IntegrationTime = write::head.IntegrationTime;
+constinit const std::int32_t& IntegrationSetting = write::head.IntegrationSetting;
+constinit const double& IntegrationMsecInForce = write::head.IntegrationMsecInForce;
 constinit const std::array<std::int32_t, 4>& VideoGain = write::head.VideoGain;
 constinit const std::array<std::int32_t, 4>& VideoOffset = write::head.VideoOffset;
 constinit const float& VoltsLow = write::head.VoltsLow;
 constinit const float& VoltsHigh = write::head.VoltsHigh;
-constinit const std::int32_t& IntegrationSetting = write::head.IntegrationSetting;
-constinit const double& IntegrationMsecInForce = write::head.IntegrationMsecInForce;
 
 void ResetHeadState()
 {

@@ -7,13 +7,17 @@ namespace kelvo {
 
 struct HeadStateVariables {
     std::int32_t FirstSetupPending = 0;
+    std::int32_t IndexFrameRate = 0;
     float FrameRate = 0;
+    std::array<std::int32_t, 4> IndexIntegrationTime{};
+    std::int32_t IntegrationSlot = 0;
+    std::array<float, 4> IntegrationTime{};
+    std::int32_t IntegrationSetting = 0;
+    double IntegrationMsecInForce = 0;
     std::array<std::int32_t, 4> VideoGain{};
     std::array<std::int32_t, 4> VideoOffset{};
     float VoltsLow = 0;
     float VoltsHigh = 0;
-    std::int32_t IntegrationSetting = 0;
-    double IntegrationMsecInForce = 0;
 };
 
 namespace write {

@@ -9,7 +9,7 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_read.h"
 #include "grabber/frame_size.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -139,7 +139,7 @@ void Resume(std::int32_t& live)
 {
     SetFreezeMenu("&Freeze\tF2");
     if (ViewingFile) LeaveStoredFile();
-    ImageHeader.ImageHeaderDataOffset = 0;
+    write::file.ImageHeader.ImageHeaderDataOffset = 0;
     if (icp_grab(IcpModule, FrameA) != 0) {
         MessageBox(hWndMain, "Error starting grab to image processing board", "icp_grab");
     }

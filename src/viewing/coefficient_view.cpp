@@ -4,7 +4,7 @@
 #include "display/unit_list.h"
 #include "display/units.h"
 #include "imagefile/frame_file.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "pixel/bad_pixels.h"
 #include "platform/box.h"
 #include "platform/files.h"
@@ -100,19 +100,19 @@ void SetHeaderTime(std::time_t time)
 {
     std::tm local{};
     localtime_r(&time, &local);
-    ImageHeader.Year = static_cast<std::int16_t>(local.tm_year % 100);
-    ImageHeader.Month = static_cast<std::int16_t>(local.tm_mon + 1);
-    ImageHeader.Day = static_cast<std::int16_t>(local.tm_mday);
-    ImageHeader.Hour = static_cast<std::int16_t>(local.tm_hour);
-    ImageHeader.Minute = static_cast<std::int16_t>(local.tm_min);
-    ImageHeader.Second = static_cast<std::int16_t>(local.tm_sec);
+    write::file.ImageHeader.Year = static_cast<std::int16_t>(local.tm_year % 100);
+    write::file.ImageHeader.Month = static_cast<std::int16_t>(local.tm_mon + 1);
+    write::file.ImageHeader.Day = static_cast<std::int16_t>(local.tm_mday);
+    write::file.ImageHeader.Hour = static_cast<std::int16_t>(local.tm_hour);
+    write::file.ImageHeader.Minute = static_cast<std::int16_t>(local.tm_min);
+    write::file.ImageHeader.Second = static_cast<std::int16_t>(local.tm_sec);
 }
 
 // A noise image carries the calibration that it was made with.
 void ReadNoiseCalibration(std::string_view companion)
 {
     constexpr std::string_view kSection = "Calibration";
-    ImageHeaderRecord& header = ImageHeader;
+    ImageHeaderRecord& header = write::file.ImageHeader;
     const auto narrowed = [](std::int32_t value) { return static_cast<std::int16_t>(value); };
 
     const std::int32_t cold = ReadNumber(kSection, "IntensityCold", "-10000", companion);
@@ -136,7 +136,7 @@ void ReadNoiseCalibration(std::string_view companion)
 // Without a calibration that makes sense the image is marked as having none.
 void DropSenselessCalibration()
 {
-    ImageHeaderRecord& header = ImageHeader;
+    ImageHeaderRecord& header = write::file.ImageHeader;
     const bool sensible = header.TemperatureHot > header.TemperatureCold &&
                           header.IntensityHot > header.IntensityCold && header.IntensityCold >= header.DisplayLow &&
                           header.IntensityHot <= header.DisplayHigh;
@@ -150,14 +150,14 @@ void DropSenselessCalibration()
 void SetHeaderForKind(Kind kind, const MakerSizes& sizes, std::string_view companion)
 {
     const bool decom = kind == Kind::kDecom;
-    ImageHeader.ImageWidth = static_cast<std::int16_t>(decom ? sizes.htotal : sizes.hroi);
-    ImageHeader.ImageHeight = static_cast<std::int16_t>(decom ? sizes.vtotal : sizes.vroi);
-    ImageHeader.DisplayLow = 0;
-    ImageHeader.DisplayHigh = kind == Kind::kBad ? 255 : 4095;
+    write::file.ImageHeader.ImageWidth = static_cast<std::int16_t>(decom ? sizes.htotal : sizes.hroi);
+    write::file.ImageHeader.ImageHeight = static_cast<std::int16_t>(decom ? sizes.vtotal : sizes.vroi);
+    write::file.ImageHeader.DisplayLow = 0;
+    write::file.ImageHeader.DisplayHigh = kind == Kind::kBad ? 255 : 4095;
     if (kind == Kind::kNoise) {
         ReadNoiseCalibration(companion);
     } else if (kind != Kind::kBad) {
-        ImageHeader.IntensityHot = kUncalibratedIntensity;
+        write::file.ImageHeader.IntensityHot = kUncalibratedIntensity;
     }
     DropSenselessCalibration();
 }
@@ -325,7 +325,7 @@ int ViewCoefficientFile(std::string_view path)
     HeaderKeeper header;
     ImageHeaderRecord built;
     BuildImageHeader(&built, 0, 0, 0, 0, ActiveConfig.Hroi - 1, ActiveConfig.Vroi - 1);
-    ImageHeader.ByteSwap = 0;
+    write::file.ImageHeader.ByteSwap = 0;
 
     const KindRow kind = KindOf(path);
     const std::string companion = CompanionFile(path);

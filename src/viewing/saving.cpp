@@ -3,7 +3,7 @@
 #include "acquire/averaging.h"
 #include "config/settings.h"
 #include "grabber/frame_size.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
@@ -111,7 +111,7 @@ void BuildHeaderOfCamera()
 {
     const Point size = FrameSizeOnView();
     ImageHeaderRecord record;
-    ImageHeader = *BuildImageHeader(&record, 0, 0, 0, 0, size.x - 1, size.y - 1);
+    write::file.ImageHeader = *BuildImageHeader(&record, 0, 0, 0, 0, size.x - 1, size.y - 1);
 }
 
 // True if all 512 bytes were written. The record in memory stays in native order.
@@ -279,7 +279,7 @@ bool TakeHeaderOfFile(File& file)
     if (frames > std::numeric_limits<std::uint32_t>::max()) return false;
     record.FrameCount = static_cast<std::uint32_t>(frames);
     if (!LastFrameCanStand(record, file.Length())) return false;
-    ImageHeader = record;
+    write::file.ImageHeader = record;
     return true;
 }
 
@@ -290,7 +290,7 @@ bool PrepareSequenceHeader(File& file, bool isEmpty)
         ImageHeaderRecord record = ImageHeader;
         record.FrameCount = record.FrameCount + 1;
         if (!LastFrameCanStand(record, file.Length())) return false;
-        ImageHeader = record;
+        write::file.ImageHeader = record;
         return true;
     }
     if (!isEmpty) return TakeHeaderOfFile(file);
@@ -311,7 +311,7 @@ std::int32_t EndWithoutHeader(SequenceFile& file, const ImageHeaderRecord& befor
 {
     file.own.reset();  // a multi-frame file is never deleted for this
     file.shared.reset();
-    if (ViewingFile) ImageHeader = before;
+    if (ViewingFile) write::file.ImageHeader = before;
     Tell("Failure writing header for image file\nDisk Full ??");
     return 0;
 }
@@ -326,7 +326,7 @@ std::int32_t EndCutFrame(SequenceFile& file, File& contents, std::size_t written
         TellWriteError();
         return result;
     }
-    ImageHeader.FrameCount = frames - 1;
+    write::file.ImageHeader.FrameCount = frames - 1;
     // It lands behind the partial frame, where the file stands; readers count frames by the length.
     const bool headerWritten = WriteHeader(contents, ImageHeader);
     if (file.own && !file.replacing) file.own->Keep();
@@ -349,14 +349,14 @@ std::int32_t WriteSequenceFrame(SequenceFile& file, File& contents, std::span<st
         file.shared.reset();
         return RefuseSequenceFile(file.path, "\nSaveSequence: Unable to read existing image header!");
     }
-    ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesAveraged);
+    write::file.ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesAveraged);
     if (!contents.Seek(0) || !WriteHeader(contents, ImageHeader)) return EndWithoutHeader(file, before);
     contents.Seek(PositionOfLastFrame(ImageHeader));
     const std::size_t written = WriteCounts(contents, counts);
     if (written != counts.size_bytes()) return EndCutFrame(file, contents, written);
     if (!file.Finish()) {
         file.own.reset();
-        if (ViewingFile) ImageHeader = before;
+        if (ViewingFile) write::file.ImageHeader = before;
         TellWriteError();
         return 0;
     }
@@ -385,7 +385,7 @@ int SaveImage(const std::string& path, std::uint32_t framesToAverage)
     }
     StatusMessage(" Writing image to file", kCentred);
     if (!ViewingFile) BuildHeaderOfCamera();
-    ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesToAverage);
+    write::file.ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesToAverage);
     return WriteImage(file, counts, replacing);
 }
 

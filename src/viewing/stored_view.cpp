@@ -1,6 +1,7 @@
 #include "viewing/stored_view.h"
 
 #include "display/display_pipeline.h"
+#include "imagefile/header_write.h"
 #include "platform/box.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
@@ -12,7 +13,7 @@ namespace kelvo {
 
 HeaderKeeper::~HeaderKeeper()
 {
-    if (!kept_) ImageHeader = before_;
+    if (!kept_) write::file.ImageHeader = before_;
 }
 
 void FreeImageBuffer()

@@ -4,6 +4,7 @@
 #include "display/unit_list.h"
 #include "display/units.h"
 #include "imagefile/frame_file.h"
+#include "imagefile/header_write.h"
 #include "imagefile/sequence_names.h"
 #include "platform/box.h"
 #include "platform/files.h"
@@ -57,7 +58,7 @@ FrameRead ReadFloatRecord(File& file, std::int32_t headerSize, std::uint32_t fra
     write::display.ViewScaleGain = 1.0F;
     write::display.ViewScaleOffset = 0.0F;
     FloatRecordToCounts(scratch, ImageHeader, write::frames.ImageBuffer);
-    ImageHeader.DataType = 8;
+    write::file.ImageHeader.DataType = 8;
     SetDisplayUnit(kUnitValue);
     return FrameRead::kComplete;
 }
@@ -79,7 +80,7 @@ int ViewImage(std::string_view path, std::uint32_t frame)
     if (IsCoefficientFile(path)) ViewCoefficientFile(path);
 
     HeaderKeeper header;
-    const std::int32_t headerSize = ReadImageHeader(path, ImageHeader);
+    const std::int32_t headerSize = ReadImageHeader(path, write::file.ImageHeader);
     if (headerSize < 0) return 0;
     if (ImageHeader.SampleBytes != 2 && ImageHeader.SampleBytes != 4) {
         MessageBox(hWndMain, Format("Invalid data sample size: %d bytes per sample", ImageHeader.SampleBytes),
@@ -122,7 +123,7 @@ std::vector<std::int16_t> GetImageRectFromFile(std::string_view path, std::uint3
                                                std::int32_t top, std::int32_t right, std::int32_t bottom)
 {
     constexpr std::string_view kCaption = "GetImageRectFromFile() Error!";
-    const std::int32_t headerSize = ReadImageHeader(path, ImageHeader);
+    const std::int32_t headerSize = ReadImageHeader(path, write::file.ImageHeader);
     if (headerSize < 0) return {};
     std::optional<File> file = File::Open(path, FileMode::kRead);
     if (!file) {

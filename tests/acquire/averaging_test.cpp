@@ -2,7 +2,7 @@
 
 #include "grabber/board.h"
 #include "grabber/host_frames.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -433,12 +433,12 @@ TEST_F(Averaging, WithAFileOnViewTheCapacityFollowsItsSize)
     Freeze();
     write::buffer.AveragingCapacity = 0;
     write::frames.ViewingFile = 1;
-    ImageHeader.ImageWidth = 3;
-    ImageHeader.ImageHeight = 2;
+    write::file.ImageHeader.ImageWidth = 3;
+    write::file.ImageHeader.ImageHeight = 2;
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_EQ(AveragingCapacity, 2U);  // 24 bytes over 12
     write::buffer.AveragingCapacity = 0;
-    ImageHeader.ImageWidth = 0;
+    write::file.ImageHeader.ImageWidth = 0;
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 0);
     EXPECT_EQ(op.Boxes().back().caption, "Image Buffer Board Error!");
 }
@@ -474,8 +474,8 @@ TEST_F(Averaging, NoFrameIsAddedTwiceWhereTheCapacityIsThatOfASmallStoredPicture
 {
     Freeze();
     write::frames.ViewingFile = 1;
-    ImageHeader.ImageWidth = 1;
-    ImageHeader.ImageHeight = 1;
+    write::file.ImageHeader.ImageWidth = 1;
+    write::file.ImageHeader.ImageHeight = 1;
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_EQ(AveragingCapacity, 12U);
     write::frames.ViewingFile = 0;

@@ -2,7 +2,7 @@
 // down when it is called; scripts run the true one.
 #include "camera/configuration_dialog.h"
 
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
@@ -72,7 +72,7 @@ class ConfigurationDialogTest : public PictureTest {
         setUp = {};
         SetRestart({InitialSetup, InitializeHardware});
         DockPanel();
-        ByteSwap = 0xFFFF;
+        write::file.ByteSwap = 0xFFFF;
         write::camera.ActiveConfig.NumOutputs = 4;
         write::camera.ActiveConfig.NumChannels = 2;
         write::camera.ActiveConfig.Xoffset = 8;
@@ -167,7 +167,7 @@ TEST_F(ConfigurationDialogTest, ItsControlsBearTheirTexts)
 
 TEST_F(ConfigurationDialogTest, TheByteSwapBoxIsTheReverseOfItsWords)
 {
-    ByteSwap = 0;
+    write::file.ByteSwap = 0;
     Run([](HWND dialog) {
         EXPECT_TRUE(IsDlgButtonChecked(dialog, 1616));
         OperateCheck(dialog, 1616, false);

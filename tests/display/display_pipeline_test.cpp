@@ -2,7 +2,7 @@
 #include "display/display_pipeline.h"
 
 #include "dibapi32/dibapi32.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/dialog.h"
 #include "platform/memory.h"
 #include "platform/paint.h"
@@ -70,9 +70,9 @@ TEST(BuildDisplayLut, AFileBringsItsRangeAndTheLoopsRunOverTheLiveOne)
     write::display.DisplayLow = 100;
     write::display.DisplayHigh = 8000;
     write::frames.ViewingFile = 1;
-    ImageHeader.HeaderVersion = 8;
-    ImageHeader.DisplayLow = 0;
-    ImageHeader.DisplayHigh = 16383;
+    write::file.ImageHeader.HeaderVersion = 8;
+    write::file.ImageHeader.DisplayLow = 0;
+    write::file.ImageHeader.DisplayHigh = 16383;
     BuildDisplayLut(100, 1);  // white from 16383 on; the ramp begins at 16367
     // Black from live count 100 to 16366: entries 0 to 16266; then the 16 counts of the ramp.
     EXPECT_EQ(DisplayLut[16266], 0);
@@ -215,7 +215,7 @@ TEST_F(Pipeline, WithoutABufferNothingIsDrawn)
 TEST_F(Pipeline, TheSamplesBeginBehindTheFrameHeader)
 {
     View(1, 1, std::vector<std::int16_t>(41, 0));
-    ImageHeader.ImageHeaderDataOffset = 81;  // taken as 80
+    write::file.ImageHeader.ImageHeaderDataOffset = 81;  // taken as 80
     write::frames.ImageBuffer[80] = 0xFF;
     write::frames.ImageBuffer[81] = 0x3F;
     DrawFileOnView();
@@ -312,10 +312,10 @@ TEST_F(Pipeline, TheReadOutNamesPlaceValueAndUnit)
 TEST_F(Pipeline, TheReadOutLeavesTheDegreeSignOut)
 {
     View(20, 20, std::vector<std::int16_t>(400, 1500));
-    ImageHeader.IntensityCold = 1000;
-    ImageHeader.IntensityHot = 2000;
-    ImageHeader.TemperatureCold = 20.0F;
-    ImageHeader.TemperatureHot = 30.0F;
+    write::file.ImageHeader.IntensityCold = 1000;
+    write::file.ImageHeader.IntensityHot = 2000;
+    write::file.ImageHeader.TemperatureCold = 20.0F;
+    write::file.ImageHeader.TemperatureHot = 30.0F;
     write::frames.ImageCursorOn = 1;
     write::display.DisplayUnit = 2;
     ShowCursorValue(7, 12, 1);
@@ -349,7 +349,7 @@ TEST_F(Pipeline, FittingSetsContrastAndBrightness)
 TEST_F(Pipeline, FittingSaysWhyItCant)
 {
     View(1, 1, {100});
-    ImageHeader.DisplayHigh = 4095;
+    write::file.ImageHeader.DisplayHigh = 4095;
     FitContrastToPicture();
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");

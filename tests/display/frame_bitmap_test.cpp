@@ -4,7 +4,7 @@
 #include "dibapi32/dibutil.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "resources/ids.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
@@ -31,8 +31,8 @@ class FrameBitmapTest : public testing::Test {
 
     std::vector<std::int16_t> Frame(int width, int height)
     {
-        ImageHeader.ImageWidth = static_cast<std::int16_t>(width);
-        ImageHeader.ImageHeight = static_cast<std::int16_t>(height);
+        write::file.ImageHeader.ImageWidth = static_cast<std::int16_t>(width);
+        write::file.ImageHeader.ImageHeight = static_cast<std::int16_t>(height);
         std::mt19937 random(6);
         std::vector<std::int16_t> frame(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
         for (std::int16_t& count : frame) count = static_cast<std::int16_t>(random());
@@ -181,14 +181,14 @@ TEST_F(FrameBitmapTest, ABufferSmallerThanTheHeaderSaysGivesNoBitmap)
     frame.pop_back();
     EXPECT_EQ(MakeFrameBitmap(frame, nullptr), nullptr);
     EXPECT_EQ(MakeFrameBitmap({}, nullptr), nullptr);
-    ImageHeader.ImageWidth = -8;
+    write::file.ImageHeader.ImageWidth = -8;
     EXPECT_EQ(MakeFrameBitmap(frame, nullptr), nullptr);
 }
 
 TEST_F(FrameBitmapTest, AnOldHeadersNegativeCountsShowAsCountZero)
 {
-    ImageHeader.ImageWidth = 2;
-    ImageHeader.ImageHeight = 1;
+    write::file.ImageHeader.ImageWidth = 2;
+    write::file.ImageHeader.ImageHeight = 1;
     write::display.DisplayLut.assign(65535, 9);
     write::display.DisplayLut[0] = 33;
     const std::vector<std::int16_t> frame{-1, 32767};

@@ -2,7 +2,7 @@
 #include "display/unit_list.h"
 
 #include "display/units.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/dialog.h"
 #include "platform/text.h"
 #include "resources/ids.h"
@@ -35,8 +35,8 @@ class UnitLists : public PictureTest {
     }
     static void Calibrate()
     {
-        ImageHeader.TemperatureCold = 10.0F;
-        ImageHeader.TemperatureHot = 20.0F;
+        write::file.ImageHeader.TemperatureCold = 10.0F;
+        write::file.ImageHeader.TemperatureHot = 20.0F;
     }
 };
 

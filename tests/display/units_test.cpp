@@ -1,7 +1,7 @@
 // Units row by row: expected values are worked here in double from the numbers of the fixture.
 #include "display/units.h"
 
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "state/cal_state_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
@@ -39,13 +39,13 @@ class Units : public testing::Test {
     {
         write::frames.ViewingFile = 1;
         write::windows.ViewFilePath = name;
-        ImageHeader.DisplayLow = 0;
-        ImageHeader.DisplayHigh = 16383;
-        ImageHeader.TemperatureCold = 10.0F;
-        ImageHeader.TemperatureHot = 50.0F;
-        ImageHeader.IntensityCold = 2000;
-        ImageHeader.IntensityHot = 12000;
-        ImageHeader.DataType = 1;
+        write::file.ImageHeader.DisplayLow = 0;
+        write::file.ImageHeader.DisplayHigh = 16383;
+        write::file.ImageHeader.TemperatureCold = 10.0F;
+        write::file.ImageHeader.TemperatureHot = 50.0F;
+        write::file.ImageHeader.IntensityCold = 2000;
+        write::file.ImageHeader.IntensityHot = 12000;
+        write::file.ImageHeader.DataType = 1;
     }
 
     static std::string Text(std::int32_t counts, std::int32_t unit)
@@ -204,7 +204,7 @@ TEST_F(Units, AStoredFrameBringsItsOwnCalibration)
 {
     View("a.img");
     EXPECT_EQ(CountsToUnit(7000, 2, nullptr), 30.0F);  // 40 x 5000 / 10000 + 10
-    ImageHeader.IntensityCold = -2000;                 // widened with sign
+    write::file.ImageHeader.IntensityCold = -2000;     // widened with sign
     EXPECT_EQ(CountsToUnit(5000, 2, nullptr), 30.0F);  // 40 x 7000 / 14000 + 10
 }
 
@@ -268,8 +268,8 @@ TEST_F(Units, CountsAreLimitedToTheRangeOnView)
     EXPECT_EQ(UnitToCounts(50.0F, 0), 100);
     EXPECT_EQ(UnitToCounts(50000.0F, 0), 16383);
     View("a.img");
-    ImageHeader.DisplayLow = 200;
-    ImageHeader.DisplayHigh = 5000;
+    write::file.ImageHeader.DisplayLow = 200;
+    write::file.ImageHeader.DisplayHigh = 5000;
     EXPECT_EQ(UnitToCounts(50.0F, 0), 200);
     EXPECT_EQ(UnitToCounts(50000.0F, 0), 5000);
 }
@@ -316,8 +316,8 @@ TEST_F(Units, AStoredFrameOffersTemperaturesByItsOwnPair)
 TEST_F(Units, AnUncalibratedStoredFrameOffersNoTemperature)
 {
     View("a.img");
-    ImageHeader.TemperatureCold = -999.0F;
-    ImageHeader.TemperatureHot = -999.0F;
+    write::file.ImageHeader.TemperatureCold = -999.0F;
+    write::file.ImageHeader.TemperatureHot = -999.0F;
     EXPECT_EQ(Offered(), (std::set<int>{0, 1}));
 }
 
@@ -325,7 +325,7 @@ TEST_F(Units, ANoiseListOffersNoise)
 {
     View("NOISE.NOI");
     EXPECT_EQ(Offered(), (std::set<int>{9, 10, 11, 12, 13}));
-    ImageHeader.TemperatureHot = 10.0F;
+    write::file.ImageHeader.TemperatureHot = 10.0F;
     EXPECT_EQ(Offered(), (std::set<int>{9}));
 }
 
@@ -340,13 +340,13 @@ TEST_F(Units, CoefficientListsOfferTheirOwnValue)
 TEST_F(Units, FloatsAreReadAsValues)
 {
     View("a.img");
-    ImageHeader.DataType = 8;
+    write::file.ImageHeader.DataType = 8;
     EXPECT_EQ(Offered(), (std::set<int>{0, 1, 2, 3, 4, 21}));
     View("a.flt");
-    ImageHeader.DataType = 8;
+    write::file.ImageHeader.DataType = 8;
     EXPECT_EQ(Offered(), (std::set<int>{21}));
     View("a.gai");
-    ImageHeader.DataType = 8;
+    write::file.ImageHeader.DataType = 8;
     EXPECT_EQ(Offered(), (std::set<int>{18, 21}));
 }
 
@@ -354,7 +354,7 @@ TEST_F(Units, ADeviationFileIsNeverReadInADeviationUnit)
 {
     View("a.sdv");
     EXPECT_EQ(Offered(), std::set<int>{});
-    ImageHeader.DataType = 8;
+    write::file.ImageHeader.DataType = 8;
     EXPECT_EQ(Offered(), std::set<int>{21});
 }
 

@@ -659,7 +659,7 @@ TEST_F(HeadOperations, AnHgCdTeHeadHasOneIntegrationTime)
 {
     PutSection(kHgCdTeSection);
     IdentifyAsHgCdTe();
-    IndexIntegrationTime = {5, 6, 7, 8};
+    write::head.IndexIntegrationTime = {5, 6, 7, 8};
     EXPECT_EQ(SetIntegrationIndex(3, 2), 2);
     EXPECT_THAT(head->Taken(), IsEmpty());
     EXPECT_THAT(IndexIntegrationTime, ElementsAre(5, 6, 0, 8));

@@ -32,8 +32,8 @@ TEST_F(VideoSettings, AreWrittenToTheFileAndToTheCamerasSection)
     TurnOn(kInSbSection);
     const std::string file = directory / "set.cal";
     write::head.FrameRate = 48.828125F;
-    write::camera.IndexFrameRate = 7;
-    IndexIntegrationTime = {21, 22, 23, 24};
+    write::head.IndexFrameRate = 7;
+    write::head.IndexIntegrationTime = {21, 22, 23, 24};
     write::head.VideoGain = {1, 2, 3, 4};
     write::head.VideoOffset = {10, 20, 30, 40};
     HeadTiming.AdDelay = 5;
@@ -124,13 +124,13 @@ TEST_F(VideoSettings, AnOldSetKeepsItsRowUnderFrameRate)
 TEST_F(VideoSettings, WhatIsWrittenIsReadAgain)
 {
     TurnOn(kInSbSection);
-    write::camera.IndexFrameRate = 12;
-    IndexIntegrationTime = {40, 41, 42, 43};
+    write::head.IndexFrameRate = 12;
+    write::head.IndexIntegrationTime = {40, 41, 42, 43};
     write::head.VideoGain[0] = 9;
     write::head.VideoOffset[0] = 77;
     SaveVideoSettings(IniFilePath);
-    write::camera.IndexFrameRate = 0;
-    IndexIntegrationTime.fill(0);
+    write::head.IndexFrameRate = 0;
+    write::head.IndexIntegrationTime.fill(0);
     write::head.VideoGain.fill(0);
     write::head.VideoOffset.fill(0);
     LoadVideoSettings();

@@ -437,7 +437,7 @@ TEST_F(VideoSetUpDialog, ListsWithoutASelectionAreTold)
 TEST_F(VideoSetUpTest, OnTheHgCdTeHeadTheIntegrationBoxHoldsOneEntryAndIsDisabled)
 {
     TurnOnHgCdTe(kHgCdTeSection);
-    IndexIntegrationTime[0] = 10;
+    write::head.IndexIntegrationTime[0] = 10;
     Run({[](HWND dialog) {
         EXPECT_EQ(ListCount(dialog, 626), 1);
         EXPECT_EQ(ListSelection(dialog, 626), 0);

@@ -1,5 +1,4 @@
-#include "imagefile/header.h"
-
+#include "imagefile/header_write.h"
 #include "platform/box.h"
 #include "platform/clock.h"
 #include "state/cal_state_write.h"
@@ -120,7 +119,7 @@ class BuildingHeaders : public ::testing::Test {
 
 TEST_F(BuildingHeaders, PutEachFieldAtItsOffset)
 {
-    ByteSwap = 0x1234FFFE;
+    write::file.ByteSwap = 0x1234FFFE;
     write::cal.IntensityCold = 3000;
     write::cal.TemperatureCold = 20.5F;  // 0x41A40000
     write::cal.IntensityHot = 9000;
@@ -184,7 +183,7 @@ TEST_F(BuildingHeaders, CarryTheUnnamedBytesOfTheLastFileRead)
     RawHeader older =
         Plain(4, 4).Word(64, 0x6161).Word(110, 0x6262).Word(126, 0x6363).Word(146, 0x6464).Word(510, 0x6565);
     PutFile(directory / "older.img", older.Bytes());
-    ASSERT_EQ(ReadImageHeader(directory / "older.img", ImageHeader), 512);
+    ASSERT_EQ(ReadImageHeader(directory / "older.img", write::file.ImageHeader), 512);
 
     const RawHeader header = Build();
     EXPECT_EQ(header.WordAt(64), 0x6161);
@@ -213,9 +212,9 @@ TEST_F(BuildingHeaders, NarrowCalibrationCountsToTheirLowBits)
 
 TEST_F(BuildingHeaders, KeepTheTimingOfTheFileOnView)
 {
-    ImageHeader.FrameRate = 8.0F;
-    ImageHeader.IntegrationMsec = 4.0F;
-    ImageHeader.NumOutputs = 2;
+    write::file.ImageHeader.FrameRate = 8.0F;
+    write::file.ImageHeader.IntegrationMsec = 4.0F;
+    write::file.ImageHeader.NumOutputs = 2;
     write::head.FrameRate = 100.0F;
     write::camera.ActiveConfig.NumOutputs = 4;
     write::frames.ViewingFile = 1;
@@ -227,24 +226,24 @@ TEST_F(BuildingHeaders, KeepTheTimingOfTheFileOnView)
 
 TEST_F(BuildingHeaders, HoldNoIntegrationTimeWithoutAFrameRate)
 {
-    ImageHeader.IntegrationMsec = 4.0F;
+    write::file.ImageHeader.IntegrationMsec = 4.0F;
     write::head.FrameRate = 0;
     EXPECT_EQ(Build().LongAt(60), 0U);
 }
 
 TEST_F(BuildingHeaders, ClearTheIrigTimeOnlyWhileItIsOff)
 {
-    ImageHeader.IrigTime.fill(7);
-    IrigEnable = 1;
+    write::file.ImageHeader.IrigTime.fill(7);
+    write::file.IrigEnable = 1;
     EXPECT_EQ(Build().WordAt(134), 0x0707);
-    IrigEnable = 0;
+    write::file.IrigEnable = 0;
     EXPECT_EQ(Build().WordAt(134), 0);
     EXPECT_EQ(Build().WordAt(140), 0);
 }
 
 TEST_F(BuildingHeaders, KeepAZeroSwapWordThroughTheSwap)
 {
-    ByteSwap = 0;
+    write::file.ByteSwap = 0;
     ImageHeaderRecord built;
     BuildImageHeader(&built, 0, 0, 0, 0, 319, 255);
     EXPECT_EQ(RawHeader(built).WordAt(0), 0);

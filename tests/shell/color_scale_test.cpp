@@ -4,7 +4,7 @@
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "display/units.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/menu.h"
@@ -174,10 +174,10 @@ class ColorScale : public PictureTest {
         DockPanel();
         SetMenu(hWndMain, MainMenu());
         View(4, 3, std::vector<std::int16_t>(12, 8000));
-        ImageHeader.IntensityCold = 7000;
-        ImageHeader.IntensityHot = 12000;
-        ImageHeader.TemperatureCold = 20;
-        ImageHeader.TemperatureHot = 40;
+        write::file.ImageHeader.IntensityCold = 7000;
+        write::file.ImageHeader.IntensityHot = 12000;
+        write::file.ImageHeader.TemperatureCold = 20;
+        write::file.ImageHeader.TemperatureHot = 40;
         write::head.VoltsLow = 3.0F;
         write::head.VoltsHigh = -1.0F;
         write::display.ImageColor = kNormalGray;
@@ -297,7 +297,7 @@ TEST_F(ColorScale, FollowsContrastUnitAndCalibration)
     write::display.DisplayUnit = kUnitCelsius;
     FollowDisplay();
     expectOther("unit");
-    ImageHeader.TemperatureHot = 60;
+    write::file.ImageHeader.TemperatureHot = 60;
     DelayMs(300);  // the timer alone
     expectOther("calibration");
 }

@@ -4,7 +4,7 @@
 #include "dibapi32/dibapi32.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
 #include "platform/window.h"
@@ -238,9 +238,9 @@ TEST_F(SaturationOverlay, NeverTouchesThePictureItself)
 TEST_F(SaturationOverlay, RawCountsOfAFileAreMarked)
 {
     View(3, 1, {0, 8000, 16383});
-    ImageHeader.SampleBytes = 2;
-    ImageHeader.DataType = 1;
-    ImageHeader.IntensityCold = ImageHeader.IntensityHot = -10000;
+    write::file.ImageHeader.SampleBytes = 2;
+    write::file.ImageHeader.DataType = 1;
+    write::file.ImageHeader.IntensityCold = write::file.ImageHeader.IntensityHot = -10000;
     ToggleSaturationOverlay();
     DrawFileOnView();
     EXPECT_TRUE(ItemOf().enabled);
@@ -262,9 +262,9 @@ TEST_F(SaturationOverlay, AFileThatIsNotRawIsNotMarkedAndTheItemStandsGray)
           Row{"list.noi", 2, 1, -10000}, Row{"list.off", 2, 1, -10000}, Row{"order.dcm", 2, 1, -10000}}) {
         View(1, 1, {0});
         write::windows.ViewFilePath = row.path;
-        ImageHeader.SampleBytes = row.sampleBytes;
-        ImageHeader.DataType = row.dataType;
-        ImageHeader.IntensityCold = row.cold;
+        write::file.ImageHeader.SampleBytes = row.sampleBytes;
+        write::file.ImageHeader.DataType = row.dataType;
+        write::file.ImageHeader.IntensityCold = row.cold;
         DrawFileOnView();
         EXPECT_FALSE(ItemOf().enabled) << row.path;
         EXPECT_TRUE(ItemOf().checked);

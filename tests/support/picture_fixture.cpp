@@ -1,7 +1,7 @@
 #include "support/picture_fixture.h"
 
 #include "display/display_pipeline.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/dialog.h"
 #include "platform/menu.h"
 #include "platform/profile.h"
@@ -93,13 +93,13 @@ const std::vector<int>& PictureTest::Commands()
 
 void PictureTest::View(int width, int height, const std::vector<std::int16_t>& counts)
 {
-    ImageHeader = {};
-    ImageHeader.ImageWidth = static_cast<std::int16_t>(width);
-    ImageHeader.ImageHeight = static_cast<std::int16_t>(height);
-    ImageHeader.HeaderVersion = 8;
-    ImageHeader.DisplayHigh = 16383;
-    ImageHeader.TemperatureCold = -999.0F;
-    ImageHeader.TemperatureHot = -999.0F;
+    write::file.ImageHeader = {};
+    write::file.ImageHeader.ImageWidth = static_cast<std::int16_t>(width);
+    write::file.ImageHeader.ImageHeight = static_cast<std::int16_t>(height);
+    write::file.ImageHeader.HeaderVersion = 8;
+    write::file.ImageHeader.DisplayHigh = 16383;
+    write::file.ImageHeader.TemperatureCold = -999.0F;
+    write::file.ImageHeader.TemperatureHot = -999.0F;
     write::frames.ImageBuffer.resize(counts.size() * 2);
     std::memcpy(write::frames.ImageBuffer.data(), counts.data(), ImageBuffer.size());
     write::frames.ViewingFile = 1;

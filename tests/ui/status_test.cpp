@@ -1,6 +1,6 @@
 #include "ui/status.h"
 
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
 #include "support/operator.h"
@@ -38,7 +38,7 @@ class StatusOfAView : public ::testing::Test {
   protected:
     StatusOfAView()
     {
-        ImageHeader = PlainHeader(4, 4);
+        write::file.ImageHeader = PlainHeader(4, 4);
         write::frames.ViewingFile = 1;
         write::windows.ViewFilePath = "/data/run7.seq";
     }
@@ -63,8 +63,8 @@ TEST_F(StatusOfAView, AFrameWithItsOwnHeaderTellsItsTimeAndRate)
 {
     write::frames.SteppingFrames = 1;
     write::frames.CurrentFrame = 3;
-    ImageHeader.ImageHeaderDataOffset = 80;
-    ImageHeader.FrameRate = 59.94F;
+    write::file.ImageHeader.ImageHeaderDataOffset = 80;
+    write::file.ImageHeader.FrameRate = 59.94F;
     FrameHeaderRecord frame;
     std::memcpy(frame.FrameTimeText.data(), "Sat Nov 21 12:34:05.678 2026\n", 30);
     frame.AllFramesNum = 0x10005;  // only the low 16 bits are told

@@ -1,7 +1,7 @@
 #include "display/display_pipeline.h"
 #include "grabber/board.h"
 #include "grabber/frame_account.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
 #include "platform/timers.h"
@@ -231,7 +231,7 @@ TEST_F(Freezing, WithoutTheCameraNothingHappens)
 
 TEST_F(Freezing, ResumingStartsTheGrabAndTheTimer)
 {
-    ImageHeader.ImageHeaderDataOffset = 80;
+    write::file.ImageHeader.ImageHeaderDataOffset = 80;
     const std::size_t from = TranscriptLines().size();
     ToggleFreeze(write::frames.LiveVideo);
     EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_grab 11 5"));
@@ -286,7 +286,7 @@ TEST_F(Freezing, KeepsTheFrameBehindThePrefix)
     write::frames.LiveVideo = 1;
     write::frames.LiveFrame.assign(8, 5);
     write::frames.ImageBuffer.assign(90, 0xEE);  // 6 bytes short of what is needed: made anew
-    ImageHeader.ImageHeaderDataOffset = 80;
+    write::file.ImageHeader.ImageHeaderDataOffset = 80;
     ToggleFreeze(write::frames.LiveVideo);
     EXPECT_EQ(ImageBuffer.size(), 96U);
     EXPECT_EQ(ImageBufferPixels(80).front(), 5);
@@ -321,8 +321,8 @@ TEST_F(Freezing, AFrameOfAnotherSizeIsNotKept)
 
 TEST_F(Freezing, ResumingLeavesTheStoredFile)
 {
-    ImageHeader = PlainHeader(3, 1);
-    ImageHeader.DataType = 0;
+    write::file.ImageHeader = PlainHeader(3, 1);
+    write::file.ImageHeader.DataType = 0;
     write::frames.ViewingFile = 1;
     write::frames.SteppingFrames = 1;
     write::display.DisplayUnit = 18;  // gains are read of coefficient files alone
@@ -342,10 +342,10 @@ TEST_F(Freezing, ResumingLeavesTheStoredFile)
 // At contrast 1 and brightness 1000 the table rises over the whole range: 100 of 16382 counts are 1.56 of 255 grays.
 TEST_F(Freezing, ResumingTheTableIsThatOfTheLiveRangeAgain)
 {
-    ImageHeader = PlainHeader(3, 1);
-    ImageHeader.HeaderVersion = 4;
-    ImageHeader.DisplayLow = 0;
-    ImageHeader.DisplayHigh = 100;
+    write::file.ImageHeader = PlainHeader(3, 1);
+    write::file.ImageHeader.HeaderVersion = 4;
+    write::file.ImageHeader.DisplayLow = 0;
+    write::file.ImageHeader.DisplayHigh = 100;
     write::frames.ImageBuffer.assign(6, 0);
     write::frames.ViewingFile = 1;
     BuildDisplayLut(1, 1000);

@@ -1,6 +1,6 @@
 #include "video/video.h"
 
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
 #include "support/operator.h"
@@ -64,7 +64,7 @@ TEST(CursorCross, OutsideTheFrameNothingIsStamped)
 TEST(VideoData, AStoredFrameIsCopied)
 {
     TestOperator op;
-    ImageHeader = PlainHeader(2, 1);
+    write::file.ImageHeader = PlainHeader(2, 1);
     write::frames.ViewingFile = 1;
     write::frames.ImageBuffer = {1, 0, 2, 0};
     std::vector<std::int16_t> frame;
@@ -75,7 +75,7 @@ TEST(VideoData, AStoredFrameIsCopied)
 TEST(VideoData, WithoutABufferThereIsNoFrame)
 {
     TestOperator op;
-    ImageHeader = PlainHeader(2, 1);
+    write::file.ImageHeader = PlainHeader(2, 1);
     write::frames.ViewingFile = 1;
     write::frames.ImageBuffer = {1, 0};  // shorter than the header says
     std::vector<std::int16_t> frame;
@@ -88,7 +88,7 @@ TEST(VideoData, WithoutABufferThereIsNoFrame)
 TEST(VideoData, TheCrossIsStampedIntoTheCopyAlone)
 {
     TestOperator op;
-    ImageHeader = PlainHeader(3, 1);
+    write::file.ImageHeader = PlainHeader(3, 1);
     write::frames.ViewingFile = 1;
     write::frames.ImageCursorOn = 1;
     write::frames.CursorX = 1;

@@ -1,5 +1,6 @@
 #include "viewing/coefficient_view.h"
 
+#include "imagefile/header_write.h"
 #include "platform/memory.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
@@ -179,7 +180,7 @@ TEST_F(CoefficientView, AMissingFileIsToldWithItsPathAsText)
 
 TEST_F(CoefficientView, AShortFileIsToldAndTheHeaderStays)
 {
-    ImageHeader = PlainHeader(9, 9);
+    write::file.ImageHeader = PlainHeader(9, 9);
     EXPECT_EQ(ViewCoefficientFile(List<float>("c.gai", {1.0F, 1.0F, 1.0F})), 0);
     EXPECT_EQ(operator_.Boxes().at(0).text, File("c.gai"));
     EXPECT_EQ(operator_.Boxes().at(0).caption, "Failed to read entire file");

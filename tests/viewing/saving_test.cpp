@@ -3,7 +3,7 @@
 #include "config/settings.h"
 #include "grabber/board_state.h"
 #include "grabber/host_frames.h"
-#include "imagefile/header.h"
+#include "imagefile/header_write.h"
 #include "platform/memory.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
@@ -120,7 +120,7 @@ class Saving : public BoardTest {
         PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=3\n");
         std::filesystem::create_directory(directory / "out");
         write::camera.numBufFrames = 8;
-        ByteSwap = 0xFFFF;
+        write::file.ByteSwap = 0xFFFF;
         write::display.DisplayHigh = 16383;
         GoLive(2, 2);
         write::cal.CalType = 0;
@@ -245,7 +245,7 @@ TEST_F(Saving, AStoredFrameIsSavedUnderItsOwnHeader)
 
 TEST_F(Saving, AByteSwappedImageIsSwappedAsAWholeAndTheRecordIsNot)
 {
-    ByteSwap = 0;
+    write::file.ByteSwap = 0;
     EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
     const std::string bytes = FileContents(Out("a.img"));
     const std::string native = WithWordsSwapped(bytes);
@@ -643,7 +643,7 @@ TEST_F(Saving, AFileOnViewThatCountsFramesBeyondReasonIsRefused)
 {
     ViewFrames(1);
     for (const std::uint32_t count : {0xFFFFFFFFU, 0xFFFFFFF0U}) {
-        ImageHeader.FrameCount = count;
+        write::file.ImageHeader.FrameCount = count;
         op.Answer({Button::kYes});
         EXPECT_EQ(Save("r.seq"), -1);
         EXPECT_EQ(op.Boxes().back().text, Out("r0.seq") + "\nSaveSequence: Unable to read existing image header!");
