@@ -146,6 +146,7 @@ class Turns : public QObject {
     // Twice in a row with no event between: only then nothing is queued on any side.
     void AboutToBlock()
     {
+        ShowPainted();
         if (held_ > 0 || turnPosted_ || events_ == eventsAtRest_) return;
         if (events_ != std::exchange(eventsAtLastBlock_, events_)) {
             QAbstractEventDispatcher::instance()->wakeUp();
@@ -366,6 +367,7 @@ void HandlePendingEvents()
 {
     if (!qApp) return;
     const HoldMessages hold;
+    ShowPainted();
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

@@ -14,6 +14,7 @@
 #include <QMainWindow>
 #include <QPoint>
 #include <QPointer>
+#include <QRect>
 #include <QString>
 #include <QWidget>
 
@@ -66,6 +67,7 @@ struct Window {
     std::uint32_t background = 0;
     QImage surface;         // device pixels, Format_RGB32; null where the window never paints
     bool paintDue = false;  // WM_PAINT is to come
+    QRect unseen;           // logical pixels of the surface that changed and aren't on the screen yet
 
     std::string text;  // main window: its title as it was set
     bool isBeingDestroyed = false;
@@ -91,6 +93,7 @@ HWND MainWindow();  // null before it is made and after it is gone
 std::vector<HWND> ChildrenOf(HWND parent);
 // All windows of a kind, oldest first.
 std::vector<HWND> WindowsOfKind(WindowKind kind);
+std::vector<HWND> AllWindows();
 
 // A widget with a retained surface (platform/paint.h), its mouse messages and WM_PAINT. Give it to RegisterWindow with
 // kind kChild or kControl; dialogs use it for plots. The window's background decides what a new part of it shows.
@@ -99,6 +102,9 @@ QWidget* MakeSurfaceWidget(QWidget* parent);
 void EnsureSurface(Window& window);
 // Fills the surface with the window's background.
 void EraseSurface(Window& window);
+// Those logical pixels of the surface have changed: they come onto the screen when the program next waits.
+void ShowSoon(Window& window, const QRect& area);
+void ShowPainted();                                   // asks the toolkit to show all that has changed
 std::uint32_t BackgroundColor(const Window& window);  // 0xFFRRGGBB
 double DeviceRatio(const Window& window);             // device pixels a logical pixel
 

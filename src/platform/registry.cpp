@@ -63,6 +63,13 @@ std::vector<HWND> WindowsOfKind(WindowKind kind)
     return result;
 }
 
+std::vector<HWND> AllWindows()
+{
+    std::vector<HWND> result;
+    for (const auto& window : windows) result.push_back(window.get());
+    return result;
+}
+
 std::vector<HWND> ChildrenOf(HWND parent)
 {
     std::vector<HWND> result;

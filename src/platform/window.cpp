@@ -245,7 +245,9 @@ void UpdateWindow(HWND window)
         SendMessage(window, WM_PAINT, 0, 0);
         if (!IsWindow(window)) return;
     }
-    if (window->widget && window->widget->isVisible()) window->widget->repaint();
+    if (!window->widget || !window->widget->isVisible()) return;
+    window->unseen = QRect();
+    window->widget->repaint();
 }
 
 Rect GetClientRect(HWND window)
