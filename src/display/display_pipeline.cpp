@@ -2,7 +2,6 @@
 
 #include "dibapi32/dibapi32.h"
 #include "display/fit_contrast.h"
-#include "display/frame_bitmap.h"
 #include "display/lookup_table.h"
 #include "display/units.h"
 #include "imagefile/header.h"
@@ -22,7 +21,6 @@
 #include "ui/status.h"
 
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -85,6 +83,12 @@ void EraseMargin(HWND window, int right, int bottom)
     EraseStrip(window, {0, bottom, right, LastPaintBottom});
 }
 
+void PaintNewPicture()
+{
+    PaintBitmap(FrameBitmap, hWndMain);
+    PaintLayers(true);
+}
+
 std::span<const std::int16_t> FramePixelsOnView()
 {
     if (!ViewingFile) return LiveFrame;
@@ -117,12 +121,19 @@ void EnsureDisplayLut()
 void DrawFrame(std::span<const std::int16_t> frame)
 {
     EnsureDisplayLut();
-    Dib bitmap = MakeFrameBitmap(frame, nullptr);
-    if (!bitmap) return;
-    FreeDib(FrameBitmap);
-    FrameBitmap = std::move(bitmap);
-    PaintBitmap(FrameBitmap, hWndMain);
-    PaintLayers(true);
+    if (FillFrameBitmap(FrameBitmap, frame, nullptr)) PaintNewPicture();
+}
+
+GrayRows BeginPicture()
+{
+    EnsureDisplayLut();
+    return ReadyCameraBitmap(FrameBitmap);
+}
+
+void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays)
+{
+    LookUpAgain(frame, changed, grays);
+    PaintNewPicture();
 }
 
 void AddPictureLayer(PictureLayer layer)
@@ -167,9 +178,7 @@ void PaintBitmap(const Dib& bitmap, HWND window)
     LastPaintBottom = bottom;
     if (isMain) SetScrollExtent(window, {right + PictureRightMargin, bottom}, PanelHeight(), TextHeight);
 
-    const std::optional<Palette> palette = PaletteFromDib(bitmap);
-    PaintDib(window, {left, top, left + width * xzoom, top + height * yzoom}, bitmap, {0, 0, width, height},
-             palette ? &*palette : nullptr);
+    PaintDib(window, {left, top, left + width * xzoom, top + height * yzoom}, bitmap, {0, 0, width, height});
 }
 
 void RepaintPicture()

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "dibapi32/dibutil.h"
+#include "display/frame_bitmap.h"
 #include "platform/types.h"
 
 #include <cstdint>
@@ -41,6 +42,13 @@ Rect PicturePlace();
 // Makes the bitmap of a frame and paints it in the main window. With a file on view and fewer counts than its header
 // says nothing is drawn, and the picture on the screen stays.
 void DrawFrame(std::span<const std::int16_t> frame);
+
+// The camera's frame in two steps, so that its gray values are made in the pass that makes its counts: BeginPicture
+// readies FrameBitmap and says where they go, EndPicture looks up changed, a part of the frame whose counts were
+// touched since (empty: none), and paints. The picture is the one of DrawFrame. Without a table in the result the frame
+// isn't one for this way (ReadyCameraBitmap): DrawFrame draws it.
+GrayRows BeginPicture();
+void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays);
 
 // Draws the stored frame on view, if there is one.
 void DrawFileOnView();

@@ -74,14 +74,42 @@ bool EnsureDecomList()
     return list.has_value();
 }
 
-// The camera's frame in image order, with offset and calibration.
-bool TakeCameraFrame(std::vector<std::int16_t>& frame)
+// The image cursor's cross into the frame; what it may have touched.
+FrameRect StampCursor(std::span<std::int16_t> frame)
 {
-    if (!RefreshRawFrame() || !EnsureDecomList()) return false;
+    constexpr FrameRect kNothing{0, 0, -1, -1};
+    if (!ImageCursorOn) return kNothing;
+    const Point size = FrameSizeOnView();
+    CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
+    if (CursorX < 0 || CursorY < 0 || CursorX >= size.x || CursorY >= size.y) return kNothing;
+    return {CursorX - kCrossReach, CursorY - kCrossReach, CursorX + kCrossReach, CursorY + kCrossReach};
+}
+
+int GetStoredFrame(std::vector<std::int16_t>& frame)
+{
+    if (!CopyStoredFrame(frame)) return 0;
+    StampCursor(frame);
+    if (DisplayEnabled) DrawFrame(frame);
+    return 1;
+}
+
+// The camera's frame in image order, with offset and calibration, and where it is drawn its gray values with it: each
+// pixel is gathered once.
+int GetCameraFrame(std::vector<std::int16_t>& frame)
+{
+    if (!RefreshRawFrame() || !EnsureDecomList()) return 0;
     const std::size_t values = CameraFrameValues();
-    if (frame.size() != values && !AllocateBlock(frame, values)) return false;
-    CorrectLiveFrame(std::span(RawFrame).first(values), frame, DataOffset);
-    return true;
+    if (frame.size() != values && !AllocateBlock(frame, values)) return 0;
+
+    const GrayRows grays = DisplayEnabled ? BeginPicture() : GrayRows{};
+    const bool lookedUp = CorrectLiveFrame(std::span(RawFrame).first(values), frame, DataOffset, grays);
+    const FrameRect cross = StampCursor(frame);
+    if (lookedUp) {
+        EndPicture(frame, cross, grays);
+    } else if (DisplayEnabled) {
+        DrawFrame(frame);
+    }
+    return 1;
 }
 
 void WriteCameraKey(const char* key, std::int32_t value)
@@ -179,13 +207,7 @@ std::uint16_t StampCursorCross(std::span<std::int16_t> frame, std::int32_t width
 
 int GetVideoData(std::vector<std::int16_t>& frame)
 {
-    if (!(ViewingFile ? CopyStoredFrame(frame) : TakeCameraFrame(frame))) return 0;
-    if (ImageCursorOn) {
-        const Point size = FrameSizeOnView();
-        CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
-    }
-    if (DisplayEnabled) DrawFrame(frame);
-    return 1;
+    return ViewingFile ? GetStoredFrame(frame) : GetCameraFrame(frame);
 }
 
 void ToggleFreeze(std::int32_t& flag)
