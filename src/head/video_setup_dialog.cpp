@@ -98,6 +98,7 @@ struct Rows {
 Rows atOpening;
 
 ScopePlot OscBitmap;
+DeviceBitmap OscPicture;  // OscBitmap as it was painted last: its memory serves the next tick
 
 bool IsHgCdTe()
 {
@@ -146,7 +147,6 @@ void DrawMarks(HWND dialog, int id, int length)
     const Rect client = GetClientRect(strip);
     FillSurface(strip, client, kMarkPaper);
     for (const int row : MarkRows(client.Height())) FillSurface(strip, {0, row, length, row + 1}, kMarkColor);
-    InvalidateRect(strip, nullptr, false);
 }
 
 void DrawTickMarks(HWND dialog)
@@ -163,7 +163,8 @@ void DrawPlot(HWND dialog)
     const std::uint32_t paper = CalType != 0 ? kGreenPaper : kWhitePaper;
     const HWND area = DlgItemWindow(dialog, kPlotArea);
     FillSurface(area, GetClientRect(area), paper);
-    StretchPixels(area, {0, 0, OscBitmap.width, OscBitmap.height}, PlotPicture(OscBitmap, paper));
+    PlotPicture(OscBitmap, paper, OscPicture);
+    StretchPixels(area, {0, 0, OscBitmap.width, OscBitmap.height}, OscPicture);
 }
 
 // Made before the dialog is laid out, so that the first tick finds them at their size.
@@ -229,6 +230,7 @@ class TickPause {
 void FreeBlocks()
 {
     OscBitmap = {};
+    OscPicture = {};
     FreeOscFrame();
 }
 
