@@ -9,6 +9,7 @@
 #include "state/cal_state.h"
 #include "state/windows.h"
 #include "support/full_disk.h"
+#include "support/rounds.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
@@ -385,6 +386,7 @@ class KilledProcess : public LastSet {
     }
 
     static constexpr int kRounds = 200;
+    const int rounds_ = Rounds(kRounds);
     int hits_ = 0;  // kills that met a replacement under way
 
   private:
@@ -431,7 +433,7 @@ TEST_F(KilledProcess, FindsTheFormerLastSetOrTheNewOne)
     };
     Measure(calibrate);
     std::set<std::string> seen;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds_; ++round) {
         generation = 1000 * round;
         Kill(calibrate);
         ForgetProfile(IniFilePath);
@@ -442,8 +444,8 @@ TEST_F(KilledProcess, FindsTheFormerLastSetOrTheNewOne)
         seen.insert(whole);
         ExpectNothingAside();
     }
-    EXPECT_GT(hits_, kRounds / 10);
-    EXPECT_GT(seen.size(), 10U) << "some came to their end before";
+    EXPECT_GT(hits_, AllRounds() ? kRounds / 10 : 0);
+    EXPECT_GT(seen.size(), AllRounds() ? 10U : 1U) << "some came to their end before";
 }
 
 TEST_F(KilledProcess, FindsASetSavedAsWholeOrNotAtAll)
@@ -465,7 +467,7 @@ TEST_F(KilledProcess, FindsASetSavedAsWholeOrNotAtAll)
     };
     Measure(save);
     std::set<std::string> seen;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds_; ++round) {
         const bool fresh = round % 2 == 0;
         if (fresh) {
             for (const std::string_view extension : kSetExtensions) std::filesystem::remove(SetFile(target, extension));
@@ -486,8 +488,10 @@ TEST_F(KilledProcess, FindsASetSavedAsWholeOrNotAtAll)
         seen.insert(whole);
         ExpectNothingAside();
     }
-    EXPECT_GT(hits_, kRounds / 10);
-    EXPECT_THAT(seen, testing::IsSupersetOf({"1", "2"}));
+    EXPECT_GT(hits_, AllRounds() ? kRounds / 10 : 0);
+    if (AllRounds()) {
+        EXPECT_THAT(seen, testing::IsSupersetOf({"1", "2"}));
+    }
 }
 
 }  // namespace

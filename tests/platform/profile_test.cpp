@@ -4,6 +4,7 @@
 #include "platform/files.h"
 #include "platform/profile_text.h"
 #include "platform/text.h"
+#include "support/rounds.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
@@ -395,7 +396,7 @@ TEST_F(Profiles, AKilledWriterLeavesTheOldOrTheNewFile)
     std::mt19937 random(3);
     std::set<std::string> seen;
     unsigned longestUs = 15000;  // a slow disk gets longer, until enough of the kills have met a writer at work
-    for (int i = 0; i < 100 || (seen.size() <= 5 && i < 300); ++i) {
+    for (int i = 0; i < Rounds(100) || (seen.size() <= 5 && i < 300); ++i) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0) WriteForEver(ini);
@@ -423,7 +424,7 @@ TEST_F(Profiles, TwoProgramsThatWriteAtOnceLeaveAWholeFile)
         if (child == 0) WriteForEver(ini);
         children.push_back(child);
     }
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < Rounds(200); ++i) {
         ExpectWhole(FileContents(ini), filling);
         usleep(1000);
     }

@@ -11,6 +11,7 @@
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "support/recording_board.h"
+#include "support/rounds.h"
 #include "support/shown.h"
 #include "support/stored_files.h"
 #include "video/video.h"
@@ -903,7 +904,7 @@ class KilledSaving : public BoardTest {
     static constexpr int kColumns = 160;
     static constexpr int kRows = 120;
     static constexpr std::size_t kFrameBytes = std::size_t{2} * kColumns * kRows;
-    static constexpr int kKills = 200;
+    const int kills_ = Rounds(200);
 
     KilledSaving()
     {
@@ -993,7 +994,7 @@ TEST_F(KilledSaving, AnImageIsWholeUnderItsName)
     ASSERT_EQ(SaveImage(path, 1), 1);  // the picture that stands there before: 1000
     int written = 0;
     int beside = 0;
-    for (int kill = 0; kill < kKills; ++kill) {
+    for (int kill = 0; kill < kills_; ++kill) {
         const int reported = SaveUntilKilled([&] {
             op.Answer({Button::kYes});  // replace it
             return SaveImage(path, 1) == 1;
@@ -1016,14 +1017,16 @@ TEST_F(KilledSaving, AnImageIsWholeUnderItsName)
         beside += static_cast<int>(newOnes);
     }
     EXPECT_GT(written, 0);
-    EXPECT_GT(beside, 0) << "some kills met the writing";
+    if (AllRounds()) {
+        EXPECT_GT(beside, 0) << "some kills met the writing";
+    }
 }
 
 TEST_F(KilledSaving, EachNumberedFileIsWhole)
 {
     MultiFrame = 0;
     int written = 0;
-    for (int kill = 0; kill < kKills; ++kill) {
+    for (int kill = 0; kill < kills_; ++kill) {
         const std::string base = directory / "s/r.seq";
         std::filesystem::remove_all(directory / "s");
         std::filesystem::create_directory(directory / "s");
@@ -1047,7 +1050,7 @@ TEST_F(KilledSaving, AMultiFrameFileHasEveryFrameThatWasWritten)
     MultiFrame = 1;
     const std::string path = directory / "r0.seq";
     int written = 0;
-    for (int kill = 0; kill < kKills; ++kill) {
+    for (int kill = 0; kill < kills_; ++kill) {
         std::filesystem::remove(path);
         std::int32_t number = 0;
         const int reported = SaveUntilKilled([&] { return SaveSequence(directory / "r.seq", number, 1) == 1; });
