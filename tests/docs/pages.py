@@ -4,7 +4,7 @@
   pages.py extract OUT          what the pages' code blocks are: files to compile and scripts to run, and OUT/blocks.cmake, which lists them
   pages.py blocks OUT           fails if a block is neither compiled nor run nor marked, or if OUT isn't what the pages say now
   pages.py paths                fails if README or a page links to, or names, a file of the tree that doesn't exist
-  pages.py tour                 fails if docs/architecture.md leaves out a header of src/ or a floor
+  pages.py tour                 fails if docs/architecture.md leaves out a header of src/ or a floor, or README or CONTRIBUTING a floor
   pages.py places               fails if a place of docs/architecture.md's list of named things doesn't exist, or isn't reached
 
 A block of C++ begins with a comment that names its file, `// src/display/zoom_step.h`, and is compiled as that file. One that goes into a file of the
@@ -180,6 +180,8 @@ def named_paths(page, text):
     here = pathlib.PurePosixPath(page).parent
     for link in re.findall(r"\]\(([^)#:\s]+)\)", text):
         yield os.path.normpath(here / link)
+    for name in re.findall(r"(?<=[ ])(src/\w+/)(?=[ ])", text):  # the tree
+        yield name
     for name in re.findall(r"`((?:src|tests|docs|cmake|bench|fuzz|tools|examples)/[\w./-]*)`", text):
         yield name
 
@@ -219,7 +221,12 @@ def tour_faults(text, cmake, headers_of_tree):
 
 
 def check_tour():
-    faults = list(tour_faults((ROOT / TOUR).read_text(), (ROOT / "src/CMakeLists.txt").read_text(), headers()))
+    cmake = (ROOT / "src/CMakeLists.txt").read_text()
+    faults = list(tour_faults((ROOT / TOUR).read_text(), cmake, headers()))
+    for page, form in {"README.md": "src/{}/", "CONTRIBUTING.md": "{}"}.items():
+        text = (ROOT / page).read_text()
+        faults += [f"{page} doesn't name the floor {floor}" for floor in floors(cmake)
+                   if not re.search(rf"\b{form.format(floor)}(?!\w)", text)]
     if faults:
         raise Fault("\n".join(faults))
 
