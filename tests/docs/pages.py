@@ -210,7 +210,7 @@ def floors(cmake):
 
 def tour_faults(text, cmake, headers_of_tree):
     for header in headers_of_tree:
-        if f"`{header}`" not in text:
+        if f"`{header}`" not in text and f"`{header.replace('_write.h', '.h')}`" not in text:  # a module's variables stand behind its views
             yield f"{TOUR} doesn't name `{header}`"
     for path in re.findall(r"`(src/[\w/]+\.h)`", text):
         if path not in headers_of_tree:

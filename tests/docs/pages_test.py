@@ -56,6 +56,10 @@ class Tour(unittest.TestCase):
     def test_a_whole_tour(self):
         self.assertEqual(list(pages.tour_faults("1. **low**\n2. **high**: `src/low/a.h`", self.CMAKE, ["src/low/a.h"])), [])
 
+    def test_the_variables_behind_a_plain_header(self):
+        self.assertEqual(list(pages.tour_faults("**low** **high** `src/low/a.h`", self.CMAKE, ["src/low/a.h", "src/low/a_write.h"])), [])
+        self.assertIn("b_write.h", "".join(pages.tour_faults("**low** **high**", self.CMAKE, ["src/low/b_write.h"])))
+
     def test_what_it_leaves_out_and_what_is_gone(self):
         faults = "\n".join(pages.tour_faults("1. **low**\n\n`src/low/b.h` is high", self.CMAKE, ["src/low/a.h"]))
         self.assertIn("doesn't name `src/low/a.h`", faults)
