@@ -14,6 +14,8 @@
 
 namespace kelvo {
 
+struct CalibrationSet;  // calib/set_reader.h
+
 // Reads the records of the set, CalSettings (and CalSettings2 with DualCamera), from section Calibration of kelvo.ini;
 // finishes or undoes a set that a broken run left half replaced (calib/last_set.h). CalType 0, CalDone 0.
 void LoadCalibrationSettings();
@@ -24,11 +26,14 @@ void LoadCalibrationSettings();
 int ChooseCalibrationToOpen(HWND window);
 int ChooseCalibrationToSave(HWND window);
 
-// Makes the set the one in force: settings, video settings (sent to the head), tables, orientation, bad pixels; live
-// video starts again. 1; 0 after a box that names what is wrong with the set. A file that isn't a set of the active
-// camera changes nothing. A list that fails later leaves kelvo.ini replaced, the tables in force partly replaced, and
-// CalType as it was. A .dcm that can't be read, or names pixels outside the frame, is told, and the table is built
-// anew.
+// Makes a set the one in force: settings, video settings (sent to the head), tables, orientation, bad pixels; live
+// video starts again. 1; 0 after a box that names what is wrong with the set. One that isn't a set of the active camera
+// changes nothing. A list that couldn't be read leaves kelvo.ini replaced, the tables in force partly replaced, and
+// CalType as it was. A .dcm that couldn't be read, or names pixels outside the frame, is told, and the table is built
+// anew. A head on an external clock: the operator is asked for its rate before anything is sent; 0 where he gives none.
+int PutInForce(HWND window, const CalibrationSet& set);
+
+// Reads the set of a .cal file and puts it in force; result and boxes are those of PutInForce.
 int LoadCalibration(HWND window, const std::string& calPath);
 
 // The set in force under another name, which ends in .cal: whole, or not there. A set that stood under that name comes
