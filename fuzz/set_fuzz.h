@@ -1,7 +1,7 @@
 // A data directory of a fuzz target's own with a small camera and a set on the disk, made anew for each input.
 #pragma once
 
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "state/cal_settings.h"

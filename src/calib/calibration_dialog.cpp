@@ -1,5 +1,7 @@
-// The CALIB dialog: what a calibration run works with.
-#include "calib/calibration.h"
+#include "calib/calibration_dialog.h"
+
+#include "calib/calibration_selection.h"
+#include "calib/calibration_set.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"

@@ -1,5 +1,5 @@
-// Choosing the .cal file to load or to save as.
-#include "calib/calibration.h"
+#include "calib/calibration_selection.h"
+
 #include "calib/last_set.h"
 #include "platform/box.h"
 #include "platform/dialog.h"

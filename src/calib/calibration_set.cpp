@@ -1,10 +1,9 @@
 // The settings of a run at start-up, putting a set in force, saving it under another name.
-#include "calib/calibration.h"
-#include "calib/calibration_run.h"
+#include "calib/calibration_set.h"
+
 #include "calib/last_set.h"
 #include "calib/orientation.h"
 #include "calib/run_steps.h"
-#include "calib/set_reader.h"
 #include "config/frame_rate_table.h"
 #include "display/display_pipeline.h"
 #include "head/camera_head.h"
@@ -25,10 +24,8 @@
 #include "state/frame_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
-#include "ui/status.h"
 #include "video/video.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -130,7 +127,7 @@ bool MakeSettingsOf(HWND window, const std::string& calPath)
 
 void TakeVideoSettings(const CalibrationSet& set)
 {
-    StatusMessage("Loading video parameters from calibration file...", kLeftAligned);
+    TellStep("Loading video parameters from calibration file...");
     LoadVideoSettings(IniFilePath);
     VideoGain[0] = set.videoGain1;
     VideoOffset[0] = set.videoOffset1;
@@ -190,44 +187,42 @@ bool RebuildDecommutation()
     return true;
 }
 
-bool InstallDecommutation(HWND window, const SetList<std::uint32_t>& list)
+bool TakeDecommutation(HWND window, const SetList<std::uint32_t>& list)
 {
-    StatusMessage("Loading decommutation list...", kLeftAligned);
+    TellStep("Loading decommutation list...");
     if (!TakeList(list, "DecomFile", CalSettings.DecomFile)) return RebuildDecommutation();
     if (DownloadCoefficients(kDecomKind, BytesOf(std::span(list.entries)))) return true;
     MessageBox(window, "Hardware Timeout Error, Download of Gain Coefficients", kMessageCaption);  // words of all lists
     return false;
 }
 
-bool InstallGains(const SetList<float>& list)
+bool TakeGains(const SetList<float>& list)
 {
-    StatusMessage("Loading gain list...", kLeftAligned);
+    TellStep("Loading gain list...");
     return TakeList(list, "GainFile", CalSettings.GainFile) && DownloadGains(list.entries) != 0;
 }
 
-bool InstallOffsets(const SetList<std::int16_t>& list)
+bool TakeOffsets(const SetList<std::int16_t>& list)
 {
-    StatusMessage("Loading offset list...", kLeftAligned);
+    TellStep("Loading offset list...");
     return TakeList(list, "OffsetFile", CalSettings.OffsetFile) && DownloadOffsets(list.entries) != 0;
 }
 
-bool InstallLists(HWND window, const CalibrationSet& set)
+bool TakeLists(HWND window, const CalibrationSet& set)
 {
     if (set.memoryRefused) {
         MessageBox(window, "Failure to allocate memory!", "Memory Error");
         return false;
     }
-    return InstallDecommutation(window, set.decom) && InstallGains(set.gains) && InstallOffsets(set.offsets);
+    return TakeDecommutation(window, set.decom) && TakeGains(set.gains) && TakeOffsets(set.offsets);
 }
 
 // --- Putting a set in force: display and calibration parameters -----------------------------------------------------
 
-void TakeDisplayRange(const CalibrationSet& set)
+void TakeType(const CalibrationSet& set)
 {
     CalType = set.type;
-    DisplayLow = 0;
-    DisplayHigh = FullScaleCounts();
-    SetVoltsRange(VideoGain[0], VideoOffset[0]);
+    ShowFullScale();
 }
 
 // A key of the set is kept in the settings too; one that the set lacks is kept with the value that holds then.
@@ -270,7 +265,7 @@ void TakeCalFile(const CalibrationSet& set)
 
 void TakeParameters(const CalibrationSet& set)
 {
-    StatusMessage("Resetting display & calibration parameters...", kLeftAligned);
+    TellStep("Resetting display & calibration parameters...");
     TakeNumber("TemperatureCold", set.temperatureCold, "-999.0", -999.0F, TemperatureCold);
     TakeNumber("TemperatureHot", set.temperatureHot, "999.0", 999.0F, TemperatureHot);
     TakeNumber("IntensityCold", set.intensityCold, "0", 0, IntensityCold);
@@ -293,19 +288,13 @@ void TakeParameters(const CalibrationSet& set)
 
 void RestartLiveVideo()
 {
-    StatusMessage("Re-starting image...", kLeftAligned);
+    TellStep("Re-starting image...");
     RestartGrab();
-}
-
-void OrientImage()
-{
-    SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
-                        FrameRateRowAt(IndexFrameRate).ReadoutShift);
 }
 
 void SetUpDisplay()
 {
-    StatusMessage("Setting up image display...", kLeftAligned);
+    TellStep("Setting up image display...");
     BuildDisplayLut(Contrast, Brightness);
     FirstSetupPending = 0;  // the video set-up would start from a clean state again
     ShowDegrees();
@@ -429,11 +418,11 @@ int PutInForce(HWND window, const CalibrationSet& set)
         TakeVideoSettings(set);
         if (!ExternalRateIsGiven(window)) return 0;
         SendVideoSettings();
-        if (!InstallLists(window, set)) return 0;
-        TakeDisplayRange(set);
+        if (!TakeLists(window, set)) return 0;
+        TakeType(set);
         TakeParameters(set);
         RestartLiveVideo();
-        OrientImage();
+        OrientAsInForce(ActiveConfig);
     }
     SetUpDisplay();
     return 1;
@@ -468,6 +457,13 @@ std::int32_t FullScaleCounts()
         static_cast<double>(ActiveConfig.UnityGain) * (2.0 * ActiveConfig.UnityOffset - 1.0) / 16384.0;
     const double magnitude = std::trunc(std::fabs(counts));
     return magnitude < 2147483647.0 ? static_cast<std::int32_t>(magnitude) : 2147483647;
+}
+
+void ShowFullScale()
+{
+    DisplayLow = 0;
+    DisplayHigh = FullScaleCounts();
+    SetVoltsRange(VideoGain[0], VideoOffset[0]);
 }
 
 }  // namespace kelvo

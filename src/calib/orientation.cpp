@@ -80,8 +80,7 @@ void KeepTableInSet()
 
 void RebuildForSet()
 {
-    if (SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
-                            ShiftInForce())) {
+    if (OrientAsInForce(ActiveConfig)) {
         KeepTableInSet();
     } else {
         SubstBadPixels = SubstBadPixels ? 0 : 1;
@@ -109,6 +108,12 @@ std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHor
     if (!LiveVideo && !ViewingFile) RefreshLiveFrame();
     CheckReplaceItem(substitute);
     return 1;
+}
+
+std::int32_t OrientAsInForce(const CameraConfig& config)
+{
+    return SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, config,
+                               ShiftInForce());
 }
 
 std::int32_t SetCommutationOrder()

@@ -19,6 +19,9 @@ std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHor
                                  std::int32_t rotateCcw, std::string_view badDetFile, const CameraConfig& config,
                                  std::int32_t readoutShift);
 
+// The same with the flags, the list of bad detectors and the frame rate in force.
+std::int32_t OrientAsInForce(const CameraConfig& config);
+
 // Prepares the table for a calibration run: unity coefficients, then the table in plain order. Non-zero where the unity
 // download succeeded, whatever the rebuild gave.
 std::int32_t SetCommutationOrder();

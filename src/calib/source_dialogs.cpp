@@ -1,5 +1,5 @@
-// The dialogs that wait until a source stands before the camera, and take its temperature and emissivity.
-#include "calib/calibration.h"
+#include "calib/source_dialogs.h"
+
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/help.h"

@@ -1,6 +1,7 @@
 #include "camera/turn_on.h"
 
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
+#include "calib/calibration_selection.h"
 #include "grabber/board.h"
 #include "head/camera_head.h"
 #include "head/section_check.h"

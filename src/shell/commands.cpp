@@ -1,8 +1,11 @@
 #include "shell/commands.h"
 
 #include "badpixel/geometry_dialog.h"
-#include "calib/calibration.h"
-#include "calib/calibration_run.h"
+#include "calib/calibration_set.h"
+#include "calib/calibration_selection.h"
+#include "calib/calibration_dialog.h"
+#include "calib/two_point_run.h"
+#include "calib/one_point_run.h"
 #include "calib/orientation.h"
 #include "camera/configuration_dialog.h"
 #include "camera/turn_on.h"

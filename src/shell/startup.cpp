@@ -1,6 +1,6 @@
 #include "shell/startup.h"
 
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
 #include "camera/configuration_dialog.h"
 #include "camera/turn_on.h"
 #include "config/display_settings.h"

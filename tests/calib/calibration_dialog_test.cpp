@@ -1,5 +1,6 @@
 // The CALIB dialog, worked as an operator works it.
-#include "calib/calibration.h"
+#include "calib/calibration_dialog.h"
+
 #include "calib/calibration_fixture.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"

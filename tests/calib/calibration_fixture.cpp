@@ -1,6 +1,6 @@
 #include "calib/calibration_fixture.h"
 
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
 #include "calib/last_set.h"
 #include "grabber/board.h"
 #include "platform/dialog.h"

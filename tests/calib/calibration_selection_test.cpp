@@ -1,5 +1,6 @@
 // Choosing the .cal file to load or to save as.
-#include "calib/calibration.h"
+#include "calib/calibration_selection.h"
+
 #include "calib/calibration_fixture.h"
 #include "platform/dialog.h"
 #include "platform/directory.h"

@@ -1,5 +1,6 @@
 // Settings at start-up, loading a set, saving it under another name.
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
+
 #include "calib/calibration_fixture.h"
 #include "calib/last_set.h"
 #include "camera/turn_on.h"

@@ -1,6 +1,6 @@
 // A whole two-point run from kept frames, against files that another program worked out (expected_set.py).
 #include "calib/calibration_fixture.h"
-#include "calib/calibration_run.h"
+#include "calib/two_point_run.h"
 #include "grabber/board.h"
 #include "platform/dialog.h"
 #include "platform/files.h"

@@ -1,6 +1,7 @@
 // Calibration runs that can't write their files, and runs that are killed while they do.
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
 #include "calib/last_set.h"
+#include "calib/one_point_run.h"
 #include "calib/run_fixture.h"
 #include "support/full_disk.h"
 

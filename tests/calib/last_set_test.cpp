@@ -1,7 +1,7 @@
 // A set's files replaced as one thing: commits, failures, and processes that end in between.
 #include "calib/last_set.h"
 
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "calib/calibration_fixture.h"
-#include "calib/calibration_run.h"
+#include "calib/two_point_run.h"
 #include "grabber/board.h"
 #include "platform/dialog.h"
 #include "platform/files.h"

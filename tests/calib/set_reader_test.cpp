@@ -1,8 +1,8 @@
 // A set read as a value: what it gives, and that nothing else is different afterwards.
 #include "calib/set_reader.h"
 
-#include "calib/calibration.h"
 #include "calib/calibration_fixture.h"
+#include "calib/calibration_set.h"
 #include "calib/last_set.h"
 #include "head/camera_head.h"
 #include "platform/memory.h"

@@ -1,5 +1,6 @@
 // The dialogs that wait for a source.
-#include "calib/calibration.h"
+#include "calib/source_dialogs.h"
+
 #include "calib/calibration_fixture.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"

@@ -1,7 +1,6 @@
 // The camera's main switch, worked as an operator works it.
 #include "camera/turn_on.h"
 
-#include "calib/calibration.h"
 #include "head/camera_head.h"
 #include "head/section_check.h"
 #include "platform/dialog.h"

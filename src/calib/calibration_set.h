@@ -1,12 +1,11 @@
-// The calibration set on disk and its dialogs.
+// The calibration set: read with the settings at start-up, put in force, saved under another name.
 //
 // A set is up to six files of one name: .gai, .off, .noi (readout order), .dcm (image order), .bad and .cal, which is
 // kelvo.ini as it stood when the set was made. The lists have no header: a set is only good for the camera that made
 // it, and the .cal tells which one. Loading makes the .cal the new kelvo.ini.
-//
-// Implemented in calibration_set.cpp, calibration_selection.cpp, calibration_dialog.cpp and source_dialogs.cpp.
 #pragma once
 
+#include "calib/set_reader.h"
 #include "platform/types.h"
 
 #include <cstdint>
@@ -14,17 +13,9 @@
 
 namespace kelvo {
 
-struct CalibrationSet;  // calib/set_reader.h
-
 // Reads the records of the set, CalSettings (and CalSettings2 with DualCamera), from section Calibration of kelvo.ini;
 // finishes or undoes a set that a broken run left half replaced (calib/last_set.h). CalType 0, CalDone 0.
 void LoadCalibrationSettings();
-
-// Asks for a set's .cal file: of the active camera, to open; to save the calibration in force as. 1 and the whole path
-// in FilePathBuf; 0 where the operator cancels, and, after "A calibration must be loaded\nin order to save it.", where
-// there is none to save.
-int ChooseCalibrationToOpen(HWND window);
-int ChooseCalibrationToSave(HWND window);
 
 // Makes a set the one in force: settings, video settings (sent to the head), tables, orientation, bad pixels; live
 // video starts again. 1; 0 after a box that names what is wrong with the set. One that isn't a set of the active camera
@@ -45,16 +36,7 @@ int SaveCalibrationAs(const std::string& calPath);
 // fraction: the display's range once a calibration is in force. Within 32 bits.
 std::int32_t FullScaleCounts();
 
-// The CALIB dialog. 1 when a run should start: of the type CalSettings.ChosenType. Without a camera that is on: a box,
-// and 0. Loading a set from inside it ends it with 0.
-int RunCalibrationDialog(HWND window);
-LRESULT fnCALIBDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
-
-// The source dialogs; title of the run. 1 on Ok, with TemperatureCold or TemperatureHot (state/cal_state.h; -999.0 for
-// an empty field) and the emissivity of CalSettings taken over.
-int ColdSourceDialog(HWND window, const std::string& title);
-int HotSourceDialog(HWND window);
-LRESULT fnCALCOLDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
-LRESULT fnCALHOTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+// Live video shows that range: DisplayLow, DisplayHigh, and the volts that belong to them.
+void ShowFullScale();
 
 }  // namespace kelvo
