@@ -73,6 +73,7 @@ class FrameWriter {
 
   private:
     explicit FrameWriter(std::string_view path) : path_(path) {}
+    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): one of the two is there, see below
     File& Contents() { return own_ ? own_->Contents() : *inPlace_; }
     bool WriteHeader(ImageHeaderRecord header);
     std::size_t WriteCounts(const ImageHeaderRecord& header, std::span<std::int16_t> counts);

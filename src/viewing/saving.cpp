@@ -121,8 +121,9 @@ int RefuseImage(std::optional<FrameWriter>& file, const char* text)
 
 int WriteImage(std::optional<FrameWriter>& file, std::span<std::int16_t> counts)
 {
-    const FrameWritten written = file ? file->WriteImage(ImageHeader, counts) : FrameWritten{FrameFault::kNoHeader};
-    switch (written.fault) {
+    constexpr const char* kNoHeader = "Failure writing header for image file";
+    if (!file) return RefuseImage(file, kNoHeader);
+    switch (file->WriteImage(ImageHeader, counts).fault) {
         case FrameFault::kNone:
             if (file->Keep()) return 1;
             TellWriteError();
@@ -132,7 +133,7 @@ int WriteImage(std::optional<FrameWriter>& file, std::span<std::int16_t> counts)
             TellWriteError();
             return 1;
         default:
-            return RefuseImage(file, "Failure writing header for image file");
+            return RefuseImage(file, kNoHeader);
     }
 }
 
@@ -237,6 +238,7 @@ std::int32_t WriteSequenceFrame(std::optional<FrameWriter>& file, const std::str
                                 std::span<std::int16_t> counts, std::uint32_t framesAveraged,
                                 std::int32_t& sequenceNumber)
 {
+    if (!file) return RefuseSequenceFile(path, "\nSaveSequence: Open file failure");
     const ImageHeaderRecord before = ImageHeader;
     if (!PrepareSequenceHeader(*file)) {
         file.reset();
@@ -313,7 +315,6 @@ std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNum
         return -1;
     }
     std::optional<FrameWriter> file = MultiFrame ? FrameWriter::OpenInPlace(path) : FrameWriter::Create(path);
-    if (!file) return RefuseSequenceFile(path, "\nSaveSequence: Open file failure");
     return WriteSequenceFrame(file, path, counts, frames, sequenceNumber);
 }
 
