@@ -4,6 +4,8 @@
 // sent: the number of bytes that come back (low 3 bits), and those bytes; 8 in the number echoes the frame instead.
 // Where the input ends the head echoes all.
 #include "head/camera_head.h"
+#include "head/identify_head.h"
+#include "head/program_head.h"
 #include "platform/clock.h"
 #include "platform/profile.h"
 #include "platform/serial.h"

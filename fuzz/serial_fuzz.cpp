@@ -122,9 +122,7 @@ void StartRun(bool logs)
     std::filesystem::remove(directory + "/CommLog.txt");
     std::filesystem::remove(directory + "/PreviousCommLog.txt");
     kelvo::IniFilePath = directory + (logs ? "/logs.ini" : "/silent.ini");
-    kelvo::CommLogReady = 0;
-    kelvo::CommWriteCount = 0;
-    kelvo::CommWriteReadCount = 0;
+    kelvo::ResetCommLog();
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/cal_settings.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
@@ -45,8 +46,6 @@ constexpr int kSecondCamera = 1602;
 constexpr int kSet = 1604;
 constexpr int kCommit = 1606;  // no control of its own: what Set and Ok have in common
 constexpr int kDescriptionText = 1608;
-constexpr int kHelpTopic = 290;
-constexpr int kDialogHint = 122;  // status strings
 constexpr std::size_t kPairCharacters = 11;
 constexpr std::array kListControls{kBadList, kRemove, kPairEdit, kAdd};
 // In the current directory.
@@ -174,7 +173,7 @@ void OfferList(HWND dialog)
 
 void Open(HWND dialog)
 {
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kImageSetupHint, kLeftAligned);
     if (!CameraOn) settingsChanged = false;
     listDirty = false;
     listDisabled = true;
@@ -296,7 +295,7 @@ void Set()
     Commit();
     SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, ActiveConfig,
                         FrameRateRowAt(IndexFrameRate).ReadoutShift);
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kImageSetupHint, kLeftAligned);
     settingsChanged = false;
     MarkSelected();
 }
@@ -349,7 +348,7 @@ bool OnCommand(HWND dialog, int id, int notification)
             Close(dialog);
             return true;
         case kIdHelp:
-            ShowHelpContext(kHelpTopic);
+            ShowHelpContext(kHelpImageSetup);
             return true;
         default:
             return false;

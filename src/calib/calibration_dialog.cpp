@@ -8,6 +8,7 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/cal_settings.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
@@ -41,8 +42,6 @@ constexpr int kGainRangeEdit = 1220;
 constexpr int kLoadButton = 1222;
 constexpr int kReplaceBadBox = 1306;
 
-constexpr int kHelpTopic = 320;
-constexpr int kDialogHint = 130;
 constexpr std::string_view kSubstitutionOff = "Warning: Bad Pixel Substitution is OFF";
 
 // The limits stand as they are though the words tell narrower ones: ranges above 1 and a count of 0 are in use.
@@ -144,7 +143,7 @@ void ShowNoiseLimit(HWND dialog)
 void ShowHint(bool substitutionOn)
 {
     if (substitutionOn) {
-        StatusString(kDialogHint, kLeftAligned);
+        StatusString(kCalibrationHint, kLeftAligned);
     } else {
         StatusMessage(kSubstitutionOff, kLeftAligned);
     }
@@ -349,7 +348,7 @@ bool OnCommand(HWND dialog, int id)
             EndDialog(dialog, 0);
             return true;
         case kIdHelp:
-            ShowHelpContext(kHelpTopic);
+            ShowHelpContext(kHelpNewCalibration);
             return true;
         default:
             return false;

@@ -11,7 +11,7 @@
 #include "platform/paint.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"

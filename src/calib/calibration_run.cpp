@@ -9,7 +9,6 @@
 #include "calib/run_steps.h"
 #include "calib/two_point.h"
 #include "config/frame_rate_table.h"
-#include "head/video_setup.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"

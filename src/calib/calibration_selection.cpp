@@ -9,6 +9,7 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
 #include "state/windows.h"
@@ -22,14 +23,11 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kChooseHint = 24;  // status string
 constexpr std::int32_t kNoCamera = 999;
 
 constexpr int kSets = 1472;
 constexpr int kAnything = 1484;
 constexpr int kCameraDescription = 1608;
-constexpr int kSaveHelp = 322;
-constexpr int kLoadHelp = 323;
 
 constexpr std::string_view kSetPattern = "*.cal";
 
@@ -154,14 +152,14 @@ LRESULT fnCALOPENDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
 {
     if (message == WM_INITDIALOG) Open(dialog);
     if (message != WM_COMMAND) return message == WM_INITDIALOG;
-    return RunControl(dialog, LowWord(wParam), HighWord(wParam), IsForThisCamera, kLoadHelp);
+    return RunControl(dialog, LowWord(wParam), HighWord(wParam), IsForThisCamera, kHelpLoadCalibration);
 }
 
 LRESULT fnCALSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
 {
     if (message == WM_INITDIALOG) Open(dialog);
     if (message != WM_COMMAND) return message == WM_INITDIALOG;
-    return RunControl(dialog, LowWord(wParam), HighWord(wParam), MaySaveAs, kSaveHelp);
+    return RunControl(dialog, LowWord(wParam), HighWord(wParam), MaySaveAs, kHelpSaveCalibration);
 }
 
 int Choose(std::string_view name, HWND window, DialogProc procedure)
@@ -176,7 +174,7 @@ int ChooseCalibrationToOpen(HWND window)
 {
     const std::string statusBefore = StatusText;
     const int alignBefore = StatusAlign;
-    StatusString(kChooseHint, kLeftAligned);
+    StatusString(kLoadCalibrationHint, kLeftAligned);
     const int chosen = Choose("CAL_OPEN", window, fnCALOPENDlgProc);
     if (!chosen) StatusMessage(statusBefore, alignBefore);
     return chosen;

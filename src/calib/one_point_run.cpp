@@ -10,7 +10,7 @@
 #include "calib/two_point.h"
 #include "config/frame_rate_table.h"
 #include "display/display_pipeline.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/decommutation.h"
 #include "pixel/unity_coefficients.h"
@@ -41,7 +41,7 @@ namespace {
 
 // Without the capture board the mode asks for no frames at all.
 constexpr std::uint32_t kMeanWithBoard = kAverage16 | kTakeNewFrames | kShowProgress;
-constexpr std::uint32_t kMeanWithoutBoard = kAverage16 | kShowProgress | kPlainFrame | 0x020;
+constexpr std::uint32_t kMeanWithoutBoard = kAverage16 | kShowProgress | kPlainFrame | kWithoutBoard;
 
 // How a step ends: the run goes on; it has failed, and the unity state comes back; or it stops with all as it stands.
 enum class Outcome { kGoOn, kFailed, kStopped };

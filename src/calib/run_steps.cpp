@@ -2,7 +2,7 @@
 
 #include "display/unit_list.h"
 #include "display/units.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "pixel/coefficient_lists.h"
 #include "platform/box.h"
 #include "platform/files.h"

@@ -5,6 +5,7 @@
 #include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/cal_settings.h"
 #include "state/cal_state.h"
 #include "state/windows.h"
@@ -30,8 +31,8 @@ struct Source {
     float& emissivity;
 };
 
-const Source kColdSource{1224, 1225, 4, 1045, TemperatureCold, CalSettings.EmissivityCold};
-const Source kHotSource{1226, 1227, 5, 1044, TemperatureHot, CalSettings.EmissivityHot};
+const Source kColdSource{1224, 1225, kLowSourceHint, kHelpLowSource, TemperatureCold, CalSettings.EmissivityCold};
+const Source kHotSource{1226, 1227, kHighSourceHint, kHelpHighSource, TemperatureHot, CalSettings.EmissivityHot};
 
 // Given by the launcher, shown as the dialog opens.
 const std::string* titleOfRun = nullptr;

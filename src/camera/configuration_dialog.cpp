@@ -10,6 +10,7 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
@@ -40,8 +41,6 @@ constexpr int kYoffsetEdit = 1294;
 constexpr int kXpanEdit = 1290;
 constexpr int kYpanEdit = 1291;
 constexpr int kCameraList = 1598;
-constexpr int kHelpTopic = 291;
-constexpr int kDialogHint = 123;  // status strings
 
 constexpr std::int32_t kCameraSections = 40;
 constexpr std::int32_t kDefaultZoom = 3;
@@ -173,7 +172,7 @@ void Open(HWND dialog)
     ShowOffsets(dialog, Xoffset, Yoffset);
     SetDlgItemInt(dialog, kXpanEdit, Xpan);
     SetDlgItemInt(dialog, kYpanEdit, Ypan);
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kConfigurationHint, kLeftAligned);
     for (std::int32_t number = 1; number <= kCameraSections; ++number) AddCamera(dialog, number);
     ListSelect(dialog, kCameraList, ActiveCamera - 1);
     CentreDialog(dialog);
@@ -283,7 +282,7 @@ bool OnCommand(HWND dialog, int id, int notification)
             EndDialog(dialog, 0);
             return true;
         case kIdHelp:
-            ShowHelpContext(kHelpTopic);
+            ShowHelpContext(kHelpConfiguration);
             return true;
         default:
             return false;

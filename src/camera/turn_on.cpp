@@ -3,19 +3,19 @@
 #include "calib/calibration.h"
 #include "grabber/board.h"
 #include "head/camera_head.h"
+#include "head/program_head.h"
 #include "head/section_check.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/menu.h"
 #include "platform/pointer.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "resources/ids.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
+#include "ui/menu_state.h"
 #include "ui/status.h"
 #include "video/video.h"
 
@@ -31,10 +31,6 @@ constexpr int kVideoSetupButton = 1070;
 constexpr int kAutoloadLastButton = 1072;
 constexpr int kAutoloadSelectedButton = 1074;
 
-constexpr int kTurnOffHint = 6;
-constexpr int kGoingOnHint = 7;
-constexpr int kChooseHint = 169;
-
 // Results of the dialog.
 constexpr int kNothing = 0;
 constexpr int kVideoSetupFollows = 1;
@@ -44,12 +40,6 @@ constexpr std::string_view kAutoStart = "AUTOSTART";
 constexpr std::size_t kShortestName = 4;
 constexpr std::size_t kShortestDrive = 2;
 constexpr std::size_t kShortestDirectory = 3;
-
-void ShowTurnOnItem()
-{
-    SetMenuText(hWndMain, kCmdTurnOn, CameraOn ? "&Turn Vantir off" : "&Turn Vantir on");
-    DrawMenuBar(hWndMain);
-}
 
 // The word may stand before the file's name or behind it, parted by one character; the name alone remains.
 std::string WithoutAutoStart(std::string text)
@@ -104,7 +94,7 @@ void FreezeForTurnOn()
 }
 
 // A board that doesn't come up shows itself at the first frame.
-void StartLiveVideo()
+void BeginLiveView()
 {
     LiveVideo = 0;
     init_itex();
@@ -123,8 +113,7 @@ void TurnCameraOff()
 {
     const Hourglass hourglass;
     StopLiveVideo();
-    SetMenuText(hWndMain, kCmdTurnOn, "&Turn Vantir on");
-    DrawMenuBar(hWndMain);
+    ShowTurnOnInMenu(false);
     StatusMessage("Turning camera head electronics off", kLeftAligned);
     TurnCameraHeadOff();
     CalType = 0;
@@ -155,13 +144,13 @@ void Open(HWND dialog)
         return;
     }
     CentreDialog(dialog);
-    StatusString(kChooseHint, kLeftAligned);
+    StatusString(kTurnOnHint, kLeftAligned);
     FocusDlgItem(dialog, kAutoloadLastButton);
 }
 
 void TurnOnForVideoSetup(HWND dialog)
 {
-    StatusString(kGoingOnHint, kLeftAligned);
+    StatusString(kGoOnHint, kLeftAligned);
     if (TurnCameraOn("", 1)) {
         FirstSetupPending = 1;
         EndDialog(dialog, kVideoSetupFollows);
@@ -174,7 +163,7 @@ void TurnOnForVideoSetup(HWND dialog)
 // A failure is silent here: what failed has told it, and the dialog stays.
 void TurnOnWithCalibration(HWND dialog, const std::string& path)
 {
-    StatusString(kGoingOnHint, kLeftAligned);
+    StatusString(kGoOnHint, kLeftAligned);
     if (!TurnCameraOn(path.c_str(), 1)) return;
     StatusString(kIdleHint, kLeftAligned);
     EndDialog(dialog, kCalibrationLoaded);
@@ -234,8 +223,8 @@ int TurnCameraOn(const char* argument, int /*flag*/)
         LiveVideo = 0;  // frozen, with the hourglass: who asked for the camera tells the operator
         return 0;
     }
-    StartLiveVideo();
-    ShowTurnOnItem();
+    BeginLiveView();
+    ShowTurnOnInMenu(CameraOn != 0);
     const bool loaded = LoadNamedCalibration(calibration);
     SetPointer(before);
     return loaded ? 1 : 0;
@@ -249,7 +238,7 @@ int TurnOnDialog(HWND parent)
         return kNothing;
     }
     if (result != kCalibrationLoaded) return result;
-    ShowTurnOnItem();
+    ShowTurnOnInMenu(CameraOn != 0);
     return kNothing;
 }
 

@@ -7,6 +7,7 @@
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/head_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 
 #include <optional>
@@ -15,12 +16,19 @@
 
 namespace kelvo {
 
-std::int32_t XPGBoard = 0;
-std::int32_t IrigAddress = 0;
 std::int16_t NumGrayLevels = 0;
 std::int32_t MultiFrame = 0;
 
 namespace {
+
+std::int32_t XPGBoard = 0;     // read and stored; nothing depends on it
+std::int32_t IrigAddress = 0;  // of the IRIG time reader; read only if IRIG is enabled
+
+const StateNames kStateNames{
+    Named("NumGrayLevels", NumGrayLevels),
+    Named("XPGBoard", XPGBoard),
+    Named("IrigAddress", IrigAddress),
+};
 
 constexpr const char* kSetup = "Setup";
 constexpr const char* kDisplay = "Display";

@@ -15,8 +15,6 @@ namespace kelvo {
 
 // Keys of section Setup of kelvo.ini. ByteSwap, IrigEnable and SpiffHeader live with the header that takes them
 // (imagefile/header.h), ActiveCamera with the camera's record.
-extern std::int32_t XPGBoard;       // read and stored; nothing depends on it
-extern std::int32_t IrigAddress;    // of the IRIG time reader; read only if IRIG is enabled
 extern std::int16_t NumGrayLevels;  // read and stored; nothing depends on it
 // Section Save: 1 saves several frames in one file.
 extern std::int32_t MultiFrame;

@@ -10,6 +10,7 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "state/display_state.h"
 #include "state/windows.h"
@@ -29,8 +30,6 @@ constexpr int kReset = 1248;
 constexpr int kBarBox = 1250;
 constexpr int kTempScaleBox = 1252;
 constexpr int kHistogramBox = 1254;
-constexpr int kHelpTopic = 288;
-constexpr int kDialogHint = 120;  // status strings
 
 struct Levels {
     std::int32_t contrast = 0;
@@ -94,7 +93,7 @@ void Open(HWND dialog)
     ApplyLevels();
     CentreDialog(dialog);
     DockDialog(dialog);  // beside the picture that it changes
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kDisplaySetupHint, kLeftAligned);
 }
 
 void PickColor(int id)
@@ -216,7 +215,7 @@ bool OnCommand(HWND dialog, int id, int notification)
             Cancel(dialog);
             return true;
         case kIdHelp:
-            ShowHelpContext(kHelpTopic);
+            ShowHelpContext(kHelpDisplaySetup);
             return true;
         default:
             return false;

@@ -11,14 +11,14 @@
 #include "platform/memory.h"
 #include "platform/paint.h"
 #include "platform/profile.h"
-#include "platform/text.h"
 #include "platform/window.h"
-#include "resources/ids.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/docking.h"
+#include "ui/panel_readouts.h"
 #include "ui/status.h"
 
 #include <algorithm>
@@ -30,11 +30,18 @@
 namespace kelvo {
 
 Dib FrameBitmap;
-std::int32_t LastPaintRight = 0;
-std::int32_t LastPaintBottom = 0;
 std::int32_t PictureRightMargin = 0;
 
 namespace {
+
+// Right and bottom of the last painted rectangle, logical pixels of the client area.
+std::int32_t LastPaintRight = 0;
+std::int32_t LastPaintBottom = 0;
+
+const StateNames kStateNames{
+    Named("LastPaintRight", LastPaintRight),
+    Named("LastPaintBottom", LastPaintBottom),
+};
 
 std::vector<PictureLayer> layers;
 
@@ -102,10 +109,7 @@ void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness)
     FillDisplayLut(contrast, brightness);
     Contrast = contrast;
     Brightness = brightness;
-    if (hDlgPanel) {
-        SetDlgItemText(hDlgPanel, kPanelContrastText, Format("%d", contrast));
-        SetDlgItemText(hDlgPanel, kPanelBrightnessText, Format("%d", brightness));
-    }
+    ShowLevelsInPanel();
     if (ViewingFile) DrawFileOnView();
 }
 

@@ -15,9 +15,6 @@ namespace kelvo {
 
 // The picture on the screen; null before the first frame. Written by DrawFrame.
 extern Dib FrameBitmap;
-// Right and bottom of the last painted rectangle, logical pixels of the client area.
-extern std::int32_t LastPaintRight;
-extern std::int32_t LastPaintBottom;
 
 // Rebuilds DisplayLut for contrast (1 to 100), brightness (1 to 1000) and the range on view, stores both, shows them in
 // the panel, and draws the stored frame again if a file is on view. Where memory is refused there is no table and the

@@ -1,5 +1,7 @@
 #include "grabber/board_state.h"
 
+#include "state/state_registry.h"
+
 namespace kelvo {
 
 BoardModule IcpModule = 0;
@@ -15,5 +17,15 @@ std::int32_t FramePitch = 0;
 std::int32_t FrameRows = 0;
 std::int32_t DataOffset = 0;
 std::vector<std::uint8_t> VideoCopy;
+
+namespace {
+
+const StateNames kStateNames{
+    Named("DataOffset", DataOffset),
+    Named("FramePitch", FramePitch),
+    Named("FrameRows", FrameRows),
+};
+
+}  // namespace
 
 }  // namespace kelvo

@@ -11,6 +11,7 @@
 #include "state/buffer_state.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -23,6 +24,11 @@ std::int32_t HostFramesAllocated = 0;
 std::int32_t HostFrameNext = 0;
 
 namespace {
+
+const StateNames kStateNames{
+    Named("HostFramesAllocated", HostFramesAllocated),
+    Named("HostFrameNext", HostFrameNext),
+};
 
 constexpr std::uint32_t kFramesLeftFree = 10;
 constexpr std::uint32_t kFewestFrames = 8;

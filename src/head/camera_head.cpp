@@ -11,6 +11,7 @@
 #include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "state/head_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 
 #include <algorithm>
@@ -24,6 +25,10 @@ std::array<std::int32_t, 4> IndexIntegrationTime{};
 std::int32_t IntegrationSlot = 0;
 
 namespace {
+
+const StateNames kStateNames{
+    Named("IndexIntegrationTime", IndexIntegrationTime),
+};
 
 constexpr int kIntegrationCombo = 626;
 
@@ -123,7 +128,7 @@ std::string IntegrationText(double milliseconds)
     return Format("%d", static_cast<std::int32_t>(std::min(milliseconds, 2147483647.0)));
 }
 
-void ListIntegrationTimes(HWND dialog, float frameRate)
+void ListTimesOfTable(HWND dialog, float frameRate)
 {
     ListClear(dialog, kIntegrationCombo);
     const std::int32_t most = HeadTiming.TimingRows * HeadTiming.TimingCols / 4;
@@ -263,7 +268,7 @@ std::int32_t SetIntegrationIndex(std::int32_t index, std::int32_t slot)
 void FillIntegrationCombo(HWND dialog, std::int32_t frameRateIndex, std::int32_t integrationIndex)
 {
     const auto clockIndex = static_cast<std::int32_t>(std::int64_t{frameRateIndex} + HeadTiming.MasterClockMinIndex);
-    ListIntegrationTimes(dialog, FrameRateAt(HeadTiming, clockIndex));
+    ListTimesOfTable(dialog, FrameRateAt(HeadTiming, clockIndex));
     ListSelect(dialog, kIntegrationCombo, std::min(integrationIndex, ListCount(dialog, kIntegrationCombo) - 1));
     SetIntegrationIndex(integrationIndex, IntegrationSlot);
     if (HeadTiming.HeadModel == kHgCdTeHead) EnableDlgItem(dialog, kIntegrationCombo, false);

@@ -1,5 +1,6 @@
-// The camera head's register protocol: identification, programming at turn-on, frame rate, integration time, gain,
-// offset, window, and the safe state. Frames of four bytes over the serial link: register, selector, two operands.
+// The camera head's registers: frame rate, integration time, gain, offset, window, and the safe state. Frames of four
+// bytes over the serial link: register, selector, two operands. identify_head.h finds the head, program_head.h programs
+// it as a whole.
 #pragma once
 
 #include "head/comm_link.h"
@@ -28,12 +29,6 @@ void SetFrameRate(float rateHz);
 // Works out IntegrationMsecInForce of state/head_state.h again. Whoever changes the timing, the serial word or
 // IntegrationSetting calls it.
 void UpdateIntegrationInForce();
-
-// 1 if a known head answered (HeadModel is set), else 0 after the message that tells why. A port that is wired to
-// "none" gives 0 without a message; one that the machine doesn't have gives the link's boxes.
-std::int32_t IdentifyCameraHead();
-// Programs the head from the camera section. 1, or 0 at the first failure that counts.
-std::int32_t LoadCameraHead();
 
 std::int32_t LoadHeadTiming(HeadTimingRecord& record);
 std::int32_t LoadFpaSerialWord(FpaSerialWordRecord record);

@@ -9,6 +9,7 @@
 #include "platform/serial.h"
 #include "platform/text.h"
 #include "state/camera_config.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -16,16 +17,27 @@
 
 namespace kelvo {
 
-std::int32_t CommState = -1;
 std::int32_t CommPortOpen = 0;
 std::int32_t CommEchoMode = 0;
-std::int32_t CommLogEnabled = 0;
-std::int32_t CommLogReady = 0;
-std::string CommLogPath;
-std::uint32_t CommWriteCount = 0;
-std::uint32_t CommWriteReadCount = 0;
 
 namespace {
+
+std::int32_t CommState = -1;      // -1 closed, 1 open
+std::int32_t CommLogEnabled = 0;  // key CommLog of section Setup, read at the first frame of a run
+std::int32_t CommLogReady = 0;    // 1 once the log has been prepared
+std::string CommLogPath;
+std::uint32_t CommWriteCount = 0;      // the number in the next "Write%03d" key
+std::uint32_t CommWriteReadCount = 0;  // the number in the next "WriteRead%03d" key
+
+const StateNames kStateNames{
+    Named("CommPortOpen", CommPortOpen),
+    Named("CommState", CommState),
+    Named("CommLogEnabled", CommLogEnabled),
+    Named("CommLogReady", CommLogReady),
+    Named("CommLogPath", CommLogPath),
+    Named("CommWriteCount", CommWriteCount),
+    Named("CommWriteReadCount", CommWriteReadCount),
+};
 
 constexpr std::string_view kErrorCaption = "Comm Error";
 constexpr std::string_view kLogSection = "CommLog";
@@ -134,7 +146,7 @@ void LogTransaction(const CommFrame& frame, const CommFrame& reply, bool good)
 // --- Moving frames --------------------------------------------------------------------------------------------------
 
 // A reply to an earlier frame must not be taken for the answer to this one.
-bool SendFrame(std::span<const std::uint8_t> frame)
+bool PutOnWire(std::span<const std::uint8_t> frame)
 {
     if (!CommHandle) return false;
     PurgeSerialPort(*CommHandle, kPurgeAll);
@@ -157,6 +169,13 @@ void PassTimeBetweenReads()
 }
 
 }  // namespace
+
+void ResetCommLog(std::uint32_t nextNumber)
+{
+    CommLogReady = 0;
+    CommWriteCount = nextNumber;
+    CommWriteReadCount = nextNumber;
+}
 
 std::int32_t CommPortNumber()
 {
@@ -205,7 +224,7 @@ std::int32_t CloseCommLink()
 
 std::int32_t WriteCommFrame(CommFrame& frame, std::size_t length)
 {
-    const bool complete = SendFrame(std::span(frame).first(std::min(length, frame.size())));
+    const bool complete = PutOnWire(std::span(frame).first(std::min(length, frame.size())));
     if (!CommLogReady) PrepareLog();
     if (!CommEchoMode) {
         LogWrite(frame, complete);

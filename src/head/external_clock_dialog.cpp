@@ -1,12 +1,13 @@
 // Asks the operator for the rate of an external frame clock, which no register of the head tells.
+#include "head/external_clock_dialog.h"
+
 #include "head/camera_head.h"
-#include "head/video_setup.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "state/head_state.h"
 
 #include <optional>

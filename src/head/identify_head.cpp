@@ -1,5 +1,7 @@
 // Finding out which camera head is connected. The reply to the identify frame is the only one whose content selects
 // anything: its first two bytes are the head's identity.
+#include "head/identify_head.h"
+
 #include "head/camera_head.h"
 #include "head/head_frames.h"
 #include "head/head_transaction.h"

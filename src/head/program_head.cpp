@@ -1,5 +1,5 @@
-// The programming sequence of turn-on. The first failed frame that counts ends it; the head then stays as it is, partly
-// programmed.
+#include "head/program_head.h"
+
 #include "head/active_camera.h"
 #include "head/camera_head.h"
 #include "head/head_frames.h"

@@ -11,7 +11,7 @@
 #include "head/head_transaction.h"
 #include "head/oscilloscope.h"
 #include "head/scope_frame.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "pixel/unity_coefficients.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -22,7 +22,7 @@
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "script/script.h"
 #include "state/buffer_state.h"
@@ -73,8 +73,6 @@ constexpr std::size_t kChannels = 4;
 
 constexpr std::uint32_t kTickTimer = 1;
 constexpr std::int64_t kTickMs = 20;
-
-constexpr int kDialogHint = 121;
 
 constexpr std::uint32_t kWhitePaper = 0xFFFFFF;
 constexpr std::uint32_t kGreenPaper = 0x00FF00;  // the same in either order of its bytes
@@ -361,7 +359,7 @@ bool PrepareScope(HWND dialog)
 {
     if (!FitPlot(dialog) || !FitOscFrame()) return false;
     ShowPixelAxis(dialog);
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kVideoSetupHint, kLeftAligned);
     return !FirstSetupPending || DoFirstSetup(dialog);
 }
 

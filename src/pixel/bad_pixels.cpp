@@ -10,6 +10,7 @@
 #include "platform/text.h"
 #include "state/cal_settings.h"
 #include "state/display_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -20,9 +21,15 @@
 namespace kelvo {
 
 BadDetMap BadDetList;
-std::vector<std::uint32_t> ReplacedPixels;
 
 namespace {
+
+// Image indexes of the pixels that the last ReplaceBadDet repaired, in order of repair.
+std::vector<std::uint32_t> ReplacedPixels;
+
+const StateNames kStateNames{
+    Named("ReplacedPixels", ReplacedPixels),
+};
 
 constexpr std::size_t kLongestFile = std::size_t{1} << 26;
 constexpr int kMostLineBoxes = 20;

@@ -22,8 +22,6 @@ using BadDetMap = std::vector<std::uint8_t>;
 
 // The map of the last calibration; empty before. Written by SubstituteBadPixels.
 extern BadDetMap BadDetList;
-// Image indexes of the pixels that the last ReplaceBadDet repaired, in order of repair.
-extern std::vector<std::uint32_t> ReplacedPixels;
 
 // Reads a .bad file into a map of Vroi x Hroi bytes; marks that stand are kept. 1, or 0 after the box "Could not open
 // file %s" where the file can't be opened or is longer than 64 MB.

@@ -39,7 +39,7 @@ LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM
             SetDlgItemText(dialog, kAboutResources, Format("Free System Resources = %d%%", 0));
             ShowClock(dialog);
             SetTimer(dialog, kClockTimer, kClockPeriodMs);
-            StatusString(196, 0);
+            StatusString(kAboutHint, kLeftAligned);
             return 1;
         case WM_TIMER:
             ShowClock(dialog);

@@ -7,6 +7,7 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "state/windows.h"
 #include "ui/docking.h"

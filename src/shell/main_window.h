@@ -15,6 +15,4 @@ constexpr std::uint32_t kOpenStartFile = 0x0400;  // posted by the start: opens 
 
 constexpr std::uint32_t kLiveTimer = 3;  // the live refresh, 0 ms: it only yields to the operator between frames
 
-extern std::int32_t DialogHelpArmed;  // 1: Shift+F10 may ask for a dialog's help again
-
 }  // namespace kelvo

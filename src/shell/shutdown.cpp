@@ -3,6 +3,7 @@
 #include "config/settings.h"
 #include "grabber/board.h"
 #include "head/comm_link.h"
+#include "platform/box.h"
 #include "platform/help.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
@@ -10,8 +11,21 @@
 #include "shell/unbuilt.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/status.h"
 
 namespace kelvo {
+
+CommandEnd AskToExit()
+{
+    StatusString(CameraOn ? kExitCameraOnHint : kExitCameraOffHint, kLeftAligned);
+    MessageBeep(Sound::kDefault);
+    const Button answer =
+        MessageBox(hWndMain, "\nDo you wish to exit?", "QVF Vantir", BoxIcon::kQuestion, BoxButtons::kYesNo);
+    if (answer != Button::kYes) return CommandEnd::kResetStatus;
+    ShutDown();
+    return CommandEnd::kLeaveStatus;
+}
 
 void ShutDown()
 {

@@ -9,8 +9,8 @@
 #include "display/display_pipeline.h"
 #include "grabber/board.h"
 #include "head/active_camera.h"
-#include "head/camera_head.h"
-#include "head/video_setup.h"
+#include "head/identify_head.h"
+#include "head/video_settings.h"
 #include "platform/application.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -84,7 +84,7 @@ bool MakeStatusWindow()
         return false;
     }
     UpdateWindow(hWndStatus);
-    StatusString(0, static_cast<int>(TextAlign::kCentre));
+    StatusString(kStartHint, kCentred);
     return true;
 }
 
@@ -164,7 +164,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenColorScale();
     OpenSaturationOverlay();
     SetPointer(Pointer::kArrow);
-    StatusString(1, 0);
+    StatusString(kIdleHint, kLeftAligned);
     ShowWindowMaximised(hWndMain);
     UpdateWindow(hWndMain);
     if (!startOptions.viewFile.empty()) PostMessage(hWndMain, kOpenStartFile, 0, 0);
@@ -190,7 +190,7 @@ int InitialSetup()
     FileDialogTemplate = kImageTemplate;
     FitMenuToCamera();
     ReadRecentFiles();
-    StatusString(0, static_cast<int>(TextAlign::kCentre));
+    StatusString(kStartHint, kCentred);
     RegisterExternalSignal();
     BuildTiffTemplate();
     return 1;
@@ -210,7 +210,7 @@ int InitializeHardware()
     }
     if (!CameraOn) {
         DrawMenuBar(hWndMain);
-        StatusString(0, static_cast<int>(TextAlign::kCentre));
+        StatusString(kStartHint, kCentred);
     }
     if (!ready) {
         MessageBox(hWndMain, "Initialize Image Processor Failure", "Recommend re-start!");

@@ -13,7 +13,7 @@
 
 namespace kelvo {
 
-extern HWND hDlgBench;  // null while it isn't open
+HWND BenchWindow();  // null while it isn't open
 
 // Opens the window, or brings it to the front; tells in a box where there is no simulated camera.
 void OpenBenchWindow(HWND owner);

@@ -296,7 +296,7 @@ void Expose(SimCamera& camera, std::int64_t timeUs)
             std::span(exposure.mean).subspan(static_cast<std::size_t>(row) * columns, columns);
         const std::span<float> sigma =
             std::span(exposure.sigma).subspan(static_cast<std::size_t>(row) * columns, columns);
-        ExposeDetectors(path, camera.detectors.fullWellElectrons, camera.detectors.Run(first, columns), radiance, mean,
+        ExposeDetectors(path, camera.detectors.fullWellElectrons, camera.detectors.Part(first, columns), radiance, mean,
                         sigma);
         if (path.biased && !camera.detectors.drift.empty()) AddDrift(camera, timeUs, path.gainFactor, first, mean);
     }

@@ -1,5 +1,7 @@
 #include "state/cal_state.h"
 
+#include "state/state_registry.h"
+
 namespace kelvo {
 
 std::int32_t CalType = 0;
@@ -11,6 +13,18 @@ std::int32_t IntensityHot = 0;
 float TemperatureCold = -999.0F;
 float TemperatureHot = -999.0F;
 std::uint32_t CalibrationListsVersion = 0;
+
+namespace {
+
+const StateNames kStateNames{
+    Named("CalType", CalType),
+    Named("IntensityCold", IntensityCold),
+    Named("IntensityHot", IntensityHot),
+    Named("TemperatureCold", TemperatureCold),
+    Named("TemperatureHot", TemperatureHot),
+};
+
+}  // namespace
 
 void CalibrationListsChanged()
 {

@@ -1,6 +1,7 @@
 #include "state/camera_config.h"
 
 #include "platform/text.h"
+#include "state/state_registry.h"
 
 #include <algorithm>
 
@@ -15,6 +16,28 @@ float VoltsOffset = 0;
 float ADoffset = 0;
 std::array<float, 16> VoltsPerCountVsGain{};
 std::int32_t IndexFrameRate = 0;
+
+namespace {
+
+const StateNames kStateNames{
+    Named("ActiveCamera", ActiveCamera),
+    Named("nCommPort", nCommPort),
+    Named("numBufFrames", numBufFrames),
+    Named("IndexFrameRate", IndexFrameRate),
+    Named("Description", ActiveConfig.Description),
+    Named("Hroi", ActiveConfig.Hroi),
+    Named("Vroi", ActiveConfig.Vroi),
+    Named("Hactive", ActiveConfig.Hactive),
+    Named("Vactive", ActiveConfig.Vactive),
+    Named("NumOutputs", ActiveConfig.NumOutputs),
+    Named("NumChannels", ActiveConfig.NumChannels),
+    Named("DualCamera", ActiveConfig.DualCamera),
+    Named("BufferCapture", ActiveConfig.BufferCapture),
+    Named("UnityGain", ActiveConfig.UnityGain),
+    Named("UnityOffset", ActiveConfig.UnityOffset),
+};
+
+}  // namespace
 
 std::size_t PixelsOf(const CameraConfig& config)
 {

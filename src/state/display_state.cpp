@@ -1,6 +1,7 @@
 #include "state/display_state.h"
 
 #include "resources/ids.h"
+#include "state/state_registry.h"
 
 namespace kelvo {
 
@@ -34,5 +35,38 @@ std::vector<std::uint8_t> ColorMap;
 
 float ViewScaleGain = 1.0F;
 float ViewScaleOffset = 0.0F;
+
+namespace {
+
+const StateNames kStateNames{
+    Named("Contrast", Contrast),
+    Named("Brightness", Brightness),
+    Named("ResetContrast", ResetContrast),
+    Named("ResetBrightness", ResetBrightness),
+    Named("ImageColor", ImageColor),
+    Named("GrayScale", GrayScale),
+    Named("GrayColorBar", GrayColorBar),
+    Named("TempScale", TempScale),
+    Named("TempHisto", TempHisto),
+    Named("MirrorHoriz", MirrorHoriz),
+    Named("MirrorVert", MirrorVert),
+    Named("RotateCCW", RotateCCW),
+    Named("SubstBadPixels", SubstBadPixels),
+    Named("DisplayLow", DisplayLow),
+    Named("DisplayHigh", DisplayHigh),
+    Named("DisplayUnit", DisplayUnit),
+    Named("Xzoom", Xzoom),
+    Named("Yzoom", Yzoom),
+    Named("Xpan", Xpan),
+    Named("Ypan", Ypan),
+    Named("Xoffset", Xoffset),
+    Named("Yoffset", Yoffset),
+    Named("ViewScaleGain", ViewScaleGain),
+    Named("ViewScaleOffset", ViewScaleOffset),
+    Named("DisplayLut", DisplayLut),
+    Named("ColorMap", ColorMap),
+};
+
+}  // namespace
 
 }  // namespace kelvo

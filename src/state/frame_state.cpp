@@ -1,5 +1,7 @@
 #include "state/frame_state.h"
 
+#include "state/state_registry.h"
+
 namespace kelvo {
 
 std::int32_t CameraOn = 0;
@@ -21,6 +23,31 @@ std::int32_t CursorX = 0;
 std::int32_t CursorY = 0;
 std::uint16_t CursorValue = 0;
 std::int32_t ImageCursorOn = 0;
+
+namespace {
+
+const StateNames kStateNames{
+    Named("CameraOn", CameraOn),
+    Named("LiveVideo", LiveVideo),
+    Named("ViewingFile", ViewingFile),
+    Named("DisplayEnabled", DisplayEnabled),
+    Named("GrabberPresent", GrabberPresent),
+    Named("SteppingFrames", SteppingFrames),
+    Named("ViewingSequence", ViewingSequence),
+    Named("LoadName", LoadName),
+    Named("SequencePath", SequencePath),
+    Named("CurrentFrame", CurrentFrame),
+    Named("SequenceFrameIndex", SequenceFrameIndex),
+    Named("LastFrame", LastFrame),
+    Named("SequenceLastFrame", SequenceLastFrame),
+    Named("CursorX", CursorX),
+    Named("CursorY", CursorY),
+    Named("CursorValue", CursorValue),
+    Named("ImageCursorOn", ImageCursorOn),
+    {"ImageBuffer", [] { return StateValue{static_cast<std::int64_t>(ImageBuffer.size())}; }},
+};
+
+}  // namespace
 
 std::span<std::int16_t> ImageBufferPixels(std::int32_t dataOffset)
 {

@@ -1,5 +1,7 @@
 #include "state/head_state.h"
 
+#include "state/state_registry.h"
+
 namespace kelvo {
 
 std::int32_t FirstSetupPending = 0;
@@ -10,5 +12,14 @@ float VoltsLow = 0;
 float VoltsHigh = 0;
 std::int32_t IntegrationSetting = 0;
 double IntegrationMsecInForce = 0;
+
+namespace {
+
+const StateNames kStateNames{
+    Named("FrameRate", FrameRate), Named("VideoGain", VideoGain), Named("VideoOffset", VideoOffset),
+    Named("VoltsLow", VoltsLow),   Named("VoltsHigh", VoltsHigh),
+};
+
+}  // namespace
 
 }  // namespace kelvo

@@ -1,6 +1,7 @@
 #include "state/windows.h"
 
 #include "platform/files.h"
+#include "state/state_registry.h"
 
 namespace kelvo {
 
@@ -25,6 +26,21 @@ std::string ViewFilePath;
 std::string CnfFilePath;
 
 std::int32_t HelpMode = 0;
+
+namespace {
+
+const StateNames kStateNames{
+    Named("ClientWidth", ClientWidth),       Named("ClientHeight", ClientHeight),
+    Named("TextHeight", TextHeight),         Named("ViewWidth", ViewWidth),
+    Named("ViewHeight", ViewHeight),         Named("HelpMode", HelpMode),
+    Named("DefaultDir", DefaultDir),         Named("IniFilePath", IniFilePath),
+    Named("CameraFilePath", CameraFilePath), Named("BuffBrdFilePath", BuffBrdFilePath),
+    Named("SeqFilePath", SeqFilePath),       Named("HelpFilePath", HelpFilePath),
+    Named("FilePathBuf", FilePathBuf),       Named("ViewFilePath", ViewFilePath),
+    Named("CnfFilePath", CnfFilePath),
+};
+
+}  // namespace
 
 void SetDefaultDir(std::string_view directory)
 {

@@ -2,6 +2,7 @@
 
 #include "platform/box.h"
 #include "platform/text.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -11,9 +12,23 @@ namespace kelvo {
 
 std::string LastFileDirectory;
 int FileDialogTemplate = kImageTemplate;
-std::vector<std::string> SelectedPaths;
 
 namespace {
+
+// The whole paths of the last SelectFile that returned 1: names with blanks stay whole here.
+std::vector<std::string> SelectedPaths;
+
+std::string JoinedLines(const std::vector<std::string>& texts)
+{
+    std::string joined;
+    for (const std::string& text : texts) joined += text + '\n';
+    return joined;
+}
+
+const StateNames kStateNames{
+    Named("LastFileDirectory", LastFileDirectory),
+    {"SelectedPaths", [] { return StateValue{JoinedLines(SelectedPaths)}; }},
+};
 
 constexpr FileFilter kImages{"Image Files (*.img)", "*.img"};
 constexpr FileFilter kSequences{"Sequence Files (*.seq)", "*.seq"};

@@ -28,11 +28,8 @@ constexpr int kSelectSeveral = 2;
 
 // path holds the pattern ("*.img"), which is also the name offered; on return with 1 the chosen name, with 0 nothing
 // (cancelled, or the dialog itself failed: box "GetOpenFileName returned Error #%ld" under "WARNING"). A choice of
-// several gives the folder and the names parted by blanks; SelectedPaths has them whole. Blocks.
+// several gives the folder and the names parted by blanks. Blocks.
 int SelectFile(HWND window, std::string& path, int mode);
-
-// The whole paths of the last SelectFile that returned 1: names with blanks stay whole here.
-extern std::vector<std::string> SelectedPaths;
 
 constexpr int kBadDetectorFiles = 2;
 constexpr int kStatisticsFiles = 3;

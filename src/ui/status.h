@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/types.h"
+#include "ui/status_strings.h"
 
 #include <cstdint>
 #include <optional>
@@ -15,7 +16,6 @@ namespace kelvo {
 // The line and its alignment (0 left, 2 right, 6 centred). Written by the three functions below.
 inline constexpr int kLeftAligned = 0;
 inline constexpr int kCentred = 6;
-inline constexpr int kIdleHint = 1;  // the string that stands while nothing goes on
 extern std::string StatusText;
 extern std::int16_t StatusAlign;
 
@@ -27,9 +27,9 @@ extern std::uint32_t StatusForeground;
 // keeps it.
 void StatusMessage(std::string_view text, int align);
 
-// Shows a string of the table by its number and sets the title ("Kelvo - Frozen", "Kelvo", "Kelvo - NAME"). With a file
-// on view, number 1 is replaced by a description of the file. A number that isn't in the table: box "String resource
-// not available to output to Status window!" under "Kelvo message", line and title as they were.
+// Shows a string of the table (status_strings.h) by its number and sets the title ("Kelvo - Frozen", "Kelvo", "Kelvo -
+// NAME"). With a file on view, kIdleHint is replaced by a description of the file. A number that isn't in the table:
+// box "String resource not available to output to Status window!" under "Kelvo message", line and title as they were.
 void StatusString(int id, int align);
 
 // Copies the text and returns its alignment, for who restores the line later.

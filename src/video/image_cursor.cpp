@@ -9,10 +9,11 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "resources/ids.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
+#include "state/state_registry.h"
 #include "ui/docking.h"
+#include "ui/panel_readouts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,10 +21,18 @@
 namespace kelvo {
 
 std::int32_t TrackballMode = 0;
+
+namespace {
+
+// Where the pointer was when the mode began, screen coordinates.
 std::int32_t SavedCursorX = 0;
 std::int32_t SavedCursorY = 0;
 
-namespace {
+const StateNames kStateNames{
+    Named("TrackballMode", TrackballMode),
+    Named("SavedCursorX", SavedCursorX),
+    Named("SavedCursorY", SavedCursorY),
+};
 
 // The same area where pointer positions are counted: they follow the scrolling of a picture larger than the window.
 Rect ScrolledViewArea()
@@ -82,10 +91,7 @@ void EnterTrackball()
     SavedCursorY = saved.y;
     SetPointerPosition(centre);
     ClipPointer(ViewArea());
-    if (hDlgPanel) {
-        SetDlgItemText(hDlgPanel, kPanelContrastText, Format("%d", Contrast));
-        SetDlgItemText(hDlgPanel, kPanelBrightnessText, Format("%d", Brightness));
-    }
+    ShowLevelsInPanel();
     SetPointer(Pointer::kTrackball);
     TrackballMode = 1;
 }

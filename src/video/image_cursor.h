@@ -12,9 +12,6 @@ namespace kelvo {
 
 // 1: pointer motion changes brightness and contrast. Written by TrackballToggle.
 extern std::int32_t TrackballMode;
-// Where the pointer was when the mode began, screen coordinates.
-extern std::int32_t SavedCursorX;
-extern std::int32_t SavedCursorY;
 
 // Where the pointer rests in the mode, in the main window's client coordinates.
 constexpr std::int32_t TrackballCentreX = 320;

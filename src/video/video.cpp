@@ -12,7 +12,6 @@
 #include "imagefile/header.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
-#include "platform/dialog.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
@@ -20,12 +19,13 @@
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
-#include "resources/ids.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/menu_state.h"
+#include "ui/panel_readouts.h"
 #include "ui/status.h"
 
 #include <algorithm>
@@ -89,24 +89,11 @@ void WriteCameraKey(const char* key, std::int32_t value)
     WritePrivateProfileString(ActiveCameraSection(), key, Format("%d", value), CameraFilePath);
 }
 
-void ShowGeometryInPanel()
-{
-    if (!hDlgPanel) return;
-    SetScrollPos(hDlgPanel, kPanelZoomBar, Xzoom);
-    SetDlgItemText(hDlgPanel, kPanelZoomText, Format("%d", Xzoom));
-    SetDlgItemText(hDlgPanel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
-}
-
 std::string WithoutDegreeSign(std::string unit)
 {
     const std::size_t at = unit.find('\xB0');
     if (at != std::string::npos) unit.erase(at, 1);
     return unit;
-}
-
-void SetFreezeMenu(std::string_view text)
-{
-    if (hWndMain) SetMenuText(hWndMain, kCmdFreeze, text);
 }
 
 void SetTitle(std::string_view title)
@@ -138,7 +125,7 @@ void KeepLiveFrame()
 
 void Resume(std::int32_t& live)
 {
-    SetFreezeMenu("&Freeze\tF2");
+    ShowFreezeInMenu(true);
     if (ViewingFile) LeaveStoredFile();
     ImageHeader.ImageHeaderDataOffset = 0;
     if (icp_grab(IcpModule, FrameA) != 0) {
@@ -152,7 +139,7 @@ void Resume(std::int32_t& live)
 
 void Freeze(std::int32_t& live)
 {
-    SetFreezeMenu("&Continue\tF2");
+    ShowFreezeInMenu(false);
     KeepLiveFrame();
     if (DisplayEnabled) KillTimer(hWndMain, kLiveTimer);
     icp_freeze(IcpModule, FrameA);

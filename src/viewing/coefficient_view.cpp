@@ -2,6 +2,7 @@
 
 #include "display/display_pipeline.h"
 #include "display/unit_list.h"
+#include "display/units.h"
 #include "imagefile/frame_file.h"
 #include "imagefile/header.h"
 #include "pixel/bad_pixels.h"
@@ -227,7 +228,7 @@ void TakeScale(const CountScale& scale)
 {
     ViewScaleGain = scale.gain;
     ViewScaleOffset = scale.offset;
-    DisplayUnit = 21;
+    DisplayUnit = kUnitValue;
 }
 
 bool LoadBadList(std::string_view path)

@@ -94,7 +94,7 @@ int OpenStoredFile(std::string_view path)
     }
     if (shown) {
         AddRecentFile(path);
-        StatusString(1, 0);
+        StatusString(kIdleHint, kLeftAligned);
     }
     return shown;
 }
@@ -122,7 +122,7 @@ void PlayNextFrame()
         StopPlaying();
         return;
     }
-    if (!ImageCursorOn) StatusString(1, 0);
+    if (!ImageCursorOn) StatusString(kIdleHint, kLeftAligned);
 }
 
 void GoToFrameDialog()

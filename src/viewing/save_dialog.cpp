@@ -9,7 +9,9 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/camera_config.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/file_lists.h"
 #include "viewing/saving.h"
@@ -29,6 +31,12 @@ std::int32_t SaveStdDev = 0;
 
 namespace {
 
+const StateNames kStateNames{
+    Named("SaveDialogMode", SaveDialogMode),
+    Named("SaveAverage", SaveAverage),
+    Named("SaveStdDev", SaveStdDev),
+};
+
 constexpr int kFramesToAverage = 1488;
 constexpr int kBeginningNumber = 1486;
 constexpr int kCamera1 = 1600;
@@ -37,7 +45,6 @@ constexpr int kCameraDescription = 1608;
 constexpr int kMultiFrame = 1784;
 constexpr int kSaveAverage = 1002;
 constexpr int kSaveStdDev = 1471;
-constexpr int kHelpTopic = 257;
 
 constexpr std::int32_t kMostFrames = 1000;
 constexpr std::int32_t kMostBeginningNumber = 9999;
@@ -306,7 +313,7 @@ LRESULT RunControl(HWND dialog, int id, int notification)
             CancelPressed(dialog);
             return 1;
         case kIdHelp:
-            ShowHelpContext(kHelpTopic);
+            ShowHelpContext(kHelpSaveImage);
             return 1;
         case kSaveImages:
         case kSaveSequences:

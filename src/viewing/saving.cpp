@@ -9,6 +9,7 @@
 #include "platform/memory.h"
 #include "platform/text.h"
 #include "state/frame_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -28,8 +29,13 @@ std::int32_t SeqNumberStart = 0;
 
 namespace {
 
-constexpr std::uint32_t kNoGrabberMode = 0x20;
-constexpr std::uint32_t kLiveWithoutGrabberMode = 0xA0;
+const StateNames kStateNames{
+    Named("FramesToAverageImage", FramesToAverageImage),
+    Named("FramesToAverageSeq", FramesToAverageSeq),
+    Named("SeqNumber", SeqNumber),
+    Named("SeqNumberStart", SeqNumberStart),
+};
+
 constexpr std::size_t kHeaderWords = sizeof(ImageHeaderRecord) / 2;
 constexpr std::size_t kMostNameCharacters = 8;  // of stem and number, as file names once had
 // A frame may lie behind others that a full disk has swallowed, but not anywhere.
@@ -95,12 +101,12 @@ std::uint32_t ImageMode()
 {
     constexpr std::uint32_t common = kAverage16 | kShowProgress;
     if (GrabberPresent && !ViewingFile) return common | kTakeNewFrames;
-    return common | (LiveVideo ? kLiveWithoutGrabberMode : kNoGrabberMode);
+    return common | kWithoutBoard | (LiveVideo ? kPlainFrame : 0);
 }
 
 std::uint32_t SequenceMode()
 {
-    const std::uint32_t source = GrabberPresent && !ViewingFile ? kTakeNewFrames : kNoGrabberMode;
+    const std::uint32_t source = GrabberPresent && !ViewingFile ? kTakeNewFrames : kWithoutBoard;
     const bool live = !ViewingFile && LiveVideo;
     return kAverage16 | kShowProgress | source | (live ? kPlainFrame : 0);
 }

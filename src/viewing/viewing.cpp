@@ -2,6 +2,7 @@
 
 #include "display/display_pipeline.h"
 #include "display/unit_list.h"
+#include "display/units.h"
 #include "imagefile/frame_file.h"
 #include "imagefile/sequence_names.h"
 #include "platform/box.h"
@@ -58,7 +59,7 @@ FrameRead ReadFloatRecord(File& file, std::int32_t headerSize, std::uint32_t fra
     ViewScaleOffset = 0.0F;
     FloatRecordToCounts(scratch, ImageHeader, ImageBuffer);
     ImageHeader.DataType = 8;
-    DisplayUnit = 21;
+    DisplayUnit = kUnitValue;
     return FrameRead::kComplete;
 }
 
@@ -67,7 +68,8 @@ FrameRead ReadRecord(File& file, std::int32_t headerSize, std::uint32_t frame)
 {
     if (ImageHeader.SampleBytes == 4) return ReadFloatRecord(file, headerSize, frame);
     const FrameRead read = ReadFrameRecord(file, ImageHeader, headerSize, frame, ImageBuffer);
-    if (read == FrameRead::kComplete && (DisplayUnit == 2 || DisplayUnit == 23)) DisplayUnit = 2;
+    if (read == FrameRead::kComplete && (DisplayUnit == kUnitCelsius || DisplayUnit == kUnitDeviationCelsius))
+        DisplayUnit = kUnitCelsius;
     return read;
 }
 

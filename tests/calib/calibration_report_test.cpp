@@ -6,7 +6,7 @@
 #include "platform/help.h"
 #include "platform/paint.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/windows.h"

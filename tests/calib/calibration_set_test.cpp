@@ -7,7 +7,7 @@
 #include "display/units.h"
 #include "head/camera_head.h"
 #include "head/head_transaction.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
 #include "platform/front.h"

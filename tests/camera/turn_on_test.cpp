@@ -2,7 +2,6 @@
 #include "camera/turn_on.h"
 
 #include "calib/calibration.h"
-#include "head/camera_head.h"
 #include "head/section_check.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"

@@ -13,6 +13,7 @@
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
+#include "support/state_value.h"
 #include "ui/docking.h"
 #include "ui/status.h"
 #include "video/video.h"
@@ -124,8 +125,8 @@ TEST_F(Pipeline, EachImagePixelIsABlockOfTheZoom)
     EXPECT_EQ(Shown(3, 0), kWhite);
     EXPECT_EQ(Shown(9, 0), kBackground);
     EXPECT_EQ(Shown(0, 6), kBackground);
-    EXPECT_EQ(LastPaintRight, 9);
-    EXPECT_EQ(LastPaintBottom, 6);
+    EXPECT_EQ(StateNumber("LastPaintRight"), 9);
+    EXPECT_EQ(StateNumber("LastPaintBottom"), 6);
 }
 
 TEST_F(Pipeline, UnlikeZoomsMakeOblongBlocks)
@@ -146,7 +147,7 @@ TEST_F(Pipeline, ThePictureBeginsBelowThePanel)
     View(2, 1, {0, 16383});
     DrawFileOnView();
     EXPECT_EQ(Shown(3, PanelHeight()), kWhite);
-    EXPECT_EQ(LastPaintBottom, PanelHeight() + 3);
+    EXPECT_EQ(StateNumber("LastPaintBottom"), PanelHeight() + 3);
 }
 
 TEST_F(Pipeline, ZoomingOutErasesTheOldMargin)
@@ -160,8 +161,8 @@ TEST_F(Pipeline, ZoomingOutErasesTheOldMargin)
     for (const auto& [x, y] : {std::pair{20, 0}, {20, 39}, {39, 39}, {0, 20}, {19, 39}}) {
         EXPECT_EQ(Shown(x, y), kBackground) << x << ' ' << y;
     }
-    EXPECT_EQ(LastPaintRight, 20);
-    EXPECT_EQ(LastPaintBottom, 20);
+    EXPECT_EQ(StateNumber("LastPaintRight"), 20);
+    EXPECT_EQ(StateNumber("LastPaintBottom"), 20);
 }
 
 TEST_F(Pipeline, ASmallerFrameErasesWhatTheLargerOneLeft)
@@ -252,7 +253,7 @@ TEST_F(Pipeline, AZoomOfZeroOrBeyondAllBoundsEndsWell)
     EXPECT_EQ(Shown(0, 0), kWhite);
     Xzoom = -3;
     DrawFileOnView();
-    EXPECT_EQ(LastPaintRight, 0);
+    EXPECT_EQ(StateNumber("LastPaintRight"), 0);
 }
 
 TEST_F(Pipeline, GeometryIsWrittenButLostWithoutAPicture)
@@ -380,7 +381,7 @@ TEST_F(PipelineAtRatioTwo, APictureCoversTheSameLogicalPixels)
     EXPECT_EQ(Shown(3, 0), kWhite);
     EXPECT_EQ(Shown(5, 2), kWhite);
     EXPECT_EQ(Shown(6, 0), kBackground);
-    EXPECT_EQ(LastPaintRight, 6);
+    EXPECT_EQ(StateNumber("LastPaintRight"), 6);
 }
 
 class PipelineAtRatioOneAndAHalf : public PictureTest {
@@ -405,7 +406,7 @@ TEST_F(PipelineAtRatioOneAndAHalf, BlocksAreWholeDevicePixels)
         EXPECT_EQ(screen.pixels[static_cast<std::size_t>(x)] & 0xFFFFFF, (x / block) % 2 ? kWhite : kBlack) << x;
     }
     EXPECT_EQ(screen.pixels[static_cast<std::size_t>(30 * block)] & 0xFFFFFF, kBackground);
-    EXPECT_EQ(LastPaintRight, 40);  // 60 device pixels
+    EXPECT_EQ(StateNumber("LastPaintRight"), 40);  // 60 device pixels
 }
 
 }  // namespace

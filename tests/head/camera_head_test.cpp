@@ -1,7 +1,8 @@
 // Whole conversations with the head, against tables of bytes worked out by hand.
+
 #include "head/camera_head.h"
 
-#include "head/video_setup.h"
+#include "head/identify_head.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/pointer.h"

@@ -9,6 +9,7 @@
 #include "state/windows.h"
 #include "support/operator.h"
 #include "support/pseudo_terminal.h"
+#include "support/state_value.h"
 #include "support/temp_directory.h"
 #include "ui/status.h"
 
@@ -96,7 +97,7 @@ class CommLink : public testing::Test {
         SetPointer(Pointer::kCross);
         EXPECT_EQ(OpenCommLink(), 0);
         SetFault(fault, false);
-        EXPECT_EQ(CommState, -1);
+        EXPECT_EQ(StateNumber("CommState"), -1);
         EXPECT_EQ(CurrentPointer(), Pointer::kCross);
         EXPECT_THAT(op.Texts("beep", "sound"), SizeIs(beeps));
         const auto boxes = op.Boxes();
@@ -122,7 +123,7 @@ TEST_F(CommLink, OpeningPurgesThePortAndWaitsATenthOfASecond)
     const std::int64_t before = TickMs();
     SetPointer(Pointer::kCross);
     EXPECT_EQ(OpenXComm(), 1);
-    EXPECT_EQ(CommState, 1);
+    EXPECT_EQ(StateNumber("CommState"), 1);
     EXPECT_EQ(TickMs() - before, 100);
     EXPECT_EQ(CurrentPointer(), Pointer::kCross);
     EXPECT_THAT(head.events, ElementsAre("open two.cnf", "purge"));
@@ -141,7 +142,7 @@ TEST_F(CommLink, OpeningAnOpenPortDoesNothing)
 
 TEST_F(CommLink, ClosingAClosedPortDoesNothing)
 {
-    EXPECT_EQ(CommState, -1);
+    EXPECT_EQ(StateNumber("CommState"), -1);
     CommPortOpen = 1;
     EXPECT_EQ(CloseCommLink(), 1);
     EXPECT_EQ(CommPortOpen, 1);
@@ -153,7 +154,7 @@ TEST_F(CommLink, ClosingPurgesAndKeepsTheEchoMode)
     Open();
     CommEchoMode = 1;
     EXPECT_EQ(CloseCommLink(), 1);
-    EXPECT_EQ(CommState, -1);
+    EXPECT_EQ(StateNumber("CommState"), -1);
     EXPECT_EQ(CommPortOpen, 0);
     EXPECT_EQ(CommEchoMode, 1);
     EXPECT_THAT(head.events, ElementsAre("purge"));
@@ -477,9 +478,9 @@ TEST_F(CommLink, TheLogOfTheRunBeforeMovesAsideAtTheFirstFrameEvenWithoutLogging
     EXPECT_EQ(Log(), old) << "nothing is moved before the first frame";
     CommFrame frame = {0x20, 0, 0, 0};
     WriteCommFrame(frame, 4);
-    EXPECT_EQ(CommLogReady, 1);
-    EXPECT_EQ(CommLogEnabled, 0);
-    EXPECT_EQ(CommLogPath, directory / "CommLog.txt");
+    EXPECT_EQ(StateNumber("CommLogReady"), 1);
+    EXPECT_EQ(StateNumber("CommLogEnabled"), 0);
+    EXPECT_EQ(StateText("CommLogPath"), directory / "CommLog.txt");
     EXPECT_EQ(PreviousLog(), old);
     EXPECT_EQ(Log(), "");
 }
@@ -523,7 +524,7 @@ TEST_F(CommLink, TheSwitchIsReadOnceARun)
     WriteCommFrame(frame, 4);
     EnableLog();
     WriteCommFrame(frame, 4);
-    EXPECT_EQ(CommLogEnabled, 0);
+    EXPECT_EQ(StateNumber("CommLogEnabled"), 0);
     EXPECT_FALSE(std::filesystem::exists(directory / "CommLog.txt"));
 }
 
@@ -542,7 +543,7 @@ TEST_F(CommLink, MoreThan999FramesWidenTheNumber)
 {
     EnableLog();
     Open();
-    CommWriteCount = 999;
+    ResetCommLog(999);
     CommFrame frame = {0x20, 0, 0, 0};
     WriteCommFrame(frame, 4);
     WriteCommFrame(frame, 4);

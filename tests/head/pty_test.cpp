@@ -8,6 +8,7 @@
 #include "state/windows.h"
 #include "support/operator.h"
 #include "support/pseudo_terminal.h"
+#include "support/state_value.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
@@ -276,7 +277,7 @@ TEST_F(LinkOverTerminal, AfterUnpluggingWritesAreLoggedBadAndTheLinkCloses)
     EXPECT_EQ(WriteCommFrame(frame, 4), 1);
     EXPECT_THAT(Log(), EndsWith("Write000=90 10 00 00 BAD\n"));
     EXPECT_EQ(CloseCommLink(), 1);
-    EXPECT_EQ(CommState, -1);
+    EXPECT_EQ(StateNumber("CommState"), -1);
     EXPECT_EQ(OpenCommLink(), 0);
     EXPECT_THAT(op.Boxes(), SizeIs(2));
 }
@@ -291,7 +292,7 @@ TEST_F(LinkOverTerminal, AHeadThatIsPluggedInAgainIsReached)
     program->Kill();
     CommFrame frame = {0x80, 3, 0, 0};
     EXPECT_EQ(WriteCommFrame(frame, 4), 0);
-    EXPECT_EQ(CommState, -1);
+    EXPECT_EQ(StateNumber("CommState"), -1);
     EXPECT_EQ(CommPortOpen, 0);
     program = OpenTo("");
     EXPECT_EQ(WriteCommFrame(frame, 4), 1);

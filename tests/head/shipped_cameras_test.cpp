@@ -1,7 +1,9 @@
 // What each camera as it ships says over the wire from its identification to its turn-off, byte for byte.
 #include "config/settings.h"
 #include "head/camera_head.h"
-#include "head/video_setup.h"
+#include "head/identify_head.h"
+#include "head/program_head.h"
+#include "head/video_settings.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "state/camera_config.h"

@@ -1,6 +1,7 @@
 // The keys of the video set-up, written and read.
+#include "head/video_settings.h"
+
 #include "head/camera_head.h"
-#include "head/video_setup.h"
 #include "head/video_setup_fixture.h"
 #include "platform/profile.h"
 #include "state/camera_config.h"

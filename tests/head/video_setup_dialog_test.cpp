@@ -1,10 +1,12 @@
 // The oscilloscope dialog, worked as an operator works it.
+#include "head/video_setup_dialog.h"
+
 #include "camera/turn_on.h"
 #include "display/display_pipeline.h"
 #include "grabber/host_frames.h"
 #include "head/camera_head.h"
 #include "head/scope_frame.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "head/video_setup_fixture.h"
 #include "pixel/unity_coefficients.h"
 #include "platform/faults.h"
@@ -15,7 +17,6 @@
 #include "platform/profile.h"
 #include "platform/timers.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
 #include "state/buffer_state.h"
 #include "state/cal_state.h"
 #include "state/display_state.h"

@@ -1,8 +1,7 @@
 #include "head/video_setup_fixture.h"
 
 #include "camera/turn_on.h"
-#include "head/camera_head.h"
-#include "head/video_setup.h"
+#include "head/video_setup_dialog.h"
 #include "platform/files.h"
 #include "platform/menu.h"
 #include "platform/profile.h"

@@ -8,6 +8,7 @@
 #include "state/display_state.h"
 #include "state/windows.h"
 #include "support/shown.h"
+#include "support/state_value.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
@@ -66,7 +67,7 @@ TEST_F(Replacement, TakesTheFirstUsableNeighbourInTheOrderOfTheFile)
     // it 7.
     EXPECT_THAT(decom, ElementsAre(1, 1, 2, 3, 1, 2, 6, 7, 7));
     EXPECT_EQ(BadDetCount, 4);
-    EXPECT_THAT(ReplacedPixels, ElementsAre(0, 4, 5, 8));
+    EXPECT_THAT(StateList("ReplacedPixels"), ElementsAre(0, 4, 5, 8));
 }
 
 TEST_F(Replacement, TwoAdjacentBadPixelsTakeOneSourceNeverEachOther)
@@ -87,7 +88,7 @@ TEST_F(Replacement, APixelWithoutAGoodNeighbourStaysAndIsntCounted)
     EXPECT_EQ(ReplaceBadDet(decom, {1, 1, 0, 1}, Region(1, 4)), 1);
     EXPECT_THAT(decom, ElementsAre(0, 2, 2, 3));
     EXPECT_EQ(BadDetCount, 1);
-    EXPECT_THAT(ReplacedPixels, ElementsAre(1));
+    EXPECT_THAT(StateList("ReplacedPixels"), ElementsAre(1));
     EXPECT_THAT(BoxesShown(), IsEmpty());
 }
 

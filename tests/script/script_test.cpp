@@ -15,7 +15,7 @@
 #include "platform/timers.h"
 #include "platform/transcript.h"
 #include "platform/window.h"
-#include "script/state_registry.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "support/temp_directory.h"
 #include "ui/status.h"

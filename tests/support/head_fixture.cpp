@@ -1,8 +1,9 @@
 #include "support/head_fixture.h"
 
 #include "config/settings.h"
-#include "head/camera_head.h"
-#include "head/video_setup.h"
+#include "head/identify_head.h"
+#include "head/program_head.h"
+#include "head/video_settings.h"
 #include "platform/profile.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"

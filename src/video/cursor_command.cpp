@@ -1,4 +1,4 @@
-#include "shell/cursor_command.h"
+#include "video/cursor_command.h"
 
 #include "display/display_pipeline.h"
 #include "platform/menu.h"
@@ -6,6 +6,7 @@
 #include "platform/timers.h"
 #include "resources/ids.h"
 #include "state/frame_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 #include "video/image_cursor.h"
@@ -16,9 +17,17 @@
 
 namespace kelvo {
 
-Point ImagePosition;
-
 namespace {
+
+Point ImagePosition;  // the image cursor's last position, image pixels
+
+const StateNames kStateNames{
+    {"ImagePosition",
+     [] {
+         return StateValue{
+             std::vector<double>{static_cast<double>(ImagePosition.x), static_cast<double>(ImagePosition.y)}};
+     }},
+};
 
 constexpr std::int64_t kCursorPeriodMs = 1000;
 

@@ -9,8 +9,6 @@ namespace kelvo {
 
 constexpr std::uint32_t kCursorTimer = 1;  // of the main window: the read-out, 1000 ms
 
-extern Point ImagePosition;  // the image cursor's last position, image pixels
-
 // Switches the image cursor on or off, with the menu's check, the pointer's shape and the status line, which shows its
 // earlier text again afterwards.
 void ToggleImageCursor();

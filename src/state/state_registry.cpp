@@ -1,4 +1,4 @@
-#include "script/state_registry.h"
+#include "state/state_registry.h"
 
 #include "platform/text.h"
 
@@ -57,6 +57,11 @@ std::size_t Distance(std::string_view asked, std::string_view name)
 void RegisterState(std::string_view name, std::function<StateValue()> read)
 {
     Names().insert_or_assign(std::string(name), std::move(read));
+}
+
+StateNames::StateNames(std::initializer_list<StateName> names)
+{
+    for (const StateName& name : names) RegisterState(name.name, name.read);
 }
 
 std::optional<StateValue> ReadState(std::string_view name)

@@ -1,4 +1,4 @@
-#include "shell/sequence_naming.h"
+#include "viewing/sequence_naming.h"
 
 #include "state/windows.h"
 #include "support/operator.h"

@@ -1,8 +1,5 @@
-// The video set-up: frame rate, integration time, gain and offset of the head, the keys that keep them, and the
-// oscilloscope dialog in which the operator chooses them.
+// The video settings: frame rate, integration time, gain and offset of the head, and the keys that keep them.
 #pragma once
-
-#include "platform/types.h"
 
 #include <array>
 #include <cstdint>
@@ -39,17 +36,5 @@ void SaveVideoSettings(std::string_view file);
 // VoltsLow and VoltsHigh, the volts at DisplayLow and DisplayHigh, for a gain index (limited to 0 to 15) and an offset:
 // (counts - ADoffset) x VoltsPerCountVsGain[gain] - (offset - 128) x VoltsOffset.
 void SetVoltsRange(std::int32_t gain, std::int32_t offset);
-
-// Runs the oscilloscope dialog until the operator closes it: 1 by OK, which keeps what was chosen, 0 otherwise. Live
-// video is held off meanwhile and starts again afterwards if the camera is on and no file is on view. Opens the link if
-// it is closed, and closes it again unless CommPortAlwaysOpen keeps it; where it can't be opened there is no dialog,
-// and 0, after the link's boxes. Blocks.
-int VideoSetupDialog(HWND parent);
-
-// Asks for the frame rate of a camera that runs on an external clock, which no register of the head tells; clockName is
-// shown. 1: FrameRate (Hz, 0.0 to 250.0) is what the operator gave, an estimate for integration times and file headers.
-// 0: No, Cancel, or the dialog couldn't be opened, and FrameRate stays. Blocks.
-int ExternalClockDialog(HWND parent, std::string_view clockName);
-LRESULT fnFrRateDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
 }  // namespace kelvo

@@ -1,4 +1,4 @@
-#include "shell/bitmap_command.h"
+#include "viewing/bitmap_command.h"
 
 #include "dibapi32/dibapi32.h"
 #include "display/display_pipeline.h"
@@ -11,9 +11,10 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
-#include "shell/unbuilt.h"
+#include "resources/help_contexts.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/not_available.h"
 #include "ui/select_file.h"
 #include "viewing/viewing.h"
 

@@ -1,4 +1,4 @@
-#include "shell/sequence_naming.h"
+#include "viewing/sequence_naming.h"
 
 #include "platform/box.h"
 #include "platform/text.h"
