@@ -15,6 +15,7 @@
 #include "platform/timers.h"
 #include "platform/transcript.h"
 #include "platform/window.h"
+#include "state/frame_state.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
 #include "support/temp_directory.h"
@@ -786,20 +787,28 @@ TEST(StateRegistry, ReadsAtTheMomentOfAsking)
 
 TEST(StateRegistry, LaterRegistrationReplaces)
 {
-    RegisterState("A", [] { return StateValue(std::int64_t{1}); });
-    RegisterState("A", [] { return StateValue(std::int64_t{2}); });
-    EXPECT_EQ(ReadState("A"), StateValue(std::int64_t{2}));
+    RegisterState("Twice", [] { return StateValue(std::int64_t{1}); });
+    RegisterState("Twice", [] { return StateValue(std::int64_t{2}); });
+    EXPECT_EQ(ReadState("Twice"), StateValue(std::int64_t{2}));
 }
 
+// Names that are near to none of the program's own.
 TEST(StateRegistry, NearNamesComeNearestFirst)
 {
-    for (const char* name : {"DisplayLow", "DisplayHigh", "DisplayUnit", "ViewingFile", "CalType"}) {
+    for (const char* name : {"QuartzLow", "QuartzHigh", "QuartzUnit", "PrismType"}) {
         RegisterState(name, [] { return StateValue(); });
     }
-    EXPECT_THAT(NearStateNames("displaylow"), ElementsAre("DisplayLow"));
-    EXPECT_THAT(NearStateNames("CalTyp"), ElementsAre("CalType"));
-    EXPECT_THAT(NearStateNames("Display"), ElementsAre("DisplayHigh", "DisplayLow", "DisplayUnit"));
-    EXPECT_THAT(NearStateNames("Zoom"), IsEmpty());
+    EXPECT_THAT(NearStateNames("quartzlow"), ElementsAre("QuartzLow"));
+    EXPECT_THAT(NearStateNames("PrismTyp"), ElementsAre("PrismType"));
+    EXPECT_THAT(NearStateNames("Quartz"), ElementsAre("QuartzHigh", "QuartzLow", "QuartzUnit"));
+    EXPECT_THAT(NearStateNames("Wobble"), IsEmpty());
+}
+
+// A program that has a module's variables has their names: nothing has to be called for it.
+TEST(StateRegistry, AModuleBringsItsNamesAlong)
+{
+    EXPECT_EQ(ReadState("DisplayEnabled"), StateValue(std::int64_t{DisplayEnabled}));
+    EXPECT_EQ(ReadState("SequencePath"), StateValue(LoadName));
 }
 
 }  // namespace
