@@ -378,4 +378,16 @@ LRESULT fnGEOMETRYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPA
     }
 }
 
+void ResetGeometryDialog()
+{
+    for (Flag& flag : flags) flag.copy = 0;
+    settingsChanged = false;
+    listDirty = false;
+    listDisabled = true;
+    selectedLine = 0;
+    listed.clear();
+    scratchLines.clear();
+    scratchStands = false;
+}
+
 }  // namespace kelvo

@@ -74,4 +74,9 @@ void ReadDisplaySettings()
     SubstBadPixels = 1;
 }
 
+void ResetDisplaySettings()
+{
+    OpticsFile.clear();
+}
+
 }  // namespace kelvo

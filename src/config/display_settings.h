@@ -16,4 +16,7 @@ extern std::string OpticsFile;
 void ReadDisplaySettings();
 inline constexpr auto& ReadDisplayKeys = ReadDisplaySettings;
 
+// As before ReadDisplayKeys.
+void ResetDisplaySettings();
+
 }  // namespace kelvo

@@ -20,4 +20,9 @@ void ScanFrameRate(const FrameRateRow& row, float& rate)
     rate = ScanFloat(field.substr(0, field.find('\0'))).value_or(rate);
 }
 
+void ResetFrameRateTable()
+{
+    FrameRateTable.clear();
+}
+
 }  // namespace kelvo

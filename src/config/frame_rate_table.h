@@ -26,4 +26,7 @@ FrameRateRow FrameRateRowAt(std::int32_t index);
 // The rate of a row in Hz into rate; a row that tells none leaves it as it was.
 void ScanFrameRate(const FrameRateRow& row, float& rate);
 
+// No rows, as before the table is read.
+void ResetFrameRateTable();
+
 }  // namespace kelvo

@@ -289,4 +289,12 @@ void SaveDisplayState()
     WriteInteger(camera, "Yoffset", Yoffset, CameraFilePath);
 }
 
+void ResetSettings()
+{
+    XPGBoard = 0;
+    IrigAddress = 0;
+    NumGrayLevels = 0;
+    MultiFrame = 0;
+}
+
 }  // namespace kelvo

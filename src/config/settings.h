@@ -42,4 +42,7 @@ void ReadCameraConfig(std::int32_t number, int full, CameraConfig& record);
 // the active camera's section.
 void SaveDisplayState();
 
+// What belongs to this module, as before ReadSetupKeys.
+void ResetSettings();
+
 }  // namespace kelvo

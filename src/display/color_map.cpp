@@ -184,4 +184,10 @@ int ReadPalette(std::string_view contents, std::span<std::uint8_t> map)
     return badLines;
 }
 
+void ResetColorMap()
+{
+    ColorMap.clear();
+    ++generation;
+}
+
 }  // namespace kelvo

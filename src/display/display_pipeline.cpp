@@ -201,4 +201,13 @@ void DrawTempScale(std::int32_t /*on*/) {}
 
 void SetGrayScale(std::int32_t /*id*/) {}
 
+void ResetDisplayPipeline()
+{
+    FrameBitmap = nullptr;
+    LastPaintRight = 0;
+    LastPaintBottom = 0;
+    PictureRightMargin = 0;
+    layers.clear();
+}
+
 }  // namespace kelvo

@@ -65,4 +65,7 @@ void DrawColorBar();
 void DrawTempScale(std::int32_t on);
 void SetGrayScale(std::int32_t id);
 
+// No picture, nothing painted, no layers.
+void ResetDisplayPipeline();
+
 }  // namespace kelvo

@@ -32,6 +32,8 @@ constexpr std::int32_t kFrameBits = 16;
 constexpr std::int32_t kWaitHundredths = 200;  // 2 s
 constexpr std::size_t kLongestNoFile = 4;      // "none"
 
+bool boardCameUp = false;  // ResetBoardState has run
+
 // Fresh blocks of the camera's size; what memory refuses stays empty, and no frame then fits.
 void MakeFrameBlocks()
 {
@@ -166,14 +168,13 @@ int init_itex()
 
 int ResetBoardState()
 {
-    static bool ranBefore = false;
-    if (ranBefore) {
+    if (boardCameUp) {
         FreeHostFrames();
         AllocateHostFrames();
         StatusMessage("Wait - Vantir initializing Image Processor", static_cast<int>(TextAlign::kCentre));
     }
     itx_err_level(1);
-    ranBefore = true;
+    boardCameUp = true;
     return 1;
 }
 
@@ -260,6 +261,24 @@ void ExternalSyncPulse()
     amdig_exsyncp(AcqModule, 0);
     DelayMs(0);
     amdig_exsyncp(AcqModule, 1);
+}
+
+void ForgetBoard()
+{
+    boardCameUp = false;
+    IcpModule = 0;
+    AcqModule = 0;
+    CmpModule = 0;
+    CmClu = 0;
+    CmMmp = 0;
+    CmHf = 0;
+    CmPa = 0;
+    CmMem = 0;
+    FrameA = kNoBoardFrame;
+    FramePitch = 0;
+    FrameRows = 0;
+    DataOffset = 0;
+    VideoCopy.clear();
 }
 
 }  // namespace kelvo

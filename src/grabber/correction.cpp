@@ -144,4 +144,9 @@ void CalibrateGathered(std::span<const float> gathered, std::span<float> frame)
     Calibrate(gathered, frame);
 }
 
+void ResetCorrection()
+{
+    livePlan = {};
+}
+
 }  // namespace kelvo

@@ -68,4 +68,7 @@ void CalibrateGathered(std::span<const std::int16_t> gathered, std::span<std::in
 void CalibrateGathered(std::span<const std::int32_t> gathered, std::span<std::int32_t> frame);
 void CalibrateGathered(std::span<const float> gathered, std::span<float> frame);
 
+// No plan of the live correction: the next frame makes one.
+void ResetCorrection();
+
 }  // namespace kelvo

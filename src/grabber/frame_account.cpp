@@ -88,4 +88,12 @@ void AccountHeldUp()
     heldUp = true;
 }
 
+void ResetFrameAccount()
+{
+    account = {};
+    lastCount = 0;
+    heldUp = true;
+    window = {};
+}
+
 }  // namespace kelvo

@@ -154,4 +154,11 @@ std::int32_t ResetHostFrameNext()
     return 1;
 }
 
+void ResetHostFrames()
+{
+    HostFrames.clear();
+    HostFramesAllocated = 0;
+    HostFrameNext = 0;
+}
+
 }  // namespace kelvo

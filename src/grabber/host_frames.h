@@ -30,4 +30,7 @@ std::int32_t ReadHostFrameRect(std::span<std::int16_t> destination, std::int32_t
                                std::int32_t top, std::int32_t left, std::int32_t bottom, std::int32_t right);
 std::int32_t ResetHostFrameNext();  // 1
 
+// None allocated.
+void ResetHostFrames();
+
 }  // namespace kelvo

@@ -407,4 +407,11 @@ LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPA
     }
 }
 
+void ResetAdvancedDialog()
+{
+    AdPixelOrder = 1;
+    atOpening = {};
+    setUpDialog = nullptr;
+}
+
 }  // namespace kelvo

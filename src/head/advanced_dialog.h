@@ -34,4 +34,7 @@ HeadWindow WindowFromRectangle(std::int32_t left, std::int32_t top, std::int32_t
 // (FrameSizeChanged).
 int ApplyAdvancedFields(HWND dialog);
 
+// As before the dialog was first opened.
+void ResetAdvancedDialog();
+
 }  // namespace kelvo

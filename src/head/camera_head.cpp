@@ -279,4 +279,14 @@ void TurnCameraHeadOff()
     CameraOn = 0;
 }
 
+void ResetCameraHead()
+{
+    HeadTiming = {};
+    FpaSerialWord = {};
+    IndexIntegrationTime = {};
+    IntegrationSlot = 0;
+    sentTiming = {};
+    sentSerialWord = {};
+}
+
 }  // namespace kelvo

@@ -52,4 +52,7 @@ void FillIntegrationCombo(HWND dialog, std::int32_t frameRateIndex, std::int32_t
 // opened).
 void TurnCameraHeadOff();
 
+// Nothing is known of a head, and nothing was sent.
+void ResetCameraHead();
+
 }  // namespace kelvo

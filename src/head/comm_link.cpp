@@ -247,4 +247,17 @@ void ShowCommError(std::int32_t /*ignored*/, std::string_view text)
                BoxIcon::kNone);
 }
 
+void ResetCommLink()
+{
+    CommHandle = nullptr;
+    CommState = -1;
+    CommPortOpen = 0;
+    CommEchoMode = 0;
+    CommLogEnabled = 0;
+    CommLogReady = 0;
+    CommLogPath.clear();
+    CommWriteCount = 0;
+    CommWriteReadCount = 0;
+}
+
 }  // namespace kelvo

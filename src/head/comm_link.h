@@ -44,4 +44,7 @@ std::size_t ReadCommBytes(std::int32_t ignored, std::span<std::uint8_t> buffer);
 // "text, Error number N" under "Comm Error", with the number of the last failure of the port.
 void ShowCommError(std::int32_t ignored, std::string_view text);
 
+// The line is closed without a word to the head, and no log was begun: as at start.
+void ResetCommLink();
+
 }  // namespace kelvo

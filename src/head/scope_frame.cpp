@@ -25,4 +25,10 @@ void FreeOscFrame()
     std::vector<std::int16_t>().swap(OscFrame);
 }
 
+void ResetScopeFrame()
+{
+    OscFrame.clear();
+    OscPixels = 0;
+}
+
 }  // namespace kelvo

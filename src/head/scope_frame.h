@@ -15,4 +15,7 @@ extern std::int32_t OscPixels;              // Hroi x Vroi
 bool FitOscFrame();
 void FreeOscFrame();
 
+// No frame has come for the oscilloscope.
+void ResetScopeFrame();
+
 }  // namespace kelvo

@@ -175,4 +175,9 @@ void SaveVideoSettings(std::string_view file)
     WriteHeadKey("Hactive", ActiveConfig.Hactive);
 }
 
+void ResetVideoSettings()
+{
+    IntegrationTime = {};
+}
+
 }  // namespace kelvo

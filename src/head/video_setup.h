@@ -52,4 +52,7 @@ int VideoSetupDialog(HWND parent);
 int ExternalClockDialog(HWND parent, std::string_view clockName);
 LRESULT fnFrRateDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
+// As before LoadVideoSettings, as far as it is kept here.
+void ResetVideoSettings();
+
 }  // namespace kelvo

@@ -615,4 +615,11 @@ LRESULT fnVIDEOSETDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPA
     }
 }
 
+void ResetVideoSetupDialog()
+{
+    chosen = {};
+    atOpening = {};
+    OscBitmap = {};
+}
+
 }  // namespace kelvo

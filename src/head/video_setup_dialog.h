@@ -10,4 +10,7 @@ namespace kelvo {
 // QVF1058, the set-up of heads with one channel. The working copies of gain and offset are its own until OK.
 LRESULT fnVIDEOSETDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
+// As before the dialog was first opened.
+void ResetVideoSetupDialog();
+
 }  // namespace kelvo

@@ -233,4 +233,12 @@ int WriteImageData(std::string_view path, std::span<std::byte> data, std::int64_
     return 1;
 }
 
+void ResetImageHeader()
+{
+    ImageHeader = {};
+    SpiffHeader = {};
+    ByteSwap = 0xFFFF;
+    IrigEnable = 0;
+}
+
 }  // namespace kelvo

@@ -140,4 +140,7 @@ int WriteImageData(std::string_view path, std::span<std::byte> data, std::int64_
 // ImageHeaderDataOffset as the signed fields give it (it may be 0 or negative in a hostile file).
 std::int64_t FrameRecordBytes(const ImageHeaderRecord& header);
 
+// No header read, native byte order, no time code: as before the settings are read.
+void ResetImageHeader();
+
 }  // namespace kelvo

@@ -303,4 +303,10 @@ int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t
     return 1;
 }
 
+void ResetBadPixels()
+{
+    BadDetList.clear();
+    ReplacedPixels.clear();
+}
+
 }  // namespace kelvo

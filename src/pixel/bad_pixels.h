@@ -67,4 +67,7 @@ int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, c
 // BadDetList is then empty.
 int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList);
 
+// No bad detectors known, none replaced.
+void ResetBadPixels();
+
 }  // namespace kelvo

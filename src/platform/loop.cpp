@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <deque>
 #include <limits>
+#include <memory>
 #include <utility>
 
 namespace kelvo {
@@ -286,10 +287,15 @@ class Turns : public QObject {
 };
 
 // Outlives the application object: windows may post while the process ends.
+std::unique_ptr<Turns>& TurnsOwner()
+{
+    static auto turns = std::make_unique<Turns>();
+    return turns;
+}
+
 Turns& TheTurns()
 {
-    static Turns turns;
-    return turns;
+    return *TurnsOwner();
 }
 
 }  // namespace
@@ -367,6 +373,11 @@ void HandlePendingEvents()
     if (!qApp) return;
     const HoldMessages hold;
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void ForgetTurns()
+{
+    TurnsOwner() = std::make_unique<Turns>();
 }
 
 }  // namespace kelvo

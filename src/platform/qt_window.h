@@ -83,6 +83,9 @@ struct Window {
 HWND RegisterWindow(WindowKind kind, QWidget* widget, WindowProc procedure, HWND parent);
 // Takes the handle away: its timers and queued messages are dropped. Sends no message and deletes no widget.
 void ForgetWindow(HWND window);
+// All of them, their classes too. Numbers of windows aren't given again.
+void ForgetWindows();
+void ForgetWindowClasses();
 // False for null and for a handle that was forgotten.
 bool IsWindow(HWND window);
 // The window whose client area the widget is, or lies in; null if none.
@@ -99,6 +102,7 @@ QWidget* MakeSurfaceWidget(QWidget* parent);
 void EnsureSurface(Window& window);
 // Fills the surface with the window's background.
 void EraseSurface(Window& window);
+void ForgetDroppedFiles();
 std::uint32_t BackgroundColor(const Window& window);  // 0xFFRRGGBB
 double DeviceRatio(const Window& window);             // device pixels a logical pixel
 
@@ -141,11 +145,17 @@ std::vector<QWidget*> ModalWidgets();  // from the back to the front
 // PostQuitMessage was called: modal loops that ran then have been ended without a result of their own.
 bool QuitPosted();
 
+// --- The application ----------------------------------------------------------------------------------------------
+
+// Deletes all that the toolkit knows: its widgets and the application object. No message is sent.
+void EndApplication();
+
 // --- The loop -----------------------------------------------------------------------------------------------------
 
 // Timers, posted messages and the idle hook run from each Qt event loop that waits, nested ones too. Called once by
 // StartApplication.
 void StartTurns();
+void ForgetTurns();  // no hook, nothing posted, no quit under way; StartTurns begins anew
 bool IdleHookIsSet();
 // WM_PAINT goes out to the windows with paintDue when the program next waits.
 void PostPaints();
@@ -193,6 +203,7 @@ struct KeyStroke {
 // "F3", "Shift+F3", "+", "Right", "PgUp", "Ctrl+Q", or one character. nullopt: no such key.
 std::optional<KeyStroke> ParseKey(std::string_view name);
 std::optional<Key> KeyOf(int qtKey);  // the number that the logic knows a Qt::Key by
+void ForgetKeys();                    // none is down
 void StartKeys();                     // watches all keys, for KeyIsDown, accelerators and help in an open menu
 // The command that the accelerators of the main window give for a key; nullopt if none.
 std::optional<int> AcceleratorCommand(const Window& window, int key, Qt::KeyboardModifiers modifiers);

@@ -72,4 +72,10 @@ std::vector<HWND> ChildrenOf(HWND parent)
     return result;
 }
 
+void ForgetWindows()
+{
+    KillAllTimers();
+    windows.clear();
+}
+
 }  // namespace kelvo

@@ -233,4 +233,9 @@ std::vector<std::string> DroppedFiles()
     return droppedFiles;
 }
 
+void ForgetDroppedFiles()
+{
+    droppedFiles.clear();
+}
+
 }  // namespace kelvo

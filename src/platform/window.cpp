@@ -362,4 +362,11 @@ QWidget* OwnerWidget(HWND owner)
     return TopLevelOf(MainWindow());
 }
 
+void ForgetWindowClasses()
+{
+    classes.clear();
+    focusTold = FocusHolder::kNobody;
+    otherInFocus = nullptr;
+}
+
 }  // namespace kelvo

@@ -324,4 +324,10 @@ void FollowDisplay()
     InvalidateRect(scaleWindow, nullptr, false);
 }
 
+void ResetColorScale()
+{
+    scaleWindow = nullptr;
+    shown = {};
+}
+
 }  // namespace kelvo

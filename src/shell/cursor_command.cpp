@@ -72,4 +72,11 @@ void ToggleImageCursor()
     StatusMessage(SavedStatusText, SavedStatusAlign);
 }
 
+void ResetCursorCommand()
+{
+    ImagePosition = {};
+    SavedStatusText.clear();
+    SavedStatusAlign = 0;
+}
+
 }  // namespace kelvo

@@ -18,4 +18,7 @@ void ToggleImageCursor();
 void FollowPointer();  // at each motion while the cursor is on
 void OnCursorTimer();
 
+// No cursor was shown so far.
+void ResetCursorCommand();
+
 }  // namespace kelvo

@@ -121,4 +121,9 @@ LRESULT fnACCOUNTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
     }
 }
 
+void ResetFrameAccountWindow()
+{
+    accountWindow = nullptr;
+}
+
 }  // namespace kelvo

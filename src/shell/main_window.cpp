@@ -256,4 +256,12 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
     }
 }
 
+void ResetMainWindow()
+{
+    DialogHelpArmed = 1;
+    liveFrameCounter = 0;
+    liveStartMs = 0;
+    commandRan = false;
+}
+
 }  // namespace kelvo

@@ -17,4 +17,7 @@ constexpr std::uint32_t kLiveTimer = 3;  // the live refresh, 0 ms: it only yiel
 
 extern std::int32_t DialogHelpArmed;  // 1: Shift+F10 may ask for a dialog's help again
 
+// As before the window was made.
+void ResetMainWindow();
+
 }  // namespace kelvo

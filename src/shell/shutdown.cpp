@@ -13,11 +13,16 @@
 
 namespace kelvo {
 
+namespace {
+
+bool shutDown = false;
+
+}  // namespace
+
 void ShutDown()
 {
-    static bool done = false;
-    if (done) return;  // a quit that is under way is not begun again by the window's end
-    done = true;
+    if (shutDown) return;  // a quit that is under way is not begun again by the window's end
+    shutDown = true;
     SaveDisplayState();
     FlushProfiles();
     ReleasePointerClip();
@@ -27,6 +32,11 @@ void ShutDown()
     SignalExternalThread();
     PostQuitMessage(0);
     if (GrabberPresent) ExitBoard();
+}
+
+void ResetShutDown()
+{
+    shutDown = false;
 }
 
 }  // namespace kelvo

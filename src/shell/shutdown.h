@@ -7,4 +7,7 @@ namespace kelvo {
 // the Exit command calls it, and so does the main window's end.
 void ShutDown();
 
+// ShutDown would run again: for another start in the same process.
+void ResetShutDown();
+
 }  // namespace kelvo

@@ -242,4 +242,10 @@ std::vector<std::pair<std::string, double>> BenchHeadRegisters()
     return SimHeadRegisters(*camera);
 }
 
+void ResetBenchWindow()
+{
+    hDlgBench = nullptr;
+    showing = false;
+}
+
 }  // namespace kelvo

@@ -28,4 +28,7 @@ std::vector<std::pair<std::string, double>> BenchTruth(int x, int y);
 // sim.head: what the head's registers hold; empty without a simulated camera.
 std::vector<std::pair<std::string, double>> BenchHeadRegisters();
 
+// The window is gone.
+void ResetBenchWindow();
+
 }  // namespace kelvo

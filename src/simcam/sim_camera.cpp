@@ -518,4 +518,10 @@ std::vector<std::pair<std::string, double>> SimHeadRegisters(const SimCamera& ca
     };
 }
 
+void ForgetSimCameras()
+{
+    current = nullptr;
+    Cameras().clear();
+}
+
 }  // namespace kelvo

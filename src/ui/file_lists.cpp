@@ -85,4 +85,10 @@ std::string InCurrentDirectory(std::string_view name)
     return path.append(name);
 }
 
+void ResetFileLists()
+{
+    patternShown.clear();
+    directoriesShown.clear();
+}
+
 }  // namespace kelvo

@@ -30,4 +30,7 @@ void ListPattern(HWND dialog, const std::string& pattern);
 // The whole path of a name in the working directory.
 std::string InCurrentDirectory(std::string_view name);
 
+// Nothing listed so far.
+void ResetFileLists();
+
 }  // namespace kelvo

@@ -173,4 +173,11 @@ int SelectStatisticsFile(HWND window, std::string& path, int kind)
     return 0;
 }
 
+void ResetSelectFile()
+{
+    LastFileDirectory.clear();
+    FileDialogTemplate = kImageTemplate;
+    SelectedPaths.clear();
+}
+
 }  // namespace kelvo

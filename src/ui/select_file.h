@@ -49,4 +49,7 @@ struct FilterList {
 };
 FilterList FiltersFor(std::string_view pattern);
 
+// No directory remembered and nothing selected.
+void ResetSelectFile();
+
 }  // namespace kelvo

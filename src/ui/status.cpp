@@ -157,4 +157,12 @@ LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM 
     return 0;
 }
 
+void ResetStatus()
+{
+    StatusText.clear();
+    StatusAlign = 0;
+    StatusBackground = 0xFF0000;
+    StatusForeground = 0xFFFFFF;
+}
+
 }  // namespace kelvo

@@ -40,4 +40,7 @@ LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM 
 // The string table: nullopt for a number that isn't in it.
 std::optional<std::string_view> ResourceString(int id);
 
+// No text, and the colours of the start.
+void ResetStatus();
+
 }  // namespace kelvo

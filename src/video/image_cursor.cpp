@@ -179,4 +179,11 @@ void TrackballMotion()
     BuildDisplayLut(levels.contrast, levels.brightness);
 }
 
+void ResetImageCursor()
+{
+    TrackballMode = 0;
+    SavedCursorX = 0;
+    SavedCursorY = 0;
+}
+
 }  // namespace kelvo

@@ -51,4 +51,7 @@ struct TrackballLevels {
 };
 TrackballLevels LevelsAfterMotion(TrackballLevels levels, int dx, int dy);
 
+// Off, and nothing remembered of it.
+void ResetImageCursor();
+
 }  // namespace kelvo

@@ -352,4 +352,12 @@ int SaveDialog(HWND window)
     return ShowDialog("SAVE", window, fnSAVEDlgProc) == 1 ? 1 : 0;
 }
 
+void ResetSaveDialog()
+{
+    SaveDialogMode = kSaveImages;
+    SaveAverage = 0;
+    SaveStdDev = 0;
+    directoryAtOpening.clear();
+}
+
 }  // namespace kelvo

@@ -24,4 +24,7 @@ extern std::int32_t SaveStdDev;
 // directory as before; or "Unable to display dialog" under "System Error". MultiFrame is stored the moment it changes.
 int SaveDialog(HWND window);
 
+// As before the dialog was first opened.
+void ResetSaveDialog();
+
 }  // namespace kelvo

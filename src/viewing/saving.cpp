@@ -430,4 +430,12 @@ std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNum
     return WriteSequenceFrame(file, *contents, counts, frames, sequenceNumber);
 }
 
+void ResetSaving()
+{
+    FramesToAverageImage = 1;
+    FramesToAverageSeq = 1;
+    SeqNumber = 0;
+    SeqNumberStart = 0;
+}
+
 }  // namespace kelvo

@@ -47,4 +47,7 @@ std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNum
 // The path that the image of that number gets: 0 and below are one digit.
 std::string SequenceFilePath(const std::string& basePath, std::int32_t number);
 
+// The numbers of the start.
+void ResetSaving();
+
 }  // namespace kelvo

@@ -1,0 +1,8 @@
+// The variables of src/state as before any setting was read.
+#pragma once
+
+namespace kelvo {
+
+void ResetState();
+
+}  // namespace kelvo
