@@ -1,7 +1,6 @@
 // What the report tells, on numbers worked by hand, and what its dialog shows.
 #include "calib/calibration_report.h"
 
-#include "calib/calibration_fixture.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
 #include "platform/paint.h"
@@ -10,6 +9,7 @@
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/windows.h"
+#include "support/calibration_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

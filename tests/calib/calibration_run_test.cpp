@@ -21,7 +21,7 @@
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 #include "ui/status.h"
 #include "video/video.h"
 

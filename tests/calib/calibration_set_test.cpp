@@ -1,6 +1,5 @@
 // Settings at start-up, loading a set, saving it under another name.
 #include "calib/calibration.h"
-#include "calib/calibration_fixture.h"
 #include "calib/last_set.h"
 #include "camera/turn_on.h"
 #include "config/frame_rate_table.h"
@@ -23,8 +22,9 @@
 #include "state/frame_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
+#include "support/calibration_fixture.h"
 #include "support/full_disk.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 #include "ui/status.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,4 @@
 // A whole two-point run from kept frames, against files that another program worked out (expected_set.py).
-#include "calib/calibration_fixture.h"
 #include "calib/calibration_run.h"
 #include "grabber/board.h"
 #include "platform/dialog.h"
@@ -11,7 +10,8 @@
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
-#include "support/recorded_board.h"
+#include "support/calibration_fixture.h"
+#include "support/recording_board.h"
 
 #include <gtest/gtest.h>
 

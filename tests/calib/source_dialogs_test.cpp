@@ -1,6 +1,5 @@
 // The dialogs that wait for a source.
 #include "calib/calibration.h"
-#include "calib/calibration_fixture.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/help.h"
@@ -8,6 +7,7 @@
 #include "state/cal_settings.h"
 #include "state/cal_state.h"
 #include "state/windows.h"
+#include "support/calibration_fixture.h"
 #include "ui/status.h"
 
 #include <gmock/gmock.h>

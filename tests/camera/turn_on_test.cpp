@@ -21,7 +21,7 @@
 #include "state/windows.h"
 #include "support/head_fixture.h"
 #include "support/name_file.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 #include "ui/status.h"
 
 #include <gmock/gmock.h>
@@ -51,8 +51,8 @@ class TurnOnTest : public HeadTest {
     void SetUp() override
     {
         HeadTest::SetUp();
-        RegisterRecordedBoard();
-        WritePrivateProfileString("Board", "Board", "recorded", DefaultDir + "/platform.ini");
+        RegisterQuietBoard();
+        WritePrivateProfileString("Board", "Board", "recording", DefaultDir + "/platform.ini");
         SetMenu(hWndMain, MainMenu());
         numBufFrames = 0;
         PutSection(std::string(kInSbSection) + "numBufFrames=0\n");
@@ -167,7 +167,7 @@ TEST_F(TurningOn, APortThatChangedInTheFileIsTheOneThatIsAsked)
 
 TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
 {
-    SetBoardConfigurationResult(-1);
+    recordingBoard.answers["itx_load_cnf"] = -1;
     EXPECT_EQ(TurnCameraOn("", 1), 1);
     EXPECT_EQ(CameraOn, 1);
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("grab"));

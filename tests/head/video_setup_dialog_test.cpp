@@ -23,7 +23,7 @@
 #include "state/head_state.h"
 #include "state/windows.h"
 #include "support/full_disk.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
 #include "video/video.h"
@@ -278,7 +278,7 @@ TEST_F(VideoSetUpDialog, AFailedUnityIsToldAndTheDialogStays)
 
 TEST_F(VideoSetUpDialog, AFrameOfOneCountIsALineAtItsHeight)
 {
-    SetBoardCounts(8192);  // the middle of the range
+    SetBoardFrames({{8192}});  // the middle of the range
     DecomList.clear();
     Run({Tick(), [](HWND dialog) {
              const std::vector<std::uint32_t> pixels = PlotPixels(dialog);
@@ -329,7 +329,7 @@ TEST_F(VideoSetUpDialog, AFailedReadEndsItAndRestoresTheHead)
     const int result = Run({[&](HWND dialog) {
         OperateScroll(dialog, 651, 0);
         OperatePick(dialog, 624, 7);
-        SetBoardCounts(std::nullopt);
+        SetBoardFrames({});
         head->Taken();
         SendMessage(dialog, WM_TIMER, 1, 0);
         sent = head->Taken();

@@ -11,7 +11,7 @@
 #include "state/frame_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -23,9 +23,9 @@ namespace kelvo {
 void VideoSetUpTest::SetUp()
 {
     HeadTest::SetUp();
-    RegisterRecordedBoard();
-    SetBoardCounts(1000);
-    WritePrivateProfileString("Board", "Board", "recorded", DefaultDir + "/platform.ini");
+    RegisterQuietBoard();
+    SetBoardFrames({{1000}});
+    WritePrivateProfileString("Board", "Board", "recording", DefaultDir + "/platform.ini");
     SetMenu(hWndMain, MainMenu());
     DockPanel();
 }

@@ -180,6 +180,14 @@ struct Outcome {
 
 class OperatorScript : public testing::Test {
   protected:
+    OperatorScript()
+    {
+        live = false;
+        boxAtStart = false;
+        framesShown = 0;
+        windowsClosed = 0;
+    }
+
     Outcome Run(const std::string& script, const std::vector<std::string>& arguments = {})
     {
         CommandLine commandLine;
@@ -786,9 +794,9 @@ TEST(StateRegistry, ReadsAtTheMomentOfAsking)
 
 TEST(StateRegistry, LaterRegistrationReplaces)
 {
-    RegisterState("A", [] { return StateValue(std::int64_t{1}); });
-    RegisterState("A", [] { return StateValue(std::int64_t{2}); });
-    EXPECT_EQ(ReadState("A"), StateValue(std::int64_t{2}));
+    RegisterState("Twice", [] { return StateValue(std::int64_t{1}); });
+    RegisterState("Twice", [] { return StateValue(std::int64_t{2}); });
+    EXPECT_EQ(ReadState("Twice"), StateValue(std::int64_t{2}));
 }
 
 TEST(StateRegistry, NearNamesComeNearestFirst)

@@ -56,6 +56,7 @@ CommandLine Offscreen(double scale)
 
 PictureTest::PictureTest(double scale) : op(std::make_unique<TestOperator>(Offscreen(scale)))
 {
+    commandsSeen.clear();
     SetDefaultDir(directory.Path());
     ActiveCamera = 2;
     ActiveConfig.Hroi = 32;

@@ -1,4 +1,4 @@
-#include "calib/calibration_fixture.h"
+#include "support/calibration_fixture.h"
 
 #include "calib/calibration.h"
 #include "calib/last_set.h"
@@ -15,7 +15,7 @@
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 
 #include <gtest/gtest.h>
 
@@ -37,8 +37,8 @@ void PutEntries(const std::string& path, const std::vector<Entry>& entries)
 void CalibrationTest::SetUp()
 {
     HeadTest::SetUp();
-    RegisterRecordedBoard();
-    WritePrivateProfileString("Board", "Board", "recorded", DefaultDir + "/platform.ini");
+    RegisterQuietBoard();
+    WritePrivateProfileString("Board", "Board", "recording", DefaultDir + "/platform.ini");
     SetMenu(hWndMain, MainMenu());
     PutSetup("ActiveCamera=2\nMark=of the machine\n");
     PutSection(
