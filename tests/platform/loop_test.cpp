@@ -249,6 +249,7 @@ TEST(Quit, LeavesABoxOfTheWayOutToTheOperator)
 
 TEST(LoopProfiles, ReachTheDiskASecondAfterTheWrite)
 {
+    timerTimes.clear();
     TestOperator op;
     HWND window = ShowRecordingWindow();
     const TempDirectory directory;
