@@ -5,7 +5,6 @@
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
-#include "platform/help.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -14,6 +13,7 @@
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/docking.h"
 #include "ui/splash.h"
 #include "ui/status.h"
@@ -270,25 +270,16 @@ void Accept(HWND dialog)
     EndDialog(dialog, 1);
 }
 
-bool OnCommand(HWND dialog, int id, int notification)
-{
-    switch (id) {
-        case kCameraList:
-            if (notification == kSelectionChanged) ShowChosenCamera(dialog);
-            return true;
-        case kIdOk:
-            Accept(dialog);
-            return true;
-        case kIdCancel:
-            EndDialog(dialog, 0);
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpTopic);
-            return true;
-        default:
-            return false;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kCameraList, ShowChosenCamera, kSelectionChanged},
+    {kIdOk, Accept},
+};
+constexpr DialogFrame kFrame{.name = "INITIAL",
+                             .procedure = fnINITIALDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpTopic,
+                             .cantOpen = "Unable to dispay Initialization dialog"};
 
 }  // namespace
 
@@ -299,23 +290,13 @@ void SetRestart(const RestartSteps& steps)
 
 void ConfigurationDialog(HWND window)
 {
-    if (DialogBox("INITIAL", window, fnINITIALDlgProc) == -1) {
-        MessageBox(window, "Unable to dispay Initialization dialog", "System Error");
-    }
+    RunDialog(kFrame, window);
     StatusString(kIdleHint, kLeftAligned);
 }
 
-LRESULT fnINITIALDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnINITIALDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

@@ -9,13 +9,14 @@
 #include "platform/menu.h"
 #include "platform/pointer.h"
 #include "platform/text.h"
-#include "platform/window.h"
 #include "resources/ids.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
+#include "ui/select_file.h"
 #include "ui/status.h"
 #include "video/video.h"
 
@@ -182,10 +183,7 @@ void TurnOnWithCalibration(HWND dialog, const std::string& path)
 
 std::string LastCalibrationPath()
 {
-    std::string drive;
-    std::string directory;
-    SplitPath(IniFilePath, &drive, &directory, nullptr, nullptr);
-    return MakePath(drive, directory, "last", ".cal");
+    return DirectoryOf(IniFilePath) + "last.cal";
 }
 
 void TurnOnWithSelection(HWND dialog)
@@ -198,25 +196,18 @@ void TurnOnWithSelection(HWND dialog)
     EndDialog(dialog, kNothing);
 }
 
-bool OnCommand(HWND dialog, int id)
-{
-    switch (id) {
-        case kVideoSetupButton:
-            TurnOnForVideoSetup(dialog);
-            return true;
-        case kAutoloadLastButton:
-            TurnOnWithCalibration(dialog, LastCalibrationPath());
-            return true;
-        case kAutoloadSelectedButton:
-            TurnOnWithSelection(dialog);
-            return true;
-        case kIdCancel:
-            EndDialog(dialog, kNothing);
-            return true;
-        default:
-            return false;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kVideoSetupButton, TurnOnForVideoSetup},
+    {kAutoloadLastButton, [](HWND dialog) { TurnOnWithCalibration(dialog, LastCalibrationPath()); }},
+    {kAutoloadSelectedButton, TurnOnWithSelection},
+};
+constexpr DialogFrame kFrame{.name = "CLOCK_ON",
+                             .procedure = fnCLOCKONDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .closed = CancelDialog,
+                             .cantOpenIcon = BoxIcon::kStop,
+                             .cantOpenResult = kNothing};
 
 }  // namespace
 
@@ -243,30 +234,15 @@ int TurnCameraOn(const char* argument, int /*flag*/)
 
 int TurnOnDialog(HWND parent)
 {
-    const int result = DialogBox("CLOCK_ON", parent, fnCLOCKONDlgProc);
-    if (result == -1) {
-        MessageBox(parent, "Unable to display dialog", "System Error", BoxIcon::kStop);
-        return kNothing;
-    }
+    const int result = RunDialog(kFrame, parent);
     if (result != kCalibrationLoaded) return result;
     ShowTurnOnItem();
     return kNothing;
 }
 
-LRESULT fnCLOCKONDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnCLOCKONDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam));
-        case WM_CLOSE:
-            EndDialog(dialog, kNothing);
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

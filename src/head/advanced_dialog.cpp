@@ -6,9 +6,7 @@
 #include "head/scope_frame.h"
 #include "head/video_setup.h"
 #include "pixel/unity_coefficients.h"
-#include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/timers.h"
@@ -18,6 +16,7 @@
 #include "state/display_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 
 #include <algorithm>
 #include <optional>
@@ -273,28 +272,22 @@ void Open(HWND dialog)
     MoveBesideSetUp(dialog);
 }
 
-bool ClickSerialBox(HWND dialog, int id)
+void ClickSerialBox(HWND dialog, int id)
 {
     for (const SerialBox& box : kSerialBoxes) {
-        if (box.id != id) continue;
-        FpaSerialWord.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
-        UpdateIntegrationInForce();
-        LoadFpaSerialWord(FpaSerialWord);
-        return true;
+        if (box.id == id) FpaSerialWord.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
     }
-    return false;
+    UpdateIntegrationInForce();
+    LoadFpaSerialWord(FpaSerialWord);
 }
 
-bool ClickTimingBox(HWND dialog, int id)
+void ClickTimingBox(HWND dialog, int id)
 {
     for (const TimingBox& box : kTimingBoxes) {
-        if (box.id != id) continue;
-        HeadTiming.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
-        UpdateIntegrationInForce();
-        LoadHeadTiming(HeadTiming);
-        return true;
+        if (box.id == id) HeadTiming.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
     }
-    return false;
+    UpdateIntegrationInForce();
+    LoadHeadTiming(HeadTiming);
 }
 
 void ClickPixelOrder(HWND dialog)
@@ -303,23 +296,27 @@ void ClickPixelOrder(HWND dialog)
     SetVideoGain(AdPixelOrder);
 }
 
-// Taken over once the typing has come to rest.
-bool ArmApply(HWND dialog, int id)
+void ClickEdit(HWND dialog)
 {
-    if (id == kAdDelay) {
-        SetTimer(dialog, kApplyTimer, kLevelMs);
-        return true;
-    }
+    EnableFields(dialog, IsDlgButtonChecked(dialog, kEditDialog));
+}
+
+// Taken over once the typing has come to rest.
+void ArmApply(HWND dialog, int id)
+{
     const auto* field = std::ranges::find(kNumberFields, id, &NumberField::id);
-    if (field == kNumberFields.end()) return false;
-    SetTimer(dialog, kApplyTimer, field->waitMs);
-    return true;
+    SetTimer(dialog, kApplyTimer, field != kNumberFields.end() ? field->waitMs : kLevelMs);
+}
+
+void ApplyNow(HWND dialog)
+{
+    KillTimer(dialog, kApplyTimer);
+    ApplyAndSend(dialog);
 }
 
 void Accept(HWND dialog)
 {
-    KillTimer(dialog, kApplyTimer);
-    ApplyAndSend(dialog);
+    ApplyNow(dialog);
     SetIntegration(IndexIntegrationTime.at(SlotInUse()));  // means other counters in another window
     SaveVideoSettings(IniFilePath);
     WriteHeadKey("Hroi", ActiveConfig.Hroi);  // so that the window stands at the next start as well
@@ -340,28 +337,32 @@ void Cancel(HWND dialog)
     EndDialog(dialog, 0);
 }
 
-bool OnClick(HWND dialog, int id)
-{
-    switch (id) {
-        case kEditDialog:
-            EnableFields(dialog, IsDlgButtonChecked(dialog, kEditDialog));
-            return true;
-        case kPixelOrder:
-            ClickPixelOrder(dialog);
-            return true;
-        case kIdOk:
-            Accept(dialog);
-            return true;
-        case kIdCancel:
-            Cancel(dialog);
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpAdvancedVideo);
-            return true;
-        default:
-            return ClickSerialBox(dialog, id) || ClickTimingBox(dialog, id);
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kColStart, ArmApply, kEditChanged},
+    {kRowStart, ArmApply, kEditChanged},
+    {kHorizontal, ArmApply, kEditChanged},
+    {kVertical, ArmApply, kEditChanged},
+    {kDelay, ArmApply, kEditChanged},
+    {kAdDelay, ArmApply, kEditChanged},
+    {kColGain, ArmApply, kEditChanged},
+    {kDetBias, ArmApply, kEditChanged},
+    {kPedBias, ArmApply, kEditChanged},
+    OnTimer(kApplyTimer, ApplyNow),
+    {kFpaTestMode, ClickSerialBox},
+    {kFlipCols, ClickSerialBox},
+    {kFlipRows, ClickSerialBox},
+    {kTimingTestMode, ClickTimingBox},
+    {kSuperframe, ClickTimingBox},
+    {kPixelOrder, ClickPixelOrder},
+    {kEditDialog, ClickEdit},
+    {kIdOk, Accept},
+    {kIdCancel, Cancel},
+};
+constexpr DialogFrame kFrame{.name = "ADVANCED",
+                             .procedure = fnADVANCEDDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpAdvancedVideo};
 
 }  // namespace
 
@@ -384,27 +385,12 @@ int ApplyAdvancedFields(HWND dialog)
 int AdvancedDialog(HWND parent)
 {
     setUpDialog = parent;
-    return ShowDialog("ADVANCED", parent, fnADVANCEDDlgProc);
+    return RunDialog(kFrame, parent);
 }
 
-LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            if (HighWord(wParam) == kEditChanged) return ArmApply(dialog, LowWord(wParam));
-            if (HighWord(wParam) == kButtonClicked) return OnClick(dialog, LowWord(wParam));
-            return 0;
-        case WM_TIMER:
-            if (wParam != kApplyTimer) return 0;
-            KillTimer(dialog, kApplyTimer);
-            ApplyAndSend(dialog);
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

@@ -6,7 +6,6 @@
 #include "imagefile/header.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/help.h"
 #include "platform/memory.h"
 #include "platform/text.h"
 #include "platform/window.h"
@@ -14,6 +13,7 @@
 #include "shell/unbuilt.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/select_file.h"
 #include "viewing/viewing.h"
 
@@ -63,11 +63,9 @@ bool ReadField(HWND dialog, int id, std::string_view name, std::int32_t minimum,
         value = *number;
         return true;
     }
-    MessageBox(
-        dialog,
-        Format("%.*s must be a number from %d to %d.", static_cast<int>(name.size()), name.data(), minimum, maximum),
-        kMessageCaption);
-    FocusDlgItem(dialog, id);
+    RefuseField(
+        dialog, id,
+        Format("%.*s must be a number from %d to %d.", static_cast<int>(name.size()), name.data(), minimum, maximum));
     return false;
 }
 
@@ -91,22 +89,26 @@ bool ReadSelection(HWND dialog)
     return true;
 }
 
-LRESULT fnFRAMESDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+void AcceptSelection(HWND dialog)
 {
-    if (message == WM_INITDIALOG) {
-        ShowSelection(dialog);
-        return 1;
-    }
-    if (message != WM_COMMAND) return 0;
-    if (LowWord(wParam) == kIdCancel) EndDialog(dialog, 0);
-    if (LowWord(wParam) == kIdHelp) ShowHelpContext(kHelpSaveBitmap);
-    if (LowWord(wParam) == kIdOk && ReadSelection(dialog)) EndDialog(dialog, 1);
-    return 1;
+    if (ReadSelection(dialog)) EndDialog(dialog, 1);
+}
+
+LRESULT fnFRAMESDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+constexpr DialogEntry kEntries[] = {{kIdOk, AcceptSelection}};
+constexpr DialogFrame kFrame{.name = "FRAMES",
+                             .procedure = fnFRAMESDlgProc,
+                             .open = ShowSelection,
+                             .entries = kEntries,
+                             .helpContext = kHelpSaveBitmap};
+LRESULT fnFRAMESDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 bool AskForSelection()
 {
-    return ShowDialog("FRAMES", hWndMain, fnFRAMESDlgProc) == 1;
+    return RunDialog(kFrame, hWndMain) == 1;
 }
 
 // The rectangle alone, row by row: the bitmap's rows then follow each other without a gap.

@@ -66,6 +66,16 @@ bool TakeSelectedFile(HWND dialog)
     return true;
 }
 
+void OnFileSelected(HWND dialog)
+{
+    TakeSelectedFile(dialog);
+}
+
+void OnDirectoryChosen(HWND dialog)
+{
+    EnterSelectedDirectory(dialog);
+}
+
 void ListPattern(HWND dialog, const std::string& pattern)
 {
     std::string drive;

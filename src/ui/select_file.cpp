@@ -51,14 +51,6 @@ class StatusHint {
     int align_ = 0;
 };
 
-std::string DirectoryOf(std::string_view path)
-{
-    std::string drive;
-    std::string directory;
-    SplitPath(path, &drive, &directory, nullptr, nullptr);
-    return drive + directory;
-}
-
 std::string WithoutLastCharacter(std::string text)
 {
     if (text.size() > 1) text.pop_back();  // the root directory is its own separator
@@ -90,6 +82,14 @@ void ReportDialogError(std::int32_t error)
 }
 
 }  // namespace
+
+std::string DirectoryOf(std::string_view path)
+{
+    std::string drive;
+    std::string directory;
+    SplitPath(path, &drive, &directory, nullptr, nullptr);
+    return drive + directory;
+}
 
 FilterList FiltersFor(std::string_view pattern)
 {

@@ -41,6 +41,9 @@ constexpr int kStatisticsFiles = 3;
 // operator cancelled. Remembers no folder.
 int SelectStatisticsFile(HWND window, std::string& path, int kind);
 
+// The directory that stands in a path, with its drive and its closing separator; empty before a name alone.
+std::string DirectoryOf(std::string_view path);
+
 // The filter list of a pattern, the pattern's own pair first, and its default extension. Any case; a pattern that isn't
 // in the table gets the list of all files and "img".
 struct FilterList {

@@ -5,12 +5,11 @@
 #include "platform/dialog.h"
 #include "platform/directory.h"
 #include "platform/files.h"
-#include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "platform/window.h"
 #include "state/camera_config.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/file_lists.h"
 #include "viewing/saving.h"
 
@@ -149,8 +148,7 @@ std::optional<std::int32_t> WholeNumber(std::string_view text)
 std::nullopt_t RefuseNumber(HWND dialog, int id, std::string_view text)
 {
     Beep();
-    MessageBox(dialog, text, kMessageCaption);
-    FocusDlgItem(dialog, id);
+    RefuseField(dialog, id, text);
     return std::nullopt;
 }
 
@@ -247,26 +245,25 @@ bool AgreeToReplaceSequence(HWND dialog, const std::string& name)
                       BoxButtons::kOkCancel, Button::kCancel) == Button::kOk;
 }
 
-// True when the dialog is done.
-bool Accept(HWND dialog)
+void Accept(HWND dialog)
 {
-    if (EnterSelectedDirectory(dialog)) return false;
+    if (EnterSelectedDirectory(dialog)) return;
     std::string name = GetDlgItemText(dialog, kNameToFile);
     if (name.find('*') != std::string::npos) {
         ListPattern(dialog, name);
-        return false;
+        return;
     }
-    if (name.empty() || name.find('?') != std::string::npos) return false;
+    if (name.empty() || name.find('?') != std::string::npos) return;
     name = WithExtension(WithoutParentPrefix(name), RadioChecked(dialog));
-    if (!AgreeToReplaceSequence(dialog, name)) return false;
+    if (!AgreeToReplaceSequence(dialog, name)) return;
     const std::string before = CurrentDirectory();
     const auto path = WholePath(dialog, name);
     if (!path || !StoreNumbers(dialog)) {
         ChangeDirectory(before);  // the name in the field is meant from there
-        return false;
+        return;
     }
     FilePathBuf = *path;
-    return true;
+    EndDialog(dialog, 1);
 }
 
 // ---- The procedure
@@ -278,78 +275,59 @@ void StoreMultiFrame(HWND dialog)
 }
 
 // One of the two at most.
-void PickBufferBox(HWND dialog, int id, int other)
+void PickBufferBox(HWND dialog, int id)
 {
+    const int other = id == kSaveAverage ? kSaveStdDev : kSaveAverage;
     if (IsDlgButtonChecked(dialog, id)) CheckDlgButton(dialog, other, false);
     SaveAverage = IsDlgButtonChecked(dialog, kSaveAverage) ? 1 : 0;
     SaveStdDev = IsDlgButtonChecked(dialog, kSaveStdDev) ? 1 : 0;
 }
 
-void OkPressed(HWND dialog)
+void PickPattern(HWND dialog, int id)
 {
-    if (Accept(dialog)) EndDialog(dialog, 1);
+    ChangePattern(dialog, PatternOf(id).pattern);
 }
 
-void CancelPressed(HWND dialog)
+void AcceptSelected(HWND dialog)
+{
+    TakeSelectedFile(dialog);
+    Accept(dialog);
+}
+
+void Cancel(HWND dialog)
 {
     ChangeDirectory(directoryAtOpening);
     EndDialog(dialog, 0);
 }
 
-LRESULT RunControl(HWND dialog, int id, int notification)
-{
-    switch (id) {
-        case kIdOk:
-            OkPressed(dialog);
-            return 1;
-        case kIdCancel:
-            CancelPressed(dialog);
-            return 1;
-        case kIdHelp:
-            ShowHelpContext(kHelpTopic);
-            return 1;
-        case kSaveImages:
-        case kSaveSequences:
-        case kSaveAnything:
-        case kSaveBuffers:
-            ChangePattern(dialog, PatternOf(id).pattern);
-            return 1;
-        case kFilesThatFit:
-            TakeSelectedFile(dialog);
-            if (notification == kDoubleClicked) OkPressed(dialog);
-            return 1;
-        case kDirectoriesBelow:
-            if (notification == kDoubleClicked) EnterSelectedDirectory(dialog);
-            return 1;
-        case kMultiFrame:
-            StoreMultiFrame(dialog);
-            return 1;
-        case kSaveAverage:
-            PickBufferBox(dialog, kSaveAverage, kSaveStdDev);
-            return 1;
-        case kSaveStdDev:
-            PickBufferBox(dialog, kSaveStdDev, kSaveAverage);
-            return 1;
-        default:
-            return 0;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kSaveImages, PickPattern},
+    {kSaveSequences, PickPattern},
+    {kSaveAnything, PickPattern},
+    {kSaveBuffers, PickPattern},
+    {kFilesThatFit, OnFileSelected, kSelectionChanged},
+    {kFilesThatFit, AcceptSelected, kDoubleClicked},
+    {kDirectoriesBelow, OnDirectoryChosen, kDoubleClicked},
+    {kMultiFrame, StoreMultiFrame},
+    {kSaveAverage, PickBufferBox},
+    {kSaveStdDev, PickBufferBox},
+    {kIdOk, Accept},
+    {kIdCancel, Cancel},
+};
 
-LRESULT fnSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+constexpr DialogFrame kFrame{
+    .name = "SAVE", .procedure = fnSAVEDlgProc, .open = Open, .entries = kEntries, .helpContext = kHelpTopic};
+LRESULT fnSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    if (message == WM_INITDIALOG) {
-        Open(dialog);
-        return 1;
-    }
-    if (message != WM_COMMAND) return 0;
-    return RunControl(dialog, LowWord(wParam), HighWord(wParam));
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace
 
 int SaveDialog(HWND window)
 {
-    return ShowDialog("SAVE", window, fnSAVEDlgProc) == 1 ? 1 : 0;
+    return RunDialog(kFrame, window) == 1 ? 1 : 0;
 }
 
 }  // namespace kelvo
