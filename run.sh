@@ -4,10 +4,8 @@ set -eu
 top=$(cd "$(dirname "$0")" && pwd)
 "$top/cmake/install-packages.sh"
 
-build=$top/build/release
-[ -f "$build/build.ninja" ] || cmake -S "$top" --preset release >/dev/null
-ninja -C "$build" --quiet kelvo
-kelvo=$build/src/kelvo
+(cd "$top" && cmake --preset release >/dev/null && cmake --build --preset release -- --quiet)
+kelvo=$top/build/release/src/kelvo
 
 if [ $# -gt 0 ] || [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
     exec "$kelvo" "$@"

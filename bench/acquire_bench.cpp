@@ -10,6 +10,7 @@
 #include "grabber/host_frames.h"
 #include "median.h"
 #include "platform/profile.h"
+#include "rounds.h"
 #include "state/camera_config_write.h"
 #include "state/windows_write.h"
 
@@ -30,7 +31,7 @@ constexpr int kWidth = 640;
 constexpr int kHeight = 512;
 constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
 constexpr int kFrames = 8;
-constexpr int kRounds = 300;
+int rounds = 300;  // or what the first argument says
 
 const std::vector<std::int16_t> boardFrame(kPixels, 7500);
 
@@ -94,7 +95,7 @@ void MeasureCapture()
     std::vector<std::vector<std::int16_t>> targets(kFrames, std::vector<std::int16_t>(kPixels));
     Pair pair;
     bool whole = true;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         pair.work.push_back(Microseconds([&] { whole = CaptureToHostFrames(kFrames, 0) == kFrames && whole; }) /
                             kFrames);
         pair.copy.push_back(Microseconds([&] {
@@ -118,7 +119,7 @@ void MeasureSums(const char* name, bool withSquares, double goal)
     std::vector<double> squares(withSquares ? kPixels : 0);
     Copy copy(kPixels * (withSquares ? 26 : 10));
     Pair pair;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         pair.work.push_back(Microseconds([&] { AddFrame(boardFrame, sums, squares); }));
         pair.copy.push_back(Microseconds([&] { copy(); }));
     }
@@ -127,8 +128,9 @@ void MeasureSums(const char* name, bool withSquares, double goal)
 
 }  // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    rounds = RoundsOf(argc, argv, rounds);
     std::string directory = (std::filesystem::temp_directory_path() / "kelvo-bench-XXXXXX").string();
     if (!mkdtemp(directory.data())) return 1;
     if (OpenMemoryBoard(directory)) MeasureCapture();

@@ -7,6 +7,7 @@
 #include "calib/two_point.h"
 #include "median.h"
 #include "pixel/bad_pixels.h"
+#include "rounds.h"
 #include "state/cal_settings_write.h"
 #include "state/camera_config.h"
 
@@ -25,7 +26,7 @@ using namespace kelvo;
 constexpr std::int32_t kColumns = 640;
 constexpr std::int32_t kRows = 512;
 constexpr std::size_t kPixels = std::size_t{kColumns} * kRows;
-constexpr int kRounds = 40;
+int rounds = 40;                          // or what the first argument says
 constexpr double kFramePeriodUs = 10000;  // 100 Hz
 constexpr double kFramesOfARun = 60;
 
@@ -80,8 +81,9 @@ void Copy(const std::vector<Entry>& from, std::vector<Entry>& to)
 
 }  // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    rounds = RoundsOf(argc, argv, rounds);
     CameraConfig config;
     config.Vroi = kRows;
     config.Hroi = kColumns;
@@ -100,7 +102,7 @@ int main()
         std::ranges::fill(lists.bad, std::uint8_t{0});
         return MicrosecondsOnce([&] { whole = Calculate(sums, lists, config); });
     };
-    for (int round = 0; round < kRounds && whole; ++round) {
+    for (int round = 0; round < rounds && whole; ++round) {
         copy.push_back(Microseconds([&] {
             Copy(kept.low, copiedSums.low);
             Copy(kept.high, copiedSums.high);

@@ -7,6 +7,7 @@
 #include "median.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/decommutation.h"
+#include "rounds.h"
 #include "state/cal_settings_write.h"
 #include "state/camera_config.h"
 
@@ -23,7 +24,7 @@ using namespace kelvo;
 
 constexpr std::int32_t kSide = 1024;
 constexpr std::size_t kPixels = std::size_t{kSide} * kSide;
-constexpr int kRounds = 40;
+int rounds = 40;  // or what the first argument says
 
 CameraConfig FourChannels()
 {
@@ -53,8 +54,9 @@ struct Figures {
 
 }  // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    rounds = RoundsOf(argc, argv, rounds);
     const CameraConfig config = FourChannels();
     const BadDetMap bad = TwoPercentBad();
     write::calSet.CalSettings.PRSfile = KELVO_DEFAULTS "/nearccw.prs";
@@ -63,7 +65,7 @@ int main()
     Figures replace;
     DecomTable target(kPixels);
     bool whole = true;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         std::optional<DecomTable> table;
         build.work.push_back(Microseconds([&] { table = BuildDecomList(config, 0); }));
         whole = whole && table;

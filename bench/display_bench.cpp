@@ -8,6 +8,7 @@
 #include "display/frame_bitmap.h"
 #include "display/lookup_table.h"
 #include "imagefile/header_write.h"
+#include "rounds.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 
@@ -29,7 +30,7 @@ using namespace kelvo;
 constexpr int kWidth = 640;
 constexpr int kHeight = 512;
 constexpr std::size_t kPixels = std::size_t{kWidth} * kHeight;
-constexpr int kRounds = 400;
+int rounds = 400;  // or what the first argument says
 
 // Neighbours in a picture are alike, in noise they are not: the table is met in different ways.
 std::vector<std::int16_t> Noise()
@@ -87,7 +88,7 @@ void Measure(const char* name, const std::vector<std::int16_t>& frame)
     std::vector<double> bitmap;
     std::vector<double> plain;
     std::vector<double> memory;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         bitmap.push_back(Microseconds([&] { benchmark::DoNotOptimize(MakeFrameBitmap(frame, nullptr)); }));
         plain.push_back(Microseconds([&] { PlainLoop(frame, grays); }));
         memory.push_back(Microseconds([&] { std::memcpy(copy.data(), source.data(), copy.size()); }));
@@ -100,8 +101,9 @@ void Measure(const char* name, const std::vector<std::int16_t>& frame)
 
 }  // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    rounds = RoundsOf(argc, argv, rounds);
     write::frames.ViewingFile = 1;
     write::file.ImageHeader.ImageWidth = kWidth;
     write::file.ImageHeader.ImageHeight = kHeight;

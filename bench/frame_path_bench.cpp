@@ -10,6 +10,7 @@
 #include "median.h"
 #include "opencv_chain.h"
 #include "plain_loop.h"
+#include "rounds.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -23,7 +24,7 @@ namespace {
 
 using namespace kelvo;
 
-constexpr int kRounds = 300;
+int rounds = 300;  // or what the first argument says
 
 struct Size {
     std::size_t width;
@@ -118,7 +119,8 @@ bool Measure(const Size& size, Gather gather)
     std::vector<std::uint8_t> target(source.size());
     Output fast(size), plain(size), openCv(size), openCvStrips(size);
 
-    const auto runFast = [&] { CorrectAndLookUp(*plan, input.raw, *input.table, fast.frame, fast.pixels); };
+    const GrayRows grays{input.table.get(), fast.pixels.data(), static_cast<std::ptrdiff_t>(size.width), size.height};
+    const auto runFast = [&] { CorrectAndLookUp(*plan, input.raw, fast.frame, grays); };
     const auto runPlain = [&] {
         PlainLoop(input.decom.data(), input.offset.data(), input.gain.data(), 0, input.raw.data(), input.table->data(),
                   size.Pixels(), plain.frame.data(), plain.pixels.data());
@@ -134,7 +136,7 @@ bool Measure(const Size& size, Gather gather)
     }
 
     Times times;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         times.fast.push_back(Microseconds(runFast));
         times.plain.push_back(Microseconds(runPlain));
         times.copy.push_back(Microseconds([&] { std::memcpy(target.data(), source.data(), source.size()); }));
@@ -148,8 +150,9 @@ bool Measure(const Size& size, Gather gather)
 
 }  // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    rounds = RoundsOf(argc, argv, rounds);
     bool same = true;
     for (const Size size : {Size{320, 256}, Size{640, 512}, Size{1024, 1024}}) {
         for (const Gather gather : {Gather::kIdentity, Gather::kFourChannels, Gather::kSubstituted}) {

@@ -1,9 +1,19 @@
 -- Live video for a minute: what became of the frames, and how soon a command is answered meanwhile. Started by live_bench.sh.
+-- The second argument "any": the result is 0 whatever was measured.
 local seconds = tonumber(arg and arg[1]) or 60
+local any = arg and arg[2] == "any"
 local allowedMs = 50
 
-if box() then answer("ok") end
-press(1070)
+local function in_front(name)
+  assert(dialog() == name, dialog() or box() and box().text)
+end
+in_front("CLOCK_ON")
+press(1070)  -- by the video set-up
+in_front("QVF1058")
+press(1)
+in_front("CALIB")
+press(2)  -- it needn't be calibrated
+assert(dialog() == nil and box() == nil and state("LiveVideo") == 1)
 frames(100)  -- windows, plan and caches have settled
 
 local function account()
@@ -43,4 +53,4 @@ print(string.format("%d x %d, %.1f s: %d frames delivered (%.1f Hz), %d shown, %
                     state("Hroi"), state("Vroi"), (nowMs - startMs) / 1000, delivered,
                     delivered * 1000 / (nowMs - startMs), stop.shown - start.shown, lost, stop.missed - start.missed))
 print(string.format("%d commands, the slowest answered after %d ms (at most %d)", commands, slowest, allowedMs))
-return lost == 0 and slowest <= allowedMs and 0 or 1
+return (any or lost == 0 and slowest <= allowedMs) and 0 or 1

@@ -4,6 +4,7 @@
 //
 // 640 x 512 detectors as shipped. A camera of 100 Hz leaves 10 ms a frame. Rounds go in turn; each figure is the
 // median.
+#include "rounds.h"
 #include "simcam/sim_camera.h"
 #include "state/windows.h"
 
@@ -28,7 +29,7 @@ using namespace kelvo;
 constexpr int kColumns = 640;
 constexpr int kRows = 512;
 constexpr std::size_t kPixels = std::size_t{kColumns} * kRows;
-constexpr int kRounds = 200;
+int rounds = 200;  // or what the first argument says
 
 // As its camera section programs it: 100 Hz, integration row 195.
 std::shared_ptr<SimCamera> OpenProgrammed(const std::string& path)
@@ -84,8 +85,9 @@ void PutCopyWithScheme(const std::filesystem::path& from, const std::filesystem:
 
 }  // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    rounds = RoundsOf(argc, argv, rounds);
     const std::filesystem::path defaults = KELVO_DEFAULTS;
     const std::filesystem::path quartersFile = std::filesystem::temp_directory_path() / "kelvo-bench-quarters.cnf";
     PutCopyWithScheme(defaults / "insb640.cnf", quartersFile);
@@ -111,14 +113,14 @@ int main()
          },
          {}},
     };
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         for (Contender& each : contenders) {
             each.milliseconds.push_back(MillisecondsOf([&] { each.work(round); }));
         }
     }
     for (Contender& each : contenders) {
         std::ranges::sort(each.milliseconds);
-        const double median = each.milliseconds[kRounds / 2];
+        const double median = each.milliseconds[each.milliseconds.size() / 2];
         std::printf("%-28s %7.3f ms a frame, %5.1f %% of 10 ms\n", each.name, median, median * 10);
     }
     std::filesystem::remove(quartersFile);

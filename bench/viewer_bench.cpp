@@ -6,6 +6,7 @@
 #include "imagefile/frame_file.h"
 #include "imagefile/header.h"
 #include "platform/files.h"
+#include "rounds.h"
 
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
@@ -25,7 +26,7 @@ using namespace kelvo;
 constexpr int kFrames = 4000;
 constexpr int kWidth = 160;
 constexpr int kHeight = 120;
-constexpr int kRounds = 2000;
+int rounds = 2000;  // or what the first argument says
 
 ImageHeaderRecord MakeHeader()
 {
@@ -74,8 +75,9 @@ long PeakKb()
 
 }  // namespace
 
-int main()
+int main(int argc, char** argv)
 {
+    rounds = RoundsOf(argc, argv, rounds);
     std::string directory = (std::filesystem::temp_directory_path() / "kelvo-bench-XXXXXX").string();
     if (!mkdtemp(directory.data())) return 1;
     const std::string path = MakeFile(directory);
@@ -85,7 +87,7 @@ int main()
     std::vector<std::uint8_t> block;
     std::vector<double> first;
     std::vector<double> last;
-    for (int i = 0; i < kRounds; ++i) {  // side by side: what disturbs one disturbs the other
+    for (int i = 0; i < rounds; ++i) {  // side by side: what disturbs one disturbs the other
         first.push_back(ReadSeconds(*file, 0, block));
         last.push_back(ReadSeconds(*file, kFrames - 1, block));
     }

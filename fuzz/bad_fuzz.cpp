@@ -1,6 +1,7 @@
 // A list of bad detectors, read into maps of several regions.
 #include "pixel/bad_pixels.h"
 #include "quiet_boxes.h"
+#include "reset/reset.h"
 #include "state/camera_config.h"
 #include "temp_file.h"
 
@@ -22,6 +23,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    kelvo::ResetModules();
     static kelvo::FuzzFile input;
     const std::string& path = input.Put(data, size);
     // The size chooses the region: one reading an input, since each may tell of many lines.

@@ -1,5 +1,6 @@
 // A bitmap file: read, looked at as a block, turned into a picture, and saved again.
 #include "dibapi32/dibapi32.h"
+#include "reset/reset.h"
 #include "temp_file.h"
 
 #include <cstddef>
@@ -26,6 +27,7 @@ void LookAt(const kelvo::Dib& dib)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    kelvo::ResetModules();
     static kelvo::FuzzFile input;
     static kelvo::FuzzFile output;
     std::optional<kelvo::File> file = kelvo::File::Open(input.Put(data, size), kelvo::FileMode::kRead);

@@ -3,6 +3,7 @@
 #include "pixel/decommutation.h"
 #include "platform/files.h"
 #include "quiet_boxes.h"
+#include "reset/reset.h"
 #include "state/camera_config.h"
 #include "state/windows_write.h"
 #include "temp_file.h"
@@ -27,9 +28,10 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    kelvo::ResetModules();
     static kelvo::FuzzFile input;
     const std::string& path = input.Put(data, size);
-    kelvo::SetDefaultDir(std::filesystem::path(path).parent_path());
+    kelvo::SetDefaultDir(std::filesystem::path(path).parent_path().string());
     if (!kelvo::CopyFileTo(path, kelvo::DecomTempPath(), false)) __builtin_trap();
     const auto& [rows, columns] = kSides[size % std::size(kSides)];
     kelvo::CameraConfig config;

@@ -4,9 +4,11 @@
 // sent: the number of bytes that come back (low 3 bits), and those bytes; 8 in the number echoes the frame instead.
 // Where the input ends the head echoes all.
 #include "head/camera_head.h"
+#include "head/identify_head.h"
+#include "head/program_head.h"
 #include "platform/clock.h"
-#include "platform/profile.h"
 #include "platform/serial.h"
+#include "reset/reset.h"
 #include "state/camera_config_write.h"
 #include "state/frame_state_write.h"
 #include "state/head_state.h"
@@ -84,14 +86,12 @@ void CheckStep(std::int32_t result, std::size_t mostFrames)
     framesSent = 0;
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
+// As the program starts: nothing of the input before is left, neither in memory nor in the directory.
+void Start()
 {
-    const char* const base = getenv("TMPDIR");
-    directory = std::string(base ? base : "/tmp") + "/kelvo-fuzz-XXXXXX";
-    if (!mkdtemp(directory.data())) abort();
-    atexit([] { std::filesystem::remove_all(directory); });
+    kelvo::ResetModules();
+    std::filesystem::remove_all(directory);
+    Check(std::filesystem::create_directory(directory));
     Put("platform.ini", "[Ports]\nCOM2=sim:fuzz\n");
     Put("camera.ini",
         "[Camera.2]\nDescription=InSb\nHactive=320\nVactive=256\n[Camera.3]\nDescription=J108\nHactive=64\nVactive="
@@ -101,6 +101,18 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
     kelvo::SetSimulatedLines([](const std::string&, std::string&) {
         return kelvo::SimulatedLine{.write = Write, .read = Read, .purge = [] { line.clear(); }};
     });
+    line.clear();
+    framesSent = 0;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
+{
+    const char* const base = getenv("TMPDIR");
+    directory = std::string(base ? base : "/tmp") + "/kelvo-fuzz-XXXXXX";
+    if (!mkdtemp(directory.data())) abort();
+    atexit([] { std::filesystem::remove_all(directory); });
     // A program without windows tells its boxes on this stream, where they would drown all else.
     stderr = std::fopen("/dev/null", "w");
     return stderr ? 0 : 1;
@@ -109,11 +121,10 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     if (size == 0) return 0;
+    Start();
     answers = Bytes(data + 1, size - 1);
     kelvo::write::camera.ActiveCamera = (data[0] & 1) != 0 ? 3 : 2;
     kelvo::write::camera.nCommPort = 2;
-    kelvo::write::frames.CameraOn = 0;
-    framesSent = 0;
     CheckStep(kelvo::IdentifyCameraHead(), kFramesOfAGreeting);
     Check(kelvo::HeadTiming.HeadModel == 0 || kelvo::HeadTiming.HeadModel == kelvo::kInSbHead ||
           kelvo::HeadTiming.HeadModel == kelvo::kHgCdTeHead);

@@ -1,6 +1,7 @@
 // An image file: its header, and records of it, turned into counts.
 #include "imagefile/frame_file.h"
 #include "imagefile/header.h"
+#include "reset/reset.h"
 #include "state/frame_state_write.h"
 #include "temp_file.h"
 
@@ -30,6 +31,7 @@ void ReadRecord(kelvo::File& file, const kelvo::ImageHeaderRecord& header, std::
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    kelvo::ResetModules();
     static kelvo::FuzzFile input;
     const std::string& path = input.Put(data, size);
     kelvo::write::frames.SteppingFrames = 1;  // what can't be opened only beeps

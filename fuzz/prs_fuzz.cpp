@@ -1,6 +1,7 @@
 // A search pattern, used on a map with bad pixels: no entry may come from anywhere but a good pixel of the region.
 #include "pixel/bad_pixels.h"
 #include "quiet_boxes.h"
+#include "reset/reset.h"
 #include "state/cal_settings_write.h"
 #include "state/camera_config.h"
 #include "temp_file.h"
@@ -17,6 +18,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
+    kelvo::ResetModules();
     static kelvo::FuzzFile input;
     kelvo::write::calSet.CalSettings.PRSfile = input.Put(data, size);
     kelvo::CameraConfig config;

@@ -2,11 +2,12 @@
 //
 // The first byte chooses: 1 the log is on, 2 the rest of the input is the old log; otherwise it is a conversation, each
 // part of it four bytes of a frame, the number of bytes that come back, and those bytes.
-#include "head/comm_link.h"
+#include "head/comm_link_write.h"
 #include "platform/clock.h"
 #include "platform/profile_text.h"
 #include "platform/serial.h"
 #include "platform/text.h"
+#include "reset/reset.h"
 #include "state/camera_config_write.h"
 #include "state/windows_write.h"
 
@@ -77,7 +78,7 @@ Bytes Take(Bytes& input, std::size_t count)
 void HoldTransaction(CommFrame frame, Bytes answer, bool echo)
 {
     reply = answer;
-    kelvo::CommEchoMode = echo ? 1 : 0;
+    kelvo::write::link.CommEchoMode = echo ? 1 : 0;
     CommFrame given = frame;
     const bool good = answer.size() >= frame.size() && answer[0] != kRefusal;
     Check(kelvo::WriteCommFrame(given, given.size()) == (!echo || good ? 1 : 0));
@@ -117,14 +118,19 @@ void RotateLog(std::string_view old, bool logs)
     if (logs) Check(kelvo::ProfileText(Contents("CommLog.txt"), "CommLog", "Write000", "") == "20 00 00 00 OK");
 }
 
-void StartRun(bool logs)
+// As the program starts: nothing of the input before is left, neither in memory nor in the directory.
+void Start(bool logs)
 {
-    std::filesystem::remove(directory + "/CommLog.txt");
-    std::filesystem::remove(directory + "/PreviousCommLog.txt");
-    kelvo::write::windows.IniFilePath = directory + (logs ? "/logs.ini" : "/silent.ini");
-    kelvo::CommLogReady = 0;
-    kelvo::CommWriteCount = 0;
-    kelvo::CommWriteReadCount = 0;
+    kelvo::ResetModules();
+    std::filesystem::remove_all(directory);
+    Check(std::filesystem::create_directory(directory));
+    Put("platform.ini", "[Ports]\nCOM2=sim:fuzz\n");
+    Put("kelvo.ini", logs ? "[Setup]\nCommLog=1\n" : "");
+    kelvo::SetDefaultDir(directory);
+    kelvo::UseVirtualClock(0);
+    kelvo::SetSimulatedLines(MakeLine);
+    kelvo::write::camera.nCommPort = 2;
+    Check(kelvo::OpenXComm() == 1);
 }
 
 }  // namespace
@@ -135,14 +141,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/)
     directory = std::string(base ? base : "/tmp") + "/kelvo-fuzz-XXXXXX";
     if (!mkdtemp(directory.data())) abort();
     atexit([] { std::filesystem::remove_all(directory); });
-    Put("platform.ini", "[Ports]\nCOM2=sim:fuzz\n");
-    Put("logs.ini", "[Setup]\nCommLog=1\n");
-    Put("silent.ini", "");
-    kelvo::SetDefaultDir(directory);
-    kelvo::UseVirtualClock(0);
-    kelvo::SetSimulatedLines(MakeLine);
-    kelvo::write::camera.nCommPort = 2;
-    return kelvo::OpenXComm() == 1 ? 0 : 1;
+    return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -150,7 +149,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size == 0) return 0;
     const bool logs = (data[0] & 1) != 0;
     const Bytes rest(data + 1, size - 1);
-    StartRun(logs);
+    Start(logs);
     if ((data[0] & 2) != 0) {
         RotateLog({reinterpret_cast<const char*>(rest.data()), rest.size()}, logs);
     } else {

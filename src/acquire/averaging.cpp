@@ -4,7 +4,7 @@
 #include "grabber/board.h"
 #include "grabber/correction.h"
 #include "grabber/frame_size.h"
-#include "grabber/host_frames.h"
+#include "grabber/host_frames_write.h"
 #include "platform/box.h"
 #include "platform/memory.h"
 #include "platform/text.h"
@@ -184,7 +184,8 @@ template <typename T>
 void TakeFrozenFrame(Run<T>& run)
 {
     if (!HostFrames.empty()) {
-        std::copy_n(RawFrame.begin(), std::min(RawFrame.size(), HostFrames[0].size()), HostFrames[0].begin());
+        std::copy_n(RawFrame.begin(), std::min(RawFrame.size(), HostFrames[0].size()),
+                    write::hostFrames.HostFrames[0].begin());
     }
     ReadStoredFrame(run, run.rectangle, 0);
     AddWork(run, true);

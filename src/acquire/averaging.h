@@ -11,6 +11,7 @@ namespace kelvo {
 constexpr std::uint32_t kAverage16 = 0x001;        // the mean, rounded down, 16 bits
 constexpr std::uint32_t kSum32 = 0x004;            // the sum, 32-bit integers, not divided
 constexpr std::uint32_t kAverageFloat = 0x008;     // the mean, 32-bit floats
+constexpr std::uint32_t kWithoutBoard = 0x020;     // passed by callers that have none; not tested
 constexpr std::uint32_t kTakeNewFrames = 0x040;    // when clear, see kUseStoredFrames
 constexpr std::uint32_t kPlainFrame = 0x080;       // passed by some callers; not tested
 constexpr std::uint32_t kShowProgress = 0x200;     // in the status window

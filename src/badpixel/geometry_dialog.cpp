@@ -7,16 +7,16 @@
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
-#include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/docking.h"
 #include "ui/status.h"
 
@@ -45,8 +45,6 @@ constexpr int kSecondCamera = 1602;
 constexpr int kSet = 1604;
 constexpr int kCommit = 1606;  // no control of its own: what Set and Ok have in common
 constexpr int kDescriptionText = 1608;
-constexpr int kHelpTopic = 290;
-constexpr int kDialogHint = 122;  // status strings
 constexpr std::size_t kPairCharacters = 11;
 constexpr std::array kListControls{kBadList, kRemove, kPairEdit, kAdd};
 // In the current directory.
@@ -174,7 +172,7 @@ void OfferList(HWND dialog)
 
 void Open(HWND dialog)
 {
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kImageSetupHint, kLeftAligned);
     if (!CameraOn) settingsChanged = false;
     listDirty = false;
     listDisabled = true;
@@ -295,7 +293,7 @@ void Set()
 {
     Commit();
     RebuildTable(ActiveConfig);
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kImageSetupHint, kLeftAligned);
     settingsChanged = false;
     MarkSelected();
 }
@@ -319,62 +317,49 @@ void PickLine(HWND dialog)
     MarkSelected();
 }
 
-bool OnCommand(HWND dialog, int id, int notification)
-{
-    switch (id) {
-        case kFlipHorizontalBox:
-        case kFlipVerticalBox:
-        case kRotateBox:
-        case kReplaceBox:
-            TakeFlag(dialog, id);
-            return true;
-        case kBadList:
-            if (notification == kSelectionChanged) PickLine(dialog);
-            return true;
-        case kRemove:
-            RemoveSelected(dialog);
-            return true;
-        case kAdd:
-            AddTyped(dialog);
-            return true;
-        case kSet:
-            Set();
-            return true;
-        case kCommit:
-            Commit();
-            return true;
-        case kIdOk:
-        case kIdCancel:
-            Close(dialog);
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpTopic);
-            return true;
-        default:
-            return false;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kFlipHorizontalBox, TakeFlag},
+    {kFlipVerticalBox, TakeFlag},
+    {kRotateBox, TakeFlag},
+    {kReplaceBox, TakeFlag},
+    {kBadList, PickLine, kSelectionChanged},
+    {kRemove, RemoveSelected},
+    {kAdd, AddTyped},
+    {kSet, [](HWND /*dialog*/) { Set(); }},
+    {kCommit, [](HWND /*dialog*/) { Commit(); }},
+    {kIdOk, Close},
+    {kIdCancel, Close},
+};
+constexpr DialogFrame kFrame{.name = "GEOMETRY",
+                             .procedure = fnGEOMETRYDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpImageSetup};
 
 }  // namespace
 
 int GeometryDialog(HWND window)
 {
-    const int result = ShowDialog("GEOMETRY", window, fnGEOMETRYDlgProc);
+    const int result = RunDialog(kFrame, window);
     RemoveMark();
     return result;
 }
 
-LRESULT fnGEOMETRYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnGEOMETRYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
+}
+
+void ResetGeometryDialog()
+{
+    for (Flag& flag : flags) flag.copy = 0;
+    settingsChanged = false;
+    listDirty = false;
+    listDisabled = true;
+    selectedLine = 0;
+    listed.clear();
+    scratchLines.clear();
+    scratchStands = false;
 }
 
 }  // namespace kelvo

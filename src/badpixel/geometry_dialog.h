@@ -14,4 +14,7 @@ int GeometryDialog(HWND window);
 
 LRESULT fnGEOMETRYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
+// As before the dialog was first opened. The scratch file stays.
+void ResetGeometryDialog();
+
 }  // namespace kelvo

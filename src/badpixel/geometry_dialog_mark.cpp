@@ -118,4 +118,9 @@ void RemoveMark()
     RepaintPicture();
 }
 
+void ResetMark()
+{
+    markedPixel.reset();
+}
+
 }  // namespace kelvo

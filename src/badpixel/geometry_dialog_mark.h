@@ -30,4 +30,7 @@ std::vector<PixelPair> OutlineOf(const PixelPair& pixel, const Point& size);
 void MarkPixel(const PixelPair& pixel);
 void RemoveMark();
 
+// No pixel is marked; nothing is painted.
+void ResetMark();
+
 }  // namespace kelvo

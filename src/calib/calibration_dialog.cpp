@@ -1,18 +1,20 @@
-// The CALIB dialog: what a calibration run works with.
-#include "calib/calibration.h"
+#include "calib/calibration_dialog.h"
+
+#include "calib/calibration_selection.h"
+#include "calib/calibration_set.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/files.h"
-#include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/cal_settings_write.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
 
@@ -41,8 +43,6 @@ constexpr int kGainRangeEdit = 1220;
 constexpr int kLoadButton = 1222;
 constexpr int kReplaceBadBox = 1306;
 
-constexpr int kHelpTopic = 320;
-constexpr int kDialogHint = 130;
 constexpr std::string_view kSubstitutionOff = "Warning: Bad Pixel Substitution is OFF";
 
 // The limits stand as they are though the words tell narrower ones: ranges above 1 and a count of 0 are in use.
@@ -72,17 +72,9 @@ void ChooseNewFile(HWND dialog)
     CheckRadioButton(dialog, kPermanentFile, kUsersFile, kNewFile);
 }
 
-std::string InSettingsDirectory(std::string_view file)
-{
-    std::string drive;
-    std::string directory;
-    SplitPath(IniFilePath, &drive, &directory, nullptr, nullptr);
-    return drive + directory + std::string(file);
-}
-
 void ChooseStoredList(HWND dialog, const StoredList& list)
 {
-    const std::string path = InSettingsDirectory(list.file);
+    const std::string path = DirectoryOf(IniFilePath) + list.file;
     std::optional<File> file = File::Open(path, FileMode::kRead);
     if (!file) {
         ChooseNewFile(dialog);
@@ -144,7 +136,7 @@ void ShowNoiseLimit(HWND dialog)
 void ShowHint(bool substitutionOn)
 {
     if (substitutionOn) {
-        StatusString(kDialogHint, kLeftAligned);
+        StatusString(kCalibrationHint, kLeftAligned);
     } else {
         StatusMessage(kSubstitutionOff, kLeftAligned);
     }
@@ -324,37 +316,21 @@ void LoadPrevious(HWND dialog)
     }
 }
 
-bool OnCommand(HWND dialog, int id)
-{
-    switch (id) {
-        case kPermanentFile:
-        case kLastFile:
-        case kNewFile:
-        case kUsersFile:
-            ChooseFile(dialog, id);
-            return true;
-        case kReplaceBadBox:
-            ClickReplaceBad(dialog);
-            return true;
-        case kReplaceNoisyBox:
-            ShowNoiseLimit(dialog);
-            return true;
-        case kLoadButton:
-            LoadPrevious(dialog);
-            return true;
-        case kIdOk:
-            Accept(dialog);
-            return true;
-        case kIdCancel:
-            EndDialog(dialog, 0);
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpTopic);
-            return true;
-        default:
-            return false;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kPermanentFile, ChooseFile},
+    {kLastFile, ChooseFile},
+    {kNewFile, ChooseFile},
+    {kUsersFile, ChooseFile},
+    {kReplaceBadBox, ClickReplaceBad},
+    {kReplaceNoisyBox, ShowNoiseLimit},
+    {kLoadButton, LoadPrevious},
+    {kIdOk, Accept},
+};
+constexpr DialogFrame kFrame{.name = "CALIB",
+                             .procedure = fnCALIBDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpNewCalibration};
 
 }  // namespace
 
@@ -364,20 +340,12 @@ int RunCalibrationDialog(HWND window)
         MessageBox(window, "Camera must be turned on before calibrating", "Kelvo Message");
         return 0;
     }
-    return ShowDialog("CALIB", window, fnCALIBDlgProc);
+    return RunDialog(kFrame, window);
 }
 
-LRESULT fnCALIBDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnCALIBDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam));
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

@@ -6,16 +6,16 @@
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
-#include "platform/help.h"
 #include "platform/memory.h"
 #include "platform/paint.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 
 #include <algorithm>
 #include <cmath>
@@ -165,6 +165,30 @@ void DrawLegend(HWND dialog)
     }
 }
 
+void Open(HWND dialog)
+{
+    if (shown) SetDlgItemText(dialog, kText, ReportText(*shown));
+    for (const int id : {kMap, kLegend}) DlgItemWindow(dialog, id);  // surfaces before the layout
+    CentreDialog(dialog);
+}
+
+void Close(HWND dialog)
+{
+    EndDialog(dialog, 1);
+}
+
+constexpr DialogEntry kEntries[] = {
+    OnPaint(kMap, DrawMap),
+    OnPaint(kLegend, DrawLegend),
+    {kIdOk, Close},
+    {kIdCancel, Close},
+};
+constexpr DialogFrame kFrame{.name = "CALREPORT",
+                             .procedure = fnCALREPORTDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpCalibrationReport};
+
 }  // namespace
 
 std::optional<NonUniformity> NonUniformityOf(std::span<const std::int16_t> values, std::span<const std::uint8_t> use,
@@ -278,33 +302,13 @@ void ShowResult(HWND window, const std::string& text, std::string_view caption, 
 {
     if (MessageBox(window, text, caption, BoxIcon::kInformation, BoxButtons::kOkReport) != Button::kReport) return;
     shown = &report;
-    ShowDialog("CALREPORT", window, fnCALREPORTDlgProc);
+    RunDialog(kFrame, window);
     shown = nullptr;
 }
 
-LRESULT fnCALREPORTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnCALREPORTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            if (shown) SetDlgItemText(dialog, kText, ReportText(*shown));
-            for (const int id : {kMap, kLegend}) DlgItemWindow(dialog, id);  // surfaces before the layout
-            CentreDialog(dialog);
-            return 1;
-        case WM_DRAWITEM:
-            if (wParam == kMap) DrawMap(dialog);
-            if (wParam == kLegend) DrawLegend(dialog);
-            return 1;
-        case WM_COMMAND:
-            if (LowWord(wParam) == kIdHelp) {
-                ShowHelpContext(kHelpCalibrationReport);
-                return 1;
-            }
-            if (LowWord(wParam) != kIdOk && LowWord(wParam) != kIdCancel) return 0;
-            EndDialog(dialog, 1);
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

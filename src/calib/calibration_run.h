@@ -1,4 +1,4 @@
-// Two-point and one-point calibration: from frames of one or two sources to the lists in force and their files.
+// What the two calibration runs have in common (two_point_run.h, one_point_run.h).
 //
 // A run is one long procedure: it asks for the sources (CAL_COLD, CAL_HOT), gathers CalSettings.NumFrames frames of
 // each through AverageFrames, calculates (calib/two_point.h, calib/one_point.h), installs the lists, replaces bad
@@ -6,36 +6,117 @@
 // started before each capture if the image is frozen. The files of a set change as one thing (calib/last_set.h): a run
 // that doesn't complete leaves the former ones.
 //
-// A run that fails, or is cancelled once it has begun, leaves the camera uncalibrated: CalType 0, the plain table, gain
-// 1 and one offset for all. What differs from that is told below.
+// Each run is a table of steps over a record of its own, and Complete takes them. A run that fails, or is cancelled
+// once it has begun, leaves the camera uncalibrated: CalType 0, the plain table, gain 1 and one offset for all. What
+// differs from that is told with the run.
 #pragma once
 
+#include "calib/calibration_report.h"
+#include "calib/last_set.h"
+#include "pixel/decommutation.h"
+#include "platform/box.h"
+#include "platform/pointer.h"
 #include "platform/types.h"
 #include "state/camera_config.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace kelvo {
 
-// Gains and offsets from two sources, as the set "Last" in the directory of kelvo.ini. 1: CalType is 2 and doneFlag 1.
-// 0: doneFlag is 0 (unless the low source's dialog was cancelled, which changes nothing), and a box has told why; a
-// cancel tells nothing. Where bad pixels can't be replaced the new gains and offsets stay installed, under CalType 0.
-//
-// Refused: where no frame came ("Video Data Acquisition Failed, Hardware error!"), where one detector in twenty or
-// fewer responds by more than NoiseFloor, where the array's mean response is below it. An offset beyond 16 bits is
-// asked about. Where the former set can't be copied aside ("Failed to save file: ...") there is no room for a new one
-// either, and the run fails. A set that can't be written after that is told, and the calibration is in force without
-// files (CalSettings.CalFile is empty).
-int TwoPointCalibrate(HWND window, const CameraConfig& config, std::int32_t& doneFlag);
+// How a step ends: the run goes on; it has failed, and the unity state comes back; or it stops with all as it stands.
+enum class StepOutcome { kGoOn, kFailed, kStopped };
 
-// Offsets from one source. With CalType 0 all gains are 1 and the result is the set "last" in DefaultDir, CalType 1.
-// Otherwise an update: the gains come from the .gai of the set in force, whose offsets are overwritten; CalType stays,
-// and noise isn't measured. 1; 0 after a box, a cancel, or, where an update's .gai can't be read, a beep. Where bad
-// pixels can't be replaced CalType has its new value, and CalSettings.CalFile its former one. Sets the display's range.
-int OnePointCalibrate(HWND window);
+// What both runs carry from step to step. Lists are in readout order, config.Vroi x config.Hroi entries each.
+struct RunRecord {
+    RunRecord(HWND parent, const CameraConfig& camera) : window(parent), config(camera), pixels(PixelsOf(camera)) {}
+
+    HWND window;
+    CameraConfig config;
+    std::size_t pixels;
+
+    std::vector<float> noise;  // empty: not measured
+    std::vector<float> gains;
+    DecomTable table;
+    std::vector<std::int16_t> offsets;
+    bool offsetsLeaveRange = false;
+
+    CalibrationReport report;
+    std::optional<SetReplacement> files;  // from the moment in which files of the set change
+    bool listsAreSaved = true;
+    std::optional<Hourglass> waiting;
+};
+
+// A step of a run's own, or one that works on what both carry.
+template <typename Run>
+class RunStep {
+  public:
+    constexpr RunStep(StepOutcome (*own)(Run&)) : own_(own) {}
+    constexpr RunStep(StepOutcome (*shared)(RunRecord&)) : shared_(shared) {}
+    StepOutcome operator()(Run& run) const { return own_ ? own_(run) : shared_(run); }
+
+  private:
+    StepOutcome (*own_)(Run&) = nullptr;
+    StepOutcome (*shared_)(RunRecord&) = nullptr;
+};
+
+// Before the first step: hourglass, unity coefficients and the plain table. False where those can't be installed.
+bool BeginRun(RunRecord& run);
+// After the last one: the unity state comes back if the run has failed. 1 for a run that completed, 0 otherwise.
+int EndRun(const RunRecord& run, StepOutcome outcome);
+
+// A whole run: the steps in order until one doesn't go on. 1 or 0 as EndRun; 0 where it couldn't begin.
+template <typename Run>
+int Complete(Run& run, std::span<const RunStep<Run>> steps)
+{
+    if (!BeginRun(run)) return 0;
+    StepOutcome outcome = StepOutcome::kGoOn;
+    for (const RunStep<Run>& step : steps) {
+        outcome = step(run);
+        if (outcome != StepOutcome::kGoOn) break;
+    }
+    return EndRun(run, outcome);
+}
+
+// Ways to fail: a box over the main window; the exclamation sound alone.
+StepOutcome FailTelling(std::string_view text, std::string_view caption = kMessageCaption);
+StepOutcome FailWithBeep();
+
+// The mode of AverageFrames for a run that sums (kSum32) or averages (kAverage16). Without the capture board it asks
+// for no frames at all.
+std::uint32_t CaptureMode(std::uint32_t kind);
+// Sums or means of no frames at all are zero throughout: they would pass for a source without flux.
+template <typename Value>
+bool WereGathered(std::span<const Value> values)
+{
+    return std::ranges::any_of(values, [](Value value) { return value != 0; });
+}
+
+// The former files of the set are copied aside, and come back unless the run completes. False after "Failed to save
+// file: %s" under "Kelvo File Error!".
+bool OpenFiles(RunRecord& run, const std::string& calPath);
+
+// The run's offsets of its gains and the low source. nullopt as CalculateOffsets.
+struct MeanCoefficients {
+    float gain = 0;
+    float offset = 0;
+};
+std::optional<MeanCoefficients> TakeOffsets(RunRecord& run, std::span<const std::int16_t> lowMeans, float meanLow);
+
+// Step: the run's offsets are the ones in force.
+StepOutcome InstallOffsets(RunRecord& run);
+// Bad pixels take a neighbour's entry, and the report's map shows which they are. False as SubstituteBadPixels.
+bool SubstituteAndMap(RunRecord& run);
+// Step: the settings as they stand, video set-up and camera included, become CalSettings.CalFile; then the files hold.
+// Where anything failed the former files come back, the set in force has no files, and the operator is told. The report
+// is saved beside the set; live video reads in degrees.
+StepOutcome SaveSet(RunRecord& run);
 
 // Each detector's offset, low mean - meanLow x gain, rounded half away from zero; rangeFlag 1: one doesn't fit 16 bits,
 // and its low bits are stored. meanGain and meanOffset are those of detectors with a gain, 0 where there are none. All
@@ -43,15 +124,5 @@ int OnePointCalibrate(HWND window);
 std::optional<std::vector<std::int16_t>> CalculateOffsets(std::span<const float> gainList,
                                                           std::span<const std::int16_t> lowMeans, float meanLow,
                                                           float& meanGain, float& meanOffset, std::int32_t& rangeFlag);
-
-// Makes a list (readout order, Vroi x Hroi) the one in force. 1, or 0 after "Hardware Timeout Error, Download of Gain
-// Coefficients" or "... Offset Coefficients".
-std::int32_t DownloadGains(std::span<const float> gainList);
-std::int32_t DownloadOffsets(std::span<const std::int16_t> offsetList);
-
-// The average of frames over the whole array in readout order, in counts, and each detector's standard deviation where
-// noise isn't empty. Starts live video if the image is frozen; CalType is 0 from here on. Blocks. 1, or 0 after a box:
-// "Invalid data array size" (frame holds less than Vroi x Hroi), "Video Data Acquisition Failed, Hardware error".
-int GetCalibData(std::span<std::int16_t> frame, std::span<float> noise, std::uint32_t frameCount);
 
 }  // namespace kelvo

@@ -1,18 +1,19 @@
-// Choosing the .cal file to load or to save as.
-#include "calib/calibration.h"
+#include "calib/calibration_selection.h"
+
 #include "calib/last_set.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/directory.h"
 #include "platform/files.h"
-#include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
 #include "state/windows_write.h"
+#include "ui/dialog_frame.h"
 #include "ui/file_lists.h"
+#include "ui/select_file.h"
 #include "ui/status.h"
 
 #include <string>
@@ -22,27 +23,18 @@ namespace kelvo {
 
 namespace {
 
-constexpr int kChooseHint = 24;  // status string
 constexpr std::int32_t kNoCamera = 999;
 
 constexpr int kSets = 1472;
 constexpr int kAnything = 1484;
 constexpr int kCameraDescription = 1608;
-constexpr int kSaveHelp = 322;
-constexpr int kLoadHelp = 323;
 
 constexpr std::string_view kSetPattern = "*.cal";
 
 // The dialogs start beside the settings; the working directory is another's business and comes back.
 class KeptDirectory {
   public:
-    KeptDirectory() : before_(CurrentDirectory())
-    {
-        std::string drive;
-        std::string directory;
-        SplitPath(IniFilePath, &drive, &directory, nullptr, nullptr);
-        ChangeDirectory(drive + directory);
-    }
+    KeptDirectory() : before_(CurrentDirectory()) { ChangeDirectory(DirectoryOf(IniFilePath)); }
     ~KeptDirectory()
     {
         if (!before_.empty()) ChangeDirectory(before_);
@@ -101,10 +93,7 @@ bool MaySaveAs(HWND dialog, const std::string& name)
         MessageBox(dialog, "The name of a calibration ends in .cal:\n" + path, kMessageCaption);
         return false;
     }
-    std::string drive;
-    std::string directory;
-    SplitPath(path, &drive, &directory, nullptr, nullptr);
-    if (!DirectoryExists(drive + directory)) {
+    if (!DirectoryExists(DirectoryOf(path))) {
         MessageBox(dialog, path + "\nPath does not exist.", kMessageCaption);
         return false;
     }
@@ -114,60 +103,64 @@ bool MaySaveAs(HWND dialog, const std::string& name)
                       BoxButtons::kOkCancel, Button::kCancel) == Button::kOk;
 }
 
-// True when the dialog is done.
-bool Accept(HWND dialog, bool (*take)(HWND, const std::string&))
+// What is done with the name: true where it may be the answer, which then stands in FilePathBuf.
+using TakeName = bool (*)(HWND dialog, const std::string& name);
+
+template <TakeName take>
+void Accept(HWND dialog)
 {
-    if (EnterSelectedDirectory(dialog)) return false;
+    if (EnterSelectedDirectory(dialog)) return;
     const std::string name = GetDlgItemText(dialog, kNameToFile);
-    return !name.empty() && !Listed(dialog, name) && take(dialog, name);
+    if (!name.empty() && !Listed(dialog, name) && take(dialog, name)) EndDialog(dialog, 1);
 }
 
-LRESULT RunControl(HWND dialog, int id, int notification, bool (*take)(HWND, const std::string&), int help)
+template <TakeName take>
+void AcceptSelected(HWND dialog)
 {
-    switch (id) {
-        case kIdOk:
-            if (Accept(dialog, take)) EndDialog(dialog, 1);
-            return 1;
-        case kIdCancel:
-            EndDialog(dialog, 0);
-            return 1;
-        case kIdHelp:
-            ShowHelpContext(help);
-            return 1;
-        case kSets:
-        case kAnything:
-            ChangePattern(dialog, id == kSets ? kSetPattern : "*.*");
-            return 1;
-        case kFilesThatFit:
-            if (TakeSelectedFile(dialog) && notification == kDoubleClicked && Accept(dialog, take))
-                EndDialog(dialog, 1);
-            return 1;
-        case kDirectoriesBelow:
-            if (notification == kDoubleClicked) EnterSelectedDirectory(dialog);
-            return 1;
-        default:
-            return 0;
-    }
+    if (TakeSelectedFile(dialog)) Accept<take>(dialog);
 }
 
-LRESULT fnCALOPENDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+void PickPattern(HWND dialog, int id)
 {
-    if (message == WM_INITDIALOG) Open(dialog);
-    if (message != WM_COMMAND) return message == WM_INITDIALOG;
-    return RunControl(dialog, LowWord(wParam), HighWord(wParam), IsForThisCamera, kLoadHelp);
+    ChangePattern(dialog, id == kSets ? kSetPattern : "*.*");
 }
 
-LRESULT fnCALSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+template <TakeName take>
+constexpr DialogEntry kEntries[] = {
+    {kSets, PickPattern},
+    {kAnything, PickPattern},
+    {kFilesThatFit, OnFileSelected, kSelectionChanged},
+    {kFilesThatFit, AcceptSelected<take>, kDoubleClicked},
+    {kDirectoriesBelow, OnDirectoryChosen, kDoubleClicked},
+    {kIdOk, Accept<take>},
+};
+
+LRESULT fnCALOPENDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+constexpr DialogFrame kOpenFrame{.name = "CAL_OPEN",
+                                 .procedure = fnCALOPENDlgProc,
+                                 .open = Open,
+                                 .entries = kEntries<IsForThisCamera>,
+                                 .helpContext = kHelpLoadCalibration};
+LRESULT fnCALOPENDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    if (message == WM_INITDIALOG) Open(dialog);
-    if (message != WM_COMMAND) return message == WM_INITDIALOG;
-    return RunControl(dialog, LowWord(wParam), HighWord(wParam), MaySaveAs, kSaveHelp);
+    return HandleDialogMessage(kOpenFrame, dialog, message, wParam, lParam);
 }
 
-int Choose(std::string_view name, HWND window, DialogProc procedure)
+LRESULT fnCALSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+constexpr DialogFrame kSaveFrame{.name = "CAL_SAVE",
+                                 .procedure = fnCALSAVEDlgProc,
+                                 .open = Open,
+                                 .entries = kEntries<MaySaveAs>,
+                                 .helpContext = kHelpSaveCalibration};
+LRESULT fnCALSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    return HandleDialogMessage(kSaveFrame, dialog, message, wParam, lParam);
+}
+
+int Choose(const DialogFrame& frame, HWND window)
 {
     const KeptDirectory directory;
-    return ShowDialog(name, window, procedure);
+    return RunDialog(frame, window);
 }
 
 }  // namespace
@@ -176,8 +169,8 @@ int ChooseCalibrationToOpen(HWND window)
 {
     const std::string statusBefore = StatusText;
     const int alignBefore = StatusAlign;
-    StatusString(kChooseHint, kLeftAligned);
-    const int chosen = Choose("CAL_OPEN", window, fnCALOPENDlgProc);
+    StatusString(kLoadCalibrationHint, kLeftAligned);
+    const int chosen = Choose(kOpenFrame, window);
     if (!chosen) StatusMessage(statusBefore, alignBefore);
     return chosen;
 }
@@ -188,7 +181,7 @@ int ChooseCalibrationToSave(HWND window)
         MessageBox(window, "A calibration must be loaded\nin order to save it.", "Kelvo Message");
         return 0;
     }
-    return Choose("CAL_SAVE", window, fnCALSAVEDlgProc);
+    return Choose(kSaveFrame, window);
 }
 
 }  // namespace kelvo

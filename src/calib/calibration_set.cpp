@@ -1,20 +1,19 @@
-// Loading the settings of a set at start-up, loading a set, saving it under another name.
-#include "calib/calibration.h"
-#include "calib/calibration_run.h"
+// The settings of a run at start-up, putting a set in force, saving it under another name.
+#include "calib/calibration_set.h"
+
 #include "calib/last_set.h"
 #include "calib/orientation.h"
+#include "calib/run_steps.h"
 #include "config/frame_rate_table.h"
 #include "display/display_pipeline.h"
-#include "display/unit_list.h"
-#include "display/units.h"
 #include "head/camera_head.h"
+#include "head/external_clock_dialog.h"
 #include "head/head_transaction.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
 #include "platform/files.h"
-#include "platform/memory.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/profile_text.h"
@@ -26,10 +25,8 @@
 #include "state/frame_state.h"
 #include "state/head_state_write.h"
 #include "state/windows.h"
-#include "ui/status.h"
 #include "video/video.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -44,9 +41,6 @@ namespace kelvo {
 namespace {
 
 constexpr const char* kSection = "Calibration";
-constexpr std::int32_t kNoCamera = 999;
-constexpr std::int32_t kDefaultGain = 128;
-constexpr std::int32_t kDefaultOffset = 128;
 constexpr std::int32_t kDefaultType = 2;
 constexpr std::size_t kLongestCalFile = std::size_t{16} << 20;  // as far as settings files are read
 
@@ -104,16 +98,15 @@ void ReadSources(const KeySource& keys, CalSettingsRecord& record)
     keys.Scan("TemperatureHot", "999.0", record.TemperatureHot);
 }
 
-// --- Loading: is it a set of this camera? ---------------------------------------------------------------------------
+// --- Putting a set in force: is it one of this camera? --------------------------------------------------------------
 
-bool IsForActiveCamera(HWND window, const std::string& calPath)
+bool IsForActiveCamera(HWND window, const CalibrationSet& set)
 {
-    const std::int32_t camera = GetPrivateProfileInt("Setup", "ActiveCamera", kNoCamera, calPath);
-    if (camera == ActiveCamera) return true;
-    const bool told = camera != kNoCamera;
+    if (set.camera == ActiveCamera) return true;
+    const bool told = set.camera != kCameraNotNamed;
     MessageBox(window,
                told ? "Can not load previous calibration\nCurrent camera driver is different from calibration requested"
-                    : "Failed to get ActiveCamera from calibration file:\n" + calPath,
+                    : "Failed to get ActiveCamera from calibration file:\n" + set.calPath,
                kMessageCaption);
     return false;
 }
@@ -131,16 +124,16 @@ bool MakeSettingsOf(HWND window, const std::string& calPath)
     return true;
 }
 
-// --- Loading: video settings ----------------------------------------------------------------------------------------
+// --- Putting a set in force: video settings -------------------------------------------------------------------------
 
-void TakeVideoSettings(const std::string& calPath)
+void TakeVideoSettings(const CalibrationSet& set)
 {
-    StatusMessage("Loading video parameters from calibration file...", kLeftAligned);
+    TellStep("Loading video parameters from calibration file...");
     LoadVideoSettings(IniFilePath);
-    write::head.VideoGain[0] = GetPrivateProfileInt("Setup", "VideoGain1", kDefaultGain, calPath);
-    write::head.VideoOffset[0] = GetPrivateProfileInt("Setup", "VideoOffset1", kDefaultOffset, calPath);
-    write::head.VideoOffset[1] = GetPrivateProfileInt("Setup", "VideoOffset2", kDefaultOffset, calPath);
-    TakeIntegrationIndexes(GetPrivateProfileString("Setup", "IntTime", "", calPath));
+    write::head.VideoGain[0] = set.videoGain1;
+    write::head.VideoOffset[0] = set.videoOffset1;
+    write::head.VideoOffset[1] = set.videoOffset2;
+    TakeIntegrationIndexes(set.integrationTimes);
     SaveVideoSettings(IniFilePath);
 }
 
@@ -173,49 +166,17 @@ void SendVideoSettings()
     CloseLinkAfterUse();
 }
 
-// --- Loading: lists -------------------------------------------------------------------------------------------------
+// --- Putting a set in force: lists ----------------------------------------------------------------------------------
 
-// A set may have been moved as a whole: of a path in it only the name counts, and the directory is the set's own.
-std::string InSetDirectory(const std::string& calPath, std::string_view path)
-{
-    std::string drive;
-    std::string directory;
-    std::string name;
-    std::string extension;
-    SplitPath(calPath, &drive, &directory, nullptr, nullptr);
-    SplitPath(path, nullptr, nullptr, &name, &extension);
-    return MakePath(drive, directory, name, extension);
-}
-
-std::string TakeListPath(const std::string& calPath, const char* key)
-{
-    const std::string name = GetPrivateProfileString(kSection, key, "", calPath);
-    WritePrivateProfileString(kSection, key, name, IniFilePath);
-    return InSetDirectory(calPath, name);
-}
-
+// The list is named in the settings and in the record whether or not it could be read; false, after a box, where it
+// couldn't.
 template <typename Entry>
-std::vector<Entry> EntriesOf(std::span<const std::uint8_t> bytes, std::size_t count)
+bool TakeList(const SetList<Entry>& list, const char* key, std::string& path)
 {
-    std::vector<Entry> entries(count);
-    std::memcpy(entries.data(), bytes.data(), count * sizeof(Entry));
-    return entries;
-}
-
-// An entry outside the frame would read other memory than the frame's.
-bool LiesInFrame(std::span<const std::uint8_t> bytes)
-{
-    const std::vector<std::uint32_t> entries = EntriesOf<std::uint32_t>(bytes, PixelsOf(ActiveConfig));
-    return std::ranges::all_of(entries,
-                               [count = PixelsOf(ActiveConfig)](std::uint32_t entry) { return entry < count; });
-}
-
-bool ReadDecommutation(HWND window, std::span<std::uint8_t> list)
-{
-    if (!LoadList(CalSettings.DecomFile, list, PixelsOf(ActiveConfig))) return false;
-    if (LiesInFrame(list)) return true;
-    MessageBox(window, "Failed to read file: " + CalSettings.DecomFile, kMessageCaption);
-    return false;
+    WriteCalKey(key, list.name);
+    path = list.path;
+    TellListRead(list.read, list.path);
+    return list.read == ListRead::kComplete;
 }
 
 bool RebuildDecommutation()
@@ -227,125 +188,117 @@ bool RebuildDecommutation()
     return true;
 }
 
-bool LoadDecommutation(HWND window, const std::string& calPath, std::span<std::uint8_t> list)
+bool TakeDecommutation(HWND window, const SetList<std::uint32_t>& list)
 {
-    StatusMessage("Loading decommutation list...", kLeftAligned);
-    write::calSet.CalSettings.DecomFile = TakeListPath(calPath, "DecomFile");
-    if (!ReadDecommutation(window, list)) return RebuildDecommutation();
-    if (DownloadCoefficients(kDecomKind, list)) return true;
+    TellStep("Loading decommutation list...");
+    if (!TakeList(list, "DecomFile", write::calSet.CalSettings.DecomFile)) return RebuildDecommutation();
+    if (DownloadCoefficients(kDecomKind, BytesOf(std::span(list.entries)))) return true;
     MessageBox(window, "Hardware Timeout Error, Download of Gain Coefficients", kMessageCaption);  // words of all lists
     return false;
 }
 
-bool LoadGains(const std::string& calPath, std::span<std::uint8_t> list)
+bool TakeGains(const SetList<float>& list)
 {
-    StatusMessage("Loading gain list...", kLeftAligned);
-    write::calSet.CalSettings.GainFile = TakeListPath(calPath, "GainFile");
-    return LoadList(CalSettings.GainFile, list, PixelsOf(ActiveConfig)) &&
-           DownloadGains(EntriesOf<float>(list, PixelsOf(ActiveConfig))) != 0;
+    TellStep("Loading gain list...");
+    return TakeList(list, "GainFile", write::calSet.CalSettings.GainFile) && DownloadGains(list.entries) != 0;
 }
 
-bool LoadOffsets(const std::string& calPath, std::span<std::uint8_t> list)
+bool TakeOffsets(const SetList<std::int16_t>& list)
 {
-    StatusMessage("Loading offset list...", kLeftAligned);
-    write::calSet.CalSettings.OffsetFile = TakeListPath(calPath, "OffsetFile");
-    // Two offsets a word: an odd last one isn't in the file, and counts as 0.
-    std::ranges::fill(list, std::uint8_t{0});
-    return LoadList(CalSettings.OffsetFile, list, PixelsOf(ActiveConfig) / 2) &&
-           DownloadOffsets(EntriesOf<std::int16_t>(list, PixelsOf(ActiveConfig))) != 0;
+    TellStep("Loading offset list...");
+    return TakeList(list, "OffsetFile", write::calSet.CalSettings.OffsetFile) && DownloadOffsets(list.entries) != 0;
 }
 
-bool LoadLists(HWND window, const std::string& calPath)
+bool TakeLists(HWND window, const CalibrationSet& set)
 {
-    std::vector<std::uint8_t> list;
-    if (!AllocateBlock(list, PixelsOf(ActiveConfig) * sizeof(std::uint32_t))) {
+    if (set.memoryRefused) {
         MessageBox(window, "Failure to allocate memory!", "Memory Error");
         return false;
     }
-    return LoadDecommutation(window, calPath, list) && LoadGains(calPath, list) && LoadOffsets(calPath, list);
+    return TakeDecommutation(window, set.decom) && TakeGains(set.gains) && TakeOffsets(set.offsets);
 }
 
-// --- Loading: display and calibration parameters --------------------------------------------------------------------
+// --- Putting a set in force: display and calibration parameters -----------------------------------------------------
 
-void TakeDisplayRange(const std::string& calPath)
+void TakeType(const CalibrationSet& set)
 {
-    write::cal.CalType = GetPrivateProfileInt(kSection, "CalType", kDefaultType, calPath);
-    write::display.DisplayLow = 0;
-    write::display.DisplayHigh = FullScaleCounts();
-    SetVoltsRange(VideoGain[0], VideoOffset[0]);
+    write::cal.CalType = set.type;
+    ShowFullScale();
 }
 
-// Reads a key of the set and keeps it in the settings too; nullopt where there is none and no default.
-std::optional<std::string> TakeKey(const std::string& calPath, const char* section, const char* key,
-                                   std::string_view defaultValue)
+// A key of the set is kept in the settings too; one that the set lacks is kept with the value that holds then.
+void KeepKey(const char* section, const char* key, const SetText& text)
 {
-    std::string text = GetPrivateProfileString(section, key, defaultValue, calPath);
-    if (text.empty() && !HasProfileKey(section, key, calPath)) return std::nullopt;
-    WritePrivateProfileString(section, key, text, IniFilePath);
-    return text;
+    if (text) WritePrivateProfileString(section, key, *text, IniFilePath);
 }
 
+// A text that is no number leaves the value.
 template <typename Number>
-void TakeNumber(const std::string& calPath, const char* section, const char* key, const char* defaultValue,
+void TakeNumber(const char* key, const SetNumber<Number>& number, const char* textOfDefault, Number defaultValue,
                 Number& value)
 {
-    const std::string text = TakeKey(calPath, section, key, defaultValue).value_or("");
-    if constexpr (std::is_same_v<Number, float>) {
-        value = ScanFloat(text).value_or(value);
-    } else {
-        value = ScanDecimal(text).value_or(value);
-    }
+    KeepKey(kSection, key, number.text.value_or(textOfDefault));
+    value = number.text ? number.value.value_or(value) : defaultValue;
 }
 
-void TakeBadDetFile(const std::string& calPath)
+// One that the set lacks leaves the value.
+void TakeFlag(const char* section, const char* key, const SetNumber<std::int32_t>& flag, std::int32_t& value)
 {
-    const auto name = TakeKey(calPath, kSection, "BadDetFile", "");
-    if (name) write::calSet.CalSettings.BadDetFile = name->empty() ? std::string() : InSetDirectory(calPath, *name);
+    KeepKey(section, key, flag.text);
+    value = flag.value.value_or(value);
+}
+
+void TakeBadDetFile(const CalibrationSet& set)
+{
+    const SetText& name = set.badDetFile;
+    KeepKey(kSection, "BadDetFile", name);
+    if (name) write::calSet.CalSettings.BadDetFile = name->empty() ? std::string() : InSetDirectory(set.calPath, *name);
     if (!name || name->empty()) write::display.SubstBadPixels = 0;
 }
 
-void TakeParameters(const std::string& calPath)
+// A set that doesn't name itself gets the name of the settings.
+void TakeCalFile(const CalibrationSet& set)
 {
-    StatusMessage("Resetting display & calibration parameters...", kLeftAligned);
-    TakeNumber(calPath, kSection, "TemperatureCold", "-999.0", write::cal.TemperatureCold);
-    TakeNumber(calPath, kSection, "TemperatureHot", "999.0", write::cal.TemperatureHot);
-    TakeNumber(calPath, kSection, "IntensityCold", "0", write::cal.IntensityCold);
-    TakeNumber(calPath, kSection, "IntensityHot", "0", write::cal.IntensityHot);
+    const std::string name = set.calFile.value_or(std::string(ProfileDefault(IniFilePath)));
+    KeepKey(kSection, "CalFile", name);
+    write::calSet.CalSettings.CalFile = InSetDirectory(set.calPath, name);
+}
+
+void TakeParameters(const CalibrationSet& set)
+{
+    TellStep("Resetting display & calibration parameters...");
+    TakeNumber("TemperatureCold", set.temperatureCold, "-999.0", -999.0F, write::cal.TemperatureCold);
+    TakeNumber("TemperatureHot", set.temperatureHot, "999.0", 999.0F, write::cal.TemperatureHot);
+    TakeNumber("IntensityCold", set.intensityCold, "0", 0, write::cal.IntensityCold);
+    TakeNumber("IntensityHot", set.intensityHot, "0", 0, write::cal.IntensityHot);
     write::calSet.CalSettings.TemperatureCold = TemperatureCold;
     write::calSet.CalSettings.TemperatureHot = TemperatureHot;
     write::calSet.CalSettings.IntensityCold = IntensityCold;
     write::calSet.CalSettings.IntensityHot = IntensityHot;
-    write::calSet.CalSettings.CalFile =
-        InSetDirectory(calPath, TakeKey(calPath, kSection, "CalFile", IniFilePath).value_or(""));
-    TakeKey(calPath, kSection, "CalType", "2");
-    TakeKey(calPath, kSection, "DriverNumber", "999");
+    TakeCalFile(set);
+    KeepKey(kSection, "CalType", set.typeText.value_or("2"));
+    KeepKey(kSection, "DriverNumber", set.driverNumber.value_or("999"));
     // A run writes the flag to section Display, so that a set says nothing here and the flag stays as the operator has
     // it; only a set that was edited by hand decides it.
-    TakeNumber(calPath, kSection, "SubstBadPixels", "", write::display.SubstBadPixels);
-    TakeNumber(calPath, "Display", "MirrorVert", "", write::display.MirrorVert);
-    TakeNumber(calPath, "Display", "MirrorHoriz", "", write::display.MirrorHoriz);
-    TakeNumber(calPath, "Display", "RotateCCW", "", write::display.RotateCCW);
-    TakeBadDetFile(calPath);
+    TakeFlag(kSection, "SubstBadPixels", set.substBadPixels, write::display.SubstBadPixels);
+    TakeFlag("Display", "MirrorVert", set.mirrorVert, write::display.MirrorVert);
+    TakeFlag("Display", "MirrorHoriz", set.mirrorHoriz, write::display.MirrorHoriz);
+    TakeFlag("Display", "RotateCCW", set.rotateCcw, write::display.RotateCCW);
+    TakeBadDetFile(set);
 }
 
 void RestartLiveVideo()
 {
-    StatusMessage("Re-starting image...", kLeftAligned);
+    TellStep("Re-starting image...");
     RestartGrab();
-}
-
-void OrientImage()
-{
-    RebuildTable(ActiveConfig);
 }
 
 void SetUpDisplay()
 {
-    StatusMessage("Setting up image display...", kLeftAligned);
+    TellStep("Setting up image display...");
     BuildDisplayLut(Contrast, Brightness);
     write::head.FirstSetupPending = 0;  // the video set-up would start from a clean state again
-    SetDisplayUnit(kUnitCelsius);
-    StatusString(kIdleHint, kLeftAligned);
+    ShowDegrees();
 }
 
 // --- Saving ---------------------------------------------------------------------------------------------------------
@@ -457,23 +410,28 @@ void LoadCalibrationSettings()
     write::calSet.CalDone = 0;
 }
 
-int LoadCalibration(HWND window, const std::string& calPath)
+int PutInForce(HWND window, const CalibrationSet& set)
 {
-    if (!IsForActiveCamera(window, calPath)) return 0;
+    if (!IsForActiveCamera(window, set)) return 0;
     {
         const Hourglass hourglass;
-        if (!MakeSettingsOf(window, calPath)) return 0;
-        TakeVideoSettings(calPath);
+        if (!MakeSettingsOf(window, set.calPath)) return 0;
+        TakeVideoSettings(set);
         if (!ExternalRateIsGiven(window)) return 0;
         SendVideoSettings();
-        if (!LoadLists(window, calPath)) return 0;
-        TakeDisplayRange(calPath);
-        TakeParameters(calPath);
+        if (!TakeLists(window, set)) return 0;
+        TakeType(set);
+        TakeParameters(set);
         RestartLiveVideo();
-        OrientImage();
+        RebuildTable(ActiveConfig);
     }
     SetUpDisplay();
     return 1;
+}
+
+int LoadCalibration(HWND window, const std::string& calPath)
+{
+    return PutInForce(window, ReadSet(calPath));
 }
 
 int SaveCalibrationAs(const std::string& calPath)
@@ -500,6 +458,13 @@ std::int32_t FullScaleCounts()
         static_cast<double>(ActiveConfig.UnityGain) * (2.0 * ActiveConfig.UnityOffset - 1.0) / 16384.0;
     const double magnitude = std::trunc(std::fabs(counts));
     return magnitude < 2147483647.0 ? static_cast<std::int32_t>(magnitude) : 2147483647;
+}
+
+void ShowFullScale()
+{
+    write::display.DisplayLow = 0;
+    write::display.DisplayHigh = FullScaleCounts();
+    SetVoltsRange(VideoGain[0], VideoOffset[0]);
 }
 
 }  // namespace kelvo

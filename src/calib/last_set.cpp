@@ -27,7 +27,7 @@ struct Journal {
     std::string calPath;
 };
 
-std::string InSettingsDirectory(std::string_view name, std::string_view extension)
+std::string BesideSettings(std::string_view name, std::string_view extension)
 {
     std::string drive;
     std::string directory;
@@ -37,7 +37,7 @@ std::string InSettingsDirectory(std::string_view name, std::string_view extensio
 
 std::string JournalPath()
 {
-    return InSettingsDirectory(".calibration", ".journal");
+    return BesideSettings(".calibration", ".journal");
 }
 
 // Where a file lies aside: beside its place, so that it comes back by a rename, which no full disk can stop.
@@ -181,7 +181,7 @@ bool IsCalFile(std::string_view path)
 
 std::string LastCalPath()
 {
-    return InSettingsDirectory("Last", ".cal");
+    return BesideSettings("Last", ".cal");
 }
 
 int CopySettingsTo(std::string_view calPath)

@@ -1,19 +1,18 @@
-// The one-point run: new offsets from one source, for no calibration (all gains 1) or for the one in force (its gains).
+#include "calib/one_point_run.h"
+
 #include "acquire/averaging.h"
-#include "calib/calibration.h"
 #include "calib/calibration_report.h"
 #include "calib/calibration_run.h"
+#include "calib/calibration_set.h"
 #include "calib/last_set.h"
 #include "calib/one_point.h"
 #include "calib/orientation.h"
 #include "calib/run_steps.h"
+#include "calib/source_dialogs.h"
 #include "calib/two_point.h"
-#include "config/frame_rate_table.h"
 #include "display/display_pipeline.h"
-#include "head/video_setup.h"
-#include "pixel/bad_pixels.h"
+#include "head/video_settings.h"
 #include "pixel/decommutation.h"
-#include "pixel/unity_coefficients.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
@@ -21,15 +20,11 @@
 #include "platform/text.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
-#include "state/display_state_write.h"
-#include "state/frame_state.h"
-#include "state/head_state.h"
+#include "state/display_state.h"
 #include "state/windows.h"
-#include "ui/status.h"
 
 #include <algorithm>
 #include <array>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,14 +34,7 @@ namespace kelvo {
 
 namespace {
 
-// Without the capture board the mode asks for no frames at all.
-constexpr std::uint32_t kMeanWithBoard = kAverage16 | kTakeNewFrames | kShowProgress;
-constexpr std::uint32_t kMeanWithoutBoard = kAverage16 | kShowProgress | kPlainFrame | 0x020;
-
-// How a step ends: the run goes on; it has failed, and the unity state comes back; or it stops with all as it stands.
-enum class Outcome { kGoOn, kFailed, kStopped };
-
-OnePointSettings SettingsOfRun()
+OnePointSettings OnePointSettingsInForce()
 {
     return {.minOffset = CalSettings.MinOffset,
             .maxOffset = CalSettings.MaxOffset,
@@ -54,56 +42,21 @@ OnePointSettings SettingsOfRun()
             .allowedNoise = CalSettings.AllowedNoiseLevel};
 }
 
-struct Run {
-    Run(HWND parent, const CameraConfig& camera)
-        : window(parent),
-          config(camera),
-          typeBefore(CalType),
-          update(CalType != 0),
-          pixels(PixelsOf(camera)),
-          settings(SettingsOfRun())
+struct OnePointRun : RunRecord {
+    OnePointRun(HWND parent, const CameraConfig& camera)
+        : RunRecord(parent, camera), typeBefore(CalType), update(CalType != 0), settings(OnePointSettingsInForce())
     {
     }
 
-    HWND window;
-    const CameraConfig& config;
     std::int32_t typeBefore;
     bool update;  // of the calibration that was in force
-    std::size_t pixels;
     OnePointSettings settings;
 
     std::vector<std::int16_t> frame;
-    std::vector<float> noise;  // empty: not measured
-    std::vector<float> gains;
     std::vector<OnePointClass> classes;
-    DecomTable table;
-    std::vector<std::int16_t> offsets;
-    bool offsetsLeaveRange = false;
-
     OnePointResult result;
-    CalibrationReport report;
     std::string formerCalFile;
-    std::unique_ptr<SetReplacement> files;
-    bool listsAreSaved = true;
-    std::optional<Hourglass> waiting;
 };
-
-void Status(std::string_view text)
-{
-    StatusMessage(text, kLeftAligned);
-}
-
-Outcome Fail(std::string_view text)
-{
-    MessageBox(hWndMain, text, kMessageCaption);
-    return Outcome::kFailed;
-}
-
-Outcome FailWithBeep()
-{
-    MessageBeep(Sound::kExclamation);
-    return Outcome::kFailed;
-}
 
 std::string NewCalPath()
 {
@@ -112,22 +65,22 @@ std::string NewCalPath()
 
 // --- Steps ----------------------------------------------------------------------------------------------------------
 
-Outcome AllocateFrame(Run& run)
+StepOutcome AllocateFrame(OnePointRun& run)
 {
-    if (!AllocateBlock(run.frame, run.pixels)) return Fail("Failure to allocate video memory!");
+    if (!AllocateBlock(run.frame, run.pixels)) return FailTelling("Failure to allocate video memory!");
     const bool measuresNoise = !run.update && CalSettings.NumFrames != 1 && ReplaceNoisy != 0;
     if (measuresNoise && !AllocateBlock(run.noise, run.pixels)) {
-        return Fail("Failure to allocate or lock StdDev memory!");
+        return FailTelling("Failure to allocate or lock StdDev memory!");
     }
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
-Outcome CaptureFrame(Run& run)
+StepOutcome CaptureFrame(OnePointRun& run)
 {
     const int captured = GetCalibData(run.frame, run.noise, CalSettings.NumFrames);
-    if (!captured) return Outcome::kFailed;
+    if (!captured) return StepOutcome::kFailed;
     MessageBeep(Sound::kDefault);
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
 bool ReadGains(const std::string& path, std::vector<float>& gains)
@@ -137,53 +90,53 @@ bool ReadGains(const std::string& path, std::vector<float>& gains)
     return file && file->Read(bytes) == bytes.size();
 }
 
-Outcome FillGains(Run& run)
+StepOutcome FillGains(OnePointRun& run)
 {
-    if (!AllocateBlock(run.gains, run.pixels)) return Fail("Failure to allocate or lock Gain memory!");
+    if (!AllocateBlock(run.gains, run.pixels)) return FailTelling("Failure to allocate or lock Gain memory!");
     if (run.update) {
-        Status("Reading in gain list from file");
-        return ReadGains(SetFile(CalSettings.CalFile, ".gai"), run.gains) ? Outcome::kGoOn : FailWithBeep();
+        TellStep("Reading in gain list from file");
+        return ReadGains(SetFile(CalSettings.CalFile, ".gai"), run.gains) ? StepOutcome::kGoOn : FailWithBeep();
     }
-    Status("Setting all gains to identical value");
+    TellStep("Setting all gains to identical value");
     std::ranges::fill(run.gains, 1.0F);
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
-Outcome LoadTable(Run& run)
+StepOutcome LoadTable(OnePointRun& run)
 {
     std::optional<DecomTable> table = LoadDecomList(run.config);
-    if (!table) return Fail("Failure to get decommutation order!");
+    if (!table) return FailTelling("Failure to get decommutation order!");
     run.table = *std::move(table);
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
 // Where no pixel is good after all, the plain state of the beginning stands already.
-Outcome TellNoGoodPixels(Outcome outcome)
+StepOutcome TellNoGoodPixels(StepOutcome outcome)
 {
-    Fail("Failure to find good pixels!");
+    FailTelling("Failure to find good pixels!");
     return outcome;
 }
 
-Outcome FindMean(Run& run)
+StepOutcome FindMean(OnePointRun& run)
 {
-    Status("Calculating average of all pixels");
+    TellStep("Calculating average of all pixels");
     const float mean = MeanOfPixels(run.frame, run.table);
     if (!SubstBadPixels) {
         run.result = AcceptAllPixels(mean, run.noise, run.pixels);
-        return Outcome::kGoOn;
+        return StepOutcome::kGoOn;
     }
     const std::optional<float> inside = MeanInsideWindow(run.frame, run.table, mean, run.settings);
-    if (!inside) return TellNoGoodPixels(Outcome::kFailed);
-    Status("Replace bad pixels");
+    if (!inside) return TellNoGoodPixels(StepOutcome::kFailed);
+    TellStep("Replace bad pixels");
     AllocateBlock(run.classes, run.pixels);  // without it the report has no map
     const auto result =
         RejectOutsideWindow(run.frame, run.noise, run.table, *inside, run.settings, run.gains, run.classes);
-    if (!result) return TellNoGoodPixels(Outcome::kStopped);
+    if (!result) return TellNoGoodPixels(StepOutcome::kStopped);
     run.result = *result;
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
-void ReportClasses(Run& run)
+void ReportWindowClasses(OnePointRun& run)
 {
     CalibrationReport& report = run.report;
     report.title = run.update ? "1 Point Update" : "1 Point Calibration";
@@ -210,81 +163,59 @@ void ReportClasses(Run& run)
 }
 
 // What the installation tells is all there is to it: the offsets follow in any case.
-Outcome InstallGains(Run& run)
+StepOutcome ReportAndInstallGains(OnePointRun& run)
 {
-    ReportClasses(run);
+    ReportWindowClasses(run);
     DownloadGains(run.gains);
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
-Outcome FindOffsets(Run& run)
+StepOutcome FindNewOffsets(OnePointRun& run)
 {
-    float meanGain = 0;
-    float meanOffset = 0;
-    std::int32_t rangeFlag = 0;
-    std::optional<std::vector<std::int16_t>> offsets =
-        CalculateOffsets(run.gains, run.frame, run.result.mean, meanGain, meanOffset, rangeFlag);
-    if (!offsets) return FailWithBeep();
-    run.offsets = *std::move(offsets);
-    run.offsetsLeaveRange = rangeFlag != 0;
+    if (!TakeOffsets(run, run.frame, run.result.mean)) return FailWithBeep();
     write::cal.IntensityCold = RoundCounts(run.result.mean);
     write::calSet.CalSettings.IntensityCold = IntensityCold;
     write::calSet.CalSettings.TemperatureCold = TemperatureCold;
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
-Outcome AskAboutRange(Run& run)
+StepOutcome AcceptNewRange(OnePointRun& run)
 {
-    if (!run.offsetsLeaveRange) return Outcome::kGoOn;
-    if (AcceptOffsetRange(run.window)) return Outcome::kGoOn;
-    Status("Downloading Unity Coefficients");
-    return Outcome::kFailed;
-}
-
-Outcome InstallOffsets(Run& run)
-{
-    return DownloadOffsets(run.offsets) ? Outcome::kGoOn : FailWithBeep();
+    if (!run.offsetsLeaveRange) return StepOutcome::kGoOn;
+    if (AcceptOffsetRange(run.window)) return StepOutcome::kGoOn;
+    TellStep("Downloading Unity Coefficients");
+    return StepOutcome::kFailed;
 }
 
 // From here on the files of the set change; they come back unless the run completes the set.
-Outcome OpenSet(Run& run)
+StepOutcome OpenSet(OnePointRun& run)
 {
     const std::string calPath = run.update ? CalSettings.CalFile : NewCalPath();
-    run.files = std::make_unique<SetReplacement>(calPath);
-    if (!run.files->Begin()) {
-        MessageBox(run.window, "Failed to save file: " + calPath, "Kelvo File Error!");
-        return Outcome::kFailed;
-    }
+    if (!OpenFiles(run, calPath)) return StepOutcome::kFailed;
     write::cal.CalType = run.typeBefore >= 1 ? run.typeBefore : 1;
     run.formerCalFile = CalSettings.CalFile;
     write::calSet.CalSettings.CalFile = calPath;
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
 // CalType stays. The set is named as before, so that the caller can load it again.
-Outcome Substitute(Run& run)
+StepOutcome SubstituteInSet(OnePointRun& run)
 {
-    if (!SubstituteBadPixels(run.gains, run.table)) {
-        write::calSet.CalSettings.CalFile = run.formerCalFile;
-        return Outcome::kStopped;
-    }
-    if (SubstBadPixels) MapListed(run.report, BadDetList);
-    OrientMap(run.report);
-    return Outcome::kGoOn;
+    if (SubstituteAndMap(run)) return StepOutcome::kGoOn;
+    write::calSet.CalSettings.CalFile = run.formerCalFile;
+    return StepOutcome::kStopped;
 }
 
-Outcome PutInForce(Run& run)
+StepOutcome OrientAndShowRange(OnePointRun& run)
 {
-    Status("Setting Image orientation...");
+    TellStep("Setting Image orientation...");
     RebuildTable(run.config);
-    write::display.DisplayLow = 0;
-    write::display.DisplayHigh = FullScaleCounts();
-    SetVoltsRange(VideoGain[0], VideoOffset[0]);
+    ShowFullScale();
     BuildDisplayLut(Contrast, Brightness);
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
-Outcome ShowResults(Run& run)
+StepOutcome ShowResults(OnePointRun& run)
 {
     run.report.calPath = CalSettings.CalFile;
     MeasureAfter(run.report, SourceName("low source", TemperatureCold), CalSettings.NumFrames);
@@ -293,7 +224,7 @@ Outcome ShowResults(Run& run)
     run.waiting.reset();
     ShowResult(run.window, text, "Calibration results", run.report);
     run.waiting.emplace();
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
 void WriteListKeys()
@@ -304,7 +235,7 @@ void WriteListKeys()
     WriteCalFileKey("OffsetFile", CalSettings.OffsetFile);
 }
 
-Outcome WriteKeys(Run& run)
+StepOutcome WriteSourceKeys(OnePointRun& run)
 {
     WriteCalKey("TemperatureCold", Format("%f", static_cast<double>(TemperatureCold)));
     WriteCalKey("IntensityCold", std::to_string(IntensityCold));
@@ -312,11 +243,11 @@ Outcome WriteKeys(Run& run)
     WriteCalKey("CalFile", CalSettings.CalFile);
     if (!run.update) WriteCalKey("CalType", "1");
     if (!run.config.DualCamera) WriteCalKey("DriverNumber", std::to_string(ActiveCamera));
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
 // The frame's memory serves the noise list: the offsets stand by now.
-void SaveNewNoise(Run& run)
+void SaveNewNoise(OnePointRun& run)
 {
     if (run.noise.empty()) return;
     NoiseToSteps(run.noise, run.frame);
@@ -324,34 +255,25 @@ void SaveNewNoise(Run& run)
     SaveNoise(SetFile(CalSettings.CalFile, ".noi"), run.frame);
 }
 
-void SaveNewGains(Run& run)
+void SaveNewGains(OnePointRun& run)
 {
-    Status("Saving gain calibration file");
+    TellStep("Saving gain calibration file");
     write::calSet.CalSettings.GainFile = SetFile(CalSettings.CalFile, ".gai");
     run.listsAreSaved = SaveGains(CalSettings.GainFile, run.gains);
 }
 
-Outcome SaveLists(Run& run)
+StepOutcome SaveLists(OnePointRun& run)
 {
     if (!run.update) {
         SaveNewNoise(run);
         SaveNewGains(run);
     }
-    Status("Saving offset calibration file");
+    TellStep("Saving offset calibration file");
     write::calSet.CalSettings.OffsetFile = SetFile(CalSettings.CalFile, ".off");
     run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, run.offsets) && run.listsAreSaved;
     // The lists got their names after the keys were written: without this a new set would name those of another one.
     if (!run.update) WriteListKeys();
-    return Outcome::kGoOn;
-}
-
-Outcome SaveSet(Run& run)
-{
-    CompleteSet(run.window, *run.files, CalSettings.CalFile, run.listsAreSaved);
-    if (!CalSettings.CalFile.empty()) SaveReport(run.report);
-    run.waiting.reset();
-    ShowDegrees();
-    return Outcome::kGoOn;
+    return StepOutcome::kGoOn;
 }
 
 // An update without a calibration is a new one-point run, under the name of the run that was chosen last.
@@ -361,42 +283,30 @@ const char* TitleOfRun(bool update)
     return CalSettings.ChosenType == 1 ? "1 Point Calibration" : "2 Point Calibration";
 }
 
-using Step = Outcome (*)(Run&);
-constexpr Step kSteps[] = {
-    AllocateFrame,  CaptureFrame, FillGains,  LoadTable,  FindMean,    InstallGains, FindOffsets, AskAboutRange,
-    InstallOffsets, OpenSet,      Substitute, PutInForce, ShowResults, WriteKeys,    SaveLists,   SaveSet,
+constexpr RunStep<OnePointRun> kOnePointSteps[] = {
+    AllocateFrame,  CaptureFrame,    FillGains,      LoadTable, FindMean,        ReportAndInstallGains,
+    FindNewOffsets, AcceptNewRange,  InstallOffsets, OpenSet,   SubstituteInSet, OrientAndShowRange,
+    ShowResults,    WriteSourceKeys, SaveLists,      SaveSet,
 };
-
-Outcome TakeSteps(Run& run)
-{
-    for (const Step step : kSteps) {
-        if (const Outcome outcome = step(run); outcome != Outcome::kGoOn) return outcome;
-    }
-    return Outcome::kGoOn;
-}
 
 }  // namespace
 
 int OnePointCalibrate(HWND window)
 {
     const bool update = CalType != 0;
-    Status(update ? " Perform 1 point update to current calibration (determine new offsets)"
-                  : " Perform 1 point calibration (determine offsets only)");
+    TellStep(update ? " Perform 1 point update to current calibration (determine new offsets)"
+                    : " Perform 1 point calibration (determine offsets only)");
     if (!update) write::calSet.CalSettings.NumSources = 1;
     if (!ColdSourceDialog(window, TitleOfRun(update))) return 0;
-    Run run(window, ActiveConfig);
-    run.waiting.emplace();
-    if (!SetCommutationOrder()) return 0;
-    const Outcome outcome = TakeSteps(run);
-    if (outcome == Outcome::kFailed) ResetUnityGainOffset(CameraConfig(ActiveConfig));
-    return outcome == Outcome::kGoOn ? 1 : 0;
+    OnePointRun run(window, ActiveConfig);
+    return Complete<OnePointRun>(run, kOnePointSteps);
 }
 
 int GetCalibData(std::span<std::int16_t> frame, std::span<float> noise, std::uint32_t frameCount)
 {
-    Status("Getting calibration data...");
+    TellStep("Getting calibration data...");
     const Hourglass hourglass;
-    const bool live = StartLiveVideo();
+    const bool live = EnsureLiveVideo();
     write::cal.CalType = 0;
     if (frame.size() < PixelsOf(ActiveConfig)) {
         MessageBeep(Sound::kExclamation);
@@ -405,10 +315,8 @@ int GetCalibData(std::span<std::int16_t> frame, std::span<float> noise, std::uin
     }
     const int captured = live && frameCount != 0 &&
                          AverageFrames(frame, noise, frameCount, 0, 0, ActiveConfig.Hroi - 1, ActiveConfig.Vroi - 1,
-                                       GrabberPresent ? kMeanWithBoard : kMeanWithoutBoard);
-    // The mean of no frames at all is zero throughout.
-    const bool gathered = std::ranges::any_of(frame, [](std::int16_t count) { return count != 0; });
-    if (captured && gathered) return 1;
+                                       CaptureMode(kAverage16));
+    if (captured && WereGathered<std::int16_t>(frame)) return 1;
     if (noise.empty()) MessageBeep(Sound::kExclamation);
     MessageBox(hWndMain, "Video Data Acquisition Failed, Hardware error",
                noise.empty() ? std::string_view("GetCalibData Error") : kMessageCaption);

@@ -1,7 +1,6 @@
 #include "calib/orientation.h"
 
 #include "config/frame_rate_table.h"
-#include "head/video_setup.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
@@ -9,16 +8,15 @@
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
-#include "platform/menu.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
-#include "resources/ids.h"
 #include "state/cal_settings.h"
 #include "state/cal_state.h"
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
+#include "ui/menu_state.h"
 #include "ui/status.h"
 #include "video/video.h"
 
@@ -46,11 +44,6 @@ bool ReplaceListed(DecomTable& table, std::string_view badDetFile, const CameraC
     if (!LoadBadDetFile(badDetFile, map, config)) return false;
     StatusMessage("Calculating pixel substitution", kLeftAligned);
     return ReplaceBadDet(table, map, config) != 0;
-}
-
-void CheckReplaceItem(std::int32_t substitute)
-{
-    if (hWndMain) CheckMenuItem(hWndMain, kCmdReplaceBadPixels, substitute != 0);
 }
 
 void InstallTable(const DecomTable& table)
@@ -102,7 +95,7 @@ std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHor
     InstallTable(*table);
     // A frozen picture follows its table at once: what is saved of it goes through the new one.
     if (!LiveVideo && !ViewingFile) RefreshLiveFrame();
-    CheckReplaceItem(substitute);
+    ShowReplacementInMenu(substitute != 0);
     return 1;
 }
 
@@ -128,7 +121,7 @@ void ToggleBadPixelReplacement(HWND /*window*/)
     const Hourglass hourglass;
     write::display.SubstBadPixels = SubstBadPixels ? 0 : 1;
     if (CalType) RebuildForSet();
-    CheckReplaceItem(SubstBadPixels);
+    ShowReplacementInMenu(SubstBadPixels != 0);
     WriteSubstituteKey(IniFilePath);
     if (CalType && !CalSettings.CalFile.empty()) WriteSubstituteKey(CalSettings.CalFile);
 }

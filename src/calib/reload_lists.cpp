@@ -22,7 +22,7 @@ constexpr Words kOfGains = {"Failure to allocate or lock File list memory for ga
 constexpr Words kOfOffsets = {"Failure to allocate or lock File list memory for gain reload",
                               "Failure to lock Gain list memory for reload of offsets."};
 
-int Refuse(const char* text)
+int RefuseReload(const char* text)
 {
     MessageBox(hWndMain, text, kMessageCaption);
     return 0;
@@ -32,12 +32,13 @@ template <typename Entry>
 int Reload(std::span<Entry> list, const std::string& path, const CameraConfig& config, const Words& words)
 {
     std::vector<Entry> read;
-    if (!AllocateBlock(read, PixelsOf(config))) return Refuse(words.noMemory);
+    if (!AllocateBlock(read, PixelsOf(config))) return RefuseReload(words.noMemory);
     auto file = File::Open(path, FileMode::kRead);
-    if (!file) return Refuse("Failure to open offset file!");
+    if (!file) return RefuseReload("Failure to open offset file!");
     const std::span<std::byte> bytes = std::as_writable_bytes(std::span(read));
-    if (file->Read(bytes) != bytes.size()) return Refuse("Failure to read Gain list memory for reload of offsets.");
-    if (list.size() < read.size()) return Refuse(words.noList);
+    if (file->Read(bytes) != bytes.size())
+        return RefuseReload("Failure to read Gain list memory for reload of offsets.");
+    if (list.size() < read.size()) return RefuseReload(words.noList);
     std::ranges::copy(read, list.begin());
     return 1;
 }

@@ -2,38 +2,45 @@
 
 #include "display/unit_list.h"
 #include "display/units.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "pixel/coefficient_lists.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/cal_settings_write.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
 #include "video/video.h"
 
-#include <algorithm>
-
 namespace kelvo {
 
-namespace {
-
-// A set that doesn't say of which camera it is can't be loaded; the settings may leave it to the default.
-void NameCamera()
+void TellStep(std::string_view text)
 {
-    if (HasProfileKey("Setup", "ActiveCamera", IniFilePath)) return;
-    WritePrivateProfileString("Setup", "ActiveCamera", std::to_string(ActiveCamera), IniFilePath);
+    StatusMessage(text, kLeftAligned);
 }
 
-}  // namespace
-
-bool StartLiveVideo()
+bool EnsureLiveVideo()
 {
     if (!LiveVideo) ToggleLiveVideo();
     return LiveVideo != 0;
+}
+
+std::int32_t DownloadGains(std::span<const float> gainList)
+{
+    TellStep("Downloading Gains...");
+    if (DownloadCoefficients(kGainKind, BytesOf(gainList))) return 1;
+    MessageBox(hWndMain, "Hardware Timeout Error, Download of Gain Coefficients", kMessageCaption);
+    return 0;
+}
+
+std::int32_t DownloadOffsets(std::span<const std::int16_t> offsetList)
+{
+    TellStep("Downloading Offsets...");
+    if (DownloadCoefficients(kOffsetKind, BytesOf(offsetList))) return 1;
+    MessageBox(hWndMain, "Hardware Timeout Error, Download of Offset Coefficients", kMessageCaption);
+    return 0;
 }
 
 bool SaveOffsets(std::string_view path, std::span<const std::int16_t> offsets)
@@ -49,7 +56,7 @@ bool SaveGains(std::string_view path, std::span<const float> gains)
 
 void SaveNoise(const std::string& path, std::span<const std::int16_t> noiseList)
 {
-    StatusMessage("Saving pixel noise file...", kLeftAligned);
+    TellStep("Saving pixel noise file...");
     const auto* const bytes = reinterpret_cast<const char*>(noiseList.data());
     if (ReplaceFile(path, {bytes, noiseList.size_bytes()})) return;
     MessageBeep(Sound::kExclamation);
@@ -73,23 +80,6 @@ bool AcceptOffsetRange(HWND window)
 {
     return MessageBox(window, "Some OFFSET coefficients out of range!\nDo you wish to continue ?",
                       "Warning!  Continue?", BoxIcon::kQuestion, BoxButtons::kYesNo) == Button::kYes;
-}
-
-void CompleteSet(HWND window, SetReplacement& files, const std::string& calPath, bool listsAreSaved)
-{
-    NameCamera();
-    SaveVideoSettings(IniFilePath);
-    if (listsAreSaved && CopySettingsTo(calPath) && files.Commit()) return;
-    files.RollBack();
-    // What stands on the disk is another calibration: it must not be taken for the files of this one.
-    for (std::string* const path : {&write::calSet.CalSettings.CalFile, &write::calSet.CalSettings.GainFile,
-                                    &write::calSet.CalSettings.OffsetFile, &write::calSet.CalSettings.DecomFile,
-                                    &write::calSet.CalSettings.BadDetFile}) {
-        path->clear();
-    }
-    MessageBox(window,
-               "The calibration is in force, but its files couldn't be saved.\nThe former ones stand:\n" + calPath,
-               "Kelvo File Error!");
 }
 
 void ShowDegrees()

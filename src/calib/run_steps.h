@@ -1,9 +1,8 @@
-// Steps that both calibration runs share: capturing frames, keeping the settings with a set, ending.
+// Single deeds of calibration, of which both runs and the loading of a set are made: live video started, lists
+// installed and saved, keys of a set written.
 #pragma once
 
-#include "calib/last_set.h"
 #include "platform/types.h"
-#include "state/camera_config.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,8 +18,16 @@ std::span<const std::uint8_t> BytesOf(std::span<const Entry> list)
     return {reinterpret_cast<const std::uint8_t*>(list.data()), list.size_bytes()};
 }
 
+// Names the step at hand on the status line.
+void TellStep(std::string_view text);
+
 // Live video runs when this returns true: it is started where the image is frozen or a file is on view.
-bool StartLiveVideo();
+bool EnsureLiveVideo();
+
+// Makes a list (readout order, Vroi x Hroi) the one in force. 1, or 0 after "Hardware Timeout Error, Download of Gain
+// Coefficients" or "... Offset Coefficients".
+std::int32_t DownloadGains(std::span<const float> gainList);
+std::int32_t DownloadOffsets(std::span<const std::int16_t> offsetList);
 
 // Lists of a set. SaveList tells what failed.
 bool SaveOffsets(std::string_view path, std::span<const std::int16_t> offsets);
@@ -35,10 +42,6 @@ void WriteCalFileKey(const char* key, std::string_view path);
 
 // "Some OFFSET coefficients out of range!...": true to go on.
 bool AcceptOffsetRange(HWND window);
-
-// The settings as they stand, video set-up and camera included, become the .cal; then the files hold. Where anything
-// failed the former files come back, the set in force has no files, and the operator is told.
-void CompleteSet(HWND window, SetReplacement& files, const std::string& calPath, bool listsAreSaved);
 
 // Live video reads in degrees, and the status line is idle.
 void ShowDegrees();

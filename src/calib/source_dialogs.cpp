@@ -1,13 +1,14 @@
-// The dialogs that wait until a source stands before the camera, and take its temperature and emissivity.
-#include "calib/calibration.h"
+#include "calib/source_dialogs.h"
+
 #include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/status.h"
 
 #include <optional>
@@ -25,13 +26,14 @@ struct Source {
     int temperatureEdit;
     int emissivityEdit;
     int hint;  // status string
-    int helpTopic;
     float& temperatureC;
     float& emissivity;
 };
 
-const Source kColdSource{1224, 1225, 4, 1045, write::cal.TemperatureCold, write::calSet.CalSettings.EmissivityCold};
-const Source kHotSource{1226, 1227, 5, 1044, write::cal.TemperatureHot, write::calSet.CalSettings.EmissivityHot};
+const Source kColdSource{1224, 1225, kLowSourceHint, write::cal.TemperatureCold,
+                         write::calSet.CalSettings.EmissivityCold};
+const Source kHotSource{1226, 1227, kHighSourceHint, write::cal.TemperatureHot,
+                        write::calSet.CalSettings.EmissivityHot};
 
 // Given by the launcher, shown as the dialog opens.
 const std::string* titleOfRun = nullptr;
@@ -47,6 +49,17 @@ void Open(HWND dialog, const Source& source)
     }
     StatusString(source.hint, kLeftAligned);
     CentreDialog(dialog);
+}
+
+void OpenCold(HWND dialog)
+{
+    MessageBeep(Sound::kDefault);
+    Open(dialog, kColdSource);
+}
+
+void OpenHot(HWND dialog)
+{
+    Open(dialog, kHotSource);
 }
 
 void Refuse(HWND dialog, int edit)
@@ -119,10 +132,30 @@ void AcceptHot(HWND dialog)
     EndDialog(dialog, 1);
 }
 
-int RunSourceDialog(const char* name, HWND window, const std::string& title, DialogProc procedure)
+void CancelHot(HWND dialog)
+{
+    StatusString(kIdleHint, kLeftAligned);
+    EndDialog(dialog, 0);
+}
+
+constexpr DialogEntry kColdEntries[] = {{kIdOk, AcceptCold}};
+constexpr DialogFrame kColdFrame{.name = "CAL_COLD",
+                                 .procedure = fnCALCOLDDlgProc,
+                                 .open = OpenCold,
+                                 .entries = kColdEntries,
+                                 .helpContext = kHelpLowSource};
+
+constexpr DialogEntry kHotEntries[] = {{kIdOk, AcceptHot}, {kIdCancel, CancelHot}};
+constexpr DialogFrame kHotFrame{.name = "CAL_HOT",
+                                .procedure = fnCALHOTDlgProc,
+                                .open = OpenHot,
+                                .entries = kHotEntries,
+                                .helpContext = kHelpHighSource};
+
+int RunSourceDialog(const DialogFrame& frame, HWND window, const std::string& title)
 {
     titleOfRun = &title;
-    const int result = ShowDialog(name, window, procedure);
+    const int result = RunDialog(frame, window);
     titleOfRun = nullptr;
     return result;
 }
@@ -131,58 +164,22 @@ int RunSourceDialog(const char* name, HWND window, const std::string& title, Dia
 
 int ColdSourceDialog(HWND window, const std::string& title)
 {
-    return RunSourceDialog("CAL_COLD", window, title, fnCALCOLDDlgProc);
+    return RunSourceDialog(kColdFrame, window, title);
 }
 
 int HotSourceDialog(HWND window)
 {
-    return RunSourceDialog("CAL_HOT", window, "2 Point Calibration", fnCALHOTDlgProc);
+    return RunSourceDialog(kHotFrame, window, "2 Point Calibration");
 }
 
-LRESULT fnCALCOLDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnCALCOLDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    if (message == WM_INITDIALOG) {
-        MessageBeep(Sound::kDefault);
-        Open(dialog, kColdSource);
-        return 1;
-    }
-    if (message != WM_COMMAND) return 0;
-    switch (LowWord(wParam)) {
-        case kIdOk:
-            AcceptCold(dialog);
-            return 1;
-        case kIdCancel:
-            EndDialog(dialog, 0);
-            return 1;
-        case kIdHelp:
-            ShowHelpContext(kColdSource.helpTopic);
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kColdFrame, dialog, message, wParam, lParam);
 }
 
-LRESULT fnCALHOTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnCALHOTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    if (message == WM_INITDIALOG) {
-        Open(dialog, kHotSource);
-        return 1;
-    }
-    if (message != WM_COMMAND) return 0;
-    switch (LowWord(wParam)) {
-        case kIdOk:
-            AcceptHot(dialog);
-            return 1;
-        case kIdCancel:
-            StatusString(kIdleHint, kLeftAligned);
-            EndDialog(dialog, 0);
-            return 1;
-        case kIdHelp:
-            ShowHelpContext(kHotSource.helpTopic);
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kHotFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

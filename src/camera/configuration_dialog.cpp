@@ -5,15 +5,16 @@
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
-#include "platform/help.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/docking.h"
 #include "ui/splash.h"
 #include "ui/status.h"
@@ -40,8 +41,6 @@ constexpr int kYoffsetEdit = 1294;
 constexpr int kXpanEdit = 1290;
 constexpr int kYpanEdit = 1291;
 constexpr int kCameraList = 1598;
-constexpr int kHelpTopic = 291;
-constexpr int kDialogHint = 123;  // status strings
 
 constexpr std::int32_t kCameraSections = 40;
 constexpr std::int32_t kDefaultZoom = 3;
@@ -173,7 +172,7 @@ void Open(HWND dialog)
     ShowOffsets(dialog, Xoffset, Yoffset);
     SetDlgItemInt(dialog, kXpanEdit, Xpan);
     SetDlgItemInt(dialog, kYpanEdit, Ypan);
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kConfigurationHint, kLeftAligned);
     for (std::int32_t number = 1; number <= kCameraSections; ++number) AddCamera(dialog, number);
     ListSelect(dialog, kCameraList, ActiveCamera - 1);
     CentreDialog(dialog);
@@ -270,25 +269,16 @@ void Accept(HWND dialog)
     EndDialog(dialog, 1);
 }
 
-bool OnCommand(HWND dialog, int id, int notification)
-{
-    switch (id) {
-        case kCameraList:
-            if (notification == kSelectionChanged) ShowChosenCamera(dialog);
-            return true;
-        case kIdOk:
-            Accept(dialog);
-            return true;
-        case kIdCancel:
-            EndDialog(dialog, 0);
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpTopic);
-            return true;
-        default:
-            return false;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kCameraList, ShowChosenCamera, kSelectionChanged},
+    {kIdOk, Accept},
+};
+constexpr DialogFrame kFrame{.name = "INITIAL",
+                             .procedure = fnINITIALDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpConfiguration,
+                             .cantOpen = "Unable to dispay Initialization dialog"};
 
 }  // namespace
 
@@ -299,23 +289,13 @@ void SetRestart(const RestartSteps& steps)
 
 void ConfigurationDialog(HWND window)
 {
-    if (DialogBox("INITIAL", window, fnINITIALDlgProc) == -1) {
-        MessageBox(window, "Unable to dispay Initialization dialog", "System Error");
-    }
+    RunDialog(kFrame, window);
     StatusString(kIdleHint, kLeftAligned);
 }
 
-LRESULT fnINITIALDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnINITIALDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

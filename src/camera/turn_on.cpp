@@ -1,21 +1,24 @@
 #include "camera/turn_on.h"
 
-#include "calib/calibration.h"
+#include "calib/calibration_selection.h"
+#include "calib/calibration_set.h"
 #include "grabber/board.h"
 #include "head/camera_head.h"
+#include "head/program_head.h"
 #include "head/section_check.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/menu.h"
 #include "platform/pointer.h"
 #include "platform/text.h"
-#include "platform/window.h"
 #include "resources/ids.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config.h"
 #include "state/frame_state_write.h"
 #include "state/head_state_write.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
+#include "ui/menu_state.h"
+#include "ui/select_file.h"
 #include "ui/status.h"
 #include "video/video.h"
 
@@ -31,10 +34,6 @@ constexpr int kVideoSetupButton = 1070;
 constexpr int kAutoloadLastButton = 1072;
 constexpr int kAutoloadSelectedButton = 1074;
 
-constexpr int kTurnOffHint = 6;
-constexpr int kGoingOnHint = 7;
-constexpr int kChooseHint = 169;
-
 // Results of the dialog.
 constexpr int kNothing = 0;
 constexpr int kVideoSetupFollows = 1;
@@ -44,12 +43,6 @@ constexpr std::string_view kAutoStart = "AUTOSTART";
 constexpr std::size_t kShortestName = 4;
 constexpr std::size_t kShortestDrive = 2;
 constexpr std::size_t kShortestDirectory = 3;
-
-void ShowTurnOnItem()
-{
-    SetMenuText(hWndMain, kCmdTurnOn, CameraOn ? "&Turn Vantir off" : "&Turn Vantir on");
-    DrawMenuBar(hWndMain);
-}
 
 // The word may stand before the file's name or behind it, parted by one character; the name alone remains.
 std::string WithoutAutoStart(std::string text)
@@ -104,7 +97,7 @@ void FreezeForTurnOn()
 }
 
 // A board that doesn't come up shows itself at the first frame.
-void StartLiveVideo()
+void BeginLiveView()
 {
     write::frames.LiveVideo = 0;
     init_itex();
@@ -123,8 +116,7 @@ void TurnCameraOff()
 {
     const Hourglass hourglass;
     StopLiveVideo();
-    SetMenuText(hWndMain, kCmdTurnOn, "&Turn Vantir on");
-    DrawMenuBar(hWndMain);
+    ShowTurnOnInMenu(false);
     StatusMessage("Turning camera head electronics off", kLeftAligned);
     TurnCameraHeadOff();
     write::cal.CalType = 0;
@@ -155,13 +147,13 @@ void Open(HWND dialog)
         return;
     }
     CentreDialog(dialog);
-    StatusString(kChooseHint, kLeftAligned);
+    StatusString(kTurnOnHint, kLeftAligned);
     FocusDlgItem(dialog, kAutoloadLastButton);
 }
 
 void TurnOnForVideoSetup(HWND dialog)
 {
-    StatusString(kGoingOnHint, kLeftAligned);
+    StatusString(kGoOnHint, kLeftAligned);
     if (TurnCameraOn("", 1)) {
         write::head.FirstSetupPending = 1;
         EndDialog(dialog, kVideoSetupFollows);
@@ -174,7 +166,7 @@ void TurnOnForVideoSetup(HWND dialog)
 // A failure is silent here: what failed has told it, and the dialog stays.
 void TurnOnWithCalibration(HWND dialog, const std::string& path)
 {
-    StatusString(kGoingOnHint, kLeftAligned);
+    StatusString(kGoOnHint, kLeftAligned);
     if (!TurnCameraOn(path.c_str(), 1)) return;
     StatusString(kIdleHint, kLeftAligned);
     EndDialog(dialog, kCalibrationLoaded);
@@ -182,10 +174,7 @@ void TurnOnWithCalibration(HWND dialog, const std::string& path)
 
 std::string LastCalibrationPath()
 {
-    std::string drive;
-    std::string directory;
-    SplitPath(IniFilePath, &drive, &directory, nullptr, nullptr);
-    return MakePath(drive, directory, "last", ".cal");
+    return DirectoryOf(IniFilePath) + "last.cal";
 }
 
 void TurnOnWithSelection(HWND dialog)
@@ -198,25 +187,18 @@ void TurnOnWithSelection(HWND dialog)
     EndDialog(dialog, kNothing);
 }
 
-bool OnCommand(HWND dialog, int id)
-{
-    switch (id) {
-        case kVideoSetupButton:
-            TurnOnForVideoSetup(dialog);
-            return true;
-        case kAutoloadLastButton:
-            TurnOnWithCalibration(dialog, LastCalibrationPath());
-            return true;
-        case kAutoloadSelectedButton:
-            TurnOnWithSelection(dialog);
-            return true;
-        case kIdCancel:
-            EndDialog(dialog, kNothing);
-            return true;
-        default:
-            return false;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kVideoSetupButton, TurnOnForVideoSetup},
+    {kAutoloadLastButton, [](HWND dialog) { TurnOnWithCalibration(dialog, LastCalibrationPath()); }},
+    {kAutoloadSelectedButton, TurnOnWithSelection},
+};
+constexpr DialogFrame kFrame{.name = "CLOCK_ON",
+                             .procedure = fnCLOCKONDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .closed = CancelDialog,
+                             .cantOpenIcon = BoxIcon::kStop,
+                             .cantOpenResult = kNothing};
 
 }  // namespace
 
@@ -234,8 +216,8 @@ int TurnCameraOn(const char* argument, int /*flag*/)
         write::frames.LiveVideo = 0;  // frozen, with the hourglass: who asked for the camera tells the operator
         return 0;
     }
-    StartLiveVideo();
-    ShowTurnOnItem();
+    BeginLiveView();
+    ShowTurnOnInMenu(CameraOn != 0);
     const bool loaded = LoadNamedCalibration(calibration);
     SetPointer(before);
     return loaded ? 1 : 0;
@@ -243,30 +225,15 @@ int TurnCameraOn(const char* argument, int /*flag*/)
 
 int TurnOnDialog(HWND parent)
 {
-    const int result = DialogBox("CLOCK_ON", parent, fnCLOCKONDlgProc);
-    if (result == -1) {
-        MessageBox(parent, "Unable to display dialog", "System Error", BoxIcon::kStop);
-        return kNothing;
-    }
+    const int result = RunDialog(kFrame, parent);
     if (result != kCalibrationLoaded) return result;
-    ShowTurnOnItem();
+    ShowTurnOnInMenu(CameraOn != 0);
     return kNothing;
 }
 
-LRESULT fnCLOCKONDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnCLOCKONDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam));
-        case WM_CLOSE:
-            EndDialog(dialog, kNothing);
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

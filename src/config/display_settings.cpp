@@ -1,5 +1,6 @@
 #include "config/display_settings.h"
 
+#include "config/display_settings_write.h"
 #include "platform/profile.h"
 #include "resources/ids.h"
 #include "state/camera_config.h"
@@ -10,7 +11,11 @@
 
 namespace kelvo {
 
-std::string OpticsFile;
+namespace write {
+OpticsVariables optics;
+}
+
+constinit const std::string& OpticsFile = write::optics.OpticsFile;
 
 namespace {
 
@@ -66,13 +71,18 @@ void ReadDisplaySettings()
     write::display.GrayScale = ChoiceAmong(kLinearScale, kLogScale, "GrayScale");
     ReadIntegers(kIntegerKeys);
     if (TempScale == 1) write::display.GrayColorBar = 1;  // the scale is drawn along the bar
-    OpticsFile = GetPrivateProfileString(kDisplay, "OpticsFile", "", IniFilePath);
+    write::optics.OpticsFile = GetPrivateProfileString(kDisplay, "OpticsFile", "", IniFilePath);
     if (ActiveConfig.DualCamera != 0) ReadIntegers(kSecondCameraKeys);
     ReadPan();
     write::display.ResetContrast = Contrast;
     write::display.ResetBrightness = Brightness;
     write::display.DisplayUnit = 0;
     write::display.SubstBadPixels = 1;
+}
+
+void ResetDisplaySettings()
+{
+    write::optics.OpticsFile.clear();
 }
 
 }  // namespace kelvo

@@ -6,7 +6,7 @@
 namespace kelvo {
 
 // Key OpticsFile (empty): stored and not used further.
-extern std::string OpticsFile;
+extern const std::string& OpticsFile;
 
 // Reads into state/display_state.h: ImageColor (1230) and GrayScale (1238), both limited to their ids; GrayColorBar
 // (1), forced to 1 by a TempScale (0) of 1; TempHisto (0); Contrast (16) and Brightness (580), kept as ResetContrast
@@ -15,5 +15,8 @@ extern std::string OpticsFile;
 // Sets DisplayUnit to 0 and SubstBadPixels to 1. After ReadSetupKeys and ReadCameraConfig, which clears the pan.
 void ReadDisplaySettings();
 inline constexpr auto& ReadDisplayKeys = ReadDisplaySettings;
+
+// As before ReadDisplayKeys.
+void ResetDisplaySettings();
 
 }  // namespace kelvo

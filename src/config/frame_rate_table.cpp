@@ -1,12 +1,17 @@
 #include "config/frame_rate_table.h"
 
+#include "config/frame_rate_table_write.h"
 #include "platform/text.h"
 
 #include <string_view>
 
 namespace kelvo {
 
-std::vector<FrameRateRow> FrameRateTable;
+namespace write {
+FrameRateVariables rates;
+}
+
+constinit const std::vector<FrameRateRow>& FrameRateTable = write::rates.FrameRateTable;
 
 FrameRateRow FrameRateRowAt(std::int32_t index)
 {
@@ -18,6 +23,11 @@ void ScanFrameRate(const FrameRateRow& row, float& rate)
 {
     const std::string_view field(row.RateText.data(), row.RateText.size());
     rate = ScanFloat(field.substr(0, field.find('\0'))).value_or(rate);
+}
+
+void ResetFrameRateTable()
+{
+    write::rates.FrameRateTable.clear();
 }
 
 }  // namespace kelvo

@@ -18,12 +18,15 @@ struct [[gnu::packed]] FrameRateRow {
 static_assert(sizeof(FrameRateRow) == 29);
 static_assert(offsetof(FrameRateRow, RateText) == 17);
 
-extern std::vector<FrameRateRow> FrameRateTable;
+extern const std::vector<FrameRateRow>& FrameRateTable;
 
 // The row of an index; an index that names none has a zero row too.
 FrameRateRow FrameRateRowAt(std::int32_t index);
 
 // The rate of a row in Hz into rate; a row that tells none leaves it as it was.
 void ScanFrameRate(const FrameRateRow& row, float& rate);
+
+// No rows, as before the table is read.
+void ResetFrameRateTable();
 
 }  // namespace kelvo

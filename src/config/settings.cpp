@@ -1,6 +1,7 @@
 #include "config/settings.h"
 
 #include "config/frame_rate_table.h"
+#include "config/settings_write.h"
 #include "imagefile/header_write.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -8,6 +9,7 @@
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/head_state_write.h"
+#include "state/state_registry.h"
 #include "state/windows_write.h"
 
 #include <optional>
@@ -16,12 +18,23 @@
 
 namespace kelvo {
 
-std::int32_t XPGBoard = 0;
-std::int32_t IrigAddress = 0;
-std::int16_t NumGrayLevels = 0;
-std::int32_t MultiFrame = 0;
+namespace write {
+SettingsVariables settings;
+}
+
+constinit const std::int16_t& NumGrayLevels = write::settings.NumGrayLevels;
+constinit const std::int32_t& MultiFrame = write::settings.MultiFrame;
 
 namespace {
+
+std::int32_t XPGBoard = 0;     // read and stored; nothing depends on it
+std::int32_t IrigAddress = 0;  // of the IRIG time reader; read only if IRIG is enabled
+
+const StateNames kStateNames{
+    Named("NumGrayLevels", NumGrayLevels),
+    Named("XPGBoard", XPGBoard),
+    Named("IrigAddress", IrigAddress),
+};
 
 constexpr const char* kSetup = "Setup";
 constexpr const char* kDisplay = "Display";
@@ -249,7 +262,7 @@ void ReadSetupKeys()
 {
     XPGBoard = SetupInteger("XPGBoard", 0);
     write::camera.ActiveCamera = SetupInteger("ActiveCamera", 2);
-    MultiFrame = GetPrivateProfileInt("Save", "MultiFrame", 0, IniFilePath);
+    write::settings.MultiFrame = GetPrivateProfileInt("Save", "MultiFrame", 0, IniFilePath);
     ReadByteSwap();
     write::frames.CameraOn = 0;
     write::frames.ViewingFile = 0;
@@ -259,7 +272,7 @@ void ReadSetupKeys()
 
 void ReadNumGrayLevels()
 {
-    NumGrayLevels = static_cast<std::int16_t>(SetupInteger("NumGrayLevels", 256));
+    write::settings.NumGrayLevels = static_cast<std::int16_t>(SetupInteger("NumGrayLevels", 256));
 }
 
 void ReadCameraConfig(std::int32_t number, int full, CameraConfig& record)
@@ -289,6 +302,14 @@ void SaveDisplayState()
     WriteInteger(camera, "Xoffset", Xoffset, CameraFilePath);
     WriteInteger(camera, "Yzoom", Yzoom, CameraFilePath);
     WriteInteger(camera, "Yoffset", Yoffset, CameraFilePath);
+}
+
+void ResetSettings()
+{
+    XPGBoard = 0;
+    IrigAddress = 0;
+    write::settings.NumGrayLevels = 0;
+    write::settings.MultiFrame = 0;
 }
 
 }  // namespace kelvo

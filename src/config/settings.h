@@ -15,11 +15,9 @@ namespace kelvo {
 
 // Keys of section Setup of kelvo.ini. ByteSwap, IrigEnable and SpiffHeader live with the header that takes them
 // (imagefile/header.h), ActiveCamera with the camera's record.
-extern std::int32_t XPGBoard;       // read and stored; nothing depends on it
-extern std::int32_t IrigAddress;    // of the IRIG time reader; read only if IRIG is enabled
-extern std::int16_t NumGrayLevels;  // read and stored; nothing depends on it
+extern const std::int16_t& NumGrayLevels;  // read and stored; nothing depends on it
 // Section Save: 1 saves several frames in one file.
-extern std::int32_t MultiFrame;
+extern const std::int32_t& MultiFrame;
 
 // XPGBoard (0), ActiveCamera (2), MultiFrame (0), ByteSwap ("0xffff", hexadecimal), IrigEnable (0), IrigAddress (736)
 // and SpiffHeaderIdentity (18290). Clears CameraOn and ViewingFile. A key IRIGTime, as IrigEnable was called before, is
@@ -41,5 +39,8 @@ void ReadCameraConfig(std::int32_t number, int full, CameraConfig& record);
 // What the exit keeps: Contrast and Brightness in section Display of kelvo.ini; Xzoom, Xoffset, Yzoom and Yoffset in
 // the active camera's section.
 void SaveDisplayState();
+
+// What belongs to this module, as before ReadSetupKeys.
+void ResetSettings();
 
 }  // namespace kelvo

@@ -43,6 +43,32 @@ bool RowsFit(std::int64_t rowBytes, std::int64_t height)
     return rowBytes >= 0 && height >= 0 && (rowBytes == 0 || height <= kMostBytes / rowBytes);
 }
 
+// The header and the size of a bitmap that is to be made.
+struct NewDib {
+    BitmapInfoHeader header;
+    std::int64_t sizeBytes = 0;
+};
+
+std::optional<NewDib> FormOf(int width, int height, int bits)
+{
+    const std::int64_t rowBytes = DibRowBytes(bits, width);
+    if (width < 0 || height < 0 || !RowsFit(rowBytes, height)) return std::nullopt;
+    NewDib made;
+    made.header.biSize = kInfoHeaderBytes;
+    made.header.biWidth = width;
+    made.header.biHeight = height;
+    made.header.biPlanes = 1;
+    made.header.biBitCount = static_cast<std::uint16_t>(StoredDepth(bits));
+    const auto tableBytes = static_cast<std::int64_t>(ColorsOfDepth(made.header.biBitCount) * kInfoTableEntryBytes);
+    made.sizeBytes = std::int64_t{kInfoHeaderBytes} + tableBytes + rowBytes * height;
+    return made;
+}
+
+bool SameHeader(const BitmapInfoHeader& a, const BitmapInfoHeader& b)
+{
+    return std::memcmp(&a, &b, sizeof a) == 0;  // packed: every byte counts
+}
+
 // ---- the rows of a bitmap
 
 // Plain rows that lie inside their block as a whole.
@@ -309,22 +335,24 @@ constexpr std::array<std::string_view, 22> kErrorTexts = {
 
 Dib CreateDIB(int width, int height, int bits)
 {
-    if (width < 0 || height < 0) return nullptr;
-    BitmapInfoHeader header;
-    header.biSize = kInfoHeaderBytes;
-    header.biWidth = width;
-    header.biHeight = height;
-    header.biPlanes = 1;
-    header.biBitCount = static_cast<std::uint16_t>(StoredDepth(bits));
-
-    DibBlock headerOnly{std::vector<std::uint8_t>(kInfoHeaderBytes)};
-    SetDibInfo(headerOnly, header);
-    const std::int64_t rowBytes = DibRowBytes(bits, width);
-    if (!RowsFit(rowBytes, height)) return nullptr;
-    Dib dib = NewBlock(std::int64_t{kInfoHeaderBytes} + static_cast<std::int64_t>(DibPaletteBytes(headerOnly)) +
-                       rowBytes * height);
-    if (dib) SetDibInfo(*dib, header);
+    const std::optional<NewDib> made = FormOf(width, height, bits);
+    if (!made) return nullptr;
+    Dib dib = NewBlock(made->sizeBytes);
+    if (dib) SetDibInfo(*dib, made->header);
     return dib;
+}
+
+bool ReadyDIB(Dib& dib, int width, int height, int bits)
+{
+    const std::optional<NewDib> wanted = FormOf(width, height, bits);
+    if (!wanted) return false;
+    const bool stands = dib && dib.use_count() == 1 && std::ssize(dib->bytes) == wanted->sizeBytes &&
+                        SameHeader(DibInfo(*dib), wanted->header);
+    if (stands) return true;
+    Dib made = CreateDIB(width, height, bits);
+    if (!made) return false;
+    dib = std::move(made);
+    return true;
 }
 
 int FreeDib(Dib& dib)

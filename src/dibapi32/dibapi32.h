@@ -20,6 +20,10 @@ namespace kelvo {
 // as the bits asked for need.
 Dib CreateDIB(int width, int height, int bits);
 
+// The same for a picture that is drawn again and again: dib is such a bitmap then, with any pixels. The block that
+// stands is taken where it has that form already and nobody else holds it. False where CreateDIB gives null; dib stays.
+bool ReadyDIB(Dib& dib, int width, int height, int bits);
+
 // Frees the block; dib is null afterwards. Always 0.
 int FreeDib(Dib& dib);
 

@@ -27,20 +27,6 @@ std::uint32_t StoredHeaderBytes(const DibBlock& block)
     return size;
 }
 
-std::uint32_t ColorsOfDepth(int bits)
-{
-    switch (bits) {
-        case 1:
-            return 2;
-        case 4:
-            return 16;
-        case 8:
-            return 256;
-        default:
-            return 0;
-    }
-}
-
 std::size_t TableEntryBytes(const DibBlock& block)
 {
     return HasCoreHeader(block) ? kCoreTableEntryBytes : kInfoTableEntryBytes;
@@ -98,6 +84,20 @@ int DibHeight(const DibBlock& block)
 int DibBitCount(const DibBlock& block)
 {
     return HasCoreHeader(block) ? HeaderOf<BitmapCoreHeader>(block).bcBitCount : DibInfo(block).biBitCount;
+}
+
+std::uint32_t ColorsOfDepth(int bits)
+{
+    switch (bits) {
+        case 1:
+            return 2;
+        case 4:
+            return 16;
+        case 8:
+            return 256;
+        default:
+            return 0;
+    }
 }
 
 std::uint32_t DibColorCount(const DibBlock& block)

@@ -74,7 +74,9 @@ int DibWidth(const DibBlock& block);   // from either header form
 int DibHeight(const DibBlock& block);  // the same; negative for rows from the top down
 int DibBitCount(const DibBlock& block);
 
-// A 40-byte header's biClrUsed if not 0; otherwise 2, 16 or 256 for 1, 4 or 8 bits and 0 for others.
+// 2, 16 or 256 for 1, 4 or 8 bits and 0 for others.
+std::uint32_t ColorsOfDepth(int bits);
+// A 40-byte header's biClrUsed if not 0; otherwise ColorsOfDepth.
 std::uint32_t DibColorCount(const DibBlock& block);
 // Colours x 4, or x 3 for a core header.
 std::size_t DibPaletteBytes(const DibBlock& block);

@@ -3,10 +3,10 @@
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
-#include "platform/menu.h"
 #include "resources/ids.h"
 #include "state/display_state_write.h"
 #include "state/windows.h"
+#include "ui/menu_state.h"
 
 #include <array>
 #include <optional>
@@ -110,21 +110,13 @@ bool FillColorMap(int id)
     }
 }
 
-void CheckMapInMenu(int id)
-{
-    if (!hWndMain) return;
-    CheckMenuItem(hWndMain, kCmdNormalGray, id == kNormalGray);
-    CheckMenuItem(hWndMain, kCmdInvertedGray, id == kInvertedGray);
-    CheckMenuItem(hWndMain, kCmdNormalColor, id == kNormalColor);
-}
-
 }  // namespace
 
 void SetColorMap(int id)
 {
     if (!EnsureColorMap()) return;
     ++generation;
-    if (FillColorMap(id)) CheckMapInMenu(id);
+    if (FillColorMap(id)) ShowColorMapInMenu(id);
 }
 
 void NextColorMap()
@@ -183,6 +175,12 @@ int ReadPalette(std::string_view contents, std::span<std::uint8_t> map)
         ++entry;
     }
     return badLines;
+}
+
+void ResetColorMap()
+{
+    write::display.ColorMap.clear();
+    ++generation;
 }
 
 }  // namespace kelvo

@@ -38,4 +38,7 @@ std::uint32_t ColorMapGeneration();
 // than three numbers.
 int ReadPalette(std::string_view contents, std::span<std::uint8_t> map);
 
+// No map; what was made of the last one is out of date.
+void ResetColorMap();
+
 }  // namespace kelvo

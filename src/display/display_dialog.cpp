@@ -4,17 +4,15 @@
 #include "display/display_pipeline.h"
 #include "display/lookup_table.h"
 #include "display/unit_list.h"
-#include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "state/display_state_write.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/docking.h"
-#include "ui/scroll_rule.h"
 #include "ui/status.h"
 
 namespace kelvo {
@@ -29,8 +27,6 @@ constexpr int kReset = 1248;
 constexpr int kBarBox = 1250;
 constexpr int kTempScaleBox = 1252;
 constexpr int kHistogramBox = 1254;
-constexpr int kHelpTopic = 288;
-constexpr int kDialogHint = 120;  // status strings
 
 struct Levels {
     std::int32_t contrast = 0;
@@ -94,17 +90,17 @@ void Open(HWND dialog)
     ApplyLevels();
     CentreDialog(dialog);
     DockDialog(dialog);  // beside the picture that it changes
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kDisplaySetupHint, kLeftAligned);
 }
 
-void PickColor(int id)
+void PickColor(HWND /*dialog*/, int id)
 {
     choices.color = id;
     SetColorMap(id);
     ApplyLevels();  // the map alone draws nothing
 }
 
-void PickScale(int id)
+void PickScale(HWND /*dialog*/, int id)
 {
     choices.scale = id;
     SetGrayScale(id);
@@ -182,86 +178,67 @@ void Cancel(HWND dialog)
     Close(dialog, 0);
 }
 
-bool OnCommand(HWND dialog, int id, int notification)
+void ScrollBrightness(HWND dialog, int /*bar*/, int position)
 {
-    switch (id) {
-        case kNormalGray:
-        case kInvertedGray:
-        case kNormalColor:
-            PickColor(id);
-            return true;
-        case kLinearScale:
-        case kLogScale:
-            PickScale(id);
-            return true;
-        case kBarBox:
-            ClickBar(dialog);
-            return true;
-        case kTempScaleBox:
-            ClickTempScale(dialog);
-            return true;
-        case kHistogramBox:
-            ClickHistogram(dialog);
-            return true;
-        case kUnitList:
-            if (notification == kSelectionChanged) TakeUnit(dialog);
-            return true;
-        case kReset:
-            Reset(dialog);
-            return true;
-        case kIdOk:
-            Accept(dialog);
-            return true;
-        case kIdCancel:
-            Cancel(dialog);
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpTopic);
-            return true;
-        default:
-            return false;
-    }
-}
-
-bool OnScroll(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
-{
-    const int position = ScrollTo(dialog, message, wParam, lParam);
-    (lParam == kBrightnessBar ? choices.levels.brightness : choices.levels.contrast) = position;
+    choices.levels.brightness = position;
     ShowLevels(dialog);
     ApplyLevels();
-    return true;
 }
+
+void ScrollContrast(HWND dialog, int /*bar*/, int position)
+{
+    choices.levels.contrast = position;
+    ShowLevels(dialog);
+    ApplyLevels();
+}
+
+void PickUnit(HWND dialog)
+{
+    TakeUnit(dialog);
+}
+
+// The picture keeps what it shows until its table is made again; the settings stay as they were.
+void CloseWindow(HWND dialog)
+{
+    write::display.Contrast = levelsAtOpening.contrast;
+    write::display.Brightness = levelsAtOpening.brightness;
+    EndDialog(dialog, 0);
+}
+
+constexpr DialogEntry kEntries[] = {
+    OnScroll(kBrightnessBar, ScrollBrightness),
+    OnScroll(kContrastBar, ScrollContrast),
+    {kLinearScale, PickScale},
+    {kLogScale, PickScale},
+    {kNormalGray, PickColor},
+    {kInvertedGray, PickColor},
+    {kNormalColor, PickColor},
+    {kBarBox, ClickBar},
+    {kTempScaleBox, ClickTempScale},
+    {kHistogramBox, ClickHistogram},
+    {kUnitList, PickUnit, kSelectionChanged},
+    {kReset, Reset},
+    {kIdOk, Accept},
+    {kIdCancel, Cancel},
+};
+constexpr DialogFrame kFrame{.name = "DISPLAY",
+                             .procedure = fnDISPLAYDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpDisplaySetup,
+                             .closed = CloseWindow,
+                             .cantOpenResult = -1};
 
 }  // namespace
 
 int DisplayDialog(HWND window)
 {
-    const int result = DialogBox("DISPLAY", window, fnDISPLAYDlgProc);
-    if (result == -1) MessageBox(window, "Unable to display dialog", "System Error");
-    return result;
+    return RunDialog(kFrame, window);
 }
 
 LRESULT fnDISPLAYDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
-        case WM_HSCROLL:
-        case WM_VSCROLL:
-            if (lParam != kBrightnessBar && lParam != kContrastBar) return 0;
-            return OnScroll(dialog, message, wParam, lParam);
-        // The picture keeps what it shows until its table is made again; the settings stay as they were.
-        case WM_CLOSE:
-            write::display.Contrast = levelsAtOpening.contrast;
-            write::display.Brightness = levelsAtOpening.brightness;
-            EndDialog(dialog, 0);
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 void ToggleColorBar()

@@ -1,8 +1,8 @@
 #include "display/display_pipeline.h"
 
 #include "dibapi32/dibapi32.h"
+#include "display/display_pipeline_write.h"
 #include "display/fit_contrast.h"
-#include "display/frame_bitmap.h"
 #include "display/lookup_table.h"
 #include "display/units.h"
 #include "imagefile/header.h"
@@ -11,30 +11,40 @@
 #include "platform/memory.h"
 #include "platform/paint.h"
 #include "platform/profile.h"
-#include "platform/text.h"
 #include "platform/window.h"
-#include "resources/ids.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/docking.h"
+#include "ui/panel_readouts.h"
 #include "ui/status.h"
 
 #include <algorithm>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace kelvo {
 
-Dib FrameBitmap;
-std::int32_t LastPaintRight = 0;
-std::int32_t LastPaintBottom = 0;
-std::int32_t PictureRightMargin = 0;
+namespace write {
+PictureVariables picture;
+}
+
+constinit const Dib& FrameBitmap = write::picture.FrameBitmap;
+constinit const std::int32_t& PictureRightMargin = write::picture.PictureRightMargin;
 
 namespace {
+
+// Right and bottom of the last painted rectangle, logical pixels of the client area.
+std::int32_t LastPaintRight = 0;
+std::int32_t LastPaintBottom = 0;
+
+const StateNames kStateNames{
+    Named("LastPaintRight", LastPaintRight),
+    Named("LastPaintBottom", LastPaintBottom),
+};
 
 std::vector<PictureLayer> layers;
 
@@ -85,6 +95,12 @@ void EraseMargin(HWND window, int right, int bottom)
     EraseStrip(window, {0, bottom, right, LastPaintBottom});
 }
 
+void PaintNewPicture()
+{
+    PaintBitmap(FrameBitmap, hWndMain);
+    PaintLayers(true);
+}
+
 std::span<const std::int16_t> FramePixelsOnView()
 {
     if (!ViewingFile) return LiveFrame;
@@ -102,10 +118,7 @@ void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness)
     FillDisplayLut(contrast, brightness);
     write::display.Contrast = contrast;
     write::display.Brightness = brightness;
-    if (hDlgPanel) {
-        SetDlgItemText(hDlgPanel, kPanelContrastText, Format("%d", contrast));
-        SetDlgItemText(hDlgPanel, kPanelBrightnessText, Format("%d", brightness));
-    }
+    ShowLevelsInPanel();
     if (ViewingFile) DrawFileOnView();
 }
 
@@ -117,12 +130,19 @@ void EnsureDisplayLut()
 void DrawFrame(std::span<const std::int16_t> frame)
 {
     EnsureDisplayLut();
-    Dib bitmap = MakeFrameBitmap(frame, nullptr);
-    if (!bitmap) return;
-    FreeDib(FrameBitmap);
-    FrameBitmap = std::move(bitmap);
-    PaintBitmap(FrameBitmap, hWndMain);
-    PaintLayers(true);
+    if (FillFrameBitmap(write::picture.FrameBitmap, frame, nullptr)) PaintNewPicture();
+}
+
+GrayRows BeginPicture()
+{
+    EnsureDisplayLut();
+    return ReadyCameraBitmap(write::picture.FrameBitmap);
+}
+
+void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays)
+{
+    LookUpAgain(frame, changed, grays);
+    PaintNewPicture();
 }
 
 void AddPictureLayer(PictureLayer layer)
@@ -167,9 +187,7 @@ void PaintBitmap(const Dib& bitmap, HWND window)
     LastPaintBottom = bottom;
     if (isMain) SetScrollExtent(window, {right + PictureRightMargin, bottom}, PanelHeight(), TextHeight);
 
-    const std::optional<Palette> palette = PaletteFromDib(bitmap);
-    PaintDib(window, {left, top, left + width * xzoom, top + height * yzoom}, bitmap, {0, 0, width, height},
-             palette ? &*palette : nullptr);
+    PaintDib(window, {left, top, left + width * xzoom, top + height * yzoom}, bitmap, {0, 0, width, height});
 }
 
 void RepaintPicture()
@@ -200,5 +218,14 @@ void DrawColorBar() {}
 void DrawTempScale(std::int32_t /*on*/) {}
 
 void SetGrayScale(std::int32_t /*id*/) {}
+
+void ResetDisplayPipeline()
+{
+    write::picture.FrameBitmap = nullptr;
+    LastPaintRight = 0;
+    LastPaintBottom = 0;
+    write::picture.PictureRightMargin = 0;
+    layers.clear();
+}
 
 }  // namespace kelvo

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "dibapi32/dibutil.h"
+#include "display/frame_bitmap.h"
 #include "platform/types.h"
 
 #include <cstdint>
@@ -13,11 +14,8 @@
 
 namespace kelvo {
 
-// The picture on the screen; null before the first frame. Written by DrawFrame.
-extern Dib FrameBitmap;
-// Right and bottom of the last painted rectangle, logical pixels of the client area.
-extern std::int32_t LastPaintRight;
-extern std::int32_t LastPaintBottom;
+// The picture on the screen; null before the first frame.
+extern const Dib& FrameBitmap;
 
 // Rebuilds DisplayLut for contrast (1 to 100), brightness (1 to 1000) and the range on view, stores both, shows them in
 // the panel, and draws the stored frame again if a file is on view. Where memory is refused there is no table and the
@@ -33,7 +31,7 @@ using PictureLayer = void (*)(bool newFrame);
 void AddPictureLayer(PictureLayer layer);  // once is enough
 void RemovePictureLayer(PictureLayer layer);
 // Logical pixels at the right of the main window that something covers: the picture scrolls that much further.
-extern std::int32_t PictureRightMargin;
+extern const std::int32_t& PictureRightMargin;
 
 // Where FrameBitmap is painted: logical pixels of the main window. Empty without a picture.
 Rect PicturePlace();
@@ -41,6 +39,13 @@ Rect PicturePlace();
 // Makes the bitmap of a frame and paints it in the main window. With a file on view and fewer counts than its header
 // says nothing is drawn, and the picture on the screen stays.
 void DrawFrame(std::span<const std::int16_t> frame);
+
+// The camera's frame in two steps, so that its gray values are made in the pass that makes its counts: BeginPicture
+// readies FrameBitmap and says where they go, EndPicture looks up changed, a part of the frame whose counts were
+// touched since (empty: none), and paints. The picture is the one of DrawFrame. Without a table in the result the frame
+// isn't one for this way (ReadyCameraBitmap): DrawFrame draws it.
+GrayRows BeginPicture();
+void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays);
 
 // Draws the stored frame on view, if there is one.
 void DrawFileOnView();
@@ -64,5 +69,8 @@ void FitContrastToPicture();
 void DrawColorBar();
 void DrawTempScale(std::int32_t on);
 void SetGrayScale(std::int32_t id);
+
+// No picture, nothing painted, no layers.
+void ResetDisplayPipeline();
 
 }  // namespace kelvo

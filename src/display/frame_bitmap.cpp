@@ -2,7 +2,6 @@
 
 #include "dibapi32/dibapi32.h"
 #include "display/color_map.h"
-#include "display/gray_lookup.h"
 #include "imagefile/header.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
@@ -50,16 +49,28 @@ RowPart PartInFrame(std::span<const std::int16_t> frame, std::int64_t start, std
             static_cast<std::size_t>(first - start)};
 }
 
-void LookUpRows(std::span<const std::int16_t> frame, const FrameRect& rect, std::span<std::uint8_t> bits)
+// DisplayLut as it stands now, which isn't empty.
+const GrayTable& TableInForce()
 {
     static GrayTable table;
     FillGrayTable(table, DisplayLut);
+    return table;
+}
+
+// Every pixel of the bitmap is written: what stood there may be an older picture.
+void LookUpRows(std::span<const std::int16_t> frame, const FrameRect& rect, std::span<std::uint8_t> bits)
+{
+    const GrayTable& table = TableInForce();
+    const auto width = static_cast<std::size_t>(rect.Width());
     const auto rowBytes = static_cast<std::size_t>(DibRowBytes(kBits, rect.Width()));
     const std::int64_t stride = rect.Width() + rect.left;
     // Bitmaps are stored from the bottom up.
     for (std::int64_t row = rect.Height() - 1; row >= 0; --row, bits = bits.subspan(rowBytes)) {
         const RowPart part = PartInFrame(frame, row * stride + rect.left, rect.Width());
-        LookUpGrays(part.counts, table, bits.subspan(part.column, part.counts.size()));
+        const std::span<std::uint8_t> grays = bits.first(width);
+        std::ranges::fill(grays.first(part.column), std::uint8_t{0});
+        LookUpGrays(part.counts, table, grays.subspan(part.column, part.counts.size()));
+        std::ranges::fill(grays.subspan(part.column + part.counts.size()), std::uint8_t{0});
     }
 }
 
@@ -76,6 +87,16 @@ bool FitsBitmap(const FrameRect& rect)
     return rect.Width() >= 0 && rect.Width() <= kLongest && rect.Height() >= 0 && rect.Height() <= kLongest;
 }
 
+// A bitmap of that size with the colours in force, and any pixels.
+bool ReadyColoredDib(Dib& dib, const FrameRect& rect)
+{
+    if (!FitsBitmap(rect)) return false;
+    if (!ReadyDIB(dib, static_cast<int>(rect.Width()), static_cast<int>(rect.Height()), kBits)) return false;
+    ReadyColorMap();
+    std::ranges::copy(CachedPalette(), DibPalette(*dib).begin());
+    return true;
+}
+
 }  // namespace
 
 FrameRect DefaultFrameRect()
@@ -87,16 +108,51 @@ FrameRect DefaultFrameRect()
 
 Dib MakeFrameBitmap(std::span<const std::int16_t> frame, const FrameRect* rectangle)
 {
-    if (!rectangle && ViewingFile && !HoldsFileOnView(frame)) return nullptr;
-    const FrameRect rect = rectangle ? *rectangle : DefaultFrameRect();
-    if (!FitsBitmap(rect)) return nullptr;
+    Dib dib;
+    return FillFrameBitmap(dib, frame, rectangle) ? dib : nullptr;
+}
 
-    Dib dib = CreateDIB(static_cast<int>(rect.Width()), static_cast<int>(rect.Height()), kBits);
-    if (!dib) return nullptr;
-    ReadyColorMap();
-    std::ranges::copy(CachedPalette(), DibPalette(*dib).begin());
-    if (!DisplayLut.empty()) LookUpRows(frame, rect, DibBits(*dib));
-    return dib;
+bool FillFrameBitmap(Dib& dib, std::span<const std::int16_t> frame, const FrameRect* rectangle)
+{
+    if (!rectangle && ViewingFile && !HoldsFileOnView(frame)) return false;
+    const FrameRect rect = rectangle ? *rectangle : DefaultFrameRect();
+    if (!ReadyColoredDib(dib, rect)) return false;
+    if (DisplayLut.empty()) {
+        std::ranges::fill(DibBits(*dib), std::uint8_t{0});
+    } else {
+        LookUpRows(frame, rect, DibBits(*dib));
+    }
+    return true;
+}
+
+GrayRows ReadyCameraBitmap(Dib& dib)
+{
+    const FrameRect rect = DefaultFrameRect();
+    const bool inFrame = rect.left >= 0 && rect.top >= 0 && rect.Width() > 0 && rect.Height() > 0;
+    if (ViewingFile || DisplayLut.empty() || !inFrame || !ReadyColoredDib(dib, rect)) return {};
+
+    const std::int64_t rowBytes = DibRowBytes(kBits, rect.Width());
+    const std::int64_t lastRow = rect.Height() - 1;
+    return {.table = &TableInForce(),
+            .top = DibBits(*dib).data() + lastRow * rowBytes,
+            .rowStride = -rowBytes,
+            .rows = static_cast<std::size_t>(rect.Height()),
+            .firstColumn = static_cast<std::size_t>(rect.left)};
+}
+
+void LookUpAgain(std::span<const std::int16_t> frame, const FrameRect& part, const GrayRows& grays)
+{
+    const auto firstColumn = static_cast<std::int64_t>(grays.firstColumn);
+    const std::int64_t left = std::max<std::int64_t>(part.left, firstColumn);
+    const std::int64_t right = std::min<std::int64_t>(part.right, ActiveConfig.Hroi - 1);
+    const std::int64_t bottom = std::min<std::int64_t>(part.bottom, static_cast<std::int64_t>(grays.rows) - 1);
+    if (left > right) return;
+    const auto width = static_cast<std::size_t>(right + 1 - left);
+    for (std::int64_t row = std::max(part.top, 0); row <= bottom; ++row) {
+        const auto start = static_cast<std::size_t>(row * ActiveConfig.Hroi + left);
+        std::uint8_t* const to = grays.top + row * grays.rowStride + (left - firstColumn);
+        LookUpGrays(frame.subspan(start, width), *grays.table, {to, width});
+    }
 }
 
 void BuildDibPalette(RgbQuadTable& table)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dibapi32/dibutil.h"
+#include "display/gray_lookup.h"
 
 #include <array>
 #include <cstdint>
@@ -34,6 +35,16 @@ FrameRect DefaultFrameRect();
 // than frame holds. DisplayLut and ColorMap must stand (EnsureDisplayLut); without a table every pixel is 0.
 Dib MakeFrameBitmap(std::span<const std::int16_t> frame, const FrameRect* rectangle);
 inline constexpr auto& FrameToDib = MakeFrameBitmap;
+
+// The same into a bitmap that may stand already (ReadyDIB). False where MakeFrameBitmap gives null; then dib stays.
+bool FillFrameBitmap(Dib& dib, std::span<const std::int16_t> frame, const FrameRect* rectangle);
+
+// The bitmap of the camera's next frame, whose gray values are to be made together with its counts: dib is as
+// FillFrameBitmap leaves it but for the pixels, and they go where the result says. Without a table, with a file on
+// view, with a pan outside the frame and where memory is refused there is no such place, and dib stays.
+GrayRows ReadyCameraBitmap(Dib& dib);
+// Looks up a part of the camera's frame (height x Hroi) once more, where counts have changed since.
+void LookUpAgain(std::span<const std::int16_t> frame, const FrameRect& part, const GrayRows& grays);
 
 // A colour table entry: blue, green, red, 0.
 using RgbQuadTable = std::array<std::uint8_t, 1024>;

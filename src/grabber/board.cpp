@@ -1,6 +1,7 @@
 #include "grabber/board.h"
 
 #include "config/settings.h"
+#include "grabber/board_state_write.h"
 #include "grabber/correction.h"
 #include "grabber/frame_account.h"
 #include "grabber/frame_read.h"
@@ -32,20 +33,22 @@ constexpr std::int32_t kFrameBits = 16;
 constexpr std::int32_t kWaitHundredths = 200;  // 2 s
 constexpr std::size_t kLongestNoFile = 4;      // "none"
 
+bool boardCameUp = false;  // ResetBoardState has run
+
 // Fresh blocks of the camera's size; what memory refuses stays empty, and no frame then fits.
 void MakeFrameBlocks()
 {
     const std::size_t values = CameraFrameValues();
     AllocateBlock(write::frames.LiveFrame, values);
     AllocateBlock(write::frames.RawFrame, values);
-    AllocateBlock(VideoCopy, values);
+    AllocateBlock(write::board.VideoCopy, values);
 }
 
 void DropFrameBlocks()
 {
     std::vector<std::int16_t>().swap(write::frames.LiveFrame);
     std::vector<std::int16_t>().swap(write::frames.RawFrame);
-    std::vector<std::uint8_t>().swap(VideoCopy);
+    std::vector<std::uint8_t>().swap(write::board.VideoCopy);
 }
 
 void ReadCnfFilePath()
@@ -63,16 +66,16 @@ bool Fail(std::string_view text, std::string_view caption)
 bool StartLibrary()
 {
     if (itx_load_cnf(CnfFilePath) != 0) return false;
-    DataOffset = GetPrivateProfileInt(ActiveCameraSection(), "DataOffset", 0, CameraFilePath);
+    write::board.DataOffset = GetPrivateProfileInt(ActiveCameraSection(), "DataOffset", 0, CameraFilePath);
     return itx_init_sys(0) == 0;
 }
 
 bool FindModules()
 {
-    IcpModule = itx_get_modcnf(0, "ICP", kModuleKind);
+    write::board.IcpModule = itx_get_modcnf(0, "ICP", kModuleKind);
     if (IcpModule == 0) return false;
     icp_delete_all_frames(IcpModule);
-    AcqModule = icp_get_slot0(IcpModule);
+    write::board.AcqModule = icp_get_slot0(IcpModule);
     if (AcqModule == 0) return Fail("No Acquisition Module Found on Board #0", "init_itex");
     amdig_lin_lut(AcqModule);
     return true;
@@ -80,10 +83,10 @@ bool FindModules()
 
 bool CreateFrameA()
 {
-    FramePitch =
+    write::board.FramePitch =
         static_cast<std::int32_t>((std::int64_t{ActiveConfig.Hroi} + kPitchStep - 1) / kPitchStep * kPitchStep);
-    FrameRows = ActiveConfig.Vroi;
-    FrameA = icp_create_frame(IcpModule, FramePitch, FrameRows, kFrameBits, 0);
+    write::board.FrameRows = ActiveConfig.Vroi;
+    write::board.FrameA = icp_create_frame(IcpModule, FramePitch, FrameRows, kFrameBits, 0);
     if (FrameA == kNoBoardFrame) return Fail("FrameA on ICP-PCI#0 not created!", "init_itex()");
     return true;
 }
@@ -114,14 +117,15 @@ void SetTransferMode()
 
 void FindComputingModules()
 {
-    CmpModule = itx_get_modcnf(0, "CMP", kModuleKind);
+    write::board.CmpModule = itx_get_modcnf(0, "CMP", kModuleKind);
     if (CmpModule == 0) return;
     struct Part {
         BoardModule& module;
         std::string_view name;
     };
-    for (const Part& part : {Part{CmClu, "CM-CLU"}, Part{CmMmp, "CM-MMP"}, Part{CmHf, "CM-HF"}, Part{CmPa, "CM-PA"},
-                             Part{CmMem, "CM-MEM"}}) {
+    for (const Part& part :
+         {Part{write::board.CmClu, "CM-CLU"}, Part{write::board.CmMmp, "CM-MMP"}, Part{write::board.CmHf, "CM-HF"},
+          Part{write::board.CmPa, "CM-PA"}, Part{write::board.CmMem, "CM-MEM"}}) {
         part.module = itx_get_modcnf(CmpModule, part.name, kModuleKind);
     }
 }
@@ -142,7 +146,7 @@ void RemakeFrames()
 {
     if (LiveVideo) icp_freeze(IcpModule, FrameA);
     icp_delete_all_frames(IcpModule);
-    FrameA = kNoBoardFrame;
+    write::board.FrameA = kNoBoardFrame;
     if (CameraFrameValues() == 0) return;
     MakeFrameBlocks();
     if (!CreateFrameA() || !LiveVideo) return;
@@ -166,14 +170,13 @@ int init_itex()
 
 int ResetBoardState()
 {
-    static bool ranBefore = false;
-    if (ranBefore) {
+    if (boardCameUp) {
         FreeHostFrames();
         AllocateHostFrames();
         StatusMessage("Wait - Vantir initializing Image Processor", static_cast<int>(TextAlign::kCentre));
     }
     itx_err_level(1);
-    ranBefore = true;
+    boardCameUp = true;
     return 1;
 }
 
@@ -192,8 +195,8 @@ void ExitBoard()
 
 int CheckBoardModules()
 {
-    IcpModule = itx_get_modcnf(0, "ICP", kModuleKind);
-    AcqModule = icp_get_slot0(IcpModule);
+    write::board.IcpModule = itx_get_modcnf(0, "ICP", kModuleKind);
+    write::board.AcqModule = icp_get_slot0(IcpModule);
     return IcpModule != 0 && AcqModule != 0 ? 1 : 0;
 }
 
@@ -260,6 +263,24 @@ void ExternalSyncPulse()
     amdig_exsyncp(AcqModule, 0);
     DelayMs(0);
     amdig_exsyncp(AcqModule, 1);
+}
+
+void ForgetBoard()
+{
+    boardCameUp = false;
+    write::board.IcpModule = 0;
+    write::board.AcqModule = 0;
+    write::board.CmpModule = 0;
+    write::board.CmClu = 0;
+    write::board.CmMmp = 0;
+    write::board.CmHf = 0;
+    write::board.CmPa = 0;
+    write::board.CmMem = 0;
+    write::board.FrameA = kNoBoardFrame;
+    write::board.FramePitch = 0;
+    write::board.FrameRows = 0;
+    write::board.DataOffset = 0;
+    write::board.VideoCopy.clear();
 }
 
 }  // namespace kelvo

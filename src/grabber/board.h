@@ -35,4 +35,7 @@ int ReadFrameNow(std::span<std::int16_t> buffer);
 void ExternalSyncOn(std::int32_t flag);
 void ExternalSyncPulse();
 
+// As before the program start: nothing is known of a board (grabber/board_state.h). The board itself isn't asked.
+void ForgetBoard();
+
 }  // namespace kelvo

@@ -1,5 +1,4 @@
-// What is known of the open board: its modules, the frame on it, and the offset of its counts. Written by
-// grabber/board.
+// What is known of the open board: its modules, the frame on it, and the offset of its counts.
 #pragma once
 
 #include "grabber/copm2.h"
@@ -10,19 +9,19 @@
 namespace kelvo {
 
 // Handles of the board's modules; 0 before init_itex. The computing modules are looked up and not used further.
-extern BoardModule IcpModule;
-extern BoardModule AcqModule;
-extern BoardModule CmpModule;
-extern BoardModule CmClu;
-extern BoardModule CmMmp;
-extern BoardModule CmHf;
-extern BoardModule CmPa;
-extern BoardModule CmMem;
-extern BoardFrame FrameA;                    // the frame on the board
-extern std::int32_t FramePitch;              // Hroi rounded up to a multiple of 32
-extern std::int32_t FrameRows;               // Vroi
-extern std::int32_t DataOffset;              // counts added to each raw value; key DataOffset of the camera section
-extern std::vector<std::uint8_t> VideoCopy;  // Hroi x Vroi, filled by nothing
+extern const BoardModule& IcpModule;
+extern const BoardModule& AcqModule;
+extern const BoardModule& CmpModule;
+extern const BoardModule& CmClu;
+extern const BoardModule& CmMmp;
+extern const BoardModule& CmHf;
+extern const BoardModule& CmPa;
+extern const BoardModule& CmMem;
+extern const BoardFrame& FrameA;        // the frame on the board
+extern const std::int32_t& FramePitch;  // Hroi rounded up to a multiple of 32
+extern const std::int32_t& FrameRows;   // Vroi
+extern const std::int32_t& DataOffset;  // counts added to each raw value; key DataOffset of the camera section
+extern const std::vector<std::uint8_t>& VideoCopy;  // Hroi x Vroi, filled by nothing
 
 // A raw value with DataOffset added, without limiting.
 inline std::int16_t WithDataOffset(std::int16_t raw)

@@ -188,4 +188,10 @@ std::int64_t icp_frame_count(BoardModule module)
     return Ask<&BoardTable::frame_count>(std::int64_t{0}, module);
 }
 
+void ForgetBoardTables()
+{
+    KnownBoards().clear();
+    choice = {};
+}
+
 }  // namespace kelvo

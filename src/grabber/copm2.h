@@ -90,4 +90,7 @@ void itx_exit(std::int32_t flags);
 // Ours: frames completed since icp_grab.
 std::int64_t icp_frame_count(BoardModule module);
 
+// No board is known, and none chosen.
+void ForgetBoardTables();
+
 }  // namespace kelvo

@@ -102,16 +102,19 @@ void CorrectByDefinition(const CorrectionLists& lists, std::span<const std::int1
     }
 }
 
-void CorrectLiveFrame(std::span<const std::int16_t> raw, std::span<std::int16_t> frame, std::int32_t dataOffset)
+bool CorrectLiveFrame(std::span<const std::int16_t> raw, std::span<std::int16_t> frame, std::int32_t dataOffset,
+                      const GrayRows& grays)
 {
     const CorrectionLists lists = ListsInForce(dataOffset);
     const auto width = static_cast<std::size_t>(std::max(ActiveConfig.Hroi, 1));
     const CorrectionPlan* plan = PlanInForce(lists, width, raw.size());
-    if (plan && frame.size() >= lists.decom.size()) {
-        CorrectFrame(*plan, raw, frame);
-    } else {
+    if (!plan || frame.size() < lists.decom.size()) {
         CorrectByDefinition(lists, raw, frame);
+        return false;
     }
+    const bool lookUp = grays.table && lists.decom.size() / width >= grays.rows;
+    CorrectAndLookUp(*plan, raw, frame, lookUp ? grays : GrayRows{});
+    return lookUp;
 }
 
 void CalibrateRawFrame16(std::span<std::int16_t> frame)
@@ -142,6 +145,11 @@ void CalibrateGathered(std::span<const std::int32_t> gathered, std::span<std::in
 void CalibrateGathered(std::span<const float> gathered, std::span<float> frame)
 {
     Calibrate(gathered, frame);
+}
+
+void ResetCorrection()
+{
+    livePlan = {};
 }
 
 }  // namespace kelvo

@@ -45,13 +45,16 @@ CorrectionPlanPtr NewCorrectionPlan(const CorrectionLists& lists, std::size_t wi
 // The frame of the plan's lists. raw holds at least rawSize counts and frame at least as many as decom had entries:
 // otherwise nothing happens.
 void CorrectFrame(const CorrectionPlan& plan, std::span<const std::int16_t> raw, std::span<std::int16_t> frame);
-// The same, and the gray value of each count in pixels (as many as frame).
-void CorrectAndLookUp(const CorrectionPlan& plan, std::span<const std::int16_t> raw, const GrayTable& table,
-                      std::span<std::int16_t> frame, std::span<std::uint8_t> pixels);
+// The same, and the gray values of the counts in the same pass. Rows of grays beyond the image's are left.
+void CorrectAndLookUp(const CorrectionPlan& plan, std::span<const std::int16_t> raw, std::span<std::int16_t> frame,
+                      const GrayRows& grays);
 
-// CorrectFrame with the lists in force (state/cal_state.h; Hroi pixels a row). The plan is made again when a list,
-// CalType or dataOffset changed; where there is no memory for it the definition works instead.
-void CorrectLiveFrame(std::span<const std::int16_t> raw, std::span<std::int16_t> frame, std::int32_t dataOffset);
+// The live path: CorrectAndLookUp with the lists in force (state/cal_state.h; Hroi pixels a row). The plan is made
+// again when a list, CalType or dataOffset changed; where there is no memory for it the definition works instead. True
+// if the gray values were made too: not without a table, not by the definition, not with a list that has fewer rows
+// than grays. The counts are the same in all cases.
+bool CorrectLiveFrame(std::span<const std::int16_t> raw, std::span<std::int16_t> frame, std::int32_t dataOffset,
+                      const GrayRows& grays = {});
 
 // Apply the live calibration (state/cal_state.h) to a gathered frame of Hroi x Vroi values in place, through the same
 // buffer, so that an entry already overwritten is read as it then stands. With d = DecomList[i]:
@@ -67,5 +70,8 @@ void CalibrateRawFrameFloat(std::span<float> frame);
 void CalibrateGathered(std::span<const std::int16_t> gathered, std::span<std::int16_t> frame);
 void CalibrateGathered(std::span<const std::int32_t> gathered, std::span<std::int32_t> frame);
 void CalibrateGathered(std::span<const float> gathered, std::span<float> frame);
+
+// No plan of the live correction: the next frame makes one.
+void ResetCorrection();
 
 }  // namespace kelvo

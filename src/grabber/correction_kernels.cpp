@@ -352,22 +352,26 @@ HWY_NOINLINE void CorrectPixels(const Kind& kind, const std::int16_t* line, std:
 }
 
 // Corrects a row and looks up the one before, block by block in turn: the divisions of the one run beside the loads of
-// the other.
-template <bool kLookUp, class Kind>
+// the other. Either may be the longer one.
+template <class Kind>
 HWY_INLINE void CorrectRow(const Kind& kind, const std::int16_t* line, std::size_t columns, std::int16_t* out,
                            Waiting before, const std::uint8_t* table)
 {
     std::size_t done = 0;
+    std::size_t lookedUp = 0;
 #if HWY_TARGET != HWY_SCALAR
     if constexpr (InRegisters<Kind>()) {
-        for (; done + kCorrectionBlock <= columns; done += kCorrectionBlock) {
+        const std::size_t both = std::min(columns, before.size);
+        for (; done + kCorrectionBlock <= both; done += kCorrectionBlock) {
             CorrectBlock(kind, line, done, out);
-            if constexpr (kLookUp) LookUpBlock(before.counts + done, table, before.grays + done);
+            LookUpBlock(before.counts + done, table, before.grays + done);
         }
+        lookedUp = done;
+        for (; done + kCorrectionBlock <= columns; done += kCorrectionBlock) CorrectBlock(kind, line, done, out);
     }
 #endif
     if (done < columns) CorrectPixels(kind, line, done, columns, out);
-    if (kLookUp && done < before.size) LookUpPixels(before, done, table);
+    if (lookedUp < before.size) LookUpPixels(before, lookedUp, table);
 }
 
 template <class Kind>
@@ -377,10 +381,18 @@ void CorrectRowInDouble(const Kind& kind, const std::int16_t* line, std::size_t 
     CorrectPixels(kind, line, 0, columns, out);
 }
 
-template <class Kind>
-void CorrectRows(const CorrectionPlan& plan, const std::int16_t* raw, const std::uint8_t* table, std::int16_t* frame,
-                 std::uint8_t* pixels)
+// Row r of the frame, as far as its gray values are wanted. The table is asked for where something is.
+Waiting WaitingRow(const GrayRows& grays, std::size_t r, const std::int16_t* row, std::size_t columns)
 {
+    if (!grays.table || r >= grays.rows || columns <= grays.firstColumn) return {};
+    return {reinterpret_cast<const std::uint16_t*>(row + grays.firstColumn),
+            grays.top + static_cast<std::ptrdiff_t>(r) * grays.rowStride, columns - grays.firstColumn};
+}
+
+template <class Kind>
+void CorrectRows(const CorrectionPlan& plan, const std::int16_t* raw, std::int16_t* frame, const GrayRows& grays)
+{
+    const std::uint8_t* table = grays.table ? grays.table->data() : nullptr;
     std::int16_t* lines[2] = {plan.lines.data(), plan.lines.data() + plan.paddedWidth};
     const std::int16_t* line = GatherRow(plan, 0, raw, lines[0]);
     Waiting before;
@@ -394,27 +406,24 @@ void CorrectRows(const CorrectionPlan& plan, const std::int16_t* raw, const std:
         if (plan.rows[r].inDouble) {
             CorrectRowInDouble(kind, line, columns, out);
             LookUpPixels(before, 0, table);
-        } else if (before.size >= columns) {
-            CorrectRow<true>(kind, line, columns, out, before, table);
         } else {
-            CorrectRow<false>(kind, line, columns, out, before, table);
+            CorrectRow(kind, line, columns, out, before, table);
         }
-        if (table) before = {reinterpret_cast<const std::uint16_t*>(out), pixels + r * plan.width, columns};
+        before = WaitingRow(grays, r, out, columns);
         line = next;
     }
     LookUpPixels(before, 0, table);
 }
 
-void RunPlan(const CorrectionPlan& plan, const std::int16_t* raw, const std::uint8_t* table, std::int16_t* frame,
-             std::uint8_t* pixels)
+void RunPlan(const CorrectionPlan& plan, const std::int16_t* raw, std::int16_t* frame, const GrayRows& grays)
 {
     if (plan.calType == 2) {
         const Rounding quotients(InRegisters<WithGain>() ? FE_TOWARDZERO : FE_TONEAREST);
-        CorrectRows<WithGain>(plan, raw, table, frame, pixels);
+        CorrectRows<WithGain>(plan, raw, frame, grays);
     } else if (plan.calType == 1) {
-        CorrectRows<WithOffset>(plan, raw, table, frame, pixels);
+        CorrectRows<WithOffset>(plan, raw, frame, grays);
     } else {
-        CorrectRows<Plain>(plan, raw, table, frame, pixels);
+        CorrectRows<Plain>(plan, raw, frame, grays);
     }
 }
 
@@ -437,15 +446,14 @@ bool Holds(const CorrectionPlan& plan, std::size_t rawSize, std::size_t frameSiz
 
 void CorrectFrame(const CorrectionPlan& plan, std::span<const std::int16_t> raw, std::span<std::int16_t> frame)
 {
-    if (!Holds(plan, raw.size(), frame.size())) return;
-    HWY_DYNAMIC_DISPATCH(RunPlan)(plan, raw.data(), nullptr, frame.data(), nullptr);
+    CorrectAndLookUp(plan, raw, frame, {});
 }
 
-void CorrectAndLookUp(const CorrectionPlan& plan, std::span<const std::int16_t> raw, const GrayTable& table,
-                      std::span<std::int16_t> frame, std::span<std::uint8_t> pixels)
+void CorrectAndLookUp(const CorrectionPlan& plan, std::span<const std::int16_t> raw, std::span<std::int16_t> frame,
+                      const GrayRows& grays)
 {
-    if (!Holds(plan, raw.size(), std::min(frame.size(), pixels.size()))) return;
-    HWY_DYNAMIC_DISPATCH(RunPlan)(plan, raw.data(), table.data(), frame.data(), pixels.data());
+    if (!Holds(plan, raw.size(), frame.size())) return;
+    HWY_DYNAMIC_DISPATCH(RunPlan)(plan, raw.data(), frame.data(), grays);
 }
 
 }  // namespace kelvo

@@ -3,12 +3,20 @@
 #include "grabber/board_state.h"
 #include "grabber/copm2.h"
 #include "platform/clock.h"
+#include "state/state_registry.h"
 
 #include <algorithm>
 
 namespace kelvo {
 
 namespace {
+
+const StateNames kStateNames{
+    {"FramesDelivered", [] { return StateValue{CurrentFrameAccount().delivered}; }},
+    {"FramesShown", [] { return StateValue{CurrentFrameAccount().shown}; }},
+    {"FramesLost", [] { return StateValue{CurrentFrameAccount().lost}; }},
+    {"FramesMissed", [] { return StateValue{CurrentFrameAccount().missed}; }},
+};
 
 constexpr std::int64_t kRateWindowUs = 1'000'000;
 
@@ -86,6 +94,14 @@ void AccountFrameRead(bool shown)
 void AccountHeldUp()
 {
     heldUp = true;
+}
+
+void ResetFrameAccount()
+{
+    account = {};
+    lastCount = 0;
+    heldUp = true;
+    window = {};
 }
 
 }  // namespace kelvo

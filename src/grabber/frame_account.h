@@ -27,4 +27,7 @@ void AccountFrameRead(bool shown);
 // A dialog or a long command stood between the last read and the next: what passes between the two counts as missed.
 void AccountHeldUp();
 
+// As at start; ClearFrameAccount begins a new count in a running program.
+void ResetFrameAccount();
+
 }  // namespace kelvo

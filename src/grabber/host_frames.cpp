@@ -4,6 +4,7 @@
 #include "grabber/copm2.h"
 #include "grabber/frame_read.h"
 #include "grabber/frame_size.h"
+#include "grabber/host_frames_write.h"
 #include "platform/box.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
@@ -11,6 +12,7 @@
 #include "state/buffer_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -18,11 +20,20 @@
 
 namespace kelvo {
 
-std::vector<std::vector<std::int16_t>> HostFrames;
-std::int32_t HostFramesAllocated = 0;
-std::int32_t HostFrameNext = 0;
+namespace write {
+HostFrameVariables hostFrames;
+}
+
+constinit const std::vector<std::vector<std::int16_t>>& HostFrames = write::hostFrames.HostFrames;
+constinit const std::int32_t& HostFramesAllocated = write::hostFrames.HostFramesAllocated;
+constinit const std::int32_t& HostFrameNext = write::hostFrames.HostFrameNext;
 
 namespace {
+
+const StateNames kStateNames{
+    Named("HostFramesAllocated", HostFramesAllocated),
+    Named("HostFrameNext", HostFrameNext),
+};
 
 constexpr std::uint32_t kFramesLeftFree = 10;
 constexpr std::uint32_t kFewestFrames = 8;
@@ -55,14 +66,14 @@ bool MakeFrame(std::vector<std::int16_t>& frame, std::int64_t frameBytes)
 // One more frame than is counted. The bytes that could be had.
 std::int64_t MakeFrames(std::uint32_t count, std::int64_t frameBytes)
 {
-    std::vector<std::vector<std::int16_t>>().swap(HostFrames);
+    std::vector<std::vector<std::int16_t>>().swap(write::hostFrames.HostFrames);
     for (std::uint32_t i = 0; i <= count; ++i) {
         std::vector<std::int16_t> frame;
         if (!MakeFrame(frame, frameBytes)) {
             MessageBox(hWndMain, "Unable to allocate all of RAM memory requested!", "RAM Memory Warning!");
             return static_cast<std::int64_t>(i) * frameBytes;
         }
-        HostFrames.push_back(std::move(frame));
+        write::hostFrames.HostFrames.push_back(std::move(frame));
         StatusMessage(Format("  Allocating frame buffer #%d", static_cast<int>(i + 1)), 0);
     }
     return static_cast<std::int64_t>(count) * frameBytes;
@@ -102,15 +113,15 @@ std::int64_t AllocateHostFrames()
     if (HostFramesAllocated) return numBufFrames * frameBytes;
     const std::uint32_t count = FramesAllowed(frameBytes);
     write::camera.numBufFrames = static_cast<std::int32_t>(count);
-    HostFramesAllocated = 1;
+    write::hostFrames.HostFramesAllocated = 1;
     return MakeFrames(count, frameBytes);
 }
 
 void FreeHostFrames()
 {
     if (!HostFramesAllocated) return;
-    std::vector<std::vector<std::int16_t>>().swap(HostFrames);
-    HostFramesAllocated = 0;
+    std::vector<std::vector<std::int16_t>>().swap(write::hostFrames.HostFrames);
+    write::hostFrames.HostFramesAllocated = 0;
     write::buffer.HostFrameBytes = 0;
     write::buffer.AveragingCapacity = 0;
     std::vector<std::uint8_t>().swap(write::display.ColorMap);  // made anew when a picture next needs it
@@ -120,15 +131,15 @@ std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip)
 {
     EnsureHostFrames();
     itx_os_set_realtime_priority(1);
-    HostFrameNext = 0;
+    write::hostFrames.HostFrameNext = 0;
     // After an allocation that stopped part-way fewer frames stand than are counted.
     const std::int32_t limit = std::min({count, numBufFrames, static_cast<std::int32_t>(std::ssize(HostFrames))});
     std::int32_t captured = 0;
     for (; captured < limit; ++captured) {
         for (std::int64_t blank = 0; blank <= skip; ++blank) icp_wait_vb(IcpModule, FrameA);
-        if (!ReadBoardArea(HostFrames[static_cast<std::size_t>(captured)])) return 0;
+        if (!ReadBoardArea(write::hostFrames.HostFrames[static_cast<std::size_t>(captured)])) return 0;
     }
-    HostFrameNext = captured >= numBufFrames ? 0 : captured;
+    write::hostFrames.HostFrameNext = captured >= numBufFrames ? 0 : captured;
     itx_os_set_realtime_priority(0);
     return captured;
 }
@@ -150,8 +161,15 @@ std::int32_t ReadHostFrameRect(std::span<std::int16_t> destination, std::int32_t
 
 std::int32_t ResetHostFrameNext()
 {
-    HostFrameNext = 0;
+    write::hostFrames.HostFrameNext = 0;
     return 1;
+}
+
+void ResetHostFrames()
+{
+    write::hostFrames.HostFrames.clear();
+    write::hostFrames.HostFramesAllocated = 0;
+    write::hostFrames.HostFrameNext = 0;
 }
 
 }  // namespace kelvo

@@ -10,9 +10,9 @@ namespace kelvo {
 
 constexpr std::int32_t kMostHostFrames = 10000;
 
-extern std::vector<std::vector<std::int16_t>> HostFrames;
-extern std::int32_t HostFramesAllocated;  // flag
-extern std::int32_t HostFrameNext;        // index of the next free frame
+extern const std::vector<std::vector<std::int16_t>>& HostFrames;
+extern const std::int32_t& HostFramesAllocated;  // flag
+extern const std::int32_t& HostFrameNext;        // index of the next free frame
 // numBufFrames (state/camera_config.h): a wish as the camera's key has it; after allocation the count of frames.
 
 // Makes the frames if they aren't there, or are of another size than the camera's: as many as memory and the key
@@ -29,5 +29,8 @@ std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip);
 std::int32_t ReadHostFrameRect(std::span<std::int16_t> destination, std::int32_t first, std::int32_t last,
                                std::int32_t top, std::int32_t left, std::int32_t bottom, std::int32_t right);
 std::int32_t ResetHostFrameNext();  // 1
+
+// None allocated.
+void ResetHostFrames();
 
 }  // namespace kelvo

@@ -1,23 +1,23 @@
 #include "head/advanced_dialog.h"
 
 #include "grabber/board.h"
-#include "head/camera_head.h"
+#include "head/advanced_dialog_write.h"
+#include "head/camera_head_write.h"
 #include "head/head_settings.h"
 #include "head/scope_frame.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "pixel/unity_coefficients.h"
-#include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "state/camera_config_write.h"
 #include "state/display_state.h"
 #include "state/head_state.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 
 #include <algorithm>
 #include <optional>
@@ -25,7 +25,11 @@
 
 namespace kelvo {
 
-std::int32_t AdPixelOrder = 1;
+namespace write {
+PixelOrderVariables pixelOrder;
+}
+
+constinit const std::int32_t& AdPixelOrder = write::pixelOrder.AdPixelOrder;
 
 namespace {
 
@@ -120,7 +124,7 @@ HWND setUpDialog = nullptr;  // the oscilloscope, beside which the dialog stands
 
 void SendBoth()
 {
-    LoadHeadTiming(HeadTiming);
+    LoadHeadTiming(write::registers.HeadTiming);
     LoadFpaSerialWord(FpaSerialWord);
 }
 
@@ -172,14 +176,16 @@ std::int32_t RoundedUp(std::int32_t size, std::int32_t least)
 
 void SetWindow(const HeadWindow& window)
 {
-    FpaSerialWord.ColStart = window.colStart;
-    FpaSerialWord.ColEnd = window.colEnd;
-    FpaSerialWord.RowStart = window.rowStart;
-    FpaSerialWord.RowEnd = window.rowEnd;
+    write::registers.FpaSerialWord.ColStart = window.colStart;
+    write::registers.FpaSerialWord.ColEnd = window.colEnd;
+    write::registers.FpaSerialWord.RowStart = window.rowStart;
+    write::registers.FpaSerialWord.RowEnd = window.rowEnd;
     write::camera.ActiveConfig.Hactive = window.colEnd + 1 - window.colStart;
     write::camera.ActiveConfig.Vactive = window.rowEnd + 1 - window.rowStart;
-    HeadTiming.TimingCols = static_cast<std::int16_t>(ActiveConfig.Hactive + HeadTiming.ExtraTimingCols);
-    HeadTiming.TimingRows = static_cast<std::int16_t>(ActiveConfig.Vactive + HeadTiming.ExtraTimingRows);
+    write::registers.HeadTiming.TimingCols =
+        static_cast<std::int16_t>(ActiveConfig.Hactive + HeadTiming.ExtraTimingCols);
+    write::registers.HeadTiming.TimingRows =
+        static_cast<std::int16_t>(ActiveConfig.Vactive + HeadTiming.ExtraTimingRows);
     SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
 }
 
@@ -204,17 +210,17 @@ bool TakeWindow(const FieldValues& values)
 // The field shows the frame's delay; one that the operator changes holds for the line too.
 bool TakeDelay(std::int32_t delay)
 {
-    if (!Take(HeadTiming.FrameStartDelay, delay)) return false;
-    Take(HeadTiming.LineStartDelay, delay);
+    if (!Take(write::registers.HeadTiming.FrameStartDelay, delay)) return false;
+    Take(write::registers.HeadTiming.LineStartDelay, delay);
     return true;
 }
 
 bool TakeLevels(const FieldValues& values)
 {
     bool changed = TakeDelay(values[kFieldDelay]);
-    changed |= Take(FpaSerialWord.ColGain, values[kFieldColGain]);
-    changed |= Take(FpaSerialWord.DetBias, values[kFieldDetBias]);
-    changed |= Take(FpaSerialWord.PedBias, values[kFieldPedBias]);
+    changed |= Take(write::registers.FpaSerialWord.ColGain, values[kFieldColGain]);
+    changed |= Take(write::registers.FpaSerialWord.DetBias, values[kFieldDetBias]);
+    changed |= Take(write::registers.FpaSerialWord.PedBias, values[kFieldPedBias]);
     return changed;
 }
 
@@ -228,7 +234,7 @@ void ApplyAndSend(HWND dialog)
 // The box's state as it is stored; an order that it can't show becomes 1, 2.
 void ShowPixelOrder(HWND dialog)
 {
-    if (AdPixelOrder != kOrderFixed && AdPixelOrder != kOrder21) AdPixelOrder = kOrder12;
+    if (AdPixelOrder != kOrderFixed && AdPixelOrder != kOrder21) write::pixelOrder.AdPixelOrder = kOrder12;
     CheckDlgButton(dialog, kPixelOrder, AdPixelOrder == kOrder12);
 }
 
@@ -273,53 +279,51 @@ void Open(HWND dialog)
     MoveBesideSetUp(dialog);
 }
 
-bool ClickSerialBox(HWND dialog, int id)
+void ClickSerialBox(HWND dialog, int id)
 {
     for (const SerialBox& box : kSerialBoxes) {
-        if (box.id != id) continue;
-        FpaSerialWord.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
-        UpdateIntegrationInForce();
-        LoadFpaSerialWord(FpaSerialWord);
-        return true;
+        if (box.id == id) write::registers.FpaSerialWord.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
     }
-    return false;
+    UpdateIntegrationInForce();
+    LoadFpaSerialWord(FpaSerialWord);
 }
 
-bool ClickTimingBox(HWND dialog, int id)
+void ClickTimingBox(HWND dialog, int id)
 {
     for (const TimingBox& box : kTimingBoxes) {
-        if (box.id != id) continue;
-        HeadTiming.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
-        UpdateIntegrationInForce();
-        LoadHeadTiming(HeadTiming);
-        return true;
+        if (box.id == id) write::registers.HeadTiming.*box.field = IsDlgButtonChecked(dialog, id) ? 1 : 0;
     }
-    return false;
+    UpdateIntegrationInForce();
+    LoadHeadTiming(write::registers.HeadTiming);
 }
 
 void ClickPixelOrder(HWND dialog)
 {
-    AdPixelOrder = IsDlgButtonChecked(dialog, kPixelOrder) ? kOrder12 : kOrder21;
+    write::pixelOrder.AdPixelOrder = IsDlgButtonChecked(dialog, kPixelOrder) ? kOrder12 : kOrder21;
     SetVideoGain(AdPixelOrder);
 }
 
-// Taken over once the typing has come to rest.
-bool ArmApply(HWND dialog, int id)
+void ClickEdit(HWND dialog)
 {
-    if (id == kAdDelay) {
-        SetTimer(dialog, kApplyTimer, kLevelMs);
-        return true;
-    }
+    EnableFields(dialog, IsDlgButtonChecked(dialog, kEditDialog));
+}
+
+// Taken over once the typing has come to rest.
+void ArmApply(HWND dialog, int id)
+{
     const auto* field = std::ranges::find(kNumberFields, id, &NumberField::id);
-    if (field == kNumberFields.end()) return false;
-    SetTimer(dialog, kApplyTimer, field->waitMs);
-    return true;
+    SetTimer(dialog, kApplyTimer, field != kNumberFields.end() ? field->waitMs : kLevelMs);
+}
+
+void ApplyNow(HWND dialog)
+{
+    KillTimer(dialog, kApplyTimer);
+    ApplyAndSend(dialog);
 }
 
 void Accept(HWND dialog)
 {
-    KillTimer(dialog, kApplyTimer);
-    ApplyAndSend(dialog);
+    ApplyNow(dialog);
     SetIntegration(IndexIntegrationTime.at(SlotInUse()));  // means other counters in another window
     SaveVideoSettings(IniFilePath);
     WriteHeadKey("Hroi", ActiveConfig.Hroi);  // so that the window stands at the next start as well
@@ -330,8 +334,8 @@ void Accept(HWND dialog)
 void Cancel(HWND dialog)
 {
     KillTimer(dialog, kApplyTimer);
-    HeadTiming = atOpening.timing;
-    FpaSerialWord = atOpening.serialWord;
+    write::registers.HeadTiming = atOpening.timing;
+    write::registers.FpaSerialWord = atOpening.serialWord;
     write::camera.ActiveConfig.Hactive = atOpening.hactive;
     write::camera.ActiveConfig.Vactive = atOpening.vactive;
     SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
@@ -340,28 +344,32 @@ void Cancel(HWND dialog)
     EndDialog(dialog, 0);
 }
 
-bool OnClick(HWND dialog, int id)
-{
-    switch (id) {
-        case kEditDialog:
-            EnableFields(dialog, IsDlgButtonChecked(dialog, kEditDialog));
-            return true;
-        case kPixelOrder:
-            ClickPixelOrder(dialog);
-            return true;
-        case kIdOk:
-            Accept(dialog);
-            return true;
-        case kIdCancel:
-            Cancel(dialog);
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpAdvancedVideo);
-            return true;
-        default:
-            return ClickSerialBox(dialog, id) || ClickTimingBox(dialog, id);
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kColStart, ArmApply, kEditChanged},
+    {kRowStart, ArmApply, kEditChanged},
+    {kHorizontal, ArmApply, kEditChanged},
+    {kVertical, ArmApply, kEditChanged},
+    {kDelay, ArmApply, kEditChanged},
+    {kAdDelay, ArmApply, kEditChanged},
+    {kColGain, ArmApply, kEditChanged},
+    {kDetBias, ArmApply, kEditChanged},
+    {kPedBias, ArmApply, kEditChanged},
+    OnTimer(kApplyTimer, ApplyNow),
+    {kFpaTestMode, ClickSerialBox},
+    {kFlipCols, ClickSerialBox},
+    {kFlipRows, ClickSerialBox},
+    {kTimingTestMode, ClickTimingBox},
+    {kSuperframe, ClickTimingBox},
+    {kPixelOrder, ClickPixelOrder},
+    {kEditDialog, ClickEdit},
+    {kIdOk, Accept},
+    {kIdCancel, Cancel},
+};
+constexpr DialogFrame kFrame{.name = "ADVANCED",
+                             .procedure = fnADVANCEDDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpAdvancedVideo};
 
 }  // namespace
 
@@ -384,27 +392,19 @@ int ApplyAdvancedFields(HWND dialog)
 int AdvancedDialog(HWND parent)
 {
     setUpDialog = parent;
-    return ShowDialog("ADVANCED", parent, fnADVANCEDDlgProc);
+    return RunDialog(kFrame, parent);
 }
 
-LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            if (HighWord(wParam) == kEditChanged) return ArmApply(dialog, LowWord(wParam));
-            if (HighWord(wParam) == kButtonClicked) return OnClick(dialog, LowWord(wParam));
-            return 0;
-        case WM_TIMER:
-            if (wParam != kApplyTimer) return 0;
-            KillTimer(dialog, kApplyTimer);
-            ApplyAndSend(dialog);
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
+}
+
+void ResetAdvancedDialog()
+{
+    write::pixelOrder.AdPixelOrder = 1;
+    atOpening = {};
+    setUpDialog = nullptr;
 }
 
 }  // namespace kelvo

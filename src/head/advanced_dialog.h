@@ -9,7 +9,7 @@
 namespace kelvo {
 
 // The order in which the converter delivers its pixels: 12 or 21; 1: a head whose order can't be chosen.
-extern std::int32_t AdPixelOrder;
+extern const std::int32_t& AdPixelOrder;
 
 // 1: closed by OK, and what was changed is kept in the settings, the camera's frame size with it. 0: cancelled, and the
 // head, Hroi and Vroi are as they were; or the dialog couldn't be opened. Blocks.
@@ -33,5 +33,8 @@ HeadWindow WindowFromRectangle(std::int32_t left, std::int32_t top, std::int32_t
 // taken. 1: something changed. A new Hroi or Vroi drops the frames and the calibration of the old size
 // (FrameSizeChanged).
 int ApplyAdvancedFields(HWND dialog);
+
+// As before the dialog was first opened.
+void ResetAdvancedDialog();
 
 }  // namespace kelvo

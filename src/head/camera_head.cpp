@@ -1,5 +1,6 @@
 #include "head/camera_head.h"
 
+#include "head/camera_head_write.h"
 #include "head/head_frames.h"
 #include "head/head_settings.h"
 #include "head/head_transaction.h"
@@ -8,9 +9,10 @@
 #include "platform/dialog.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/camera_config_write.h"
+#include "state/camera_config.h"
 #include "state/frame_state_write.h"
 #include "state/head_state_write.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 
 #include <algorithm>
@@ -18,10 +20,18 @@
 
 namespace kelvo {
 
-HeadTimingRecord HeadTiming;
-FpaSerialWordRecord FpaSerialWord;
+namespace write {
+RegisterVariables registers;
+}
+
+constinit const HeadTimingRecord& HeadTiming = write::registers.HeadTiming;
+constinit const FpaSerialWordRecord& FpaSerialWord = write::registers.FpaSerialWord;
 
 namespace {
+
+const StateNames kStateNames{
+    Named("IndexIntegrationTime", IndexIntegrationTime),
+};
 
 constexpr int kIntegrationCombo = 626;
 
@@ -121,7 +131,7 @@ std::string IntegrationText(double milliseconds)
     return Format("%d", static_cast<std::int32_t>(std::min(milliseconds, 2147483647.0)));
 }
 
-void ListIntegrationTimes(HWND dialog, float frameRate)
+void ListTimesOfTable(HWND dialog, float frameRate)
 {
     ListClear(dialog, kIntegrationCombo);
     const std::int32_t most = HeadTiming.TimingRows * HeadTiming.TimingCols / 4;
@@ -199,13 +209,13 @@ std::int32_t SetHeadWindow(std::int32_t colStart, std::int32_t rowStart, std::in
 {
     const std::int64_t blankCols = std::int64_t{ActiveConfig.Htotal} - ActiveConfig.Hactive;
     const std::int64_t blankRows = std::int64_t{ActiveConfig.Vtotal} - ActiveConfig.Vactive;
-    HeadTiming.TimingCols = static_cast<std::int16_t>(std::int64_t{colEnd} + 1 + blankCols - colStart);
-    HeadTiming.TimingRows = static_cast<std::int16_t>(std::int64_t{rowEnd} + 1 + blankRows - rowStart);
-    const std::int32_t timingLoaded = LoadHeadTiming(HeadTiming);
-    FpaSerialWord.ColStart = colStart;
-    FpaSerialWord.ColEnd = colEnd;
-    FpaSerialWord.RowStart = rowStart;
-    FpaSerialWord.RowEnd = rowEnd;
+    write::registers.HeadTiming.TimingCols = static_cast<std::int16_t>(std::int64_t{colEnd} + 1 + blankCols - colStart);
+    write::registers.HeadTiming.TimingRows = static_cast<std::int16_t>(std::int64_t{rowEnd} + 1 + blankRows - rowStart);
+    const std::int32_t timingLoaded = LoadHeadTiming(write::registers.HeadTiming);
+    write::registers.FpaSerialWord.ColStart = colStart;
+    write::registers.FpaSerialWord.ColEnd = colEnd;
+    write::registers.FpaSerialWord.RowStart = rowStart;
+    write::registers.FpaSerialWord.RowEnd = rowEnd;
     UpdateIntegrationInForce();
     return LoadFpaSerialWord(FpaSerialWord) && timingLoaded ? 1 : 0;
 }
@@ -217,7 +227,7 @@ float FrameRateAtClock(std::int32_t clockIndex)
 
 void SetFrameRateIndex(std::int32_t index)
 {
-    HeadTiming.MasterClockIndex = LimitedClockIndex(index);
+    write::registers.HeadTiming.MasterClockIndex = LimitedClockIndex(index);
     SetFrameRate(FrameRateAt(HeadTiming, HeadTiming.MasterClockIndex));
     WritePrivateProfileString(ActiveCameraSection(), "fFrameRate", Format("%f", static_cast<double>(FrameRate)),
                               CameraFilePath);
@@ -255,14 +265,15 @@ std::int32_t SetIntegrationIndex(std::int32_t index, std::int32_t slot)
     if (slot == IntegrationSlot) write::head.IntegrationSetting = index;
     UpdateIntegrationInForce();
     // Beyond the table the shortest or longest counters are sent.
-    IntegrationFromIndex(index, HeadTiming.IntegrationLines.at(place), HeadTiming.IntegrationCols.at(place));
+    IntegrationFromIndex(index, write::registers.HeadTiming.IntegrationLines.at(place),
+                         write::registers.HeadTiming.IntegrationCols.at(place));
     return SendFrame(IntegrationFrame(HeadTiming, place)) ? 1 : 0;
 }
 
 void FillIntegrationCombo(HWND dialog, std::int32_t frameRateIndex, std::int32_t integrationIndex)
 {
     const auto clockIndex = static_cast<std::int32_t>(std::int64_t{frameRateIndex} + HeadTiming.MasterClockMinIndex);
-    ListIntegrationTimes(dialog, FrameRateAt(HeadTiming, clockIndex));
+    ListTimesOfTable(dialog, FrameRateAt(HeadTiming, clockIndex));
     ListSelect(dialog, kIntegrationCombo, std::min(integrationIndex, ListCount(dialog, kIntegrationCombo) - 1));
     SetIntegrationIndex(integrationIndex, IntegrationSlot);
     if (HeadTiming.HeadModel == kHgCdTeHead) EnableDlgItem(dialog, kIntegrationCombo, false);
@@ -276,6 +287,16 @@ void TurnCameraHeadOff()
     const std::int32_t dacReg = DacRegister();
     for (const std::size_t dac : kTurnOffDacs) SendFrame(DacFrame(dacReg, dac, kMidScale));
     write::frames.CameraOn = 0;
+}
+
+void ResetCameraHead()
+{
+    write::registers.HeadTiming = {};
+    write::registers.FpaSerialWord = {};
+    write::head.IndexIntegrationTime = {};
+    write::head.IntegrationSlot = 0;
+    sentTiming = {};
+    sentSerialWord = {};
 }
 
 }  // namespace kelvo

@@ -1,5 +1,6 @@
-// The camera head's register protocol: identification, programming at turn-on, frame rate, integration time, gain,
-// offset, window, and the safe state. Frames of four bytes over the serial link: register, selector, two operands.
+// The camera head's registers: frame rate, integration time, gain, offset, window, and the safe state. Frames of four
+// bytes over the serial link: register, selector, two operands. identify_head.h finds the head, program_head.h programs
+// it as a whole.
 #pragma once
 
 #include "head/comm_link.h"
@@ -13,8 +14,8 @@
 
 namespace kelvo {
 
-extern HeadTimingRecord HeadTiming;
-extern FpaSerialWordRecord FpaSerialWord;
+extern const HeadTimingRecord& HeadTiming;
+extern const FpaSerialWordRecord& FpaSerialWord;
 std::size_t SlotInUse();  // IntegrationSlot as a place in IndexIntegrationTime, within it
 // Variables that clients know by the keys' names stand in state/head_state.h (VideoGain, VideoOffset, FrameRate).
 
@@ -26,12 +27,6 @@ void SetFrameRate(float rateHz);
 // Works out IntegrationMsecInForce of state/head_state.h again. Whoever changes the timing, the serial word or
 // IntegrationSetting calls it.
 void UpdateIntegrationInForce();
-
-// 1 if a known head answered (HeadModel is set), else 0 after the message that tells why. A port that is wired to
-// "none" gives 0 without a message; one that the machine doesn't have gives the link's boxes.
-std::int32_t IdentifyCameraHead();
-// Programs the head from the camera section. 1, or 0 at the first failure that counts.
-std::int32_t LoadCameraHead();
 
 std::int32_t LoadHeadTiming(HeadTimingRecord& record);
 std::int32_t LoadFpaSerialWord(FpaSerialWordRecord record);
@@ -49,5 +44,8 @@ void FillIntegrationCombo(HWND dialog, std::int32_t frameRateIndex, std::int32_t
 // Puts the head in its safe state. Always goes through to its end; CameraOn is 0 after it (unless the link can't be
 // opened).
 void TurnCameraHeadOff();
+
+// Nothing is known of a head, and nothing was sent.
+void ResetCameraHead();
 
 }  // namespace kelvo

@@ -1,5 +1,6 @@
 #include "head/comm_link.h"
 
+#include "head/comm_link_write.h"
 #include "platform/box.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -9,6 +10,7 @@
 #include "platform/serial.h"
 #include "platform/text.h"
 #include "state/camera_config_write.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -16,16 +18,31 @@
 
 namespace kelvo {
 
-std::int32_t CommState = -1;
-std::int32_t CommPortOpen = 0;
-std::int32_t CommEchoMode = 0;
-std::int32_t CommLogEnabled = 0;
-std::int32_t CommLogReady = 0;
-std::string CommLogPath;
-std::uint32_t CommWriteCount = 0;
-std::uint32_t CommWriteReadCount = 0;
+namespace write {
+LinkVariables link;
+}
+
+constinit const std::int32_t& CommPortOpen = write::link.CommPortOpen;
+constinit const std::int32_t& CommEchoMode = write::link.CommEchoMode;
 
 namespace {
+
+std::int32_t CommState = -1;      // -1 closed, 1 open
+std::int32_t CommLogEnabled = 0;  // key CommLog of section Setup, read at the first frame of a run
+std::int32_t CommLogReady = 0;    // 1 once the log has been prepared
+std::string CommLogPath;
+std::uint32_t CommWriteCount = 0;      // the number in the next "Write%03d" key
+std::uint32_t CommWriteReadCount = 0;  // the number in the next "WriteRead%03d" key
+
+const StateNames kStateNames{
+    Named("CommPortOpen", CommPortOpen),
+    Named("CommState", CommState),
+    Named("CommLogEnabled", CommLogEnabled),
+    Named("CommLogReady", CommLogReady),
+    Named("CommLogPath", CommLogPath),
+    Named("CommWriteCount", CommWriteCount),
+    Named("CommWriteReadCount", CommWriteReadCount),
+};
 
 constexpr std::string_view kErrorCaption = "Comm Error";
 constexpr std::string_view kLogSection = "CommLog";
@@ -134,7 +151,7 @@ void LogTransaction(const CommFrame& frame, const CommFrame& reply, bool good)
 // --- Moving frames --------------------------------------------------------------------------------------------------
 
 // A reply to an earlier frame must not be taken for the answer to this one.
-bool SendFrame(std::span<const std::uint8_t> frame)
+bool PutOnWire(std::span<const std::uint8_t> frame)
 {
     if (!CommHandle) return false;
     PurgeSerialPort(*CommHandle, kPurgeAll);
@@ -147,7 +164,7 @@ void LetGoOfDevice()
 {
     CommHandle = nullptr;
     CommState = -1;
-    CommPortOpen = 0;
+    write::link.CommPortOpen = 0;
 }
 
 // Virtual time stands still while the program works: each look at the line then costs a millisecond of it.
@@ -157,6 +174,13 @@ void PassTimeBetweenReads()
 }
 
 }  // namespace
+
+void ResetCommLog(std::uint32_t nextNumber)
+{
+    CommLogReady = 0;
+    CommWriteCount = nextNumber;
+    CommWriteReadCount = nextNumber;
+}
 
 std::int32_t CommPortNumber()
 {
@@ -194,7 +218,7 @@ std::int32_t CloseCommLink()
 {
     if (CommState <= -1) return 1;
     CommState = -1;
-    CommPortOpen = 0;
+    write::link.CommPortOpen = 0;
     if (!CommHandle) return 1;
     SetSerialEventMask(*CommHandle, 0);
     DropSerialDtr(*CommHandle);
@@ -205,7 +229,7 @@ std::int32_t CloseCommLink()
 
 std::int32_t WriteCommFrame(CommFrame& frame, std::size_t length)
 {
-    const bool complete = SendFrame(std::span(frame).first(std::min(length, frame.size())));
+    const bool complete = PutOnWire(std::span(frame).first(std::min(length, frame.size())));
     if (!CommLogReady) PrepareLog();
     if (!CommEchoMode) {
         LogWrite(frame, complete);
@@ -245,6 +269,19 @@ void ShowCommError(std::int32_t /*ignored*/, std::string_view text)
 {
     MessageBox(nullptr, Format("%s, Error number %d", std::string(text).c_str(), LastSerialError()), kErrorCaption,
                BoxIcon::kNone);
+}
+
+void ResetCommLink()
+{
+    CommHandle = nullptr;
+    CommState = -1;
+    write::link.CommPortOpen = 0;
+    write::link.CommEchoMode = 0;
+    CommLogEnabled = 0;
+    CommLogReady = 0;
+    CommLogPath.clear();
+    CommWriteCount = 0;
+    CommWriteReadCount = 0;
 }
 
 }  // namespace kelvo

@@ -14,18 +14,12 @@ namespace kelvo {
 
 using CommFrame = std::array<std::uint8_t, 4>;
 
-extern std::int32_t CommState;       // -1 closed, 1 open
-extern std::int32_t CommPortOpen;    // what clients test before a transaction
-extern std::int32_t CommEchoMode;    // 1: each write waits for a reply of four bytes. Set by the head protocol
-extern std::int32_t CommLogEnabled;  // key CommLog of section Setup, read at the first frame of a run
-extern std::int32_t CommLogReady;    // 1 once the log has been prepared
-extern std::string CommLogPath;
-extern std::uint32_t CommWriteCount;      // the number in the next "Write%03d" key
-extern std::uint32_t CommWriteReadCount;  // the number in the next "WriteRead%03d" key
+extern const std::int32_t& CommPortOpen;  // what clients test before a transaction
+extern const std::int32_t& CommEchoMode;  // 1: each write waits for a reply of four bytes.
 
 // The number of the port that nCommPort stands for: 2 where it is below 1.
 std::int32_t CommPortNumber();
-// Opens and configures port nCommPort (below 1: 2, stored back). CommState: 1, or -1 after the box of the step that
+// Opens and configures port nCommPort (below 1: 2, stored back). 1, or -1 after the box of the step that
 // failed; why a port doesn't open stands in the status line. Of an open port it does nothing.
 std::int32_t OpenXComm();
 // OpenXComm; 1, or 0 after the box "Error opening rs232 communications!  Check port, baud rate, etc.".
@@ -41,7 +35,14 @@ std::size_t ReadCommFrame(std::span<std::uint8_t> buffer);
 // What has arrived, at once; the number of bytes. Where the device has gone (unplugged) the link is closed after it.
 std::size_t ReadCommBytes(std::int32_t ignored, std::span<std::uint8_t> buffer);
 
+// The serial log as before the first frame of a run: with that frame the log before moves aside, and key CommLog of
+// section Setup is read. Its frames are numbered from nextNumber on.
+void ResetCommLog(std::uint32_t nextNumber = 0);
+
 // "text, Error number N" under "Comm Error", with the number of the last failure of the port.
 void ShowCommError(std::int32_t ignored, std::string_view text);
+
+// The line is closed without a word to the head, and no log was begun: as at start.
+void ResetCommLink();
 
 }  // namespace kelvo

@@ -1,13 +1,13 @@
 // Asks the operator for the rate of an external frame clock, which no register of the head tells.
+#include "head/external_clock_dialog.h"
+
 #include "head/camera_head.h"
-#include "head/video_setup.h"
-#include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/help.h"
 #include "platform/text.h"
-#include "platform/window.h"
 #include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "state/head_state.h"
+#include "ui/dialog_frame.h"
 
 #include <optional>
 #include <string>
@@ -40,65 +40,43 @@ void Open(HWND dialog)
     FocusDlgItem(dialog, kRateEdit);
 }
 
-void Refuse(HWND dialog, std::string_view text)
-{
-    MessageBox(dialog, text, kMessageCaption);
-    FocusDlgItem(dialog, kRateEdit);
-}
-
 void Accept(HWND dialog)
 {
     const std::optional<float> rate = ScanRate(GetDlgItemText(dialog, kRateEdit));
     if (!rate) {
-        Refuse(dialog, "The frame rate must be a number, in Hz.");
+        RefuseField(dialog, kRateEdit, "The frame rate must be a number, in Hz.");
         return;
     }
     if (!(*rate >= 0 && *rate <= kHighestRate)) {
-        Refuse(dialog, "The frame rate must be between 0.0 & 250.0 Hz.");
+        RefuseField(dialog, kRateEdit, "The frame rate must be between 0.0 & 250.0 Hz.");
         return;
     }
     SetFrameRate(*rate);
     EndDialog(dialog, 1);
 }
 
-bool OnCommand(HWND dialog, int id)
-{
-    switch (id) {
-        case kYes:
-        case kIdOk:
-            Accept(dialog);
-            return true;
-        case kNo:
-        case kIdCancel:
-            EndDialog(dialog, 0);
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpExternalClock);
-            return true;
-        default:
-            return false;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kYes, Accept},
+    {kNo, CancelDialog},
+    {kIdOk, Accept},
+};
+constexpr DialogFrame kFrame{.name = "FRAMERATE",
+                             .procedure = fnFrRateDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpExternalClock};
 
 }  // namespace
 
 int ExternalClockDialog(HWND parent, std::string_view clockName)
 {
     clockNameShown = clockName;
-    return ShowDialog("FRAMERATE", parent, fnFrRateDlgProc);
+    return RunDialog(kFrame, parent);
 }
 
-LRESULT fnFrRateDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnFrRateDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam));
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

@@ -1,5 +1,6 @@
 #include "head/head_transaction.h"
 
+#include "head/comm_link_write.h"
 #include "platform/profile.h"
 #include "state/windows.h"
 
@@ -7,7 +8,7 @@ namespace kelvo {
 
 bool LinkIsReady()
 {
-    if (!CommPortOpen) CommPortOpen = OpenCommLink();
+    if (!CommPortOpen) write::link.CommPortOpen = OpenCommLink();
     return CommPortOpen != 0;
 }
 

@@ -1,6 +1,9 @@
 // Finding out which camera head is connected. The reply to the identify frame is the only one whose content selects
 // anything: its first two bytes are the head's identity.
-#include "head/camera_head.h"
+#include "head/identify_head.h"
+
+#include "head/camera_head_write.h"
+#include "head/comm_link_write.h"
 #include "head/head_frames.h"
 #include "head/head_transaction.h"
 #include "platform/box.h"
@@ -59,7 +62,7 @@ std::int32_t RefuseHead(std::string_view text, std::string_view caption, BoxIcon
 std::int32_t GreetInSbHead()
 {
     StatusMessage("1 Ch. 14-bit QVF119/125 InSb Camera Head found", kLeftAligned);
-    HeadTiming.HeadModel = kInSbHead;
+    write::registers.HeadTiming.HeadModel = kInSbHead;
     UpdateIntegrationInForce();
     const bool greeted = HeadRepeats(kClocksOffFrame) && AskHead(kInSbDacGreeting) && AskHead(kInSbGreeting);
     return greeted ? Found() : GiveUp();
@@ -68,16 +71,16 @@ std::int32_t GreetInSbHead()
 std::int32_t GreetHgCdTeHead()
 {
     StatusMessage("1 Ch. 14-bit 64x64 HgCdTe Camera Head found", kLeftAligned);
-    HeadTiming.HeadModel = kHgCdTeHead;
+    write::registers.HeadTiming.HeadModel = kHgCdTeHead;
     UpdateIntegrationInForce();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     return SendFrame(kHgCdTeGreeting) ? Found() : GiveUp();
 }
 
 // The frame is written, and its answer read, without the transaction's judgement: an identity may begin with any byte.
 std::optional<CommFrame> AskIdentity()
 {
-    CommEchoMode = 0;
+    write::link.CommEchoMode = 0;
     if (!SendFrame(kIdentifyFrame)) {
         MessageBox(hWndMain, "Unable to send data to digital camera head!  Check RS232 port settings.",
                    "Computer RS232 Error");

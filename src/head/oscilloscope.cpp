@@ -94,16 +94,15 @@ void PlotFrame(ScopePlot& plot, std::span<const std::int16_t> frame, std::int32_
     }
 }
 
-DeviceBitmap PlotPicture(const ScopePlot& plot, std::uint32_t background)
+void PlotPicture(const ScopePlot& plot, std::uint32_t background, DeviceBitmap& picture)
 {
-    DeviceBitmap picture{.width = plot.width, .height = plot.height, .pixels = {}};
-    picture.pixels.reserve(plot.bits.size() * kColumnsPerByte);
+    picture.width = plot.width;
+    picture.height = plot.height;
+    picture.pixels.resize(plot.bits.size() * kColumnsPerByte);
+    std::uint32_t* pixel = picture.pixels.data();
     for (const std::uint8_t byte : plot.bits) {
-        for (unsigned bit = kLeftmostBit; bit != 0; bit >>= 1) {
-            picture.pixels.push_back((byte & bit) != 0 ? kDotColor : background);
-        }
+        for (unsigned bit = kLeftmostBit; bit != 0; bit >>= 1) *pixel++ = (byte & bit) != 0 ? kDotColor : background;
     }
-    return picture;
 }
 
 std::array<int, kScopeMarks> MarkRows(int height)

@@ -33,8 +33,9 @@ bool AllocatePlot(ScopePlot& plot, int width, int height);
 void PlotFrame(ScopePlot& plot, std::span<const std::int16_t> frame, std::int32_t low, std::int32_t high,
                std::int32_t resolution);
 
-// The plot as a picture: black dots on a background (0x00RRGGBB).
-DeviceBitmap PlotPicture(const ScopePlot& plot, std::uint32_t background);
+// The plot as a picture: black dots on a background (0x00RRGGBB). The picture's memory is used again while the plot
+// keeps its size.
+void PlotPicture(const ScopePlot& plot, std::uint32_t background, DeviceBitmap& picture);
 
 // The rows of the marks beside a plot of that height, top down: the tenths of the height, from 0 to height - 1.
 std::array<int, kScopeMarks> MarkRows(int height);

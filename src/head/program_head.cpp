@@ -1,7 +1,8 @@
-// The programming sequence of turn-on. The first failed frame that counts ends it; the head then stays as it is, partly
-// programmed.
+#include "head/program_head.h"
+
 #include "head/active_camera.h"
-#include "head/camera_head.h"
+#include "head/camera_head_write.h"
+#include "head/comm_link_write.h"
 #include "head/head_frames.h"
 #include "head/head_settings.h"
 #include "head/head_transaction.h"
@@ -50,10 +51,10 @@ bool ConfigurationFitsHead()
 // at the first turn-on of a run. The right ones reach the head when the video set-up sets the integration time.
 void ReadTiming()
 {
-    ReadTimingKeys(HeadTiming, ActiveConfig);
+    ReadTimingKeys(write::registers.HeadTiming, ActiveConfig);
     for (std::size_t slot = 0; slot < kIntegrationSlots; ++slot) {
-        IntegrationFromIndex(IndexIntegrationTime.at(slot), HeadTiming.IntegrationLines.at(slot),
-                             HeadTiming.IntegrationCols.at(slot));
+        IntegrationFromIndex(IndexIntegrationTime.at(slot), write::registers.HeadTiming.IntegrationLines.at(slot),
+                             write::registers.HeadTiming.IntegrationCols.at(slot));
     }
 }
 
@@ -61,7 +62,7 @@ bool LoadTiming()
 {
     StatusMessage("  Setting Camera Head timing", kLeftAligned);
     ReadTiming();
-    if (LoadHeadTiming(HeadTiming)) return true;
+    if (LoadHeadTiming(write::registers.HeadTiming)) return true;
     MessageBox(hWndMain, "Unable to communicate with camera head!", "Load timing error!");
     return false;
 }
@@ -70,9 +71,9 @@ bool LoadTiming()
 // failure the mode stays off.
 bool LoadLastDac(std::int32_t dacReg)
 {
-    CommEchoMode = 0;
+    write::link.CommEchoMode = 0;
     if (!HeadRepeats(DacFrame(dacReg, kLastDac, DacSetting(kLastDac)))) return false;
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     return true;
 }
 
@@ -101,7 +102,7 @@ bool StartClocks()
 void LoadSerialWord()
 {
     StatusMessage("  Setting Camera Head FPA serial command word", kLeftAligned);
-    ReadSerialWordKeys(FpaSerialWord, ActiveConfig);
+    ReadSerialWordKeys(write::registers.FpaSerialWord, ActiveConfig);
     LoadFpaSerialWord(FpaSerialWord);
 }
 
@@ -116,7 +117,7 @@ bool StartFocalPlane()
 bool Programmed()
 {
     if (!ConfigurationFitsHead()) return false;
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     SetPointer(Pointer::kHourglass);  // stays where the sequence fails
     if (!LoadTiming() || !LoadDacs() || !EnableBiases() || !StartFocalPlane()) return false;
     SetVideoGain(VideoGain[0]);

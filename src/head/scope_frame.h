@@ -7,12 +7,15 @@
 
 namespace kelvo {
 
-extern std::vector<std::int16_t> OscFrame;  // Hroi x Vroi counts, image order; empty while no set-up is open
-extern std::int32_t OscPixels;              // Hroi x Vroi
+extern const std::vector<std::int16_t>& OscFrame;  // Hroi x Vroi counts, image order; empty while no set-up is open
+extern const std::int32_t& OscPixels;              // Hroi x Vroi
 
 // OscPixels of the camera's size, and OscFrame at least as large. False after "Failure to allocate global video
 // memory!"; then OscFrame is empty.
 bool FitOscFrame();
 void FreeOscFrame();
+
+// No frame has come for the oscilloscope.
+void ResetScopeFrame();
 
 }  // namespace kelvo

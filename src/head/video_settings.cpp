@@ -1,11 +1,13 @@
+#include "head/video_settings.h"
+
 #include "head/camera_head.h"
 #include "head/head_settings.h"
-#include "head/video_setup.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "state/camera_config_write.h"
+#include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/head_state_write.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 
 #include <algorithm>
@@ -15,6 +17,10 @@
 namespace kelvo {
 
 namespace {
+
+const StateNames kStateNames{
+    Named("IntegrationTime", IntegrationTime),
+};
 
 constexpr std::int32_t kDefaultFrameRateRow = 10;
 constexpr std::int32_t kDefaultIntegration = 10;

@@ -10,30 +10,29 @@
 #include "head/camera_head.h"
 #include "head/head_transaction.h"
 #include "head/oscilloscope.h"
-#include "head/scope_frame.h"
-#include "head/video_setup.h"
+#include "head/scope_frame_write.h"
+#include "head/video_settings.h"
 #include "pixel/unity_coefficients.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/help.h"
 #include "platform/paint.h"
 #include "platform/pointer.h"
 #include "platform/print.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "script/script.h"
 #include "state/buffer_state_write.h"
 #include "state/cal_state_write.h"
-#include "state/camera_config_write.h"
+#include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
 #include "state/head_state_write.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/docking.h"
-#include "ui/scroll_rule.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
 #include "video/video.h"
@@ -74,8 +73,6 @@ constexpr std::size_t kChannels = 4;
 constexpr std::uint32_t kTickTimer = 1;
 constexpr std::int64_t kTickMs = 20;
 
-constexpr int kDialogHint = 121;
-
 constexpr std::uint32_t kWhitePaper = 0xFFFFFF;
 constexpr std::uint32_t kGreenPaper = 0x00FF00;  // the same in either order of its bytes
 constexpr ColorRef kMarkColor = 0x000000;
@@ -98,6 +95,7 @@ struct Rows {
 Rows atOpening;
 
 ScopePlot OscBitmap;
+DeviceBitmap OscPicture;  // OscBitmap as it was painted last: its memory serves the next tick
 
 bool IsHgCdTe()
 {
@@ -146,7 +144,6 @@ void DrawMarks(HWND dialog, int id, int length)
     const Rect client = GetClientRect(strip);
     FillSurface(strip, client, kMarkPaper);
     for (const int row : MarkRows(client.Height())) FillSurface(strip, {0, row, length, row + 1}, kMarkColor);
-    InvalidateRect(strip, nullptr, false);
 }
 
 void DrawTickMarks(HWND dialog)
@@ -163,7 +160,8 @@ void DrawPlot(HWND dialog)
     const std::uint32_t paper = CalType != 0 ? kGreenPaper : kWhitePaper;
     const HWND area = DlgItemWindow(dialog, kPlotArea);
     FillSurface(area, GetClientRect(area), paper);
-    StretchPixels(area, {0, 0, OscBitmap.width, OscBitmap.height}, PlotPicture(OscBitmap, paper));
+    PlotPicture(OscBitmap, paper, OscPicture);
+    StretchPixels(area, {0, 0, OscBitmap.width, OscBitmap.height}, OscPicture);
 }
 
 // Made before the dialog is laid out, so that the first tick finds them at their size.
@@ -229,6 +227,7 @@ class TickPause {
 void FreeBlocks()
 {
     OscBitmap = {};
+    OscPicture = {};
     FreeOscFrame();
 }
 
@@ -251,7 +250,7 @@ void Tick(HWND dialog)
 {
     StopTick(dialog);
     AccountHeldUp();  // the scope looks at a frame now and then; the others aren't lost
-    const int read = GetVideoData(OscFrame);
+    const int read = GetVideoData(write::scope.OscFrame);
     DrawTickMarks(dialog);
     if (read < 1) {
         GiveUp(dialog);
@@ -361,7 +360,7 @@ bool PrepareScope(HWND dialog)
 {
     if (!FitPlot(dialog) || !FitOscFrame()) return false;
     ShowPixelAxis(dialog);
-    StatusString(kDialogHint, kLeftAligned);
+    StatusString(kVideoSetupHint, kLeftAligned);
     return !FirstSetupPending || DoFirstSetup(dialog);
 }
 
@@ -433,30 +432,28 @@ void Choose(std::array<std::int32_t, kChannels>& values, std::size_t channel, st
     if (ActiveConfig.NumChannels <= 1) values.fill(value);
 }
 
-// The channel of a bar in a row of bars that starts at first.
-std::optional<std::size_t> ChannelOf(int bar, int first)
+void ShowVolts(HWND dialog)
 {
-    if (bar < first || bar >= first + static_cast<int>(kChannels)) return std::nullopt;
-    return static_cast<std::size_t>(bar - first);
-}
-
-bool OnScroll(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
-{
-    const int bar = static_cast<int>(lParam);
-    if (const auto offsetBar = ChannelOf(bar, kFirstOffsetBar)) {
-        Choose(chosen.offset, *offsetBar, kMostOffset - ScrollTo(dialog, message, wParam, lParam));
-        ShowLevel(dialog, *offsetBar);
-        SetVideoOffset(chosen.offset.at(*offsetBar));
-    } else if (const auto gainBar = ChannelOf(bar, kFirstGainBar)) {
-        Choose(chosen.gain, *gainBar, kMostGain - ScrollTo(dialog, message, wParam, lParam));
-        ShowLevel(dialog, *gainBar);
-        SetVideoGain(chosen.gain.at(*gainBar));
-    } else {
-        return false;
-    }
     SetVoltsRange(chosen.gain[0], chosen.offset[0]);
     if (DisplayUnit != kUnitCounts) ShowAxisLabels(dialog);
-    return true;
+}
+
+void ScrollOffset(HWND dialog, int bar, int position)
+{
+    const auto channel = static_cast<std::size_t>(bar - kFirstOffsetBar);
+    Choose(chosen.offset, channel, kMostOffset - position);
+    ShowLevel(dialog, channel);
+    SetVideoOffset(chosen.offset.at(channel));
+    ShowVolts(dialog);
+}
+
+void ScrollGain(HWND dialog, int bar, int position)
+{
+    const auto channel = static_cast<std::size_t>(bar - kFirstGainBar);
+    Choose(chosen.gain, channel, kMostGain - position);
+    ShowLevel(dialog, channel);
+    SetVideoGain(chosen.gain.at(channel));
+    ShowVolts(dialog);
 }
 
 void SetUnity(HWND dialog)
@@ -531,51 +528,38 @@ void Cancel(HWND dialog)
     Leave(dialog, 0);
 }
 
-bool OnButton(HWND dialog, int id)
+// The head keeps what it was given; the settings stay as they were.
+void CloseWindow(HWND dialog)
 {
-    switch (id) {
-        case kUnity:
-            SetUnity(dialog);
-            return true;
-        case kPrint:
-            PrintPlot(dialog);
-            return true;
-        case kSavePlot:
-            SavePlot(dialog);
-            return true;
-        case kAdvanced:
-            RunAdvanced(dialog);
-            return true;
-        case kIdOk:
-            Accept(dialog);
-            return true;
-        case kIdCancel:
-            Cancel(dialog);
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpVideoSetup);
-            return true;
-        default:
-            return false;
-    }
+    Leave(dialog, 0);
 }
 
-bool OnList(HWND dialog, int id)
-{
-    switch (id) {
-        case kFrameRateBox:
-            PickFrameRate(dialog);
-            return true;
-        case kIntegrationBox:
-            PickIntegration(dialog);
-            return true;
-        case kUnitList:
-            PickUnit(dialog);
-            return true;
-        default:
-            return false;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kFrameRateBox, PickFrameRate, kSelectionChanged},
+    {kIntegrationBox, PickIntegration, kSelectionChanged},
+    {kUnitList, PickUnit, kSelectionChanged},
+    OnScroll(kFirstOffsetBar, ScrollOffset),
+    OnScroll(kFirstOffsetBar + 1, ScrollOffset),
+    OnScroll(kFirstOffsetBar + 2, ScrollOffset),
+    OnScroll(kFirstOffsetBar + 3, ScrollOffset),
+    OnScroll(kFirstGainBar, ScrollGain),
+    OnScroll(kFirstGainBar + 1, ScrollGain),
+    OnScroll(kFirstGainBar + 2, ScrollGain),
+    OnScroll(kFirstGainBar + 3, ScrollGain),
+    OnTimer(kTickTimer, Tick),
+    {kUnity, SetUnity},
+    {kPrint, PrintPlot},
+    {kSavePlot, SavePlot},
+    {kAdvanced, RunAdvanced},
+    {kIdOk, Accept},
+    {kIdCancel, Cancel},
+};
+constexpr DialogFrame kFrame{.name = "QVF1058",
+                             .procedure = fnVIDEOSETDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpVideoSetup,
+                             .closed = CloseWindow};
 
 }  // namespace
 
@@ -583,7 +567,7 @@ int VideoSetupDialog(HWND parent)
 {
     if (!LinkIsReady()) return 0;
     const std::int32_t updatesBefore = std::exchange(write::buffer.PeriodicUpdates, 0);
-    const int result = ShowDialog("QVF1058", parent, fnVIDEOSETDlgProc);
+    const int result = RunDialog(kFrame, parent);
     CloseLinkAfterUse();
     write::buffer.PeriodicUpdates = updatesBefore;
     if (!ViewingFile) RestartGrab();
@@ -592,27 +576,14 @@ int VideoSetupDialog(HWND parent)
 
 LRESULT fnVIDEOSETDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Open(dialog);
-            return 1;
-        case WM_COMMAND:
-            if (HighWord(wParam) == kSelectionChanged) return OnList(dialog, LowWord(wParam));
-            return OnButton(dialog, LowWord(wParam));
-        case WM_HSCROLL:
-        case WM_VSCROLL:
-            return OnScroll(dialog, message, wParam, lParam);
-        case WM_TIMER:
-            if (wParam != kTickTimer) return 0;
-            Tick(dialog);
-            return 1;
-        // The head keeps what it was given; the settings stay as they were.
-        case WM_CLOSE:
-            Leave(dialog, 0);
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
+}
+
+void ResetVideoSetupDialog()
+{
+    chosen = {};
+    atOpening = {};
+    OscBitmap = {};
 }
 
 }  // namespace kelvo

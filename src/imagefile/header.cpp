@@ -1,3 +1,5 @@
+#include "imagefile/header.h"
+
 #include "imagefile/header_write.h"
 #include "platform/box.h"
 #include "platform/clock.h"
@@ -8,6 +10,7 @@
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/head_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 
 #include <algorithm>
@@ -19,7 +22,7 @@
 namespace kelvo {
 
 namespace write {
-constinit HeaderVariables file;
+HeaderVariables file;
 }
 
 constinit const ImageHeaderRecord& ImageHeader = write::file.ImageHeader;
@@ -33,6 +36,34 @@ void ResetHeader()
 }
 
 namespace {
+
+// A field of a packed record has no address to keep: each is read when it is asked for.
+StateValue Number(double value)
+{
+    return value;
+}
+
+const StateNames kStateNames{
+    Named("ByteSwap", ByteSwap),
+    Named("IrigEnable", IrigEnable),
+    {"ImageHeader.ByteSwap", [] { return Number(ImageHeader.ByteSwap); }},
+    {"ImageHeader.ImageWidth", [] { return Number(ImageHeader.ImageWidth); }},
+    {"ImageHeader.ImageHeight", [] { return Number(ImageHeader.ImageHeight); }},
+    {"ImageHeader.SampleBytes", [] { return Number(ImageHeader.SampleBytes); }},
+    {"ImageHeader.HeaderVersion", [] { return Number(ImageHeader.HeaderVersion); }},
+    {"ImageHeader.FrameCount", [] { return Number(ImageHeader.FrameCount); }},
+    {"ImageHeader.FrameRate", [] { return Number(ImageHeader.FrameRate); }},
+    {"ImageHeader.IntegrationMsec", [] { return Number(ImageHeader.IntegrationMsec); }},
+    {"ImageHeader.IntensityCold", [] { return Number(ImageHeader.IntensityCold); }},
+    {"ImageHeader.IntensityHot", [] { return Number(ImageHeader.IntensityHot); }},
+    {"ImageHeader.TemperatureCold", [] { return Number(ImageHeader.TemperatureCold); }},
+    {"ImageHeader.TemperatureHot", [] { return Number(ImageHeader.TemperatureHot); }},
+    {"ImageHeader.DisplayLow", [] { return Number(ImageHeader.DisplayLow); }},
+    {"ImageHeader.DisplayHigh", [] { return Number(ImageHeader.DisplayHigh); }},
+    {"ImageHeader.DataType", [] { return Number(ImageHeader.DataType); }},
+    {"ImageHeader.FramesAveraged", [] { return Number(ImageHeader.FramesAveraged); }},
+    {"ImageHeader.ImageHeaderDataOffset", [] { return Number(ImageHeader.ImageHeaderDataOffset); }},
+};
 
 constexpr std::uint16_t kHeaderFill = 0xFFFF;
 constexpr std::int16_t kWrittenVersion = 8;

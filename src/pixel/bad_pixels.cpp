@@ -1,5 +1,6 @@
 #include "pixel/bad_pixels.h"
 
+#include "pixel/bad_pixels_write.h"
 #include "pixel/decommutation.h"
 #include "pixel/good_neighbours.h"
 #include "pixel/pixel_pair.h"
@@ -10,6 +11,7 @@
 #include "platform/text.h"
 #include "state/cal_settings_write.h"
 #include "state/display_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
@@ -19,10 +21,20 @@
 
 namespace kelvo {
 
-BadDetMap BadDetList;
-std::vector<std::uint32_t> ReplacedPixels;
+namespace write {
+BadPixelVariables badPixels;
+}
+
+constinit const BadDetMap& BadDetList = write::badPixels.BadDetList;
 
 namespace {
+
+// Image indexes of the pixels that the last ReplaceBadDet repaired, in order of repair.
+std::vector<std::uint32_t> ReplacedPixels;
+
+const StateNames kStateNames{
+    Named("ReplacedPixels", ReplacedPixels),
+};
 
 constexpr std::size_t kLongestFile = std::size_t{1} << 26;
 constexpr int kMostLineBoxes = 20;
@@ -194,10 +206,10 @@ bool MarkBadPixels(std::span<const float> gainList, std::span<const std::uint32_
 {
     if (!CalSettings.BadDetFile.empty()) {
         StatusMessage("Loading pixel substitution file...", kLeftAligned);
-        if (!LoadBadDetFile(CalSettings.BadDetFile, BadDetList, ActiveConfig)) return false;
+        if (!LoadBadDetFile(CalSettings.BadDetFile, write::badPixels.BadDetList, ActiveConfig)) return false;
     }
     StatusMessage("Calculating pixel substitution...", kLeftAligned);
-    write::calSet.BadDetCount = IdentifyBadDet(BadDetList, gainList, decomList, ActiveConfig);
+    write::calSet.BadDetCount = IdentifyBadDet(write::badPixels.BadDetList, gainList, decomList, ActiveConfig);
     return BadDetCount >= 0;
 }
 
@@ -291,16 +303,22 @@ int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t
         return 1;
     }
     StatusMessage("Performing bad pixel substitution...", kLeftAligned);
-    if (!AllocateBlock(BadDetList, RegionOf(ActiveConfig).Count())) {
+    if (!AllocateBlock(write::badPixels.BadDetList, RegionOf(ActiveConfig).Count())) {
         MessageBox(hWndMain, "Failure to allocate memory for bad detector list", kMessageCaption);
         return 0;
     }
     if (!MarkBadPixels(gainList, decomList) || !ReplaceBadDet(decomList, BadDetList, ActiveConfig)) {
-        BadDetMap().swap(BadDetList);
+        BadDetMap().swap(write::badPixels.BadDetList);
         return 0;
     }
     SaveBadPixels();
     return 1;
+}
+
+void ResetBadPixels()
+{
+    write::badPixels.BadDetList.clear();
+    ReplacedPixels.clear();
 }
 
 }  // namespace kelvo

@@ -20,10 +20,8 @@ namespace kelvo {
 // One byte a pixel, image order, Vroi x Hroi; non-zero marks a bad detector.
 using BadDetMap = std::vector<std::uint8_t>;
 
-// The map of the last calibration; empty before. Written by SubstituteBadPixels.
-extern BadDetMap BadDetList;
-// Image indexes of the pixels that the last ReplaceBadDet repaired, in order of repair.
-extern std::vector<std::uint32_t> ReplacedPixels;
+// The map of the last calibration; empty before.
+extern const BadDetMap& BadDetList;
 
 // Reads a .bad file into a map of Vroi x Hroi bytes; marks that stand are kept. 1, or 0 after the box "Could not open
 // file %s" where the file can't be opened or is longer than 64 MB.
@@ -66,5 +64,8 @@ int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, c
 // 0 after a box: "Failure to allocate memory for bad detector list", or those of LoadBadDetFile and ReplaceBadDet;
 // BadDetList is then empty.
 int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList);
+
+// No bad detectors known, none replaced.
+void ResetBadPixels();
 
 }  // namespace kelvo

@@ -136,23 +136,40 @@ int SaveList(std::string_view path, std::span<const std::uint8_t> list, std::siz
     return 0;
 }
 
+ListRead ReadList(std::string_view path, std::span<std::uint8_t> list, std::size_t count)
+{
+    if (list.empty()) return ListRead::kNoList;
+    std::optional<File> file = File::Open(path, FileMode::kRead);
+    if (!file) return ListRead::kNotOpened;
+    const auto wanted = std::as_writable_bytes(list).first(std::min(list.size() / kWordBytes, count) * kWordBytes);
+    return file->Read(wanted) == wanted.size() ? ListRead::kComplete : ListRead::kNotRead;
+}
+
+void TellListRead(ListRead read, std::string_view path)
+{
+    switch (read) {
+        case ListRead::kComplete:
+            return;
+        case ListRead::kNoList:
+            MessageBox(hWndMain, "Failure to lock memory!", kMessageCaption);
+            return;
+        case ListRead::kNotOpened:
+            Tell("Failed to open file: ", path);
+            return;
+        case ListRead::kNotRead:
+            Tell("Failed to read file: ", path);
+            return;
+    }
+}
+
 int LoadList(std::string_view path, std::span<std::uint8_t> list, std::size_t count)
 {
-    if (list.empty()) {
-        MessageBox(hWndMain, "Failure to lock memory!", kMessageCaption);
-        return 0;
+    if (!list.empty() && list.size() / kWordBytes < count) {
+        MessageBox(hWndMain, "Allocated memory is smaller than ROI PIxels", kMessageCaption);
     }
-    const std::size_t held = list.size() / kWordBytes;
-    if (held < count) MessageBox(hWndMain, "Allocated memory is smaller than ROI PIxels", kMessageCaption);
-    std::optional<File> file = File::Open(path, FileMode::kRead);
-    if (!file) {
-        Tell("Failed to open file: ", path);
-        return 0;
-    }
-    const auto wanted = std::as_writable_bytes(list).first(std::min(held, count) * kWordBytes);
-    if (file->Read(wanted) == wanted.size()) return 1;
-    Tell("Failed to read file: ", path);
-    return 0;
+    const ListRead read = ReadList(path, list, count);
+    TellListRead(read, path);
+    return read == ListRead::kComplete ? 1 : 0;
 }
 
 }  // namespace kelvo

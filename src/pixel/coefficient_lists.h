@@ -33,6 +33,20 @@ inline std::int32_t FillActiveList(std::int32_t type, std::int32_t first, std::i
     return FillCoefficients(type, first, last, value);
 }
 
+// How the reading of a list ended.
+enum class ListRead {
+    kComplete,
+    kNoList,     // there is no memory to read into
+    kNotOpened,  // the file can't be opened
+    kNotRead,    // it is short, or isn't what it should be
+};
+
+// Reads count 32-bit words of a file, raw bytes, little-endian, to the start of list, no more than it holds. Nothing is
+// told. After kNotRead list may hold part of the file.
+ListRead ReadList(std::string_view path, std::span<std::uint8_t> list, std::size_t count);
+// Tells what failed in the words of LoadList; nothing after kComplete.
+void TellListRead(ListRead read, std::string_view path);
+
 // count 32-bit words as raw bytes, little-endian. SaveList writes a whole file or none. 1, or 0 after a box:
 // "Failed to open file: %s" (SaveList: under "Kelvo File Error!"), "Failed to save file: %s", "Failed to read file:
 // %s", and for LoadList into no list "Failure to lock memory!". A list smaller than count is told and the count cut to

@@ -22,6 +22,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <utility>
 
 namespace kelvo {
 
@@ -33,6 +35,7 @@ constexpr int kOffscreenHeight = 1024;
 constexpr std::time_t kVirtualStart = 1704110400;
 
 bool runsOffscreen = false;
+QApplication* application = nullptr;  // lives as long as the process: windows may be asked until its very end
 
 QByteArray OffscreenScreen(double scale)
 {
@@ -91,8 +94,7 @@ void MakeApplication(const CommandLine& commandLine)
     static int count = 1;
     std::optional<OffscreenEnvironment> environment;
     if (commandLine.offscreen) environment.emplace(commandLine);
-    // Lives as long as the process: windows may be asked until its very end.
-    static QApplication* const application = std::make_unique<QApplication>(count, arguments).release();
+    application = std::make_unique<QApplication>(count, arguments).release();
     application->setQuitOnLastWindowClosed(false);
 }
 
@@ -201,6 +203,16 @@ void OpenDesktopTool(std::string_view name)
         const QString program = QStandardPaths::findExecutable(tool.program);
         if (!program.isEmpty() && QProcess::startDetached(program, tool.arguments)) return;
     }
+}
+
+void EndApplication()
+{
+    std::vector<QPointer<QWidget>> widgets;  // one may take others along
+    for (QWidget* const widget : QApplication::topLevelWidgets()) widgets.emplace_back(widget);
+    for (const QPointer<QWidget>& widget : widgets) std::unique_ptr<QWidget>(widget.data()).reset();
+    std::unique_ptr<QApplication>(std::exchange(application, nullptr)).reset();
+    qInstallMessageHandler(nullptr);
+    runsOffscreen = false;
 }
 
 }  // namespace kelvo

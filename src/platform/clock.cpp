@@ -95,4 +95,11 @@ void AdvanceVirtualClock(std::int64_t us)
     virtualUs += std::min(us, std::numeric_limits<std::int64_t>::max() / 2 - virtualUs);
 }
 
+void ResetClock()
+{
+    isVirtual = false;
+    virtualStart = 0;
+    virtualUs = 0;
+}
+
 }  // namespace kelvo

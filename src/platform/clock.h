@@ -24,4 +24,7 @@ void DelayUntilUs(std::int64_t tickUs);
 // Moves the virtual clock; no effect on the real one. Never backward.
 void AdvanceVirtualClock(std::int64_t microseconds);
 
+// The real clock, as before UseVirtualClock.
+void ResetClock();
+
 }  // namespace kelvo

@@ -1,6 +1,5 @@
 #include "platform/dialog.h"
 
-#include "platform/box.h"
 #include "platform/controls.h"
 #include "platform/faults.h"
 #include "platform/qt_dialog.h"
@@ -364,14 +363,6 @@ int DialogBox(std::string_view name, HWND owner, DialogProc procedure, LPARAM pa
     LeaveDialog(dialog);
     delete widget.data();
     return data->result;
-}
-
-int ShowDialog(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter)
-{
-    const int result = DialogBox(name, owner, procedure, parameter);
-    if (result != -1) return result;
-    MessageBox(owner, "Unable to display dialog", "System Error");
-    return 0;
 }
 
 void EndDialog(HWND dialog, int result)

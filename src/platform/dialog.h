@@ -58,8 +58,6 @@ enum class ScrollCode : int {
 // Other windows than those the dialog belongs to (help, dialogs that stay open) can be used meanwhile. If the program
 // is told to quit before EndDialog, the result is 0.
 int DialogBox(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter = 0);
-// The same; where the dialog can't be made, "Unable to display dialog" under "System Error", and 0.
-int ShowDialog(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter = 0);
 void EndDialog(HWND dialog, int result);
 
 // A dialog docked along the top of the main window's client area, as wide as it. Null if it can't be made. The platform

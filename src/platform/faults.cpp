@@ -29,4 +29,9 @@ bool FaultIsSet(std::string_view name)
     return Faults().contains(name);
 }
 
+void ClearFaults()
+{
+    Faults().clear();
+}
+
 }  // namespace kelvo

@@ -9,4 +9,7 @@ namespace kelvo {
 void SetFault(std::string_view name, bool on);
 bool FaultIsSet(std::string_view name);
 
+// Takes all faults off.
+void ClearFaults();
+
 }  // namespace kelvo

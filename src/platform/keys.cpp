@@ -194,4 +194,9 @@ void StrikeKey(QWidget* widget, const KeyStroke& stroke)
     }
 }
 
+void ForgetKeys()
+{
+    keysDown.clear();
+}
+
 }  // namespace kelvo

@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <deque>
 #include <limits>
+#include <memory>
 #include <utility>
 
 namespace kelvo {
@@ -146,6 +147,7 @@ class Turns : public QObject {
     // Twice in a row with no event between: only then nothing is queued on any side.
     void AboutToBlock()
     {
+        ShowPainted();
         if (held_ > 0 || turnPosted_ || events_ == eventsAtRest_) return;
         if (events_ != std::exchange(eventsAtLastBlock_, events_)) {
             QAbstractEventDispatcher::instance()->wakeUp();
@@ -286,10 +288,15 @@ class Turns : public QObject {
 };
 
 // Outlives the application object: windows may post while the process ends.
+std::unique_ptr<Turns>& TurnsOwner()
+{
+    static auto turns = std::make_unique<Turns>();
+    return turns;
+}
+
 Turns& TheTurns()
 {
-    static Turns turns;
-    return turns;
+    return *TurnsOwner();
 }
 
 }  // namespace
@@ -366,7 +373,13 @@ void HandlePendingEvents()
 {
     if (!qApp) return;
     const HoldMessages hold;
+    ShowPainted();
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void ForgetTurns()
+{
+    TurnsOwner() = std::make_unique<Turns>();
 }
 
 }  // namespace kelvo

@@ -21,6 +21,7 @@ constexpr std::uint64_t kBytesPerKb = 1024;
 constexpr std::int32_t kDefaultSharePercent = 25;
 
 int callsUntilFailure = 0;  // 0: none is ordered
+std::int64_t requests = 0;
 
 bool FailureIsDue()
 {
@@ -74,7 +75,13 @@ std::uint64_t AvailablePhysicalMemory()
 
 bool MemoryAvailable(std::size_t bytes)
 {
+    ++requests;
     return !FailureIsDue() && bytes < kRefusedBytes;
+}
+
+std::int64_t MemoryRequests()
+{
+    return requests;
 }
 
 void FailAllocation(int n)

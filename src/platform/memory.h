@@ -15,6 +15,9 @@ namespace kelvo {
 // resize.
 bool MemoryAvailable(std::size_t bytes);
 
+// How often MemoryAvailable was called since the start: a frame on its way doesn't ask.
+std::int64_t MemoryRequests();
+
 // Gives block exactly count elements, zero-filled; false (block freed) where memory is refused.
 template <typename T>
 bool AllocateBlock(std::vector<T>& block, std::size_t count)

@@ -71,27 +71,19 @@ DeviceArea PaintableArea(const Window& window)
     return whole.And(ToDevice(PictureArea(window), DeviceRatio(window)));
 }
 
-// What lies under scroll bars and other opaque children isn't seen, and each of them would be drawn again with it.
-QRegion SeenOf(const QWidget& widget, const QRect& area)
+// Logical pixels that hold all of an area of the device.
+QRect LogicalPixels(const DeviceArea& area, double ratio)
 {
-    QRegion seen(area);
-    for (const QObject* object : widget.children()) {
-        const auto* const child = qobject_cast<const QWidget*>(object);
-        if (!child || child->isWindow() || !child->isVisible()) continue;
-        const bool opaque = child->autoFillBackground() || child->testAttribute(Qt::WA_OpaquePaintEvent);
-        if (opaque) seen -= child->geometry();
-    }
-    return seen;
-}
-
-void ShowArea(Window& window, const DeviceArea& area)
-{
-    const double ratio = DeviceRatio(window);
     const QPoint topLeft(static_cast<int>(std::floor(static_cast<double>(area.left) / ratio)),
                          static_cast<int>(std::floor(static_cast<double>(area.top) / ratio)));
     const QPoint bottomRight(static_cast<int>(std::ceil(static_cast<double>(area.right) / ratio)),
                              static_cast<int>(std::ceil(static_cast<double>(area.bottom) / ratio)));
-    window.widget->update(SeenOf(*window.widget, QRect(topLeft, bottomRight)));
+    return {topLeft, bottomRight};
+}
+
+void ShowArea(Window& window, const DeviceArea& area)
+{
+    ShowSoon(window, LogicalPixels(area, DeviceRatio(window)));
 }
 
 std::uint32_t* Row(QImage& surface, std::int64_t y)
@@ -142,30 +134,111 @@ int BlockFor(double ratio, int count, int length)
 
 // One direction of a stretch: which pixel of the picture each device pixel shows.
 struct Axis {
-    std::int64_t start = 0;  // device pixels; sources[0] stands there
-    std::vector<int> sources;
+    std::int64_t first = 0;         // device pixel at which the picture begins, painted or not
+    std::int64_t deviceLength = 0;  // of the whole picture
+    int block = 0;                  // device pixels of one of the picture; 0: the nearest is taken
+    int pixels = 0;                 // of the picture
+    std::int64_t start = 0;         // the device pixels that are painted
+    std::int64_t end = 0;
+
+    int SourceOf(std::int64_t device) const
+    {
+        const std::int64_t offset = device - first;
+        return static_cast<int>(block > 0 ? offset / block : (2 * offset + 1) * pixels / (2 * deviceLength));
+    }
+    std::size_t Count() const { return static_cast<std::size_t>(end - start); }
 };
 
 // from, length: logical. clipFrom, clipTo: device pixels.
-Axis StretchAxis(double ratio, int from, int length, int count, std::int64_t clipFrom, std::int64_t clipTo)
+Axis StretchAxis(double ratio, int from, int length, int pixels, std::int64_t clipFrom, std::int64_t clipTo)
 {
-    const std::int64_t first = ToDevice(from, ratio);
-    const int block = BlockFor(ratio, count, length);
-    const std::int64_t deviceLength = block > 0 ? std::int64_t{count} * block : ToDevice(from + length, ratio) - first;
-    Axis axis{std::max(first, clipFrom), {}};
-    for (std::int64_t device = axis.start; device < std::min(first + deviceLength, clipTo); ++device) {
-        const std::int64_t offset = device - first;
-        axis.sources.push_back(
-            static_cast<int>(block > 0 ? offset / block : (2 * offset + 1) * count / (2 * deviceLength)));
-    }
+    Axis axis;
+    axis.first = ToDevice(from, ratio);
+    axis.block = BlockFor(ratio, pixels, length);
+    axis.deviceLength =
+        axis.block > 0 ? std::int64_t{pixels} * axis.block : ToDevice(from + length, ratio) - axis.first;
+    axis.pixels = pixels;
+    axis.start = std::max(axis.first, clipFrom);
+    axis.end = std::max(std::min(axis.first + axis.deviceLength, clipTo), axis.start);
     return axis;
+}
+
+// Goes along an axis: put(source, run) for each pixel of the picture that is seen, and the device pixels that it takes
+// there, from the first painted one on. kBlock is the axis's block, or 0: then it isn't known before.
+template <int kBlock, typename Put>
+void WalkBlocks(const Axis& axis, Put put)
+{
+    const int block = kBlock > 0 ? kBlock : axis.block;
+    const std::int64_t offset = axis.start - axis.first;
+    auto left = static_cast<std::int64_t>(axis.Count());
+    auto source = static_cast<int>(offset / block);
+    const auto cut = static_cast<int>(offset % block);  // of the first block, outside
+    if (cut > 0) {
+        const auto run = static_cast<int>(std::min<std::int64_t>(block - cut, left));
+        put(source++, run);
+        left -= run;
+    }
+    for (; left >= block; left -= block) put(source++, block);
+    if (left > 0) put(source, static_cast<int>(left));
+}
+
+template <typename Put>
+void WalkNearest(const Axis& axis, Put put)
+{
+    // SourceOf with one addition a step.
+    const std::int64_t whole = 2 * axis.deviceLength;
+    const std::int64_t at = (2 * (axis.start - axis.first) + 1) * axis.pixels;
+    const std::int64_t step = std::int64_t{2} * axis.pixels;
+    std::int64_t source = at / whole;
+    std::int64_t rest = at % whole;
+    for (std::int64_t device = axis.start; device < axis.end; ++device) {
+        put(static_cast<int>(source), 1);
+        source += step / whole;
+        rest += step % whole;
+        if (rest >= whole) {
+            rest -= whole;
+            ++source;
+        }
+    }
+}
+
+// The usual zooms have loops of their own: nothing else is done for as many pixels.
+template <typename Put>
+void Walk(const Axis& axis, Put put)
+{
+    switch (axis.block) {
+        case 0:
+            return WalkNearest(axis, put);
+        case 1:
+            return WalkBlocks<1>(axis, put);
+        case 2:
+            return WalkBlocks<2>(axis, put);
+        case 3:
+            return WalkBlocks<3>(axis, put);
+        case 4:
+            return WalkBlocks<4>(axis, put);
+        default:
+            return WalkBlocks<0>(axis, put);
+    }
+}
+
+// A row of the picture, each pixel in the colour that colorAt gives for it (0x00RRGGBB).
+template <typename ColorAt>
+void PaintRow(const Axis& columns, std::uint32_t* row, ColorAt colorAt)
+{
+    Walk(columns, [&](int source, int run) {
+        const std::uint32_t color = colorAt(source) | kOpaque;
+        for (int i = 0; i < run; ++i) row[i] = color;
+        row += run;
+    });
 }
 
 // Both directions of a picture of width x height pixels in a window; empty where nothing of it can be seen.
 struct Axes {
     Axis columns;
     Axis rows;
-    bool Empty() const { return columns.sources.empty() || rows.sources.empty(); }
+    bool Empty() const { return columns.Count() == 0 || rows.Count() == 0; }
+    DeviceArea Area() const { return {columns.start, rows.start, columns.end, rows.end}; }
 };
 
 Axes StretchAxes(const Window& window, const Rect& destination, int width, int height)
@@ -178,14 +251,7 @@ Axes StretchAxes(const Window& window, const Rect& destination, int width, int h
             StretchAxis(ratio, place.top, place.Height(), height, clip.top, clip.bottom)};
 }
 
-void ShowStretched(Window& window, const Axes& axes)
-{
-    const auto& [columns, rows] = axes;
-    ShowArea(window, {columns.start, rows.start, columns.start + std::ssize(columns.sources),
-                      rows.start + std::ssize(rows.sources)});
-}
-
-// pixel(x, y) gives 0xFFRRGGBB. Rows that repeat are copied.
+// readRow(y, columns, row) paints row y of the picture. Rows that repeat are copied.
 template <typename RowReader>
 bool Stretch(HWND handle, const Rect& destination, int width, int height, RowReader readRow)
 {
@@ -195,18 +261,21 @@ bool Stretch(HWND handle, const Rect& destination, int width, int height, RowRea
     if (axes.Empty()) return true;
     const auto& [columns, rows] = axes;
 
-    const std::size_t rowBytes = columns.sources.size() * sizeof(std::uint32_t);
+    const std::size_t rowBytes = columns.Count() * sizeof(std::uint32_t);
     const std::uint32_t* rowBefore = nullptr;
-    for (std::size_t i = 0; i < rows.sources.size(); ++i) {
-        std::uint32_t* const row = Row(window->surface, rows.start + static_cast<std::int64_t>(i)) + columns.start;
-        if (rowBefore && rows.sources[i] == rows.sources[i - 1]) {
+    int sourceBefore = -1;
+    for (std::int64_t y = rows.start; y < rows.end; ++y) {
+        std::uint32_t* const row = Row(window->surface, y) + columns.start;
+        const int source = rows.SourceOf(y);
+        if (source == sourceBefore) {
             std::memcpy(row, rowBefore, rowBytes);
         } else {
-            readRow(rows.sources[i], columns.sources, row);
+            readRow(source, columns, row);
         }
         rowBefore = row;
+        sourceBefore = source;
     }
-    ShowStretched(*window, axes);
+    ShowArea(*window, axes.Area());
     return true;
 }
 
@@ -256,7 +325,7 @@ bool DrawTextLine(HWND window, int x, int y, std::string_view text, TextAlign al
     painter.setPen(ToQColor(color));
     painter.drawText(QPoint(place.x, place.y + metrics.ascent()), line);
     painter.end();
-    surface->widget->update(QRect(place.x - 1, place.y, width + 2, metrics.lineSpacing() + 1));
+    ShowSoon(*surface, QRect(place.x - 1, place.y, width + 2, metrics.lineSpacing() + 1));
     return true;
 }
 
@@ -273,9 +342,10 @@ int ScaledExtent(HWND window, int count, int zoom)
 bool StretchPixels(HWND window, const Rect& destination, const IndexedPixels& source)
 {
     return Stretch(window, destination, source.width, source.height,
-                   [&source](int y, const std::vector<int>& columns, std::uint32_t* row) {
+                   [&source](int y, const Axis& columns, std::uint32_t* row) {
                        const std::uint8_t* const pixels = source.firstRow + y * source.rowStride;
-                       for (const int column : columns) *row++ = source.colors[pixels[column]] | kOpaque;
+                       const std::uint32_t* const colors = source.colors;
+                       PaintRow(columns, row, [=](int x) { return colors[pixels[x]]; });
                    });
 }
 
@@ -285,10 +355,10 @@ bool StretchPixels(HWND window, const Rect& destination, const DeviceBitmap& sou
         source.width > 0 && source.height > 0 &&
         source.pixels.size() / static_cast<std::size_t>(source.width) >= static_cast<std::size_t>(source.height);
     return Stretch(window, destination, whole ? source.width : 0, whole ? source.height : 0,
-                   [&source](int y, const std::vector<int>& columns, std::uint32_t* row) {
+                   [&source](int y, const Axis& columns, std::uint32_t* row) {
                        const std::uint32_t* const pixels =
                            source.pixels.data() + static_cast<std::ptrdiff_t>(y) * source.width;
-                       for (const int column : columns) *row++ = pixels[column] | kOpaque;
+                       PaintRow(columns, row, [=](int x) { return pixels[x]; });
                    });
 }
 
@@ -300,16 +370,17 @@ bool StretchMarks(HWND handle, const Rect& destination, const IndexedPixels& mar
     if (axes.Empty()) return true;
     const auto& [columns, rows] = axes;
 
-    for (std::size_t i = 0; i < rows.sources.size(); ++i) {
-        const std::uint8_t* const values = marks.firstRow + rows.sources[i] * marks.rowStride;
+    for (std::int64_t y = rows.start; y < rows.end; ++y) {
+        const std::uint8_t* const values = marks.firstRow + rows.SourceOf(y) * marks.rowStride;
         if (std::all_of(values, values + marks.width, [](std::uint8_t value) { return value == 0; })) continue;
-        std::uint32_t* pixel = Row(window->surface, rows.start + static_cast<std::int64_t>(i)) + columns.start;
-        for (const int column : columns.sources) {
-            if (values[column] != 0) *pixel = marks.colors[values[column]] | kOpaque;
-            ++pixel;
-        }
+        std::uint32_t* pixel = Row(window->surface, y) + columns.start;
+        Walk(columns, [&](int source, int run) {
+            const std::uint8_t value = values[source];
+            if (value != 0) std::fill_n(pixel, run, marks.colors[value] | kOpaque);
+            pixel += run;
+        });
     }
-    ShowStretched(*window, axes);
+    ShowArea(*window, axes.Area());
     return true;
 }
 

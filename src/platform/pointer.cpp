@@ -150,4 +150,14 @@ bool PointerPresent()
     return !FaultIsSet("no mouse");
 }
 
+void ResetPointer()
+{
+    current = Pointer::kArrow;
+    hourglassDepth = 0;
+    clip.reset();
+    placed.reset();
+    offscreenPointer = {};
+    ShowPointerShape();
+}
+
 }  // namespace kelvo

@@ -33,4 +33,7 @@ bool PointerIsClipped();
 
 bool PointerPresent();  // a mouse or trackball; the fault "no mouse" takes it away
 
+// The arrow, free and where it stands.
+void ResetPointer();
+
 }  // namespace kelvo

@@ -240,4 +240,9 @@ void ForgetProfile(std::string_view file)
     Profiles().erase(AbsolutePath(file));
 }
 
+void ForgetProfiles()
+{
+    Profiles().clear();
+}
+
 }  // namespace kelvo

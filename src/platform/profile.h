@@ -42,4 +42,7 @@ bool ProfilesPending();
 // Forgets pending writes and everything read of the file: after another program part replaced it as a whole.
 void ForgetProfile(std::string_view file);
 
+// The same of every file.
+void ForgetProfiles();
+
 }  // namespace kelvo

@@ -14,6 +14,7 @@
 #include <QMainWindow>
 #include <QPoint>
 #include <QPointer>
+#include <QRect>
 #include <QString>
 #include <QWidget>
 
@@ -66,6 +67,7 @@ struct Window {
     std::uint32_t background = 0;
     QImage surface;         // device pixels, Format_RGB32; null where the window never paints
     bool paintDue = false;  // WM_PAINT is to come
+    QRect unseen;           // logical pixels of the surface that changed and aren't on the screen yet
 
     std::string text;  // main window: its title as it was set
     bool isBeingDestroyed = false;
@@ -83,6 +85,9 @@ struct Window {
 HWND RegisterWindow(WindowKind kind, QWidget* widget, WindowProc procedure, HWND parent);
 // Takes the handle away: its timers and queued messages are dropped. Sends no message and deletes no widget.
 void ForgetWindow(HWND window);
+// All of them, their classes too. Numbers of windows aren't given again.
+void ForgetWindows();
+void ForgetWindowClasses();
 // False for null and for a handle that was forgotten.
 bool IsWindow(HWND window);
 // The window whose client area the widget is, or lies in; null if none.
@@ -91,6 +96,7 @@ HWND MainWindow();  // null before it is made and after it is gone
 std::vector<HWND> ChildrenOf(HWND parent);
 // All windows of a kind, oldest first.
 std::vector<HWND> WindowsOfKind(WindowKind kind);
+std::vector<HWND> AllWindows();
 
 // A widget with a retained surface (platform/paint.h), its mouse messages and WM_PAINT. Give it to RegisterWindow with
 // kind kChild or kControl; dialogs use it for plots. The window's background decides what a new part of it shows.
@@ -99,6 +105,10 @@ QWidget* MakeSurfaceWidget(QWidget* parent);
 void EnsureSurface(Window& window);
 // Fills the surface with the window's background.
 void EraseSurface(Window& window);
+// Those logical pixels of the surface have changed: they come onto the screen when the program next waits.
+void ShowSoon(Window& window, const QRect& area);
+void ShowPainted();  // asks the toolkit to show all that has changed
+void ForgetDroppedFiles();
 std::uint32_t BackgroundColor(const Window& window);  // 0xFFRRGGBB
 double DeviceRatio(const Window& window);             // device pixels a logical pixel
 
@@ -141,11 +151,17 @@ std::vector<QWidget*> ModalWidgets();  // from the back to the front
 // PostQuitMessage was called: modal loops that ran then have been ended without a result of their own.
 bool QuitPosted();
 
+// --- The application ----------------------------------------------------------------------------------------------
+
+// Deletes all that the toolkit knows: its widgets and the application object. No message is sent.
+void EndApplication();
+
 // --- The loop -----------------------------------------------------------------------------------------------------
 
 // Timers, posted messages and the idle hook run from each Qt event loop that waits, nested ones too. Called once by
 // StartApplication.
 void StartTurns();
+void ForgetTurns();  // no hook, nothing posted, no quit under way; StartTurns begins anew
 bool IdleHookIsSet();
 // WM_PAINT goes out to the windows with paintDue when the program next waits.
 void PostPaints();
@@ -193,6 +209,7 @@ struct KeyStroke {
 // "F3", "Shift+F3", "+", "Right", "PgUp", "Ctrl+Q", or one character. nullopt: no such key.
 std::optional<KeyStroke> ParseKey(std::string_view name);
 std::optional<Key> KeyOf(int qtKey);  // the number that the logic knows a Qt::Key by
+void ForgetKeys();                    // none is down
 void StartKeys();                     // watches all keys, for KeyIsDown, accelerators and help in an open menu
 // The command that the accelerators of the main window give for a key; nullopt if none.
 std::optional<int> AcceleratorCommand(const Window& window, int key, Qt::KeyboardModifiers modifiers);

@@ -63,6 +63,14 @@ std::vector<HWND> WindowsOfKind(WindowKind kind)
     return result;
 }
 
+std::vector<HWND> AllWindows()
+{
+    std::vector<HWND> result;
+    result.reserve(windows.size());
+    for (const auto& window : windows) result.push_back(window.get());
+    return result;
+}
+
 std::vector<HWND> ChildrenOf(HWND parent)
 {
     std::vector<HWND> result;
@@ -70,6 +78,12 @@ std::vector<HWND> ChildrenOf(HWND parent)
         if (window->parent == parent) result.push_back(window.get());
     }
     return result;
+}
+
+void ForgetWindows()
+{
+    KillAllTimers();
+    windows.clear();
 }
 
 }  // namespace kelvo

@@ -351,4 +351,11 @@ void SetSimulatedLines(SimulatedLineMaker maker)
     simulatedLines = std::move(maker);
 }
 
+void ResetSerial()
+{
+    simulatedLines = nullptr;
+    lastError = 0;
+    lastErrorText.clear();
+}
+
 }  // namespace kelvo

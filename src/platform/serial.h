@@ -88,4 +88,7 @@ struct SimulatedLine {
 using SimulatedLineMaker = std::function<SimulatedLine(const std::string& file, std::string& error)>;
 void SetSimulatedLines(SimulatedLineMaker maker);
 
+// No simulated head, and no failure so far. Ports that are open stay so.
+void ResetSerial();
+
 }  // namespace kelvo

@@ -16,6 +16,7 @@
 #include <QWheelEvent>
 
 #include <cmath>
+#include <utility>
 
 namespace kelvo {
 
@@ -53,6 +54,21 @@ void FitSurface(Window& window)
     }
     window.surface = std::move(larger);
 }
+
+// What lies under scroll bars and other opaque children isn't seen, and each of them would be drawn again with it.
+QRegion SeenOf(const QWidget& widget, const QRect& area)
+{
+    QRegion seen(area);
+    for (const QObject* object : widget.children()) {
+        const auto* const child = qobject_cast<const QWidget*>(object);
+        if (!child || child->isWindow() || !child->isVisible()) continue;
+        const bool opaque = child->autoFillBackground() || child->testAttribute(Qt::WA_OpaquePaintEvent);
+        if (opaque) seen -= child->geometry();
+    }
+    return seen;
+}
+
+bool somethingUnseen = false;
 
 // An image on the same bits that is taken for one of plain pixels.
 QImage PixelsOf(const QImage& surface)
@@ -101,9 +117,18 @@ class SurfaceWidget : public QWidget {
         }
         // One pixel of the surface is one of the device, wherever the widget lies on a fractional ratio.
         const double ratio = devicePixelRatioF();
-        painter.scale(1 / ratio, 1 / ratio);
+        const bool wholeRatio = ratio == std::floor(ratio);
         painter.setCompositionMode(QPainter::CompositionMode_Source);
-        painter.drawImage(QPoint(0, 0), PixelsOf(window->surface));
+        for (const QRect& part : event->region()) {
+            // One rectangle is copied; several at once the toolkit would blend, by threads that have to be waited for.
+            // At a fractional ratio a rectangle may end within a device pixel, and its clip be rounded off.
+            if (wholeRatio && event->region().rectCount() > 1) painter.setClipRect(part);
+            painter.save();
+            painter.scale(1 / ratio, 1 / ratio);
+            painter.drawImage(QPoint(0, 0), PixelsOf(window->surface));
+            painter.restore();
+            if (!wholeRatio) break;  // all of it is painted
+        }
     }
 
     void changeEvent(QEvent* event) override
@@ -207,10 +232,26 @@ QWidget* MakeSurfaceWidget(QWidget* parent)
     return std::make_unique<SurfaceWidget>(parent).release();  // the parent owns it
 }
 
+void ShowSoon(Window& window, const QRect& area)
+{
+    window.unseen |= area;
+    somethingUnseen = true;
+}
+
+// The toolkit takes memory for what it is asked to show: so it is asked once, and not while a frame is on its way.
+void ShowPainted()
+{
+    if (!std::exchange(somethingUnseen, false)) return;
+    for (HWND window : AllWindows()) {
+        const QRect area = std::exchange(window->unseen, QRect());
+        if (!area.isEmpty() && window->widget) window->widget->update(SeenOf(*window->widget, area));
+    }
+}
+
 void EraseSurface(Window& window)
 {
     if (!window.surface.isNull()) window.surface.fill(BackgroundOf(window));
-    if (window.widget) window.widget->update();
+    if (window.widget) ShowSoon(window, window.widget->rect());
 }
 
 std::uint32_t BackgroundColor(const Window& window)
@@ -231,6 +272,11 @@ void EnsureSurface(Window& window)
 std::vector<std::string> DroppedFiles()
 {
     return droppedFiles;
+}
+
+void ForgetDroppedFiles()
+{
+    droppedFiles.clear();
 }
 
 }  // namespace kelvo

@@ -95,4 +95,10 @@ void KillTimersOf(HWND window)
     std::erase_if(timers, [=](const Timer& timer) { return timer.window == window; });
 }
 
+void KillAllTimers()
+{
+    timers.clear();
+    nextOrder = 0;
+}
+
 }  // namespace kelvo

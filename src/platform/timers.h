@@ -26,4 +26,7 @@ std::size_t DueTimerCount();                   // timers due by now
 std::optional<DueTimer> TakeDueTimer();        // the earliest due by now, re-armed by its period; nullopt if none
 void KillTimersOf(HWND window);
 
+// Of all windows.
+void KillAllTimers();
+
 }  // namespace kelvo

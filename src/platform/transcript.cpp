@@ -111,4 +111,10 @@ std::string TranscriptJson(const TranscriptLine& line)
     return json + '}';
 }
 
+void ResetTranscript()
+{
+    file.reset();
+    lines.clear();
+}
+
 }  // namespace kelvo

@@ -34,4 +34,7 @@ void Transcribe(std::string_view kind, std::vector<std::pair<std::string, Transc
 const std::vector<TranscriptLine>& TranscriptLines();
 std::string TranscriptJson(const TranscriptLine& line);  // without the newline
 
+// Closes the file and forgets the lines.
+void ResetTranscript();
+
 }  // namespace kelvo

@@ -245,7 +245,9 @@ void UpdateWindow(HWND window)
         SendMessage(window, WM_PAINT, 0, 0);
         if (!IsWindow(window)) return;
     }
-    if (window->widget && window->widget->isVisible()) window->widget->repaint();
+    if (!window->widget || !window->widget->isVisible()) return;
+    window->unseen = QRect();
+    window->widget->repaint();
 }
 
 Rect GetClientRect(HWND window)
@@ -360,6 +362,13 @@ QWidget* OwnerWidget(HWND owner)
     if (const ModalEntry* const front = FrontModal(); front && front->widget) return front->widget;
     if (QWidget* const widget = TopLevelOf(owner)) return widget->window();
     return TopLevelOf(MainWindow());
+}
+
+void ForgetWindowClasses()
+{
+    classes.clear();
+    focusTold = FocusHolder::kNobody;
+    otherInFocus = nullptr;
 }
 
 }  // namespace kelvo

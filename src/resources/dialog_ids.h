@@ -43,20 +43,4 @@ constexpr int kAccountDeliveredRate = 1005;  // "100.0 Hz"
 constexpr int kAccountShownRate = 1006;
 constexpr int kAccountReset = 1007;
 
-// Help pages beside those of the classic contexts.
-constexpr int kHelpUnits = 2001;
-constexpr int kHelpFileFormats = 2002;
-constexpr int kHelpCommandLine = 2003;
-constexpr int kHelpSaveBitmap = 2004;
-constexpr int kHelpViewMenu = 2005;
-constexpr int kHelpPanel = 2006;
-constexpr int kHelpFrameAccount = 2007;
-constexpr int kHelpColorScale = 2008;
-constexpr int kHelpSaturation = 2009;
-constexpr int kHelpBench = 2010;
-constexpr int kHelpVideoSetup = 289;
-constexpr int kHelpAdvancedVideo = 2012;
-constexpr int kHelpExternalClock = 2013;
-constexpr int kHelpCalibrationReport = 2014;
-
 }  // namespace kelvo

@@ -1,5 +1,5 @@
-// Numbers of the commands, as menu, accelerators, panel and scripts name them. From 2000 on: what stands above the
-// classic system.
+// Numbers of the commands, as menu, accelerators, panel and scripts name them; command_list.h tells the rest of each.
+// From 2000 on: what stands above the classic system.
 #pragma once
 
 namespace kelvo {
@@ -22,6 +22,7 @@ constexpr int kCmdDisplaySetup = 120;
 constexpr int kCmdVideoSetup = 121;
 constexpr int kCmdImageSetup = 122;
 constexpr int kCmdConfiguration = 123;
+constexpr int kCmdDialogHelp = 124;  // Shift+F10 or the middle button in a dialog
 constexpr int kCmdSaveTiff8 = 125;
 constexpr int kCmdSaveTiff16 = 126;
 constexpr int kCmdNewCalibration = 130;
@@ -49,8 +50,28 @@ constexpr int kCmdHelpOnHelp = 193;
 constexpr int kCmdDesktopTutorial = 194;
 constexpr int kCmdKelvoTutorial = 195;
 constexpr int kCmdAbout = 196;
-constexpr int kCmdZoomPanFirst = 200;
-constexpr int kCmdZoomPanLast = 217;
+// How the picture moves (video/zoom_pan.h).
+constexpr int kCmdZoomIn = 200;
+constexpr int kCmdZoomOut = 201;
+constexpr int kCmdPanRight = 202;
+constexpr int kCmdPanLeft = 203;
+constexpr int kCmdPanUp = 204;
+constexpr int kCmdPanDown = 205;
+constexpr int kCmdPanPageRight = 206;
+constexpr int kCmdPanPageLeft = 207;
+constexpr int kCmdPanPageUp = 208;
+constexpr int kCmdPanPageDown = 209;
+constexpr int kCmdOffsetRight = 210;
+constexpr int kCmdOffsetLeft = 211;
+constexpr int kCmdOffsetUp = 212;
+constexpr int kCmdOffsetDown = 213;
+constexpr int kCmdOffsetPageRight = 214;
+constexpr int kCmdOffsetPageLeft = 215;
+constexpr int kCmdOffsetPageUp = 216;
+constexpr int kCmdOffsetPageDown = 217;
+constexpr int kCmdZoomPanFirst = kCmdZoomIn;
+constexpr int kCmdZoomPanLast = kCmdOffsetPageDown;
+
 constexpr int kCmdUserFirst = 900;
 constexpr int kCmdUserLast = 999;
 
@@ -59,7 +80,6 @@ constexpr int kCmdViewPlay = 2001;
 constexpr int kCmdViewStop = 2002;
 constexpr int kCmdViewCopyPicture = 2003;
 constexpr int kCmdViewFitContrast = 2004;
-constexpr int kCmdViewTheme = 2005;
 constexpr int kCmdViewFrameAccount = 2006;
 constexpr int kCmdViewColorScale = 2007;
 constexpr int kCmdViewSaturation = 2008;

@@ -1,175 +1,94 @@
 #include "resources/menu.h"
 
-#include "resources/ids.h"
+#include "resources/command_list.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 namespace kelvo {
 
 namespace {
 
-using Kind = MenuEntry::Kind;
+using Kind = CommandRow::Kind;
 
-constexpr MenuEntry Top(std::string_view text)
+constexpr bool StandsInMenu(const CommandRow& row)
 {
-    return {.kind = Kind::kTop, .id = 0, .text = text};
+    return row.kind != Kind::kWithoutItem && row.kind != Kind::kHelpAlone;
 }
-constexpr MenuEntry Item(int id, std::string_view text, std::string_view icon = {})
+
+constexpr bool HasKey(const CommandRow& row)
 {
-    return {.kind = Kind::kItem, .id = id, .text = text, .icon = icon};
+    return !KeyOf(row).empty();
 }
-constexpr MenuEntry Check(int id, std::string_view text)
+
+constexpr MenuEntry::Kind KindInMenu(Kind kind)
 {
-    return {.kind = Kind::kItem, .id = id, .text = text, .icon = {}, .checkable = true};
+    switch (kind) {
+        case Kind::kTop:
+            return MenuEntry::Kind::kTop;
+        case Kind::kSeparator:
+            return MenuEntry::Kind::kSeparator;
+        case Kind::kRecentFiles:
+            return MenuEntry::Kind::kRecentFiles;
+        default:
+            return MenuEntry::Kind::kItem;
+    }
 }
-constexpr MenuEntry kLine{.kind = Kind::kSeparator, .id = 0, .text = {}};
-constexpr MenuEntry kRecent{.kind = Kind::kRecentFiles, .id = 0, .text = {}};
 
-constexpr MenuEntry kMenu[] = {
-    Top("&File"),
-    Item(kCmdHostRamCapture, "&Host RAM capture...\tShift+F3"),
-    kLine,
-    Item(kCmdSaveImage, "&Save image...\tF3", "save"),
-    Item(kCmdLoadImage, "&Load image...\tF6", "load"),
-    kLine,
-    Item(kCmdNameSequenceForSaving, "&Name sequence for saving...\tF4"),
-    Item(kCmdSaveSequence, "S&ave sequence\tF5"),
-    Item(kCmdContinuousSave, "&Continous save sequence..."),
-    Item(kCmdTriggeredSave, "&Bio-Rad save..."),
-    kLine,
-    Item(kCmdNameSequenceToLoad, "Na&me sequence to load...\tShift+F4", "sequence"),
-    Item(kCmdLoadNext, "L&oad next\tF7", "next"),
-    Item(kCmdLoadLast, "Loa&d last\tShift+F7", "previous"),
-    kLine,
-    Item(kCmdSaveBitmap, "Save &bitmap image..."),
-    Item(kCmdSaveTiff8, "Save 8-bit TIFF image..."),
-    Item(kCmdSaveTiff16, "Save 16-bit TIFF image..."),
-    kLine,
-    Item(kCmdPrintBitmap, "&Print bitmap image...\tShift+PrintScrn", "print"),
-    Item(kCmdPrinterSetup, "P&rinter setup..."),
-    kLine,
-    kRecent,
-    kLine,
-    Item(kCmdExit, "E&xit\tCtrl+Q", "exit"),
+constexpr MenuEntry EntryOf(const CommandRow& row)
+{
+    return {.kind = KindInMenu(row.kind),
+            .id = row.id,
+            .text = row.text,
+            .icon = row.icon,
+            .checkable = row.kind == Kind::kCheck};
+}
 
-    Top("&Setup"),
-    Item(kCmdDisplaySetup, "&Display setup...\tCtrl+D", "display"),
-    Item(kCmdVideoSetup, "&Video setup...\tCtrl+V", "oscilloscope"),
-    Item(kCmdImageSetup, "&Image setup...\tCtrl+I"),
-    Item(kCmdConfiguration, "&Configuration..."),
-    kLine,
-    Item(kCmdTurnOn, "&Turn Vantir on "),
+constexpr auto kMenu = [] {
+    std::array<MenuEntry, std::ranges::count_if(kCommandList, StandsInMenu)> menu;
+    auto* place = menu.begin();
+    for (const CommandRow& row : kCommandList) {
+        if (StandsInMenu(row)) *place++ = EntryOf(row);
+    }
+    return menu;
+}();
 
-    Top("&Calibration"),
-    Item(kCmdNewCalibration, "&New...\tCtrl+C"),
-    Item(kCmdUpdateCalibration, "&Update..."),
-    Item(kCmdSaveCalibration, "&Save..."),
-    Item(kCmdLoadCalibration, "&Load previous..."),
-    kLine,
-    Item(kCmdApplyCalibration, "&Apply to data..."),
-    Item(kCmdViewStatistics, "&View statistics..."),
+constexpr auto kAccelerators = [] {
+    std::array<Accelerator, std::ranges::count_if(kCommandList, HasKey)> accelerators;
+    auto* place = accelerators.begin();
+    for (const CommandRow& row : kCommandList) {
+        if (HasKey(row)) *place++ = {KeyOf(row), row.id};
+    }
+    return accelerators;
+}();
 
-    Top("&Image"),
-    Item(kCmdFreeze, "&Freeze frame\tF2", "freeze"),
-    Check(kCmdReplaceBadPixels, "&Replace bad pixels\tF9"),
-    kLine,
-    Check(kCmdNormalGray, "&Normal gray"),
-    Check(kCmdInvertedGray, "&Inverted gray"),
-    Check(kCmdNormalColor, "Normal &color"),
-    kLine,
-    Check(kCmdImageCursor, "&Image cursor\tF8"),
+// A number or a key that stands twice would leave one of two commands out of reach.
+template <typename Value>
+constexpr bool EachOnce(Value (*valueOf)(const CommandRow&))
+{
+    for (const auto* row = std::begin(kCommandList); row != std::end(kCommandList); ++row) {
+        const Value value = valueOf(*row);
+        if (value == Value()) continue;
+        for (const auto* other = std::next(row); other != std::end(kCommandList); ++other) {
+            if (valueOf(*other) == value) return false;
+        }
+    }
+    return true;
+}
+constexpr int IdOf(const CommandRow& row)
+{
+    return row.id;
+}
+static_assert(EachOnce(IdOf));
+static_assert(EachOnce(KeyOf));
 
-    Top("&Analysis"),
-    Item(kCmdHistogram, "&Histogram...\tShift+F8", "histogram"),
-    Item(kCmdLinePlot, "&Line plot..."),
-    Item(kCmdImageMath, "&Image math..."),
-
-    Top("&View"),
-    Item(kCmdViewGoToFrame, "&Go to frame...\tCtrl+G"),
-    Item(kCmdViewPlay, "&Play\tCtrl+P", "play"),
-    Item(kCmdViewStop, "&Stop\tCtrl+.", "stop"),
-    kLine,
-    Item(kCmdViewCopyPicture, "&Copy picture\tCtrl+Shift+C", "copy"),
-    Item(kCmdViewFitContrast, "&Fit contrast\tCtrl+F", "contrast"),
-    kLine,
-    Check(kCmdViewFrameAccount, "Frame &account"),
-    Check(kCmdViewColorScale, "Colour &scale"),
-    Check(kCmdViewSaturation, "Sat&uration overlay"),
-    kLine,
-    Item(kCmdBench, "Simulated &bench..."),
-
-    Top("&Help"),
-    Item(kCmdHelpContents, "&Contents", "help"),
-    Item(kCmdHelpSearch, "&Search\tF1"),
-    Item(kCmdHelpKeys, "&Keys help"),
-    Item(kCmdHelpOnHelp, "&Help for help"),
-    kLine,
-    Item(kCmdDesktopTutorial, "Windows &Tutorial"),
-    Item(kCmdKelvoTutorial, "&Kelvo Tutorial"),
-    kLine,
-    Item(kCmdAbout, "&About", "about"),
-};
-
-constexpr Accelerator kAccelerators[] = {
-    {"Shift+F3", kCmdHostRamCapture},
-    {"F3", kCmdSaveImage},
-    {"F6", kCmdLoadImage},
-    {"F4", kCmdNameSequenceForSaving},
-    {"F5", kCmdSaveSequence},
-    {"Shift+F4", kCmdNameSequenceToLoad},
-    {"F7", kCmdLoadNext},
-    {"Shift+F7", kCmdLoadLast},
-    {"Shift+PrintScrn", kCmdPrintBitmap},
-    {"Ctrl+Q", kCmdExit},
-    {"Ctrl+D", kCmdDisplaySetup},
-    {"Ctrl+V", kCmdVideoSetup},
-    {"Ctrl+I", kCmdImageSetup},
-    {"Ctrl+C", kCmdNewCalibration},
-    {"F2", kCmdFreeze},
-    {"F9", kCmdReplaceBadPixels},
-    {"F8", kCmdImageCursor},
-    {"F10", kCmdTrackball},
-    {"F11", kCmdNextColorMap},
-    {"Shift+F8", kCmdHistogram},
-    {"F1", kCmdHelpSearch},
-    {"+", 200},
-    {"-", 201},
-    {"Right", 202},
-    {"Left", 203},
-    {"Up", 204},
-    {"Down", 205},
-    {"Home", 206},
-    {"End", 207},
-    {"PgUp", 208},
-    {"PgDn", 209},
-    {"Shift+Right", 210},
-    {"Shift+Left", 211},
-    {"Shift+Up", 212},
-    {"Shift+Down", 213},
-    {"Shift+End", 214},
-    {"Shift+Home", 215},
-    {"Shift+PgUp", 216},
-    {"Shift+PgDn", 217},
-    {"Ctrl+G", kCmdViewGoToFrame},
-    {"Ctrl+P", kCmdViewPlay},
-    {"Ctrl+.", kCmdViewStop},
-    {"Ctrl+Shift+C", kCmdViewCopyPicture},
-    {"Ctrl+F", kCmdViewFitContrast},
-};
-
-struct HelpRow {
-    int command;
-    int context;
-};
-constexpr HelpRow kHelp[] = {
-    {103, 256}, {106, 257}, {107, 258},  {108, 259},   {109, 260},   {110, 264},   {113, 265},   {114, 266},
-    {115, 267}, {119, 268}, {120, 288},  {121, 289},   {122, 290},   {123, 291},   {130, 320},   {131, 321},
-    {132, 322}, {133, 323}, {135, 324},  {140, 352},   {141, 353},   {143, 354},   {144, 354},   {145, 354},
-    {146, 358}, {147, 358}, {124, 1048}, {149, 361},   {150, 362},   {151, 363},   {160, 369},   {161, 370},
-    {162, 372}, {164, 375}, {169, 41},   {21, 512},    {22, 513},    {190, 769},   {191, 768},   {192, 770},
-    {193, 772}, {195, 771}, {196, 773},  {2006, 2007}, {2007, 2008}, {2008, 2009}, {2009, 2010},
-};
+constexpr bool IsComplete(const CommandRow& row)
+{
+    if (HasItem(row) && (row.text.empty() || !row.key.empty())) return false;
+    return (!IsCommand(row) && row.kind != Kind::kHelpAlone) || row.id > 0;
+}
+static_assert(std::ranges::all_of(kCommandList, IsComplete));
 
 }  // namespace
 
@@ -185,8 +104,8 @@ std::span<const Accelerator> MainAccelerators()
 
 int HelpContextOf(int command)
 {
-    const auto* const row = std::ranges::find(kHelp, command, &HelpRow::command);
-    return row == std::end(kHelp) ? 0 : row->context;
+    const CommandRow* const row = CommandRowOf(command);
+    return row == std::end(kCommandList) ? 0 : row->help;
 }
 
 }  // namespace kelvo

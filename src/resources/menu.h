@@ -1,4 +1,4 @@
-// The main menu and the accelerator table "KELVO", as tables.
+// The main menu, the accelerator table "KELVO" and the help contexts, made from the list of commands (command_list.h).
 #pragma once
 
 #include "platform/menu.h"

@@ -51,6 +51,8 @@ struct Engine {
     bool programHasEnded = false;
     int exitCode = 0;
     int closingSteps = 0;
+    HWND dialogAskedToLeave = nullptr;
+    bool programAskedToClose = false;
     std::string startDirectory;
     ScriptHooks hooks;
 };
@@ -120,20 +122,18 @@ Button SafestButton(const FrontBox& box)
 
 void LeaveDialog(HWND dialog)
 {
-    static HWND asked = nullptr;
-    if (dialog == asked) {
+    if (dialog == engine.dialogAskedToLeave) {
         EndDialog(dialog, kIdCancel);  // it didn't leave when it was asked to
         return;
     }
-    asked = dialog;
+    engine.dialogAskedToLeave = dialog;
     PostMessage(dialog, WM_COMMAND, MakeLong(kIdCancel, kButtonClicked), 1);
 }
 
 void CloseProgram()
 {
-    static bool asked = false;
-    if (hWndMain && !asked) {
-        asked = true;
+    if (hWndMain && !engine.programAskedToClose) {
+        engine.programAskedToClose = true;
         PostMessage(hWndMain, WM_CLOSE, 0, 0);
     } else {
         PostQuitMessage(engine.exitCode);
@@ -313,9 +313,8 @@ LRESULT TimerWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM l
 HWND TimerWindow()
 {
     if (engine.timerWindow || !hWndMain) return engine.timerWindow;
-    static const bool registered =
-        RegisterWindowClass({.name = "ScriptWndClass", .procedure = TimerWndProc, .icon = {}});
-    if (registered) engine.timerWindow = CreateChildWindow("ScriptWndClass", hWndMain, Rect{});
+    if (RegisterWindowClass({.name = "ScriptWndClass", .procedure = TimerWndProc, .icon = {}}))
+        engine.timerWindow = CreateChildWindow("ScriptWndClass", hWndMain, Rect{});
     if (engine.timerWindow) ShowWindow(engine.timerWindow, false);
     return engine.timerWindow;
 }
@@ -554,6 +553,12 @@ void NoteScriptFrame()
     }
     KillTimer(engine.timerWindow, kTimer);
     engine.callTimeIsUp = true;
+}
+
+void ResetScript()
+{
+    script::CloseEngine();
+    script::engine = {};
 }
 
 }  // namespace kelvo

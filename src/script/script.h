@@ -65,4 +65,7 @@ int FinishScript(int programExitCode);
 // The live cycle calls it after each frame that it has shown: it counts for frames(n). Cheap where no script runs.
 void NoteScriptFrame();
 
+// No script and no hooks. Not from inside a script's call.
+void ResetScript();
+
 }  // namespace kelvo

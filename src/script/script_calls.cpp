@@ -14,7 +14,7 @@
 #include "platform/window.h"
 #include "script/script.h"
 #include "script/script_engine.h"
-#include "script/state_registry.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
 

@@ -1,13 +1,12 @@
 #include "shell/about.h"
 
-#include "platform/box.h"
 #include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/text.h"
 #include "platform/timers.h"
-#include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/splash.h"
 #include "ui/status.h"
 
@@ -29,30 +28,29 @@ void ShowClock(HWND dialog)
     SetDlgItemText(dialog, kAboutClock, Format("%02d:%02d:%02d", local.tm_hour, local.tm_min, local.tm_sec));
 }
 
-LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+void Open(HWND dialog)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            SetDlgItemText(dialog, kAboutVersion, Format("Version %d.%d", 2, 20));
-            SetDlgItemText(dialog, kAboutTotal, Format("Total = %lu kB", 1024UL));
-            SetDlgItemText(dialog, kAboutContiguous, Format("Contiguous = %lu kB", 1024UL));
-            SetDlgItemText(dialog, kAboutResources, Format("Free System Resources = %d%%", 0));
-            ShowClock(dialog);
-            SetTimer(dialog, kClockTimer, kClockPeriodMs);
-            StatusString(196, 0);
-            return 1;
-        case WM_TIMER:
-            ShowClock(dialog);
-            return 1;
-        case WM_COMMAND:
-            if (LowWord(wParam) == kIdOk || LowWord(wParam) == kIdCancel) {
-                KillTimer(dialog, kClockTimer);
-                EndDialog(dialog, 1);
-            }
-            return 1;
-        default:
-            return 0;
-    }
+    SetDlgItemText(dialog, kAboutVersion, Format("Version %d.%d", 2, 20));
+    SetDlgItemText(dialog, kAboutTotal, Format("Total = %lu kB", 1024UL));
+    SetDlgItemText(dialog, kAboutContiguous, Format("Contiguous = %lu kB", 1024UL));
+    SetDlgItemText(dialog, kAboutResources, Format("Free System Resources = %d%%", 0));
+    ShowClock(dialog);
+    SetTimer(dialog, kClockTimer, kClockPeriodMs);
+    StatusString(kAboutHint, kLeftAligned);
+}
+
+void Close(HWND dialog)
+{
+    KillTimer(dialog, kClockTimer);
+    EndDialog(dialog, 1);
+}
+
+LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+constexpr DialogEntry kEntries[] = {OnTimer(kClockTimer, ShowClock), {kIdOk, Close}, {kIdCancel, Close}};
+constexpr DialogFrame kFrame{.name = "ABOUT", .procedure = fnABOUTDlgProc, .open = Open, .entries = kEntries};
+LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace
@@ -60,7 +58,7 @@ LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM
 void ShowAbout()
 {
     HideSplash(ShowSplash(hWndMain), kPictureMs);
-    ShowDialog("ABOUT", hWndMain, fnABOUTDlgProc);
+    RunDialog(kFrame, hWndMain);
 }
 
 }  // namespace kelvo

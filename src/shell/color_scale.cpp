@@ -1,7 +1,7 @@
 #include "shell/color_scale.h"
 
 #include "display/color_map.h"
-#include "display/display_pipeline.h"
+#include "display/display_pipeline_write.h"
 #include "display/units.h"
 #include "imagefile/header.h"
 #include "platform/menu.h"
@@ -224,7 +224,7 @@ void PaintLayer(bool /*newFrame*/)
 void Show()
 {
     RegisterWindowClass({"ColorScaleClass", ColorScaleProc, {}, false, kGround});
-    PictureRightMargin = kWidth;
+    write::picture.PictureRightMargin = kWidth;
     scaleWindow = CreateChildWindow("ColorScaleClass", hWndMain, PlaceInMain());
     if (!scaleWindow) return;
     shown = {};
@@ -237,7 +237,7 @@ void Show()
 void Hide()
 {
     RemovePictureLayer(PaintLayer);
-    PictureRightMargin = 0;
+    write::picture.PictureRightMargin = 0;
     DestroyWindow(scaleWindow);
     scaleWindow = nullptr;
     RepaintPicture();
@@ -322,6 +322,12 @@ void FollowDisplay()
     if (state.place != shown.place) MoveWindow(scaleWindow, state.place);
     shown = state;
     InvalidateRect(scaleWindow, nullptr, false);
+}
+
+void ResetColorScale()
+{
+    scaleWindow = nullptr;
+    shown = {};
 }
 
 }  // namespace kelvo

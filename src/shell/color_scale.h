@@ -52,4 +52,7 @@ void PlaceColorScale();
 // After a change of what it shows: paints it again if it differs.
 void FollowDisplay();
 
+// Nothing is shown; its window is gone.
+void ResetColorScale();
+
 }  // namespace kelvo

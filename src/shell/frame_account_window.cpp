@@ -1,14 +1,14 @@
 #include "shell/frame_account_window.h"
 
-#include "platform/box.h"
 #include "platform/dialog.h"
-#include "platform/help.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/docking.h"
 #include "ui/view_switch.h"
 #include "video/image_cursor.h"
@@ -42,35 +42,46 @@ void Place(HWND dialog)
     MoveWindow(dialog, {left, bottom - window.Height(), left + window.Width(), bottom});
 }
 
-void Open()
+void Show(HWND dialog)
 {
-    accountWindow = CreateModelessDialog("ACCOUNT", hWndMain, fnACCOUNTDlgProc);
-    if (!accountWindow) MessageBox(hWndMain, "Unable to display dialog", "System Error");
-    KeepViewSwitch(kSwitch, accountWindow != nullptr);
+    Refresh(dialog);
+    Place(dialog);
+    SetTimer(dialog, kRefreshTimer, kRefreshMs);
 }
 
-void Close()
+void Reset(HWND dialog)
 {
-    EndDialog(accountWindow, 0);
+    ClearFrameAccount();
+    Refresh(dialog);
+}
+
+void Close(HWND dialog)
+{
+    EndDialog(dialog, 0);
     KeepViewSwitch(kSwitch, false);
 }
 
-bool OnCommand(HWND dialog, int id)
+void Forget(HWND /*dialog*/)
 {
-    switch (id) {
-        case kAccountReset:
-            ClearFrameAccount();
-            Refresh(dialog);
-            return true;
-        case kIdCancel:
-            Close();
-            return true;
-        case kIdHelp:
-            ShowHelpContext(kHelpFrameAccount);
-            return true;
-        default:
-            return false;
-    }
+    accountWindow = nullptr;
+}
+
+constexpr DialogEntry kEntries[] = {
+    OnTimer(kRefreshTimer, Refresh),
+    {kAccountReset, Reset},
+    {kIdCancel, Close},
+};
+constexpr DialogFrame kFrame{.name = "ACCOUNT",
+                             .procedure = fnACCOUNTDlgProc,
+                             .open = Show,
+                             .entries = kEntries,
+                             .helpContext = kHelpFrameAccount,
+                             .destroyed = Forget};
+
+void Open()
+{
+    accountWindow = OpenModelessDialog(kFrame, hWndMain);
+    KeepViewSwitch(kSwitch, accountWindow != nullptr);
 }
 
 }  // namespace
@@ -83,7 +94,7 @@ void OpenFrameAccount()
 void ToggleFrameAccount()
 {
     if (accountWindow) {
-        Close();
+        Close(accountWindow);
     } else {
         Open();
     }
@@ -100,25 +111,14 @@ void ShowFrameAccount(HWND dialog, const FrameAccount& account)
     WarnDlgItem(dialog, kAccountLost, account.lost > 0);
 }
 
-LRESULT fnACCOUNTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnACCOUNTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            Refresh(dialog);
-            Place(dialog);
-            SetTimer(dialog, kRefreshTimer, kRefreshMs);
-            return 1;
-        case WM_TIMER:
-            Refresh(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam));
-        case WM_DESTROY:
-            accountWindow = nullptr;
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
+}
+
+void ResetFrameAccountWindow()
+{
+    accountWindow = nullptr;
 }
 
 }  // namespace kelvo

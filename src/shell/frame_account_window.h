@@ -19,4 +19,7 @@ void ShowFrameAccount(HWND dialog, const FrameAccount& account);
 
 LRESULT fnACCOUNTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
+// Its window is gone.
+void ResetFrameAccountWindow();
+
 }  // namespace kelvo

@@ -1,9 +1,9 @@
 #include "platform/application.h"
 #include "platform/transcript.h"
 #include "script/script.h"
-#include "shell/start_options.h"
+#include "shell/script_hooks.h"
+#include "shell/start_options_write.h"
 #include "shell/startup.h"
-#include "shell/state_table.h"
 #include "simcam/sim_camera.h"
 
 #include <cstdio>
@@ -34,9 +34,9 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "kelvo: can't write the transcript %s\n", commandLine.transcriptFile.c_str());
         return 2;
     }
-    startOptions = {.dataDirectory = commandLine.dataDirectory, .viewFile = commandLine.viewFile};
+    write::options.startOptions = {.dataDirectory = commandLine.dataDirectory, .viewFile = commandLine.viewFile};
     if (!commandLine.scriptFile.empty()) {
-        RegisterProgramState();
+        ConnectScripts();
         std::string error;
         if (!StartScript(commandLine.scriptFile, commandLine.scriptArguments, error)) {
             std::fprintf(stderr, "%s\n", error.c_str());

@@ -13,14 +13,15 @@
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/commands.h"
-#include "shell/cursor_command.h"
 #include "shell/shutdown.h"
 #include "shell/start_options.h"
 #include "state/buffer_state.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
+#include "state/state_registry.h"
 #include "state/windows_write.h"
 #include "ui/status.h"
+#include "video/cursor_command.h"
 #include "video/image_cursor.h"
 #include "video/video.h"
 #include "viewing/playback.h"
@@ -30,14 +31,17 @@
 
 namespace kelvo {
 
-std::int32_t DialogHelpArmed = 1;
-
 namespace {
+
+std::int32_t DialogHelpArmed = 1;  // Shift+F10 may ask for a dialog's help again
+
+const StateNames kStateNames{
+    Named("DialogHelpArmed", DialogHelpArmed),
+};
 
 constexpr std::int32_t kRateFrames = 100;  // the rate is shown once the counter exceeds it
 constexpr int kViewMargin = 60;            // what panel and status line take of the client height
-constexpr int kDialogHelp = 124;
-constexpr std::int64_t kHeldOffMs = 10;  // how soon a live refresh that was held off is tried again
+constexpr std::int64_t kHeldOffMs = 10;    // how soon a live refresh that was held off is tried again
 
 std::int32_t liveFrameCounter = 0;
 std::int64_t liveStartMs = 0;
@@ -99,8 +103,8 @@ LRESULT OnMouseMove(HWND window, WPARAM wParam, LPARAM lParam)
 void OnMouseWheel(HWND window, WPARAM wParam)
 {
     const int steps = SignedHighWord(wParam);
-    for (int i = 0; i < steps; ++i) SendMessage(window, WM_COMMAND, 200, 0);
-    for (int i = 0; i > steps; --i) SendMessage(window, WM_COMMAND, 201, 0);
+    for (int i = 0; i < steps; ++i) SendMessage(window, WM_COMMAND, kCmdZoomIn, 0);
+    for (int i = 0; i > steps; --i) SendMessage(window, WM_COMMAND, kCmdZoomOut, 0);
 }
 
 // A command that ran since the last refresh, or a dialog that is open, explains frames that passed by.
@@ -172,7 +176,7 @@ void OnEnterIdle(HWND window, WPARAM wParam, LPARAM lParam)
         } else if (!helpKeys) {
             DialogHelpArmed = 1;
         } else if (DialogHelpArmed) {
-            PostMessage(window, WM_COMMAND, kDialogHelp, 0);
+            PostMessage(window, WM_COMMAND, kCmdDialogHelp, 0);
             DialogHelpArmed = 0;
         }
     }
@@ -254,6 +258,14 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
         default:
             return DefWindowProc(window, message, wParam, lParam);
     }
+}
+
+void ResetMainWindow()
+{
+    DialogHelpArmed = 1;
+    liveFrameCounter = 0;
+    liveStartMs = 0;
+    commandRan = false;
 }
 
 }  // namespace kelvo

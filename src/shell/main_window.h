@@ -13,6 +13,7 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
 
 constexpr std::uint32_t kOpenStartFile = 0x0400;  // posted by the start: opens the file of the command line
 
-extern std::int32_t DialogHelpArmed;  // 1: Shift+F10 may ask for a dialog's help again
+// As before the window was made.
+void ResetMainWindow();
 
 }  // namespace kelvo

@@ -12,6 +12,7 @@
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
+#include "ui/panel_readouts.h"
 #include "video/video.h"
 #include "video/zoom_pan.h"
 
@@ -36,11 +37,8 @@ void Open(HWND panel)
 {
     write::windows.hDlgPanel = panel;
     SetScrollRange(panel, kPanelZoomBar, kMinZoom, kMaxZoom);
-    SetScrollPos(panel, kPanelZoomBar, Xzoom);
-    SetDlgItemText(panel, kPanelZoomText, Format("%d", Xzoom));
-    SetDlgItemText(panel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
-    SetDlgItemText(panel, kPanelBrightnessText, Format("%d", Brightness));
-    SetDlgItemText(panel, kPanelContrastText, Format("%d", Contrast));
+    ShowGeometryInPanel();
+    ShowLevelsInPanel();
     BuildDisplayLut(Contrast, Brightness);
     ShowUnits(panel);
     CheckDlgButton(panel, kDisplayBox, true);
@@ -62,16 +60,16 @@ void Pan(int direction)
 {
     switch (direction) {
         case kDirectionUp:
-            ZoomPanCommand(208);
+            ZoomPanCommand(kCmdPanPageUp);
             break;
         case kDirectionDown:
-            ZoomPanCommand(209);
+            ZoomPanCommand(kCmdPanPageDown);
             break;
         case kDirectionLeft:
-            ZoomPanCommand(207);
+            ZoomPanCommand(kCmdPanPageLeft);
             break;
         case kDirectionRight:
-            ZoomPanCommand(206);
+            ZoomPanCommand(kCmdPanPageRight);
             break;
         default:
             break;
@@ -157,7 +155,7 @@ void StepZoom(HWND panel, ScrollCode code)
     SetDlgItemText(panel, kPanelZoomText, Format("%d", position));
     SetScrollPos(panel, kPanelZoomBar, position);
     if (position == Xzoom) return;
-    ZoomPanCommand(position > Xzoom ? kCmdZoomPanFirst : kCmdZoomPanFirst + 1);
+    ZoomPanCommand(position > Xzoom ? kCmdZoomIn : kCmdZoomOut);
 }
 
 }  // namespace

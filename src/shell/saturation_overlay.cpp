@@ -183,4 +183,12 @@ void ToggleSaturationOverlay()
     RepaintPicture();
 }
 
+void ResetSaturationOverlay()
+{
+    isOn = false;
+    isOffered = true;
+    rectOfPicture = {};
+    marksOfPicture = {};
+}
+
 }  // namespace kelvo

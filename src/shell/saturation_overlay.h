@@ -47,4 +47,7 @@ void OpenSaturationOverlay();
 // The command of the View menu.
 void ToggleSaturationOverlay();
 
+// Off, and offered.
+void ResetSaturationOverlay();
+
 }  // namespace kelvo

@@ -1,7 +1,13 @@
 #include "shell/start_options.h"
 
+#include "shell/start_options_write.h"
+
 namespace kelvo {
 
-StartOptions startOptions;
+namespace write {
+StartOptionVariables options;
+}
+
+constinit const StartOptions& startOptions = write::options.startOptions;
 
 }  // namespace kelvo

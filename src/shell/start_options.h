@@ -9,6 +9,6 @@ struct StartOptions {
     std::string dataDirectory;  // --data; empty: the key of win.ini, else the user's data directory
     std::string viewFile;       // --view: opened as soon as the message loop runs
 };
-extern StartOptions startOptions;  // main sets it
+extern const StartOptions& startOptions;  // main sets it
 
 }  // namespace kelvo

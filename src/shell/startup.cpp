@@ -1,6 +1,6 @@
 #include "shell/startup.h"
 
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
 #include "camera/configuration_dialog.h"
 #include "camera/turn_on.h"
 #include "config/display_settings.h"
@@ -9,8 +9,8 @@
 #include "display/display_pipeline.h"
 #include "grabber/board.h"
 #include "head/active_camera.h"
-#include "head/camera_head.h"
-#include "head/video_setup.h"
+#include "head/identify_head.h"
+#include "head/video_settings.h"
 #include "platform/application.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -35,10 +35,10 @@
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
 #include "ui/recent_files.h"
-#include "ui/select_file.h"
+#include "ui/select_file_write.h"
 #include "ui/splash.h"
-#include "ui/status.h"
-#include "video/image_cursor.h"
+#include "ui/status_write.h"
+#include "video/image_cursor_write.h"
 #include "video/video.h"
 
 #include <unistd.h>
@@ -84,7 +84,7 @@ bool MakeStatusWindow()
         return false;
     }
     UpdateWindow(hWndStatus);
-    StatusString(0, static_cast<int>(TextAlign::kCentre));
+    StatusString(kStartHint, kCentred);
     return true;
 }
 
@@ -147,8 +147,8 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
         MessageBox(hWndMain, "Initialize Variables Failure", kMessageCaption);
         return 0;
     }
-    StatusBackground = 0xFF0000;
-    StatusForeground = 0xFFFFFF;
+    write::status.StatusBackground = 0xFF0000;
+    write::status.StatusForeground = 0xFFFFFF;
     if (!MakeStatusWindow()) return 0;
     if (!PointerPresent()) MessageBox(hWndMain, "Vantir requires a trackball or mouse!", kMessageCaption);
 
@@ -164,7 +164,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenColorScale();
     OpenSaturationOverlay();
     SetPointer(Pointer::kArrow);
-    StatusString(1, 0);
+    StatusString(kIdleHint, kLeftAligned);
     ShowWindowMaximised(hWndMain);
     UpdateWindow(hWndMain);
     if (!startOptions.viewFile.empty()) PostMessage(hWndMain, kOpenStartFile, 0, 0);
@@ -174,7 +174,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
 int InitialSetup()
 {
     StatusMessage("Wait - Vantir Loading initial setup", static_cast<int>(TextAlign::kCentre));
-    TrackballMode = 0;
+    write::trackball.TrackballMode = 0;
     EnterDefaultDirectory();
     write::windows.HelpMode = 0;
     ReadSetupKeys();
@@ -187,10 +187,10 @@ int InitialSetup()
     ReadDisplaySettings();
     ReadGraphicsKeys();
     InitUserModules();
-    FileDialogTemplate = kImageTemplate;
+    write::fileChoice.FileDialogTemplate = kImageTemplate;
     FitMenuToCamera();
     ReadRecentFiles();
-    StatusString(0, static_cast<int>(TextAlign::kCentre));
+    StatusString(kStartHint, kCentred);
     RegisterExternalSignal();
     BuildTiffTemplate();
     return 1;
@@ -210,7 +210,7 @@ int InitializeHardware()
     }
     if (!CameraOn) {
         DrawMenuBar(hWndMain);
-        StatusString(0, static_cast<int>(TextAlign::kCentre));
+        StatusString(kStartHint, kCentred);
     }
     if (!ready) {
         MessageBox(hWndMain, "Initialize Image Processor Failure", "Recommend re-start!");

@@ -1,11 +1,7 @@
-// Commands and calls whose subsystem isn't part of this version. They do no harm; a command says once, in one place,
-// that it isn't there.
+// Calls of the start and the end whose subsystem isn't part of this version. They do no harm.
 #pragma once
 
 namespace kelvo {
-
-// Tells the operator that the command isn't available in this version.
-void TellNotAvailable();
 
 // Start-up calls. Each leaves its subsystem's state as it stands at start.
 void ReadGraphicsKeys();

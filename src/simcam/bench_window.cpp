@@ -8,6 +8,7 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "simcam/sim_camera.h"
 #include "state/windows.h"
 
@@ -18,9 +19,9 @@
 
 namespace kelvo {
 
-HWND hDlgBench = nullptr;
-
 namespace {
+
+HWND hDlgBench = nullptr;
 
 constexpr std::uint32_t kRefreshTimer = 1;
 constexpr std::int64_t kRefreshMs = 1000;
@@ -171,6 +172,11 @@ bool OnCommand(HWND dialog, int id, int notification)
 
 }  // namespace
 
+HWND BenchWindow()
+{
+    return hDlgBench;
+}
+
 void OpenBenchWindow(HWND owner)
 {
     if (!CurrentSimCamera()) {
@@ -240,6 +246,12 @@ std::vector<std::pair<std::string, double>> BenchHeadRegisters()
     const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
     if (!camera) return {};
     return SimHeadRegisters(*camera);
+}
+
+void ResetBenchWindow()
+{
+    hDlgBench = nullptr;
+    showing = false;
 }
 
 }  // namespace kelvo

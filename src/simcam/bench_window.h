@@ -13,7 +13,7 @@
 
 namespace kelvo {
 
-extern HWND hDlgBench;  // null while it isn't open
+HWND BenchWindow();  // null while it isn't open
 
 // Opens the window, or brings it to the front; tells in a box where there is no simulated camera.
 void OpenBenchWindow(HWND owner);
@@ -27,5 +27,8 @@ std::string PutBenchSource(std::string_view source, std::optional<double> degree
 std::vector<std::pair<std::string, double>> BenchTruth(int x, int y);
 // sim.head: what the head's registers hold; empty without a simulated camera.
 std::vector<std::pair<std::string, double>> BenchHeadRegisters();
+
+// The window is gone.
+void ResetBenchWindow();
 
 }  // namespace kelvo

@@ -293,4 +293,9 @@ void RegisterSimulatedBoard()
     RegisterBoard(kSimulatedBoard);
 }
 
+void ResetSimBoard()
+{
+    board = {};
+}
+
 }  // namespace kelvo

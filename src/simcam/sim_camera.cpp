@@ -28,8 +28,9 @@ constexpr std::size_t kSources = 4;
 struct Exposure {
     bool valid = false;
     SimWindow window;
-    std::vector<float> mean;   // window pixels, row by row
-    std::vector<float> sigma;  // the same
+    std::vector<float> mean;      // window pixels, row by row
+    std::vector<float> sigma;     // the same
+    std::vector<float> radiance;  // one row of it
     std::vector<std::int16_t> counts;
     std::vector<std::uint32_t> order;  // sample -> window pixel
     std::vector<Blinker> blinkers;     // those in the window
@@ -286,7 +287,8 @@ void Expose(SimCamera& camera, std::int64_t timeUs)
     Exposure& exposure = camera.exposure;
     const VideoPath path = PathOf(camera);
     const auto columns = static_cast<std::size_t>(exposure.window.Columns());
-    std::vector<float> radiance(columns);
+    exposure.radiance.resize(columns);
+    const std::span<float> radiance(exposure.radiance);
     for (std::int32_t row = 0; row < exposure.window.Rows(); ++row) {
         const ArrayRow place{exposure.window.rowStart + row, exposure.window.colStart, camera.detectors.rows,
                              camera.detectors.columns};
@@ -296,7 +298,7 @@ void Expose(SimCamera& camera, std::int64_t timeUs)
             std::span(exposure.mean).subspan(static_cast<std::size_t>(row) * columns, columns);
         const std::span<float> sigma =
             std::span(exposure.sigma).subspan(static_cast<std::size_t>(row) * columns, columns);
-        ExposeDetectors(path, camera.detectors.fullWellElectrons, camera.detectors.Run(first, columns), radiance, mean,
+        ExposeDetectors(path, camera.detectors.fullWellElectrons, camera.detectors.Part(first, columns), radiance, mean,
                         sigma);
         if (path.biased && !camera.detectors.drift.empty()) AddDrift(camera, timeUs, path.gainFactor, first, mean);
     }
@@ -516,6 +518,12 @@ std::vector<std::pair<std::string, double>> SimHeadRegisters(const SimCamera& ca
         {"clocks_on", head.clocksOn},
         {"biases_on", head.biasesOn},
     };
+}
+
+void ForgetSimCameras()
+{
+    current = nullptr;
+    Cameras().clear();
 }
 
 }  // namespace kelvo

@@ -64,4 +64,10 @@ std::vector<std::pair<std::string, double>> SimHeadRegisters(const SimCamera& ca
 void RegisterSimulatedLines();
 void RegisterSimulatedBoard();
 
+// The simulated board as it comes up: no camera, no frame.
+void ResetSimBoard();
+
+// No camera made so far; who holds one keeps it.
+void ForgetSimCameras();
+
 }  // namespace kelvo

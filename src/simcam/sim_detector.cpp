@@ -59,7 +59,7 @@ struct Frame {
     double readNoiseCounts;
 };
 
-Frame FrameOf(const SimSettings& settings)
+Frame FrameSizeOf(const SimSettings& settings)
 {
     Frame frame{};
     const double voltsPerCount = std::fabs(settings.voltsPerCountVsGain[0]);
@@ -159,7 +159,7 @@ Blinker DrawBlinker(std::uint32_t detector, Draws& draws)
 
 }  // namespace
 
-DetectorView DetectorArray::Run(std::size_t first, std::size_t count) const
+DetectorView DetectorArray::Part(std::size_t first, std::size_t count) const
 {
     const auto part = [&](const std::vector<float>& list) { return std::span(list).subspan(first, count); };
     return {part(response), part(dark), part(offset), part(noise)};
@@ -173,7 +173,7 @@ DetectorArray DrawDetectors(const SimSettings& settings)
     array.rows = static_cast<std::int32_t>(settings.rows);
     array.meanResponse = MeanResponse(settings);
     array.fullWellElectrons = settings.fullWellElectrons;
-    const Frame frame = FrameOf(settings);
+    const Frame frame = FrameSizeOf(settings);
 
     std::vector<double> columnOffsets;
     for (std::int32_t column = 0; column < array.columns; ++column) {

@@ -33,7 +33,7 @@ struct DetectorArray {
     std::vector<DetectorKind> kind;
     std::vector<Blinker> blinkers;
 
-    DetectorView Run(std::size_t first, std::size_t count) const;
+    DetectorView Part(std::size_t first, std::size_t count) const;
 };
 
 // Draws the array. Good detectors: a response of 1 +- GainSpread (within 15 %), offsets and column offsets; drawn again

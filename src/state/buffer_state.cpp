@@ -1,9 +1,12 @@
+#include "state/buffer_state.h"
+
 #include "state/buffer_state_write.h"
+#include "state/state_registry.h"
 
 namespace kelvo {
 
 namespace write {
-constinit BufferStateVariables buffer;
+BufferStateVariables buffer;
 }
 
 constinit const std::int64_t& HostFrameBytes = write::buffer.HostFrameBytes;
@@ -21,5 +24,15 @@ void ResetBufferState()
 {
     write::buffer = {};
 }
+
+namespace {
+
+const StateNames kStateNames{
+    Named("PeriodicUpdates", PeriodicUpdates),
+    Named("HostFrameBytes", HostFrameBytes),
+    Named("AveragingCapacity", AveragingCapacity),
+};
+
+}  // namespace
 
 }  // namespace kelvo

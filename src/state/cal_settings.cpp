@@ -1,9 +1,12 @@
+#include "state/cal_settings.h"
+
 #include "state/cal_settings_write.h"
+#include "state/state_registry.h"
 
 namespace kelvo {
 
 namespace write {
-constinit CalSettingsVariables calSet;
+CalSettingsVariables calSet;
 }
 
 constinit const CalSettingsRecord& CalSettings = write::calSet.CalSettings;
@@ -16,5 +19,21 @@ void ResetCalSettings()
 {
     write::calSet = {};
 }
+
+namespace {
+
+const StateNames kStateNames{
+    Named("CalSettings.CalFile", CalSettings.CalFile),
+    Named("CalSettings.GainFile", CalSettings.GainFile),
+    Named("CalSettings.OffsetFile", CalSettings.OffsetFile),
+    Named("CalSettings.DecomFile", CalSettings.DecomFile),
+    Named("CalSettings.BadDetFile", CalSettings.BadDetFile),
+    Named("CalSettings.NumFrames", CalSettings.NumFrames),
+    Named("CalSettings.ChosenType", CalSettings.ChosenType),
+    Named("ReplaceNoisy", ReplaceNoisy),
+    Named("BadDetCount", BadDetCount),
+};
+
+}  // namespace
 
 }  // namespace kelvo

@@ -32,11 +32,12 @@ struct CalSettingsRecord {
     std::string OpticsFile;
 };
 
+// As kelvo.ini has them from the start on; the files are those of the set in force.
 extern const CalSettingsRecord& CalSettings;
 extern const CalSettingsRecord& CalSettings2;  // read with DualCamera; nothing else uses it
 
 extern const std::int32_t& ReplaceNoisy;  // 1: noisy pixels are replaced too
 extern const std::int32_t& CalDone;       // 1 once a run's coefficients stand
-extern const std::int32_t& BadDetCount;   // pixels replaced, after a calibration
+extern const std::int32_t& BadDetCount;   // pixels replaced by the last run or rebuild; below 0 where it failed
 
 }  // namespace kelvo

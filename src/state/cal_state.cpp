@@ -1,9 +1,12 @@
+#include "state/cal_state.h"
+
 #include "state/cal_state_write.h"
+#include "state/state_registry.h"
 
 namespace kelvo {
 
 namespace write {
-constinit CalStateVariables cal;
+CalStateVariables cal;
 }
 
 constinit const std::int32_t& CalType = write::cal.CalType;
@@ -20,6 +23,18 @@ void ResetCalState()
 {
     write::cal = {};
 }
+
+namespace {
+
+const StateNames kStateNames{
+    Named("CalType", CalType),
+    Named("IntensityCold", IntensityCold),
+    Named("IntensityHot", IntensityHot),
+    Named("TemperatureCold", TemperatureCold),
+    Named("TemperatureHot", TemperatureHot),
+};
+
+}  // namespace
 
 void CalibrationListsChanged()
 {

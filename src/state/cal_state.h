@@ -1,4 +1,4 @@
-// The live calibration: what the frame path and the units read of it. Written by calibration and turn-on.
+// The live calibration: what the frame path and the units read of it.
 #pragma once
 
 #include <cstdint>
@@ -7,10 +7,11 @@
 
 namespace kelvo {
 
-extern const std::int32_t& CalType;  // 0 none, 1 offsets only, 2 gains and offsets
+extern const std::int32_t&
+    CalType;  // 0 none, 1 offsets only, 2 gains and offsets. The lists below may stand without it
 
 // One image pixel's raw index each, image order, Vroi x Hroi. Offsets (counts) and gains (1.0: the array's mean
-// response) in readout order.
+// response) in readout order. Empty before a table was built or coefficients were installed.
 extern const std::vector<std::uint32_t>& DecomList;
 extern const std::vector<std::int16_t>& OffsetList;
 extern const std::vector<float>& GainList;

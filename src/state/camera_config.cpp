@@ -1,12 +1,15 @@
+#include "state/camera_config.h"
+
 #include "platform/text.h"
 #include "state/camera_config_write.h"
+#include "state/state_registry.h"
 
 #include <algorithm>
 
 namespace kelvo {
 
 namespace write {
-constinit CameraStateVariables camera;
+CameraStateVariables camera;
 }
 
 constinit const CameraConfig& ActiveConfig = write::camera.ActiveConfig;
@@ -21,6 +24,27 @@ void ResetCameraState()
 {
     write::camera = {};
 }
+
+namespace {
+
+const StateNames kStateNames{
+    Named("ActiveCamera", ActiveCamera),
+    Named("nCommPort", nCommPort),
+    Named("numBufFrames", numBufFrames),
+    Named("Description", ActiveConfig.Description),
+    Named("Hroi", ActiveConfig.Hroi),
+    Named("Vroi", ActiveConfig.Vroi),
+    Named("Hactive", ActiveConfig.Hactive),
+    Named("Vactive", ActiveConfig.Vactive),
+    Named("NumOutputs", ActiveConfig.NumOutputs),
+    Named("NumChannels", ActiveConfig.NumChannels),
+    Named("DualCamera", ActiveConfig.DualCamera),
+    Named("BufferCapture", ActiveConfig.BufferCapture),
+    Named("UnityGain", ActiveConfig.UnityGain),
+    Named("UnityOffset", ActiveConfig.UnityOffset),
+};
+
+}  // namespace
 
 std::size_t PixelsOf(const CameraConfig& config)
 {

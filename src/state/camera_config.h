@@ -62,18 +62,19 @@ struct CameraConfig {
     std::int32_t RAM0JambValue = 0;
 };
 
+// Of the section in force; numbers are taken as the file has them, so that readers which need a range see to it.
 extern const CameraConfig& ActiveConfig;
 
 // Vroi x Hroi, the pixels of a frame and the entries of each list; 0 where either isn't positive.
 std::size_t PixelsOf(const CameraConfig& config);
 
 // Values that the same reader takes beside the record.
-extern const std::int32_t& ActiveCamera;  // N of the section in force
-extern const std::int32_t& nCommPort;
-extern const std::int32_t& numBufFrames;
-extern const float& VoltsOffset;
-extern const float& ADoffset;
-extern const std::array<float, 16>& VoltsPerCountVsGain;
+extern const std::int32_t& ActiveCamera;                  // N of the section in force; 0 before the start
+extern const std::int32_t& nCommPort;                     // the head's serial port: 2 is COM2
+extern const std::int32_t& numBufFrames;                  // host frames wanted; 0: none
+extern const float& VoltsOffset;                          // volts a step of DAC 0
+extern const float& ADoffset;                             // counts at 0 V
+extern const std::array<float, 16>& VoltsPerCountVsGain;  // by gain index
 
 // "Camera.N" of the active camera.
 std::string ActiveCameraSection();

@@ -1,10 +1,13 @@
+#include "state/display_state.h"
+
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
+#include "state/state_registry.h"
 
 namespace kelvo {
 
 namespace write {
-constinit DisplayStateVariables display;
+DisplayStateVariables display;
 }
 
 constinit const std::int32_t& Contrast = write::display.Contrast;
@@ -42,5 +45,38 @@ void ResetDisplayState()
 {
     write::display = {};
 }
+
+namespace {
+
+const StateNames kStateNames{
+    Named("Contrast", Contrast),
+    Named("Brightness", Brightness),
+    Named("ResetContrast", ResetContrast),
+    Named("ResetBrightness", ResetBrightness),
+    Named("ImageColor", ImageColor),
+    Named("GrayScale", GrayScale),
+    Named("GrayColorBar", GrayColorBar),
+    Named("TempScale", TempScale),
+    Named("TempHisto", TempHisto),
+    Named("MirrorHoriz", MirrorHoriz),
+    Named("MirrorVert", MirrorVert),
+    Named("RotateCCW", RotateCCW),
+    Named("SubstBadPixels", SubstBadPixels),
+    Named("DisplayLow", DisplayLow),
+    Named("DisplayHigh", DisplayHigh),
+    Named("DisplayUnit", DisplayUnit),
+    Named("Xzoom", Xzoom),
+    Named("Yzoom", Yzoom),
+    Named("Xpan", Xpan),
+    Named("Ypan", Ypan),
+    Named("Xoffset", Xoffset),
+    Named("Yoffset", Yoffset),
+    Named("ViewScaleGain", ViewScaleGain),
+    Named("ViewScaleOffset", ViewScaleOffset),
+    Named("DisplayLut", DisplayLut),
+    Named("ColorMap", ColorMap),
+};
+
+}  // namespace
 
 }  // namespace kelvo

@@ -14,10 +14,13 @@ extern const std::int32_t& ResetContrast;  // as read at start-up, for the displ
 extern const std::int32_t& ResetBrightness;
 extern const std::int16_t& ImageColor;  // 1230 normal gray, 1231 inverted gray, 1232 colour
 extern const std::int16_t& GrayScale;   // 1238 linear, 1239 logarithmic
+// Flags of the bars beside the picture, 0 or 1. This display draws none; the settings keep them.
 extern const std::int32_t& GrayColorBar;
 extern const std::int32_t& TempScale;
 extern const std::int32_t& TempHisto;
 extern const std::int32_t& ColorBarShown;
+// How the picture lies, 0 or 1 each: rows reversed (MirrorHoriz), columns reversed (MirrorVert), then turned
+// counter-clockwise. In force once DecomList is built again.
 extern const std::int32_t& MirrorHoriz;
 extern const std::int32_t& MirrorVert;
 extern const std::int32_t& RotateCCW;
@@ -26,7 +29,7 @@ extern const std::int32_t& SubstBadPixels2;  // the second camera's, with DualCa
 extern const std::int32_t& MirrorHoriz2;
 extern const std::int32_t& MirrorVert2;
 
-extern const std::int32_t& DisplayLow;  // the count range of live video
+extern const std::int32_t& DisplayLow;  // the count range of live video; 0 and 0 before the start
 extern const std::int32_t& DisplayHigh;
 extern const std::int32_t& DisplayUnit;  // index into the table of units, 0 to 29
 

@@ -1,9 +1,12 @@
+#include "state/frame_state.h"
+
 #include "state/frame_state_write.h"
+#include "state/state_registry.h"
 
 namespace kelvo {
 
 namespace write {
-constinit FrameStateVariables frames;
+FrameStateVariables frames;
 }
 
 constinit const std::int32_t& CameraOn = write::frames.CameraOn;
@@ -31,6 +34,31 @@ void ResetFrameState()
 {
     write::frames = {};
 }
+
+namespace {
+
+const StateNames kStateNames{
+    Named("CameraOn", CameraOn),
+    Named("LiveVideo", LiveVideo),
+    Named("ViewingFile", ViewingFile),
+    Named("DisplayEnabled", DisplayEnabled),
+    Named("GrabberPresent", GrabberPresent),
+    Named("SteppingFrames", SteppingFrames),
+    Named("ViewingSequence", ViewingSequence),
+    Named("LoadName", LoadName),
+    Named("SequencePath", SequencePath),
+    Named("CurrentFrame", CurrentFrame),
+    Named("SequenceFrameIndex", SequenceFrameIndex),
+    Named("LastFrame", LastFrame),
+    Named("SequenceLastFrame", SequenceLastFrame),
+    Named("CursorX", CursorX),
+    Named("CursorY", CursorY),
+    Named("CursorValue", CursorValue),
+    Named("ImageCursorOn", ImageCursorOn),
+    {"ImageBuffer", [] { return StateValue{static_cast<std::int64_t>(ImageBuffer.size())}; }},
+};
+
+}  // namespace
 
 std::span<std::int16_t> write::ImageBufferPixels(std::int32_t dataOffset)
 {

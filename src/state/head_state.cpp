@@ -1,9 +1,12 @@
+#include "state/head_state.h"
+
 #include "state/head_state_write.h"
+#include "state/state_registry.h"
 
 namespace kelvo {
 
 namespace write {
-constinit HeadStateVariables head;
+HeadStateVariables head;
 }
 
 constinit const std::int32_t& FirstSetupPending = write::head.FirstSetupPending;
@@ -23,5 +26,14 @@ void ResetHeadState()
 {
     write::head = {};
 }
+
+namespace {
+
+const StateNames kStateNames{
+    Named("IndexFrameRate", IndexFrameRate), Named("FrameRate", FrameRate), Named("VideoGain", VideoGain),
+    Named("VideoOffset", VideoOffset),       Named("VoltsLow", VoltsLow),   Named("VoltsHigh", VoltsHigh),
+};
+
+}  // namespace
 
 }  // namespace kelvo

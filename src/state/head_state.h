@@ -7,7 +7,7 @@
 
 namespace kelvo {
 
-// 1: the next calibration starts from a clean state. Set by the turn-on dialog's video set-up button.
+// 1: the next calibration starts from a clean state.
 extern const std::int32_t& FirstSetupPending;
 
 extern const std::int32_t& IndexFrameRate;  // row of the frame rate table, as asked for; a key of the camera's section

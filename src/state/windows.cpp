@@ -1,10 +1,13 @@
+#include "state/windows.h"
+
 #include "platform/files.h"
+#include "state/state_registry.h"
 #include "state/windows_write.h"
 
 namespace kelvo {
 
 namespace write {
-constinit WindowsVariables windows;
+WindowsVariables windows;
 }
 
 constinit const HWND& hWndMain = write::windows.hWndMain;
@@ -30,6 +33,21 @@ void ResetWindows()
 {
     write::windows = {};
 }
+
+namespace {
+
+const StateNames kStateNames{
+    Named("ClientWidth", ClientWidth),       Named("ClientHeight", ClientHeight),
+    Named("TextHeight", TextHeight),         Named("ViewWidth", ViewWidth),
+    Named("ViewHeight", ViewHeight),         Named("HelpMode", HelpMode),
+    Named("DefaultDir", DefaultDir),         Named("IniFilePath", IniFilePath),
+    Named("CameraFilePath", CameraFilePath), Named("BuffBrdFilePath", BuffBrdFilePath),
+    Named("SeqFilePath", SeqFilePath),       Named("HelpFilePath", HelpFilePath),
+    Named("FilePathBuf", FilePathBuf),       Named("ViewFilePath", ViewFilePath),
+    Named("CnfFilePath", CnfFilePath),
+};
+
+}  // namespace
 
 void SetDefaultDir(std::string_view directory)
 {

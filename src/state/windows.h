@@ -9,20 +9,20 @@
 
 namespace kelvo {
 
-// Set by WinMain; null before and in programs without windows.
+// Null before the start has made them, and in programs without windows.
 extern const HWND& hWndMain;
 extern const HWND& hWndStatus;
-extern const HWND& hDlgPanel;  // the control panel; set by PanelProc
+extern const HWND& hDlgPanel;  // the control panel
 
-// Logical pixels. The main window sets them at each WM_SIZE; TextHeight at WM_CREATE.
+// Of the main window, logical pixels; 0 before there is one. TextHeight is that of the status line.
 extern const std::int16_t& ClientWidth;
 extern const std::int16_t& ClientHeight;
 extern const std::int16_t& TextHeight;
-// The client width, and the client height less 60; set by ReadCameraConfig.
+// What the picture has: the client width, and the client height less 60. 0 before a camera section was read.
 extern const std::int32_t& ViewWidth;
 extern const std::int32_t& ViewHeight;
 
-// The program's directory, without a closing separator.
+// The program's directory, whole, without a closing separator; empty before the start has found it.
 extern const std::string& DefaultDir;
 // Formed from DefaultDir: kelvo.ini, camera.ini, buffbrd.ini, a.seq, KELVO.hlp.
 extern const std::string& IniFilePath;

@@ -1,6 +1,7 @@
 #include "ui/docking.h"
 
 #include "platform/window.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 
 namespace kelvo {
@@ -37,5 +38,13 @@ void DockDialog(HWND dialog)
     const int left = area.right - window.Width();
     MoveWindow(dialog, {left, area.top, area.right, area.top + window.Height()});
 }
+
+namespace {
+
+const StateNames kStateNames{
+    {"PanelHeight", [] { return StateValue{std::int64_t{PanelHeight()}}; }},
+};
+
+}  // namespace
 
 }  // namespace kelvo

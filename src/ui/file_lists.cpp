@@ -66,6 +66,16 @@ bool TakeSelectedFile(HWND dialog)
     return true;
 }
 
+void OnFileSelected(HWND dialog)
+{
+    TakeSelectedFile(dialog);
+}
+
+void OnDirectoryChosen(HWND dialog)
+{
+    EnterSelectedDirectory(dialog);
+}
+
 void ListPattern(HWND dialog, const std::string& pattern)
 {
     std::string drive;
@@ -83,6 +93,12 @@ std::string InCurrentDirectory(std::string_view name)
     std::string path = CurrentDirectory();
     if (!path.ends_with('/')) path += '/';
     return path.append(name);
+}
+
+void ResetFileLists()
+{
+    patternShown.clear();
+    directoriesShown.clear();
 }
 
 }  // namespace kelvo

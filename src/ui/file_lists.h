@@ -25,9 +25,16 @@ void ChangePattern(HWND dialog, std::string_view pattern);
 bool EnterSelectedDirectory(HWND dialog);
 // The selected file's name goes to the name; false if none is.
 bool TakeSelectedFile(HWND dialog);
+// The two as entries of a dialog's table (ui/dialog_frame.h): of the files a selection, of the directories a double
+// click.
+void OnFileSelected(HWND dialog);
+void OnDirectoryChosen(HWND dialog);
 // A pattern in the name's place: its files are listed, those of the directory that stands before it.
 void ListPattern(HWND dialog, const std::string& pattern);
 // The whole path of a name in the working directory.
 std::string InCurrentDirectory(std::string_view name);
+
+// Nothing listed so far.
+void ResetFileLists();
 
 }  // namespace kelvo

@@ -76,4 +76,9 @@ const std::vector<std::string>& RecentFiles()
     return recentFiles;
 }
 
+void ForgetRecentFiles()
+{
+    recentFiles.clear();
+}
+
 }  // namespace kelvo

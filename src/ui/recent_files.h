@@ -12,4 +12,7 @@ void ReadRecentFiles();                     // at start, and fills the menu
 void AddRecentFile(std::string_view path);  // to the front; the same path stands once, at most kRecentFileCount stay
 const std::vector<std::string>& RecentFiles();
 
+// Of this process; the settings file keeps its own.
+void ForgetRecentFiles();
+
 }  // namespace kelvo

@@ -2,18 +2,38 @@
 
 #include "platform/box.h"
 #include "platform/text.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
+#include "ui/select_file_write.h"
 #include "ui/status.h"
 
 #include <algorithm>
 
 namespace kelvo {
 
-std::string LastFileDirectory;
-int FileDialogTemplate = kImageTemplate;
-std::vector<std::string> SelectedPaths;
+namespace write {
+FileChoiceVariables fileChoice;
+}
+
+constinit const std::string& LastFileDirectory = write::fileChoice.LastFileDirectory;
+constinit const int& FileDialogTemplate = write::fileChoice.FileDialogTemplate;
 
 namespace {
+
+// The whole paths of the last SelectFile that returned 1: names with blanks stay whole here.
+std::vector<std::string> SelectedPaths;
+
+std::string JoinedLines(const std::vector<std::string>& texts)
+{
+    std::string joined;
+    for (const std::string& text : texts) joined += text + '\n';
+    return joined;
+}
+
+const StateNames kStateNames{
+    Named("LastFileDirectory", LastFileDirectory),
+    {"SelectedPaths", [] { return StateValue{JoinedLines(SelectedPaths)}; }},
+};
 
 constexpr FileFilter kImages{"Image Files (*.img)", "*.img"};
 constexpr FileFilter kSequences{"Sequence Files (*.seq)", "*.seq"};
@@ -51,14 +71,6 @@ class StatusHint {
     int align_ = 0;
 };
 
-std::string DirectoryOf(std::string_view path)
-{
-    std::string drive;
-    std::string directory;
-    SplitPath(path, &drive, &directory, nullptr, nullptr);
-    return drive + directory;
-}
-
 std::string WithoutLastCharacter(std::string text)
 {
     if (text.size() > 1) text.pop_back();  // the root directory is its own separator
@@ -91,6 +103,14 @@ void ReportDialogError(std::int32_t error)
 
 }  // namespace
 
+std::string DirectoryOf(std::string_view path)
+{
+    std::string drive;
+    std::string directory;
+    SplitPath(path, &drive, &directory, nullptr, nullptr);
+    return drive + directory;
+}
+
 FilterList FiltersFor(std::string_view pattern)
 {
     struct Row {
@@ -114,7 +134,7 @@ FilterList FiltersFor(std::string_view pattern)
 int SelectFile(HWND window, std::string& path, int mode)
 {
     const FilterList list = FiltersFor(path);
-    if (LastFileDirectory.empty()) LastFileDirectory = DefaultDir;
+    if (LastFileDirectory.empty()) write::fileChoice.LastFileDirectory = DefaultDir;
 
     const ModeTexts& texts = kModes[std::clamp(mode, 0, 2)];
     const StatusHint hint(texts.status);
@@ -133,10 +153,10 @@ int SelectFile(HWND window, std::string& path, int mode)
     SelectedPaths = result.paths;
     if (texts.dialog == FileDialogMode::kOpenMany) {
         path = JoinSelection(result.paths);
-        LastFileDirectory = WithoutLastCharacter(DirectoryOf(result.paths.front()));
+        write::fileChoice.LastFileDirectory = WithoutLastCharacter(DirectoryOf(result.paths.front()));
     } else {
         path = result.paths.front();
-        LastFileDirectory = DirectoryOf(path);
+        write::fileChoice.LastFileDirectory = DirectoryOf(path);
     }
     return 1;
 }
@@ -171,6 +191,13 @@ int SelectStatisticsFile(HWND window, std::string& path, int kind)
     const FileDialogResult result = RunFileDialog(request);
     path = result.paths.empty() ? std::string() : result.paths.front();
     return 0;
+}
+
+void ResetSelectFile()
+{
+    write::fileChoice.LastFileDirectory.clear();
+    write::fileChoice.FileDialogTemplate = kImageTemplate;
+    SelectedPaths.clear();
 }
 
 }  // namespace kelvo

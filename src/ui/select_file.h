@@ -15,12 +15,12 @@ namespace kelvo {
 
 // The folder last used, for the life of the process. Empty at start: then the first dialog opens in the program's
 // directory. With a closing separator after a single choice to open or save, without one after a selection of several.
-extern std::string LastFileDirectory;
+extern const std::string& LastFileDirectory;
 
-// The purpose of a save: which texts and patterns the save dialogs take. Written by the commands that save and load.
+// The purpose of a save: which texts and patterns the save dialogs take.
 constexpr int kImageTemplate = 1468;
 constexpr int kSequenceTemplate = 1470;
-extern int FileDialogTemplate;
+extern const int& FileDialogTemplate;
 
 constexpr int kSelectToSave = 0;
 constexpr int kSelectToOpen = 1;
@@ -28,11 +28,8 @@ constexpr int kSelectSeveral = 2;
 
 // path holds the pattern ("*.img"), which is also the name offered; on return with 1 the chosen name, with 0 nothing
 // (cancelled, or the dialog itself failed: box "GetOpenFileName returned Error #%ld" under "WARNING"). A choice of
-// several gives the folder and the names parted by blanks; SelectedPaths has them whole. Blocks.
+// several gives the folder and the names parted by blanks. Blocks.
 int SelectFile(HWND window, std::string& path, int mode);
-
-// The whole paths of the last SelectFile that returned 1: names with blanks stay whole here.
-extern std::vector<std::string> SelectedPaths;
 
 constexpr int kBadDetectorFiles = 2;
 constexpr int kStatisticsFiles = 3;
@@ -41,6 +38,9 @@ constexpr int kStatisticsFiles = 3;
 // operator cancelled. Remembers no folder.
 int SelectStatisticsFile(HWND window, std::string& path, int kind);
 
+// The directory that stands in a path, with its drive and its closing separator; empty before a name alone.
+std::string DirectoryOf(std::string_view path);
+
 // The filter list of a pattern, the pattern's own pair first, and its default extension. Any case; a pattern that isn't
 // in the table gets the list of all files and "img".
 struct FilterList {
@@ -48,5 +48,8 @@ struct FilterList {
     std::string_view defaultExtension;
 };
 FilterList FiltersFor(std::string_view pattern);
+
+// No directory remembered and nothing selected.
+void ResetSelectFile();
 
 }  // namespace kelvo

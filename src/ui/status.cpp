@@ -7,19 +7,30 @@
 #include "platform/transcript.h"
 #include "platform/window.h"
 #include "state/frame_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
+#include "ui/status_write.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace kelvo {
 
-std::string StatusText;
-std::int16_t StatusAlign = 0;
-std::uint32_t StatusBackground = 0xFF0000;
-std::uint32_t StatusForeground = 0xFFFFFF;
+namespace write {
+StatusVariables status;
+}
+
+constinit const std::string& StatusText = write::status.StatusText;
+constinit const std::int16_t& StatusAlign = write::status.StatusAlign;
+constinit const std::uint32_t& StatusBackground = write::status.StatusBackground;
+constinit const std::uint32_t& StatusForeground = write::status.StatusForeground;
 
 namespace {
+
+const StateNames kStateNames{
+    Named("StatusText", StatusText),
+    Named("StatusAlign", StatusAlign),
+};
 
 struct TableString {
     int id;
@@ -27,40 +38,40 @@ struct TableString {
 };
 
 constexpr TableString kStrings[] = {
-    {0, "Wait - Kelvo start up procedure"},
-    {1, " Use Alt + underlined menu item or trackball to select menu item"},
-    {2, " This will end your Kelvo session (the IR camera will remain on)"},
-    {3, " This will end your Kelvo session (the IR camera is now off)"},
-    {4, " Press OK when LOW flux source is in front of camera"},
-    {5, " Press OK when HIGH flux source is in front of camera"},
-    {6, " Choose Yes to shut camera off & put electronics in a safe state"},
-    {7, " Choose OK to continue with Kelvo turn-on procedure"},
-    {16, " Enter file name (.img not needed). Press OK to capture image."},
-    {17, " Enter file name (.seq not needed) and Seq. start #. Press OK to accept name."},
-    {18, " Enter file name including extension.  Press OK to capture image."},
-    {19, " Enter file name (.buf not needed). Press OK to store selected BuffBrd data."},
-    {20, " Select an image file to view"},
-    {21, " Select a beginning sequence file to view"},
-    {22, " Select a file to view"},
-    {23, " Select a buffer board file to view"},
-    {24, " Choose .CAL file to load for calibration"},
-    {25, " Choose .BAD detector file to use"},
-    {26, " Choose .GAI file to load for gain statistics"},
-    {27, " Choose .OFF file to load for offset statistics"},
-    {28, " Enter image area, frame start & end to load from disk file to buffer board."},
-    {29, " Enter image area, frame start & end to save from buffer board to disk file."},
-    {30, " Enter buffer board image area, frame start & end to set to a constant value."},
-    {31, " Enter parameters for graphing selected buffer board memory area."},
-    {32, " Select buffer board graphics filename."},
-    {33, " Continous SAVE operations"},
-    {103, " Set up buffer board to capture, save, load, &/or replay data"},
-    {120, " Display values affect the viewed image but not raw data"},
-    {121, " Use video oscilloscope to set up Kelvo video parameters"},
-    {122, " Adjust image readout sequence &/or change bad pixel list"},
-    {123, " Enter parameters to be stored for this and subsequent sessions"},
-    {130, " Enter your choices & then OK to do new calibration, or load a previous calib"},
-    {169, " Choose one of the Kelvo turn-on procedures or Cancel"},
-    {196, " Press OK to close 'About QVF Kelvo' dialog box"},
+    {kStartHint, "Wait - Kelvo start up procedure"},
+    {kIdleHint, " Use Alt + underlined menu item or trackball to select menu item"},
+    {kExitCameraOnHint, " This will end your Kelvo session (the IR camera will remain on)"},
+    {kExitCameraOffHint, " This will end your Kelvo session (the IR camera is now off)"},
+    {kLowSourceHint, " Press OK when LOW flux source is in front of camera"},
+    {kHighSourceHint, " Press OK when HIGH flux source is in front of camera"},
+    {kTurnOffHint, " Choose Yes to shut camera off & put electronics in a safe state"},
+    {kGoOnHint, " Choose OK to continue with Kelvo turn-on procedure"},
+    {kSaveImageHint, " Enter file name (.img not needed). Press OK to capture image."},
+    {kNameSequenceHint, " Enter file name (.seq not needed) and Seq. start #. Press OK to accept name."},
+    {kSaveAnyHint, " Enter file name including extension.  Press OK to capture image."},
+    {kSaveBufferHint, " Enter file name (.buf not needed). Press OK to store selected BuffBrd data."},
+    {kViewImageHint, " Select an image file to view"},
+    {kViewSequenceHint, " Select a beginning sequence file to view"},
+    {kViewFileHint, " Select a file to view"},
+    {kViewBufferHint, " Select a buffer board file to view"},
+    {kLoadCalibrationHint, " Choose .CAL file to load for calibration"},
+    {kLoadBadDetectorsHint, " Choose .BAD detector file to use"},
+    {kGainStatisticsHint, " Choose .GAI file to load for gain statistics"},
+    {kOffsetStatisticsHint, " Choose .OFF file to load for offset statistics"},
+    {kLoadBufferHint, " Enter image area, frame start & end to load from disk file to buffer board."},
+    {kStoreBufferHint, " Enter image area, frame start & end to save from buffer board to disk file."},
+    {kFillBufferHint, " Enter buffer board image area, frame start & end to set to a constant value."},
+    {kGraphBufferHint, " Enter parameters for graphing selected buffer board memory area."},
+    {kGraphFileHint, " Select buffer board graphics filename."},
+    {kContinuousSaveHint, " Continous SAVE operations"},
+    {kHostRamHint, " Set up buffer board to capture, save, load, &/or replay data"},
+    {kDisplaySetupHint, " Display values affect the viewed image but not raw data"},
+    {kVideoSetupHint, " Use video oscilloscope to set up Kelvo video parameters"},
+    {kImageSetupHint, " Adjust image readout sequence &/or change bad pixel list"},
+    {kConfigurationHint, " Enter parameters to be stored for this and subsequent sessions"},
+    {kCalibrationHint, " Enter your choices & then OK to do new calibration, or load a previous calib"},
+    {kTurnOnHint, " Choose one of the Kelvo turn-on procedures or Cancel"},
+    {kAboutHint, " Press OK to close 'About QVF Kelvo' dialog box"},
 };
 
 // The FrameHeader in front of the frame on view; zeros where the buffer holds none.
@@ -101,7 +112,7 @@ std::string Title()
 
 void ShowLine(int align)
 {
-    StatusAlign = static_cast<std::int16_t>(align);
+    write::status.StatusAlign = static_cast<std::int16_t>(align);
     Transcribe("status", {{"text", StatusText}, {"align", std::int64_t{align}}});
     if (!hWndStatus) return;  // the first texts of the start come before the window
     const Rect line{0, 0, ClientWidth, TextHeight};
@@ -120,7 +131,7 @@ std::optional<std::string_view> ResourceString(int id)
 
 void StatusMessage(std::string_view text, int align)
 {
-    StatusText = text;
+    write::status.StatusText = text;
     ShowLine(align);
 }
 
@@ -131,7 +142,7 @@ void StatusString(int id, int align)
         MessageBox(hWndMain, "String resource not available to output to Status window!", kMessageCaption);
         return;
     }
-    StatusText = (id == 1 && ViewingFile) ? DescribeFileOnView() : std::string(*text);
+    write::status.StatusText = (id == kIdleHint && ViewingFile) ? DescribeFileOnView() : std::string(*text);
     ShowLine(align);
     if (hWndMain) SetWindowText(hWndMain, Title());
 }
@@ -155,6 +166,14 @@ LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM 
         MessageBox(hWndMain, "Failure to output text in status window!", kMessageCaption);
     }
     return 0;
+}
+
+void ResetStatus()
+{
+    write::status.StatusText.clear();
+    write::status.StatusAlign = 0;
+    write::status.StatusBackground = 0xFF0000;
+    write::status.StatusForeground = 0xFFFFFF;
 }
 
 }  // namespace kelvo

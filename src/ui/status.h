@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/types.h"
+#include "ui/status_strings.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,24 +13,23 @@
 
 namespace kelvo {
 
-// The line and its alignment (0 left, 2 right, 6 centred). Written by the three functions below.
+// The line and its alignment (0 left, 2 right, 6 centred).
 inline constexpr int kLeftAligned = 0;
 inline constexpr int kCentred = 6;
-inline constexpr int kIdleHint = 1;  // the string that stands while nothing goes on
-extern std::string StatusText;
-extern std::int16_t StatusAlign;
+extern const std::string& StatusText;
+extern const std::int16_t& StatusAlign;
 
 // 0x00BBGGRR; WinMain sets them before the window is made.
-extern std::uint32_t StatusBackground;
-extern std::uint32_t StatusForeground;
+extern const std::uint32_t& StatusBackground;
+extern const std::uint32_t& StatusForeground;
 
 // Shows a text at once, so that it stands even in the middle of a long command. Before the status window exists it only
 // keeps it.
 void StatusMessage(std::string_view text, int align);
 
-// Shows a string of the table by its number and sets the title ("Kelvo - Frozen", "Kelvo", "Kelvo - NAME"). With a file
-// on view, number 1 is replaced by a description of the file. A number that isn't in the table: box "String resource
-// not available to output to Status window!" under "Kelvo message", line and title as they were.
+// Shows a string of the table (status_strings.h) by its number and sets the title ("Kelvo - Frozen", "Kelvo", "Kelvo -
+// NAME"). With a file on view, kIdleHint is replaced by a description of the file. A number that isn't in the table:
+// box "String resource not available to output to Status window!" under "Kelvo message", line and title as they were.
 void StatusString(int id, int align);
 
 // Copies the text and returns its alignment, for who restores the line later.
@@ -39,5 +39,8 @@ LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM 
 
 // The string table: nullopt for a number that isn't in it.
 std::optional<std::string_view> ResourceString(int id);
+
+// No text, and the colours of the start.
+void ResetStatus();
 
 }  // namespace kelvo

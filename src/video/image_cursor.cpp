@@ -9,21 +9,35 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
-#include "resources/ids.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
+#include "state/state_registry.h"
 #include "ui/docking.h"
+#include "ui/panel_readouts.h"
+#include "video/image_cursor_write.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace kelvo {
 
-std::int32_t TrackballMode = 0;
+namespace write {
+TrackballVariables trackball;
+}
+
+constinit const std::int32_t& TrackballMode = write::trackball.TrackballMode;
+
+namespace {
+
+// Where the pointer was when the mode began, screen coordinates.
 std::int32_t SavedCursorX = 0;
 std::int32_t SavedCursorY = 0;
 
-namespace {
+const StateNames kStateNames{
+    Named("TrackballMode", TrackballMode),
+    Named("SavedCursorX", SavedCursorX),
+    Named("SavedCursorY", SavedCursorY),
+};
 
 // The same area where pointer positions are counted: they follow the scrolling of a picture larger than the window.
 Rect ScrolledViewArea()
@@ -82,12 +96,9 @@ void EnterTrackball()
     SavedCursorY = saved.y;
     SetPointerPosition(centre);
     ClipPointer(ViewArea());
-    if (hDlgPanel) {
-        SetDlgItemText(hDlgPanel, kPanelContrastText, Format("%d", Contrast));
-        SetDlgItemText(hDlgPanel, kPanelBrightnessText, Format("%d", Brightness));
-    }
+    ShowLevelsInPanel();
     SetPointer(Pointer::kTrackball);
-    TrackballMode = 1;
+    write::trackball.TrackballMode = 1;
 }
 
 void LeaveTrackball()
@@ -100,7 +111,7 @@ void LeaveTrackball()
         SetPointer(Pointer::kArrow);
     }
     WriteLevels();
-    TrackballMode = 0;
+    write::trackball.TrackballMode = 0;
 }
 
 }  // namespace
@@ -177,6 +188,13 @@ void TrackballMotion()
         LevelsAfterMotion({Contrast, Brightness}, pointer.x - centre.x, pointer.y - centre.y);
     SetPointerPosition(centre);
     BuildDisplayLut(levels.contrast, levels.brightness);
+}
+
+void ResetImageCursor()
+{
+    write::trackball.TrackballMode = 0;
+    SavedCursorX = 0;
+    SavedCursorY = 0;
 }
 
 }  // namespace kelvo

@@ -10,11 +10,8 @@
 
 namespace kelvo {
 
-// 1: pointer motion changes brightness and contrast. Written by TrackballToggle.
-extern std::int32_t TrackballMode;
-// Where the pointer was when the mode began, screen coordinates.
-extern std::int32_t SavedCursorX;
-extern std::int32_t SavedCursorY;
+// 1: pointer motion changes brightness and contrast.
+extern const std::int32_t& TrackballMode;
 
 // Where the pointer rests in the mode, in the main window's client coordinates.
 constexpr std::int32_t TrackballCentreX = 320;
@@ -50,5 +47,8 @@ struct TrackballLevels {
     friend bool operator==(const TrackballLevels&, const TrackballLevels&) = default;
 };
 TrackballLevels LevelsAfterMotion(TrackballLevels levels, int dx, int dy);
+
+// Off, and nothing remembered of it.
+void ResetImageCursor();
 
 }  // namespace kelvo

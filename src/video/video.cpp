@@ -12,7 +12,6 @@
 #include "imagefile/header_write.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
-#include "platform/dialog.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
@@ -20,12 +19,13 @@
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
-#include "resources/ids.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
+#include "ui/menu_state.h"
+#include "ui/panel_readouts.h"
 #include "ui/status.h"
 
 #include <algorithm>
@@ -73,14 +73,42 @@ bool EnsureDecomList()
     return list.has_value();
 }
 
-// The camera's frame in image order, with offset and calibration.
-bool TakeCameraFrame(std::vector<std::int16_t>& frame)
+// The image cursor's cross into the frame; what it may have touched.
+FrameRect StampCursor(std::span<std::int16_t> frame)
 {
-    if (!RefreshRawFrame() || !EnsureDecomList()) return false;
+    constexpr FrameRect kNothing{0, 0, -1, -1};
+    if (!ImageCursorOn) return kNothing;
+    const Point size = FrameSizeOnView();
+    write::frames.CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
+    if (CursorX < 0 || CursorY < 0 || CursorX >= size.x || CursorY >= size.y) return kNothing;
+    return {CursorX - kCrossReach, CursorY - kCrossReach, CursorX + kCrossReach, CursorY + kCrossReach};
+}
+
+int GetStoredFrame(std::vector<std::int16_t>& frame)
+{
+    if (!CopyStoredFrame(frame)) return 0;
+    StampCursor(frame);
+    if (DisplayEnabled) DrawFrame(frame);
+    return 1;
+}
+
+// The camera's frame in image order, with offset and calibration, and where it is drawn its gray values with it: each
+// pixel is gathered once.
+int GetCameraFrame(std::vector<std::int16_t>& frame)
+{
+    if (!RefreshRawFrame() || !EnsureDecomList()) return 0;
     const std::size_t values = CameraFrameValues();
-    if (frame.size() != values && !AllocateBlock(frame, values)) return false;
-    CorrectLiveFrame(std::span(write::frames.RawFrame).first(values), frame, DataOffset);
-    return true;
+    if (frame.size() != values && !AllocateBlock(frame, values)) return 0;
+
+    const GrayRows grays = DisplayEnabled ? BeginPicture() : GrayRows{};
+    const bool lookedUp = CorrectLiveFrame(std::span(write::frames.RawFrame).first(values), frame, DataOffset, grays);
+    const FrameRect cross = StampCursor(frame);
+    if (lookedUp) {
+        EndPicture(frame, cross, grays);
+    } else if (DisplayEnabled) {
+        DrawFrame(frame);
+    }
+    return 1;
 }
 
 void WriteCameraKey(const char* key, std::int32_t value)
@@ -88,24 +116,11 @@ void WriteCameraKey(const char* key, std::int32_t value)
     WritePrivateProfileString(ActiveCameraSection(), key, Format("%d", value), CameraFilePath);
 }
 
-void ShowGeometryInPanel()
-{
-    if (!hDlgPanel) return;
-    SetScrollPos(hDlgPanel, kPanelZoomBar, Xzoom);
-    SetDlgItemText(hDlgPanel, kPanelZoomText, Format("%d", Xzoom));
-    SetDlgItemText(hDlgPanel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
-}
-
 std::string WithoutDegreeSign(std::string unit)
 {
     const std::size_t at = unit.find('\xB0');
     if (at != std::string::npos) unit.erase(at, 1);
     return unit;
-}
-
-void SetFreezeMenu(std::string_view text)
-{
-    if (hWndMain) SetMenuText(hWndMain, kCmdFreeze, text);
 }
 
 void SetTitle(std::string_view title)
@@ -137,7 +152,7 @@ void KeepLiveFrame()
 
 void Resume(std::int32_t& live)
 {
-    SetFreezeMenu("&Freeze\tF2");
+    ShowFreezeInMenu(true);
     if (ViewingFile) LeaveStoredFile();
     write::file.ImageHeader.ImageHeaderDataOffset = 0;
     if (icp_grab(IcpModule, FrameA) != 0) {
@@ -151,7 +166,7 @@ void Resume(std::int32_t& live)
 
 void Freeze(std::int32_t& live)
 {
-    SetFreezeMenu("&Continue\tF2");
+    ShowFreezeInMenu(false);
     KeepLiveFrame();
     if (DisplayEnabled) KillTimer(hWndMain, kLiveTimer);
     icp_freeze(IcpModule, FrameA);
@@ -178,13 +193,7 @@ std::uint16_t StampCursorCross(std::span<std::int16_t> frame, std::int32_t width
 
 int GetVideoData(std::vector<std::int16_t>& frame)
 {
-    if (!(ViewingFile ? CopyStoredFrame(frame) : TakeCameraFrame(frame))) return 0;
-    if (ImageCursorOn) {
-        const Point size = FrameSizeOnView();
-        write::frames.CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
-    }
-    if (DisplayEnabled) DrawFrame(frame);
-    return 1;
+    return ViewingFile ? GetStoredFrame(frame) : GetCameraFrame(frame);
 }
 
 void ToggleFreeze(std::int32_t& flag)

@@ -3,6 +3,7 @@
 #include "display/display_pipeline.h"
 #include "grabber/frame_size.h"
 #include "imagefile/header.h"
+#include "resources/ids.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
@@ -20,27 +21,6 @@ constexpr std::int64_t kMinZoom = 1;
 constexpr std::int64_t kMaxZoom = 16;
 // A sixteenth of the frame: what the large steps move.
 constexpr std::int64_t kPageDivisor = 16;
-
-enum Command : int {
-    kZoomIn = 200,
-    kZoomOut,
-    kRight,
-    kLeft,
-    kUp,
-    kDown,
-    kPageRight,
-    kPageLeft,
-    kPageUp,
-    kPageDown,
-    kOffsetRight,
-    kOffsetLeft,
-    kOffsetUp,
-    kOffsetDown,
-    kOffsetPageRight,
-    kOffsetPageLeft,
-    kOffsetPageUp,
-    kOffsetPageDown
-};
 
 // Values of settings files come in unlimited: the sums are made in 64 bits.
 std::int64_t MultipleOfFour(std::int64_t value)
@@ -123,42 +103,42 @@ bool Apply(int id, DisplayGeometry& g, const ViewLimits& limits, Point pivot)
     const std::int64_t lastYoffset = std::max<std::int64_t>(limits.viewHeight - vroi * g.yzoom, 0);
 
     switch (id) {
-        case kZoomIn:
+        case kCmdZoomIn:
             return Zoom(g, 1, limits, pivot);
-        case kZoomOut:
+        case kCmdZoomOut:
             return Zoom(g, -1, limits, pivot);
-        case kRight:
+        case kCmdPanRight:
             return StepUp(g.xpan, 1, lastXpan);
-        case kLeft:
+        case kCmdPanLeft:
             return StepDown(g.xpan, 1, -hroi);
-        case kUp:
+        case kCmdPanUp:
             return StepDown(g.ypan, 1, -vroi);
-        case kDown:
+        case kCmdPanDown:
             return StepUp(g.ypan, 1, lastYpan);
-        case kPageRight:
+        case kCmdPanPageRight:
             return StepUp(g.xpan, columnStep, lastXpan);
-        case kPageLeft:
+        case kCmdPanPageLeft:
             return StepDown(g.xpan, columnStep, -hroi);
-        case kPageUp:
+        case kCmdPanPageUp:
             return StepDown(g.ypan, rowStep, -vroi);
-        case kPageDown:
+        case kCmdPanPageDown:
             return StepUp(g.ypan, rowStep, lastYpan);
-        case kOffsetRight:
+        case kCmdOffsetRight:
             return OffsetStepUp(g.xoffset, 4, lastXoffset);
         // Held against the frame's width, not 0: a small offset is taken back with the large step alone.
-        case kOffsetLeft:
+        case kCmdOffsetLeft:
             return g.xoffset > hroi && OffsetStepDown(g.xoffset, 4);
-        case kOffsetUp:
+        case kCmdOffsetUp:
             return StepDown(g.yoffset, 1, 0);
-        case kOffsetDown:
+        case kCmdOffsetDown:
             return StepUp(g.yoffset, 1, lastYoffset);
-        case kOffsetPageRight:
+        case kCmdOffsetPageRight:
             return OffsetStepUp(g.xoffset, columnStep, lastXoffset);
-        case kOffsetPageLeft:
+        case kCmdOffsetPageLeft:
             return g.xoffset != 0 && OffsetStepDown(g.xoffset, columnStep);
-        case kOffsetPageUp:
+        case kCmdOffsetPageUp:
             return StepDown(g.yoffset, rowStep, 0);
-        case kOffsetPageDown:
+        case kCmdOffsetPageDown:
             return StepUp(g.yoffset, rowStep, lastYoffset);
         default:
             return false;

@@ -187,7 +187,7 @@ class StatusKeeper {
     std::int32_t bar_;
 };
 
-void TellShortRead(std::string_view path)
+void TellShortList(std::string_view path)
 {
     MessageBox(hWndMain, path, "Failed to read entire file");
 }
@@ -199,7 +199,7 @@ bool ReadEntries(File& file, std::int64_t count, std::string_view path, std::str
 {
     // The length is asked first: a camera section may claim any size.
     if (count <= 0 || file.Length() / static_cast<std::int64_t>(sizeof(T)) < count) {
-        TellShortRead(path);
+        TellShortList(path);
         return false;
     }
     if (!AllocateBlock(entries, static_cast<std::size_t>(count))) {
@@ -208,7 +208,7 @@ bool ReadEntries(File& file, std::int64_t count, std::string_view path, std::str
     }
     const std::span bytes = std::as_writable_bytes(std::span(entries));
     if (file.Seek(0) && file.Read(bytes) == bytes.size()) return true;
-    TellShortRead(path);
+    TellShortList(path);
     return false;
 }
 
@@ -256,7 +256,7 @@ bool LoadBadList(std::string_view path)
 bool LoadEntries(File& file, const KindRow& kind, const MakerSizes& sizes, std::string_view path)
 {
     if (ImageHeader.ImageWidth <= 0 || ImageHeader.ImageHeight <= 0) {
-        TellShortRead(path);
+        TellShortList(path);
         return false;
     }
     const std::int64_t count = EntriesInFile(kind.element, sizes);

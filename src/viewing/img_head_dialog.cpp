@@ -1,11 +1,10 @@
 #include "viewing/img_head_dialog.h"
 
-#include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "platform/window.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 
 #include <algorithm>
 
@@ -31,26 +30,25 @@ void StoreChoice(HWND dialog)
     }
 }
 
-LRESULT fnImgHeadDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+void Accept(HWND dialog)
 {
-    if (message == WM_INITDIALOG) {
-        ShowChoice(dialog);
-        return 1;
-    }
-    if (message != WM_COMMAND) return 0;
-    if (LowWord(wParam) == kIdCancel) EndDialog(dialog, 0);
-    if (LowWord(wParam) == kIdOk) {
-        StoreChoice(dialog);
-        EndDialog(dialog, 1);
-    }
-    return 1;
+    StoreChoice(dialog);
+    EndDialog(dialog, 1);
+}
+
+LRESULT fnImgHeadDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+constexpr DialogEntry kEntries[] = {{kIdOk, Accept}};
+constexpr DialogFrame kFrame{.name = "ImgHead", .procedure = fnImgHeadDlgProc, .open = ShowChoice, .entries = kEntries};
+LRESULT fnImgHeadDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace
 
 int ImgHeadDialog(HWND window)
 {
-    return ShowDialog("ImgHead", window, fnImgHeadDlgProc) == 1 ? 1 : 0;
+    return RunDialog(kFrame, window) == 1 ? 1 : 0;
 }
 
 }  // namespace kelvo

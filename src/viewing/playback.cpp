@@ -8,11 +8,11 @@
 #include "platform/paint.h"
 #include "platform/text.h"
 #include "platform/timers.h"
-#include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
 #include "ui/recent_files.h"
 #include "ui/status.h"
 #include "viewing/coefficient_view.h"
@@ -27,7 +27,7 @@ namespace kelvo {
 namespace {
 
 constexpr double kDefaultRateHz = 10.0;
-constexpr int kCancelled = -2;  // -1: the dialog couldn't be made
+constexpr int kNoFrame = -2;  // none was chosen
 
 void Tell(std::string_view text)
 {
@@ -56,26 +56,39 @@ std::int64_t FramePeriodMs()
     return std::max<std::int64_t>(1, std::llround(1000.0 / hertz));
 }
 
-LRESULT fnGOTOFRAMEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+void OpenGoToFrame(HWND dialog)
 {
-    if (message == WM_INITDIALOG) {
-        SetDlgItemText(dialog, kGoToFrameRange, Format("0 to %u", LastFrame));
-        SetDlgItemInt(dialog, kGoToFrameNumber, static_cast<int>(CurrentFrame));
+    SetDlgItemText(dialog, kGoToFrameRange, Format("0 to %u", LastFrame));
+    SetDlgItemInt(dialog, kGoToFrameNumber, static_cast<int>(CurrentFrame));
+    FocusDlgItem(dialog, kGoToFrameNumber);
+}
+
+void AcceptGoToFrame(HWND dialog)
+{
+    const auto frame = ScanDecimal(GetDlgItemText(dialog, kGoToFrameNumber));
+    if (!frame || *frame < 0 || static_cast<std::uint32_t>(*frame) > LastFrame) {
+        Tell(Format("Please enter a frame number from 0 to %u.", LastFrame));
         FocusDlgItem(dialog, kGoToFrameNumber);
-        return 1;
+        return;
     }
-    if (message != WM_COMMAND) return 0;
-    if (LowWord(wParam) == kIdCancel) EndDialog(dialog, kCancelled);
-    if (LowWord(wParam) == kIdOk) {
-        const auto frame = ScanDecimal(GetDlgItemText(dialog, kGoToFrameNumber));
-        if (!frame || *frame < 0 || static_cast<std::uint32_t>(*frame) > LastFrame) {
-            Tell(Format("Please enter a frame number from 0 to %u.", LastFrame));
-            FocusDlgItem(dialog, kGoToFrameNumber);
-            return 1;
-        }
-        EndDialog(dialog, *frame);
-    }
-    return 1;
+    EndDialog(dialog, *frame);
+}
+
+void CancelGoToFrame(HWND dialog)
+{
+    EndDialog(dialog, kNoFrame);
+}
+
+LRESULT fnGOTOFRAMEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+constexpr DialogEntry kGoToFrameEntries[] = {{kIdOk, AcceptGoToFrame}, {kIdCancel, CancelGoToFrame}};
+constexpr DialogFrame kGoToFrame{.name = "GOTOFRAME",
+                                 .procedure = fnGOTOFRAMEDlgProc,
+                                 .open = OpenGoToFrame,
+                                 .entries = kGoToFrameEntries,
+                                 .cantOpenResult = kNoFrame};
+LRESULT fnGOTOFRAMEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    return HandleDialogMessage(kGoToFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace
@@ -94,7 +107,7 @@ int OpenStoredFile(std::string_view path)
     }
     if (shown) {
         AddRecentFile(path);
-        StatusString(1, 0);
+        StatusString(kIdleHint, kLeftAligned);
     }
     return shown;
 }
@@ -122,15 +135,14 @@ void PlayNextFrame()
         StopPlaying();
         return;
     }
-    if (!ImageCursorOn) StatusString(1, 0);
+    if (!ImageCursorOn) StatusString(kIdleHint, kLeftAligned);
 }
 
 void GoToFrameDialog()
 {
     StopPlaying();
     if (!TakeSequenceOnView()) return;
-    const int frame = DialogBox("GOTOFRAME", hWndMain, fnGOTOFRAMEDlgProc);
-    if (frame == -1) MessageBox(hWndMain, "Unable to display dialog", "System Error");
+    const int frame = RunDialog(kGoToFrame, hWndMain);
     if (frame >= 0) GoToFrame(static_cast<std::uint32_t>(frame));
 }
 

@@ -1,18 +1,20 @@
 #include "viewing/save_dialog.h"
 
-#include "config/settings.h"
+#include "config/settings_write.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/directory.h"
 #include "platform/files.h"
-#include "platform/help.h"
 #include "platform/profile.h"
 #include "platform/text.h"
-#include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "state/camera_config.h"
+#include "state/state_registry.h"
 #include "state/windows_write.h"
+#include "ui/dialog_frame.h"
 #include "ui/file_lists.h"
-#include "viewing/saving.h"
+#include "viewing/save_dialog_write.h"
+#include "viewing/saving_write.h"
 
 #include <algorithm>
 #include <iterator>
@@ -23,11 +25,21 @@
 
 namespace kelvo {
 
-std::int32_t SaveDialogMode = kSaveImages;
-std::int32_t SaveAverage = 0;
-std::int32_t SaveStdDev = 0;
+namespace write {
+SaveDialogVariables saveDialog;
+}
+
+constinit const std::int32_t& SaveDialogMode = write::saveDialog.SaveDialogMode;
+constinit const std::int32_t& SaveAverage = write::saveDialog.SaveAverage;
+constinit const std::int32_t& SaveStdDev = write::saveDialog.SaveStdDev;
 
 namespace {
+
+const StateNames kStateNames{
+    Named("SaveDialogMode", SaveDialogMode),
+    Named("SaveAverage", SaveAverage),
+    Named("SaveStdDev", SaveStdDev),
+};
 
 constexpr int kFramesToAverage = 1488;
 constexpr int kBeginningNumber = 1486;
@@ -37,7 +49,6 @@ constexpr int kCameraDescription = 1608;
 constexpr int kMultiFrame = 1784;
 constexpr int kSaveAverage = 1002;
 constexpr int kSaveStdDev = 1471;
-constexpr int kHelpTopic = 257;
 
 constexpr std::int32_t kMostFrames = 1000;
 constexpr std::int32_t kMostBeginningNumber = 9999;
@@ -112,8 +123,8 @@ void Open(HWND dialog)
     CheckRadioButton(dialog, kCamera1, kCamera2, kCamera1);
     SetDlgItemText(dialog, kCameraDescription, ActiveConfig.Description);
     EnableByMode(dialog);
-    SaveAverage = 0;
-    SaveStdDev = 0;
+    write::saveDialog.SaveAverage = 0;
+    write::saveDialog.SaveStdDev = 0;
 
     const Pattern& pattern = PatternOf(SaveDialogMode);
     CheckPattern(dialog, pattern.radio);
@@ -149,8 +160,7 @@ std::optional<std::int32_t> WholeNumber(std::string_view text)
 std::nullopt_t RefuseNumber(HWND dialog, int id, std::string_view text)
 {
     Beep();
-    MessageBox(dialog, text, kMessageCaption);
-    FocusDlgItem(dialog, id);
+    RefuseField(dialog, id, text);
     return std::nullopt;
 }
 
@@ -179,14 +189,14 @@ bool StoreNumbers(HWND dialog)
     const auto frames = ReadFramesToAverage(dialog);
     if (!frames) return false;
     if (SaveDialogMode != kSaveSequences) {
-        FramesToAverageImage = *frames;
+        write::saving.FramesToAverageImage = *frames;
         return true;
     }
-    FramesToAverageSeq = *frames;
+    write::saving.FramesToAverageSeq = *frames;
     const auto number = ReadBeginningNumber(dialog);
     if (!number) return false;
-    SeqNumber = *number;
-    SeqNumberStart = *number;
+    write::saving.SeqNumber = *number;
+    write::saving.SeqNumberStart = *number;
     return true;
 }
 
@@ -247,109 +257,97 @@ bool AgreeToReplaceSequence(HWND dialog, const std::string& name)
                       BoxButtons::kOkCancel, Button::kCancel) == Button::kOk;
 }
 
-// True when the dialog is done.
-bool Accept(HWND dialog)
+void Accept(HWND dialog)
 {
-    if (EnterSelectedDirectory(dialog)) return false;
+    if (EnterSelectedDirectory(dialog)) return;
     std::string name = GetDlgItemText(dialog, kNameToFile);
     if (name.find('*') != std::string::npos) {
         ListPattern(dialog, name);
-        return false;
+        return;
     }
-    if (name.empty() || name.find('?') != std::string::npos) return false;
+    if (name.empty() || name.find('?') != std::string::npos) return;
     name = WithExtension(WithoutParentPrefix(name), RadioChecked(dialog));
-    if (!AgreeToReplaceSequence(dialog, name)) return false;
+    if (!AgreeToReplaceSequence(dialog, name)) return;
     const std::string before = CurrentDirectory();
     const auto path = WholePath(dialog, name);
     if (!path || !StoreNumbers(dialog)) {
         ChangeDirectory(before);  // the name in the field is meant from there
-        return false;
+        return;
     }
     write::windows.FilePathBuf = *path;
-    return true;
+    EndDialog(dialog, 1);
 }
 
 // ---- The procedure
 
 void StoreMultiFrame(HWND dialog)
 {
-    MultiFrame = IsDlgButtonChecked(dialog, kMultiFrame) ? 1 : 0;
+    write::settings.MultiFrame = IsDlgButtonChecked(dialog, kMultiFrame) ? 1 : 0;
     WritePrivateProfileString("Save", "MultiFrame", Format("%d", MultiFrame), IniFilePath);
 }
 
 // One of the two at most.
-void PickBufferBox(HWND dialog, int id, int other)
+void PickBufferBox(HWND dialog, int id)
 {
+    const int other = id == kSaveAverage ? kSaveStdDev : kSaveAverage;
     if (IsDlgButtonChecked(dialog, id)) CheckDlgButton(dialog, other, false);
-    SaveAverage = IsDlgButtonChecked(dialog, kSaveAverage) ? 1 : 0;
-    SaveStdDev = IsDlgButtonChecked(dialog, kSaveStdDev) ? 1 : 0;
+    write::saveDialog.SaveAverage = IsDlgButtonChecked(dialog, kSaveAverage) ? 1 : 0;
+    write::saveDialog.SaveStdDev = IsDlgButtonChecked(dialog, kSaveStdDev) ? 1 : 0;
 }
 
-void OkPressed(HWND dialog)
+void PickPattern(HWND dialog, int id)
 {
-    if (Accept(dialog)) EndDialog(dialog, 1);
+    ChangePattern(dialog, PatternOf(id).pattern);
 }
 
-void CancelPressed(HWND dialog)
+void AcceptSelected(HWND dialog)
+{
+    TakeSelectedFile(dialog);
+    Accept(dialog);
+}
+
+void Cancel(HWND dialog)
 {
     ChangeDirectory(directoryAtOpening);
     EndDialog(dialog, 0);
 }
 
-LRESULT RunControl(HWND dialog, int id, int notification)
-{
-    switch (id) {
-        case kIdOk:
-            OkPressed(dialog);
-            return 1;
-        case kIdCancel:
-            CancelPressed(dialog);
-            return 1;
-        case kIdHelp:
-            ShowHelpContext(kHelpTopic);
-            return 1;
-        case kSaveImages:
-        case kSaveSequences:
-        case kSaveAnything:
-        case kSaveBuffers:
-            ChangePattern(dialog, PatternOf(id).pattern);
-            return 1;
-        case kFilesThatFit:
-            TakeSelectedFile(dialog);
-            if (notification == kDoubleClicked) OkPressed(dialog);
-            return 1;
-        case kDirectoriesBelow:
-            if (notification == kDoubleClicked) EnterSelectedDirectory(dialog);
-            return 1;
-        case kMultiFrame:
-            StoreMultiFrame(dialog);
-            return 1;
-        case kSaveAverage:
-            PickBufferBox(dialog, kSaveAverage, kSaveStdDev);
-            return 1;
-        case kSaveStdDev:
-            PickBufferBox(dialog, kSaveStdDev, kSaveAverage);
-            return 1;
-        default:
-            return 0;
-    }
-}
+constexpr DialogEntry kEntries[] = {
+    {kSaveImages, PickPattern},
+    {kSaveSequences, PickPattern},
+    {kSaveAnything, PickPattern},
+    {kSaveBuffers, PickPattern},
+    {kFilesThatFit, OnFileSelected, kSelectionChanged},
+    {kFilesThatFit, AcceptSelected, kDoubleClicked},
+    {kDirectoriesBelow, OnDirectoryChosen, kDoubleClicked},
+    {kMultiFrame, StoreMultiFrame},
+    {kSaveAverage, PickBufferBox},
+    {kSaveStdDev, PickBufferBox},
+    {kIdOk, Accept},
+    {kIdCancel, Cancel},
+};
 
-LRESULT fnSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+constexpr DialogFrame kFrame{
+    .name = "SAVE", .procedure = fnSAVEDlgProc, .open = Open, .entries = kEntries, .helpContext = kHelpSaveImage};
+LRESULT fnSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    if (message == WM_INITDIALOG) {
-        Open(dialog);
-        return 1;
-    }
-    if (message != WM_COMMAND) return 0;
-    return RunControl(dialog, LowWord(wParam), HighWord(wParam));
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace
 
 int SaveDialog(HWND window)
 {
-    return ShowDialog("SAVE", window, fnSAVEDlgProc) == 1 ? 1 : 0;
+    return RunDialog(kFrame, window) == 1 ? 1 : 0;
+}
+
+void ResetSaveDialog()
+{
+    write::saveDialog.SaveDialogMode = kSaveImages;
+    write::saveDialog.SaveAverage = 0;
+    write::saveDialog.SaveStdDev = 0;
+    directoryAtOpening.clear();
 }
 
 }  // namespace kelvo

@@ -8,20 +8,23 @@
 
 namespace kelvo {
 
-// The pattern that the dialog opens with. Written by the commands that save. The numbers are the radio buttons'.
+// The pattern that the dialog opens with. The numbers are the radio buttons'.
 constexpr int kSaveImages = 1468;     // *.img
 constexpr int kSaveSequences = 1470;  // *.seq
 constexpr int kSaveAnything = 1484;   // *.*
 constexpr int kSaveBuffers = 1480;    // *.buf
-extern std::int32_t SaveDialogMode;
+extern const std::int32_t& SaveDialogMode;
 
 // What a buffer is saved as: at most one is 1. Both 0 when the dialog opens.
-extern std::int32_t SaveAverage;
-extern std::int32_t SaveStdDev;
+extern const std::int32_t& SaveAverage;
+extern const std::int32_t& SaveStdDev;
 
 // Runs the dialog in SaveDialogMode. 1: the whole path is in FilePathBuf, the numbers in FramesToAverageImage, or in
 // FramesToAverageSeq, SeqNumber and SeqNumberStart, and the working directory is the file's. 0: cancelled, the working
 // directory as before; or "Unable to display dialog" under "System Error". MultiFrame is stored the moment it changes.
 int SaveDialog(HWND window);
+
+// As before the dialog was first opened.
+void ResetSaveDialog();
 
 }  // namespace kelvo

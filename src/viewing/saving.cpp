@@ -3,37 +3,44 @@
 #include "acquire/averaging.h"
 #include "config/settings.h"
 #include "grabber/frame_size.h"
+#include "imagefile/frame_writer.h"
 #include "imagefile/header_write.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
 #include "state/frame_state.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
+#include "viewing/saving_write.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <optional>
-#include <utility>
 #include <vector>
 
 namespace kelvo {
 
-std::int32_t FramesToAverageImage = 1;
-std::int32_t FramesToAverageSeq = 1;
-std::int32_t SeqNumber = 0;
-std::int32_t SeqNumberStart = 0;
+namespace write {
+SavingVariables saving;
+}
+
+constinit const std::int32_t& FramesToAverageImage = write::saving.FramesToAverageImage;
+constinit const std::int32_t& FramesToAverageSeq = write::saving.FramesToAverageSeq;
+constinit const std::int32_t& SeqNumber = write::saving.SeqNumber;
+constinit const std::int32_t& SeqNumberStart = write::saving.SeqNumberStart;
 
 namespace {
 
-constexpr std::uint32_t kNoGrabberMode = 0x20;
-constexpr std::uint32_t kLiveWithoutGrabberMode = 0xA0;
-constexpr std::size_t kHeaderWords = sizeof(ImageHeaderRecord) / 2;
+const StateNames kStateNames{
+    Named("FramesToAverageImage", FramesToAverageImage),
+    Named("FramesToAverageSeq", FramesToAverageSeq),
+    Named("SeqNumber", SeqNumber),
+    Named("SeqNumberStart", SeqNumberStart),
+};
+
 constexpr std::size_t kMostNameCharacters = 8;  // of stem and number, as file names once had
-// A frame may lie behind others that a full disk has swallowed, but not anywhere.
-constexpr std::int64_t kWidestGap = std::numeric_limits<std::int32_t>::max();
 
 void Beep()
 {
@@ -95,12 +102,12 @@ std::uint32_t ImageMode()
 {
     constexpr std::uint32_t common = kAverage16 | kShowProgress;
     if (GrabberPresent && !ViewingFile) return common | kTakeNewFrames;
-    return common | (LiveVideo ? kLiveWithoutGrabberMode : kNoGrabberMode);
+    return common | kWithoutBoard | (LiveVideo ? kPlainFrame : 0);
 }
 
 std::uint32_t SequenceMode()
 {
-    const std::uint32_t source = GrabberPresent && !ViewingFile ? kTakeNewFrames : kNoGrabberMode;
+    const std::uint32_t source = GrabberPresent && !ViewingFile ? kTakeNewFrames : kWithoutBoard;
     const bool live = !ViewingFile && LiveVideo;
     return kAverage16 | kShowProgress | source | (live ? kPlainFrame : 0);
 }
@@ -114,48 +121,31 @@ void BuildHeaderOfCamera()
     write::file.ImageHeader = *BuildImageHeader(&record, 0, 0, 0, 0, size.x - 1, size.y - 1);
 }
 
-// True if all 512 bytes were written. The record in memory stays in native order.
-bool WriteHeader(File& file, ImageHeaderRecord record)
-{
-    const std::span<std::byte> bytes = std::as_writable_bytes(std::span(&record, 1));
-    if (record.ByteSwap == 0) SwapHeaderBytes(bytes, kHeaderWords);
-    return file.Write(bytes) == bytes.size();
-}
-
-// Bytes written. In a byte-swapped file counts is swapped in place.
-std::size_t WriteCounts(File& file, std::span<std::int16_t> counts)
-{
-    const std::span<std::byte> bytes = std::as_writable_bytes(counts);
-    if (ImageHeader.ByteSwap == 0) SwapDataBytes(bytes, counts.size());
-    return file.Write(bytes);
-}
-
 // ---- Save image
 
-int RefuseImage(std::optional<NewFile>& file, const char* text)
+int RefuseImage(std::optional<FrameWriter>& file, const char* text)
 {
     file.reset();  // nothing is left of it before the operator reads why
     Tell(text);
     return 0;
 }
 
-// The disk filled up among the pixels. A new file stays as far as it came; one that stood before is worth more whole.
-void KeepCutImage(NewFile& file, bool replacing)
+int WriteImage(std::optional<FrameWriter>& file, std::span<std::int16_t> counts)
 {
-    if (!replacing) file.Keep();
-}
-
-int WriteImage(std::optional<NewFile>& file, std::span<std::int16_t> counts, bool replacing)
-{
-    if (!file || !WriteHeader(file->Contents(), ImageHeader)) {
-        return RefuseImage(file, "Failure writing header for image file");
+    constexpr const char* kNoHeader = "Failure writing header for image file";
+    if (!file) return RefuseImage(file, kNoHeader);
+    switch (file->WriteImage(ImageHeader, counts).fault) {
+        case FrameFault::kNone:
+            if (file->Keep()) return 1;
+            TellWriteError();
+            return 0;  // what was written and not kept is gone
+        case FrameFault::kCut:
+            file->KeepCut();
+            TellWriteError();
+            return 1;
+        default:
+            return RefuseImage(file, kNoHeader);
     }
-    const bool whole = WriteCounts(file->Contents(), counts) == counts.size_bytes();
-    if (whole && file->Keep()) return 1;
-    if (!whole) KeepCutImage(*file, replacing);
-    file.reset();
-    TellWriteError();
-    return whole ? 0 : 1;  // what was written and not kept is gone
 }
 
 // ---- Save sequence
@@ -200,162 +190,53 @@ std::size_t StemLength(const std::string& basePath)
     return stem.size();
 }
 
-// Where a frame of a sequence goes: to a file of its own, or into the multi-frame file.
-struct SequenceFile {
-    std::string path;
-    std::optional<NewFile> own;
-    std::optional<File> shared;
-    bool replacing = false;  // of its own: another file stands under the name
-    bool wasEmpty = true;    // before this frame
-
-    // Null: it couldn't be opened.
-    File* Contents()
-    {
-        if (own) return &own->Contents();
-        return shared ? &*shared : nullptr;
-    }
-    bool Finish()
-    {
-        if (own) return own->Keep();
-        return shared && shared->Close();
-    }
-};
-
-void OpenMultiFrameFile(SequenceFile& file)
-{
-    file.shared = File::Open(file.path, FileMode::kReadWrite);
-    // A file that stands there and can't be written is not to be cut to nothing.
-    if (!file.shared && !FileExists(file.path)) file.shared = File::Open(file.path, FileMode::kCreate);
-    file.wasEmpty = !file.shared || file.shared->Length() == 0;
-}
-
-// False: the operator keeps the file that stands there.
-bool OpenOwnFile(SequenceFile& file)
-{
-    file.replacing = FileExists(file.path);
-    if (file.replacing && !AgreeToReplace(file.path)) return false;
-    file.own = NewFile::Begin(file.path);
-    return true;
-}
-
-// Frames of a record's size behind 512 bytes.
-std::int64_t WholeFrames(const ImageHeaderRecord& header, std::int64_t fileBytes)
-{
-    const auto behindHeader = fileBytes - static_cast<std::int64_t>(sizeof(ImageHeaderRecord));
-    const std::int64_t recordBytes = FrameRecordBytes(header);
-    return recordBytes > 0 && behindHeader > 0 ? behindHeader / recordBytes : 0;
-}
-
-// Where the last frame that the record counts begins.
-std::int64_t PositionOfLastFrame(const ImageHeaderRecord& header)
-{
-    const std::int64_t frames = header.FrameCount;
-    const std::int64_t frameBytes = std::int64_t{header.ImageWidth} * header.ImageHeight * header.SampleBytes;
-    return frameBytes * (frames - 1) + std::int64_t{sizeof(ImageHeaderRecord)} + frames * header.ImageHeaderDataOffset;
-}
-
-bool LastFrameCanStand(const ImageHeaderRecord& header, std::int64_t fileBytes)
-{
-    const std::int64_t position = PositionOfLastFrame(header);
-    return position >= std::int64_t{sizeof(ImageHeaderRecord)} && position <= fileBytes + kWidestGap;
-}
-
-bool DescribesFrames(const ImageHeaderRecord& header)
-{
-    const auto within = [](std::int32_t value, std::int32_t most) { return value > 0 && value <= most; };
-    return within(header.ImageWidth, kMaxImageSide) && within(header.ImageHeight, kMaxImageSide) &&
-           within(header.SampleBytes, 4) && header.ImageHeaderDataOffset >= 0;
-}
-
-// The header of a multi-frame file that has frames, with one frame more, into ImageHeader. It is taken as the bytes
-// stand, whatever the frame in hand measures; false where no frame could be put where it says.
-bool TakeHeaderOfFile(File& file)
-{
-    ImageHeaderRecord record;
-    const std::span<std::byte> bytes = std::as_writable_bytes(std::span(&record, 1));
-    if (!file.Seek(0) || file.Read(bytes) < bytes.size() || !DescribesFrames(record)) return false;
-    // A writer that was stopped may have left more frames than it had counted.
-    const std::int64_t frames = std::max<std::int64_t>(record.FrameCount, WholeFrames(record, file.Length())) + 1;
-    if (frames > std::numeric_limits<std::uint32_t>::max()) return false;
-    record.FrameCount = static_cast<std::uint32_t>(frames);
-    if (!LastFrameCanStand(record, file.Length())) return false;
-    write::file.ImageHeader = record;
-    return true;
-}
-
 // False: no frame can be put where the header says; ImageHeader is as it was.
-bool PrepareSequenceHeader(File& file, bool isEmpty)
+bool PrepareSequenceHeader(FrameWriter& file)
 {
     if (ViewingFile) {
         ImageHeaderRecord record = ImageHeader;
         record.FrameCount = record.FrameCount + 1;
-        if (!LastFrameCanStand(record, file.Length())) return false;
+        if (!file.HasPlaceFor(record)) return false;
         write::file.ImageHeader = record;
         return true;
     }
-    if (!isEmpty) return TakeHeaderOfFile(file);
-    BuildHeaderOfCamera();
-    return true;
+    if (file.BeganEmpty()) {
+        BuildHeaderOfCamera();
+        return true;
+    }
+    const std::optional<ImageHeaderRecord> ofFile = file.HeaderWithOneMore();
+    if (ofFile) write::file.ImageHeader = *ofFile;
+    return ofFile.has_value();
 }
 
-// Nothing of this frame is left: a file that began with it goes, one that had frames stays.
-void Drop(SequenceFile& file)
+// A multi-frame file is never deleted for this.
+std::int32_t EndWithoutHeader(std::optional<FrameWriter>& file, const ImageHeaderRecord& before)
 {
-    const bool began = file.shared && file.wasEmpty && FileExists(file.path);
-    file.own.reset();
-    file.shared.reset();
-    if (began) DeleteFileNamed(file.path);
-}
-
-std::int32_t EndWithoutHeader(SequenceFile& file, const ImageHeaderRecord& before)
-{
-    file.own.reset();  // a multi-frame file is never deleted for this
-    file.shared.reset();
+    file.reset();
     if (ViewingFile) write::file.ImageHeader = before;
     Tell("Failure writing header for image file\nDisk Full ??");
     return 0;
 }
 
-// The disk filled up among the pixels.
-std::int32_t EndCutFrame(SequenceFile& file, File& contents, std::size_t written)
+// The disk filled up among the pixels. A first frame goes, and the file with it that it began.
+std::int32_t EndCutFrame(FrameWriter& file, bool isFirst, const FrameWritten& written)
 {
-    const auto result = static_cast<std::int32_t>(written);
-    const std::uint32_t frames = ImageHeader.FrameCount;
-    if (frames <= 1) {
-        Drop(file);
-        TellWriteError();
-        return result;
+    if (isFirst) {
+        file.Drop();
+    } else {
+        file.KeepCut();
     }
-    write::file.ImageHeader.FrameCount = frames - 1;
-    // It lands behind the partial frame, where the file stands; readers count frames by the length.
-    const bool headerWritten = WriteHeader(contents, ImageHeader);
-    if (file.own && !file.replacing) file.own->Keep();
-    file.own.reset();
-    file.shared.reset();
-    if (!headerWritten) {
+    if (written.fault == FrameFault::kCutNoHeader) {
         Tell("Failure writing header for image update file\nDisk full ??");
         return 0;
     }
     TellWriteError();
-    return result;
+    return static_cast<std::int32_t>(written.bytes);
 }
 
-std::int32_t WriteSequenceFrame(SequenceFile& file, File& contents, std::span<std::int16_t> counts,
-                                std::uint32_t framesAveraged, std::int32_t& sequenceNumber)
+std::int32_t EndWholeFrame(FrameWriter& file, const ImageHeaderRecord& before, std::int32_t& sequenceNumber)
 {
-    const ImageHeaderRecord before = ImageHeader;
-    if (!PrepareSequenceHeader(contents, file.wasEmpty)) {
-        file.own.reset();
-        file.shared.reset();
-        return RefuseSequenceFile(file.path, "\nSaveSequence: Unable to read existing image header!");
-    }
-    write::file.ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesAveraged);
-    if (!contents.Seek(0) || !WriteHeader(contents, ImageHeader)) return EndWithoutHeader(file, before);
-    contents.Seek(PositionOfLastFrame(ImageHeader));
-    const std::size_t written = WriteCounts(contents, counts);
-    if (written != counts.size_bytes()) return EndCutFrame(file, contents, written);
-    if (!file.Finish()) {
-        file.own.reset();
+    if (!file.Keep()) {
         if (ViewingFile) write::file.ImageHeader = before;
         TellWriteError();
         return 0;
@@ -364,13 +245,35 @@ std::int32_t WriteSequenceFrame(SequenceFile& file, File& contents, std::span<st
     return 1;
 }
 
+std::int32_t WriteSequenceFrame(std::optional<FrameWriter>& file, const std::string& path,
+                                std::span<std::int16_t> counts, std::uint32_t framesAveraged,
+                                std::int32_t& sequenceNumber)
+{
+    if (!file) return RefuseSequenceFile(path, "\nSaveSequence: Open file failure");
+    const ImageHeaderRecord before = ImageHeader;
+    if (!PrepareSequenceHeader(*file)) {
+        file.reset();
+        return RefuseSequenceFile(path, "\nSaveSequence: Unable to read existing image header!");
+    }
+    write::file.ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesAveraged);
+    const bool isFirst = ImageHeader.FrameCount <= 1;
+    const FrameWritten written = file->AppendFrame(write::file.ImageHeader, counts);
+    switch (written.fault) {
+        case FrameFault::kNone:
+            return EndWholeFrame(*file, before, sequenceNumber);
+        case FrameFault::kNoHeader:
+            return EndWithoutHeader(file, before);
+        default:
+            return EndCutFrame(*file, isFirst, written);
+    }
+}
+
 }  // namespace
 
 int SaveImage(const std::string& path, std::uint32_t framesToAverage)
 {
-    const bool replacing = FileExists(path);
-    if (replacing && !AgreeToReplace(path)) return 0;
-    std::optional<NewFile> file = NewFile::Begin(path);
+    if (FileExists(path) && !AgreeToReplace(path)) return 0;
+    std::optional<FrameWriter> file = FrameWriter::Create(path);
     if (!file) {
         Beep();
         Tell(path + "\nOpen file failure on Save Image");
@@ -386,7 +289,7 @@ int SaveImage(const std::string& path, std::uint32_t framesToAverage)
     StatusMessage(" Writing image to file", kCentred);
     if (!ViewingFile) BuildHeaderOfCamera();
     write::file.ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesToAverage);
-    return WriteImage(file, counts, replacing);
+    return WriteImage(file, counts);
 }
 
 std::string SequenceFilePath(const std::string& basePath, std::int32_t number)
@@ -417,17 +320,21 @@ std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNum
                                   Format("\nSequence number, %d, too large for given base filename", sequenceNumber));
     }
 
-    SequenceFile file;
-    file.path = SequenceFilePath(basePath, sequenceNumber);
-    if (MultiFrame) {
-        OpenMultiFrameFile(file);
-    } else if (!OpenOwnFile(file)) {
+    const std::string path = SequenceFilePath(basePath, sequenceNumber);
+    if (!MultiFrame && FileExists(path) && !AgreeToReplace(path)) {
         ++sequenceNumber;  // the next press offers the next number
         return -1;
     }
-    File* const contents = file.Contents();
-    if (!contents) return RefuseSequenceFile(file.path, "\nSaveSequence: Open file failure");
-    return WriteSequenceFrame(file, *contents, counts, frames, sequenceNumber);
+    std::optional<FrameWriter> file = MultiFrame ? FrameWriter::OpenInPlace(path) : FrameWriter::Create(path);
+    return WriteSequenceFrame(file, path, counts, frames, sequenceNumber);
+}
+
+void ResetSaving()
+{
+    write::saving.FramesToAverageImage = 1;
+    write::saving.FramesToAverageSeq = 1;
+    write::saving.SeqNumber = 0;
+    write::saving.SeqNumberStart = 0;
 }
 
 }  // namespace kelvo

@@ -16,11 +16,11 @@
 
 namespace kelvo {
 
-// Written by the SAVE dialog.
-extern std::int32_t FramesToAverageImage;  // 1 to 1000
-extern std::int32_t FramesToAverageSeq;
-extern std::int32_t SeqNumber;       // the next number; counted up by SaveSequence
-extern std::int32_t SeqNumberStart;  // as entered
+// As the SAVE dialog took them last.
+extern const std::int32_t& FramesToAverageImage;  // 1 to 1000
+extern const std::int32_t& FramesToAverageSeq;
+extern const std::int32_t& SeqNumber;       // the next number; counted up by SaveSequence
+extern const std::int32_t& SeqNumberStart;  // as entered
 
 // Writes one image. 1 when the file was written, also after "Error writing data to file!" (the disk filled up among the
 // pixels): a new file then stays as far as it came, and a file that was to be replaced stays as it was. 0 when it was
@@ -46,5 +46,8 @@ std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNum
 
 // The path that the image of that number gets: 0 and below are one digit.
 std::string SequenceFilePath(const std::string& basePath, std::int32_t number);
+
+// The numbers of the start.
+void ResetSaving();
 
 }  // namespace kelvo

@@ -68,7 +68,9 @@ FrameRead ReadRecord(File& file, std::int32_t headerSize, std::uint32_t frame)
 {
     if (ImageHeader.SampleBytes == 4) return ReadFloatRecord(file, headerSize, frame);
     const FrameRead read = ReadFrameRecord(file, ImageHeader, headerSize, frame, write::frames.ImageBuffer);
-    if (read == FrameRead::kComplete && (DisplayUnit == 2 || DisplayUnit == 23)) SetDisplayUnit(kUnitCelsius);
+    if (read == FrameRead::kComplete && (DisplayUnit == kUnitCelsius || DisplayUnit == kUnitDeviationCelsius)) {
+        SetDisplayUnit(kUnitCelsius);
+    }
     return read;
 }
 

@@ -1,7 +1,8 @@
 #include "acquire/averaging.h"
 
 #include "grabber/board.h"
-#include "grabber/host_frames.h"
+#include "grabber/board_state_write.h"
+#include "grabber/host_frames_write.h"
 #include "imagefile/header_write.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
@@ -42,7 +43,7 @@ class Averaging : public BoardTest {
         write::camera.numBufFrames = 8;
         GoLive(2, 2);
         write::cal.CalType = 0;
-        DataOffset = 0;
+        write::board.DataOffset = 0;
         write::cal.DecomList = {0, 1, 2, 3};
         write::cal.OffsetList = {0, 0, 0, 0};
         write::cal.GainList = {1, 1, 1, 1};
@@ -71,7 +72,7 @@ class Averaging : public BoardTest {
     {
         AllocateHostFrames();
         std::size_t k = 0;
-        for (const auto& frame : frames) HostFrames.at(k++) = frame;
+        for (const auto& frame : frames) write::hostFrames.HostFrames.at(k++) = frame;
         write::buffer.BufferFirstFrame = 0;
         write::buffer.BufferLastFrame = static_cast<std::int32_t>(frames.size()) - 1;
         write::buffer.BufferRectTop = write::buffer.BufferRectLeft = 0;
@@ -196,7 +197,7 @@ TEST_F(Averaging, WithoutASourceTheBlockIsOnlyFinished)
 TEST_F(Averaging, FrozenOneFrameIsTheFrozenFrame)
 {
     Freeze();
-    DataOffset = 100;
+    write::board.DataOffset = 100;
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_THAT(counts, ElementsAre(107, 108, 109, 110));
     EXPECT_EQ(Average(1, kSum32 | kTakeNewFrames), 1);
@@ -297,7 +298,7 @@ TEST_F(Averaging, AMirroredOrSubstitutedPixelIsAsOnTheScreen)
 
 TEST_F(Averaging, DataOffsetIsPartOfTheCounts)
 {
-    DataOffset = 500;
+    write::board.DataOffset = 500;
     Pictures({1000});
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);
     EXPECT_THAT(counts, ElementsAre(1500, 1501, 1600, 1601));

@@ -1,6 +1,6 @@
 // The CALIB dialog, worked as an operator works it.
-#include "calib/calibration.h"
-#include "calib/calibration_fixture.h"
+#include "calib/calibration_dialog.h"
+
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/front.h"
@@ -13,6 +13,7 @@
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
+#include "support/calibration_fixture.h"
 #include "support/name_file.h"
 #include "ui/status.h"
 

@@ -1,15 +1,15 @@
 // What the report tells, on numbers worked by hand, and what its dialog shows.
 #include "calib/calibration_report.h"
 
-#include "calib/calibration_fixture.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
 #include "platform/paint.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/windows.h"
+#include "support/calibration_fixture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

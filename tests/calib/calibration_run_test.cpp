@@ -1,10 +1,10 @@
 // Calibration runs on a camera of 2 x 4 detectors whose frames are given: every step that asks or fails, and what is
 // left behind.
-#include "calib/calibration_run.h"
 
-#include "calib/calibration.h"
 #include "calib/calibration_report.h"
+#include "calib/calibration_set.h"
 #include "calib/last_set.h"
+#include "calib/one_point_run.h"
 #include "calib/reload_lists.h"
 #include "calib/run_fixture.h"
 #include "grabber/board.h"
@@ -21,7 +21,7 @@
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 #include "ui/status.h"
 #include "video/video.h"
 
@@ -435,7 +435,8 @@ TEST_F(TwoPointRun, AListThatCantBeSavedLeavesTheFormerSetAndTheCalibrationInFor
     std::filesystem::create_directories(InDirectory("Last.off/inside"));
     EXPECT_EQ(TwoPointOf(kLow, kHigh), 1);
     EXPECT_THAT(BoxTexts(), Contains(HasSubstr("Last.off")));
-    EXPECT_THAT(op->Boxes().back().text, HasSubstr("its files couldn't be saved.\nThe former ones stand:"));
+    EXPECT_THAT(op->Boxes().back().text,
+                HasSubstr("its files couldn't be saved.\nThe former ones stand:\n" + InDirectory("Last.cal")));
     EXPECT_EQ(FileContents(InDirectory("Last.gai")), formerGains);
     EXPECT_EQ(FileContents(InDirectory("Last.cal")), kCalText);
     EXPECT_EQ(CalType, 2);
@@ -506,6 +507,18 @@ class OnePointRun : public CalibrationRun {
     // Mean 1050; 2000 lies outside at once. Of the rest the mean is 1000.
     const Frame source{1000, 1010, 990, 1000, 1000, 1005, 995, 1400};
 };
+
+TEST_F(OnePointRun, AListThatCantBeSavedNamesTheSetThatStands)
+{
+    PutInForce(2);
+    std::filesystem::remove(InDirectory("warm.off"));
+    std::filesystem::create_directories(InDirectory("warm.off/inside"));
+    EXPECT_EQ(OnePoint(source), 1);
+    EXPECT_EQ(op->Boxes().back().text,
+              "The calibration is in force, but its files couldn't be saved.\nThe former ones stand:\n" +
+                  InDirectory("warm.cal"));
+    EXPECT_EQ(CalSettings.CalFile, "");
+}
 
 TEST_F(OnePointRun, ANewOneFindsOffsetsAlone)
 {

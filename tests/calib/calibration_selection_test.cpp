@@ -1,6 +1,6 @@
 // Choosing the .cal file to load or to save as.
-#include "calib/calibration.h"
-#include "calib/calibration_fixture.h"
+#include "calib/calibration_selection.h"
+
 #include "platform/dialog.h"
 #include "platform/directory.h"
 #include "platform/faults.h"
@@ -11,6 +11,7 @@
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/windows.h"
+#include "support/calibration_fixture.h"
 #include "support/name_file.h"
 #include "ui/file_lists.h"
 #include "ui/status.h"

@@ -1,13 +1,13 @@
 // Settings at start-up, loading a set, saving it under another name.
-#include "calib/calibration.h"
-#include "calib/calibration_fixture.h"
+#include "calib/calibration_set.h"
+
 #include "calib/last_set.h"
 #include "camera/turn_on.h"
-#include "config/frame_rate_table.h"
+#include "config/frame_rate_table_write.h"
 #include "display/units.h"
 #include "head/camera_head.h"
 #include "head/head_transaction.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
 #include "platform/front.h"
@@ -23,8 +23,9 @@
 #include "state/frame_state_write.h"
 #include "state/head_state_write.h"
 #include "state/windows.h"
+#include "support/calibration_fixture.h"
 #include "support/full_disk.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 #include "ui/status.h"
 
 #include <gmock/gmock.h>
@@ -295,9 +296,9 @@ class LoadingASetWithAnExternalClock : public LoadingASet {
     void SetUp() override
     {
         LoadingASet::SetUp();
-        FrameRateTable.resize(6);
-        FrameRateTable[5].Mode = 'E';
-        std::ranges::copy(std::string_view("Generator 1"), FrameRateTable[5].RateText.begin());
+        write::rates.FrameRateTable.resize(6);
+        write::rates.FrameRateTable[5].Mode = 'E';
+        std::ranges::copy(std::string_view("Generator 1"), write::rates.FrameRateTable[5].RateText.begin());
     }
     int Answer(const std::string& rate, int button)
     {
@@ -336,7 +337,7 @@ TEST_F(LoadingASetWithAnExternalClock, WithoutARateNothingIsLoaded)
 
 TEST_F(LoadingASetWithAnExternalClock, AnotherRowAsksNothing)
 {
-    FrameRateTable[5].Mode = 'i';
+    write::rates.FrameRateTable[5].Mode = 'i';
     EXPECT_EQ(Load(), 1);
     EXPECT_THAT(op->Texts("dialog", "name"), IsEmpty());
 }

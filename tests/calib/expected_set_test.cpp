@@ -1,6 +1,5 @@
 // A whole two-point run from kept frames, against files that another program worked out (expected_set.py).
-#include "calib/calibration_fixture.h"
-#include "calib/calibration_run.h"
+#include "calib/two_point_run.h"
 #include "grabber/board.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
@@ -11,7 +10,8 @@
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
-#include "support/recorded_board.h"
+#include "support/calibration_fixture.h"
+#include "support/recording_board.h"
 
 #include <gtest/gtest.h>
 

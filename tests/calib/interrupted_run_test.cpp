@@ -1,9 +1,11 @@
 // Calibration runs that can't write their files, and runs that are killed while they do.
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
 #include "calib/last_set.h"
+#include "calib/one_point_run.h"
 #include "calib/run_fixture.h"
 #include "state/cal_settings_write.h"
 #include "support/full_disk.h"
+#include "support/rounds.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -250,6 +252,7 @@ class KilledRun : public InterruptedRun {
 TEST_F(KilledRun, LeavesTheSixFormerFilesOrTheSixNewOnes)
 {
     constexpr int kRounds = 200;
+    const int rounds = Rounds(kRounds);
     ASSERT_EQ(RunOf(1), 1);
     const Files odd = FilesOf(LastCalPath());
     const std::int64_t savingUs = SavingUs();
@@ -257,7 +260,7 @@ TEST_F(KilledRun, LeavesTheSixFormerFilesOrTheSixNewOnes)
     for (std::size_t i = 0; i < even.size(); ++i) ASSERT_NE(even[i], odd[i]) << kSetExtensions[i];
     int underWay = 0;
     std::array<int, 2> seen{};
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         Kill(round, static_cast<std::int64_t>(random_() % static_cast<std::uint64_t>(savingUs * 5 / 4)));
         if (FileExists(InDirectory(".calibration.journal"))) ++underWay;
         ForgetProfile(IniFilePath);
@@ -270,6 +273,7 @@ TEST_F(KilledRun, LeavesTheSixFormerFilesOrTheSixNewOnes)
         ++seen.at(files == odd ? 1 : 0);
         ExpectNothingAside();
     }
+    if (!AllRounds()) return;  // where a few kills fall is chance
     EXPECT_GT(underWay, kRounds / 4) << "kills that met a set half written";
     EXPECT_GT(seen[0], kRounds / 10);
     EXPECT_GT(seen[1], kRounds / 10);

@@ -1,7 +1,7 @@
 // A set's files replaced as one thing: commits, failures, and processes that end in between.
 #include "calib/last_set.h"
 
-#include "calib/calibration.h"
+#include "calib/calibration_set.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -9,6 +9,7 @@
 #include "state/cal_state_write.h"
 #include "state/windows_write.h"
 #include "support/full_disk.h"
+#include "support/rounds.h"
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
@@ -385,6 +386,7 @@ class KilledProcess : public LastSet {
     }
 
     static constexpr int kRounds = 200;
+    const int rounds_ = Rounds(kRounds);
     int hits_ = 0;  // kills that met a replacement under way
 
   private:
@@ -431,7 +433,7 @@ TEST_F(KilledProcess, FindsTheFormerLastSetOrTheNewOne)
     };
     Measure(calibrate);
     std::set<std::string> seen;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds_; ++round) {
         generation = 1000 * round;
         Kill(calibrate);
         ForgetProfile(IniFilePath);
@@ -442,6 +444,7 @@ TEST_F(KilledProcess, FindsTheFormerLastSetOrTheNewOne)
         seen.insert(whole);
         ExpectNothingAside();
     }
+    if (!AllRounds()) return;  // where a few kills fall is chance
     EXPECT_GT(hits_, kRounds / 10);
     EXPECT_GT(seen.size(), 10U) << "some came to their end before";
 }
@@ -465,7 +468,7 @@ TEST_F(KilledProcess, FindsASetSavedAsWholeOrNotAtAll)
     };
     Measure(save);
     std::set<std::string> seen;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds_; ++round) {
         const bool fresh = round % 2 == 0;
         if (fresh) {
             for (const std::string_view extension : kSetExtensions) std::filesystem::remove(SetFile(target, extension));
@@ -486,6 +489,7 @@ TEST_F(KilledProcess, FindsASetSavedAsWholeOrNotAtAll)
         seen.insert(whole);
         ExpectNothingAside();
     }
+    if (!AllRounds()) return;  // where a few kills fall is chance
     EXPECT_GT(hits_, kRounds / 10);
     EXPECT_THAT(seen, testing::IsSupersetOf({"1", "2"}));
 }

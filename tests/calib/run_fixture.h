@@ -1,8 +1,7 @@
 // Whole calibration runs on a camera of 2 x 4 detectors whose frames are given.
 #pragma once
 
-#include "calib/calibration_fixture.h"
-#include "calib/calibration_run.h"
+#include "calib/two_point_run.h"
 #include "grabber/board.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
@@ -13,7 +12,8 @@
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
-#include "support/recorded_board.h"
+#include "support/calibration_fixture.h"
+#include "support/recording_board.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ class CalibrationRun : public CalibrationTest {
         CalibrationTest::SetUp();
         PutFile(InDirectory("nearccw.prs"), "row,col\n0,1\n-1,0\n0,-1\n1,0\n");
         PutFile(InDirectory("platform.ini"),
-                "[Ports]\nCOM2=sim:head.cnf\n[Board]\nBoard=recorded\n[Memory]\nLimit=400\n");
+                "[Ports]\nCOM2=sim:head.cnf\n[Board]\nBoard=recording\n[Memory]\nLimit=400\n");
         ForgetProfile(InDirectory("platform.ini"));
         write::camera.numBufFrames = 4;
         write::frames.LiveVideo = 1;

@@ -1,6 +1,6 @@
 // The dialogs that wait for a source.
-#include "calib/calibration.h"
-#include "calib/calibration_fixture.h"
+#include "calib/source_dialogs.h"
+
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/help.h"
@@ -8,6 +8,7 @@
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
 #include "state/windows.h"
+#include "support/calibration_fixture.h"
 #include "ui/status.h"
 
 #include <gmock/gmock.h>

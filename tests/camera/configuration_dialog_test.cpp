@@ -14,6 +14,7 @@
 #include "state/display_state_write.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
+#include "support/shipped_file.h"
 #include "ui/docking.h"
 #include "ui/status.h"
 
@@ -414,7 +415,7 @@ TEST_F(ConfigurationDialogTest, AnsweringYesRunsTheSetUpAgain)
 
 TEST_F(ConfigurationDialogTest, TheStartPictureStandsForASecond)
 {
-    std::filesystem::copy_file(KELVO_DEFAULTS "/kelvo220.bmp", DefaultDir + "/kelvo220.bmp");
+    std::filesystem::copy_file(ShippedFile("kelvo220.bmp"), DefaultDir + "/kelvo220.bmp");
     op->Answer({Button::kYes});
     Run([](HWND dialog) {
         OperatePick(dialog, 1598, 0);

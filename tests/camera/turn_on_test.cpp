@@ -1,8 +1,6 @@
 // The camera's main switch, worked as an operator works it.
 #include "camera/turn_on.h"
 
-#include "calib/calibration.h"
-#include "head/camera_head.h"
 #include "head/section_check.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
@@ -21,7 +19,7 @@
 #include "state/windows.h"
 #include "support/head_fixture.h"
 #include "support/name_file.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 #include "ui/status.h"
 
 #include <gmock/gmock.h>
@@ -51,8 +49,8 @@ class TurnOnTest : public HeadTest {
     void SetUp() override
     {
         HeadTest::SetUp();
-        RegisterRecordedBoard();
-        WritePrivateProfileString("Board", "Board", "recorded", DefaultDir + "/platform.ini");
+        RegisterQuietBoard();
+        WritePrivateProfileString("Board", "Board", "recording", DefaultDir + "/platform.ini");
         SetMenu(hWndMain, MainMenu());
         write::camera.numBufFrames = 0;
         PutSection(std::string(kInSbSection) + "numBufFrames=0\n");
@@ -167,7 +165,7 @@ TEST_F(TurningOn, APortThatChangedInTheFileIsTheOneThatIsAsked)
 
 TEST_F(TurningOn, ABoardThatFailsIsNoticedLater)
 {
-    SetBoardConfigurationResult(-1);
+    recordingBoard.answers["itx_load_cnf"] = -1;
     EXPECT_EQ(TurnCameraOn("", 1), 1);
     EXPECT_EQ(CameraOn, 1);
     EXPECT_THAT(TakeBoardCalls(), ElementsAre("grab"));

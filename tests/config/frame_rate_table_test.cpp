@@ -1,4 +1,4 @@
-#include "config/frame_rate_table.h"
+#include "config/frame_rate_table_write.h"
 
 #include <gtest/gtest.h>
 
@@ -19,9 +19,9 @@ TEST(FrameRateTable, EveryRowIsZeroWhateverTheIndex)
 
 TEST(FrameRateTable, ARowOfTheTableIsReadByItsIndex)
 {
-    FrameRateTable.resize(4);
-    FrameRateTable[3].ReadoutShift = 7;
-    FrameRateTable[3].Mode = 'e';
+    write::rates.FrameRateTable.resize(4);
+    write::rates.FrameRateTable[3].ReadoutShift = 7;
+    write::rates.FrameRateTable[3].Mode = 'e';
     EXPECT_EQ(FrameRateRowAt(3).ReadoutShift, 7);
     EXPECT_EQ(FrameRateRowAt(3).Mode, 'e');
     EXPECT_EQ(FrameRateRowAt(2).Mode, 0);

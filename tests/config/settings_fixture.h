@@ -13,6 +13,7 @@ namespace kelvo {
 class SettingsTest : public ::testing::Test {
   protected:
     void SetUp() override;
+    void TearDown() override;  // no setting asks for a box
 
     // The file as it stands from here on.
     void PutKelvoIni(std::string_view contents);

@@ -9,6 +9,7 @@
 #include "state/frame_state_write.h"
 #include "state/head_state_write.h"
 #include "state/windows_write.h"
+#include "support/state_value.h"
 
 #include <gmock/gmock.h>
 
@@ -359,15 +360,17 @@ class SetupSettings : public SettingsTest {
 
 TEST_F(SetupSettings, MissingKeysGiveTheDefaults)
 {
-    IrigAddress = 5;
+    PutKelvoIni("[Setup]\nIrigEnable=1\nIrigAddress=5\n");
+    ReadSetupKeys();
+    PutKelvoIni("");
     ReadSetupKeys();
     ReadNumGrayLevels();
-    EXPECT_EQ(XPGBoard, 0);
+    EXPECT_EQ(StateNumber("XPGBoard"), 0);
     EXPECT_EQ(ActiveCamera, 2);
     EXPECT_EQ(MultiFrame, 0);
     EXPECT_EQ(ByteSwap, 0xFFFFU);
     EXPECT_EQ(IrigEnable, 0);
-    EXPECT_EQ(IrigAddress, 5);
+    EXPECT_EQ(StateNumber("IrigAddress"), 5);
     EXPECT_EQ(SpiffIdentity(), 18290);
     EXPECT_EQ(NumGrayLevels, 256);
 }
@@ -379,13 +382,13 @@ TEST_F(SetupSettings, KeysAreRead)
         "NumGrayLevels=65537\nMultiFrame=9\n[Save]\nMultiFrame=1\n");
     ReadSetupKeys();
     ReadNumGrayLevels();
-    EXPECT_EQ(XPGBoard, 1);
+    EXPECT_EQ(StateNumber("XPGBoard"), 1);
     EXPECT_EQ(ActiveCamera, 7);
     EXPECT_EQ(ActiveCameraSection(), "Camera.7");
     EXPECT_EQ(MultiFrame, 1);
     EXPECT_EQ(ByteSwap, 0U);
     EXPECT_EQ(IrigEnable, 2);
-    EXPECT_EQ(IrigAddress, 736);
+    EXPECT_EQ(StateNumber("IrigAddress"), 736);
     EXPECT_EQ(SpiffIdentity(), 70000);
     EXPECT_EQ(NumGrayLevels, 1);
 }
@@ -414,7 +417,7 @@ TEST_F(SetupSettings, TheEarlierIrigKeyIsTakenOverOnceAndDoesNotComeBack)
     PutKelvoIni("[Setup]\nIRIGTime=3\nIrigAddress=800\nActiveCamera=1\n");
     ReadSetupKeys();
     EXPECT_EQ(IrigEnable, 3);
-    EXPECT_EQ(IrigAddress, 800);
+    EXPECT_EQ(StateNumber("IrigAddress"), 800);
     EXPECT_TRUE(FlushProfiles());
     EXPECT_EQ(FileContents(IniFilePath), "[Setup]\nIrigAddress=800\nActiveCamera=1\nIrigEnable=1\n");
     ReadSetupKeys();

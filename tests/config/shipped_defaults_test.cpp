@@ -5,6 +5,7 @@
 #include "platform/profile.h"
 #include "state/display_state.h"
 #include "state/windows.h"
+#include "support/shipped_file.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -18,7 +19,7 @@ class ShippedDefaults : public SettingsTest {
     {
         SettingsTest::SetUp();
         for (const char* name : {"kelvo.ini", "camera.ini", "platform.ini", "buffbrd.ini"}) {
-            ASSERT_TRUE(std::filesystem::copy_file(std::string(KELVO_DEFAULTS "/") + name, directory / name)) << name;
+            ASSERT_TRUE(std::filesystem::copy_file(ShippedFile(name), directory / name)) << name;
         }
     }
 

@@ -7,6 +7,7 @@
 #include "state/display_state_write.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
+#include "support/shipped_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -146,7 +147,7 @@ double Lightness(double red, double green, double blue)
 
 TEST(ShippedPalette, LightnessRisesEvenlyFromDarkToBright)
 {
-    std::ifstream file(KELVO_DEFAULTS "/MATROX.PAL");
+    std::ifstream file(ShippedFile("MATROX.PAL"));
     std::stringstream text;
     text << file.rdbuf();
     const Read read = ReadText(text.str());

@@ -1,7 +1,6 @@
 // From a stored frame to pixels on the screen.
-#include "display/display_pipeline.h"
-
 #include "dibapi32/dibapi32.h"
+#include "display/display_pipeline_write.h"
 #include "imagefile/header_write.h"
 #include "platform/dialog.h"
 #include "platform/memory.h"
@@ -13,8 +12,9 @@
 #include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
+#include "support/state_value.h"
 #include "ui/docking.h"
-#include "ui/status.h"
+#include "ui/status_write.h"
 #include "video/video.h"
 
 #include <gmock/gmock.h>
@@ -124,8 +124,8 @@ TEST_F(Pipeline, EachImagePixelIsABlockOfTheZoom)
     EXPECT_EQ(Shown(3, 0), kWhite);
     EXPECT_EQ(Shown(9, 0), kBackground);
     EXPECT_EQ(Shown(0, 6), kBackground);
-    EXPECT_EQ(LastPaintRight, 9);
-    EXPECT_EQ(LastPaintBottom, 6);
+    EXPECT_EQ(StateNumber("LastPaintRight"), 9);
+    EXPECT_EQ(StateNumber("LastPaintBottom"), 6);
 }
 
 TEST_F(Pipeline, UnlikeZoomsMakeOblongBlocks)
@@ -146,7 +146,7 @@ TEST_F(Pipeline, ThePictureBeginsBelowThePanel)
     View(2, 1, {0, 16383});
     DrawFileOnView();
     EXPECT_EQ(Shown(3, PanelHeight()), kWhite);
-    EXPECT_EQ(LastPaintBottom, PanelHeight() + 3);
+    EXPECT_EQ(StateNumber("LastPaintBottom"), PanelHeight() + 3);
 }
 
 TEST_F(Pipeline, ZoomingOutErasesTheOldMargin)
@@ -160,8 +160,8 @@ TEST_F(Pipeline, ZoomingOutErasesTheOldMargin)
     for (const auto& [x, y] : {std::pair{20, 0}, {20, 39}, {39, 39}, {0, 20}, {19, 39}}) {
         EXPECT_EQ(Shown(x, y), kBackground) << x << ' ' << y;
     }
-    EXPECT_EQ(LastPaintRight, 20);
-    EXPECT_EQ(LastPaintBottom, 20);
+    EXPECT_EQ(StateNumber("LastPaintRight"), 20);
+    EXPECT_EQ(StateNumber("LastPaintBottom"), 20);
 }
 
 TEST_F(Pipeline, ASmallerFrameErasesWhatTheLargerOneLeft)
@@ -236,7 +236,7 @@ TEST_F(Pipeline, RepaintingShowsTheLastPictureWithoutAFileOrACameraToo)
     EXPECT_EQ(repainted(), kWhite);
     write::frames.CameraOn = 1;
     EXPECT_EQ(repainted(), kWhite);
-    FrameBitmap = {};
+    write::picture.FrameBitmap = {};
     EXPECT_EQ(repainted(), kBackground);
 }
 
@@ -252,7 +252,7 @@ TEST_F(Pipeline, AZoomOfZeroOrBeyondAllBoundsEndsWell)
     EXPECT_EQ(Shown(0, 0), kWhite);
     write::camera.ActiveConfig.Xzoom = -3;
     DrawFileOnView();
-    EXPECT_EQ(LastPaintRight, 0);
+    EXPECT_EQ(StateNumber("LastPaintRight"), 0);
 }
 
 TEST_F(Pipeline, GeometryIsWrittenButLostWithoutAPicture)
@@ -325,7 +325,7 @@ TEST_F(Pipeline, TheReadOutLeavesTheDegreeSignOut)
 TEST_F(Pipeline, TheReadOutKeepsTheLineWhenOffOrWithoutZoom)
 {
     View(20, 20, std::vector<std::int16_t>(400, 1234));
-    StatusText = "before";
+    write::status.StatusText = "before";
     ShowCursorValue(7, 12, 0);
     EXPECT_EQ(StatusText, "before");
     EXPECT_NE(CursorX, 7);
@@ -380,7 +380,7 @@ TEST_F(PipelineAtRatioTwo, APictureCoversTheSameLogicalPixels)
     EXPECT_EQ(Shown(3, 0), kWhite);
     EXPECT_EQ(Shown(5, 2), kWhite);
     EXPECT_EQ(Shown(6, 0), kBackground);
-    EXPECT_EQ(LastPaintRight, 6);
+    EXPECT_EQ(StateNumber("LastPaintRight"), 6);
 }
 
 class PipelineAtRatioOneAndAHalf : public PictureTest {
@@ -405,7 +405,7 @@ TEST_F(PipelineAtRatioOneAndAHalf, BlocksAreWholeDevicePixels)
         EXPECT_EQ(screen.pixels[static_cast<std::size_t>(x)] & 0xFFFFFF, (x / block) % 2 ? kWhite : kBlack) << x;
     }
     EXPECT_EQ(screen.pixels[static_cast<std::size_t>(30 * block)] & 0xFFFFFF, kBackground);
-    EXPECT_EQ(LastPaintRight, 40);  // 60 device pixels
+    EXPECT_EQ(StateNumber("LastPaintRight"), 40);  // 60 device pixels
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "grabber/board.h"
 
+#include "grabber/board_state_write.h"
 #include "grabber/host_frames.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
@@ -312,7 +313,7 @@ TEST_F(TriggerLines, SyncLines)
 
 TEST_F(TriggerLines, AFrameNowIsRawWithTheOffset)
 {
-    DataOffset = -1001;
+    write::board.DataOffset = -1001;
     write::cal.DecomList = {7, 6, 5, 4, 3, 2, 1, 0};  // not looked at
     write::cal.CalType = 1;
     write::cal.OffsetList.assign(8, 500);
@@ -357,7 +358,7 @@ TEST_F(FrameSize, AChangeDropsWhatHasTheOldSize)
     AllocateHostFrames();
     for (auto* frame : {&write::frames.RawFrame, &write::frames.LiveFrame, &write::cal.OffsetList})
         frame->assign(64, 1);
-    VideoCopy.assign(64, 1);
+    write::board.VideoCopy.assign(64, 1);
     write::cal.DecomList.assign(64, 1);
     write::cal.GainList.assign(64, 1);
     write::cal.CalType = 2;

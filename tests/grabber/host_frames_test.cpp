@@ -1,8 +1,8 @@
-#include "grabber/host_frames.h"
-
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "grabber/board.h"
+#include "grabber/board_state_write.h"
+#include "grabber/host_frames_write.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -69,7 +69,7 @@ TEST_F(HostFrameMemory, AreMadeOnce)
 {
     LimitFrames(2);
     AllocateHostFrames();
-    HostFrames[0][0] = 42;
+    write::hostFrames.HostFrames[0][0] = 42;
     EXPECT_EQ(AllocateHostFrames(), 2 * kBytes);
     EXPECT_EQ(HostFrames[0][0], 42);
     EXPECT_EQ(op.Texts("status", "text").size(), 3U);
@@ -237,7 +237,7 @@ class HostFrameCapture : public HostFrameMemory {
 
 TEST_F(HostFrameCapture, TakesOneFrameABlank)
 {
-    DataOffset = 7;  // not added: the frames stay raw
+    write::board.DataOffset = 7;  // not added: the frames stay raw
     EXPECT_EQ(CaptureToHostFrames(2, 0), 2);
     EXPECT_THAT(recordingBoard.asked, ElementsAre("priority 1", "icp_wait_vb 11 5", "icp_read_area 11 5 0 0 4 2",
                                                   "icp_wait_vb 11 5", "icp_read_area 11 5 0 0 4 2", "priority 0"));
@@ -288,7 +288,7 @@ class HostFrameRead : public HostFrameCapture {
     HostFrameRead()
     {
         CaptureToHostFrames(4, 0);
-        DataOffset = -1000;
+        write::board.DataOffset = -1000;
     }
 };
 

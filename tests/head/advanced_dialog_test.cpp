@@ -1,7 +1,6 @@
 // The advanced video set-up, worked as an operator works it, on top of the oscilloscope dialog.
-#include "head/advanced_dialog.h"
-
-#include "head/camera_head.h"
+#include "head/advanced_dialog_write.h"
+#include "head/camera_head_write.h"
 #include "head/scope_frame.h"
 #include "head/video_setup_fixture.h"
 #include "platform/faults.h"
@@ -69,7 +68,7 @@ TEST(WindowFromRectangle, RoundsItsSidesUpToEightAndKeepsItsCorner)
 
 TEST_F(AdvancedVideo, OpensWithTheRecords)
 {
-    HeadTiming.AdDelay = 2;
+    write::registers.HeadTiming.AdDelay = 2;
     Advanced({[](HWND dialog) {
         ASSERT_EQ(DialogName(dialog), "ADVANCED");
         EXPECT_EQ(GetWindowText(dialog), "Advanced video setup");
@@ -167,7 +166,7 @@ TEST_F(AdvancedVideo, ACheckBoxIsSentAtOnce)
 
 TEST_F(AdvancedVideo, APixelOrderOfOneDisablesItsBox)
 {
-    AdPixelOrder = 1;
+    write::pixelOrder.AdPixelOrder = 1;
     Advanced({[](HWND dialog) {
         EXPECT_FALSE(DlgItemEnabled(dialog, 9106));
         EXPECT_EQ(AdPixelOrder, 1);
@@ -176,7 +175,7 @@ TEST_F(AdvancedVideo, APixelOrderOfOneDisablesItsBox)
 
 TEST_F(AdvancedVideo, ThePixelOrderIsSentAsAGain)
 {
-    AdPixelOrder = 12;
+    write::pixelOrder.AdPixelOrder = 12;
     Advanced({[&](HWND dialog) {
         EXPECT_TRUE(DlgItemEnabled(dialog, 9106));
         EXPECT_TRUE(IsDlgButtonChecked(dialog, 9106));
@@ -193,7 +192,7 @@ TEST_F(AdvancedVideo, ThePixelOrderIsSentAsAGain)
 TEST_F(AdvancedVideo, APixelOrderIsShownAsStored)
 {
     for (const auto& [order, checked, after] : {std::tuple{21, false, 21}, {12, true, 12}, {7, true, 12}}) {
-        AdPixelOrder = order;
+        write::pixelOrder.AdPixelOrder = order;
         Advanced({[&](HWND dialog) { EXPECT_EQ(IsDlgButtonChecked(dialog, 9106), checked); }});
         EXPECT_EQ(AdPixelOrder, after);
     }
@@ -286,8 +285,8 @@ TEST_F(AdvancedVideo, WithOneBadFieldNothingIsTaken)
 TEST_F(AdvancedVideo, AWindowSetsFrameSizeTimingAndRegisters)
 {
     Advanced({Type(314, "200"), Type(316, "100"), Type(1375, "16"), Type(1374, "24"), [&](HWND dialog) {
-                  HeadTiming.ExtraTimingCols = 12;
-                  HeadTiming.ExtraTimingRows = 4;
+                  write::registers.HeadTiming.ExtraTimingCols = 12;
+                  write::registers.HeadTiming.ExtraTimingRows = 4;
                   head->Taken();
                   Expire(dialog);
                   EXPECT_EQ(ActiveConfig.Hroi, 200);

@@ -1,7 +1,8 @@
 // Whole conversations with the head, against tables of bytes worked out by hand.
-#include "head/camera_head.h"
 
-#include "head/video_setup.h"
+#include "head/camera_head_write.h"
+#include "head/comm_link_write.h"
+#include "head/identify_head.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/pointer.h"
@@ -154,7 +155,7 @@ TEST_F(Identification, HeadsOfOtherKindsAreNamed)
          "Warning!",
          "exclamation"},
     };
-    HeadTiming.HeadModel = 0;
+    write::registers.HeadTiming.HeadModel = 0;
     for (const auto& each : cases) {
         head->AnswerTo({0x20, 0, 0, 0}, each.answer);
         EXPECT_EQ(IdentifyCameraHead(), 0);
@@ -445,20 +446,28 @@ TEST_F(HeadOperations, EachTimingFieldSendsItsFrame)
     write::frames.CameraOn = 1;
     const auto sent = [&](auto change) {
         change();
-        EXPECT_EQ(LoadHeadTiming(HeadTiming), 1);
+        EXPECT_EQ(LoadHeadTiming(write::registers.HeadTiming), 1);
         return head->Taken();
     };
     EXPECT_THAT(sent([] {}), IsEmpty());
-    EXPECT_THAT(sent([] { HeadTiming.TimingRows = 264; }), ElementsAre(CommFrame{0x50, 0x01, 0x42, 0x50}));
-    EXPECT_THAT(sent([] { HeadTiming.TimingCols = 336; }), ElementsAre(CommFrame{0x50, 0x01, 0x42, 0x54}));
-    EXPECT_THAT(sent([] { HeadTiming.IntegrationCols[0] = 5; }), ElementsAre(CommFrame{0x50, 0x03, 0x0E, 0x02}));
-    EXPECT_THAT(sent([] { HeadTiming.IntegrationLines[0] = 1; }), ElementsAre(CommFrame{0x50, 0x03, 0x03, 0x02}));
-    EXPECT_THAT(sent([] { HeadTiming.IntegrationLines[1] = 99; }), IsEmpty()) << "slot 0 alone is compared";
-    EXPECT_THAT(sent([] { HeadTiming.FrameStartDelay = 1; }), ElementsAre(CommFrame{0x50, 0x05, 0x00, 0x1F}));
-    EXPECT_THAT(sent([] { HeadTiming.LineStartDelay = 2; }), ElementsAre(CommFrame{0x50, 0x05, 0x00, 0x12}));
-    EXPECT_THAT(sent([] { HeadTiming.AdDelay = 9; }), ElementsAre(CommFrame{0x50, 0x05, 0x00, 0x12}))
+    EXPECT_THAT(sent([] { write::registers.HeadTiming.TimingRows = 264; }),
+                ElementsAre(CommFrame{0x50, 0x01, 0x42, 0x50}));
+    EXPECT_THAT(sent([] { write::registers.HeadTiming.TimingCols = 336; }),
+                ElementsAre(CommFrame{0x50, 0x01, 0x42, 0x54}));
+    EXPECT_THAT(sent([] { write::registers.HeadTiming.IntegrationCols[0] = 5; }),
+                ElementsAre(CommFrame{0x50, 0x03, 0x0E, 0x02}));
+    EXPECT_THAT(sent([] { write::registers.HeadTiming.IntegrationLines[0] = 1; }),
+                ElementsAre(CommFrame{0x50, 0x03, 0x03, 0x02}));
+    EXPECT_THAT(sent([] { write::registers.HeadTiming.IntegrationLines[1] = 99; }), IsEmpty())
+        << "slot 0 alone is compared";
+    EXPECT_THAT(sent([] { write::registers.HeadTiming.FrameStartDelay = 1; }),
+                ElementsAre(CommFrame{0x50, 0x05, 0x00, 0x1F}));
+    EXPECT_THAT(sent([] { write::registers.HeadTiming.LineStartDelay = 2; }),
+                ElementsAre(CommFrame{0x50, 0x05, 0x00, 0x12}));
+    EXPECT_THAT(sent([] { write::registers.HeadTiming.AdDelay = 9; }), ElementsAre(CommFrame{0x50, 0x05, 0x00, 0x12}))
         << "sent, though the frame doesn't carry it";
-    EXPECT_THAT(sent([] { HeadTiming.MasterClockIndex = 7; }), ElementsAre(CommFrame{0x50, 0x00, 0x00, 0x07}));
+    EXPECT_THAT(sent([] { write::registers.HeadTiming.MasterClockIndex = 7; }),
+                ElementsAre(CommFrame{0x50, 0x00, 0x00, 0x07}));
     EXPECT_EQ(IndexFrameRate, 5);
     EXPECT_THAT(sent([] {}), IsEmpty());
 }
@@ -472,7 +481,7 @@ TEST_F(HeadOperations, TheHgCdTeTimingIsSentEachTime)
     Programming(result);
     write::frames.CameraOn = 1;
     for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(LoadHeadTiming(HeadTiming), 1);
+        EXPECT_EQ(LoadHeadTiming(write::registers.HeadTiming), 1);
         EXPECT_THAT(head->Taken(), ElementsAre(CommFrame{0x90, 0x05, 0x0B, 0xF2}));
     }
 }
@@ -491,8 +500,8 @@ TEST_F(HeadOperations, AnUnchangedWordIsUsuallySentAgain)
 TEST_F(HeadOperations, AWordThatIsItsOwnCodeIsntSentAgain)
 {
     IdentifyAsInSb();
-    CommPortOpen = OpenCommLink();
-    CommEchoMode = 1;
+    write::link.CommPortOpen = OpenCommLink();
+    write::link.CommEchoMode = 1;
     write::frames.CameraOn = 1;
     FpaSerialWordRecord word;
     word.ColGain = 2;
@@ -516,8 +525,8 @@ TEST_F(HeadOperations, AWordThatIsItsOwnCodeIsntSentAgain)
 TEST_F(HeadOperations, ARefusedWordKeepsWhatWasSent)
 {
     IdentifyAsInSb();
-    CommPortOpen = OpenCommLink();
-    CommEchoMode = 1;
+    write::link.CommPortOpen = OpenCommLink();
+    write::link.CommEchoMode = 1;
     write::frames.CameraOn = 1;
     FpaSerialWordRecord word;
     word.ColGain = 2;
@@ -591,8 +600,8 @@ TEST_F(HeadOperations, TheFrameRateIsKeptThoughTheLinkFails)
 
 TEST_F(HeadOperations, AnUnknownHeadGetsNoClock)
 {
-    HeadTiming = {};
-    CommPortOpen = OpenCommLink();
+    write::registers.HeadTiming = {};
+    write::link.CommPortOpen = OpenCommLink();
     SetFrameRateIndex(3);
     EXPECT_THAT(head->Taken(), IsEmpty());
     EXPECT_EQ(FrameRate, 0.0F) << "no frame size is known";
@@ -675,7 +684,7 @@ TEST_F(HeadOperations, AnHgCdTeHeadHasOneIntegrationTime)
 
 TEST_F(HeadOperations, TheIntegrationTimeFollowsFromTheRegisters)
 {
-    HeadTiming = {};
+    write::registers.HeadTiming = {};
     EXPECT_EQ(IntegrationTimeMsec(50.0F, 10), 0.0) << "no head is known";
     IdentifyAsInSb();
     std::int32_t result = 0;
@@ -736,7 +745,7 @@ TEST_F(IntegrationList, KnowsNoHighestClock)
         EXPECT_EQ(ListItemText(dialog, 626, 0), "690.2");  // 81598 x 1000 / 118226 = 690.186
         EXPECT_EQ(ListSelection(dialog, 626), 333) << "the last entry";
     });
-    HeadTiming.MasterClockFrequency = 1000000;  // 1000000 / 406 = 2463 Hz: 81598000 / 2463 = 33129.5
+    write::registers.HeadTiming.MasterClockFrequency = 1000000;  // 1000000 / 406 = 2463 Hz: 81598000 / 2463 = 33129.5
     Fill(200, 0, [&](HWND dialog) { EXPECT_EQ(ListItemText(dialog, 626, 0), "33129"); });
 }
 
@@ -779,7 +788,7 @@ TEST_F(HeadOperations, TurningAnHgCdTeHeadOffLeavesItsClocks)
 TEST_F(HeadOperations, TurningOffGoesThroughWhateverTheHeadSays)
 {
     IdentifyAsInSb();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     write::frames.CameraOn = 1;
     head->AnswerAll(kRefusal);
     TurnCameraHeadOff();

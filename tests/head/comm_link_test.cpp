@@ -1,6 +1,5 @@
 // The link to the camera head, over a line whose far end is the test itself.
-#include "head/comm_link.h"
-
+#include "head/comm_link_write.h"
 #include "platform/clock.h"
 #include "platform/faults.h"
 #include "platform/pointer.h"
@@ -9,6 +8,7 @@
 #include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/pseudo_terminal.h"
+#include "support/state_value.h"
 #include "support/temp_directory.h"
 #include "ui/status.h"
 
@@ -80,7 +80,7 @@ class CommLink : public testing::Test {
 
     void Open()
     {
-        CommPortOpen = OpenCommLink();
+        write::link.CommPortOpen = OpenCommLink();
         ASSERT_EQ(CommPortOpen, 1);
         head.events.clear();
     }
@@ -96,7 +96,7 @@ class CommLink : public testing::Test {
         SetPointer(Pointer::kCross);
         EXPECT_EQ(OpenCommLink(), 0);
         SetFault(fault, false);
-        EXPECT_EQ(CommState, -1);
+        EXPECT_EQ(StateNumber("CommState"), -1);
         EXPECT_EQ(CurrentPointer(), Pointer::kCross);
         EXPECT_THAT(op.Texts("beep", "sound"), SizeIs(beeps));
         const auto boxes = op.Boxes();
@@ -122,7 +122,7 @@ TEST_F(CommLink, OpeningPurgesThePortAndWaitsATenthOfASecond)
     const std::int64_t before = TickMs();
     SetPointer(Pointer::kCross);
     EXPECT_EQ(OpenXComm(), 1);
-    EXPECT_EQ(CommState, 1);
+    EXPECT_EQ(StateNumber("CommState"), 1);
     EXPECT_EQ(TickMs() - before, 100);
     EXPECT_EQ(CurrentPointer(), Pointer::kCross);
     EXPECT_THAT(head.events, ElementsAre("open two.cnf", "purge"));
@@ -141,8 +141,8 @@ TEST_F(CommLink, OpeningAnOpenPortDoesNothing)
 
 TEST_F(CommLink, ClosingAClosedPortDoesNothing)
 {
-    EXPECT_EQ(CommState, -1);
-    CommPortOpen = 1;
+    EXPECT_EQ(StateNumber("CommState"), -1);
+    write::link.CommPortOpen = 1;
     EXPECT_EQ(CloseCommLink(), 1);
     EXPECT_EQ(CommPortOpen, 1);
     EXPECT_THAT(head.events, IsEmpty());
@@ -151,9 +151,9 @@ TEST_F(CommLink, ClosingAClosedPortDoesNothing)
 TEST_F(CommLink, ClosingPurgesAndKeepsTheEchoMode)
 {
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     EXPECT_EQ(CloseCommLink(), 1);
-    EXPECT_EQ(CommState, -1);
+    EXPECT_EQ(StateNumber("CommState"), -1);
     EXPECT_EQ(CommPortOpen, 0);
     EXPECT_EQ(CommEchoMode, 1);
     EXPECT_THAT(head.events, ElementsAre("purge"));
@@ -276,7 +276,7 @@ TEST_F(CommLink, AFrameGoesOutAfterAWholePurge)
 TEST_F(CommLink, AnyReplyButARefusalReplacesTheFrame)
 {
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     head.answer = [](const Bytes&) { return Bytes{0x00, 0x69, 0xFF, 0x42}; };
     CommFrame frame = {0x50, 1, 2, 3};
     EXPECT_EQ(WriteCommFrame(frame, 4), 1);
@@ -286,7 +286,7 @@ TEST_F(CommLink, AnyReplyButARefusalReplacesTheFrame)
 TEST_F(CommLink, ARefusalReturnsZeroAndLeavesTheFrame)
 {
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     head.answer = [](const Bytes&) { return Bytes{0x69, 1, 2, 3}; };
     CommFrame frame = {0x50, 0, 0, 7};
     EXPECT_EQ(WriteCommFrame(frame, 4), 0);
@@ -297,7 +297,7 @@ TEST_F(CommLink, AHeadThatIsOffReturnsZeroAfterASecondAndIsLogged)
 {
     EnableLog();
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     head.answer = [](const Bytes&) { return Bytes(); };
     CommFrame frame = {0x80, 3, 0, 0};
     const std::int64_t before = TickMs();
@@ -311,7 +311,7 @@ TEST_F(CommLink, AShortReplyCountsAsNoneAndItsBytesAreLogged)
 {
     EnableLog();
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     head.answer = [](const Bytes&) { return Bytes{0xAB, 0xCD}; };
     CommFrame frame = {0x50, 0, 0, 9};
     EXPECT_EQ(WriteCommFrame(frame, 4), 0);
@@ -322,7 +322,7 @@ TEST_F(CommLink, AShortReplyCountsAsNoneAndItsBytesAreLogged)
 TEST_F(CommLink, AReplyInPiecesIsPutTogether)
 {
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     const std::int64_t start = TickMs();
     const Bytes reply = {1, 2, 3, 4};
     std::size_t given = 0;
@@ -359,7 +359,7 @@ TEST_F(CommLink, AFailedWriteInEchoModeIsLoggedAsSent)
 {
     EnableLog();
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     SetFault("serial write", true);
     CommFrame frame = {0x60, 4, 5, 6};
     EXPECT_EQ(WriteCommFrame(frame, 4), 0);
@@ -370,7 +370,7 @@ TEST_F(CommLink, AFailedWriteInEchoModeIsLoggedAsSent)
 TEST_F(CommLink, AFrameIsWrittenOnceWhateverTheAnswer)
 {
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     head.answer = [](const Bytes&) { return Bytes{0x69, 0, 0, 0}; };
     CommFrame frame = {0x50, 0, 0, 7};
     WriteCommFrame(frame, 4);
@@ -384,7 +384,7 @@ TEST_F(CommLink, ReadsOfAClosedPortEndWithNothing)
     EXPECT_EQ(ReadCommFrame(room), 0U);
     CommFrame frame = {1, 2, 3, 4};
     EXPECT_EQ(WriteCommFrame(frame, 4), 1);
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     EXPECT_EQ(WriteCommFrame(frame, 4), 0);
 }
 
@@ -414,7 +414,7 @@ TEST_F(CommLink, ADeviceHasTimeToAnswerAlsoInVirtualTime)
     const PseudoTerminal terminal;
     PutFile(directory / "platform.ini", "[Ports]\nCOM2=" + terminal.Slave() + "\n");
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     std::thread far([&] {
         const auto frame = terminal.Receive(4);
         usleep(50000);
@@ -433,10 +433,10 @@ TEST_F(CommLink, GoodTransactionsAndWritesAreCountedApart)
     Open();
     CommFrame frame = {0x20, 0, 0, 0};
     WriteCommFrame(frame, 4);
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     head.answer = [](const Bytes&) { return Bytes{0x10, 0x66, 0, 1}; };
     WriteCommFrame(frame, 4);
-    CommEchoMode = 0;
+    write::link.CommEchoMode = 0;
     WriteCommFrame(frame, 4);
     EXPECT_EQ(Log(),
               "[CommLog]\n"
@@ -449,7 +449,7 @@ TEST_F(CommLink, ARefusalIsLoggedAsBad)
 {
     EnableLog();
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     head.answer = [](const Bytes&) { return Bytes{0x69, 0, 0, 2}; };
     CommFrame frame = {0x60, 0, 0, 0};
     WriteCommFrame(frame, 4);
@@ -477,9 +477,9 @@ TEST_F(CommLink, TheLogOfTheRunBeforeMovesAsideAtTheFirstFrameEvenWithoutLogging
     EXPECT_EQ(Log(), old) << "nothing is moved before the first frame";
     CommFrame frame = {0x20, 0, 0, 0};
     WriteCommFrame(frame, 4);
-    EXPECT_EQ(CommLogReady, 1);
-    EXPECT_EQ(CommLogEnabled, 0);
-    EXPECT_EQ(CommLogPath, directory / "CommLog.txt");
+    EXPECT_EQ(StateNumber("CommLogReady"), 1);
+    EXPECT_EQ(StateNumber("CommLogEnabled"), 0);
+    EXPECT_EQ(StateText("CommLogPath"), directory / "CommLog.txt");
     EXPECT_EQ(PreviousLog(), old);
     EXPECT_EQ(Log(), "");
 }
@@ -523,7 +523,7 @@ TEST_F(CommLink, TheSwitchIsReadOnceARun)
     WriteCommFrame(frame, 4);
     EnableLog();
     WriteCommFrame(frame, 4);
-    EXPECT_EQ(CommLogEnabled, 0);
+    EXPECT_EQ(StateNumber("CommLogEnabled"), 0);
     EXPECT_FALSE(std::filesystem::exists(directory / "CommLog.txt"));
 }
 
@@ -542,7 +542,7 @@ TEST_F(CommLink, MoreThan999FramesWidenTheNumber)
 {
     EnableLog();
     Open();
-    CommWriteCount = 999;
+    ResetCommLog(999);
     CommFrame frame = {0x20, 0, 0, 0};
     WriteCommFrame(frame, 4);
     WriteCommFrame(frame, 4);
@@ -554,7 +554,7 @@ TEST_F(CommLink, ALogThatCannotBeWrittenStopsNothing)
     EnableLog();
     std::filesystem::create_directory(directory / "CommLog.txt");
     Open();
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     CommFrame frame = {0x20, 0, 0, 0};
     EXPECT_EQ(WriteCommFrame(frame, 4), 1);
     EXPECT_THAT(op.Boxes(), IsEmpty());

@@ -1,5 +1,5 @@
 // The external clock's dialog, worked as an operator works it.
-#include "head/video_setup.h"
+#include "head/external_clock_dialog.h"
 #include "head/video_setup_fixture.h"
 #include "platform/faults.h"
 #include "platform/window.h"

@@ -206,7 +206,8 @@ TEST(Oscilloscope, DotsAreBlackOnTheirBackground)
 {
     ScopePlot plot = Plot(16, 2);
     plot.bits = {0x80, 0x01, 0x00, 0x40};
-    const DeviceBitmap picture = PlotPicture(plot, 0x00FF00);
+    DeviceBitmap picture{.width = 1, .height = 1, .pixels = {1}};
+    PlotPicture(plot, 0x00FF00, picture);
     ASSERT_EQ(picture.width, 16);
     ASSERT_EQ(picture.height, 2);
     ASSERT_THAT(picture.pixels, SizeIs(32));

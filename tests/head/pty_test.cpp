@@ -1,6 +1,6 @@
 // The link over a true terminal device, with a simulated head behind it in a process of its own. Everything here runs
 // in the machine's own time.
-#include "head/comm_link.h"
+#include "head/comm_link_write.h"
 #include "platform/clock.h"
 #include "platform/serial.h"
 #include "platform/text.h"
@@ -8,6 +8,7 @@
 #include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/pseudo_terminal.h"
+#include "support/state_value.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
@@ -153,7 +154,7 @@ TEST_F(LinkOverTerminal, AWholeTransactionGoesThrough)
 {
     const auto program = OpenTo("");
     EXPECT_THAT(slave, StartsWith("/dev/"));
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     CommFrame frame = {0x20, 0, 0, 0};
     ASSERT_EQ(WriteCommFrame(frame, 4), 1);
     EXPECT_EQ(frame[0], 0x10);
@@ -179,7 +180,7 @@ TEST_F(LinkOverTerminal, WithoutEchoTheCallerReadsTheReplyItself)
 TEST_F(LinkOverTerminal, BytesThatATerminalWouldTakeForKeysReachTheHead)
 {
     const auto program = OpenTo("");
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     constexpr std::uint8_t kKeys[] = {0x03, 0x04, 0x0A, 0x0D, 0x11, 0x13, 0x1A, 0x7F};
     for (const std::uint8_t key : kKeys) {
         CommFrame frame = {0x70, 1, key, 0};
@@ -191,7 +192,7 @@ TEST_F(LinkOverTerminal, BytesThatATerminalWouldTakeForKeysReachTheHead)
 TEST_F(LinkOverTerminal, ASilentHeadCostsASecond)
 {
     const auto program = OpenTo("silent");
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     CommFrame frame = {0x20, 0, 0, 0};
     const std::int64_t time = TimeOf([&] { EXPECT_EQ(WriteCommFrame(frame, 4), 0); });
     EXPECT_GT(time, 1000);
@@ -202,7 +203,7 @@ TEST_F(LinkOverTerminal, ASilentHeadCostsASecond)
 TEST_F(LinkOverTerminal, ARefusingHeadLeavesTheFrame)
 {
     const auto program = OpenTo("refusing");
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     CommFrame frame = {0x50, 0, 0, 7};
     EXPECT_EQ(WriteCommFrame(frame, 4), 0);
     EXPECT_THAT(frame, ElementsAre(0x50, 0, 0, 7));
@@ -213,7 +214,7 @@ TEST_F(LinkOverTerminal, ARefusingHeadLeavesTheFrame)
 TEST_F(LinkOverTerminal, AShortAnswerCountsAsNone)
 {
     const auto program = OpenTo("short");
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     CommFrame frame = {0x50, 0, 0, 7};
     const std::int64_t time = TimeOf([&] { EXPECT_EQ(WriteCommFrame(frame, 4), 0); });
     EXPECT_GT(time, 1000);
@@ -225,7 +226,7 @@ TEST_F(LinkOverTerminal, AShortAnswerCountsAsNone)
 TEST_F(LinkOverTerminal, NoiseReplacesTheFrameAndIsLoggedAsItCame)
 {
     const auto program = OpenTo("noise");
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     CommFrame frame = {0x50, 0, 0, 7};
     EXPECT_EQ(WriteCommFrame(frame, 4), 1);
     EXPECT_NE(frame[0], 0x50);
@@ -236,7 +237,7 @@ TEST_F(LinkOverTerminal, NoiseReplacesTheFrameAndIsLoggedAsItCame)
 TEST_F(LinkOverTerminal, TheHeadSurvivesClosingAndAnswersAfterReopening)
 {
     const auto program = OpenTo("");
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     for (int round = 0; round < 3; ++round) {
         CommFrame frame = {0x50, 0, 0, 7};
         EXPECT_EQ(WriteCommFrame(frame, 4), 1);
@@ -255,7 +256,7 @@ TEST_F(LinkOverTerminal, ASecondLinkIsToldThatThePortIsBusy)
 TEST_F(LinkOverTerminal, AHeadUnpluggedDuringATransactionIsAShortReply)
 {
     const auto program = OpenTo("silent");
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     std::thread hand([&] {
         usleep(200000);
         program->Kill();
@@ -276,7 +277,7 @@ TEST_F(LinkOverTerminal, AfterUnpluggingWritesAreLoggedBadAndTheLinkCloses)
     EXPECT_EQ(WriteCommFrame(frame, 4), 1);
     EXPECT_THAT(Log(), EndsWith("Write000=90 10 00 00 BAD\n"));
     EXPECT_EQ(CloseCommLink(), 1);
-    EXPECT_EQ(CommState, -1);
+    EXPECT_EQ(StateNumber("CommState"), -1);
     EXPECT_EQ(OpenCommLink(), 0);
     EXPECT_THAT(op.Boxes(), SizeIs(2));
 }
@@ -286,12 +287,12 @@ TEST_F(LinkOverTerminal, AfterUnpluggingWritesAreLoggedBadAndTheLinkCloses)
 TEST_F(LinkOverTerminal, AHeadThatIsPluggedInAgainIsReached)
 {
     auto program = OpenTo("");
-    CommPortOpen = 1;
-    CommEchoMode = 1;
+    write::link.CommPortOpen = 1;
+    write::link.CommEchoMode = 1;
     program->Kill();
     CommFrame frame = {0x80, 3, 0, 0};
     EXPECT_EQ(WriteCommFrame(frame, 4), 0);
-    EXPECT_EQ(CommState, -1);
+    EXPECT_EQ(StateNumber("CommState"), -1);
     EXPECT_EQ(CommPortOpen, 0);
     program = OpenTo("");
     EXPECT_EQ(WriteCommFrame(frame, 4), 1);
@@ -305,7 +306,7 @@ TEST_F(LinkOverTerminal, AReplyThatDribblesInIsPutTogether)
     const PseudoTerminal terminal;
     Wire(terminal.Slave());
     ASSERT_EQ(OpenCommLink(), 1);
-    CommEchoMode = 1;
+    write::link.CommEchoMode = 1;
     std::thread far([&] {
         const auto frame = terminal.Receive(4);
         for (const std::uint8_t byte : frame) {

@@ -1,13 +1,16 @@
 // What each camera as it ships says over the wire from its identification to its turn-off, byte for byte.
 #include "config/settings.h"
 #include "head/camera_head.h"
-#include "head/video_setup.h"
+#include "head/identify_head.h"
+#include "head/program_head.h"
+#include "head/video_settings.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "state/camera_config_write.h"
 #include "state/head_state.h"
 #include "state/windows.h"
 #include "support/head_fixture.h"
+#include "support/shipped_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -46,7 +49,7 @@ class ShippedCameras : public HeadTest {
   protected:
     void Choose(std::int32_t number)
     {
-        const auto sections = ReadWholeFile(KELVO_DEFAULTS "/camera.ini", 1 << 20);
+        const auto sections = ReadWholeFile(ShippedFile("camera.ini"), 1 << 20);
         ASSERT_TRUE(sections);
         FlushProfiles();
         PutFile(CameraFilePath, *sections);

@@ -1,6 +1,7 @@
 // The keys of the video set-up, written and read.
-#include "head/camera_head.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
+
+#include "head/camera_head_write.h"
 #include "head/video_setup_fixture.h"
 #include "platform/profile.h"
 #include "state/camera_config_write.h"
@@ -36,17 +37,17 @@ TEST_F(VideoSettings, AreWrittenToTheFileAndToTheCamerasSection)
     write::head.IndexIntegrationTime = {21, 22, 23, 24};
     write::head.VideoGain = {1, 2, 3, 4};
     write::head.VideoOffset = {10, 20, 30, 40};
-    HeadTiming.AdDelay = 5;
-    HeadTiming.LineStartDelay = 6;
-    HeadTiming.FrameStartDelay = 7;
-    FpaSerialWord.DetBias = 8;
-    FpaSerialWord.PedBias = 2;
-    FpaSerialWord.ColGain = 6;
-    FpaSerialWord.FlipRows = 1;
-    FpaSerialWord.FlipCols = 0;
-    FpaSerialWord.FastFrame = 1;
-    FpaSerialWord.ColStart = 16;
-    FpaSerialWord.RowStart = 24;
+    write::registers.HeadTiming.AdDelay = 5;
+    write::registers.HeadTiming.LineStartDelay = 6;
+    write::registers.HeadTiming.FrameStartDelay = 7;
+    write::registers.FpaSerialWord.DetBias = 8;
+    write::registers.FpaSerialWord.PedBias = 2;
+    write::registers.FpaSerialWord.ColGain = 6;
+    write::registers.FpaSerialWord.FlipRows = 1;
+    write::registers.FpaSerialWord.FlipCols = 0;
+    write::registers.FpaSerialWord.FastFrame = 1;
+    write::registers.FpaSerialWord.ColStart = 16;
+    write::registers.FpaSerialWord.RowStart = 24;
     SaveVideoSettings(file);
 
     struct Row {

@@ -1,10 +1,12 @@
 // The oscilloscope dialog, worked as an operator works it.
+#include "head/video_setup_dialog.h"
+
 #include "camera/turn_on.h"
 #include "display/display_pipeline.h"
-#include "grabber/host_frames.h"
+#include "grabber/host_frames_write.h"
 #include "head/camera_head.h"
 #include "head/scope_frame.h"
-#include "head/video_setup.h"
+#include "head/video_settings.h"
 #include "head/video_setup_fixture.h"
 #include "pixel/unity_coefficients.h"
 #include "platform/faults.h"
@@ -15,7 +17,6 @@
 #include "platform/profile.h"
 #include "platform/timers.h"
 #include "platform/window.h"
-#include "resources/dialog_ids.h"
 #include "state/buffer_state.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
@@ -24,7 +25,7 @@
 #include "state/head_state_write.h"
 #include "state/windows.h"
 #include "support/full_disk.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
 #include "video/video.h"
@@ -172,7 +173,7 @@ TEST_F(VideoSetUpDialog, RefusedMemoryForTheFrameEndsIt)
 
 TEST_F(VideoSetUpDialog, ResetsTheStoreOfHostFrames)
 {
-    HostFrameNext = 5;
+    write::hostFrames.HostFrameNext = 5;
     Run({});
     EXPECT_EQ(HostFrameNext, 0);
 }
@@ -279,7 +280,7 @@ TEST_F(VideoSetUpDialog, AFailedUnityIsToldAndTheDialogStays)
 
 TEST_F(VideoSetUpDialog, AFrameOfOneCountIsALineAtItsHeight)
 {
-    SetBoardCounts(8192);  // the middle of the range
+    SetBoardFrames({{8192}});  // the middle of the range
     write::cal.DecomList.clear();
     Run({Tick(), [](HWND dialog) {
              const std::vector<std::uint32_t> pixels = PlotPixels(dialog);
@@ -330,7 +331,7 @@ TEST_F(VideoSetUpDialog, AFailedReadEndsItAndRestoresTheHead)
     const int result = Run({[&](HWND dialog) {
         OperateScroll(dialog, 651, 0);
         OperatePick(dialog, 624, 7);
-        SetBoardCounts(std::nullopt);
+        SetBoardFrames({});
         head->Taken();
         SendMessage(dialog, WM_TIMER, 1, 0);
         sent = head->Taken();

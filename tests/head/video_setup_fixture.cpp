@@ -1,8 +1,7 @@
 #include "head/video_setup_fixture.h"
 
 #include "camera/turn_on.h"
-#include "head/camera_head.h"
-#include "head/video_setup.h"
+#include "head/video_setup_dialog.h"
 #include "platform/files.h"
 #include "platform/menu.h"
 #include "platform/profile.h"
@@ -11,7 +10,7 @@
 #include "state/frame_state.h"
 #include "state/head_state_write.h"
 #include "state/windows.h"
-#include "support/recorded_board.h"
+#include "support/recording_board.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -23,9 +22,9 @@ namespace kelvo {
 void VideoSetUpTest::SetUp()
 {
     HeadTest::SetUp();
-    RegisterRecordedBoard();
-    SetBoardCounts(1000);
-    WritePrivateProfileString("Board", "Board", "recorded", DefaultDir + "/platform.ini");
+    RegisterQuietBoard();
+    SetBoardFrames({{1000}});
+    WritePrivateProfileString("Board", "Board", "recording", DefaultDir + "/platform.ini");
     SetMenu(hWndMain, MainMenu());
     DockPanel();
 }

@@ -1,4 +1,5 @@
 // kelvo-wrap, run as a program of its own.
+#include "support/shipped_file.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
@@ -136,7 +137,7 @@ TEST_F(WrappingArrays, ExplainsItself)
 
 TEST(SampleSequence, HoldsSeventyFiveFramesOfRawCounts)
 {
-    const std::string bytes = FileContents(KELVO_DEFAULTS "/sample.seq");
+    const std::string bytes = FileContents(ShippedFile("sample.seq"));
     ASSERT_EQ(bytes.size(), 512U + 75U * 160U * 120U * 2U);
     EXPECT_EQ(bytes.substr(0, 8), Hex("FF FF A0 00 78 00 02 00 "));
     EXPECT_EQ(bytes.substr(24, 12), Hex("F0 D8 00 C0 79 C4 F0 D8 00 C0 79 C4 "));

@@ -1,5 +1,4 @@
 // Putting coefficient lists in their place.
-#include "head/camera_head.h"
 #include "pixel/coefficient_lists.h"
 #include "platform/memory.h"
 #include "state/cal_state.h"

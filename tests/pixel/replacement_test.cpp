@@ -8,7 +8,9 @@
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
 #include "state/windows_write.h"
+#include "support/shipped_file.h"
 #include "support/shown.h"
+#include "support/state_value.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
@@ -67,7 +69,7 @@ TEST_F(Replacement, TakesTheFirstUsableNeighbourInTheOrderOfTheFile)
     // it 7.
     EXPECT_THAT(decom, ElementsAre(1, 1, 2, 3, 1, 2, 6, 7, 7));
     EXPECT_EQ(BadDetCount, 4);
-    EXPECT_THAT(ReplacedPixels, ElementsAre(0, 4, 5, 8));
+    EXPECT_THAT(StateList("ReplacedPixels"), ElementsAre(0, 4, 5, 8));
 }
 
 TEST_F(Replacement, TwoAdjacentBadPixelsTakeOneSourceNeverEachOther)
@@ -88,7 +90,7 @@ TEST_F(Replacement, APixelWithoutAGoodNeighbourStaysAndIsntCounted)
     EXPECT_EQ(ReplaceBadDet(decom, {1, 1, 0, 1}, Region(1, 4)), 1);
     EXPECT_THAT(decom, ElementsAre(0, 2, 2, 3));
     EXPECT_EQ(BadDetCount, 1);
-    EXPECT_THAT(ReplacedPixels, ElementsAre(1));
+    EXPECT_THAT(StateList("ReplacedPixels"), ElementsAre(1));
     EXPECT_THAT(BoxesShown(), IsEmpty());
 }
 
@@ -285,7 +287,7 @@ TEST_F(Replacement, APlainPatternNameIsLookedForBesideTheSettingsToo)
 
 TEST(ShippedPattern, GoesThroughRingsByDistanceCounterClockwise)
 {
-    const auto steps = ReadSearchPattern(KELVO_DEFAULTS "/nearccw.prs");
+    const auto steps = ReadSearchPattern(ShippedFile("nearccw.prs"));
     ASSERT_TRUE(steps);
     ASSERT_GE(steps->rows.size(), 24U);
     const std::vector<int> firstRows(steps->rows.begin(), steps->rows.begin() + 8);

@@ -228,7 +228,7 @@ TEST(Theme, DarkIsReadable)
     ExpectReadable(Theme::kDark);
 }
 
-TEST(Paths, KeepTheirBytesThroughTheToolkit)
+TEST(ApplicationPaths, KeepTheirBytesThroughTheToolkit)
 {
     const std::string paths[] = {"/tmp/plain.img",
                                  "/tmp/\xC3\xA4\xE2\x82\xAC.img",

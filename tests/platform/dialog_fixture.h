@@ -7,6 +7,7 @@
 #include "platform/transcript.h"
 #include "platform/window.h"
 #include "support/operator.h"
+#include "support/test_start.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -36,6 +37,11 @@ inline std::vector<SeenMessage> mainSaw;
 inline std::vector<SeenMessage> dialogSaw;
 // Called for each message to the dialog, after it was noted. Its result is the procedure's.
 inline std::function<LRESULT(HWND, const SeenMessage&)> dialogRule;
+inline const bool isFresh = AtEachTestStart([] {
+    mainSaw.clear();
+    dialogSaw.clear();
+    dialogRule = nullptr;
+});
 
 inline LRESULT MainTestProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {

@@ -1,5 +1,6 @@
-// How the dialogs, the panel and the help window look: nothing is clipped or elided, in both themes, at single and
-// double resolution. With KELVO_PICTURES set to a directory, each test leaves its picture there.
+// How the dialogs, the panel and the help window look, with the longest texts that they get: nothing is clipped or
+// elided, in both themes, at single and double resolution. With KELVO_PICTURES set to a directory, each test leaves its
+// picture there.
 
 #include "platform/dialog_fixture.h"
 #include "platform/file_dialog.h"
@@ -10,18 +11,30 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDirIterator>
+#include <QFile>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLayout>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QSpinBox>
+#include <QStyle>
+#include <QStyleOption>
 #include <QTextBrowser>
+#include <QXmlStreamReader>
 
 #include <cstdlib>
 
 namespace kelvo {
 
 namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
 
 struct Look {
     const char* name;
@@ -62,135 +75,224 @@ std::string Named(const QWidget* widget)
     return std::string(widget->metaObject()->className()) + " " + widget->objectName().toStdString();
 }
 
-// Each text has the room that it asks for, and lies inside what holds it.
-void ExpectNothingClipped(QWidget* root)
+using Complaints = std::vector<std::string>;
+
+bool ShowsText(const QWidget* widget)
 {
-    int texts = 0;
-    for (const QWidget* widget : root->findChildren<QWidget*>()) {
-        if (!widget->isVisibleTo(root) || widget->parentWidget() == nullptr) continue;
-        const bool label = qobject_cast<const QLabel*>(widget) != nullptr;
-        const bool button = qobject_cast<const QAbstractButton*>(widget) != nullptr;
-        const bool group = qobject_cast<const QGroupBox*>(widget) != nullptr;
-        if (!label && !button && !group) continue;
-        ++texts;
-        QSize wanted = group ? widget->minimumSizeHint() : widget->sizeHint();
-        if (label && widget->hasHeightForWidth()) wanted = {0, widget->heightForWidth(widget->width())};
-        EXPECT_GE(widget->width(), std::min(wanted.width(), widget->maximumWidth())) << Named(widget);
-        EXPECT_GE(widget->height(), std::min(wanted.height(), widget->maximumHeight())) << Named(widget);
-        const QRect place(widget->mapTo(root, QPoint()), widget->size());
-        EXPECT_TRUE(root->rect().contains(place)) << Named(widget);
-    }
-    EXPECT_GE(texts, 2);
+    return qobject_cast<const QLabel*>(widget) != nullptr || qobject_cast<const QAbstractButton*>(widget) != nullptr ||
+           qobject_cast<const QGroupBox*>(widget) != nullptr;
 }
 
-// The controls of one layer don't lie over each other.
-void ExpectNoOverlap(const QWidget* root)
+QSize RoomWanted(const QWidget* widget)
 {
+    if (qobject_cast<const QGroupBox*>(widget) != nullptr) return widget->minimumSizeHint();
+    if (qobject_cast<const QLabel*>(widget) != nullptr && widget->hasHeightForWidth()) {
+        return {0, widget->heightForWidth(widget->width())};
+    }
+    return widget->sizeHint();
+}
+
+// The widgets whose text lacks the room that it asks for, or that lie outside what holds them.
+Complaints Clipped(const QWidget* root)
+{
+    Complaints clipped;
+    for (const QWidget* widget : root->findChildren<QWidget*>()) {
+        if (!widget->isVisibleTo(root) || widget->parentWidget() == nullptr || !ShowsText(widget)) continue;
+        const QSize wanted = RoomWanted(widget).boundedTo(widget->maximumSize());
+        const QRect place(widget->mapTo(root, QPoint()), widget->size());
+        const bool fits = widget->width() >= wanted.width() && widget->height() >= wanted.height();
+        if (!fits || !root->rect().contains(place)) clipped.push_back(Named(widget));
+    }
+    return clipped;
+}
+
+// The controls of one layer that lie over each other.
+Complaints Overlapping(const QWidget* root)
+{
+    Complaints overlapping;
     const QList<QWidget*> children = root->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
     for (const QWidget* a : children) {
         for (const QWidget* b : children) {
             if (a >= b || !a->isVisibleTo(root) || !b->isVisibleTo(root)) continue;
-            EXPECT_FALSE(a->geometry().intersects(b->geometry())) << Named(a) << " over " << Named(b);
+            if (a->geometry().intersects(b->geometry())) overlapping.push_back(Named(a) + " over " + Named(b));
+        }
+    }
+    return overlapping;
+}
+
+// --- The longest texts ----------------------------------------------------------------------------------------------
+//
+// A control whose text comes from the program or the operator tells in its .ui file what the longest one is, in the
+// property "longestText": each dialog is looked at with these in place.
+
+QString LongestText(const QWidget* control)
+{
+    return control->property("longestText").toString();
+}
+
+bool TextChanges(const QWidget* control)
+{
+    const auto* label = qobject_cast<const QLabel*>(control);
+    const bool isCaption = label != nullptr && label->buddy() != nullptr;
+    return (label != nullptr && !isCaption) || qobject_cast<const QLineEdit*>(control) != nullptr ||
+           qobject_cast<const QComboBox*>(control) != nullptr || qobject_cast<const QListWidget*>(control) != nullptr;
+}
+
+Complaints WithoutLongestText(HWND dialog)
+{
+    Complaints without;
+    for (const auto& [id, control] : DialogOf(dialog)->controls) {
+        if (TextChanges(control) && LongestText(control).isEmpty()) without.push_back(Named(control));
+    }
+    return without;
+}
+
+void FillWithLongestTexts(HWND dialog)
+{
+    for (const auto& [id, control] : DialogOf(dialog)->controls) {
+        const std::string text = LongestText(control).toStdString();
+        if (auto* number = qobject_cast<QSpinBox*>(control.data())) number->setValue(number->maximum());
+        if (text.empty()) continue;
+        if (qobject_cast<QComboBox*>(control.data()) || qobject_cast<QListWidget*>(control.data())) {
+            ListSelect(dialog, id, ListAdd(dialog, id, text));
+        } else {
+            SetDlgItemText(dialog, id, text);
         }
     }
 }
 
-// Fills the controls as the procedures do, with their longest contents.
-void FillDisplay(HWND dialog)
+// The width that a control has for the text of an entry; -1 for another kind of control.
+int RoomForEntry(const QWidget* control)
 {
-    SetDlgItemText(dialog, 1240, "1000");
-    SetDlgItemText(dialog, 1244, "100");
-    SetScrollPos(dialog, 1242, 580);
-    SetScrollPos(dialog, 1246, 16);
-    for (const char* unit : {"Signal (Counts)", "Signal (V)",
-                             "Temperature (\xB0"
-                             "C)"})
-        ListAdd(dialog, 1256, unit);
-    ListSelect(dialog, 1256, 2);
+    constexpr int kEditMargin = 2;  // QLineEdit's own, on either side of its contents
+    if (const auto* edit = qobject_cast<const QLineEdit*>(control)) {
+        QStyleOptionFrame option;
+        option.initFrom(edit);
+        option.lineWidth = edit->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, edit);
+        return edit->style()->subElementRect(QStyle::SE_LineEditContents, &option, edit).width() - 2 * kEditMargin;
+    }
+    if (const auto* box = qobject_cast<const QComboBox*>(control)) {
+        QStyleOptionComboBox option;
+        option.initFrom(box);
+        return box->style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, box).width();
+    }
+    if (const auto* list = qobject_cast<const QListWidget*>(control)) return list->viewport()->width();
+    return -1;
 }
 
-void FillGeometry(HWND dialog)
+// The edits, combo boxes and lists that don't show their longest text whole, and the numbers that lack room.
+Complaints EntriesCut(HWND dialog)
 {
-    SetDlgItemText(dialog, 1608, "InSb 320 x 256, four channels");
-    SetDlgItemText(
-        dialog, 1460,
-        "Bad det file: /home/operator/.local/share/kelvo/calibrations/InSb 320 x 256/2.5 ms/unity/November/Last.bad");
-    for (const char* line : {"   0,   1", "  23,  32", "1023,1023"}) ListAdd(dialog, 1308, line);
-    SetDlgItemText(dialog, 1312, "1023,1023");
+    Complaints cut;
+    for (const auto& [id, control] : DialogOf(dialog)->controls) {
+        const int room = RoomForEntry(control);
+        const bool number = qobject_cast<const QSpinBox*>(control.data()) != nullptr;
+        const bool textCut = room >= 0 && room < control->fontMetrics().horizontalAdvance(LongestText(control));
+        if (textCut || (number && control->width() < control->sizeHint().width())) cut.push_back(Named(control));
+    }
+    return cut;
+}
+
+void ExpectGoodLook(HWND dialog)
+{
+    EXPECT_THAT(Clipped(dialog->widget), IsEmpty());
+    EXPECT_THAT(Overlapping(dialog->widget), IsEmpty());
+    EXPECT_THAT(WithoutLongestText(dialog), IsEmpty());
+    EXPECT_THAT(EntriesCut(dialog), IsEmpty());
+}
+
+// --- The dialogs ----------------------------------------------------------------------------------------------------
+
+constexpr const char* kTestsOwn = "EVERYCONTROL";
+
+QString RootClass(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    for (QXmlStreamReader xml(&file); !xml.atEnd(); xml.readNext()) {
+        if (xml.isStartElement() && xml.name() == QLatin1String("widget")) {
+            return xml.attributes().value(QLatin1String("class")).toString();
+        }
+    }
+    return {};
+}
+
+// All that the program has: a file that is put beside the others is looked at from then on.
+std::vector<std::string> NamesOf(const char* rootClass)
+{
+    std::vector<std::string> names;
+    for (QDirIterator it(QStringLiteral(":/dialogs")); it.hasNext();) {
+        const QString path = it.next();
+        const std::string name = QFileInfo(path).completeBaseName().toStdString();
+        if (name != kTestsOwn && RootClass(path) == QLatin1String(rootClass)) names.push_back(name);
+    }
+    return names;
 }
 
 }  // namespace
 
 TEST_P(LookOf, Dialogs)
 {
-    for (const char* name : {"DISPLAY",  "ABOUT",    "FRAMES",    "GOTOFRAME", "BENCH", "CLOCK_ON", "INITIAL",
-                             "ACCOUNT",  "QVF1058",  "ADVANCED",  "FRAMERATE", "CALIB", "CAL_COLD", "CAL_HOT",
-                             "CAL_OPEN", "CAL_SAVE", "CALREPORT", "GEOMETRY",  "SAVE",  "ImgHead"}) {
-        dialogRule = [name](HWND dialog, const SeenMessage& seen) -> LRESULT {
-            if (seen.message == WM_INITDIALOG && std::string_view(name) == "DISPLAY") FillDisplay(dialog);
-            if (seen.message == WM_INITDIALOG && std::string_view(name) == "GOTOFRAME") {
-                SetDlgItemText(dialog, 1002, "0 to 2147483647");
-            }
-            if (seen.message == WM_INITDIALOG && std::string_view(name) == "BENCH") {
-                SetDlgItemText(dialog, 1011, "-40");
-                SetDlgItemText(dialog, 1012, "150");
-                SetDlgItemText(dialog, 1014, "a recording with a long name.raw");
-            }
-            if (seen.message == WM_INITDIALOG && std::string_view(name) == "QVF1058") {
-                for (int id = 602; id <= 612; ++id) SetDlgItemText(dialog, id, "-1906.875");
-                ListAdd(dialog, 624, "100.0");
-                ListAdd(dialog, 626, "0.00125");
-                SetDlgItemText(dialog, 641, "255");
-                SetDlgItemText(dialog, 655, "15");
-                ListAdd(dialog, 1256,
-                        "Temperature (\xB0"
-                        "C)");
-            }
-            if (seen.message == WM_INITDIALOG && std::string_view(name) == "CALIB") {
-                for (const int id : {1205, 1206, 1211, 1216, 1220}) SetDlgItemText(dialog, id, "2047.00");
-            }
-            if (seen.message == WM_INITDIALOG && std::string_view(name) == "GEOMETRY") FillGeometry(dialog);
-            if (seen.message == WM_INITDIALOG && std::string_view(name).starts_with("CAL_")) {
-                for (const int id : {1224, 1226}) SetDlgItemText(dialog, id, "-274.00");
-            }
-            if (seen.message == WM_INITDIALOG && std::string_view(name) == "ACCOUNT") {
-                for (const int id : {1001, 1002, 1003, 1004}) SetDlgItemText(dialog, id, "999999999999");
-                for (const int id : {1005, 1006}) SetDlgItemText(dialog, id, "1000.0 Hz");
-            }
-            return 0;
-        };
+    const std::vector<std::string> names = NamesOf("QDialog");
+    EXPECT_GE(names.size(), 20U);
+    dialogRule = [](HWND dialog, const SeenMessage& seen) -> LRESULT {
+        if (seen.message == WM_INITDIALOG) FillWithLongestTexts(dialog);
+        return 0;
+    };
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
         Then([this, name] {
-            QWidget* widget = DialogInFront()->widget;
-            ExpectNothingClipped(widget);
-            ExpectNoOverlap(widget);
-            Picture(widget, name);
+            SCOPED_TRACE(name);
+            ExpectGoodLook(DialogInFront());
+            Picture(DialogInFront()->widget, name);
             EndDialog(DialogInFront(), 1);
         });
-        EXPECT_EQ(DialogBox(name, mainWindow, DialogTestProc), 1) << name;
+        EXPECT_EQ(DialogBox(name, mainWindow, DialogTestProc), 1);
     }
+}
+
+// What the looks rest on: each complaint comes where there is something to complain of.
+TEST_P(LookOf, EachComplaintCanBeMade)
+{
+    Then([] {
+        const HWND dialog = DialogInFront();
+        QWidget* root = dialog->widget;
+        EXPECT_THAT(WithoutLongestText(dialog),
+                    UnorderedElementsAre("QLabel label", "QLineEdit edit", "QComboBox combo", "QListWidget list"));
+        EXPECT_THAT(Clipped(root), IsEmpty());
+        EXPECT_THAT(Overlapping(root), IsEmpty());
+        EXPECT_THAT(EntriesCut(dialog), IsEmpty());
+        for (const char* name : {"edit", "combo", "list"}) {
+            root->findChild<QWidget*>(QLatin1String(name))->setProperty("longestText", QString(500, QLatin1Char('M')));
+        }
+        auto* spin = root->findChild<QWidget*>(QStringLiteral("spin"));
+        spin->resize(10, spin->height());
+        EXPECT_THAT(EntriesCut(dialog),
+                    UnorderedElementsAre("QLineEdit edit", "QComboBox combo", "QListWidget list", "QSpinBox spin"));
+        auto* push = root->findChild<QWidget*>(QStringLiteral("push"));
+        push->resize(5, push->height());
+        EXPECT_THAT(Clipped(root), ElementsAre("QPushButton push"));
+        auto* label = root->findChild<QWidget*>(QStringLiteral("label"));
+        label->setGeometry(push->geometry());
+        EXPECT_THAT(Overlapping(root), SizeIs(1));
+        EndDialog(dialog, 1);
+    });
+    EXPECT_EQ(DialogBox(kTestsOwn, mainWindow, DialogTestProc), 1);
 }
 
 TEST_P(LookOf, Panel)
 {
+    EXPECT_THAT(NamesOf("QWidget"), ElementsAre("PANEL"));
     const HWND panel = CreateDockedPanel("PANEL", mainWindow, DialogTestProc);
     ASSERT_NE(panel, nullptr);
     ShowDlgItem(panel, 1014, false);
     ShowDlgItem(panel, 1015, false);
-    SetDlgItemText(panel, 311, "16");
-    SetDlgItemText(panel, 313, "-640,-512");
-    SetDlgItemText(panel, 316, "1000");
-    SetDlgItemText(panel, 317, "100");
+    FillWithLongestTexts(panel);
     CheckDlgButton(panel, 1013, true);
-    for (const char* unit : {"Signal (Counts)",
-                             "Temperature (\xB0"
-                             "C)"})
-        ListAdd(panel, 1256, unit);
-    ListSelect(panel, 1256, 1);
     for (const int width : {1280, 1000, 800}) {
         panel->widget->resize(width, panel->widget->height());
         QApplication::processEvents();
-        ExpectNothingClipped(panel->widget);
-        ExpectNoOverlap(panel->widget);
+        ExpectGoodLook(panel);
         EXPECT_LE(panel->widget->layout()->minimumSize().width(), width);
         EXPECT_LE(panel->widget->height(), 48);
         Picture(panel->widget, "PANEL" + std::to_string(width));

@@ -89,7 +89,7 @@ TEST(VirtualTime, GoesOnForOthersBesideATimerThatIsAlwaysDue)
     EXPECT_LE(fast, 100U);
 }
 
-TEST(Timers, FireInsideTheLoopOfABoxThatATimerOpened)
+TEST(LoopTimers, FireInsideTheLoopOfABoxThatATimerOpened)
 {
     TestOperator op;
     HWND window = ShowRecordingWindow();
@@ -113,7 +113,7 @@ TEST(Timers, FireInsideTheLoopOfABoxThatATimerOpened)
     EXPECT_THAT(order, ElementsAre(1, 2, 2, 2, 99));
 }
 
-TEST(Timers, OfSeveralThatAreDueEachFiresOnceBeforeTheHook)
+TEST(LoopTimers, OfSeveralThatAreDueEachFiresOnceBeforeTheHook)
 {
     TestOperator op;
     HWND window = ShowRecordingWindow();
@@ -247,8 +247,9 @@ TEST(Quit, LeavesABoxOfTheWayOutToTheOperator)
     EXPECT_EQ(op.Boxes().at(0).answer, "no");
 }
 
-TEST(Profiles, ReachTheDiskASecondAfterTheWrite)
+TEST(LoopProfiles, ReachTheDiskASecondAfterTheWrite)
 {
+    timerTimes.clear();
     TestOperator op;
     HWND window = ShowRecordingWindow();
     const TempDirectory directory;
@@ -266,7 +267,7 @@ TEST(Profiles, ReachTheDiskASecondAfterTheWrite)
     EXPECT_GT(timerTimes[1], 0);  // after 1.2 s
 }
 
-TEST(Profiles, ReachTheDiskAtTheEndOfTheLoop)
+TEST(LoopProfiles, ReachTheDiskAtTheEndOfTheLoop)
 {
     TestOperator op;
     HWND window = ShowRecordingWindow();

@@ -1,9 +1,10 @@
 #include "platform/profile.h"
 
-#include "platform/box.h"
 #include "platform/files.h"
 #include "platform/profile_text.h"
 #include "platform/text.h"
+#include "support/rounds.h"
+#include "support/shown.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
@@ -19,17 +20,6 @@
 #include <set>
 
 namespace kelvo {
-
-namespace {
-std::vector<std::string> boxes;
-}
-
-// No window stands here: what the box would say is kept.
-[[gnu::weak]] Button MessageBox(HWND, std::string_view text, std::string_view caption, BoxIcon, BoxButtons)
-{
-    boxes.push_back(std::string(caption) + ": " + std::string(text));
-    return Button::kOk;
-}
 
 namespace {
 
@@ -190,8 +180,6 @@ TEST(ProfileText, ADeletedKeyDoesNotComeBack)
 
 class Profiles : public ::testing::Test {
   protected:
-    void SetUp() override { boxes.clear(); }
-
     std::int32_t Int(std::string_view value, std::int32_t defaultValue = 77)
     {
         PutFile(ini, "[S]\nK=" + std::string(value) + "\n");
@@ -241,7 +229,7 @@ TEST_F(Profiles, ReadsSeePendingWritesAndTheDiskSeesThemTogether)
     EXPECT_TRUE(FlushProfiles());
     EXPECT_FALSE(ProfilesPending());
     EXPECT_EQ(FileContents(ini), "[S]\nA=2\nB=3\n");
-    EXPECT_TRUE(boxes.empty());
+    EXPECT_TRUE(BoxesShown().empty());
 }
 
 TEST_F(Profiles, AWriteMakesTheFile)
@@ -323,14 +311,16 @@ TEST_F(Profiles, AFailedWriteIsKeptTriedAgainAndToldOnce)
     WritePrivateProfileString("S", "A", "2", later);
     EXPECT_FALSE(FlushProfiles());
     EXPECT_FALSE(FlushProfiles());
-    ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_EQ(boxes[0], "Kelvo message: Unable to write settings file\n" + later + "\nNo such file or directory");
+    const std::vector<ShownBox> told{
+        {.caption = "Kelvo message",
+         .text = "Unable to write settings file\n" + later + "\nNo such file or directory"}};
+    EXPECT_EQ(BoxesShown(), told);
     EXPECT_TRUE(ProfilesPending());
     EXPECT_EQ(GetPrivateProfileInt("S", "A", 0, later), 2);
     fs::create_directory(directory / "later");
     EXPECT_TRUE(FlushProfiles());
     EXPECT_EQ(FileContents(later), "[S]\nA=2\n");
-    EXPECT_EQ(boxes.size(), 1U);
+    EXPECT_EQ(BoxesShown().size(), 1U);
 }
 
 TEST_F(Profiles, AHugeFileGivesDefaultsAndIsNeverReplaced)
@@ -340,7 +330,7 @@ TEST_F(Profiles, AHugeFileGivesDefaultsAndIsNeverReplaced)
     EXPECT_EQ(GetPrivateProfileInt("S", "A", 5, ini), 5);
     WritePrivateProfileString("S", "A", "2", ini);
     EXPECT_FALSE(FlushProfiles());
-    EXPECT_EQ(boxes.size(), 1U);
+    EXPECT_EQ(BoxesShown().size(), 1U);
     EXPECT_EQ(fs::file_size(ini), 100000000U);
 }
 
@@ -395,7 +385,7 @@ TEST_F(Profiles, AKilledWriterLeavesTheOldOrTheNewFile)
     std::mt19937 random(3);
     std::set<std::string> seen;
     unsigned longestUs = 15000;  // a slow disk gets longer, until enough of the kills have met a writer at work
-    for (int i = 0; i < 100 || (seen.size() <= 5 && i < 300); ++i) {
+    for (int i = 0; i < Rounds(100) || (seen.size() <= 5 && i < 300); ++i) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0) WriteForEver(ini);
@@ -423,7 +413,7 @@ TEST_F(Profiles, TwoProgramsThatWriteAtOnceLeaveAWholeFile)
         if (child == 0) WriteForEver(ini);
         children.push_back(child);
     }
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < Rounds(200); ++i) {
         ExpectWhole(FileContents(ini), filling);
         usleep(1000);
     }

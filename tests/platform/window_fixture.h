@@ -4,6 +4,7 @@
 #include "platform/types.h"
 #include "platform/window.h"
 #include "support/operator.h"
+#include "support/test_start.h"
 
 #include <gtest/gtest.h>
 
@@ -23,6 +24,10 @@ struct SeenMessage {
 
 inline std::vector<SeenMessage> seenMessages;
 inline std::function<void(const SeenMessage&)> onMessage;  // empty: nothing is done
+inline const bool isFresh = AtEachTestStart([] {
+    seenMessages.clear();
+    onMessage = nullptr;
+});
 
 inline LRESULT RecordingWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {

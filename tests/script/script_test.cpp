@@ -15,8 +15,9 @@
 #include "platform/timers.h"
 #include "platform/transcript.h"
 #include "platform/window.h"
-#include "script/state_registry.h"
-#include "state/cal_state_write.h"
+#include "state/cal_state.h"
+#include "state/frame_state.h"
+#include "state/state_registry.h"
 #include "state/windows_write.h"
 #include "support/temp_directory.h"
 #include "ui/status.h"
@@ -181,6 +182,14 @@ struct Outcome {
 
 class OperatorScript : public testing::Test {
   protected:
+    OperatorScript()
+    {
+        live = false;
+        boxAtStart = false;
+        framesShown = 0;
+        windowsClosed = 0;
+    }
+
     Outcome Run(const std::string& script, const std::vector<std::string>& arguments = {})
     {
         CommandLine commandLine;
@@ -787,20 +796,28 @@ TEST(StateRegistry, ReadsAtTheMomentOfAsking)
 
 TEST(StateRegistry, LaterRegistrationReplaces)
 {
-    RegisterState("A", [] { return StateValue(std::int64_t{1}); });
-    RegisterState("A", [] { return StateValue(std::int64_t{2}); });
-    EXPECT_EQ(ReadState("A"), StateValue(std::int64_t{2}));
+    RegisterState("Twice", [] { return StateValue(std::int64_t{1}); });
+    RegisterState("Twice", [] { return StateValue(std::int64_t{2}); });
+    EXPECT_EQ(ReadState("Twice"), StateValue(std::int64_t{2}));
 }
 
+// Names that are near to none of the program's own.
 TEST(StateRegistry, NearNamesComeNearestFirst)
 {
-    for (const char* name : {"DisplayLow", "DisplayHigh", "DisplayUnit", "ViewingFile", "CalType"}) {
+    for (const char* name : {"QuartzLow", "QuartzHigh", "QuartzUnit", "PrismType"}) {
         RegisterState(name, [] { return StateValue(); });
     }
-    EXPECT_THAT(NearStateNames("displaylow"), ElementsAre("DisplayLow"));
-    EXPECT_THAT(NearStateNames("CalTyp"), ElementsAre("CalType"));
-    EXPECT_THAT(NearStateNames("Display"), ElementsAre("DisplayHigh", "DisplayLow", "DisplayUnit"));
-    EXPECT_THAT(NearStateNames("Zoom"), IsEmpty());
+    EXPECT_THAT(NearStateNames("quartzlow"), ElementsAre("QuartzLow"));
+    EXPECT_THAT(NearStateNames("PrismTyp"), ElementsAre("PrismType"));
+    EXPECT_THAT(NearStateNames("Quartz"), ElementsAre("QuartzHigh", "QuartzLow", "QuartzUnit"));
+    EXPECT_THAT(NearStateNames("Wobble"), IsEmpty());
+}
+
+// A program that has a module's variables has their names: nothing has to be called for it.
+TEST(StateRegistry, AModuleBringsItsNamesAlong)
+{
+    EXPECT_EQ(ReadState("DisplayEnabled"), StateValue(std::int64_t{DisplayEnabled}));
+    EXPECT_EQ(ReadState("SequencePath"), StateValue(LoadName));
 }
 
 }  // namespace

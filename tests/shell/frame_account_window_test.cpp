@@ -10,6 +10,7 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
 #include "state/windows.h"

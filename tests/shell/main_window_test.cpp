@@ -13,7 +13,7 @@
 #include "state/windows_write.h"
 #include "support/picture_fixture.h"
 #include "ui/status.h"
-#include "video/image_cursor.h"
+#include "video/image_cursor_write.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -196,7 +196,7 @@ TEST_F(MainWindow, TheViewFollowsTheWindowsSize)
 
 TEST_F(MainWindow, ComingBackFromAnotherProgramSetsTheCursorsAgain)
 {
-    TrackballMode = 0;
+    write::trackball.TrackballMode = 0;
     write::frames.ImageCursorOn = 1;
     const std::size_t before = Commands().size();
     EXPECT_EQ(MainWndProc(hWndMain, WM_SETFOCUS, 0, 0), 0);

@@ -16,6 +16,7 @@
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
 #include "support/picture_fixture.h"
+#include "support/shipped_file.h"
 #include "ui/docking.h"
 
 #include <gmock/gmock.h>
@@ -278,7 +279,7 @@ TEST_F(SaturationOverlay, AFileThatIsNotRawIsNotMarkedAndTheItemStandsGray)
 
 TEST_F(SaturationOverlay, ItsColorsStandOutInEachMap)
 {
-    write::windows.DefaultDir = KELVO_DEFAULTS;
+    write::windows.DefaultDir = ShippedFile("");
     for (const int map : {kNormalGray, kInvertedGray, kNormalColor}) {
         write::display.ImageColor = static_cast<std::int16_t>(map);
         SetColorMap(map);

@@ -7,6 +7,7 @@
 #include "platform/help.h"
 #include "platform/qt_dialog.h"
 #include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
 #include "simcam/sim_camera.h"
 #include "state/windows_write.h"
 #include "support/temp_directory.h"
@@ -53,7 +54,7 @@ class Bench : public DialogFixture {
     {
         Connect();
         OpenBenchWindow(mainWindow);
-        ASSERT_NE(hDlgBench, nullptr);
+        ASSERT_NE(BenchWindow(), nullptr);
     }
 
     // Pixel clock 48 MHz / 6 = 8 MHz; 64 x 80 units of 16 pixels: 10.24 ms; 10 lines of 320 and 80 pixels: 0.41 ms.
@@ -69,13 +70,13 @@ class Bench : public DialogFixture {
     void LoadRecording()
     {
         PutFile(directory / "walk.raw", std::string(768, '\1'));
-        ASSERT_TRUE(OperateText(hDlgBench, kBenchColumns, "16"));
-        ASSERT_TRUE(OperateText(hDlgBench, kBenchRows, "8"));
+        ASSERT_TRUE(OperateText(BenchWindow(), kBenchColumns, "16"));
+        ASSERT_TRUE(OperateText(BenchWindow(), kBenchRows, "8"));
         op->Do([this] { EXPECT_TRUE(ChooseFiles({directory / "walk.raw"})); });
-        ASSERT_TRUE(OperatePress(hDlgBench, kBenchLoad));
+        ASSERT_TRUE(OperatePress(BenchWindow(), kBenchLoad));
     }
 
-    static std::string Text(int id) { return GetDlgItemText(hDlgBench, id); }
+    static std::string Text(int id) { return GetDlgItemText(BenchWindow(), id); }
 
     TempDirectory directory;
     std::shared_ptr<SimCamera> camera;
@@ -84,7 +85,7 @@ class Bench : public DialogFixture {
 TEST_F(Bench, WithoutASimulatedCameraABoxTellsSo)
 {
     OpenBenchWindow(mainWindow);
-    EXPECT_EQ(hDlgBench, nullptr);
+    EXPECT_EQ(BenchWindow(), nullptr);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "No simulated camera is connected.\nThe ports in platform.ini tell what is.");
     EXPECT_EQ(op->Boxes()[0].icon, "information");
@@ -97,16 +98,16 @@ TEST_F(Bench, AWindowThatCannotBeMadeIsTold)
     Connect();
     SetFault("load dialog BENCH", true);
     OpenBenchWindow(mainWindow);
-    EXPECT_EQ(hDlgBench, nullptr);
+    EXPECT_EQ(BenchWindow(), nullptr);
     EXPECT_EQ(op->Boxes().at(0).text, "Unable to display dialog");
 }
 
 TEST_F(Bench, OpensWithWhatStandsInFront)
 {
     Open();
-    EXPECT_EQ(DialogName(hDlgBench), "BENCH");
-    EXPECT_TRUE(IsDlgButtonChecked(hDlgBench, kBenchScene));
-    EXPECT_FALSE(IsDlgButtonChecked(hDlgBench, kBenchLow));
+    EXPECT_EQ(DialogName(BenchWindow()), "BENCH");
+    EXPECT_TRUE(IsDlgButtonChecked(BenchWindow(), kBenchScene));
+    EXPECT_FALSE(IsDlgButtonChecked(BenchWindow(), kBenchLow));
     EXPECT_EQ(Text(kBenchLowDegrees), "20");
     EXPECT_EQ(Text(kBenchHighDegrees), "40");
     EXPECT_EQ(Text(kBenchRate), "-");
@@ -123,7 +124,7 @@ TEST_F(Bench, EachButtonPutsItsSourceInFront)
                                                  {kBenchRaw, SimSource::kRaw},
                                                  {kBenchScene, SimSource::kScene}};
     for (const auto& [button, source] : buttons) {
-        ASSERT_TRUE(OperateCheck(hDlgBench, button, true));
+        ASSERT_TRUE(OperateCheck(BenchWindow(), button, true));
         EXPECT_EQ(SimSourceInFront(*camera), source);
     }
 }
@@ -131,13 +132,13 @@ TEST_F(Bench, EachButtonPutsItsSourceInFront)
 TEST_F(Bench, ATypedTemperatureIsTheSourcesOwn)
 {
     Open();
-    ASSERT_TRUE(OperateText(hDlgBench, kBenchLowDegrees, "15"));
-    ASSERT_TRUE(OperateText(hDlgBench, kBenchHighDegrees, "-12"));
+    ASSERT_TRUE(OperateText(BenchWindow(), kBenchLowDegrees, "15"));
+    ASSERT_TRUE(OperateText(BenchWindow(), kBenchHighDegrees, "-12"));
     EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kLow), 15);
     EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kHigh), -12);
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene) << "a temperature moves no source";
-    EXPECT_EQ(GetScrollMin(hDlgBench, kBenchLowDegrees), -40);
-    EXPECT_EQ(GetScrollMax(hDlgBench, kBenchLowDegrees), 150);
+    EXPECT_EQ(GetScrollMin(BenchWindow(), kBenchLowDegrees), -40);
+    EXPECT_EQ(GetScrollMax(BenchWindow(), kBenchLowDegrees), 150);
 }
 
 TEST_F(Bench, OnceASecondItShowsWhatTheCameraDoes)
@@ -159,9 +160,9 @@ TEST_F(Bench, WhatAScriptPutsInFrontShowsAtOnce)
     EXPECT_EQ(PutBenchSource("high", 35.4), "");
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kHigh);
     EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kHigh), 35.4);
-    EXPECT_TRUE(IsDlgButtonChecked(hDlgBench, kBenchHigh));
+    EXPECT_TRUE(IsDlgButtonChecked(BenchWindow(), kBenchHigh));
     EXPECT_EQ(Text(kBenchHighDegrees), "35");
-    SendMessage(hDlgBench, WM_TIMER, 1, 0);
+    SendMessage(BenchWindow(), WM_TIMER, 1, 0);
     EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kHigh), 35.4) << "showing it rounds nothing away";
 }
 
@@ -188,24 +189,24 @@ TEST_F(Bench, RecordedFramesCanBeChosenOnceThereAreSome)
 {
     Open();
     EXPECT_EQ(Text(kBenchFile), "Nothing is loaded yet.");
-    EXPECT_FALSE(DlgItemEnabled(hDlgBench, kBenchRaw));
+    EXPECT_FALSE(DlgItemEnabled(BenchWindow(), kBenchRaw));
     EXPECT_EQ(PutBenchSource("raw", std::nullopt), "no recorded frames are loaded");
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
     LoadRecording();
-    EXPECT_TRUE(DlgItemEnabled(hDlgBench, kBenchRaw));
+    EXPECT_TRUE(DlgItemEnabled(BenchWindow(), kBenchRaw));
     EXPECT_EQ(PutBenchSource("low", std::nullopt), "");
     EXPECT_EQ(PutBenchSource("raw", std::nullopt), "");
     // The frames belong to the camera, not to the window.
     CloseBenchWindow();
     OpenBenchWindow(mainWindow);
     EXPECT_EQ(Text(kBenchFile), "walk.raw");
-    EXPECT_TRUE(IsDlgButtonChecked(hDlgBench, kBenchRaw));
+    EXPECT_TRUE(IsDlgButtonChecked(BenchWindow(), kBenchRaw));
 }
 
 TEST_F(Bench, HelpShowsItsPage)
 {
     Open();
-    ASSERT_TRUE(OperatePress(hDlgBench, kIdHelp));
+    ASSERT_TRUE(OperatePress(BenchWindow(), kIdHelp));
     EXPECT_EQ(CurrentHelpContext(), kHelpBench);
 }
 
@@ -214,7 +215,7 @@ TEST_F(Bench, RecordedFramesComeFromAFile)
     Open();
     LoadRecording();
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kRaw);
-    EXPECT_TRUE(IsDlgButtonChecked(hDlgBench, kBenchRaw));
+    EXPECT_TRUE(IsDlgButtonChecked(BenchWindow(), kBenchRaw));
     EXPECT_EQ(Text(kBenchFile), "walk.raw");
     EXPECT_THAT(op->Boxes(), IsEmpty());
 }
@@ -223,10 +224,10 @@ TEST_F(Bench, AFileThatHoldsNoFramesIsToldAndChangesNothing)
 {
     Open();
     PutFile(directory / "torn.raw", "abc");
-    ASSERT_TRUE(OperateText(hDlgBench, kBenchColumns, "16"));
-    ASSERT_TRUE(OperateText(hDlgBench, kBenchRows, "8"));
+    ASSERT_TRUE(OperateText(BenchWindow(), kBenchColumns, "16"));
+    ASSERT_TRUE(OperateText(BenchWindow(), kBenchRows, "8"));
     op->Do([this] { EXPECT_TRUE(ChooseFiles({directory / "torn.raw"})); });
-    ASSERT_TRUE(OperatePress(hDlgBench, kBenchLoad));
+    ASSERT_TRUE(OperatePress(BenchWindow(), kBenchLoad));
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_THAT(op->Boxes()[0].text, HasSubstr("Unable to load the recorded frames\n"));
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
@@ -237,7 +238,7 @@ TEST_F(Bench, ACancelledSelectionChangesNothing)
 {
     Open();
     op->Do([] { EXPECT_TRUE(CancelFileDialog()); });
-    ASSERT_TRUE(OperatePress(hDlgBench, kBenchLoad));
+    ASSERT_TRUE(OperatePress(BenchWindow(), kBenchLoad));
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
 }
 
@@ -246,10 +247,10 @@ TEST_F(Bench, StaysUsableWhileADialogIsOpen)
     Open();
     Then([] {
         ASSERT_EQ(DialogName(DialogInFront()), "DISPLAY");
-        EXPECT_TRUE(hDlgBench->widget->isEnabled());
-        EXPECT_FALSE(hDlgBench->widget->isModal());
-        EXPECT_EQ(hDlgBench->widget->parentWidget(), nullptr) << "a child of the main window would be blocked";
-        EXPECT_TRUE(OperateCheck(hDlgBench, kBenchHigh, true));
+        EXPECT_TRUE(BenchWindow()->widget->isEnabled());
+        EXPECT_FALSE(BenchWindow()->widget->isModal());
+        EXPECT_EQ(BenchWindow()->widget->parentWidget(), nullptr) << "a child of the main window would be blocked";
+        EXPECT_TRUE(OperateCheck(BenchWindow(), kBenchHigh, true));
         EndDialog(DialogInFront(), 1);
     });
     EXPECT_EQ(DialogBox("DISPLAY", mainWindow, DialogTestProc), 1);
@@ -259,37 +260,37 @@ TEST_F(Bench, StaysUsableWhileADialogIsOpen)
 TEST_F(Bench, OpeningItAgainKeepsTheOneThatStands)
 {
     Open();
-    const HWND first = hDlgBench;
+    const HWND first = BenchWindow();
     OpenBenchWindow(mainWindow);
-    EXPECT_EQ(hDlgBench, first);
+    EXPECT_EQ(BenchWindow(), first);
     EXPECT_THAT(TranscriptOf("dialog"), SizeIs(1));
-    ASSERT_TRUE(OperatePress(hDlgBench, kIdCancel));
-    EXPECT_EQ(hDlgBench, nullptr);
+    ASSERT_TRUE(OperatePress(BenchWindow(), kIdCancel));
+    EXPECT_EQ(BenchWindow(), nullptr);
     OpenBenchWindow(mainWindow);
-    EXPECT_NE(hDlgBench, nullptr);
+    EXPECT_NE(BenchWindow(), nullptr);
 }
 
 TEST_F(Bench, TheCloseButtonOfTheWindowClosesIt)
 {
     Open();
-    hDlgBench->widget->close();
-    EXPECT_EQ(hDlgBench, nullptr);
+    BenchWindow()->widget->close();
+    EXPECT_EQ(BenchWindow(), nullptr);
     CloseBenchWindow();
 }
 
 TEST_F(Bench, ReturnInATemperatureKeepsTheWindowOpenAndEscapeClosesIt)
 {
     Open();
-    QWidget* edit = ControlOf(hDlgBench, kBenchLowDegrees);
+    QWidget* edit = ControlOf(BenchWindow(), kBenchLowDegrees);
     for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
         QKeyEvent key(type, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"));
         QApplication::sendEvent(edit, &key);
     }
-    EXPECT_NE(hDlgBench, nullptr);
+    EXPECT_NE(BenchWindow(), nullptr);
     EXPECT_FALSE(FileDialogInFront());
     QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
     QApplication::sendEvent(edit, &escape);
-    EXPECT_EQ(hDlgBench, nullptr);
+    EXPECT_EQ(BenchWindow(), nullptr);
 }
 
 TEST_F(Bench, TheKeyboardGoesThroughFromTopToBottom)
@@ -297,10 +298,10 @@ TEST_F(Bench, TheKeyboardGoesThroughFromTopToBottom)
     Open();
     const int order[] = {kBenchLowDegrees, kBenchHighDegrees, kBenchLoad, kBenchColumns,
                          kBenchRows,       kIdCancel,         kIdHelp};
-    QWidget* widget = ControlOf(hDlgBench, kBenchLow);
+    QWidget* widget = ControlOf(BenchWindow(), kBenchLow);
     std::size_t reached = 0;
     for (QWidget* next = widget->nextInFocusChain(); next != widget; next = next->nextInFocusChain()) {
-        if (reached < std::size(order) && next == ControlOf(hDlgBench, order[reached])) ++reached;
+        if (reached < std::size(order) && next == ControlOf(BenchWindow(), order[reached])) ++reached;
     }
     EXPECT_EQ(reached, std::size(order));
 }

@@ -2,6 +2,7 @@
 #include "platform/profile.h"
 #include "state/windows_write.h"
 #include "support/camera_fixture.h"
+#include "support/shipped_file.h"
 
 #include <gmock/gmock.h>
 
@@ -269,7 +270,7 @@ TEST_F(SimFrames, TruthEndsWithTheArray)
 // The sections that are shipped name these files, and their keys are what the fixture's frames were worked from.
 TEST_F(SimFrames, TheShippedSectionsFitTheShippedCameras)
 {
-    write::windows.CameraFilePath = KELVO_DEFAULTS "/camera.ini";
+    write::windows.CameraFilePath = ShippedFile("camera.ini");
     const auto number = [](const char* section, const char* key) {
         return GetPrivateProfileInt(section, key, -999, CameraFilePath);
     };

@@ -136,7 +136,7 @@ TEST_F(SimWorkingPoint, NoGoodDetectorIsNoisierThanFiveAndAHalfCounts)
                                       static_cast<float>(SourceRadiance(table.At(40), table.At(22), 0.98)));
     std::vector<float> mean(radiance.size());
     std::vector<float> sigma(radiance.size());
-    ExposeDetectors(path, array.fullWellElectrons, array.Run(0, radiance.size()), radiance, mean, sigma);
+    ExposeDetectors(path, array.fullWellElectrons, array.Part(0, radiance.size()), radiance, mean, sigma);
     double worst = 0;
     for (std::size_t i = 0; i < sigma.size(); ++i) {
         if (array.kind[i] == DetectorKind::kGood)

@@ -109,9 +109,14 @@ bool IsSource(const std::filesystem::path& path)
     return path.extension() == ".h" || path.extension() == ".cpp";
 }
 
+// A module that keeps state has two headers, one to read it and one to write it.
+constexpr std::string_view kWriteHeader = "_write";
+
 Module ModuleOf(const std::filesystem::path& path)
 {
-    return std::filesystem::path(path).replace_extension().generic_string();
+    Module module = std::filesystem::path(path).replace_extension().generic_string();
+    if (module.ends_with(kWriteHeader)) module.erase(module.size() - kWriteHeader.size());
+    return module;
 }
 
 std::vector<std::filesystem::path> Sources()

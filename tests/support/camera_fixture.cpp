@@ -1,6 +1,7 @@
 #include "support/camera_fixture.h"
 
 #include "state/windows_write.h"
+#include "support/shipped_file.h"
 
 #include <cmath>
 #include <numeric>
@@ -11,7 +12,7 @@ void SimCameraTest::SetUp()
 {
     SetDefaultDir(directory.Path());
     for (const char* name : {"insb320.cnf", "insb640.cnf", "hgcdte64.cnf"}) {
-        ASSERT_TRUE(std::filesystem::copy_file(std::string(KELVO_DEFAULTS "/") + name, directory / name)) << name;
+        ASSERT_TRUE(std::filesystem::copy_file(ShippedFile(name), directory / name)) << name;
     }
 }
 

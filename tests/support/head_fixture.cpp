@@ -1,8 +1,10 @@
 #include "support/head_fixture.h"
 
 #include "config/settings.h"
-#include "head/camera_head.h"
-#include "head/video_setup.h"
+#include "head/comm_link_write.h"
+#include "head/identify_head.h"
+#include "head/program_head.h"
+#include "head/video_settings.h"
 #include "platform/profile.h"
 #include "state/camera_config_write.h"
 #include "state/frame_state_write.h"
@@ -63,7 +65,7 @@ void HeadTest::IdentifyAsHgCdTe()
 
 Frames HeadTest::Programming(std::int32_t& result)
 {
-    if (!CommPortOpen) CommPortOpen = OpenCommLink();
+    if (!CommPortOpen) write::link.CommPortOpen = OpenCommLink();
     head->Taken();
     result = LoadCameraHead();
     return head->Taken();

@@ -30,7 +30,7 @@ namespace kelvo {
 class TestOperator {
   public:
     TestOperator();
-    explicit TestOperator(const CommandLine& commandLine);  // another scale or theme; once a process
+    explicit TestOperator(const CommandLine& commandLine);  // another scale or theme; the first of a test counts
     ~TestOperator();
     TestOperator(const TestOperator&) = delete;
     TestOperator& operator=(const TestOperator&) = delete;

@@ -56,6 +56,7 @@ CommandLine Offscreen(double scale)
 
 PictureTest::PictureTest(double scale) : op(std::make_unique<TestOperator>(Offscreen(scale)))
 {
+    commandsSeen.clear();
     SetDefaultDir(directory.Path());
     write::camera.ActiveCamera = 2;
     write::camera.ActiveConfig.Hroi = 32;

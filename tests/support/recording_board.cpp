@@ -7,6 +7,10 @@
 #include "state/windows_write.h"
 #include "video/video.h"
 
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
 namespace kelvo {
 
 RecordingBoard recordingBoard;
@@ -17,9 +21,11 @@ constexpr BoardModule kIcpHandle = 11;
 constexpr BoardModule kSlotHandle = 12;
 constexpr BoardFrame kFrameHandle = 5;
 
+std::size_t nextFrame = 0;
+
 void Note(std::string text)
 {
-    recordingBoard.asked.push_back(std::move(text));
+    if (recordingBoard.writesDown) recordingBoard.asked.push_back(std::move(text));
 }
 
 std::int32_t AnswerOf(const std::string& name, std::int32_t otherwise)
@@ -30,7 +36,7 @@ std::int32_t AnswerOf(const std::string& name, std::int32_t otherwise)
 
 std::int32_t Report(const std::string& name, std::string details, std::int32_t otherwise = 0)
 {
-    Note(name + std::move(details));
+    if (recordingBoard.writesDown) Note(name + std::move(details));
     return AnswerOf(name, otherwise);
 }
 
@@ -109,6 +115,7 @@ void ErrLevel(std::int32_t level)
 std::int32_t Grab(BoardModule module, BoardFrame frame)
 {
     recordingBoard.frameCount = 0;
+    if (recordingBoard.grabTurnsDisplayOff) write::frames.DisplayEnabled = 0;
     return Report("icp_grab", Format(" %d %d", module, frame));
 }
 
@@ -123,13 +130,30 @@ std::int32_t WaitVb(BoardModule module, BoardFrame frame)
     return Report("icp_wait_vb", Format(" %d %d", module, frame));
 }
 
+// The next of the frames that were given.
+void CopyNextFrame(std::span<std::int16_t> buffer)
+{
+    const auto& frame = recordingBoard.frames[nextFrame++ % recordingBoard.frames.size()];
+    if (frame.size() == 1) {
+        std::ranges::fill(buffer, frame[0]);
+    } else {
+        std::copy_n(frame.begin(), std::min(frame.size(), buffer.size()), buffer.begin());
+    }
+}
+
 std::int32_t ReadArea(BoardModule module, BoardFrame frame, std::int32_t x, std::int32_t y, std::int32_t width,
                       std::int32_t height, std::span<std::int16_t> buffer)
 {
     if (recordingBoard.onRead) recordingBoard.onRead(++recordingBoard.reads);
-    const std::int32_t result =
-        Report("icp_read_area", Format(" %d %d %d %d %d %d", module, frame, x, y, width, height));
+    if (recordingBoard.writesDown) {
+        Note(Format("icp_read_area %d %d %d %d %d %d", module, frame, x, y, width, height));
+    }
+    const std::int32_t result = AnswerOf("icp_read_area", 0);
     if (result != 0) return result;
+    if (!recordingBoard.frames.empty()) {
+        CopyNextFrame(buffer);
+        return 0;
+    }
     for (std::int32_t row = 0; row < height; ++row) {
         for (std::int32_t column = 0; column < width; ++column) {
             buffer[static_cast<std::size_t>(row * width + column)] =
@@ -210,6 +234,44 @@ constexpr BoardTable kTable{
 
 }  // namespace
 
+void RegisterRecordingBoard()
+{
+    recordingBoard = {};
+    nextFrame = 0;
+    RegisterBoard(kTable);
+}
+
+void RegisterQuietBoard()
+{
+    RegisterRecordingBoard();
+    recordingBoard.grabTurnsDisplayOff = true;
+    SetBoardFrames({});
+}
+
+void SetBoardFrames(std::vector<std::vector<std::int16_t>> frames)
+{
+    if (frames.empty()) {
+        recordingBoard.answers["icp_wait_vb"] = kBoardTimeout;
+    } else {
+        recordingBoard.answers.erase("icp_wait_vb");
+    }
+    recordingBoard.frames = std::move(frames);
+    nextFrame = 0;
+}
+
+std::vector<std::string> TakeBoardCalls()
+{
+    constexpr std::pair<std::string_view, std::string_view> kCalls[] = {
+        {"itx_init_sys ", "init"}, {"icp_grab ", "grab"}, {"icp_freeze ", "freeze"}};
+    std::vector<std::string> calls;
+    for (const std::string& asked : std::exchange(recordingBoard.asked, {})) {
+        for (const auto& [operation, call] : kCalls) {
+            if (asked.starts_with(operation)) calls.emplace_back(call);
+        }
+    }
+    return calls;
+}
+
 BoardTest::BoardTest()
 {
     SetDefaultDir(directory.Path());
@@ -217,8 +279,7 @@ BoardTest::BoardTest()
     write::camera.ActiveCamera = 2;
     write::camera.ActiveConfig.Xzoom = 1;
     write::camera.ActiveConfig.Yzoom = 1;
-    recordingBoard = {};
-    RegisterBoard(kTable);
+    RegisterRecordingBoard();
 }
 
 BoardTest::~BoardTest() = default;

@@ -1,9 +1,9 @@
-#include "ui/select_file.h"
-
 #include "platform/faults.h"
 #include "state/windows_write.h"
 #include "support/operator.h"
+#include "support/state_value.h"
 #include "support/stored_files.h"
+#include "ui/select_file_write.h"
 #include "ui/status.h"
 
 #include <gmock/gmock.h>
@@ -56,7 +56,7 @@ class SelectFileDialog : public ::testing::Test {
     SelectFileDialog()
     {
         SetDefaultDir(directory_.Path());
-        LastFileDirectory.clear();
+        write::fileChoice.LastFileDirectory.clear();
         PutFile(directory_ / "a.img", "a");
         PutFile(directory_ / "two words.img", "b");
         StatusMessage("before", 6);
@@ -79,7 +79,7 @@ TEST_F(SelectFileDialog, TheFirstDialogOpensInTheProgramsDirectory)
 
 TEST_F(SelectFileDialog, CancellingLeavesTheFolderAndEmptiesThePath)
 {
-    LastFileDirectory = "/somewhere/";
+    write::fileChoice.LastFileDirectory = "/somewhere/";
     operator_.Do([] { CancelFileDialog(); });
     std::string path = "*.img";
     EXPECT_EQ(SelectFile(nullptr, path, kSelectToOpen), 0);
@@ -94,7 +94,7 @@ TEST_F(SelectFileDialog, SeveralFilesGiveTheFolderWithoutASeparator)
     std::string path = "*.img";
     EXPECT_EQ(SelectFile(nullptr, path, kSelectSeveral), 1);
     EXPECT_EQ(path, directory_.Path() + " a.img two words.img");
-    EXPECT_THAT(SelectedPaths, ElementsAre(directory_ / "a.img", directory_ / "two words.img"));
+    EXPECT_EQ(StateText("SelectedPaths"), (directory_ / "a.img") + "\n" + (directory_ / "two words.img") + "\n");
     EXPECT_EQ(LastFileDirectory, directory_.Path());
 }
 

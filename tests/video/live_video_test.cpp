@@ -1,5 +1,6 @@
 #include "display/display_pipeline.h"
 #include "grabber/board.h"
+#include "grabber/board_state_write.h"
 #include "grabber/frame_account.h"
 #include "imagefile/header_write.h"
 #include "platform/memory.h"
@@ -115,7 +116,7 @@ TEST_F(LiveFrames, OnlyAnUncalibratedValueIsKeptFromBelowZero)
 {
     GoLive(4, 1);
     recordingBoard.picture = 100;
-    DataOffset = -102;
+    write::board.DataOffset = -102;
     EXPECT_EQ(RefreshLiveFrame(), 1);
     EXPECT_THAT(LiveFrame, ElementsAre(0, 0, 0, 1));
     write::cal.CalType = 1;

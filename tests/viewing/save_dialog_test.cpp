@@ -1,7 +1,5 @@
 // The SAVE dialog, worked as an operator works it.
-#include "viewing/save_dialog.h"
-
-#include "config/settings.h"
+#include "config/settings_write.h"
 #include "platform/dialog.h"
 #include "platform/directory.h"
 #include "platform/faults.h"
@@ -14,7 +12,8 @@
 #include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/temp_directory.h"
-#include "viewing/saving.h"
+#include "viewing/save_dialog_write.h"
+#include "viewing/saving_write.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -55,10 +54,10 @@ class SaveDialogTest : public testing::Test {
         }
         EXPECT_TRUE(ChangeDirectory(Work("")));
         write::camera.ActiveConfig.Description = "Large one";
-        MultiFrame = 0;
-        SeqNumber = 17;
-        FramesToAverageImage = 3;
-        FramesToAverageSeq = 4;
+        write::settings.MultiFrame = 0;
+        write::saving.SeqNumber = 17;
+        write::saving.FramesToAverageImage = 3;
+        write::saving.FramesToAverageSeq = 4;
     }
     ~SaveDialogTest() override { ChangeDirectory("/"); }
 
@@ -70,7 +69,7 @@ class SaveDialogTest : public testing::Test {
     // Opens the dialog and works it, one step after the other; what the work leaves open is cancelled.
     int Run(int mode, std::function<void(HWND)> work)
     {
-        SaveDialogMode = mode;
+        write::saveDialog.SaveDialogMode = mode;
         const auto ended = std::make_shared<bool>(false);
         op.Do([work = std::move(work)] { work(DialogInFront()); });
         op.Do([ended] {  // comes in the next dialog where this one has ended
@@ -133,7 +132,7 @@ TEST_F(SaveDialogTest, OpensByItsMode)
         {1484, {"a.img", "B.IMG", "c.seq", "d.buf", "plain"}, {kBegin, kFrames, kMulti}, "3", "*.*"},
     };
     for (const Row& row : rows) {
-        SaveAverage = SaveStdDev = 1;
+        write::saveDialog.SaveAverage = write::saveDialog.SaveStdDev = 1;
         EXPECT_EQ(Run(row.mode,
                       [&](HWND dialog) {
                           EXPECT_EQ(DialogName(dialog), "SAVE");

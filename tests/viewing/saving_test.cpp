@@ -1,7 +1,7 @@
 #include "viewing/saving.h"
 
-#include "config/settings.h"
-#include "grabber/board_state.h"
+#include "config/settings_write.h"
+#include "grabber/board_state_write.h"
 #include "grabber/host_frames.h"
 #include "imagefile/header_write.h"
 #include "platform/memory.h"
@@ -11,6 +11,7 @@
 #include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recording_board.h"
+#include "support/rounds.h"
 #include "support/shown.h"
 #include "support/stored_files.h"
 #include "video/video.h"
@@ -124,12 +125,12 @@ class Saving : public BoardTest {
         write::display.DisplayHigh = 16383;
         GoLive(2, 2);
         write::cal.CalType = 0;
-        DataOffset = 0;
+        write::board.DataOffset = 0;
         write::cal.DecomList = {0, 1, 2, 3};
         write::cal.OffsetList = {0, 0, 0, 0};
         write::cal.GainList = {1, 1, 1, 1};
         CalibrationListsChanged();
-        MultiFrame = 0;
+        write::settings.MultiFrame = 0;
     }
 
     std::string Out(std::string_view name) const { return directory / "out" + '/' + std::string(name); }
@@ -466,12 +467,12 @@ TEST_F(Saving, ADeviceThatTakesNothingIsToldAndStays)
 {
     EXPECT_EQ(SaveImage("/dev/full", 1), 0);
     EXPECT_EQ(op.Boxes().at(0).text, "Failure writing header for image file");
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     number = 0;
     std::filesystem::create_symlink("/dev/full", Out("r0.seq"));
     EXPECT_EQ(Save("r.seq"), 0);
     EXPECT_EQ(op.Boxes().at(1).text, "Failure writing header for image file\nDisk Full ??");
-    MultiFrame = 0;
+    write::settings.MultiFrame = 0;
     EXPECT_EQ(Save("r.seq"), 0);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
 }
@@ -596,7 +597,7 @@ TEST_F(Saving, KeepingAFileMovesOnToTheNextNumber)
 
 TEST_F(Saving, TwoFrozenFramesShareOneMultiFrameFile)
 {
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     Freeze();
     op.Answer({Button::kOk, Button::kOk});
     EXPECT_EQ(Save("r.seq"), 1);
@@ -628,7 +629,7 @@ TEST_F(Saving, TheFifthFrameOfAFileOnViewMakesASixthPlace)
 
 TEST_F(Saving, AFrameOnViewIgnoresTheHeaderOfTheMultiFrameFile)
 {
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     ViewFrames(1);
     const std::string other(512 + 8, 'x');
     PutFile(Out("r0.seq"), other);
@@ -654,7 +655,7 @@ TEST_F(Saving, AFileOnViewThatCountsFramesBeyondReasonIsRefused)
 
 TEST_F(Saving, AFrameIsAppendedUnderTheFilesOwnMeasures)
 {
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     ImageHeaderRecord header = PlainHeader(3, 1);  // not those of the frame in hand
     WriteImageFile(Out("r0.seq"), header, {{1, 2, 3}});
     EXPECT_EQ(Save("r.seq"), 1);
@@ -666,7 +667,7 @@ TEST_F(Saving, AFrameIsAppendedUnderTheFilesOwnMeasures)
 
 TEST_F(Saving, AFileWithFrameHeadersGetsTheFrameBehindThePlaceOfItsOwn)
 {
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     ImageHeaderRecord header = PlainHeader(2, 2);
     header.ImageHeaderDataOffset = 80;
     PutFile(Out("r0.seq"), HeaderBytes(header) + std::string(80, 'h') + SampleBytes({1, 2, 3, 4}));
@@ -679,7 +680,7 @@ TEST_F(Saving, AFileWithFrameHeadersGetsTheFrameBehindThePlaceOfItsOwn)
 
 TEST_F(Saving, FramesThatTheHeaderDoesNotCountAreNotWrittenOver)
 {
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     for (const std::uint32_t counted : {0U, 1U}) {
         ImageHeaderRecord header = PlainHeader(2, 2);
         WriteImageFile(Out("r0.seq"), header, {{1, 2, 3, 4}, {5, 6, 7, 8}});
@@ -696,7 +697,7 @@ TEST_F(Saving, FramesThatTheHeaderDoesNotCountAreNotWrittenOver)
 
 TEST_F(Saving, AMultiFrameFileWithoutAUsableHeaderStaysAsItIs)
 {
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     ImageHeaderRecord negative = PlainHeader(2, 2);
     negative.ImageWidth = -2;
     ImageHeaderRecord far = PlainHeader(1024, 1024);
@@ -745,7 +746,7 @@ TEST_F(Saving, AFrameThatIsNotToBeHadIsTold)
 TEST_F(Saving, ASequenceFileThatCannotBeOpenedIsTold)
 {
     for (const std::int32_t multi : {0, 1}) {
-        MultiFrame = multi;
+        write::settings.MultiFrame = multi;
         EXPECT_EQ(Save("missing/r.seq"), -1);
         EXPECT_EQ(op.Boxes().back().text, Out("missing/r0.seq") + "\nSaveSequence: Open file failure");
         EXPECT_EQ(op.Boxes().back().caption, "Kelvo message");
@@ -762,7 +763,7 @@ TEST_F(Saving, AFullDiskTakesAnUnwrittenHeaderAwayButNoMultiFrameFile)
     }
     EXPECT_EQ(op.Boxes().at(0).text, "Failure writing header for image file\nDisk Full ??");
     EXPECT_THAT(Saved(), IsEmpty());
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     {
         const FullAt limit(100);
         EXPECT_EQ(Save("r.seq"), 0);
@@ -774,7 +775,7 @@ TEST_F(Saving, AFullDiskTakesAnUnwrittenHeaderAwayButNoMultiFrameFile)
 TEST_F(Saving, AFullDiskTakesTheFirstFramesFileAway)
 {
     for (const std::int32_t multi : {0, 1}) {
-        MultiFrame = multi;
+        write::settings.MultiFrame = multi;
         const FullAt limit(512 + 5);
         EXPECT_EQ(Save("r.seq"), 5) << "the bytes that were written";
         EXPECT_THAT(Saved(), IsEmpty());
@@ -785,7 +786,7 @@ TEST_F(Saving, AFullDiskTakesTheFirstFramesFileAway)
 
 TEST_F(Saving, AFullDiskKeepsTheFramesOfAMultiFrameFile)
 {
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     EXPECT_EQ(Save("r.seq"), 1);
     {
         const FullAt limit(512 + 8 + 5);
@@ -800,7 +801,7 @@ TEST_F(Saving, AFullDiskKeepsTheFramesOfAMultiFrameFile)
 
 TEST_F(Saving, ThePartialFrameIsFollowedByTheHeaderThatDoesNotCountIt)
 {
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     EXPECT_EQ(Save("r.seq"), 1);
     {
         const FullAt limit(512 + 8 + 5);
@@ -857,7 +858,7 @@ class SavingWithoutRights : public Saving {
     }
     bool SequenceIsRefused(std::int32_t multi)
     {
-        MultiFrame = multi;
+        write::settings.MultiFrame = multi;
         return Save("r.seq") == -1 && op.Boxes().size() == 1 &&
                op.Boxes()[0].text == Out("r0.seq") + "\nSaveSequence: Open file failure";
     }
@@ -903,7 +904,7 @@ class KilledSaving : public BoardTest {
     static constexpr int kColumns = 160;
     static constexpr int kRows = 120;
     static constexpr std::size_t kFrameBytes = std::size_t{2} * kColumns * kRows;
-    static constexpr int kKills = 200;
+    const int kills_ = Rounds(200);
 
     KilledSaving()
     {
@@ -911,7 +912,7 @@ class KilledSaving : public BoardTest {
         write::camera.numBufFrames = 1;
         GoLive(kColumns, kRows);
         write::cal.CalType = 0;
-        DataOffset = 0;
+        write::board.DataOffset = 0;
     }
 
     // A forked process shares the descriptor that wakes the message loop: what one takes from it the other waits for.
@@ -993,7 +994,7 @@ TEST_F(KilledSaving, AnImageIsWholeUnderItsName)
     ASSERT_EQ(SaveImage(path, 1), 1);  // the picture that stands there before: 1000
     int written = 0;
     int beside = 0;
-    for (int kill = 0; kill < kKills; ++kill) {
+    for (int kill = 0; kill < kills_; ++kill) {
         const int reported = SaveUntilKilled([&] {
             op.Answer({Button::kYes});  // replace it
             return SaveImage(path, 1) == 1;
@@ -1016,14 +1017,16 @@ TEST_F(KilledSaving, AnImageIsWholeUnderItsName)
         beside += static_cast<int>(newOnes);
     }
     EXPECT_GT(written, 0);
-    EXPECT_GT(beside, 0) << "some kills met the writing";
+    if (AllRounds()) {
+        EXPECT_GT(beside, 0) << "some kills met the writing";
+    }
 }
 
 TEST_F(KilledSaving, EachNumberedFileIsWhole)
 {
-    MultiFrame = 0;
+    write::settings.MultiFrame = 0;
     int written = 0;
-    for (int kill = 0; kill < kKills; ++kill) {
+    for (int kill = 0; kill < kills_; ++kill) {
         const std::string base = directory / "s/r.seq";
         std::filesystem::remove_all(directory / "s");
         std::filesystem::create_directory(directory / "s");
@@ -1044,10 +1047,10 @@ TEST_F(KilledSaving, EachNumberedFileIsWhole)
 
 TEST_F(KilledSaving, AMultiFrameFileHasEveryFrameThatWasWritten)
 {
-    MultiFrame = 1;
+    write::settings.MultiFrame = 1;
     const std::string path = directory / "r0.seq";
     int written = 0;
-    for (int kill = 0; kill < kKills; ++kill) {
+    for (int kill = 0; kill < kills_; ++kill) {
         std::filesystem::remove(path);
         std::int32_t number = 0;
         const int reported = SaveUntilKilled([&] { return SaveSequence(directory / "r.seq", number, 1) == 1; });

@@ -1,0 +1,79 @@
+#include "calib/calibration_commands.h"
+
+#include "calib/calibration_dialog.h"
+#include "calib/calibration_run.h"
+#include "calib/calibration_selection.h"
+#include "calib/calibration_set.h"
+#include "calib/one_point_run.h"
+#include "calib/two_point_run.h"
+#include "platform/box.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/menu_state.h"
+#include "ui/status.h"
+
+#include <cstdint>
+#include <string>
+
+namespace kelvo {
+
+namespace {
+
+// A one-point run determines offsets alone. The calibration that it was to replace comes back if it fails.
+void RunOnePoint()
+{
+    const std::int32_t typeBefore = CalType;
+    write::cal.CalType = 0;
+    if (OnePointCalibrate(hWndMain) || typeBefore == 0) return;
+    LoadCalibration(hWndMain, std::string(CalSettings.CalFile));
+}
+
+}  // namespace
+
+void RunChosenCalibration()
+{
+    if (CalSettings.ChosenType == 1) {
+        RunOnePoint();
+    } else {
+        TwoPointCalibrate(hWndMain, ActiveConfig, write::calSet.CalDone);
+    }
+}
+
+CommandEnd NewCalibration()
+{
+    if (RunCalibrationDialog(hWndMain)) RunChosenCalibration();
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd UpdateCalibration()
+{
+    OnePointCalibrate(hWndMain);
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd SaveCalibration()
+{
+    if (!ChooseCalibrationToSave(hWndMain)) return CommandEnd::kResetStatus;
+    const std::string path = FilePathBuf;
+    if (!SaveCalibrationAs(path)) MessageBox(hWndMain, "Failed to save file: " + path, "Kelvo File Error!");
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd LoadPreviousCalibration()
+{
+    if (!CameraOn) {
+        MessageBox(hWndMain, "Camera must be on in order\nto load a calibration", kMessageCaption);
+        return CommandEnd::kResetStatus;
+    }
+    if (!ChooseCalibrationToOpen(hWndMain)) return CommandEnd::kResetStatus;
+    ShowReplacementInMenu(SubstBadPixels != 0);
+    if (!LoadCalibration(hWndMain, FilePathBuf)) return CommandEnd::kResetStatus;
+    StatusString(kIdleHint, kLeftAligned);
+    return CommandEnd::kLeaveStatus;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,25 @@
+// The commands of the Calibration menu: each asks for what it needs, runs, and says how it ends.
+#pragma once
+
+#include "ui/command_end.h"
+
+namespace kelvo {
+
+// The CALIB dialog, and the run that it ends with.
+CommandEnd NewCalibration();
+
+// A one-point run with the settings in force.
+CommandEnd UpdateCalibration();
+
+// Asks for a name and saves the calibration in force under it; a failure is told under "Kelvo File Error!".
+CommandEnd SaveCalibration();
+
+// Asks for a set and loads it. Without a camera that is on: "Camera must be on in order\nto load a calibration".
+// kLeaveStatus once it is loaded.
+CommandEnd LoadPreviousCalibration();
+
+// The run of the type that the CALIB dialog ended with (CalSettings.ChosenType). A one-point run that fails brings the
+// calibration back that it was to replace. Blocks while frames are gathered.
+void RunChosenCalibration();
+
+}  // namespace kelvo

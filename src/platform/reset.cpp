@@ -1,0 +1,36 @@
+#include "platform/reset.h"
+
+#include "platform/clock.h"
+#include "platform/faults.h"
+#include "platform/files.h"
+#include "platform/memory.h"
+#include "platform/pointer.h"
+#include "platform/profile.h"
+#include "platform/qt_window.h"
+#include "platform/serial.h"
+#include "platform/timers.h"
+#include "platform/transcript.h"
+
+namespace kelvo {
+
+void ResetPlatform()
+{
+    ResetPointer();
+    ForgetTurns();  // while there is a dispatcher to take its alarm off
+    ForgetWindows();
+    ForgetWindowClasses();
+    ForgetDroppedFiles();
+    ForgetKeys();
+    EndApplication();
+    ForgetTurns();  // what the last widgets have posted
+
+    ClearFaults();
+    FailAllocation(0);
+    ResetSerial();
+    ForgetProfiles();
+    SetKelvoDirectory({});
+    ResetTranscript();
+    ResetClock();
+}
+
+}  // namespace kelvo

@@ -1,0 +1,212 @@
+// The commands: the one list from which menu, accelerators and help contexts are made, in the menu's order. The shell's
+// table of handlers is held against it when it is compiled.
+//
+// A new command is a number in ids.h, a row here, and a handler in shell/commands.cpp.
+#pragma once
+
+#include "resources/help_contexts.h"
+#include "resources/ids.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+namespace kelvo {
+
+struct CommandRow {
+    enum class Kind {
+        kTop,          // a menu of the menu bar
+        kItem,         // an item of it
+        kCheck,        // an item that can be checked
+        kSeparator,    //
+        kRecentFiles,  // the place of the files last opened
+        kWithoutItem,  // a command that keys, pointer or other commands give
+        kHelpAlone,    // no command any more: only the help knows the number
+    };
+    Kind kind = Kind::kItem;
+    int id = 0;
+    std::string_view text = {};  // of the item: '&' before its letter, the name of its key behind a tab
+    int help = 0;                // help context; 0: "Help not available for this Menu item."
+    std::string_view icon = {};  // name of an icon in the resources
+    std::string_view key = {};   // of a command without an item
+    bool built = true;           // false: the operator is told that this version hasn't got it
+};
+
+constexpr bool HasItem(const CommandRow& row)
+{
+    return row.kind == CommandRow::Kind::kItem || row.kind == CommandRow::Kind::kCheck;
+}
+
+// What the main window answers to by itself, rows alone: user modules and recent files have ranges of numbers.
+constexpr bool IsCommand(const CommandRow& row)
+{
+    return HasItem(row) || row.kind == CommandRow::Kind::kWithoutItem;
+}
+
+// The name of the row's key; empty where it has none.
+constexpr std::string_view KeyOf(const CommandRow& row)
+{
+    if (!HasItem(row)) return row.key;
+    const std::size_t tab = row.text.find('\t');
+    return tab == std::string_view::npos ? std::string_view() : row.text.substr(tab + 1);
+}
+
+// The makers of rows below.
+namespace rows {
+
+using Kind = CommandRow::Kind;
+
+constexpr CommandRow Top(std::string_view text)
+{
+    return {.kind = Kind::kTop, .text = text};
+}
+constexpr CommandRow Item(int id, std::string_view text, int help = 0, std::string_view icon = {})
+{
+    return {.kind = Kind::kItem, .id = id, .text = text, .help = help, .icon = icon};
+}
+constexpr CommandRow Check(int id, std::string_view text, int help = 0)
+{
+    return {.kind = Kind::kCheck, .id = id, .text = text, .help = help};
+}
+constexpr CommandRow WithoutItem(int id, std::string_view key, int help = 0)
+{
+    return {.kind = Kind::kWithoutItem, .id = id, .help = help, .key = key};
+}
+constexpr CommandRow HelpAlone(int id, int help)
+{
+    return {.kind = Kind::kHelpAlone, .id = id, .help = help};
+}
+constexpr CommandRow NotBuilt(CommandRow row)
+{
+    row.built = false;
+    return row;
+}
+inline constexpr CommandRow kLine{.kind = Kind::kSeparator};
+inline constexpr CommandRow kRecent{.kind = Kind::kRecentFiles};
+
+inline constexpr CommandRow kAll[] = {
+    Top("&File"),
+    NotBuilt(Item(kCmdHostRamCapture, "&Host RAM capture...\tShift+F3", kHelpHostRamCapture)),
+    kLine,
+    Item(kCmdSaveImage, "&Save image...\tF3", kHelpSaveImage, "save"),
+    Item(kCmdLoadImage, "&Load image...\tF6", kHelpLoadImage, "load"),
+    kLine,
+    Item(kCmdNameSequenceForSaving, "&Name sequence for saving...\tF4", kHelpNameSequenceForSaving),
+    Item(kCmdSaveSequence, "S&ave sequence\tF5", kHelpSaveSequence),
+    NotBuilt(Item(kCmdContinuousSave, "&Continous save sequence...", kHelpContinuousSave)),
+    NotBuilt(Item(kCmdTriggeredSave, "&Bio-Rad save...")),
+    kLine,
+    Item(kCmdNameSequenceToLoad, "Na&me sequence to load...\tShift+F4", kHelpNameSequenceToLoad, "sequence"),
+    Item(kCmdLoadNext, "L&oad next\tF7", kHelpLoadNext, "next"),
+    Item(kCmdLoadLast, "Loa&d last\tShift+F7", kHelpLoadLast, "previous"),
+    kLine,
+    Item(kCmdSaveBitmap, "Save &bitmap image..."),
+    NotBuilt(Item(kCmdSaveTiff8, "Save 8-bit TIFF image...")),
+    NotBuilt(Item(kCmdSaveTiff16, "Save 16-bit TIFF image...")),
+    kLine,
+    NotBuilt(Item(kCmdPrintBitmap, "&Print bitmap image...\tShift+PrintScrn", 0, "print")),
+    Item(kCmdPrinterSetup, "P&rinter setup..."),
+    kLine,
+    kRecent,
+    kLine,
+    Item(kCmdExit, "E&xit\tCtrl+Q", kHelpExit, "exit"),
+
+    Top("&Setup"),
+    Item(kCmdDisplaySetup, "&Display setup...\tCtrl+D", kHelpDisplaySetup, "display"),
+    Item(kCmdVideoSetup, "&Video setup...\tCtrl+V", kHelpVideoSetup, "oscilloscope"),
+    Item(kCmdImageSetup, "&Image setup...\tCtrl+I", kHelpImageSetup),
+    Item(kCmdConfiguration, "&Configuration...", kHelpConfiguration),
+    kLine,
+    Item(kCmdTurnOn, "&Turn Vantir on ", kHelpTurnOn),
+
+    Top("&Calibration"),
+    Item(kCmdNewCalibration, "&New...\tCtrl+C", kHelpNewCalibration),
+    Item(kCmdUpdateCalibration, "&Update...", kHelpUpdateCalibration),
+    Item(kCmdSaveCalibration, "&Save...", kHelpSaveCalibration),
+    Item(kCmdLoadCalibration, "&Load previous...", kHelpLoadCalibration),
+    kLine,
+    NotBuilt(Item(kCmdApplyCalibration, "&Apply to data...")),
+    Item(kCmdViewStatistics, "&View statistics...", kHelpViewStatistics),
+
+    Top("&Image"),
+    Item(kCmdFreeze, "&Freeze frame\tF2", kHelpFreeze, "freeze"),
+    Check(kCmdReplaceBadPixels, "&Replace bad pixels\tF9", kHelpReplaceBadPixels),
+    kLine,
+    Check(kCmdNormalGray, "&Normal gray", kHelpColorMaps),
+    Check(kCmdInvertedGray, "&Inverted gray", kHelpColorMaps),
+    Check(kCmdNormalColor, "Normal &color", kHelpColorMaps),
+    kLine,
+    Check(kCmdImageCursor, "&Image cursor\tF8", kHelpImageCursor),
+
+    Top("&Analysis"),
+    NotBuilt(Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram")),
+    NotBuilt(Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot)),
+    NotBuilt(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
+
+    Top("&View"),
+    Item(kCmdViewGoToFrame, "&Go to frame...\tCtrl+G"),
+    Item(kCmdViewPlay, "&Play\tCtrl+P", 0, "play"),
+    Item(kCmdViewStop, "&Stop\tCtrl+.", 0, "stop"),
+    kLine,
+    Item(kCmdViewCopyPicture, "&Copy picture\tCtrl+Shift+C", 0, "copy"),
+    Item(kCmdViewFitContrast, "&Fit contrast\tCtrl+F", 0, "contrast"),
+    kLine,
+    Check(kCmdViewFrameAccount, "Frame &account", kHelpFrameAccount),
+    Check(kCmdViewColorScale, "Colour &scale", kHelpColorScale),
+    Check(kCmdViewSaturation, "Sat&uration overlay", kHelpSaturation),
+    kLine,
+    Item(kCmdBench, "Simulated &bench...", kHelpBench),
+
+    Top("&Help"),
+    Item(kCmdHelpContents, "&Contents", kHelpContents, "help"),
+    Item(kCmdHelpSearch, "&Search\tF1", kHelpSearch),
+    Item(kCmdHelpKeys, "&Keys help", kHelpKeys),
+    Item(kCmdHelpOnHelp, "&Help for help", kHelpOnHelp),
+    kLine,
+    Item(kCmdDesktopTutorial, "Windows &Tutorial"),
+    Item(kCmdKelvoTutorial, "&Kelvo Tutorial", kHelpTutorial),
+    kLine,
+    Item(kCmdAbout, "&About", kHelpAbout, "about"),
+
+    WithoutItem(kCmdDialogHelp, {}, kHelpOfDialogs),
+    WithoutItem(kCmdTrackball, "F10"),
+    WithoutItem(kCmdNextColorMap, "F11"),
+    WithoutItem(kCmdZoomIn, "+"),
+    WithoutItem(kCmdZoomOut, "-"),
+    WithoutItem(kCmdPanRight, "Right"),
+    WithoutItem(kCmdPanLeft, "Left"),
+    WithoutItem(kCmdPanUp, "Up"),
+    WithoutItem(kCmdPanDown, "Down"),
+    WithoutItem(kCmdPanPageRight, "Home"),
+    WithoutItem(kCmdPanPageLeft, "End"),
+    WithoutItem(kCmdPanPageUp, "PgUp"),
+    WithoutItem(kCmdPanPageDown, "PgDn"),
+    WithoutItem(kCmdOffsetRight, "Shift+Right"),
+    WithoutItem(kCmdOffsetLeft, "Shift+Left"),
+    WithoutItem(kCmdOffsetUp, "Shift+Up"),
+    WithoutItem(kCmdOffsetDown, "Shift+Down"),
+    WithoutItem(kCmdOffsetPageRight, "Shift+End"),
+    WithoutItem(kCmdOffsetPageLeft, "Shift+Home"),
+    WithoutItem(kCmdOffsetPageUp, "Shift+PgUp"),
+    WithoutItem(kCmdOffsetPageDown, "Shift+PgDn"),
+
+    HelpAlone(21, kHelpOlder512),
+    HelpAlone(22, kHelpOlder513),
+    HelpAlone(146, kHelpOlder358),
+    HelpAlone(147, kHelpOlder358),
+    HelpAlone(149, kHelpOlder361),
+    HelpAlone(150, kHelpOlder362),
+    HelpAlone(164, kHelpOlder375),
+};
+
+}  // namespace rows
+
+inline constexpr const auto& kCommandList = rows::kAll;
+
+// The row of a number; the list's end for a number without one.
+constexpr const CommandRow* CommandRowOf(int id)
+{
+    return std::ranges::find_if(kCommandList, [id](const CommandRow& row) { return row.id == id && id != 0; });
+}
+
+}  // namespace kelvo

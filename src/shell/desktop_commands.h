@@ -1,0 +1,14 @@
+// The commands that open something beside the main window: the help's pages, and the desktop's own tools.
+#pragma once
+
+namespace kelvo {
+
+void ShowKeysHelp();
+void ShowTutorial();
+void SearchHelp();      // for an empty key: all pages
+void ShowDialogHelp();  // on dialogs as such
+
+// The desktop's printer set-up, under the hourglass.
+void OpenPrinterSetup();
+
+}  // namespace kelvo

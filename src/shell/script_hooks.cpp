@@ -1,0 +1,54 @@
+#include "shell/script_hooks.h"
+
+#include "imagefile/header.h"
+#include "script/script.h"
+#include "simcam/bench_window.h"
+#include "state/camera_config.h"
+#include "state/frame_state.h"
+
+#include <optional>
+#include <span>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+std::span<const std::int16_t> FrameOnView()
+{
+    if (ViewingFile) return ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
+    return LiveFrame;
+}
+
+std::optional<int> CountAt(int x, int y)
+{
+    const int width = ViewingFile ? ImageHeader.ImageWidth : ActiveConfig.Hroi;
+    const int height = ViewingFile ? ImageHeader.ImageHeight : ActiveConfig.Vroi;
+    if (x < 0 || y < 0 || x >= width || y >= height) return std::nullopt;
+    const std::span<const std::int16_t> frame = FrameOnView();
+    const auto index = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+    if (index >= frame.size()) return std::nullopt;
+    return frame[index];
+}
+
+std::optional<int> RawSampleAt(std::int64_t i)
+{
+    const std::span<const std::int16_t> frame = ViewingFile ? FrameOnView() : std::span<const std::int16_t>(RawFrame);
+    if (i < 0 || i >= std::ssize(frame)) return std::nullopt;
+    return frame[static_cast<std::size_t>(i)];
+}
+
+}  // namespace
+
+void ConnectScripts()
+{
+    ScriptHooks hooks;
+    hooks.pixel = CountAt;
+    hooks.raw = RawSampleAt;
+    hooks.source = PutBenchSource;
+    hooks.truth = BenchTruth;
+    hooks.registers = BenchHeadRegisters;
+    SetScriptHooks(std::move(hooks));
+}
+
+}  // namespace kelvo

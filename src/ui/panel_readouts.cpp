@@ -1,0 +1,26 @@
+#include "ui/panel_readouts.h"
+
+#include "platform/dialog.h"
+#include "platform/text.h"
+#include "resources/ids.h"
+#include "state/display_state.h"
+#include "state/windows.h"
+
+namespace kelvo {
+
+void ShowLevelsInPanel()
+{
+    if (!hDlgPanel) return;
+    SetDlgItemText(hDlgPanel, kPanelContrastText, Format("%d", Contrast));
+    SetDlgItemText(hDlgPanel, kPanelBrightnessText, Format("%d", Brightness));
+}
+
+void ShowGeometryInPanel()
+{
+    if (!hDlgPanel) return;
+    SetScrollPos(hDlgPanel, kPanelZoomBar, Xzoom);
+    SetDlgItemText(hDlgPanel, kPanelZoomText, Format("%d", Xzoom));
+    SetDlgItemText(hDlgPanel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
+}
+
+}  // namespace kelvo

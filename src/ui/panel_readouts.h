@@ -1,0 +1,13 @@
+// What the control panel shows of the picture. Whoever changes the picture asks for it by name; only this module and
+// the panel's own procedure know its controls. Without a panel nothing happens.
+#pragma once
+
+namespace kelvo {
+
+// Contrast and Brightness.
+void ShowLevelsInPanel();
+
+// Zoom (the bar and its number) and pan.
+void ShowGeometryInPanel();
+
+}  // namespace kelvo

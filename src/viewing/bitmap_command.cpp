@@ -1,0 +1,212 @@
+#include "viewing/bitmap_command.h"
+
+#include "dibapi32/dibapi32.h"
+#include "display/display_pipeline.h"
+#include "display/frame_bitmap.h"
+#include "imagefile/header.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/memory.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/dialog_frame.h"
+#include "ui/not_available.h"
+#include "ui/select_file.h"
+#include "viewing/viewing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+// What of the file on view is saved: an inclusive rectangle, and frames from first to last.
+struct Selection {
+    std::int32_t left = 0;
+    std::int32_t top = 0;
+    std::int32_t right = 0;
+    std::int32_t bottom = 0;
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+};
+
+Selection selection;  // the dialog's working copy
+
+// A header may claim more frames than the fields of the dialog can name.
+std::uint32_t LastFrameOnView()
+{
+    return std::min<std::uint32_t>(ImageHeader.FrameCount - 1, std::numeric_limits<std::int32_t>::max());
+}
+
+void ShowSelection(HWND dialog)
+{
+    SetDlgItemInt(dialog, kFramesLeft, selection.left);
+    SetDlgItemInt(dialog, kFramesTop, selection.top);
+    SetDlgItemInt(dialog, kFramesRight, selection.right);
+    SetDlgItemInt(dialog, kFramesBottom, selection.bottom);
+    SetDlgItemInt(dialog, kFramesFirst, static_cast<int>(selection.first));
+    SetDlgItemInt(dialog, kFramesLast, static_cast<int>(selection.last));
+}
+
+// A number within its range; otherwise the range in a box, and the focus on the field.
+bool ReadField(HWND dialog, int id, std::string_view name, std::int32_t minimum, std::int32_t maximum,
+               std::int32_t& value)
+{
+    const auto number = ScanDecimal(GetDlgItemText(dialog, id));
+    if (number && *number >= minimum && *number <= maximum) {
+        value = *number;
+        return true;
+    }
+    RefuseField(
+        dialog, id,
+        Format("%.*s must be a number from %d to %d.", static_cast<int>(name.size()), name.data(), minimum, maximum));
+    return false;
+}
+
+bool ReadSelection(HWND dialog)
+{
+    Selection read;
+    std::int32_t first = 0;
+    std::int32_t last = 0;
+    const auto lastFrame = static_cast<std::int32_t>(LastFrameOnView());
+    if (!ReadField(dialog, kFramesLeft, "Left", 0, ImageHeader.ImageWidth - 1, read.left) ||
+        !ReadField(dialog, kFramesTop, "Top", 0, ImageHeader.ImageHeight - 1, read.top) ||
+        !ReadField(dialog, kFramesRight, "Right", read.left, ImageHeader.ImageWidth - 1, read.right) ||
+        !ReadField(dialog, kFramesBottom, "Bottom", read.top, ImageHeader.ImageHeight - 1, read.bottom) ||
+        !ReadField(dialog, kFramesFirst, "First frame", 0, lastFrame, first) ||
+        !ReadField(dialog, kFramesLast, "Last frame", first, lastFrame, last)) {
+        return false;
+    }
+    read.first = static_cast<std::uint32_t>(first);
+    read.last = static_cast<std::uint32_t>(last);
+    selection = read;
+    return true;
+}
+
+void AcceptSelection(HWND dialog)
+{
+    if (ReadSelection(dialog)) EndDialog(dialog, 1);
+}
+
+LRESULT fnFRAMESDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
+constexpr DialogEntry kEntries[] = {{kIdOk, AcceptSelection}};
+constexpr DialogFrame kFrame{.name = "FRAMES",
+                             .procedure = fnFRAMESDlgProc,
+                             .open = ShowSelection,
+                             .entries = kEntries,
+                             .helpContext = kHelpSaveBitmap};
+LRESULT fnFRAMESDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
+}
+
+bool AskForSelection()
+{
+    return RunDialog(kFrame, hWndMain) == 1;
+}
+
+// The rectangle alone, row by row: the bitmap's rows then follow each other without a gap.
+std::vector<std::int16_t> CutRectangle()
+{
+    const auto width = static_cast<std::size_t>(ImageHeader.ImageWidth);
+    const auto columns = static_cast<std::size_t>(selection.right + 1 - selection.left);
+    const std::span<const std::int16_t> pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
+    std::vector<std::int16_t> cut;
+    if (pixels.size() < width * static_cast<std::size_t>(ImageHeader.ImageHeight)) return cut;
+    for (std::int32_t row = selection.top; row <= selection.bottom; ++row) {
+        const auto start = static_cast<std::size_t>(row) * width + static_cast<std::size_t>(selection.left);
+        const auto line = pixels.subspan(start, columns);
+        cut.insert(cut.end(), line.begin(), line.end());
+    }
+    return cut;
+}
+
+Dib MakeSelectionBitmap()
+{
+    const std::vector<std::int16_t> cut = CutRectangle();
+    if (cut.empty()) return {};
+    const FrameRect whole{0, 0, selection.right - selection.left, selection.bottom - selection.top};
+    return MakeFrameBitmap(cut, &whole);
+}
+
+// Leaves room in the name for the digits of the range.
+std::string AskForName()
+{
+    std::string path = "*.bmp";
+    if (!SelectFile(hWndMain, path, kSelectToSave)) return {};
+    if (selection.last <= selection.first) return path;
+    std::string drive;
+    std::string directory;
+    std::string name;
+    std::string extension;
+    SplitPath(path, &drive, &directory, &name, &extension);
+    const double digits = std::floor(std::log10(static_cast<double>(selection.last - selection.first)));
+    name.resize(std::min(name.size(), static_cast<std::size_t>(254 - digits)));
+    return MakePath(drive, directory, name, extension);
+}
+
+bool SaveRange(bool loadEach)
+{
+    std::string path;
+    for (std::uint32_t frame = selection.first; frame <= selection.last; ++frame) {
+        if (loadEach && !ViewImage(std::string(ViewFilePath), frame)) return false;
+        const Dib bitmap = MakeSelectionBitmap();
+        if (!bitmap) {
+            MessageBox(hWndMain, "Failure to allocate video memory!", kMessageCaption);
+            return false;
+        }
+        PaintBitmap(bitmap, hWndMain);
+        if (frame == selection.first) path = AskForName();
+        if (path.empty()) return false;
+        if (const int error = SaveDib(bitmap, BitmapFileName(path, selection.first, selection.last, frame))) {
+            DibError(error);
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+std::string BitmapFileName(std::string_view path, std::uint32_t first, std::uint32_t last, std::uint32_t frame)
+{
+    const std::uint32_t span = last - first;
+    if (span == 0) return std::string(path);
+    std::string drive;
+    std::string directory;
+    std::string name;
+    SplitPath(path, &drive, &directory, &name, nullptr);
+    const int digits = span >= 1000 ? 4 : span >= 100 ? 3 : span >= 10 ? 2 : 1;
+    return Format("%s%s%s%.*u.bmp", drive.c_str(), directory.c_str(), name.c_str(), digits, frame - first);
+}
+
+int SaveBitmapCommand()
+{
+    if (!ViewingFile || ImageBuffer.empty()) {
+        TellNotAvailable();  // live frames are gathered by a camera
+        return 0;
+    }
+    const bool several = ImageHeader.FrameCount > 1;
+    selection = {.left = 0,
+                 .top = 0,
+                 .right = ImageHeader.ImageWidth - 1,
+                 .bottom = ImageHeader.ImageHeight - 1,
+                 .first = 0,
+                 .last = several ? LastFrameOnView() : 0};
+    if (several && !AskForSelection()) return 0;
+
+    const std::uint32_t onView = ViewingSequence ? CurrentFrame : 0;
+    const bool saved = SaveRange(several);
+    if (several) ViewImage(std::string(ViewFilePath), onView);  // what the operator looked at
+    InvalidateRect(hWndMain, nullptr, true);
+    return saved ? 1 : 0;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,49 @@
+#include "viewing/save_commands.h"
+
+#include "platform/pointer.h"
+#include "state/windows.h"
+#include "ui/select_file_write.h"
+#include "viewing/bitmap_command.h"
+#include "viewing/playback.h"
+#include "viewing/save_dialog_write.h"
+#include "viewing/saving_write.h"
+#include "viewing/sequence_naming.h"
+
+#include <cstdint>
+
+namespace kelvo {
+
+CommandEnd SaveImageFile()
+{
+    StopPlaying();
+    write::fileChoice.FileDialogTemplate = kImageTemplate;
+    write::saveDialog.SaveDialogMode = kSaveImages;
+    if (!SaveDialog(hWndMain)) return CommandEnd::kLeaveStatus;
+    const Hourglass hourglass;
+    SaveImage(FilePathBuf, static_cast<std::uint32_t>(FramesToAverageImage));
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd NameSequence()
+{
+    write::fileChoice.FileDialogTemplate = kSequenceTemplate;
+    write::saveDialog.SaveDialogMode = kSaveSequences;
+    if (SaveDialog(hWndMain)) NameSequenceForSaving(FilePathBuf);
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd SaveNextOfSequence()
+{
+    StopPlaying();
+    const Hourglass hourglass;
+    SaveSequence(SeqFilePath, write::saving.SeqNumber, static_cast<std::uint32_t>(FramesToAverageSeq));
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd SaveBitmap()
+{
+    StopPlaying();
+    return SaveBitmapCommand() ? CommandEnd::kResetStatus : CommandEnd::kLeaveStatus;
+}
+
+}  // namespace kelvo

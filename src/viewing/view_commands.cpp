@@ -1,0 +1,97 @@
+#include "viewing/view_commands.h"
+
+#include "pixel/bad_pixels.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "resources/ids.h"
+#include "state/camera_config.h"
+#include "state/frame_state_write.h"
+#include "state/windows.h"
+#include "ui/not_available.h"
+#include "ui/recent_files.h"
+#include "ui/select_file_write.h"
+#include "viewing/playback.h"
+#include "viewing/viewing.h"
+
+#include <algorithm>
+#include <string>
+
+namespace kelvo {
+
+namespace {
+
+CommandEnd AfterLoad(int shown)
+{
+    if (shown) AddRecentFile(ViewFilePath);
+    return CommandEnd::kResetStatus;
+}
+
+BadDetMap EmptyMap(const CameraConfig& config)
+{
+    return BadDetMap(static_cast<std::size_t>(std::max(config.Vroi, 0)) *
+                     static_cast<std::size_t>(std::max(config.Hroi, 0)));
+}
+
+}  // namespace
+
+CommandEnd LoadImageFile()
+{
+    StopPlaying();
+    write::fileChoice.FileDialogTemplate = kImageTemplate;
+    write::frames.SteppingFrames = 0;
+    std::string path = "*.img";
+    if (!SelectFile(hWndMain, path, kSelectToOpen)) return CommandEnd::kLeaveStatus;
+    return AfterLoad(ViewImage(path, 0));
+}
+
+CommandEnd NameSequenceForLoading()
+{
+    StopPlaying();
+    write::fileChoice.FileDialogTemplate = kSequenceTemplate;
+    std::string path = "*.seq";
+    if (!SelectFile(hWndMain, path, kSelectToOpen)) return CommandEnd::kLeaveStatus;
+    return AfterLoad(ViewSequence(path));
+}
+
+CommandEnd NextFrame()
+{
+    StopPlaying();
+    if (LoadName.empty()) {
+        SendMessage(hWndMain, WM_COMMAND, kCmdNameSequenceToLoad, 0);
+        return CommandEnd::kLeaveStatus;
+    }
+    LoadNext();
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd PreviousFrame()
+{
+    StopPlaying();
+    LoadLast();
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd OpenRecentFile(std::size_t place)
+{
+    if (place < RecentFiles().size()) OpenStoredFile(std::string(RecentFiles()[place]));
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd ViewStatistics()
+{
+    std::string path;
+    SelectStatisticsFile(hWndMain, path, kStatisticsFiles);
+    if (path.empty()) return CommandEnd::kLeaveStatus;
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, nullptr, &extension);
+    if (EqualIgnoringCase(extension, ".cal")) return CommandEnd::kResetStatus;
+    if (EqualIgnoringCase(extension, ".bad")) {
+        BadDetMap map = EmptyMap(ActiveConfig);
+        LoadBadDetFile(path, map, ActiveConfig);
+    } else if (ViewImage(path, 0)) {
+        TellNotAvailable();
+    }
+    return CommandEnd::kResetStatus;
+}
+
+}  // namespace kelvo

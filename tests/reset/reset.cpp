@@ -1,0 +1,167 @@
+#include "reset/reset.h"
+
+#include "badpixel/geometry_dialog.h"
+#include "badpixel/geometry_dialog_mark.h"
+#include "camera/configuration_dialog.h"
+#include "config/display_settings.h"
+#include "config/frame_rate_table.h"
+#include "config/settings.h"
+#include "display/color_map.h"
+#include "display/display_pipeline.h"
+#include "grabber/board.h"
+#include "grabber/copm2.h"
+#include "grabber/correction.h"
+#include "grabber/frame_account.h"
+#include "grabber/host_frames.h"
+#include "head/advanced_dialog.h"
+#include "head/camera_head.h"
+#include "head/comm_link.h"
+#include "head/scope_frame.h"
+#include "head/video_setup_dialog.h"
+#include "imagefile/header_write.h"
+#include "pixel/bad_pixels.h"
+#include "platform/reset.h"
+#include "script/script.h"
+#include "shell/color_scale.h"
+#include "shell/frame_account_window.h"
+#include "shell/main_window.h"
+#include "shell/saturation_overlay.h"
+#include "shell/shutdown.h"
+#include "shell/start_options_write.h"
+#include "simcam/bench_window.h"
+#include "simcam/sim_camera.h"
+#include "state/buffer_state_write.h"
+#include "state/cal_settings_write.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
+#include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/head_state_write.h"
+#include "state/windows_write.h"
+#include "ui/file_lists.h"
+#include "ui/recent_files.h"
+#include "ui/select_file.h"
+#include "ui/status.h"
+#include "video/cursor_command.h"
+#include "video/image_cursor.h"
+#include "viewing/save_dialog.h"
+#include "viewing/saving.h"
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <locale>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+constexpr void (*kModules[])() = {
+    ResetScript,  // it is closed while there is an application
+    ResetPlatform,
+    ResetWindows,
+    ResetFrameState,
+    ResetDisplayState,
+    ResetCalState,
+    ResetCalSettings,
+    ResetHeadState,
+    ResetBufferState,
+    ResetCameraState,
+
+    ResetHeader,
+    ResetFileLists,
+    ForgetRecentFiles,
+    ResetSelectFile,
+    ResetStatus,
+    ResetDisplaySettings,
+    ResetFrameRateTable,
+    ResetSettings,
+    ResetBadPixels,
+    ResetColorMap,
+    ResetDisplayPipeline,
+    ForgetBoardTables,
+    ForgetBoard,
+    ResetCorrection,
+    ResetFrameAccount,
+    ResetHostFrames,
+    ForgetSimCameras,
+    ResetSimBoard,
+    ResetBenchWindow,
+    ResetImageCursor,
+    ResetCommLink,
+    ResetCameraHead,
+    ResetVideoSetupDialog,
+    ResetAdvancedDialog,
+    ResetScopeFrame,
+    ResetSaveDialog,
+    ResetSaving,
+    ResetGeometryDialog,
+    ResetMark,
+    [] { SetRestart({}); },
+    [] { write::options.startOptions = {}; },
+    ResetMainWindow,
+    ResetCursorCommand,
+    ResetColorScale,
+    ResetSaturationOverlay,
+    ResetFrameAccountWindow,
+    ResetShutDown,
+};
+
+struct Process {
+    std::filesystem::path directory;
+    std::vector<std::string> environment;  // NAME=value
+    std::string locale;
+    std::locale streams;
+    rlimit fileSize{};
+};
+
+Process ProcessNow()
+{
+    Process now;
+    std::error_code ignored;
+    now.directory = std::filesystem::current_path(ignored);
+    for (char** entry = environ; *entry; ++entry) now.environment.emplace_back(*entry);
+    now.locale = std::setlocale(LC_ALL, nullptr);
+    getrlimit(RLIMIT_FSIZE, &now.fileSize);
+    return now;
+}
+
+void PutEnvironment(const std::vector<std::string>& environment)
+{
+    clearenv();
+    for (const std::string& entry : environment) {
+        const std::size_t equals = entry.find('=');
+        if (equals == std::string::npos) continue;
+        setenv(entry.substr(0, equals).c_str(), entry.c_str() + equals + 1, 1);
+    }
+    tzset();
+}
+
+}  // namespace
+
+void ResetModules()
+{
+    for (void (*const reset)() : kModules) reset();
+}
+
+void ResetProcess()
+{
+    static const Process atStart = ProcessNow();
+    std::error_code ignored;
+    std::filesystem::current_path(atStart.directory, ignored);
+    PutEnvironment(atStart.environment);
+    std::locale::global(atStart.streams);
+    std::setlocale(LC_ALL, atStart.locale.c_str());
+    setrlimit(RLIMIT_FSIZE, &atStart.fileSize);
+    std::signal(SIGXFSZ, SIG_DFL);
+}
+
+}  // namespace kelvo
