@@ -4,6 +4,8 @@
 
 #include <chrono>
 #include <limits>
+#include <set>
+#include <thread>
 
 namespace kelvo {
 namespace {
@@ -38,16 +40,25 @@ TEST(Clock, ADelayUpToAMomentEndsWhenItHasCome)
 TEST(Clock, RealWallClockIsTheMachines)
 {
     // std::time reads a coarser clock, which is up to a tick behind.
-    const auto machineSeconds = [] {
-        return std::chrono::system_clock::to_time_t(
-            std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
+    const auto machineMs = [] {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(
+                   std::chrono::system_clock::now().time_since_epoch())
+            .count();
     };
-    const std::time_t before = machineSeconds();
-    const std::time_t now = WallClockSeconds();
-    EXPECT_GE(now, before);
-    EXPECT_LE(now, machineSeconds());
-    EXPECT_GE(WallClockMilliseconds(), 0);
-    EXPECT_LE(WallClockMilliseconds(), 999);
+    std::set<int> millisecondsSeen;
+    for (int reading = 0; reading < 20; ++reading) {
+        const std::int64_t before = machineMs();
+        const std::time_t now = WallClockSeconds();
+        const int milliseconds = WallClockMilliseconds();
+        const std::int64_t after = machineMs();
+        EXPECT_GE(now, before / 1000);
+        EXPECT_LE(now, after / 1000);
+        // The part of a second, counted from `before`: never later than what has passed since.
+        EXPECT_LE((milliseconds - before % 1000 + 1000) % 1000, after - before) << before;
+        millisecondsSeen.insert(milliseconds);
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+    }
+    EXPECT_GT(millisecondsSeen.size(), 10U);  // it moves
 }
 
 TEST(Clock, RealClockCannotBeMoved)
