@@ -43,6 +43,7 @@ struct Choices {
 
 Choices choices;
 Levels levelsAtOpening;  // for Cancel, and to tell at OK what changed
+std::int32_t tempScaleAtOpening = 0;
 
 void WriteDisplayKey(const char* key, std::int32_t value)
 {
@@ -80,6 +81,7 @@ void ShowChoices(HWND dialog, bool barShown)
 void Open(HWND dialog)
 {
     levelsAtOpening = {Contrast, Brightness};
+    tempScaleAtOpening = TempScale;
     choices = {ImageColor, GrayScale, TempHisto, levelsAtOpening};
     if (TempScale == 1) write::display.GrayColorBar = 1;
 
@@ -171,6 +173,7 @@ void Accept(HWND dialog)
 
 void Cancel(HWND dialog)
 {
+    write::display.TempScale = tempScaleAtOpening;
     ShowRadios(dialog, ImageColor, GrayScale);
     SetColorMap(ImageColor);
     SetGrayScale(GrayScale);
@@ -202,6 +205,7 @@ void CloseWindow(HWND dialog)
 {
     write::display.Contrast = levelsAtOpening.contrast;
     write::display.Brightness = levelsAtOpening.brightness;
+    write::display.TempScale = tempScaleAtOpening;
     EndDialog(dialog, 0);
 }
 

@@ -6,6 +6,8 @@
 #include "head/head_settings.h"
 #include "head/scope_frame.h"
 #include "head/video_settings.h"
+#include "pixel/coefficient_lists.h"
+#include "pixel/decommutation.h"
 #include "pixel/unity_coefficients.h"
 #include "platform/dialog.h"
 #include "platform/profile.h"
@@ -13,6 +15,7 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/help_contexts.h"
+#include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/display_state.h"
 #include "state/head_state.h"
@@ -22,6 +25,8 @@
 #include <algorithm>
 #include <optional>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -118,6 +123,15 @@ struct Snapshot {
     std::int32_t vactive = 0;
 };
 Snapshot atOpening;
+
+// The calibration of the frame size at opening, kept aside while another size has none.
+struct KeptCalibration {
+    std::int32_t type = 0;
+    std::vector<std::uint32_t> decom;
+    std::vector<std::int16_t> offsets;
+    std::vector<float> gains;
+};
+std::optional<KeptCalibration> keptCalibration;
 HWND setUpDialog = nullptr;  // the oscilloscope, beside which the dialog stands
 
 // --- The head ------------------------------------------------------------------------------------------------------
@@ -189,10 +203,34 @@ void SetWindow(const HeadWindow& window)
     SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
 }
 
+void KeepCalibration()
+{
+    if (keptCalibration) return;
+    keptCalibration = {.type = CalType,
+                       .decom = std::move(write::cal.DecomList),
+                       .offsets = std::move(write::cal.OffsetList),
+                       .gains = std::move(write::cal.GainList)};
+}
+
+// Once the frame size is again the one that it belongs to.
+void PutCalibrationBack()
+{
+    if (!keptCalibration || keptCalibration->decom.empty()) return;
+    write::cal.DecomList = std::move(keptCalibration->decom);
+    write::cal.OffsetList = std::move(keptCalibration->offsets);
+    write::cal.GainList = std::move(keptCalibration->gains);
+    write::cal.CalType = keptCalibration->type;
+    keptCalibration.reset();
+    CalibrationListsChanged();
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(DecomList.data());
+    SaveList(DecomTempPath(), {bytes, DecomList.size() * sizeof(std::uint32_t)}, DecomList.size());
+}
+
 void SetFrameSize(std::int32_t columns, std::int32_t rows)
 {
     const bool columnsChanged = Take(write::camera.ActiveConfig.Hroi, columns);
     if (!Take(write::camera.ActiveConfig.Vroi, rows) && !columnsChanged) return;
+    KeepCalibration();
     FrameSizeChanged();
     InstallDecommutation(ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW, false);
     FitOscFrame();
@@ -271,6 +309,7 @@ void Open(HWND dialog)
 {
     atOpening = {HeadTiming,        FpaSerialWord,        ActiveConfig.Hroi,
                  ActiveConfig.Vroi, ActiveConfig.Hactive, ActiveConfig.Vactive};
+    keptCalibration.reset();
     ShowFields(dialog);
     KillTimer(dialog, kApplyTimer);  // what was filled in isn't the operator's change
     const bool editing = GetPrivateProfileInt("Setup", "AdvancedDiagnostics", 0, IniFilePath) != 0;
@@ -328,6 +367,7 @@ void Accept(HWND dialog)
     SaveVideoSettings(IniFilePath);
     WriteHeadKey("Hroi", ActiveConfig.Hroi);  // so that the window stands at the next start as well
     WriteHeadKey("Vroi", ActiveConfig.Vroi);
+    keptCalibration.reset();  // of a size that is gone
     EndDialog(dialog, 1);
 }
 
@@ -340,6 +380,7 @@ void Cancel(HWND dialog)
     write::camera.ActiveConfig.Vactive = atOpening.vactive;
     SetFrameRate(FrameRateAtClock(HeadTiming.MasterClockIndex));
     SetFrameSize(atOpening.hroi, atOpening.vroi);
+    PutCalibrationBack();
     SendBoth();
     EndDialog(dialog, 0);
 }
@@ -404,6 +445,7 @@ void ResetAdvancedDialog()
 {
     write::pixelOrder.AdPixelOrder = 1;
     atOpening = {};
+    keptCalibration.reset();
     setUpDialog = nullptr;
 }
 

@@ -156,6 +156,19 @@ TEST_F(DisplayDialogTest, CancelTakesAllBack)
     EXPECT_EQ(StatusText.rfind("Viewing Image", 0), 0U);
 }
 
+TEST_F(DisplayDialogTest, TheTemperatureScaleThatResetTookAwayComesBack)
+{
+    for (const bool byCancel : {true, false}) {
+        write::display.TempScale = 1;
+        Run([&](HWND dialog) {
+            OperatePress(dialog, 1248);
+            EXPECT_EQ(TempScale, 0);
+            byCancel ? static_cast<void>(OperatePress(dialog, kIdCancel)) : OperateClose(dialog);
+        });
+        EXPECT_EQ(TempScale, 1) << byCancel;
+    }
+}
+
 TEST_F(DisplayDialogTest, ClosingTheWindowLeavesThePictureButNotTheValues)
 {
     std::uint32_t changed = 0;

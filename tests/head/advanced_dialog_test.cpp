@@ -3,9 +3,12 @@
 #include "head/camera_head_write.h"
 #include "head/scope_frame.h"
 #include "head/video_setup_fixture.h"
+#include "pixel/decommutation.h"
 #include "platform/faults.h"
+#include "platform/files.h"
 #include "platform/timers.h"
 #include "platform/window.h"
+#include "state/cal_state_write.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "state/head_state.h"
@@ -368,6 +371,39 @@ TEST_F(AdvancedVideo, CancelRestoresBothRecordsTheFrameSizeAndTheHead)
     EXPECT_THAT(RawFrame, SizeIs(81920));
     EXPECT_THAT(sent, IsSupersetOf({CommFrame{0x50, 0x01, 0x40, 0x50}, CommFrame{0x60, 0x00, 0x7E, 0x42}}));
     EXPECT_EQ(CameraKey("Hroi"), before) << "nothing is stored";
+}
+
+// What a frame of another size had no use for is in force again with the former size: tables, type, and DECOM.TMP.
+TEST_F(AdvancedVideo, CancelBringsTheCalibrationBack)
+{
+    write::cal.CalType = 2;
+    write::cal.DecomList.assign(81920, 7);
+    write::cal.GainList.assign(81920, 1.25F);
+    write::cal.OffsetList.assign(81920, -3);
+    const std::uint32_t version = CalibrationListsVersion;
+    Advanced({Type(314, "200"), [&](HWND dialog) {
+                  Expire(dialog);
+                  EXPECT_EQ(CalType, 0);
+                  EXPECT_THAT(GainList, IsEmpty());
+                  OperatePress(dialog, kIdCancel);
+              }});
+    EXPECT_EQ(CalType, 2);
+    EXPECT_EQ(DecomList, std::vector<std::uint32_t>(81920, 7));
+    EXPECT_EQ(GainList, std::vector<float>(81920, 1.25F));
+    EXPECT_EQ(OffsetList, std::vector<std::int16_t>(81920, -3));
+    EXPECT_NE(CalibrationListsVersion, version);
+    const auto kept = ReadWholeFile(DecomTempPath(), 1 << 20);
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept->substr(0, 8), std::string_view("\7\0\0\0\7\0\0\0", 8));
+}
+
+TEST_F(AdvancedVideo, OkOfAnotherSizeLeavesNoCalibration)
+{
+    write::cal.CalType = 2;
+    Advanced({Type(314, "200"), Press(kIdOk)});
+    EXPECT_EQ(CalType, 0);
+    Advanced({Press(kIdCancel)});
+    EXPECT_EQ(CalType, 0);
 }
 
 }  // namespace

@@ -1,0 +1,356 @@
+-- Every dialog as the operator comes to it and leaves it without keeping anything: a row each. At its start the camera is on and live with a
+-- two-point calibration in force, and the data directory has sequence.img (three frames of 40 x 30), other.cal (another camera's) and Perm.bad.
+--
+--   setup()        what is done before the comparison begins; open() goes to the dialog from there
+--   leave()        the way back that keeps nothing: Cancel where nothing else is said
+--   texts, buttons, boxes, stays, first: what unchanged.change_all needs
+--   refused        one after the other: set = controls and texts, box = what is told (false: a beep), button = the answer;
+--                  or a function that brings a refusal about
+--   kept           name = reason, of what stays changed all the same; kept_cancelled, kept_closed and kept_refused: on that way out
+--   ways           the ways out that there are, where not all three
+local check = require "check"
+local calibration = require "calibration"
+
+local dialogs = {}
+
+local function in_front(name) check.eq({ dialog(), box() and box().text }, { name }) end
+local function opens(id, name)
+  return function()
+    command(id)
+    in_front(name)
+  end
+end
+local function into_and_out(id, name)
+  return function()
+    press(id)
+    in_front(name)
+    press(2)
+  end
+end
+
+-- The list of directories has been worked: Ok goes there first.
+local function enter_directory()
+  local name = dialog()
+  press(1)
+  in_front(name)
+end
+
+-- The window's own button sends nothing: the head keeps what it was given, and the camera's section says what that is.
+local function of_the_head(names)
+  local kept = {}
+  for _, name in ipairs(names) do kept[name] = "the head keeps what it was given last" end
+  return kept
+end
+
+local no_cancel = "the dialog has no Cancel: each way out stores its settings, No leaves but the table as it is"
+local away = "the correction is taken away where the button is pressed"
+local unit = "the unit is how a count is read; it holds where it is picked, for the panel too"
+local name_buffer = "the name that was looked at; who needs one writes it first"
+local function with(list, more)
+  for name, reason in pairs(more) do list[name] = reason end
+  return list
+end
+local function limits_kept(names)
+  local kept = {}
+  for _, name in ipairs(names) do
+    kept["CalSettings." .. name] = "a limit of the next run, the operator's own"
+    kept["kelvo.ini [Calibration] " .. name] = "a limit of the next run, the operator's own"
+  end
+  return kept
+end
+local given_up = "the run had begun: it leaves the camera without a calibration"
+
+-- --- Dialogs on the camera ----------------------------------------------------------------------------------------------------
+
+local rows = {}
+dialogs.rows = rows
+
+rows.ABOUT = { open = opens(196, "ABOUT"), leave = function() press(1) end, ways = { "cancelled", "closed" } }
+
+rows.DISPLAY = {
+  open = opens(120, "DISPLAY"),
+  first = { 1248 },
+  buttons = { [1248] = function() press(1248) end },
+  ways = { "cancelled", "closed" },
+  kept = { DisplayUnit = unit },
+  kept_closed = {
+    DisplayLut = "the picture keeps what it shows until its table is made again", ColorMap = "as DisplayLut",
+    ["menu 143"] = "the colours that are shown", ["menu 145"] = "the colours that are shown",
+  },
+  may = { StatusText = "after the window's own button the hint stays until there is something else to tell" },
+}
+
+rows.INITIAL = {
+  open = opens(123, "INITIAL"),
+  first = { 1598 },  -- brings its own zoom and offsets
+  kept_refused = {
+    ActiveCamera = "the next OK finds no change of camera", Xzoom = "taken over before the question", Yzoom = "taken over before the question",
+    LastPaintRight = "the picture at the new zoom", LastPaintBottom = "the picture at the new zoom",
+  },
+  -- Another camera, and no to the restart.
+  refused = function()
+    pick(1598, 0)
+    press(1)
+    check.answer_box("Kelvo must be re-initialized before changes are effective. Restart now?", "no")
+  end,
+}
+
+rows.CLOCK_ON = {
+  setup = function()
+    command(169)
+    answer("yes")
+  end,
+  open = opens(169, "CLOCK_ON"),
+  buttons = { [1070] = "turns the camera on", [1072] = "turns the camera on", [1074] = "turns the camera on" },
+  refused = function()
+    press(1074)
+    in_front("CAL_OPEN")
+    set(1460, datadir() .. "/none.cal")
+    press(1)
+    check.answer_box("Failed to open file: " .. datadir() .. "/none.cal", "ok")
+  end,
+}
+
+rows.TURN_OFF = {
+  open = function()
+    command(169)
+    check.eq(box().text, "Do you wish to turn the Vantir camera OFF?")
+  end,
+  leave = function() answer("no") end,
+  ways = { "cancelled" },
+}
+
+rows.QVF1058 = {
+  open = opens(121, "QVF1058"),
+  buttons = {
+    [339] = function() press(339) end,
+    [1606] = function() press(1606) end,
+    [1020] = into_and_out(1020, "ADVANCED"),
+    [670] = "takes the correction away at once: the row below",
+  },
+  boxes = { ["The plot could not be printed.\nIs there a printer that is switched on?"] = "ok" },
+  ways = { "cancelled", "closed" },
+  kept = { DisplayUnit = unit, LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  kept_closed = of_the_head {
+    "FrameRate", "HeadTiming.IntegrationCols", "HeadTiming.IntegrationLines", "HeadTiming.MasterClockIndex", "IndexFrameRate",
+    "IndexIntegrationTime", "IntegrationMsecInForce", "IntegrationSetting", "IntegrationTime", "VoltsHigh", "VoltsLow",
+    "camera.ini [Camera.2] IndexFrameRate", "camera.ini [Camera.2] QVF1058_DAC0", "camera.ini [Camera.2] QVF1058_Gain0",
+    "camera.ini [Camera.2] fFrameRate", "head clock", "head gain", "head integration_columns", "head integration_rows", "head offset",
+  },
+}
+
+rows["QVF1058.unity"] = {
+  open = opens(121, "QVF1058"),
+  only = { 670 },
+  buttons = { [670] = function() press(670) end },
+  ways = { "cancelled" },
+  kept = {
+    CalType = away, DecomList = away, GainList = away, OffsetList = away, ["file DECOM.TMP"] = away,
+    DisplayUnit = "there are no degrees without a calibration",
+  },
+}
+
+rows.ADVANCED = {
+  setup = opens(121, "QVF1058"),
+  open = function()
+    press(1020)
+    in_front("ADVANCED")
+  end,
+  texts = { [314] = "200", [316] = "200", [1375] = "16", [1374] = "8", [9101] = "5", [9110] = "9", [9108] = "2", [9109] = "3" },
+  finish = function() press(2) end,
+  may = {
+    AveragingCapacity = "worked out anew when it is needed", HostFrameBytes = "host frames are made when they are needed",
+    HostFramesAllocated = "host frames are made when they are needed",
+  },
+  refused = function()
+    check(9113, true)
+    set(9110, "9")
+    set(314, "641")
+    wait(1500)
+    check.eq({ text(314), box() }, { "320" })
+  end,
+}
+
+rows.GEOMETRY = {
+  open = opens(122, "GEOMETRY"),
+  texts = { [1312] = "100,100" },
+  buttons = {
+    [1310] = function() press(1310) end,
+    [1314] = function() press(1314) end,
+    [1604] = "sets what is chosen at once",
+  },
+  leave = function()
+    press(1)
+    check.answer_box("Settings were changed\nDo you want to SET changes?", "no")
+  end,
+  ways = { "cancelled", "untouched" },
+  kept = {
+    MirrorHoriz = no_cancel, MirrorVert = no_cancel, RotateCCW = no_cancel, SubstBadPixels = no_cancel, ["file Last.bad"] = no_cancel,
+    ["file Last.cal"] = no_cancel, ["kelvo.ini [Display] MirrorHoriz"] = no_cancel, ["kelvo.ini [Display] MirrorVert"] = no_cancel,
+    ["kelvo.ini [Display] RotateCCW"] = no_cancel, ["kelvo.ini [Display] SubstBadPixels"] = no_cancel, ["menu 141"] = no_cancel,
+  },
+}
+
+-- --- Calibrations -------------------------------------------------------------------------------------------------------------
+
+rows.CALIB = {
+  open = opens(130, "CALIB"),
+  buttons = { [1222] = into_and_out(1222, "CAL_OPEN") },
+  stays = { [1202] = "nothing is replaced in the end, and the list is determined anew", [1208] = "off with the replacement" },
+  refused = {
+    { set = { [1205] = "few" }, box = "Invalid offset acceptance value below mean." },
+    { set = { [1206] = "" }, box = "Invalid offset acceptance level above mean." },
+    { set = { [1211] = "2047.5" }, box = "Allowed noise level must be between 0.0 & 2047.0" },
+    { set = { [1220] = "1.61" }, box = "Allowed gain acceptance value must be between 0.0 & 1.0" },
+    { set = { [1216] = "1000" }, box = "Allowed number of frames must be between 1 & 999" },
+  },
+}
+
+-- A stored list of bad detectors, which are replaced.
+rows["CALIB.list"] = {
+  open = opens(130, "CALIB"),
+  buttons = rows.CALIB.buttons,
+  work = {
+    [1203] = function() end,  -- the operator's own file
+    [1202] = function() end,
+    [1306] = function()
+      check(1306, false)
+      check(1306, true)
+      press(1200)
+    end,
+  },
+  stays = { [1306] = "off and on", [1208] = "on again with the replacement" },
+  refused = rows.CALIB.refused,
+}
+rows.CALIB.refused = { { set = { [1216] = "1000" }, box = "Allowed number of frames must be between 1 & 999" } }
+
+rows.CAL_COLD = {
+  open = opens(131, "CAL_COLD"),
+  texts = { [1224] = "100", [1225] = "0.5" },
+  refused = {
+    { set = { [1224] = "2501" }, box = false },
+    { set = { [1224] = "100", [1225] = "7" }, box = false },
+  },
+}
+
+-- The cold source of a new run: what Ok of CALIB stored of the set in force comes back with it.
+rows["CAL_COLD.new"] = {
+  open = function()
+    command(130)
+    require("unchanged").change_all(rows.CALIB)
+    press(1)
+    in_front("CAL_COLD")
+  end,
+  texts = rows.CAL_COLD.texts,
+  refused = rows.CAL_COLD.refused,
+  kept = limits_kept { "GainAcceptanceRange", "MaxOffset", "MinOffset", "NumFrames" },
+}
+
+rows.CAL_HOT = {
+  open = function()
+    command(130)
+    calibration.accept(2, 2)
+    calibration.at_low(20, 20)
+    in_front("CAL_HOT")
+  end,
+  texts = { [1226] = "100", [1227] = "0.5" },
+  refused = {
+    { set = { [1226] = "2501" }, box = false },
+    { set = { [1226] = "100", [1227] = "7" }, box = false },
+  },
+  kept = with(limits_kept { "NumFrames" }, {
+    CalDone = given_up, CalType = given_up, DecomList = given_up, GainList = given_up, OffsetList = given_up, ["file DECOM.TMP"] = given_up,
+  }),
+}
+
+rows.CAL_OPEN = {
+  open = opens(133, "CAL_OPEN"),
+  texts = { [1460] = "some.cal" },
+  refused_first = enter_directory,
+  refused = {
+    { set = { [1460] = function() return datadir() .. "/none.cal" end }, box = function() return "Failed to open file: " .. datadir() .. "/none.cal" end },
+    { set = { [1460] = function() return datadir() .. "/other.cal" end }, box = "The calibration file selected is not for this camera" },
+  },
+  kept_refused = { FilePathBuf = name_buffer },
+}
+
+rows.CAL_SAVE = {
+  open = opens(132, "CAL_SAVE"),
+  texts = { [1460] = "some.cal" },
+  refused_first = enter_directory,
+  refused = {
+    { set = { [1460] = function() return datadir() .. "/other.cal" end }, box = "File already exists, replace it?", button = "cancel" },
+  },
+  kept_refused = { FilePathBuf = name_buffer },
+}
+
+rows.CALREPORT = {
+  setup = function()
+    command(130)
+    calibration.accept(2, 2)
+    calibration.at_low(20, 20)
+    calibration.at_high(25, 25)
+    answer("ok")
+    check.eq(box().caption, "Kelvo Calibration Statistics")
+  end,
+  open = function()
+    answer("report")
+    in_front("CALREPORT")
+  end,
+  may = { StatusText = "while the results are in front the rate of live video takes the line" },
+  -- Behind it the run comes to its end.
+  inside = true,
+  leave = function() press(1) end,
+  ways = { "cancelled" },
+}
+
+-- --- Files --------------------------------------------------------------------------------------------------------------------
+
+local function view_sequence() drop(datadir() .. "/sequence.img") end
+
+rows.FRAMES = {
+  setup = view_sequence,
+  open = opens(116, "FRAMES"),
+  texts = { [1001] = "3", [1002] = "4", [1003] = "20", [1004] = "21", [1005] = "1", [1006] = "1" },
+  refused = { { set = { [1001] = "9", [1003] = "5" }, box = "Right must be a number from 9 to 39." } },
+}
+
+rows.GOTOFRAME = {
+  setup = view_sequence,
+  open = opens(2000, "GOTOFRAME"),
+  refused = { { set = { [1001] = "3" }, box = "Please enter a frame number from 0 to 2." } },
+}
+
+rows.SAVE = {
+  open = opens(106, "SAVE"),
+  refused_first = enter_directory,
+  refused = {
+    { set = { [1460] = "a.img", [1488] = "0" }, box = "1 <= Number of frames to average <= 1000" },
+    { set = { [1460] = "a.img", [1488] = "many" }, box = "0 <= Number of frames to average <= 9999" },
+  },
+}
+
+rows["SAVE.sequence"] = {
+  open = opens(108, "SAVE"),
+  refused_first = enter_directory,
+  kept_refused = { FramesToAverageSeq = "taken over before the number is looked at" },
+  kept = {
+    MultiFrame = "holds where it is checked", ["kelvo.ini [Save] MultiFrame"] = "holds where it is checked",
+    SaveDialogMode = "how the dialog was opened",
+  },
+  refused = {
+    { set = { [1460] = "a.seq", [1488] = "1001" }, box = "1 <= Number of frames to average <= 1000" },
+    { set = { [1460] = "a.seq", [1488] = "5", [1486] = "10000" }, box = "0 <= Beginning sequence number <= 9999" },
+  },
+}
+
+-- Each dialog that has no row, with the reason.
+dialogs.without_row = {
+  ACCOUNT = "stays open beside the main window; its one button counts anew",
+  BENCH = "stays open beside the main window; each control acts at once, on the bench alone",
+  PANEL = "is no dialog: each control acts at once",
+  FRAMERATE = "comes up with a head that runs by an external clock, and none of today does",
+  ImgHead = "no command opens it",
+}
+
+return dialogs
