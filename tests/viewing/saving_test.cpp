@@ -305,7 +305,8 @@ TEST_F(Saving, AnImageOfAFloatFileOnViewIsItsCountsUnderItsHeader)
     EXPECT_THAT(CountsAt(saved, 512, 2), ElementsAre(3, -3)) << "trunc(-4.4 + 0.5)";
 }
 
-// Two frames of 2 x 2, each behind 80 bytes of its own: the counts 1 to 4, then 11 to 14.
+// Two frames of 2 x 2, each behind 80 bytes of its own: the counts 1 to 4, then 11 to 14. An image has its counts right
+// behind its header, and says so; in a sequence the place of the frame's own header stays.
 TEST_F(Saving, AFrameBehindAFrameHeaderIsSavedWithoutItsOwn)
 {
     ImageHeaderRecord header = PlainHeader(2, 2);
@@ -316,9 +317,11 @@ TEST_F(Saving, AFrameBehindAFrameHeaderIsSavedWithoutItsOwn)
     EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
     std::string saved = FileContents(Out("a.img"));
     ASSERT_EQ(saved.size(), 512U + 8U);
-    EXPECT_EQ(+HeaderIn(saved).ImageHeaderDataOffset, 80) << "the header stays that of the file";
-    EXPECT_EQ(+HeaderIn(saved).FrameCount, 2U);
-    EXPECT_THAT(CountsAt(saved, 512, 4), ElementsAre(11, 12, 13, 14));
+    header.ImageHeaderDataOffset = 0;
+    header.FrameCount = 2;
+    EXPECT_EQ(saved, HeaderBytes(header) + SampleBytes({11, 12, 13, 14})) << "all else is the header of the file";
+    EXPECT_EQ(+ImageHeader.ImageHeaderDataOffset, 80) << "the frame on view stands where it stood";
+    EXPECT_THAT(ImageBufferPixels(80).first(4), ElementsAre(11, 12, 13, 14));
 
     op.Answer({Button::kYes});
     EXPECT_EQ(Save("r.seq"), 1);
@@ -329,6 +332,10 @@ TEST_F(Saving, AFrameBehindAFrameHeaderIsSavedWithoutItsOwn)
     EXPECT_THAT(CountsAt(saved, 512 + 2 * 88 + 80, 4), ElementsAre(11, 12, 13, 14));
     EXPECT_EQ(ViewImage(Out("r0.seq"), 2), 1) << "the viewer finds it there";
     EXPECT_THAT(ImageBufferPixels(80).first(4), ElementsAre(11, 12, 13, 14));
+
+    EXPECT_EQ(ViewImage(Out("a.img"), 0), 1) << "the image opens again";
+    EXPECT_THAT(ImageBufferPixels(0).first(4), ElementsAre(11, 12, 13, 14));
+    EXPECT_THAT(op.Boxes(), SizeIs(1)) << "the question alone";
 }
 
 TEST_F(Saving, WithoutAGrabberThereIsNothingToSave)
@@ -627,17 +634,137 @@ TEST_F(Saving, TheFifthFrameOfAFileOnViewMakesASixthPlace)
     EXPECT_EQ(+ImageHeader.FrameCount, 6U) << "the record on view counts it too";
 }
 
-TEST_F(Saving, AFrameOnViewIgnoresTheHeaderOfTheMultiFrameFile)
+// The header of the file that grows decides, and the frame lies behind all that are there; the frame on view stays what
+// it is, whatever its own file counts.
+TEST_F(Saving, AFrameOnViewIsAppendedUnderTheHeaderOfTheMultiFrameFile)
 {
     write::settings.MultiFrame = 1;
-    ViewFrames(1);
-    const std::string other(512 + 8, 'x');
-    PutFile(Out("r0.seq"), other);
-    op.Answer({Button::kYes});
+    ViewFrames(5);
+    const std::string onView = HeaderBytes(ImageHeader);
+    ImageHeaderRecord header = PlainHeader(2, 2);
+    header.Year = 25;
+    WriteImageFile(Out("r0.seq"), header, {{21, 22, 23, 24}, {31, 32, 33, 34}});
+    for (std::uint32_t count = 3; count <= 4; ++count) {
+        op.Answer({Button::kYes});
+        EXPECT_EQ(Save("r.seq"), 1);
+        header.FrameCount = count;
+        EXPECT_EQ(FileContents(Out("r0.seq")).substr(0, 512), HeaderBytes(header));
+        EXPECT_EQ(HeaderBytes(ImageHeader), onView);
+    }
+    EXPECT_EQ(FileContents(Out("r0.seq")).substr(512),
+              SampleBytes({21, 22, 23, 24, 31, 32, 33, 34, 1, 2, 3, 4, 1, 2, 3, 4}));
+}
+
+TEST_F(Saving, AFrameOnViewBeginsAMultiFrameFileAsItsFirst)
+{
+    write::settings.MultiFrame = 1;
+    ViewFrames(5);
+    for (std::uint32_t count = 1; count <= 2; ++count) {
+        op.Answer({Button::kYes});
+        EXPECT_EQ(Save("r.seq"), 1);
+        ImageHeaderRecord header = PlainHeader(2, 2);
+        header.FrameCount = count;
+        EXPECT_EQ(FileContents(Out("r0.seq")).substr(0, 512), HeaderBytes(header));
+    }
+    EXPECT_EQ(FileContents(Out("r0.seq")).substr(512), SampleBytes({1, 2, 3, 4, 1, 2, 3, 4}));
+    EXPECT_EQ(+ImageHeader.FrameCount, 5U);
+}
+
+// Counts of a float file fill the first half of a record of floats: the file has whole records all the same.
+TEST_F(Saving, ASecondFrameOfFloatsLeavesTheFirst)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(2, 1);
+    header.SampleBytes = 4;
+    const float samples[] = {3.0F, 4.0F};
+    std::string bytes = HeaderBytes(header);
+    bytes.append(reinterpret_cast<const char*>(samples), sizeof samples);
+    PutFile(directory / "f.flt", bytes);
+    ASSERT_EQ(ViewImage(directory / "f.flt", 0), 1);
+    op.Answer({Button::kYes, Button::kYes});
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(FileContents(Out("r0.seq")).substr(512), SampleBytes({3, 4, 0, 0, 3, 4, 0, 0}));
+}
+
+TEST_F(Saving, ASwappedMultiFrameFileGrowsSwapped)
+{
+    write::settings.MultiFrame = 1;
+    write::file.ByteSwap = 0;
+    for (std::uint32_t count = 1; count <= 3; ++count) {
+        recordingBoard.picture = static_cast<std::int32_t>(1000 * count);
+        EXPECT_EQ(Save("r.seq"), 1);
+        EXPECT_EQ(+HeaderIn(WithWordsSwapped(FileContents(Out("r0.seq")))).FrameCount, count);
+        EXPECT_EQ(+ImageHeader.ImageWidth, 2) << "native in memory";
+    }
+    EXPECT_THAT(op.Boxes(), IsEmpty());
+    EXPECT_EQ(WithWordsSwapped(FileContents(Out("r0.seq")).substr(512)),
+              SampleBytes({1000, 1001, 1100, 1101, 2000, 2001, 2100, 2101, 3000, 3001, 3100, 3101}));
+    // Of a swapped file the swapping alone counts, not the setting.
+    write::file.ByteSwap = 0xFFFF;
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(WithWordsSwapped(FileContents(Out("r0.seq")).substr(512 + 24)), SampleBytes({3000, 3001, 3100, 3101}));
+}
+
+// Some writers leave the header of such a file as it is in memory.
+TEST_F(Saving, ASwappedFileWithANativeHeaderKeepsIt)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(2, 2);
+    header.ByteSwap = 0;
+    PutFile(Out("r0.seq"), HeaderBytes(header) + WithWordsSwapped(SampleBytes({1, 2, 3, 4})));
     EXPECT_EQ(Save("r.seq"), 1);
     const std::string bytes = FileContents(Out("r0.seq"));
-    EXPECT_EQ(+HeaderIn(bytes).FrameCount, 2U);
-    EXPECT_EQ(bytes.substr(512), std::string(8, 'x') + SampleBytes({1, 2, 3, 4}));
+    header.FrameCount = 2;
+    EXPECT_EQ(bytes.substr(0, 512), HeaderBytes(header));
+    EXPECT_EQ(WithWordsSwapped(bytes.substr(512)), SampleBytes({1, 2, 3, 4, 1000, 1001, 1100, 1101}));
+}
+
+TEST_F(Saving, APartFrameIsCutOffBeforeTheNextOne)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(2, 2);
+    for (const std::uint32_t counted : {0U, 1U, 2U, 7U, 0xFFFFFFFFU}) {
+        header.FrameCount = counted;
+        PutFile(Out("r0.seq"), HeaderBytes(header) + SampleBytes({1, 2, 3, 4, 5, 6, 7}));
+        EXPECT_EQ(Save("r.seq"), 1);
+        const std::string bytes = FileContents(Out("r0.seq"));
+        EXPECT_EQ(+HeaderIn(bytes).FrameCount, 2U) << counted;
+        EXPECT_EQ(bytes.substr(512), SampleBytes({1, 2, 3, 4, 1000, 1001, 1100, 1101})) << counted;
+    }
+}
+
+// Frames of an older version have no headers of their own, whatever stands in the field.
+TEST_F(Saving, AFileOfAnOlderVersionGrowsWithoutFrameHeaders)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(2, 2);
+    header.HeaderVersion = 7;
+    header.ImageHeaderDataOffset = 80;
+    PutFile(Out("r0.seq"), HeaderBytes(header) + SampleBytes({1, 2, 3, 4}));
+    EXPECT_EQ(Save("r.seq"), 1);
+    const std::string bytes = FileContents(Out("r0.seq"));
+    EXPECT_EQ(+HeaderIn(bytes).ImageHeaderDataOffset, 80);
+    EXPECT_EQ(bytes.substr(512), SampleBytes({1, 2, 3, 4, 1000, 1001, 1100, 1101}));
+    EXPECT_EQ(ViewImage(Out("r0.seq"), 1), 1) << "the viewer finds it there";
+    EXPECT_THAT(ImageBufferPixels(0).first(4), ElementsAre(1000, 1001, 1100, 1101));
+}
+
+TEST_F(Saving, AFileWithSidesAbove1024Grows)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(1100, 2);
+    const Counts first(2200, 5);
+    WriteImageFile(Out("r0.seq"), header, {first});
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(Save("r.seq"), 1);
+    const std::string bytes = FileContents(Out("r0.seq"));
+    EXPECT_EQ(+HeaderIn(bytes).FrameCount, 3U);
+    ASSERT_EQ(bytes.size(), 512U + 3 * 4400U);
+    EXPECT_EQ(bytes.substr(512, 4400), SampleBytes(first));
+    for (const std::size_t frame : {1U, 2U}) {
+        EXPECT_THAT(CountsAt(bytes, 512 + frame * 4400, 4), ElementsAre(1000, 1001, 1100, 1101));
+    }
 }
 
 TEST_F(Saving, AFileOnViewThatCountsFramesBeyondReasonIsRefused)
@@ -700,14 +827,16 @@ TEST_F(Saving, AMultiFrameFileWithoutAUsableHeaderStaysAsItIs)
     write::settings.MultiFrame = 1;
     ImageHeaderRecord negative = PlainHeader(2, 2);
     negative.ImageWidth = -2;
-    ImageHeaderRecord far = PlainHeader(1024, 1024);
-    far.FrameCount = 0x40000000;
-    ImageHeaderRecord last = PlainHeader(2, 2);
-    last.FrameCount = 0xFFFFFFFF;
+    ImageHeaderRecord samples = PlainHeader(2, 2);
+    samples.SampleBytes = 5;
+    ImageHeaderRecord spectrometer = PlainHeader(2, 2);
+    spectrometer.ByteSwap = 1;  // its own header lies elsewhere
     ImageHeaderRecord swapped = PlainHeader(2, 2);
     swapped.ByteSwap = 0;
-    const std::string contents[] = {"short", HeaderBytes(negative), HeaderBytes(far), HeaderBytes(last),
-                                    WithWordsSwapped(HeaderBytes(swapped)) + "\1\2\3\4\5\6\7\10"};
+    swapped.ImageHeight = 0;
+    const std::string part = "\1\2\3";  // nothing is cut off either
+    const std::string contents[] = {"short", HeaderBytes(negative) + part, HeaderBytes(samples) + part,
+                                    HeaderBytes(spectrometer) + part, WithWordsSwapped(HeaderBytes(swapped)) + part};
     const std::string before = HeaderBytes(ImageHeader);
     for (const std::string& bytes : contents) {
         PutFile(Out("r0.seq"), bytes);
@@ -770,6 +899,9 @@ TEST_F(Saving, AFullDiskTakesAnUnwrittenHeaderAwayButNoMultiFrameFile)
     }
     EXPECT_THAT(Saved(), ElementsAre("r0.seq"));
     EXPECT_EQ(number, 0);
+    EXPECT_EQ(FileContents(Out("r0.seq")), "") << "nothing in it keeps the first frame out";
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(FileContents(Out("r0.seq")).size(), 520U);
 }
 
 TEST_F(Saving, AFullDiskTakesTheFirstFramesFileAway)
@@ -784,35 +916,42 @@ TEST_F(Saving, AFullDiskTakesTheFirstFramesFileAway)
     EXPECT_EQ(number, 0);
 }
 
-TEST_F(Saving, AFullDiskKeepsTheFramesOfAMultiFrameFile)
+// The header counts a frame when it is there, and what the disk took of one that isn't is cut off again.
+TEST_F(Saving, AFullDiskLeavesAMultiFrameFileAsItWas)
 {
     write::settings.MultiFrame = 1;
     EXPECT_EQ(Save("r.seq"), 1);
-    {
-        const FullAt limit(512 + 8 + 5);
-        EXPECT_EQ(Save("r.seq"), 0);
+    EXPECT_EQ(Save("r.seq"), 1);
+    const std::string former = FileContents(Out("r0.seq"));
+    const std::string header = HeaderBytes(ImageHeader);
+    for (const rlim_t room : {0, 5}) {
+        const FullAt limit(512 + 16 + room);
+        EXPECT_EQ(Save("r.seq"), static_cast<std::int32_t>(room)) << "the bytes that were written";
+        EXPECT_EQ(op.Boxes().back().text, "Error writing data to file!");
+        EXPECT_EQ(op.Boxes().back().caption, "File Write Error");
+        EXPECT_EQ(FileContents(Out("r0.seq")), former);
+        EXPECT_EQ(HeaderBytes(ImageHeader), header);
     }
-    EXPECT_EQ(op.Boxes().at(0).text, "Failure writing header for image update file\nDisk full ??");
-    ImageHeaderRecord read;
-    EXPECT_EQ(ReadImageHeader(Out("r0.seq"), read), 512);
-    EXPECT_EQ(+read.FrameCount, 1U);
-    EXPECT_THAT(CountsAt(FileContents(Out("r0.seq")), 512, 4), ElementsAre(1000, 1001, 1100, 1101));
+    EXPECT_EQ(number, 0);
+    EXPECT_EQ(Save("r.seq"), 1) << "and the next one stands behind the two";
+    EXPECT_EQ(FileContents(Out("r0.seq")).substr(512 + 16), SampleBytes({1000, 1001, 1100, 1101}));
 }
 
+// A numbered file of its own, which the frame on view begins behind as many places as its file has frames.
 TEST_F(Saving, ThePartialFrameIsFollowedByTheHeaderThatDoesNotCountIt)
 {
-    write::settings.MultiFrame = 1;
-    EXPECT_EQ(Save("r.seq"), 1);
+    ViewFrames(2);
+    op.Answer({Button::kYes});
     {
-        const FullAt limit(512 + 8 + 5);
+        const FullAt limit(512 + 16 + 5);
         FullAt::RoomAfterRefusal();
         EXPECT_EQ(Save("r.seq"), 5);
     }
     const std::string bytes = FileContents(Out("r0.seq"));
-    ASSERT_EQ(bytes.size(), 512U + 8U + 5U + 512U);
-    EXPECT_EQ(+HeaderIn(bytes).FrameCount, 2U);
-    EXPECT_EQ(+HeaderIn(bytes.substr(525)).FrameCount, 1U);
-    EXPECT_EQ(+ImageHeader.FrameCount, 1U);
+    ASSERT_EQ(bytes.size(), 512U + 16U + 5U + 512U);
+    EXPECT_EQ(+HeaderIn(bytes).FrameCount, 3U);
+    EXPECT_EQ(+HeaderIn(bytes.substr(533)).FrameCount, 2U);
+    EXPECT_EQ(+ImageHeader.FrameCount, 2U);
     EXPECT_EQ(op.Boxes().back().text, "Error writing data to file!");
 }
 
