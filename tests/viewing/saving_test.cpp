@@ -5,6 +5,7 @@
 #include "grabber/host_frames.h"
 #include "imagefile/header_write.h"
 #include "platform/memory.h"
+#include "platform/text.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
@@ -1066,10 +1067,25 @@ class KilledSaving : public BoardTest {
         }
     }
 
-    // A process that saves pictures 1, 2, 3, ... until it is killed: after none to three of them and a time that
-    // differs from kill to kill, so that a busy machine has its kills too. Returns how many had been reported as
-    // written.
-    int SaveUntilKilled(const std::function<bool()>& save)
+    // What becomes of the process that saves: it is killed after a time, or in the midst of writing its next picture,
+    // when a file has grown to so many bytes.
+    struct Kill {
+        int after = 0;                    // pictures
+        std::optional<rlim_t> atBytes{};  // of the file that it writes
+    };
+    // Every other kill meets the writing; the file then has so many bytes before it, and takes so many more.
+    Kill NextKill(int kill, const std::function<rlim_t(int)>& bytesBefore, rlim_t bytesWritten)
+    {
+        Kill next{.after = std::uniform_int_distribution(0, 3)(random_)};
+        if (kill % 2 != 0) return next;
+        next.atBytes = bytesBefore(next.after) + std::uniform_int_distribution<rlim_t>(1, bytesWritten - 1)(random_);
+        return next;
+    }
+
+    // A process that saves pictures 1, 2, 3, ... until it is killed: after none to three of them, and in its own
+    // writing or a time that differs from kill to kill, so that a busy machine has its kills too. Returns how many had
+    // been reported as written.
+    int SaveUntilKilled(const Kill& how, const std::function<bool()>& save)
     {
         int reports[2];
         EXPECT_EQ(pipe(reports), 0);
@@ -1078,6 +1094,7 @@ class KilledSaving : public BoardTest {
         if (child == 0) {
             TakeOwnWakeUp();
             for (int picture = 1;; ++picture) {
+                if (how.atBytes && picture == how.after + 1) DieAt(*how.atBytes);
                 recordingBoard.asked.clear();
                 recordingBoard.picture = picture;
                 const char done = '.';
@@ -1092,17 +1109,30 @@ class KilledSaving : public BoardTest {
             return poll(&readable, 1, kLongestSaveMs) == 1 && read(reports[0], &done, 1) == 1;
         };
         int count = 0;
-        const int wanted = std::uniform_int_distribution(0, 3)(random_);
-        while (count < wanted && reported()) ++count;
-        EXPECT_EQ(count, wanted) << "the child doesn't get on";
-        usleep(std::uniform_int_distribution<useconds_t>(0, 5000)(random_));
-        EXPECT_EQ(kill(child, SIGKILL), 0);
+        while (count < how.after && reported()) ++count;
+        EXPECT_EQ(count, how.after) << "the child doesn't get on";
+        if (how.atBytes) {
+            EXPECT_FALSE(reported()) << "the child dies while it writes";
+        } else {
+            usleep(std::uniform_int_distribution<useconds_t>(0, 5000)(random_));
+        }
+        EXPECT_EQ(kill(child, SIGKILL), 0);  // one that has died is there until it is waited for
         int status = 0;
         EXPECT_EQ(waitpid(child, &status, 0), child);
         EXPECT_TRUE(WIFSIGNALED(status)) << "the child met a failure of its own";
+        EXPECT_EQ(WTERMSIG(status), how.atBytes ? SIGXFSZ : SIGKILL);
         while (reported()) ++count;
         close(reports[0]);
         return count;
+    }
+
+    // The process ends within the write that would make a file larger.
+    static void DieAt(rlim_t bytes)
+    {
+        signal(SIGXFSZ, SIG_DFL);
+        const rlimit none{.rlim_cur = 0, .rlim_max = 0};
+        const rlimit limit{.rlim_cur = bytes, .rlim_max = bytes};
+        if (setrlimit(RLIMIT_CORE, &none) != 0 || setrlimit(RLIMIT_FSIZE, &limit) != 0) _exit(2);
     }
 
     static bool IsPicture(std::string_view counts, int picture)
@@ -1124,6 +1154,8 @@ class KilledSaving : public BoardTest {
         return first;
     }
 
+    static rlim_t NothingBefore(int /*pictures*/) { return 0; }  // each picture has a file of its own
+
     std::mt19937 random_{20261};  // NOLINT: the same kills in each run
 };
 
@@ -1134,7 +1166,8 @@ TEST_F(KilledSaving, AnImageIsWholeUnderItsName)
     int written = 0;
     int beside = 0;
     for (int kill = 0; kill < kills_; ++kill) {
-        const int reported = SaveUntilKilled([&] {
+        const Kill how = NextKill(kill, NothingBefore, 512 + kFrameBytes);
+        const int reported = SaveUntilKilled(how, [&] {
             op.Answer({Button::kYes});  // replace it
             return SaveImage(path, 1) == 1;
         });
@@ -1150,67 +1183,102 @@ TEST_F(KilledSaving, AnImageIsWholeUnderItsName)
         // At most the one picture that was in the making lies beside it, and the next save takes its place.
         const std::vector<std::string> names = NamesIn(directory.Path());
         const auto newOnes = std::ranges::count(names, ".a.img.new");
+        if (how.atBytes) {
+            ASSERT_EQ(newOnes, 1);
+            ASSERT_EQ(FileContents(directory / ".a.img.new").size(), *how.atBytes) << "the kill met the writing";
+        }
         ASSERT_EQ(
             std::ranges::count_if(names, [](const std::string& n) { return n.find("a.img") != std::string::npos; }),
             1 + newOnes);
         beside += static_cast<int>(newOnes);
     }
     EXPECT_GT(written, 0);
-    if (AllRounds()) {
-        EXPECT_GT(beside, 0) << "some kills met the writing";
-    }
+    EXPECT_GE(beside, (kills_ + 1) / 2) << "as many kills as were meant to met the writing";
 }
 
 TEST_F(KilledSaving, EachNumberedFileIsWhole)
 {
     write::settings.MultiFrame = 0;
     int written = 0;
+    int met = 0;
     for (int kill = 0; kill < kills_; ++kill) {
         const std::string base = directory / "s/r.seq";
         std::filesystem::remove_all(directory / "s");
         std::filesystem::create_directory(directory / "s");
         std::int32_t number = 1;
-        const int reported = SaveUntilKilled([&] { return SaveSequence(base, number, 1) == 1; });
+        const Kill how = NextKill(kill, NothingBefore, 512 + kFrameBytes);
+        const int reported = SaveUntilKilled(how, [&] { return SaveSequence(base, number, 1) == 1; });
         int whole = 0;
+        int inTheMaking = 0;
         for (const std::string& name : NamesIn(directory / "s")) {
-            if (name.starts_with('.')) continue;  // one in the making
+            if (name.starts_with('.')) {
+                ASSERT_EQ(name, Format(".r%d.seq.new", reported + 1));
+                ++inTheMaking;
+                continue;
+            }
             const std::string bytes = FileContents(directory / ("s/" + name));
             ASSERT_TRUE(IsPicture(std::string_view(bytes).substr(512), std::stoi(name.substr(1)))) << name;
             ++whole;
         }
+        if (how.atBytes) {
+            const std::string part = directory / Format("s/.r%d.seq.new", reported + 1);
+            ASSERT_EQ(inTheMaking, 1);
+            ASSERT_EQ(FileContents(part).size(), *how.atBytes) << "the kill met the writing";
+            ASSERT_EQ(whole, reported);
+        }
         ASSERT_GE(whole, reported);
+        ASSERT_LE(whole, reported + 1);
         written += reported;
+        met += inTheMaking;
     }
     EXPECT_GT(written, 0);
+    EXPECT_GE(met, (kills_ + 1) / 2) << "as many kills as were meant to met the writing";
 }
 
 TEST_F(KilledSaving, AMultiFrameFileHasEveryFrameThatWasWritten)
 {
     write::settings.MultiFrame = 1;
     const std::string path = directory / "r0.seq";
+    const auto bytesBefore = [](int frames) { return rlim_t{512} + static_cast<rlim_t>(frames) * kFrameBytes; };
     int written = 0;
+    int met = 0;
     for (int kill = 0; kill < kills_; ++kill) {
         std::filesystem::remove(path);
         std::int32_t number = 0;
-        const int reported = SaveUntilKilled([&] { return SaveSequence(directory / "r.seq", number, 1) == 1; });
+        const Kill how = NextKill(kill, bytesBefore, kFrameBytes);
+        const int reported = SaveUntilKilled(how, [&] { return SaveSequence(directory / "r.seq", number, 1) == 1; });
         written += reported;
-        if (reported == 0) continue;
-        ImageHeaderRecord read;
-        ASSERT_EQ(ReadImageHeader(path, read), 512);
-        ASSERT_GE(+read.FrameCount, static_cast<std::uint32_t>(reported));
+        const std::string left = FileContents(path);
+        if (how.atBytes) {
+            ASSERT_EQ(left.size(), *how.atBytes) << "the kill met the writing";
+        }
+        if (left.size() < 512) {
+            ASSERT_EQ(left, "") << "made, and not begun";
+        } else {
+            const std::size_t whole = (left.size() - 512) / kFrameBytes;
+            const bool part = (left.size() - 512) % kFrameBytes != 0;
+            ASSERT_GE(whole, static_cast<std::size_t>(reported));
+            ASSERT_LE(+HeaderIn(left).FrameCount, whole) << "no frame is counted that isn't there";
+            ASSERT_GE(+HeaderIn(left).FrameCount, static_cast<std::uint32_t>(reported));
+            if (part || HeaderIn(left).FrameCount < whole) ++met;
+        }
 
-        // What comes next leaves them alone, and is found behind them.
+        // What comes next leaves them alone, and stands right behind them.
         recordingBoard.picture = 5000;
         ASSERT_EQ(SaveSequence(directory / "r.seq", number, 1), 1);
         const std::string bytes = FileContents(path);
-        for (int frame = 0; frame < reported; ++frame) {
-            const std::size_t position = 512 + static_cast<std::size_t>(frame) * kFrameBytes;
-            ASSERT_TRUE(IsPicture(std::string_view(bytes).substr(position, kFrameBytes), frame + 1)) << frame;
-        }
-        ASSERT_TRUE(IsPicture(std::string_view(bytes).substr(bytes.size() - kFrameBytes), 5000));
         ASSERT_EQ((bytes.size() - 512) % kFrameBytes, 0U);
+        const std::size_t frames = (bytes.size() - 512) / kFrameBytes;
+        ASSERT_EQ(+HeaderIn(bytes).FrameCount, frames);
+        ASSERT_LE(frames, static_cast<std::size_t>(reported) + 2);
+        for (std::size_t frame = 0; frame < frames; ++frame) {
+            const std::size_t position = 512 + frame * kFrameBytes;
+            const int picture = frame + 1 < frames ? static_cast<int>(frame) + 1 : 5000;
+            ASSERT_TRUE(IsPicture(std::string_view(bytes).substr(position, kFrameBytes), picture)) << frame;
+        }
     }
     EXPECT_GT(written, 0);
+    EXPECT_GE(met, (kills_ + 1) / 2) << "as many kills as were meant to met the writing";
 }
 
 }  // namespace
