@@ -236,6 +236,23 @@ TEST_F(Viewing, LoadNextStepsThroughTheFramesAndOnToTheNextFile)
     EXPECT_TRUE(operator_.Boxes().empty());
 }
 
+TEST_F(Viewing, ANameWhoseHeaderCannotBeReadEndsThere)
+{
+    Counted("run1.seq", 3);
+    ASSERT_EQ(ViewSequence(File("run1.seq")), 1);
+    LoadNext();
+    PutFile(File("cut7.seq"), "too short for a header");
+    Counted("cut8.seq", 1);  // where a step would go on
+    EXPECT_EQ(ViewSequence(File("cut7.seq")), 0);
+    EXPECT_EQ(operator_.Boxes().back().text, "Error reading Image File Header\n" + File("cut7.seq"));
+    EXPECT_EQ(ViewSequence(File("none7.seq")), 0);
+    EXPECT_EQ(LoadName, File("run1.seq"));
+    EXPECT_EQ(CurrentFrame, 1U);
+    EXPECT_EQ(LastFrame, 2U);
+    EXPECT_EQ(ViewFilePath, File("run1.seq"));
+    EXPECT_EQ(Pixels().at(0), 100);
+}
+
 TEST_F(Viewing, AMissingNextFileBeepsAndFallsBack)
 {
     Counted("seq9.seq", 2);
