@@ -34,6 +34,7 @@ const StateNames kStateNames{
     Named("NumGrayLevels", NumGrayLevels),
     Named("XPGBoard", XPGBoard),
     Named("IrigAddress", IrigAddress),
+    Named("MultiFrame", MultiFrame),
 };
 
 constexpr const char* kSetup = "Setup";

@@ -31,6 +31,31 @@ namespace {
 
 const StateNames kStateNames{
     Named("IndexIntegrationTime", IndexIntegrationTime),
+    Named("HeadTiming.HeadModel", HeadTiming.HeadModel),
+    Named("HeadTiming.MasterClockMinIndex", HeadTiming.MasterClockMinIndex),
+    Named("HeadTiming.MasterClockMaxIndex", HeadTiming.MasterClockMaxIndex),
+    Named("HeadTiming.MasterClockIndex", HeadTiming.MasterClockIndex),
+    Named("HeadTiming.MasterClockFrequency", HeadTiming.MasterClockFrequency),
+    Named("HeadTiming.TimingRows", HeadTiming.TimingRows),
+    Named("HeadTiming.TimingCols", HeadTiming.TimingCols),
+    Named("HeadTiming.IntegrationLines", HeadTiming.IntegrationLines),
+    Named("HeadTiming.IntegrationCols", HeadTiming.IntegrationCols),
+    Named("HeadTiming.AdDelay", HeadTiming.AdDelay),
+    Named("HeadTiming.LineStartDelay", HeadTiming.LineStartDelay),
+    Named("HeadTiming.FrameStartDelay", HeadTiming.FrameStartDelay),
+    Named("HeadTiming.SuperframeMode", HeadTiming.SuperframeMode),
+    Named("HeadTiming.TimingTestMode", HeadTiming.TimingTestMode),
+    Named("FpaSerialWord.DetBias", FpaSerialWord.DetBias),
+    Named("FpaSerialWord.PedBias", FpaSerialWord.PedBias),
+    Named("FpaSerialWord.ColGain", FpaSerialWord.ColGain),
+    Named("FpaSerialWord.SerialBitsB", FpaSerialWord.SerialBitsB),
+    Named("FpaSerialWord.FlipCols", FpaSerialWord.FlipCols),
+    Named("FpaSerialWord.FlipRows", FpaSerialWord.FlipRows),
+    Named("FpaSerialWord.FastFrame", FpaSerialWord.FastFrame),
+    Named("FpaSerialWord.ColStart", FpaSerialWord.ColStart),
+    Named("FpaSerialWord.ColEnd", FpaSerialWord.ColEnd),
+    Named("FpaSerialWord.RowStart", FpaSerialWord.RowStart),
+    Named("FpaSerialWord.RowEnd", FpaSerialWord.RowEnd),
 };
 
 constexpr int kIntegrationCombo = 626;

@@ -17,6 +17,7 @@
 #include <cstring>
 #include <ctime>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace kelvo {
@@ -45,6 +46,7 @@ StateValue Number(double value)
 
 const StateNames kStateNames{
     Named("ByteSwap", ByteSwap),
+    {"ImageHeader", [] { return StateValue{DigestOf(std::as_bytes(std::span(&ImageHeader, 1)))}; }},
     Named("IrigEnable", IrigEnable),
     {"ImageHeader.ByteSwap", [] { return Number(ImageHeader.ByteSwap); }},
     {"ImageHeader.ImageWidth", [] { return Number(ImageHeader.ImageWidth); }},

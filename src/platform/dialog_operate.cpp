@@ -9,12 +9,16 @@
 #include <QAbstractSlider>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPointer>
+#include <QProgressBar>
 #include <QRadioButton>
 #include <QSpinBox>
+
+#include <algorithm>
 
 namespace kelvo {
 
@@ -26,6 +30,33 @@ QWidget* Reachable(HWND dialog, int id)
     QWidget* control = ControlOf(dialog, id);
     if (control == nullptr || !control->isEnabled()) return nullptr;
     return control->isVisibleTo(dialog->widget) ? control : nullptr;
+}
+
+template <typename T>
+bool Is(QWidget* control)
+{
+    return dynamic_cast<T*>(control) != nullptr;
+}
+
+struct Kind {
+    std::string_view name;
+    bool (*fits)(QWidget*);
+    bool takesAHand;
+};
+// The first that fits: a radio button is a button too.
+constexpr Kind kKinds[] = {
+    {"four-way", Is<FourWayButton>, true}, {"stepper", Is<ZoomStepper>, true},    {"check", Is<QCheckBox>, true},
+    {"radio", Is<QRadioButton>, true},     {"button", Is<QAbstractButton>, true}, {"edit", Is<QLineEdit>, true},
+    {"number", Is<QSpinBox>, true},        {"memo", Is<QPlainTextEdit>, true},    {"combo", Is<QComboBox>, true},
+    {"list", Is<QListWidget>, true},       {"bar", Is<QAbstractSlider>, true},    {"progress", Is<QProgressBar>, false},
+    {"label", Is<QLabel>, false},          {"picture", Is<QWidget>, false},
+};
+
+bool IsReadOnly(QWidget* control)
+{
+    if (const auto* line = qobject_cast<QLineEdit*>(control)) return line->isReadOnly();
+    if (const auto* memo = qobject_cast<QPlainTextEdit*>(control)) return memo->isReadOnly();
+    return false;
 }
 
 bool TypeInto(QLineEdit* line, const QString& text)
@@ -89,6 +120,20 @@ bool DragTo(QAbstractSlider* slider, int position)
 }
 
 }  // namespace
+
+std::vector<FrontControl> ControlsOf(HWND dialog)
+{
+    std::vector<FrontControl> controls;
+    const DialogData* data = DialogOf(dialog);
+    if (data == nullptr) return controls;
+    for (const auto& [id, control] : data->controls) {
+        if (control.isNull()) continue;
+        const Kind* const kind = std::ranges::find_if(kKinds, [&](const Kind& each) { return each.fits(control); });
+        const bool worked = kind->takesAHand && Reachable(dialog, id) != nullptr && !IsReadOnly(control);
+        controls.push_back({.id = id, .kind = kind->name, .canBeWorked = worked});
+    }
+    return controls;
+}
 
 bool OperatePress(HWND dialog, int id, int direction)
 {

@@ -1,5 +1,6 @@
 #include "platform/faults.h"
 
+#include <map>
 #include <set>
 #include <string>
 
@@ -13,6 +14,23 @@ std::set<std::string, std::less<>>& Faults()
     return faults;
 }
 
+// Faults that come once, with the questions until then.
+std::map<std::string, int, std::less<>>& FaultsToCome()
+{
+    static std::map<std::string, int, std::less<>> faults;
+    return faults;
+}
+
+int watchers = 0;  // NoFaults that stand
+
+bool ComesNow(std::string_view name)
+{
+    const auto fault = FaultsToCome().find(name);
+    if (fault == FaultsToCome().end() || --fault->second > 0) return false;
+    FaultsToCome().erase(fault);
+    return true;
+}
+
 }  // namespace
 
 void SetFault(std::string_view name, bool on)
@@ -24,14 +42,37 @@ void SetFault(std::string_view name, bool on)
     }
 }
 
+void SetFaultOnce(std::string_view name, int n)
+{
+    FaultsToCome().insert_or_assign(std::string(name), n);
+    if (n <= 0) FaultsToCome().erase(FaultsToCome().find(name));
+}
+
+int QuestionsUntilFault(std::string_view name)
+{
+    const auto fault = FaultsToCome().find(name);
+    return fault == FaultsToCome().end() ? 0 : fault->second;
+}
+
 bool FaultIsSet(std::string_view name)
 {
-    return Faults().contains(name);
+    return watchers == 0 && (ComesNow(name) || Faults().contains(name));
+}
+
+NoFaults::NoFaults()
+{
+    ++watchers;
+}
+
+NoFaults::~NoFaults()
+{
+    --watchers;
 }
 
 void ClearFaults()
 {
     Faults().clear();
+    FaultsToCome().clear();
 }
 
 }  // namespace kelvo

@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include "platform/faults.h"
 #include "platform/text.h"
 
 #include <dirent.h>
@@ -127,6 +128,16 @@ bool IsRegular(const struct stat& status)
     return S_ISREG(status.st_mode);
 }
 
+// A disk that fails on demand: each step that changes what lies on it asks, and each that reads it.
+bool DiskRefuses()
+{
+    return FaultIsSet("disk") && !Fail(ENOSPC);
+}
+bool DiskIsUnreadable()
+{
+    return FaultIsSet("disk read") && !Fail(EIO);
+}
+
 // A new file may also be a device that takes bytes; everything else must be a regular file.
 bool KindSuits(const struct stat& status, FileMode mode)
 {
@@ -152,6 +163,7 @@ int OpenFlags(FileMode mode)
 
 std::size_t WriteAll(int descriptor, std::span<const std::byte> source)
 {
+    if (DiskRefuses()) return 0;
     std::size_t done = 0;
     while (done < source.size()) {
         const ssize_t count = ::write(descriptor, source.data() + done, source.size() - done);
@@ -160,6 +172,16 @@ std::size_t WriteAll(int descriptor, std::span<const std::byte> source)
         done += static_cast<std::size_t>(count);
     }
     return done;
+}
+
+bool FlushToDisk(int descriptor)
+{
+    return !DiskRefuses() && fsync(descriptor) == 0;
+}
+
+bool Rename(const std::string& from, const std::string& to)
+{
+    return !DiskRefuses() && rename(from.c_str(), to.c_str()) == 0;
 }
 
 std::optional<struct stat> StatusOf(std::string_view path)
@@ -215,6 +237,7 @@ int OpenNewContents(const std::string& name)
 {
     constexpr int kAttempts = 200;
     constexpr useconds_t kPauseUs = 5000;
+    if (DiskRefuses()) return -1;
     for (int i = 0; i < kAttempts; ++i) {
         Descriptor file(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kNewFileMode));
         struct stat status {};
@@ -270,8 +293,8 @@ bool ReplaceBy(std::string_view path, Fill fill)
     const Descriptor contents(OpenNewContents(name));
     if (contents.Get() < 0) return false;
     const bool ready = ftruncate(contents.Get(), 0) == 0 && TakeOverIdentity(contents.Get(), *target) &&
-                       fill(contents.Get()) && fsync(contents.Get()) == 0;
-    if (!ready || rename(name.c_str(), target->c_str()) != 0) {
+                       fill(contents.Get()) && FlushToDisk(contents.Get());
+    if (!ready || !Rename(name, *target)) {
         const int reason = errno;
         unlink(name.c_str());
         return Fail(reason);
@@ -325,6 +348,7 @@ std::string ResolvePath(std::string_view path)
 
 std::optional<File> File::Open(std::string_view path, FileMode mode)
 {
+    if (mode == FileMode::kRead ? DiskIsUnreadable() : DiskRefuses()) return std::nullopt;
     Descriptor descriptor(open(ResolvePath(path).c_str(), OpenFlags(mode), kNewFileMode));
     struct stat status {};
     if (descriptor.Get() < 0 || fstat(descriptor.Get(), &status) != 0 || !KindSuits(status, mode)) return std::nullopt;
@@ -347,6 +371,7 @@ File::~File()
 
 std::size_t File::Read(std::span<std::byte> destination)
 {
+    if (DiskIsUnreadable()) return 0;
     std::size_t done = 0;
     while (done < destination.size()) {
         const int before = errno;
@@ -389,7 +414,7 @@ bool File::Close()
 
 bool File::Flush()
 {
-    return fsync(descriptor_) == 0;
+    return FlushToDisk(descriptor_);
 }
 
 std::optional<NewFile> NewFile::Begin(std::string_view path)
@@ -444,7 +469,7 @@ NewFile::~NewFile()
 bool NewFile::Keep()
 {
     if (name_.empty()) return contents_.Close();
-    if (!contents_.Flush() || rename(name_.c_str(), target_.c_str()) != 0) return false;
+    if (!contents_.Flush() || !Rename(name_, target_)) return false;
     name_.clear();
     FlushDirectory(DirectoryOf(target_));
     return contents_.Close();
@@ -471,7 +496,7 @@ bool MakeDirectories(std::string_view path)
 
 bool DeleteFileNamed(std::string_view path)
 {
-    return unlink(ResolvePath(path).c_str()) == 0;
+    return !DiskRefuses() && unlink(ResolvePath(path).c_str()) == 0;
 }
 
 bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists)
@@ -494,7 +519,7 @@ bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists)
 bool MoveFileTo(std::string_view from, std::string_view to)
 {
     const std::string target = ResolvePath(to);
-    if (rename(ResolvePath(from).c_str(), target.c_str()) != 0) return false;
+    if (!Rename(ResolvePath(from), target)) return false;
     FlushDirectory(DirectoryOf(target));
     return true;
 }

@@ -41,6 +41,16 @@ bool PressBoxButton(Button button);
 bool ChooseFiles(const std::vector<std::string>& paths);  // as if typed and accepted: asks its questions
 bool CancelFileDialog();
 
+// A control of a dialog as its operator finds it.
+struct FrontControl {
+    int id = 0;
+    // "button", "four-way", "check", "radio", "edit", "number" (an edit with arrows), "memo", "combo", "list", "bar",
+    // "stepper", "progress", "label", "picture".
+    std::string_view kind;
+    bool canBeWorked = false;  // it takes the operator's hand, is shown and enabled
+};
+std::vector<FrontControl> ControlsOf(HWND dialog);  // by number
+
 // Controls as a person works them: the procedure gets the messages that a click or a typed text gives. False if there
 // is no such control, or it is disabled or hidden.
 bool OperatePress(HWND dialog, int id, int direction = 0);  // direction: of a four-way button

@@ -1,5 +1,6 @@
 #include "platform/memory.h"
 
+#include "platform/faults.h"
 #include "platform/machine.h"
 #include "platform/text.h"
 
@@ -20,13 +21,9 @@ constexpr std::uint64_t kRefusedBytes = std::uint64_t{1} << 31;
 constexpr std::uint64_t kBytesPerKb = 1024;
 constexpr std::int32_t kDefaultSharePercent = 25;
 
-int callsUntilFailure = 0;  // 0: none is ordered
-std::int64_t requests = 0;
+constexpr std::string_view kFault = "memory";
 
-bool FailureIsDue()
-{
-    return callsUntilFailure > 0 && --callsUntilFailure == 0;
-}
+std::int64_t requests = 0;
 
 // The digits at the start of a text; nullopt where there are none or they go beyond 64 bits.
 std::optional<std::uint64_t> LeadingNumber(std::string_view text)
@@ -76,7 +73,7 @@ std::uint64_t AvailablePhysicalMemory()
 bool MemoryAvailable(std::size_t bytes)
 {
     ++requests;
-    return !FailureIsDue() && bytes < kRefusedBytes;
+    return !FaultIsSet(kFault) && bytes < kRefusedBytes;
 }
 
 std::int64_t MemoryRequests()
@@ -86,7 +83,7 @@ std::int64_t MemoryRequests()
 
 void FailAllocation(int n)
 {
-    callsUntilFailure = n;
+    SetFaultOnce(kFault, n);
 }
 
 }  // namespace kelvo

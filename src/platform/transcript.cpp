@@ -1,6 +1,7 @@
 #include "platform/transcript.h"
 
 #include "platform/clock.h"
+#include "platform/faults.h"
 #include "platform/files.h"
 #include "platform/text.h"
 
@@ -93,6 +94,7 @@ void Transcribe(std::string_view kind, std::vector<std::pair<std::string, Transc
     for (auto& field : line.fields) field.second = InUtf8(std::move(field.second));
     if (file) {
         const std::string json = TranscriptJson(line) + '\n';
+        const NoFaults watching;
         file->Write(std::as_bytes(std::span(json)));
     }
     if (lines.size() >= kLinesKept) lines.erase(lines.begin(), lines.begin() + kLinesKept / 2);

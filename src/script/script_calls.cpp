@@ -7,7 +7,6 @@
 #include "platform/files.h"
 #include "platform/front.h"
 #include "platform/help.h"
-#include "platform/memory.h"
 #include "platform/menu.h"
 #include "platform/text.h"
 #include "platform/transcript.h"
@@ -538,6 +537,28 @@ int Position(lua_State* L)
     return 3;
 }
 
+// All controls of the dialog in front, or of the panel, by their numbers.
+int Controls(lua_State* L)
+{
+    const bool onPanel = !lua_isnoneornil(L, 1);
+    if (onPanel) luaL_argcheck(L, TextArgument(L, 1) == "panel", 1, "must be \"panel\"");
+    if (ProgramHasEnded()) return Fail(L, "controls: the program has ended");
+    HWND dialog = onPanel ? hDlgPanel : DialogInFront();
+    if (!dialog) return Fail(L, ButScreenShows(onPanel ? "no control panel" : "no dialog in front"));
+    const std::vector<FrontControl> controls = ControlsOf(dialog);
+    lua_createtable(L, static_cast<int>(controls.size()), 0);
+    lua_Integer index = 0;
+    for (const FrontControl& control : controls) {
+        lua_createtable(L, 0, 3);
+        lua_pushinteger(L, control.id);
+        lua_setfield(L, -2, "id");
+        SetField(L, "kind", control.kind);
+        SetField(L, "works", control.canBeWorked);
+        lua_rawseti(L, -2, ++index);
+    }
+    return 1;
+}
+
 // --- State, frames, time ------------------------------------------------------------------------------------------
 
 void PushState(lua_State* L, const StateValue& value)
@@ -559,8 +580,19 @@ void PushState(lua_State* L, const StateValue& value)
                value);
 }
 
+int WholeState(lua_State* L)
+{
+    lua_newtable(L);
+    for (const std::string& name : AllStateNames()) {
+        PushState(L, ReadState(name).value_or(StateValue{}));
+        lua_setfield(L, -2, name.c_str());
+    }
+    return 1;
+}
+
 int State(lua_State* L)
 {
+    if (lua_gettop(L) == 0) return WholeState(L);
     const std::string name = TextArgument(L, 1);
     const auto value = ReadState(name);
     if (value) {
@@ -615,14 +647,20 @@ int Wait(lua_State* L)
 int SimFault(lua_State* L)
 {
     const std::string name = TextArgument(L, 1);
-    if (name == "memory") {
-        const int n = lua_isboolean(L, 2) ? lua_toboolean(L, 2) : IntArgument(L, 2);
+    if (lua_isinteger(L, 2)) {
+        const int n = IntArgument(L, 2);
         luaL_argcheck(L, n >= 0, 2, "must be 0 or more");
-        FailAllocation(n);
+        SetFaultOnce(name, n);
     } else {
         SetFault(name, lua_isnoneornil(L, 2) || BoolArgument(L, 2));
     }
     return 0;
+}
+
+int SimFaultToCome(lua_State* L)
+{
+    lua_pushinteger(L, QuestionsUntilFault(TextArgument(L, 1)));
+    return 1;
 }
 
 int SimSource(lua_State* L)
@@ -733,6 +771,7 @@ int ListDirectory(lua_State* L)
 int ReadFileWhole(lua_State* L)
 {
     constexpr std::size_t kLimit = std::size_t{256} << 20;
+    const NoFaults watching;
     const auto contents = ReadWholeFile(FromStartDirectory(TextArgument(L, 1)), kLimit);
     if (!contents) return Nil(L);
     Push(L, *contents);
@@ -764,6 +803,7 @@ constexpr luaL_Reg kCalls[] = {
     {"checked", Look<Checked>},
     {"picked", Look<Picked>},
     {"items", Look<Items>},
+    {"controls", Look<Controls>},
     {"enabled", Look<Enabled>},
     {"position", Look<Position>},
     {"status", Look<Status>},
@@ -784,9 +824,8 @@ constexpr luaL_Reg kCalls[] = {
 };
 
 constexpr luaL_Reg kSimCalls[] = {
-    {"fault", Guarded<SimFault>},
-    {"head", Look<SimRegisters>},
-    {"source", Look<SimSource>},
+    {"fault", Guarded<SimFault>}, {"fault_to_come", Guarded<SimFaultToCome>},
+    {"head", Look<SimRegisters>}, {"source", Look<SimSource>},
     {"truth", Look<SimTruth>},
 };
 

@@ -28,9 +28,11 @@ void ResetBufferState()
 namespace {
 
 const StateNames kStateNames{
-    Named("PeriodicUpdates", PeriodicUpdates),
-    Named("HostFrameBytes", HostFrameBytes),
-    Named("AveragingCapacity", AveragingCapacity),
+    Named("PeriodicUpdates", PeriodicUpdates),     Named("HostFrameBytes", HostFrameBytes),
+    Named("AveragingCapacity", AveragingCapacity), Named("FramesInBuffer", FramesInBuffer),
+    Named("BufferFirstFrame", BufferFirstFrame),   Named("BufferLastFrame", BufferLastFrame),
+    Named("BufferRectTop", BufferRectTop),         Named("BufferRectLeft", BufferRectLeft),
+    Named("BufferRectBottom", BufferRectBottom),   Named("BufferRectRight", BufferRectRight),
 };
 
 }  // namespace

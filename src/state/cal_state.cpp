@@ -32,6 +32,9 @@ const StateNames kStateNames{
     Named("IntensityHot", IntensityHot),
     Named("TemperatureCold", TemperatureCold),
     Named("TemperatureHot", TemperatureHot),
+    Digest("DecomList", DecomList),
+    Digest("GainList", GainList),
+    Digest("OffsetList", OffsetList),
 };
 
 }  // namespace

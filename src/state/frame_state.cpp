@@ -55,6 +55,9 @@ const StateNames kStateNames{
     Named("CursorY", CursorY),
     Named("CursorValue", CursorValue),
     Named("ImageCursorOn", ImageCursorOn),
+    Digest("ImageBuffer.Contents", ImageBuffer),
+    Digest("LiveFrame", LiveFrame),
+    Digest("RawFrame", RawFrame),
     {"ImageBuffer", [] { return StateValue{static_cast<std::int64_t>(ImageBuffer.size())}; }},
 };
 

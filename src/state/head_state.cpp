@@ -30,8 +30,16 @@ void ResetHeadState()
 namespace {
 
 const StateNames kStateNames{
-    Named("IndexFrameRate", IndexFrameRate), Named("FrameRate", FrameRate), Named("VideoGain", VideoGain),
-    Named("VideoOffset", VideoOffset),       Named("VoltsLow", VoltsLow),   Named("VoltsHigh", VoltsHigh),
+    Named("IndexFrameRate", IndexFrameRate),
+    Named("FrameRate", FrameRate),
+    Named("VideoGain", VideoGain),
+    Named("VideoOffset", VideoOffset),
+    Named("VoltsLow", VoltsLow),
+    Named("VoltsHigh", VoltsHigh),
+    Named("FirstSetupPending", FirstSetupPending),
+    Named("IntegrationSlot", IntegrationSlot),
+    Named("IntegrationSetting", IntegrationSetting),
+    Named("IntegrationMsecInForce", IntegrationMsecInForce),
 };
 
 }  // namespace

@@ -64,11 +64,29 @@ StateNames::StateNames(std::initializer_list<StateName> names)
     for (const StateName& name : names) RegisterState(name.name, name.read);
 }
 
+std::string DigestOf(std::span<const std::byte> bytes)
+{
+    // FNV-1a, 64 bits: draft-eastlake-fnv.
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (const std::byte byte : bytes) {
+        hash ^= std::to_integer<std::uint64_t>(byte);
+        hash *= 0x100000001B3;
+    }
+    return Format("%zu bytes, %016llx", bytes.size(), static_cast<unsigned long long>(hash));
+}
+
 std::optional<StateValue> ReadState(std::string_view name)
 {
     const auto found = Names().find(name);
     if (found == Names().end()) return std::nullopt;
     return found->second();
+}
+
+std::vector<std::string> AllStateNames()
+{
+    std::vector<std::string> names;
+    for (const auto& [name, read] : Names()) names.push_back(name);
+    return names;
 }
 
 std::vector<std::string> NearStateNames(std::string_view name)

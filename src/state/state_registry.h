@@ -6,11 +6,13 @@
 // so that a program that has the variables has their names too.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <iterator>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -27,6 +29,9 @@ void RegisterState(std::string_view name, std::function<StateValue()> read);
 
 // nullopt: no such name.
 std::optional<StateValue> ReadState(std::string_view name);
+
+// All registered names, in order.
+std::vector<std::string> AllStateNames();
 
 // Registered names that the given one may have meant, nearest first, at most five: the same letters in another case, a
 // name that begins with it or holds it, or one that is a slip or two of the pen away.
@@ -52,6 +57,16 @@ StateName Named(std::string_view name, const T& variable)
                     return std::vector<double>(std::begin(variable), std::end(variable));
                 }
             }};
+}
+
+// What a block of bytes holds, as a text that is another one for other bytes: for lists too long to be read entry by
+// entry.
+std::string DigestOf(std::span<const std::byte> bytes);
+
+template <typename T>
+StateName Digest(std::string_view name, const std::vector<T>& list)
+{
+    return {name, [&list]() -> StateValue { return DigestOf(std::as_bytes(std::span(list))); }};
 }
 
 template <typename T>

@@ -1,6 +1,7 @@
 #include "ui/select_file.h"
 
 #include "platform/box.h"
+#include "platform/directory.h"
 #include "platform/text.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
@@ -32,6 +33,7 @@ std::string JoinedLines(const std::vector<std::string>& texts)
 
 const StateNames kStateNames{
     Named("LastFileDirectory", LastFileDirectory),
+    {"CurrentDirectory", [] { return StateValue{CurrentDirectory()}; }},
     {"SelectedPaths", [] { return StateValue{JoinedLines(SelectedPaths)}; }},
 };
 

@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include "platform/faults.h"
 #include "support/temp_directory.h"
 
 #include <fcntl.h>
@@ -12,6 +13,7 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <stdexcept>
 
 namespace kelvo {
@@ -338,6 +340,42 @@ TEST_F(Files, AFailedReplaceLeavesEverythingAsItWas)
     EXPECT_FALSE(ReplaceFile("", "new"));
     EXPECT_FALSE(ReplaceFile("/dev/full", "new"));
     EXPECT_EQ(Names(directory.Path()), "file.dat ");
+}
+
+// The disk fails at the n-th step: made, written, flushed, put in its place. 0 where there is none.
+int FailsAtStep(int n, const std::function<bool()>& work)
+{
+    SetFaultOnce("disk", n);
+    const bool done = work();
+    const bool came = QuestionsUntilFault("disk") == 0;
+    SetFaultOnce("disk", 0);
+    EXPECT_NE(done, came) << "step " << n;
+    return came ? n : 0;
+}
+
+TEST_F(Files, ADiskThatFailsAtAnyStepOfAReplaceLeavesEverythingAsItWas)
+{
+    PutFile(path, "old");
+    for (int n = 1; n <= 4; ++n) {
+        EXPECT_EQ(FailsAtStep(n, [&] { return ReplaceFile(path, "new"); }), n);
+        EXPECT_EQ(ReadWholeFile(path, 100), "old") << n;
+        EXPECT_EQ(Names(directory.Path()), "file.dat ") << n;
+    }
+    EXPECT_EQ(FailsAtStep(5, [&] { return ReplaceFile(path, "new"); }), 0);
+    EXPECT_EQ(ReadWholeFile(path, 100), "new");
+}
+
+TEST_F(Files, ADiskThatFailsKeepsWhatItHas)
+{
+    PutFile(path, "old");
+    EXPECT_EQ(FailsAtStep(1, [&] { return DeleteFileNamed(path); }), 1);
+    EXPECT_EQ(FailsAtStep(1, [&] { return MoveFileTo(path, directory / "other"); }), 1);
+    EXPECT_EQ(FailsAtStep(1, [&] { return File::Open(path, FileMode::kCreate).has_value(); }), 1);
+    EXPECT_EQ(ReadWholeFile(path, 100), "old");
+    SetFaultOnce("disk read", 1);
+    EXPECT_EQ(ReadWholeFile(path, 100), std::nullopt);
+    SetFaultOnce("disk read", 2);
+    EXPECT_EQ(ReadWholeFile(path, 100), std::nullopt);
 }
 
 // In a process without the administrator's rights, from whom nothing is protected.

@@ -702,6 +702,37 @@ TEST_F(OperatorScript, MemoryFaultFailsTheNthAllocation)
     EXPECT_TRUE(MemoryAvailable(1));
 }
 
+TEST_F(OperatorScript, AFaultCanComeOnce)
+{
+    ExpectSuccess(R"(
+        sim.fault("lens", 2)
+        assert(sim.fault_to_come("lens") == 2 and sim.fault_to_come("shutter") == 0)
+        sim.fault("lens", 0)
+        assert(sim.fault_to_come("lens") == 0)
+        assert(not pcall(sim.fault, "lens", -1)))");
+}
+
+TEST_F(OperatorScript, ControlsAreListedWithWhatTheyTake)
+{
+    ExpectSuccess(R"(
+        assert(select(2, pcall(controls)):find("no dialog in front", 1, true))
+        assert(select(2, pcall(controls, "menu")):find('must be "panel"', 1, true))
+        command(102)
+        local list = controls()
+        assert(#list == 6)
+        assert(list[1].id == 1 and list[1].kind == "button" and list[1].works)
+        assert(list[2].id == 1001 and list[2].kind == "label" and not list[2].works)
+        press(1))");
+}
+
+TEST_F(OperatorScript, TheWholeStateIsATable)
+{
+    ExpectSuccess(R"(
+        local all = state()
+        assert(all.CalType == state("CalType") and all.StatusText == state("StatusText"))
+        assert(all.GainList == "0 bytes, cbf29ce484222325", all.GainList))");
+}
+
 TEST_F(OperatorScript, FaultsAreTakenOffAgain)
 {
     ExpectSuccess("sim.fault('no mouse') sim.fault('no mouse', false) assert(box() == nil)");
