@@ -7,9 +7,9 @@ set(1460, "run3")
 set(1486, "7")
 set(1488, "4")
 press(1)
-local function named() return { state("SeqFilePath"), state("SeqNumber"), state("FramesToAverageSeq"), state("MultiFrame") } end
+local function named() return { state("SeqFilePath"), state("SeqNumber"), state("FramesToAverageSeq") } end
 local before = named()
-check.eq(before, { datadir() .. "/run.seq", 7, 4, 0 })
+check.eq(before, { datadir() .. "/run.seq", 7, 4 })
 
 local camera = state("ActiveCamera")
 local columns = state("Hroi")
