@@ -57,7 +57,7 @@ CommandEnd UpdateCalibration()
 
 CommandEnd SaveCalibration()
 {
-    if (!ChooseCalibrationToSave(hWndMain)) return CommandEnd::kResetStatus;
+    if (!ChooseCalibrationToSave(hWndMain)) return CommandEnd::kLeaveStatus;
     const std::string path = FilePathBuf;
     if (!SaveCalibrationAs(path)) MessageBox(hWndMain, "Failed to save file: " + path, "Kelvo File Error!");
     return CommandEnd::kResetStatus;
@@ -69,7 +69,7 @@ CommandEnd LoadPreviousCalibration()
         MessageBox(hWndMain, "Camera must be on in order\nto load a calibration", kMessageCaption);
         return CommandEnd::kResetStatus;
     }
-    if (!ChooseCalibrationToOpen(hWndMain)) return CommandEnd::kResetStatus;
+    if (!ChooseCalibrationToOpen(hWndMain)) return CommandEnd::kLeaveStatus;
     ShowReplacementInMenu(SubstBadPixels != 0);
     if (!LoadCalibration(hWndMain, FilePathBuf)) return CommandEnd::kResetStatus;
     StatusString(kIdleHint, kLeftAligned);

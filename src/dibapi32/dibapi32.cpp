@@ -252,13 +252,14 @@ bool ReadBytes(File& file, std::span<std::uint8_t> bytes)
 // Where the parts of a bitmap file lie, in 64 bits. Nothing is read before Fits holds.
 struct FileLayout {
     std::int64_t tableStart = 0;
-    std::int64_t tableBytes = 0;
+    std::int64_t tableBytes = 0;        // of the whole table
+    std::int64_t tableBytesInFile = 0;  // fewer where the rows begin within it
     std::int64_t bitsStart = 0;
     std::int64_t bitsBytes = 0;
 
     bool Fits(std::int64_t fileBytes) const
     {
-        return tableBytes >= 0 && bitsBytes >= 0 && tableStart + tableBytes <= fileBytes &&
+        return tableBytesInFile >= 0 && bitsBytes >= 0 && tableStart + tableBytesInFile <= fileBytes &&
                bitsStart + bitsBytes <= fileBytes;
     }
 };
@@ -281,6 +282,18 @@ std::int64_t BitsBytesOf(const BitmapInfoHeader& header)
     return RowsFit(rowBytes, height) ? rowBytes * height : -1;
 }
 
+// A table that is cut by the rows: its whole entries. One that is larger than any byte can use isn't made up for.
+std::int64_t TableBytesInFile(const FileLayout& layout)
+{
+    constexpr std::int64_t kMostColorsMadeUp = 256;
+    constexpr auto kEntryBytes = std::int64_t{kInfoTableEntryBytes};
+    const std::int64_t room = layout.bitsStart - layout.tableStart;
+    if (room < 0 || room >= layout.tableBytes || layout.tableBytes > kMostColorsMadeUp * kEntryBytes) {
+        return layout.tableBytes;
+    }
+    return room / kEntryBytes * kEntryBytes;
+}
+
 // The rows start where the file header says, or behind the table where it says nothing.
 FileLayout LayoutOf(const BitmapFileHeader& fileHeader, const BitmapInfoHeader& header)
 {
@@ -289,6 +302,7 @@ FileLayout LayoutOf(const BitmapFileHeader& fileHeader, const BitmapInfoHeader& 
     layout.tableBytes = std::int64_t{TableColorsOf(header)} * std::int64_t{kInfoTableEntryBytes};
     layout.bitsStart = fileHeader.bfOffBits != 0 ? fileHeader.bfOffBits : layout.tableStart + layout.tableBytes;
     layout.bitsBytes = BitsBytesOf(header);
+    layout.tableBytesInFile = TableBytesInFile(layout);
     return layout;
 }
 
@@ -301,7 +315,8 @@ Dib ReadTableAndRows(File& file, const BitmapInfoHeader& header, const FileLayou
     SetDibInfo(block, header);
     const std::span<std::uint8_t> behindHeader = std::span(block.bytes).subspan(kInfoHeaderBytes);
     const auto tableBytes = static_cast<std::size_t>(layout.tableBytes);
-    if (!file.Seek(layout.tableStart) || !ReadBytes(file, behindHeader.first(tableBytes))) return nullptr;
+    const auto inFile = static_cast<std::size_t>(layout.tableBytesInFile);
+    if (!file.Seek(layout.tableStart) || !ReadBytes(file, behindHeader.first(inFile))) return nullptr;
     if (!file.Seek(layout.bitsStart) || !ReadBytes(file, behindHeader.subspan(tableBytes))) return nullptr;
     return std::make_shared<DibBlock>(std::move(block));
 }

@@ -58,7 +58,9 @@ Dib LoadDib(std::string_view path);
 
 // Reads a bitmap file from its start. Headers above 40 bytes are taken by their first 40, with the table behind the
 // whole header, and the block's header says 40; below 40 is refused. The block's header has biClrUsed set to the
-// table's colours. Sizes are held against the file's length before memory is taken. Null on any failure, no message.
+// table's colours; where the rows begin within the table, the colours that it lacks are black (a table of more than 256
+// colours must be whole). Sizes are held against the file's length before memory is taken. Null on any failure, no
+// message.
 Dib ReadDibFile(File& file);
 
 // Errors by number, as DibError tells them.

@@ -12,21 +12,24 @@ constexpr auto kHeaderBytes = std::int64_t{sizeof(ImageHeaderRecord)};
 constexpr std::size_t kHeaderWords = sizeof(ImageHeaderRecord) / 2;
 // A frame may lie behind others that a full disk has swallowed, but not anywhere.
 constexpr std::int64_t kWidestGap = std::numeric_limits<std::int32_t>::max();
+constexpr std::int16_t kMostSampleBytes = 4;
 
-// Frames of a record's size behind the header.
-std::int64_t WholeFrames(const ImageHeaderRecord& header, std::int64_t fileBytes)
+// Bytes before each frame's samples, as readers take them: older versions have none, whatever stands in the field.
+std::int64_t FrameHeaderBytes(const ImageHeaderRecord& header)
 {
-    const std::int64_t behindHeader = fileBytes - kHeaderBytes;
-    const std::int64_t recordBytes = FrameRecordBytes(header);
-    return recordBytes > 0 && behindHeader > 0 ? behindHeader / recordBytes : 0;
+    return header.HeaderVersion < kFirstVersionWithFrameHeaders ? 0 : header.ImageHeaderDataOffset;
+}
+
+std::int64_t SampleBytesOfFrame(const ImageHeaderRecord& header)
+{
+    return std::int64_t{header.ImageWidth} * header.ImageHeight * header.SampleBytes;
 }
 
 // Where the samples of the last frame that the header counts begin.
 std::int64_t PositionOfLastFrame(const ImageHeaderRecord& header)
 {
     const std::int64_t frames = header.FrameCount;
-    const std::int64_t frameBytes = std::int64_t{header.ImageWidth} * header.ImageHeight * header.SampleBytes;
-    return frameBytes * (frames - 1) + kHeaderBytes + frames * header.ImageHeaderDataOffset;
+    return SampleBytesOfFrame(header) * (frames - 1) + kHeaderBytes + frames * header.ImageHeaderDataOffset;
 }
 
 bool LastFrameCanStand(const ImageHeaderRecord& header, std::int64_t fileBytes)
@@ -37,9 +40,13 @@ bool LastFrameCanStand(const ImageHeaderRecord& header, std::int64_t fileBytes)
 
 bool DescribesFrames(const ImageHeaderRecord& header)
 {
-    const auto within = [](std::int32_t value, std::int32_t most) { return value > 0 && value <= most; };
-    return within(header.ImageWidth, kMaxImageSide) && within(header.ImageHeight, kMaxImageSide) &&
-           within(header.SampleBytes, 4) && header.ImageHeaderDataOffset >= 0;
+    return header.ImageWidth > 0 && header.ImageHeight > 0 && header.SampleBytes > 0 &&
+           header.SampleBytes <= kMostSampleBytes && header.ImageHeaderDataOffset >= 0;
+}
+
+std::span<std::byte> BytesOf(ImageHeaderRecord& header)
+{
+    return std::as_writable_bytes(std::span(&header, 1));
 }
 
 }  // namespace
@@ -56,21 +63,24 @@ std::optional<FrameWriter> FrameWriter::OpenInPlace(std::string_view path)
 {
     FrameWriter writer(path);
     writer.inPlace_ = File::Open(path, FileMode::kReadWrite);
-    if (!writer.inPlace_ && !FileExists(path)) writer.inPlace_ = File::Open(path, FileMode::kCreate);
+    if (!writer.inPlace_ && !FileExists(path)) {
+        writer.inPlace_ = File::Open(path, FileMode::kCreate);
+        writer.made_ = true;
+    }
     if (!writer.inPlace_) return std::nullopt;
     writer.beganEmpty_ = writer.inPlace_->Length() == 0;
     return writer;
 }
 
-std::optional<ImageHeaderRecord> FrameWriter::HeaderWithOneMore()
+std::optional<ImageHeaderRecord> FrameWriter::ReadHeader()
 {
     ImageHeaderRecord header;
-    const std::span<std::byte> bytes = std::as_writable_bytes(std::span(&header, 1));
-    if (!Contents().Seek(0) || Contents().Read(bytes) < bytes.size() || !DescribesFrames(header)) return std::nullopt;
-    const std::int64_t frames = std::max<std::int64_t>(header.FrameCount, WholeFrames(header, Contents().Length())) + 1;
-    if (frames > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
-    header.FrameCount = static_cast<std::uint32_t>(frames);
-    return HasPlaceFor(header) ? std::optional(header) : std::nullopt;
+    if (!Contents().Seek(0) || Contents().Read(BytesOf(header)) < sizeof header) return std::nullopt;
+    if (DeclaresSpiff(header)) return std::nullopt;
+    // No size of a sample is one in both orders.
+    headerIsNative_ = DescribesFrames(header);
+    if (header.ByteSwap == 0 && !headerIsNative_) SwapHeaderBytes(BytesOf(header), kHeaderWords);
+    return DescribesFrames(header) ? std::optional(header) : std::nullopt;
 }
 
 bool FrameWriter::HasPlaceFor(const ImageHeaderRecord& header)
@@ -81,9 +91,20 @@ bool FrameWriter::HasPlaceFor(const ImageHeaderRecord& header)
 // True if all 512 bytes were written.
 bool FrameWriter::WriteHeader(ImageHeaderRecord header)
 {
-    const std::span<std::byte> bytes = std::as_writable_bytes(std::span(&header, 1));
-    if (header.ByteSwap == 0) SwapHeaderBytes(bytes, kHeaderWords);
-    return Contents().Write(bytes) == bytes.size();
+    if (header.ByteSwap == 0 && !headerIsNative_) SwapHeaderBytes(BytesOf(header), kHeaderWords);
+    return Contents().Write(BytesOf(header)) == sizeof header;
+}
+
+bool FrameWriter::WriteHeaderInFront(const ImageHeaderRecord& header)
+{
+    return Contents().Seek(0) && WriteHeader(header) && Contents().Flush();
+}
+
+// With no frame counted, so that a file whose first frame never comes can be gone on with.
+bool FrameWriter::BeginWithHeader(ImageHeaderRecord header)
+{
+    header.FrameCount = 0;
+    return WriteHeaderInFront(header);
 }
 
 std::size_t FrameWriter::WriteCounts(const ImageHeaderRecord& header, std::span<std::int16_t> counts)
@@ -93,6 +114,16 @@ std::size_t FrameWriter::WriteCounts(const ImageHeaderRecord& header, std::span<
     return Contents().Write(bytes);
 }
 
+bool FrameWriter::CutAt(std::int64_t position)
+{
+    return Contents().Length() <= position || Contents().SetLength(position);
+}
+
+bool FrameWriter::EndRecordAt(std::int64_t position)
+{
+    return Contents().Length() >= position || Contents().SetLength(position);
+}
+
 FrameWritten FrameWriter::WriteImage(const ImageHeaderRecord& header, std::span<std::int16_t> counts)
 {
     if (!WriteHeader(header)) return {FrameFault::kNoHeader, 0};
@@ -100,15 +131,52 @@ FrameWritten FrameWriter::WriteImage(const ImageHeaderRecord& header, std::span<
     return {bytes == counts.size_bytes() ? FrameFault::kNone : FrameFault::kCut, bytes};
 }
 
-FrameWritten FrameWriter::AppendFrame(ImageHeaderRecord& header, std::span<std::int16_t> counts)
+FrameWritten FrameWriter::WriteLastFrame(ImageHeaderRecord& header, std::span<std::int16_t> counts)
 {
-    if (!Contents().Seek(0) || !WriteHeader(header)) return {FrameFault::kNoHeader, 0};
+    if (!WriteHeader(header)) return {FrameFault::kNoHeader, 0};
     Contents().Seek(PositionOfLastFrame(header));
     const std::size_t bytes = WriteCounts(header, counts);
     if (bytes == counts.size_bytes()) return {FrameFault::kNone, bytes};
     if (header.FrameCount <= 1) return {FrameFault::kCut, bytes};
     header.FrameCount = header.FrameCount - 1;
     return {WriteHeader(header) ? FrameFault::kCut : FrameFault::kCutNoHeader, bytes};
+}
+
+FrameWritten FrameWriter::AppendFrame(ImageHeaderRecord& header, std::span<std::int16_t> counts)
+{
+    if (!DescribesFrames(header) || (beganEmpty_ && !BeginWithHeader(header))) {
+        if (beganEmpty_) CutAt(0);
+        return {FrameFault::kNoHeader, 0};
+    }
+    const std::int64_t recordBytes = FrameHeaderBytes(header) + SampleBytesOfFrame(header);
+    const std::int64_t frames = std::max<std::int64_t>(Contents().Length() - kHeaderBytes, 0) / recordBytes;
+    const std::int64_t start = kHeaderBytes + frames * recordBytes;
+    if (frames >= std::numeric_limits<std::uint32_t>::max() || !CutAt(start)) return {FrameFault::kCut, 0};
+
+    const bool placed = Contents().Seek(start + FrameHeaderBytes(header));
+    const std::size_t bytes = placed ? WriteCounts(header, counts) : 0;
+    if (bytes < counts.size_bytes() || !EndRecordAt(start + recordBytes) || !Contents().Flush()) {
+        CutAt(start);
+        return {FrameFault::kCut, bytes};
+    }
+    if (CountFrames(header, static_cast<std::uint32_t>(frames + 1))) return {FrameFault::kNone, bytes};
+    CutAt(start);
+    return {FrameFault::kNotCounted, bytes};
+}
+
+// Both headers, the file's and the one in memory, or neither.
+bool FrameWriter::CountFrames(ImageHeaderRecord& header, std::uint32_t frames)
+{
+    ImageHeaderRecord former;
+    if (!Contents().Seek(0) || Contents().Read(BytesOf(former)) < sizeof former) return false;
+    ImageHeaderRecord counted = header;
+    counted.FrameCount = frames;
+    if (!WriteHeaderInFront(counted)) {
+        if (Contents().Seek(0)) Contents().Write(BytesOf(former));
+        return false;
+    }
+    header = counted;
+    return true;
 }
 
 bool FrameWriter::Keep()
@@ -128,10 +196,11 @@ void FrameWriter::KeepCut()
 
 void FrameWriter::Drop()
 {
-    const bool began = inPlace_ && beganEmpty_ && FileExists(path_);
+    if (inPlace_ && beganEmpty_) CutAt(0);
+    const bool made = made_ && FileExists(path_);
     own_.reset();
     inPlace_.reset();
-    if (began) DeleteFileNamed(path_);
+    if (made) DeleteFileNamed(path_);
 }
 
 }  // namespace kelvo

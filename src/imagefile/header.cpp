@@ -69,7 +69,6 @@ const StateNames kStateNames{
 
 constexpr std::uint16_t kHeaderFill = 0xFFFF;
 constexpr std::int16_t kWrittenVersion = 8;
-constexpr std::int16_t kFirstVersionWithFrameHeaders = 8;
 constexpr std::int16_t kIntegerSamples = 1;
 constexpr std::size_t kHeaderWords = sizeof(ImageHeaderRecord) / 2;
 
@@ -152,11 +151,6 @@ std::size_t ReadRecord(File& file, Record& record)
     return file.Read(std::as_writable_bytes(std::span(&record, 1)));
 }
 
-bool DeclaresSpiff(const ImageHeaderRecord& header)
-{
-    return (header.ByteSwap & 0xFF) == 1;
-}
-
 void UnwrapSpiff(File& file, ImageHeaderRecord& destination)
 {
     if (file.Seek(0)) ReadRecord(file, write::file.SpiffHeader);  // what a short file lacks stays from the file before
@@ -237,6 +231,11 @@ std::int32_t ReadImageHeader(std::string_view path, ImageHeaderRecord& destinati
     if (destination.HeaderVersion < kFirstVersionWithFrameHeaders) destination.ImageHeaderDataOffset = 0;
     SetFrameCountFromLength(destination, file->Length(), headerBytes);
     return headerBytes;
+}
+
+bool DeclaresSpiff(const ImageHeaderRecord& header)
+{
+    return (header.ByteSwap & 0xFF) == 1;
 }
 
 void SwapHeaderBytes(std::span<std::byte> block, std::size_t wordCount)

@@ -66,7 +66,7 @@ static_assert(sizeof(ImageHeaderRecord) == 512);
 
 // Wraps an ImageHeader in files of the spectrometer trigger.
 struct [[gnu::packed]] SpiffHeaderRecord {
-    std::uint8_t SpiffMarker = 0;          // 1: how a file declares this header; a plain one begins with 0xFF or 0x00
+    std::uint8_t SpiffMarker = 1;          // how a file declares this header; a plain one begins with 0xFF or 0x00
     std::int32_t SpiffHeaderIdentity = 0;  // key SpiffHeaderIdentity of Setup
     std::int32_t SpiffTime = 0;            // seconds since 1 January 1970
     std::int16_t SpiffStepCount = 0;
@@ -100,7 +100,8 @@ static_assert(sizeof(FrameHeaderRecord) == 80);
 
 constexpr std::int16_t kUncalibratedIntensity = -10000;
 constexpr float kUncalibratedTemperature = -999.0F;
-constexpr std::int32_t kMaxImageSide = 1024;  // beyond it a header's frame count is taken as stored
+constexpr std::int16_t kFirstVersionWithFrameHeaders = 8;  // before it ImageHeaderDataOffset means nothing
+constexpr std::int32_t kMaxImageSide = 1024;               // beyond it a header's frame count is taken as stored
 
 // The frame on view.
 extern const ImageHeaderRecord& ImageHeader;
@@ -121,6 +122,9 @@ ImageHeaderRecord* BuildImageHeader(ImageHeaderRecord* destination, std::int32_t
 // reading Image File Header\n%s" under "Kelvo message". The frame count follows from the file's length. On failure
 // destination may hold part of what was read: callers that show a frame put their record back.
 std::int32_t ReadImageHeader(std::string_view path, ImageHeaderRecord& destination);
+
+// Whether the first byte of a file, read as a header, says that a SpiffHeader wraps it.
+bool DeclaresSpiff(const ImageHeaderRecord& header);
 
 // Exchanges the two bytes of each of wordCount 16-bit words; never beyond the block.
 void SwapHeaderBytes(std::span<std::byte> block, std::size_t wordCount);

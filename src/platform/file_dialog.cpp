@@ -166,7 +166,7 @@ class FileDialog : public QFileDialog {
         setFileMode(ToolkitMode());
         SetFilters();
         setDirectory(request.directory.empty() ? QDir::currentPath() : ToQPath(ResolvePath(request.directory)));
-        if (!request.name.empty() && !IsPattern(request.name)) selectFile(ToQPath(request.name));
+        if (!OfferedName().empty()) selectFile(ToQPath(OfferedName()));
         if (!native_) ArrangeOwn();
         setWindowModality(parent != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
     }
@@ -198,7 +198,7 @@ class FileDialog : public QFileDialog {
         for (const FileFilter& filter : request_.filters) front.filters.emplace_back(filter.text);
         front.directory = FromQPath(directory().absolutePath());
         const auto* field = NameField();
-        front.name = field != nullptr ? FromQPath(field->text()) : request_.name;
+        front.name = field != nullptr ? FromQPath(field->text()) : OfferedName();
         return front;
     }
 
@@ -217,6 +217,9 @@ class FileDialog : public QFileDialog {
     }
 
   private:
+    // A pattern is the filter's business.
+    std::string OfferedName() const { return IsPattern(request_.name) ? std::string() : request_.name; }
+
     // A directory is entered, and a pattern shows what fits it: neither names a file.
     bool Listed(const std::vector<std::string>& names)
     {

@@ -402,6 +402,11 @@ std::int64_t File::Length() const
     return fstat(descriptor_, &status) == 0 ? status.st_size : 0;
 }
 
+bool File::SetLength(std::int64_t bytes)
+{
+    return ftruncate(descriptor_, bytes) == 0;
+}
+
 bool File::Close()
 {
     return close(std::exchange(descriptor_, -1)) == 0;

@@ -49,8 +49,9 @@ class File {
     std::size_t Write(std::span<const std::byte> source);
     bool Seek(std::int64_t position);  // from the start; false for a negative position
     std::int64_t Length() const;
-    bool Close();  // false if what was written may not have arrived
-    bool Flush();  // to the disk; false as for Close
+    bool SetLength(std::int64_t bytes);  // cut, or made longer by zeros; false on an error. The position stays
+    bool Close();                        // false if what was written may not have arrived
+    bool Flush();                        // to the disk; false as for Close
 
   private:
     friend class NewFile;

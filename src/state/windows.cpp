@@ -36,6 +36,8 @@ void ResetWindows()
 
 namespace {
 
+constexpr const char* kFirstSequence = "/a.seq";
+
 const StateNames kStateNames{
     Named("ClientWidth", ClientWidth),       Named("ClientHeight", ClientHeight),
     Named("TextHeight", TextHeight),         Named("ViewWidth", ViewWidth),
@@ -52,13 +54,14 @@ const StateNames kStateNames{
 void SetDefaultDir(std::string_view directory)
 {
     WindowsVariables& paths = write::windows;
+    const bool named = !SeqFilePath.empty() && SeqFilePath != DefaultDir + kFirstSequence;
     paths.DefaultDir = directory;
     while (DefaultDir.size() > 1 && DefaultDir.back() == '/') paths.DefaultDir.pop_back();
     SetKelvoDirectory(DefaultDir);
     paths.IniFilePath = DefaultDir + "/kelvo.ini";
     paths.CameraFilePath = DefaultDir + "/camera.ini";
     paths.BuffBrdFilePath = DefaultDir + "/buffbrd.ini";
-    paths.SeqFilePath = DefaultDir + "/a.seq";
+    if (!named) paths.SeqFilePath = DefaultDir + kFirstSequence;
     paths.HelpFilePath = DefaultDir + "/KELVO.hlp";
 }
 

@@ -31,7 +31,7 @@ extern WindowsVariables windows;
 }
 
 // DefaultDir, without a closing separator, and the paths formed from it; the platform's "c:\KELVO" is the same
-// directory (platform/files.h).
+// directory (platform/files.h). A sequence that the operator has named keeps its path when a set-up runs again.
 void SetDefaultDir(std::string_view directory);
 
 // As at the start of the program.

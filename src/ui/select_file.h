@@ -26,9 +26,9 @@ constexpr int kSelectToSave = 0;
 constexpr int kSelectToOpen = 1;
 constexpr int kSelectSeveral = 2;
 
-// path holds the pattern ("*.img"), which is also the name offered; on return with 1 the chosen name, with 0 nothing
-// (cancelled, or the dialog itself failed: box "GetOpenFileName returned Error #%ld" under "WARNING"). A choice of
-// several gives the folder and the names parted by blanks. Blocks.
+// path holds the pattern ("*.img"), which is offered as the filter, with no name in the field; on return with 1 the
+// chosen name, with 0 nothing (cancelled, or the dialog itself failed: box "GetOpenFileName returned Error #%ld" under
+// "WARNING"). A choice of several gives the folder and the names parted by blanks. Blocks.
 int SelectFile(HWND window, std::string& path, int mode);
 
 constexpr int kBadDetectorFiles = 2;

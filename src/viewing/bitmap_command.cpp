@@ -3,6 +3,9 @@
 #include "dibapi32/dibapi32.h"
 #include "display/display_pipeline.h"
 #include "display/frame_bitmap.h"
+#include "grabber/board_state.h"
+#include "grabber/correction.h"
+#include "grabber/frame_size.h"
 #include "imagefile/header.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -11,11 +14,12 @@
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "resources/help_contexts.h"
+#include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/dialog_frame.h"
-#include "ui/not_available.h"
 #include "ui/select_file.h"
+#include "video/video.h"
 #include "viewing/viewing.h"
 
 #include <algorithm>
@@ -112,28 +116,56 @@ bool AskForSelection()
     return RunDialog(kFrame, hWndMain) == 1;
 }
 
-// The rectangle alone, row by row: the bitmap's rows then follow each other without a gap.
-std::vector<std::int16_t> CutRectangle()
+// A picture as counts in image order.
+struct Picture {
+    std::span<const std::int16_t> pixels;
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+};
+
+Picture PictureOnView()
 {
-    const auto width = static_cast<std::size_t>(ImageHeader.ImageWidth);
+    return {.pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset),
+            .width = ImageHeader.ImageWidth,
+            .height = ImageHeader.ImageHeight};
+}
+
+// The rectangle alone, row by row: the bitmap's rows then follow each other without a gap. Empty where there is no
+// memory for it, or the picture doesn't hold what its header says.
+std::vector<std::int16_t> CutRectangle(const Picture& picture)
+{
+    const auto width = static_cast<std::size_t>(picture.width);
     const auto columns = static_cast<std::size_t>(selection.right + 1 - selection.left);
-    const std::span<const std::int16_t> pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
+    const auto rows = static_cast<std::size_t>(selection.bottom + 1 - selection.top);
     std::vector<std::int16_t> cut;
-    if (pixels.size() < width * static_cast<std::size_t>(ImageHeader.ImageHeight)) return cut;
-    for (std::int32_t row = selection.top; row <= selection.bottom; ++row) {
-        const auto start = static_cast<std::size_t>(row) * width + static_cast<std::size_t>(selection.left);
-        const auto line = pixels.subspan(start, columns);
-        cut.insert(cut.end(), line.begin(), line.end());
+    if (picture.pixels.size() < width * static_cast<std::size_t>(picture.height)) return cut;
+    if (!AllocateBlock(cut, columns * rows)) return cut;
+    for (std::size_t row = 0; row < rows; ++row) {
+        const auto first = static_cast<std::size_t>(selection.top) + row;
+        const auto line = picture.pixels.subspan(first * width + static_cast<std::size_t>(selection.left), columns);
+        std::ranges::copy(line, cut.begin() + static_cast<std::ptrdiff_t>(row * columns));
     }
     return cut;
 }
 
-Dib MakeSelectionBitmap()
+Dib MakeSelectionBitmap(const Picture& picture)
 {
-    const std::vector<std::int16_t> cut = CutRectangle();
+    const std::vector<std::int16_t> cut = CutRectangle(picture);
     if (cut.empty()) return {};
     const FrameRect whole{0, 0, selection.right - selection.left, selection.bottom - selection.top};
     return MakeFrameBitmap(cut, &whole);
+}
+
+void TellNoVideoMemory()
+{
+    MessageBox(hWndMain, "Failure to allocate video memory!", kMessageCaption);
+}
+
+bool WriteBitmap(const Dib& bitmap, const std::string& path)
+{
+    const int error = SaveDib(bitmap, path);
+    if (error != 0) DibError(error);
+    return error == 0;
 }
 
 // Leaves room in the name for the digits of the range.
@@ -157,20 +189,73 @@ bool SaveRange(bool loadEach)
     std::string path;
     for (std::uint32_t frame = selection.first; frame <= selection.last; ++frame) {
         if (loadEach && !ViewImage(std::string(ViewFilePath), frame)) return false;
-        const Dib bitmap = MakeSelectionBitmap();
+        const Dib bitmap = MakeSelectionBitmap(PictureOnView());
         if (!bitmap) {
-            MessageBox(hWndMain, "Failure to allocate video memory!", kMessageCaption);
+            TellNoVideoMemory();
             return false;
         }
         PaintBitmap(bitmap, hWndMain);
         if (frame == selection.first) path = AskForName();
         if (path.empty()) return false;
-        if (const int error = SaveDib(bitmap, BitmapFileName(path, selection.first, selection.last, frame))) {
-            DibError(error);
-            return false;
-        }
+        if (!WriteBitmap(bitmap, BitmapFileName(path, selection.first, selection.last, frame))) return false;
     }
     return true;
+}
+
+bool SaveStoredFrames()
+{
+    const bool several = ImageHeader.FrameCount > 1;
+    selection = {.left = 0,
+                 .top = 0,
+                 .right = ImageHeader.ImageWidth - 1,
+                 .bottom = ImageHeader.ImageHeight - 1,
+                 .first = 0,
+                 .last = several ? LastFrameOnView() : 0};
+    if (several && !AskForSelection()) return false;
+
+    const std::uint32_t onView = ViewingSequence ? CurrentFrame : 0;
+    const bool saved = SaveRange(several);
+    if (several) ViewImage(std::string(ViewFilePath), onView);  // what the operator looked at
+    return saved;
+}
+
+// The camera's frame as the screen shows it, a new one or the frozen one, but without the image cursor. False: there is
+// no picture.
+bool TakeCameraFrame(std::vector<std::int16_t>& frame)
+{
+    const std::size_t values = CameraFrameValues();
+    if (!GrabberPresent || values == 0 || !RefreshLiveFrame() || LiveFrame.size() != values) return false;
+    CorrectLiveFrame(std::span(RawFrame).first(values), frame, DataOffset, {});
+    return true;
+}
+
+bool SaveCameraFrame()
+{
+    std::vector<std::int16_t> frame;
+    if (!AllocateBlock(frame, CameraFrameValues())) {
+        TellNoVideoMemory();
+        return false;
+    }
+    if (!TakeCameraFrame(frame)) {
+        MessageBox(hWndMain, "Video Data Acquisition Failed, Hardware error", kMessageCaption);
+        return false;
+    }
+    const Picture picture{.pixels = frame, .width = ActiveConfig.Hroi, .height = ActiveConfig.Vroi};
+    // What the detector reads may be a part of the frame, never more than it.
+    selection = {.left = 0,
+                 .top = 0,
+                 .right = std::clamp(ActiveConfig.Hactive, 1, picture.width) - 1,
+                 .bottom = std::clamp(ActiveConfig.Vactive, 1, picture.height) - 1,
+                 .first = 0,
+                 .last = 0};
+    EnsureDisplayLut();
+    const Dib bitmap = MakeSelectionBitmap(picture);
+    if (!bitmap) {
+        TellNoVideoMemory();
+        return false;
+    }
+    const std::string path = AskForName();
+    return !path.empty() && WriteBitmap(bitmap, path);
 }
 
 }  // namespace
@@ -189,22 +274,7 @@ std::string BitmapFileName(std::string_view path, std::uint32_t first, std::uint
 
 int SaveBitmapCommand()
 {
-    if (!ViewingFile || ImageBuffer.empty()) {
-        TellNotAvailable();  // live frames are gathered by a camera
-        return 0;
-    }
-    const bool several = ImageHeader.FrameCount > 1;
-    selection = {.left = 0,
-                 .top = 0,
-                 .right = ImageHeader.ImageWidth - 1,
-                 .bottom = ImageHeader.ImageHeight - 1,
-                 .first = 0,
-                 .last = several ? LastFrameOnView() : 0};
-    if (several && !AskForSelection()) return 0;
-
-    const std::uint32_t onView = ViewingSequence ? CurrentFrame : 0;
-    const bool saved = SaveRange(several);
-    if (several) ViewImage(std::string(ViewFilePath), onView);  // what the operator looked at
+    const bool saved = ViewingFile ? SaveStoredFrames() : SaveCameraFrame();
     InvalidateRect(hWndMain, nullptr, true);
     return saved ? 1 : 0;
 }

@@ -1,4 +1,5 @@
-// Saving what is seen as bitmap files: one frame, or a range of frames of the file on view under numbered names.
+// Saving what is seen as bitmap files: the camera's frame, live or frozen, or a range of frames of the file on view
+// under numbered names.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +8,10 @@
 
 namespace kelvo {
 
-// Command 116. 1 if every file was written; 0 if cancelled or after a message.
+// Command 116. With a file of several frames on view a dialog asks which of them, and which part. From the camera it is
+// one frame, Hactive x Vactive of it: a new one with live video, the frozen one without, as the screen shows it but
+// without the image cursor. 1 if every file was written; 0 if cancelled or after a message: "Video Data Acquisition
+// Failed, Hardware error" (there is no picture), "Failure to allocate video memory!", or DibError's.
 int SaveBitmapCommand();
 
 // The name of one file of a range: path with the frame's number, counted from the first of the range, behind its name.

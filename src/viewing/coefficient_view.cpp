@@ -31,7 +31,8 @@ namespace kelvo {
 namespace {
 
 enum class Kind { kGain, kOffset, kNoise, kBad, kDecom, kUnknown };
-enum class Element { kInteger, kByte, kLong, kFloat, kNone };
+// As the header's DataType names them.
+enum class Element : std::int16_t { kNone = 0, kInteger = 1, kByte = 2, kLong = 4, kFloat = 8 };
 
 struct KindRow {
     std::string_view extension;
@@ -96,23 +97,22 @@ MakerSizes ReadMakerSizes(Kind kind, std::string_view companion)
             .vtotal = ReadNumber(section, "Vtotal", "128", CameraFilePath)};
 }
 
-void SetHeaderTime(std::time_t time)
+void SetHeaderTime(ImageHeaderRecord& header, std::time_t time)
 {
     std::tm local{};
     localtime_r(&time, &local);
-    write::file.ImageHeader.Year = static_cast<std::int16_t>(local.tm_year % 100);
-    write::file.ImageHeader.Month = static_cast<std::int16_t>(local.tm_mon + 1);
-    write::file.ImageHeader.Day = static_cast<std::int16_t>(local.tm_mday);
-    write::file.ImageHeader.Hour = static_cast<std::int16_t>(local.tm_hour);
-    write::file.ImageHeader.Minute = static_cast<std::int16_t>(local.tm_min);
-    write::file.ImageHeader.Second = static_cast<std::int16_t>(local.tm_sec);
+    header.Year = static_cast<std::int16_t>(local.tm_year % 100);
+    header.Month = static_cast<std::int16_t>(local.tm_mon + 1);
+    header.Day = static_cast<std::int16_t>(local.tm_mday);
+    header.Hour = static_cast<std::int16_t>(local.tm_hour);
+    header.Minute = static_cast<std::int16_t>(local.tm_min);
+    header.Second = static_cast<std::int16_t>(local.tm_sec);
 }
 
 // A noise image carries the calibration that it was made with.
-void ReadNoiseCalibration(std::string_view companion)
+void ReadNoiseCalibration(ImageHeaderRecord& header, std::string_view companion)
 {
     constexpr std::string_view kSection = "Calibration";
-    ImageHeaderRecord& header = write::file.ImageHeader;
     const auto narrowed = [](std::int32_t value) { return static_cast<std::int16_t>(value); };
 
     const std::int32_t cold = ReadNumber(kSection, "IntensityCold", "-10000", companion);
@@ -134,9 +134,8 @@ void ReadNoiseCalibration(std::string_view companion)
 }
 
 // Without a calibration that makes sense the image is marked as having none.
-void DropSenselessCalibration()
+void DropSenselessCalibration(ImageHeaderRecord& header)
 {
-    ImageHeaderRecord& header = write::file.ImageHeader;
     const bool sensible = header.TemperatureHot > header.TemperatureCold &&
                           header.IntensityHot > header.IntensityCold && header.IntensityCold >= header.DisplayLow &&
                           header.IntensityHot <= header.DisplayHigh;
@@ -147,19 +146,32 @@ void DropSenselessCalibration()
     header.TemperatureHot = kUncalibratedTemperature;
 }
 
-void SetHeaderForKind(Kind kind, const MakerSizes& sizes, std::string_view companion)
+ImageHeaderRecord HeaderOfCamera()
 {
-    const bool decom = kind == Kind::kDecom;
-    write::file.ImageHeader.ImageWidth = static_cast<std::int16_t>(decom ? sizes.htotal : sizes.hroi);
-    write::file.ImageHeader.ImageHeight = static_cast<std::int16_t>(decom ? sizes.vtotal : sizes.vroi);
-    write::file.ImageHeader.DisplayLow = 0;
-    write::file.ImageHeader.DisplayHigh = kind == Kind::kBad ? 255 : 4095;
-    if (kind == Kind::kNoise) {
-        ReadNoiseCalibration(companion);
-    } else if (kind != Kind::kBad) {
-        write::file.ImageHeader.IntensityHot = kUncalibratedIntensity;
+    const HeaderKeeper former;  // the header on view stays until the list takes its place
+    ImageHeaderRecord header;
+    return *BuildImageHeader(&header, 0, 0, 0, 0, ActiveConfig.Hroi - 1, ActiveConfig.Vroi - 1);
+}
+
+ImageHeaderRecord HeaderOfList(const KindRow& kind, const MakerSizes& sizes, std::string_view path,
+                               std::string_view companion)
+{
+    ImageHeaderRecord header = HeaderOfCamera();
+    header.ByteSwap = 0;
+    if (const auto modified = FileModificationTime(path)) SetHeaderTime(header, *modified);
+    const bool decom = kind.kind == Kind::kDecom;
+    header.ImageWidth = static_cast<std::int16_t>(decom ? sizes.htotal : sizes.hroi);
+    header.ImageHeight = static_cast<std::int16_t>(decom ? sizes.vtotal : sizes.vroi);
+    header.DisplayLow = 0;
+    header.DisplayHigh = kind.kind == Kind::kBad ? 255 : 4095;
+    header.DataType = static_cast<std::int16_t>(kind.element);
+    if (kind.kind == Kind::kNoise) {
+        ReadNoiseCalibration(header, companion);
+    } else if (kind.kind != Kind::kBad) {
+        header.IntensityHot = kUncalibratedIntensity;
     }
-    DropSenselessCalibration();
+    DropSenselessCalibration(header);
+    return header;
 }
 
 // Entries of the list on disk: the whole array of the camera for gains and tables, the image for the rest.
@@ -212,65 +224,60 @@ bool ReadEntries(File& file, std::int64_t count, std::string_view path, std::str
     return false;
 }
 
-// ImageBuffer with room for the list, and for the whole image where the list is shorter.
-std::span<std::int16_t> MakeListImage(std::size_t entries)
-{
-    const auto pixels =
-        static_cast<std::size_t>(ImageHeader.ImageWidth) * static_cast<std::size_t>(ImageHeader.ImageHeight);
-    if (!AllocateBlock(write::frames.ImageBuffer, std::max(entries, pixels) * 2)) {
-        TellNoViewMemory();
-        return {};
+// A list as a picture, in memory of its own until it takes the place of what is on view.
+struct ListImage {
+    ImageHeaderRecord header;
+    std::vector<std::uint8_t> buffer;  // two bytes a count
+    std::optional<CountScale> scale;   // of lists that are scaled to counts
+
+    // Room for the list, and for the whole image where the list is shorter. Empty after a box.
+    std::span<std::int16_t> MakeCounts(std::size_t entries)
+    {
+        StatusMessage(" Loading image data to screen...", 0);
+        if (!AllocateBlock(buffer, std::max(entries, PixelCount(header)) * 2)) {
+            TellNoViewMemory();
+            return {};
+        }
+        return {reinterpret_cast<std::int16_t*>(buffer.data()), entries};
     }
-    return write::ImageBufferPixels(0).first(entries);
-}
+};
 
-void TakeScale(const CountScale& scale)
+bool LoadBadList(ListImage& image, std::string_view path)
 {
-    write::display.ViewScaleGain = scale.gain;
-    write::display.ViewScaleOffset = scale.offset;
-    SetDisplayUnit(kUnitValue);
-}
-
-bool LoadBadList(std::string_view path)
-{
-    const std::int32_t width = ImageHeader.ImageWidth;
-    const std::int32_t height = ImageHeader.ImageHeight;
     BadDetMap map;
-    const auto pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    const std::size_t pixels = PixelCount(image.header);
     if (!AllocateBlock(map, pixels)) {
         MessageBox(hWndMain, "Failure to allocate & lock BYTE memory!", kMessageCaption);
         return false;
     }
-    CameraConfig image = ActiveConfig;  // the list's rows and columns are those of the image
-    image.Hroi = width;
-    image.Vroi = height;
-    if (!LoadBadDetFile(path, map, image)) return false;
-    StatusMessage(" Loading image data to screen...", 0);
-    const std::span<std::int16_t> counts = MakeListImage(pixels);
+    CameraConfig sizes = ActiveConfig;  // the list's rows and columns are those of the image
+    sizes.Hroi = image.header.ImageWidth;
+    sizes.Vroi = image.header.ImageHeight;
+    if (!LoadBadDetFile(path, map, sizes)) return false;
+    const std::span<std::int16_t> counts = image.MakeCounts(pixels);
     if (counts.empty()) return false;
     BadMapToCounts(map, counts);
     return true;
 }
 
-// Reads the list and leaves its image form in ImageBuffer.
-bool LoadEntries(File& file, const KindRow& kind, const MakerSizes& sizes, std::string_view path)
+// Reads the list and leaves its picture in image. False after a box.
+bool LoadEntries(ListImage& image, File& file, const KindRow& kind, const MakerSizes& sizes, std::string_view path)
 {
-    if (ImageHeader.ImageWidth <= 0 || ImageHeader.ImageHeight <= 0) {
+    if (PixelCount(image.header) == 0) {
         TellShortList(path);
         return false;
     }
     const std::int64_t count = EntriesInFile(kind.element, sizes);
     const auto convert = [&](auto& entries, std::string_view noMemory, auto conversion) {
         if (!ReadEntries(file, count, path, noMemory, entries)) return false;
-        StatusMessage(" Loading image data to screen...", 0);
-        const std::span<std::int16_t> counts = MakeListImage(entries.size());
+        const std::span<std::int16_t> counts = image.MakeCounts(entries.size());
         if (counts.empty()) return false;
         conversion(entries, counts);
         return true;
     };
     switch (kind.element) {
         case Element::kByte:
-            return LoadBadList(path);
+            return LoadBadList(image, path);
         case Element::kInteger: {
             std::vector<std::int16_t> entries;
             return convert(entries, "Failure to lock INTEGER memory!",
@@ -278,14 +285,14 @@ bool LoadEntries(File& file, const KindRow& kind, const MakerSizes& sizes, std::
         }
         case Element::kLong: {
             std::vector<std::int32_t> entries;
-            return convert(entries, "Failure to lock LONG memory!", [](const auto& from, std::span<std::int16_t> to) {
-                TakeScale(LongsToCounts(from, DisplayLow, DisplayHigh, to));
+            return convert(entries, "Failure to lock LONG memory!", [&](const auto& from, std::span<std::int16_t> to) {
+                image.scale = LongsToCounts(from, DisplayLow, DisplayHigh, to);
             });
         }
         case Element::kFloat: {
             std::vector<float> entries;
-            return convert(entries, "Failure to lock FLOAT memory!", [](const auto& from, std::span<std::int16_t> to) {
-                TakeScale(FloatsToCounts(from, DisplayLow, DisplayHigh, to));
+            return convert(entries, "Failure to lock FLOAT memory!", [&](const auto& from, std::span<std::int16_t> to) {
+                image.scale = FloatsToCounts(from, DisplayLow, DisplayHigh, to);
             });
         }
         case Element::kNone:
@@ -294,8 +301,16 @@ bool LoadEntries(File& file, const KindRow& kind, const MakerSizes& sizes, std::
     return false;
 }
 
-void ShowListImage()
+// Puts the list in the place of what is on view.
+void TakeOver(ListImage& image)
 {
+    write::file.ImageHeader = image.header;
+    write::frames.ImageBuffer.swap(image.buffer);
+    if (image.scale) {
+        write::display.ViewScaleGain = image.scale->gain;
+        write::display.ViewScaleOffset = image.scale->offset;
+        SetDisplayUnit(kUnitValue);
+    }
     write::frames.ViewingFile = 0;
     write::display.Xpan = 0;
     write::display.Ypan = 0;
@@ -322,19 +337,10 @@ int ViewCoefficientFile(std::string_view path)
     StatusMessage(" Setting up image header ...", 0);
     TakeCursorOff();
 
-    HeaderKeeper header;
-    ImageHeaderRecord built;
-    BuildImageHeader(&built, 0, 0, 0, 0, ActiveConfig.Hroi - 1, ActiveConfig.Vroi - 1);
-    write::file.ImageHeader.ByteSwap = 0;
-
     const KindRow kind = KindOf(path);
     const std::string companion = CompanionFile(path);
-    MakerSizes sizes{};
-    if (kind.kind != Kind::kUnknown) {
-        if (const auto modified = FileModificationTime(path)) SetHeaderTime(*modified);
-        sizes = ReadMakerSizes(kind.kind, companion);
-        SetHeaderForKind(kind.kind, sizes, companion);
-    }
+    const MakerSizes sizes = kind.kind != Kind::kUnknown ? ReadMakerSizes(kind.kind, companion) : MakerSizes{};
+    ListImage image{.header = HeaderOfList(kind, sizes, path, companion), .buffer = {}, .scale = {}};
 
     StatusMessage(" Reading image data from file...", 0);
     if (kind.kind == Kind::kUnknown) {
@@ -342,11 +348,9 @@ int ViewCoefficientFile(std::string_view path)
         MessageBox(hWndMain, path, "Incorrect data type passed");
         return 0;
     }
-    FreezeLiveVideo();  // before the list stands in ImageBuffer, which freezing fills with the live picture
-    if (!LoadEntries(*file, kind, sizes, path)) return 0;
-    header.KeepNew();
-
-    ShowListImage();
+    if (!LoadEntries(image, *file, kind, sizes, path)) return 0;
+    FreezeLiveVideo();  // with the live picture's own header and buffer
+    TakeOver(image);
     StatusMessage(" Setting screen display parameters...", 0);
     BuildDisplayLut(Contrast, Brightness);  // for the list's own range; draws the image
     PutCursorBack();

@@ -28,7 +28,8 @@ CommandEnd NameSequence()
 {
     write::fileChoice.FileDialogTemplate = kSequenceTemplate;
     write::saveDialog.SaveDialogMode = kSaveSequences;
-    if (SaveDialog(hWndMain)) NameSequenceForSaving(FilePathBuf);
+    if (!SaveDialog(hWndMain)) return CommandEnd::kLeaveStatus;
+    NameSequenceForSaving(FilePathBuf);
     return CommandEnd::kResetStatus;
 }
 

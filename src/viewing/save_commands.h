@@ -9,7 +9,7 @@ namespace kelvo {
 // Asks for a name and saves one image. kLeaveStatus where the operator cancels. A file that plays stops.
 CommandEnd SaveImageFile();
 
-// Asks for the name of the sequence to save to (viewing/sequence_naming.h).
+// Asks for the name of the sequence to save to (viewing/sequence_naming.h). kLeaveStatus where the operator cancels.
 CommandEnd NameSequence();
 
 // Saves the next image of that sequence, without a question. A file that plays stops.

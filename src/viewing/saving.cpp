@@ -14,6 +14,7 @@
 #include "state/windows.h"
 #include "ui/status.h"
 #include "viewing/saving_write.h"
+#include "viewing/stored_view.h"
 
 #include <algorithm>
 #include <cmath>
@@ -114,11 +115,11 @@ std::uint32_t SequenceMode()
 
 // ---- The header
 
-void BuildHeaderOfCamera()
+ImageHeaderRecord HeaderOfCamera()
 {
     const Point size = FrameSizeOnView();
     ImageHeaderRecord record;
-    write::file.ImageHeader = *BuildImageHeader(&record, 0, 0, 0, 0, size.x - 1, size.y - 1);
+    return *BuildImageHeader(&record, 0, 0, 0, 0, size.x - 1, size.y - 1);
 }
 
 // ---- Save image
@@ -130,15 +131,23 @@ int RefuseImage(std::optional<FrameWriter>& file, const char* text)
     return 0;
 }
 
-int WriteImage(std::optional<FrameWriter>& file, std::span<std::int16_t> counts)
+// An image has nothing between its header and its counts, whatever the file has that its frame was taken of.
+ImageHeaderRecord HeaderOfImage(const ImageHeaderRecord& header)
+{
+    ImageHeaderRecord record = header;
+    record.ImageHeaderDataOffset = 0;
+    return record;
+}
+
+int WriteImage(std::optional<FrameWriter>& file, std::span<std::int16_t> counts, HeaderKeeper& former)
 {
     constexpr const char* kNoHeader = "Failure writing header for image file";
     if (!file) return RefuseImage(file, kNoHeader);
-    switch (file->WriteImage(ImageHeader, counts).fault) {
+    switch (file->WriteImage(HeaderOfImage(ImageHeader), counts).fault) {
         case FrameFault::kNone:
-            if (file->Keep()) return 1;
-            TellWriteError();
-            return 0;  // what was written and not kept is gone
+            if (!file->Keep()) break;  // what was written and not kept is gone
+            former.KeepNew();
+            return 1;
         case FrameFault::kCut:
             file->KeepCut();
             TellWriteError();
@@ -146,6 +155,8 @@ int WriteImage(std::optional<FrameWriter>& file, std::span<std::int16_t> counts)
         default:
             return RefuseImage(file, kNoHeader);
     }
+    TellWriteError();
+    return 0;
 }
 
 // ---- Save sequence
@@ -190,31 +201,21 @@ std::size_t StemLength(const std::string& basePath)
     return stem.size();
 }
 
-// False: no frame can be put where the header says; ImageHeader is as it was.
-bool PrepareSequenceHeader(FrameWriter& file)
+// The header for the frame in hand: that of a multi-frame file that has frames, of the file on view, or a new one.
+// nullopt: no frame can be put where it says.
+std::optional<ImageHeaderRecord> SequenceHeader(FrameWriter& file)
 {
-    if (ViewingFile) {
-        ImageHeaderRecord record = ImageHeader;
-        record.FrameCount = record.FrameCount + 1;
-        if (!file.HasPlaceFor(record)) return false;
-        write::file.ImageHeader = record;
-        return true;
-    }
-    if (file.BeganEmpty()) {
-        BuildHeaderOfCamera();
-        return true;
-    }
-    const std::optional<ImageHeaderRecord> ofFile = file.HeaderWithOneMore();
-    if (ofFile) write::file.ImageHeader = *ofFile;
-    return ofFile.has_value();
+    if (MultiFrame && !file.BeganEmpty()) return file.ReadHeader();
+    if (!ViewingFile) return HeaderOfCamera();
+    ImageHeaderRecord record = ImageHeader;
+    if (MultiFrame) return record;
+    record.FrameCount = record.FrameCount + 1;
+    return file.HasPlaceFor(record) ? std::optional(record) : std::nullopt;
 }
 
-// A multi-frame file is never deleted for this.
-std::int32_t EndWithoutHeader(std::optional<FrameWriter>& file, const ImageHeaderRecord& before)
+std::int32_t EndWithoutHeader(const char* text)
 {
-    file.reset();
-    if (ViewingFile) write::file.ImageHeader = before;
-    Tell("Failure writing header for image file\nDisk Full ??");
+    Tell(text);
     return 0;
 }
 
@@ -226,22 +227,22 @@ std::int32_t EndCutFrame(FrameWriter& file, bool isFirst, const FrameWritten& wr
     } else {
         file.KeepCut();
     }
-    if (written.fault == FrameFault::kCutNoHeader) {
-        Tell("Failure writing header for image update file\nDisk full ??");
-        return 0;
-    }
     TellWriteError();
     return static_cast<std::int32_t>(written.bytes);
 }
 
-std::int32_t EndWholeFrame(FrameWriter& file, const ImageHeaderRecord& before, std::int32_t& sequenceNumber)
+// While a file is on view its header stays, but for the count of a numbered file that was made from it.
+std::int32_t EndWholeFrame(FrameWriter& file, const ImageHeaderRecord& header, HeaderKeeper& former,
+                           std::int32_t& sequenceNumber)
 {
     if (!file.Keep()) {
-        if (ViewingFile) write::file.ImageHeader = before;
         TellWriteError();
         return 0;
     }
     if (!MultiFrame) ++sequenceNumber;
+    if (ViewingFile && MultiFrame) return 1;
+    write::file.ImageHeader = header;
+    former.KeepNew();
     return 1;
 }
 
@@ -249,23 +250,35 @@ std::int32_t WriteSequenceFrame(std::optional<FrameWriter>& file, const std::str
                                 std::span<std::int16_t> counts, std::uint32_t framesAveraged,
                                 std::int32_t& sequenceNumber)
 {
+    constexpr const char* kNoHeader = "Failure writing header for image file\nDisk Full ??";
+    constexpr const char* kNoUpdate = "Failure writing header for image update file\nDisk full ??";
     if (!file) return RefuseSequenceFile(path, "\nSaveSequence: Open file failure");
-    const ImageHeaderRecord before = ImageHeader;
-    if (!PrepareSequenceHeader(*file)) {
+    HeaderKeeper former;
+    std::optional<ImageHeaderRecord> header = SequenceHeader(*file);
+    if (!header) {
         file.reset();
         return RefuseSequenceFile(path, "\nSaveSequence: Unable to read existing image header!");
     }
-    write::file.ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesAveraged);
-    const bool isFirst = ImageHeader.FrameCount <= 1;
-    const FrameWritten written = file->AppendFrame(write::file.ImageHeader, counts);
+    header->FramesAveraged = static_cast<std::int16_t>(framesAveraged);
+    const bool isFirst = MultiFrame ? file->BeganEmpty() : header->FrameCount <= 1;
+    const FrameWritten written =
+        MultiFrame ? file->AppendFrame(*header, counts) : file->WriteLastFrame(*header, counts);
     switch (written.fault) {
         case FrameFault::kNone:
-            return EndWholeFrame(*file, before, sequenceNumber);
-        case FrameFault::kNoHeader:
-            return EndWithoutHeader(file, before);
-        default:
+            return EndWholeFrame(*file, *header, former, sequenceNumber);
+        case FrameFault::kCut:
             return EndCutFrame(*file, isFirst, written);
+        case FrameFault::kCutNoHeader:
+            file->KeepCut();
+            return EndWithoutHeader(kNoUpdate);
+        case FrameFault::kNotCounted:
+            if (isFirst) file->Drop();
+            return EndWithoutHeader(isFirst ? kNoHeader : kNoUpdate);
+        case FrameFault::kNoHeader:
+            file.reset();  // a multi-frame file is never deleted for this
+            return EndWithoutHeader(kNoHeader);
     }
+    return 0;
 }
 
 }  // namespace
@@ -287,9 +300,10 @@ int SaveImage(const std::string& path, std::uint32_t framesToAverage)
         return RefuseImage(file, "Video Data Acquisition Failed, Hardware error");
     }
     StatusMessage(" Writing image to file", kCentred);
-    if (!ViewingFile) BuildHeaderOfCamera();
+    HeaderKeeper former;
+    if (!ViewingFile) write::file.ImageHeader = HeaderOfCamera();
     write::file.ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesToAverage);
-    return WriteImage(file, counts);
+    return WriteImage(file, counts, former);
 }
 
 std::string SequenceFilePath(const std::string& basePath, std::int32_t number)

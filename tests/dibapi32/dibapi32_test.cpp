@@ -452,7 +452,7 @@ TEST_F(BitmapFile, NamesTheColoursOfItsDepth)
     EXPECT_EQ(DibInfo(*Read(FileStart({.width = 1, .height = 1, .bits = 4}) + Counting(68))).biClrUsed, 16U);
     EXPECT_EQ(DibInfo(*Read(FileStart({.width = 1, .height = 1, .bits = 8}) + Counting(1028))).biClrUsed, 256U);
     EXPECT_EQ(DibInfo(*Read(FileStart({.width = 1, .height = 1, .bits = 24}) + Counting(4))).biClrUsed, 0U);
-    // 32 places: the shift counts modulo 32. The one colour is read from where the rows begin.
+    // 32 places: the shift counts modulo 32. The rows begin in the place of the one colour.
     const Dib deep = Read(FileStart({.width = 1, .height = 1, .bits = 32, .bitsOffset = 54}) + Counting(4));
     ASSERT_TRUE(deep);
     EXPECT_EQ(DibInfo(*deep).biClrUsed, 1U);
@@ -466,6 +466,35 @@ TEST_F(BitmapFile, TakesItsRowsFromWhereItSays)
     ASSERT_TRUE(dib);
     EXPECT_THAT(DibPalette(*dib), ElementsAre('b', 'g', 'r', '0'));
     EXPECT_THAT(DibBits(*dib), ElementsAre('r', 'o', 'w', 's'));
+}
+
+// The rows begin within the table: what it lacks is black, and an entry that is there in part is missing.
+TEST_F(BitmapFile, WithACutTableHasBlackForTheColoursThatAreMissing)
+{
+    const std::string two = "bgr0BGR0";
+    for (const std::string part : {"", "x", "xyz"}) {
+        const auto offset = static_cast<std::uint32_t>(54 + two.size() + part.size());
+        const Dib dib =
+            Read(FileStart({.width = 4, .height = 1, .bits = 8, .bitsOffset = offset}) + two + part + "\1\2\3\1");
+        ASSERT_TRUE(dib) << part;
+        EXPECT_EQ(DibInfo(*dib).biClrUsed, 256U);
+        const auto table = DibPalette(*dib);
+        ASSERT_EQ(table.size(), 1024U);
+        EXPECT_EQ(std::string(table.begin(), table.end()), two + std::string(1016, '\0'));
+        EXPECT_THAT(DibBits(*dib), ElementsAre(1, 2, 3, 1));
+        const std::optional<DeviceBitmap> picture = BitmapFromDib(dib);
+        ASSERT_TRUE(picture);
+        constexpr std::uint32_t kBgr = 'R' << 16 | 'G' << 8 | 'B';
+        std::vector<std::uint32_t> colors;
+        for (const std::uint32_t color : picture->pixels) colors.push_back(color & 0xFFFFFF);
+        EXPECT_THAT(colors, ElementsAre(kBgr, 0, 0, kBgr));
+    }
+    // Sixteen colours announced, one there; and none at all.
+    EXPECT_TRUE(Read(FileStart({.width = 8, .height = 1, .bits = 4, .bitsOffset = 58}) + "bgr0rows"));
+    EXPECT_TRUE(Read(FileStart({.width = 8, .height = 1, .bits = 4, .colorsUsed = 9, .bitsOffset = 54}) + "rows"));
+    // The rows are as they must be.
+    EXPECT_FALSE(Read(FileStart({.width = 8, .height = 1, .bits = 4, .bitsOffset = 58}) + "bgr0row"));
+    EXPECT_THAT(BoxesShown(), IsEmpty());
 }
 
 TEST_F(BitmapFile, KeepsAnImageSizeThatItNames)
@@ -519,6 +548,7 @@ TEST_F(BitmapFile, ThatLiesTakesNoMemory)
     for (const Fields& fields :
          {Fields{.headerBytes = 0xFFFFFFFF}, Fields{.width = 0x7FFFFFFF, .height = 0x7FFFFFFF},
           Fields{.width = 0xFFFFFFFF}, Fields{.imageBytes = 0xFFFFFFFF}, Fields{.colorsUsed = 0xFFFFFFFF},
+          Fields{.colorsUsed = 0xFFFFFFFF, .bitsOffset = 60}, Fields{.colorsUsed = 257, .bitsOffset = 60},
           Fields{.bitsOffset = 0xFFFFFFFF}, Fields{.height = 0x80000000}, Fields{.bits = 0xFFFF}}) {
         PutFile(path, FileStart(fields) + rows);
         std::optional<File> file = File::Open(path, FileMode::kRead);

@@ -37,6 +37,7 @@ ImageHeaderRecord Header(std::uint32_t frames = 1, std::int16_t frameHeader = 0)
     header.ImageWidth = 2;
     header.ImageHeight = 2;
     header.SampleBytes = 2;
+    header.HeaderVersion = 8;
     header.FrameCount = frames;
     header.ImageHeaderDataOffset = frameHeader;
     return header;
@@ -152,7 +153,7 @@ TEST_F(WritingFrames, AKeptFileReplacesTheOneThatStood)
     auto file = FrameWriter::Create(path);
     Counts counts = Frame(1);
     ImageHeaderRecord header = Header();
-    EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kNone);
+    EXPECT_EQ(file->WriteLastFrame(header, counts).fault, FrameFault::kNone);
     EXPECT_TRUE(file->Keep());
     EXPECT_EQ(FileContents(path), Bytes(Header()) + Samples(1));
 }
@@ -163,7 +164,7 @@ TEST_F(WritingFrames, AFrameLiesBehindThoseThatTheHeaderCounts)
     auto file = FrameWriter::Create(path);
     Counts counts = Frame(7);
     ImageHeaderRecord header = Header(3);
-    EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kNone);
+    EXPECT_EQ(file->WriteLastFrame(header, counts).fault, FrameFault::kNone);
     EXPECT_TRUE(file->Keep());
     EXPECT_EQ(FileContents(path), Bytes(Header(3)) + std::string(16, '\0') + Samples(7));
 }
@@ -184,34 +185,22 @@ TEST_F(WritingFrames, FramesLieBackToBackAndTheHeaderCountsThem)
             auto file = FrameWriter::OpenInPlace(path);
             ASSERT_TRUE(file);
             EXPECT_EQ(file->BeganEmpty(), f == 1);
-            if (f > 1) header = file->HeaderWithOneMore().value();
+            if (f > 1) header = file->ReadHeader().value();
         }
-        EXPECT_EQ(+header.FrameCount, static_cast<std::uint32_t>(f));
+        EXPECT_EQ(+header.FrameCount, static_cast<std::uint32_t>(std::max(f - 1, 1)));
         EXPECT_EQ(Append(header, Frame(f)).fault, FrameFault::kNone);
     }
     EXPECT_EQ(FileContents(path), Bytes(Header(3)) + Samples(1) + Samples(2) + Samples(3));
-}
-
-TEST_F(WritingFrames, OneWriterAppendsManyFrames)
-{
-    auto file = FrameWriter::OpenInPlace(path);
-    for (int f = 1; f <= 4; ++f) {
-        ImageHeaderRecord header = Header(static_cast<std::uint32_t>(f));
-        Counts counts = Frame(f);
-        EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kNone);
-        EXPECT_EQ(FileContents(path).substr(0, 512), Bytes(header)) << "true after each frame";
-    }
-    EXPECT_TRUE(file->Keep());
-    EXPECT_EQ(FileContents(path).substr(512), Samples(1) + Samples(2) + Samples(3) + Samples(4));
 }
 
 TEST_F(WritingFrames, SamplesLieBehindTheirFrameHeaders)
 {
     PutFile(path, Bytes(Header(1, 80)) + std::string(80, 'h') + Samples(1));
     auto file = FrameWriter::OpenInPlace(path);
-    ImageHeaderRecord header = file->HeaderWithOneMore().value();
+    ImageHeaderRecord header = file->ReadHeader().value();
     Counts counts = Frame(2);
     EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kNone);
+    EXPECT_EQ(+header.FrameCount, 2U);
     EXPECT_TRUE(file->Keep());
     EXPECT_EQ(FileContents(path),
               Bytes(Header(2, 80)) + std::string(80, 'h') + Samples(1) + std::string(80, '\0') + Samples(2));
@@ -223,36 +212,81 @@ TEST_F(WritingFrames, OfASwappedFileHeaderAndSamplesAreSwapped)
     header.ByteSwap = 0;
     Counts counts = Frame(5);
     auto file = FrameWriter::Create(path);
-    EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kNone);
+    EXPECT_EQ(file->WriteLastFrame(header, counts).fault, FrameFault::kNone);
     EXPECT_TRUE(file->Keep());
     EXPECT_EQ(FileContents(path), WordsSwapped(Bytes(header)) + SwappedSamples(5));
     EXPECT_EQ(+header.ImageWidth, 2) << "native in memory";
+
+    file = FrameWriter::OpenInPlace(path);
+    ImageHeaderRecord read = file->ReadHeader().value();
+    EXPECT_EQ(Bytes(read), Bytes(header));
+    counts = Frame(6);
+    EXPECT_EQ(file->AppendFrame(read, counts).fault, FrameFault::kNone);
+    EXPECT_TRUE(file->Keep());
+    header.FrameCount = 2;
+    EXPECT_EQ(FileContents(path), WordsSwapped(Bytes(header)) + SwappedSamples(5) + SwappedSamples(6));
 }
 
-TEST_F(WritingFrames, AStoppedWritersUncountedFramesAreCounted)
+// The length tells how many frames there are, whatever the header counts; a part of one is no frame.
+TEST_F(WritingFrames, AFrameStandsBehindTheWholeOnes)
 {
-    PutFile(path, Bytes(Header(1)) + Samples(1) + Samples(2) + Samples(3) + "part");
-    EXPECT_EQ(+FrameWriter::OpenInPlace(path)->HeaderWithOneMore().value().FrameCount, 4U);
-    PutFile(path, Bytes(Header(9)) + Samples(1));
-    EXPECT_EQ(+FrameWriter::OpenInPlace(path)->HeaderWithOneMore().value().FrameCount, 10U);
+    for (const std::uint32_t counted : {0U, 1U, 3U, 9U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+        PutFile(path, Bytes(Header(counted)) + Samples(1) + Samples(2) + Samples(3) + "part");
+        auto file = FrameWriter::OpenInPlace(path);
+        ImageHeaderRecord header = file->ReadHeader().value();
+        Counts counts = Frame(4);
+        EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kNone);
+        EXPECT_EQ(+header.FrameCount, 4U);
+        EXPECT_TRUE(file->Keep());
+        EXPECT_EQ(FileContents(path), Bytes(Header(4)) + Samples(1) + Samples(2) + Samples(3) + Samples(4)) << counted;
+    }
+}
+
+TEST_F(WritingFrames, AFrameShorterThanARecordIsFilledUpWithZeros)
+{
+    ImageHeaderRecord larger = Header();
+    larger.ImageHeight = 3;
+    PutFile(path, Bytes(larger) + std::string(12, 'x'));
+    for (std::uint32_t frames = 2; frames <= 3; ++frames) {
+        auto file = FrameWriter::OpenInPlace(path);
+        ImageHeaderRecord header = file->ReadHeader().value();
+        Counts counts = Frame(static_cast<int>(frames));
+        EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kNone);
+        EXPECT_TRUE(file->Keep());
+    }
+    larger.FrameCount = 3;
+    const std::string zeros(4, '\0');
+    EXPECT_EQ(FileContents(path), Bytes(larger) + std::string(12, 'x') + Samples(2) + zeros + Samples(3) + zeros);
+}
+
+TEST_F(WritingFrames, SidesAsLargeAsTheFieldsHoldMakeFrames)
+{
+    ImageHeaderRecord wide = Header();
+    wide.ImageWidth = 32767;
+    wide.ImageHeight = 1;
+    PutFile(path, Bytes(wide) + std::string(std::size_t{2} * 32767, 'x'));
+    auto file = FrameWriter::OpenInPlace(path);
+    ImageHeaderRecord header = file->ReadHeader().value();
+    Counts counts(32767, 0x0101);
+    EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kNone);
+    EXPECT_EQ(+header.FrameCount, 2U);
 }
 
 TEST_F(WritingFrames, AHeaderThatMakesNoFramesIsRefusedAndTheFileStays)
 {
-    std::vector<ImageHeaderRecord> headers(7, Header());
+    std::vector<ImageHeaderRecord> headers(6, Header());
     headers[0].ImageWidth = 0;
     headers[1].ImageHeight = -2;
-    headers[2].ImageWidth = 1025;
+    headers[2].SampleBytes = 0;
     headers[3].SampleBytes = 5;
     headers[4].ImageHeaderDataOffset = -1;
-    headers[5].FrameCount = 0xFFFFFFFF;
-    headers[6].FrameCount = 0x7FFFFFFF;  // 16 GB behind
+    headers[5].ByteSwap = 0xFF01;  // the spectrometer's
     std::vector<std::string> files;
-    for (const ImageHeaderRecord& header : headers) files.push_back(Bytes(header) + Samples(1));
+    for (const ImageHeaderRecord& header : headers) files.push_back(Bytes(header) + Samples(1) + "part");
     files.push_back(Bytes(Header()).substr(0, 511));
     for (const std::string& contents : files) {
         PutFile(path, contents);
-        EXPECT_FALSE(FrameWriter::OpenInPlace(path)->HeaderWithOneMore());
+        EXPECT_FALSE(FrameWriter::OpenInPlace(path)->ReadHeader());
         EXPECT_EQ(FileContents(path), contents);
     }
 }
@@ -304,7 +338,7 @@ TEST_F(WritingFrames, AHeaderThatTheDiskDoesntTakeIsReturned)
     image.reset();
     EXPECT_THAT(Names(), IsEmpty());
     EXPECT_EQ(Append(Header(), Frame(1)).fault, FrameFault::kNoHeader);
-    EXPECT_EQ(FileContents(path).size(), 511U) << "a file in place stays";
+    EXPECT_EQ(FileContents(path), "") << "a file in place stays, with nothing that keeps the first frame out";
 }
 
 TEST_F(WritingFrames, ACutFirstFrameIsReturnedWithItsBytes)
@@ -314,7 +348,7 @@ TEST_F(WritingFrames, ACutFirstFrameIsReturnedWithItsBytes)
     Counts counts = Frame(1);
     {
         auto file = FrameWriter::Create(path);
-        const FrameWritten written = file->AppendFrame(header, counts);
+        const FrameWritten written = file->WriteLastFrame(header, counts);
         EXPECT_EQ(written.fault, FrameFault::kCut);
         EXPECT_EQ(written.bytes, 5U);
         EXPECT_EQ(+header.FrameCount, 1U);
@@ -323,10 +357,21 @@ TEST_F(WritingFrames, ACutFirstFrameIsReturnedWithItsBytes)
     EXPECT_THAT(Names(), IsEmpty());
     {
         auto file = FrameWriter::OpenInPlace(path);
-        EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kCut);
+        const FrameWritten written = file->AppendFrame(header, counts);
+        EXPECT_EQ(written.fault, FrameFault::kCut);
+        EXPECT_EQ(written.bytes, 5U);
+        EXPECT_EQ(FileContents(path), Bytes(Header(0))) << "no frame is counted that isn't there";
         file->Drop();
     }
     EXPECT_THAT(Names(), IsEmpty()) << "it began with this frame";
+    PutFile(path, "");
+    {
+        auto file = FrameWriter::OpenInPlace(path);
+        EXPECT_EQ(file->AppendFrame(header, counts).fault, FrameFault::kCut);
+        file->Drop();
+    }
+    EXPECT_THAT(Names(), ElementsAre("a.img")) << "an empty one stood there before";
+    EXPECT_EQ(FileContents(path), "");
 }
 
 TEST_F(WritingFrames, ACutImageStaysAsFarAsItCameButReplacesNothing)
@@ -344,26 +389,31 @@ TEST_F(WritingFrames, ACutImageStaysAsFarAsItCameButReplacesNothing)
     EXPECT_THAT(Names(), ElementsAre("a.img", "former.img"));
 }
 
-TEST_F(WritingFrames, ACutLaterFrameIsTakenOutOfTheCount)
+TEST_F(WritingFrames, ACutLaterFrameIsCutOffAgain)
 {
-    const std::string former = Bytes(Header(1)) + Samples(1);
-    PutFile(path, former);
-    const FullDisk disk(512 + 8 + 3);
-    auto file = FrameWriter::OpenInPlace(path);
-    ImageHeaderRecord header = file->HeaderWithOneMore().value();
-    Counts counts = Frame(2);
-    const FrameWritten written = file->AppendFrame(header, counts);
-    EXPECT_EQ(written.fault, FrameFault::kCutNoHeader) << "the disk is full for the header too";
-    EXPECT_EQ(written.bytes, 3U);
-    EXPECT_EQ(+header.FrameCount, 1U);
-    file->Drop();
-    EXPECT_EQ(FileContents(path), Bytes(Header(2)) + Samples(1) + Samples(2).substr(0, 3)) << "it had a frame before";
+    ImageHeaderRecord counting = Header(1);
+    counting.FramesAveraged = 7;
+    const std::string former = Bytes(counting) + Samples(1);
+    for (const rlim_t room : {0, 3, 7}) {
+        PutFile(path, former);
+        const FullDisk disk(512 + 8 + room);
+        auto file = FrameWriter::OpenInPlace(path);
+        ImageHeaderRecord header = file->ReadHeader().value();
+        header.FramesAveraged = 2;
+        Counts counts = Frame(2);
+        const FrameWritten written = file->AppendFrame(header, counts);
+        EXPECT_EQ(written.fault, FrameFault::kCut);
+        EXPECT_EQ(written.bytes, room);
+        EXPECT_EQ(+header.FrameCount, 1U);
+        EXPECT_EQ(FileContents(path), former);
+        file->Drop();
+        EXPECT_EQ(FileContents(path), former) << "it had a frame before";
+    }
 }
 
 // The disk has room again after the first write that it refused.
-TEST_F(WritingFrames, ThatCountIsWrittenBehindThePartialFrame)
+TEST_F(WritingFrames, InAFileOfItsOwnTheHeaderWithoutItFollowsThePartialFrame)
 {
-    PutFile(path, Bytes(Header(1)) + Samples(1));
     const FullDisk disk(512 + 8 + 3);
     std::signal(SIGXFSZ, [](int) {
         rlimit now{};
@@ -371,15 +421,26 @@ TEST_F(WritingFrames, ThatCountIsWrittenBehindThePartialFrame)
         now.rlim_cur = now.rlim_max;
         setrlimit(RLIMIT_FSIZE, &now);
     });
-    auto file = FrameWriter::OpenInPlace(path);
-    ImageHeaderRecord header = file->HeaderWithOneMore().value();
+    auto file = FrameWriter::Create(path);
+    ImageHeaderRecord header = Header(2);
     Counts counts = Frame(2);
-    const FrameWritten written = file->AppendFrame(header, counts);
+    const FrameWritten written = file->WriteLastFrame(header, counts);
     std::signal(SIGXFSZ, SIG_IGN);
     EXPECT_EQ(written.fault, FrameFault::kCut);
     EXPECT_EQ(written.bytes, 3U);
+    EXPECT_EQ(+header.FrameCount, 1U);
     file->KeepCut();
-    EXPECT_EQ(FileContents(path), Bytes(Header(2)) + Samples(1) + Samples(2).substr(0, 3) + Bytes(Header(1)));
+    EXPECT_EQ(FileContents(path), Bytes(Header(2)) + std::string(8, '\0') + Samples(2).substr(0, 3) + Bytes(Header(1)));
+}
+
+TEST_F(WritingFrames, WithoutRoomForThatHeaderBothAreTold)
+{
+    const FullDisk disk(512 + 8 + 3);
+    auto file = FrameWriter::Create(path);
+    ImageHeaderRecord header = Header(2);
+    Counts counts = Frame(2);
+    EXPECT_EQ(file->WriteLastFrame(header, counts).fault, FrameFault::kCutNoHeader);
+    EXPECT_EQ(+header.FrameCount, 1U);
 }
 
 TEST_F(WritingFrames, ADeviceThatTakesNothingIsToldApart)

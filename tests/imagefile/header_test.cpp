@@ -308,6 +308,15 @@ TEST_F(ImageHeaderFile, OfTheSpectrometerCountsItsFloatFramesWhateverWasPlanned)
     EXPECT_EQ(+SpiffHeader.SpiffHeaderIdentity, 0x1234);  // the file's own takes the place of the setting's
 }
 
+TEST(SpectrometersHeader, DeclaresItselfFromTheStartOn)
+{
+    const auto* const first = reinterpret_cast<const std::uint8_t*>(&SpiffHeader);
+    EXPECT_EQ(*first, 1);
+    write::file.SpiffHeader.SpiffMarker = 0;
+    ResetHeader();
+    EXPECT_EQ(*first, 1);
+}
+
 TEST_F(ImageHeaderFile, OfTheSpectrometerMayBeCut)
 {
     const RawHeader cut = RawHeader(700).Byte(0, 1).Embed(111, Plain(8, 4, 4));

@@ -23,12 +23,14 @@ for id, hint in pairs(hints) do
 end
 check.eq(state("LastFileDirectory"), state("DefaultDir"), "no folder was taken over")
 
--- The dialog for saving has no hint of its own.
-command(106)
-check.eq(dialog(), "SAVE")
-check.eq(status(), read_out)
-press(2)
-check.eq(status(), read_out)
+-- The dialogs for saving have no hint of their own.
+for _, id in ipairs { 106, 108 } do
+  command(id)
+  check.eq(dialog(), "SAVE")
+  check.eq(status(), read_out)
+  press(2)
+  check.eq(status(), read_out, "command " .. id)
+end
 
 -- Stepping with no sequence named asks for one.
 key("F7")

@@ -1,4 +1,5 @@
 #include "platform/faults.h"
+#include "platform/front.h"
 #include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/state_value.h"
@@ -8,6 +9,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <optional>
 
 namespace kelvo {
 namespace {
@@ -75,6 +78,25 @@ TEST_F(SelectFileDialog, TheFirstDialogOpensInTheProgramsDirectory)
     EXPECT_EQ(operator_.Texts("file", "directory").at(0), directory_.Path());
     EXPECT_EQ(operator_.Texts("file", "title").at(0), "Open File");
     EXPECT_EQ(LastFileDirectory, directory_.Path() + "/");
+}
+
+TEST_F(SelectFileDialog, OffersThePatternAsItsFilterAndNoName)
+{
+    for (const std::string pattern : {"*.img", "*.seq", "*.buf", "*.sdv", "*.bmp"}) {
+        for (const int mode : {kSelectToSave, kSelectToOpen, kSelectSeveral}) {
+            std::optional<FrontFileDialog> shown;
+            operator_.Do([&] {
+                shown = FileDialogInFront();
+                CancelFileDialog();
+            });
+            std::string path = pattern;
+            EXPECT_EQ(SelectFile(nullptr, path, mode), 0);
+            ASSERT_TRUE(shown) << pattern;
+            EXPECT_EQ(shown->name, "") << pattern;
+            EXPECT_THAT(shown->filters.at(0), testing::EndsWith("(" + pattern + ")"));
+        }
+    }
+    EXPECT_THAT(operator_.Texts("file", "name"), testing::Each(""));
 }
 
 TEST_F(SelectFileDialog, CancellingLeavesTheFolderAndEmptiesThePath)

@@ -1,5 +1,6 @@
 #include "viewing/coefficient_view.h"
 
+#include "display/units.h"
 #include "imagefile/header_write.h"
 #include "platform/memory.h"
 #include "state/camera_config_write.h"
@@ -75,7 +76,9 @@ TEST_F(CoefficientView, ShowsGainsScaledToTheCamerasRange)
     EXPECT_EQ(ImageHeader.DisplayHigh, 4095);
     EXPECT_EQ(ImageHeader.ByteSwap, 0);
     EXPECT_EQ(ViewingFile, 1);
-    EXPECT_EQ(DisplayUnit, 18);  // a gain file offers nothing but gains
+    EXPECT_EQ(DisplayUnit, 21) << "values of floats";
+    EXPECT_EQ(IsUnitAvailable(18), 1) << "which are gains";
+    EXPECT_EQ(IsUnitAvailable(0), 0);
 }
 
 TEST_F(CoefficientView, ShowsOffsetsAsTheyStand)
@@ -83,6 +86,72 @@ TEST_F(CoefficientView, ShowsOffsetsAsTheyStand)
     EXPECT_EQ(ViewCoefficientFile(List<std::int16_t>("c.off", {-5, 0, 7, 300})), 1);
     EXPECT_THAT(Pixels(), ElementsAre(-5, 0, 7, 300));
     EXPECT_EQ(DisplayUnit, 19);
+}
+
+TEST_F(CoefficientView, TheHeaderTellsTheTypeOfTheEntries)
+{
+    PutFile(File("c.bad"), "0,1\n");
+    const std::pair<std::string, int> rows[] = {
+        {List<float>("c.gai", {1, 2, 3, 4}), 8},        {List<std::int16_t>("c.off", {1, 2, 3, 4}), 1},
+        {List<std::int16_t>("c.noi", {1, 2, 3, 4}), 1}, {File("c.bad"), 2},
+        {List<std::int32_t>("c.dcm", {1, 2, 3, 4}), 4}, {List<std::int32_t>("decom.tmp", {1, 2, 3, 4}), 4},
+    };
+    for (const auto& [path, type] : rows) {
+        EXPECT_EQ(ViewCoefficientFile(path), 1) << path;
+        EXPECT_EQ(+ImageHeader.DataType, type) << path;
+        EXPECT_EQ(+ImageHeader.SampleBytes, 2) << "of the counts on view";
+    }
+}
+
+// The list is read and converted before the video is frozen for it.
+TEST_F(CoefficientView, AListThatIsNotReadLeavesLiveVideoAndThePicture)
+{
+    PutFile(File("c.bad"), "0,1\n");
+    const std::string lists[] = {List<float>("c.gai", {1, 2, 3, 4}), List<std::int16_t>("c.off", {1, 2, 3, 4}),
+                                 List<std::int32_t>("c.dcm", {1, 2, 3, 4}), File("c.bad")};
+    write::frames.CameraOn = 1;
+    write::frames.LiveVideo = 1;
+    write::frames.LiveFrame = {1, 2, 3, 4};
+    write::frames.ImageBuffer = {9, 0, 8, 0, 7, 0, 6, 0};
+    write::file.ImageHeader = PlainHeader(9, 9);
+    write::display.ViewScaleGain = 3.0F;
+    write::display.ViewScaleOffset = 4.0F;
+    write::display.Xpan = 1;
+    write::display.DisplayUnit = 0;
+    write::display.ColorBarShown = 1;
+    StatusMessage("before", 2);
+    const auto buffer = ImageBuffer;
+    const std::string header = HeaderBytes(ImageHeader);
+
+    const auto expectNothingChanged = [&](const std::string& what) {
+        EXPECT_EQ(LiveVideo, 1) << what;
+        EXPECT_EQ(ViewingFile, 0) << what;
+        EXPECT_EQ(ImageBuffer, buffer) << what;
+        EXPECT_EQ(HeaderBytes(ImageHeader), header) << what;
+        EXPECT_EQ(ViewScaleGain, 3.0F) << what;
+        EXPECT_EQ(ViewScaleOffset, 4.0F) << what;
+        EXPECT_EQ(Xpan, 1) << what;
+        EXPECT_EQ(DisplayUnit, 0) << what;
+        EXPECT_EQ(ColorBarShown, 1) << what;
+        EXPECT_EQ(StatusText, "before") << what;
+        EXPECT_EQ(ViewFilePath, "") << what;
+    };
+    std::size_t boxes = 0;
+    for (const std::string& path : lists) {
+        for (const int allocation : {1, 2}) {
+            FailAllocation(allocation);
+            EXPECT_EQ(ViewCoefficientFile(path), 0) << path;
+            EXPECT_EQ(operator_.Boxes().size(), ++boxes) << path;
+            expectNothingChanged(path);
+        }
+    }
+    PutFile(File("short.off"), "1");
+    PutFile(File("c.xyz"), "data");
+    for (const char* name : {"none.off", "short.off", "c.xyz"}) {
+        EXPECT_EQ(ViewCoefficientFile(File(name)), 0) << name;
+        EXPECT_EQ(operator_.Boxes().size(), ++boxes) << name;
+        expectNothingChanged(name);
+    }
 }
 
 TEST_F(CoefficientView, AListTakesThePlaceOfLiveVideo)

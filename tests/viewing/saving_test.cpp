@@ -5,6 +5,7 @@
 #include "grabber/host_frames.h"
 #include "imagefile/header_write.h"
 #include "platform/memory.h"
+#include "platform/text.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
@@ -305,7 +306,8 @@ TEST_F(Saving, AnImageOfAFloatFileOnViewIsItsCountsUnderItsHeader)
     EXPECT_THAT(CountsAt(saved, 512, 2), ElementsAre(3, -3)) << "trunc(-4.4 + 0.5)";
 }
 
-// Two frames of 2 x 2, each behind 80 bytes of its own: the counts 1 to 4, then 11 to 14.
+// Two frames of 2 x 2, each behind 80 bytes of its own: the counts 1 to 4, then 11 to 14. An image has its counts right
+// behind its header, and says so; in a sequence the place of the frame's own header stays.
 TEST_F(Saving, AFrameBehindAFrameHeaderIsSavedWithoutItsOwn)
 {
     ImageHeaderRecord header = PlainHeader(2, 2);
@@ -316,9 +318,11 @@ TEST_F(Saving, AFrameBehindAFrameHeaderIsSavedWithoutItsOwn)
     EXPECT_EQ(SaveImage(Out("a.img"), 1), 1);
     std::string saved = FileContents(Out("a.img"));
     ASSERT_EQ(saved.size(), 512U + 8U);
-    EXPECT_EQ(+HeaderIn(saved).ImageHeaderDataOffset, 80) << "the header stays that of the file";
-    EXPECT_EQ(+HeaderIn(saved).FrameCount, 2U);
-    EXPECT_THAT(CountsAt(saved, 512, 4), ElementsAre(11, 12, 13, 14));
+    header.ImageHeaderDataOffset = 0;
+    header.FrameCount = 2;
+    EXPECT_EQ(saved, HeaderBytes(header) + SampleBytes({11, 12, 13, 14})) << "all else is the header of the file";
+    EXPECT_EQ(+ImageHeader.ImageHeaderDataOffset, 80) << "the frame on view stands where it stood";
+    EXPECT_THAT(ImageBufferPixels(80).first(4), ElementsAre(11, 12, 13, 14));
 
     op.Answer({Button::kYes});
     EXPECT_EQ(Save("r.seq"), 1);
@@ -329,6 +333,10 @@ TEST_F(Saving, AFrameBehindAFrameHeaderIsSavedWithoutItsOwn)
     EXPECT_THAT(CountsAt(saved, 512 + 2 * 88 + 80, 4), ElementsAre(11, 12, 13, 14));
     EXPECT_EQ(ViewImage(Out("r0.seq"), 2), 1) << "the viewer finds it there";
     EXPECT_THAT(ImageBufferPixels(80).first(4), ElementsAre(11, 12, 13, 14));
+
+    EXPECT_EQ(ViewImage(Out("a.img"), 0), 1) << "the image opens again";
+    EXPECT_THAT(ImageBufferPixels(0).first(4), ElementsAre(11, 12, 13, 14));
+    EXPECT_THAT(op.Boxes(), SizeIs(1)) << "the question alone";
 }
 
 TEST_F(Saving, WithoutAGrabberThereIsNothingToSave)
@@ -627,17 +635,137 @@ TEST_F(Saving, TheFifthFrameOfAFileOnViewMakesASixthPlace)
     EXPECT_EQ(+ImageHeader.FrameCount, 6U) << "the record on view counts it too";
 }
 
-TEST_F(Saving, AFrameOnViewIgnoresTheHeaderOfTheMultiFrameFile)
+// The header of the file that grows decides, and the frame lies behind all that are there; the frame on view stays what
+// it is, whatever its own file counts.
+TEST_F(Saving, AFrameOnViewIsAppendedUnderTheHeaderOfTheMultiFrameFile)
 {
     write::settings.MultiFrame = 1;
-    ViewFrames(1);
-    const std::string other(512 + 8, 'x');
-    PutFile(Out("r0.seq"), other);
-    op.Answer({Button::kYes});
+    ViewFrames(5);
+    const std::string onView = HeaderBytes(ImageHeader);
+    ImageHeaderRecord header = PlainHeader(2, 2);
+    header.Year = 25;
+    WriteImageFile(Out("r0.seq"), header, {{21, 22, 23, 24}, {31, 32, 33, 34}});
+    for (std::uint32_t count = 3; count <= 4; ++count) {
+        op.Answer({Button::kYes});
+        EXPECT_EQ(Save("r.seq"), 1);
+        header.FrameCount = count;
+        EXPECT_EQ(FileContents(Out("r0.seq")).substr(0, 512), HeaderBytes(header));
+        EXPECT_EQ(HeaderBytes(ImageHeader), onView);
+    }
+    EXPECT_EQ(FileContents(Out("r0.seq")).substr(512),
+              SampleBytes({21, 22, 23, 24, 31, 32, 33, 34, 1, 2, 3, 4, 1, 2, 3, 4}));
+}
+
+TEST_F(Saving, AFrameOnViewBeginsAMultiFrameFileAsItsFirst)
+{
+    write::settings.MultiFrame = 1;
+    ViewFrames(5);
+    for (std::uint32_t count = 1; count <= 2; ++count) {
+        op.Answer({Button::kYes});
+        EXPECT_EQ(Save("r.seq"), 1);
+        ImageHeaderRecord header = PlainHeader(2, 2);
+        header.FrameCount = count;
+        EXPECT_EQ(FileContents(Out("r0.seq")).substr(0, 512), HeaderBytes(header));
+    }
+    EXPECT_EQ(FileContents(Out("r0.seq")).substr(512), SampleBytes({1, 2, 3, 4, 1, 2, 3, 4}));
+    EXPECT_EQ(+ImageHeader.FrameCount, 5U);
+}
+
+// Counts of a float file fill the first half of a record of floats: the file has whole records all the same.
+TEST_F(Saving, ASecondFrameOfFloatsLeavesTheFirst)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(2, 1);
+    header.SampleBytes = 4;
+    const float samples[] = {3.0F, 4.0F};
+    std::string bytes = HeaderBytes(header);
+    bytes.append(reinterpret_cast<const char*>(samples), sizeof samples);
+    PutFile(directory / "f.flt", bytes);
+    ASSERT_EQ(ViewImage(directory / "f.flt", 0), 1);
+    op.Answer({Button::kYes, Button::kYes});
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(FileContents(Out("r0.seq")).substr(512), SampleBytes({3, 4, 0, 0, 3, 4, 0, 0}));
+}
+
+TEST_F(Saving, ASwappedMultiFrameFileGrowsSwapped)
+{
+    write::settings.MultiFrame = 1;
+    write::file.ByteSwap = 0;
+    for (std::uint32_t count = 1; count <= 3; ++count) {
+        recordingBoard.picture = static_cast<std::int32_t>(1000 * count);
+        EXPECT_EQ(Save("r.seq"), 1);
+        EXPECT_EQ(+HeaderIn(WithWordsSwapped(FileContents(Out("r0.seq")))).FrameCount, count);
+        EXPECT_EQ(+ImageHeader.ImageWidth, 2) << "native in memory";
+    }
+    EXPECT_THAT(op.Boxes(), IsEmpty());
+    EXPECT_EQ(WithWordsSwapped(FileContents(Out("r0.seq")).substr(512)),
+              SampleBytes({1000, 1001, 1100, 1101, 2000, 2001, 2100, 2101, 3000, 3001, 3100, 3101}));
+    // Of a swapped file the swapping alone counts, not the setting.
+    write::file.ByteSwap = 0xFFFF;
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(WithWordsSwapped(FileContents(Out("r0.seq")).substr(512 + 24)), SampleBytes({3000, 3001, 3100, 3101}));
+}
+
+// Some writers leave the header of such a file as it is in memory.
+TEST_F(Saving, ASwappedFileWithANativeHeaderKeepsIt)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(2, 2);
+    header.ByteSwap = 0;
+    PutFile(Out("r0.seq"), HeaderBytes(header) + WithWordsSwapped(SampleBytes({1, 2, 3, 4})));
     EXPECT_EQ(Save("r.seq"), 1);
     const std::string bytes = FileContents(Out("r0.seq"));
-    EXPECT_EQ(+HeaderIn(bytes).FrameCount, 2U);
-    EXPECT_EQ(bytes.substr(512), std::string(8, 'x') + SampleBytes({1, 2, 3, 4}));
+    header.FrameCount = 2;
+    EXPECT_EQ(bytes.substr(0, 512), HeaderBytes(header));
+    EXPECT_EQ(WithWordsSwapped(bytes.substr(512)), SampleBytes({1, 2, 3, 4, 1000, 1001, 1100, 1101}));
+}
+
+TEST_F(Saving, APartFrameIsCutOffBeforeTheNextOne)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(2, 2);
+    for (const std::uint32_t counted : {0U, 1U, 2U, 7U, 0xFFFFFFFFU}) {
+        header.FrameCount = counted;
+        PutFile(Out("r0.seq"), HeaderBytes(header) + SampleBytes({1, 2, 3, 4, 5, 6, 7}));
+        EXPECT_EQ(Save("r.seq"), 1);
+        const std::string bytes = FileContents(Out("r0.seq"));
+        EXPECT_EQ(+HeaderIn(bytes).FrameCount, 2U) << counted;
+        EXPECT_EQ(bytes.substr(512), SampleBytes({1, 2, 3, 4, 1000, 1001, 1100, 1101})) << counted;
+    }
+}
+
+// Frames of an older version have no headers of their own, whatever stands in the field.
+TEST_F(Saving, AFileOfAnOlderVersionGrowsWithoutFrameHeaders)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(2, 2);
+    header.HeaderVersion = 7;
+    header.ImageHeaderDataOffset = 80;
+    PutFile(Out("r0.seq"), HeaderBytes(header) + SampleBytes({1, 2, 3, 4}));
+    EXPECT_EQ(Save("r.seq"), 1);
+    const std::string bytes = FileContents(Out("r0.seq"));
+    EXPECT_EQ(+HeaderIn(bytes).ImageHeaderDataOffset, 80);
+    EXPECT_EQ(bytes.substr(512), SampleBytes({1, 2, 3, 4, 1000, 1001, 1100, 1101}));
+    EXPECT_EQ(ViewImage(Out("r0.seq"), 1), 1) << "the viewer finds it there";
+    EXPECT_THAT(ImageBufferPixels(0).first(4), ElementsAre(1000, 1001, 1100, 1101));
+}
+
+TEST_F(Saving, AFileWithSidesAbove1024Grows)
+{
+    write::settings.MultiFrame = 1;
+    ImageHeaderRecord header = PlainHeader(1100, 2);
+    const Counts first(2200, 5);
+    WriteImageFile(Out("r0.seq"), header, {first});
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(Save("r.seq"), 1);
+    const std::string bytes = FileContents(Out("r0.seq"));
+    EXPECT_EQ(+HeaderIn(bytes).FrameCount, 3U);
+    ASSERT_EQ(bytes.size(), 512U + 3 * 4400U);
+    EXPECT_EQ(bytes.substr(512, 4400), SampleBytes(first));
+    for (const std::size_t frame : {1U, 2U}) {
+        EXPECT_THAT(CountsAt(bytes, 512 + frame * 4400, 4), ElementsAre(1000, 1001, 1100, 1101));
+    }
 }
 
 TEST_F(Saving, AFileOnViewThatCountsFramesBeyondReasonIsRefused)
@@ -700,14 +828,16 @@ TEST_F(Saving, AMultiFrameFileWithoutAUsableHeaderStaysAsItIs)
     write::settings.MultiFrame = 1;
     ImageHeaderRecord negative = PlainHeader(2, 2);
     negative.ImageWidth = -2;
-    ImageHeaderRecord far = PlainHeader(1024, 1024);
-    far.FrameCount = 0x40000000;
-    ImageHeaderRecord last = PlainHeader(2, 2);
-    last.FrameCount = 0xFFFFFFFF;
+    ImageHeaderRecord samples = PlainHeader(2, 2);
+    samples.SampleBytes = 5;
+    ImageHeaderRecord spectrometer = PlainHeader(2, 2);
+    spectrometer.ByteSwap = 1;  // its own header lies elsewhere
     ImageHeaderRecord swapped = PlainHeader(2, 2);
     swapped.ByteSwap = 0;
-    const std::string contents[] = {"short", HeaderBytes(negative), HeaderBytes(far), HeaderBytes(last),
-                                    WithWordsSwapped(HeaderBytes(swapped)) + "\1\2\3\4\5\6\7\10"};
+    swapped.ImageHeight = 0;
+    const std::string part = "\1\2\3";  // nothing is cut off either
+    const std::string contents[] = {"short", HeaderBytes(negative) + part, HeaderBytes(samples) + part,
+                                    HeaderBytes(spectrometer) + part, WithWordsSwapped(HeaderBytes(swapped)) + part};
     const std::string before = HeaderBytes(ImageHeader);
     for (const std::string& bytes : contents) {
         PutFile(Out("r0.seq"), bytes);
@@ -770,6 +900,9 @@ TEST_F(Saving, AFullDiskTakesAnUnwrittenHeaderAwayButNoMultiFrameFile)
     }
     EXPECT_THAT(Saved(), ElementsAre("r0.seq"));
     EXPECT_EQ(number, 0);
+    EXPECT_EQ(FileContents(Out("r0.seq")), "") << "nothing in it keeps the first frame out";
+    EXPECT_EQ(Save("r.seq"), 1);
+    EXPECT_EQ(FileContents(Out("r0.seq")).size(), 520U);
 }
 
 TEST_F(Saving, AFullDiskTakesTheFirstFramesFileAway)
@@ -784,35 +917,42 @@ TEST_F(Saving, AFullDiskTakesTheFirstFramesFileAway)
     EXPECT_EQ(number, 0);
 }
 
-TEST_F(Saving, AFullDiskKeepsTheFramesOfAMultiFrameFile)
+// The header counts a frame when it is there, and what the disk took of one that isn't is cut off again.
+TEST_F(Saving, AFullDiskLeavesAMultiFrameFileAsItWas)
 {
     write::settings.MultiFrame = 1;
     EXPECT_EQ(Save("r.seq"), 1);
-    {
-        const FullAt limit(512 + 8 + 5);
-        EXPECT_EQ(Save("r.seq"), 0);
+    EXPECT_EQ(Save("r.seq"), 1);
+    const std::string former = FileContents(Out("r0.seq"));
+    const std::string header = HeaderBytes(ImageHeader);
+    for (const rlim_t room : {0, 5}) {
+        const FullAt limit(512 + 16 + room);
+        EXPECT_EQ(Save("r.seq"), static_cast<std::int32_t>(room)) << "the bytes that were written";
+        EXPECT_EQ(op.Boxes().back().text, "Error writing data to file!");
+        EXPECT_EQ(op.Boxes().back().caption, "File Write Error");
+        EXPECT_EQ(FileContents(Out("r0.seq")), former);
+        EXPECT_EQ(HeaderBytes(ImageHeader), header);
     }
-    EXPECT_EQ(op.Boxes().at(0).text, "Failure writing header for image update file\nDisk full ??");
-    ImageHeaderRecord read;
-    EXPECT_EQ(ReadImageHeader(Out("r0.seq"), read), 512);
-    EXPECT_EQ(+read.FrameCount, 1U);
-    EXPECT_THAT(CountsAt(FileContents(Out("r0.seq")), 512, 4), ElementsAre(1000, 1001, 1100, 1101));
+    EXPECT_EQ(number, 0);
+    EXPECT_EQ(Save("r.seq"), 1) << "and the next one stands behind the two";
+    EXPECT_EQ(FileContents(Out("r0.seq")).substr(512 + 16), SampleBytes({1000, 1001, 1100, 1101}));
 }
 
+// A numbered file of its own, which the frame on view begins behind as many places as its file has frames.
 TEST_F(Saving, ThePartialFrameIsFollowedByTheHeaderThatDoesNotCountIt)
 {
-    write::settings.MultiFrame = 1;
-    EXPECT_EQ(Save("r.seq"), 1);
+    ViewFrames(2);
+    op.Answer({Button::kYes});
     {
-        const FullAt limit(512 + 8 + 5);
+        const FullAt limit(512 + 16 + 5);
         FullAt::RoomAfterRefusal();
         EXPECT_EQ(Save("r.seq"), 5);
     }
     const std::string bytes = FileContents(Out("r0.seq"));
-    ASSERT_EQ(bytes.size(), 512U + 8U + 5U + 512U);
-    EXPECT_EQ(+HeaderIn(bytes).FrameCount, 2U);
-    EXPECT_EQ(+HeaderIn(bytes.substr(525)).FrameCount, 1U);
-    EXPECT_EQ(+ImageHeader.FrameCount, 1U);
+    ASSERT_EQ(bytes.size(), 512U + 16U + 5U + 512U);
+    EXPECT_EQ(+HeaderIn(bytes).FrameCount, 3U);
+    EXPECT_EQ(+HeaderIn(bytes.substr(533)).FrameCount, 2U);
+    EXPECT_EQ(+ImageHeader.FrameCount, 2U);
     EXPECT_EQ(op.Boxes().back().text, "Error writing data to file!");
 }
 
@@ -927,10 +1067,25 @@ class KilledSaving : public BoardTest {
         }
     }
 
-    // A process that saves pictures 1, 2, 3, ... until it is killed: after none to three of them and a time that
-    // differs from kill to kill, so that a busy machine has its kills too. Returns how many had been reported as
-    // written.
-    int SaveUntilKilled(const std::function<bool()>& save)
+    // What becomes of the process that saves: it is killed after a time, or in the midst of writing its next picture,
+    // when a file has grown to so many bytes.
+    struct Kill {
+        int after = 0;                    // pictures
+        std::optional<rlim_t> atBytes{};  // of the file that it writes
+    };
+    // Every other kill meets the writing; the file then has so many bytes before it, and takes so many more.
+    Kill NextKill(int kill, const std::function<rlim_t(int)>& bytesBefore, rlim_t bytesWritten)
+    {
+        Kill next{.after = std::uniform_int_distribution(0, 3)(random_)};
+        if (kill % 2 != 0) return next;
+        next.atBytes = bytesBefore(next.after) + std::uniform_int_distribution<rlim_t>(1, bytesWritten - 1)(random_);
+        return next;
+    }
+
+    // A process that saves pictures 1, 2, 3, ... until it is killed: after none to three of them, and in its own
+    // writing or a time that differs from kill to kill, so that a busy machine has its kills too. Returns how many had
+    // been reported as written.
+    int SaveUntilKilled(const Kill& how, const std::function<bool()>& save)
     {
         int reports[2];
         EXPECT_EQ(pipe(reports), 0);
@@ -939,6 +1094,7 @@ class KilledSaving : public BoardTest {
         if (child == 0) {
             TakeOwnWakeUp();
             for (int picture = 1;; ++picture) {
+                if (how.atBytes && picture == how.after + 1) DieAt(*how.atBytes);
                 recordingBoard.asked.clear();
                 recordingBoard.picture = picture;
                 const char done = '.';
@@ -953,17 +1109,30 @@ class KilledSaving : public BoardTest {
             return poll(&readable, 1, kLongestSaveMs) == 1 && read(reports[0], &done, 1) == 1;
         };
         int count = 0;
-        const int wanted = std::uniform_int_distribution(0, 3)(random_);
-        while (count < wanted && reported()) ++count;
-        EXPECT_EQ(count, wanted) << "the child doesn't get on";
-        usleep(std::uniform_int_distribution<useconds_t>(0, 5000)(random_));
-        EXPECT_EQ(kill(child, SIGKILL), 0);
+        while (count < how.after && reported()) ++count;
+        EXPECT_EQ(count, how.after) << "the child doesn't get on";
+        if (how.atBytes) {
+            EXPECT_FALSE(reported()) << "the child dies while it writes";
+        } else {
+            usleep(std::uniform_int_distribution<useconds_t>(0, 5000)(random_));
+        }
+        EXPECT_EQ(kill(child, SIGKILL), 0);  // one that has died is there until it is waited for
         int status = 0;
         EXPECT_EQ(waitpid(child, &status, 0), child);
         EXPECT_TRUE(WIFSIGNALED(status)) << "the child met a failure of its own";
+        EXPECT_EQ(WTERMSIG(status), how.atBytes ? SIGXFSZ : SIGKILL);
         while (reported()) ++count;
         close(reports[0]);
         return count;
+    }
+
+    // The process ends within the write that would make a file larger.
+    static void DieAt(rlim_t bytes)
+    {
+        signal(SIGXFSZ, SIG_DFL);
+        const rlimit none{.rlim_cur = 0, .rlim_max = 0};
+        const rlimit limit{.rlim_cur = bytes, .rlim_max = bytes};
+        if (setrlimit(RLIMIT_CORE, &none) != 0 || setrlimit(RLIMIT_FSIZE, &limit) != 0) _exit(2);
     }
 
     static bool IsPicture(std::string_view counts, int picture)
@@ -985,6 +1154,8 @@ class KilledSaving : public BoardTest {
         return first;
     }
 
+    static rlim_t NothingBefore(int /*pictures*/) { return 0; }  // each picture has a file of its own
+
     std::mt19937 random_{20261};  // NOLINT: the same kills in each run
 };
 
@@ -995,7 +1166,8 @@ TEST_F(KilledSaving, AnImageIsWholeUnderItsName)
     int written = 0;
     int beside = 0;
     for (int kill = 0; kill < kills_; ++kill) {
-        const int reported = SaveUntilKilled([&] {
+        const Kill how = NextKill(kill, NothingBefore, 512 + kFrameBytes);
+        const int reported = SaveUntilKilled(how, [&] {
             op.Answer({Button::kYes});  // replace it
             return SaveImage(path, 1) == 1;
         });
@@ -1011,67 +1183,102 @@ TEST_F(KilledSaving, AnImageIsWholeUnderItsName)
         // At most the one picture that was in the making lies beside it, and the next save takes its place.
         const std::vector<std::string> names = NamesIn(directory.Path());
         const auto newOnes = std::ranges::count(names, ".a.img.new");
+        if (how.atBytes) {
+            ASSERT_EQ(newOnes, 1);
+            ASSERT_EQ(FileContents(directory / ".a.img.new").size(), *how.atBytes) << "the kill met the writing";
+        }
         ASSERT_EQ(
             std::ranges::count_if(names, [](const std::string& n) { return n.find("a.img") != std::string::npos; }),
             1 + newOnes);
         beside += static_cast<int>(newOnes);
     }
     EXPECT_GT(written, 0);
-    if (AllRounds()) {
-        EXPECT_GT(beside, 0) << "some kills met the writing";
-    }
+    EXPECT_GE(beside, (kills_ + 1) / 2) << "as many kills as were meant to met the writing";
 }
 
 TEST_F(KilledSaving, EachNumberedFileIsWhole)
 {
     write::settings.MultiFrame = 0;
     int written = 0;
+    int met = 0;
     for (int kill = 0; kill < kills_; ++kill) {
         const std::string base = directory / "s/r.seq";
         std::filesystem::remove_all(directory / "s");
         std::filesystem::create_directory(directory / "s");
         std::int32_t number = 1;
-        const int reported = SaveUntilKilled([&] { return SaveSequence(base, number, 1) == 1; });
+        const Kill how = NextKill(kill, NothingBefore, 512 + kFrameBytes);
+        const int reported = SaveUntilKilled(how, [&] { return SaveSequence(base, number, 1) == 1; });
         int whole = 0;
+        int inTheMaking = 0;
         for (const std::string& name : NamesIn(directory / "s")) {
-            if (name.starts_with('.')) continue;  // one in the making
+            if (name.starts_with('.')) {
+                ASSERT_EQ(name, Format(".r%d.seq.new", reported + 1));
+                ++inTheMaking;
+                continue;
+            }
             const std::string bytes = FileContents(directory / ("s/" + name));
             ASSERT_TRUE(IsPicture(std::string_view(bytes).substr(512), std::stoi(name.substr(1)))) << name;
             ++whole;
         }
+        if (how.atBytes) {
+            const std::string part = directory / Format("s/.r%d.seq.new", reported + 1);
+            ASSERT_EQ(inTheMaking, 1);
+            ASSERT_EQ(FileContents(part).size(), *how.atBytes) << "the kill met the writing";
+            ASSERT_EQ(whole, reported);
+        }
         ASSERT_GE(whole, reported);
+        ASSERT_LE(whole, reported + 1);
         written += reported;
+        met += inTheMaking;
     }
     EXPECT_GT(written, 0);
+    EXPECT_GE(met, (kills_ + 1) / 2) << "as many kills as were meant to met the writing";
 }
 
 TEST_F(KilledSaving, AMultiFrameFileHasEveryFrameThatWasWritten)
 {
     write::settings.MultiFrame = 1;
     const std::string path = directory / "r0.seq";
+    const auto bytesBefore = [](int frames) { return rlim_t{512} + static_cast<rlim_t>(frames) * kFrameBytes; };
     int written = 0;
+    int met = 0;
     for (int kill = 0; kill < kills_; ++kill) {
         std::filesystem::remove(path);
         std::int32_t number = 0;
-        const int reported = SaveUntilKilled([&] { return SaveSequence(directory / "r.seq", number, 1) == 1; });
+        const Kill how = NextKill(kill, bytesBefore, kFrameBytes);
+        const int reported = SaveUntilKilled(how, [&] { return SaveSequence(directory / "r.seq", number, 1) == 1; });
         written += reported;
-        if (reported == 0) continue;
-        ImageHeaderRecord read;
-        ASSERT_EQ(ReadImageHeader(path, read), 512);
-        ASSERT_GE(+read.FrameCount, static_cast<std::uint32_t>(reported));
+        const std::string left = FileContents(path);
+        if (how.atBytes) {
+            ASSERT_EQ(left.size(), *how.atBytes) << "the kill met the writing";
+        }
+        if (left.size() < 512) {
+            ASSERT_EQ(left, "") << "made, and not begun";
+        } else {
+            const std::size_t whole = (left.size() - 512) / kFrameBytes;
+            const bool part = (left.size() - 512) % kFrameBytes != 0;
+            ASSERT_GE(whole, static_cast<std::size_t>(reported));
+            ASSERT_LE(+HeaderIn(left).FrameCount, whole) << "no frame is counted that isn't there";
+            ASSERT_GE(+HeaderIn(left).FrameCount, static_cast<std::uint32_t>(reported));
+            if (part || HeaderIn(left).FrameCount < whole) ++met;
+        }
 
-        // What comes next leaves them alone, and is found behind them.
+        // What comes next leaves them alone, and stands right behind them.
         recordingBoard.picture = 5000;
         ASSERT_EQ(SaveSequence(directory / "r.seq", number, 1), 1);
         const std::string bytes = FileContents(path);
-        for (int frame = 0; frame < reported; ++frame) {
-            const std::size_t position = 512 + static_cast<std::size_t>(frame) * kFrameBytes;
-            ASSERT_TRUE(IsPicture(std::string_view(bytes).substr(position, kFrameBytes), frame + 1)) << frame;
-        }
-        ASSERT_TRUE(IsPicture(std::string_view(bytes).substr(bytes.size() - kFrameBytes), 5000));
         ASSERT_EQ((bytes.size() - 512) % kFrameBytes, 0U);
+        const std::size_t frames = (bytes.size() - 512) / kFrameBytes;
+        ASSERT_EQ(+HeaderIn(bytes).FrameCount, frames);
+        ASSERT_LE(frames, static_cast<std::size_t>(reported) + 2);
+        for (std::size_t frame = 0; frame < frames; ++frame) {
+            const std::size_t position = 512 + frame * kFrameBytes;
+            const int picture = frame + 1 < frames ? static_cast<int>(frame) + 1 : 5000;
+            ASSERT_TRUE(IsPicture(std::string_view(bytes).substr(position, kFrameBytes), picture)) << frame;
+        }
     }
     EXPECT_GT(written, 0);
+    EXPECT_GE(met, (kills_ + 1) / 2) << "as many kills as were meant to met the writing";
 }
 
 }  // namespace

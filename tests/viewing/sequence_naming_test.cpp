@@ -41,5 +41,18 @@ TEST(SequenceNaming, ARefusalKeepsThePath)
     EXPECT_EQ(SeqFilePath, "/data/run.seq");
 }
 
+TEST(SequenceNaming, ANameOutlivesAnotherSetUp)
+{
+    SetDefaultDir("/data");
+    EXPECT_EQ(SeqFilePath, "/data/a.seq");
+    SetDefaultDir("/other");
+    EXPECT_EQ(SeqFilePath, "/other/a.seq") << "none was given";
+    EXPECT_EQ(NameSequenceForSaving("/elsewhere/run5.seq"), 1);
+    for (const char* directory : {"/other", "/data"}) {
+        SetDefaultDir(directory);
+        EXPECT_EQ(SeqFilePath, "/elsewhere/run.seq");
+    }
+}
+
 }  // namespace
 }  // namespace kelvo

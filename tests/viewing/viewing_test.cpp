@@ -1,6 +1,7 @@
 #include "viewing/viewing.h"
 
 #include "platform/memory.h"
+#include "platform/profile.h"
 #include "platform/text.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
@@ -235,6 +236,23 @@ TEST_F(Viewing, LoadNextStepsThroughTheFramesAndOnToTheNextFile)
     EXPECT_TRUE(operator_.Boxes().empty());
 }
 
+TEST_F(Viewing, ANameWhoseHeaderCannotBeReadEndsThere)
+{
+    Counted("run1.seq", 3);
+    ASSERT_EQ(ViewSequence(File("run1.seq")), 1);
+    LoadNext();
+    PutFile(File("cut7.seq"), "too short for a header");
+    Counted("cut8.seq", 1);  // where a step would go on
+    EXPECT_EQ(ViewSequence(File("cut7.seq")), 0);
+    EXPECT_EQ(operator_.Boxes().back().text, "Error reading Image File Header\n" + File("cut7.seq"));
+    EXPECT_EQ(ViewSequence(File("none7.seq")), 0);
+    EXPECT_EQ(LoadName, File("run1.seq"));
+    EXPECT_EQ(CurrentFrame, 1U);
+    EXPECT_EQ(LastFrame, 2U);
+    EXPECT_EQ(ViewFilePath, File("run1.seq"));
+    EXPECT_EQ(Pixels().at(0), 100);
+}
+
 TEST_F(Viewing, AMissingNextFileBeepsAndFallsBack)
 {
     Counted("seq9.seq", 2);
@@ -312,12 +330,22 @@ TEST_F(Viewing, AShortRecordIsToldEvenWhileStepping)
     EXPECT_EQ(operator_.Boxes().at(0).text, "Failed to read entire file\n" + File("run2.seq"));
 }
 
+// Settings are written a moment after they change: they are asked for on the disk.
 TEST_F(Viewing, AViewChangesNoSetting)
 {
-    const std::string path = Counted("a.img", 1);
-    PutFile(IniFilePath, "[Display]\r\nContrast=16\r\n");
-    ViewImage(path, 0);
-    EXPECT_EQ(FileContents(IniFilePath), "[Display]\r\nContrast=16\r\n");
+    const std::string path = Counted("a.img", 2);
+    const std::string ini = "[Display]\r\nContrast=16\r\nBrightness=500\r\n";
+    const std::string cameras = "[Camera.1]\nXpan=0\nYpan=0\nXzoom=1\nYzoom=1\n";
+    PutFile(IniFilePath, ini);
+    PutFile(CameraFilePath, cameras);
+    write::camera.ActiveCamera = 1;
+    EXPECT_EQ(ViewImage(path, 0), 1);
+    EXPECT_EQ(ViewImage(path, 1), 1);
+    EXPECT_EQ(ViewSequence(path), 1);
+    EXPECT_EQ(ViewImage(File("none.img"), 0), 0);
+    EXPECT_TRUE(FlushProfiles());
+    EXPECT_EQ(FileContents(IniFilePath), ini);
+    EXPECT_EQ(FileContents(CameraFilePath), cameras);
 }
 
 TEST_F(Viewing, ARectangleIsReadWithoutSkippingTheFrameHeader)
