@@ -27,7 +27,6 @@
 #include "viewing/playback.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace kelvo {
 
@@ -45,7 +44,6 @@ constexpr std::int64_t kHeldOffMs = 10;    // how soon a live refresh that was h
 
 std::int32_t liveFrameCounter = 0;
 std::int64_t liveStartMs = 0;
-bool commandRan = false;  // since the last live refresh
 
 void OnCreate(HWND window)
 {
@@ -107,22 +105,16 @@ void OnMouseWheel(HWND window, WPARAM wParam)
     for (int i = 0; i > steps; --i) SendMessage(window, WM_COMMAND, kCmdZoomOut, 0);
 }
 
-// A command that ran since the last refresh, or a dialog that is open, explains frames that passed by.
-void AccountForHoldUps()
-{
-    if (std::exchange(commandRan, false) || ModalIsOpen()) AccountHeldUp();
-}
-
 // The heart of live video: a frame, and the timer again at once, so that the operator gets a turn between two frames.
 void OnLiveTimer(HWND window)
 {
     if (!DisplayEnabled || !(LiveVideo || CameraOn || ViewingFile)) return;
     if (!PeriodicUpdates) {  // a long acquisition owns the board
-        commandRan = true;
+        AccountHeldUp();
         SetTimer(window, kLiveTimer, kHeldOffMs);
         return;
     }
-    AccountForHoldUps();
+    if (ModalIsOpen()) AccountHeldUp();  // a dialog in front explains frames that passed by
     const int refreshed = RefreshLiveFrame();
     if (refreshed) NoteScriptFrame();
     if (!LiveVideo) {
@@ -190,10 +182,8 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
 {
     if (LowWord(static_cast<WPARAM>(lParam)) != 0) return 0;  // from a control: its dialog has handled it
     const int id = LowWord(wParam);
-    commandRan = true;  // a dialog that it opens has live video behind it
-    const LRESULT result = HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
-    commandRan = true;
-    return result;
+    const CycleHoldUp holdUp;  // a dialog that it opens has live video behind it
+    return HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
 }
 
 void OpenDroppedFiles()
@@ -265,7 +255,6 @@ void ResetMainWindow()
     DialogHelpArmed = 1;
     liveFrameCounter = 0;
     liveStartMs = 0;
-    commandRan = false;
 }
 
 }  // namespace kelvo

@@ -10,6 +10,7 @@
 #include "shell/main_window.h"
 #include "simcam/sim_board_fixture.h"
 #include "state/buffer_state_write.h"
+#include "state/display_state.h"
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
 #include "video/video.h"
@@ -107,6 +108,33 @@ TEST_F(LiveCycle, WhatTheProgramItselfIsLateForIsLost)
     RunFor(100);
     EXPECT_EQ(Account().lost, 2);
     EXPECT_EQ(Account().missed, 0);
+}
+
+TEST_F(LiveCycle, AStallBeforeAFreezeOrAStepOfZoomIsLost)
+{
+    RunFor(100);
+    DelayMs(500);
+    SendMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    EXPECT_EQ(Account().lost, 50);
+    SendMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    RunFor(100);
+    DelayMs(500);
+    SendMessage(hWndMain, WM_COMMAND, kCmdZoomIn, 0);
+    EXPECT_EQ(Account().lost, 100);
+    RunFor(100);
+    EXPECT_EQ(Account().lost, 100);
+    EXPECT_EQ(Account().delivered, Account().shown + Account().lost + Account().missed);
+}
+
+TEST_F(LiveCycle, ATurnOfTheWheelIsOneChangeOfGeometry)
+{
+    RunFor(100);
+    const std::int64_t shown = Account().shown;
+    for (int notch = 0; notch < 5; ++notch) SendMessage(hWndMain, WM_MOUSEWHEEL, MakeLong(0, 1), 0);
+    EXPECT_EQ(Xzoom, 6);
+    RunFor(100);
+    EXPECT_GE(Account().shown, shown + 9);
+    EXPECT_EQ(Account().delivered, Account().shown) << "one restart, and a frame is read from its first blank on";
 }
 
 TEST_F(LiveCycle, GoesOnBehindADialogAndWhatPassesThereIsMissed)
