@@ -27,6 +27,7 @@
 #include "ui/menu_state.h"
 #include "ui/panel_readouts.h"
 #include "ui/status.h"
+#include "video/live_rate.h"
 
 #include <algorithm>
 #include <optional>
@@ -178,6 +179,7 @@ void Freeze(std::int32_t& live)
     if (DisplayEnabled) KillTimer(hWndMain, kLiveTimer);
     AccountCycleStops();
     icp_freeze(IcpModule, FrameA);
+    RestartLiveRate();
     SetTitle("Kelvo - frozen");
     live = 0;
 }

@@ -44,6 +44,7 @@
 #include "ui/status.h"
 #include "video/cursor_command.h"
 #include "video/image_cursor.h"
+#include "video/live_rate.h"
 #include "video/video.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
@@ -97,6 +98,7 @@ constexpr void (*kModules[])() = {
     ResetSimBoard,
     ResetBenchWindow,
     ResetImageCursor,
+    RestartLiveRate,
     ResetVideo,
     ResetCommLink,
     ResetCameraHead,

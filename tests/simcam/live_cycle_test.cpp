@@ -23,6 +23,8 @@ namespace kelvo {
 namespace {
 
 using testing::Contains;
+using testing::ElementsAre;
+using testing::SizeIs;
 
 class LiveCycle : public SimBoardTest {
   protected:
@@ -68,6 +70,53 @@ TEST_F(LiveCycle, ShowsItsRateAfterAHundredAndOneFrames)
 {
     RunFor(1'005);
     EXPECT_THAT(op.Texts("status", "text"), Contains("  Displaying at 101 Hz"));
+}
+
+// The rates that were shown, in order.
+std::vector<std::string> RatesShown(const TestOperator& op)
+{
+    std::vector<std::string> rates = op.Texts("status", "text");
+    std::erase_if(rates, [](const std::string& text) { return !text.starts_with("  Displaying at "); });
+    return rates;
+}
+
+TEST_F(LiveCycle, TheRateLeavesOutWhatAFreezeTook)
+{
+    RunFor(500);
+    SendMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    RunFor(9'000);
+    SendMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    RunFor(1'005);
+    EXPECT_THAT(RatesShown(op), ElementsAre("  Displaying at 101 Hz"));
+}
+
+TEST_F(LiveCycle, TheRateLeavesOutWhileNothingIsDisplayed)
+{
+    RunFor(500);
+    write::frames.DisplayEnabled = 0;  // as the panel's box
+    RunFor(9'000);
+    write::frames.DisplayEnabled = 1;
+    SetTimer(hWndMain, kLiveTimer, 0);
+    RunFor(1'005);
+    EXPECT_THAT(RatesShown(op), ElementsAre("  Displaying at 101 Hz"));
+}
+
+TEST_F(LiveCycle, TheRateLeavesOutWhatAnAcquisitionTook)
+{
+    RunFor(500);
+    write::buffer.PeriodicUpdates = 0;
+    RunFor(9'000);
+    write::buffer.PeriodicUpdates = 1;
+    RunFor(1'015);
+    EXPECT_THAT(RatesShown(op), ElementsAre("  Displaying at 101 Hz"));
+}
+
+TEST_F(LiveCycle, TheRateGoesOnOverAStepOfZoom)
+{
+    RunFor(500);
+    SendMessage(hWndMain, WM_COMMAND, kCmdZoomIn, 0);
+    RunFor(525);
+    EXPECT_THAT(RatesShown(op), SizeIs(1));
 }
 
 TEST_F(LiveCycle, ACommandGetsItsTurnWithinAFrame)
