@@ -1,6 +1,7 @@
 #include "grabber/board.h"
 
 #include "config/settings.h"
+#include "display/display_pipeline.h"
 #include "grabber/board_state_write.h"
 #include "grabber/correction.h"
 #include "grabber/frame_account.h"
@@ -39,6 +40,7 @@ bool boardCameUp = false;  // ResetBoardState has run
 void MakeFrameBlocks()
 {
     const std::size_t values = CameraFrameValues();
+    ForgetCameraFrame();
     AllocateBlock(write::frames.LiveFrame, values);
     AllocateBlock(write::frames.RawFrame, values);
     AllocateBlock(write::board.VideoCopy, values);

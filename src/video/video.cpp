@@ -259,7 +259,11 @@ void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom
         RestartGrab();
         restartedForGeometry = changes;
     }
-    if (ViewingFile) RefreshLiveFrame();
+    if (ViewingFile) {
+        RefreshLiveFrame();
+    } else if (changes && !LiveVideo) {
+        RedrawPicture();
+    }
     ShowGeometryInPanel();
 }
 

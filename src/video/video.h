@@ -27,7 +27,7 @@ void RestartGrab();
 
 // The one way in which pan (image pixels), zoom (1 to 16) and offset (screen units) change. The pan is written to the
 // camera's section in any case; without live video, file and camera nothing else happens. Live video is restarted, once
-// for all changes between two frames; the file on view is drawn again, the panel follows.
+// for all changes between two frames; a file or a frozen frame on view is drawn again, the panel follows.
 void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
                         std::int32_t xoffset, std::int32_t yoffset);
 
