@@ -46,6 +46,9 @@ const StateNames kStateNames{
     Named("LastPaintBottom", LastPaintBottom),
 };
 
+// The picture on the screen was made of the camera's frame that LiveFrame holds.
+bool showsCameraFrame = false;
+
 std::vector<PictureLayer> layers;
 
 void PaintLayers(bool newFrame)
@@ -101,6 +104,12 @@ void PaintNewPicture()
     PaintLayers(true);
 }
 
+bool HoldsCameraFrame()
+{
+    const std::int64_t pixels = std::int64_t{ActiveConfig.Hroi} * ActiveConfig.Vroi;
+    return showsCameraFrame && pixels > 0 && std::ssize(LiveFrame) == pixels;
+}
+
 std::span<const std::int16_t> FramePixelsOnView()
 {
     if (!ViewingFile) return LiveFrame;
@@ -119,7 +128,7 @@ void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness)
     write::display.Contrast = contrast;
     write::display.Brightness = brightness;
     ShowLevelsInPanel();
-    if (ViewingFile) DrawFileOnView();
+    if (!LiveVideo || !DisplayEnabled) RedrawPicture();  // running video takes the table with its next frame
 }
 
 void EnsureDisplayLut()
@@ -130,7 +139,9 @@ void EnsureDisplayLut()
 void DrawFrame(std::span<const std::int16_t> frame)
 {
     EnsureDisplayLut();
-    if (FillFrameBitmap(write::picture.FrameBitmap, frame, nullptr)) PaintNewPicture();
+    if (!FillFrameBitmap(write::picture.FrameBitmap, frame, nullptr)) return;
+    showsCameraFrame = !ViewingFile;
+    PaintNewPicture();
 }
 
 GrayRows BeginPicture()
@@ -142,6 +153,7 @@ GrayRows BeginPicture()
 void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays)
 {
     LookUpAgain(frame, changed, grays);
+    showsCameraFrame = true;
     PaintNewPicture();
 }
 
@@ -162,9 +174,18 @@ Rect PicturePlace()
     return {0, top, DibWidth(*FrameBitmap) * PaintZoom(Xzoom), top + DibHeight(*FrameBitmap) * PaintZoom(Yzoom)};
 }
 
-void DrawFileOnView()
+void RedrawPicture()
 {
-    DrawFrame(ImageBufferPixels(ImageHeader.ImageHeaderDataOffset));
+    if (ViewingFile) {
+        DrawFrame(ImageBufferPixels(ImageHeader.ImageHeaderDataOffset));
+    } else if (HoldsCameraFrame()) {
+        DrawFrame(LiveFrame);
+    }
+}
+
+void ForgetCameraFrame()
+{
+    showsCameraFrame = false;
 }
 
 void PaintBitmap(const Dib& bitmap, HWND window)
@@ -224,6 +245,7 @@ void ResetDisplayPipeline()
     write::picture.FrameBitmap = nullptr;
     LastPaintRight = 0;
     LastPaintBottom = 0;
+    showsCameraFrame = false;
     write::picture.PictureRightMargin = 0;
     layers.clear();
 }

@@ -18,8 +18,8 @@ namespace kelvo {
 extern const Dib& FrameBitmap;
 
 // Rebuilds DisplayLut for contrast (1 to 100), brightness (1 to 1000) and the range on view, stores both, shows them in
-// the panel, and draws the stored frame again if a file is on view. Where memory is refused there is no table and the
-// picture is black; nothing is told.
+// the panel, and draws a stored or frozen picture again (RedrawPicture); a running one takes the table with its next
+// frame. Where memory is refused there is no table and the picture is black; nothing is told.
 void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness);
 
 // Makes DisplayLut from the stored contrast and brightness if there is none yet. Nothing is drawn.
@@ -47,8 +47,11 @@ void DrawFrame(std::span<const std::int16_t> frame);
 GrayRows BeginPicture();
 void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays);
 
-// Draws the stored frame on view, if there is one.
-void DrawFileOnView();
+// Draws what is on view again, with the table, the colours and the geometry in force: the stored frame, or the camera's
+// last one, live or frozen. Nothing happens where neither is on the screen.
+void RedrawPicture();
+// LiveFrame was made anew: the camera's picture that stands on the screen can't be drawn again.
+void ForgetCameraFrame();
 
 // Paints a bitmap at Xzoom x Yzoom from the top left of a window's client area, in the main window below the panel, and
 // has what a larger picture left beside it erased. The main window scrolls over a picture that is larger than it.

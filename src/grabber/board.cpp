@@ -1,6 +1,7 @@
 #include "grabber/board.h"
 
 #include "config/settings.h"
+#include "display/display_pipeline.h"
 #include "grabber/board_state_write.h"
 #include "grabber/correction.h"
 #include "grabber/frame_account.h"
@@ -39,6 +40,7 @@ bool boardCameUp = false;  // ResetBoardState has run
 void MakeFrameBlocks()
 {
     const std::size_t values = CameraFrameValues();
+    ForgetCameraFrame();
     AllocateBlock(write::frames.LiveFrame, values);
     AllocateBlock(write::frames.RawFrame, values);
     AllocateBlock(write::board.VideoCopy, values);
@@ -144,14 +146,14 @@ void DropLists()
 // for the turn-on to tell.
 void RemakeFrames()
 {
+    AccountCycleStops();
     if (LiveVideo) icp_freeze(IcpModule, FrameA);
     icp_delete_all_frames(IcpModule);
     write::board.FrameA = kNoBoardFrame;
     if (CameraFrameValues() == 0) return;
     MakeFrameBlocks();
     if (!CreateFrameA() || !LiveVideo) return;
-    icp_grab(IcpModule, FrameA);
-    AccountGrabStarted();
+    if (icp_grab(IcpModule, FrameA) == 0) AccountGrabStarted();
 }
 
 }  // namespace
@@ -233,8 +235,11 @@ void FrameSizeChanged()
 int SetTriggerMode(std::int32_t enable)
 {
     amdig_trigen(AcqModule, enable ? 1 : 0);
-    const std::int32_t result = enable ? icp_trig_snap(IcpModule, FrameA) : icp_grab(IcpModule, FrameA);
-    return result == 0 ? 1 : 0;
+    AccountCycleStops();
+    if (enable) return icp_trig_snap(IcpModule, FrameA) == 0 ? 1 : 0;
+    if (icp_grab(IcpModule, FrameA) != 0) return 0;
+    AccountGrabStarted();
+    return 1;
 }
 
 int WaitForTrigger(std::int32_t timeout)

@@ -16,13 +16,34 @@ const StateNames kStateNames{
     {"FramesShown", [] { return StateValue{CurrentFrameAccount().shown}; }},
     {"FramesLost", [] { return StateValue{CurrentFrameAccount().lost}; }},
     {"FramesMissed", [] { return StateValue{CurrentFrameAccount().missed}; }},
+    {"FramesUsed", [] { return StateValue{CurrentFrameAccount().used}; }},
 };
 
 constexpr std::int64_t kRateWindowUs = 1'000'000;
 
 FrameAccount account;
-std::int64_t lastCount = 0;  // the board's, at the last read
-bool heldUp = true;
+std::int64_t lastCount = 0;  // the board's, when it was last asked
+bool heldUp = true;          // what has passed since then counts as missed
+int holdUps = 0;             // that live
+
+// What the board delivered since it was last asked. A count that fell back is that of a new grab.
+std::int64_t TakeArrived()
+{
+    const std::int64_t count = icp_frame_count(IcpModule);
+    const std::int64_t arrived = count < lastCount ? count : count - lastCount;
+    lastCount = count;
+    account.delivered += arrived;
+    return arrived;
+}
+
+// Frames of which the newest is in hand. One that is read twice, once by the cursor, is no new one.
+std::int64_t TakeArrivedBeforeNewest()
+{
+    const std::int64_t arrived = TakeArrived();
+    const std::int64_t newest = std::min<std::int64_t>(arrived, 1);
+    (heldUp ? account.missed : account.lost) += arrived - newest;
+    return newest;
+}
 
 // The rates are taken over a window that ends with the read that makes it a second long.
 struct RateWindow {
@@ -67,8 +88,32 @@ const FrameAccount& CurrentFrameAccount()
 
 void ClearFrameAccount()
 {
+    TakeArrived();
     account = {};
     window = {};
+}
+
+void AccountCycleStops()
+{
+    (heldUp ? account.missed : account.lost) += TakeArrived();
+    heldUp = true;
+}
+
+void AccountHeldUp()
+{
+    heldUp = true;
+}
+
+CycleHoldUp::CycleHoldUp()
+{
+    AccountCycleStops();
+    ++holdUps;
+}
+
+CycleHoldUp::~CycleHoldUp()
+{
+    --holdUps;
+    heldUp = true;
 }
 
 void AccountGrabStarted()
@@ -79,20 +124,22 @@ void AccountGrabStarted()
 
 void AccountFrameRead(bool shown)
 {
-    const std::int64_t count = icp_frame_count(IcpModule);
-    const std::int64_t arrived = std::max<std::int64_t>(count - lastCount, 0);
-    // A frame that is read twice, once by the cursor, is no new one.
-    const std::int64_t passed = std::max<std::int64_t>(arrived - 1, 0);
-    account.delivered += arrived;
-    (heldUp ? account.missed : account.lost) += passed;
+    TakeArrivedBeforeNewest();
     if (shown) ++account.shown;
-    lastCount = count;
+    heldUp = holdUps > 0;
+    UpdateRates();
+}
+
+void AccountFrameUsed()
+{
+    account.used += TakeArrivedBeforeNewest();
     heldUp = false;
     UpdateRates();
 }
 
-void AccountHeldUp()
+void AccountReadFailed()
 {
+    account.lost += TakeArrivedBeforeNewest();
     heldUp = true;
 }
 
@@ -101,6 +148,7 @@ void ResetFrameAccount()
     account = {};
     lastCount = 0;
     heldUp = true;
+    holdUps = 0;
     window = {};
 }
 

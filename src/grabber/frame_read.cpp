@@ -2,6 +2,7 @@
 
 #include "grabber/board_state.h"
 #include "grabber/copm2.h"
+#include "grabber/frame_account.h"
 #include "platform/box.h"
 #include "state/camera_config.h"
 #include "state/windows.h"
@@ -29,6 +30,7 @@ bool Fail(std::string_view text, std::string_view caption)
 bool ReadBoardArea(std::span<std::int16_t> buffer)
 {
     if (icp_read_area(IcpModule, FrameA, 0, 0, ActiveConfig.Hroi, ActiveConfig.Vroi, buffer) == 0) return true;
+    AccountReadFailed();
     return Fail("icp_read_area() Error", "ITEX Board Error!");
 }
 
@@ -37,6 +39,7 @@ bool ReadBoardFrame(std::span<std::int16_t> buffer)
     if (boxIsOpen) return false;
     itx_os_set_realtime_priority(1);
     if (icp_wait_vb(IcpModule, FrameA) == kBoardTimeout) {
+        AccountCycleStops();
         return Fail("Timeout waiting for vertical blank!", "icp_wait_vb() Error!");
     }
     return ReadBoardArea(buffer);

@@ -2,6 +2,7 @@
 
 #include "grabber/board_state.h"
 #include "grabber/copm2.h"
+#include "grabber/frame_account.h"
 #include "grabber/frame_read.h"
 #include "grabber/frame_size.h"
 #include "grabber/host_frames_write.h"
@@ -130,6 +131,7 @@ void FreeHostFrames()
 std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip)
 {
     EnsureHostFrames();
+    AccountCycleStops();
     itx_os_set_realtime_priority(1);
     write::hostFrames.HostFrameNext = 0;
     // After an allocation that stopped part-way fewer frames stand than are counted.
@@ -137,8 +139,11 @@ std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip)
     std::int32_t captured = 0;
     for (; captured < limit; ++captured) {
         for (std::int64_t blank = 0; blank <= skip; ++blank) icp_wait_vb(IcpModule, FrameA);
+        if (skip > 0) AccountHeldUp();  // what is left out is so on purpose
         if (!ReadBoardArea(write::hostFrames.HostFrames[static_cast<std::size_t>(captured)])) return 0;
+        AccountFrameUsed();
     }
+    AccountHeldUp();  // until the live cycle goes on
     write::hostFrames.HostFrameNext = captured >= numBufFrames ? 0 : captured;
     itx_os_set_realtime_priority(0);
     return captured;

@@ -21,7 +21,8 @@ extern const std::int32_t& HostFrameNext;        // index of the next free frame
 // bytes so far.
 std::int64_t AllocateHostFrames();
 void FreeHostFrames();  // HostFrameBytes and AveragingCapacity are 0 then
-// Captures count frames, each after skip frames left out. The number captured; 0 on failure, after its box.
+// Captures count frames, each after skip frames left out; in the frame account they are used. The number captured; 0 on
+// failure, after its box.
 std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip);
 // Copies a rectangle of each frame first to last, DataOffset added, to destination. The copy is flat: rows are not
 // respected. Start positions: 2 x (top x Hroi + left) in the frame, 2 x N x (k - first) in destination, N the

@@ -57,10 +57,12 @@ std::int32_t FrameRateRowOf(std::string_view file)
     return GetPrivateProfileInt("Setup", key, kDefaultFrameRateRow, file);
 }
 
+// In doubles, rounded to single once, when it is stored.
 float VoltsAt(std::int32_t counts, std::size_t gain, std::int32_t offset)
 {
-    const float zero = static_cast<float>(std::int64_t{offset} - kVoltsOffsetZero) * VoltsOffset;
-    return (static_cast<float>(counts) - ADoffset) * VoltsPerCountVsGain.at(gain) - zero;
+    const double zero = (static_cast<double>(offset) - kVoltsOffsetZero) * static_cast<double>(VoltsOffset);
+    const double aboveZero = static_cast<double>(counts) - static_cast<double>(ADoffset);
+    return static_cast<float>(aboveZero * static_cast<double>(VoltsPerCountVsGain.at(gain)) - zero);
 }
 
 void WriteSetupKeys(std::string_view file)

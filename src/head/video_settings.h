@@ -31,7 +31,7 @@ void LoadVideoSettings(std::string_view file);
 void SaveVideoSettings(std::string_view file);
 
 // VoltsLow and VoltsHigh, the volts at DisplayLow and DisplayHigh, for a gain index (limited to 0 to 15) and an offset:
-// (counts - ADoffset) x VoltsPerCountVsGain[gain] - (offset - 128) x VoltsOffset.
+// (counts - ADoffset) x VoltsPerCountVsGain[gain] - (offset - 128) x VoltsOffset, in double, rounded once to single.
 void SetVoltsRange(std::int32_t gain, std::int32_t offset);
 
 }  // namespace kelvo

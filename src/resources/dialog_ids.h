@@ -42,5 +42,6 @@ constexpr int kAccountMissed = 1004;
 constexpr int kAccountDeliveredRate = 1005;  // "100.0 Hz"
 constexpr int kAccountShownRate = 1006;
 constexpr int kAccountReset = 1007;
+constexpr int kAccountUsed = 1008;
 
 }  // namespace kelvo

@@ -2,7 +2,6 @@
 
 #include "display/display_pipeline.h"
 #include "grabber/frame_account.h"
-#include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/front.h"
 #include "platform/menu.h"
@@ -23,11 +22,11 @@
 #include "ui/status.h"
 #include "video/cursor_command.h"
 #include "video/image_cursor.h"
+#include "video/live_rate.h"
 #include "video/video.h"
 #include "viewing/playback.h"
 
-#include <algorithm>
-#include <utility>
+#include <optional>
 
 namespace kelvo {
 
@@ -39,13 +38,8 @@ const StateNames kStateNames{
     Named("DialogHelpArmed", DialogHelpArmed),
 };
 
-constexpr std::int32_t kRateFrames = 100;  // the rate is shown once the counter exceeds it
-constexpr int kViewMargin = 60;            // what panel and status line take of the client height
-constexpr std::int64_t kHeldOffMs = 10;    // how soon a live refresh that was held off is tried again
-
-std::int32_t liveFrameCounter = 0;
-std::int64_t liveStartMs = 0;
-bool commandRan = false;  // since the last live refresh
+constexpr int kViewMargin = 60;          // what panel and status line take of the client height
+constexpr std::int64_t kHeldOffMs = 10;  // how soon a live refresh that was held off is tried again
 
 void OnCreate(HWND window)
 {
@@ -107,40 +101,34 @@ void OnMouseWheel(HWND window, WPARAM wParam)
     for (int i = 0; i > steps; --i) SendMessage(window, WM_COMMAND, kCmdZoomOut, 0);
 }
 
-// A command that ran since the last refresh, or a dialog that is open, explains frames that passed by.
-void AccountForHoldUps()
-{
-    if (std::exchange(commandRan, false) || ModalIsOpen()) AccountHeldUp();
-}
-
 // The heart of live video: a frame, and the timer again at once, so that the operator gets a turn between two frames.
 void OnLiveTimer(HWND window)
 {
-    if (!DisplayEnabled || !(LiveVideo || CameraOn || ViewingFile)) return;
+    if (!DisplayEnabled || !(LiveVideo || CameraOn || ViewingFile)) {
+        RestartLiveRate();
+        return;
+    }
     if (!PeriodicUpdates) {  // a long acquisition owns the board
-        commandRan = true;
+        AccountHeldUp();
+        RestartLiveRate();
         SetTimer(window, kLiveTimer, kHeldOffMs);
         return;
     }
-    AccountForHoldUps();
+    if (ModalIsOpen()) AccountHeldUp();  // a dialog in front explains frames that passed by
     const int refreshed = RefreshLiveFrame();
     if (refreshed) NoteScriptFrame();
     if (!LiveVideo) {
-        if (refreshed) liveFrameCounter = 0;
+        if (refreshed) RestartLiveRate();
         return;
     }
     if (!refreshed) {
         ToggleLiveVideo();  // so that the board's message doesn't repeat
         return;
     }
-    if (liveFrameCounter == 0) liveStartMs = TickMs();
     SetTimer(window, kLiveTimer, 0);
-    ++liveFrameCounter;
-    if (liveFrameCounter <= kRateFrames) return;
-    const std::int64_t elapsedMs = std::max<std::int64_t>(1, TickMs() - liveStartMs);
-    const std::int64_t rateHz = std::int64_t{1000} * liveFrameCounter / elapsedMs;
-    StatusMessage(Format("  Displaying at %d Hz", static_cast<int>(rateHz)), 0);
-    liveFrameCounter = 0;
+    if (const std::optional<int> rateHz = CountLiveFrame()) {
+        StatusMessage(Format("  Displaying at %d Hz", *rateHz), 0);
+    }
 }
 
 LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
@@ -190,10 +178,8 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
 {
     if (LowWord(static_cast<WPARAM>(lParam)) != 0) return 0;  // from a control: its dialog has handled it
     const int id = LowWord(wParam);
-    commandRan = true;  // a dialog that it opens has live video behind it
-    const LRESULT result = HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
-    commandRan = true;
-    return result;
+    const CycleHoldUp holdUp;  // a dialog that it opens has live video behind it
+    return HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
 }
 
 void OpenDroppedFiles()
@@ -263,9 +249,6 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
 void ResetMainWindow()
 {
     DialogHelpArmed = 1;
-    liveFrameCounter = 0;
-    liveStartMs = 0;
-    commandRan = false;
 }
 
 }  // namespace kelvo

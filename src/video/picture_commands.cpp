@@ -20,7 +20,7 @@ CommandEnd ShowColorMap(int id)
 {
     write::display.ImageColor = static_cast<std::int16_t>(id);
     SetColorMap(ImageColor);
-    DrawFileOnView();
+    RedrawPicture();
     return CommandEnd::kResetStatus;
 }
 

@@ -8,7 +8,7 @@ namespace kelvo {
 // Freezes live video or resumes it (ToggleFreeze); live video is read in a unit that it has.
 CommandEnd FreezeFrame();
 
-// The colour maps by name, and the one after the map in force. A file on view is drawn again.
+// The colour maps by name, and the one after the map in force. What is on view is drawn again at once.
 CommandEnd ShowNormalGray();
 CommandEnd ShowInvertedGray();
 CommandEnd ShowNormalColor();

@@ -27,10 +27,12 @@
 #include "ui/menu_state.h"
 #include "ui/panel_readouts.h"
 #include "ui/status.h"
+#include "video/live_rate.h"
 
 #include <algorithm>
 #include <optional>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace kelvo {
@@ -38,6 +40,9 @@ namespace kelvo {
 namespace {
 
 constexpr std::int32_t kCrossReach = 6;  // the arm's first pixel beyond its end
+
+// A change of geometry has restarted the grab, and no frame has come since.
+bool restartedForGeometry = false;
 
 // The stored frame; false where the buffer doesn't hold what the header says.
 bool CopyStoredFrame(std::vector<std::int16_t>& frame)
@@ -60,6 +65,7 @@ bool RefreshRawFrame()
     if (!LiveVideo) return true;
     if (!ReadBoardFrame(std::span(write::frames.RawFrame).first(values))) return false;
     AccountFrameRead(DisplayEnabled != 0);
+    restartedForGeometry = false;
     return true;
 }
 
@@ -155,10 +161,12 @@ void Resume(std::int32_t& live)
     ShowFreezeInMenu(true);
     if (ViewingFile) LeaveStoredFile();
     write::file.ImageHeader.ImageHeaderDataOffset = 0;
-    if (icp_grab(IcpModule, FrameA) != 0) {
+    AccountCycleStops();
+    if (icp_grab(IcpModule, FrameA) == 0) {
+        AccountGrabStarted();
+    } else {
         MessageBox(hWndMain, "Error starting grab to image processing board", "icp_grab");
     }
-    AccountGrabStarted();
     SetTitle("Kelvo");
     live = 1;
     if (DisplayEnabled && hWndMain) SetTimer(hWndMain, kLiveTimer, 0);
@@ -169,7 +177,9 @@ void Freeze(std::int32_t& live)
     ShowFreezeInMenu(false);
     KeepLiveFrame();
     if (DisplayEnabled) KillTimer(hWndMain, kLiveTimer);
+    AccountCycleStops();
     icp_freeze(IcpModule, FrameA);
+    RestartLiveRate();
     SetTitle("Kelvo - frozen");
     live = 0;
 }
@@ -209,6 +219,7 @@ void ToggleFreeze(std::int32_t& flag)
 
 void RestartGrab()
 {
+    restartedForGeometry = false;
     write::frames.LiveVideo = 0;
     ToggleFreeze(write::frames.LiveVideo);
 }
@@ -235,14 +246,24 @@ void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom
     WriteCameraKey("Ypan", ypan);
     if (!LiveVideo && !ViewingFile && !CameraOn) return;
 
+    const bool changes =
+        std::tie(xpan, ypan, xzoom, yzoom, xoffset, yoffset) != std::tie(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
     write::display.Xpan = xpan;
     write::display.Ypan = ypan;
     write::camera.ActiveConfig.Xzoom = xzoom;
     write::camera.ActiveConfig.Yzoom = yzoom;
     write::camera.ActiveConfig.Xoffset = xoffset;
     write::camera.ActiveConfig.Yoffset = yoffset;
-    if (LiveVideo) RestartGrab();
-    if (ViewingFile) RefreshLiveFrame();
+    // The steps of a wheel or a held key between two frames are one change: the next frame shows them all.
+    if (LiveVideo && !(changes && restartedForGeometry)) {
+        RestartGrab();
+        restartedForGeometry = changes;
+    }
+    if (ViewingFile) {
+        RefreshLiveFrame();
+    } else if (changes && !LiveVideo) {
+        RedrawPicture();
+    }
     ShowGeometryInPanel();
 }
 
@@ -262,6 +283,11 @@ void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on)
     StatusMessage(
         Format("x=%3d  y=%3d  %s=%s %s     ", x, y, name.c_str(), value.c_str(), WithoutDegreeSign(unit).c_str()),
         static_cast<int>(TextAlign::kCentre));
+}
+
+void ResetVideo()
+{
+    restartedForGeometry = false;
 }
 
 }  // namespace kelvo

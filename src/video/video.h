@@ -26,8 +26,8 @@ void ToggleLiveVideo();  // ToggleFreeze(LiveVideo)
 void RestartGrab();
 
 // The one way in which pan (image pixels), zoom (1 to 16) and offset (screen units) change. The pan is written to the
-// camera's section in any case; without live video, file and camera nothing else happens. Live video is restarted, the
-// file on view drawn again, the panel follows.
+// camera's section in any case; without live video, file and camera nothing else happens. Live video is restarted, once
+// for all changes between two frames; a file or a frozen frame on view is drawn again, the panel follows.
 void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
                         std::int32_t xoffset, std::int32_t yoffset);
 
@@ -43,5 +43,8 @@ void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on);
 // 16 bits; 0 and no cross where (x, y) lies outside the frame. Pixels outside are left out.
 std::uint16_t StampCursorCross(std::span<std::int16_t> frame, std::int32_t width, std::int32_t height, std::int32_t x,
                                std::int32_t y);
+
+// No change of geometry waits for its frame.
+void ResetVideo();
 
 }  // namespace kelvo

@@ -110,7 +110,7 @@ TEST_F(Pipeline, EachImagePixelIsABlockOfTheZoom)
 {
     const std::vector<std::int16_t> counts{0, 16383, 8000, 4000, 12000, 2};
     View(3, 2, counts);
-    DrawFileOnView();
+    RedrawPicture();
     auto next = counts.begin();
     for (int row = 0; row < 2; ++row) {
         for (int column = 0; column < 3; ++column) {
@@ -132,7 +132,7 @@ TEST_F(Pipeline, UnlikeZoomsMakeOblongBlocks)
 {
     write::camera.ActiveConfig.Yzoom = 1;
     View(2, 2, {0, 16383, 16383, 0});
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(Shown(2, 0), kBlack);
     EXPECT_EQ(Shown(3, 0), kWhite);
     EXPECT_EQ(Shown(2, 1), kWhite);
@@ -144,7 +144,7 @@ TEST_F(Pipeline, ThePictureBeginsBelowThePanel)
     DockPanel();
     ASSERT_GT(PanelHeight(), 0);
     View(2, 1, {0, 16383});
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(Shown(3, PanelHeight()), kWhite);
     EXPECT_EQ(StateNumber("LastPaintBottom"), PanelHeight() + 3);
 }
@@ -167,9 +167,9 @@ TEST_F(Pipeline, ZoomingOutErasesTheOldMargin)
 TEST_F(Pipeline, ASmallerFrameErasesWhatTheLargerOneLeft)
 {
     View(10, 2, std::vector<std::int16_t>(20, 16383));
-    DrawFileOnView();
+    RedrawPicture();
     View(2, 10, std::vector<std::int16_t>(20, 16383));
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(Shown(5, 0), kWhite);
     EXPECT_EQ(Shown(6, 0), kBackground);
     EXPECT_EQ(Shown(29, 5), kBackground);
@@ -192,6 +192,63 @@ TEST_F(Pipeline, ATableRebuiltWithoutAFileDrawsNothing)
     EXPECT_EQ(Shown(0, 0), kBackground);
 }
 
+// The camera's last frame, of one count, on the screen and in LiveFrame.
+void ShowCameraFrame(std::int16_t count)
+{
+    write::frames.LiveFrame.assign(32 * 24, count);
+    DrawFrame(LiveFrame);
+}
+
+TEST_F(Pipeline, LevelsShowOnAFrozenFrameAtOnce)
+{
+    write::frames.CameraOn = 1;
+    BuildDisplayLut(100, 1000);
+    ShowCameraFrame(8000);
+    EXPECT_EQ(Shown(0, 0), kWhite);
+    BuildDisplayLut(100, 1);
+    EXPECT_EQ(Shown(0, 0), kBlack);
+}
+
+TEST_F(Pipeline, RunningVideoTakesLevelsWithItsNextFrame)
+{
+    write::frames.LiveVideo = 1;
+    write::frames.DisplayEnabled = 1;
+    BuildDisplayLut(100, 1000);
+    ShowCameraFrame(8000);
+    BuildDisplayLut(100, 1);
+    EXPECT_EQ(Shown(0, 0), kWhite);
+    write::frames.DisplayEnabled = 0;  // there is no next frame
+    BuildDisplayLut(100, 1);
+    EXPECT_EQ(Shown(0, 0), kBlack);
+}
+
+TEST_F(Pipeline, NothingIsRedrawnWhereNothingOfTheCameraIsOnTheScreen)
+{
+    const auto expectNothing = [&](std::uint32_t screen, const char* what) {
+        RedrawPicture();
+        EXPECT_EQ(Shown(0, 0), screen) << what;
+    };
+    BuildDisplayLut(100, 1000);
+    write::frames.LiveFrame.assign(32 * 24, 8000);
+    expectNothing(kBackground, "no picture at all");
+
+    View(32, 24, std::vector<std::int16_t>(32 * 24, 0));
+    RedrawPicture();
+    ASSERT_EQ(Shown(0, 0), kBlack);
+    write::frames.ViewingFile = 0;
+    expectNothing(kBlack, "a file that was left");
+
+    ShowCameraFrame(8000);
+    ASSERT_EQ(Shown(0, 0), kWhite);
+    write::frames.LiveFrame.assign(32 * 24, 0);
+    ForgetCameraFrame();
+    expectNothing(kWhite, "LiveFrame was made anew");
+
+    ShowCameraFrame(8000);
+    write::frames.LiveFrame.assign(32 * 23, 0);
+    expectNothing(kWhite, "a frame of another size");
+}
+
 TEST_F(Pipeline, ThePanelShowsContrastAndBrightness)
 {
     DockPanel();
@@ -204,10 +261,10 @@ TEST_F(Pipeline, WithoutABufferNothingIsDrawn)
 {
     View(4, 4, std::vector<std::int16_t>(16, 16383));
     write::frames.ImageBuffer.clear();
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(Shown(0, 0), kBackground);
     write::frames.ImageBuffer.resize(31);
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(Shown(0, 0), kBackground);
     EXPECT_EQ(FrameBitmap, nullptr);
 }
@@ -218,14 +275,14 @@ TEST_F(Pipeline, TheSamplesBeginBehindTheFrameHeader)
     write::file.ImageHeader.ImageHeaderDataOffset = 81;  // taken as 80
     write::frames.ImageBuffer[80] = 0xFF;
     write::frames.ImageBuffer[81] = 0x3F;
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(Shown(0, 0), kWhite);
 }
 
 TEST_F(Pipeline, RepaintingShowsTheLastPictureWithoutAFileOrACameraToo)
 {
     View(2, 2, std::vector<std::int16_t>(4, 16383));
-    DrawFileOnView();
+    RedrawPicture();
     const auto repainted = [] {
         const Rect all = GetClientRect(hWndMain);
         InvalidateRect(hWndMain, &all, true);
@@ -244,14 +301,14 @@ TEST_F(Pipeline, AZoomOfZeroOrBeyondAllBoundsEndsWell)
 {
     View(2, 2, std::vector<std::int16_t>(4, 16383));
     write::camera.ActiveConfig.Xzoom = 0;
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(Shown(0, 0), kBackground);
     write::camera.ActiveConfig.Xzoom = 2147483647;
     write::camera.ActiveConfig.Yzoom = 2147483647;
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(Shown(0, 0), kWhite);
     write::camera.ActiveConfig.Xzoom = -3;
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(StateNumber("LastPaintRight"), 0);
 }
 
@@ -374,7 +431,7 @@ class PipelineAtRatioTwo : public PictureTest {
 TEST_F(PipelineAtRatioTwo, APictureCoversTheSameLogicalPixels)
 {
     View(2, 1, {0, 16383});
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(DeviceBlock(hWndMain, 3), 6);
     EXPECT_EQ(Shown(2, 0), kBlack);
     EXPECT_EQ(Shown(3, 0), kWhite);
@@ -395,7 +452,7 @@ TEST_F(PipelineAtRatioOneAndAHalf, BlocksAreWholeDevicePixels)
     std::vector<std::int16_t> counts(30, 0);
     for (std::size_t i = 1; i < counts.size(); i += 2) counts[i] = 16383;
     View(30, 1, counts);
-    DrawFileOnView();
+    RedrawPicture();
     UpdateWindow(hWndMain);
     const int block = DeviceBlock(hWndMain, 1);
     EXPECT_EQ(block, 2);  // 1.5 rounded

@@ -21,6 +21,14 @@ class Account : public BoardTest {
         recordingBoard.frameCount += frames;
         AdvanceVirtualClock(frames * 10'000);
     }
+    // As those who restart it do, with so many frames since the last read.
+    static void RestartGrabAfter(int frames)
+    {
+        Pass(frames);
+        AccountCycleStops();
+        recordingBoard.frameCount = 0;
+        AccountGrabStarted();
+    }
     static void Read(int frames = 1)
     {
         Pass(frames);
@@ -69,11 +77,101 @@ TEST_F(Account, ANewGrabGoesOnWithTheAccount)
 {
     Read();
     Read();
-    recordingBoard.frameCount = 0;
-    AccountGrabStarted();
+    RestartGrabAfter(0);
+    Read();
+    EXPECT_EQ(CurrentFrameAccount().delivered, 3);
+    EXPECT_EQ(CurrentFrameAccount().shown, 3);
+    EXPECT_EQ(CurrentFrameAccount().lost, 0);
+    EXPECT_EQ(CurrentFrameAccount().missed, 0);
+}
+
+TEST_F(Account, WhatPassedBeforeANewGrabIsLost)
+{
+    Read();
+    RestartGrabAfter(24);
+    Read(3);
+    EXPECT_EQ(CurrentFrameAccount().delivered, 28);
+    EXPECT_EQ(CurrentFrameAccount().shown, 2);
+    EXPECT_EQ(CurrentFrameAccount().lost, 24);
+    EXPECT_EQ(CurrentFrameAccount().missed, 2) << "until its first read the cycle doesn't run";
+}
+
+TEST_F(Account, WhatPassedInADialogBeforeANewGrabIsMissed)
+{
+    Read();
+    AccountHeldUp();
+    RestartGrabAfter(24);
+    Read();
+    EXPECT_EQ(CurrentFrameAccount().lost, 0);
+    EXPECT_EQ(CurrentFrameAccount().missed, 24);
+}
+
+TEST_F(Account, WhatPassesBetweenTheStopAndTheStandstillOfTheGrabIsMissed)
+{
+    Read();
+    AccountCycleStops();
+    Pass(1);
+    RestartGrabAfter(0);
     Read();
     EXPECT_EQ(CurrentFrameAccount().delivered, 3);
     EXPECT_EQ(CurrentFrameAccount().lost, 0);
+    EXPECT_EQ(CurrentFrameAccount().missed, 1);
+}
+
+// A board that began anew on its own, without a word to the account.
+TEST_F(Account, ACountThatFellBackIsOfANewGrab)
+{
+    Read();
+    Read(9);
+    recordingBoard.frameCount = 0;
+    Read(2);
+    EXPECT_EQ(CurrentFrameAccount().delivered, 12);
+    EXPECT_EQ(CurrentFrameAccount().lost, 9);
+}
+
+TEST_F(Account, WhatACommandHeldUpIsMissedWhateverItReads)
+{
+    Read();
+    Pass(2);  // the command comes late
+    {
+        const CycleHoldUp holdUp;
+        Read(5);
+        Read(3);
+        RestartGrabAfter(7);
+    }
+    Read(2);
+    Read(2);
+    EXPECT_EQ(CurrentFrameAccount().lost, 2 + 1) << "before the command, and after the first read that follows it";
+    EXPECT_EQ(CurrentFrameAccount().missed, 4 + 2 + 7 + 1);
+    EXPECT_EQ(CurrentFrameAccount().delivered, 1 + 2 + 5 + 3 + 7 + 2 + 2);
+}
+
+TEST_F(Account, FramesOfABurstAreUsedAndWhatItsReadsLeaveOutIsLost)
+{
+    Read();
+    AccountCycleStops();
+    for (const int frames : {4, 1, 3}) {
+        Pass(frames);
+        AccountFrameUsed();
+    }
+    EXPECT_EQ(CurrentFrameAccount().used, 3);
+    EXPECT_EQ(CurrentFrameAccount().missed, 3) << "until the burst began";
+    EXPECT_EQ(CurrentFrameAccount().lost, 2);
+    AccountFrameUsed();
+    EXPECT_EQ(CurrentFrameAccount().used, 3) << "the same frame again";
+}
+
+TEST_F(Account, AFrameThatCouldNotBeReadIsLost)
+{
+    Read();
+    AccountHeldUp();
+    Pass(4);
+    AccountReadFailed();
+    EXPECT_EQ(CurrentFrameAccount().lost, 1);
+    EXPECT_EQ(CurrentFrameAccount().missed, 3);
+    Read(6);
+    EXPECT_EQ(CurrentFrameAccount().lost, 1);
+    EXPECT_EQ(CurrentFrameAccount().missed, 8) << "behind its box";
 }
 
 TEST_F(Account, AReadFrameNeedNotBeShown)
@@ -124,10 +222,7 @@ TEST_F(Account, RatesEndWithLiveVideo)
 TEST_F(Account, RatesGoOnWhileTheGrabStartsAgain)
 {
     for (int i = 0; i < 300; ++i) {
-        if (i % 20 == 0) {
-            recordingBoard.frameCount = 0;
-            AccountGrabStarted();
-        }
+        if (i % 20 == 0) RestartGrabAfter(0);
         Read();
     }
     EXPECT_NEAR(CurrentFrameAccount().deliveredHz, 100, 0.01);
@@ -138,11 +233,13 @@ TEST_F(Account, ClearingBeginsAnew)
 {
     Read();
     Read(5);
+    Pass(2);
     ClearFrameAccount();
     EXPECT_EQ(CurrentFrameAccount().delivered, 0);
     EXPECT_EQ(CurrentFrameAccount().lost, 0);
     Read();
     EXPECT_EQ(CurrentFrameAccount().delivered, 1) << "what was told before stays told";
+    EXPECT_EQ(CurrentFrameAccount().lost, 0);
 }
 
 }  // namespace

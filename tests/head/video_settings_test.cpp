@@ -11,6 +11,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace kelvo {
 namespace {
 
@@ -152,6 +154,27 @@ TEST_F(VideoSettings, VoltsOfAGainBeyondTheTableAreThoseAtItsEnds)
     EXPECT_EQ(VoltsHigh, 16383.0F);
     SetVoltsRange(99, 128);
     EXPECT_EQ(VoltsHigh, 32766.0F);
+}
+
+// Held against a wider type, in which all products are exact and all sums nearly so.
+TEST_F(VideoSettings, VoltsAreRoundedOnce)
+{
+    constexpr std::array kGains = {-0.000400F, -0.000311F, -0.000197F, -0.000113F, 0.00061035F};
+    write::camera.ADoffset = 8200.3F;
+    write::camera.VoltsOffset = 0.0123F;
+    for (const float gain : kGains) {
+        write::camera.VoltsPerCountVsGain[2] = gain;
+        for (std::int32_t offset = 0; offset <= 255; ++offset) {
+            const auto volts = [&](std::int32_t counts) {
+                const long double zero = static_cast<long double>(offset - 128) * 0.0123F;
+                const long double product = (static_cast<long double>(counts) - 8200.3F) * gain;
+                return static_cast<float>(product - zero);
+            };
+            SetVoltsRange(2, offset);
+            ASSERT_EQ(VoltsLow, volts(0)) << gain << ", " << offset;
+            ASSERT_EQ(VoltsHigh, volts(16383)) << gain << ", " << offset;
+        }
+    }
 }
 
 }  // namespace

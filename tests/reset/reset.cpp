@@ -44,6 +44,8 @@
 #include "ui/status.h"
 #include "video/cursor_command.h"
 #include "video/image_cursor.h"
+#include "video/live_rate.h"
+#include "video/video.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -96,6 +98,8 @@ constexpr void (*kModules[])() = {
     ResetSimBoard,
     ResetBenchWindow,
     ResetImageCursor,
+    RestartLiveRate,
+    ResetVideo,
     ResetCommLink,
     ResetCameraHead,
     ResetVideoSetupDialog,

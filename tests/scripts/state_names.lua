@@ -9,7 +9,7 @@ local names = {
   "ClientHeight", "ClientWidth", "CnfFilePath", "ColorMap", "CommPortOpen", "Contrast", "CurrentFrame", "CursorValue",
   "CursorX", "CursorY", "DataOffset", "DefaultDir", "Description", "DisplayEnabled", "DisplayHigh", "DisplayLow",
   "DisplayLut", "DisplayUnit", "DualCamera", "FilePathBuf", "FramePitch", "FrameRate", "FrameRows", "FramesDelivered",
-  "FramesLost", "FramesMissed", "FramesShown", "FramesToAverageImage", "FramesToAverageSeq", "GrabberPresent",
+  "FramesLost", "FramesMissed", "FramesShown", "FramesToAverageImage", "FramesToAverageSeq", "FramesUsed", "GrabberPresent",
   "GrayColorBar", "GrayScale", "Hactive", "HelpFilePath", "HelpMode", "HostFrameBytes", "HostFrameNext",
   "HostFramesAllocated", "Hroi", "ImageBuffer", "ImageColor", "ImageCursorOn", "ImageHeader.ByteSwap",
   "ImageHeader.DataType", "ImageHeader.DisplayHigh", "ImageHeader.DisplayLow", "ImageHeader.FrameCount",
@@ -27,7 +27,7 @@ local names = {
   "ViewingFile", "ViewingSequence", "VoltsHigh", "VoltsLow", "Vroi", "Xoffset", "Xpan", "Xzoom", "Yoffset", "Ypan",
   "Yzoom", "nCommPort", "numBufFrames",
 }
-check.eq(#names, 140)
+check.eq(#names, 141)
 for _, name in ipairs(names) do
   local found, message = pcall(state, name)
   assert(found, message)

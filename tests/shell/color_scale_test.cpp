@@ -276,7 +276,7 @@ TEST_F(ColorScale, FollowsTheMap)
     Bar();
     write::display.ImageColor = kInvertedGray;
     SetColorMap(ImageColor);
-    DrawFileOnView();
+    RedrawPicture();
     const Column bar = Bar();
     EXPECT_EQ(bar.colors.front(), 0x000000U);
     EXPECT_EQ(bar.colors.back(), 0xFFFFFFU);
@@ -325,7 +325,7 @@ TEST_F(ColorScale, APictureWiderThanTheWindowScrollsClearOfIt)
     const int width = ClientWidth;
     View(width, 8, std::vector<std::int16_t>(static_cast<std::size_t>(width) * 8, 8000));
     write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = 1;
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_EQ(GetPictureArea(hWndMain).bottom, ClientHeight - TextHeight) << "it fits: no bar";
     ToggleColorScale();
     EXPECT_LT(GetPictureArea(hWndMain).bottom, ClientHeight - TextHeight);
@@ -335,7 +335,7 @@ TEST_F(ColorScale, APictureWiderThanTheWindowScrollsClearOfIt)
 
 TEST_F(ColorScale, TheSwitchIsKeptAndThePictureComesBack)
 {
-    DrawFileOnView();
+    RedrawPicture();
     const std::vector<std::uint32_t> before = Screen().pixels;
     ToggleColorScale();
     EXPECT_TRUE(GetMenuItem(hWndMain, kCmdViewColorScale)->checked);

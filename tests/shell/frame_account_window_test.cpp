@@ -63,15 +63,20 @@ TEST_F(FrameAccountWindow, ShowsCountsAndRates)
 {
     HWND dialog = OpenWatched();
     ASSERT_TRUE(dialog);
-    ShowFrameAccount(
-        dialog,
-        {.delivered = 1234567890123, .shown = 800, .lost = 2, .missed = 31, .deliveredHz = 99.96, .shownHz = 49.94});
+    ShowFrameAccount(dialog, {.delivered = 1234567890123,
+                              .shown = 800,
+                              .used = 16,
+                              .lost = 2,
+                              .missed = 31,
+                              .deliveredHz = 99.96,
+                              .shownHz = 49.94});
     EXPECT_EQ(GetDlgItemText(dialog, 1001), "1234567890123");
     EXPECT_EQ(GetDlgItemText(dialog, 1002), "800");
     EXPECT_EQ(GetDlgItemText(dialog, 1003), "2");
     EXPECT_EQ(GetDlgItemText(dialog, 1004), "31");
     EXPECT_EQ(GetDlgItemText(dialog, 1005), "100.0 Hz");
     EXPECT_EQ(GetDlgItemText(dialog, 1006), "49.9 Hz");
+    EXPECT_EQ(GetDlgItemText(dialog, 1008), "16");
     EndDialog(dialog, 0);
 }
 

@@ -243,7 +243,7 @@ TEST_F(SaturationOverlay, RawCountsOfAFileAreMarked)
     write::file.ImageHeader.DataType = 1;
     write::file.ImageHeader.IntensityCold = write::file.ImageHeader.IntensityHot = -10000;
     ToggleSaturationOverlay();
-    DrawFileOnView();
+    RedrawPicture();
     EXPECT_TRUE(ItemOf().enabled);
     const MarkColors colors = ColorsAgainst(ColorMap);
     EXPECT_EQ(Shown(1, PanelHeight() + 1), colors.low);
@@ -266,7 +266,7 @@ TEST_F(SaturationOverlay, AFileThatIsNotRawIsNotMarkedAndTheItemStandsGray)
         write::file.ImageHeader.SampleBytes = row.sampleBytes;
         write::file.ImageHeader.DataType = row.dataType;
         write::file.ImageHeader.IntensityCold = row.cold;
-        DrawFileOnView();
+        RedrawPicture();
         EXPECT_FALSE(ItemOf().enabled) << row.path;
         EXPECT_TRUE(ItemOf().checked);
         EXPECT_EQ(Shown(1, PanelHeight() + 1), 0U) << row.path;

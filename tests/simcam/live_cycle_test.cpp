@@ -10,6 +10,7 @@
 #include "shell/main_window.h"
 #include "simcam/sim_board_fixture.h"
 #include "state/buffer_state_write.h"
+#include "state/display_state.h"
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
 #include "video/video.h"
@@ -22,6 +23,8 @@ namespace kelvo {
 namespace {
 
 using testing::Contains;
+using testing::ElementsAre;
+using testing::SizeIs;
 
 class LiveCycle : public SimBoardTest {
   protected:
@@ -69,6 +72,53 @@ TEST_F(LiveCycle, ShowsItsRateAfterAHundredAndOneFrames)
     EXPECT_THAT(op.Texts("status", "text"), Contains("  Displaying at 101 Hz"));
 }
 
+// The rates that were shown, in order.
+std::vector<std::string> RatesShown(const TestOperator& op)
+{
+    std::vector<std::string> rates = op.Texts("status", "text");
+    std::erase_if(rates, [](const std::string& text) { return !text.starts_with("  Displaying at "); });
+    return rates;
+}
+
+TEST_F(LiveCycle, TheRateLeavesOutWhatAFreezeTook)
+{
+    RunFor(500);
+    SendMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    RunFor(9'000);
+    SendMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    RunFor(1'005);
+    EXPECT_THAT(RatesShown(op), ElementsAre("  Displaying at 101 Hz"));
+}
+
+TEST_F(LiveCycle, TheRateLeavesOutWhileNothingIsDisplayed)
+{
+    RunFor(500);
+    write::frames.DisplayEnabled = 0;  // as the panel's box
+    RunFor(9'000);
+    write::frames.DisplayEnabled = 1;
+    SetTimer(hWndMain, kLiveTimer, 0);
+    RunFor(1'005);
+    EXPECT_THAT(RatesShown(op), ElementsAre("  Displaying at 101 Hz"));
+}
+
+TEST_F(LiveCycle, TheRateLeavesOutWhatAnAcquisitionTook)
+{
+    RunFor(500);
+    write::buffer.PeriodicUpdates = 0;
+    RunFor(9'000);
+    write::buffer.PeriodicUpdates = 1;
+    RunFor(1'015);
+    EXPECT_THAT(RatesShown(op), ElementsAre("  Displaying at 101 Hz"));
+}
+
+TEST_F(LiveCycle, TheRateGoesOnOverAStepOfZoom)
+{
+    RunFor(500);
+    SendMessage(hWndMain, WM_COMMAND, kCmdZoomIn, 0);
+    RunFor(525);
+    EXPECT_THAT(RatesShown(op), SizeIs(1));
+}
+
 TEST_F(LiveCycle, ACommandGetsItsTurnWithinAFrame)
 {
     RunFor(100);
@@ -107,6 +157,33 @@ TEST_F(LiveCycle, WhatTheProgramItselfIsLateForIsLost)
     RunFor(100);
     EXPECT_EQ(Account().lost, 2);
     EXPECT_EQ(Account().missed, 0);
+}
+
+TEST_F(LiveCycle, AStallBeforeAFreezeOrAStepOfZoomIsLost)
+{
+    RunFor(100);
+    DelayMs(500);
+    SendMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    EXPECT_EQ(Account().lost, 50);
+    SendMessage(hWndMain, WM_COMMAND, kCmdFreeze, 0);
+    RunFor(100);
+    DelayMs(500);
+    SendMessage(hWndMain, WM_COMMAND, kCmdZoomIn, 0);
+    EXPECT_EQ(Account().lost, 100);
+    RunFor(100);
+    EXPECT_EQ(Account().lost, 100);
+    EXPECT_EQ(Account().delivered, Account().shown + Account().lost + Account().missed);
+}
+
+TEST_F(LiveCycle, ATurnOfTheWheelIsOneChangeOfGeometry)
+{
+    RunFor(100);
+    const std::int64_t shown = Account().shown;
+    for (int notch = 0; notch < 5; ++notch) SendMessage(hWndMain, WM_MOUSEWHEEL, MakeLong(0, 1), 0);
+    EXPECT_EQ(Xzoom, 6);
+    RunFor(100);
+    EXPECT_GE(Account().shown, shown + 9);
+    EXPECT_EQ(Account().delivered, Account().shown) << "one restart, and a frame is read from its first blank on";
 }
 
 TEST_F(LiveCycle, GoesOnBehindADialogAndWhatPassesThereIsMissed)

@@ -114,7 +114,7 @@ void ErrLevel(std::int32_t level)
 
 std::int32_t Grab(BoardModule module, BoardFrame frame)
 {
-    recordingBoard.frameCount = 0;
+    if (AnswerOf("icp_grab", 0) == 0) recordingBoard.frameCount = 0;
     if (recordingBoard.grabTurnsDisplayOff) write::frames.DisplayEnabled = 0;
     return Report("icp_grab", Format(" %d %d", module, frame));
 }

@@ -110,7 +110,7 @@ class ImageCursor : public PictureTest {
     {
         DockPanel();
         View(32, 24, std::vector<std::int16_t>(32 * 24, 100));
-        DrawFileOnView();
+        RedrawPicture();
     }
     static Point Client(int x, int y) { return ClientToScreen(hWndMain, {x, y}); }
 };
@@ -239,7 +239,7 @@ class ScrolledImageCursor : public ImageCursor {
     ScrolledImageCursor()
     {
         View(640, 480, std::vector<std::int16_t>(640 * 480, 100));
-        DrawFileOnView();
+        RedrawPicture();
     }
 };
 
@@ -279,7 +279,7 @@ TEST_F(ImageCursorAtRatioOneAndAHalf, ThePixelIsTheOneOnTheScreen)
 {
     write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = 1;
     View(2000, 1500, std::vector<std::int16_t>(2000 * 1500, 100));
-    DrawFileOnView();
+    RedrawPicture();
     Rect view;
     ViewClipRect(view);
     for (const int x : {40, 400}) {

@@ -2,6 +2,7 @@
 #include "grabber/board.h"
 #include "grabber/board_state_write.h"
 #include "grabber/frame_account.h"
+#include "grabber/host_frames.h"
 #include "imagefile/header_write.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
@@ -10,7 +11,7 @@
 #include "resources/ids.h"
 #include "state/buffer_state.h"
 #include "state/cal_state_write.h"
-#include "state/camera_config.h"
+#include "state/camera_config_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
@@ -186,6 +187,177 @@ TEST_F(LiveFrames, NothingIsDrawnWithTheDisplayOff)
     EXPECT_FALSE(FrameBitmap);
     EXPECT_EQ(CurrentFrameAccount().shown, 0);
     EXPECT_EQ(CurrentFrameAccount().delivered, 1);
+}
+
+// What the board delivers comes to its count by hand; each blank that is waited for adds one.
+class LiveAccount : public BoardTest {
+  protected:
+    LiveAccount()
+    {
+        write::display.DisplayHigh = 16383;
+        ClearFrameAccount();
+        GoLive(4, 2);
+        RefreshLiveFrame();
+        RefreshLiveFrame();
+    }
+    static const FrameAccount& Account() { return CurrentFrameAccount(); }
+    static void ExpectNothingForgotten()
+    {
+        EXPECT_EQ(Account().delivered, Account().shown + Account().used + Account().lost + Account().missed);
+    }
+};
+
+TEST_F(LiveAccount, WhatPassedBeforeAFreezeIsLost)
+{
+    recordingBoard.frameCount += 24;
+    ToggleLiveVideo();
+    EXPECT_EQ(Account().lost, 24);
+    EXPECT_EQ(Account().delivered, 26);
+    ToggleLiveVideo();
+    RefreshLiveFrame();
+    EXPECT_EQ(Account().lost, 24);
+    EXPECT_EQ(Account().delivered, 27);
+    ExpectNothingForgotten();
+}
+
+TEST_F(LiveAccount, WhatPassedBeforeAChangeOfGeometryIsLost)
+{
+    recordingBoard.frameCount += 24;
+    SetDisplayGeometry(0, 0, 2, 2, 0, 0);
+    EXPECT_EQ(Account().lost, 24);
+    RefreshLiveFrame();
+    EXPECT_EQ(Account().lost, 24);
+    EXPECT_EQ(Account().delivered, 27);
+    ExpectNothingForgotten();
+}
+
+TEST_F(LiveAccount, WhatPassedBeforeAChangeOfSizeIsLost)
+{
+    recordingBoard.frameCount += 24;
+    SetSize(6, 3);
+    FrameSizeChanged();
+    EXPECT_EQ(Account().lost, 24);
+    RefreshLiveFrame();
+    EXPECT_EQ(Account().lost, 24);
+    EXPECT_EQ(Account().delivered, 27);
+    ExpectNothingForgotten();
+}
+
+TEST_F(LiveAccount, WhatPassedBeforeTheTriggerIsArmedIsLost)
+{
+    recordingBoard.frameCount += 24;
+    SetTriggerMode(1);
+    EXPECT_EQ(Account().lost, 24);
+    SetTriggerMode(0);
+    RefreshLiveFrame();
+    EXPECT_EQ(Account().lost, 24);
+    EXPECT_EQ(Account().delivered, 27);
+    ExpectNothingForgotten();
+}
+
+TEST_F(LiveAccount, AFrameThatCantBeReadAfterItsBlankIsLost)
+{
+    recordingBoard.answers["icp_read_area"] = 3;
+    op.AtNextBox([](const FrontBox&) { recordingBoard.frameCount += 5; });
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    EXPECT_EQ(Account().lost, 1);
+    ToggleLiveVideo();
+    EXPECT_EQ(Account().lost, 1);
+    EXPECT_EQ(Account().missed, 5) << "behind the box";
+    ExpectNothingForgotten();
+}
+
+TEST_F(LiveAccount, WhatPassesBehindTheBoxOfATimeOutIsMissed)
+{
+    recordingBoard.frameCount += 2;
+    recordingBoard.answers["icp_wait_vb"] = kBoardTimeout;
+    op.AtNextBox([](const FrontBox&) { recordingBoard.frameCount += 5; });
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    EXPECT_EQ(Account().lost, 3) << "the recording board counts on while it says that no blank came";
+    ToggleLiveVideo();
+    EXPECT_EQ(Account().missed, 5);
+    ExpectNothingForgotten();
+}
+
+// The board goes on as it was: nothing begins anew.
+TEST_F(LiveAccount, AGrabThatDoesntStartAgainCountsOn)
+{
+    recordingBoard.frameCount = 100;
+    RefreshLiveFrame();
+    ASSERT_EQ(Account().delivered, 101);
+    recordingBoard.answers["icp_grab"] = -1;
+    RestartGrab();
+    RefreshLiveFrame();
+    EXPECT_EQ(Account().delivered, 102);
+    ExpectNothingForgotten();
+}
+
+// Several steps of a wheel or a key come between two frames.
+TEST_F(LiveAccount, ChangesOfGeometryBetweenTwoFramesRestartTheGrabOnce)
+{
+    ForgetAsked();
+    for (int zoom = 2; zoom <= 6; ++zoom) SetDisplayGeometry(0, 0, zoom, zoom, 0, 0);
+    SetDisplayGeometry(3, 0, 6, 6, 0, 0);
+    EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_grab 11 5"));
+    EXPECT_EQ(Xzoom, 6);
+    EXPECT_EQ(Xpan, 3);
+    RefreshLiveFrame();
+    ForgetAsked();
+    SetDisplayGeometry(0, 0, 5, 5, 0, 0);
+    EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_grab 11 5")) << "a frame has come since";
+}
+
+TEST_F(LiveAccount, TheSameGeometryAgainRestartsTheGrabEachTime)
+{
+    ForgetAsked();
+    RefreshPicture();
+    RefreshPicture();
+    EXPECT_THAT(recordingBoard.asked, ElementsAre("icp_grab 11 5", "icp_grab 11 5"));
+}
+
+TEST_F(LiveAccount, FramesOfABurstAreUsed)
+{
+    write::camera.numBufFrames = 8;
+    ASSERT_EQ(CaptureToHostFrames(3, 0), 3);
+    EXPECT_EQ(Account().used, 3);
+    RefreshLiveFrame();
+    EXPECT_EQ(Account().missed, 0);
+    EXPECT_EQ(Account().lost, 0);
+    ExpectNothingForgotten();
+}
+
+TEST_F(LiveAccount, WhatPassesBetweenTwoFramesOfABurstIsLost)
+{
+    write::camera.numBufFrames = 8;
+    recordingBoard.onRead = [](std::int32_t n) {
+        if (n == 2) recordingBoard.frameCount += 2;  // it is read late
+    };
+    ASSERT_EQ(CaptureToHostFrames(3, 0), 3);
+    EXPECT_EQ(Account().used, 3);
+    EXPECT_EQ(Account().lost, 2);
+    ExpectNothingForgotten();
+}
+
+TEST_F(LiveAccount, WhatABurstLeavesOutIsMissed)
+{
+    write::camera.numBufFrames = 8;
+    ASSERT_EQ(CaptureToHostFrames(2, 3), 2);
+    EXPECT_EQ(Account().used, 2);
+    EXPECT_EQ(Account().missed, 6);
+    EXPECT_EQ(Account().lost, 0);
+    ExpectNothingForgotten();
+}
+
+TEST_F(LiveAccount, AFailedBurstLosesItsFrame)
+{
+    write::camera.numBufFrames = 8;
+    recordingBoard.onRead = [](std::int32_t n) {
+        if (n == 2) recordingBoard.answers["icp_read_area"] = -1;
+    };
+    ASSERT_EQ(CaptureToHostFrames(3, 0), 0);
+    EXPECT_EQ(Account().used, 1);
+    EXPECT_EQ(Account().lost, 1);
+    ExpectNothingForgotten();
 }
 
 class Freezing : public BoardTest {
