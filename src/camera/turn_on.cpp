@@ -53,23 +53,6 @@ std::string WithoutAutoStart(std::string text)
     return text.erase(place - 1);
 }
 
-// The calibration that an argument names; empty where it names none, or a file of another kind.
-std::string CalibrationNamed(std::string_view argument)
-{
-    const std::string text = WithoutAutoStart(UpperAscii(argument));
-    if (text.size() < kShortestName) return {};
-    std::string drive;
-    std::string directory;
-    std::string name;
-    std::string extension;
-    SplitPath(text, &drive, &directory, &name, &extension);
-    if (drive.size() < kShortestDrive) drive = "c:";
-    if (directory.size() < kShortestDirectory) directory = "\\KELVO\\";
-    if (extension.empty()) extension = ".CAL";
-    if (!EqualIgnoringCase(extension, ".CAL")) return {};
-    return MakePath(drive, directory, name, extension);
-}
-
 bool SectionCanRun()
 {
     const std::optional<std::string> reason = WhyCameraCantRun();
@@ -201,6 +184,22 @@ constexpr DialogFrame kFrame{.name = "CLOCK_ON",
                              .cantOpenResult = kNothing};
 
 }  // namespace
+
+std::string CalibrationNamed(std::string_view argument)
+{
+    const std::string text = WithoutAutoStart(UpperAscii(argument));
+    if (text.size() < kShortestName) return {};
+    std::string drive;
+    std::string directory;
+    std::string name;
+    std::string extension;
+    SplitPath(text, &drive, &directory, &name, &extension);
+    if (drive.size() < kShortestDrive) drive = "c:";
+    if (directory.size() < kShortestDirectory) directory = "\\KELVO\\";
+    if (extension.empty()) extension = ".CAL";
+    if (!EqualIgnoringCase(extension, ".CAL")) return {};
+    return MakePath(drive, directory, name, extension);
+}
 
 int TurnCameraOn(const char* argument, int /*flag*/)
 {

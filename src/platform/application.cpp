@@ -13,12 +13,14 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocale>
 #include <QPalette>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -84,6 +86,18 @@ void DropScreenRemarks(QtMsgType /*type*/, const QMessageLogContext& /*context*/
     std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
 }
 
+// The toolkit takes the environment's locale over for the whole process. How characters are coded stays its own;
+// numbers, day and month names are those of the C locale: settings and calibrations are read on machines with another
+// one.
+void KeepPlainLocale()
+{
+    const char* const characters = std::setlocale(LC_CTYPE, nullptr);
+    const std::string environment = characters ? characters : "C";
+    std::setlocale(LC_ALL, "C");
+    std::setlocale(LC_CTYPE, environment.c_str());
+    QLocale::setDefault(QLocale::c());
+}
+
 void MakeApplication(const CommandLine& commandLine)
 {
     if (commandLine.offscreen) qInstallMessageHandler(DropScreenRemarks);
@@ -95,6 +109,7 @@ void MakeApplication(const CommandLine& commandLine)
     std::optional<OffscreenEnvironment> environment;
     if (commandLine.offscreen) environment.emplace(commandLine);
     application = std::make_unique<QApplication>(count, arguments).release();
+    KeepPlainLocale();
     application->setQuitOnLastWindowClosed(false);
 }
 

@@ -1,6 +1,7 @@
 // The process: command line, directories, theme, and the one application object behind all windows.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -10,6 +11,9 @@
 namespace kelvo {
 
 enum class Theme { kDesktop, kLight, kDark };
+
+// A shorter command line counts as none.
+inline constexpr std::size_t kShortestCommandLine = 5;
 
 struct CommandLine {
     std::string dataDirectory;                 // --data
@@ -21,7 +25,8 @@ struct CommandLine {
     double scale = 1.0;                        // --scale, 0.5 to 4
     bool virtualTime = false;                  // --virtual-time
     Theme theme = Theme::kDesktop;             // --theme
-    std::string rest;                          // the bare arguments joined by blanks, as the system's own command line
+    std::string rest;  // the bare arguments joined by blanks, as the system's own command line; paths whole, unless all
+                       // that was typed is shorter than kShortestCommandLine
     bool showVersion = false;
     bool showHelp = false;
     std::string error;  // not empty: what is wrong with it

@@ -1,4 +1,5 @@
 #include "platform/application.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -18,9 +19,21 @@ std::string AbsolutePath(std::string_view path)
     return error ? std::string(path) : absolute.string();
 }
 
+// The word that may stand before or behind a calibration's name, here within one quoted argument.
+constexpr std::string_view kAutoStart = "AUTOSTART";
+
 // A name alone stays as it is: of a calibration it means one beside the settings.
 std::string WholeIfRelative(std::string_view argument)
 {
+    const std::size_t word = kAutoStart.size();
+    if (argument.size() > word && argument[word] == ' ' && EqualIgnoringCase(argument.substr(0, word), kAutoStart)) {
+        return std::string(argument.substr(0, word + 1)) + WholeIfRelative(Trimmed(argument.substr(word)));
+    }
+    if (argument.size() > word && argument[argument.size() - word - 1] == ' ' &&
+        EqualIgnoringCase(argument.substr(argument.size() - word), kAutoStart)) {
+        return WholeIfRelative(Trimmed(argument.substr(0, argument.size() - word))) + " " +
+               std::string(argument.substr(argument.size() - word));
+    }
     const bool hasDirectory = argument.find_first_of("/\\") != std::string_view::npos;
     const bool isWhole = argument.find_first_of("/\\") == 0 || (argument.size() > 1 && argument[1] == ':');
     if (!hasDirectory || isWhole) return std::string(argument);
@@ -107,6 +120,8 @@ class Parser {
     CommandLine Parse()
     {
         while (next_ < arguments_.size() && line_.error.empty()) TakeArgument(arguments_[next_++]);
+        // What is too short to mean anything isn't made longer.
+        line_.rest = typed_.size() < kShortestCommandLine ? typed_ : whole_;
         return line_;
     }
 
@@ -119,8 +134,9 @@ class Parser {
         } else if (argument.size() > 1 && argument.front() == '-') {
             TakeOption(argument);
         } else {
-            if (!line_.rest.empty()) line_.rest += ' ';
-            line_.rest += WholeIfRelative(argument);
+            const std::string_view divider = typed_.empty() ? "" : " ";
+            typed_.append(divider).append(argument);
+            whole_.append(divider).append(WholeIfRelative(argument));
         }
     }
 
@@ -153,6 +169,8 @@ class Parser {
 
     std::span<const std::string> arguments_;
     std::size_t next_ = 0;
+    std::string typed_;  // the bare arguments
+    std::string whole_;  // with their paths made absolute
     CommandLine line_;
 };
 

@@ -4,6 +4,7 @@
 #include "platform/faults.h"
 #include "platform/files.h"
 #include "platform/memory.h"
+#include "platform/one_process.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/qt_window.h"
@@ -21,6 +22,7 @@ void ResetPlatform()
     ForgetWindowClasses();
     ForgetDroppedFiles();
     ForgetKeys();
+    ReleaseDataDirectory();  // its line belongs to the application object
     EndApplication();
     ForgetTurns();  // what the last widgets have posted
 

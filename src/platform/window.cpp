@@ -232,6 +232,17 @@ void ShowWindow(HWND window, bool shown)
     if (QWidget* const widget = TopLevelOf(window)) widget->setVisible(shown);
 }
 
+void BringToFront(HWND window, const std::string& activation)
+{
+    QWidget* const widget = TopLevelOf(window);
+    if (!widget) return;
+    if (!activation.empty()) qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activation));
+    widget->setWindowState(widget->windowState() & ~Qt::WindowMinimized);
+    widget->show();
+    widget->raise();
+    widget->activateWindow();
+}
+
 void MoveWindow(HWND window, const Rect& place)
 {
     if (QWidget* const widget = TopLevelOf(window)) widget->setGeometry(ToQRect(place));

@@ -77,6 +77,9 @@ void DestroyWindow(HWND window);  // WM_DESTROY, then the handle is gone
 // available geometry.
 void ShowWindowMaximised(HWND window);
 void ShowWindow(HWND window, bool shown);
+// In front of the desktop's other windows, with the focus, and no icon any more. activation: the desktop's permission
+// for it ("XDG_ACTIVATION_TOKEN"), handed on by who asked; empty where the desktop gives none.
+void BringToFront(HWND window, const std::string& activation);
 void MoveWindow(HWND window, const Rect& place);  // children: in the parent's client coordinates
 // Paints what is invalid now: WM_PAINT, and the screen shows it when this returns.
 void UpdateWindow(HWND window);

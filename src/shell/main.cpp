@@ -2,11 +2,13 @@
 #include "platform/transcript.h"
 #include "script/script.h"
 #include "shell/script_hooks.h"
+#include "shell/second_start.h"
 #include "shell/start_options_write.h"
 #include "shell/startup.h"
 #include "simcam/sim_camera.h"
 
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,11 +32,15 @@ int main(int argc, char** argv)
     RegisterSimulatedLines();
     RegisterSimulatedBoard();
     StartApplication(commandLine);
+    write::options.startOptions = {.dataDirectory = commandLine.dataDirectory, .viewFile = commandLine.viewFile};
+    // Found once: it is held under this name for the life of the process.
+    write::options.startOptions.dataDirectory = FindDefaultDirectory();
+    if (const std::optional<int> exitCode = EndBesideAnotherStart(commandLine)) return *exitCode;
+    const DataDirectoryHold hold;
     if (!commandLine.transcriptFile.empty() && !OpenTranscript(commandLine.transcriptFile)) {
         std::fprintf(stderr, "kelvo: can't write the transcript %s\n", commandLine.transcriptFile.c_str());
         return 2;
     }
-    write::options.startOptions = {.dataDirectory = commandLine.dataDirectory, .viewFile = commandLine.viewFile};
     if (!commandLine.scriptFile.empty()) {
         ConnectScripts();
         std::string error;

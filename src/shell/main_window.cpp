@@ -12,6 +12,7 @@
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/commands.h"
+#include "shell/second_start.h"
 #include "shell/shutdown.h"
 #include "shell/start_options.h"
 #include "state/buffer_state.h"
@@ -145,6 +146,9 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
         case kLiveTimer:
             OnLiveTimer(window);
             return 0;
+        case kHandedTimer:
+            OpenHandedFiles();
+            return 0;
         default:
             return DefWindowProc(window, WM_TIMER, wParam, lParam);
     }
@@ -236,6 +240,9 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
             return 0;
         case kOpenStartFile:
             OpenStoredFile(startOptions.viewFile);
+            return 0;
+        case kOpenHandedFiles:
+            OpenHandedFiles();
             return 0;
         case WM_MBUTTONDOWN:
         case WM_INITDIALOG:

@@ -28,6 +28,7 @@
 #include "shell/main_window.h"
 #include "shell/panel.h"
 #include "shell/saturation_overlay.h"
+#include "shell/second_start.h"
 #include "shell/start_options.h"
 #include "shell/unbuilt.h"
 #include "state/camera_config.h"
@@ -49,7 +50,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr std::size_t kShortestTurnOnArgument = 5;
 constexpr std::int64_t kSplashMs = 1500;
 
 bool MakeMainWindow()
@@ -96,19 +96,9 @@ void StartCamera(std::string_view commandLine)
         MessageBox(hWndMain, "Initialize Hardware Failure", kMessageCaption);
         return;
     }
-    const bool turnOn = commandLine.size() >= kShortestTurnOnArgument;
+    const bool turnOn = commandLine.size() >= kShortestCommandLine;
     if (turnOn && TurnCameraOn(std::string(commandLine).c_str(), 1)) return;
     PostMessage(hWndMain, WM_COMMAND, kCmdTurnOn, 0);
-}
-
-std::string FindDefaultDirectory()
-{
-    if (!startOptions.dataDirectory.empty()) return startOptions.dataDirectory;
-    const std::string winIni = UserConfigDirectory() + "/kelvo/win.ini";
-    const std::string configured = GetPrivateProfileString("Kelvo", "DefaultDir", "", winIni);
-    if (configured.empty()) return UserDataDirectory() + "/kelvo";
-    // Whole before the working directory changes: all paths are formed from it.
-    return std::filesystem::absolute(ResolvePath(configured)).lexically_normal().string();
 }
 
 void EnterDefaultDirectory()
@@ -139,6 +129,16 @@ void FitMenuToCamera()
 
 }  // namespace
 
+std::string FindDefaultDirectory()
+{
+    if (!startOptions.dataDirectory.empty()) return startOptions.dataDirectory;
+    const std::string winIni = UserConfigDirectory() + "/kelvo/win.ini";
+    const std::string configured = GetPrivateProfileString("Kelvo", "DefaultDir", "", winIni);
+    if (configured.empty()) return UserDataDirectory() + "/kelvo";
+    // Whole before the working directory changes: all paths are formed from it.
+    return std::filesystem::absolute(ResolvePath(configured)).lexically_normal().string();
+}
+
 int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)
 {
     SetRestart({InitialSetup, InitializeHardware});
@@ -168,6 +168,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     ShowWindowMaximised(hWndMain);
     UpdateWindow(hWndMain);
     if (!startOptions.viewFile.empty()) PostMessage(hWndMain, kOpenStartFile, 0, 0);
+    TakeHandovers();
     return RunMessageLoop(hWndMain);
 }
 

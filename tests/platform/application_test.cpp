@@ -80,6 +80,33 @@ TEST(CommandLine, ABarePathIsMadeWholeAndABareNameStays)
     }
 }
 
+TEST(CommandLine, OneQuotedArgumentSaysWhatTwoSay)
+{
+    const std::string here = std::filesystem::current_path().string();
+    const std::pair<const char*, std::string> cases[] = {
+        {"AUTOSTART sets/q.cal", "AUTOSTART " + here + "/sets/q.cal"},
+        {"autostart  sets/my q.cal", "autostart " + here + "/sets/my q.cal"},
+        {"sets/q.cal AUTOSTART", here + "/sets/q.cal AUTOSTART"},
+        {"AUTOSTART q.cal", "AUTOSTART q.cal"},
+        {"AUTOSTART /sets/q.cal", "AUTOSTART /sets/q.cal"},
+        {"AUTOSTART", "AUTOSTART"},
+        {"sets/AUTOSTART", here + "/sets/AUTOSTART"},
+        {"AUTOSTARTER sets/q.cal", here + "/AUTOSTARTER sets/q.cal"},
+    };
+    for (const auto& [argument, whole] : cases) EXPECT_EQ(ParseCommandLine({argument}).rest, whole) << argument;
+}
+
+// Fewer than five characters mean nothing, however long the path is that they would stand for.
+TEST(CommandLine, CountsWhatWasTyped)
+{
+    const std::string here = std::filesystem::current_path().string();
+    EXPECT_EQ(ParseCommandLine({"a/b"}).rest, "a/b");
+    EXPECT_EQ(ParseCommandLine({"./ab"}).rest, "./ab");
+    EXPECT_EQ(ParseCommandLine({"./abc"}).rest, here + "/./abc");
+    EXPECT_EQ(ParseCommandLine({"a/b", "c"}).rest, here + "/a/b c");
+    EXPECT_EQ(ParseCommandLine({"a", "b"}).rest, "a b");
+}
+
 TEST(CommandLine, TellsWhatIsWrong)
 {
     const struct {

@@ -32,6 +32,26 @@ std::vector<std::uint32_t> Numbers()
     return numbers;
 }
 
+TEST(MainWindow, ComesToTheFrontFromAnIcon)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    QMainWindow& frame = *window->frame;
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    frame.showMinimized();
+    ASSERT_TRUE(frame.isMinimized());
+    ASSERT_FALSE(frame.isActiveWindow());
+    BringToFront(window, "permission");
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(frame.isMinimized());
+    EXPECT_TRUE(frame.isMaximized());
+    EXPECT_TRUE(frame.isActiveWindow());
+    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "permission");
+    BringToFront(nullptr, "");
+}
+
 TEST(MainWindow, GetsCreateBeforeItsHandleIsReturned)
 {
     TestOperator op;

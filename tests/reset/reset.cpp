@@ -26,6 +26,7 @@
 #include "shell/frame_account_window.h"
 #include "shell/main_window.h"
 #include "shell/saturation_overlay.h"
+#include "shell/second_start.h"
 #include "shell/shutdown.h"
 #include "shell/start_options_write.h"
 #include "simcam/bench_window.h"
@@ -117,6 +118,7 @@ constexpr void (*kModules[])() = {
     ResetSaturationOverlay,
     ResetFrameAccountWindow,
     ResetShutDown,
+    ForgetHandovers,
 };
 
 struct Process {

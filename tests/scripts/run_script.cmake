@@ -5,6 +5,10 @@
 # commas, THEN_ARGUMENTS those of the starts after the first. EXPECTED: the exit code. OWN_DIRECTORY: true leaves it to the program where its data are. CAMERA: true leaves the
 # machine wired as it ships (DEFAULTS), with the simulated camera, and the host frames few; otherwise (and unless the program finds its own
 # directory) no head and no board are wired to it.
+if("$ENV{KELVO_SECOND_LOCALE}" STREQUAL "ALL_ROUNDS" AND NOT "$ENV{KELVO_LONG}" STREQUAL "full")
+  message("left to all rounds (KELVO_LONG=full)")
+  return()
+endif()
 file(REMOVE_RECURSE ${DIRECTORY})
 file(MAKE_DIRECTORY ${DIRECTORY}/data)
 if(IS_DIRECTORY ${PREPARED})
