@@ -45,24 +45,57 @@ void CompleteSet(RunRecord& run)
                "Kelvo File Error!");
 }
 
+// Where nothing was in force the plain state of the beginning is.
+void EndWithFormer(RunRecord& run)
+{
+    if (run.former.IsCalibration()) {
+        run.former.PutBack();
+    } else {
+        ResetUnityGainOffset(run.config);
+        run.former.PutBackChoices();
+    }
+}
+
 }  // namespace
 
 bool BeginRun(RunRecord& run)
 {
     run.waiting.emplace();
+    run.former.TakeTables();
     return SetCommutationOrder() != 0;
 }
 
-int EndRun(const RunRecord& run, StepOutcome outcome)
+RunEnd EndRun(RunRecord& run, StepOutcome outcome)
 {
-    if (outcome == StepOutcome::kFailed) ResetUnityGainOffset(run.config);
-    return outcome == StepOutcome::kGoOn ? 1 : 0;
+    switch (outcome) {
+        case StepOutcome::kGoOn:
+            return RunEnd::kCompleted;
+        case StepOutcome::kCancelled:
+            ResetUnityGainOffset(run.config);
+            run.former.PutBackChoices();
+            return RunEnd::kCancelled;
+        case StepOutcome::kNoFrames:
+            EndWithFormer(run);
+            return RunEnd::kNoFrames;
+        case StepOutcome::kFailed:
+            ResetUnityGainOffset(run.config);
+            return RunEnd::kFailed;
+        case StepOutcome::kStopped:
+            break;
+    }
+    return RunEnd::kFailed;
 }
 
 StepOutcome FailTelling(std::string_view text, std::string_view caption)
 {
     MessageBox(hWndMain, text, caption);
     return StepOutcome::kFailed;
+}
+
+StepOutcome EndWithoutFrames(std::string_view text, std::string_view caption)
+{
+    FailTelling(text, caption);
+    return StepOutcome::kNoFrames;
 }
 
 StepOutcome FailWithBeep()
@@ -74,7 +107,7 @@ StepOutcome FailWithBeep()
 std::uint32_t CaptureMode(std::uint32_t kind)
 {
     constexpr std::uint32_t kNoFrames = kPlainFrame | 0x020;
-    return kind | kShowProgress | (GrabberPresent ? kTakeNewFrames : kNoFrames);
+    return kind | kShowProgress | (GrabberPresent ? kTakeNewFrames | kNewFramesOnly : kNoFrames);
 }
 
 bool OpenFiles(RunRecord& run, const std::string& calPath)

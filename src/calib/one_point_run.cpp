@@ -43,8 +43,11 @@ OnePointSettings OnePointSettingsInForce()
 }
 
 struct OnePointRun : RunRecord {
-    OnePointRun(HWND parent, const CameraConfig& camera)
-        : RunRecord(parent, camera), typeBefore(CalType), update(CalType != 0), settings(OnePointSettingsInForce())
+    OnePointRun(HWND parent, const CameraConfig& camera, FormerCalibration& inForce)
+        : RunRecord(parent, camera, inForce),
+          typeBefore(CalType),
+          update(CalType != 0),
+          settings(OnePointSettingsInForce())
     {
     }
 
@@ -78,7 +81,7 @@ StepOutcome AllocateFrame(OnePointRun& run)
 StepOutcome CaptureFrame(OnePointRun& run)
 {
     const int captured = GetCalibData(run.frame, run.noise, CalSettings.NumFrames);
-    if (!captured) return StepOutcome::kFailed;
+    if (!captured) return StepOutcome::kNoFrames;
     MessageBeep(Sound::kDefault);
     return StepOutcome::kGoOn;
 }
@@ -291,15 +294,24 @@ constexpr RunStep<OnePointRun> kOnePointSteps[] = {
 
 }  // namespace
 
-int OnePointCalibrate(HWND window)
+RunEnd RunOnePoint(HWND window, FormerCalibration& former)
 {
     const bool update = CalType != 0;
     TellStep(update ? " Perform 1 point update to current calibration (determine new offsets)"
                     : " Perform 1 point calibration (determine offsets only)");
     if (!update) write::calSet.CalSettings.NumSources = 1;
-    if (!ColdSourceDialog(window, TitleOfRun(update))) return 0;
-    OnePointRun run(window, ActiveConfig);
+    if (!ColdSourceDialog(window, TitleOfRun(update))) {
+        former.PutBack();
+        return RunEnd::kCancelled;
+    }
+    OnePointRun run(window, ActiveConfig, former);
     return Complete<OnePointRun>(run, kOnePointSteps);
+}
+
+int OnePointCalibrate(HWND window)
+{
+    FormerCalibration former;
+    return RunOnePoint(window, former) == RunEnd::kCompleted ? 1 : 0;
 }
 
 int GetCalibData(std::span<std::int16_t> frame, std::span<float> noise, std::uint32_t frameCount)

@@ -30,6 +30,9 @@ const StateNames kStateNames{
     Named("CalSettings.BadDetFile", CalSettings.BadDetFile),
     Named("CalSettings.NumFrames", CalSettings.NumFrames),
     Named("CalSettings.ChosenType", CalSettings.ChosenType),
+    Named("CalSettings.NumSources", CalSettings.NumSources),
+    Named("CalSettings.EmissivityCold", CalSettings.EmissivityCold),
+    Named("CalSettings.EmissivityHot", CalSettings.EmissivityHot),
     Named("ReplaceNoisy", ReplaceNoisy),
     Named("BadDetCount", BadDetCount),
 };
