@@ -18,10 +18,10 @@ namespace kelvo {
 void LoadCalibrationSettings();
 
 // Makes a set the one in force: settings, video settings (sent to the head), tables, orientation, bad pixels; live
-// video starts again. 1; 0 after a box that names what is wrong with the set. One that isn't a set of the active camera
-// changes nothing. A list that couldn't be read leaves kelvo.ini replaced, the tables in force partly replaced, and
-// CalType as it was. A .dcm that couldn't be read, or names pixels outside the frame, is told, and the table is built
-// anew. A head on an external clock: the operator is asked for its rate before anything is sent; 0 where he gives none.
+// video starts again. 1; 0 after a box that names what is wrong with the set, and all is as it was: record, tables,
+// settings files, head. A .dcm that couldn't be read, or names pixels outside the frame, is told, and the table is
+// built anew. A head on an external clock: the operator is asked for its rate before anything is sent; 0 where he gives
+// none.
 int PutInForce(HWND window, const CalibrationSet& set);
 
 // Reads the set of a .cal file and puts it in force; result and boxes are those of PutInForce.
