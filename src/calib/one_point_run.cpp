@@ -59,6 +59,7 @@ struct OnePointRun : RunRecord {
     std::vector<OnePointClass> classes;
     OnePointResult result;
     std::string formerCalFile;
+    std::string formerDecomFile;
 };
 
 std::string NewCalPath()
@@ -201,11 +202,33 @@ StepOutcome OpenSet(OnePointRun& run)
     return StepOutcome::kGoOn;
 }
 
+bool IsTableOfFrame(const OnePointRun& run, const std::string& path)
+{
+    const std::size_t bytes = run.table.size() * sizeof(DecomTable::value_type);
+    const std::optional<std::string> contents = ReadWholeFile(path, bytes);
+    return contents && contents->size() == bytes;
+}
+
+// A set without a table can't be copied, and is told of at each load: where there is none this run's own goes into it,
+// as it stands before bad pixels are replaced. A table that the set has already stays.
+StepOutcome SaveOwnTable(OnePointRun& run)
+{
+    const std::string own = SetFile(CalSettings.CalFile, ".dcm");
+    run.formerDecomFile = CalSettings.DecomFile;
+    if (!run.update) write::calSet.CalSettings.DecomFile = own;
+    if (IsTableOfFrame(run, CalSettings.DecomFile)) return StepOutcome::kGoOn;
+    TellStep("Saving Decommutation order in file...");
+    write::calSet.CalSettings.DecomFile = own;
+    run.listsAreSaved = SaveList(own, BytesOf(std::span<const std::uint32_t>(run.table)), run.table.size()) != 0;
+    return StepOutcome::kGoOn;
+}
+
 // CalType stays. The set is named as before, so that the caller can load it again.
 StepOutcome SubstituteInSet(OnePointRun& run)
 {
     if (SubstituteAndMap(run)) return StepOutcome::kGoOn;
     write::calSet.CalSettings.CalFile = run.formerCalFile;
+    write::calSet.CalSettings.DecomFile = run.formerDecomFile;
     return StepOutcome::kStopped;
 }
 
@@ -249,20 +272,22 @@ StepOutcome WriteSourceKeys(OnePointRun& run)
     return StepOutcome::kGoOn;
 }
 
-// The frame's memory serves the noise list: the offsets stand by now.
+// The frame's memory serves the noise list: the offsets stand by now. The noise of a former run is none of this one's.
 void SaveNewNoise(OnePointRun& run)
 {
+    const std::string path = SetFile(CalSettings.CalFile, ".noi");
+    if (FileExists(path)) DeleteFileNamed(path);
     if (run.noise.empty()) return;
     NoiseToSteps(run.noise, run.frame);
     std::vector<float>().swap(run.noise);
-    SaveNoise(SetFile(CalSettings.CalFile, ".noi"), run.frame);
+    SaveNoise(path, run.frame);
 }
 
 void SaveNewGains(OnePointRun& run)
 {
     TellStep("Saving gain calibration file");
     write::calSet.CalSettings.GainFile = SetFile(CalSettings.CalFile, ".gai");
-    run.listsAreSaved = SaveGains(CalSettings.GainFile, run.gains);
+    run.listsAreSaved = SaveGains(CalSettings.GainFile, run.gains) && run.listsAreSaved;
 }
 
 StepOutcome SaveLists(OnePointRun& run)
@@ -287,9 +312,9 @@ const char* TitleOfRun(bool update)
 }
 
 constexpr RunStep<OnePointRun> kOnePointSteps[] = {
-    AllocateFrame,  CaptureFrame,    FillGains,      LoadTable, FindMean,        ReportAndInstallGains,
-    FindNewOffsets, AcceptNewRange,  InstallOffsets, OpenSet,   SubstituteInSet, OrientAndShowRange,
-    ShowResults,    WriteSourceKeys, SaveLists,      SaveSet,
+    AllocateFrame,      CaptureFrame,   FillGains,       LoadTable, FindMean,     ReportAndInstallGains,
+    FindNewOffsets,     AcceptNewRange, InstallOffsets,  OpenSet,   SaveOwnTable, SubstituteInSet,
+    OrientAndShowRange, ShowResults,    WriteSourceKeys, SaveLists, SaveSet,
 };
 
 }  // namespace

@@ -42,7 +42,7 @@ local deviation, shown = calibration.unevenness()
 check.near(deviation, 5, 0.4)
 check.near(shown, mean, 2)
 
--- A set of its own: all gains 1 or 0, and no table.
+-- A set of its own: all gains 1 or 0, and the table of the readout, before bad pixels are replaced.
 local one = string.pack("<f", 1)
 local gains = readfile("data/last.gai")
 local zeroes = 0
@@ -56,9 +56,13 @@ end
 check.eq(zeroes, bad)
 check.eq(#readfile("data/last.off"), 81920 * 2)
 check.eq(#readfile("data/last.noi"), 81920 * 2)
-check.eq(io.open(datadir() .. "/last.dcm"), nil)
+local own_table = readfile("data/last.dcm")
+check.eq(#own_table, 81920 * 4)
+local seen = {}
+for at = 1, #own_table, 4 do seen[string.unpack("<I4", own_table, at)] = true end
+for detector = 0, 81919 do assert(seen[detector], detector) end
 local set = readfile("data/last.cal")
-for _, key in ipairs { "GainFile=last.gai", "OffsetFile=last.off", "BadDetFile=last.bad", "CalType=1", "TemperatureCold=20.000000" } do
+for _, key in ipairs { "GainFile=last.gai", "OffsetFile=last.off", "DecomFile=last.dcm", "BadDetFile=last.bad", "CalType=1", "TemperatureCold=20.000000" } do
   check.holds(set, key)
 end
 
