@@ -7,6 +7,7 @@
 #include "calib/former_calibration.h"
 #include "calib/one_point_run.h"
 #include "calib/two_point_run.h"
+#include "calib/unsaved_set.h"
 #include "platform/box.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
@@ -24,13 +25,13 @@ namespace kelvo {
 namespace {
 
 // A one-point run determines offsets alone. The calibration that it was to replace comes back if it doesn't complete:
-// where it has begun its work and failed, as its files have it.
+// where it has begun its work and failed, as its files have it, if they are its own.
 void RunNewOnePoint(FormerCalibration& former)
 {
     write::cal.CalType = 0;
     if (RunOnePoint(hWndMain, former) != RunEnd::kFailed || !former.IsCalibration()) return;
     former.PutBack();
-    LoadCalibration(hWndMain, std::string(CalSettings.CalFile));
+    if (!SetWithoutFiles()) LoadCalibration(hWndMain, std::string(CalSettings.CalFile));
 }
 
 }  // namespace

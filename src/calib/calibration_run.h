@@ -53,6 +53,7 @@ struct RunRecord {
 
     std::vector<float> noise;  // empty: not measured
     std::vector<float> gains;
+    std::vector<float> fileGains;  // what the set's .gai holds, where that is something else: an update's
     DecomTable table;
     std::vector<std::int16_t> offsets;
     bool offsetsLeaveRange = false;
@@ -126,8 +127,8 @@ StepOutcome InstallOffsets(RunRecord& run);
 // Bad pixels take a neighbour's entry, and the report's map shows which they are. False as SubstituteBadPixels.
 bool SubstituteAndMap(RunRecord& run);
 // Step: the settings as they stand, video set-up and camera included, become CalSettings.CalFile; then the files hold.
-// Where anything failed the former files come back, the set in force has no files, and the operator is told. The report
-// is saved beside the set; live video reads in degrees.
+// Where anything failed the former files come back, the operator is told, and the set in force stays in memory
+// (calib/unsaved_set.h). The report is saved beside the set; live video reads in degrees.
 StepOutcome SaveSet(RunRecord& run);
 
 // Each detector's offset, low mean - meanLow x gain, rounded half away from zero; rangeFlag 1: one doesn't fit 16 bits,

@@ -4,6 +4,7 @@
 #include "calib/last_set.h"
 #include "calib/orientation.h"
 #include "calib/run_steps.h"
+#include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
 #include "display/display_pipeline.h"
 #include "head/camera_head.h"
@@ -416,6 +417,19 @@ bool CopyLists(SetNames& names)
            CopyList(CalSettings.DecomFile, ".dcm", "DecomFile", names) && CopyNoise(names);
 }
 
+bool WriteLists(const UnsavedSet& set, SetNames& names)
+{
+    names.Add("GainFile", ".gai");
+    names.Add("OffsetFile", ".off");
+    names.Add("DecomFile", ".dcm");
+    if (set.badDetectors.empty()) {
+        names.keys.emplace_back("BadDetFile", "");
+    } else {
+        names.Add("BadDetFile", ".bad");
+    }
+    return WriteUnsavedLists(set, names.calPath);
+}
+
 bool WriteCalFile(const std::string& former, const SetNames& names)
 {
     std::string contents = former;
@@ -431,12 +445,15 @@ bool WriteCalFile(const std::string& former, const SetNames& names)
 // The lists first: the .cal stands only once all that it names is there.
 bool CopySetTo(const std::string& calPath)
 {
-    const std::optional<std::string> former = ReadWholeFile(CalSettings.CalFile, kLongestCalFile);
+    const UnsavedSet* const unsaved = SetWithoutFiles();
+    const std::string& calFile = unsaved ? IniFilePath : CalSettings.CalFile;
+    const std::optional<std::string> former = ReadWholeFile(calFile, kLongestCalFile);
     SetReplacement target(calPath);
     if (!former || !target.Begin()) return false;
     if (FileExists(calPath) && !DeleteFileNamed(calPath)) return false;
     SetNames names{calPath, {{"CalFile", calPath}}};
-    return CopyLists(names) && WriteCalFile(*former, names) && target.Commit();
+    const bool listsStand = unsaved ? WriteLists(*unsaved, names) : CopyLists(names);
+    return listsStand && WriteCalFile(*former, names) && target.Commit();
 }
 
 void TakeNewNames(const std::string& calPath)
@@ -482,6 +499,7 @@ int PutInForce(HWND window, const CalibrationSet& set)
         SaveVideoSettings(IniFilePath);
         SendVideoSettings();
         InstallLists(set, *table);
+        ForgetUnsavedSet();
         TakeType(set);
         TakeParameters(set);
         RestartLiveVideo();
@@ -502,7 +520,7 @@ int SaveCalibrationAs(const std::string& calPath)
         MessageBox(hWndMain, "Can not save a calibration that is not loaded", "Kelvo warning");
         return 0;
     }
-    if (IsSetInForce(calPath)) return 1;
+    if (!SetWithoutFiles() && IsSetInForce(calPath)) return 1;
     if (!IsCalFile(calPath)) return 0;
     const Hourglass hourglass;
     // Of this only the camera's own section lasts: the set keeps the video settings with which it was made.
@@ -511,6 +529,7 @@ int SaveCalibrationAs(const std::string& calPath)
     FlushProfiles();
     if (!CopySetTo(calPath)) return 0;
     TakeNewNames(calPath);
+    ForgetUnsavedSet();
     return 1;
 }
 

@@ -27,9 +27,10 @@ int PutInForce(HWND window, const CalibrationSet& set);
 // Reads the set of a .cal file and puts it in force; result and boxes are those of PutInForce.
 int LoadCalibration(HWND window, const std::string& calPath);
 
-// The set in force under another name, which ends in .cal: whole, or not there. A set that stood under that name comes
-// back on a failure. 1, also where it has that name already; 0 where there is no calibration (told in a box), for
-// another ending, or where a file couldn't be copied (neither is told here).
+// The set in force under another name, which ends in .cal: whole, or not there. One whose files couldn't be written by
+// its run is written from memory, under its own name too. A set that stood under that name comes back on a failure. 1,
+// also where it has that name already; 0 where there is no calibration (told in a box), for another ending, or where a
+// file couldn't be copied (neither is told here).
 int SaveCalibrationAs(const std::string& calPath);
 
 // The highest count of the converter at the camera's unity setting, |UnityGain (2 UnityOffset - 1) / 16384| without its

@@ -10,8 +10,10 @@
 #include "calib/run_steps.h"
 #include "calib/source_dialogs.h"
 #include "calib/two_point.h"
+#include "calib/unsaved_set.h"
 #include "display/display_pipeline.h"
 #include "head/video_settings.h"
+#include "pixel/bad_pixels.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
 #include "platform/files.h"
@@ -94,16 +96,45 @@ bool ReadGains(const std::string& path, std::vector<float>& gains)
     return file && file->Read(bytes) == bytes.size();
 }
 
+// Those of a set that has no files yet are in memory.
+bool FillFormerGains(OnePointRun& run)
+{
+    const UnsavedSet* const unsaved = SetWithoutFiles();
+    if (!unsaved) return ReadGains(SetFile(CalSettings.CalFile, ".gai"), run.gains);
+    if (unsaved->gains.size() != run.pixels) return false;
+    run.gains = unsaved->gains;
+    return true;
+}
+
 StepOutcome FillGains(OnePointRun& run)
 {
     if (!AllocateBlock(run.gains, run.pixels)) return FailTelling("Failure to allocate or lock Gain memory!");
     if (run.update) {
         TellStep("Reading in gain list from file");
-        return ReadGains(SetFile(CalSettings.CalFile, ".gai"), run.gains) ? StepOutcome::kGoOn : FailWithBeep();
+        if (!FillFormerGains(run)) return FailWithBeep();
+        if (AllocateBlock(run.fileGains, run.pixels)) run.fileGains = run.gains;
+        return StepOutcome::kGoOn;
     }
     TellStep("Setting all gains to identical value");
     std::ranges::fill(run.gains, 1.0F);
     return StepOutcome::kGoOn;
+}
+
+// The list of a set that has no files yet can't be read from one: its detectors get a gain of 0, as those that the
+// gains show.
+void RejectListed(OnePointRun& run, const BadDetMap& listed)
+{
+    const PositionRule rule = PositionRuleOf(run.config);
+    for (std::size_t i = 0; i < listed.size() && i < run.pixels; ++i) {
+        if (listed[i] == 0) continue;
+        const auto columns = static_cast<std::size_t>(run.config.Hroi);
+        const std::int64_t place =
+            rule.InTable(static_cast<std::int32_t>(i / columns), static_cast<std::int32_t>(i % columns));
+        if (place < 0 || std::cmp_greater_equal(place, run.table.size())) continue;
+        const std::uint32_t detector = run.table[static_cast<std::size_t>(place)];
+        if (detector < run.gains.size()) run.gains[detector] = 0;
+    }
+    write::calSet.CalSettings.BadDetFile.clear();
 }
 
 StepOutcome LoadTable(OnePointRun& run)
@@ -111,6 +142,7 @@ StepOutcome LoadTable(OnePointRun& run)
     std::optional<DecomTable> table = LoadDecomList(run.config);
     if (!table) return FailTelling("Failure to get decommutation order!");
     run.table = *std::move(table);
+    if (run.update && SetWithoutFiles()) RejectListed(run, SetWithoutFiles()->badDetectors);
     return StepOutcome::kGoOn;
 }
 
@@ -216,17 +248,33 @@ StepOutcome SaveOwnTable(OnePointRun& run)
     const std::string own = SetFile(CalSettings.CalFile, ".dcm");
     run.formerDecomFile = CalSettings.DecomFile;
     if (!run.update) write::calSet.CalSettings.DecomFile = own;
-    if (IsTableOfFrame(run, CalSettings.DecomFile)) return StepOutcome::kGoOn;
+    if (!SetWithoutFiles() && IsTableOfFrame(run, CalSettings.DecomFile)) return StepOutcome::kGoOn;
     TellStep("Saving Decommutation order in file...");
     write::calSet.CalSettings.DecomFile = own;
     run.listsAreSaved = SaveList(own, BytesOf(std::span<const std::uint32_t>(run.table)), run.table.size()) != 0;
     return StepOutcome::kGoOn;
 }
 
+// The former calibration is gone from here on; an update of one that has no files yet goes on without any.
+void NoteUnsaved(const OnePointRun& run)
+{
+    const UnsavedSet* const former = SetWithoutFiles();
+    if (!run.update || !former) {
+        ForgetUnsavedSet();
+        return;
+    }
+    UnsavedSet set{.gains = former->gains, .offsets = run.offsets, .noise = former->noise, .badDetectors = {}};
+    if (SubstBadPixels) set.badDetectors = BadDetList;
+    KeepUnsavedSet(std::move(set));
+}
+
 // CalType stays. The set is named as before, so that the caller can load it again.
 StepOutcome SubstituteInSet(OnePointRun& run)
 {
-    if (SubstituteAndMap(run)) return StepOutcome::kGoOn;
+    if (SubstituteAndMap(run)) {
+        NoteUnsaved(run);
+        return StepOutcome::kGoOn;
+    }
     write::calSet.CalSettings.CalFile = run.formerCalFile;
     write::calSet.CalSettings.DecomFile = run.formerDecomFile;
     return StepOutcome::kStopped;
@@ -290,17 +338,29 @@ void SaveNewGains(OnePointRun& run)
     run.listsAreSaved = SaveGains(CalSettings.GainFile, run.gains) && run.listsAreSaved;
 }
 
+// What stands under the name of the set is another one: all of it is written.
+void SaveFormerLists(OnePointRun& run, const UnsavedSet& unsaved)
+{
+    const std::string noise = SetFile(CalSettings.CalFile, ".noi");
+    if (FileExists(noise)) DeleteFileNamed(noise);
+    if (!unsaved.noise.empty()) ReplaceFile(noise, unsaved.noise);
+    write::calSet.CalSettings.GainFile = SetFile(CalSettings.CalFile, ".gai");
+    run.listsAreSaved = SaveGains(CalSettings.GainFile, unsaved.gains) && run.listsAreSaved;
+}
+
 StepOutcome SaveLists(OnePointRun& run)
 {
     if (!run.update) {
         SaveNewNoise(run);
         SaveNewGains(run);
+    } else if (const UnsavedSet* const unsaved = SetWithoutFiles()) {
+        SaveFormerLists(run, *unsaved);
     }
     TellStep("Saving offset calibration file");
     write::calSet.CalSettings.OffsetFile = SetFile(CalSettings.CalFile, ".off");
     run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, run.offsets) && run.listsAreSaved;
     // The lists got their names after the keys were written: without this a new set would name those of another one.
-    if (!run.update) WriteListKeys();
+    if (!run.update || SetWithoutFiles()) WriteListKeys();
     return StepOutcome::kGoOn;
 }
 

@@ -12,9 +12,10 @@ namespace kelvo {
 // Offsets from one source. With CalType 0 all gains are 1 and the result is the set "last" in DefaultDir, CalType 1. A
 // set that has no table of this frame gets the run's own, the readout order before bad pixels are replaced. Otherwise
 // an update: the gains come from the .gai of the set in force, whose offsets are overwritten; CalType stays, and noise
-// isn't measured. 1; 0 after a box, a cancel, or, where an update's .gai can't be read, a beep. A cancel changes
-// nothing, and where frames didn't come the calibration that was in force is back. Where bad pixels can't be replaced
-// CalType has its new value, and CalSettings.CalFile its former one. Sets the display's range.
+// isn't measured. One whose files couldn't be written takes the gains from memory and writes all of them. 1; 0 after a
+// box, a cancel, or, where an update's .gai can't be read, a beep. A cancel changes nothing, and where frames didn't
+// come the calibration that was in force is back. Where bad pixels can't be replaced CalType has its new value, and
+// CalSettings.CalFile its former one. Sets the display's range.
 int OnePointCalibrate(HWND window);
 
 // The same for who took what was in force before he asked the operator for the run's settings, or set CalType to 0 to

@@ -8,6 +8,7 @@
 #include "calib/run_steps.h"
 #include "calib/source_dialogs.h"
 #include "calib/two_point.h"
+#include "calib/unsaved_set.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
@@ -276,6 +277,7 @@ StepOutcome TakeEffect(TwoPointRun& run)
     TellStep("Setting Image orientation...");
     run.doneFlag = 1;
     write::cal.CalType = 2;
+    ForgetUnsavedSet();
     RebuildTable(run.config);
     return StepOutcome::kGoOn;
 }
