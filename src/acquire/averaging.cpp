@@ -191,12 +191,14 @@ void TakeFrozenFrame(Run<T>& run)
     AddWork(run, true);
 }
 
-// Errors are shown, and the run continues with what the store holds.
-void CaptureBatch(std::uint32_t batch)
+// Errors are shown. True where the store holds as many new frames.
+bool CaptureBatch(std::uint32_t batch)
 {
-    if (const std::int32_t code = ResetHostFrameNext(); code < 0) ShowGrabberError(code, "Buffer Board Error");
+    const std::int32_t code = ResetHostFrameNext();
+    if (code < 0) ShowGrabberError(code, "Buffer Board Error");
     const std::int32_t captured = CaptureToHostFrames(static_cast<std::int32_t>(batch), 0);
     if (captured < 0) ShowGrabberError(captured, "Store to Host RAM Error");
+    return code >= 0 && std::cmp_equal(captured, batch) && HostFramesWithoutBlank == 0;
 }
 
 template <typename T>
@@ -209,7 +211,7 @@ void AddBatch(Run<T>& run, const Rectangle& from, std::int32_t firstFrame, std::
     }
 }
 
-// 0 after the one box that ends a run.
+// 0 where the run ends: after its one box, or after a capture that failed where only new frames serve.
 template <typename T>
 int GatherNewFrames(Run<T>& run)
 {
@@ -221,7 +223,7 @@ int GatherNewFrames(Run<T>& run)
     }
     for (std::uint32_t done = 0; done < run.count;) {
         const std::uint32_t batch = std::min(largestBatch, run.count - done);
-        CaptureBatch(batch);
+        if (!CaptureBatch(batch) && run.mode & kNewFramesOnly) return 0;
         ShowProgress(run, Format(" Captured %u of %u frames", done + batch, run.count));
         AddBatch(run, run.rectangle, 0, done, batch);
         done += batch;

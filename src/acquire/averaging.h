@@ -16,6 +16,7 @@ constexpr std::uint32_t kTakeNewFrames = 0x040;    // when clear, see kUseStored
 constexpr std::uint32_t kPlainFrame = 0x080;       // passed by some callers; not tested
 constexpr std::uint32_t kShowProgress = 0x200;     // in the status window
 constexpr std::uint32_t kUseStoredFrames = 0x400;  // BufferFirstFrame to BufferLastFrame, in the buffer's rectangle
+constexpr std::uint32_t kNewFramesOnly = 0x800;    // a batch that can't be captured whole ends the run
 
 // The caller's block: 16-bit, 32-bit or float values as mode says (the block's type decides), at least as many as the
 // rectangle has.
@@ -25,7 +26,8 @@ using AverageBlock = std::variant<std::span<std::int16_t>, std::span<std::int32_
 // sum in result, corrected by the calibration in force; deviation gets each pixel's standard deviation of raw counts
 // (empty: not wanted; untouched where count is 1). Blocks while frames come. 1, or 0 after a box: the operator said no
 // to a single frozen frame, memory was refused, or there are no host frames. A capture that fails is told, and the run
-// goes on with what the store holds.
+// goes on with what the store holds. With kNewFramesOnly it ends there with 0, and also, which isn't told, where the
+// board gave no new frame in time: what the store holds is of an earlier capture.
 //
 // Frames are read from host memory as flat copies in readout order (ReadHostFrameRect), and the calibration finds each
 // pixel's value through DecomList: both are exact for whole frames. For a part of the frame the pixels are those of the

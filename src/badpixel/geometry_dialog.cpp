@@ -3,6 +3,7 @@
 #include "badpixel/geometry_dialog_list.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/orientation.h"
+#include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -137,7 +138,7 @@ void TakeList(HWND dialog, EditableBadList list)
 // False where the operator doesn't go on without the list.
 bool OpenList(HWND dialog)
 {
-    if (!IsCalibrated() || CalSettings.BadDetFile.empty()) return true;
+    if (!IsCalibrated() || CalSettings.BadDetFile.empty() || SetWithoutFiles()) return true;
     if (std::optional<EditableBadList> list = ReadEditableBadList(CalSettings.BadDetFile, ActiveConfig)) {
         TakeList(dialog, std::move(*list));
         return true;
@@ -285,7 +286,7 @@ void Commit()
 {
     for (const Flag& flag : flags) *flag.inForce = flag.copy;
     WriteFlags(IniFilePath);
-    if (IsCalibrated() && !CalSettings.CalFile.empty()) WriteFlags(CalSettings.CalFile);
+    if (IsCalibrated() && !CalSettings.CalFile.empty() && !SetWithoutFiles()) WriteFlags(CalSettings.CalFile);
     if (CommitList()) DeleteFileNamed(kScratchFile);
 }
 

@@ -4,8 +4,10 @@
 #include "calib/calibration_run.h"
 #include "calib/calibration_selection.h"
 #include "calib/calibration_set.h"
+#include "calib/former_calibration.h"
 #include "calib/one_point_run.h"
 #include "calib/two_point_run.h"
+#include "calib/unsaved_set.h"
 #include "platform/box.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
@@ -16,36 +18,40 @@
 #include "ui/menu_state.h"
 #include "ui/status.h"
 
-#include <cstdint>
 #include <string>
 
 namespace kelvo {
 
 namespace {
 
-// A one-point run determines offsets alone. The calibration that it was to replace comes back if it fails.
-void RunOnePoint()
+// A one-point run determines offsets alone. The calibration that it was to replace comes back if it doesn't complete:
+// where it has begun its work and failed, as its files have it, if they are its own.
+void RunNewOnePoint(FormerCalibration& former)
 {
-    const std::int32_t typeBefore = CalType;
     write::cal.CalType = 0;
-    if (OnePointCalibrate(hWndMain) || typeBefore == 0) return;
-    LoadCalibration(hWndMain, std::string(CalSettings.CalFile));
+    if (RunOnePoint(hWndMain, former) != RunEnd::kFailed || !former.IsCalibration()) return;
+    former.PutBack();
+    if (!SetWithoutFiles()) LoadCalibration(hWndMain, std::string(CalSettings.CalFile));
 }
 
 }  // namespace
 
-void RunChosenCalibration()
+void CalibrateByDialog(bool (*agrees)())
 {
-    if (CalSettings.ChosenType == 1) {
-        RunOnePoint();
+    FormerCalibration former;
+    if (!RunCalibrationDialog(hWndMain)) return;
+    if (!agrees()) {
+        former.PutBackChoices();
+    } else if (CalSettings.ChosenType == 1) {
+        RunNewOnePoint(former);
     } else {
-        TwoPointCalibrate(hWndMain, ActiveConfig, write::calSet.CalDone);
+        RunTwoPoint(hWndMain, ActiveConfig, write::calSet.CalDone, former);
     }
 }
 
 CommandEnd NewCalibration()
 {
-    if (RunCalibrationDialog(hWndMain)) RunChosenCalibration();
+    CalibrateByDialog([] { return true; });
     return CommandEnd::kResetStatus;
 }
 

@@ -18,8 +18,9 @@ CommandEnd SaveCalibration();
 // kLeaveStatus once it is loaded.
 CommandEnd LoadPreviousCalibration();
 
-// The run of the type that the CALIB dialog ended with (CalSettings.ChosenType). A one-point run that fails brings the
-// calibration back that it was to replace. Blocks while frames are gathered.
-void RunChosenCalibration();
+// The CALIB dialog and, where agrees then says so, the run of the type chosen in it. What the dialog stored of the
+// calibration in force comes back where the operator gives up at a source, or doesn't agree; a one-point run that fails
+// brings the calibration back that it was to replace. Blocks while frames are gathered.
+void CalibrateByDialog(bool (*agrees)());
 
 }  // namespace kelvo

@@ -2,6 +2,7 @@
 
 #include "calib/calibration_selection.h"
 #include "calib/calibration_set.h"
+#include "calib/former_calibration.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
@@ -43,6 +44,9 @@ constexpr int kGainRangeEdit = 1220;
 constexpr int kLoadButton = 1222;
 constexpr int kReplaceBadBox = 1306;
 
+constexpr int kRunStarts = 1;
+constexpr int kSetLoaded = 2;
+
 constexpr std::string_view kSubstitutionOff = "Warning: Bad Pixel Substitution is OFF";
 
 // The limits stand as they are though the words tell narrower ones: ranges above 1 and a count of 0 are in use.
@@ -50,6 +54,8 @@ constexpr float kHighestNoise = 2047.0F;
 constexpr float kWidestGainRange = 1.6F;
 constexpr std::uint32_t kMostFrames = 999;
 
+// What was in force as the dialog opened: an Ok that is refused has stored choices already.
+const FormerCalibration* formerChoices = nullptr;
 std::string chosenBadDetFile;  // of the file radio that is checked; empty: the run determines the list
 
 // --- The list of bad detectors --------------------------------------------------------------------------------------
@@ -304,13 +310,20 @@ void Accept(HWND dialog)
         MessageBox(dialog, "Camera driver with image buffer board option calibrates faster!", "Camera driver warning!");
     }
     StatusString(kIdleHint, kLeftAligned);
-    EndDialog(dialog, 1);
+    EndDialog(dialog, kRunStarts);
+}
+
+bool LoadChosen(HWND dialog)
+{
+    if (!ChooseCalibrationToOpen(dialog)) return false;
+    formerChoices->PutBackChoices();  // from here on the set tells
+    return LoadCalibration(dialog, FilePathBuf) != 0;
 }
 
 void LoadPrevious(HWND dialog)
 {
-    if (ChooseCalibrationToOpen(dialog) && LoadCalibration(dialog, FilePathBuf)) {
-        EndDialog(dialog, 0);
+    if (LoadChosen(dialog)) {
+        EndDialog(dialog, kSetLoaded);
     } else {
         ShowHint(IsDlgButtonChecked(dialog, kReplaceBadBox));
     }
@@ -340,7 +353,12 @@ int RunCalibrationDialog(HWND window)
         MessageBox(window, "Camera must be turned on before calibrating", "Kelvo Message");
         return 0;
     }
-    return RunDialog(kFrame, window);
+    const FormerCalibration former;
+    formerChoices = &former;
+    const int result = RunDialog(kFrame, window);
+    formerChoices = nullptr;
+    if (result == 0) former.PutBackChoices();
+    return result == kRunStarts ? kRunStarts : 0;
 }
 
 LRESULT fnCALIBDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)

@@ -265,7 +265,7 @@ void MeasureAfter(CalibrationReport& report, const std::string& source, std::uin
     std::vector<float> mean;
     const auto pixels = static_cast<std::size_t>(report.columns) * static_cast<std::size_t>(report.rows);
     if (!LiveVideo || !GrabberPresent || !AllocateBlock(mean, pixels)) return;
-    constexpr std::uint32_t kQuietly = kAverageFloat | kTakeNewFrames;
+    constexpr std::uint32_t kQuietly = kAverageFloat | kTakeNewFrames | kNewFramesOnly;
     if (!AverageFrames(std::span(mean), {}, frameCount, 0, 0, report.columns - 1, report.rows - 1, kQuietly)) return;
     report.after = NonUniformityOf(std::span<const float>(mean), {}, source);
     report.afterFrames = static_cast<std::int32_t>(frameCount);

@@ -4,12 +4,14 @@
 #include "calib/orientation.h"
 #include "calib/run_steps.h"
 #include "calib/two_point.h"
+#include "calib/unsaved_set.h"
 #include "head/video_settings.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/unity_coefficients.h"
+#include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
-#include "state/cal_settings_write.h"
+#include "state/cal_settings.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
@@ -27,22 +29,44 @@ void NameCamera()
     WritePrivateProfileString("Setup", "ActiveCamera", std::to_string(ActiveCamera), IniFilePath);
 }
 
+// The noise is what the run's file holds: its list has gone by now.
+UnsavedSet SetOf(RunRecord& run)
+{
+    constexpr std::size_t kLongestNoise = std::size_t{1} << 30;
+    UnsavedSet set;
+    set.gains = std::move(run.fileGains.empty() ? run.gains : run.fileGains);
+    set.offsets = std::move(run.offsets);
+    set.noise = ReadWholeFile(SetFile(CalSettings.CalFile, ".noi"), kLongestNoise).value_or(std::string());
+    if (SubstBadPixels) set.badDetectors = BadDetList;
+    return set;
+}
+
 void CompleteSet(RunRecord& run)
 {
-    const std::string calPath = CalSettings.CalFile;  // told after the record is cleared
+    const std::string calPath = CalSettings.CalFile;
+    UnsavedSet set = SetOf(run);
     NameCamera();
     SaveVideoSettings(IniFilePath);
-    if (run.listsAreSaved && CopySettingsTo(calPath) && run.files->Commit()) return;
-    run.files->RollBack();
-    // What stands on the disk is another calibration: it must not be taken for the files of this one.
-    for (std::string* const path : {&write::calSet.CalSettings.CalFile, &write::calSet.CalSettings.GainFile,
-                                    &write::calSet.CalSettings.OffsetFile, &write::calSet.CalSettings.DecomFile,
-                                    &write::calSet.CalSettings.BadDetFile}) {
-        path->clear();
+    if (run.listsAreSaved && CopySettingsTo(calPath) && run.files->Commit()) {
+        ForgetUnsavedSet();
+        return;
     }
+    run.files->RollBack();
+    KeepUnsavedSet(std::move(set));
     MessageBox(run.window,
                "The calibration is in force, but its files couldn't be saved.\nThe former ones stand:\n" + calPath,
                "Kelvo File Error!");
+}
+
+// Where nothing was in force the plain state of the beginning is.
+void EndWithFormer(RunRecord& run)
+{
+    if (run.former.IsCalibration()) {
+        run.former.PutBack();
+    } else {
+        ResetUnityGainOffset(run.config);
+        run.former.PutBackChoices();
+    }
 }
 
 }  // namespace
@@ -50,19 +74,41 @@ void CompleteSet(RunRecord& run)
 bool BeginRun(RunRecord& run)
 {
     run.waiting.emplace();
+    run.former.TakeTables();
     return SetCommutationOrder() != 0;
 }
 
-int EndRun(const RunRecord& run, StepOutcome outcome)
+RunEnd EndRun(RunRecord& run, StepOutcome outcome)
 {
-    if (outcome == StepOutcome::kFailed) ResetUnityGainOffset(run.config);
-    return outcome == StepOutcome::kGoOn ? 1 : 0;
+    switch (outcome) {
+        case StepOutcome::kGoOn:
+            return RunEnd::kCompleted;
+        case StepOutcome::kCancelled:
+            ResetUnityGainOffset(run.config);
+            run.former.PutBackChoices();
+            return RunEnd::kCancelled;
+        case StepOutcome::kNoFrames:
+            EndWithFormer(run);
+            return RunEnd::kNoFrames;
+        case StepOutcome::kFailed:
+            ResetUnityGainOffset(run.config);
+            return RunEnd::kFailed;
+        case StepOutcome::kStopped:
+            break;
+    }
+    return RunEnd::kFailed;
 }
 
 StepOutcome FailTelling(std::string_view text, std::string_view caption)
 {
     MessageBox(hWndMain, text, caption);
     return StepOutcome::kFailed;
+}
+
+StepOutcome EndWithoutFrames(std::string_view text, std::string_view caption)
+{
+    FailTelling(text, caption);
+    return StepOutcome::kNoFrames;
 }
 
 StepOutcome FailWithBeep()
@@ -74,7 +120,7 @@ StepOutcome FailWithBeep()
 std::uint32_t CaptureMode(std::uint32_t kind)
 {
     constexpr std::uint32_t kNoFrames = kPlainFrame | 0x020;
-    return kind | kShowProgress | (GrabberPresent ? kTakeNewFrames : kNoFrames);
+    return kind | kShowProgress | (GrabberPresent ? kTakeNewFrames | kNewFramesOnly : kNoFrames);
 }
 
 bool OpenFiles(RunRecord& run, const std::string& calPath)

@@ -7,11 +7,13 @@
 // that doesn't complete leaves the former ones.
 //
 // Each run is a table of steps over a record of its own, and Complete takes them. A run that fails, or is cancelled
-// once it has begun, leaves the camera uncalibrated: CalType 0, the plain table, gain 1 and one offset for all. What
+// once it has begun, leaves the camera uncalibrated: CalType 0, the plain table, gain 1 and one offset for all. Without
+// frames nothing has been learnt, and the calibration that was in force is back (calib/former_calibration.h). What
 // differs from that is told with the run.
 #pragma once
 
 #include "calib/calibration_report.h"
+#include "calib/former_calibration.h"
 #include "calib/last_set.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
@@ -30,19 +32,28 @@
 
 namespace kelvo {
 
-// How a step ends: the run goes on; it has failed, and the unity state comes back; or it stops with all as it stands.
-enum class StepOutcome { kGoOn, kFailed, kStopped };
+// How a step ends: the run goes on; it has failed, and the unity state comes back; the operator has cancelled, and his
+// choices of the CALIB dialog go too; no frames came, and what was in force is back; or it stops with all as it stands.
+enum class StepOutcome { kGoOn, kFailed, kCancelled, kNoFrames, kStopped };
+
+// How a run ends. After kCancelled and kNoFrames all that was to be put back is.
+enum class RunEnd { kCompleted, kCancelled, kNoFrames, kFailed };
 
 // What both runs carry from step to step. Lists are in readout order, config.Vroi x config.Hroi entries each.
 struct RunRecord {
-    RunRecord(HWND parent, const CameraConfig& camera) : window(parent), config(camera), pixels(PixelsOf(camera)) {}
+    RunRecord(HWND parent, const CameraConfig& camera, FormerCalibration& inForce)
+        : window(parent), config(camera), pixels(PixelsOf(camera)), former(inForce)
+    {
+    }
 
     HWND window;
     CameraConfig config;
     std::size_t pixels;
+    FormerCalibration& former;  // taken before the CALIB dialog, where there was one
 
     std::vector<float> noise;  // empty: not measured
     std::vector<float> gains;
+    std::vector<float> fileGains;  // what the set's .gai holds, where that is something else: an update's
     DecomTable table;
     std::vector<std::int16_t> offsets;
     bool offsetsLeaveRange = false;
@@ -68,14 +79,14 @@ class RunStep {
 
 // Before the first step: hourglass, unity coefficients and the plain table. False where those can't be installed.
 bool BeginRun(RunRecord& run);
-// After the last one: the unity state comes back if the run has failed. 1 for a run that completed, 0 otherwise.
-int EndRun(const RunRecord& run, StepOutcome outcome);
+// After the last one: what the outcome of a run that didn't complete leaves in force.
+RunEnd EndRun(RunRecord& run, StepOutcome outcome);
 
-// A whole run: the steps in order until one doesn't go on. 1 or 0 as EndRun; 0 where it couldn't begin.
+// A whole run: the steps in order until one doesn't go on. kFailed where it couldn't begin.
 template <typename Run>
-int Complete(Run& run, std::span<const RunStep<Run>> steps)
+RunEnd Complete(Run& run, std::span<const RunStep<Run>> steps)
 {
-    if (!BeginRun(run)) return 0;
+    if (!BeginRun(run)) return RunEnd::kFailed;
     StepOutcome outcome = StepOutcome::kGoOn;
     for (const RunStep<Run>& step : steps) {
         outcome = step(run);
@@ -84,12 +95,14 @@ int Complete(Run& run, std::span<const RunStep<Run>> steps)
     return EndRun(run, outcome);
 }
 
-// Ways to fail: a box over the main window; the exclamation sound alone.
+// Ways to fail: a box over the main window, after which the outcome of the second is kNoFrames; the exclamation sound
+// alone.
 StepOutcome FailTelling(std::string_view text, std::string_view caption = kMessageCaption);
+StepOutcome EndWithoutFrames(std::string_view text, std::string_view caption);
 StepOutcome FailWithBeep();
 
-// The mode of AverageFrames for a run that sums (kSum32) or averages (kAverage16). Without the capture board it asks
-// for no frames at all.
+// The mode of AverageFrames for a run that sums (kSum32) or averages (kAverage16): frames of an earlier capture would
+// be taken for the source that stands there now. Without the capture board it asks for no frames at all.
 std::uint32_t CaptureMode(std::uint32_t kind);
 // Sums or means of no frames at all are zero throughout: they would pass for a source without flux.
 template <typename Value>
@@ -114,8 +127,8 @@ StepOutcome InstallOffsets(RunRecord& run);
 // Bad pixels take a neighbour's entry, and the report's map shows which they are. False as SubstituteBadPixels.
 bool SubstituteAndMap(RunRecord& run);
 // Step: the settings as they stand, video set-up and camera included, become CalSettings.CalFile; then the files hold.
-// Where anything failed the former files come back, the set in force has no files, and the operator is told. The report
-// is saved beside the set; live video reads in degrees.
+// Where anything failed the former files come back, the operator is told, and the set in force stays in memory
+// (calib/unsaved_set.h). The report is saved beside the set; live video reads in degrees.
 StepOutcome SaveSet(RunRecord& run);
 
 // Each detector's offset, low mean - meanLow x gain, rounded half away from zero; rangeFlag 1: one doesn't fit 16 bits,

@@ -4,6 +4,7 @@
 #include "calib/last_set.h"
 #include "calib/orientation.h"
 #include "calib/run_steps.h"
+#include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
 #include "display/display_pipeline.h"
 #include "head/camera_head.h"
@@ -14,6 +15,7 @@
 #include "pixel/decommutation.h"
 #include "platform/box.h"
 #include "platform/files.h"
+#include "platform/memory.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/profile_text.h"
@@ -111,8 +113,8 @@ bool IsForActiveCamera(HWND window, const CalibrationSet& set)
     return false;
 }
 
-// From here on the settings are those of the calibration, whatever follows. What was pending for the file belongs to
-// the settings that go.
+// From here on the settings are those of the calibration: nothing that follows can fail. What was pending for the file
+// belongs to the settings that go.
 bool MakeSettingsOf(HWND window, const std::string& calPath)
 {
     FlushProfiles();
@@ -129,13 +131,29 @@ bool MakeSettingsOf(HWND window, const std::string& calPath)
 void TakeVideoSettings(const CalibrationSet& set)
 {
     TellStep("Loading video parameters from calibration file...");
-    LoadVideoSettings(IniFilePath);
+    LoadVideoSettings(set.calPath);
     write::head.VideoGain[0] = set.videoGain1;
     write::head.VideoOffset[0] = set.videoOffset1;
     write::head.VideoOffset[1] = set.videoOffset2;
     TakeIntegrationIndexes(set.integrationTimes);
-    SaveVideoSettings(IniFilePath);
 }
+
+// Taken over before anything is sent; they are as they were unless the load comes to its end.
+class FormerVideoSettings {
+  public:
+    FormerVideoSettings() : former_(write::head) {}
+    ~FormerVideoSettings()
+    {
+        if (!let_) write::head = former_;
+    }
+    FormerVideoSettings(const FormerVideoSettings&) = delete;
+    FormerVideoSettings& operator=(const FormerVideoSettings&) = delete;
+    void LetGo() { let_ = true; }
+
+  private:
+    HeadStateVariables former_;
+    bool let_ = false;
+};
 
 bool RunsOnExternalClock()
 {
@@ -168,54 +186,93 @@ void SendVideoSettings()
 
 // --- Putting a set in force: lists ----------------------------------------------------------------------------------
 
-// The list is named in the settings and in the record whether or not it could be read; false, after a box, where it
-// couldn't.
+// Told before anything changes: a set without gains or offsets is of no use, and the calibration in force stays.
 template <typename Entry>
-bool TakeList(const SetList<Entry>& list, const char* key, std::string& path)
+bool WasRead(const SetList<Entry>& list, const char* step)
 {
-    WriteCalKey(key, list.name);
-    path = list.path;
+    if (list.read == ListRead::kComplete) return true;
+    TellStep(step);
     TellListRead(list.read, list.path);
-    return list.read == ListRead::kComplete;
-}
-
-bool RebuildDecommutation()
-{
-    auto table = BuildDecomList(ActiveConfig, FrameRateRowAt(IndexFrameRate).ReadoutShift);
-    if (!table) return false;
-    write::cal.DecomList = std::move(*table);
-    CalibrationListsChanged();
-    return true;
-}
-
-bool TakeDecommutation(HWND window, const SetList<std::uint32_t>& list)
-{
-    TellStep("Loading decommutation list...");
-    if (!TakeList(list, "DecomFile", write::calSet.CalSettings.DecomFile)) return RebuildDecommutation();
-    if (DownloadCoefficients(kDecomKind, BytesOf(std::span(list.entries)))) return true;
-    MessageBox(window, "Hardware Timeout Error, Download of Gain Coefficients", kMessageCaption);  // words of all lists
     return false;
 }
 
-bool TakeGains(const SetList<float>& list)
-{
-    TellStep("Loading gain list...");
-    return TakeList(list, "GainFile", write::calSet.CalSettings.GainFile) && DownloadGains(list.entries) != 0;
-}
+constexpr const char* kGainStep = "Loading gain list...";
+constexpr const char* kOffsetStep = "Loading offset list...";
 
-bool TakeOffsets(const SetList<std::int16_t>& list)
-{
-    TellStep("Loading offset list...");
-    return TakeList(list, "OffsetFile", write::calSet.CalSettings.OffsetFile) && DownloadOffsets(list.entries) != 0;
-}
-
-bool TakeLists(HWND window, const CalibrationSet& set)
+bool ListsWereRead(HWND window, const CalibrationSet& set)
 {
     if (set.memoryRefused) {
         MessageBox(window, "Failure to allocate memory!", "Memory Error");
         return false;
     }
-    return TakeDecommutation(window, set.decom) && TakeGains(set.gains) && TakeOffsets(set.offsets);
+    return WasRead(set.gains, kGainStep) && WasRead(set.offsets, kOffsetStep);
+}
+
+// The set's table, or, told, one made anew.
+std::optional<DecomTable> TableOf(const CalibrationSet& set)
+{
+    TellStep("Loading decommutation list...");
+    if (set.decom.read == ListRead::kComplete) return set.decom.entries;
+    TellListRead(set.decom.read, set.decom.path);
+    return BuildDecomList(ActiveConfig, FrameRateRowAt(IndexFrameRate).ReadoutShift);
+}
+
+// Tables that aren't there get their memory first: nothing in force is written over before all three can be installed.
+class RoomForTables {
+  public:
+    RoomForTables() = default;
+    ~RoomForTables()
+    {
+        if (madeTable_) write::cal.DecomList.clear();
+        if (madeGains_) write::cal.GainList.clear();
+        if (madeOffsets_) write::cal.OffsetList.clear();
+    }
+    RoomForTables(const RoomForTables&) = delete;
+    RoomForTables& operator=(const RoomForTables&) = delete;
+
+    bool Make()
+    {
+        return MakeOne(write::cal.DecomList, madeTable_, "Gain") &&  // words of the gains for the table too
+               MakeOne(write::cal.GainList, madeGains_, "Gain") &&
+               MakeOne(write::cal.OffsetList, madeOffsets_, "Offset");
+    }
+    void Keep() { madeTable_ = madeGains_ = madeOffsets_ = false; }
+
+  private:
+    template <typename Entry>
+    static bool MakeOne(std::vector<Entry>& list, bool& made, const char* name)
+    {
+        if (!list.empty()) return true;
+        made = AllocateBlock(list, PixelsOf(ActiveConfig));
+        if (!made) {
+            MessageBox(hWndMain, Format("Hardware Timeout Error, Download of %s Coefficients", name), kMessageCaption);
+        }
+        return made;
+    }
+
+    bool madeTable_ = false;
+    bool madeGains_ = false;
+    bool madeOffsets_ = false;
+};
+
+template <typename Entry>
+void NameList(const SetList<Entry>& list, const char* key, std::string& path)
+{
+    WriteCalKey(key, list.name);
+    path = list.path;
+}
+
+// There is room for them.
+void InstallLists(const CalibrationSet& set, const DecomTable& table)
+{
+    NameList(set.decom, "DecomFile", write::calSet.CalSettings.DecomFile);
+    DownloadCoefficients(kDecomKind, BytesOf(std::span(table)));
+    TellStep(kGainStep);
+    NameList(set.gains, "GainFile", write::calSet.CalSettings.GainFile);
+    DownloadGains(set.gains.entries);
+    TellStep(kOffsetStep);
+    NameList(set.offsets, "OffsetFile", write::calSet.CalSettings.OffsetFile);
+    DownloadOffsets(set.offsets.entries);
 }
 
 // --- Putting a set in force: display and calibration parameters -----------------------------------------------------
@@ -360,6 +417,19 @@ bool CopyLists(SetNames& names)
            CopyList(CalSettings.DecomFile, ".dcm", "DecomFile", names) && CopyNoise(names);
 }
 
+bool WriteLists(const UnsavedSet& set, SetNames& names)
+{
+    names.Add("GainFile", ".gai");
+    names.Add("OffsetFile", ".off");
+    names.Add("DecomFile", ".dcm");
+    if (set.badDetectors.empty()) {
+        names.keys.emplace_back("BadDetFile", "");
+    } else {
+        names.Add("BadDetFile", ".bad");
+    }
+    return WriteUnsavedLists(set, names.calPath);
+}
+
 bool WriteCalFile(const std::string& former, const SetNames& names)
 {
     std::string contents = former;
@@ -375,12 +445,15 @@ bool WriteCalFile(const std::string& former, const SetNames& names)
 // The lists first: the .cal stands only once all that it names is there.
 bool CopySetTo(const std::string& calPath)
 {
-    const std::optional<std::string> former = ReadWholeFile(CalSettings.CalFile, kLongestCalFile);
+    const UnsavedSet* const unsaved = SetWithoutFiles();
+    const std::string& calFile = unsaved ? IniFilePath : CalSettings.CalFile;
+    const std::optional<std::string> former = ReadWholeFile(calFile, kLongestCalFile);
     SetReplacement target(calPath);
     if (!former || !target.Begin()) return false;
     if (FileExists(calPath) && !DeleteFileNamed(calPath)) return false;
     SetNames names{calPath, {{"CalFile", calPath}}};
-    return CopyLists(names) && WriteCalFile(*former, names) && target.Commit();
+    const bool listsStand = unsaved ? WriteLists(*unsaved, names) : CopyLists(names);
+    return listsStand && WriteCalFile(*former, names) && target.Commit();
 }
 
 void TakeNewNames(const std::string& calPath)
@@ -412,14 +485,21 @@ void LoadCalibrationSettings()
 
 int PutInForce(HWND window, const CalibrationSet& set)
 {
-    if (!IsForActiveCamera(window, set)) return 0;
+    if (!IsForActiveCamera(window, set) || !ListsWereRead(window, set)) return 0;
     {
         const Hourglass hourglass;
-        if (!MakeSettingsOf(window, set.calPath)) return 0;
+        FormerVideoSettings video;
+        RoomForTables room;
         TakeVideoSettings(set);
         if (!ExternalRateIsGiven(window)) return 0;
+        const std::optional<DecomTable> table = TableOf(set);
+        if (!table || !room.Make() || !MakeSettingsOf(window, set.calPath)) return 0;
+        video.LetGo();
+        room.Keep();
+        SaveVideoSettings(IniFilePath);
         SendVideoSettings();
-        if (!TakeLists(window, set)) return 0;
+        InstallLists(set, *table);
+        ForgetUnsavedSet();
         TakeType(set);
         TakeParameters(set);
         RestartLiveVideo();
@@ -440,7 +520,7 @@ int SaveCalibrationAs(const std::string& calPath)
         MessageBox(hWndMain, "Can not save a calibration that is not loaded", "Kelvo warning");
         return 0;
     }
-    if (IsSetInForce(calPath)) return 1;
+    if (!SetWithoutFiles() && IsSetInForce(calPath)) return 1;
     if (!IsCalFile(calPath)) return 0;
     const Hourglass hourglass;
     // Of this only the camera's own section lasts: the set keeps the video settings with which it was made.
@@ -449,6 +529,7 @@ int SaveCalibrationAs(const std::string& calPath)
     FlushProfiles();
     if (!CopySetTo(calPath)) return 0;
     TakeNewNames(calPath);
+    ForgetUnsavedSet();
     return 1;
 }
 

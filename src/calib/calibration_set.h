@@ -18,18 +18,19 @@ namespace kelvo {
 void LoadCalibrationSettings();
 
 // Makes a set the one in force: settings, video settings (sent to the head), tables, orientation, bad pixels; live
-// video starts again. 1; 0 after a box that names what is wrong with the set. One that isn't a set of the active camera
-// changes nothing. A list that couldn't be read leaves kelvo.ini replaced, the tables in force partly replaced, and
-// CalType as it was. A .dcm that couldn't be read, or names pixels outside the frame, is told, and the table is built
-// anew. A head on an external clock: the operator is asked for its rate before anything is sent; 0 where he gives none.
+// video starts again. 1; 0 after a box that names what is wrong with the set, and all is as it was: record, tables,
+// settings files, head. A .dcm that couldn't be read, or names pixels outside the frame, is told, and the table is
+// built anew. A head on an external clock: the operator is asked for its rate before anything is sent; 0 where he gives
+// none.
 int PutInForce(HWND window, const CalibrationSet& set);
 
 // Reads the set of a .cal file and puts it in force; result and boxes are those of PutInForce.
 int LoadCalibration(HWND window, const std::string& calPath);
 
-// The set in force under another name, which ends in .cal: whole, or not there. A set that stood under that name comes
-// back on a failure. 1, also where it has that name already; 0 where there is no calibration (told in a box), for
-// another ending, or where a file couldn't be copied (neither is told here).
+// The set in force under another name, which ends in .cal: whole, or not there. One whose files couldn't be written by
+// its run is written from memory, under its own name too. A set that stood under that name comes back on a failure. 1,
+// also where it has that name already; 0 where there is no calibration (told in a box), for another ending, or where a
+// file couldn't be copied (neither is told here).
 int SaveCalibrationAs(const std::string& calPath);
 
 // The highest count of the converter at the camera's unity setting, |UnityGain (2 UnityOffset - 1) / 16384| without its

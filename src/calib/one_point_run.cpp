@@ -10,8 +10,10 @@
 #include "calib/run_steps.h"
 #include "calib/source_dialogs.h"
 #include "calib/two_point.h"
+#include "calib/unsaved_set.h"
 #include "display/display_pipeline.h"
 #include "head/video_settings.h"
+#include "pixel/bad_pixels.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
 #include "platform/files.h"
@@ -43,8 +45,11 @@ OnePointSettings OnePointSettingsInForce()
 }
 
 struct OnePointRun : RunRecord {
-    OnePointRun(HWND parent, const CameraConfig& camera)
-        : RunRecord(parent, camera), typeBefore(CalType), update(CalType != 0), settings(OnePointSettingsInForce())
+    OnePointRun(HWND parent, const CameraConfig& camera, FormerCalibration& inForce)
+        : RunRecord(parent, camera, inForce),
+          typeBefore(CalType),
+          update(CalType != 0),
+          settings(OnePointSettingsInForce())
     {
     }
 
@@ -56,6 +61,7 @@ struct OnePointRun : RunRecord {
     std::vector<OnePointClass> classes;
     OnePointResult result;
     std::string formerCalFile;
+    std::string formerDecomFile;
 };
 
 std::string NewCalPath()
@@ -78,7 +84,7 @@ StepOutcome AllocateFrame(OnePointRun& run)
 StepOutcome CaptureFrame(OnePointRun& run)
 {
     const int captured = GetCalibData(run.frame, run.noise, CalSettings.NumFrames);
-    if (!captured) return StepOutcome::kFailed;
+    if (!captured) return StepOutcome::kNoFrames;
     MessageBeep(Sound::kDefault);
     return StepOutcome::kGoOn;
 }
@@ -90,16 +96,45 @@ bool ReadGains(const std::string& path, std::vector<float>& gains)
     return file && file->Read(bytes) == bytes.size();
 }
 
+// Those of a set that has no files yet are in memory.
+bool FillFormerGains(OnePointRun& run)
+{
+    const UnsavedSet* const unsaved = SetWithoutFiles();
+    if (!unsaved) return ReadGains(SetFile(CalSettings.CalFile, ".gai"), run.gains);
+    if (unsaved->gains.size() != run.pixels) return false;
+    run.gains = unsaved->gains;
+    return true;
+}
+
 StepOutcome FillGains(OnePointRun& run)
 {
     if (!AllocateBlock(run.gains, run.pixels)) return FailTelling("Failure to allocate or lock Gain memory!");
     if (run.update) {
         TellStep("Reading in gain list from file");
-        return ReadGains(SetFile(CalSettings.CalFile, ".gai"), run.gains) ? StepOutcome::kGoOn : FailWithBeep();
+        if (!FillFormerGains(run)) return FailWithBeep();
+        if (AllocateBlock(run.fileGains, run.pixels)) run.fileGains = run.gains;
+        return StepOutcome::kGoOn;
     }
     TellStep("Setting all gains to identical value");
     std::ranges::fill(run.gains, 1.0F);
     return StepOutcome::kGoOn;
+}
+
+// The list of a set that has no files yet can't be read from one: its detectors get a gain of 0, as those that the
+// gains show.
+void RejectListed(OnePointRun& run, const BadDetMap& listed)
+{
+    const PositionRule rule = PositionRuleOf(run.config);
+    for (std::size_t i = 0; i < listed.size() && i < run.pixels; ++i) {
+        if (listed[i] == 0) continue;
+        const auto columns = static_cast<std::size_t>(run.config.Hroi);
+        const std::int64_t place =
+            rule.InTable(static_cast<std::int32_t>(i / columns), static_cast<std::int32_t>(i % columns));
+        if (place < 0 || std::cmp_greater_equal(place, run.table.size())) continue;
+        const std::uint32_t detector = run.table[static_cast<std::size_t>(place)];
+        if (detector < run.gains.size()) run.gains[detector] = 0;
+    }
+    write::calSet.CalSettings.BadDetFile.clear();
 }
 
 StepOutcome LoadTable(OnePointRun& run)
@@ -107,6 +142,7 @@ StepOutcome LoadTable(OnePointRun& run)
     std::optional<DecomTable> table = LoadDecomList(run.config);
     if (!table) return FailTelling("Failure to get decommutation order!");
     run.table = *std::move(table);
+    if (run.update && SetWithoutFiles()) RejectListed(run, SetWithoutFiles()->badDetectors);
     return StepOutcome::kGoOn;
 }
 
@@ -198,11 +234,49 @@ StepOutcome OpenSet(OnePointRun& run)
     return StepOutcome::kGoOn;
 }
 
+bool IsTableOfFrame(const OnePointRun& run, const std::string& path)
+{
+    const std::size_t bytes = run.table.size() * sizeof(DecomTable::value_type);
+    const std::optional<std::string> contents = ReadWholeFile(path, bytes);
+    return contents && contents->size() == bytes;
+}
+
+// A set without a table can't be copied, and is told of at each load: where there is none this run's own goes into it,
+// as it stands before bad pixels are replaced. A table that the set has already stays.
+StepOutcome SaveOwnTable(OnePointRun& run)
+{
+    const std::string own = SetFile(CalSettings.CalFile, ".dcm");
+    run.formerDecomFile = CalSettings.DecomFile;
+    if (!run.update) write::calSet.CalSettings.DecomFile = own;
+    if (!SetWithoutFiles() && IsTableOfFrame(run, CalSettings.DecomFile)) return StepOutcome::kGoOn;
+    TellStep("Saving Decommutation order in file...");
+    write::calSet.CalSettings.DecomFile = own;
+    run.listsAreSaved = SaveList(own, BytesOf(std::span<const std::uint32_t>(run.table)), run.table.size()) != 0;
+    return StepOutcome::kGoOn;
+}
+
+// The former calibration is gone from here on; an update of one that has no files yet goes on without any.
+void NoteUnsaved(const OnePointRun& run)
+{
+    const UnsavedSet* const former = SetWithoutFiles();
+    if (!run.update || !former) {
+        ForgetUnsavedSet();
+        return;
+    }
+    UnsavedSet set{.gains = former->gains, .offsets = run.offsets, .noise = former->noise, .badDetectors = {}};
+    if (SubstBadPixels) set.badDetectors = BadDetList;
+    KeepUnsavedSet(std::move(set));
+}
+
 // CalType stays. The set is named as before, so that the caller can load it again.
 StepOutcome SubstituteInSet(OnePointRun& run)
 {
-    if (SubstituteAndMap(run)) return StepOutcome::kGoOn;
+    if (SubstituteAndMap(run)) {
+        NoteUnsaved(run);
+        return StepOutcome::kGoOn;
+    }
     write::calSet.CalSettings.CalFile = run.formerCalFile;
+    write::calSet.CalSettings.DecomFile = run.formerDecomFile;
     return StepOutcome::kStopped;
 }
 
@@ -246,20 +320,32 @@ StepOutcome WriteSourceKeys(OnePointRun& run)
     return StepOutcome::kGoOn;
 }
 
-// The frame's memory serves the noise list: the offsets stand by now.
+// The frame's memory serves the noise list: the offsets stand by now. The noise of a former run is none of this one's.
 void SaveNewNoise(OnePointRun& run)
 {
+    const std::string path = SetFile(CalSettings.CalFile, ".noi");
+    if (FileExists(path)) DeleteFileNamed(path);
     if (run.noise.empty()) return;
     NoiseToSteps(run.noise, run.frame);
     std::vector<float>().swap(run.noise);
-    SaveNoise(SetFile(CalSettings.CalFile, ".noi"), run.frame);
+    SaveNoise(path, run.frame);
 }
 
 void SaveNewGains(OnePointRun& run)
 {
     TellStep("Saving gain calibration file");
     write::calSet.CalSettings.GainFile = SetFile(CalSettings.CalFile, ".gai");
-    run.listsAreSaved = SaveGains(CalSettings.GainFile, run.gains);
+    run.listsAreSaved = SaveGains(CalSettings.GainFile, run.gains) && run.listsAreSaved;
+}
+
+// What stands under the name of the set is another one: all of it is written.
+void SaveFormerLists(OnePointRun& run, const UnsavedSet& unsaved)
+{
+    const std::string noise = SetFile(CalSettings.CalFile, ".noi");
+    if (FileExists(noise)) DeleteFileNamed(noise);
+    if (!unsaved.noise.empty()) ReplaceFile(noise, unsaved.noise);
+    write::calSet.CalSettings.GainFile = SetFile(CalSettings.CalFile, ".gai");
+    run.listsAreSaved = SaveGains(CalSettings.GainFile, unsaved.gains) && run.listsAreSaved;
 }
 
 StepOutcome SaveLists(OnePointRun& run)
@@ -267,12 +353,14 @@ StepOutcome SaveLists(OnePointRun& run)
     if (!run.update) {
         SaveNewNoise(run);
         SaveNewGains(run);
+    } else if (const UnsavedSet* const unsaved = SetWithoutFiles()) {
+        SaveFormerLists(run, *unsaved);
     }
     TellStep("Saving offset calibration file");
     write::calSet.CalSettings.OffsetFile = SetFile(CalSettings.CalFile, ".off");
     run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, run.offsets) && run.listsAreSaved;
     // The lists got their names after the keys were written: without this a new set would name those of another one.
-    if (!run.update) WriteListKeys();
+    if (!run.update || SetWithoutFiles()) WriteListKeys();
     return StepOutcome::kGoOn;
 }
 
@@ -284,22 +372,31 @@ const char* TitleOfRun(bool update)
 }
 
 constexpr RunStep<OnePointRun> kOnePointSteps[] = {
-    AllocateFrame,  CaptureFrame,    FillGains,      LoadTable, FindMean,        ReportAndInstallGains,
-    FindNewOffsets, AcceptNewRange,  InstallOffsets, OpenSet,   SubstituteInSet, OrientAndShowRange,
-    ShowResults,    WriteSourceKeys, SaveLists,      SaveSet,
+    AllocateFrame,      CaptureFrame,   FillGains,       LoadTable, FindMean,     ReportAndInstallGains,
+    FindNewOffsets,     AcceptNewRange, InstallOffsets,  OpenSet,   SaveOwnTable, SubstituteInSet,
+    OrientAndShowRange, ShowResults,    WriteSourceKeys, SaveLists, SaveSet,
 };
 
 }  // namespace
 
-int OnePointCalibrate(HWND window)
+RunEnd RunOnePoint(HWND window, FormerCalibration& former)
 {
     const bool update = CalType != 0;
     TellStep(update ? " Perform 1 point update to current calibration (determine new offsets)"
                     : " Perform 1 point calibration (determine offsets only)");
     if (!update) write::calSet.CalSettings.NumSources = 1;
-    if (!ColdSourceDialog(window, TitleOfRun(update))) return 0;
-    OnePointRun run(window, ActiveConfig);
+    if (!ColdSourceDialog(window, TitleOfRun(update))) {
+        former.PutBack();
+        return RunEnd::kCancelled;
+    }
+    OnePointRun run(window, ActiveConfig, former);
     return Complete<OnePointRun>(run, kOnePointSteps);
+}
+
+int OnePointCalibrate(HWND window)
+{
+    FormerCalibration former;
+    return RunOnePoint(window, former) == RunEnd::kCompleted ? 1 : 0;
 }
 
 int GetCalibData(std::span<std::int16_t> frame, std::span<float> noise, std::uint32_t frameCount)

@@ -1,5 +1,6 @@
 #include "calib/orientation.h"
 
+#include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/coefficient_lists.h"
@@ -20,6 +21,7 @@
 #include "ui/status.h"
 #include "video/video.h"
 
+#include <algorithm>
 #include <optional>
 #include <span>
 #include <string>
@@ -33,6 +35,15 @@ std::span<const std::uint8_t> BytesOf(const DecomTable& table)
     return {reinterpret_cast<const std::uint8_t*>(table.data()), table.size() * sizeof(DecomTable::value_type)};
 }
 
+// A set that has no files yet has its list in memory.
+bool MarkListed(std::string_view badDetFile, BadDetMap& map, const CameraConfig& config)
+{
+    const UnsavedSet* const unsaved = SetWithoutFiles();
+    if (!unsaved) return LoadBadDetFile(badDetFile, map, config) != 0;
+    std::copy_n(unsaved->badDetectors.begin(), std::min(map.size(), unsaved->badDetectors.size()), map.begin());
+    return true;
+}
+
 bool ReplaceListed(DecomTable& table, std::string_view badDetFile, const CameraConfig& config)
 {
     StatusMessage("Loading bad pixel substitution file", kLeftAligned);
@@ -41,7 +52,7 @@ bool ReplaceListed(DecomTable& table, std::string_view badDetFile, const CameraC
         MessageBox(hWndMain, "Failure to allocate memory", kMessageCaption);
         return false;
     }
-    if (!LoadBadDetFile(badDetFile, map, config)) return false;
+    if (!MarkListed(badDetFile, map, config)) return false;
     StatusMessage("Calculating pixel substitution", kLeftAligned);
     return ReplaceBadDet(table, map, config) != 0;
 }
@@ -62,7 +73,7 @@ void WriteSubstituteKey(const std::string& file)
 // The set's own table follows the one in force.
 void KeepTableInSet()
 {
-    if (CalSettings.DecomFile.empty()) return;
+    if (CalSettings.DecomFile.empty() || SetWithoutFiles()) return;
     if (CopyFileTo(DecomTempPath(), CalSettings.DecomFile, false)) return;
     MessageBox(hWndMain, "Could not save file: " + CalSettings.DecomFile, kMessageCaption);
 }
@@ -123,7 +134,7 @@ void ToggleBadPixelReplacement(HWND /*window*/)
     if (CalType) RebuildForSet();
     ShowReplacementInMenu(SubstBadPixels != 0);
     WriteSubstituteKey(IniFilePath);
-    if (CalType && !CalSettings.CalFile.empty()) WriteSubstituteKey(CalSettings.CalFile);
+    if (CalType && !CalSettings.CalFile.empty() && !SetWithoutFiles()) WriteSubstituteKey(CalSettings.CalFile);
 }
 
 }  // namespace kelvo

@@ -80,7 +80,14 @@ std::optional<float> TemperatureIn(HWND dialog, int edit)
 // A second look at a temperature that is given.
 using Agree = bool (*)(HWND dialog, float temperatureC);
 
-bool TakeTemperature(HWND dialog, const Source& source, Agree agree)
+// What the fields hold. Nothing of it is in force before all of them are right: the calibration reads by its
+// temperatures.
+struct Entries {
+    float temperatureC = kNotGiven;
+    float emissivity = 0;
+};
+
+bool ReadTemperature(HWND dialog, const Source& source, Agree agree, Entries& entries)
 {
     const std::optional<float> value = TemperatureIn(dialog, source.temperatureEdit);
     if (!value) {
@@ -88,7 +95,7 @@ bool TakeTemperature(HWND dialog, const Source& source, Agree agree)
         return false;
     }
     if (*value != kNotGiven && !agree(dialog, *value)) return false;
-    source.temperatureC = *value;
+    entries.temperatureC = *value;
     return true;
 }
 
@@ -106,8 +113,9 @@ bool IsHotterOrWanted(HWND dialog, float temperatureC)
 }
 
 // An empty field leaves the emissivity.
-bool TakeEmissivity(HWND dialog, const Source& source)
+bool ReadEmissivity(HWND dialog, const Source& source, Entries& entries)
 {
+    entries.emissivity = source.emissivity;
     const std::string text = GetDlgItemText(dialog, source.emissivityEdit);
     if (text.empty()) return true;
     const float value = ScanFloat(text).value_or(0.0F);
@@ -116,18 +124,27 @@ bool TakeEmissivity(HWND dialog, const Source& source)
         Refuse(dialog, source.emissivityEdit);
         return false;
     }
-    source.emissivity = value;
+    entries.emissivity = value;
+    return true;
+}
+
+bool Take(HWND dialog, const Source& source, Agree agree)
+{
+    Entries entries;
+    if (!ReadTemperature(dialog, source, agree, entries) || !ReadEmissivity(dialog, source, entries)) return false;
+    source.temperatureC = entries.temperatureC;
+    source.emissivity = entries.emissivity;
     return true;
 }
 
 void AcceptCold(HWND dialog)
 {
-    if (TakeTemperature(dialog, kColdSource, AnyWillDo) && TakeEmissivity(dialog, kColdSource)) EndDialog(dialog, 1);
+    if (Take(dialog, kColdSource, AnyWillDo)) EndDialog(dialog, 1);
 }
 
 void AcceptHot(HWND dialog)
 {
-    if (!TakeTemperature(dialog, kHotSource, IsHotterOrWanted) || !TakeEmissivity(dialog, kHotSource)) return;
+    if (!Take(dialog, kHotSource, IsHotterOrWanted)) return;
     StatusMessage("  Getting high flux calibration data...", kLeftAligned);
     EndDialog(dialog, 1);
 }

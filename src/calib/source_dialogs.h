@@ -9,7 +9,8 @@
 namespace kelvo {
 
 // The source dialogs; title of the run. 1 on Ok, with TemperatureCold or TemperatureHot (state/cal_state.h; -999.0 for
-// an empty field) and the emissivity of CalSettings taken over.
+// an empty field) and the emissivity of CalSettings taken over, once both fields are right. 0 on Cancel, whatever was
+// tried before: both are as they were.
 int ColdSourceDialog(HWND window, const std::string& title);
 int HotSourceDialog(HWND window);
 LRESULT fnCALCOLDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);

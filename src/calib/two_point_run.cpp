@@ -8,6 +8,7 @@
 #include "calib/run_steps.h"
 #include "calib/source_dialogs.h"
 #include "calib/two_point.h"
+#include "calib/unsaved_set.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
@@ -44,8 +45,8 @@ TwoPointSettings TwoPointSettingsFor(const CameraConfig& config)
 }
 
 struct TwoPointRun : RunRecord {
-    TwoPointRun(HWND parent, const CameraConfig& camera, std::int32_t& done)
-        : RunRecord(parent, camera), doneFlag(done), settings(TwoPointSettingsFor(camera))
+    TwoPointRun(HWND parent, const CameraConfig& camera, std::int32_t& done, FormerCalibration& inForce)
+        : RunRecord(parent, camera, inForce), doneFlag(done), settings(TwoPointSettingsFor(camera))
     {
     }
 
@@ -78,24 +79,24 @@ StepOutcome AllocateSums(TwoPointRun& run)
     return StepOutcome::kGoOn;
 }
 
-// What AverageFrames gave; sums hold zeros where nothing was gathered.
-int Capture(TwoPointRun& run, std::span<std::int32_t> sums, std::span<float> noise)
+// True where all frames that were asked for are gathered.
+bool Capture(TwoPointRun& run, std::span<std::int32_t> sums, std::span<float> noise)
 {
-    if (run.settings.frameCount == 0 || !EnsureLiveVideo()) return 0;
+    if (run.settings.frameCount == 0 || !EnsureLiveVideo()) return false;
     return AverageFrames(sums, noise, run.settings.frameCount, 0, 0, run.config.Hroi - 1, run.config.Vroi - 1,
-                         CaptureMode(kSum32));
+                         CaptureMode(kSum32)) &&
+           WereGathered<std::int32_t>(sums);
 }
 
 StepOutcome FailAcquisition()
 {
-    return FailTelling("Video Data Acquisition Failed, Hardware error!", "Kelvo Calibration Error!");
+    return EndWithoutFrames("Video Data Acquisition Failed, Hardware error!", "Kelvo Calibration Error!");
 }
 
 StepOutcome CaptureLow(TwoPointRun& run)
 {
     TellStep("Starting frame capture");
-    const int captured = Capture(run, run.lowSums, run.noise);
-    return captured && WereGathered<std::int32_t>(run.lowSums) ? StepOutcome::kGoOn : FailAcquisition();
+    return Capture(run, run.lowSums, run.noise) ? StepOutcome::kGoOn : FailAcquisition();
 }
 
 StepOutcome AskForHighSource(TwoPointRun& run)
@@ -103,17 +104,16 @@ StepOutcome AskForHighSource(TwoPointRun& run)
     MessageBeep(Sound::kDefault);
     run.waiting.reset();
     SetPointer(Pointer::kArrow);
-    if (!HotSourceDialog(run.window)) return StepOutcome::kFailed;
+    if (!HotSourceDialog(run.window)) return StepOutcome::kCancelled;
     run.waiting.emplace();
     return StepOutcome::kGoOn;
 }
 
-// Whatever the capture says, frames that were gathered are used.
 StepOutcome CaptureHigh(TwoPointRun& run)
 {
-    Capture(run, run.highSums, {});
+    const bool captured = Capture(run, run.highSums, {});
     MessageBeep(Sound::kDefault);
-    return WereGathered<std::int32_t>(run.highSums) ? StepOutcome::kGoOn : FailAcquisition();
+    return captured ? StepOutcome::kGoOn : FailAcquisition();
 }
 
 // --- Lists ----------------------------------------------------------------------------------------------------------
@@ -277,6 +277,7 @@ StepOutcome TakeEffect(TwoPointRun& run)
     TellStep("Setting Image orientation...");
     run.doneFlag = 1;
     write::cal.CalType = 2;
+    ForgetUnsavedSet();
     RebuildTable(run.config);
     return StepOutcome::kGoOn;
 }
@@ -370,14 +371,23 @@ class KeptPointer {
 
 }  // namespace
 
-int TwoPointCalibrate(HWND window, const CameraConfig& config, std::int32_t& doneFlag)
+RunEnd RunTwoPoint(HWND window, const CameraConfig& config, std::int32_t& doneFlag, FormerCalibration& former)
 {
-    if (!ColdSourceDialog(window, "2 Point Calibration")) return 0;
+    if (!ColdSourceDialog(window, "2 Point Calibration")) {
+        former.PutBack();
+        return RunEnd::kCancelled;
+    }
     TellStep("Initializing variables...");
     const KeptPointer pointer;
-    TwoPointRun run(window, config, doneFlag);
+    TwoPointRun run(window, config, doneFlag, former);
     doneFlag = 0;
     return Complete<TwoPointRun>(run, kTwoPointSteps);
+}
+
+int TwoPointCalibrate(HWND window, const CameraConfig& config, std::int32_t& doneFlag)
+{
+    FormerCalibration former;
+    return RunTwoPoint(window, config, doneFlag, former) == RunEnd::kCompleted ? 1 : 0;
 }
 
 }  // namespace kelvo

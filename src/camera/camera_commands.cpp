@@ -1,7 +1,6 @@
 #include "camera/camera_commands.h"
 
 #include "calib/calibration_commands.h"
-#include "calib/calibration_dialog.h"
 #include "camera/configuration_dialog.h"
 #include "camera/turn_on.h"
 #include "display/display_pipeline.h"
@@ -48,7 +47,7 @@ void SetUpVideo()
 {
     RefreshPicture();
     VideoSetupDialog(hWndMain);
-    if (CameraOn && RunCalibrationDialog(hWndMain) && IsCameraToCalibrate()) RunChosenCalibration();
+    if (CameraOn) CalibrateByDialog(IsCameraToCalibrate);
     ShowReplacementInMenu(SubstBadPixels != 0);
 }
 

@@ -28,6 +28,7 @@ HostFrameVariables hostFrames;
 constinit const std::vector<std::vector<std::int16_t>>& HostFrames = write::hostFrames.HostFrames;
 constinit const std::int32_t& HostFramesAllocated = write::hostFrames.HostFramesAllocated;
 constinit const std::int32_t& HostFrameNext = write::hostFrames.HostFrameNext;
+constinit const std::int32_t& HostFramesWithoutBlank = write::hostFrames.HostFramesWithoutBlank;
 
 namespace {
 
@@ -134,11 +135,14 @@ std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip)
     AccountCycleStops();
     itx_os_set_realtime_priority(1);
     write::hostFrames.HostFrameNext = 0;
+    write::hostFrames.HostFramesWithoutBlank = 0;
     // After an allocation that stopped part-way fewer frames stand than are counted.
     const std::int32_t limit = std::min({count, numBufFrames, static_cast<std::int32_t>(std::ssize(HostFrames))});
     std::int32_t captured = 0;
     for (; captured < limit; ++captured) {
-        for (std::int64_t blank = 0; blank <= skip; ++blank) icp_wait_vb(IcpModule, FrameA);
+        for (std::int64_t blank = 0; blank <= skip; ++blank) {
+            if (icp_wait_vb(IcpModule, FrameA) == kBoardTimeout) ++write::hostFrames.HostFramesWithoutBlank;
+        }
         if (skip > 0) AccountHeldUp();  // what is left out is so on purpose
         if (!ReadBoardArea(write::hostFrames.HostFrames[static_cast<std::size_t>(captured)])) return 0;
         AccountFrameUsed();
@@ -175,6 +179,7 @@ void ResetHostFrames()
     write::hostFrames.HostFrames.clear();
     write::hostFrames.HostFramesAllocated = 0;
     write::hostFrames.HostFrameNext = 0;
+    write::hostFrames.HostFramesWithoutBlank = 0;
 }
 
 }  // namespace kelvo

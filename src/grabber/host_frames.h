@@ -13,6 +13,8 @@ constexpr std::int32_t kMostHostFrames = 10000;
 extern const std::vector<std::vector<std::int16_t>>& HostFrames;
 extern const std::int32_t& HostFramesAllocated;  // flag
 extern const std::int32_t& HostFrameNext;        // index of the next free frame
+extern const std::int32_t&
+    HostFramesWithoutBlank;  // of the last capture: waits that ran out, so that an old frame was read
 // numBufFrames (state/camera_config.h): a wish as the camera's key has it; after allocation the count of frames.
 
 // Makes the frames if they aren't there, or are of another size than the camera's: as many as memory and the key

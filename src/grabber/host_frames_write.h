@@ -9,6 +9,7 @@ struct HostFrameVariables {
     std::vector<std::vector<std::int16_t>> HostFrames;
     std::int32_t HostFramesAllocated = 0;
     std::int32_t HostFrameNext = 0;
+    std::int32_t HostFramesWithoutBlank = 0;
 };
 
 namespace write {

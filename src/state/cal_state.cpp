@@ -28,6 +28,9 @@ namespace {
 
 const StateNames kStateNames{
     Named("CalType", CalType),
+    Named("DecomList", DecomList),
+    Named("OffsetList", OffsetList),
+    Named("GainList", GainList),
     Named("IntensityCold", IntensityCold),
     Named("IntensityHot", IntensityHot),
     Named("TemperatureCold", TemperatureCold),

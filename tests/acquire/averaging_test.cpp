@@ -417,6 +417,37 @@ TEST_F(Averaging, ACaptureThatFailsIsToldAndTheRunGoesOnWithWhatTheStoreHolds)
     EXPECT_EQ(CalType, 1);
 }
 
+// Three host frames: the second batch of five frames fails at its second frame.
+TEST_F(Averaging, WhereOnlyNewFramesServeABatchThatFailsEndsTheRun)
+{
+    for (const std::uint32_t format : {kAverage16, kSum32, kAverageFloat}) {
+        recordingBoard.answers.clear();
+        recordingBoard.reads = 0;
+        recordingBoard.onRead = [](std::int32_t n) {
+            if (n == 5) recordingBoard.answers["icp_read_area"] = -1;
+        };
+        write::cal.CalType = 2;
+        const std::size_t boxes = op.Boxes().size();
+        EXPECT_EQ(Average(5, format | kTakeNewFrames | kNewFramesOnly), 0) << format;
+        ASSERT_EQ(op.Boxes().size(), boxes + 1);
+        EXPECT_EQ(op.Boxes().back().text, "icp_read_area() Error");
+        EXPECT_EQ(CalType, 2);
+    }
+    recordingBoard.answers.clear();
+    recordingBoard.onRead = nullptr;
+    EXPECT_EQ(Average(5, kSum32 | kTakeNewFrames | kNewFramesOnly), 1);
+    EXPECT_THAT(sums, ElementsAre(5000, 5005, 5500, 5505));
+}
+
+TEST_F(Averaging, WhereOnlyNewFramesServeABlankThatRunsOutEndsTheRun)
+{
+    recordingBoard.answers["icp_wait_vb"] = kBoardTimeout;
+    EXPECT_EQ(Average(2, kSum32 | kTakeNewFrames | kNewFramesOnly), 0);
+    EXPECT_EQ(Average(2, kSum32 | kTakeNewFrames), 1) << "others take what stands on the board";
+    recordingBoard.answers.clear();
+    EXPECT_EQ(Average(2, kSum32 | kTakeNewFrames | kNewFramesOnly), 1);
+}
+
 TEST_F(Averaging, TheCapacityIsWorkedOutOnceAndKept)
 {
     EXPECT_EQ(Average(1, kAverage16 | kTakeNewFrames), 1);

@@ -440,7 +440,7 @@ TEST_F(TwoPointRun, AListThatCantBeSavedLeavesTheFormerSetAndTheCalibrationInFor
     EXPECT_EQ(FileContents(InDirectory("Last.gai")), formerGains);
     EXPECT_EQ(FileContents(InDirectory("Last.cal")), kCalText);
     EXPECT_EQ(CalType, 2);
-    EXPECT_EQ(CalSettings.CalFile, "") << "the set on the disk isn't this one";
+    EXPECT_EQ(CalSettings.CalFile, LastCalPath());
 }
 
 // --- The report -----------------------------------------------------------------------------------------------------
@@ -517,7 +517,7 @@ TEST_F(OnePointRun, AListThatCantBeSavedNamesTheSetThatStands)
     EXPECT_EQ(op->Boxes().back().text,
               "The calibration is in force, but its files couldn't be saved.\nThe former ones stand:\n" +
                   InDirectory("warm.cal"));
-    EXPECT_EQ(CalSettings.CalFile, "");
+    EXPECT_EQ(CalSettings.CalFile, InDirectory("warm.cal"));
 }
 
 TEST_F(OnePointRun, ANewOneFindsOffsetsAlone)
@@ -529,7 +529,7 @@ TEST_F(OnePointRun, ANewOneFindsOffsetsAlone)
     EXPECT_THAT(ListOf<float>("last.gai"), ElementsAre(1, 1, 1, 1, 1, 1, 1, 0));
     EXPECT_THAT(ListOf<std::int16_t>("last.off"), ElementsAre(0, 10, -10, 0, 0, 5, -5, 0));
     EXPECT_THAT(ListOf<std::int16_t>("last.noi"), Each(0));
-    EXPECT_FALSE(Stands("last.dcm"));
+    EXPECT_THAT(ListOf<std::uint32_t>("last.dcm"), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7)) << "before replacement";
     EXPECT_EQ(FileContents(InDirectory("last.bad")), "   1,   3\n");
     EXPECT_THAT(DecomList, ElementsAre(0, 1, 2, 3, 4, 5, 6, 3));
     const std::string cal = InDirectory("last.cal");
@@ -547,6 +547,69 @@ TEST_F(OnePointRun, ANewOneFindsOffsetsAlone)
     EXPECT_EQ(op->Boxes()[0].text,
               "Total bad pixels =      1 ( 12.5 %)\n\nMean signal =  1000.0 counts\n\nMean noise =     0.0 counts");
     EXPECT_EQ(op->Boxes()[0].caption, "Calibration results");
+}
+
+TEST_F(OnePointRun, ANewOneSavesAndLoadsWithoutABox)
+{
+    write::display.MirrorVert = 1;
+    ASSERT_EQ(OnePoint(source), 1);
+    EXPECT_EQ(CalSettings.DecomFile, InDirectory("last.dcm"));
+    EXPECT_EQ(KeyOf(InDirectory("last.cal"), "Calibration", "DecomFile"), "last.dcm");
+    EXPECT_THAT(ListOf<std::uint32_t>("last.dcm"), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7)) << "as it is read out";
+    const std::vector<std::uint32_t> inForce = DecomList;
+    const std::size_t boxes = op->Boxes().size();
+    EXPECT_EQ(SaveCalibrationAs(InDirectory("kept.cal")), 1);
+    EXPECT_EQ(LoadCalibration(hWndMain, InDirectory("kept.cal")), 1);
+    EXPECT_EQ(DecomList, inForce);
+    EXPECT_EQ(LoadCalibration(hWndMain, InDirectory("last.cal")), 1);
+    EXPECT_EQ(DecomList, inForce);
+    EXPECT_THAT(op->Boxes(), SizeIs(boxes));
+}
+
+// A set elsewhere has its own table, and so has this one.
+TEST_F(OnePointRun, ANewOneNamesNoTableOfAnotherSet)
+{
+    std::filesystem::create_directory(InDirectory("sets"));
+    PutTable(InDirectory("sets/warm.dcm"), {7, 6, 5, 4, 3, 2, 1, 0});
+    write::calSet.CalSettings.DecomFile = InDirectory("sets/warm.dcm");
+    ASSERT_EQ(OnePoint(source), 1);
+    EXPECT_EQ(CalSettings.DecomFile, InDirectory("last.dcm"));
+    EXPECT_THAT(ListOf<std::uint32_t>("last.dcm"), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
+}
+
+TEST_F(OnePointRun, AFormerTableStaysAndOneOfAnotherFrameDoesNot)
+{
+    PutTable(InDirectory("Last.dcm"), {7, 6, 5, 4, 3, 2, 1, 0});
+    ASSERT_EQ(OnePoint(source), 1);
+    EXPECT_THAT(ListOf<std::uint32_t>("Last.dcm"), ElementsAre(7, 6, 5, 4, 3, 2, 1, 0));
+    for (const std::vector<std::uint32_t>& table :
+         {std::vector<std::uint32_t>{3, 2, 1}, std::vector<std::uint32_t>(9)}) {
+        PutTable(InDirectory("Last.dcm"), table);
+        write::cal.CalType = 0;
+        ASSERT_EQ(OnePoint(source), 1);
+        EXPECT_THAT(ListOf<std::uint32_t>("Last.dcm"), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
+    }
+}
+
+TEST_F(OnePointRun, AnUpdateOfASetWithoutATableAddsIt)
+{
+    PutInForce(1);
+    std::filesystem::remove(InDirectory("warm.dcm"));
+    write::calSet.CalSettings.MinOffset = 4000;
+    write::calSet.CalSettings.MaxOffset = 4000;
+    EXPECT_EQ(OnePoint(Frame(8, 1000)), 1);
+    EXPECT_THAT(ListOf<std::uint32_t>("warm.dcm"), ElementsAre(0, 1, 2, 3, 4, 5, 6, 7));
+    EXPECT_EQ(KeyOf(InDirectory("warm.cal"), "Calibration", "DecomFile"), "warm.dcm");
+}
+
+TEST_F(OnePointRun, TheNoiseOfAFormerRunIsNotTakenAlong)
+{
+    PutFile(InDirectory("last.noi"), "of a former run");
+    write::calSet.CalSettings.NumFrames = 1;
+    ASSERT_EQ(OnePoint(source), 1);
+    EXPECT_FALSE(Stands("last.noi"));
+    EXPECT_EQ(SaveCalibrationAs(InDirectory("kept.cal")), 1);
+    EXPECT_FALSE(Stands("kept.noi"));
 }
 
 TEST_F(OnePointRun, AnUpdateKeepsGainsAndTypeAndMeasuresNoNoise)
@@ -596,6 +659,24 @@ TEST_F(OnePointRun, WithoutSubstitutionNoDetectorIsRejected)
     EXPECT_THAT(op->Boxes()[0].text, HasSubstr("Total bad pixels =      0 (  0.0 %)"));
     EXPECT_THAT(ListOf<float>("last.gai"), Each(1.0F));
     EXPECT_FALSE(Stands("last.bad"));
+}
+
+// Two frames, 4 and 40 counts apart in two detectors: deviations of 2.83 and 28.3, of which the table shows the first
+// alone.
+TEST_F(OnePointRun, WithoutSubstitutionTheNoiseOfAllDetectorsCountsWhateverTheTableShows)
+{
+    write::display.SubstBadPixels = 0;
+    write::camera.ActiveConfig.DecomScheme = 3;  // each pixel shows raw sample 0
+    Frame first(8, 1000);
+    Frame second(8, 1000);
+    first[0] = 998;
+    second[0] = 1002;
+    first[5] = 980;
+    second[5] = 1020;
+    AtLow({first, second});
+    EXPECT_EQ(OnePointCalibrate(hWndMain), 1);
+    // (2.828 + 28.284) / 8
+    EXPECT_THAT(op->Boxes()[0].text, HasSubstr("Mean noise =     3.9 counts"));
 }
 
 TEST_F(OnePointRun, CancelChangesNothing)

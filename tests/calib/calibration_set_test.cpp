@@ -2,6 +2,7 @@
 #include "calib/calibration_set.h"
 
 #include "calib/last_set.h"
+#include "calib/run_fixture.h"
 #include "camera/turn_on.h"
 #include "config/frame_rate_table_write.h"
 #include "display/units.h"
@@ -502,27 +503,110 @@ TEST_F(LoadingATable, AnInstallThatFailsIsToldInTheWordsOfTheGains)
     EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
 }
 
-TEST_F(LoadingASet, AMissingGainListStopsItAfterTheSettingsAreReplaced)
+// Whatever stops a load, the calibration in force stays, and with it what names its files.
+class BrokenLoad : public CalibrationRun {
+  protected:
+    void SetUp() override
+    {
+        CalibrationRun::SetUp();
+        PutSet(InDirectory("warm.cal"));
+        ASSERT_EQ(LoadCalibration(hWndMain, InDirectory("warm.cal")), 1);
+        std::string text(kCalText);
+        for (std::size_t at = 0; (at = text.find("warm.", at)) != std::string::npos;) text.replace(at, 5, "cold.");
+        for (const auto& [old, other] : {std::pair{"VideoGain1=6", "VideoGain1=3"},
+                                         {"CalType=2", "CalType=1"},
+                                         {"IndexFrameRate=5", "IndexFrameRate=4"},
+                                         {"MirrorVert=0", "MirrorVert=1"},
+                                         {"of the set", "of another set"}}) {
+            text.replace(text.find(old), std::string_view(old).size(), other);
+        }
+        PutSet(InDirectory("cold.cal"), text);
+        PutGains(InDirectory("cold.gai"), {9, 9, 9, 9, 9, 9, 9, 9});
+        PutOffsets(InDirectory("cold.off"), {9, 9, 9, 9, 9, 9, 9, 9});
+        head->Taken();
+        before = Everything();
+    }
+    void ExpectNothingChanged(const char* what)
+    {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(LoadCalibration(hWndMain, InDirectory("cold.cal")), 0);
+        EXPECT_EQ(Everything(), before);
+        EXPECT_THAT(head->Taken(), IsEmpty());
+        EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+    }
+
+    std::string before;
+};
+
+TEST_F(BrokenLoad, WithoutGainsOrOffsetsLeavesAllAsItWas)
 {
-    std::filesystem::remove(InDirectory("warm.gai"));
-    write::cal.OffsetList.assign(8, 5);
-    EXPECT_EQ(Load(), 0);
-    EXPECT_THAT(BoxTexts(), ElementsAre("Failed to open file: " + InDirectory("warm.gai")));
-    EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the set");
-    EXPECT_EQ(CalType, 0);
-    EXPECT_THAT(OffsetList, testing::Each(5));
-    EXPECT_THAT(DecomList, ElementsAre(7, 6, 5, 4, 3, 2, 1, 0)) << "partly replaced";
-    EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
+    for (const char* extension : {".gai", ".off"}) {
+        const std::string path = InDirectory(std::string("cold") + extension);
+        const std::string contents = FileContents(path);
+        PutFile(path, contents.substr(0, contents.size() - 1));
+        ExpectNothingChanged(extension);
+        EXPECT_EQ(BoxTexts().back(), "Failed to read file: " + path);
+        std::filesystem::remove(path);
+        ExpectNothingChanged(extension);
+        EXPECT_EQ(BoxTexts().back(), "Failed to open file: " + path);
+        PutFile(path, contents);
+    }
+    EXPECT_THAT(op->Boxes(), SizeIs(4));
+    std::filesystem::remove(InDirectory("cold.dcm"));
+    EXPECT_EQ(LoadCalibration(hWndMain, InDirectory("cold.cal")), 1) << "a table is made anew";
+    EXPECT_EQ(CalType, 1);
+    EXPECT_THAT(GainList, testing::Each(9.0F));
 }
 
-TEST_F(LoadingASet, AMissingOffsetListStopsItAfterTheSettingsAreReplaced)
+// Each request for memory in turn, up to the one with which the load comes to its end.
+TEST_F(BrokenLoad, WithoutMemoryLeavesAllAsItWas)
 {
-    std::filesystem::remove(InDirectory("warm.off"));
-    write::cal.CalType = 1;
-    EXPECT_EQ(Load(), 0);
-    EXPECT_THAT(BoxTexts(), ElementsAre("Failed to open file: " + InDirectory("warm.off")));
-    EXPECT_EQ(KeyOf(IniFilePath, "Setup", "Mark"), "of the set");
-    EXPECT_EQ(CalType, 1) << "as it was";
+    write::cal.OffsetList.clear();
+    before = Everything();
+    for (int n = 1;; ++n) {
+        ASSERT_LT(n, 10);
+        FailAllocation(n);
+        const int loaded = LoadCalibration(hWndMain, InDirectory("cold.cal"));
+        FailAllocation(0);
+        if (loaded) {
+            EXPECT_GT(n, 2);
+            return;
+        }
+        EXPECT_EQ(Everything(), before) << n;
+    }
+}
+
+TEST_F(BrokenLoad, OfSettingsThatCantBeReplacedLeavesAllAsItWas)
+{
+    std::filesystem::remove(DecomTempPath());
+    before = Everything();
+    const int status = [&] {
+        const pid_t child = fork();
+        if (child == 0) {
+            LimitFiles(8);
+            EXPECT_EQ(LoadCalibration(hWndMain, InDirectory("cold.cal")), 0);
+            EXPECT_THAT(BoxTexts(), ElementsAre("Failed to save file: " + IniFilePath));
+            EXPECT_EQ(Everything(), before);
+            _exit(HasFailure() ? 1 : 0);
+        }
+        int ended = 0;
+        EXPECT_EQ(waitpid(child, &ended, 0), child);
+        return ended;
+    }();
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(BrokenLoad, StillLeavesASetToSave)
+{
+    std::filesystem::remove(InDirectory("cold.off"));
+    EXPECT_EQ(LoadCalibration(hWndMain, InDirectory("cold.cal")), 0);
+    EXPECT_EQ(SaveCalibrationAs(InDirectory("kept.cal")), 1);
+    for (const char* extension : {".gai", ".off", ".dcm"}) {
+        EXPECT_EQ(FileContents(SetFile(InDirectory("kept.cal"), extension)),
+                  FileContents(SetFile(InDirectory("warm.cal"), extension)))
+            << extension;
+    }
+    EXPECT_EQ(KeyOf(InDirectory("kept.cal"), "Setup", "Mark"), "of the set");
 }
 
 TEST_F(LoadingASet, AShortGainOrOffsetListStopsIt)

@@ -4,6 +4,7 @@
 expected_set.py FRAMES_DIRECTORY OUT_DIRECTORY    reads low.raw and high.raw, writes Last.gai, .off, .noi, .dcm, .bad
                                                   and calibration.txt (the section of the .cal)
 expected_set.py --frames OUT_DIRECTORY            draws the frames: kept beside this file, so that they stay as they are
+expected_set.py --falling-frames OUT_DIRECTORY    the same for an array whose counts fall with flux, through 0
 
 The camera: 24 rows of 32 detectors, four channels that read a quarter of the line each. Five frames at each source.
 """
@@ -15,6 +16,25 @@ import numpy as np
 ROWS, COLUMNS, FRAMES = 24, 32, 5
 NOISE_FLOOR, RANGE, MIN_OFFSET, MAX_OFFSET, ALLOWED_NOISE, UNITY_OFFSET = 25, np.float32(0.22), 400, 400, np.float32(30), 8192
 PATTERN = [(0, 1), (-1, 0), (0, -1), (1, 0), (-1, 1), (-1, -1), (1, -1), (1, 1)]
+
+
+def draw_falling_frames(out):
+    """Counts about 300 at the low source and -900 at the high one; some detectors rise, some stay, some fall the wrong way far."""
+    random = np.random.default_rng(77)
+    n = ROWS * COLUMNS
+    offset = random.normal(0, 60, n)
+    response = random.normal(-1200, 30, n)
+    noise = np.full(n, 5.0)
+    response[[9, 250]] = 1150            # as strong as the others, and the other way
+    response[[31, 400]] = 300            # weak, and the other way
+    response[[60, 500]] = 0
+    response[[90]] = -2500
+    response[[120]] = -24.6              # about the noise floor
+    offset[[150]], offset[[180]] = -700, 900
+    noise[[600, 601]] = 150
+    for name, flux in (("low", 0.0), ("high", 1.0)):
+        frames = np.rint(300 + offset + flux * response + random.normal(0, 1, (FRAMES, n)) * noise).astype("<i2")
+        (out / f"{name}.raw").write_bytes(frames.tobytes())
 
 
 def draw_frames(out):
@@ -48,6 +68,11 @@ def readout_order():
     return (row * COLUMNS + 4 * (column % quarter) + column // quarter).astype("<u4")
 
 
+def mean_of(sums):
+    """Half a frame count more, divided toward zero: a mean below zero is cut upward."""
+    return np.trunc((sums + FRAMES // 2) / FRAMES).astype(np.int64)
+
+
 def half_away(values):
     return np.where(values >= 0, np.trunc(values + 0.5), np.trunc(values - 0.5))
 
@@ -68,8 +93,7 @@ def main(frames, out):
     low_frames, high_frames = read_frames(frames / "low.raw"), read_frames(frames / "high.raw")
     sums, squares = low_frames.sum(0), (low_frames**2).sum(0).astype(float)
     noise = np.sqrt(abs(squares - sums.astype(float) ** 2 / FRAMES) / (FRAMES - 1)).astype(np.float32)
-    low = (sums + FRAMES // 2) // FRAMES
-    high = (high_frames.sum(0) + FRAMES // 2) // FRAMES
+    low, high = mean_of(sums), mean_of(high_frames.sum(0))
     steps = np.trunc(noise.astype(float) * 20 + 0.5).astype(np.int64)
     steps = ((steps + 32768) % 65536) - 32768
     noise_list = np.clip(np.minimum(steps, 2 * UNITY_OFFSET - 1), 0, None).astype("<i2")
@@ -77,12 +101,13 @@ def main(frames, out):
     responds = abs(high - low) > NOISE_FLOOR
     mean_low, mean_high, mean_delta = (np.float32(x[responds].sum() / responds.sum()) for x in (low, high, high - low))
     delta = np.where(responds, high - low, 0)
-    response = abs(delta / float(mean_delta))
+    ratio = delta / float(mean_delta)  # negative for a detector that answers the other way; its gain keeps the sign
+    response = abs(ratio)
     upper, lower = np.float32(float(RANGE) + 1.0), np.float32(abs(1.0 - float(RANGE)))
     good = (delta != 0) & (response <= float(upper)) & (response >= float(lower))
     good &= (low + MIN_OFFSET >= float(mean_low)) & (low - MAX_OFFSET <= float(mean_low))
     good &= noise_list / 20.0 <= float(ALLOWED_NOISE)
-    gains = np.where(good, delta / float(mean_delta), 0).astype("<f4")
+    gains = np.where(good, ratio, 0).astype("<f4")
     wanted = np.where(good, low - float(mean_low) * gains.astype(float), 0).astype(np.float32).astype(float)
     offsets = half_away(wanted).astype("<i2")
 
@@ -102,5 +127,7 @@ def main(frames, out):
 if __name__ == "__main__":
     if sys.argv[1] == "--frames":
         draw_frames(Path(sys.argv[2]))
+    elif sys.argv[1] == "--falling-frames":
+        draw_falling_frames(Path(sys.argv[2]))
     else:
         main(Path(sys.argv[1]), Path(sys.argv[2]))

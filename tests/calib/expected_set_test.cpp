@@ -15,16 +15,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
 namespace kelvo {
 namespace {
 
-const std::string kKept = KELVO_EXPECTED;
-
-class ExpectedSet : public CalibrationTest {
+// An array whose counts rise with flux, and one whose counts fall, through 0, and of which some detectors rise.
+class ExpectedSet : public CalibrationTest, public testing::WithParamInterface<const char*> {
   protected:
+    const std::string kept = KELVO_EXPECTED + std::string(GetParam());
+
     void SetUp() override
     {
         CalibrationTest::SetUp();
@@ -42,9 +44,9 @@ class ExpectedSet : public CalibrationTest {
         write::calSet.CalSettings.AllowedNoiseLevel = 30.0F;
     }
 
-    static std::vector<std::vector<std::int16_t>> Frames(const std::string& name)
+    std::vector<std::vector<std::int16_t>> Frames(const std::string& name) const
     {
-        const std::string bytes = FileContents(kKept + "/" + name);
+        const std::string bytes = FileContents(kept + "/" + name);
         std::vector<std::vector<std::int16_t>> frames(5, std::vector<std::int16_t>(768));
         EXPECT_EQ(bytes.size(), 5 * 768 * sizeof(std::int16_t));
         for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -54,7 +56,7 @@ class ExpectedSet : public CalibrationTest {
     }
     void Source(int edit, const char* temperature, const std::string& frames)
     {
-        op->Do([=] {
+        op->Do([=, this] {
             SetBoardFrames(Frames(frames));
             OperateText(DialogInFront(), edit, temperature);
             OperatePress(DialogInFront(), kIdOk);
@@ -79,24 +81,40 @@ class ExpectedSet : public CalibrationTest {
     }
 };
 
-TEST_F(ExpectedSet, FilesAreThoseOfTheIndependentCalculation)
+TEST_P(ExpectedSet, FilesAreThoseOfTheIndependentCalculation)
 {
     Run();
     for (const char* name : {"Last.gai", "Last.off", "Last.noi", "Last.bad", "Last.dcm"}) {
-        EXPECT_EQ(FileContents(InDirectory(name)), FileContents(kKept + "/" + name)) << name;
+        EXPECT_EQ(FileContents(InDirectory(name)), FileContents(kept + "/" + name)) << name;
     }
-    EXPECT_EQ(CalSection(), FileContents(kKept + "/calibration.txt"));
+    EXPECT_EQ(CalSection(), FileContents(kept + "/calibration.txt"));
 }
 
 // What is kept is what the script makes. NumPy is one of the system's packages, so that its own Python has it.
-TEST_F(ExpectedSet, KeptFilesAreThoseOfTheScript)
+TEST_P(ExpectedSet, KeptFilesAreThoseOfTheScript)
 {
-    const std::string command = "/usr/bin/python3 " KELVO_EXPECTED_SCRIPT " " + kKept + " " + directory.Path();
+    const std::string command = "/usr/bin/python3 " KELVO_EXPECTED_SCRIPT " " + kept + " " + directory.Path();
     ASSERT_EQ(std::system(command.c_str()), 0);
     for (const char* name : {"Last.gai", "Last.off", "Last.noi", "Last.bad", "Last.dcm", "calibration.txt"}) {
-        EXPECT_EQ(FileContents(InDirectory(name)), FileContents(kKept + "/" + name)) << name;
+        EXPECT_EQ(FileContents(InDirectory(name)), FileContents(kept + "/" + name)) << name;
     }
 }
+
+// In the falling array there are gains of both signs, means below zero, and detectors of each kind of rejection.
+TEST(ExpectedFallingSet, HoldsWhatItIsFor)
+{
+    const auto bytes = FileContents(KELVO_EXPECTED "/falling/Last.gai");
+    std::vector<float> gains(bytes.size() / sizeof(float));
+    std::memcpy(gains.data(), bytes.data(), gains.size() * sizeof(float));
+    ASSERT_EQ(gains.size(), 768U);
+    EXPECT_EQ(std::ranges::count_if(gains, [](float gain) { return gain < 0; }), 2);
+    EXPECT_GT(std::ranges::count_if(gains, [](float gain) { return gain > 0; }), 700);
+    EXPECT_GE(std::ranges::count(gains, 0.0F), 9);
+    EXPECT_NE(FileContents(KELVO_EXPECTED "/falling/calibration.txt").find("IntensityHot=-"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Arrays, ExpectedSet, testing::Values("", "/falling"),
+                         [](const auto& array) { return std::string(*array.param ? "Falling" : "Rising"); });
 
 }  // namespace
 }  // namespace kelvo

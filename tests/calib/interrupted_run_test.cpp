@@ -129,7 +129,7 @@ TEST_F(InterruptedRun, OnADiskThatFillsUpWhileItSavesIsInForceBesideTheFormerSet
             const bool gainsFit = bytes >= 32;
             EXPECT_EQ(testing::Matches(Contains(HasSubstr("Last.off")))(BoxTexts()), !offsetsFit);
             EXPECT_EQ(testing::Matches(Contains(HasSubstr("Last.gai")))(BoxTexts()), !gainsFit);
-            EXPECT_EQ(CalSettings.CalFile, "");
+            EXPECT_EQ(CalSettings.CalFile, LastCalPath());
         });
         EXPECT_EQ(FilesOf(LastCalPath()), former);
         ExpectNothingAside();

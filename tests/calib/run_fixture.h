@@ -3,14 +3,18 @@
 
 #include "calib/two_point_run.h"
 #include "grabber/board.h"
+#include "pixel/decommutation.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
+#include "platform/menu.h"
 #include "platform/profile.h"
+#include "resources/ids.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
+#include "state/state_registry.h"
 #include "state/windows.h"
 #include "support/calibration_fixture.h"
 #include "support/recording_board.h"
@@ -20,9 +24,12 @@
 
 #include <cstring>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace kelvo {
@@ -112,6 +119,76 @@ class CalibrationRun : public CalibrationTest {
         EXPECT_THAT(OffsetList, testing::Each(16384));
     }
     bool Stands(std::string_view name) const { return FileExists(InDirectory(name)); }
+
+    // All that a calibration works on, to be compared as a whole: state, settings files, the table's copy on the disk,
+    // the menu's check, the video settings.
+    static std::string Everything();
 };
+
+inline std::string CalibrationRun::Everything()
+{
+    std::ostringstream text;
+    for (const char* name : {"CalType",
+                             "DecomList",
+                             "OffsetList",
+                             "GainList",
+                             "IntensityCold",
+                             "IntensityHot",
+                             "TemperatureCold",
+                             "TemperatureHot",
+                             "CalSettings.CalFile",
+                             "CalSettings.GainFile",
+                             "CalSettings.OffsetFile",
+                             "CalSettings.DecomFile",
+                             "CalSettings.BadDetFile",
+                             "CalSettings.NumFrames",
+                             "CalSettings.ChosenType",
+                             "CalSettings.NumSources",
+                             "CalSettings.EmissivityCold",
+                             "CalSettings.EmissivityHot",
+                             "ReplaceNoisy",
+                             "BadDetCount",
+                             "SubstBadPixels",
+                             "MirrorHoriz",
+                             "MirrorVert",
+                             "RotateCCW",
+                             "DisplayLow",
+                             "DisplayHigh",
+                             "DisplayUnit",
+                             "VoltsLow",
+                             "VoltsHigh",
+                             "CameraOn",
+                             "LiveVideo",
+                             "ViewingFile",
+                             "IndexFrameRate",
+                             "FrameRate",
+                             "IndexIntegrationTime",
+                             "IntegrationTime",
+                             "VideoGain",
+                             "VideoOffset"}) {
+        const auto value = ReadState(name);
+        text << name << '=';
+        std::visit(
+            [&]<typename T>(const T& held) {
+                if constexpr (std::is_same_v<T, std::vector<double>>) {
+                    for (const double each : held) text << each << ' ';
+                } else if constexpr (!std::is_same_v<T, std::monostate>) {
+                    text << held;
+                }
+            },
+            value.value());
+        text << '\n';
+    }
+    const CalSettingsRecord& set = CalSettings;
+    text << "CalDone=" << CalDone << " sources in the record=" << set.TemperatureCold << ' ' << set.TemperatureHot
+         << ' ' << set.IntensityCold << ' ' << set.IntensityHot << " limits=" << set.MinOffset << ' ' << set.MaxOffset
+         << ' ' << set.AllowedNoiseLevel << ' ' << set.GainAcceptanceRange << '\n';
+    text << "check=" << GetMenuItem(hWndMain, kCmdReplaceBadPixels)->checked << '\n';
+    FlushProfiles();
+    for (const std::string& file : {std::string(IniFilePath), std::string(CameraFilePath), DecomTempPath()}) {
+        text << file << '\n' << FileContents(file) << '\n';
+    }
+    return text.str();
+}
 
 }  // namespace kelvo

@@ -155,6 +155,48 @@ TEST_F(SourceDialog, AnEmissivityOutOfRangeBeepsAndIsSetToOne)
     EXPECT_EQ(result, 1);
 }
 
+// The calibration in force reads degrees by these temperatures while the dialog stands.
+TEST_F(SourceDialog, NothingIsTakenBeforeAllFieldsAreRight)
+{
+    write::cal.TemperatureCold = 20.0F;
+    write::cal.TemperatureHot = 25.0F;
+    write::calSet.CalSettings.EmissivityCold = 0.5F;
+    write::calSet.CalSettings.EmissivityHot = 0.75F;
+    const auto expectUnchanged = [] {
+        EXPECT_EQ(TemperatureCold, 20.0F);
+        EXPECT_EQ(TemperatureHot, 25.0F);
+        EXPECT_EQ(CalSettings.EmissivityCold, 0.5F);
+        EXPECT_EQ(CalSettings.EmissivityHot, 0.75F);
+    };
+    Cold(
+        [](HWND dialog) {
+            OperateText(dialog, 1225, "7");
+            TypeAndOk(dialog, 1224, "100");
+        },
+        [&](HWND dialog) {
+            ASSERT_TRUE(dialog);
+            expectUnchanged();
+            OperateText(dialog, 1225, "0.9");
+            TypeAndOk(dialog, 1224, "-300");
+            expectUnchanged();
+            OperatePress(dialog, kIdCancel);
+        });
+    EXPECT_EQ(result, 0);
+    expectUnchanged();
+    Hot(
+        [](HWND dialog) {
+            OperateText(dialog, 1227, "7");
+            TypeAndOk(dialog, 1226, "100");
+        },
+        [&](HWND dialog) {
+            ASSERT_TRUE(dialog);
+            expectUnchanged();
+            OperatePress(dialog, kIdCancel);
+        });
+    EXPECT_EQ(result, 0);
+    expectUnchanged();
+}
+
 TEST_F(SourceDialog, AHighSourceThatIsNotHotterIsAskedAbout)
 {
     write::cal.TemperatureCold = 20.0F;

@@ -2,6 +2,7 @@
 
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
+#include "calib/unsaved_set.h"
 #include "camera/configuration_dialog.h"
 #include "config/display_settings.h"
 #include "config/frame_rate_table.h"
@@ -108,6 +109,7 @@ constexpr void (*kModules[])() = {
     ResetScopeFrame,
     ResetSaveDialog,
     ResetSaving,
+    ForgetUnsavedSet,
     ResetGeometryDialog,
     ResetMark,
     [] { SetRestart({}); },
