@@ -174,6 +174,49 @@ Rect PicturePlace()
     return {0, top, DibWidth(*FrameBitmap) * PaintZoom(Xzoom), top + DibHeight(*FrameBitmap) * PaintZoom(Yzoom)};
 }
 
+namespace {
+
+// Where a frame that is drawn now is painted, and how many pixels of it.
+struct PicturePlacing {
+    FrameRect rect;
+    Point size;
+    Rect destination;
+};
+
+PicturePlacing PlacingInForce()
+{
+    const FrameRect rect = DefaultFrameRect();
+    const auto side = [](std::int64_t length) {
+        return static_cast<int>(std::clamp<std::int64_t>(length, 0, INT16_MAX));
+    };
+    const Point size{side(rect.Width()), side(rect.Height())};
+    const int top = PanelHeight();
+    return {rect, size, {0, top, size.x * PaintZoom(Xzoom), top + size.y * PaintZoom(Yzoom)}};
+}
+
+}  // namespace
+
+Point PixelUnder(Point client)
+{
+    const PicturePlacing placing = PlacingInForce();
+    return FramePixelOf(PixelShownAt(hWndMain, placing.destination, placing.size, client), placing.rect);
+}
+
+Point PlaceOver(Point pixel)
+{
+    const PicturePlacing placing = PlacingInForce();
+    const Point at = BitmapPixelOf(pixel, placing.rect);
+    const Rect shown = PointsShowing(hWndMain, placing.destination, placing.size, {at.x, at.y, at.x + 1, at.y + 1});
+    return {shown.left + (shown.Width() - 1) / 2, shown.top + (shown.Height() - 1) / 2};
+}
+
+Rect PicturePoints()
+{
+    if (!FrameBitmap) return {};
+    const PicturePlacing placing = PlacingInForce();
+    return PointsShowing(hWndMain, placing.destination, placing.size, {0, 0, placing.size.x, placing.size.y});
+}
+
 void RedrawPicture()
 {
     if (ViewingFile) {

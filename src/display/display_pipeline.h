@@ -36,6 +36,13 @@ extern const std::int32_t& PictureRightMargin;
 // Where FrameBitmap is painted: logical pixels of the main window. Empty without a picture.
 Rect PicturePlace();
 
+// The painting the other way round, for the frame on view with the pan and the zoom in force: the pixel of the frame
+// that a point of the main window shows, the nearest one where it shows none; the point in the middle of where a pixel
+// is shown; and the points that show the picture at all (empty while nothing has been painted). Offsets don't count.
+Point PixelUnder(Point client);
+Point PlaceOver(Point pixel);
+Rect PicturePoints();
+
 // Makes the bitmap of a frame and paints it in the main window. With a file on view and fewer counts than its header
 // says nothing is drawn, and the picture on the screen stays.
 void DrawFrame(std::span<const std::int16_t> frame);

@@ -106,6 +106,29 @@ FrameRect DefaultFrameRect()
     return {std::max(Xpan, -config.Hroi), std::max(Ypan, -config.Vroi), config.Hroi - 1, config.Vroi - 1};
 }
 
+// Rows of the bitmap follow each other in the frame as those of LookUpRows do.
+Point FramePixelOf(Point bitmapPixel, const FrameRect& rectangle)
+{
+    if (rectangle.right < 0 || rectangle.bottom < 0) return {};
+    const std::int64_t lastRow =
+        std::min<std::int64_t>(rectangle.bottom, std::max<std::int64_t>(rectangle.Height(), 1) - 1);
+    const std::int64_t row = std::clamp<std::int64_t>(bitmapPixel.y, 0, lastRow);
+    const std::int64_t lastColumn = std::max<std::int64_t>(rectangle.Width(), 1) - 1;
+    const std::int64_t column = rectangle.left + std::clamp<std::int64_t>(bitmapPixel.x, 0, lastColumn);
+    const std::int64_t stride = std::int64_t{rectangle.right} + 1;
+    const std::int64_t element = row * stride + std::min<std::int64_t>(column, rectangle.right);
+    if (element < 0) return {};
+    return {static_cast<int>(element % stride), static_cast<int>(element / stride)};
+}
+
+Point BitmapPixelOf(Point framePixel, const FrameRect& rectangle)
+{
+    return {
+        static_cast<int>(std::clamp<std::int64_t>(std::int64_t{framePixel.x} - rectangle.left, 0,
+                                                  std::max<std::int64_t>(rectangle.Width(), 1) - 1)),
+        static_cast<int>(std::clamp<std::int64_t>(framePixel.y, 0, std::max<std::int64_t>(rectangle.Height(), 1) - 1))};
+}
+
 Dib MakeFrameBitmap(std::span<const std::int16_t> frame, const FrameRect* rectangle)
 {
     Dib dib;

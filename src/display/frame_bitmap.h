@@ -3,6 +3,7 @@
 
 #include "dibapi32/dibutil.h"
 #include "display/gray_lookup.h"
+#include "platform/types.h"
 
 #include <array>
 #include <cstdint>
@@ -24,6 +25,11 @@ struct FrameRect {
 // What is shown of a frame: with a file on view the whole of it by its header; live from the pan origin to the last
 // pixel of the region of interest. A pan that is more negative than the region is large counts as minus its size.
 FrameRect DefaultFrameRect();
+
+// The pixel of the frame that a pixel of the rectangle's bitmap shows, and the place in that bitmap of a pixel of the
+// frame. What shows none, black beside the frame or beyond the bitmap, counts as the nearest that does.
+Point FramePixelOf(Point bitmapPixel, const FrameRect& rectangle);
+Point BitmapPixelOf(Point framePixel, const FrameRect& rectangle);
 
 // A bitmap of a rectangle of the frame (null: DefaultFrameRect), whose rows are as long as the rectangle's right side
 // says: source row r starts at element r x (right + 1) + left. The top isn't part of it, so that a vertical pan

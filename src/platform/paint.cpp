@@ -251,6 +251,47 @@ Axes StretchAxes(const Window& window, const Rect& destination, int width, int h
             StretchAxis(ratio, place.top, place.Height(), height, clip.top, clip.bottom)};
 }
 
+// The device pixel at the corner of a logical one, and the first logical one whose corner isn't before a device pixel.
+// A ratio like 1.1 has no exact number: a hair's breadth more is the same pixel.
+constexpr double kHair = 1e-9;
+
+std::int64_t CornerPixel(int logical, double ratio)
+{
+    return static_cast<std::int64_t>(std::floor(logical * ratio + kHair));
+}
+
+int FirstCornerFrom(std::int64_t device, double ratio)
+{
+    return static_cast<int>(std::ceil(static_cast<double>(device) / ratio - kHair));
+}
+
+// The pixel that a device pixel shows, or would show beside the picture.
+int ShownAt(const Axis& axis, std::int64_t device)
+{
+    const std::int64_t offset = device - axis.first;
+    if (axis.block > 0) return static_cast<int>(offset >= 0 ? offset / axis.block : (offset + 1) / axis.block - 1);
+    if (axis.deviceLength <= 0) return 0;
+    return axis.SourceOf(axis.first + std::clamp<std::int64_t>(offset, 0, axis.deviceLength - 1));
+}
+
+// The device pixel at which a pixel begins.
+std::int64_t BeginOf(const Axis& axis, int pixel)
+{
+    if (axis.block > 0) return axis.first + std::int64_t{pixel} * axis.block;
+    return axis.first + std::int64_t{pixel} * axis.deviceLength / std::max(axis.pixels, 1);
+}
+
+struct Span {
+    int begin = 0;
+    int end = 0;
+};
+
+Span CornersIn(const Axis& axis, int firstPixel, int endPixel, double ratio)
+{
+    const int begin = FirstCornerFrom(BeginOf(axis, firstPixel), ratio);
+    return {begin, std::max(FirstCornerFrom(BeginOf(axis, endPixel), ratio), begin + 1)};
+}
+
 // readRow(y, columns, row) paints row y of the picture. Rows that repeat are copied.
 template <typename RowReader>
 bool Stretch(HWND handle, const Rect& destination, int width, int height, RowReader readRow)
@@ -382,6 +423,28 @@ bool StretchMarks(HWND handle, const Rect& destination, const IndexedPixels& mar
     }
     ShowArea(*window, axes.Area());
     return true;
+}
+
+Point PixelShownAt(HWND window, const Rect& destination, Point size, Point at)
+{
+    if (!IsWindow(window) || !window->widget) return {};
+    const Axes axes = StretchAxes(*window, destination, size.x, size.y);
+    if (axes.columns.pixels == 0) return {};
+    const double ratio = DeviceRatio(*window);
+    const Point seen = ToClient(*window, at);
+    return {ShownAt(axes.columns, CornerPixel(seen.x, ratio)), ShownAt(axes.rows, CornerPixel(seen.y, ratio))};
+}
+
+Rect PointsShowing(HWND window, const Rect& destination, Point size, const Rect& pixels)
+{
+    if (!IsWindow(window) || !window->widget) return {};
+    const Axes axes = StretchAxes(*window, destination, size.x, size.y);
+    if (axes.columns.pixels == 0) return {};
+    const double ratio = DeviceRatio(*window);
+    const Span across = CornersIn(axes.columns, pixels.left, pixels.right, ratio);
+    const Span down = CornersIn(axes.rows, pixels.top, pixels.bottom, ratio);
+    const Point topLeft = ToSurface(*window, {across.begin, down.begin});
+    return {topLeft.x, topLeft.y, topLeft.x + across.end - across.begin, topLeft.y + down.end - down.begin};
 }
 
 void CopyToClipboard(const DeviceBitmap& picture)

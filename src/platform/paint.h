@@ -51,6 +51,14 @@ bool StretchPixels(HWND window, const Rect& destination, const DeviceBitmap& sou
 // The same blocks in the same places, but a pixel of value 0 leaves what stands there: marks over a picture.
 bool StretchMarks(HWND window, const Rect& destination, const IndexedPixels& marks);
 
+// The inverse of StretchPixels, for a picture of size pixels. PixelShownAt: column and row that a point of the client
+// area shows, the device pixel at its upper left corner; beside the picture they go on below 0 and beyond its size.
+// {0, 0} where nothing would be painted.
+Point PixelShownAt(HWND window, const Rect& destination, Point size, Point at);
+// The points that show some of its pixels, right and bottom exclusive as in pixels. Where a pixel is smaller than a
+// logical one, none may show it: the point beside it is given then.
+Rect PointsShowing(HWND window, const Rect& destination, Point size, const Rect& pixels);
+
 // The window's own rendering (with its children), in device pixels. client: without frame and menu.
 bool CaptureWindowPixels(HWND window, bool client, DeviceBitmap& result);
 // What the screen shows there, logical screen coordinates; false where the system doesn't let a program see it: then

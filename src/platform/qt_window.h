@@ -193,8 +193,6 @@ void MovePointerTo(Point screen);  // as the operator's hand does: no place of t
 void FitScrollBars(Window& window);
 // The part of the client area in which the picture is seen, between panel, status line and scroll bars.
 Rect PictureArea(const Window& window);
-// Moves the picture as the operator does with the bars. False where there are none.
-bool ScrollPictureTo(HWND window, Point origin);
 // From the client area to the surface that scrolls in it, and back.
 Point ToSurface(const Window& window, Point client);
 Point ToClient(const Window& window, Point surface);

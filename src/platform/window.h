@@ -116,6 +116,8 @@ void SetFocusTo(HWND window);
 // surface's coordinates, so that the logic never sees the scrolling. extent: right and bottom edge of the picture.
 void SetScrollExtent(HWND window, Point extent, int topInset, int bottomInset);
 Point GetScrollOrigin(HWND window);
+// Moves the picture as the operator does with the bars, as far as they go. False where there are none.
+bool ScrollPictureTo(HWND window, Point origin);
 // What is seen of that area: between the insets, without the scroll bars. Client coordinates; before SetScrollExtent
 // the whole client area.
 Rect GetPictureArea(HWND window);

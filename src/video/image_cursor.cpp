@@ -2,9 +2,7 @@
 
 #include "display/display_pipeline.h"
 #include "display/lookup_table.h"
-#include "grabber/frame_size.h"
 #include "platform/dialog.h"
-#include "platform/paint.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -17,7 +15,6 @@
 #include "video/image_cursor_write.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace kelvo {
 
@@ -47,29 +44,28 @@ Rect ScrolledViewArea()
     return {area.left + origin.x, area.top + origin.y, area.right + origin.x, area.bottom + origin.y};
 }
 
-CursorMapping MappingInForce()
+Rect Common(const Rect& a, const Rect& b)
 {
-    const Rect area = ViewArea();
-    const Point frame = FrameSizeOnView();
-    const int xzoom = std::max(Xzoom, 1);
-    const int yzoom = std::max(Yzoom, 1);
-    return {frame,
-            {Xpan, Ypan},
-            {std::min(frame.x - Xpan, ViewWidth / xzoom), std::min(frame.y - Ypan, ViewHeight / yzoom)},
-            {area.Width(), area.Height()}};
+    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
 }
 
-// Beyond any screen, and far from the end of the integers.
-constexpr double kFarthestPlace = 1e6;
-
-// The mapping takes an image pixel for zoom logical pixels. At a fractional device ratio the painter's blocks are
-// larger or smaller than that, and the pointer is stretched along: a factor, 1 at whole ratios.
-double BlockStretch(std::int32_t zoom)
+Rect ToScreen(const Rect& client)
 {
-    constexpr int kPixels = 12000;
-    const int nominal = std::clamp(zoom, 1, 1000);
-    const int extent = ScaledExtent(hWndMain, kPixels, nominal);
-    return extent > 0 ? static_cast<double>(extent) / kPixels / nominal : 1.0;
+    const Point topLeft = ClientToScreen(hWndMain, {client.left, client.top});
+    return {topLeft.x, topLeft.y, topLeft.x + client.Width(), topLeft.y + client.Height()};
+}
+
+// The part of the picture's area that shows the picture; the whole area where there is none.
+Rect PictureInSight()
+{
+    const Rect picture = PicturePoints();
+    const Rect area = ViewArea();
+    if (picture.Empty()) return area;
+    const Point origin = GetScrollOrigin(hWndMain);
+    const Rect seen{picture.left - origin.x, picture.top - origin.y, picture.right - origin.x,
+                    picture.bottom - origin.y};
+    const Rect inSight = Common(Common(ToScreen(seen), ToScreen(GetPictureArea(hWndMain))), area);
+    return inSight.Empty() ? area : inSight;
 }
 
 // In a small window the rest lies at the edge of what the pointer can reach.
@@ -80,6 +76,19 @@ Point TrackballCentre()
     const Point centre = ClientToScreen(hWndMain, {TrackballCentreX + origin.x, TrackballCentreY + origin.y});
     return {std::max(std::min(centre.x, area.right - 1), area.left),
             std::max(std::min(centre.y, area.bottom - 1), area.top)};
+}
+
+// A place of a picture larger than the window may be scrolled away: then it comes to the middle.
+void BringIntoSight(Point place)
+{
+    const Rect area = GetPictureArea(hWndMain);
+    const Point origin = GetScrollOrigin(hWndMain);
+    const auto along = [](int at, int from, int to, int scrolled) {
+        const bool inSight = at - scrolled >= from && at - scrolled < to;
+        return inSight ? scrolled : at - (from + to) / 2;
+    };
+    ScrollPictureTo(hWndMain,
+                    {along(place.x, area.left, area.right, origin.x), along(place.y, area.top, area.bottom, origin.y)});
 }
 
 void WriteLevels()
@@ -116,45 +125,19 @@ void LeaveTrackball()
 
 }  // namespace
 
-Point PixelUnder(double x, double y, const CursorMapping& mapping)
-{
-    const auto along = [](double at, int pan, int shown, int clip, int size) {
-        if (clip <= 0 || size <= 0) return 0;
-        const double pixel = pan + 0.49 + at * shown / clip;
-        return static_cast<int>(std::clamp(std::trunc(pixel), 0.0, size - 1.0));
-    };
-    return {along(x, mapping.pan.x, mapping.shown.x, mapping.clip.x, mapping.frame.x),
-            along(y, mapping.pan.y, mapping.shown.y, mapping.clip.y, mapping.frame.y)};
-}
-
-Point PlaceOver(Point pixel, const CursorMapping& mapping)
-{
-    // PixelUnder cuts off after adding 0.49: a hundredth up is the middle of what falls on the pixel.
-    const auto along = [](int at, int pan, int shown, int clip) {
-        if (shown <= 0) return 0;
-        const double place = (static_cast<double>(at) - pan + 0.01) * clip / shown;
-        return static_cast<int>(std::clamp(std::floor(place + 0.5), 0.0, kFarthestPlace));
-    };
-    return {along(pixel.x, mapping.pan.x, mapping.shown.x, mapping.clip.x),
-            along(pixel.y, mapping.pan.y, mapping.shown.y, mapping.clip.y)};
-}
-
 Point ImageCursorPosition()
 {
     if (!hWndMain) return {};
-    ClipPointer(ViewArea());
-    const Point pointer = ScreenToClient(hWndMain, GetPointerPosition());
-    return PixelUnder(pointer.x / BlockStretch(Xzoom), (pointer.y - PanelHeight()) / BlockStretch(Yzoom),
-                      MappingInForce());
+    ClipPointer(PictureInSight());
+    return PixelUnder(ScreenToClient(hWndMain, GetPointerPosition()));
 }
 
 void PutPointerOverPixel(Point pixel)
 {
     if (!hWndMain) return;
-    const Point place = PlaceOver(pixel, MappingInForce());
-    SetPointerPosition(
-        ClientToScreen(hWndMain, {static_cast<int>(std::lround(place.x * BlockStretch(Xzoom))),
-                                  static_cast<int>(std::lround(place.y * BlockStretch(Yzoom))) + PanelHeight()}));
+    const Point place = PlaceOver(pixel);
+    BringIntoSight(place);
+    SetPointerPosition(ClientToScreen(hWndMain, place));
 }
 
 void TrackballToggle()

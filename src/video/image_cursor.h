@@ -1,6 +1,7 @@
 // The image cursor and the trackball mode: what the pointer's place in the picture means.
 //
-// Both confine the pointer to the picture's area, between the panel and the status line.
+// The cursor confines the pointer to the picture, the trackball mode to the picture's area between the panel and the
+// status line.
 #pragma once
 
 #include "platform/types.h"
@@ -17,21 +18,11 @@ extern const std::int32_t& TrackballMode;
 constexpr std::int32_t TrackballCentreX = 320;
 constexpr std::int32_t TrackballCentreY = 240;
 
-// What maps the pointer to a pixel: the frame, the pan, the pixels shown, and the area they are counted over.
-struct CursorMapping {
-    Point frame;  // width, height
-    Point pan;
-    Point shown;
-    Point clip;  // width, height of the area
-};
-// The pixel under a pointer, counted from the area's top left corner; always inside the frame (0, 0 for an empty area).
-Point PixelUnder(double x, double y, const CursorMapping& mapping);
-// The place over whose pixel PixelUnder gives pixel: its middle as nearly as the pointer's whole steps allow.
-Point PlaceOver(Point pixel, const CursorMapping& mapping);
-
-// Confines the pointer to the picture's area and gives the image pixel under it.
+// Confines the pointer to the picture, or to its area where nothing is painted, and gives the image pixel under it: the
+// one that is painted there (display/display_pipeline.h, PixelUnder). Where the pointer can't be confined it is the
+// nearest one.
 Point ImageCursorPosition();
-// Puts the pointer back over an image pixel.
+// Puts the pointer back over an image pixel, in its middle; the picture scrolls where that is out of sight.
 void PutPointerOverPixel(Point pixel);
 
 // Enters or leaves the trackball mode (F10, right mouse button). Leaving writes Contrast and Brightness to kelvo.ini.

@@ -189,8 +189,8 @@ void ZoomPanCommand(int id)
         SetDisplayGeometry(after->xpan, after->ypan, after->xzoom, after->yzoom, after->xoffset, after->yoffset);
     }
     if (ImageCursorOn) {
+        ShowCursorValue(pivot.x, pivot.y, 1);  // draws the picture at its new place
         PutPointerOverPixel(pivot);
-        ShowCursorValue(pivot.x, pivot.y, 1);
     }
 }
 

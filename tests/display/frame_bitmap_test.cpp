@@ -231,5 +231,32 @@ TEST_F(FrameBitmapTest, ANewMapIsInTheNextBitmap)
     EXPECT_EQ(DibPalette(*MakeFrameBitmap(frame, nullptr))[4 * 10], 10);
 }
 
+TEST(FramePixel, FollowsTheRowsOfTheFrame)
+{
+    constexpr FrameRect kPanned{5, 3, 31, 23};  // 27 columns, 21 rows
+    EXPECT_EQ(FramePixelOf({0, 0}, kPanned), (Point{5, 0})) << "rows aren't moved";
+    EXPECT_EQ(FramePixelOf({26, 20}, kPanned), (Point{31, 20}));
+    EXPECT_EQ(FramePixelOf({100, 100}, kPanned), (Point{31, 20}));
+    EXPECT_EQ(FramePixelOf({-4, -4}, kPanned), (Point{5, 0}));
+
+    constexpr FrameRect kLeftOfTheFrame{-7, -2, 31, 23};  // 39 columns, 26 rows
+    EXPECT_EQ(FramePixelOf({7, 0}, kLeftOfTheFrame), (Point{0, 0}));
+    EXPECT_EQ(FramePixelOf({6, 0}, kLeftOfTheFrame), (Point{0, 0})) << "black";
+    EXPECT_EQ(FramePixelOf({6, 1}, kLeftOfTheFrame), (Point{31, 0})) << "the end of the row before";
+    EXPECT_EQ(FramePixelOf({10, 25}, kLeftOfTheFrame), (Point{3, 23})) << "black, below the last row";
+
+    EXPECT_EQ(FramePixelOf({3, 3}, {32, 0, 31, 23}), (Point{31, 3})) << "an empty picture";
+    EXPECT_EQ(FramePixelOf({3, 3}, {0, 0, -1, -1}), (Point{0, 0})) << "no frame";
+}
+
+TEST(FramePixel, FindsBackToItsPlace)
+{
+    constexpr FrameRect kPanned{-7, 0, 31, 23};
+    for (int y = 0; y < 24; ++y) {
+        for (int x = 0; x < 32; ++x) ASSERT_EQ(FramePixelOf(BitmapPixelOf({x, y}, kPanned), kPanned), (Point{x, y}));
+    }
+    EXPECT_EQ(BitmapPixelOf({2, 22}, {5, 3, 31, 23}), (Point{0, 20})) << "panned out of sight: the nearest";
+}
+
 }  // namespace
 }  // namespace kelvo

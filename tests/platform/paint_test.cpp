@@ -168,6 +168,50 @@ TEST(ScaledExtent, EndsWithTheLastBlock)
     EXPECT_EQ(ScaledExtent(nullptr, 320, 3), 960);
 }
 
+TEST(PixelShownAt, IsThePixelWhoseBlockIsThere)
+{
+    TestOperator op(OffscreenAt(1.5));
+    HWND window = ShowRecordingWindow();
+    // Blocks of 3 device pixels from device pixel 15 on; the point at 11 begins at device pixel 16, at 12 at 18.
+    const Rect destination{10, 20, 10 + 2 * kColumns, 20 + 2 * kRows};
+    const Point size{kColumns, kRows};
+    EXPECT_EQ(PixelShownAt(window, destination, size, {10, 20}), (Point{0, 0}));
+    EXPECT_EQ(PixelShownAt(window, destination, size, {11, 21}), (Point{0, 0}));
+    EXPECT_EQ(PixelShownAt(window, destination, size, {12, 22}), (Point{1, 1}));
+    EXPECT_EQ(PixelShownAt(window, destination, size, {9, 19}), (Point{-1, -1}));
+    EXPECT_EQ(PixelShownAt(window, destination, size, {8, 18}), (Point{-1, -1}));
+    EXPECT_EQ(PixelShownAt(window, destination, size, {7, 17}), (Point{-2, -2}));
+    EXPECT_EQ(PixelShownAt(window, destination, size, {30, 40}), (Point{10, 10})) << "beyond the last";
+    EXPECT_EQ(PointsShowing(window, destination, size, {1, 1, 2, 2}), (Rect{12, 22, 14, 24}));
+    EXPECT_EQ(PointsShowing(window, destination, size, {0, 0, kColumns, kRows}), destination);
+    EXPECT_EQ(PixelShownAt(window, {10, 20, 10, 20}, size, {12, 22}), (Point{0, 0})) << "nothing is painted";
+    EXPECT_EQ(PixelShownAt(nullptr, destination, size, {12, 22}), (Point{0, 0}));
+}
+
+TEST(PixelShownAt, FollowsTheNearestPixelWhereThereAreNoBlocks)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    const Rect destination{0, 0, 7, 7};  // 5 columns and 3 rows in 7 device pixels each
+    for (int i = 0; i < 7; ++i) {
+        const Point shown = PixelShownAt(window, destination, {5, 3}, {i, i});
+        EXPECT_EQ(shown, (Point{(2 * i + 1) * 5 / 14, (2 * i + 1) * 3 / 14})) << i;
+    }
+    EXPECT_EQ(PixelShownAt(window, destination, {5, 3}, {100, 100}), (Point{4, 2}));
+}
+
+// Five logical pixels are six of the device at 1.25, rounded down: one in five has no corner of its own.
+TEST(PointsShowing, WhereAPixelIsSmallerThanALogicalOneIsThePointBesideIt)
+{
+    TestOperator op(OffscreenAt(1.25));
+    HWND window = ShowRecordingWindow();
+    const Rect destination{0, 0, 100, 100};
+    EXPECT_EQ(PointsShowing(window, destination, {100, 100}, {3, 3, 4, 4}), (Rect{3, 3, 4, 4}));
+    EXPECT_EQ(PixelShownAt(window, destination, {100, 100}, {3, 3}), (Point{3, 3}));
+    EXPECT_EQ(PixelShownAt(window, destination, {100, 100}, {4, 4}), (Point{5, 5}));
+    EXPECT_EQ(PointsShowing(window, destination, {100, 100}, {4, 4, 5, 5}), (Rect{4, 4, 5, 5})) << "the nearest";
+}
+
 TEST(Surface, SurvivesAResize)
 {
     TestOperator op;

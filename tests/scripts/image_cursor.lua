@@ -18,22 +18,20 @@ local function expected()
 end
 check.eq(status(), expected(), "the first read-out is of the count under the cursor")
 
--- The place follows from the pointer by w / clip width and h / clip height.
+-- The place is the pixel under the pointer; beside the picture it is the nearest one, and the pointer stays in the picture.
 local clip_width = state("ClientWidth")
 local clip_height = state("ClientHeight") - state("PanelHeight") - state("TextHeight")
 local zoom = state("Xzoom")
-for _, place in ipairs { { 0, 0 }, { 333, 222 }, { clip_width - 1, clip_height - 1 }, { 640, 100 } } do
+for _, place in ipairs { { 0, 0 }, { 57, 44 }, { 60, 45 }, { 119, 89 }, { 120, 90 }, { clip_width - 1, clip_height - 1 }, { 640, 10 } } do
   mouse(place[1], state("PanelHeight") + place[2])
-  local w = math.min(width, state("ViewWidth") // zoom)
-  local h = math.min(height, state("ViewHeight") // zoom)
-  local x = math.min(math.floor(0.49 + place[1] * (w / clip_width)), width - 1)
-  local y = math.min(math.floor(0.49 + place[2] * h / clip_height), height - 1)
+  local x = math.min(place[1] // zoom, width - 1)
+  local y = math.min(place[2] // zoom, height - 1)
   check.eq({ state("CursorX"), state("CursorY") }, { x, y }, place[1] .. "," .. place[2])
   check.eq(status(), expected())
 end
 
 -- The file's own counts are untouched by the cross.
-mouse(600, 400)
+mouse(60, state("PanelHeight") + 40)
 check.eq(pixel(state("CursorX") + 1, state("CursorY")), 1000 + 40 * state("CursorY") + state("CursorX") + 1)
 
 mouse(200, 300, "left")  -- a click switches it off

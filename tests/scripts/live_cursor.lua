@@ -50,14 +50,13 @@ local panel_height = state("PanelHeight")
 local clip_width = state("ClientWidth")
 local clip_height = state("ClientHeight") - panel_height - state("TextHeight")
 
--- The pixel under a place of the picture's area, from zoom and pan.
+-- The pixel under a place of the picture's area, from zoom and pan: the picture begins with the pan's column, and its rows stay where
+-- they are. Beside the picture it is the nearest one.
 local function pixel_under(px, py)
-  local function along(at, pan, size, view, zoom, clip)
-    local shown = math.min(size - pan, view // zoom)
-    return math.max(0, math.min(math.floor(pan + 0.49 + at * shown / clip), size - 1))
-  end
-  return along(px, state("Xpan"), columns, state("ViewWidth"), state("Xzoom"), clip_width),
-    along(py, state("Ypan"), rows, state("ViewHeight"), state("Yzoom"), clip_height)
+  local pan = { state("Xpan"), state("Ypan") }
+  assert(pan[1] >= 0)
+  return math.min(pan[1] + px // state("Xzoom"), columns - 1),
+    math.min(py // state("Yzoom"), math.min(rows, rows - pan[2]) - 1)
 end
 
 local function expect_live(what)

@@ -18,52 +18,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace kelvo {
 namespace {
-
-// 320 x 240 pixels at zoom 2 over an area of 640 x 480, not panned.
-constexpr CursorMapping kWhole{{320, 240}, {0, 0}, {320, 240}, {640, 480}};
-
-TEST(PixelUnder, FollowsThePointerInStepsOfThePixel)
-{
-    // 0.49 + pointer / 2, cut: pixel 1 begins at pointer 2 (1.49), since 0.99 is still pixel 0.
-    EXPECT_EQ(PixelUnder(0, 0, kWhole), (Point{0, 0}));
-    EXPECT_EQ(PixelUnder(1, 1, kWhole), (Point{0, 0}));
-    EXPECT_EQ(PixelUnder(2, 2, kWhole), (Point{1, 1}));
-    EXPECT_EQ(PixelUnder(639, 479, kWhole), (Point{319, 239}));
-}
-
-TEST(PixelUnder, StartsAtThePan)
-{
-    const CursorMapping panned{{320, 240}, {100, 50}, {220, 190}, {440, 380}};
-    EXPECT_EQ(PixelUnder(0, 0, panned), (Point{100, 50}));
-    EXPECT_EQ(PixelUnder(20, 10, panned), (Point{110, 55}));
-}
-
-TEST(PixelUnder, StaysInsideTheFrame)
-{
-    EXPECT_EQ(PixelUnder(5000, 5000, kWhole), (Point{319, 239}));
-    EXPECT_EQ(PixelUnder(-5000, -5000, kWhole), (Point{0, 0}));
-    EXPECT_EQ(PixelUnder(10, 10, {{320, 240}, {-100, -100}, {320, 240}, {640, 480}}), (Point{0, 0}));
-}
-
-TEST(PixelUnder, WithoutAnAreaOrAFrameIsTheFirstPixel)
-{
-    EXPECT_EQ(PixelUnder(10, 10, {{320, 240}, {0, 0}, {320, 240}, {0, 0}}), (Point{0, 0}));
-    EXPECT_EQ(PixelUnder(10, 10, {{0, 0}, {0, 0}, {0, 0}, {640, 480}}), (Point{0, 0}));
-}
-
-TEST(PlaceOver, GivesThePixelBackAtEveryScale)
-{
-    for (const int clip : {320, 333, 500, 640, 1280, 3000}) {
-        const CursorMapping mapping{{320, 240}, {7, 3}, {313, 237}, {clip, clip}};
-        for (int x = 7; x < 320; ++x) {
-            const Point place = PlaceOver({x, 3}, mapping);
-            EXPECT_EQ(PixelUnder(place.x, place.y, mapping), (Point{x, 3})) << clip;
-        }
-    }
-}
 
 TEST(Trackball, SidewaysMotionMovesBrightnessInProportion)
 {
@@ -132,17 +90,42 @@ TEST_F(ImageCursor, ConfinesThePointerToTheView)
     EXPECT_EQ(ScreenToClient(hWndMain, GetPointerPosition()), (Point{10, PanelHeight()}));
 }
 
-TEST_F(ImageCursor, SpreadsTheFrameOverTheView)
+// The picture is 96 x 72: the rest of the view belongs to nothing.
+TEST_F(ImageCursor, ConfinesThePointerToThePicture)
 {
-    // 32 of 32 columns are counted over the client width.
-    Rect view;
-    ViewClipRect(view);
-    for (const int x : {0, 100, 640, ClientWidth - 1}) {
-        SetPointerPosition(Client(x, PanelHeight() + 50));
-        const Point pixel = ImageCursorPosition();
-        EXPECT_EQ(pixel.x, std::min(31, static_cast<int>(0.49 + x * 32.0 / view.Width()))) << x;
-        EXPECT_EQ(pixel.y, static_cast<int>(0.49 + 50 * 24.0 / view.Height()));
-    }
+    SetPointerPosition(Client(1000, 700));
+    EXPECT_EQ(ImageCursorPosition(), (Point{31, 23}));
+    EXPECT_EQ(ScreenToClient(hWndMain, GetPointerPosition()), (Point{95, PanelHeight() + 71}));
+    SetPointerPosition(Client(50, 700));
+    EXPECT_EQ(ImageCursorPosition(), (Point{16, 23}));
+}
+
+TEST_F(ImageCursor, WithoutAPictureThePointerIsConfinedToTheView)
+{
+    ResetDisplayPipeline();
+    write::frames.ViewingFile = 0;
+    SetPointerPosition(Client(1000, 700));
+    ImageCursorPosition();
+    EXPECT_EQ(ScreenToClient(hWndMain, GetPointerPosition()), (Point{1000, 700}));
+    SetPointerPosition(Client(1000, 2000));
+    ImageCursorPosition();
+    EXPECT_EQ(ScreenToClient(hWndMain, GetPointerPosition()), (Point{1000, ClientHeight - TextHeight - 1}));
+}
+
+TEST_F(ImageCursor, WithoutAZoomThereIsNoPixelToLookFor)
+{
+    write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = 0;
+    SetPointerPosition(Client(40, PanelHeight() + 40));
+    EXPECT_EQ(ImageCursorPosition(), (Point{0, 0}));
+}
+
+// Offsets place nothing: the painter doesn't know them.
+TEST_F(ImageCursor, OffsetsDontCount)
+{
+    write::camera.ActiveConfig.Xoffset = 48;
+    write::camera.ActiveConfig.Yoffset = 30;
+    SetPointerPosition(Client(31, PanelHeight() + 20));
+    EXPECT_EQ(ImageCursorPosition(), (Point{10, 6}));
 }
 
 TEST_F(ImageCursor, ThePointerReturnsToItsPixel)
@@ -215,11 +198,11 @@ TEST_F(ImageCursor, TheTrackballGivesTheImageCursorItsPlaceBack)
 {
     write::frames.ImageCursorOn = 1;
     ImageCursorPosition();
-    SetPointerPosition(Client(500, 400));
+    SetPointerPosition(Client(50, PanelHeight() + 40));
     TrackballToggle();
     EXPECT_EQ(GetPointerPosition(), Client(320, 240));
     TrackballToggle();
-    EXPECT_EQ(GetPointerPosition(), Client(500, 400));
+    EXPECT_EQ(GetPointerPosition(), Client(50, PanelHeight() + 40));
     EXPECT_EQ(CurrentPointer(), Pointer::kCross);
     EXPECT_TRUE(PointerIsClipped());
 }
@@ -249,11 +232,9 @@ TEST_F(ScrolledImageCursor, ThePixelFollowsTheScrolling)
     const Point before = ImageCursorPosition();
     ASSERT_TRUE(ScrollPictureTo(hWndMain, {300, 150}));
     OperateMouse({300, PanelHeight() + 90}, 0);
-    Rect view;
-    ViewClipRect(view);
     const Point after = ImageCursorPosition();
-    EXPECT_NEAR(after.x - before.x, 300.0 * (ViewWidth / 3) / view.Width(), 1.0);
-    EXPECT_NEAR(after.y - before.y, 150.0 * (ViewHeight / 3) / view.Height(), 1.0);
+    EXPECT_EQ(before, (Point{100, 30}));
+    EXPECT_EQ(after, (Point{200, 80}));
     PutPointerOverPixel({600, 400});
     EXPECT_EQ(ImageCursorPosition(), (Point{600, 400}));
 }
@@ -268,26 +249,187 @@ TEST_F(ScrolledImageCursor, TheTrackballRestsWhereItIsSeen)
     EXPECT_EQ(Brightness, 504);
 }
 
-class ImageCursorAtRatioOneAndAHalf : public PictureTest {
+// Each count has a gray of its own among its neighbours, so that the screen tells which pixel it shows.
+std::int16_t PatternCount(std::int64_t x, std::int64_t y)
+{
+    return static_cast<std::int16_t>(64 * ((x * 37 + y * 101) % 251));
+}
+
+// What the pointer reads is what the screen shows under it, and the pixel in which the painter's definition has that
+// point: blocks of zoom x ratio device pixels, rounded to whole ones, from the panel's lower edge on.
+class UnderThePointer : public PictureTest, public testing::WithParamInterface<double> {
   protected:
-    ImageCursorAtRatioOneAndAHalf() : PictureTest(1.5) {}
+    UnderThePointer() : PictureTest(GetParam()) { DockPanel(); }
+    ~UnderThePointer() override { write::display.Xpan = write::display.Ypan = 0; }
+
+    static std::vector<std::int16_t> Pattern(int width, int height)
+    {
+        std::vector<std::int16_t> counts;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) counts.push_back(PatternCount(x, y));
+        }
+        return counts;
+    }
+    void SetZoom(int zoom)
+    {
+        write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = zoom;
+        block = std::max(1, static_cast<int>(zoom * GetParam() + 0.5));
+    }
+    static std::int64_t Device(int logical) { return static_cast<std::int64_t>(logical * GetParam()); }
+    // The block of the bitmap at a point of the client area.
+    Point BlockAt(Point at) const
+    {
+        const auto top = static_cast<std::int64_t>(PanelHeight() * GetParam() + 0.5);
+        return {static_cast<int>(Device(at.x) / block), static_cast<int>((Device(at.y) - top) / block)};
+    }
+    // Points at the corners and in the middle of a block, and just outside of it.
+    std::vector<Point> PointsOf(int column, int row) const
+    {
+        const double ratio = GetParam();
+        const double size = block / ratio;
+        std::vector<Point> points;
+        for (const double dx : {-0.6, 0.0, 0.5, 1.0, 1.4}) {
+            for (const double dy : {-0.6, 0.0, 0.5, 1.0, 1.4}) {
+                const Point at{static_cast<int>(std::ceil((column + dx) * size)),
+                               PanelHeight() + static_cast<int>(std::ceil((row + dy) * size))};
+                if (at.x < 0 || at.y < PanelHeight() || at.x >= ClientWidth - 20) continue;
+                if (at.y < ClientHeight - TextHeight - 20) points.push_back(at);
+            }
+        }
+        return points;
+    }
+    // The color that the screen shows at a point is that of a count. To look takes longest: at every 64th point.
+    void ExpectCountShown(Point at, Point pixel)
+    {
+        if (looked++ % 64 != 0) return;
+        const std::uint32_t gray = DisplayLut.at(static_cast<std::size_t>(PatternCount(pixel.x, pixel.y)));
+        EXPECT_EQ(Shown(at.x, at.y), gray * 0x010101U) << at.x << ", " << at.y;
+    }
+    int block = 1;
+    int looked = 0;
 };
 
-// At 1.5 a zoom of 1 paints blocks of 2 device pixels, 4/3 logical pixels each: the pointer is over the pixel that the
-// screen shows there, as at whole ratios.
-TEST_F(ImageCursorAtRatioOneAndAHalf, ThePixelIsTheOneOnTheScreen)
+TEST_P(UnderThePointer, APictureSmallerThanTheViewIsReadPixelByPixel)
 {
-    write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = 1;
-    View(2000, 1500, std::vector<std::int16_t>(2000 * 1500, 100));
-    RedrawPicture();
-    Rect view;
-    ViewClipRect(view);
-    for (const int x : {40, 400}) {
-        SetPointerPosition(ClientToScreen(hWndMain, {x, 40}));
-        const double painted = x * 0.75 * std::min(2000, ViewWidth) / view.Width();
-        EXPECT_NEAR(ImageCursorPosition().x, painted, 1.0) << x;
+    constexpr int kWidth = 19;
+    constexpr int kHeight = 13;
+    View(kWidth, kHeight, Pattern(kWidth, kHeight));
+    for (int zoom = 1; zoom <= 16; ++zoom) {
+        SetZoom(zoom);
+        RedrawPicture();
+        for (const Point pixel : {Point{0, 0}, {7, 5}, {18, 0}, {0, 12}, {18, 12}, {11, 12}}) {
+            for (const Point at : PointsOf(pixel.x, pixel.y)) {
+                SetPointerPosition(ClientToScreen(hWndMain, at));
+                const Point shown = BlockAt(at);
+                const Point nearest{std::min(shown.x, kWidth - 1), std::min(shown.y, kHeight - 1)};
+                ASSERT_EQ(ImageCursorPosition(), nearest) << "zoom " << zoom << " at " << at.x << ", " << at.y;
+            }
+        }
     }
 }
+
+TEST_P(UnderThePointer, APictureLargerThanTheViewIsReadWhereItIsSeen)
+{
+    View(1600, 1200, Pattern(1600, 1200));
+    for (const int zoom : {1, 2, 3, 5, 8, 13, 16}) {
+        SetZoom(zoom);
+        RedrawPicture();
+        for (const Point pixel : {Point{0, 0}, {3, 2}, {17, 11}, {40, 30}, {300, 200}, {799, 600}}) {
+            for (const Point at : PointsOf(pixel.x, pixel.y)) {
+                SetPointerPosition(ClientToScreen(hWndMain, at));
+                const Point shown = BlockAt(at);
+                ASSERT_EQ(ImageCursorPosition(), shown) << "zoom " << zoom << " at " << at.x << ", " << at.y;
+                ExpectCountShown(at, shown);
+            }
+        }
+    }
+}
+
+// The camera's picture begins at the pan's column. Its rows stay where they are; what lies left of the frame is the end
+// of the row before, and black are the rows below its last.
+TEST_P(UnderThePointer, APannedPictureIsReadAsItIsPainted)
+{
+    write::frames.CameraOn = 1;
+    write::frames.LiveFrame = Pattern(32, 24);
+    for (const Point pan : {Point{0, 0}, {5, 0}, {-7, 0}, {0, 4}, {0, -6}, {9, 3}, {-3, -2}, {31, 23}, {-32, -24}}) {
+        write::display.Xpan = pan.x;
+        write::display.Ypan = pan.y;
+        for (const int zoom : {1, 2, 3, 4, 7, 11, 16}) {
+            SetZoom(zoom);
+            DrawFrame(LiveFrame);
+            for (const Point pixel : {Point{0, 0}, {3, 2}, {11, 9}, {22, 20}}) {
+                for (const Point at : PointsOf(pixel.x, pixel.y)) {
+                    const Point shown = BlockAt(at);
+                    const int element = shown.y * 32 + pan.x + shown.x;
+                    const bool inPicture = shown.x < 32 - pan.x && shown.y < std::min(24, 24 - pan.y) && element >= 0;
+                    if (!inPicture) continue;
+                    SetPointerPosition(ClientToScreen(hWndMain, at));
+                    const Point read = ImageCursorPosition();
+                    ASSERT_EQ(read, (Point{element % 32, element / 32}))
+                        << "zoom " << zoom << ", pan " << pan.x << ", " << pan.y << " at " << at.x << ", " << at.y;
+                    ExpectCountShown(at, read);
+                }
+            }
+        }
+    }
+}
+
+TEST_P(UnderThePointer, BeyondAPannedPictureThePixelIsTheNearestInTheFrame)
+{
+    write::frames.LiveFrame = Pattern(32, 24);
+    SetZoom(4);
+    const auto at = [&](Point pan, Point point) {
+        write::display.Xpan = pan.x;
+        write::display.Ypan = pan.y;
+        DrawFrame(LiveFrame);
+        SetPointerPosition(ClientToScreen(hWndMain, {point.x, PanelHeight() + point.y}));
+        return ImageCursorPosition();
+    };
+    EXPECT_EQ(at({0, 0}, {1000, 700}), (Point{31, 23}));
+    EXPECT_EQ(at({10, 5}, {1000, 700}), (Point{31, 18})) << "a vertical pan cuts rows off at the bottom";
+    EXPECT_EQ(at({0, -8}, {1000, 700}), (Point{31, 23})) << "black rows below the frame";
+    EXPECT_EQ(at({-8, 0}, {0, 0}), (Point{0, 0})) << "nothing comes before the first row";
+    EXPECT_EQ(at({32, 0}, {0, 0}), (Point{31, 0})) << "nothing is painted";
+    EXPECT_EQ(at({0, 24}, {0, 0}), (Point{0, 0}));
+}
+
+TEST_P(UnderThePointer, ThePointerFindsBackToEachPixel)
+{
+    View(60, 40, Pattern(60, 40));
+    for (int zoom = 1; zoom <= 16; ++zoom) {
+        SetZoom(zoom);
+        RedrawPicture();
+        for (int x = 0; x < 60; ++x) {
+            const Point pixel{x, x * 40 / 60};
+            PutPointerOverPixel(pixel);
+            ASSERT_EQ(ImageCursorPosition(), pixel) << "zoom " << zoom;
+        }
+    }
+}
+
+TEST_P(UnderThePointer, AScrolledPictureIsReadWhereItIsSeen)
+{
+    View(1600, 1200, Pattern(1600, 1200));
+    for (const int zoom : {1, 3, 7}) {
+        SetZoom(zoom);
+        RedrawPicture();
+        ASSERT_TRUE(ScrollPictureTo(hWndMain, {200, 100}));
+        RedrawPicture();
+        const Point origin = GetScrollOrigin(hWndMain);
+        ASSERT_EQ(origin, (Point{200, 100}));
+        for (const Point at : {Point{0, 0}, {1, 1}, {50, 70}, {333, 222}, {801, 599}}) {
+            OperateMouse({at.x, PanelHeight() + at.y}, 0);
+            const Point read = ImageCursorPosition();
+            EXPECT_EQ(Shown(at.x, PanelHeight() + at.y),
+                      DisplayLut.at(static_cast<std::size_t>(PatternCount(read.x, read.y))) * 0x010101U)
+                << "zoom " << zoom << " at " << at.x << ", " << at.y << ": " << read.x << ", " << read.y;
+            EXPECT_NEAR(read.x, (200 + at.x) * GetParam() / block, 1.0);
+            EXPECT_NEAR(read.y, (100 + at.y) * GetParam() / block, 1.0);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Ratios, UnderThePointer, testing::Values(1.0, 1.5, 2.0));
 
 }  // namespace
 }  // namespace kelvo
