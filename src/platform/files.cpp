@@ -164,6 +164,7 @@ int OpenFlags(FileMode mode)
 std::size_t WriteAll(int descriptor, std::span<const std::byte> source)
 {
     if (DiskRefuses()) return 0;
+    if (FaultIsSet("disk full") && !Fail(ENOSPC)) source = source.first(source.size() / 2);
     std::size_t done = 0;
     while (done < source.size()) {
         const ssize_t count = ::write(descriptor, source.data() + done, source.size() - done);
@@ -404,7 +405,7 @@ std::int64_t File::Length() const
 
 bool File::SetLength(std::int64_t bytes)
 {
-    return ftruncate(descriptor_, bytes) == 0;
+    return !DiskRefuses() && ftruncate(descriptor_, bytes) == 0;
 }
 
 bool File::Close()

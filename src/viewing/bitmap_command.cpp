@@ -6,9 +6,11 @@
 #include "grabber/board_state.h"
 #include "grabber/correction.h"
 #include "grabber/frame_size.h"
+#include "imagefile/frame_file.h"
 #include "imagefile/header.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
+#include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
 #include "platform/window.h"
@@ -20,7 +22,7 @@
 #include "ui/dialog_frame.h"
 #include "ui/select_file.h"
 #include "video/video.h"
-#include "viewing/viewing.h"
+#include "viewing/stored_view.h"
 
 #include <algorithm>
 #include <cmath>
@@ -138,7 +140,7 @@ std::vector<std::int16_t> CutRectangle(const Picture& picture)
     const auto columns = static_cast<std::size_t>(selection.right + 1 - selection.left);
     const auto rows = static_cast<std::size_t>(selection.bottom + 1 - selection.top);
     std::vector<std::int16_t> cut;
-    if (picture.pixels.size() < width * static_cast<std::size_t>(picture.height)) return cut;
+    if (picture.pixels.empty() || picture.pixels.size() < width * static_cast<std::size_t>(picture.height)) return cut;
     if (!AllocateBlock(cut, columns * rows)) return cut;
     for (std::size_t row = 0; row < rows; ++row) {
         const auto first = static_cast<std::size_t>(selection.top) + row;
@@ -184,23 +186,69 @@ std::string AskForName()
     return MakePath(drive, directory, name, extension);
 }
 
-bool SaveRange(bool loadEach)
-{
-    std::string path;
-    for (std::uint32_t frame = selection.first; frame <= selection.last; ++frame) {
-        if (loadEach && !ViewImage(std::string(ViewFilePath), frame)) return false;
-        const Dib bitmap = MakeSelectionBitmap(PictureOnView());
-        if (!bitmap) {
-            TellNoVideoMemory();
+// The file on view read beside it, frame by frame: what the operator looks at stays.
+class FramesOfFile {
+  public:
+    // False after a box.
+    bool Read(std::uint32_t frame)
+    {
+        const std::string path(ViewFilePath);
+        std::optional<File> file = File::Open(path, FileMode::kRead);
+        if (!file) {
+            MessageBox(hWndMain, "Failed to open file\n" + path, "Read File Error");
             return false;
         }
-        PaintBitmap(bitmap, hWndMain);
-        if (frame == selection.first) path = AskForName();
-        if (path.empty()) return false;
-        if (!WriteBitmap(bitmap, BitmapFileName(path, selection.first, selection.last, frame))) return false;
+        ImageHeaderRecord header;
+        const std::int32_t headerBytes = ReadImageHeader(path, header);
+        if (headerBytes < 0) return false;
+        const bool same = header.ImageWidth == ImageHeader.ImageWidth &&
+                          header.ImageHeight == ImageHeader.ImageHeight &&
+                          header.SampleBytes == ImageHeader.SampleBytes &&
+                          header.ImageHeaderDataOffset == ImageHeader.ImageHeaderDataOffset;
+        switch (same ? ReadFrameRecord(*file, header, headerBytes, frame, record_) : FrameRead::kShort) {
+            case FrameRead::kNoMemory:
+                TellNoViewMemory();
+                return false;
+            case FrameRead::kShort:
+                MessageBox(hWndMain, "Failed to read entire file\n" + path, kMessageCaption, BoxIcon::kInformation);
+                return false;
+            case FrameRead::kComplete:
+                break;
+        }
+        return MakeCounts(header);
     }
-    return true;
-}
+    Picture Shown() const
+    {
+        const auto prefix = static_cast<std::size_t>(ImageHeader.ImageHeaderDataOffset) & ~std::size_t{1};
+        const std::size_t pixels = PixelCount(ImageHeader);
+        if (counts_.size() < prefix / 2 + pixels) return {};
+        return {.pixels = std::span(counts_).subspan(prefix / 2, pixels),
+                .width = ImageHeader.ImageWidth,
+                .height = ImageHeader.ImageHeight};
+    }
+
+  private:
+    // As a frame on view is made of its record.
+    bool MakeCounts(const ImageHeaderRecord& header)
+    {
+        if (!AllocateBlock(counts_, record_.size() / 2)) {
+            TellNoViewMemory();
+            return false;
+        }
+        const auto bytes = std::as_writable_bytes(std::span(counts_));
+        const std::span<std::uint8_t> block(reinterpret_cast<std::uint8_t*>(bytes.data()), bytes.size());
+        if (header.SampleBytes == 4) {
+            FloatRecordToCounts(record_, header, block);
+        } else {
+            std::copy_n(record_.begin(), block.size(), block.begin());
+        }
+        if (header.ByteSwap == 0) SwapRecordWords(block, header);
+        return true;
+    }
+
+    std::vector<std::uint8_t> record_;
+    std::vector<std::int16_t> counts_;
+};
 
 bool SaveStoredFrames()
 {
@@ -213,10 +261,21 @@ bool SaveStoredFrames()
                  .last = several ? LastFrameOnView() : 0};
     if (several && !AskForSelection()) return false;
 
-    const std::uint32_t onView = ViewingSequence ? CurrentFrame : 0;
-    const bool saved = SaveRange(several);
-    if (several) ViewImage(std::string(ViewFilePath), onView);  // what the operator looked at
-    return saved;
+    FramesOfFile frames;
+    std::string path;
+    for (std::uint32_t frame = selection.first; frame <= selection.last; ++frame) {
+        if (several && !frames.Read(frame)) return false;
+        const Dib bitmap = MakeSelectionBitmap(several ? frames.Shown() : PictureOnView());
+        if (!bitmap) {
+            TellNoVideoMemory();
+            return false;
+        }
+        PaintBitmap(bitmap, hWndMain);
+        if (frame == selection.first) path = AskForName();
+        if (path.empty()) return false;
+        if (!WriteBitmap(bitmap, BitmapFileName(path, selection.first, selection.last, frame))) return false;
+    }
+    return true;
 }
 
 // The camera's frame as the screen shows it, a new one or the frozen one, but without the image cursor. False: there is
