@@ -18,6 +18,7 @@
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
+#include "ui/panel_readouts.h"
 #include "ui/status.h"
 
 #include <array>
@@ -160,6 +161,7 @@ int init_itex()
 {
     MakeFrameBlocks();
     write::frames.DisplayEnabled = 1;
+    ShowDisplayEnabledInPanel();
     ReadCnfFilePath();
     if (!StartLibrary() || !FindModules() || !CreateFrameA() || !CheckFrameA()) return 0;
     SetTransferMode();

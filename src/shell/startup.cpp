@@ -123,7 +123,11 @@ void EnterDefaultDirectory()
 void FitMenuToCamera()
 {
     if (!hWndMain) return;
-    if (!ActiveConfig.BufferCapture) DeleteMenuItem(hWndMain, kCmdHostRamCapture);
+    if (ActiveConfig.BufferCapture) {
+        RestoreMenuItem(hWndMain, kCmdHostRamCapture);
+    } else {
+        DeleteMenuItem(hWndMain, kCmdHostRamCapture);
+    }
     SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
 }
 
