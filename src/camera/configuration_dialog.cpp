@@ -246,7 +246,7 @@ void Restart(HWND dialog)
     const std::int16_t color = ImageColor;
     if (!Done(restart.initialSetup)) MessageBox(dialog, "Initialize Variables Failure", "Recommend re-start!");
     write::display.ImageColor = color;  // chosen by menu or key for this session, whichever camera is in front of it
-    ShowTurnOnInMenu(CameraOn != 0);  // the settings are read anew with the camera off
+    ShowTurnOnInMenu(CameraOn != 0);    // the settings are read anew with the camera off
     if (!Done(restart.initializeHardware)) {
         MessageBox(dialog, "Initialize Hardware Failure", "Recommend re-start!");
     } else {
