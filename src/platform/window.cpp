@@ -149,7 +149,7 @@ class FrameWatch : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override
     {
         const QSize frame = widget_.frameGeometry().size() - widget_.size();
-        if (frame != frame_ && !isPlacing_) {
+        if (widget_.isVisible() && frame != frame_ && !isPlacing_) {
             frame_ = frame;
             isPlacing_ = true;  // the move is an event too
             PutFrame(widget_, area_);
