@@ -36,17 +36,20 @@ void RunNewOnePoint(FormerCalibration& former)
 
 }  // namespace
 
-void CalibrateByDialog(bool (*agrees)())
+bool CalibrateByDialog(bool (*agrees)())
 {
     FormerCalibration former;
-    if (!RunCalibrationDialog(hWndMain)) return;
+    if (!RunCalibrationDialog(hWndMain)) return true;
     if (!agrees()) {
         former.PutBackChoices();
-    } else if (CalSettings.ChosenType == 1) {
+        return false;
+    }
+    if (CalSettings.ChosenType == 1) {
         RunNewOnePoint(former);
     } else {
         RunTwoPoint(hWndMain, ActiveConfig, write::calSet.CalDone, former);
     }
+    return true;
 }
 
 CommandEnd NewCalibration()

@@ -20,7 +20,7 @@ CommandEnd LoadPreviousCalibration();
 
 // The CALIB dialog and, where agrees then says so, the run of the type chosen in it. What the dialog stored of the
 // calibration in force comes back where the operator gives up at a source, or doesn't agree; a one-point run that fails
-// brings the calibration back that it was to replace. Blocks while frames are gathered.
-void CalibrateByDialog(bool (*agrees)());
+// brings the calibration back that it was to replace. False where agrees said no. Blocks while frames are gathered.
+bool CalibrateByDialog(bool (*agrees)());
 
 }  // namespace kelvo

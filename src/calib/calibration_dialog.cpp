@@ -256,7 +256,7 @@ std::optional<Limits> ReadLimits(HWND dialog)
     const bool valid =
         Take(dialog, kMinOffsetEdit, Magnitude(ScanDecimal(text(kMinOffsetEdit))), limits.minOffset, MinOffsetText(),
              "Invalid offset acceptance value below mean.") &&
-        Take(dialog, kMaxOffsetEdit, Magnitude(ScanDecimal(text(kMaxOffsetEdit))), limits.maxOffset, MaxOffsetText(),
+        Take(dialog, kMaxOffsetEdit, ScanDecimal(text(kMaxOffsetEdit)), limits.maxOffset, MaxOffsetText(),
              "Invalid offset acceptance level above mean.") &&
         Take(dialog, kNoiseEdit, Within(ScanFloat(text(kNoiseEdit)), kHighestNoise), limits.noise, NoiseText(),
              "Allowed noise level must be between 0.0 & 2047.0") &&

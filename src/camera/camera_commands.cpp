@@ -42,13 +42,15 @@ bool IsCameraToCalibrate()
                       BoxIcon::kExclamation, BoxButtons::kOkCancel) == Button::kOk;
 }
 
-// After a turn-on without a calibration: the operator sets the video up, then calibrates.
-void SetUpVideo()
+// After a turn-on without a calibration: the operator sets the video up, then calibrates. False: the calibration was
+// cancelled at the last question, which ends the command.
+bool SetUpVideo()
 {
     RefreshPicture();
     VideoSetupDialog(hWndMain);
-    if (CameraOn) CalibrateByDialog(IsCameraToCalibrate);
+    if (CameraOn && !CalibrateByDialog(IsCameraToCalibrate)) return false;
     ShowReplacementInMenu(SubstBadPixels != 0);
+    return true;
 }
 
 void ToggleCursorIf(bool on)
@@ -60,7 +62,7 @@ void ToggleCursorIf(bool on)
 
 CommandEnd TurnOn()
 {
-    if (TurnOnDialog(hWndMain)) SetUpVideo();
+    if (TurnOnDialog(hWndMain) && !SetUpVideo()) return CommandEnd::kLeaveStatus;
     RefreshPicture();
     KeepUnitAvailable();
     write::display.TempScale = 1;

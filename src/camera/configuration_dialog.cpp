@@ -13,9 +13,11 @@
 #include "resources/ids.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
+#include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/dialog_frame.h"
 #include "ui/docking.h"
+#include "ui/menu_state.h"
 #include "ui/splash.h"
 #include "ui/status.h"
 #include "video/video.h"
@@ -241,7 +243,10 @@ void Restart(HWND dialog)
     const Hourglass hourglass;
     WritePrivateProfileString("Setup", "ActiveCamera", Format("%d", ActiveCamera), IniFilePath);
     WritePrivateProfileString("Setup", "MonitorSetup", "0", IniFilePath);
+    const std::int16_t color = ImageColor;
     if (!Done(restart.initialSetup)) MessageBox(dialog, "Initialize Variables Failure", "Recommend re-start!");
+    write::display.ImageColor = color;  // chosen by menu or key for this session, whichever camera is in front of it
+    ShowTurnOnInMenu(CameraOn != 0);    // the settings are read anew with the camera off
     if (!Done(restart.initializeHardware)) {
         MessageBox(dialog, "Initialize Hardware Failure", "Recommend re-start!");
     } else {

@@ -19,6 +19,7 @@
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
+#include "ui/panel_readouts.h"
 #include "ui/status.h"
 
 #include <array>
@@ -162,6 +163,7 @@ int init_itex()
 {
     MakeFrameBlocks();
     write::frames.DisplayEnabled = 1;
+    ShowDisplayEnabledInPanel();
     ReadCnfFilePath();
     if (!StartLibrary() || !FindModules() || !CreateFrameA() || !CheckFrameA()) return 0;
     SetTransferMode();

@@ -245,12 +245,11 @@ bool TakeWindow(const FieldValues& values)
     return true;
 }
 
-// The field shows the frame's delay; one that the operator changes holds for the line too.
+// The field shows the frame's delay and holds for the line too, also where the line's alone was another.
 bool TakeDelay(std::int32_t delay)
 {
-    if (!Take(write::registers.HeadTiming.FrameStartDelay, delay)) return false;
-    Take(write::registers.HeadTiming.LineStartDelay, delay);
-    return true;
+    const bool frameChanged = Take(write::registers.HeadTiming.FrameStartDelay, delay);
+    return Take(write::registers.HeadTiming.LineStartDelay, delay) || frameChanged;
 }
 
 bool TakeLevels(const FieldValues& values)

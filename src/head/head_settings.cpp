@@ -96,6 +96,7 @@ void ReadTimingKeys(HeadTimingRecord& timing, const CameraConfig& config)
 void ReadSerialWordKeys(FpaSerialWordRecord& word, const CameraConfig& config)
 {
     for (const auto& each : kSerialWordKeys) word.*each.field = HeadByteKey(each.key, each.defaultValue);
+    word.SerialBitsB = 0;  // the test mode is no setting: it ends with the camera's next start
     word.ColStart = HeadKey("ColStart", 0);
     word.RowStart = HeadKey("RowStart", 0);
     word.ColEnd = WindowEnd(config.Hactive, word.ColStart);

@@ -39,7 +39,7 @@ constexpr std::time_t kVirtualStart = 1704110400;
 bool runsOffscreen = false;
 QApplication* application = nullptr;  // lives as long as the process: windows may be asked until its very end
 
-QByteArray OffscreenScreen(double scale)
+QByteArray OffscreenScreen(double scale, bool windowFrames)
 {
     const QJsonObject screen{{"name", "offscreen"},
                              {"x", 0},
@@ -50,7 +50,7 @@ QByteArray OffscreenScreen(double scale)
                              {"logicalBaseDpi", 96},
                              {"dpr", 1.0}};
     const QJsonObject configuration{
-        {"synchronousWindowSystemEvents", true}, {"windowFrameMargins", false}, {"screens", QJsonArray{screen}}};
+        {"synchronousWindowSystemEvents", true}, {"windowFrameMargins", windowFrames}, {"screens", QJsonArray{screen}}};
     return QJsonDocument(configuration).toJson();
 }
 
@@ -62,7 +62,7 @@ class OffscreenEnvironment {
         if (!commandLine.offscreen) return;
         const QString path = directory_.filePath("screen.json");
         QFile file(path);
-        if (file.open(QIODevice::WriteOnly)) file.write(OffscreenScreen(commandLine.scale));
+        if (file.open(QIODevice::WriteOnly)) file.write(OffscreenScreen(commandLine.scale, commandLine.windowFrames));
         qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + path.toLocal8Bit());
         qputenv("QT_SCALE_FACTOR", QByteArray::number(commandLine.scale));
     }

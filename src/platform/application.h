@@ -22,6 +22,7 @@ struct CommandLine {
     std::vector<std::string> scriptArguments;  // after --
     std::string transcriptFile;                // --transcript
     bool offscreen = false;                    // --offscreen: a screen of 1280 x 1024
+    bool windowFrames = false;                 // of that screen: its windows have title bars (not on the command line)
     double scale = 1.0;                        // --scale, 0.5 to 4
     bool virtualTime = false;                  // --virtual-time
     Theme theme = Theme::kDesktop;             // --theme

@@ -64,13 +64,14 @@ struct IconLook {
     BoxIcon icon;
     const char* name;
     QMessageBox::Icon picture;
+    bool sounds;  // mere information comes in silence
 };
 constexpr IconLook kIconLooks[] = {
-    {BoxIcon::kNone, "none", QMessageBox::NoIcon},
-    {BoxIcon::kInformation, "information", QMessageBox::Information},
-    {BoxIcon::kExclamation, "exclamation", QMessageBox::Warning},
-    {BoxIcon::kQuestion, "question", QMessageBox::Question},
-    {BoxIcon::kStop, "stop", QMessageBox::Critical},
+    {BoxIcon::kNone, "none", QMessageBox::NoIcon, false},
+    {BoxIcon::kInformation, "information", QMessageBox::Information, false},
+    {BoxIcon::kExclamation, "exclamation", QMessageBox::Warning, true},
+    {BoxIcon::kQuestion, "question", QMessageBox::Question, true},
+    {BoxIcon::kStop, "stop", QMessageBox::Critical, true},
 };
 
 const IconLook& LookOf(BoxIcon icon)
@@ -96,6 +97,7 @@ void TranscribeBox(const FrontBox& box)
     Transcribe("box", {{"text", box.text},
                        {"caption", box.caption},
                        {"icon", std::string(LookOf(box.icon).name)},
+                       {"sound", LookOf(box.icon).sounds ? std::string(LookOf(box.icon).name) : std::string("none")},
                        {"buttons", names},
                        {"default", std::string(LookOf(box.defaultButton).name)}});
 }
@@ -185,6 +187,7 @@ Button MessageBox(HWND owner, std::string_view text, std::string_view caption, B
     FrontBox box{std::string(text), std::string(caption), icon, {offered.begin(), offered.end()}, defaultButton};
     if (std::ranges::find(box.buttons, defaultButton) == box.buttons.end()) box.defaultButton = box.buttons.front();
     TranscribeBox(box);
+    if (qApp && LookOf(icon).sounds) QApplication::beep();
 
     Button answer = EscapeButton(box);
     if (qApp) {

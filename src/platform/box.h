@@ -15,9 +15,9 @@ enum class Button { kOk = 1, kCancel = 2, kYes = 6, kNo = 7, kReport = 100 };  /
 
 constexpr std::string_view kMessageCaption = "Kelvo message";
 
-// Runs the box and returns the button pressed. Blocks, while other events are handled. Closing the box or Escape is
-// Cancel where there is one, No where there is No but no Cancel, otherwise Ok. owner may be null. Without a
-// defaultButton the first one is.
+// Runs the box, with the desktop's sound for its icon where that is an exclamation, a question or a stop, and returns
+// the button pressed. Blocks, while other events are handled. Closing the box or Escape is Cancel where there is one,
+// No where there is No but no Cancel, otherwise Ok. owner may be null. Without a defaultButton the first one is.
 Button MessageBox(HWND owner, std::string_view text, std::string_view caption, BoxIcon icon = BoxIcon::kExclamation,
                   BoxButtons buttons = BoxButtons::kOk);
 Button MessageBox(HWND owner, std::string_view text, std::string_view caption, BoxIcon icon, BoxButtons buttons,

@@ -30,6 +30,7 @@ struct AcceleratorEntry {
 
 struct MenuData {
     std::map<int, Item> items;
+    std::map<int, Item> deleted;  // hidden at their places
     QPointer<QMenu> recentMenu;
     QPointer<QAction> recentEnd;  // the invisible line before which they stand
     std::vector<int> recentIds;
@@ -117,6 +118,7 @@ void SetMenu(HWND window, std::span<const MenuEntry> entries)
     if (!IsWindow(window) || !window->frame) return;
     MenuData& data = EnsureData(window);
     data.items.clear();
+    data.deleted.clear();
     QMenuBar& bar = *window->frame->menuBar();
     bar.clear();
     QMenu* menu = nullptr;
@@ -207,8 +209,21 @@ bool DeleteMenuItem(HWND window, int id)
     if (!item) return false;
     item->action->setEnabled(false);
     TranscribeItem(id, *item);
-    RemoveAction(item->action);
-    window->menu->items.erase(id);
+    item->action->setVisible(false);
+    window->menu->deleted.insert(window->menu->items.extract(id));
+    return true;
+}
+
+bool RestoreMenuItem(HWND window, int id)
+{
+    MenuData* const data = DataOf(window);
+    if (!data) return false;
+    auto deleted = data->deleted.extract(id);
+    if (deleted.empty() || !deleted.mapped().action) return false;
+    const Item& item = data->items.insert(std::move(deleted)).position->second;
+    item.action->setEnabled(true);
+    item.action->setVisible(true);
+    TranscribeItem(id, item);
     return true;
 }
 

@@ -41,6 +41,8 @@ bool SetMenuText(HWND window, int id, std::string_view text);
 bool CheckMenuItem(HWND window, int id, bool checked);
 bool EnableMenuItem(HWND window, int id, bool enabled);
 bool DeleteMenuItem(HWND window, int id);
+// A deleted item comes back to its place, with its text, enabled. False: it stands, or never stood.
+bool RestoreMenuItem(HWND window, int id);
 void DrawMenuBar(HWND window);
 
 // The lines at the kRecentFiles place, texts as in MenuEntry: commands firstId, firstId + 1, ...; none hides the place.

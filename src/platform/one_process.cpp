@@ -170,9 +170,9 @@ bool IsPrivate(const std::string& directory)
 
 std::string DirectoryOfLines()
 {
-    const std::string ofSession = Format("/run/user/%u", getuid());
+    std::string ofSession = Format("/run/user/%u", getuid());
     if (IsPrivate(ofSession) && access(ofSession.c_str(), W_OK) == 0) return ofSession;
-    const std::string own = Format("/tmp/kelvo-%u", getuid());
+    std::string own = Format("/tmp/kelvo-%u", getuid());
     mkdir(own.c_str(), kOwnersOnly);  // it may stand already
     return IsPrivate(own) ? own : std::string();
 }

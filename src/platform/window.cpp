@@ -131,6 +131,40 @@ QWidget* TopLevelOf(HWND window)
     return window->widget;
 }
 
+void PutFrame(QWidget& widget, const Rect& area)
+{
+    // Before it is shown a window has no frame of its own yet: it is as large as its contents.
+    widget.move(area.right - widget.frameGeometry().width(), area.top);
+}
+
+// The desktop tells the size of a frame some time after the window was shown. From then on the place is the operator's.
+class FrameWatch : public QObject {
+  public:
+    FrameWatch(QWidget& widget, const Rect& area) : QObject(&widget), widget_(widget), area_(area)
+    {
+        widget.installEventFilter(this);
+    }
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        const QSize frame = widget_.frameGeometry().size() - widget_.size();
+        if (widget_.isVisible() && frame != frame_ && !isPlacing_) {
+            frame_ = frame;
+            isPlacing_ = true;  // the move is an event too
+            PutFrame(widget_, area_);
+            isPlacing_ = false;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+  private:
+    QWidget& widget_;
+    Rect area_;
+    QSize frame_{0, 0};
+    bool isPlacing_ = false;
+};
+
 enum class FocusHolder { kNobody, kMain, kOther };
 FocusHolder focusTold = FocusHolder::kNobody;
 HWND otherInFocus = nullptr;
@@ -246,6 +280,14 @@ void BringToFront(HWND window, const std::string& activation)
 void MoveWindow(HWND window, const Rect& place)
 {
     if (QWidget* const widget = TopLevelOf(window)) widget->setGeometry(ToQRect(place));
+}
+
+void DockWindow(HWND window, const Rect& area)
+{
+    QWidget* const widget = TopLevelOf(window);
+    if (!widget) return;
+    PutFrame(*widget, area);
+    std::make_unique<FrameWatch>(*widget, area).release();  // the widget owns it
 }
 
 void UpdateWindow(HWND window)

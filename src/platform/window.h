@@ -81,6 +81,9 @@ void ShowWindow(HWND window, bool shown);
 // for it ("XDG_ACTIVATION_TOKEN"), handed on by who asked; empty where the desktop gives none.
 void BringToFront(HWND window, const std::string& activation);
 void MoveWindow(HWND window, const Rect& place);  // children: in the parent's client coordinates
+// Puts a dialog, its size kept, to the top right of an area of the screen, with the frame that the desktop gives it
+// inside the area: also once that frame is known, after the dialog is shown.
+void DockWindow(HWND window, const Rect& area);
 // Paints what is invalid now: WM_PAINT, and the screen shows it when this returns.
 void UpdateWindow(HWND window);
 // The rectangle (null: the whole client area) needs painting; with erase it is filled with the background at once.

@@ -88,6 +88,7 @@ constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 
 // Controls of the panel and the display dialog that other modules write.
+constexpr int kPanelDisplayBox = 1013;
 constexpr int kPanelZoomBar = 310;
 constexpr int kPanelZoomText = 311;
 constexpr int kPanelPanText = 313;

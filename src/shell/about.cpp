@@ -4,6 +4,7 @@
 #include "platform/dialog.h"
 #include "platform/text.h"
 #include "platform/timers.h"
+#include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "state/windows.h"
 #include "ui/dialog_frame.h"
@@ -11,14 +12,36 @@
 #include "ui/status.h"
 
 #include <ctime>
+#include <utility>
 
 namespace kelvo {
 
 namespace {
 
 constexpr std::uint32_t kClockTimer = 1;
+constexpr std::uint32_t kPictureTimer = 2;
 constexpr std::int64_t kClockPeriodMs = 1000;
 constexpr std::int64_t kPictureMs = 1000;
+
+bool pictureStands = false;
+
+// The start picture behind the dialog.
+void ShowPicture()
+{
+    UpdateWindow(hWndMain);  // what is invalid now would paint over it
+    pictureStands = ShowSplash(hWndMain) != nullptr;
+}
+
+void TakePictureAway()
+{
+    if (std::exchange(pictureStands, false)) InvalidateRect(hWndMain, nullptr, true);
+}
+
+void EndPicture(HWND dialog)
+{
+    KillTimer(dialog, kPictureTimer);
+    TakePictureAway();
+}
 
 void ShowClock(HWND dialog)
 {
@@ -36,6 +59,7 @@ void Open(HWND dialog)
     SetDlgItemText(dialog, kAboutResources, Format("Free System Resources = %d%%", 0));
     ShowClock(dialog);
     SetTimer(dialog, kClockTimer, kClockPeriodMs);
+    SetTimer(dialog, kPictureTimer, kPictureMs);
     StatusString(kAboutHint, kLeftAligned);
 }
 
@@ -46,7 +70,8 @@ void Close(HWND dialog)
 }
 
 LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
-constexpr DialogEntry kEntries[] = {OnTimer(kClockTimer, ShowClock), {kIdOk, Close}, {kIdCancel, Close}};
+constexpr DialogEntry kEntries[] = {
+    OnTimer(kClockTimer, ShowClock), OnTimer(kPictureTimer, EndPicture), {kIdOk, Close}, {kIdCancel, Close}};
 constexpr DialogFrame kFrame{.name = "ABOUT", .procedure = fnABOUTDlgProc, .open = Open, .entries = kEntries};
 LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
@@ -57,8 +82,9 @@ LRESULT fnABOUTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM
 
 void ShowAbout()
 {
-    HideSplash(ShowSplash(hWndMain), kPictureMs);
+    ShowPicture();
     RunDialog(kFrame, hWndMain);
+    TakePictureAway();  // closed, or not opened, before its time was up
 }
 
 }  // namespace kelvo

@@ -68,7 +68,7 @@ constexpr Command kCommands[] = {
     {kCmdVideoSetup, VideoSetup},
     {kCmdImageSetup, ImageSetup},
     {kCmdConfiguration, Configure},
-    {kCmdDialogHelp, Then<ShowDialogHelp>},
+    {kCmdDialogHelp, Then<ShowDialogHelp, CommandEnd::kLeaveStatus>},
     {kCmdNewCalibration, NewCalibration},
     {kCmdUpdateCalibration, UpdateCalibration},
     {kCmdSaveCalibration, SaveCalibration},

@@ -24,7 +24,6 @@ namespace {
 
 constexpr int kPanButton = 312;
 constexpr int kLevelButton = 315;
-constexpr int kDisplayBox = 1013;
 constexpr int kVmCopyBox = 1014;
 constexpr int kEqualizeBox = 1015;
 constexpr int kTriggeredSaveButton = 1016;
@@ -41,7 +40,7 @@ void Open(HWND panel)
     ShowLevelsInPanel();
     BuildDisplayLut(Contrast, Brightness);
     ShowUnits(panel);
-    CheckDlgButton(panel, kDisplayBox, true);
+    ShowDisplayEnabledInPanel();
     ShowDlgItem(panel, kVmCopyBox, false);
     ShowDlgItem(panel, kEqualizeBox, false);
 }
@@ -102,7 +101,7 @@ void ChangeLevels(int direction)
 
 void FollowDisplayBox(HWND panel)
 {
-    write::frames.DisplayEnabled = IsDlgButtonChecked(panel, kDisplayBox) ? 1 : 0;
+    write::frames.DisplayEnabled = IsDlgButtonChecked(panel, kPanelDisplayBox) ? 1 : 0;
     if (DisplayEnabled) SetTimer(hWndMain, kLiveTimer, 0);
 }
 
@@ -123,7 +122,7 @@ bool OnCommand(HWND panel, int id, int notification)
         case kLevelButton:
             ChangeLevels(notification);
             return true;
-        case kDisplayBox:
+        case kPanelDisplayBox:
             FollowDisplayBox(panel);
             return true;
         case kTriggeredSaveButton:

@@ -42,7 +42,7 @@ bool opensHandedFiles = false;
 std::string BareFile(const std::string& arguments)
 {
     if (arguments.size() < kShortestCommandLine) return {};
-    const std::string calibration = CalibrationNamed(arguments);
+    std::string calibration = CalibrationNamed(arguments);
     if (!calibration.empty()) return calibration;
     return FileExists(arguments) ? AbsolutePath(arguments) : std::string();
 }

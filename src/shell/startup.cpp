@@ -101,15 +101,26 @@ void StartCamera(std::string_view commandLine)
     PostMessage(hWndMain, WM_COMMAND, kCmdTurnOn, 0);
 }
 
+// Once a directory: what the operator takes away later stays away.
+std::vector<std::string> LayShippedFiles()
+{
+    if (!MakeDirectories(DefaultDir)) return {DefaultDir};
+    const std::string stamp = DefaultDir + "/shipped.stamp";
+    if (FileExists(stamp)) return {};
+    std::vector<std::string> missing = CopyShippedFiles(DefaultDir);
+    // Where it can't be written the next start looks again.
+    if (missing.empty()) {
+        ReplaceFile(stamp,
+                    "The files that come with Kelvo were put here. Without this file the next start puts those "
+                    "that are missing back.\n");
+    }
+    return missing;
+}
+
 void EnterDefaultDirectory()
 {
     SetDefaultDir(FindDefaultDirectory());
-    std::vector<std::string> missing;
-    if (MakeDirectories(DefaultDir)) {
-        missing = CopyShippedFiles(DefaultDir);
-    } else {
-        missing.push_back(DefaultDir);
-    }
+    const std::vector<std::string> missing = LayShippedFiles();
     if (!missing.empty()) {
         std::string text = "These files of Kelvo couldn't be made:\n";
         for (const std::string& file : missing) text += "\n" + file;
@@ -123,7 +134,11 @@ void EnterDefaultDirectory()
 void FitMenuToCamera()
 {
     if (!hWndMain) return;
-    if (!ActiveConfig.BufferCapture) DeleteMenuItem(hWndMain, kCmdHostRamCapture);
+    if (ActiveConfig.BufferCapture) {
+        RestoreMenuItem(hWndMain, kCmdHostRamCapture);
+    } else {
+        DeleteMenuItem(hWndMain, kCmdHostRamCapture);
+    }
     SetMenuText(hWndMain, kCmdTriggeredSave, "&Bio-Rad save...");
 }
 

@@ -33,10 +33,7 @@ Rect ViewArea()
 void DockDialog(HWND dialog)
 {
     if (!hWndMain) return;
-    const Rect area = ViewArea();
-    const Rect window = GetWindowRect(dialog);
-    const int left = area.right - window.Width();
-    MoveWindow(dialog, {left, area.top, area.right, area.top + window.Height()});
+    DockWindow(dialog, ViewArea());
 }
 
 namespace {

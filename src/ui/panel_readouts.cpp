@@ -4,6 +4,7 @@
 #include "platform/text.h"
 #include "resources/ids.h"
 #include "state/display_state.h"
+#include "state/frame_state.h"
 #include "state/windows.h"
 
 namespace kelvo {
@@ -13,6 +14,11 @@ void ShowLevelsInPanel()
     if (!hDlgPanel) return;
     SetDlgItemText(hDlgPanel, kPanelContrastText, Format("%d", Contrast));
     SetDlgItemText(hDlgPanel, kPanelBrightnessText, Format("%d", Brightness));
+}
+
+void ShowDisplayEnabledInPanel()
+{
+    if (hDlgPanel) CheckDlgButton(hDlgPanel, kPanelDisplayBox, DisplayEnabled != 0);
 }
 
 void ShowGeometryInPanel()

@@ -7,6 +7,9 @@ namespace kelvo {
 // Contrast and Brightness.
 void ShowLevelsInPanel();
 
+// The box "Display": whether new frames are drawn.
+void ShowDisplayEnabledInPanel();
+
 // Zoom (the bar and its number) and pan.
 void ShowGeometryInPanel();
 

@@ -258,6 +258,21 @@ TEST_F(CalibDialog, ACancelledFileSelectionGoesBackToANewFile)
     EXPECT_EQ(CalSettings.BadDetFile, "");
 }
 
+// Below the mean a distance is meant, whatever its sign; a bound above it may lie below the mean as well.
+TEST_F(CalibDialog, OnlyTheOffsetBelowTheMeanLosesItsSign)
+{
+    Run([](HWND dialog) {
+        OperateText(dialog, 1205, "-350");
+        OperateText(dialog, 1206, "-450");
+        OperatePress(dialog, kIdOk);
+    });
+    EXPECT_EQ(result, 1);
+    EXPECT_EQ(CalSettings.MinOffset, 350);
+    EXPECT_EQ(CalSettings.MaxOffset, -450);
+    EXPECT_EQ(KeyOf(IniFilePath, "Calibration", "MinOffset"), "350");
+    EXPECT_EQ(KeyOf(IniFilePath, "Calibration", "MaxOffset"), "-450");
+}
+
 TEST_F(CalibDialog, OkStoresAndWritesWhatWasEntered)
 {
     Run([](HWND dialog) {

@@ -1,6 +1,7 @@
 // The advanced video set-up, worked as an operator works it, on top of the oscilloscope dialog.
 #include "head/advanced_dialog_write.h"
 #include "head/camera_head_write.h"
+#include "head/head_settings.h"
 #include "head/scope_frame.h"
 #include "head/video_setup_fixture.h"
 #include "pixel/decommutation.h"
@@ -233,6 +234,46 @@ TEST_F(AdvancedVideo, LevelsAreTakenOverWhenTheTimerExpires)
               }});
     EXPECT_EQ(FpaSerialWord.DetBias, 15) << "cancelled";
     EXPECT_EQ(HeadTiming.LineStartDelay, 15);
+}
+
+// The field shows the frame's delay alone; applied, it holds for the line as well, also where the number stayed.
+TEST_F(AdvancedVideo, TheDelaySetsBothWhereTheyDiffered)
+{
+    write::registers.HeadTiming.LineStartDelay = 3;
+    LoadHeadTiming(write::registers.HeadTiming);
+    Advanced({Type(9101, "15"), [&](HWND dialog) {
+                  head->Taken();
+                  EXPECT_EQ(HeadTiming.FrameStartDelay, 15);
+                  Expire(dialog);
+                  EXPECT_EQ(HeadTiming.FrameStartDelay, 15);
+                  EXPECT_EQ(HeadTiming.LineStartDelay, 15);
+                  EXPECT_THAT(head->Taken(), Contains(CommFrame{0x50, 0x05, 0x00, 0xFF}));
+                  Expire(dialog);
+                  EXPECT_THAT(head->Taken(), IsEmpty()) << "nothing changed";
+              }});
+    EXPECT_EQ(HeadTiming.LineStartDelay, 3) << "cancelled";
+    Advanced({Type(9110, "6"), [](HWND dialog) {
+                  Expire(dialog);
+                  EXPECT_EQ(HeadTiming.LineStartDelay, 15) << "with any field";
+              }});
+    Advanced({Type(9101, "7"), [](HWND dialog) {
+                  Expire(dialog);
+                  EXPECT_EQ(HeadTiming.FrameStartDelay, 7);
+                  EXPECT_EQ(HeadTiming.LineStartDelay, 7);
+              }});
+}
+
+// The test mode is a matter of one session at the camera: no turn-on and no other camera begins in it.
+TEST_F(AdvancedVideo, TheTestModeEndsWhenTheSerialWordIsReadAnew)
+{
+    Advanced({[](HWND dialog) {
+                  OperateCheck(dialog, 9104, true);
+                  OperatePress(dialog, kIdOk);
+              },
+              Press(kIdOk)});
+    ASSERT_EQ(FpaSerialWord.SerialBitsB, 1);
+    ReadSerialWordKeys(write::registers.FpaSerialWord, ActiveConfig);
+    EXPECT_EQ(FpaSerialWord.SerialBitsB, 0);
 }
 
 TEST_F(AdvancedVideo, TheConverterDelayIsShownOnly)

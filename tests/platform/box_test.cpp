@@ -133,6 +133,18 @@ TEST(MessageBox, WithoutAnApplicationGivesTheEscapeButton)
     EXPECT_EQ(MessageBox(nullptr, "no window", "caption", BoxIcon::kNone, BoxButtons::kOkCancel), Button::kCancel);
 }
 
+// The desktop's sound tells of a box that wants to be read; one that merely informs comes in silence.
+TEST(MessageBox, SoundsAsItsIconDoes)
+{
+    TestOperator op;
+    for (const BoxIcon icon :
+         {BoxIcon::kExclamation, BoxIcon::kQuestion, BoxIcon::kStop, BoxIcon::kInformation, BoxIcon::kNone}) {
+        MessageBox(nullptr, "text", "caption", icon);
+    }
+    EXPECT_THAT(op.Texts("box", "sound"), ElementsAre("exclamation", "question", "stop", "none", "none"));
+    EXPECT_TRUE(op.Texts("beep", "sound").empty()) << "none of the logic's own";
+}
+
 TEST(MessageBeep, IsWrittenDown)
 {
     TestOperator op;

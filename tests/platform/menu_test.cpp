@@ -102,6 +102,28 @@ TEST(Menu, DeletedItemIsGone)
     EXPECT_THAT(Shown(TopMenu(window, 0)), ElementsAre("&Load image...\tF6", "---", "E&xit\tCtrl+Q"));
 }
 
+TEST(Menu, ADeletedItemComesBackToItsPlace)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    const std::vector<std::string> before = Shown(TopMenu(window, 0));
+    SetMenuText(window, 107, "&Load...");
+    EXPECT_FALSE(RestoreMenuItem(window, 107)) << "it stands";
+    ASSERT_TRUE(DeleteMenuItem(window, 107));
+    EXPECT_FALSE(DeleteMenuItem(window, 107));
+    EXPECT_FALSE(GetMenuItem(window, 107));
+    ASSERT_TRUE(RestoreMenuItem(window, 107));
+    EXPECT_FALSE(RestoreMenuItem(window, 107));
+    EXPECT_FALSE(RestoreMenuItem(window, 999));
+    EXPECT_EQ(GetMenuItem(window, 107)->text, "&Load...");
+    EXPECT_TRUE(GetMenuItem(window, 107)->enabled);
+    std::vector<std::string> wanted = before;
+    wanted.at(1) = "&Load...";
+    EXPECT_EQ(Shown(TopMenu(window, 0)), wanted);
+    TopMenu(window, 0)->actions().at(1)->trigger();
+    EXPECT_THAT(SeenCommands(), ElementsAre(107));
+}
+
 TEST(Menu, ChosenItemSendsItsCommand)
 {
     TestOperator op;

@@ -206,6 +206,15 @@ TEST_F(Profiles, IntegersAreDecimalOrHexadecimalAndStopAtTheFirstForeignCharacte
     EXPECT_EQ(Int("4294967298"), 2);
 }
 
+TEST_F(Profiles, BlanksAroundAnIntegerDontCount)
+{
+    EXPECT_EQ(Int(" \t320 "), 320);
+    EXPECT_EQ(Int("\"  320  \""), 320);
+    EXPECT_EQ(Int(" ' -16384 ' "), -16384);
+    EXPECT_EQ(Int("\" 0x1F\""), 31);
+    EXPECT_EQ(Int("\"  \""), 0) << "no number";
+}
+
 TEST_F(Profiles, IntegersWithoutANumberAreZeroAndMissingOnesTheDefault)
 {
     EXPECT_EQ(Int("abc"), 0);

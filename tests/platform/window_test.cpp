@@ -9,6 +9,7 @@
 #include "window_fixture.h"
 
 #include <QCoreApplication>
+#include <QDialog>
 #include <QScrollBar>
 #include <QWheelEvent>
 
@@ -50,6 +51,32 @@ TEST(MainWindow, ComesToTheFrontFromAnIcon)
     EXPECT_TRUE(frame.isActiveWindow());
     EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "permission");
     BringToFront(nullptr, "");
+}
+
+// A desktop puts a title bar around a dialog, and tells its size only once the dialog is shown.
+TEST(DockedWindow, ItsFrameLiesInsideTheArea)
+{
+    CommandLine commandLine = OffscreenAt(1);
+    commandLine.windowFrames = true;
+    TestOperator op(commandLine);
+    HWND main = ShowRecordingWindow();
+    QDialog dialog(main->frame);
+    dialog.resize(300, 200);
+    HWND window = RegisterWindow(WindowKind::kDialog, &dialog, nullptr, main);
+    const Rect area{100, 150, 900, 700};
+    DockWindow(window, area);
+    dialog.show();
+    QCoreApplication::processEvents();
+    const QRect frame = dialog.frameGeometry();
+    ASSERT_GT(frame.height(), dialog.height()) << "it has a title bar";
+    EXPECT_EQ(frame.top(), area.top);
+    EXPECT_EQ(frame.x() + frame.width(), area.right);
+    EXPECT_EQ(dialog.size(), QSize(300, 200));
+    // From now on its place is the operator's.
+    dialog.move(200, 300);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(dialog.pos(), QPoint(200, 300));
+    ForgetWindow(window);
 }
 
 TEST(MainWindow, GetsCreateBeforeItsHandleIsReturned)

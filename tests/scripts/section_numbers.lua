@@ -23,6 +23,27 @@ local keys = {
   "JambSyncEnable", "JambAddress", "RAM0Value", "RAM0JambValue", "MaxNumFramesToAllocate",
 }
 
+-- The keys with which no camera runs, by what such a value means: an image has sides of 1 to 1024 pixels, and its first sample lies inside it;
+-- the clock has a frequency above 0; its indices are bytes, and so is the frame rate's row
+-- behind the lowest of them; no port is wired under such a number, and one below 1 means the usual one.
+local function set_of(...)
+  local set = {}
+  for _, name in ipairs { ... } do set[name] = true end
+  return set
+end
+local sides = { "Hroi", "Vroi", "Hactive", "Vactive" }
+local function refused_by(...) return set_of(sides[1], sides[2], sides[3], sides[4], ...) end
+local too_large = refused_by("CalDelay", "QVF1058_MasterClockMinIndex", "QVF1058_MasterClockMaxIndex", "IndexFrameRate", "nCommPort")
+local refused = ({
+  zero = refused_by("QVF1058_MasterClockFrequency"),
+  text = refused_by("QVF1058_MasterClockFrequency"),  -- reads as 0
+  negative = refused_by("QVF1058_MasterClockFrequency", "QVF1058_MasterClockMinIndex", "QVF1058_MasterClockMaxIndex"),
+  lowest = refused_by("QVF1058_MasterClockFrequency", "QVF1058_MasterClockMinIndex", "QVF1058_MasterClockMaxIndex", "IndexFrameRate"),
+  million = too_large,
+  huge = too_large,
+  beyond = too_large,  -- 1661992959, its low 32 bits
+})[arg[1]]
+
 -- What the program itself writes into the section at a turn-on, with the video set-up's OK or at a change of camera.
 local written = {}
 for _, key in ipairs {
@@ -99,6 +120,7 @@ for turn, key in ipairs(keys) do
     video.pass_set_up()
     answer_boxes(boxes)
   end
+  check.eq(state("CameraOn"), refused[key] and 0 or 1, key .. "=" .. value .. ": " .. table.concat(boxes, " | "))
   if state("CameraOn") == 1 then
     check.eq(dialog(), nil, key)
     check.eq(state("LiveVideo"), 1, key)

@@ -28,7 +28,7 @@ video.turn_on()
 is_live()
 check.eq(state("CalType"), 0)
 -- 48000000 / 12 Hz over 320 x 256 pixels at row 3 of the list.
-if state("FrameRate") then assert(state("FrameRate") > 0) end
+check.near(state("FrameRate"), 48000000 / 12 / (320 * 256), 1e-4)
 
 -- No leaves all as it is.
 command(169)

@@ -1,6 +1,7 @@
 // Commands by their numbers: who runs them, how they end, and what the status line shows then.
 #include "shell/commands.h"
 
+#include "platform/application.h"
 #include "platform/front.h"
 #include "platform/help.h"
 #include "platform/menu.h"
@@ -60,6 +61,15 @@ TEST_F(CommandTable, LeavesTheStatusLineOfACommandThatIsCancelled)
 {
     op->Do([] { CancelFileDialog(); });
     EXPECT_EQ(RunCommand(hWndMain, kCmdLoadImage), 1);
+    EXPECT_EQ(StatusText, "as before");
+}
+
+TEST_F(CommandTable, HelpOfADialogHasItsPageAndLeavesTheDialogsHint)
+{
+    EXPECT_EQ(RunCommand(hWndMain, kCmdDialogHelp), 1);
+    EXPECT_EQ(CurrentHelpContext(), 1048);
+    EXPECT_NE(ResourceText("help/1048.html"), "");
+    EXPECT_NE(ResourceText("help/324.html"), "");
     EXPECT_EQ(StatusText, "as before");
 }
 
