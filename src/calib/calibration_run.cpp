@@ -43,6 +43,7 @@ UnsavedSet SetOf(RunRecord& run)
 
 void CompleteSet(RunRecord& run)
 {
+    if (!run.files) return;  // a step before this one has begun them
     const std::string calPath = CalSettings.CalFile;
     UnsavedSet set = SetOf(run);
     NameCamera();

@@ -186,7 +186,8 @@ void SendVideoSettings()
 
 // --- Putting a set in force: lists ----------------------------------------------------------------------------------
 
-// Told before anything changes: a set without gains or offsets is of no use, and the calibration in force stays.
+// Told before anything changes: a table can be made anew, but a set without gains or offsets is of no use, and the
+// calibration in force stays.
 template <typename Entry>
 bool WasRead(const SetList<Entry>& list, const char* step)
 {
@@ -196,6 +197,7 @@ bool WasRead(const SetList<Entry>& list, const char* step)
     return false;
 }
 
+constexpr const char* kTableStep = "Loading decommutation list...";
 constexpr const char* kGainStep = "Loading gain list...";
 constexpr const char* kOffsetStep = "Loading offset list...";
 
@@ -205,15 +207,15 @@ bool ListsWereRead(HWND window, const CalibrationSet& set)
         MessageBox(window, "Failure to allocate memory!", "Memory Error");
         return false;
     }
+    WasRead(set.decom, kTableStep);
     return WasRead(set.gains, kGainStep) && WasRead(set.offsets, kOffsetStep);
 }
 
-// The set's table, or, told, one made anew.
+// The set's table, or one made anew.
 std::optional<DecomTable> TableOf(const CalibrationSet& set)
 {
-    TellStep("Loading decommutation list...");
+    TellStep(kTableStep);
     if (set.decom.read == ListRead::kComplete) return set.decom.entries;
-    TellListRead(set.decom.read, set.decom.path);
     return BuildDecomList(ActiveConfig, FrameRateRowAt(IndexFrameRate).ReadoutShift);
 }
 
