@@ -394,7 +394,7 @@ TEST_F(WritingFrames, ACutLaterFrameIsCutOffAgain)
     ImageHeaderRecord counting = Header(1);
     counting.FramesAveraged = 7;
     const std::string former = Bytes(counting) + Samples(1);
-    for (const rlim_t room : {0, 3, 7}) {
+    for (const rlim_t room : {rlim_t{0}, rlim_t{3}, rlim_t{7}}) {
         PutFile(path, former);
         const FullDisk disk(512 + 8 + room);
         auto file = FrameWriter::OpenInPlace(path);

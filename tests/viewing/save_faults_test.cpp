@@ -43,11 +43,11 @@ struct Operation {
     const char* name;
     void (*prepare)(SavingWithFaults&);  // what is on view, and what lies there before
     void (*run)(SavingWithFaults&);
-    std::int64_t recordBytes = 0;  // of a multi-frame file that lies there: its whole frames are what must stay
-    bool mayLeaveAPart = false;    // a new file stays as far as it came
-    bool writesSeveral = false;    // files, of which those before the fault stand
-    bool takesAFrame = false;      // it takes a new frame
-    bool needsTheFrame = false;    // and writes nothing without one; averaging goes on with what it has
+    std::size_t recordBytes = 0;  // of a multi-frame file that lies there: its whole frames are what must stay
+    bool mayLeaveAPart = false;   // a new file stays as far as it came
+    bool writesSeveral = false;   // files, of which those before the fault stand
+    bool takesAFrame = false;     // it takes a new frame
+    bool needsTheFrame = false;   // and writes nothing without one; averaging goes on with what it has
 };
 std::ostream& operator<<(std::ostream& out, const Operation& operation)
 {
@@ -128,7 +128,10 @@ class SavingWithFaults : public BoardTest, public testing::WithParamInterface<Op
         return states;
     }
     // Each question has the answer that goes on.
-    static void AgreeToAll(const FrontBox&) { PressBoxButton(Button::kYes) || PressBoxButton(Button::kOk); }
+    static void AgreeToAll(const FrontBox&)
+    {
+        if (!PressBoxButton(Button::kYes)) PressBoxButton(Button::kOk);
+    }
     // Boxes since the operation began, but for the questions.
     std::size_t Told() const
     {

@@ -925,7 +925,7 @@ TEST_F(Saving, AFullDiskLeavesAMultiFrameFileAsItWas)
     EXPECT_EQ(Save("r.seq"), 1);
     const std::string former = FileContents(Out("r0.seq"));
     const std::string header = HeaderBytes(ImageHeader);
-    for (const rlim_t room : {0, 5}) {
+    for (const rlim_t room : {rlim_t{0}, rlim_t{5}}) {
         const FullAt limit(512 + 16 + room);
         EXPECT_EQ(Save("r.seq"), static_cast<std::int32_t>(room)) << "the bytes that were written";
         EXPECT_EQ(op.Boxes().back().text, "Error writing data to file!");
