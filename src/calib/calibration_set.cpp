@@ -153,8 +153,9 @@ bool ExternalRateIsGiven(HWND window)
 }
 
 // Setting the head's clock works a rate out from it; where an external clock runs, what the operator told holds.
-void SendVideoSettings()
+void SendVideoSettings(HWND window)
 {
+    const HeadHearing hearing;
     const float toldRate = FrameRate;
     if (LinkIsReady()) {
         SetFrameRateIndex(IndexFrameRate);
@@ -164,6 +165,11 @@ void SendVideoSettings()
         SetVideoOffset(VideoOffset[0]);
     }
     CloseLinkAfterUse();
+    if (hearing.HeardAll()) return;
+    MessageBox(window,
+               "The camera head didn't answer to all that was sent.\n"
+               "Frame rate, integration time, gain or offset may not be those of the calibration.",
+               "Camera Head Error!");
 }
 
 // --- Putting a set in force: lists ----------------------------------------------------------------------------------
@@ -418,7 +424,7 @@ int PutInForce(HWND window, const CalibrationSet& set)
         if (!MakeSettingsOf(window, set.calPath)) return 0;
         TakeVideoSettings(set);
         if (!ExternalRateIsGiven(window)) return 0;
-        SendVideoSettings();
+        SendVideoSettings(window);
         if (!TakeLists(window, set)) return 0;
         TakeType(set);
         TakeParameters(set);
