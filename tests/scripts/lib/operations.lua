@@ -74,7 +74,7 @@ rows.two_point = {
   dialogs = { CALIB = accept_calib(2), CAL_COLD = accept_low, CAL_HOT = accept_high },
   usual = { "Bad pixel count", "Kelvo Calibration Statistics" },
   done = function(after) return after.CalType == 2 and after["CalSettings.CalFile"] == datadir() .. "/Last.cal" end,
-  writes = with(in_memory, set_files("Last")),
+  writes = with(in_memory, set_files("[Ll]ast")),
   kept = uncalibrated,
   told = { [unsaved] = in_force_unsaved },
 }
@@ -83,7 +83,7 @@ rows.one_point = {
   dialogs = { CALIB = accept_calib(1), CAL_COLD = accept_low },
   usual = { "Calibration results" },
   done = function(after) return after.CalType == 1 and after["CalSettings.CalFile"]:lower():find("/last.cal", 1, true) ~= nil end,
-  writes = with(in_memory, set_files("Last")),
+  writes = with(in_memory, set_files("[Ll]ast")),
   kept = { ["CalSettings.ChosenType"] = "the run that is chosen", ["CalSettings.NumSources"] = "the run that is chosen",
     ["kelvo.ini [[]Calibration] CalType"] = "the run that is chosen", BadDetCount = "counted", ["file .calibration.journal"] = "cleared away by the next run or start",
     IntensityCold = "measured", ["CalSettings.IntensityCold"] = "measured" },
