@@ -171,8 +171,9 @@ bool ExternalRateIsGiven(HWND window)
 }
 
 // Setting the head's clock works a rate out from it; where an external clock runs, what the operator told holds.
-void SendVideoSettings()
+void SendVideoSettings(HWND window)
 {
+    const HeadHearing hearing;
     const float toldRate = FrameRate;
     if (LinkIsReady()) {
         SetFrameRateIndex(IndexFrameRate);
@@ -182,6 +183,11 @@ void SendVideoSettings()
         SetVideoOffset(VideoOffset[0]);
     }
     CloseLinkAfterUse();
+    if (hearing.HeardAll()) return;
+    MessageBox(window,
+               "The camera head didn't answer to all that was sent.\n"
+               "Frame rate, integration time, gain or offset may not be those of the calibration.",
+               "Camera Head Error!");
 }
 
 // --- Putting a set in force: lists ----------------------------------------------------------------------------------
@@ -499,7 +505,7 @@ int PutInForce(HWND window, const CalibrationSet& set)
         video.LetGo();
         room.Keep();
         SaveVideoSettings(IniFilePath);
-        SendVideoSettings();
+        SendVideoSettings(window);
         InstallLists(set, *table);
         ForgetUnsavedSet();
         TakeType(set);

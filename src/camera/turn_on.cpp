@@ -4,6 +4,7 @@
 #include "calib/calibration_set.h"
 #include "grabber/board.h"
 #include "head/camera_head.h"
+#include "head/head_transaction.h"
 #include "head/program_head.h"
 #include "head/section_check.h"
 #include "platform/box.h"
@@ -97,6 +98,7 @@ bool LoadNamedCalibration(const std::string& path)
 
 void TurnCameraOff()
 {
+    const HeadHearing hearing;
     const Hourglass hourglass;
     StopLiveVideo();
     ShowTurnOnInMenu(false);
@@ -107,6 +109,9 @@ void TurnCameraOff()
     StatusMessage("Wait - Closing Frame Grabber", kLeftAligned);
     ReleaseBoard();
     StatusString(kIdleHint, kLeftAligned);
+    if (hearing.HeardAll()) return;
+    MessageBox(hWndMain, "The camera head didn't answer to all that was sent.\nIts electronics may still be on.",
+               "Camera Head Error!");
 }
 
 void AskToTurnOff()

@@ -6,6 +6,12 @@
 
 namespace kelvo {
 
+namespace {
+
+std::int64_t framesUnheard = 0;  // since the program began; only differences count
+
+}  // namespace
+
 bool LinkIsReady()
 {
     if (!CommPortOpen) write::link.CommPortOpen = OpenCommLink();
@@ -19,7 +25,16 @@ void CloseLinkAfterUse()
 
 bool SendFrame(CommFrame frame)
 {
-    return WriteCommFrame(frame, frame.size()) != 0;
+    const bool heard = WriteCommFrame(frame, frame.size()) != 0;
+    if (!heard) ++framesUnheard;
+    return heard;
+}
+
+HeadHearing::HeadHearing() : unheardBefore_(framesUnheard) {}
+
+bool HeadHearing::HeardAll() const
+{
+    return framesUnheard == unheardBefore_;
 }
 
 std::optional<CommFrame> AskHead(CommFrame frame)

@@ -3,6 +3,7 @@
 
 #include "head/comm_link.h"
 
+#include <cstdint>
 #include <optional>
 
 namespace kelvo {
@@ -14,6 +15,17 @@ void CloseLinkAfterUse();
 
 // Writes a frame. With CommEchoMode the answer counts; without, the result is always true.
 bool SendFrame(CommFrame frame);
+// Whether the head has answered to each frame that SendFrame wrote since the object was made: for those who send
+// several and tell the operator once.
+class HeadHearing {
+  public:
+    HeadHearing();
+    bool HeardAll() const;
+
+  private:
+    std::int64_t unheardBefore_;
+};
+
 // Without CommEchoMode: writes a frame and reads the answer of four bytes; nullopt if fewer come within a second.
 std::optional<CommFrame> AskHead(CommFrame frame);
 // AskHead, and the answer begins with the byte sent first.

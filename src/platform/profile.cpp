@@ -132,7 +132,8 @@ void Refresh(const std::string& path, Profile& profile)
     const int reason = errno;
     profile.readError = contents || reason == ENOENT || reason == ENOTDIR ? 0 : reason;
     profile.identity = identity;
-    profile.settled = IsSettled(identity);
+    // One that couldn't be read is tried again each time: its pending values wait for it.
+    profile.settled = profile.readError == 0 && IsSettled(identity);
     if (contents && *contents == profile.onDisk) return;
     profile.onDisk = contents ? std::move(*contents) : std::string();
     Reindex(profile);

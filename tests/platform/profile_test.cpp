@@ -1,5 +1,6 @@
 #include "platform/profile.h"
 
+#include "platform/faults.h"
 #include "platform/files.h"
 #include "platform/profile_text.h"
 #include "platform/text.h"
@@ -341,6 +342,22 @@ TEST_F(Profiles, AHugeFileGivesDefaultsAndIsNeverReplaced)
     EXPECT_FALSE(FlushProfiles());
     EXPECT_EQ(BoxesShown().size(), 1U);
     EXPECT_EQ(fs::file_size(ini), 100000000U);
+}
+
+// A disk that failed once: the file is read again, and what is pending for it reaches it.
+TEST_F(Profiles, AFileThatCouldNotBeReadOnceIsReadAgain)
+{
+    PutFile(ini, "[S]\nA=1\n");
+    usleep(150000);  // a file that is this old isn't read again without need
+    SetFaultOnce("disk read", 1);
+    EXPECT_EQ(GetPrivateProfileInt("S", "A", 5, ini), 5);
+    EXPECT_EQ(GetPrivateProfileInt("S", "A", 5, ini), 1);
+
+    ForgetProfile(ini);
+    SetFaultOnce("disk read", 1);
+    WritePrivateProfileString("S", "B", "2", ini);
+    EXPECT_TRUE(FlushProfiles());
+    EXPECT_EQ(FileContents(ini), "[S]\nA=1\nB=2\n");
 }
 
 TEST_F(Profiles, ADirectoryOfThatNameIsLeftAlone)

@@ -27,8 +27,9 @@ end
 
 -- The state, the settings files key by key, each other file of the data directory and of its parent directories of the working directory,
 -- the head's registers, the title, what is checked and greyed in the menu. within: a dialog is in front, and pending settings are let alone.
-function unchanged.snapshot()
-  wait(1100)  -- what is pending for a settings file reaches the disk within a second
+-- settled: nothing can be pending.
+function unchanged.snapshot(settled)
+  if not settled then wait(1100) end  -- what is pending for a settings file reaches the disk within a second
   local shot = {}
   for name, value in pairs(state()) do shot[name] = value end
   -- Where nothing else is to be told, live video tells its rate.
@@ -50,6 +51,19 @@ end
 local function brief(value)
   local text = type(value) == "string" and #value > 60 and #value .. " bytes" or check.show(value)
   return #text > 100 and text:sub(1, 100) .. "..." or text
+end
+
+-- The names of what differs, but for what goes on by itself, each with a text that tells how.
+function unchanged.differences(before, after)
+  local differ, names = {}, {}
+  for name in pairs(before) do names[name] = true end
+  for name in pairs(after) do names[name] = true end
+  for name in pairs(names) do
+    if not kMoving[name] and not check.same(before[name], after[name]) then
+      differ[name] = ("%s became %s"):format(brief(before[name]), brief(after[name]))
+    end
+  end
+  return differ
 end
 
 -- kept: name = reason, of what differs. may: name = reason, of what differs at times.

@@ -1,0 +1,394 @@
+-- The operations that write something, each as one walk through what comes up, and what a fault on the way may leave. A camera is on, live, with
+-- the calibration of data/base.cal in force; data/Last.cal is another set.
+--
+--   prepare()       what is done once at the beginning
+--   setup(), run()  what is done before each time, and how the operation is begun from the main window
+--   dialogs[name]   works a dialog that comes up; times: how often it has come up
+--   answers[text]   the button for a box; without one its default button
+--   usual           texts or captions of boxes that come in a run without a fault
+--   done(after)     true where the operation has done what it should
+--   writes          what it changes when it has: names, with * for any characters, and reasons
+--   kept            what stays changed where it failed and the operator was told so
+--   told            text of a box = { kept = names with reasons }: where neither of the two holds
+--   ends            true: what was told failed isn't done all the same
+--   untold          kind of fault = the reason why nothing is said
+local check = require "check"
+
+local operations = {}
+
+local rows = {}
+operations.rows = rows
+
+local function with(list, more)
+  local both = {}
+  for name, reason in pairs(list) do both[name] = reason end
+  for name, reason in pairs(more) do both[name] = reason end
+  return both
+end
+
+-- --- Calibrations -------------------------------------------------------------------------------------------------------------
+
+local function accept_low()
+  sim.source("low", 20)
+  set(1224, "20")
+  press(1)
+end
+local function accept_high()
+  sim.source("high", 25)
+  set(1226, "25")
+  press(1)
+end
+local function accept_calib(points)
+  return function()
+    press(points == 2 and 1213 or 1214)
+    set(1216, "2")
+    press(1)
+  end
+end
+
+local in_memory = {
+  BadDetCount = "of the new table", ReplacedPixels = "of the new table", CalDone = "a run is done", CalType = "of the new calibration",
+  DecomList = "the new table", GainList = "the new gains", OffsetList = "the new offsets", ["file DECOM.TMP"] = "the table installed last",
+  IntensityCold = "measured", IntensityHot = "measured", ["CalSettings.*"] = "the record of the new calibration",
+  DisplayHigh = "the full scale", VoltsLow = "of the full scale", VoltsHigh = "of the full scale", DisplayLut = "of the full scale",
+  ["kelvo.ini [[]Calibration] *"] = "its keys", ["kelvo.ini [[]Setup] FrameRate"] = "the rate that is measured",
+}
+local function set_files(name)
+  return {
+    ["file " .. name .. ".*"] = "the new set",
+    ["file .calibration.journal"] = "cleared away by the next run or start", ["file ." .. name .. ".*.former"] = "cleared away by the next run or start",
+  }
+end
+local in_force_unsaved = { kept = in_memory }
+local uncalibrated = {
+  CalDone = "the run has begun", CalType = "without a calibration", DecomList = "the plain table", GainList = "unity", OffsetList = "unity",
+  ["file DECOM.TMP"] = "the table installed last", BadDetCount = "counted", ["CalSettings.BadDetFile"] = "the list chosen for the run",
+  ["CalSettings.CalFile"] = "no calibration is in force", ["CalSettings.OffsetFile"] = "no calibration is in force",
+  IntensityCold = "measured", ["CalSettings.IntensityCold"] = "measured",
+  ["file .calibration.journal"] = "cleared away by the next run or start",
+}
+local unsaved = "The calibration is in force, but its files couldn't be saved.\nThe former ones stand:\n"
+
+rows.two_point = {
+  run = function() command(130) end,
+  dialogs = { CALIB = accept_calib(2), CAL_COLD = accept_low, CAL_HOT = accept_high },
+  usual = { "Bad pixel count", "Kelvo Calibration Statistics" },
+  done = function(after) return after.CalType == 2 and after["CalSettings.CalFile"] == datadir() .. "/Last.cal" end,
+  writes = with(in_memory, set_files("[Ll]ast")),
+  kept = uncalibrated,
+  told = { [unsaved] = in_force_unsaved },
+}
+rows.one_point = {
+  run = function() command(130) end,
+  dialogs = { CALIB = accept_calib(1), CAL_COLD = accept_low },
+  usual = { "Calibration results" },
+  done = function(after) return after.CalType == 1 and after["CalSettings.CalFile"]:lower():find("/last.cal", 1, true) ~= nil end,
+  writes = with(in_memory, set_files("[Ll]ast")),
+  kept = { ["CalSettings.ChosenType"] = "the run that is chosen", ["CalSettings.NumSources"] = "the run that is chosen",
+    ["kelvo.ini [[]Calibration] CalType"] = "the run that is chosen", BadDetCount = "counted", ["file .calibration.journal"] = "cleared away by the next run or start",
+    IntensityCold = "measured", ["CalSettings.IntensityCold"] = "measured" },
+  told = { [unsaved] = in_force_unsaved },
+}
+rows.update = {
+  run = function() command(131) end,
+  dialogs = { CAL_COLD = accept_low },
+  usual = { "Calibration results" },
+  done = function(after) return after.CalType == 2 and after["CalSettings.CalFile"] == datadir() .. "/base.cal" end,
+  writes = with(in_memory, set_files("base")),
+  kept = uncalibrated,
+  told = { [unsaved] = in_force_unsaved },
+}
+-- The same three from a frozen picture, so that the board's first frames are those of the capture: where one fails, the former calibration is in
+-- force again.
+local picture = {
+  LiveVideo = "live, or frozen where a frame failed", ["ImageBuffer*"] = "the frozen frame", ["ImageHeader*"] = "of the frozen frame", ["menu 140"] = "live",
+  title = "live", HostFrameBytes = "host frames are made", HostFramesAllocated = "host frames are made", AveragingCapacity = "of the host frames",
+  FramesInBuffer = "of the host frames", ["Buffer*"] = "of the host frames", ColorMap = "made at the first frame", StatusText = "frozen, or live",
+}
+for _, name in ipairs { "two_point", "one_point", "update" } do
+  local row = rows[name]
+  rows[name .. ".capture"] = {
+    setup = function()
+      command(140)
+      check.eq(state("LiveVideo"), 0)
+    end,
+    run = row.run, dialogs = row.dialogs, usual = row.usual, done = row.done,
+    writes = with(row.writes, picture),
+    kept = picture,
+    ends = true,
+  }
+end
+
+local in_force_loaded = with(in_memory, {
+  FilePathBuf = "the name that was chosen", ReplaceNoisy = "of the set", ["HeadTiming.*"] = "of the set", ["I*Integration*"] = "of the set",
+  IndexFrameRate = "of the set", FrameRate = "of the set", VideoGain = "of the set", VideoOffset = "of the set", ["head *"] = "of the set",
+  ["camera.ini [[]Camera.2] *"] = "of the set", ["kelvo.ini [[]Setup] *"] = "of the set", IntegrationTime = "of the set",
+  IntegrationSetting = "of the set", IntegrationMsecInForce = "of the set",
+})
+rows.load = {
+  -- data/Last.cal asks for another frame rate, integration time, gain and offset than the set in force.
+  prepare = function()
+    local path = datadir() .. "/Last.cal"
+    local text_of = readfile(path)
+    for key_of, value in pairs { IndexFrameRate = 4, IntTime = 20, VideoGain1 = 1, VideoOffset1 = 133 } do
+      local count
+      text_of, count = text_of:gsub("\n" .. key_of .. "=[^\r\n]*", "\n" .. key_of .. "=" .. value)
+      check.eq(count, 1, key_of)
+    end
+    local out <close> = assert(io.open(path, "wb"))
+    out:write(text_of)
+  end,
+  run = function() command(133) end,
+  dialogs = {
+    CAL_OPEN = function(times)
+      if times > 1 then return press(2) end
+      set(1460, datadir() .. "/Last.cal")
+      press(1)
+    end,
+  },
+  done = function(after)
+    local integration = after["head integration_rows"] * 1000 + after["head integration_columns"]
+    return after.CalType == 2 and after["CalSettings.CalFile"] == datadir() .. "/Last.cal"
+      and after["head clock"] == 6 and after["head offset"] == 133 and after["head gain"] == 8 and integration ~= 244040
+  end,
+  writes = in_force_loaded,
+  kept = { FilePathBuf = "the name that was chosen" },
+  told = { ["The camera head didn't answer to all that was sent.\n"] = { kept = in_force_loaded } },
+}
+rows.save = {
+  run = function() command(132) end,
+  dialogs = {
+    CAL_SAVE = function()
+      set(1460, datadir() .. "/copy.cal")
+      press(1)
+    end,
+  },
+  answers = { ["File already exists, replace it?"] = "ok" },
+  usual = { "File already exists, replace it?" },
+  done = function(after) return after["CalSettings.CalFile"] == datadir() .. "/copy.cal" and after["file copy.gai"] == after["file base.gai"] end,
+  writes = with(set_files("copy"), { FilePathBuf = "the name that was chosen", ["CalSettings.*"] = "the names of the copy" }),
+  kept = {
+    FilePathBuf = "the name that was chosen", ["file .calibration.journal"] = "cleared away by the next run or start",
+  },
+}
+
+-- --- The camera ---------------------------------------------------------------------------------------------------------------
+
+rows.turn_off = {
+  run = function() command(169) end,
+  answers = { ["Do you wish to turn the Vantir camera OFF?"] = "yes" },
+  usual = { "Turn off camera?" },
+  done = function(after) return after.CameraOn == 0 and after["head clocks_on"] == 0 and after["head biases_on"] == 0 end,
+  writes = {
+    AveragingCapacity = "of the host frames", HostFrameBytes = "freed", HostFramesAllocated = "freed", CalType = "no calibration", CameraOn = "off",
+    ColorMap = "made at the first frame", CommPortOpen = "the link is open", CommState = "the link is open", DisplayUnit = "counts",
+    GrabberPresent = "closed", ["ImageBuffer*"] = "the last frame", LiveVideo = "frozen", ["head *"] = "the safe state", ["menu 140"] = "frozen",
+    ["menu 169"] = "on is next", title = "frozen", DisplayLut = "freed",
+  },
+}
+rows.turn_off.told = {
+  ["The camera head didn't answer to all that was sent.\nIts electronics may still be on."] = { kept = rows.turn_off.writes },
+}
+
+local camera_on = {
+  CameraOn = "on", CommPortOpen = "the link is open", CommState = "the link is open", DecomList = "the plain table", GainList = "unity", OffsetList = "unity",
+  GrabberPresent = "open", LiveVideo = "live", ["file DECOM.TMP"] = "the table installed", ["head *"] = "programmed", ["menu *"] = "on", title = "live",
+  ColorMap = "made at the first frame", ["HeadTiming.Integration*"] = "of the window in force", numBufFrames = "as many as there is memory for",
+  ["ImageBuffer*"] = "the last frame", DisplayLut = "made anew", IntegrationSetting = "of the section", IntegrationMsecInForce = "of the section",
+  ["kelvo.ini [[]Setup] *"] = "the video settings",
+}
+rows.turn_on = {
+  setup = function()
+    command(169)
+    answer("yes")
+  end,
+  run = function() command(169) end,
+  dialogs = {
+    CLOCK_ON = function(times) press(times == 1 and 1070 or 2) end,
+    QVF1058 = function() press(1) end,
+    CALIB = function() press(2) end,
+  },
+  done = function(after) return after.CameraOn == 1 and after["head clocks_on"] == 1 and after["head biases_on"] == 1 end,
+  writes = camera_on,
+  kept = {
+    ["head *"] = "partly programmed; the next turn-on sends everything", CommPortOpen = "the link is open", CommState = "the link is open",
+    ["HeadTiming.Integration*"] = "of the section", ColorMap = "made at the first frame",
+  },
+  untold = { ["head silent"] = "a frame that the sequence doesn't depend on" },
+}
+rows.configuration = {
+  run = function() command(123) end,
+  dialogs = {
+    INITIAL = function()
+      press(checked(1262) and 1261 or 1262)
+      press(checked(1273) and 1272 or 1273)
+      check(1616, not checked(1616))
+      set(1290, checked(1616) and "3" or "4")
+      press(1)
+    end,
+  },
+  done = function(after, before) return after.Xzoom ~= before.Xzoom and after.ByteSwap ~= before.ByteSwap end,
+  writes = {
+    ByteSwap = "chosen", LastPaintBottom = "the picture", LastPaintRight = "the picture", ["[XY]pan"] = "chosen", ["[XY]zoom"] = "chosen",
+    ["camera.ini [[]Camera.2] *"] = "its keys", ["kelvo.ini [[]Setup] ByteSwap"] = "its key",
+  },
+}
+rows.configuration.kept = rows.configuration.writes
+
+rows.video_setup = {
+  run = function() command(121) end,
+  dialogs = {
+    QVF1058 = function()
+      pick(624, picked(624) == 3 and 4 or 3)
+      pick(626, picked(626) == 10 and 12 or 10)
+      scroll(651, select(1, position(651)) == 100 and 110 or 100)
+      scroll(660, select(1, position(660)) == 13 and 14 or 13)
+      if dialog() then press(1) end
+    end,
+  },
+  done = function(after, before) return after.VideoGain[1] ~= before.VideoGain[1] and after["kelvo.ini [Setup] VideoGain1"] == tostring(math.tointeger(after.VideoGain[1])) end,
+  writes = {
+    FrameRate = "chosen", ["HeadTiming.*"] = "chosen", IndexFrameRate = "chosen", IndexIntegrationTime = "chosen", ["Integration*"] = "chosen",
+    VideoGain = "chosen", VideoOffset = "chosen", VoltsHigh = "of gain and offset", VoltsLow = "of gain and offset", ["camera.ini [[]Camera.2] *"] = "its keys",
+    ["kelvo.ini [[]Setup] *"] = "its keys", ["head *"] = "chosen",
+  },
+}
+rows.advanced = {
+  run = function() command(121) end,
+  dialogs = {
+    QVF1058 = function(times) press(times == 1 and 1020 or 1) end,
+    ADVANCED = function()
+      if not checked(9113) then check(9113, true) end
+      set(9110, text(9110) == "15" and "14" or "15")
+      set(9109, text(9109) == "4" and "3" or "4")
+      press(1)
+    end,
+  },
+  done = function(after, before)
+    return after["FpaSerialWord.DetBias"] ~= before["FpaSerialWord.DetBias"]
+      and after["camera.ini [Camera.2] DetBias"] == tostring(math.tointeger(after["FpaSerialWord.DetBias"]))
+  end,
+  writes = {
+    ["FpaSerialWord.*"] = "chosen", ["camera.ini [[]Camera.2] *"] = "its keys", ["kelvo.ini [[]Setup] *"] = "its keys", ["head *"] = "chosen",
+    AveragingCapacity = "worked out anew",
+  },
+}
+
+-- --- The picture --------------------------------------------------------------------------------------------------------------
+
+rows.image_setup = {
+  run = function() command(122) end,
+  dialogs = {
+    GEOMETRY = function(times)
+      if times > 1 then return press(1) end
+      check(1300, not checked(1300))
+      pick(1308, 0)
+      press(1310)
+      if dialog() == "GEOMETRY" and not box() then press(1) end
+    end,
+  },
+  answers = { ["Settings were changed\nDo you want to SET changes?"] = "yes" },
+  usual = { "Settings were changed\nDo you want to SET changes?" },
+  done = function(after, before) return after.MirrorVert ~= before.MirrorVert and after["kelvo.ini [Display] MirrorVert"] == tostring(after.MirrorVert) end,
+  writes = {
+    BadDetCount = "of the new table", DecomList = "the new table", ReplacedPixels = "of the new table", MirrorVert = "chosen", ["file DECOM.TMP"] = "the table",
+    ["file base.bad"] = "the list", ["file base.cal"] = "its keys", ["kelvo.ini [[]Display] *"] = "its keys",
+    ["file BADDET.TMP"] = "the edited list, for another try",
+  },
+}
+rows.image_setup.kept = rows.image_setup.writes
+rows.replace_bad_pixels = {
+  run = function() command(141) end,
+  done = function(after, before) return after.SubstBadPixels ~= before.SubstBadPixels end,
+  writes = {
+    BadDetCount = "of the new table", ReplacedPixels = "of the new table", DecomList = "the new table", SubstBadPixels = "chosen", ["file DECOM.TMP"] = "the table",
+    ["file base.cal"] = "its keys", ["file base.dcm"] = "the table", ["kelvo.ini [[]Display] SubstBadPixels"] = "its key", ["menu 141"] = "its check",
+  },
+  kept = {
+    BadDetCount = "counted", ReplacedPixels = "counted", ["file base.cal"] = "the flag that stays is written", ["file base.dcm"] = "the table that stays",
+    ["kelvo.ini [[]Display] SubstBadPixels"] = "the flag that stays is written",
+  },
+}
+rows.display_setup = {
+  run = function() command(120) end,
+  dialogs = {
+    DISPLAY = function()
+      scroll(1242, select(1, position(1242)) == 500 and 600 or 500)
+      press(checked(1230) and 1231 or 1230)
+      press(1)
+    end,
+  },
+  done = function(after, before)
+    return after.Brightness ~= before.Brightness and after.ImageColor ~= before.ImageColor
+      and after["kelvo.ini [Display] Brightness"] == tostring(after.Brightness)
+  end,
+  writes = {
+    Brightness = "chosen", ImageColor = "chosen", ColorMap = "chosen", DisplayLut = "of it", ["kelvo.ini [[]Display] *"] = "its keys", ["menu 14[345]"] = "checks",
+  },
+}
+
+-- --- Walking ------------------------------------------------------------------------------------------------------------------
+
+local kMostSteps, kMostTimes = 60, 4
+
+-- Goes through what comes up until nothing is in front; returns the boxes as a list of { text, caption }, and how many warning beeps there were.
+function operations.go(row)
+  local mark = check.mark()
+  local boxes, times = {}, {}
+  local function note_and_answer()
+    local front = box()
+    boxes[#boxes + 1] = { text = front.text, caption = front.caption }
+    answer((row.answers or {})[front.text] or front.default)
+  end
+  row.run()
+  for _ = 1, kMostSteps do
+    if box() then
+      note_and_answer()
+    elseif file() then
+      cancel()
+    elseif dialog() then
+      local name = dialog()
+      times[name] = (times[name] or 0) + 1
+      local work = assert((row.dialogs or {})[name], name)
+      if times[name] > kMostTimes then cancel() else work(times[name]) end
+    else
+      break
+    end
+  end
+  repeat  -- what comes by a timer: settings that can't be written
+    local before = #boxes
+    wait(1100)
+    while box() do note_and_answer() end
+  until #boxes == before
+  check.eq({ dialog(), box() and box().text }, {})
+  local beeps = 0
+  for _, line in ipairs(check.lines("beep", mark + 1)) do
+    if line.sound == "exclamation" then beeps = beeps + 1 end
+  end
+  return boxes, beeps
+end
+
+-- The texts of the boxes that don't come without a fault.
+function operations.told(row, boxes)
+  local told = {}
+  for _, each in ipairs(boxes) do
+    local usual = false
+    for _, known in ipairs(row.usual or {}) do usual = usual or each.text == known or each.caption == known end
+    if not usual then told[#told + 1] = each.text end
+  end
+  return told
+end
+
+-- The first difference that no name of the list covers, nil where all are covered.
+function operations.uncovered(differences, list)
+  for name, how in pairs(differences) do
+    local covered = false
+    for known in pairs(list or {}) do
+      local pattern = known:gsub("[%.%-%(%)%+]", "%%%0"):gsub("%*", ".*")
+      covered = covered or name:find("^" .. pattern .. "$") ~= nil
+    end
+    if not covered then return name .. ": " .. how end
+  end
+end
+
+return operations
