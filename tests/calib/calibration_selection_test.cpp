@@ -152,6 +152,7 @@ TEST_F(Selection, AFileThatIsNotThereKeepsItOpen)
     EXPECT_EQ(Open({"none.cal"}), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Failed to open file: none.cal");
+    EXPECT_THAT(op->Texts("beep", "sound"), SizeIs(1));
 }
 
 TEST_F(Selection, AnEmptyNameDoesNothing)

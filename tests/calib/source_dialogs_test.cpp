@@ -4,12 +4,15 @@
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/help.h"
+#include "platform/qt_dialog.h"
 #include "platform/window.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
 #include "state/windows.h"
 #include "support/calibration_fixture.h"
 #include "ui/status.h"
+
+#include <QLineEdit>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,6 +24,12 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
+
+std::string SelectedTextOf(HWND dialog, int edit)
+{
+    const auto* const line = qobject_cast<const QLineEdit*>(ControlOf(dialog, edit));
+    return line ? line->selectedText().toStdString() : "no edit";
+}
 
 class SourceDialog : public CalibrationTest {
   protected:
@@ -147,6 +156,7 @@ TEST_F(SourceDialog, AnEmissivityOutOfRangeBeepsAndIsSetToOne)
             [](HWND dialog) {
                 ASSERT_TRUE(dialog);
                 EXPECT_EQ(GetDlgItemText(dialog, 1227), "1.0");
+                EXPECT_EQ(SelectedTextOf(dialog, 1227), "1.0") << "what is typed next replaces it";
             });
         EXPECT_EQ(result, 0) << text;
     }

@@ -108,6 +108,18 @@ TEST_F(UnitLists, WithoutAPanelNothingIsFilled)
     EXPECT_EQ(hDlgPanel, nullptr);
 }
 
+TEST_F(UnitLists, AUnitThatIsSetIsSelectedInThePanel)
+{
+    DockPanel();
+    View(1, 1, {0});
+    Calibrate();
+    SetDisplayUnit(4);
+    EXPECT_EQ(DisplayUnit, 4);
+    EXPECT_EQ(PanelUnit(), 4);
+    SetDisplayUnit(2);
+    EXPECT_EQ(PanelUnit(), 2);
+}
+
 TEST_F(UnitLists, ASelectionInThePanelSetsTheUnit)
 {
     DockPanel();

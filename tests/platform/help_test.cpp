@@ -158,6 +158,18 @@ TEST_F(DialogFixture, HelpSearchFindsAllWordsInAnyCaseTitlesFirst)
     EXPECT_EQ(contextsOf("exit").front(), 268);
 }
 
+// A heading has a heavier font than the titles below it.
+TEST_F(DialogFixture, HelpContentsHaveRoomForTheirRows)
+{
+    ShowHelpSearch("");
+    const auto* tree = HelpWindowWidget()->findChild<QTreeWidget*>(QStringLiteral("helpTree"));
+    ASSERT_GT(tree->topLevelItemCount(), 0);
+    const QTreeWidgetItem* const heading = tree->topLevelItem(0);
+    ASSERT_GT(heading->childCount(), 0);
+    EXPECT_GT(heading->sizeHint(0).height(), heading->child(0)->sizeHint(0).height());
+    EXPECT_GE(heading->child(0)->sizeHint(0).height(), QFontMetrics(tree->font()).height());
+}
+
 TEST_F(DialogFixture, HelpSearchFieldFillsTheTree)
 {
     ShowHelpSearch("matrox");

@@ -21,11 +21,13 @@
 #include <QListWidget>
 #include <QSpinBox>
 #include <QStyle>
+#include <QStyleFactory>
 #include <QStyleOption>
 #include <QTextBrowser>
 #include <QXmlStreamReader>
 
 #include <cstdlib>
+#include <memory>
 
 namespace kelvo {
 
@@ -230,6 +232,20 @@ std::vector<std::string> NamesOf(const char* rootClass)
 }
 
 }  // namespace
+
+// The words of a menu have air around them; the lines between them stay thin.
+TEST_P(LookOf, MenuRows)
+{
+    const std::unique_ptr<QStyle> plain(QStyleFactory::create(QStringLiteral("Fusion")));
+    QStyleOptionMenuItem item;
+    item.text = QStringLiteral("Freeze");
+    const QSize content(80, 16);
+    const auto rowOf = [&](const QStyle& style) { return style.sizeFromContents(QStyle::CT_MenuItem, &item, content); };
+    item.menuItemType = QStyleOptionMenuItem::Normal;
+    EXPECT_EQ(rowOf(*QApplication::style()), rowOf(*plain) + QSize(12, 3));
+    item.menuItemType = QStyleOptionMenuItem::Separator;
+    EXPECT_EQ(rowOf(*QApplication::style()), rowOf(*plain));
+}
 
 TEST_P(LookOf, Dialogs)
 {

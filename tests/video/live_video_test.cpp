@@ -6,6 +6,7 @@
 #include "imagefile/header_write.h"
 #include "platform/memory.h"
 #include "platform/menu.h"
+#include "platform/profile.h"
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/ids.h"
@@ -500,10 +501,12 @@ TEST_F(Freezing, ResumingLeavesTheStoredFile)
     write::frames.SteppingFrames = 1;
     write::display.DisplayUnit = 18;  // gains are read of coefficient files alone
     write::display.Xpan = 5;
+    write::windows.CameraFilePath = directory / "camera.ini";
     ToggleFreeze(write::frames.LiveVideo);
     EXPECT_EQ(ViewingFile, 0);
     EXPECT_EQ(ViewingSequence, 0);
     EXPECT_EQ(Xpan, 5);
+    EXPECT_EQ(GetPrivateProfileInt(ActiveCameraSection(), "Xpan", 0, CameraFilePath), 5) << "the camera's, from now on";
     EXPECT_EQ(DisplayUnit, 0);
     EXPECT_EQ(LiveVideo, 1);
     RefreshLiveFrame();
