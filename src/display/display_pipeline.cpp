@@ -120,6 +120,24 @@ std::span<const std::int16_t> FramePixelsOnView()
     return size <= pixels.size() ? pixels.first(size) : std::span<const std::int16_t>{};
 }
 
+// Where a frame that is drawn now is painted, and how many pixels of it.
+struct PicturePlacing {
+    FrameRect rect;
+    Point size;
+    Rect destination;
+};
+
+PicturePlacing PlacingInForce()
+{
+    const FrameRect rect = DefaultFrameRect();
+    const auto side = [](std::int64_t length) {
+        return static_cast<int>(std::clamp<std::int64_t>(length, 0, INT16_MAX));
+    };
+    const Point size{side(rect.Width()), side(rect.Height())};
+    const int top = PanelHeight();
+    return {rect, size, {0, top, size.x * PaintZoom(Xzoom), top + size.y * PaintZoom(Yzoom)}};
+}
+
 }  // namespace
 
 void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness)
@@ -173,28 +191,6 @@ Rect PicturePlace()
     const int top = PanelHeight();
     return {0, top, DibWidth(*FrameBitmap) * PaintZoom(Xzoom), top + DibHeight(*FrameBitmap) * PaintZoom(Yzoom)};
 }
-
-namespace {
-
-// Where a frame that is drawn now is painted, and how many pixels of it.
-struct PicturePlacing {
-    FrameRect rect;
-    Point size;
-    Rect destination;
-};
-
-PicturePlacing PlacingInForce()
-{
-    const FrameRect rect = DefaultFrameRect();
-    const auto side = [](std::int64_t length) {
-        return static_cast<int>(std::clamp<std::int64_t>(length, 0, INT16_MAX));
-    };
-    const Point size{side(rect.Width()), side(rect.Height())};
-    const int top = PanelHeight();
-    return {rect, size, {0, top, size.x * PaintZoom(Xzoom), top + size.y * PaintZoom(Yzoom)}};
-}
-
-}  // namespace
 
 Point PixelUnder(Point client)
 {
