@@ -49,6 +49,7 @@ constexpr BoardTable MemoryBoard()
     table.name = "memory";
     table.load_cnf = [](const std::string&) { return 0; };
     table.wait_vb = [](BoardModule, BoardFrame) { return 0; };
+    table.frame_count = [](BoardModule) { return std::int64_t{0}; };
     table.read_area = ReadArea;
     table.os_set_realtime_priority = [](std::int32_t) {};
     return table;

@@ -66,7 +66,8 @@ CommandEnd UpdateCalibration()
 
 CommandEnd SaveCalibration()
 {
-    if (!ChooseCalibrationToSave(hWndMain)) return CommandEnd::kLeaveStatus;
+    const bool nothingToSave = CalType == 0;  // the selection tells it
+    if (!ChooseCalibrationToSave(hWndMain)) return nothingToSave ? CommandEnd::kResetStatus : CommandEnd::kLeaveStatus;
     const std::string path = FilePathBuf;
     if (!SaveCalibrationAs(path)) MessageBox(hWndMain, "Failed to save file: " + path, "Kelvo File Error!");
     return CommandEnd::kResetStatus;

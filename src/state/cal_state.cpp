@@ -28,9 +28,6 @@ namespace {
 
 const StateNames kStateNames{
     Named("CalType", CalType),
-    Named("DecomList", DecomList),
-    Named("OffsetList", OffsetList),
-    Named("GainList", GainList),
     Named("IntensityCold", IntensityCold),
     Named("IntensityHot", IntensityHot),
     Named("TemperatureCold", TemperatureCold),

@@ -619,13 +619,13 @@ TEST_F(OperatorScript, StateReadsRegisteredNames)
     RegisterVariable("CalType", CalType);
     RegisterVariable("Description", Description);
     RegisterState("Gain", [] { return StateValue(0.5); });
-    RegisterState("GainList", [] { return StateValue(std::vector<double>{1.0, 2.5}); });
+    RegisterState("TwoNumbers", [] { return StateValue(std::vector<double>{1.0, 2.5}); });
     RegisterState("Nothing", [] { return StateValue(); });
     ExpectSuccess(R"(
         assert(state("CalType") == 2 and math.type(state("CalType")) == "integer")
         assert(state("Description") == "cold °")
         assert(state("Gain") == 0.5 and state("Nothing") == nil)
-        local list = state("GainList")
+        local list = state("TwoNumbers")
         assert(#list == 2 and list[2] == 2.5))");
 }
 

@@ -22,16 +22,11 @@ local kStates = {
   "DisplayLow", "DisplayHigh", "DisplayUnit", "VoltsLow", "VoltsHigh", "IndexFrameRate", "FrameRate", "VideoGain", "VideoOffset",
   "CameraOn", "LiveVideo",
 }
-local function numbers(name)
-  local list = state(name)
-  for i = 1, #list do list[i] = string.pack("<f", list[i]) end
-  return table.concat(list)
-end
 local function everything()
   wait(1100)  -- what is pending reaches the disk
   local all = { ini = readfile(state("IniFilePath")), camera = readfile(state("CameraFilePath")), set = set_files("Last"),
     table_on_disk = readfile(data .. "/DECOM.TMP"), head = sim.head(), menu = menu(141).checked }
-  for _, name in ipairs { "DecomList", "OffsetList", "GainList" } do all[name] = numbers(name) end
+  for _, name in ipairs { "DecomList", "OffsetList", "GainList" } do all[name] = state(name) end
   for _, name in ipairs(kStates) do all[name] = state(name) end
   return all
 end
@@ -171,7 +166,7 @@ while box() do
 end
 check.eq(told, "The calibration is in force, but its files couldn't be saved.\nThe former ones stand:\n" .. data .. "/Last.cal")
 check.eq({ state("CalType"), state("CalSettings.CalFile"), state("TemperatureCold") }, { 2, data .. "/Last.cal", 22 })
-local gains, offsets, readout = numbers("GainList"), numbers("OffsetList"), numbers("DecomList")
+local gains, offsets, readout = state("GainList"), state("OffsetList"), state("DecomList")
 command(130)
 calibration.accept(1)
 press(2)
@@ -182,4 +177,4 @@ check.eq({ box(), dialog() }, {})
 command(133)
 calibration.choose(data .. "/rescued.cal")
 check.eq({ box(), state("CalType"), state("TemperatureCold"), state("TemperatureHot") }, { nil, 2, 22, 27 })
-assert(numbers("GainList") == gains and numbers("OffsetList") == offsets and numbers("DecomList") == readout, "the set is the one that was in force")
+assert(state("GainList") == gains and state("OffsetList") == offsets and state("DecomList") == readout, "the set is the one that was in force")
