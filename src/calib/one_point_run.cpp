@@ -139,7 +139,6 @@ void RejectListed(OnePointRun& run, const BadDetMap& listed)
         const std::uint32_t detector = run.table[static_cast<std::size_t>(place)];
         if (detector < run.gains.size()) run.gains[detector] = 0;
     }
-    write::calSet.CalSettings.BadDetFile.clear();
 }
 
 StepOutcome LoadTable(OnePointRun& run)
@@ -276,10 +275,13 @@ void NoteUnsaved(const OnePointRun& run)
 // CalType stays. The set is named as before, so that the caller can load it again.
 StepOutcome SubstituteInSet(OnePointRun& run)
 {
+    const std::string formerBadDetFile = CalSettings.BadDetFile;
+    if (run.UpdatesMemory()) write::calSet.CalSettings.BadDetFile.clear();  // its list is in the gains
     if (SubstituteAndMap(run)) {
         NoteUnsaved(run);
         return StepOutcome::kGoOn;
     }
+    write::calSet.CalSettings.BadDetFile = formerBadDetFile;
     write::calSet.CalSettings.CalFile = run.formerCalFile;
     write::calSet.CalSettings.DecomFile = run.formerDecomFile;
     return StepOutcome::kStopped;

@@ -187,6 +187,29 @@ TEST_F(SetInMemory, AnotherCalibrationTakesItsPlace)
     EXPECT_THAT(ListOf<float>("kept.gai"), ElementsAre(1.0F, 1.25F, 1.5F, 1.75F, 2.0F, 2.25F, 2.5F, 2.75F));
 }
 
+TEST_F(SetInMemory, AnUpdateThatFailsAtTheReplacementNamesItsListAsBefore)
+{
+    write::calSet.CalSettings.PRSfile = InDirectory("missing.prs");
+    AtLow({kLow});
+    EXPECT_EQ(OnePointCalibrate(hWndMain), 0);
+    EXPECT_THAT(op->Boxes().back().text, HasSubstr("Unable to open pixel replacement (.prs) file."));
+    EXPECT_EQ(CalSettings.BadDetFile, InDirectory("Last.bad"));
+    EXPECT_EQ(CalSettings.DecomFile, InDirectory("Last.dcm"));
+    EXPECT_EQ(CalSettings.CalFile, InDirectory("Last.cal"));
+    EXPECT_TRUE(SetWithoutFiles());
+    EXPECT_EQ(FilesOfLast(), former);
+}
+
+TEST_F(SetInMemory, AnUpdateThatFailsBeforeTheReplacementNamesItsListAsBefore)
+{
+    write::calSet.CalSettings.MinOffset = write::calSet.CalSettings.MaxOffset = 0;
+    AtLow({kLow});
+    EXPECT_EQ(OnePointCalibrate(hWndMain), 0);
+    EXPECT_EQ(op->Boxes().back().text, "Failure to find good pixels!");
+    EXPECT_EQ(CalSettings.BadDetFile, InDirectory("Last.bad"));
+    EXPECT_EQ(FilesOfLast(), former);
+}
+
 // --- A disk that fails once, at each step of a run ------------------------------------------------------------------
 
 // A set of another list of bad detectors stands, and the disk fails at the n-th write of a run.
