@@ -29,16 +29,20 @@ void NameCamera()
     WritePrivateProfileString("Setup", "ActiveCamera", std::to_string(ActiveCamera), IniFilePath);
 }
 
-// The noise is what the run's file holds: its list has gone by now.
-UnsavedSet SetOf(RunRecord& run)
+UnsavedSet SetOf(const RunRecord& run)
+{
+    return {.gains = run.fileGains.empty() ? run.gains : run.fileGains,
+            .offsets = run.offsets,
+            .noise = {},
+            .badDetectors = SubstBadPixels ? BadDetList : BadDetMap()};
+}
+
+// What the run's file holds: its list has gone by now. One that couldn't be written again is still in memory.
+std::string NoiseOfSet()
 {
     constexpr std::size_t kLongestNoise = std::size_t{1} << 30;
-    UnsavedSet set;
-    set.gains = std::move(run.fileGains.empty() ? run.gains : run.fileGains);
-    set.offsets = std::move(run.offsets);
-    set.noise = ReadWholeFile(SetFile(CalSettings.CalFile, ".noi"), kLongestNoise).value_or(std::string());
-    if (SubstBadPixels) set.badDetectors = BadDetList;
-    return set;
+    if (auto noise = ReadWholeFile(SetFile(CalSettings.CalFile, ".noi"), kLongestNoise)) return *std::move(noise);
+    return SetWithoutFiles() ? SetWithoutFiles()->noise : std::string();
 }
 
 void CompleteSet(RunRecord& run)
@@ -46,6 +50,7 @@ void CompleteSet(RunRecord& run)
     if (!run.files) return;  // a step before this one has begun them
     const std::string calPath = CalSettings.CalFile;
     UnsavedSet set = SetOf(run);
+    set.noise = NoiseOfSet();
     NameCamera();
     SaveVideoSettings(IniFilePath);
     if (run.listsAreSaved && CopySettingsTo(calPath) && run.files->Commit()) {
@@ -151,10 +156,20 @@ StepOutcome InstallOffsets(RunRecord& run)
 
 bool SubstituteAndMap(RunRecord& run)
 {
-    if (!SubstituteBadPixels(run.gains, run.table)) return false;
+    if (!SubstituteBadPixels(run.gains, run.table, &run.badListIsSaved)) return false;
+    run.listsAreSaved = run.listsAreSaved && run.badListIsSaved;
     if (SubstBadPixels) MapListed(run.report, BadDetList);
     OrientMap(run.report);
     return true;
+}
+
+void TakeOver(const RunRecord& run)
+{
+    if (run.badListIsSaved) {
+        ForgetUnsavedSet();
+    } else {
+        KeepUnsavedSet(SetOf(run));
+    }
 }
 
 StepOutcome SaveSet(RunRecord& run)

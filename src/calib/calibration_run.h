@@ -60,7 +60,8 @@ struct RunRecord {
 
     CalibrationReport report;
     std::optional<SetReplacement> files;  // from the moment in which files of the set change
-    bool listsAreSaved = true;
+    bool badListIsSaved = true;           // false: what stands under its name is a former one
+    bool listsAreSaved = true;            // false: so it is with any of them
     std::optional<Hourglass> waiting;
 };
 
@@ -126,6 +127,9 @@ std::optional<MeanCoefficients> TakeOffsets(RunRecord& run, std::span<const std:
 StepOutcome InstallOffsets(RunRecord& run);
 // Bad pixels take a neighbour's entry, and the report's map shows which they are. False as SubstituteBadPixels.
 bool SubstituteAndMap(RunRecord& run);
+// The set in force is the run's own from here on. Where its list of bad detectors couldn't be written it is held in
+// memory at once: the table that follows must not be made of the former list.
+void TakeOver(const RunRecord& run);
 // Step: the settings as they stand, video set-up and camera included, become CalSettings.CalFile; then the files hold.
 // Where anything failed the former files come back, the operator is told, and the set in force stays in memory
 // (calib/unsaved_set.h). The report is saved beside the set; live video reads in degrees.

@@ -24,6 +24,7 @@ namespace kelvo {
 namespace {
 
 constexpr std::int32_t kNoCamera = 999;
+constexpr std::size_t kLongestSettings = std::size_t{16} << 20;
 
 constexpr int kSets = 1472;
 constexpr int kAnything = 1484;
@@ -68,6 +69,11 @@ bool Listed(HWND dialog, const std::string& name)
     return true;
 }
 
+bool NamesThisCamera()
+{
+    return GetPrivateProfileInt("Calibration", "DriverNumber", kNoCamera, FilePathBuf) == ActiveCamera;
+}
+
 bool IsForThisCamera(HWND dialog, const std::string& name)
 {
     if (!FileExists(name)) {
@@ -76,9 +82,14 @@ bool IsForThisCamera(HWND dialog, const std::string& name)
         return false;
     }
     write::windows.FilePathBuf = AbsolutePath(name);
-    if (GetPrivateProfileInt("Calibration", "DriverNumber", kNoCamera, FilePathBuf) == ActiveCamera) return true;
+    if (NamesThisCamera()) return true;
+    // Settings that couldn't be read name no camera either: another try tells which it is.
+    const bool readable = ReadWholeFile(FilePathBuf, kLongestSettings).has_value();
+    if (readable && NamesThisCamera()) return true;
     MessageBeep(Sound::kExclamation);
-    MessageBox(dialog, "The calibration file selected is not for this camera", kMessageCaption);
+    MessageBox(dialog,
+               readable ? "The calibration file selected is not for this camera" : "Failed to read file: " + name,
+               kMessageCaption);
     return false;
 }
 

@@ -183,11 +183,7 @@ void SendVideoSettings(HWND window)
         SetVideoOffset(VideoOffset[0]);
     }
     CloseLinkAfterUse();
-    if (hearing.HeardAll()) return;
-    MessageBox(window,
-               "The camera head didn't answer to all that was sent.\n"
-               "Frame rate, integration time, gain or offset may not be those of the calibration.",
-               "Camera Head Error!");
+    hearing.TellIfUnheard(window, "Frame rate, integration time, gain or offset may not be those of the calibration.");
 }
 
 // --- Putting a set in force: lists ----------------------------------------------------------------------------------

@@ -49,12 +49,14 @@ struct OnePointRun : RunRecord {
         : RunRecord(parent, camera, inForce),
           typeBefore(CalType),
           update(CalType != 0),
+          formerHasFiles(!SetWithoutFiles()),
           settings(OnePointSettingsInForce())
     {
     }
 
     std::int32_t typeBefore;
     bool update;  // of the calibration that was in force
+    bool formerHasFiles;
     OnePointSettings settings;
 
     std::vector<std::int16_t> frame;
@@ -62,6 +64,9 @@ struct OnePointRun : RunRecord {
     OnePointResult result;
     std::string formerCalFile;
     std::string formerDecomFile;
+
+    // The calibration that is updated has no files yet: what stands under its name is another one.
+    bool UpdatesMemory() const { return update && !formerHasFiles; }
 };
 
 std::string NewCalPath()
@@ -134,7 +139,6 @@ void RejectListed(OnePointRun& run, const BadDetMap& listed)
         const std::uint32_t detector = run.table[static_cast<std::size_t>(place)];
         if (detector < run.gains.size()) run.gains[detector] = 0;
     }
-    write::calSet.CalSettings.BadDetFile.clear();
 }
 
 StepOutcome LoadTable(OnePointRun& run)
@@ -142,7 +146,7 @@ StepOutcome LoadTable(OnePointRun& run)
     std::optional<DecomTable> table = LoadDecomList(run.config);
     if (!table) return FailTelling("Failure to get decommutation order!");
     run.table = *std::move(table);
-    if (run.update && SetWithoutFiles()) RejectListed(run, SetWithoutFiles()->badDetectors);
+    if (run.UpdatesMemory()) RejectListed(run, SetWithoutFiles()->badDetectors);
     return StepOutcome::kGoOn;
 }
 
@@ -248,7 +252,7 @@ StepOutcome SaveOwnTable(OnePointRun& run)
     const std::string own = SetFile(CalSettings.CalFile, ".dcm");
     run.formerDecomFile = CalSettings.DecomFile;
     if (!run.update) write::calSet.CalSettings.DecomFile = own;
-    if (!SetWithoutFiles() && IsTableOfFrame(run, CalSettings.DecomFile)) return StepOutcome::kGoOn;
+    if (run.formerHasFiles && IsTableOfFrame(run, CalSettings.DecomFile)) return StepOutcome::kGoOn;
     TellStep("Saving Decommutation order in file...");
     write::calSet.CalSettings.DecomFile = own;
     run.listsAreSaved = SaveList(own, BytesOf(std::span<const std::uint32_t>(run.table)), run.table.size()) != 0;
@@ -259,8 +263,8 @@ StepOutcome SaveOwnTable(OnePointRun& run)
 void NoteUnsaved(const OnePointRun& run)
 {
     const UnsavedSet* const former = SetWithoutFiles();
-    if (!run.update || !former) {
-        ForgetUnsavedSet();
+    if (!run.UpdatesMemory() || !former) {
+        TakeOver(run);
         return;
     }
     UnsavedSet set{.gains = former->gains, .offsets = run.offsets, .noise = former->noise, .badDetectors = {}};
@@ -271,10 +275,13 @@ void NoteUnsaved(const OnePointRun& run)
 // CalType stays. The set is named as before, so that the caller can load it again.
 StepOutcome SubstituteInSet(OnePointRun& run)
 {
+    const std::string formerBadDetFile = CalSettings.BadDetFile;
+    if (run.UpdatesMemory()) write::calSet.CalSettings.BadDetFile.clear();  // its list is in the gains
     if (SubstituteAndMap(run)) {
         NoteUnsaved(run);
         return StepOutcome::kGoOn;
     }
+    write::calSet.CalSettings.BadDetFile = formerBadDetFile;
     write::calSet.CalSettings.CalFile = run.formerCalFile;
     write::calSet.CalSettings.DecomFile = run.formerDecomFile;
     return StepOutcome::kStopped;
@@ -343,7 +350,7 @@ void SaveFormerLists(OnePointRun& run, const UnsavedSet& unsaved)
 {
     const std::string noise = SetFile(CalSettings.CalFile, ".noi");
     if (FileExists(noise)) DeleteFileNamed(noise);
-    if (!unsaved.noise.empty()) ReplaceFile(noise, unsaved.noise);
+    if (!unsaved.noise.empty()) run.listsAreSaved = ReplaceFile(noise, unsaved.noise) && run.listsAreSaved;
     write::calSet.CalSettings.GainFile = SetFile(CalSettings.CalFile, ".gai");
     run.listsAreSaved = SaveGains(CalSettings.GainFile, unsaved.gains) && run.listsAreSaved;
 }
@@ -353,14 +360,14 @@ StepOutcome SaveLists(OnePointRun& run)
     if (!run.update) {
         SaveNewNoise(run);
         SaveNewGains(run);
-    } else if (const UnsavedSet* const unsaved = SetWithoutFiles()) {
-        SaveFormerLists(run, *unsaved);
+    } else if (run.UpdatesMemory() && SetWithoutFiles()) {
+        SaveFormerLists(run, *SetWithoutFiles());
     }
     TellStep("Saving offset calibration file");
     write::calSet.CalSettings.OffsetFile = SetFile(CalSettings.CalFile, ".off");
     run.listsAreSaved = SaveOffsets(CalSettings.OffsetFile, run.offsets) && run.listsAreSaved;
     // The lists got their names after the keys were written: without this a new set would name those of another one.
-    if (!run.update || SetWithoutFiles()) WriteListKeys();
+    if (!run.update || run.UpdatesMemory()) WriteListKeys();
     return StepOutcome::kGoOn;
 }
 

@@ -74,7 +74,7 @@ void WriteSubstituteKey(const std::string& file)
 void KeepTableInSet()
 {
     if (CalSettings.DecomFile.empty() || SetWithoutFiles()) return;
-    if (CopyFileTo(DecomTempPath(), CalSettings.DecomFile, false)) return;
+    if (SaveTableInForce(CalSettings.DecomFile)) return;
     MessageBox(hWndMain, "Could not save file: " + CalSettings.DecomFile, kMessageCaption);
 }
 
@@ -114,6 +114,12 @@ std::int32_t RebuildTable(const CameraConfig& config)
 {
     return SetImageOrientation(SubstBadPixels, MirrorHoriz, MirrorVert, RotateCCW, CalSettings.BadDetFile, config,
                                FrameRateRowAt(IndexFrameRate).ReadoutShift);
+}
+
+bool SaveTableInForce(std::string_view path)
+{
+    const std::span<const std::uint8_t> bytes = BytesOf(DecomList);
+    return ReplaceFile(path, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
 std::int32_t SetCommutationOrder()

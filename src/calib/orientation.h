@@ -23,6 +23,10 @@ std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHor
 // detectors, the readout shift of the frame rate's row.
 std::int32_t RebuildTable(const CameraConfig& config);
 
+// The table in force as a set's file: what DECOM.TMP holds, unless that one couldn't be written. False where the file
+// stays as it was; nothing is told.
+bool SaveTableInForce(std::string_view path);
+
 // Prepares the table for a calibration run: unity coefficients, then the table in plain order. Non-zero where the unity
 // download succeeded, whatever the rebuild gave.
 std::int32_t SetCommutationOrder();

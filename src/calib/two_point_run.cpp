@@ -8,7 +8,6 @@
 #include "calib/run_steps.h"
 #include "calib/source_dialogs.h"
 #include "calib/two_point.h"
-#include "calib/unsaved_set.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
@@ -277,7 +276,7 @@ StepOutcome TakeEffect(TwoPointRun& run)
     TellStep("Setting Image orientation...");
     run.doneFlag = 1;
     write::cal.CalType = 2;
-    ForgetUnsavedSet();
+    TakeOver(run);
     RebuildTable(run.config);
     return StepOutcome::kGoOn;
 }
@@ -286,7 +285,7 @@ StepOutcome SaveDecommutation(TwoPointRun& run)
 {
     TellStep("Saving Decommutation order in file...");
     write::calSet.CalSettings.DecomFile = LastSetFile(".dcm");
-    if (CopyFileTo(DecomTempPath(), CalSettings.DecomFile, false)) return StepOutcome::kGoOn;
+    if (SaveTableInForce(CalSettings.DecomFile)) return StepOutcome::kGoOn;
     MessageBox(run.window, "Failed to save file: " + CalSettings.DecomFile, kMessageCaption);
     run.listsAreSaved = false;
     return StepOutcome::kGoOn;

@@ -109,9 +109,7 @@ void TurnCameraOff()
     StatusMessage("Wait - Closing Frame Grabber", kLeftAligned);
     ReleaseBoard();
     StatusString(kIdleHint, kLeftAligned);
-    if (hearing.HeardAll()) return;
-    MessageBox(hWndMain, "The camera head didn't answer to all that was sent.\nIts electronics may still be on.",
-               "Camera Head Error!");
+    hearing.TellIfUnheard(hWndMain, "Its electronics may still be on.");
 }
 
 void AskToTurnOff()

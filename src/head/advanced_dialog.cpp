@@ -4,6 +4,7 @@
 #include "head/advanced_dialog_write.h"
 #include "head/camera_head_write.h"
 #include "head/head_settings.h"
+#include "head/head_transaction.h"
 #include "head/scope_frame.h"
 #include "head/video_settings.h"
 #include "pixel/coefficient_lists.h"
@@ -432,7 +433,10 @@ int ApplyAdvancedFields(HWND dialog)
 int AdvancedDialog(HWND parent)
 {
     setUpDialog = parent;
-    return RunDialog(kFrame, parent);
+    const HeadHearing hearing;
+    const int result = RunDialog(kFrame, parent);
+    hearing.TellIfUnheard(parent, "Its window, delays or biases may not be as they are set.");
+    return result;
 }
 
 LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)

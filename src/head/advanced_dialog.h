@@ -13,7 +13,7 @@ extern const std::int32_t& AdPixelOrder;
 
 // 1: closed by OK, and what was changed is kept in the settings, the camera's frame size with it. 0: cancelled, and the
 // head, Hroi and Vroi are as they were, and the calibration that a size in between had dropped is in force again; or
-// the dialog couldn't be opened. Blocks.
+// the dialog couldn't be opened. Either way a head that missed some of what was sent is told in one box. Blocks.
 int AdvancedDialog(HWND parent);
 LRESULT fnADVANCEDDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 

@@ -1,14 +1,20 @@
 #include "head/head_transaction.h"
 
 #include "head/comm_link_write.h"
+#include "platform/box.h"
 #include "platform/profile.h"
 #include "state/windows.h"
+
+#include <algorithm>
+#include <string>
 
 namespace kelvo {
 
 namespace {
 
-std::int64_t framesUnheard = 0;  // since the program began; only differences count
+// Since the program began; only differences count.
+std::int64_t framesUnheard = 0;
+std::int64_t framesTold = 0;  // those that were unheard when the operator was last told
 
 }  // namespace
 
@@ -32,9 +38,12 @@ bool SendFrame(CommFrame frame)
 
 HeadHearing::HeadHearing() : unheardBefore_(framesUnheard) {}
 
-bool HeadHearing::HeardAll() const
+void HeadHearing::TellIfUnheard(HWND window, std::string_view consequence) const
 {
-    return framesUnheard == unheardBefore_;
+    if (framesUnheard <= std::max(unheardBefore_, framesTold)) return;
+    framesTold = framesUnheard;
+    MessageBox(window, "The camera head didn't answer to all that was sent.\n" + std::string(consequence),
+               "Camera Head Error!");
 }
 
 std::optional<CommFrame> AskHead(CommFrame frame)

@@ -2,9 +2,11 @@
 #pragma once
 
 #include "head/comm_link.h"
+#include "platform/types.h"
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 namespace kelvo {
 
@@ -20,7 +22,9 @@ bool SendFrame(CommFrame frame);
 class HeadHearing {
   public:
     HeadHearing();
-    bool HeardAll() const;
+    // Where the head missed something: "The camera head didn't answer to all that was sent.", and what follows from it.
+    // What one has told another that stands around it doesn't tell again.
+    void TellIfUnheard(HWND window, std::string_view consequence) const;
 
   private:
     std::int64_t unheardBefore_;

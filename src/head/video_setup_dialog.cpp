@@ -567,10 +567,12 @@ int VideoSetupDialog(HWND parent)
 {
     if (!LinkIsReady()) return 0;
     const std::int32_t updatesBefore = std::exchange(write::buffer.PeriodicUpdates, 0);
+    const HeadHearing hearing;
     const int result = RunDialog(kFrame, parent);
     CloseLinkAfterUse();
     write::buffer.PeriodicUpdates = updatesBefore;
     if (!ViewingFile) RestartGrab();
+    hearing.TellIfUnheard(parent, "Frame rate, integration time, gain or offset may not be as they are set.");
     return result;
 }
 

@@ -213,7 +213,7 @@ bool MarkBadPixels(std::span<const float> gainList, std::span<const std::uint32_
     return BadDetCount >= 0;
 }
 
-void SaveBadPixels()
+bool SaveBadPixels()
 {
     std::string drive;
     std::string directory;
@@ -221,7 +221,7 @@ void SaveBadPixels()
     SplitPath(CalSettings.CalFile, &drive, &directory, &name, nullptr);
     write::calSet.CalSettings.BadDetFile = MakePath(drive, directory, name, ".bad");
     StatusMessage("Saving pixel substitution file...", kLeftAligned);
-    WriteBadDetFile(CalSettings.BadDetFile, BadDetList, ActiveConfig);
+    return WriteBadDetFile(CalSettings.BadDetFile, BadDetList, ActiveConfig) != 0;
 }
 
 }  // namespace
@@ -296,8 +296,9 @@ int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, c
     return 1;
 }
 
-int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList)
+int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList, bool* listIsSaved)
 {
+    if (listIsSaved) *listIsSaved = true;
     if (!SubstBadPixels) {
         write::calSet.CalSettings.BadDetFile.clear();
         return 1;
@@ -311,7 +312,8 @@ int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t
         BadDetMap().swap(write::badPixels.BadDetList);
         return 0;
     }
-    SaveBadPixels();
+    const bool saved = SaveBadPixels();
+    if (listIsSaved) *listIsSaved = saved;
     return 1;
 }
 

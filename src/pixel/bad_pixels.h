@@ -60,10 +60,11 @@ int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, c
 
 // The step of a calibration. Without SubstBadPixels: CalSettings.BadDetFile becomes empty, 1. Otherwise the list that
 // BadDetFile names is joined with what the gains show into BadDetList, decomList is rewritten by it, and the union is
-// saved beside CalSettings.CalFile with the extension .bad, which BadDetFile then names (a failed write is only told).
-// 0 after a box: "Failure to allocate memory for bad detector list", or those of LoadBadDetFile and ReplaceBadDet;
-// BadDetList is then empty.
-int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList);
+// saved beside CalSettings.CalFile with the extension .bad, which BadDetFile then names. A failed write is only told;
+// listIsSaved is false then, and what stands under that name is another list. 0 after a box: "Failure to allocate
+// memory for bad detector list", or those of LoadBadDetFile and ReplaceBadDet; BadDetList is then empty.
+int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t> decomList,
+                        bool* listIsSaved = nullptr);
 
 // No bad detectors known, none replaced.
 void ResetBadPixels();

@@ -61,7 +61,10 @@ bool CopyStoredFrame(std::vector<std::int16_t>& frame)
 bool RefreshRawFrame()
 {
     const std::size_t values = CameraFrameValues();
-    if (values == 0 || RawFrame.size() < values) return false;  // no set-up of this size yet
+    if (values == 0) return false;
+    // One that memory refused is asked for again: otherwise the picture would stay frozen.
+    if (RawFrame.empty() && LiveVideo) AllocateBlock(write::frames.RawFrame, values);
+    if (RawFrame.size() < values) return false;  // no set-up of this size yet
     if (!LiveVideo) return true;
     if (!ReadBoardFrame(std::span(write::frames.RawFrame).first(values))) return false;
     AccountFrameRead(DisplayEnabled != 0);

@@ -3,6 +3,7 @@
 
 #include "badpixel/geometry_dialog_list.h"
 #include "badpixel/geometry_dialog_mark.h"
+#include "calib/unsaved_set.h"
 #include "pixel/decommutation.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
@@ -180,6 +181,36 @@ TEST_F(GeometryDialogTest, OpensWithTheListOfTheCalibrationAndAScratchCopy)
     });
     EXPECT_FALSE(ScratchStands());
     EXPECT_THAT(op->Boxes(), IsEmpty());  // nothing was changed: nothing is asked
+}
+
+// The file that is named stands, and belongs to another calibration.
+TEST_F(GeometryDialogTest, OfACalibrationThatCouldNotBeSavedTheListIsClosedAndNoFileOfItsNameChanges)
+{
+    Calibrate();
+    BadDetMap marks(std::size_t{24} * 32);
+    marks[5] = 1;
+    KeepUnsavedSet({.gains = {}, .offsets = {}, .noise = {}, .badDetectors = marks});
+    const std::string formerCal = FileContents(CalSettings.CalFile);
+    op->Answer({Button::kYes});
+    Run([this](HWND dialog) {
+        EXPECT_EQ(GetDlgItemText(dialog, 1460), "Bad det file:");
+        EXPECT_THAT(Lines(dialog), IsEmpty());
+        for (const int id : {1308, 1310, 1312, 1314}) EXPECT_FALSE(DlgItemEnabled(dialog, id)) << id;
+        EXPECT_FALSE(ScratchStands());
+        OperateCheck(dialog, 1300, true);
+    });
+    EXPECT_THAT(BoxTexts(), ElementsAre(kAsk)) << "nothing else is told";
+    EXPECT_EQ(MirrorVert, 1);
+    FlushProfiles();
+    EXPECT_THAT(FlagsIn(IniFilePath), ElementsAre("1", "0", "0", "1"));
+    EXPECT_EQ(FileContents(CalSettings.CalFile), formerCal);
+    EXPECT_EQ(BadList(), kStored);
+    // Its own pixel 5 is replaced by the one to the right, and none of those that the file names.
+    DecomTable plain = *BuildDecomList(ActiveConfig, 0);
+    plain[5] = plain[6];
+    ReorderDecomList(plain, ActiveConfig, 0, 1, 0);
+    EXPECT_EQ(Temp(), plain);
+    ForgetUnsavedSet();
 }
 
 TEST_F(GeometryDialogTest, AListAboveATenthOfThePixelsIsCutAndDisabled)

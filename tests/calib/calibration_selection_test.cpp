@@ -155,6 +155,37 @@ TEST_F(Selection, AFileThatIsNotThereKeepsItOpen)
     EXPECT_THAT(op->Texts("beep", "sound"), SizeIs(1));
 }
 
+// Whose set it is isn't known then; a disk that fails but once gives it at the second reading.
+TEST_F(Selection, AFileThatCantBeReadIsToldAsThatAndTheSelectionStays)
+{
+    Work([] { EXPECT_EQ(ChooseCalibrationToOpen(hWndMain), 1); },
+         [](HWND dialog) {
+             OperateText(dialog, kNameToFile, "warm.cal");
+             SetFault("disk read", true);
+             OperatePress(dialog, kIdOk);
+             SetFault("disk read", false);
+             ASSERT_EQ(DialogInFront(), dialog);
+             OperatePress(dialog, kIdOk);
+         });
+    EXPECT_EQ(FilePathBuf, InDirectory("warm.cal"));
+    ASSERT_THAT(op->Boxes(), SizeIs(1));
+    EXPECT_EQ(op->Boxes()[0].text, "Failed to read file: warm.cal");
+    EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
+    EXPECT_THAT(op->Texts("beep", "sound"), SizeIs(1));
+}
+
+TEST_F(Selection, AFileThatCantBeReadOnceIsNoSetOfAnotherCamera)
+{
+    for (int n = 1; n < 20; ++n) {
+        ForgetProfiles();
+        SetFaultOnce("disk read", n);
+        EXPECT_EQ(Open({"warm.cal"}), 1) << n;
+        if (QuestionsUntilFault("disk read") != 0) break;
+    }
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+    EXPECT_NE(QuestionsUntilFault("disk read"), 0) << "all readings have failed by then";
+}
+
 TEST_F(Selection, AnEmptyNameDoesNothing)
 {
     EXPECT_EQ(Open({""}), 0);

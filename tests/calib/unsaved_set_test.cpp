@@ -7,6 +7,7 @@
 #include "calib/one_point_run.h"
 #include "calib/orientation.h"
 #include "calib/run_fixture.h"
+#include "platform/faults.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -184,6 +185,128 @@ TEST_F(SetInMemory, AnotherCalibrationTakesItsPlace)
     EXPECT_FALSE(SetWithoutFiles());
     EXPECT_EQ(SaveCalibrationAs(InDirectory("kept.cal")), 1);
     EXPECT_THAT(ListOf<float>("kept.gai"), ElementsAre(1.0F, 1.25F, 1.5F, 1.75F, 2.0F, 2.25F, 2.5F, 2.75F));
+}
+
+TEST_F(SetInMemory, AnUpdateThatFailsAtTheReplacementNamesItsListAsBefore)
+{
+    write::calSet.CalSettings.PRSfile = InDirectory("missing.prs");
+    AtLow({kLow});
+    EXPECT_EQ(OnePointCalibrate(hWndMain), 0);
+    EXPECT_THAT(op->Boxes().back().text, HasSubstr("Unable to open pixel replacement (.prs) file."));
+    EXPECT_EQ(CalSettings.BadDetFile, InDirectory("Last.bad"));
+    EXPECT_EQ(CalSettings.DecomFile, InDirectory("Last.dcm"));
+    EXPECT_EQ(CalSettings.CalFile, InDirectory("Last.cal"));
+    EXPECT_TRUE(SetWithoutFiles());
+    EXPECT_EQ(FilesOfLast(), former);
+}
+
+TEST_F(SetInMemory, AnUpdateThatFailsBeforeTheReplacementNamesItsListAsBefore)
+{
+    write::calSet.CalSettings.MinOffset = write::calSet.CalSettings.MaxOffset = 0;
+    AtLow({kLow});
+    EXPECT_EQ(OnePointCalibrate(hWndMain), 0);
+    EXPECT_EQ(op->Boxes().back().text, "Failure to find good pixels!");
+    EXPECT_EQ(CalSettings.BadDetFile, InDirectory("Last.bad"));
+    EXPECT_EQ(FilesOfLast(), former);
+}
+
+// --- A disk that fails once, at each step of a run ------------------------------------------------------------------
+
+// A set of another list of bad detectors stands, and the disk fails at the n-th write of a run.
+class FailingDisk : public CalibrationRun {
+  protected:
+    void PutFormer(const std::string& name)
+    {
+        PutSet(InDirectory(name + ".cal"));
+        PutFile(InDirectory(name + ".bad"), "   0,   0\n");
+        FlushProfiles();
+        write::calSet.CalSettings.BadDetFile.clear();
+    }
+    std::string FilesOf(const std::string& name) const
+    {
+        std::string files;
+        for (const std::string_view extension : {".gai", ".off", ".dcm", ".bad"}) {
+            const std::string path = InDirectory(name + std::string(extension));
+            files += std::string(extension) + (FileExists(path) ? FileContents(path) : "none");
+        }
+        return files;
+    }
+    // Runs until the fault doesn't come any more. Each run that gives a calibration has the table that belongs to it,
+    // and the set is either the run's or, where that was told, the former one, whole.
+    void FailAtEachStep(const std::string& name, const std::function<int()>& run,
+                        const std::vector<std::uint32_t>& table, const std::string& list)
+    {
+        PutFormer(name);
+        ASSERT_EQ(run(), 1);
+        const std::string whole = FilesOf(name);
+        bool listTold = false;
+        for (int n = 1;; ++n) {
+            SCOPED_TRACE(n);
+            ASSERT_LT(n, 300);
+            PutFormer(name);
+            const std::string former = FilesOf(name);
+            const std::size_t before = op->Boxes().size();
+            SetFaultOnce("disk", n);
+            const int done = run();
+            const bool came = QuestionsUntilFault("disk") == 0;
+            SetFaultOnce("disk", 0);
+            bool unsaved = false;
+            for (std::size_t i = before; i < op->Boxes().size(); ++i) {
+                unsaved = unsaved || op->Boxes()[i].text.find("its files couldn't be saved") != std::string::npos;
+                listTold = listTold || op->Boxes()[i].text == "Could not save file: " + InDirectory(name + ".bad");
+            }
+            if (done) {
+                EXPECT_EQ(DecomList, table);
+                EXPECT_EQ(FilesOf(name), unsaved ? former : whole);
+                EXPECT_EQ(SetWithoutFiles() != nullptr, unsaved);
+                EXPECT_EQ(CalSettings.BadDetFile, InDirectory(name + ".bad"));
+                if (unsaved) {
+                    EXPECT_EQ(SaveCalibrationAs(InDirectory("kept.cal")), 1);
+                    EXPECT_EQ(FileContents(InDirectory("kept.bad")), list);
+                }
+            }
+            if (!came) break;
+        }
+        EXPECT_TRUE(listTold) << "one of the steps is the list of bad detectors";
+    }
+};
+
+TEST_F(FailingDisk, LeavesNoTwoPointSetWithAFormerList)
+{
+    FailAtEachStep(
+        "Last", [this] { return TwoPointOf(kLow, kHigh); }, {0, 1, 2, 3, 4, 1, 2, 3},
+        "   1,   1\n   1,   2\n   1,   3\n");
+}
+
+// The last detector lies outside the window about the mean.
+const Frame kOneOff = {1000, 1010, 990, 1000, 1000, 1005, 1000, 3000};
+
+TEST_F(FailingDisk, LeavesNoOnePointSetWithAFormerList)
+{
+    FailAtEachStep(
+        "last",
+        [this] {
+            write::cal.CalType = 0;
+            AtLow({kOneOff});
+            return OnePointCalibrate(hWndMain);
+        },
+        {0, 1, 2, 3, 4, 5, 6, 3}, "   1,   3\n");
+}
+
+TEST_F(FailingDisk, LeavesNoUpdatedSetWithAFormerList)
+{
+    FailAtEachStep(
+        "warm",
+        [this] {
+            write::cal.CalType = 2;
+            write::calSet.CalSettings.CalFile = InDirectory("warm.cal");
+            write::calSet.CalSettings.GainFile = InDirectory("warm.gai");
+            write::calSet.CalSettings.OffsetFile = InDirectory("warm.off");
+            write::calSet.CalSettings.DecomFile = InDirectory("warm.dcm");
+            AtLow({kOneOff});
+            return OnePointCalibrate(hWndMain);
+        },
+        {0, 1, 2, 3, 4, 5, 6, 3}, "   1,   3\n");
 }
 
 }  // namespace

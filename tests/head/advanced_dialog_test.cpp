@@ -286,6 +286,25 @@ TEST_F(AdvancedVideo, TheConverterDelayIsShownOnly)
               }});
 }
 
+TEST_F(AdvancedVideo, AHeadThatMissedSomethingIsToldOnceAndNotByTheSetUpAgain)
+{
+    for (const int way : {kIdOk, kIdCancel}) {
+        const std::size_t before = op->Boxes().size();
+        Advanced({[&](HWND dialog) {
+            head->AnswerAll(kSilence);
+            OperateCheck(dialog, 9111, !IsDlgButtonChecked(dialog, 9111));
+            head->AnswerAll({0x60, 0, 0, 0});
+            EXPECT_EQ(op->Boxes().size(), before);
+            OperatePress(dialog, way);
+        }});
+        ASSERT_EQ(op->Boxes().size(), before + 1);
+        EXPECT_EQ(op->Boxes().back().text,
+                  "The camera head didn't answer to all that was sent.\n"
+                  "Its window, delays or biases may not be as they are set.");
+        EXPECT_EQ(op->Boxes().back().caption, "Camera Head Error!");
+    }
+}
+
 TEST_F(AdvancedVideo, ANumberOutOfRangeReturnsToTheOldValue)
 {
     struct Row {

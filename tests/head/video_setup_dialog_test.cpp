@@ -350,6 +350,29 @@ TEST_F(VideoSetUpDialog, AFailedReadEndsItAndRestoresTheHead)
 
 // --- Frame rate and integration -------------------------------------------------------------------------------------
 
+// The gain and no other frame.
+TEST_F(VideoSetUpDialog, AHeadThatMissedSomethingIsToldOnceWhicheverWayItEnds)
+{
+    for (const int way : {kIdOk, kIdCancel}) {
+        const std::size_t before = op->Boxes().size();
+        Run({[&](HWND dialog) {
+            head->AnswerAll(kSilence);
+            OperateScroll(dialog, 660, 3);
+            OperateScroll(dialog, 660, 5);
+            head->AnswerAll({0x60, 0, 0, 0});
+            EXPECT_EQ(op->Boxes().size(), before) << "not at each move of a bar";
+            OperatePress(dialog, way);
+        }});
+        ASSERT_EQ(op->Boxes().size(), before + 1);
+        EXPECT_EQ(op->Boxes().back().text,
+                  "The camera head didn't answer to all that was sent.\n"
+                  "Frame rate, integration time, gain or offset may not be as they are set.");
+        EXPECT_EQ(op->Boxes().back().caption, "Camera Head Error!");
+    }
+    Run({Press(kIdOk)});
+    EXPECT_EQ(op->Boxes().size(), 2U) << "each dialog by itself";
+}
+
 TEST_F(VideoSetUpDialog, AnotherFrameRateKeepsTheIntegrationIndexAndChangesItsTime)
 {
     Frames sent;

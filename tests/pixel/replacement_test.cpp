@@ -459,7 +459,9 @@ TEST_F(Substitution, WithoutAPatternFailsAndDropsTheMap)
 TEST_F(Substitution, AListThatCantBeWrittenIsOnlyTold)
 {
     write::calSet.CalSettings.CalFile = directory / "none/Run7.cal";
-    EXPECT_EQ(SubstituteBadPixels(gains, decom), 1);
+    bool isSaved = true;
+    EXPECT_EQ(SubstituteBadPixels(gains, decom, &isSaved), 1);
+    EXPECT_FALSE(isSaved);
     EXPECT_THAT(decom, ElementsAre(0, 2, 2, 3));
     EXPECT_THAT(BoxesShown(), ElementsAre(ShownBox{.caption = "Kelvo message",
                                                    .text = "Could not save file: " + (directory / "none/Run7.bad")}));

@@ -159,6 +159,18 @@ TEST_F(LiveFrames, WithoutMemoryForTheListThereIsNoFrame)
     EXPECT_EQ(RefreshLiveFrame(), 1);
 }
 
+// A set-up to which memory was refused: the picture goes on as soon as there is some.
+TEST_F(LiveFrames, ABlockThatMemoryRefusedIsAskedForAgain)
+{
+    GoLive(4, 1);
+    write::cal.DecomList = {0, 1, 2, 3};
+    std::vector<std::int16_t>().swap(write::frames.RawFrame);
+    FailAllocation(1);
+    EXPECT_EQ(RefreshLiveFrame(), 0);
+    EXPECT_EQ(RefreshLiveFrame(), 1);
+    EXPECT_EQ(RawFrame.size(), 4U);
+}
+
 TEST_F(LiveFrames, WithoutFittingBlocksThereIsNoFrameAndNoBox)
 {
     GoLive(4, 2);

@@ -12,6 +12,7 @@
 --   told            text of a box = { kept = names with reasons }: where neither of the two holds
 --   ends            true: what was told failed isn't done all the same
 --   untold          kind of fault = the reason why nothing is said
+--   arms            true: it calls operations.arm() where its steps begin, for what live video would meet before
 local check = require "check"
 
 local operations = {}
@@ -105,6 +106,7 @@ local picture = {
   title = "live", HostFrameBytes = "host frames are made", HostFramesAllocated = "host frames are made", AveragingCapacity = "of the host frames",
   FramesInBuffer = "of the host frames", ["Buffer*"] = "of the host frames", ColorMap = "made at the first frame", StatusText = "frozen, or live",
 }
+local no_grab = "Error starting grab to image processing board"
 for _, name in ipairs { "two_point", "one_point", "update" } do
   local row = rows[name]
   rows[name .. ".capture"] = {
@@ -115,9 +117,12 @@ for _, name in ipairs { "two_point", "one_point", "update" } do
     run = row.run, dialogs = row.dialogs, usual = row.usual, done = row.done,
     writes = with(row.writes, picture),
     kept = picture,
+    told = { [no_grab] = { kept = with(row.writes, picture) } },  -- frames come all the same
     ends = true,
   }
 end
+
+local unheard = "The camera head didn't answer to all that was sent.\n"
 
 local in_force_loaded = with(in_memory, {
   FilePathBuf = "the name that was chosen", ReplaceNoisy = "of the set", ["HeadTiming.*"] = "of the set", ["I*Integration*"] = "of the set",
@@ -153,7 +158,7 @@ rows.load = {
   end,
   writes = in_force_loaded,
   kept = { FilePathBuf = "the name that was chosen" },
-  told = { ["The camera head didn't answer to all that was sent.\n"] = { kept = in_force_loaded } },
+  told = { [unheard] = { kept = in_force_loaded } },
 }
 rows.save = {
   run = function() command(132) end,
@@ -187,7 +192,7 @@ rows.turn_off = {
   },
 }
 rows.turn_off.told = {
-  ["The camera head didn't answer to all that was sent.\nIts electronics may still be on."] = { kept = rows.turn_off.writes },
+  [unheard .. "Its electronics may still be on."] = { kept = rows.turn_off.writes },
 }
 
 local camera_on = {
@@ -216,6 +221,21 @@ rows.turn_on = {
   },
   untold = { ["head silent"] = "a frame that the sequence doesn't depend on" },
 }
+local set_up_given_up = { kept = with(camera_on, { FirstSetupPending = "the next set-up begins anew" }) }
+rows.turn_on.told = {
+  ["Failure to allocate global"] = set_up_given_up, ["Failure to Lock Decommuation list in Memory"] = set_up_given_up,
+}
+-- The same with the last calibration, which is that of data/Last.cal.
+rows.turn_on_last = {
+  setup = rows.turn_on.setup,
+  run = rows.turn_on.run,
+  dialogs = { CLOCK_ON = function(times) press(times == 1 and 1072 or 2) end },
+  done = function(after) return rows.turn_on.done(after) and after.CalType == 2 end,
+  writes = with(with(camera_on, in_force_loaded), { DisplayUnit = "degrees" }),
+  kept = with(camera_on, rows.turn_on.kept),  -- where the calibration can't be loaded the camera stays on without one
+  untold = rows.turn_on.untold,
+}
+
 rows.configuration = {
   run = function() command(123) end,
   dialogs = {
@@ -246,12 +266,20 @@ rows.video_setup = {
       if dialog() then press(1) end
     end,
   },
-  done = function(after, before) return after.VideoGain[1] ~= before.VideoGain[1] and after["kelvo.ini [Setup] VideoGain1"] == tostring(math.tointeger(after.VideoGain[1])) end,
+  done = function(after, before)
+    for _, register in ipairs { "clock", "integration_rows", "offset", "gain" } do
+      if after["head " .. register] == before["head " .. register] then return false end
+    end
+    return after.VideoGain[1] ~= before.VideoGain[1] and after["kelvo.ini [Setup] VideoGain1"] == tostring(math.tointeger(after.VideoGain[1]))
+  end,
   writes = {
     FrameRate = "chosen", ["HeadTiming.*"] = "chosen", IndexFrameRate = "chosen", IndexIntegrationTime = "chosen", ["Integration*"] = "chosen",
     VideoGain = "chosen", VideoOffset = "chosen", VoltsHigh = "of gain and offset", VoltsLow = "of gain and offset", ["camera.ini [[]Camera.2] *"] = "its keys",
     ["kelvo.ini [[]Setup] *"] = "its keys", ["head *"] = "chosen",
   },
+}
+rows.video_setup.told = {
+  [unheard .. "Frame rate, integration time, gain or offset may not be as they are set."] = { kept = rows.video_setup.writes },
 }
 rows.advanced = {
   run = function() command(121) end,
@@ -265,7 +293,7 @@ rows.advanced = {
     end,
   },
   done = function(after, before)
-    return after["FpaSerialWord.DetBias"] ~= before["FpaSerialWord.DetBias"]
+    return after["head detector_bias"] ~= before["head detector_bias"] and after["head column_gain"] ~= before["head column_gain"] and after["FpaSerialWord.DetBias"] ~= before["FpaSerialWord.DetBias"]
       and after["camera.ini [Camera.2] DetBias"] == tostring(math.tointeger(after["FpaSerialWord.DetBias"]))
   end,
   writes = {
@@ -274,7 +302,47 @@ rows.advanced = {
   },
 }
 
+rows.advanced.told = {
+  [unheard] = { kept = rows.advanced.writes },
+}
+
 -- --- The picture --------------------------------------------------------------------------------------------------------------
+
+-- The mean of some frames as an image. The source is another one each time, so that frames of an earlier capture show.
+local scene = 20
+rows.average = {
+  arms = true,
+  setup = function()
+    scene = scene == 20 and 30 or 20
+    os.remove(datadir() .. "/mean.img")
+    sim.source("low", scene)
+    frames(3)
+  end,
+  run = function() command(106) end,
+  dialogs = {
+    SAVE = function(times)
+      if times > 1 then return press(2) end
+      set(1460, "mean")
+      set(1488, "4")
+      operations.arm()
+      press(1)
+    end,
+  },
+  done = function(after)
+    local bytes = after["file mean.img"]
+    if not bytes or #bytes ~= 512 + 2 * 320 * 256 then return false end
+    for _, place in ipairs { { 10, 10 }, { 160, 128 }, { 300, 200 } } do
+      local x, y = table.unpack(place)
+      local mean, live = string.unpack("<i2", bytes, 513 + 2 * (y * 320 + x)), pixel(x, y)
+      if math.abs(mean - live) > 40 then return false end
+    end
+    return true
+  end,
+  writes = with(picture, { ["file mean.img"] = "the image", FilePathBuf = "its name", FramesToAverageImage = "chosen" }),
+  kept = with(picture, { FilePathBuf = "the name that was chosen", FramesToAverageImage = "chosen" }),
+}
+-- A capture that fails is told and doesn't end the run: a frame of the store may count that stood there before.
+rows.average.told = { ["icp_read_area() Error"] = { kept = rows.average.writes } }
 
 rows.image_setup = {
   run = function() command(122) end,
