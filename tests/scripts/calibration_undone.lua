@@ -24,6 +24,7 @@ local kStates = {
 }
 local function numbers(name)
   local list = state(name)
+  if type(list) == "string" then return list end  -- a long one: its digest
   for i = 1, #list do list[i] = string.pack("<f", list[i]) end
   return table.concat(list)
 end
