@@ -287,7 +287,7 @@ void DockWindow(HWND window, const Rect& area)
     QWidget* const widget = TopLevelOf(window);
     if (!widget) return;
     PutFrame(*widget, area);
-    std::make_unique<FrameWatch>(*widget, area).release();  // the widget owns it
+    static_cast<void>(std::make_unique<FrameWatch>(*widget, area).release());  // the widget owns it
 }
 
 void UpdateWindow(HWND window)
