@@ -1,12 +1,16 @@
 #include "calib/source_dialogs.h"
 
+#include "acquire/picture_figures.h"
 #include "platform/box.h"
+#include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/text.h"
+#include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/help_contexts.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
+#include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/dialog_frame.h"
 #include "ui/status.h"
@@ -38,6 +42,59 @@ const Source kHotSource{1226, 1227, kHighSourceHint, write::cal.TemperatureHot,
 // Given by the launcher, shown as the dialog opens.
 const std::string* titleOfRun = nullptr;
 
+// --- What the live picture tells -------------------------------------------------------------------------------------
+
+constexpr std::uint32_t kFiguresTimer = 1;
+constexpr std::int64_t kFiguresMs = 250;
+constexpr const char* kNoFigure = "-";
+
+MeanWatch meanWatch;
+
+void ShowNoFigures(HWND dialog)
+{
+    for (const int id : {kSourceMean, kSourceDeviation, kSourceSaturated, kSourceSteady}) {
+        SetDlgItemText(dialog, id, kNoFigure);
+    }
+}
+
+void ShowFigures(HWND dialog)
+{
+    const std::optional<PictureFigures> figures = LiveVideo ? FiguresOf(RawFrame) : std::nullopt;
+    if (!figures) {
+        meanWatch.Clear();
+        ShowNoFigures(dialog);
+        return;
+    }
+    meanWatch.Add(TickMs(), figures->mean);
+    SetDlgItemText(dialog, kSourceMean, Format("%.1f counts", figures->mean));
+    SetDlgItemText(dialog, kSourceDeviation, Format("%.1f counts", figures->deviation));
+    SetDlgItemText(dialog, kSourceSaturated, Format("%.2f %%", figures->saturatedShare * 100));
+    SetDlgItemText(dialog, kSourceSteady, meanWatch.IsSteady() ? "steady" : "not steady: the mean still moves");
+}
+
+void StartFigures(HWND dialog)
+{
+    meanWatch.Clear();
+    ShowFigures(dialog);
+    SetTimer(dialog, kFiguresTimer, kFiguresMs);
+}
+
+// --- The bench -------------------------------------------------------------------------------------------------------
+
+SourceBench sourceBench;
+
+void OfferBench(HWND dialog)
+{
+    ShowDlgItem(dialog, kSourceBench, sourceBench.open && sourceBench.isThere && sourceBench.isThere());
+}
+
+void OpenBench(HWND dialog)
+{
+    sourceBench.open(dialog);
+}
+
+// --- The fields ------------------------------------------------------------------------------------------------------
+
 void Open(HWND dialog, const Source& source)
 {
     if (titleOfRun) SetWindowText(dialog, *titleOfRun);
@@ -48,6 +105,8 @@ void Open(HWND dialog, const Source& source)
         SetDlgItemText(dialog, source.emissivityEdit, Format("%6.4f", static_cast<double>(source.emissivity)));
     }
     StatusString(source.hint, kLeftAligned);
+    OfferBench(dialog);
+    StartFigures(dialog);
     CentreDialog(dialog);
 }
 
@@ -155,14 +214,16 @@ void CancelHot(HWND dialog)
     EndDialog(dialog, 0);
 }
 
-constexpr DialogEntry kColdEntries[] = {{kIdOk, AcceptCold}};
+constexpr DialogEntry kColdEntries[] = {
+    {kIdOk, AcceptCold}, {kSourceBench, OpenBench}, OnTimer(kFiguresTimer, ShowFigures)};
 constexpr DialogFrame kColdFrame{.name = "CAL_COLD",
                                  .procedure = fnCALCOLDDlgProc,
                                  .open = OpenCold,
                                  .entries = kColdEntries,
                                  .helpContext = kHelpLowSource};
 
-constexpr DialogEntry kHotEntries[] = {{kIdOk, AcceptHot}, {kIdCancel, CancelHot}};
+constexpr DialogEntry kHotEntries[] = {
+    {kIdOk, AcceptHot}, {kIdCancel, CancelHot}, {kSourceBench, OpenBench}, OnTimer(kFiguresTimer, ShowFigures)};
 constexpr DialogFrame kHotFrame{.name = "CAL_HOT",
                                 .procedure = fnCALHOTDlgProc,
                                 .open = OpenHot,
@@ -178,6 +239,11 @@ int RunSourceDialog(const DialogFrame& frame, HWND window, const std::string& ti
 }
 
 }  // namespace
+
+void SetSourceBench(const SourceBench& bench)
+{
+    sourceBench = bench;
+}
 
 int ColdSourceDialog(HWND window, const std::string& title)
 {

@@ -19,6 +19,7 @@
 #include <QScreen>
 #include <QToolButton>
 #include <QUiLoader>
+#include <QWindow>
 
 #include <algorithm>
 #include <memory>
@@ -289,6 +290,29 @@ void ShowDialogWindow(HWND dialog)
     dialog->widget->activateWindow();
 }
 
+// The toolkit would block a child of the main window beside each modal dialog. So only the window system is told, which
+// hears it as the window is shown, to whom the window belongs: it keeps it above the main window, and hides it with it.
+class BelongsToMainWindow {
+  public:
+    explicit BelongsToMainWindow(QWidget& widget)
+    {
+        const HWND mainWindow = MainWindow();
+        if (mainWindow == nullptr || mainWindow->frame == nullptr) return;
+        widget.winId();  // makes its window
+        window_ = widget.windowHandle();
+        window_->setTransientParent(mainWindow->frame->windowHandle());
+    }
+    ~BelongsToMainWindow()
+    {
+        if (window_ != nullptr) window_->setTransientParent(nullptr);
+    }
+    BelongsToMainWindow(const BelongsToMainWindow&) = delete;
+    BelongsToMainWindow& operator=(const BelongsToMainWindow&) = delete;
+
+  private:
+    QPointer<QWindow> window_;
+};
+
 // Tells the owner each time the dialog has handled what there was. While F1 is down the dialog has sent its help
 // command itself, and the owner must not send it again.
 void SendEnterIdle(HWND dialog)
@@ -403,15 +427,16 @@ HWND CreateDockedPanel(std::string_view name, HWND owner, DialogProc procedure)
 
 HWND CreateModelessDialog(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter)
 {
-    // A child of the main window would be blocked by each modal dialog; without a parent it stays usable.
     std::unique_ptr<QWidget> widget = LoadWidget(name, nullptr);
     const HWND dialog = widget ? EnterDialog(WindowKind::kDialog, name, owner, widget.get(), procedure) : nullptr;
     if (dialog == nullptr) return nullptr;
     QWidget* shown = widget.release();  // EndDialog deletes it
     shown->setAttribute(Qt::WA_QuitOnClose, false);
+    shown->setWindowFlag(Qt::Tool);
     shown->adjustSize();
     SendMessage(dialog, WM_INITDIALOG, 0, parameter);
     if (!IsWindow(dialog)) return nullptr;
+    const BelongsToMainWindow above(*shown);
     ShowDialogWindow(dialog);
     return dialog;
 }

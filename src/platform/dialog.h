@@ -64,7 +64,8 @@ void EndDialog(HWND dialog, int result);
 // keeps its width at each change of the main window's size before WM_SIZE comes.
 HWND CreateDockedPanel(std::string_view name, HWND owner, DialogProc procedure);
 
-// A dialog that stays open beside the main window and doesn't block it.
+// A dialog that stays open beside the main window and doesn't block it: a tool window, always above the main window,
+// that can be used beside modal dialogs too.
 HWND CreateModelessDialog(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter = 0);
 
 std::string DialogName(HWND dialog);  // "DISPLAY"

@@ -7,17 +7,13 @@
 #pragma once
 
 #include "display/frame_bitmap.h"
+#include "pixel/saturation.h"
 
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace kelvo {
-
-// The ends of the head's 14-bit converter, in counts.
-constexpr int kConverterBits = 14;
-constexpr std::int16_t kConverterLow = 0;
-constexpr std::int16_t kConverterHigh = (1 << kConverterBits) - 1;
 
 enum SaturationMark : std::uint8_t { kNotSaturated = 0, kSaturatedLow = 1, kSaturatedHigh = 2 };
 

@@ -1,6 +1,7 @@
 #include "shell/startup.h"
 
 #include "calib/calibration_set.h"
+#include "calib/source_dialogs.h"
 #include "camera/configuration_dialog.h"
 #include "camera/turn_on.h"
 #include "config/display_settings.h"
@@ -23,6 +24,7 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
+#include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
 #include "shell/main_window.h"
@@ -31,6 +33,7 @@
 #include "shell/second_start.h"
 #include "shell/start_options.h"
 #include "shell/unbuilt.h"
+#include "simcam/bench_window.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
@@ -130,6 +133,19 @@ void EnterDefaultDirectory()
     if (chdir(DefaultDir.c_str()) != 0) return;
 }
 
+// A newcomer finds the sources of the simulated camera beside the turn-on dialog, once. A script opens the bench
+// itself.
+void OpenBenchAtFirstStart()
+{
+    constexpr const char* kSection = "Bench";
+    constexpr const char* kKey = "Shown";
+    const std::string windowIni = DefaultDir + "/window.ini";
+    const bool shown = GetPrivateProfileInt(kSection, kKey, ScriptRuns() ? 1 : 0, windowIni) != 0;
+    if (shown || !startOptions.viewFile.empty() || !BenchIsThere()) return;
+    OpenBenchWindow(hWndMain);
+    WritePrivateProfileString(kSection, kKey, "1", windowIni);
+}
+
 // Host RAM capture is there only with host frames behind it.
 void FitMenuToCamera()
 {
@@ -157,6 +173,7 @@ std::string FindDefaultDirectory()
 int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)
 {
     SetRestart({InitialSetup, InitializeHardware});
+    SetSourceBench({BenchIsThere, OpenBenchWindow});
     if (!MakeMainWindow()) return 0;
     if (!InitialSetup()) {
         MessageBox(hWndMain, "Initialize Variables Failure", kMessageCaption);
@@ -183,6 +200,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     ShowWindowMaximised(hWndMain);
     UpdateWindow(hWndMain);
     if (!startOptions.viewFile.empty()) PostMessage(hWndMain, kOpenStartFile, 0, 0);
+    OpenBenchAtFirstStart();
     TakeHandovers();
     return RunMessageLoop(hWndMain);
 }

@@ -105,6 +105,17 @@ void ShowCamera(HWND dialog)
     showing = false;
 }
 
+// In the lower right corner of the main window: beside a dialog in its middle.
+void Place(HWND dialog)
+{
+    constexpr int kMargin = 12;
+    if (!hWndMain) return;
+    const Rect client = GetClientRect(hWndMain);
+    const Point corner = ClientToScreen(hWndMain, {client.right - kMargin, client.bottom - TextHeight - kMargin});
+    const Rect window = GetWindowRect(dialog);
+    MoveWindow(dialog, {corner.x - window.Width(), corner.y - window.Height(), corner.x, corner.y});
+}
+
 // --- What the operator does -----------------------------------------------------------------------------------------
 
 void TellLoadFailed(const std::string& reason)
@@ -177,15 +188,20 @@ HWND BenchWindow()
     return hDlgBench;
 }
 
+bool BenchIsThere()
+{
+    return CurrentSimCamera() != nullptr;
+}
+
 void OpenBenchWindow(HWND owner)
 {
-    if (!CurrentSimCamera()) {
+    if (!BenchIsThere()) {
         MessageBox(owner, "No simulated camera is connected.\nThe ports in platform.ini tell what is.", kMessageCaption,
                    BoxIcon::kInformation);
         return;
     }
     if (hDlgBench) {
-        SetFocusTo(hDlgBench);
+        BringToFront(hDlgBench, {});
         return;
     }
     if (!CreateModelessDialog("BENCH", owner, fnBENCHDlgProc)) {
@@ -204,6 +220,7 @@ LRESULT fnBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM
         case WM_INITDIALOG:
             hDlgBench = dialog;
             ShowCamera(dialog);
+            Place(dialog);
             SetTimer(dialog, kRefreshTimer, kRefreshMs);
             return 1;
         case WM_TIMER:

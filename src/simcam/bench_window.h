@@ -15,7 +15,10 @@ namespace kelvo {
 
 HWND BenchWindow();  // null while it isn't open
 
-// Opens the window, or brings it to the front; tells in a box where there is no simulated camera.
+// True while a simulated camera is connected.
+bool BenchIsThere();
+// Opens the window in the lower right corner of the owner, or brings it to the front; tells in a box where there is no
+// simulated camera.
 void OpenBenchWindow(HWND owner);
 void CloseBenchWindow();
 LRESULT fnBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);

@@ -61,7 +61,7 @@ struct SimSettings {
     // [Bench]
     std::string source = "scene";
     double lowDegrees = 20;
-    double highDegrees = 40;
+    double highDegrees = 25;
     double sceneDegrees = 22;
     double rawDegrees = 20;
     double ambientDegrees = 22;

@@ -1,6 +1,7 @@
 // The dialogs that wait for a source.
 #include "calib/source_dialogs.h"
 
+#include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/faults.h"
 #include "platform/help.h"
@@ -8,6 +9,7 @@
 #include "platform/window.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
+#include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/calibration_fixture.h"
 #include "ui/status.h"
@@ -257,6 +259,73 @@ TEST_F(SourceDialog, OneThatCantBeOpenedIsTold)
         EXPECT_EQ(box.text, "Unable to display dialog");
         EXPECT_EQ(box.caption, "System Error");
     }
+}
+
+// --- The live picture, and the bench ---
+
+TEST_F(SourceDialog, WithoutLiveVideoThereAreNoFigures)
+{
+    Cold([](HWND dialog) {
+        for (const int id : {kSourceMean, kSourceDeviation, kSourceSaturated, kSourceSteady}) {
+            EXPECT_EQ(GetDlgItemText(dialog, id), "-") << id;
+        }
+    });
+}
+
+TEST_F(SourceDialog, TheLivePictureTellsOfTheSource)
+{
+    write::frames.LiveVideo = 1;
+    write::frames.RawFrame = {0, 0, 0, 16383};
+    for (const auto show : {&SourceDialog::Cold, &SourceDialog::Hot}) {
+        (this->*show)(
+            [](HWND dialog) {
+                EXPECT_EQ(GetDlgItemText(dialog, kSourceMean), "4095.8 counts");
+                EXPECT_EQ(GetDlgItemText(dialog, kSourceDeviation), "8191.5 counts");
+                EXPECT_EQ(GetDlgItemText(dialog, kSourceSaturated), "100.00 %");
+                EXPECT_EQ(GetDlgItemText(dialog, kSourceSteady), "not steady: the mean still moves");
+            },
+            nullptr);
+    }
+}
+
+TEST_F(SourceDialog, TheFiguresFollowThePictureUntilItIsSteady)
+{
+    write::frames.LiveVideo = 1;
+    write::frames.RawFrame = {1000, 1000};
+    Cold([](HWND dialog) {
+        write::frames.RawFrame = {2000, 2002};
+        for (int quarter = 0; quarter < 4; ++quarter) SendMessage(dialog, WM_TIMER, 1, 0);
+        EXPECT_EQ(GetDlgItemText(dialog, kSourceMean), "2001.0 counts");
+        EXPECT_EQ(GetDlgItemText(dialog, kSourceSteady), "not steady: the mean still moves");
+        AdvanceVirtualClock(1'000'000);
+        SendMessage(dialog, WM_TIMER, 1, 0);
+        AdvanceVirtualClock(1'000'000);
+        SendMessage(dialog, WM_TIMER, 1, 0);
+        EXPECT_EQ(GetDlgItemText(dialog, kSourceSteady), "steady");
+        write::frames.LiveVideo = 0;
+        SendMessage(dialog, WM_TIMER, 1, 0);
+        EXPECT_EQ(GetDlgItemText(dialog, kSourceSteady), "-") << "frozen";
+    });
+}
+
+TEST_F(SourceDialog, TheBenchIsOfferedWhereThereIsOne)
+{
+    static HWND opened = nullptr;
+    const auto isVisible = [](HWND dialog) { return ControlOf(dialog, kSourceBench)->isVisible(); };
+    Cold([&](HWND dialog) { EXPECT_FALSE(isVisible(dialog)) << "none is set"; });
+    SetSourceBench({[] { return false; }, [](HWND owner) { opened = owner; }});
+    Cold([&](HWND dialog) { EXPECT_FALSE(isVisible(dialog)); });
+    SetSourceBench({[] { return true; }, [](HWND owner) { opened = owner; }});
+    for (const auto show : {&SourceDialog::Cold, &SourceDialog::Hot}) {
+        (this->*show)(
+            [&](HWND dialog) {
+                EXPECT_TRUE(isVisible(dialog));
+                OperatePress(dialog, kSourceBench);
+                EXPECT_EQ(opened, dialog);
+            },
+            nullptr);
+    }
+    SetSourceBench({});
 }
 
 }  // namespace

@@ -6,11 +6,14 @@
 #include "platform/qt_dialog.h"
 #include "platform/timers.h"
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QWindow>
 
 #include <memory>
 
@@ -328,9 +331,26 @@ TEST_F(DialogRun, ModelessDoesNotBlock)
     EXPECT_EQ(DialogInFront(), nullptr);
     EXPECT_TRUE(dialog->widget->isVisible());
     EXPECT_FALSE(dialog->widget->isModal());
+    EXPECT_EQ(dialog->widget->windowType(), Qt::Tool) << "above the main window, without a button in the task bar";
     EndDialog(dialog, 1);
     EXPECT_FALSE(IsWindow(dialog));
     EXPECT_EQ(dialogSaw.back().message, WM_DESTROY);
+}
+
+// A window that the toolkit took for a child of the main one would be blocked.
+TEST_F(DialogRun, ModelessIsUsableBesideAModalDialog)
+{
+    const HWND beside = CreateModelessDialog("GOTOFRAME", mainWindow, DialogTestProc, 12);
+    Then([&] {
+        EXPECT_FALSE(beside->widget->windowHandle()->transientParent());
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_F1, Qt::NoModifier);
+        dialogSaw.clear();
+        EXPECT_TRUE(QApplication::sendEvent(beside->widget, &press));
+        EXPECT_THAT(dialogSaw, Contains(Command(kIdHelp)));
+        EndDialog(DialogInFront(), 1);
+    });
+    EXPECT_EQ(DialogBox("DISPLAY", mainWindow, DialogTestProc), 1);
+    EndDialog(beside, 1);
 }
 
 // --- The panel ---

@@ -2,6 +2,7 @@
 
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
+#include "calib/source_dialogs.h"
 #include "calib/unsaved_set.h"
 #include "camera/configuration_dialog.h"
 #include "config/display_settings.h"
@@ -113,6 +114,7 @@ constexpr void (*kModules[])() = {
     ResetGeometryDialog,
     ResetMark,
     [] { SetRestart({}); },
+    [] { SetSourceBench({}); },
     [] { write::options.startOptions = {}; },
     ResetMainWindow,
     ResetCursorCommand,
