@@ -6,6 +6,7 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "state/camera_config_write.h"
+#include "state/contrast_fit.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/head_state_write.h"
@@ -296,8 +297,9 @@ void ReadCameraConfig(std::int32_t number, int full, CameraConfig& record)
 
 void SaveDisplayState()
 {
-    WriteInteger(kDisplay, "Contrast", Contrast, IniFilePath);
-    WriteInteger(kDisplay, "Brightness", Brightness, IniFilePath);
+    const ContrastPair levels = ContrastToStore();
+    WriteInteger(kDisplay, "Contrast", levels.contrast, IniFilePath);
+    WriteInteger(kDisplay, "Brightness", levels.brightness, IniFilePath);
     const std::string camera = ActiveCameraSection();
     WriteInteger(camera, "Xzoom", Xzoom, CameraFilePath);
     WriteInteger(camera, "Xoffset", Xoffset, CameraFilePath);

@@ -36,8 +36,8 @@ void ReadNumGrayLevels();
 // NumChannels is never left above NumOutputs.
 void ReadCameraConfig(std::int32_t number, int full, CameraConfig& record);
 
-// What the exit keeps: Contrast and Brightness in section Display of kelvo.ini; Xzoom, Xoffset, Yzoom and Yoffset in
-// the active camera's section.
+// What the exit keeps: Contrast and Brightness in section Display of kelvo.ini, as the operator chose them
+// (state/contrast_fit.h); Xzoom, Xoffset, Yzoom and Yoffset in the active camera's section.
 void SaveDisplayState();
 
 // What belongs to this module, as before ReadSetupKeys.

@@ -13,6 +13,7 @@
 #include "platform/profile.h"
 #include "platform/window.h"
 #include "state/camera_config.h"
+#include "state/contrast_fit_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/state_registry.h"
@@ -71,6 +72,14 @@ void FillDisplayLut(std::int32_t contrast, std::int32_t brightness)
 {
     if (DisplayLut.empty() && !AllocateBlock(write::display.DisplayLut, kLutEntries)) return;
     FillLut(write::display.DisplayLut, WindowOf(RangeOnView().Span(), contrast, brightness), LiveRange());
+}
+
+// Of a picture that is all first count, for instance, no pair shows more.
+bool ShowsMore(std::span<const std::int16_t> pixels, const ContrastFit& fit)
+{
+    std::vector<std::uint8_t> table(DisplayLut);
+    FillLut(table, WindowOf(RangeOnView().Span(), fit.contrast, fit.brightness), LiveRange());
+    return !HardlySeen(pixels, table);
 }
 
 // A settings file can say any zoom; a picture's corner stays within the integers.
@@ -271,6 +280,18 @@ void FitContrastToPicture()
         return;
     }
     BuildDisplayLut(fit.contrast, fit.brightness);
+}
+
+int FitUnseenPicture()
+{
+    const std::span<const std::int16_t> pixels = FramePixelsOnView();
+    if (!ViewingFile || pixels.empty() || DisplayLut.empty() || !HardlySeen(pixels, DisplayLut)) return 0;
+    const ContrastFit fit = FitContrast(pixels, RangeOnView(), LiveRange());
+    if (!fit.reason.empty() || !ShowsMore(pixels, fit)) return 0;
+    const ContrastPair chosen = ContrastToStore();
+    write::contrastFit.LastOwnFit = {.found = {fit.contrast, fit.brightness}, .chosen = chosen};
+    BuildDisplayLut(fit.contrast, fit.brightness);
+    return 1;
 }
 
 void DrawColorBar() {}

@@ -75,6 +75,11 @@ void ImageToScreen(std::int32_t& x, std::int32_t& y);
 // reason why not, under "Kelvo message".
 void FitContrastToPicture();
 
+// For a stored picture that has just come on view: where over 95 % of its pixels show as the first or the last shade,
+// contrast and brightness are fitted to it, if that shows more of it. They count as found, not as chosen
+// (state/contrast_fit.h). 1 where they were fitted; nothing is told.
+int FitUnseenPicture();
+
 // Called at the right moments; this display has no bars beside the picture, and its gray scale is linear.
 void DrawColorBar();
 void DrawTempScale(std::int32_t on);

@@ -1,5 +1,6 @@
 #include "display/fit_contrast.h"
 
+#include "display/gray_lookup.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -69,6 +70,20 @@ ContrastFit FitContrast(std::span<const std::int16_t> frame, CountRange range, C
         }
     }
     return best;
+}
+
+bool HardlySeen(std::span<const std::int16_t> frame, std::span<const std::uint8_t> lut)
+{
+    constexpr std::uint8_t kFirstShade = 0;
+    constexpr std::uint8_t kLastShade = 255;
+    GrayTable shades{};
+    FillGrayTable(shades, lut);
+    const auto atAnEnd = [&](std::int16_t count) {
+        const std::uint8_t shade = shades[static_cast<std::uint16_t>(count)];
+        return shade == kFirstShade || shade == kLastShade;
+    };
+    const auto ends = static_cast<std::size_t>(std::ranges::count_if(frame, atAnEnd));
+    return ends * 100 > frame.size() * 95;
 }
 
 }  // namespace kelvo

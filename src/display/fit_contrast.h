@@ -26,4 +26,8 @@ struct ContrastFit {
 // small steps.
 ContrastFit FitContrast(std::span<const std::int16_t> frame, CountRange range, CountRange live);
 
+// Whether over 95 % of the frame's pixels show as the first or the last shade of a look-up table, which must not be
+// empty.
+bool HardlySeen(std::span<const std::int16_t> frame, std::span<const std::uint8_t> lut);
+
 }  // namespace kelvo

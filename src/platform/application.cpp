@@ -86,6 +86,42 @@ void DropScreenRemarks(QtMsgType /*type*/, const QMessageLogContext& /*context*/
     std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
 }
 
+std::string ValueOf(const char* variable)
+{
+    const char* const value = std::getenv(variable);
+    return value && *value ? std::string("=") + value : std::string(" not set");
+}
+
+// While the application object is made. Without a display the toolkit would tell its developers, and abort; the
+// operator is told in one line, and the process ends as one that was started wrongly. Whatever fails on the way ends
+// here: a display that has gone, one that refuses, a plug-in that isn't installed.
+class DisplayWatch {
+  public:
+    DisplayWatch() : before_(qInstallMessageHandler(Take)) {}
+    ~DisplayWatch()
+    {
+        qInstallMessageHandler(before_);
+        std::fputs(remarks.c_str(), stderr);
+    }
+    DisplayWatch(const DisplayWatch&) = delete;
+    DisplayWatch& operator=(const DisplayWatch&) = delete;
+
+  private:
+    static void Take(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
+    {
+        if (type != QtFatalMsg) {
+            remarks += text.toStdString() + "\n";
+            return;
+        }
+        std::fprintf(stderr, "kelvo: no display answers (DISPLAY%s, WAYLAND_DISPLAY%s); --offscreen runs without one\n",
+                     ValueOf("DISPLAY").c_str(), ValueOf("WAYLAND_DISPLAY").c_str());
+        std::_Exit(kNoDisplayExit);
+    }
+
+    inline static std::string remarks;
+    QtMessageHandler before_;
+};
+
 // The toolkit takes the environment's locale over for the whole process. How characters are coded stays its own;
 // numbers, day and month names are those of the C locale: settings and calibrations are read on machines with another
 // one.
@@ -108,7 +144,11 @@ void MakeApplication(const CommandLine& commandLine)
     static int count = 1;
     std::optional<OffscreenEnvironment> environment;
     if (commandLine.offscreen) environment.emplace(commandLine);
-    application = std::make_unique<QApplication>(count, arguments).release();
+    {
+        std::optional<DisplayWatch> watch;
+        if (!commandLine.offscreen) watch.emplace();
+        application = std::make_unique<QApplication>(count, arguments).release();
+    }
     KeepPlainLocale();
     application->setQuitOnLastWindowClosed(false);
 }

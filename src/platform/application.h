@@ -17,7 +17,7 @@ inline constexpr std::size_t kShortestCommandLine = 5;
 
 struct CommandLine {
     std::string dataDirectory;                 // --data
-    std::string viewFile;                      // --view
+    std::vector<std::string> viewFiles;        // --view, and bare arguments that name stored files
     std::string scriptFile;                    // --script
     std::vector<std::string> scriptArguments;  // after --
     std::string transcriptFile;                // --transcript
@@ -26,18 +26,21 @@ struct CommandLine {
     double scale = 1.0;                        // --scale, 0.5 to 4
     bool virtualTime = false;                  // --virtual-time
     Theme theme = Theme::kDesktop;             // --theme
-    std::string rest;  // the bare arguments joined by blanks, as the system's own command line; paths whole, unless all
-                       // that was typed is shorter than kShortestCommandLine
+    std::string rest;  // the other bare arguments joined by blanks, as the system's own command line; paths whole,
+                       // unless all that was typed of them is shorter than kShortestCommandLine
     bool showVersion = false;
     bool showHelp = false;
     std::string error;  // not empty: what is wrong with it
 };
 // Relative paths become absolute.
-// arguments: without the program's name.
+// arguments: without the program's name. A bare argument is a stored file by its ending (.img .seq .buf .sdv .flt .gai
+// .off .noi .bad .dcm, in any case), and beside --view also without one of them; .cal and AUTOSTART never are.
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 std::string CommandLineHelp();
 
-// Makes the application object once for the life of the process. Before any window.
+// Makes the application object once for the life of the process. Before any window. Where no display answers the
+// process ends here with kNoDisplayExit, after one line on the error stream.
+inline constexpr int kNoDisplayExit = 2;
 void StartApplication(const CommandLine& commandLine);
 bool RunsOffscreen();
 bool DarkTheme();

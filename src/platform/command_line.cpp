@@ -1,10 +1,13 @@
 #include "platform/application.h"
+#include "platform/qt_window.h"
 #include "platform/text.h"
+
+#include <QCommandLineParser>
 
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
-#include <functional>
+#include <iterator>
 #include <span>
 #include <system_error>
 
@@ -19,18 +22,32 @@ std::string AbsolutePath(std::string_view path)
     return error ? std::string(path) : absolute.string();
 }
 
+// --- Bare arguments -------------------------------------------------------------------------------------------------
+
 // The word that may stand before or behind a calibration's name, here within one quoted argument.
 constexpr std::string_view kAutoStart = "AUTOSTART";
+
+bool BeginsWithAutoStart(std::string_view argument)
+{
+    const std::size_t word = kAutoStart.size();
+    return argument.size() > word && argument[word] == ' ' && EqualIgnoringCase(argument.substr(0, word), kAutoStart);
+}
+
+bool EndsWithAutoStart(std::string_view argument)
+{
+    const std::size_t word = kAutoStart.size();
+    return argument.size() > word && argument[argument.size() - word - 1] == ' ' &&
+           EqualIgnoringCase(argument.substr(argument.size() - word), kAutoStart);
+}
 
 // A name alone stays as it is: of a calibration it means one beside the settings.
 std::string WholeIfRelative(std::string_view argument)
 {
     const std::size_t word = kAutoStart.size();
-    if (argument.size() > word && argument[word] == ' ' && EqualIgnoringCase(argument.substr(0, word), kAutoStart)) {
+    if (BeginsWithAutoStart(argument)) {
         return std::string(argument.substr(0, word + 1)) + WholeIfRelative(Trimmed(argument.substr(word)));
     }
-    if (argument.size() > word && argument[argument.size() - word - 1] == ' ' &&
-        EqualIgnoringCase(argument.substr(argument.size() - word), kAutoStart)) {
+    if (EndsWithAutoStart(argument)) {
         return WholeIfRelative(Trimmed(argument.substr(0, argument.size() - word))) + " " +
                std::string(argument.substr(argument.size() - word));
     }
@@ -41,6 +58,49 @@ std::string WholeIfRelative(std::string_view argument)
     std::ranges::replace(path, '\\', '/');
     return AbsolutePath(path);
 }
+
+std::string ExtensionOf(std::string_view path)
+{
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, nullptr, &extension);
+    return extension;
+}
+
+// Named together with --view everything is a stored file but what can only be meant for the camera.
+bool IsForTheCamera(std::string_view argument)
+{
+    return EqualIgnoringCase(argument, kAutoStart) || BeginsWithAutoStart(argument) || EndsWithAutoStart(argument) ||
+           EqualIgnoringCase(ExtensionOf(argument), ".cal");
+}
+
+bool NamesStoredFile(std::string_view argument)
+{
+    constexpr std::string_view kEndings[] = {".img", ".seq", ".buf", ".sdv", ".flt",
+                                             ".gai", ".off", ".noi", ".bad", ".dcm"};
+    if (BeginsWithAutoStart(argument) || EndsWithAutoStart(argument)) return false;
+    const std::string extension = ExtensionOf(argument);
+    return std::ranges::any_of(kEndings, [&](auto ending) { return EqualIgnoringCase(extension, ending); });
+}
+
+void TakeBareArguments(CommandLine& line, std::span<const std::string> arguments)
+{
+    const bool viewing = !line.viewFiles.empty();
+    std::string typed;
+    std::string whole;  // with their paths made absolute
+    for (const std::string& argument : arguments) {
+        if (NamesStoredFile(argument) || (viewing && !IsForTheCamera(argument))) {
+            line.viewFiles.push_back(AbsolutePath(argument));
+            continue;
+        }
+        const std::string_view divider = typed.empty() ? "" : " ";
+        typed.append(divider).append(argument);
+        whole.append(divider).append(WholeIfRelative(argument));
+    }
+    // What is too short to mean anything isn't made longer.
+    line.rest = typed.size() < kShortestCommandLine ? typed : whole;
+}
+
+// --- Options --------------------------------------------------------------------------------------------------------
 
 constexpr double kSmallestScale = 0.5;
 constexpr double kLargestScale = 4.0;
@@ -73,127 +133,138 @@ std::string SetTheme(CommandLine& line, std::string_view value)
     return "--theme wants light, dark or desktop, not " + std::string(value);
 }
 
-struct ValueOption {
-    std::string_view name;
-    std::string (*set)(CommandLine& line, std::string_view value);
+template <std::string CommandLine::*field>
+std::string SetPath(CommandLine& line, std::string_view value)
+{
+    line.*field = AbsolutePath(value);
+    return {};
+}
+
+std::string AddViewFile(CommandLine& line, std::string_view value)
+{
+    line.viewFiles.push_back(AbsolutePath(value));
+    return {};
+}
+
+struct Option {
+    const char* name;
+    const char* value;  // null: a switch
+    const char* help;
+    bool CommandLine::*field;                                       // of a switch
+    std::string (*set)(CommandLine& line, std::string_view value);  // of the others
 };
-constexpr ValueOption kValueOptions[] = {
-    {"--data",
-     [](CommandLine& line, std::string_view value) {
-         line.dataDirectory = AbsolutePath(value);
-         return std::string();
-     }},
-    {"--view",
-     [](CommandLine& line, std::string_view value) {
-         line.viewFile = AbsolutePath(value);
-         return std::string();
-     }},
-    {"--script",
-     [](CommandLine& line, std::string_view value) {
-         line.scriptFile = AbsolutePath(value);
-         return std::string();
-     }},
-    {"--transcript",
-     [](CommandLine& line, std::string_view value) {
-         line.transcriptFile = AbsolutePath(value);
-         return std::string();
-     }},
-    {"--scale", SetScale},
-    {"--theme", SetTheme},
+constexpr Option kOptions[] = {
+    {"data", "DIR", "directory of the settings files", nullptr, SetPath<&CommandLine::dataDirectory>},
+    {"view", "FILE...", "open stored files, whatever their names end in", nullptr, AddViewFile},
+    {"script", "FILE", "run an operator script, then exit with its result;\narguments after -- reach it as arg[1]...",
+     nullptr, SetPath<&CommandLine::scriptFile>},
+    {"transcript", "FILE", "write what the operator would see, one JSON object a line", nullptr,
+     SetPath<&CommandLine::transcriptFile>},
+    {"offscreen", nullptr, "run without a display (a screen of 1280 x 1024)", &CommandLine::offscreen, nullptr},
+    {"scale", "N", "device pixel ratio of that screen, 0.5 to 4", nullptr, SetScale},
+    {"virtual-time", nullptr, "time passes only while the program waits", &CommandLine::virtualTime, nullptr},
+    {"theme", "NAME", "light, dark, or desktop: as the desktop has it", nullptr, SetTheme},
+    {"version", nullptr, "tell the version", &CommandLine::showVersion, nullptr},
+    {"help", nullptr, "tell this", &CommandLine::showHelp, nullptr},
 };
 
-struct Switch {
-    std::string_view name;
-    bool CommandLine::*field;
-};
-constexpr Switch kSwitches[] = {
-    {"--offscreen", &CommandLine::offscreen},
-    {"--virtual-time", &CommandLine::virtualTime},
-    {"--version", &CommandLine::showVersion},
-    {"--help", &CommandLine::showHelp},
-};
+std::string Dashed(const Option& option)
+{
+    return std::string("--") + option.name;
+}
 
-class Parser {
-  public:
-    explicit Parser(std::span<const std::string> arguments) : arguments_(arguments) {}
+QCommandLineOption ToolkitOption(const Option& option)
+{
+    QStringList names(QString::fromLatin1(option.name));
+    if (option.field == &CommandLine::showHelp) names.prepend(QStringLiteral("h"));
+    return {names, QString(), option.value ? QString::fromLatin1(option.value) : QString()};
+}
 
-    CommandLine Parse()
-    {
-        while (next_ < arguments_.size() && line_.error.empty()) TakeArgument(arguments_[next_++]);
-        // What is too short to mean anything isn't made longer.
-        line_.rest = typed_.size() < kShortestCommandLine ? typed_ : whole_;
-        return line_;
+// What the parser refused, in our words.
+std::string Refusal(const QCommandLineParser& parser, std::span<const std::string> arguments)
+{
+    if (const QStringList unknown = parser.unknownOptionNames(); !unknown.isEmpty()) {
+        return (unknown.front().size() == 1 ? "unknown option -" : "unknown option --") + FromQPath(unknown.front());
     }
+    for (const Option& option : kOptions) {
+        const std::string name = Dashed(option);
+        // A value is missing only at the end of the line, and left over only at a switch.
+        if (option.value && arguments.back() == name) return name + " needs a value";
+        const auto hasValue = [&](const std::string& argument) { return argument.starts_with(name + "="); };
+        if (!option.value && std::ranges::any_of(arguments, hasValue)) return name + " takes no value";
+    }
+    return FromQString(parser.errorText());
+}
 
-  private:
-    void TakeArgument(std::string_view argument)
-    {
-        if (argument == "--") {
-            line_.scriptArguments.assign(arguments_.begin() + static_cast<std::ptrdiff_t>(next_), arguments_.end());
-            next_ = arguments_.size();
-        } else if (argument.size() > 1 && argument.front() == '-') {
-            TakeOption(argument);
-        } else {
-            const std::string_view divider = typed_.empty() ? "" : " ";
-            typed_.append(divider).append(argument);
-            whole_.append(divider).append(WholeIfRelative(argument));
+// What is wrong with the values, or nothing.
+std::string TakeOptions(CommandLine& line, const QCommandLineParser& parser)
+{
+    for (const Option& option : kOptions) {
+        const QString name = QString::fromLatin1(option.name);
+        if (option.field) {
+            line.*option.field = parser.isSet(name);
+            continue;
+        }
+        for (const QString& text : parser.values(name)) {
+            const std::string value = FromQPath(text);
+            const std::string error = value.empty() ? Dashed(option) + " needs a value" : option.set(line, value);
+            if (!error.empty()) return error;
         }
     }
-
-    void TakeOption(std::string_view argument)
-    {
-        const std::size_t equals = argument.find('=');
-        const std::string_view name = argument.substr(0, equals);
-        for (const Switch& known : kSwitches) {
-            if (known.name != name) continue;
-            if (equals != std::string_view::npos) line_.error = std::string(name) + " takes no value";
-            line_.*known.field = true;
-            return;
-        }
-        for (const ValueOption& known : kValueOptions) {
-            if (known.name == name) return TakeValue(known, argument, equals);
-        }
-        line_.error = "unknown option " + std::string(name);
-    }
-
-    void TakeValue(const ValueOption& option, std::string_view argument, std::size_t equals)
-    {
-        std::string value;
-        if (equals != std::string_view::npos) {
-            value = argument.substr(equals + 1);
-        } else if (next_ < arguments_.size()) {
-            value = arguments_[next_++];
-        }
-        line_.error = value.empty() ? std::string(option.name) + " needs a value" : option.set(line_, value);
-    }
-
-    std::span<const std::string> arguments_;
-    std::size_t next_ = 0;
-    std::string typed_;  // the bare arguments
-    std::string whole_;  // with their paths made absolute
-    CommandLine line_;
-};
+    return {};
+}
 
 }  // namespace
 
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments)
 {
-    return Parser(arguments).Parse();
+    CommandLine line;
+    const auto dashes = std::ranges::find(arguments, "--");
+    if (dashes != arguments.end()) line.scriptArguments.assign(std::next(dashes), arguments.end());
+    const std::span own(arguments.begin(), dashes);
+
+    QCommandLineParser parser;
+    for (const Option& option : kOptions) parser.addOption(ToolkitOption(option));
+    QStringList words(QStringLiteral("kelvo"));
+    for (const std::string& argument : own) words << ToQPath(argument);
+    line.error = parser.parse(words) ? TakeOptions(line, parser) : Refusal(parser, own);
+    if (!line.error.empty()) return line;
+
+    std::vector<std::string> bare;
+    for (const QString& argument : parser.positionalArguments()) bare.push_back(FromQPath(argument));
+    TakeBareArguments(line, bare);
+    return line;
 }
 
 std::string CommandLineHelp()
 {
-    return "kelvo [options] [calibration file and/or AUTOSTART]\n"
-           "  --data DIR         directory of the settings files\n"
-           "  --view FILE        open a stored file\n"
-           "  --script FILE      run an operator script, then exit with its result;\n"
-           "                     arguments after -- reach it as arg[1]...\n"
-           "  --transcript FILE  write what the operator would see, one JSON object a line\n"
-           "  --offscreen        run without a display (a screen of 1280 x 1024)\n"
-           "  --scale N          device pixel ratio of that screen, 0.5 to 4\n"
-           "  --virtual-time     time passes only while the program waits\n"
-           "  --theme light|dark|desktop\n"
-           "  --version, --help\n";
+    constexpr std::size_t kColumn = 22;
+    std::string help =
+        "kelvo [options] [FILE...]                    look at stored files: the first is shown,\n"
+        "                                             the others join the recent ones\n"
+        "kelvo [options] [CALIBRATION] [AUTOSTART]    turn the camera on\n"
+        "\n"
+        "A FILE ends in .img .seq .buf .sdv .flt .gai .off .noi .bad or .dcm.\n"
+        "\n"
+        "Options, as --name VALUE or --name=VALUE:\n";
+    for (const Option& option : kOptions) {
+        std::string left = "  " + Dashed(option);
+        if (option.field == &CommandLine::showHelp) left += ", -h";
+        if (option.value) left.append(" ").append(option.value);
+        left.resize(std::max(left.size() + 1, kColumn), ' ');
+        for (const char c : std::string_view(option.help)) {
+            left += c;
+            if (c == '\n') left.append(kColumn, ' ');
+        }
+        help += left + "\n";
+    }
+    return help +
+           "\n"
+           "Exit codes:\n"
+           "  0  as it should be; also when another Kelvo with this data directory took the files\n"
+           "  1  a script failed; otherwise a script ends with the number that it returns\n"
+           "  2  the command line is wrong, the transcript can't be written, or there is no display\n"
+           "  3  another Kelvo runs with this data directory, and was given nothing\n";
 }
 
 }  // namespace kelvo

@@ -26,6 +26,7 @@
 #include "video/live_rate.h"
 #include "video/video.h"
 #include "viewing/playback.h"
+#include "viewing/view_commands.h"
 
 #include <optional>
 
@@ -186,12 +187,6 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
     return HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
 }
 
-void OpenDroppedFiles()
-{
-    const std::vector<std::string> paths = DroppedFiles();
-    if (!paths.empty()) OpenStoredFile(paths.front());
-}
-
 }  // namespace
 
 LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
@@ -236,10 +231,10 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
             TrackballToggle();
             return 0;
         case WM_DROPFILES:
-            OpenDroppedFiles();
+            OpenStoredFiles(DroppedFiles());
             return 0;
         case kOpenStartFile:
-            OpenStoredFile(startOptions.viewFile);
+            OpenStoredFiles(startOptions.viewFiles);
             return 0;
         case kOpenHandedFiles:
             OpenHandedFiles();

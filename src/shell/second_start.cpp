@@ -19,8 +19,9 @@
 #include "state/windows.h"
 #include "ui/menu_state.h"
 #include "ui/status.h"
-#include "viewing/playback.h"
+#include "viewing/view_commands.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -35,7 +36,7 @@ constexpr int kGivenToAnother = 0;
 constexpr int kNothingGiven = 3;
 constexpr std::int64_t kTryAgainMs = 200;
 
-std::vector<std::string> handedFiles;  // that wait to be opened
+std::vector<std::vector<std::string>> handedFiles;  // that wait to be opened, of each start its own
 bool opensHandedFiles = false;
 
 // What the bare arguments name: a calibration, or a file that is there.
@@ -52,14 +53,14 @@ Handover HandoverOf(const CommandLine& commandLine)
     Handover handover;
     if (const char* const token = std::getenv("XDG_ACTIVATION_TOKEN")) handover.activation = token;
     if (!commandLine.scriptFile.empty()) return handover;  // its files are the script's, and that can't be given away
-    if (!commandLine.viewFile.empty()) handover.files.push_back(commandLine.viewFile);
+    handover.files = commandLine.viewFiles;
     if (std::string file = BareFile(commandLine.rest); !file.empty()) handover.files.push_back(std::move(file));
     return handover;
 }
 
 void NoteHandover(const Handover& handover)
 {
-    handedFiles.insert(handedFiles.end(), handover.files.begin(), handover.files.end());
+    if (!handover.files.empty()) handedFiles.push_back(handover.files);
     if (!hWndMain) return;
     BringToFront(hWndMain, handover.activation);
     if (opensHandedFiles && !handedFiles.empty()) PostMessage(hWndMain, kOpenHandedFiles, 0, 0);
@@ -128,15 +129,14 @@ void OpenHandedFiles()
         SetTimer(hWndMain, kHandedTimer, kTryAgainMs);
         return;
     }
-    // One a time: opening one may ask the operator, and others come meanwhile.
-    const std::string path = handedFiles.front();
+    // One start's at a time: opening them may ask the operator, and others come meanwhile.
+    std::vector<std::string> files = std::move(handedFiles.front());
     handedFiles.erase(handedFiles.begin());
     if (!handedFiles.empty()) PostMessage(hWndMain, kOpenHandedFiles, 0, 0);
-    if (IsCalFile(path)) {
-        LoadHandedCalibration(path);
-    } else {
-        OpenStoredFile(path);
-    }
+    const auto calibrations = std::ranges::stable_partition(files, [](const auto& path) { return !IsCalFile(path); });
+    for (const std::string& path : calibrations) LoadHandedCalibration(path);
+    files.erase(calibrations.begin(), calibrations.end());
+    OpenStoredFiles(files);
 }
 
 void ForgetHandovers()

@@ -2,12 +2,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace kelvo {
 
 struct StartOptions {
-    std::string dataDirectory;  // --data; empty: the key of win.ini, else the user's data directory
-    std::string viewFile;       // --view: opened as soon as the message loop runs
+    std::string dataDirectory;           // --data; empty: the key of win.ini, else the user's data directory
+    std::vector<std::string> viewFiles;  // stored files to look at: opened as soon as the message loop runs
 };
 extern const StartOptions& startOptions;  // main sets it
 

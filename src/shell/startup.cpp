@@ -91,8 +91,8 @@ bool MakeStatusWindow()
     return true;
 }
 
-// Turns the camera on as the command line says, or leaves the choice to the operator. The request is queued, so that
-// the control panel stands before a dialog opens.
+// Turns the camera on as the command line says, or leaves the choice to the operator, unless the start is for looking
+// at files. The request is queued, so that the control panel stands before a dialog opens.
 void StartCamera(std::string_view commandLine)
 {
     if (!InitializeHardware()) {
@@ -100,6 +100,7 @@ void StartCamera(std::string_view commandLine)
         return;
     }
     const bool turnOn = commandLine.size() >= kShortestCommandLine;
+    if (!turnOn && !startOptions.viewFiles.empty()) return;
     if (turnOn && TurnCameraOn(std::string(commandLine).c_str(), 1)) return;
     PostMessage(hWndMain, WM_COMMAND, kCmdTurnOn, 0);
 }
@@ -199,7 +200,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     StatusString(kIdleHint, kLeftAligned);
     ShowWindowMaximised(hWndMain);
     UpdateWindow(hWndMain);
-    if (!startOptions.viewFile.empty()) PostMessage(hWndMain, kOpenStartFile, 0, 0);
+    if (!startOptions.viewFiles.empty()) PostMessage(hWndMain, kOpenStartFile, 0, 0);
     OpenBenchAtFirstStart();
     TakeHandovers();
     return RunMessageLoop(hWndMain);

@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "platform/transcript.h"
 #include "platform/window.h"
+#include "state/contrast_fit.h"
 #include "state/frame_state.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
@@ -82,7 +83,7 @@ FrameHeaderRecord FrameHeaderOnView()
     return record;
 }
 
-std::string DescribeFileOnView()
+std::string DescribeFrameOnView()
 {
     const ImageHeaderRecord& header = ImageHeader;
     if (!ViewingSequence) {
@@ -100,6 +101,11 @@ std::string DescribeFileOnView()
     return Format("Viewing %s FrameNum:%d AllFramesNum:%d %.28s %.1fHz %.3fmsec", ViewFilePath.c_str(),
                   static_cast<int>(SequenceFrameIndex), frame.AllFramesNum & 0xFFFF, time.c_str(),
                   static_cast<double>(header.FrameRate), static_cast<double>(frame.FrameIntegrationMsec));
+}
+
+std::string DescribeFileOnView()
+{
+    return DescribeFrameOnView() + (OwnFitInForce() ? "   Contrast fitted to the picture" : "");
 }
 
 std::string Title()

@@ -7,6 +7,7 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "state/contrast_fit.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/state_registry.h"
@@ -93,8 +94,9 @@ void BringIntoSight(Point place)
 
 void WriteLevels()
 {
-    WritePrivateProfileString("Display", "Contrast", Format("%d", Contrast), IniFilePath);
-    WritePrivateProfileString("Display", "Brightness", Format("%d", Brightness), IniFilePath);
+    const ContrastPair levels = ContrastToStore();
+    WritePrivateProfileString("Display", "Contrast", Format("%d", levels.contrast), IniFilePath);
+    WritePrivateProfileString("Display", "Brightness", Format("%d", levels.brightness), IniFilePath);
 }
 
 void EnterTrackball()

@@ -1,6 +1,7 @@
 #include "viewing/view_commands.h"
 
 #include "pixel/bad_pixels.h"
+#include "platform/files.h"
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/ids.h"
@@ -14,7 +15,6 @@
 #include "viewing/viewing.h"
 
 #include <algorithm>
-#include <string>
 
 namespace kelvo {
 
@@ -69,6 +69,16 @@ CommandEnd PreviousFrame()
     StopPlaying();
     LoadLast();
     return CommandEnd::kResetStatus;
+}
+
+void OpenStoredFiles(const std::vector<std::string>& paths)
+{
+    if (paths.empty()) return;
+    // Added from the last to the second, they stand in their order behind the first.
+    for (std::size_t i = paths.size() - 1; i > 0; --i) {
+        if (FileExists(paths[i])) AddRecentFile(paths[i]);
+    }
+    OpenStoredFile(paths.front());
 }
 
 CommandEnd OpenRecentFile(std::size_t place)

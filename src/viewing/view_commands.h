@@ -5,6 +5,8 @@
 #include "ui/command_end.h"
 
 #include <cstddef>
+#include <string>
+#include <vector>
 
 namespace kelvo {
 
@@ -19,6 +21,10 @@ CommandEnd NameSequenceForLoading();
 // command 113, and leaves the status to it.
 CommandEnd NextFrame();
 CommandEnd PreviousFrame();
+
+// What a start, a drop or another start names: the first file is shown (OpenStoredFile), the others that exist stand
+// behind it in the recent files. None: nothing happens.
+void OpenStoredFiles(const std::vector<std::string>& paths);
 
 // Shows the file at a place of the recent ones, from 0; an empty place does nothing.
 CommandEnd OpenRecentFile(std::size_t place);

@@ -109,9 +109,11 @@ int ViewImage(std::string_view path, std::uint32_t frame)
     if (ImageHeader.ByteSwap == 0) SwapRecordWords(write::frames.ImageBuffer, ImageHeader);
     header.KeepNew();
 
+    const bool another = !ViewingFile || path != ViewFilePath;
     if (!ViewingFile) RefreshPicture();
     write::frames.ViewingFile = 1;
     BuildDisplayLut(Contrast, Brightness);  // for the file's own range; draws the frame
+    if (another) FitUnseenPicture();
     PutCursorBack();
 
     write::windows.ViewFilePath = path;

@@ -18,6 +18,7 @@ namespace kelvo {
 // "ViewImage Memory Error!"; "Failed to read entire file\n%s", which leaves no buffer. ImageHeader then describes what
 // it described before. A file with the extension of a coefficient file is shown as such first, and then tried as an
 // image file all the same, which ends in a message over the picture.
+// A file that wasn't on view before, and of which next to nothing would be seen, is fitted (FitUnseenPicture).
 int ViewImage(std::string_view path, std::uint32_t frame);
 
 // The samples of an inclusive rectangle of a stored 16-bit frame, row by row; empty after a message under

@@ -30,7 +30,7 @@ TEST(CommandLine, TakesAllOptions)
                                                "dark", "a.cal", "AUTOSTART", "--", "--data", "x"});
     EXPECT_EQ(line.error, "");
     EXPECT_EQ(line.dataDirectory, "/d");
-    EXPECT_EQ(line.viewFile, "/v w.seq");
+    EXPECT_THAT(line.viewFiles, ElementsAre("/v w.seq"));
     EXPECT_EQ(line.scriptFile, "/s.lua");
     EXPECT_EQ(line.transcriptFile, "/t");
     EXPECT_TRUE(line.offscreen);
@@ -57,7 +57,7 @@ TEST(CommandLine, MakesPathsAbsoluteButLeavesTheRest)
 {
     const std::string here = std::filesystem::current_path().string();
     const CommandLine line = ParseCommandLine({"--view", "a/b.img", "--data=d", "set.cal"});
-    EXPECT_EQ(line.viewFile, here + "/a/b.img");
+    EXPECT_THAT(line.viewFiles, ElementsAre(here + "/a/b.img"));
     EXPECT_EQ(line.dataDirectory, here + "/d");
     EXPECT_EQ(line.rest, "set.cal");
 }
@@ -96,6 +96,38 @@ TEST(CommandLine, OneQuotedArgumentSaysWhatTwoSay)
     for (const auto& [argument, whole] : cases) EXPECT_EQ(ParseCommandLine({argument}).rest, whole) << argument;
 }
 
+TEST(CommandLine, ABareStoredFileIsLookedAt)
+{
+    const std::string here = std::filesystem::current_path().string();
+    for (const char* ending : {"img", "seq", "buf", "sdv", "flt", "gai", "off", "noi", "bad", "dcm", "IMG", "Seq"}) {
+        const std::string name = std::string("a.") + ending;
+        const CommandLine line = ParseCommandLine({name});
+        EXPECT_THAT(line.viewFiles, ElementsAre(here + "/" + name));
+        EXPECT_EQ(line.rest, "");
+    }
+    for (const char* other : {"a.cal", "a.tif", "aimgx", "img", "a.img/b", "AUTOSTART a.img"}) {
+        EXPECT_THAT(ParseCommandLine({other}).viewFiles, ElementsAre()) << other;
+    }
+    const CommandLine both = ParseCommandLine({"AUTOSTART", "b.seq", "last.cal", "/c.img"});
+    EXPECT_THAT(both.viewFiles, ElementsAre(here + "/b.seq", "/c.img"));
+    EXPECT_EQ(both.rest, "AUTOSTART last.cal");
+}
+
+TEST(CommandLine, BesideViewANameNeedsNoEnding)
+{
+    const CommandLine line =
+        ParseCommandLine({"/1", "--view", "/2", "/3.dat", "--view=/4", "autostart", "set.cal", "AUTOSTART q.cal"});
+    EXPECT_THAT(line.viewFiles, ElementsAre("/2", "/4", "/1", "/3.dat"));
+    EXPECT_EQ(line.rest, "autostart set.cal AUTOSTART q.cal");
+}
+
+TEST(CommandLine, KeepsTheBytesOfAName)
+{
+    const std::string name = "/\xFF\xC3\xA4 b.img";
+    EXPECT_THAT(ParseCommandLine({name}).viewFiles, ElementsAre(name));
+    EXPECT_EQ(ParseCommandLine({"--data=" + name}).dataDirectory, name);
+}
+
 // Fewer than five characters mean nothing, however long the path is that they would stand for.
 TEST(CommandLine, CountsWhatWasTyped)
 {
@@ -124,6 +156,9 @@ TEST(CommandLine, TellsWhatIsWrong)
         {{"--theme", "pink"}, "--theme"},
         {{"--offscreen=1"}, "--offscreen takes no value"},
         {{"--scale", ""}, "--scale needs a value"},
+        {{"--view", "a.img", "--data"}, "--data needs a value"},
+        {{"--data", "--", "x"}, "--data needs a value"},
+        {{"--help=no"}, "--help takes no value"},
     };
     for (const auto& [arguments, text] : cases) {
         EXPECT_THAT(ParseCommandLine(arguments).error, HasSubstr(text)) << arguments[0];
@@ -140,6 +175,8 @@ TEST(CommandLine, AsksForVersionAndHelp)
 {
     EXPECT_TRUE(ParseCommandLine({"--version"}).showVersion);
     EXPECT_TRUE(ParseCommandLine({"--help"}).showHelp);
+    EXPECT_TRUE(ParseCommandLine({"-h"}).showHelp);
+    EXPECT_THAT(CommandLineHelp(), HasSubstr("Exit codes:"));
     for (const char* option : {"--data", "--view", "--script", "--transcript", "--offscreen", "--scale",
                                "--virtual-time", "--theme", "--version", "--help"}) {
         EXPECT_THAT(CommandLineHelp(), HasSubstr(option));

@@ -37,6 +37,7 @@
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
+#include "state/contrast_fit_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/head_state_write.h"
@@ -79,6 +80,7 @@ constexpr void (*kModules[])() = {
     ResetCalSettings,
     ResetHeadState,
     ResetBufferState,
+    ResetContrastFit,
     ResetCameraState,
 
     ResetHeader,

@@ -67,3 +67,8 @@ check.eq({ first.finish(), second.finish() }, { 0, 0 })
 wait(500)
 check.seen("title", { text = "Kelvo - sample" }, before + 1)
 check.seen("title", { text = "Kelvo - handed over" }, before + 1)
+
+-- The files of one start belong together: the first comes on view, the others stand behind it.
+check.eq(start("several", "handed over.img", data .. "/sample.seq").finish(), 0)
+wait(500)
+check.eq({ title(), menu(2101).text }, { "Kelvo - handed over", "&2 sample.seq" })

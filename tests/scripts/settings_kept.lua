@@ -1,5 +1,6 @@
 -- When a setting reaches its file: some at once, some at exit alone. The next start reads them back.
 local check = require "check"
+local files = require "files"
 answer("ok")
 local ini, camera = datadir() .. "/kelvo.ini", datadir() .. "/camera.ini"
 
@@ -40,7 +41,9 @@ written()
 check.eq(value(ini, "Display", "Contrast"), tostring(contrast + 1))
 check.eq(value(ini, "Display", "Brightness"), tostring(brightness - 10))
 
-drop(datadir() .. "/sample.seq")
+-- A picture that is seen as it is, so that no contrast is found for it.
+local ramp = files.image(datadir() .. "/../ramp.img", { width = 160, height = 120 }, 1, function(_, x) return 100 * x end)
+drop(ramp)
 -- The pan is written as it moves, zoom and offsets at exit.
 key("Home")
 key("+")
