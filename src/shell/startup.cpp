@@ -142,7 +142,7 @@ void OpenBenchAtFirstStart()
     constexpr const char* kKey = "Shown";
     const std::string windowIni = DefaultDir + "/window.ini";
     const bool shown = GetPrivateProfileInt(kSection, kKey, ScriptRuns() ? 1 : 0, windowIni) != 0;
-    if (shown || !startOptions.viewFile.empty() || !BenchIsThere()) return;
+    if (shown || !startOptions.viewFiles.empty() || !BenchIsThere()) return;
     OpenBenchWindow(hWndMain);
     WritePrivateProfileString(kSection, kKey, "1", windowIni);
 }

@@ -20,6 +20,13 @@ local function bench_lies_above()
   assert(main and bench and bench > main, check.show(hands.stacking()))
 end
 local source = { low = 1001, high = 1002, scene = 1003 }
+-- A picture of each step, which tools/first_look.sh takes into the pages.
+local steps = 0
+local function picture(name)
+  wait(300)
+  steps = steps + 1
+  screenshot(("%s/../%d-%s.png"):format(datadir(), steps, name))
+end
 -- Puts a source in front of the camera by the bench, waits until the dialog says that it is steady, and types its temperature.
 local function answer_source(name, edit, degrees)
   hands.click("BENCH", source[name])
@@ -28,16 +35,19 @@ local function answer_source(name, edit, degrees)
   hands.click(edit)
   hands.key("ctrl+a")
   hands.type(tostring(degrees))
-  screenshot(datadir() .. "/../" .. name .. ".png")
+  picture(name .. "-source")
   hands.click(1)
   return mean
 end
 
 in_front("CLOCK_ON")
+picture "turn-on"
 hands.click(1070)
 in_front("QVF1058")
+picture "video-setup"
 hands.click(1)
 in_front("CALIB")
+picture "calibration"
 hands.click(1)
 
 in_front("CAL_COLD")
@@ -55,6 +65,7 @@ hands.click("button", "OK")
 box_in_front("Kelvo Calibration Statistics")
 hands.click("button", "Report...")
 in_front("CALREPORT")
+picture "report"
 hands.click(1)
 hands.untilTrue(function() return not dialog() and not box() end, "live video")
 
@@ -67,7 +78,7 @@ hands.clickAt(window.x + 200, window.y + 300)
 hands.untilTrue(function() local titles = hands.stacking() return titles[1]:find("^Kelvo") end, "the main window below its own")
 bench_lies_above()
 check.eq(hands.stacking()[#hands.stacking()]:find("^Kelvo"), nil)
-screenshot(datadir() .. "/../scene.png")
+picture "scene"
 hands.click("ACCOUNT", 2)
 hands.untilTrue(function() return not place("ACCOUNT", 2) end, "Close of the frame account")
 hands.click("BENCH", 2)
