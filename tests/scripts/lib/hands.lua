@@ -7,6 +7,10 @@ local function xdotool(...)
   assert(os.execute(command), command)
 end
 
+-- The pointer counts device pixels, place() logical ones.
+local ratio = tonumber(os.getenv("QT_SCALE_FACTOR")) or 1
+local function motion(x, y) return ("mousemove %d %d"):format(math.floor(x * ratio), math.floor(y * ratio)) end
+
 -- Waits until what() gives something other than false or nil, and returns it; fails after ten seconds.
 function hands.untilTrue(what, text)
   for _ = 1, 500 do
@@ -24,15 +28,15 @@ function hands.middle(...)
   return math.floor(found.x + found.width / 2), math.floor(found.y + found.height / 2)
 end
 
--- Screen coordinates; button 1 left, 2 middle, 3 right, 4 and 5 the wheel.
-function hands.clickAt(x, y, button) xdotool("mousemove", x, y, "click", button or 1) end
-function hands.moveTo(x, y) xdotool("mousemove", x, y) end
+-- Screen coordinates in logical pixels; button 1 left, 2 middle, 3 right, 4 and 5 the wheel.
+function hands.clickAt(x, y, button) xdotool(motion(x, y), "click", button or 1) end
+function hands.moveTo(x, y) xdotool(motion(x, y)) end
 -- Presses, goes there in steps, and lets go.
 function hands.drag(fromX, fromY, toX, toY, button)
-  xdotool("mousemove", fromX, fromY, "mousedown", button or 1)
+  xdotool(motion(fromX, fromY), "mousedown", button or 1)
   for step = 1, 4 do
     wait(20)
-    xdotool("mousemove", math.floor(fromX + (toX - fromX) * step / 4), math.floor(fromY + (toY - fromY) * step / 4))
+    xdotool(motion(fromX + (toX - fromX) * step / 4, fromY + (toY - fromY) * step / 4))
   end
   wait(20)
   xdotool("mouseup", button or 1)
@@ -42,6 +46,13 @@ end
 -- Clicks the middle of what place() finds under these words.
 function hands.click(...)
   hands.clickAt(hands.middle(...))
+  wait(50)
+end
+
+-- A box to tick or one of several to choose: only its mark and its text take a click, which begin at its left end.
+function hands.tick(...)
+  local _, y = hands.middle(...)
+  hands.clickAt(place(...).x + 8, y)
   wait(50)
 end
 
