@@ -46,8 +46,9 @@ std::string Row(const CommandRow& row)
 std::string Table(std::string_view heading, const std::string& rows)
 {
     if (rows.empty()) return {};
-    return "<h2>" + PlainText(heading) + "</h2>\n<table width=\"100%\">\n<tr><th>Key</th><th>What it does</th></tr>\n" +
-           rows + "</table>\n\n";
+    return "<h2>" + PlainText(heading) +
+           "</h2>\n<table width=\"100%\">\n<tr><th width=\"35%\">Key</th><th>What it does</th></tr>\n" + rows +
+           "</table>\n\n";
 }
 
 }  // namespace

@@ -50,7 +50,8 @@ const sockaddr* Plain(const sockaddr_un& address)
 int Listen(const std::string& path)
 {
     const auto address = AddressOf(path);
-    const int listener = address ? MakeSocket() : -1;
+    if (!address) return -1;
+    const int listener = MakeSocket();
     if (listener < 0) return -1;
     unlink(path.c_str());
     const mode_t before = umask(kOthersNothing);
@@ -71,7 +72,8 @@ bool IsOurs(int descriptor)
 int Connect(const std::string& path)
 {
     const auto address = AddressOf(path);
-    const int descriptor = address ? MakeSocket() : -1;
+    if (!address) return -1;
+    const int descriptor = MakeSocket();
     if (descriptor < 0) return -1;
     if (connect(descriptor, Plain(*address), sizeof *address) == 0 && IsOurs(descriptor)) return descriptor;
     close(descriptor);
