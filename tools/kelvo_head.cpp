@@ -3,14 +3,18 @@
 //     kelvo-head [--fault silent|refusing|short|noise] [--log] FILE
 //
 // FILE describes the camera, as a port wired to "sim:FILE" names it. The first line of output is the terminal's path:
-// wire a port of platform.ini to it. The program then answers frames of four bytes until it is ended; --log writes each
-// frame and its answer on the error output.
+// wire a port of platform.ini to it. The second is the path of a socket on which the head offers its registers, so that
+// the simulated board of a Kelvo at this port shows its video. The program then answers frames of four bytes until it
+// is ended; --log writes each frame and its answer on the error output.
 #include "platform/faults.h"
+#include "simcam/head_socket.h"
 #include "simcam/sim_camera.h"
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <stdlib.h>
+#include <sys/signalfd.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -100,14 +104,11 @@ class Terminal {
 
     bool Ready() const { return slave_ >= 0; }
     const std::string& Path() const { return path_; }
+    int Descriptor() const { return master_; }
 
-    // Bytes that have come, none if nothing came in that time (-1: waits for ever); nullopt if the terminal is gone.
-    std::optional<std::vector<std::uint8_t>> Receive(int waitMs) const
+    // Bytes that have come, none if there are none; nullopt if the terminal is gone.
+    std::optional<std::vector<std::uint8_t>> Receive() const
     {
-        pollfd arrival{.fd = master_, .events = POLLIN, .revents = 0};
-        if (poll(&arrival, 1, waitMs) < 0)
-            return errno == EINTR ? std::optional(std::vector<std::uint8_t>()) : std::nullopt;
-        if (arrival.revents == 0) return std::vector<std::uint8_t>();
         std::vector<std::uint8_t> bytes(64);
         const ssize_t count = read(master_, bytes.data(), bytes.size());
         if (count < 0 && errno != EAGAIN && errno != EINTR) return std::nullopt;
@@ -148,8 +149,10 @@ void LogFrame(std::span<const std::uint8_t> frame, std::span<const std::uint8_t>
     std::fprintf(stderr, "\n");
 }
 
-// Answers the whole frames at the front of pending and leaves what is left of a frame.
-void AnswerFrames(kelvo::SimCamera& camera, const Terminal& terminal, bool log, std::vector<std::uint8_t>& pending)
+// Answers the whole frames at the front of pending and leaves what is left of a frame. Who follows the registers is
+// told before the answer goes out: a host that has it knows that its board has heard too.
+void AnswerFrames(kelvo::SimCamera& camera, const Terminal& terminal, kelvo::HeadOffer& offer, bool log,
+                  std::vector<std::uint8_t>& pending)
 {
     SimFrame frame{};
     while (pending.size() >= frame.size()) {
@@ -157,18 +160,51 @@ void AnswerFrames(kelvo::SimCamera& camera, const Terminal& terminal, bool log, 
         std::copy(pending.begin(), end, frame.begin());
         pending.erase(pending.begin(), end);
         const std::vector<std::uint8_t> answer = AnswerSimFrame(camera, frame);
+        offer.Tell(SimRegistersText(camera));
         if (log) LogFrame(frame, answer);
         terminal.Send(answer);
     }
 }
 
-void Serve(kelvo::SimCamera& camera, const Terminal& terminal, bool log)
+// The signals that end the program, as a descriptor: what it made can then be taken away.
+class EndSignals {
+  public:
+    EndSignals()
+    {
+        sigset_t ends{};
+        sigemptyset(&ends);
+        for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ends, number);
+        sigprocmask(SIG_BLOCK, &ends, nullptr);
+        descriptor_ = signalfd(-1, &ends, SFD_CLOEXEC);
+    }
+    EndSignals(const EndSignals&) = delete;
+    EndSignals& operator=(const EndSignals&) = delete;
+    ~EndSignals() { close(descriptor_); }
+    int Descriptor() const { return descriptor_; }
+
+  private:
+    int descriptor_ = -1;
+};
+
+// Until a signal ends it or the terminal is gone.
+void Serve(kelvo::SimCamera& camera, const Terminal& terminal, kelvo::HeadOffer& offer, const EndSignals& end, bool log)
 {
     std::vector<std::uint8_t> pending;
-    while (const auto received = terminal.Receive(pending.empty() ? -1 : kHalfFrameMs)) {
-        if (received->empty()) pending.clear();
+    for (;;) {
+        std::array<pollfd, 3> arrivals{{{.fd = terminal.Descriptor(), .events = POLLIN, .revents = 0},
+                                        {.fd = offer.Descriptor(), .events = POLLIN, .revents = 0},
+                                        {.fd = end.Descriptor(), .events = POLLIN, .revents = 0}}};
+        const int count = poll(arrivals.data(), arrivals.size(), pending.empty() ? -1 : kHalfFrameMs);
+        if (count < 0 && errno != EINTR) return;
+        if (count <= 0) pending.clear();
+        if (count <= 0) continue;
+        if (arrivals[2].revents != 0) return;
+        if (arrivals[1].revents != 0) offer.Accept(SimRegistersText(camera));
+        if (arrivals[0].revents == 0) continue;
+        const auto received = terminal.Receive();
+        if (!received) return;
         pending.insert(pending.end(), received->begin(), received->end());
-        AnswerFrames(camera, terminal, log, pending);
+        AnswerFrames(camera, terminal, offer, log, pending);
     }
 }
 
@@ -180,15 +216,21 @@ int Run(const Options& options)
         std::fprintf(stderr, "kelvo-head: %s\n", error.c_str());
         return 1;
     }
+    const EndSignals end;
     const Terminal terminal;
     if (!terminal.Ready()) {
         std::fprintf(stderr, "kelvo-head: no pseudo-terminal: %s\n", std::strerror(errno));
         return 1;
     }
+    kelvo::HeadOffer offer(kelvo::HeadSocketPath(terminal.Path()));
+    if (!offer.Ready()) {
+        std::fprintf(stderr, "kelvo-head: no socket for its registers: %s\n", std::strerror(errno));
+        return 1;
+    }
     if (!options.fault.empty()) kelvo::SetFault(options.fault, true);
-    std::printf("%s\n", terminal.Path().c_str());
+    std::printf("%s\n%s\n", terminal.Path().c_str(), offer.Path().c_str());
     std::fflush(stdout);
-    Serve(*camera, terminal, options.log);
+    Serve(*camera, terminal, offer, end, options.log);
     return 0;
 }
 

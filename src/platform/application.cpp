@@ -240,24 +240,24 @@ std::string ResourceText(std::string_view name)
     return file.readAll().toStdString();
 }
 
-void OpenDesktopTool(std::string_view name)
+bool OpenDesktopTool(std::string_view name)
 {
-    if (name != "printers" || runsOffscreen) return;
-    // The first that the desktop has.
+    if (name != "printers") return false;
     struct Tool {
         const char* program = nullptr;
         QStringList arguments;
     };
-    const Tool tools[] = {
+    std::vector<Tool> tools = {
         {"system-config-printer", {}},
         {"gnome-control-center", {"printers"}},
         {"systemsettings", {"kcm_printer_manager"}},
-        {"xdg-open", {"http://localhost:631/printers"}},
     };
-    for (const Tool& tool : tools) {
+    // The page of the printing system itself, where one runs.
+    if (QFile::exists("/run/cups/cups.sock")) tools.push_back({"xdg-open", {"http://localhost:631/printers"}});
+    return std::ranges::any_of(tools, [](const Tool& tool) {
         const QString program = QStandardPaths::findExecutable(tool.program);
-        if (!program.isEmpty() && QProcess::startDetached(program, tool.arguments)) return;
-    }
+        return !program.isEmpty() && QProcess::startDetached(program, tool.arguments);
+    });
 }
 
 void EndApplication()

@@ -58,6 +58,8 @@ std::vector<std::string> CopyShippedFiles(std::string_view directory);
 // A file that travels inside the program ("dialogs/DISPLAY.ui", "help/288.html"); empty if there is none.
 std::string ResourceText(std::string_view name);
 
-void OpenDesktopTool(std::string_view name);  // "printers": the desktop's printer settings, where it has some
+// "printers": the desktop's printer settings, in a program of their own, no shell between. False where no such program
+// is on PATH.
+bool OpenDesktopTool(std::string_view name);
 
 }  // namespace kelvo

@@ -38,7 +38,7 @@ QToolButton* AddRepeatingButton(QWidget* parent, std::string_view icon, const ch
     button->setAutoRepeat(true);
     button->setAutoRepeatDelay(kRepeatDelayMs);
     button->setAutoRepeatInterval(kRepeatIntervalMs);
-    button->setFocusPolicy(Qt::NoFocus);
+    button->setFocusPolicy(Qt::TabFocus);
     parent->layout()->addWidget(button);
     return button;
 }

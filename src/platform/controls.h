@@ -1,6 +1,7 @@
 // Two controls of the control panel that the toolkit doesn't have: a button with four directions, and a stepper that
-// works like a short scroll bar. Neither takes the keyboard focus, so that the main window's keys stay in force after a
-// click. What they mean to a dialog procedure is told in platform/dialog.h; here they only call back.
+// works like a short scroll bar. Their buttons take the keyboard focus from the Tab key alone, so that the main
+// window's keys stay in force after a click. What they mean to a dialog procedure is told in platform/dialog.h; here
+// they only call back.
 #pragma once
 
 #include <QWidget>

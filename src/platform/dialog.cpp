@@ -215,6 +215,29 @@ void SetPictures(QWidget* root)
     }
 }
 
+QString PlainCaption(QString text)
+{
+    text.remove(QLatin1Char('&'));
+    while (text.endsWith(QLatin1Char(':')) || text.endsWith(QLatin1Char(' '))) text.chop(1);
+    return text;
+}
+
+// For those who hear the screen: the toolkit itself finds the label of some classes only.
+void NameControls(QWidget* root)
+{
+    for (const QLabel* label : root->findChildren<QLabel*>()) {
+        QWidget* const named = label->buddy();
+        if (named != nullptr && named->accessibleName().isEmpty()) {
+            named->setAccessibleName(PlainCaption(label->text()));
+        }
+    }
+    for (QWidget* child : root->findChildren<QWidget*>()) {
+        if (child->accessibleName().isEmpty() && !child->toolTip().isEmpty()) {
+            child->setAccessibleName(child->toolTip());
+        }
+    }
+}
+
 // Null if the file isn't there, holds no dialog, or the fault "load dialog NAME" is set.
 std::unique_ptr<QWidget> LoadWidget(std::string_view name, QWidget* parent)
 {
@@ -223,7 +246,9 @@ std::unique_ptr<QWidget> LoadWidget(std::string_view name, QWidget* parent)
     if (!file.open(QIODevice::ReadOnly)) return nullptr;
     DialogLoader loader;
     std::unique_ptr<QWidget> root(loader.load(&file, parent));
-    if (root) SetPictures(root.get());
+    if (!root) return nullptr;
+    SetPictures(root.get());
+    NameControls(root.get());
     return root;
 }
 

@@ -7,6 +7,8 @@
 // FourWayButton and ZoomStepper. What a control does reaches the procedure as WM_COMMAND with wParam = MakeLong(id,
 // notification), or WM_HSCROLL, WM_VSCROLL.
 //
+// A control without an accessible name of its own is called as the label whose buddy it is, else as its tool tip says.
+//
 // Keys: Return presses the default button (control 1), Escape sends command 2, F1 command 9, as the logic expects of a
 // dialog.
 #pragma once
@@ -81,6 +83,8 @@ bool IsDlgButtonChecked(HWND dialog, int id);
 void CheckRadioButton(HWND dialog, int firstId, int lastId, int checkId);
 void EnableDlgItem(HWND dialog, int id, bool enabled);
 bool DlgItemEnabled(HWND dialog, int id);
+void SetDlgItemTip(HWND dialog, int id, std::string_view text);  // shown while the pointer rests on it, grey or not
+std::string DlgItemTip(HWND dialog, int id);
 void ShowDlgItem(HWND dialog, int id, bool shown);
 bool HasDlgItem(HWND dialog, int id);
 // A label that warns: its text in a colour that stands out in light and dark themes alike, or as it was.

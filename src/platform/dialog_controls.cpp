@@ -362,6 +362,17 @@ bool DlgItemEnabled(HWND dialog, int id)
     return control != nullptr && control->isEnabledTo(dialog->widget);
 }
 
+void SetDlgItemTip(HWND dialog, int id, std::string_view text)
+{
+    if (QWidget* control = ControlOf(dialog, id)) control->setToolTip(ToQString(text));
+}
+
+std::string DlgItemTip(HWND dialog, int id)
+{
+    const QWidget* control = ControlOf(dialog, id);
+    return control == nullptr ? std::string() : FromQString(control->toolTip());
+}
+
 void ShowDlgItem(HWND dialog, int id, bool shown)
 {
     if (QWidget* control = ControlOf(dialog, id)) control->setVisible(shown);

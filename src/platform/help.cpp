@@ -1,14 +1,18 @@
 #include "platform/help.h"
 
+#include "platform/beside.h"
 #include "platform/help_pages.h"
 #include "platform/qt_window.h"
 #include "platform/transcript.h"
 
 #include <QAction>
 #include <QEvent>
+#include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPointer>
+#include <QScreen>
 #include <QSplitter>
 #include <QTextBrowser>
 #include <QToolButton>
@@ -54,6 +58,40 @@ QString PageStyle(const QPalette& palette)
         .arg(accent, shade, line);
 }
 
+// Shows the pages with what the program filled in.
+class PageView : public QTextBrowser {
+  public:
+    QVariant loadResource(int type, const QUrl& url) override
+    {
+        const int context = ContextOf(url);
+        if (type == QTextDocument::HtmlResource && HasHelpPage(context)) return HelpPageHtml(context);
+        return QTextBrowser::loadResource(type, url);
+    }
+
+    // In the theme's colour of a selection.
+    void Mark(const QStringList& words)
+    {
+        QList<ExtraSelection> marks;
+        for (const QString& word : words) {
+            for (QTextCursor place = document()->find(word); !place.isNull(); place = document()->find(word, place)) {
+                ExtraSelection mark;
+                mark.cursor = place;
+                mark.format.setBackground(palette().color(QPalette::Highlight));
+                mark.format.setForeground(palette().color(QPalette::HighlightedText));
+                marks.push_back(mark);
+            }
+        }
+        setExtraSelections(marks);
+    }
+};
+
+QList<QRect> ScreenAreas()
+{
+    QList<QRect> areas;
+    for (const QScreen* const screen : QGuiApplication::screens()) areas.push_back(screen->availableGeometry());
+    return areas;
+}
+
 class HelpWindow : public QWidget {
   public:
     HelpWindow()
@@ -82,7 +120,11 @@ class HelpWindow : public QWidget {
         const int page = HasHelpPage(context) ? context : kHelpContentsPage;
         text_->setSource(PageUrl(page));
         context_ = context;
-        if (isVisible()) raise();
+        if (isVisible()) {
+            raise();
+        } else {
+            StandBesideMainWindow();
+        }
         show();
         activateWindow();
     }
@@ -96,18 +138,62 @@ class HelpWindow : public QWidget {
     }
 
     int Context() const { return isVisible() ? context_ : 0; }
+    QString Text() const { return isVisible() ? text_->toPlainText() : QString(); }
 
   protected:
+    // The lists and the text would take these keys for themselves.
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);
+        return CloseBy(static_cast<QKeyEvent&>(*event));
+    }
+
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (!CloseBy(*event)) QWidget::keyPressEvent(event);
+    }
+
     void changeEvent(QEvent* event) override
     {
         QWidget::changeEvent(event);
         if (event->type() == QEvent::PaletteChange && text_ != nullptr) {
             text_->document()->setDefaultStyleSheet(PageStyle(palette()));
             text_->reload();
+            MarkHits();
         }
     }
 
   private:
+    // Where it stood before, once the operator has seen it.
+    void StandBesideMainWindow()
+    {
+        const HWND main = MainWindow();
+        if (placed_ || main == nullptr || main->frame == nullptr || !main->frame->isVisible()) return;
+        placed_ = true;
+        const QRect frame = main->frame->frameGeometry();
+        move(PlaceBeside(frame, size(), ScreenAreas()));
+    }
+
+    bool CloseBy(const QKeyEvent& key)
+    {
+        const bool closes =
+            key.key() == Qt::Key_Escape || (key.key() == Qt::Key_W && key.modifiers() == Qt::ControlModifier);
+        if (closes) close();
+        return closes;
+    }
+
+    void MarkHits() { text_->Mark(SearchWords(search_->text())); }
+
+    // The first page found comes up; the list keeps all of them.
+    void OpenFirstHit()
+    {
+        for (QTreeWidgetItemIterator item(tree_); *item != nullptr; ++item) {
+            if ((*item)->data(0, Qt::UserRole).toInt() == 0) continue;
+            tree_->setCurrentItem(*item);
+            return;
+        }
+    }
+
     void BuildSide()
     {
         side_ = new QWidget;
@@ -130,9 +216,14 @@ class HelpWindow : public QWidget {
         layout->addWidget(search_);
         layout->addWidget(tree_, 1);
 
-        connect(search_, &QLineEdit::returnPressed, this, [this] { FillTree(search_->text()); });
+        search_->installEventFilter(this);
+        tree_->installEventFilter(this);
+        connect(search_, &QLineEdit::returnPressed, this, [this] {
+            if (!search_->text().trimmed().isEmpty()) OpenFirstHit();
+        });
         connect(search_, &QLineEdit::textChanged, this, [this](const QString& words) {
-            if (words.isEmpty()) FillTree(words);
+            FillTree(words);
+            MarkHits();
         });
         connect(tree_, &QTreeWidget::currentItemChanged, this, [this](const QTreeWidgetItem* item) {
             const int context = item == nullptr ? 0 : item->data(0, Qt::UserRole).toInt();
@@ -172,7 +263,8 @@ class HelpWindow : public QWidget {
 
     void BuildText()
     {
-        text_ = new QTextBrowser;
+        text_ = new PageView;
+        text_->installEventFilter(this);
         text_->setObjectName(QStringLiteral("helpText"));
         text_->setFrameShape(QFrame::NoFrame);
         text_->setOpenLinks(true);
@@ -194,6 +286,7 @@ class HelpWindow : public QWidget {
         for (QTreeWidgetItemIterator item(tree_); *item != nullptr; ++item) {
             if ((*item)->data(0, Qt::UserRole).toInt() == context) tree_->setCurrentItem(*item);
         }
+        MarkHits();
     }
 
     void FillTree(const QString& words)
@@ -242,10 +335,11 @@ class HelpWindow : public QWidget {
     QWidget* page_ = nullptr;
     QLineEdit* search_ = nullptr;
     QTreeWidget* tree_ = nullptr;
-    QTextBrowser* text_ = nullptr;
+    PageView* text_ = nullptr;
     QToolButton* back_ = nullptr;
     QToolButton* forward_ = nullptr;
     int context_ = 0;
+    bool placed_ = false;
 };
 
 QPointer<HelpWindow> helpWindow;
@@ -288,6 +382,11 @@ void QuitHelp()
 int CurrentHelpContext()
 {
     return helpWindow == nullptr ? 0 : helpWindow->Context();
+}
+
+std::string CurrentHelpText()
+{
+    return helpWindow == nullptr ? std::string() : helpWindow->Text().toStdString();
 }
 
 }  // namespace kelvo

@@ -1,14 +1,21 @@
 #include "platform/help_pages.h"
 
+#include "platform/help.h"
+
 #include <QFile>
 #include <QRegularExpression>
 #include <QTextDocumentFragment>
 
 #include <algorithm>
+#include <map>
 
 namespace kelvo {
 
 namespace {
+
+constexpr auto kFilledHere = "<!-- filled by the program -->";
+
+std::map<int, QString> filledPages;
 
 QString PageFile(int context)
 {
@@ -61,7 +68,21 @@ bool HasHelpPage(int context)
 QString HelpPageHtml(int context)
 {
     QFile file(PageFile(context));
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    QString html = QString::fromUtf8(file.readAll());
+    const auto filled = filledPages.find(context);
+    if (filled != filledPages.end()) html.replace(QLatin1String(kFilledHere), filled->second);
+    return html;
+}
+
+void FillHelpPage(int context, std::string_view html)
+{
+    filledPages[context] = QString::fromUtf8(html.data(), static_cast<qsizetype>(html.size()));
+}
+
+void ForgetFilledPages()
+{
+    filledPages.clear();
 }
 
 QString HelpPageTitle(int context)
@@ -78,7 +99,7 @@ const std::vector<HelpTopic>& HelpTopics()
 
 std::vector<HelpTopic> FindHelpTopics(const QString& words)
 {
-    const QStringList wanted = words.split(QRegularExpression(QStringLiteral("\\s+")), Qt::SkipEmptyParts);
+    const QStringList wanted = SearchWords(words);
     std::vector<HelpTopic> found;
     for (const HelpTopic& topic : HelpTopics()) {
         if (HoldsAll(PlainText(HelpPageHtml(topic.context)), wanted)) found.push_back(topic);
@@ -86,6 +107,11 @@ std::vector<HelpTopic> FindHelpTopics(const QString& words)
     std::stable_partition(found.begin(), found.end(),
                           [&wanted](const HelpTopic& topic) { return HoldsOne(topic.title, wanted); });
     return found;
+}
+
+QStringList SearchWords(const QString& words)
+{
+    return words.split(QRegularExpression(QStringLiteral("\\s+")), Qt::SkipEmptyParts);
 }
 
 }  // namespace kelvo

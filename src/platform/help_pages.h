@@ -1,5 +1,6 @@
 // The help pages in the resources: HTML files named by their context number. The contents page is the one list of
-// them: its headings and links make the tree beside the text.
+// them: its headings and links make the tree beside the text. A page whose contents the program knows better than its
+// writer is filled in at start.
 #pragma once
 
 #include <QString>
@@ -20,8 +21,11 @@ struct HelpTopic {
 };
 
 bool HasHelpPage(int context);
-QString HelpPageHtml(int context);   // empty if there is no such page
+// With what FillHelpPage (help.h) gave it; empty if there is no such page.
+QString HelpPageHtml(int context);
 QString HelpPageTitle(int context);  // what stands between <title> and </title>
+
+void ForgetFilledPages();
 
 // In the order of the contents page, which isn't among them.
 const std::vector<HelpTopic>& HelpTopics();
@@ -29,5 +33,8 @@ const std::vector<HelpTopic>& HelpTopics();
 // The topics in which each word occurs, in any letter case: those with a word in the title first, otherwise in the
 // order of the contents. No word: all topics.
 std::vector<HelpTopic> FindHelpTopics(const QString& words);
+
+// The words that a search looks for.
+QStringList SearchWords(const QString& words);
 
 }  // namespace kelvo

@@ -2,8 +2,26 @@
 
 #include "platform/files.h"
 #include "platform/profile.h"
+#include "platform/text.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace kelvo {
+
+namespace {
+
+constexpr mode_t kOwnersOnly = 0700;
+
+// A directory of mine that nobody else may enter.
+bool IsPrivate(const std::string& directory)
+{
+    struct stat status {};
+    return lstat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == getuid() &&
+           (status.st_mode & 077U) == 0;
+}
+
+}  // namespace
 
 std::string PlatformFilePath()
 {
@@ -13,6 +31,15 @@ std::string PlatformFilePath()
 std::string MachineSetting(std::string_view section, std::string_view key, std::string_view defaultValue)
 {
     return GetPrivateProfileString(section, key, defaultValue, PlatformFilePath());
+}
+
+std::string SocketDirectory()
+{
+    std::string ofSession = Format("/run/user/%u", getuid());
+    if (IsPrivate(ofSession) && access(ofSession.c_str(), W_OK) == 0) return ofSession;
+    std::string own = Format("/tmp/kelvo-%u", getuid());
+    mkdir(own.c_str(), kOwnersOnly);  // it may stand already
+    return IsPrivate(own) ? own : std::string();
 }
 
 }  // namespace kelvo

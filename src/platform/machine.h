@@ -1,5 +1,5 @@
-// The wiring of this machine: platform.ini beside the other settings files. It is a file of its own, since kelvo.ini
-// travels inside calibration sets and the wiring of a machine must not.
+// This machine: its wiring, and where one user's programs meet. The wiring is platform.ini beside the other settings
+// files. It is a file of its own, since kelvo.ini travels inside calibration sets and the wiring of a machine must not.
 #pragma once
 
 #include <string>
@@ -12,5 +12,9 @@ std::string PlatformFilePath();
 
 // A key of platform.ini; the default where it is missing.
 std::string MachineSetting(std::string_view section, std::string_view key, std::string_view defaultValue);
+
+// Where this user's programs put the sockets on which they meet: a directory that nobody else may enter; empty if there
+// is none. It doesn't follow from the environment, so that a start from a desktop and one from a terminal meet.
+std::string SocketDirectory();
 
 }  // namespace kelvo

@@ -4,6 +4,7 @@
 #include "platform/transcript.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QMenu>
 #include <QMenuBar>
 
@@ -66,10 +67,17 @@ void TranscribeItem(int id, const Item& item)
                         {"enabled", item.action->isEnabled()}});
 }
 
-// The check mark is the logic's: the toolkit's own turn of it is taken back before the command runs.
+// The check mark is the logic's: the toolkit's own turn of it, which takes the mark off the other radio items, is taken
+// back before the command runs.
 void Choose(HWND window, int id)
 {
-    if (const Item* const item = FindItem(window, id)) item->action->setChecked(item->checked);
+    if (const Item* const chosen = FindItem(window, id)) {
+        const QActionGroup* const group = chosen->action->actionGroup();
+        for (const auto& [other, item] : window->menu->items) {
+            const bool concerned = other == id || (group && item.action && item.action->actionGroup() == group);
+            if (concerned) item.action->setChecked(item.checked);
+        }
+    }
     SendMessage(window, WM_COMMAND, static_cast<WPARAM>(id), 0);
 }
 
@@ -78,8 +86,9 @@ QAction* AddItem(HWND window, QMenu& menu, QAction* before, const MenuEntry& ent
     QAction* const action = std::make_unique<QAction>(ToQString(entry.text), &menu).release();  // the menu owns it
     action->setMenuRole(QAction::NoRole);
     action->setIcon(IconNamed(entry.icon));
-    action->setCheckable(entry.checkable);
+    action->setCheckable(entry.check != MenuEntry::Check::kNone);
     action->setEnabled(entry.enabled);
+    action->setToolTip(ToQString(entry.tip));
     menu.insertAction(before, action);
     const int id = entry.id;
     QObject::connect(action, &QAction::triggered, &menu, [window, id] { Choose(window, id); });
@@ -87,6 +96,15 @@ QAction* AddItem(HWND window, QMenu& menu, QAction* before, const MenuEntry& ent
                      [window, id] { SendMessage(window, WM_MENUSELECT, static_cast<WPARAM>(id), 0); });
     window->menu->items[id] = {action, std::string(entry.text), false};
     return action;
+}
+
+// The group of the radio items that stand together, made with the first; null behind an item of another kind.
+QActionGroup* JoinRadios(QActionGroup* group, const MenuEntry& entry, QAction* action)
+{
+    if (entry.check != MenuEntry::Check::kRadio) return nullptr;
+    if (!group) group = std::make_unique<QActionGroup>(action->parent()).release();  // the menu owns it
+    group->addAction(action);
+    return group;
 }
 
 void RemoveAction(QAction* action)
@@ -122,15 +140,18 @@ void SetMenu(HWND window, std::span<const MenuEntry> entries)
     QMenuBar& bar = *window->frame->menuBar();
     bar.clear();
     QMenu* menu = nullptr;
+    QActionGroup* radios = nullptr;
     for (const MenuEntry& entry : entries) {
+        if (entry.check != MenuEntry::Check::kRadio) radios = nullptr;
         if (entry.kind == MenuEntry::Kind::kTop) {
             menu = bar.addMenu(ToQString(entry.text));
+            menu->setToolTipsVisible(true);
             continue;
         }
         if (!menu) continue;
         switch (entry.kind) {
             case MenuEntry::Kind::kItem:
-                AddItem(window, *menu, nullptr, entry);
+                radios = JoinRadios(radios, entry, AddItem(window, *menu, nullptr, entry));
                 break;
             case MenuEntry::Kind::kRecentFiles:
                 data.recentMenu = menu;
@@ -243,7 +264,7 @@ void SetRecentFileItems(HWND window, int firstId, std::span<const std::string> t
     data->recentIds.clear();
     int id = firstId;
     for (const std::string& text : texts) {
-        AddItem(window, *data->recentMenu, data->recentEnd, {MenuEntry::Kind::kItem, id, text});
+        AddItem(window, *data->recentMenu, data->recentEnd, {.kind = MenuEntry::Kind::kItem, .id = id, .text = text});
         data->recentIds.push_back(id++);
     }
     data->recentEnd->setVisible(!texts.empty());

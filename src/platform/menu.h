@@ -13,12 +13,18 @@ namespace kelvo {
 // One line of a menu table, in order. An item's text holds '&' before its letter and, after a tab, the name of its key.
 struct MenuEntry {
     enum class Kind { kTop, kItem, kSeparator, kRecentFiles };
+    enum class Check {
+        kNone,
+        kBox,    // on or off
+        kRadio,  // one of the radio items that follow each other
+    };
     Kind kind = Kind::kItem;
     int id = 0;
     std::string_view text;
     std::string_view icon = {};  // name of an icon in the resources
-    bool checkable = false;
+    Check check = Check::kNone;
     bool enabled = true;
+    std::string_view tip = {};  // shown while the pointer rests on the item, a grey one too
 };
 
 struct Accelerator {

@@ -1,6 +1,7 @@
 #include "platform/one_process.h"
 
 #include "platform/files.h"
+#include "platform/machine.h"
 #include "platform/qt_window.h"
 #include "platform/text.h"
 
@@ -15,7 +16,6 @@
 #include <QSysInfo>
 #include <QThread>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -36,7 +36,6 @@ constexpr int kConnectMs = 1000;                 // a process that listens is re
 constexpr int kUnclearAfterMs = 2000;            // no lock is written for so long
 constexpr char kTaken = '+';                     // the answer to a handover
 constexpr qsizetype kLongestHandover = 1 << 20;  // bytes; no command line is longer
-constexpr mode_t kOwnersOnly = 0700;
 
 // A message is a length and that many bytes: the files, then the activation.
 QByteArray Message(const Handover& handover)
@@ -160,28 +159,11 @@ std::string NameOf(const std::optional<Owner>& owner)
     return owner->here ? process : process + " on " + FromQString(owner->machine);
 }
 
-// A directory of mine that nobody else may enter.
-bool IsPrivate(const std::string& directory)
-{
-    struct stat status {};
-    return lstat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == getuid() &&
-           (status.st_mode & 077U) == 0;
-}
-
-std::string DirectoryOfLines()
-{
-    std::string ofSession = Format("/run/user/%u", getuid());
-    if (IsPrivate(ofSession) && access(ofSession.c_str(), W_OK) == 0) return ofSession;
-    std::string own = Format("/tmp/kelvo-%u", getuid());
-    mkdir(own.c_str(), kOwnersOnly);  // it may stand already
-    return IsPrivate(own) ? own : std::string();
-}
-
 }  // namespace
 
 std::string HandoverLine(std::string_view directory)
 {
-    const std::string place = DirectoryOfLines();
+    const std::string place = SocketDirectory();
     if (place.empty()) return {};
     // By whichever way one comes to it.
     std::error_code error;

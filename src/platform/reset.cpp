@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 #include "platform/faults.h"
 #include "platform/files.h"
+#include "platform/help_pages.h"
 #include "platform/memory.h"
 #include "platform/one_process.h"
 #include "platform/pointer.h"
@@ -30,6 +31,7 @@ void ResetPlatform()
     FailAllocation(0);
     ResetSerial();
     ForgetProfiles();
+    ForgetFilledPages();
     SetKelvoDirectory({});
     ResetTranscript();
     ResetClock();

@@ -43,6 +43,7 @@ constexpr std::uint32_t kReadAtOnce = 0xFFFFFFFF;
 SimulatedLineMaker simulatedLines;
 int lastError = 0;
 std::string lastErrorText;
+std::string lastDevice;
 
 // Numbers whose usual wording says nothing of a port.
 struct ErrorWords {
@@ -96,6 +97,7 @@ SerialHandle OpenSimulated(const std::string& file)
     }
     SerialHandle port(new SerialPort);
     port->line = std::move(line);
+    lastDevice.clear();
     return port;
 }
 
@@ -130,6 +132,7 @@ SerialHandle OpenDevice(const std::string& device)
     }
     SerialHandle port(new SerialPort);
     port->descriptor = descriptor;
+    lastDevice = device;
     return port;
 }
 
@@ -267,6 +270,11 @@ SerialHandle OpenSerialPort(std::string_view name)
     return OpenDevice(device);
 }
 
+std::string LastSerialDevice()
+{
+    return lastDevice;
+}
+
 int LastSerialError()
 {
     return lastError;
@@ -354,6 +362,7 @@ void SetSimulatedLines(SimulatedLineMaker maker)
 void ResetSerial()
 {
     simulatedLines = nullptr;
+    lastDevice.clear();
     lastError = 0;
     lastErrorText.clear();
 }

@@ -59,6 +59,9 @@ bool SerialPortIsUnused(std::string_view name);
 // Opens a port for reading and writing, alone: never waits for a carrier. Null where there is none (ENODEV), another
 // program or link holds it (EBUSY), or it isn't a terminal (ENOTTY).
 SerialHandle OpenSerialPort(std::string_view name);
+// The device behind the port that was opened last, also when it is closed again; empty before, and where that was a
+// simulated head of the program itself.
+std::string LastSerialDevice();
 int LastSerialError();
 std::string LastSerialErrorText();
 

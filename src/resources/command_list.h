@@ -1,5 +1,5 @@
-// The commands: the one list from which menu, accelerators and help contexts are made, in the menu's order. The shell's
-// table of handlers is held against it when it is compiled.
+// The commands: the one list from which menu, accelerators, help contexts and the help's page on keys are made, in the
+// menu's order. The shell's table of handlers is held against it when it is compiled.
 //
 // A new command is a number in ids.h, a row here, and a handler in shell/commands.cpp.
 #pragma once
@@ -18,23 +18,28 @@ struct CommandRow {
         kTop,          // a menu of the menu bar
         kItem,         // an item of it
         kCheck,        // an item that can be checked
+        kRadio,        // an item of which one is checked among those that follow each other
         kSeparator,    //
         kRecentFiles,  // the place of the files last opened
         kWithoutItem,  // a command that keys, pointer or other commands give
+        kKeyAlone,     // a key or a turn of the mouse that is no command: only the page on keys tells of it
+        kHeading,      // what the page on keys puts above the rows that have no item
         kHelpAlone,    // no command any more: only the help knows the number
     };
     Kind kind = Kind::kItem;
     int id = 0;
-    std::string_view text = {};  // of the item: '&' before its letter, the name of its key behind a tab
+    std::string_view text = {};  // of the item: '&' before its letter, the name of its key behind a tab; of a row
+                                 // without an item: what the page on keys says of it
     int help = 0;                // help context; 0: "Help not available for this Menu item."
     std::string_view icon = {};  // name of an icon in the resources
-    std::string_view key = {};   // of a command without an item
-    bool built = true;           // false: the operator is told that this version hasn't got it
+    std::string_view key = {};   // of a row without an item
+    bool built = true;           // false: this version hasn't got it, its item is grey
 };
 
 constexpr bool HasItem(const CommandRow& row)
 {
-    return row.kind == CommandRow::Kind::kItem || row.kind == CommandRow::Kind::kCheck;
+    using enum CommandRow::Kind;
+    return row.kind == kItem || row.kind == kCheck || row.kind == kRadio;
 }
 
 // What the main window answers to by itself, rows alone: user modules and recent files have ranges of numbers.
@@ -43,9 +48,10 @@ constexpr bool IsCommand(const CommandRow& row)
     return HasItem(row) || row.kind == CommandRow::Kind::kWithoutItem;
 }
 
-// The name of the row's key; empty where it has none.
+// The name of the command's key; empty where it has none.
 constexpr std::string_view KeyOf(const CommandRow& row)
 {
+    if (!IsCommand(row)) return {};
     if (!HasItem(row)) return row.key;
     const std::size_t tab = row.text.find('\t');
     return tab == std::string_view::npos ? std::string_view() : row.text.substr(tab + 1);
@@ -68,9 +74,21 @@ constexpr CommandRow Check(int id, std::string_view text, int help = 0)
 {
     return {.kind = Kind::kCheck, .id = id, .text = text, .help = help};
 }
-constexpr CommandRow WithoutItem(int id, std::string_view key, int help = 0)
+constexpr CommandRow Radio(int id, std::string_view text, int help = 0)
 {
-    return {.kind = Kind::kWithoutItem, .id = id, .help = help, .key = key};
+    return {.kind = Kind::kRadio, .id = id, .text = text, .help = help};
+}
+constexpr CommandRow WithoutItem(int id, std::string_view key, std::string_view text, int help = 0)
+{
+    return {.kind = Kind::kWithoutItem, .id = id, .text = text, .help = help, .key = key};
+}
+constexpr CommandRow KeyAlone(std::string_view key, std::string_view text, int help = 0)
+{
+    return {.kind = Kind::kKeyAlone, .text = text, .help = help, .key = key};
+}
+constexpr CommandRow Heading(std::string_view text)
+{
+    return {.kind = Kind::kHeading, .text = text};
 }
 constexpr CommandRow HelpAlone(int id, int help)
 {
@@ -132,9 +150,9 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdFreeze, "&Freeze frame\tF2", kHelpFreeze, "freeze"),
     Check(kCmdReplaceBadPixels, "&Replace bad pixels\tF9", kHelpReplaceBadPixels),
     kLine,
-    Check(kCmdNormalGray, "&Normal gray", kHelpColorMaps),
-    Check(kCmdInvertedGray, "&Inverted gray", kHelpColorMaps),
-    Check(kCmdNormalColor, "Normal &color", kHelpColorMaps),
+    Radio(kCmdNormalGray, "&Normal gray", kHelpColorMaps),
+    Radio(kCmdInvertedGray, "&Inverted gray", kHelpColorMaps),
+    Radio(kCmdNormalColor, "Normal &color", kHelpColorMaps),
     kLine,
     Check(kCmdImageCursor, "&Image cursor\tF8", kHelpImageCursor),
 
@@ -152,7 +170,7 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdViewFitContrast, "&Fit contrast\tCtrl+F", 0, "contrast"),
     kLine,
     Check(kCmdViewFrameAccount, "Frame &account", kHelpFrameAccount),
-    Check(kCmdViewColorScale, "Colour &scale", kHelpColorScale),
+    Check(kCmdViewColorScale, "Co&lour scale", kHelpColorScale),
     Check(kCmdViewSaturation, "Sat&uration overlay", kHelpSaturation),
     kLine,
     Item(kCmdBench, "Simulated &bench...", kHelpBench),
@@ -168,27 +186,38 @@ inline constexpr CommandRow kAll[] = {
     kLine,
     Item(kCmdAbout, "&About", kHelpAbout, "about"),
 
-    WithoutItem(kCmdDialogHelp, {}, kHelpOfDialogs),
-    WithoutItem(kCmdTrackball, "F10"),
-    WithoutItem(kCmdNextColorMap, "F11"),
-    WithoutItem(kCmdZoomIn, "+"),
-    WithoutItem(kCmdZoomOut, "-"),
-    WithoutItem(kCmdPanRight, "Right"),
-    WithoutItem(kCmdPanLeft, "Left"),
-    WithoutItem(kCmdPanUp, "Up"),
-    WithoutItem(kCmdPanDown, "Down"),
-    WithoutItem(kCmdPanPageRight, "Home"),
-    WithoutItem(kCmdPanPageLeft, "End"),
-    WithoutItem(kCmdPanPageUp, "PgUp"),
-    WithoutItem(kCmdPanPageDown, "PgDn"),
-    WithoutItem(kCmdOffsetRight, "Shift+Right"),
-    WithoutItem(kCmdOffsetLeft, "Shift+Left"),
-    WithoutItem(kCmdOffsetUp, "Shift+Up"),
-    WithoutItem(kCmdOffsetDown, "Shift+Down"),
-    WithoutItem(kCmdOffsetPageRight, "Shift+End"),
-    WithoutItem(kCmdOffsetPageLeft, "Shift+Home"),
-    WithoutItem(kCmdOffsetPageUp, "Shift+PgUp"),
-    WithoutItem(kCmdOffsetPageDown, "Shift+PgDn"),
+    WithoutItem(kCmdDialogHelp, {}, {}, kHelpOfDialogs),
+    Heading("The picture"),
+    WithoutItem(kCmdTrackball, "F10", "Trackball mode on and off: the pointer moves brightness and contrast"),
+    WithoutItem(kCmdNextColorMap, "F11", "Next color map"),
+    Heading("Zoom and pan"),
+    WithoutItem(kCmdZoomIn, "+", "Zoom in by one step, up to 16"),
+    WithoutItem(kCmdZoomOut, "-", "Zoom out by one step, down to 1"),
+    WithoutItem(kCmdPanRight, "Right", "Pan right by one pixel"),
+    WithoutItem(kCmdPanLeft, "Left", "Pan left by one pixel"),
+    WithoutItem(kCmdPanUp, "Up", "Pan up by one line"),
+    WithoutItem(kCmdPanDown, "Down", "Pan down by one line"),
+    WithoutItem(kCmdPanPageRight, "Home", "Pan right by a sixteenth of the frame"),
+    WithoutItem(kCmdPanPageLeft, "End", "Pan left by a sixteenth of the frame"),
+    WithoutItem(kCmdPanPageUp, "PgUp", "Pan up by a sixteenth of the frame"),
+    WithoutItem(kCmdPanPageDown, "PgDn", "Pan down by a sixteenth of the frame"),
+    Heading("Place of the picture in the window"),
+    WithoutItem(kCmdOffsetRight, "Shift+Right", "Move the picture right by 4"),
+    WithoutItem(kCmdOffsetLeft, "Shift+Left", "Move the picture left by 4"),
+    WithoutItem(kCmdOffsetUp, "Shift+Up", "Move the picture up by 1"),
+    WithoutItem(kCmdOffsetDown, "Shift+Down", "Move the picture down by 1"),
+    WithoutItem(kCmdOffsetPageRight, "Shift+End", "Move the picture right by a sixteenth of the frame"),
+    WithoutItem(kCmdOffsetPageLeft, "Shift+Home", "Move the picture left by a sixteenth of the frame"),
+    WithoutItem(kCmdOffsetPageUp, "Shift+PgUp", "Move the picture up by a sixteenth of the frame"),
+    WithoutItem(kCmdOffsetPageDown, "Shift+PgDn", "Move the picture down by a sixteenth of the frame"),
+    Heading("The control panel"),
+    KeyAlone("Tab, Shift+Tab", "To the next control of the panel, and back", kHelpPanel),
+    KeyAlone("Space", "Press the control that has the focus", kHelpPanel),
+    Heading("The mouse, over the picture"),
+    KeyAlone("Left button", "Image cursor on and off", kHelpImageCursor),
+    KeyAlone("Double click", "Save image", kHelpSaveImage),
+    KeyAlone("Right button", "Trackball mode on and off"),
+    KeyAlone("Wheel", "Zoom in and out"),
 
     HelpAlone(21, kHelpOlder512),
     HelpAlone(22, kHelpOlder513),
@@ -202,6 +231,9 @@ inline constexpr CommandRow kAll[] = {
 }  // namespace rows
 
 inline constexpr const auto& kCommandList = rows::kAll;
+
+// Why a command that isn't built is grey, in menu and panel.
+inline constexpr std::string_view kNotBuiltTip = "Not in this version of Kelvo";
 
 // The row of a number; the list's end for a number without one.
 constexpr const CommandRow* CommandRowOf(int id)

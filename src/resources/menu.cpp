@@ -14,7 +14,7 @@ using Kind = CommandRow::Kind;
 
 constexpr bool StandsInMenu(const CommandRow& row)
 {
-    return row.kind != Kind::kWithoutItem && row.kind != Kind::kHelpAlone;
+    return HasItem(row) || row.kind == Kind::kTop || row.kind == Kind::kSeparator || row.kind == Kind::kRecentFiles;
 }
 
 constexpr bool HasKey(const CommandRow& row)
@@ -36,13 +36,21 @@ constexpr MenuEntry::Kind KindInMenu(Kind kind)
     }
 }
 
+constexpr MenuEntry::Check CheckOf(Kind kind)
+{
+    if (kind == Kind::kRadio) return MenuEntry::Check::kRadio;
+    return kind == Kind::kCheck ? MenuEntry::Check::kBox : MenuEntry::Check::kNone;
+}
+
 constexpr MenuEntry EntryOf(const CommandRow& row)
 {
     return {.kind = KindInMenu(row.kind),
             .id = row.id,
             .text = row.text,
             .icon = row.icon,
-            .checkable = row.kind == Kind::kCheck};
+            .check = CheckOf(row.kind),
+            .enabled = row.built,
+            .tip = row.built ? std::string_view() : kNotBuiltTip};
 }
 
 constexpr auto kMenu = [] {
@@ -86,6 +94,7 @@ static_assert(EachOnce(KeyOf));
 constexpr bool IsComplete(const CommandRow& row)
 {
     if (HasItem(row) && (row.text.empty() || !row.key.empty())) return false;
+    if (!row.key.empty() && row.text.empty()) return false;  // the page on keys would tell nothing of it
     return (!IsCommand(row) && row.kind != Kind::kHelpAlone) || row.id > 0;
 }
 static_assert(std::ranges::all_of(kCommandList, IsComplete));

@@ -265,7 +265,8 @@ int Help(lua_State* L)
     const int context = ProgramHasEnded() ? 0 : CurrentHelpContext();
     if (context == 0) return Nil(L);
     lua_pushinteger(L, context);
-    return 1;
+    Push(L, CurrentHelpText());
+    return 2;
 }
 
 int Mouse(lua_State* L)

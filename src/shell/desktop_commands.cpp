@@ -1,9 +1,11 @@
 #include "shell/desktop_commands.h"
 
 #include "platform/application.h"
+#include "platform/box.h"
 #include "platform/help.h"
 #include "platform/pointer.h"
 #include "resources/help_contexts.h"
+#include "state/windows.h"
 
 namespace kelvo {
 
@@ -29,8 +31,14 @@ void ShowDialogHelp()
 
 void OpenPrinterSetup()
 {
-    const Hourglass hourglass;
-    OpenDesktopTool("printers");
+    bool opened = false;
+    {
+        const Hourglass hourglass;
+        opened = OpenDesktopTool("printers");
+    }
+    if (opened) return;
+    MessageBox(hWndMain, "This desktop has no printer settings that Kelvo knows.", kMessageCaption,
+               BoxIcon::kInformation);
 }
 
 }  // namespace kelvo

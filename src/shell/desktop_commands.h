@@ -8,7 +8,7 @@ void ShowTutorial();
 void SearchHelp();      // for an empty key: all pages
 void ShowDialogHelp();  // on dialogs as such
 
-// The desktop's printer set-up, under the hourglass.
+// The desktop's printer set-up, begun under the hourglass; a box where it has none.
 void OpenPrinterSetup();
 
 }  // namespace kelvo

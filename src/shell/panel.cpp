@@ -7,16 +7,19 @@
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
+#include "resources/command_list.h"
 #include "resources/ids.h"
 #include "shell/color_scale.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
 #include "ui/panel_readouts.h"
+#include "ui/status.h"
 #include "video/video.h"
 #include "video/zoom_pan.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace kelvo {
 
@@ -32,6 +35,29 @@ constexpr int kMinZoom = 1;
 constexpr int kMaxZoom = 16;
 constexpr int kBrightnessStep = 10;
 
+struct CommandButton {
+    int control = 0;
+    int command = 0;
+};
+constexpr CommandButton kCommandButtons[] = {
+    {kCmdSaveImage, kCmdSaveImage},
+    {kCmdLoadImage, kCmdLoadImage},
+    {kCmdLoadNext, kCmdLoadNext},
+    {kCmdVideoSetup, kCmdVideoSetup},
+    {kCmdPrintBitmap, kCmdPrintBitmap},
+    {kCmdHistogram, kCmdHistogram},
+    {kTriggeredSaveButton, kCmdTriggeredSave},
+};
+
+void ShowWhatIsBuilt(HWND panel)
+{
+    for (const CommandButton& button : kCommandButtons) {
+        if (CommandRowOf(button.command)->built) continue;
+        EnableDlgItem(panel, button.control, false);
+        SetDlgItemTip(panel, button.control, kNotBuiltTip);
+    }
+}
+
 void Open(HWND panel)
 {
     write::windows.hDlgPanel = panel;
@@ -41,6 +67,7 @@ void Open(HWND panel)
     BuildDisplayLut(Contrast, Brightness);
     ShowUnits(panel);
     ShowDisplayEnabledInPanel();
+    ShowWhatIsBuilt(panel);
     ShowDlgItem(panel, kVmCopyBox, false);
     ShowDlgItem(panel, kEqualizeBox, false);
 }
@@ -102,20 +129,22 @@ void ChangeLevels(int direction)
 void FollowDisplayBox(HWND panel)
 {
     write::frames.DisplayEnabled = IsDlgButtonChecked(panel, kPanelDisplayBox) ? 1 : 0;
-    if (DisplayEnabled) SetTimer(hWndMain, kLiveTimer, 0);
+    if (!DisplayEnabled) {
+        StatusMessage("Display off", kLeftAligned);
+        return;
+    }
+    StatusString(kIdleHint, kLeftAligned);
+    SetTimer(hWndMain, kLiveTimer, 0);
 }
 
 bool OnCommand(HWND panel, int id, int notification)
 {
+    const auto* const button = std::ranges::find(kCommandButtons, id, &CommandButton::control);
+    if (button != std::end(kCommandButtons)) {
+        SendCommand(button->command);
+        return true;
+    }
     switch (id) {
-        case kCmdSaveImage:
-        case kCmdLoadImage:
-        case kCmdLoadNext:
-        case kCmdPrintBitmap:
-        case kCmdVideoSetup:
-        case kCmdHistogram:
-            SendCommand(id);
-            return true;
         case kPanButton:
             Pan(notification);
             return true;
@@ -124,9 +153,6 @@ bool OnCommand(HWND panel, int id, int notification)
             return true;
         case kPanelDisplayBox:
             FollowDisplayBox(panel);
-            return true;
-        case kTriggeredSaveButton:
-            SendCommand(kCmdTriggeredSave);
             return true;
         case kUnitList:
             if (notification != kSelectionChanged) return false;

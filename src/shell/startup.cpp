@@ -16,13 +16,16 @@
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
+#include "platform/help.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "resources/help_contexts.h"
 #include "resources/ids.h"
+#include "resources/keys_page.h"
 #include "resources/menu.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
@@ -62,6 +65,7 @@ bool MakeMainWindow()
     const HWND window = CreateMainWindow("KELVO", "Kelvo");
     if (!window) return false;
     SetMenu(window, MainMenu());
+    FillHelpPage(kHelpKeys, KeysPageTables());
     SetPointer(Pointer::kArrow);
     ShowWindowMaximised(window);
     UpdateWindow(window);

@@ -1,4 +1,5 @@
-// The simulated board: shows the camera that its configuration file names, at the pace of the head's registers. It has
+// The simulated board: shows the camera that its configuration file names, at the pace of the head's registers. Where a
+// head in another process is on the port that was opened last, its registers are the ones that hold. The board has
 // one frame of 16 bits mono and no computing modules. Its trigger line pulses with each blank.
 //
 // Each operation can be made to fail by the fault (platform/faults.h) of its name; "icp_frame_attrib bits" and
@@ -6,7 +7,9 @@
 #include "grabber/copm2.h"
 #include "platform/clock.h"
 #include "platform/faults.h"
+#include "platform/serial.h"
 #include "simcam/frame_clock.h"
+#include "simcam/head_socket.h"
 #include "simcam/sim_camera.h"
 
 #include <algorithm>
@@ -33,6 +36,7 @@ struct FrameMemory {
 // All that the board knows between two calls.
 struct State {
     std::shared_ptr<SimCamera> camera;
+    HeadFollower head;
     std::vector<FrameMemory> frames;  // handles from 1
     std::int64_t timeoutUs = 200 * kUsPerHundredth;
     FrameClock clock;
@@ -50,9 +54,19 @@ FrameMemory* FrameOf(BoardFrame frame)
     return &board.frames[static_cast<std::size_t>(frame - 1)];
 }
 
+void FollowHead(SimCamera& camera)
+{
+    const HeadNews news = board.head.Hear(LastSerialDevice());
+    if (news.kind == HeadNews::Kind::kRegisters) TakeSimRegisters(camera, news.registers);
+    if (news.kind == HeadNews::Kind::kGone) PowerDownSimHead(camera);
+}
+
+// As the head's registers give it now.
 double PeriodUs()
 {
-    return board.camera ? SimFramePeriodUs(*board.camera) : 0;
+    if (!board.camera) return 0;
+    FollowHead(*board.camera);
+    return SimFramePeriodUs(*board.camera);
 }
 
 // The time now; the clock has then heard of a change of the head's registers.

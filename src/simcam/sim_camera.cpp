@@ -179,6 +179,23 @@ std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const SimFrame& fram
     return {answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(length)};
 }
 
+std::string SimRegistersText(const SimCamera& camera)
+{
+    return HeadRegistersText(camera.head);
+}
+
+bool TakeSimRegisters(SimCamera& camera, std::string_view text)
+{
+    camera.exposure.valid = false;
+    return TakeHeadRegistersText(camera.head, text);
+}
+
+void PowerDownSimHead(SimCamera& camera)
+{
+    camera.exposure.valid = false;
+    camera.head = PowerUpHead(camera.settings);
+}
+
 double SimFramePeriodUs(const SimCamera& camera)
 {
     return FramePeriodSeconds(camera.head) * kUsPerSecond;

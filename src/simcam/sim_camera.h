@@ -60,6 +60,12 @@ std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, in
 // "flip_columns", "flip_rows", "clocks_on", "biases_on".
 std::vector<std::pair<std::string, double>> SimHeadRegisters(const SimCamera& camera);
 
+// The registers as a head tells them to a board in another process (simcam/head_socket.h), and the camera with those of
+// such a head: false, and as it was, for a text that isn't one. A head that has ended leaves a camera without clocks.
+std::string SimRegistersText(const SimCamera& camera);
+bool TakeSimRegisters(SimCamera& camera, std::string_view text);
+void PowerDownSimHead(SimCamera& camera);
+
 // Makes "sim:FILE" ports known to platform/serial.h, and the board "sim" to grabber/copm2.h.
 void RegisterSimulatedLines();
 void RegisterSimulatedBoard();

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
+#include <limits>
+#include <optional>
 
 namespace kelvo {
 
@@ -164,6 +167,103 @@ Frame HeadAnswer(const SimHead& head, const Frame& frame)
     constexpr Frame kHgCdTeIdentity{0x20, 0, 0, 0};
     if (frame[0] != kIdentifyReg) return frame;
     return head.model == SimModel::kInSb ? kInSbIdentity : kHgCdTeIdentity;
+}
+
+namespace {
+
+// Each register by its name, in the order of the text.
+template <typename Head, typename Visit>
+void VisitRegisters(Head& head, Visit visit)
+{
+    visit("clock_index", head.clockIndex);
+    visit("timing_rows", head.timingRows);
+    visit("timing_columns", head.timingCols);
+    visit("integration_lines", head.integrationLines);
+    visit("integration_columns", head.integrationCols);
+    visit("clocks_on", head.clocksOn);
+    visit("biases_on", head.biasesOn);
+    visit("gain_code", head.gainCode);
+    for (auto& dac : head.dac) visit("dac", dac);
+    visit("column_start", head.window.colStart);
+    visit("column_end", head.window.colEnd);
+    visit("row_start", head.window.rowStart);
+    visit("row_end", head.window.rowEnd);
+    visit("detector_bias", head.detBias);
+    visit("pedestal_bias", head.pedBias);
+    visit("column_gain", head.colGain);
+    visit("test_mode", head.testMode);
+    visit("flip_columns", head.flipCols);
+    visit("flip_rows", head.flipRows);
+}
+
+constexpr std::string_view kKeptLine = "kept";
+
+// The number behind the name at the text's front, which is taken off; nullopt where another name stands there, or none.
+std::optional<std::int32_t> TakeLine(std::string_view& text, std::string_view name)
+{
+    if (!text.starts_with(name) || !text.substr(name.size()).starts_with(' ')) return std::nullopt;
+    text.remove_prefix(name.size() + 1);
+    std::int32_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end == text.data() + text.size() || *end != '\n') return std::nullopt;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()) + 1);
+    return value;
+}
+
+// Register, selector and the two operands in one number, as the frame bore them.
+std::uint32_t KeptNumber(std::uint16_t place, const std::array<std::uint8_t, 2>& operands)
+{
+    return std::uint32_t{place} << 16U | std::uint32_t{operands[0]} << 8U | operands[1];
+}
+
+template <typename Register>
+bool Holds(std::int32_t value)
+{
+    return value >= std::int32_t{std::numeric_limits<Register>::min()} &&
+           value <= std::int32_t{std::numeric_limits<Register>::max()};
+}
+
+bool IsOnAnArray(const SimWindow& window)
+{
+    return window.colStart >= 0 && window.rowStart >= 0 && window.colEnd >= -1 && window.rowEnd >= -1;
+}
+
+}  // namespace
+
+std::string HeadRegistersText(const SimHead& head)
+{
+    std::string text;
+    const auto line = [&text](std::string_view name, std::int32_t value) {
+        text.append(name).append(" ").append(std::to_string(value)).append("\n");
+    };
+    VisitRegisters(head, line);
+    for (const auto& [place, operands] : head.kept) {
+        line(kKeptLine, std::bit_cast<std::int32_t>(KeptNumber(place, operands)));
+    }
+    return text;
+}
+
+bool TakeHeadRegistersText(SimHead& head, std::string_view text)
+{
+    SimHead taken = head;
+    bool whole = true;
+    VisitRegisters(taken, [&text, &whole]<typename Register>(std::string_view name, Register& value) {
+        const auto number = TakeLine(text, name);
+        whole = whole && number && Holds<Register>(*number);
+        if (whole) value = static_cast<Register>(*number);
+    });
+    taken.kept.clear();
+    while (whole && !text.empty()) {
+        const auto number = TakeLine(text, kKeptLine);
+        whole = number.has_value();
+        if (!whole) break;
+        const auto bits = std::bit_cast<std::uint32_t>(*number);
+        taken.kept[static_cast<std::uint16_t>(bits >> 16U)] = {static_cast<std::uint8_t>(bits >> 8U),
+                                                               static_cast<std::uint8_t>(bits)};
+    }
+    if (!whole || !IsOnAnArray(taken.window)) return false;
+    head = taken;
+    return true;
 }
 
 double PixelClockHz(const SimHead& head)

@@ -7,6 +7,8 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <string>
+#include <string_view>
 
 namespace kelvo {
 
@@ -57,6 +59,11 @@ void TakeHeadFrame(SimHead& head, const std::array<std::uint8_t, 4>& frame);
 
 // The head's own answer: the identity where it is asked for, the frame itself otherwise.
 std::array<std::uint8_t, 4> HeadAnswer(const SimHead& head, const std::array<std::uint8_t, 4>& frame);
+
+// All that the head was set to, a line each: a name and a number; and what it keeps of its frames. The second takes
+// such a text; false, and the head as it was, where it isn't one. Model, clock and array are the camera's own and stay.
+std::string HeadRegistersText(const SimHead& head);
+bool TakeHeadRegistersText(SimHead& head, std::string_view text);
 
 double PixelClockHz(const SimHead& head);
 // 0 while no blank comes: the InSb head's clocks are off, or it was sent no frame size.

@@ -4,6 +4,7 @@
 #include "platform/clock.h"
 #include "platform/serial.h"
 #include "platform/text.h"
+#include "simcam/head_socket.h"
 #include "state/camera_config_write.h"
 #include "state/windows_write.h"
 #include "support/operator.h"
@@ -16,6 +17,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -70,7 +72,7 @@ class HeadProgram {
     HeadProgram& operator=(const HeadProgram&) = delete;
     ~HeadProgram()
     {
-        Kill();
+        if (id_ >= 0) End();
         close(output_);
     }
 
@@ -92,6 +94,13 @@ class HeadProgram {
             if (poll(&arrival, 1, 5000) <= 0 || read(output_, &c, 1) != 1 || c == '\n') return line;
             line += c;
         }
+    }
+
+    // Asks it to end, and gives its exit code.
+    int End()
+    {
+        kill(id_, SIGTERM);
+        return ExitCode();
     }
 
     // Waits for its end and gives its exit code.
@@ -131,6 +140,7 @@ class LinkOverTerminal : public testing::Test {
         if (!fault.empty()) arguments.insert(arguments.begin(), {"--fault", fault});
         auto program = std::make_unique<HeadProgram>(arguments);
         slave = program->Line();
+        EXPECT_EQ(program->Line(), HeadSocketPath(slave));
         Wire(slave);
         EXPECT_EQ(OpenCommLink(), 1) << LastSerialErrorText();
         return program;
@@ -164,6 +174,22 @@ TEST_F(LinkOverTerminal, AWholeTransactionGoesThrough)
     EXPECT_EQ(frame[0], 0x50);
     EXPECT_THAT(Log(), HasSubstr("WriteRead001=50 00 00 07 OK  50 "));
     EXPECT_THAT(op.Boxes(), IsEmpty());
+}
+
+// The board asks for the device of the port that was opened last, whether or not it is open now.
+TEST_F(LinkOverTerminal, ABoardHearsTheRegistersBeforeTheAnswerIsThere)
+{
+    EXPECT_EQ(LastSerialDevice(), "");
+    const auto program = OpenTo("");
+    EXPECT_EQ(LastSerialDevice(), slave);
+    HeadFollower follower;
+    EXPECT_THAT(follower.Hear(LastSerialDevice()).registers, HasSubstr("\nclocks_on 0\n"));
+    write::link.CommEchoMode = 1;
+    CommFrame frame = {0x90, 0x30, 0, 0};
+    ASSERT_EQ(WriteCommFrame(frame, 4), 1);
+    EXPECT_THAT(follower.Hear(LastSerialDevice()).registers, HasSubstr("\nclocks_on 1\n"));
+    CloseCommLink();
+    EXPECT_EQ(LastSerialDevice(), slave);
 }
 
 TEST_F(LinkOverTerminal, WithoutEchoTheCallerReadsTheReplyItself)
@@ -362,6 +388,7 @@ class HeadAlone : public testing::Test {
         options.push_back(directory / "camera.cnf");
         program = std::make_unique<HeadProgram>(options);
         line = open(program->Line().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+        socket = program->Line();
         ASSERT_GE(line, 0);
     }
 
@@ -389,6 +416,7 @@ class HeadAlone : public testing::Test {
 
     TempDirectory directory;
     std::unique_ptr<HeadProgram> program;
+    std::string socket;
     int line = -1;
 };
 
@@ -426,6 +454,17 @@ TEST_F(HeadAlone, AHostThatNeverReadsDoesNotStopIt)
         Put({0x50, 0, 0, 7});
         ASSERT_THAT(program->Line(), StartsWith("50 00 00 07")) << i;
     }
+}
+
+TEST_F(HeadAlone, OffersItsRegistersUntilItEnds)
+{
+    Start();
+    struct stat status {};
+    ASSERT_EQ(stat(socket.c_str(), &status), 0);
+    EXPECT_TRUE(S_ISSOCK(status.st_mode));
+    EXPECT_EQ(status.st_mode & 0777, 0600U);
+    EXPECT_EQ(program->End(), 0);
+    EXPECT_NE(stat(socket.c_str(), &status), 0);
 }
 
 TEST_F(HeadAlone, WrongUseIsTold)

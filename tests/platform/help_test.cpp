@@ -2,11 +2,14 @@
 
 #include "platform/dialog_fixture.h"
 #include "platform/help_pages.h"
+#include "platform/qt_window.h"
 
 #include <QApplication>
 #include <QDirIterator>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QTextBrowser>
 #include <QTextDocumentFragment>
 #include <QTreeWidget>
@@ -124,18 +127,85 @@ TEST_F(DialogFixture, EveryHelpLinkLeadsToAPage)
     EXPECT_GT(links, 30);
 }
 
-TEST_F(DialogFixture, KeysPageNamesEveryKey)
+TEST_F(DialogFixture, APageIsFilledWithWhatTheProgramKnows)
 {
-    const QString text = QTextDocumentFragment::fromHtml(HelpPageHtml(770)).toPlainText();
-    for (const char* key :
-         {"F1",         "F2",        "F3",         "Shift+F3",   "F4",       "Shift+F4",    "F5",
-          "F6",         "F7",        "Shift+F7",   "F8",         "Shift+F8", "F9",          "F10",
-          "F11",        "Ctrl+Q",    "Ctrl+D",     "Ctrl+V",     "Ctrl+I",   "Ctrl+C",      "Shift+PrintScrn",
-          "+",          "-",         "Right",      "Left",       "Up",       "Down",        "Home",
-          "End",        "PgUp",      "PgDn",       "Shift+Left", "Shift+Up", "Shift+Right", "Shift+Down",
-          "Shift+Home", "Shift+End", "Shift+PgUp", "Shift+PgDn"}) {
-        EXPECT_TRUE(text.contains(QStringLiteral("\n%1\n").arg(QLatin1String(key)))) << key;
+    FillHelpPage(770, "<p>Ctrl+Zebra</p>");
+    ShowHelpContext(770);
+    EXPECT_THAT(CurrentHelpText(), HasSubstr("Ctrl+Zebra"));
+    const std::vector<HelpTopic> found = FindHelpTopics(QStringLiteral("zebra"));
+    ASSERT_EQ(found.size(), 1U) << "the search reads it too";
+    EXPECT_EQ(found.front().context, 770);
+    ForgetFilledPages();
+    EXPECT_TRUE(FindHelpTopics(QStringLiteral("zebra")).empty());
+}
+
+TEST_F(DialogFixture, HelpClosesByItsKeysWhereverTheFocusIs)
+{
+    for (const char* const key : {"Esc", "Ctrl+W"}) {
+        for (const char* const part : {"helpSearch", "helpTree", "helpText", ""}) {
+            ShowHelpSearch("");
+            QWidget* const window = HelpWindowWidget();
+            auto* const focused = *part ? window->findChild<QWidget*>(QLatin1String(part)) : window;
+            StrikeKey(focused, *ParseKey(key));
+            EXPECT_FALSE(window->isVisible()) << key << " in " << part;
+            EXPECT_EQ(CurrentHelpContext(), 0);
+        }
     }
+}
+
+TEST_F(DialogFixture, ReturnOpensTheFirstPageFound)
+{
+    ShowHelpSearch("");
+    auto* field = HelpWindowWidget()->findChild<QLineEdit*>(QStringLiteral("helpSearch"));
+    field->setText(QStringLiteral("exit"));
+    EXPECT_EQ(CurrentHelpContext(), 768);
+    StrikeKey(field, *ParseKey("Return"));
+    EXPECT_EQ(CurrentHelpContext(), 268);
+    field->setText(QStringLiteral("zebra"));
+    StrikeKey(field, *ParseKey("Return"));
+    EXPECT_EQ(CurrentHelpContext(), 268) << "nothing found: the page stays";
+    field->clear();
+    StrikeKey(field, *ParseKey("Return"));
+    EXPECT_EQ(CurrentHelpContext(), 268);
+}
+
+TEST_F(DialogFixture, TheWordsFoundAreMarked)
+{
+    ShowHelpSearch("");
+    auto* field = HelpWindowWidget()->findChild<QLineEdit*>(QStringLiteral("helpSearch"));
+    EXPECT_TRUE(Text()->extraSelections().isEmpty());
+    field->setText(QStringLiteral("exit kelvo"));
+    StrikeKey(field, *ParseKey("Return"));
+    std::set<QString> marked;
+    for (const QTextEdit::ExtraSelection& mark : Text()->extraSelections()) {
+        marked.insert(mark.cursor.selectedText().toLower());
+        EXPECT_EQ(mark.format.background().color(), Text()->palette().color(QPalette::Highlight));
+    }
+    EXPECT_EQ(marked, (std::set<QString>{QStringLiteral("exit"), QStringLiteral("kelvo")}));
+    const QString words = Text()->toPlainText();
+    EXPECT_EQ(Text()->extraSelections().size(), words.count(QStringLiteral("exit"), Qt::CaseInsensitive) +
+                                                    words.count(QStringLiteral("kelvo"), Qt::CaseInsensitive));
+    field->clear();
+    EXPECT_TRUE(Text()->extraSelections().isEmpty());
+}
+
+TEST_F(DialogFixture, HelpOpensBesideTheMainWindow)
+{
+    QMainWindow& frame = *MainWindow()->frame;
+    const QRect screen = frame.screen()->availableGeometry();
+    frame.showNormal();
+    frame.setGeometry(screen.left(), screen.top(), 640, 480);
+    ShowHelpContents();
+    // No room for it to the right: the picture's left stays in sight (beside_test.cpp has the other places).
+    const QRect help = HelpWindowWidget()->frameGeometry();
+    EXPECT_EQ(help.topRight(), screen.topRight());
+    EXPECT_GT(help.left(), screen.left() + 300);
+
+    // Where the operator has put it, it comes back.
+    HelpWindowWidget()->move(12, 34);
+    StrikeKey(HelpWindowWidget(), *ParseKey("Esc"));
+    ShowHelpContents();
+    EXPECT_EQ(HelpWindowWidget()->pos(), QPoint(12, 34));
 }
 
 TEST_F(DialogFixture, HelpSearchFindsAllWordsInAnyCaseTitlesFirst)

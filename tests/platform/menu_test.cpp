@@ -4,6 +4,7 @@
 #include "platform/qt_window.h"
 #include "window_fixture.h"
 
+#include <QActionGroup>
 #include <QApplication>
 #include <QComboBox>
 #include <QKeyEvent>
@@ -19,6 +20,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using Kind = MenuEntry::Kind;
+using Check = MenuEntry::Check;
 
 constexpr MenuEntry kMenu[] = {
     {Kind::kTop, 0, "&File"},
@@ -28,8 +30,12 @@ constexpr MenuEntry kMenu[] = {
     {Kind::kRecentFiles, 0, ""},
     {Kind::kItem, 119, "E&xit\tCtrl+Q"},
     {Kind::kTop, 0, "&Image"},
-    {Kind::kItem, 151, "&Image cursor\tF8", "", true},
-    {Kind::kItem, 160, "&Histogram...", "", false, false},
+    {Kind::kItem, 151, "&Image cursor\tF8", "", Check::kBox},
+    {.kind = Kind::kItem, .id = 160, .text = "&Histogram...", .enabled = false, .tip = "Not there yet"},
+    {Kind::kItem, 143, "&Normal gray", "", Check::kRadio},
+    {Kind::kItem, 144, "&Inverted gray", "", Check::kRadio},
+    {Kind::kSeparator, 0, ""},
+    {Kind::kItem, 146, "&Light", "", Check::kRadio},
 };
 constexpr Accelerator kAccelerators[] = {
     {"F3", 106},         {"Shift+F3", 103},        {"Ctrl+Q", 119}, {"+", 200},
@@ -142,6 +148,46 @@ TEST(Menu, CheckMarkIsTheLogicsAlone)
     EXPECT_THAT(SeenCommands(), ElementsAre(151));
     EXPECT_FALSE(GetMenuItem(window, 151)->checked);
     EXPECT_FALSE(TopMenu(window, 1)->actions().at(0)->isChecked());
+}
+
+TEST(Menu, RadioItemsThatStandTogetherAreOneChoice)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    const QList<QAction*> image = TopMenu(window, 1)->actions();
+    const QActionGroup* const maps = image.at(2)->actionGroup();
+    ASSERT_NE(maps, nullptr);
+    EXPECT_TRUE(maps->isExclusive());
+    EXPECT_EQ(image.at(3)->actionGroup(), maps);
+    EXPECT_NE(image.at(5)->actionGroup(), maps) << "a line parts them";
+    EXPECT_EQ(image.at(0)->actionGroup(), nullptr);
+}
+
+TEST(Menu, TheMarkOfARadioItemIsTheLogicsToo)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    CheckMenuItem(window, 143, true);
+    const QList<QAction*> image = TopMenu(window, 1)->actions();
+    image.at(3)->trigger();
+    EXPECT_THAT(SeenCommands(), ElementsAre(144));
+    EXPECT_TRUE(image.at(2)->isChecked()) << "the command changed nothing";
+    EXPECT_FALSE(image.at(3)->isChecked());
+
+    CheckMenuItem(window, 143, false);
+    CheckMenuItem(window, 144, true);
+    EXPECT_FALSE(image.at(2)->isChecked());
+    EXPECT_TRUE(image.at(3)->isChecked());
+}
+
+TEST(Menu, AGreyItemTellsWhy)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    EXPECT_TRUE(TopMenu(window, 1)->toolTipsVisible());
+    EXPECT_EQ(TopMenu(window, 1)->actions().at(1)->toolTip(), "Not there yet");
+    TopMenu(window, 1)->actions().at(1)->trigger();
+    EXPECT_THAT(SeenCommands(), testing::IsEmpty());
 }
 
 TEST(Menu, RecentFilesStandAtTheirPlace)

@@ -2,12 +2,14 @@
 #include "resources/command_list.h"
 
 #include "platform/help_pages.h"
+#include "resources/keys_page.h"
 #include "resources/menu.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -102,13 +104,99 @@ TEST(MainMenuTable, HasTheMenusInTheirOrder)
     EXPECT_THAT(tops, ElementsAreArray(expected));
 }
 
+std::vector<int> ItemsWith(MenuEntry::Check check)
+{
+    std::vector<int> items;
+    for (const MenuEntry& entry : MainMenu()) {
+        if (entry.kind == MenuEntry::Kind::kItem && entry.check == check) items.push_back(entry.id);
+    }
+    return items;
+}
+
 TEST(MainMenuTable, ChecksWhatIsOnOrOff)
 {
-    std::vector<int> checkable;
-    for (const MenuEntry& entry : MainMenu()) {
-        if (entry.checkable) checkable.push_back(entry.id);
+    EXPECT_THAT(ItemsWith(MenuEntry::Check::kBox), testing::ElementsAre(141, 151, 2006, 2007, 2008));
+}
+
+TEST(MainMenuTable, OneColourMapIsChosen)
+{
+    EXPECT_THAT(ItemsWith(MenuEntry::Check::kRadio), testing::ElementsAre(143, 144, 145));
+}
+
+// The letter that an item underlines, in lower case; 0 without one.
+char MnemonicOf(std::string_view text)
+{
+    const std::size_t mark = text.find('&');
+    return mark == std::string_view::npos ? '\0' : static_cast<char>(std::tolower(text.at(mark + 1)));
+}
+
+// The classic items keep their letters though some of them share one; numbers from 2000 on are those that came later.
+TEST(MainMenuTable, NoLaterItemTakesALetterInUseInItsMenu)
+{
+    constexpr int kFirstLater = 2000;
+    std::vector<std::string> clashes;
+    for (auto top = MainMenu().begin(); top != MainMenu().end(); ++top) {
+        if (top->kind != MenuEntry::Kind::kTop) continue;
+        std::map<char, int> uses;
+        const auto end = std::find_if(top + 1, MainMenu().end(),
+                                      [](const MenuEntry& entry) { return entry.kind == MenuEntry::Kind::kTop; });
+        for (auto item = top + 1; item != end; ++item) ++uses[MnemonicOf(item->text)];
+        for (auto item = top + 1; item != end; ++item) {
+            const char letter = MnemonicOf(item->text);
+            if (item->id >= kFirstLater && letter != 0 && uses[letter] > 1) clashes.emplace_back(item->text);
+        }
     }
-    EXPECT_THAT(checkable, testing::ElementsAre(141, 143, 144, 145, 151, 2006, 2007, 2008));
+    EXPECT_THAT(clashes, testing::IsEmpty());
+}
+
+// The words of a text as the page shows them.
+std::string Shown(std::string text)
+{
+    text = text.substr(0, text.find('\t'));
+    std::erase(text, '&');
+    while (text.ends_with('.') || text.ends_with(' ')) text.pop_back();
+    return text;
+}
+
+TEST(KeysPage, TellsEveryKeyOnceWithWhatItDoes)
+{
+    const std::string page = KeysPageTables();
+    int keys = 0;
+    for (const CommandRow& row : kCommandList) {
+        const std::string key(row.kind == CommandRow::Kind::kKeyAlone ? row.key : KeyOf(row));
+        if (key.empty()) continue;
+        ++keys;
+        const std::string cell = "<td><b>" + key + "</b></td><td>";
+        const std::size_t place = page.find(cell);
+        ASSERT_NE(place, std::string::npos) << key;
+        EXPECT_EQ(page.find(cell, place + 1), std::string::npos) << key;
+        const std::string told = page.substr(place, page.find("</tr>", place) - place);
+        EXPECT_NE(told.find(Shown(std::string(row.text))), std::string::npos) << told;
+    }
+    EXPECT_GT(keys, 44);
+}
+
+TEST(KeysPage, StandsInTheOrderOfTheMenu)
+{
+    const std::string page = KeysPageTables();
+    std::size_t next = 0;
+    for (const char* const heading :
+         {"File", "Setup", "Calibration", "Image", "Analysis", "View", "Help", "The picture", "Zoom and pan",
+          "Place of the picture in the window", "The control panel", "The mouse, over the picture"}) {
+        const std::size_t place = page.find("<h2>" + std::string(heading) + "</h2>");
+        ASSERT_NE(place, std::string::npos) << heading;
+        EXPECT_EQ(page.find("<h2>", next), place) << heading;
+        next = place + 1;
+    }
+    EXPECT_EQ(page.find("<h2>", next), std::string::npos) << page;
+}
+
+TEST(KeysPage, LeadsToThePagesThatThereAre)
+{
+    const std::string page = KeysPageTables();
+    EXPECT_NE(page.find("<td><b>F3</b></td><td><a href=\"257.html\">Save image</a></td>"), std::string::npos);
+    EXPECT_NE(page.find("<td><b>Shift+F8</b></td><td>Histogram <i>(not in this version)</i></td>"), std::string::npos);
+    EXPECT_NE(page.find("<td><b>+</b></td><td>Zoom in by one step, up to 16</td>"), std::string::npos);
 }
 
 TEST(MainMenuTable, LeavesOutWhatHasNoItem)

@@ -3,6 +3,11 @@ local check = require "check"
 answer("ok")
 command(192)
 check.eq(help(), 770)
+-- The page on keys is made from the menu.
+local _, keys = help()
+for _, told in ipairs { "Ctrl+G\nGo to frame", "F3\nSave image", "Shift+PgDn\nMove the picture down by a sixteenth" } do
+  check.holds(keys, told)
+end
 command(195)
 check.eq(help(), 771)
 command(193)
@@ -36,7 +41,7 @@ command(144)
 check.eq(state("ImageColor"), 1231)
 check.eq(check.find("help", {}, second), nil)
 -- An item with no page of its own says so, and isn't run either.
-f1_on("F", 10)
+f1_on("F", 8)  -- Save bitmap image; grey items are passed over
 check.answer_box("Help not available for this Menu item.", "ok", "Kelvo message")
 check.eq(file(), nil)
 check.eq(state("HelpMode"), 0)

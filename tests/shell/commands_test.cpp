@@ -13,11 +13,16 @@
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
 #include "support/picture_fixture.h"
+#include "support/temp_directory.h"
 #include "ui/status_write.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -97,6 +102,50 @@ TEST_F(CommandTable, TellsOfEachCommandThatIsNotBuilt)
         EXPECT_EQ(op->Boxes().back().icon, "information") << id;
         EXPECT_EQ(StatusText, kIdleText) << id;
     }
+}
+
+// Programs of these names first on PATH, and no others: each notes what it was given.
+class PrinterSettings : public CommandTable {
+  protected:
+    PrinterSettings() : pathBefore(getenv("PATH")) { setenv("PATH", bin.Path().c_str(), 1); }
+    ~PrinterSettings() override { setenv("PATH", pathBefore.c_str(), 1); }
+    void Provide(const std::string& name) const
+    {
+        PutFile(bin / name, "#!/bin/sh\necho \"" + name + " $*\" > " + (bin / "part") + "\n/bin/mv " + (bin / "part") +
+                                " " + Opened() + "\n");
+        chmod((bin / name).c_str(), 0755);
+    }
+    std::string Opened() const { return bin / "opened"; }
+    std::string WhatOpened() const
+    {
+        for (int i = 0; i < 500 && !std::filesystem::exists(Opened()); ++i) usleep(10'000);
+        return FileContents(Opened());
+    }
+    TempDirectory bin;
+    std::string pathBefore;
+};
+
+TEST_F(PrinterSettings, OpenTheDesktopsOwn)
+{
+    Provide("gnome-control-center");
+    EXPECT_EQ(RunCommand(hWndMain, kCmdPrinterSetup), 0);
+    EXPECT_EQ(WhatOpened(), "gnome-control-center printers\n");
+    EXPECT_THAT(BoxTexts(), IsEmpty());
+}
+
+TEST_F(PrinterSettings, TakeTheFirstThatThereIs)
+{
+    Provide("systemsettings");
+    Provide("system-config-printer");
+    RunCommand(hWndMain, kCmdPrinterSetup);
+    EXPECT_EQ(WhatOpened(), "system-config-printer \n");
+}
+
+TEST_F(PrinterSettings, ThatAreNotThereAreTold)
+{
+    EXPECT_EQ(RunCommand(hWndMain, kCmdPrinterSetup), 0);
+    EXPECT_THAT(BoxTexts(), ElementsAre("This desktop has no printer settings that Kelvo knows."));
+    EXPECT_THAT(StatusTexts(), ElementsAre(kIdleText));
 }
 
 TEST_F(CommandTable, ExitAsksAndGoesOnAfterNo)

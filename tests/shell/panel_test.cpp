@@ -11,7 +11,12 @@
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
+#include "ui/status.h"
 #include "video/video.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QVariant>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -33,6 +38,13 @@ class Panel : public PictureTest {
         DockPanel();
     }
     static void ViewPicture() { View(32, 24, std::vector<std::int16_t>(32 * 24, 100)); }
+    static QCheckBox* DisplayBox()
+    {
+        for (QWidget* const widget : QApplication::allWidgets()) {
+            if (widget->property("controlId").toInt() == 1013) return qobject_cast<QCheckBox*>(widget);
+        }
+        return nullptr;
+    }
     static void Scroll(ScrollCode code)
     {
         SendMessage(hDlgPanel, WM_VSCROLL, MakeLong(static_cast<int>(code), 0), 310);
@@ -57,8 +69,49 @@ TEST_F(Panel, OpensWithWhatIsInForce)
 
 TEST_F(Panel, ItsButtonsSendTheirCommands)
 {
-    for (const int id : {106, 107, 114, 117, 121, 160, 1016}) EXPECT_TRUE(OperatePress(hDlgPanel, id)) << id;
-    EXPECT_THAT(Commands(), ElementsAre(106, 107, 114, 117, 121, 160, 112));
+    for (const int id : {106, 107, 114, 121}) EXPECT_TRUE(OperatePress(hDlgPanel, id)) << id;
+    EXPECT_THAT(Commands(), ElementsAre(106, 107, 114, 121));
+}
+
+TEST_F(Panel, ButtonsOfWhatIsNotBuiltAreGreyAndTellWhy)
+{
+    for (const int id : {117, 160, 1016}) {
+        EXPECT_FALSE(DlgItemEnabled(hDlgPanel, id)) << id;
+        EXPECT_EQ(DlgItemTip(hDlgPanel, id), "Not in this version of Kelvo") << id;
+        EXPECT_FALSE(OperatePress(hDlgPanel, id)) << id;
+    }
+    EXPECT_THAT(Commands(), IsEmpty());
+    EXPECT_EQ(DlgItemTip(hDlgPanel, 107), "Load image (F6)");
+}
+
+// By the controls' numbers; the arrows of a button with directions and the halves of the zoom are a stop each.
+TEST_F(Panel, TheTabKeyReachesEveryControlAndComesBackToThePicture)
+{
+    SetFocusTo(hWndMain);
+    QWidget* const picture = QApplication::focusWidget();
+    ASSERT_NE(picture, nullptr);
+    std::vector<int> stops;
+    while (stops.size() < 40) {
+        OperateKey("Tab");
+        const QWidget* const focus = QApplication::focusWidget();
+        if (focus == picture) break;
+        const QVariant own = focus->property("controlId");
+        stops.push_back((own.isValid() ? own : focus->parentWidget()->property("controlId")).toInt());
+    }
+    EXPECT_THAT(stops, ElementsAre(107, 106, 114, 121, 310, 310, 312, 312, 312, 312, 315, 315, 315, 315, 1256, 1013));
+}
+
+TEST_F(Panel, SpaceOnDisplayTurnsItOffAndTheStatusLineSaysSo)
+{
+    auto* const box = DisplayBox();
+    ASSERT_NE(box, nullptr);
+    box->setFocus(Qt::TabFocusReason);
+    OperateKey("Space");
+    EXPECT_EQ(DisplayEnabled, 0);
+    EXPECT_EQ(StatusText, "Display off");
+    OperateKey("Space");
+    EXPECT_EQ(DisplayEnabled, 1);
+    EXPECT_EQ(StatusText, " Use Alt + underlined menu item or trackball to select menu item");
 }
 
 TEST_F(Panel, AnyNotificationOfAButtonCounts)

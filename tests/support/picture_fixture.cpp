@@ -24,9 +24,9 @@ std::vector<int> commandsSeen;
 
 constexpr std::array<MenuEntry, 4> kMenu{{
     {MenuEntry::Kind::kTop, 0, "&Image"},
-    {MenuEntry::Kind::kItem, kCmdNormalGray, "&Normal gray", {}, true},
-    {MenuEntry::Kind::kItem, kCmdInvertedGray, "&Inverted gray", {}, true},
-    {MenuEntry::Kind::kItem, kCmdNormalColor, "Normal &color", {}, true},
+    {MenuEntry::Kind::kItem, kCmdNormalGray, "&Normal gray", {}, MenuEntry::Check::kRadio},
+    {MenuEntry::Kind::kItem, kCmdInvertedGray, "&Inverted gray", {}, MenuEntry::Check::kRadio},
+    {MenuEntry::Kind::kItem, kCmdNormalColor, "Normal &color", {}, MenuEntry::Check::kRadio},
 }};
 
 LRESULT WindowProcedure(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
