@@ -17,6 +17,7 @@
 #include "state/windows.h"
 #include "ui/menu_state.h"
 #include "ui/status.h"
+#include "viewing/written_note.h"
 
 #include <string>
 
@@ -69,7 +70,8 @@ CommandEnd SaveCalibration()
     const bool nothingToSave = CalType == 0;  // the selection tells it
     if (!ChooseCalibrationToSave(hWndMain)) return nothingToSave ? CommandEnd::kResetStatus : CommandEnd::kLeaveStatus;
     const std::string path = FilePathBuf;
-    if (!SaveCalibrationAs(path)) MessageBox(hWndMain, "Failed to save file: " + path, "Kelvo File Error!");
+    if (SaveCalibrationAs(path)) return NoteSavedSet(path);
+    MessageBox(hWndMain, "Failed to save file: " + path, "Kelvo File Error!");
     return CommandEnd::kResetStatus;
 }
 

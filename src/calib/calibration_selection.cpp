@@ -1,6 +1,7 @@
 #include "calib/calibration_selection.h"
 
 #include "calib/last_set.h"
+#include "calib/set_description.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/directory.h"
@@ -29,6 +30,7 @@ constexpr std::size_t kLongestSettings = std::size_t{16} << 20;
 constexpr int kSets = 1472;
 constexpr int kAnything = 1484;
 constexpr int kCameraDescription = 1608;
+constexpr int kAboutSet = 20301;  // of CAL_OPEN: what the selected file is
 
 constexpr std::string_view kSetPattern = "*.cal";
 
@@ -131,16 +133,36 @@ void AcceptSelected(HWND dialog)
     if (TakeSelectedFile(dialog)) Accept<take>(dialog);
 }
 
+template <FileDialogMode mode, TakeName take>
+void Browse(HWND dialog)
+{
+    const bool named =
+        BrowseForFile(dialog, {.mode = mode,
+                               .title = mode == FileDialogMode::kOpen ? "Open File" : "Save File",
+                               .filters = {{"Calibration Files (*.cal)", kSetPattern}, {"All Files (*.*)", "*.*"}},
+                               .defaultExtension = "cal"});
+    if (named) Accept<take>(dialog);
+}
+
+void OnSetSelected(HWND dialog)
+{
+    OnFileSelected(dialog);
+    const int index = ListSelection(dialog, kFilesThatFit);
+    const std::string name = index < 0 ? std::string() : ListItemText(dialog, kFilesThatFit, index);
+    SetDlgItemText(dialog, kAboutSet, name.empty() ? std::string() : DescribeSet(InCurrentDirectory(name)));
+}
+
 void PickPattern(HWND dialog, int id)
 {
     ChangePattern(dialog, id == kSets ? kSetPattern : "*.*");
 }
 
-template <TakeName take>
+template <FileDialogMode mode, TakeName take, DialogHandler onSelected>
 constexpr DialogEntry kEntries[] = {
+    {kBrowse, Browse<mode, take>},
     {kSets, PickPattern},
     {kAnything, PickPattern},
-    {kFilesThatFit, OnFileSelected, kSelectionChanged},
+    {kFilesThatFit, onSelected, kSelectionChanged},
     {kFilesThatFit, AcceptSelected<take>, kDoubleClicked},
     {kDirectoriesBelow, OnDirectoryChosen, kDoubleClicked},
     {kIdOk, Accept<take>},
@@ -150,7 +172,7 @@ LRESULT fnCALOPENDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
 constexpr DialogFrame kOpenFrame{.name = "CAL_OPEN",
                                  .procedure = fnCALOPENDlgProc,
                                  .open = Open,
-                                 .entries = kEntries<IsForThisCamera>,
+                                 .entries = kEntries<FileDialogMode::kOpen, IsForThisCamera, OnSetSelected>,
                                  .helpContext = kHelpLoadCalibration};
 LRESULT fnCALOPENDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
@@ -161,7 +183,7 @@ LRESULT fnCALSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
 constexpr DialogFrame kSaveFrame{.name = "CAL_SAVE",
                                  .procedure = fnCALSAVEDlgProc,
                                  .open = Open,
-                                 .entries = kEntries<MaySaveAs>,
+                                 .entries = kEntries<FileDialogMode::kSave, MaySaveAs, OnFileSelected>,
                                  .helpContext = kHelpSaveCalibration};
 LRESULT fnCALSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {

@@ -2,6 +2,7 @@
 
 #include "platform/box.h"
 #include "platform/memory.h"
+#include "platform/png.h"
 #include "platform/pointer.h"
 #include "platform/window.h"
 
@@ -511,6 +512,30 @@ int SaveDib(const Dib& dib, std::string_view path)
     std::memcpy(contents.data() + sizeof fileHeader, block.bytes.data(), written);
     const std::string_view text(reinterpret_cast<const char*>(contents.data()), contents.size());
     return ReplaceFile(path, text) ? 0 : kDibErrorOpen;
+}
+
+int SavePng(const Dib& dib, std::string_view path)
+{
+    if (!dib) return kDibErrorHandle;
+    const DibBlock& block = *dib;
+    const BitmapInfoHeader header = DibInfo(block);
+    constexpr int kIndexBits = 8;
+    if (header.biSize != kInfoHeaderBytes || header.biBitCount != kIndexBits || header.biCompression != 0) {
+        return kDibErrorGeneral;
+    }
+    IndexedPicture picture{.width = header.biWidth,
+                           .height = static_cast<int>(std::abs(std::int64_t{header.biHeight})),
+                           .rowBytes = static_cast<std::ptrdiff_t>(DibRowBytes(kIndexBits, header.biWidth)),
+                           .pixels = DibBits(block),
+                           .colors = {}};
+    if (header.biHeight > 0) picture.rowBytes = -picture.rowBytes;
+    const std::span<const std::uint8_t> table = DibPalette(block);
+    for (std::size_t at = 0; at + kInfoTableEntryBytes <= table.size(); at += kInfoTableEntryBytes) {
+        picture.colors.push_back({table[at + 2], table[at + 1], table[at]});
+    }
+    const std::string contents = PngOf(picture);
+    if (contents.empty()) return kDibErrorGeneral;
+    return ReplaceFile(path, contents) ? 0 : kDibErrorOpen;
 }
 
 void DibError(int number)

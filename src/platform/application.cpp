@@ -213,6 +213,11 @@ std::string UserDataDirectory()
     return DirectoryFrom("XDG_DATA_HOME", "/.local/share");
 }
 
+std::string UserDocumentsDirectory()
+{
+    return FromQPath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+}
+
 std::vector<std::string> CopyShippedFiles(std::string_view directory)
 {
     const QString prefix = QStringLiteral(":/defaults");

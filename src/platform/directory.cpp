@@ -47,6 +47,11 @@ bool ChangeDirectory(std::string_view path)
     return chdir(ResolvePath(path).c_str()) == 0;
 }
 
+bool RemoveEmptyDirectory(std::string_view path)
+{
+    return rmdir(ResolvePath(path).c_str()) == 0;
+}
+
 std::vector<std::string> FilesOf(std::string_view pattern)
 {
     // Letters only differ by case where they are ASCII, whatever the locale; a backslash is no escape here.

@@ -13,6 +13,9 @@ std::string CurrentDirectory();
 // working directory is as before.
 bool ChangeDirectory(std::string_view path);
 
+// Takes an empty directory away; false where it isn't one.
+bool RemoveEmptyDirectory(std::string_view path);
+
 // Names of the working directory in the order of their letters, case ignored; hidden ones (a leading point) are left
 // out. Empty where it can't be read.
 // Files that fit a pattern of the wildcards * and ?, in any case; "*.*" means every name.

@@ -32,7 +32,10 @@ int main(int argc, char** argv)
     RegisterSimulatedLines();
     RegisterSimulatedBoard();
     StartApplication(commandLine);
-    write::options.startOptions = {.dataDirectory = commandLine.dataDirectory, .viewFiles = commandLine.viewFiles};
+    write::options.startOptions = {
+        .dataDirectory = commandLine.dataDirectory,
+        .staysInDirectory = !commandLine.dataDirectory.empty() || !commandLine.scriptFile.empty(),
+        .viewFiles = commandLine.viewFiles};
     // Found once: it is held under this name for the life of the process.
     write::options.startOptions.dataDirectory = FindDefaultDirectory();
     if (const std::optional<int> exitCode = EndBesideAnotherStart(commandLine)) return *exitCode;

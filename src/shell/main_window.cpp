@@ -128,7 +128,8 @@ void OnLiveTimer(HWND window)
         return;
     }
     SetTimer(window, kLiveTimer, 0);
-    if (const std::optional<int> rateHz = CountLiveFrame()) {
+    const std::optional<int> rateHz = CountLiveFrame();
+    if (rateHz && !StatusNoteStands()) {
         StatusMessage(Format("  Displaying at %d Hz", *rateHz), 0);
     }
 }

@@ -7,7 +7,8 @@
 namespace kelvo {
 
 struct StartOptions {
-    std::string dataDirectory;           // --data; empty: the key of win.ini, else the user's data directory
+    std::string dataDirectory;      // --data; empty: the key of win.ini, else the user's data directory
+    bool staysInDirectory = false;  // files are chosen there first, not among the user's documents: --data, --script
     std::vector<std::string> viewFiles;  // stored files to look at: opened as soon as the message loop runs
 };
 extern const StartOptions& startOptions;  // main sets it

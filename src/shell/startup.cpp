@@ -134,6 +134,8 @@ void EnterDefaultDirectory()
         for (const std::string& file : missing) text += "\n" + file;
         MessageBox(hWndMain, text, "Kelvo File Error!");
     }
+    write::fileChoice.FirstFileDirectory =
+        startOptions.staysInDirectory ? std::string() : UserDocumentsDirectory() + "/Kelvo";
     // Without it relative names are taken from where the program was started; all of ours are whole.
     if (chdir(DefaultDir.c_str()) != 0) return;
 }

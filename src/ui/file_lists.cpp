@@ -5,6 +5,7 @@
 #include "platform/directory.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "ui/select_file.h"
 
 #include <iterator>
 #include <vector>
@@ -86,6 +87,33 @@ void ListPattern(HWND dialog, const std::string& pattern)
     if (!directory.empty() && ChangeDirectory(drive + directory)) ShowDirectories(dialog);
     ShowFiles(dialog, stem + extension);
     SetDlgItemText(dialog, kNameToFile, patternShown);
+}
+
+bool BrowseForFile(HWND dialog, const Browsing& browsing)
+{
+    const std::string named = GetDlgItemText(dialog, kNameToFile);
+    const bool isPattern = named.find_first_of("*?") != std::string::npos;
+    FileDialogRequest request{.owner = dialog,
+                              .mode = browsing.mode,
+                              .title = browsing.title,
+                              .filters = browsing.filters,
+                              .directory = CurrentDirectory(),
+                              .name = isPattern ? std::string() : named,
+                              .defaultExtension = browsing.defaultExtension};
+    if (browsing.mode == FileDialogMode::kSave) request.accept = [](const std::string&) { return true; };
+    const FileDialogResult result = RunFileDialog(request);
+    if (result.error != 0) TellFileDialogError(result.error);
+    if (result.paths.empty()) return false;
+
+    const std::string& path = result.paths.front();
+    const std::string directory = DirectoryOf(path);
+    const bool entered = ChangeDirectory(directory);
+    if (entered) {
+        ShowDirectories(dialog);
+        ShowFiles(dialog, patternShown);
+    }
+    SetDlgItemText(dialog, kNameToFile, entered ? path.substr(directory.size()) : path);
+    return true;
 }
 
 std::string InCurrentDirectory(std::string_view name)

@@ -2,13 +2,15 @@
 // one changes it.
 //
 // Controls: 1460 the name or a pattern, 1462 the directory, 1464 its files that fit the pattern, 1466 the directories
-// in it. One such dialog is open at a time.
+// in it, 20300 the button "Browse...". One such dialog is open at a time.
 #pragma once
 
+#include "platform/file_dialog.h"
 #include "platform/types.h"
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelvo {
 
@@ -31,6 +33,18 @@ void OnFileSelected(HWND dialog);
 void OnDirectoryChosen(HWND dialog);
 // A pattern in the name's place: its files are listed, those of the directory that stands before it.
 void ListPattern(HWND dialog, const std::string& pattern);
+// "Browse...": the file selection in place of the lists, with what is named so far. A file chosen there stands in the
+// name, and the working directory is its own; false where the operator cancels. Whether a file is replaced is asked by
+// who takes the name.
+inline constexpr int kBrowse = 20300;
+struct Browsing {
+    FileDialogMode mode = FileDialogMode::kOpen;
+    std::string_view title;
+    std::vector<FileFilter> filters;
+    std::string_view defaultExtension;
+};
+bool BrowseForFile(HWND dialog, const Browsing& browsing);
+
 // The whole path of a name in the working directory.
 std::string InCurrentDirectory(std::string_view name);
 

@@ -2,6 +2,7 @@
 
 #include "platform/box.h"
 #include "platform/directory.h"
+#include "platform/files.h"
 #include "platform/text.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
@@ -9,6 +10,8 @@
 #include "ui/status.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace kelvo {
 
@@ -17,6 +20,7 @@ FileChoiceVariables fileChoice;
 }
 
 constinit const std::string& LastFileDirectory = write::fileChoice.LastFileDirectory;
+constinit const std::string& FirstFileDirectory = write::fileChoice.FirstFileDirectory;
 constinit const int& FileDialogTemplate = write::fileChoice.FileDialogTemplate;
 
 namespace {
@@ -44,6 +48,8 @@ constexpr FileFilter kDeviations{"StdDev Files (*.sdv)", "*.sdv"};
 constexpr FileFilter kRealTimeDisk{"RealTimeDisk Files (*.buf)", "*.buf"};
 constexpr FileFilter kBitmaps{"Bitmap Files (*.bmp)", "*.bmp"};
 constexpr FileFilter kAll{"All Files (*.*)", "*.*"};
+constexpr FileFilter kKelvo{"All Kelvo files (*.img *.seq *.buf *.sdv *.flt)", "*.img *.seq *.buf *.sdv *.flt"};
+constexpr FileFilter kGraphics{"Portable Network Graphics (*.png)", "*.png"};
 
 struct ModeTexts {
     std::string_view title;
@@ -96,14 +102,55 @@ std::string JoinSelection(const std::vector<std::string>& paths)
     return joined;
 }
 
-void ReportDialogError(std::int32_t error)
+// Where the dialog opens. What is to be saved gets a folder that is there.
+class OpeningDirectory {
+  public:
+    explicit OpeningDirectory(FileDialogMode mode) : path_(LastFileDirectory)
+    {
+        if (!path_.empty()) return;
+        if (mode == FileDialogMode::kSave) path_ = forSaving_.emplace().Path();
+        const bool there = !FirstFileDirectory.empty() && DirectoryExists(FirstFileDirectory);
+        if (path_.empty()) path_ = there ? FirstFileDirectory : DefaultDir;
+        if (FirstFileDirectory.empty()) write::fileChoice.LastFileDirectory = path_;
+    }
+    const std::string& Path() const { return path_; }
+    void Keep()
+    {
+        if (forSaving_) forSaving_->Keep();
+    }
+
+  private:
+    std::optional<DirectoryForSaving> forSaving_;
+    std::string path_;
+};
+
+FilterList FiltersOfDialog(std::string_view pattern, FileDialogMode mode)
+{
+    FilterList list = FiltersFor(pattern);
+    if (mode != FileDialogMode::kSave) list.filters.push_back(kKelvo);
+    if (mode == FileDialogMode::kSave && EqualIgnoringCase(pattern, "*.bmp")) list.filters.push_back(kGraphics);
+    return list;
+}
+
+}  // namespace
+
+DirectoryForSaving::DirectoryForSaving() : path_(FirstFileDirectory)
+{
+    if (!path_.empty() && !DirectoryExists(path_)) made_ = MakeDirectories(path_);
+    if (path_.empty() || !DirectoryExists(path_)) path_ = DefaultDir;
+}
+
+DirectoryForSaving::~DirectoryForSaving()
+{
+    if (made_) RemoveEmptyDirectory(path_);
+}
+
+void TellFileDialogError(std::int32_t error)
 {
     MessageBeep(Sound::kStop);
     MessageBox(hWndMain, Format("GetOpenFileName returned Error #%ld", static_cast<long>(error)), "WARNING",
                BoxIcon::kStop);
 }
-
-}  // namespace
 
 std::string DirectoryOf(std::string_view path)
 {
@@ -133,25 +180,26 @@ FilterList FiltersFor(std::string_view pattern)
     return {{kAll, kImages, kSequences, kBuffers}, "img"};
 }
 
-int SelectFile(HWND window, std::string& path, int mode)
+int SelectFile(HWND window, std::string& path, int mode, std::function<bool(const std::string&)> accept)
 {
-    const FilterList list = FiltersFor(path);
-    if (LastFileDirectory.empty()) write::fileChoice.LastFileDirectory = DefaultDir;
-
     const ModeTexts& texts = kModes[std::clamp(mode, 0, 2)];
+    const FilterList list = FiltersOfDialog(path, texts.dialog);
+    OpeningDirectory opening(texts.dialog);
     const StatusHint hint(texts.status);
     const FileDialogResult result = RunFileDialog({.owner = window,
                                                    .mode = texts.dialog,
                                                    .title = texts.title,
                                                    .filters = list.filters,
-                                                   .directory = LastFileDirectory,
+                                                   .directory = opening.Path(),
                                                    .name = path,
-                                                   .defaultExtension = list.defaultExtension});
+                                                   .defaultExtension = list.defaultExtension,
+                                                   .accept = std::move(accept)});
     if (result.paths.empty()) {
         path.clear();
-        if (result.error != 0) ReportDialogError(result.error);
+        if (result.error != 0) TellFileDialogError(result.error);
         return 0;
     }
+    opening.Keep();
     SelectedPaths = result.paths;
     if (texts.dialog == FileDialogMode::kOpenMany) {
         path = JoinSelection(result.paths);
@@ -198,6 +246,7 @@ int SelectStatisticsFile(HWND window, std::string& path, int kind)
 void ResetSelectFile()
 {
     write::fileChoice.LastFileDirectory.clear();
+    write::fileChoice.FirstFileDirectory.clear();
     write::fileChoice.FileDialogTemplate = kImageTemplate;
     SelectedPaths.clear();
 }

@@ -7,15 +7,35 @@
 #include "platform/types.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kelvo {
 
-// The folder last used, for the life of the process. Empty at start: then the first dialog opens in the program's
-// directory. With a closing separator after a single choice to open or save, without one after a selection of several.
+// The folder last used, for the life of the process. Empty at start. With a closing separator after a single choice to
+// open or save, without one after a selection of several.
 extern const std::string& LastFileDirectory;
+// The folder for what the operator saves, which the first dialog offers; to open, once it is there. Empty: the
+// program's directory.
+extern const std::string& FirstFileDirectory;
+
+// FirstFileDirectory for a dialog that saves: made where it is missing, and taken away again where nothing came of it.
+class DirectoryForSaving {
+  public:
+    DirectoryForSaving();
+    ~DirectoryForSaving();
+    DirectoryForSaving(const DirectoryForSaving&) = delete;
+    DirectoryForSaving& operator=(const DirectoryForSaving&) = delete;
+    // The program's directory where it can't be made.
+    const std::string& Path() const { return path_; }
+    void Keep() { made_ = false; }
+
+  private:
+    std::string path_;
+    bool made_ = false;
+};
 
 // The purpose of a save: which texts and patterns the save dialogs take.
 constexpr int kImageTemplate = 1468;
@@ -27,9 +47,14 @@ constexpr int kSelectToOpen = 1;
 constexpr int kSelectSeveral = 2;
 
 // path holds the pattern ("*.img"), which is offered as the filter, with no name in the field; on return with 1 the
-// chosen name, with 0 nothing (cancelled, or the dialog itself failed: box "GetOpenFileName returned Error #%ld" under
-// "WARNING"). A choice of several gives the folder and the names parted by blanks. Blocks.
-int SelectFile(HWND window, std::string& path, int mode);
+// chosen name, with 0 nothing (cancelled, or the dialog itself failed: TellFileDialogError). To open, all of Kelvo's
+// own kinds together are one more filter, behind those of the pattern; to save a bitmap, portable network graphics.
+// accept, if given, asks about a name to save to in place of the question about replacing. A choice of several gives
+// the folder and the names parted by blanks. Blocks.
+int SelectFile(HWND window, std::string& path, int mode, std::function<bool(const std::string&)> accept = nullptr);
+
+// "GetOpenFileName returned Error #%ld" under "WARNING", with a sound.
+void TellFileDialogError(std::int32_t error);
 
 constexpr int kBadDetectorFiles = 2;
 constexpr int kStatisticsFiles = 3;

@@ -7,6 +7,7 @@ namespace kelvo {
 
 struct FileChoiceVariables {
     std::string LastFileDirectory;
+    std::string FirstFileDirectory;
     int FileDialogTemplate = kImageTemplate;
 };
 

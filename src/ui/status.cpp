@@ -33,6 +33,8 @@ const StateNames kStateNames{
     Named("StatusAlign", StatusAlign),
 };
 
+std::string note;  // the last one
+
 struct TableString {
     int id;
     std::string_view text;
@@ -153,6 +155,18 @@ void StatusString(int id, int align)
     if (hWndMain) SetWindowText(hWndMain, Title());
 }
 
+void StatusNote(std::string_view text)
+{
+    StatusString(kIdleHint, kLeftAligned);
+    note = text;
+    StatusMessage(note, kLeftAligned);
+}
+
+bool StatusNoteStands()
+{
+    return !note.empty() && StatusText == note;
+}
+
 int GetStatusText(std::string& text)
 {
     text = StatusText;
@@ -176,6 +190,7 @@ LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM 
 
 void ResetStatus()
 {
+    note.clear();
     write::status.StatusText.clear();
     write::status.StatusAlign = 0;
     write::status.StatusBackground = 0xFF0000;

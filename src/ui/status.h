@@ -32,6 +32,11 @@ void StatusMessage(std::string_view text, int align);
 // box "String resource not available to output to Status window!" under "Kelvo message", line and title as they were.
 void StatusString(int id, int align);
 
+// What a command has done, in place of kIdleHint at its end: left-aligned, with the title that belongs to the moment.
+// It stands until the next command; what comes by itself meanwhile, the rate of live video, leaves the line to it.
+void StatusNote(std::string_view text);
+bool StatusNoteStands();
+
 // Copies the text and returns its alignment, for who restores the line later.
 int GetStatusText(std::string& text);
 

@@ -44,11 +44,22 @@ struct Selection {
 };
 
 Selection selection;  // the dialog's working copy
+WrittenBitmaps written;
+
+std::uint32_t FramesSelected()
+{
+    return selection.last - selection.first + 1;
+}
 
 // A header may claim more frames than the fields of the dialog can name.
 std::uint32_t LastFrameOnView()
 {
     return std::min<std::uint32_t>(ImageHeader.FrameCount - 1, std::numeric_limits<std::int32_t>::max());
+}
+
+std::uint32_t FrameOnView()
+{
+    return SteppingFrames && LoadName == ViewFilePath ? std::min(CurrentFrame, LastFrameOnView()) : 0;
 }
 
 void ShowSelection(HWND dialog)
@@ -163,19 +174,27 @@ void TellNoVideoMemory()
     MessageBox(hWndMain, "Failure to allocate video memory!", kMessageCaption);
 }
 
+bool IsPng(std::string_view path)
+{
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, nullptr, &extension);
+    return EqualIgnoringCase(extension, ".png");
+}
+
 bool WriteBitmap(const Dib& bitmap, const std::string& path)
 {
-    const int error = SaveDib(bitmap, path);
-    if (error != 0) DibError(error);
-    return error == 0;
+    const int error = IsPng(path) ? SavePng(bitmap, path) : SaveDib(bitmap, path);
+    if (error != 0) {
+        DibError(error);
+        return false;
+    }
+    written.paths.push_back(path);
+    return true;
 }
 
 // Leaves room in the name for the digits of the range.
-std::string AskForName()
+std::string WithRoomForDigits(const std::string& path)
 {
-    std::string path = "*.bmp";
-    if (!SelectFile(hWndMain, path, kSelectToSave)) return {};
-    if (selection.last <= selection.first) return path;
     std::string drive;
     std::string directory;
     std::string name;
@@ -184,6 +203,31 @@ std::string AskForName()
     const double digits = std::floor(std::log10(static_cast<double>(selection.last - selection.first)));
     name.resize(std::min(name.size(), static_cast<std::size_t>(254 - digits)));
     return MakePath(drive, directory, name, extension);
+}
+
+// Asks once about all files of the range that are there.
+bool AgreeToReplaceRange(const std::string& chosen)
+{
+    const std::string path = WithRoomForDigits(chosen);
+    std::uint32_t there = 0;
+    std::string first;
+    for (std::uint32_t frame = selection.first; frame <= selection.last; ++frame) {
+        const std::string target = BitmapFileName(path, selection.first, selection.last, frame);
+        if (FileExists(target) && there++ == 0) first = target;
+    }
+    if (there == 0) return true;
+    const std::string text = Format("%u of the %u files exist already, the first of them:\n", there, FramesSelected()) +
+                             first + "\n\nDo you want to replace them?";
+    return MessageBox(hWndMain, text, "Save File", BoxIcon::kExclamation, BoxButtons::kYesNo, Button::kNo) ==
+           Button::kYes;
+}
+
+std::string AskForName()
+{
+    written.wanted = FramesSelected();
+    std::string path = "*.bmp";
+    if (written.wanted == 1) return SelectFile(hWndMain, path, kSelectToSave) ? path : std::string();
+    return SelectFile(hWndMain, path, kSelectToSave, AgreeToReplaceRange) ? WithRoomForDigits(path) : std::string();
 }
 
 // The file on view read beside it, frame by frame: what the operator looks at stays.
@@ -257,8 +301,8 @@ bool SaveStoredFrames()
                  .top = 0,
                  .right = ImageHeader.ImageWidth - 1,
                  .bottom = ImageHeader.ImageHeight - 1,
-                 .first = 0,
-                 .last = several ? LastFrameOnView() : 0};
+                 .first = several ? FrameOnView() : 0,
+                 .last = several ? FrameOnView() : 0};
     if (several && !AskForSelection()) return false;
 
     FramesOfFile frames;
@@ -328,14 +372,26 @@ std::string BitmapFileName(std::string_view path, std::uint32_t first, std::uint
     std::string name;
     SplitPath(path, &drive, &directory, &name, nullptr);
     const int digits = span >= 1000 ? 4 : span >= 100 ? 3 : span >= 10 ? 2 : 1;
-    return Format("%s%s%s%.*u.bmp", drive.c_str(), directory.c_str(), name.c_str(), digits, frame - first);
+    return Format("%s%s%s%.*u%s", drive.c_str(), directory.c_str(), name.c_str(), digits, frame - first,
+                  IsPng(path) ? ".png" : ".bmp");
 }
 
 int SaveBitmapCommand()
 {
+    written = {};
     const bool saved = ViewingFile ? SaveStoredFrames() : SaveCameraFrame();
     InvalidateRect(hWndMain, nullptr, true);
     return saved ? 1 : 0;
+}
+
+const WrittenBitmaps& LastBitmaps()
+{
+    return written;
+}
+
+void ResetBitmapCommand()
+{
+    written = {};
 }
 
 }  // namespace kelvo

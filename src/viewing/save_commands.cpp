@@ -8,10 +8,21 @@
 #include "viewing/save_dialog_write.h"
 #include "viewing/saving_write.h"
 #include "viewing/sequence_naming.h"
+#include "viewing/written_note.h"
 
 #include <cstdint>
 
 namespace kelvo {
+
+namespace {
+
+// A save that failed has told it.
+CommandEnd EndOfSave()
+{
+    return LastSave() ? NoteSavedFile(LastSave()->path, LastSave()->frames) : CommandEnd::kResetStatus;
+}
+
+}  // namespace
 
 CommandEnd SaveImageFile()
 {
@@ -21,7 +32,7 @@ CommandEnd SaveImageFile()
     if (!SaveDialog(hWndMain)) return CommandEnd::kLeaveStatus;
     const Hourglass hourglass;
     SaveImage(FilePathBuf, static_cast<std::uint32_t>(FramesToAverageImage));
-    return CommandEnd::kResetStatus;
+    return EndOfSave();
 }
 
 CommandEnd NameSequence()
@@ -38,13 +49,15 @@ CommandEnd SaveNextOfSequence()
     StopPlaying();
     const Hourglass hourglass;
     SaveSequence(SeqFilePath, write::saving.SeqNumber, static_cast<std::uint32_t>(FramesToAverageSeq));
-    return CommandEnd::kResetStatus;
+    return EndOfSave();
 }
 
 CommandEnd SaveBitmap()
 {
     StopPlaying();
-    return SaveBitmapCommand() ? CommandEnd::kResetStatus : CommandEnd::kLeaveStatus;
+    SaveBitmapCommand();
+    const WrittenBitmaps& last = LastBitmaps();
+    return last.paths.empty() ? CommandEnd::kLeaveStatus : NoteSavedBitmaps(last.paths, last.wanted);
 }
 
 }  // namespace kelvo

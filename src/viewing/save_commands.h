@@ -15,8 +15,8 @@ CommandEnd NameSequence();
 // Saves the next image of that sequence, without a question. A file that plays stops.
 CommandEnd SaveNextOfSequence();
 
-// Saves the picture as bitmap files (viewing/bitmap_command.h). kLeaveStatus where nothing was saved. A file that plays
-// stops.
+// Saves the picture as bitmap files (viewing/bitmap_command.h) and says what was written. kLeaveStatus where nothing
+// was saved. A file that plays stops.
 CommandEnd SaveBitmap();
 
 }  // namespace kelvo

@@ -13,6 +13,7 @@
 #include "state/windows_write.h"
 #include "ui/dialog_frame.h"
 #include "ui/file_lists.h"
+#include "ui/select_file.h"
 #include "viewing/save_dialog_write.h"
 #include "viewing/saving_write.h"
 
@@ -73,6 +74,10 @@ const Pattern& PatternOf(int radio)
 
 std::string directoryAtOpening;  // for Cancel
 
+// Until a name was taken, the dialog begins in the folder for what is saved, where there is one.
+bool nameWasTaken = false;
+std::optional<DirectoryForSaving> firstDirectory;
+
 void Beep()
 {
     MessageBeep(Sound::kDefault);
@@ -117,6 +122,7 @@ void Open(HWND dialog)
         ChangeDirectory(DefaultDir);
         directoryAtOpening = CurrentDirectory();
     }
+    if (firstDirectory) ChangeDirectory(firstDirectory->Path());
     const bool sequence = SaveDialogMode == kSaveSequences;
     SetDlgItemInt(dialog, kFramesToAverage, sequence ? FramesToAverageSeq : FramesToAverageImage);
     SetDlgItemInt(dialog, kBeginningNumber, SeqNumber);
@@ -275,7 +281,20 @@ void Accept(HWND dialog)
         return;
     }
     write::windows.FilePathBuf = *path;
+    nameWasTaken = true;
+    if (firstDirectory) firstDirectory->Keep();
     EndDialog(dialog, 1);
+}
+
+// The file selection as the pattern that is checked asks for; the rest of the dialog is still the operator's to fill.
+void Browse(HWND dialog)
+{
+    const Pattern& pattern = PatternOf(RadioChecked(dialog));
+    const FilterList list = FiltersFor(pattern.pattern);
+    BrowseForFile(dialog, {.mode = FileDialogMode::kSave,
+                           .title = "Save File",
+                           .filters = list.filters,
+                           .defaultExtension = pattern.extension.empty() ? "" : list.defaultExtension});
 }
 
 // ---- The procedure
@@ -317,6 +336,7 @@ constexpr DialogEntry kEntries[] = {
     {kSaveSequences, PickPattern},
     {kSaveAnything, PickPattern},
     {kSaveBuffers, PickPattern},
+    {kBrowse, Browse},
     {kFilesThatFit, OnFileSelected, kSelectionChanged},
     {kFilesThatFit, AcceptSelected, kDoubleClicked},
     {kDirectoriesBelow, OnDirectoryChosen, kDoubleClicked},
@@ -339,7 +359,10 @@ LRESULT fnSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM 
 
 int SaveDialog(HWND window)
 {
-    return RunDialog(kFrame, window) == 1 ? 1 : 0;
+    if (!nameWasTaken && !FirstFileDirectory.empty()) firstDirectory.emplace();
+    const int result = RunDialog(kFrame, window);
+    firstDirectory.reset();
+    return result == 1 ? 1 : 0;
 }
 
 void ResetSaveDialog()
@@ -348,6 +371,7 @@ void ResetSaveDialog()
     write::saveDialog.SaveAverage = 0;
     write::saveDialog.SaveStdDev = 0;
     directoryAtOpening.clear();
+    nameWasTaken = false;
 }
 
 }  // namespace kelvo

@@ -19,9 +19,11 @@ extern const std::int32_t& SaveDialogMode;
 extern const std::int32_t& SaveAverage;
 extern const std::int32_t& SaveStdDev;
 
-// Runs the dialog in SaveDialogMode. 1: the whole path is in FilePathBuf, the numbers in FramesToAverageImage, or in
-// FramesToAverageSeq, SeqNumber and SeqNumberStart, and the working directory is the file's. 0: cancelled, the working
-// directory as before; or "Unable to display dialog" under "System Error". MultiFrame is stored the moment it changes.
+// Runs the dialog in SaveDialogMode. It begins in FirstFileDirectory (ui/select_file.h), if there is one, and from the
+// first name taken on in the working directory. 1: the whole path is in FilePathBuf, the numbers in
+// FramesToAverageImage, or in FramesToAverageSeq, SeqNumber and SeqNumberStart, and the working directory is the
+// file's. 0: cancelled, the working directory as before; or "Unable to display dialog" under "System Error". MultiFrame
+// is stored the moment it changes.
 int SaveDialog(HWND window);
 
 // As before the dialog was first opened.

@@ -43,6 +43,8 @@ const StateNames kStateNames{
 
 constexpr std::size_t kMostNameCharacters = 8;  // of stem and number, as file names once had
 
+std::optional<SavedFile> lastSave;
+
 void Beep()
 {
     MessageBeep(Sound::kDefault);
@@ -139,7 +141,8 @@ ImageHeaderRecord HeaderOfImage(const ImageHeaderRecord& header)
     return record;
 }
 
-int WriteImage(std::optional<FrameWriter>& file, std::span<std::int16_t> counts, HeaderKeeper& former)
+int WriteImage(std::optional<FrameWriter>& file, const std::string& path, std::span<std::int16_t> counts,
+               HeaderKeeper& former)
 {
     constexpr const char* kNoHeader = "Failure writing header for image file";
     if (!file) return RefuseImage(file, kNoHeader);
@@ -147,6 +150,7 @@ int WriteImage(std::optional<FrameWriter>& file, std::span<std::int16_t> counts,
         case FrameFault::kNone:
             if (!file->Keep()) break;  // what was written and not kept is gone
             former.KeepNew();
+            lastSave = {.path = path, .frames = 1};
             return 1;
         case FrameFault::kCut:
             file->KeepCut();
@@ -232,13 +236,14 @@ std::int32_t EndCutFrame(FrameWriter& file, bool isFirst, const FrameWritten& wr
 }
 
 // While a file is on view its header stays, but for the count of a numbered file that was made from it.
-std::int32_t EndWholeFrame(FrameWriter& file, const ImageHeaderRecord& header, HeaderKeeper& former,
-                           std::int32_t& sequenceNumber)
+std::int32_t EndWholeFrame(FrameWriter& file, const std::string& path, const ImageHeaderRecord& header,
+                           HeaderKeeper& former, std::int32_t& sequenceNumber)
 {
     if (!file.Keep()) {
         TellWriteError();
         return 0;
     }
+    lastSave = {.path = path, .frames = MultiFrame ? header.FrameCount : 1};
     if (!MultiFrame) ++sequenceNumber;
     if (ViewingFile && MultiFrame) return 1;
     write::file.ImageHeader = header;
@@ -265,7 +270,7 @@ std::int32_t WriteSequenceFrame(std::optional<FrameWriter>& file, const std::str
         MultiFrame ? file->AppendFrame(*header, counts) : file->WriteLastFrame(*header, counts);
     switch (written.fault) {
         case FrameFault::kNone:
-            return EndWholeFrame(*file, *header, former, sequenceNumber);
+            return EndWholeFrame(*file, path, *header, former, sequenceNumber);
         case FrameFault::kCut:
             return EndCutFrame(*file, isFirst, written);
         case FrameFault::kCutNoHeader:
@@ -285,6 +290,7 @@ std::int32_t WriteSequenceFrame(std::optional<FrameWriter>& file, const std::str
 
 int SaveImage(const std::string& path, std::uint32_t framesToAverage)
 {
+    lastSave.reset();
     if (FileExists(path) && !AgreeToReplace(path)) return 0;
     std::optional<FrameWriter> file = FrameWriter::Create(path);
     if (!file) {
@@ -303,7 +309,7 @@ int SaveImage(const std::string& path, std::uint32_t framesToAverage)
     HeaderKeeper former;
     if (!ViewingFile) write::file.ImageHeader = HeaderOfCamera();
     write::file.ImageHeader.FramesAveraged = static_cast<std::int16_t>(framesToAverage);
-    return WriteImage(file, counts, former);
+    return WriteImage(file, path, counts, former);
 }
 
 std::string SequenceFilePath(const std::string& basePath, std::int32_t number)
@@ -318,6 +324,7 @@ std::string SequenceFilePath(const std::string& basePath, std::int32_t number)
 
 std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNumber, std::uint32_t framesToAverage)
 {
+    lastSave.reset();
     const bool live = !ViewingFile && LiveVideo;
     const std::uint32_t frames = live ? framesToAverage : 1;
     if (!AgreeToSaveStill(SequenceFilePath(basePath, sequenceNumber))) return -1;
@@ -343,8 +350,14 @@ std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNum
     return WriteSequenceFrame(file, path, counts, frames, sequenceNumber);
 }
 
+const std::optional<SavedFile>& LastSave()
+{
+    return lastSave;
+}
+
 void ResetSaving()
 {
+    lastSave.reset();
     write::saving.FramesToAverageImage = 1;
     write::saving.FramesToAverageSeq = 1;
     write::saving.SeqNumber = 0;

@@ -14,6 +14,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace kelvo {
@@ -23,6 +24,13 @@ extern const std::int32_t& FramesToAverageImage;  // 1 to 1000
 extern const std::int32_t& FramesToAverageSeq;
 extern const std::int32_t& SeqNumber;       // the next number; counted up by SaveSequence
 extern const std::int32_t& SeqNumberStart;  // as entered
+
+// What the last SaveImage or SaveSequence wrote whole; nullopt where it wrote nothing, or only a part.
+struct SavedFile {
+    std::string path;
+    std::uint32_t frames = 0;  // that the file now holds
+};
+const std::optional<SavedFile>& LastSave();
 
 // Writes one image: the header of what is on view or of the camera, without room for a FrameHeader, and the counts. 1
 // when the file was written, also after "Error writing data to file!" (the disk filled up among the

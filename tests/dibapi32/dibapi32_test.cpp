@@ -6,6 +6,8 @@
 #include "support/shown.h"
 #include "support/temp_directory.h"
 
+#include <QImage>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -592,6 +594,48 @@ TEST_F(BitmapFile, WithPackedRowsIsSavedAsItStands)
     const std::string file = FileContents(path);
     EXPECT_EQ(file.substr(0, 14), Bytes().Text("BM").Long(14 + 40 + 4 + 4).Long(0).Long(58).Get());
     EXPECT_EQ(file.substr(14), InfoBytes(fields) + "bgr0rle!");
+}
+
+// Read back by the toolkit, which has nothing to do with how it was written.
+TEST_F(BitmapFile, AsPngKeepsIndicesAndColours)
+{
+    const std::string png = directory / "picture.png";
+    const Dib dib = GrayDib();
+    const std::span<std::uint8_t> table = DibPalette(*dib);
+    ASSERT_GE(table.size(), 24U);
+    std::iota(table.begin(), table.begin() + 24, std::uint8_t{1});
+    ASSERT_EQ(SavePng(dib, png), 0);
+    const QImage picture(QString::fromStdString(png), "PNG");
+    ASSERT_EQ(picture.format(), QImage::Format_Indexed8);
+    ASSERT_EQ(picture.size(), QSize(3, 2));
+    EXPECT_EQ(picture.color(1), qRgb(7, 6, 5)) << "blue stands first in the table";
+    const std::int64_t rowBytes = DibRowBytes(8, 3);
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 3; ++x) {
+            const auto at = static_cast<std::size_t>((1 - y) * rowBytes + x);
+            EXPECT_EQ(picture.pixelIndex(x, y), DibBits(*dib)[at]) << x << ", " << y;
+        }
+    }
+    // Plain gray stays a picture with a colour table too.
+    const Dib gray = GrayDib();
+    const std::span<std::uint8_t> grays = DibPalette(*gray);
+    for (std::size_t i = 0; i < grays.size(); ++i) grays[i] = i % 4 == 3 ? 0 : static_cast<std::uint8_t>(i / 4);
+    ASSERT_EQ(SavePng(gray, png), 0);
+    constexpr std::size_t kDepthAt = 24;
+    EXPECT_EQ(FileContents(png).substr(kDepthAt, 2), std::string("\x08\x03"));
+}
+
+TEST_F(BitmapFile, AsPngKeepsWhatStoodWhereItFails)
+{
+    const std::string png = directory / "picture.png";
+    PutFile(png, "before");
+    EXPECT_EQ(SavePng(nullptr, png), 20);
+    EXPECT_EQ(SavePng(CreateDIB(3, 2, 24), png), 21);
+    const Dib cut = GrayDib();
+    cut->bytes.pop_back();
+    EXPECT_EQ(SavePng(cut, png), 21);
+    EXPECT_EQ(SavePng(GrayDib(), directory / "none/picture.png"), 4);
+    EXPECT_EQ(FileContents(png), "before");
 }
 
 TEST_F(BitmapFile, OfNoBitmapIsNotMade)

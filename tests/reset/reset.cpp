@@ -50,6 +50,7 @@
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
 #include "video/video.h"
+#include "viewing/bitmap_command.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -111,6 +112,7 @@ constexpr void (*kModules[])() = {
     ResetAdvancedDialog,
     ResetScopeFrame,
     ResetSaveDialog,
+    ResetBitmapCommand,
     ResetSaving,
     ForgetUnsavedSet,
     ResetGeometryDialog,

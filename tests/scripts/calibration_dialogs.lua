@@ -205,7 +205,7 @@ calibration.choose(data .. "/no such place/set")
 check.answer_box(data .. "/no such place/set.cal\nPath does not exist.", "ok", "Kelvo message")
 calibration.choose(data .. "/other")
 check.answer_box("File already exists, replace it?", "ok", "Kelvo message")
-check.eq({ box(), dialog(), state("CalSettings.CalFile"), status() }, { nil, nil, data .. "/other.cal", start_hint })
+check.eq({ box(), dialog(), state("CalSettings.CalFile"), status() }, { nil, nil, data .. "/other.cal", " Saved calibration other.cal in " .. data })
 check.eq(readfile(data .. "/other.gai"), readfile(data .. "/Last.gai"))
 
 -- Under the name that it has nothing is written.

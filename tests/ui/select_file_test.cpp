@@ -1,4 +1,5 @@
 #include "platform/faults.h"
+#include "platform/files.h"
 #include "platform/front.h"
 #include "state/windows_write.h"
 #include "support/operator.h"
@@ -78,6 +79,45 @@ TEST_F(SelectFileDialog, TheFirstDialogOpensInTheProgramsDirectory)
     EXPECT_EQ(operator_.Texts("file", "directory").at(0), directory_.Path());
     EXPECT_EQ(operator_.Texts("file", "title").at(0), "Open File");
     EXPECT_EQ(LastFileDirectory, directory_.Path() + "/");
+}
+
+TEST_F(SelectFileDialog, WhatIsSavedGetsAFolderThatIsMadeAndKeptOnlyIfItIsUsed)
+{
+    const std::string folder = directory_ / "Documents/Kelvo";
+    write::fileChoice.FirstFileDirectory = folder;
+    std::string path = "*.img";
+    operator_.Do([] { CancelFileDialog(); });
+    EXPECT_EQ(SelectFile(nullptr, path, kSelectToSave), 0);
+    EXPECT_EQ(operator_.Texts("file", "directory").back(), folder);
+    EXPECT_FALSE(DirectoryExists(folder));
+
+    path = "*.img";
+    operator_.Do([] { CancelFileDialog(); });
+    SelectFile(nullptr, path, kSelectToOpen);
+    EXPECT_EQ(operator_.Texts("file", "directory").back(), directory_.Path()) << "to open, while there is none";
+
+    path = "*.img";
+    operator_.Do([] { ChooseFiles({"a.img"}); });
+    EXPECT_EQ(SelectFile(nullptr, path, kSelectToSave), 1);
+    EXPECT_EQ(path, folder + "/a.img");
+    EXPECT_TRUE(DirectoryExists(folder));
+    EXPECT_EQ(LastFileDirectory, folder + "/");
+
+    write::fileChoice.LastFileDirectory.clear();
+    path = "*.img";
+    operator_.Do([] { CancelFileDialog(); });
+    SelectFile(nullptr, path, kSelectToOpen);
+    EXPECT_EQ(operator_.Texts("file", "directory").back(), folder);
+}
+
+TEST_F(SelectFileDialog, WhereTheFolderCannotBeMadeTheProgramsDirectoryServes)
+{
+    write::fileChoice.FirstFileDirectory = directory_ / "a.img/Kelvo";
+    std::string path = "*.img";
+    operator_.Do([] { CancelFileDialog(); });
+    SelectFile(nullptr, path, kSelectToSave);
+    EXPECT_EQ(operator_.Texts("file", "directory").back(), directory_.Path());
+    EXPECT_THAT(operator_.Boxes(), ::testing::IsEmpty());
 }
 
 TEST_F(SelectFileDialog, OffersThePatternAsItsFilterAndNoName)

@@ -12,6 +12,7 @@
 #include "state/windows_write.h"
 #include "support/operator.h"
 #include "support/temp_directory.h"
+#include "ui/select_file_write.h"
 #include "viewing/save_dialog_write.h"
 #include "viewing/saving_write.h"
 
@@ -162,6 +163,21 @@ TEST_F(SaveDialogTest, OpensBesideTheSettingsWhereTheDirectoryHasGone)
     std::filesystem::remove(Work("gone"));
     Run(1468, [&](HWND dialog) { EXPECT_EQ(GetDlgItemText(dialog, kPath), DefaultDir); });
     EXPECT_EQ(CurrentDirectory(), DefaultDir);
+}
+
+TEST_F(SaveDialogTest, BeginsInTheFolderForWhatIsSavedAndGoesOnWhereItWas)
+{
+    const std::string folder = Work("Documents/Kelvo");
+    write::fileChoice.FirstFileDirectory = folder;
+    EXPECT_EQ(Run(1468, [&](HWND dialog) { EXPECT_EQ(GetDlgItemText(dialog, kPath), folder); }), 0);
+    EXPECT_FALSE(DirectoryExists(folder)) << "nothing came of it";
+    EXPECT_EQ(CurrentDirectory(), Work(""));
+    EXPECT_EQ(Type(1468, "new.img"), 1);
+    EXPECT_EQ(FilePathBuf, folder + "/new.img");
+    EXPECT_TRUE(DirectoryExists(folder));
+    ASSERT_TRUE(ChangeDirectory(Work("sub")));
+    EXPECT_EQ(Type(1468, "new.img"), 1);
+    EXPECT_EQ(FilePathBuf, Work("sub/new.img")) << "then the last used";
 }
 
 TEST_F(SaveDialogTest, ANameWithoutADirectoryIsSavedInTheCurrentOne)

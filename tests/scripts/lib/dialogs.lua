@@ -60,6 +60,15 @@ local function limits_kept(names)
 end
 local given_up = "the run had begun: it leaves the camera without a calibration"
 
+-- "Browse...": the file selection, and out of it again.
+local browsing = {
+  [20300] = function()
+    press(20300)
+    assert(file(), "the file selection is in front")
+    cancel()
+  end,
+}
+
 -- --- Dialogs on the camera ----------------------------------------------------------------------------------------------------
 
 local rows = {}
@@ -265,6 +274,7 @@ rows.CAL_HOT = {
 
 rows.CAL_OPEN = {
   open = opens(133, "CAL_OPEN"),
+  buttons = browsing,
   texts = { [1460] = "some.cal" },
   refused_first = enter_directory,
   refused = {
@@ -276,6 +286,7 @@ rows.CAL_OPEN = {
 
 rows.CAL_SAVE = {
   open = opens(132, "CAL_SAVE"),
+  buttons = browsing,
   texts = { [1460] = "some.cal" },
   refused_first = enter_directory,
   refused = {
@@ -323,6 +334,7 @@ rows.GOTOFRAME = {
 
 rows.SAVE = {
   open = opens(106, "SAVE"),
+  buttons = browsing,
   refused_first = enter_directory,
   refused = {
     { set = { [1460] = "a.img", [1488] = "0" }, box = "1 <= Number of frames to average <= 1000" },
@@ -332,6 +344,7 @@ rows.SAVE = {
 
 rows["SAVE.sequence"] = {
   open = opens(108, "SAVE"),
+  buttons = browsing,
   refused_first = enter_directory,
   kept_refused = { FramesToAverageSeq = "taken over before the number is looked at" },
   kept = {

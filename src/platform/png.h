@@ -1,0 +1,26 @@
+// Pictures as portable network graphics.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+// A picture of 8-bit indices into a colour table of 1 to 256 colours.
+struct IndexedPicture {
+    int width = 0;
+    int height = 0;
+    std::ptrdiff_t rowBytes = 0;                      // negative: the first row lies last
+    std::span<const std::uint8_t> pixels;             // all rows
+    std::vector<std::array<std::uint8_t, 3>> colors;  // red, green, blue
+};
+
+// The bytes of a PNG file of 8 bits a pixel with that colour table; empty where the picture is none, its rows don't
+// fill its size, or memory is refused.
+std::string PngOf(const IndexedPicture& picture);
+
+}  // namespace kelvo

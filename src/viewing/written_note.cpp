@@ -1,0 +1,75 @@
+#include "viewing/written_note.h"
+
+#include "platform/files.h"
+#include "platform/text.h"
+#include "ui/select_file.h"
+#include "ui/status.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace kelvo {
+
+namespace {
+
+std::string NameOf(const std::string& path)
+{
+    return path.substr(DirectoryOf(path).size());
+}
+
+std::string InDirectoryOf(const std::string& path)
+{
+    const std::filesystem::path directory(DirectoryOf(path));
+    return " in " + (directory.has_filename() ? directory : directory.parent_path()).string();
+}
+
+std::uint64_t SizeOf(const std::string& path)
+{
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(ResolvePath(path), error);
+    return error ? 0 : size;
+}
+
+std::string SizeText(std::uint64_t bytes)
+{
+    constexpr std::uint64_t kKilo = 1000;
+    constexpr std::uint64_t kMega = kKilo * kKilo;
+    if (bytes < kKilo) return Format("%d bytes", static_cast<int>(bytes));
+    const bool large = bytes >= kMega;
+    return Format("%.1f %s", static_cast<double>(bytes) / static_cast<double>(large ? kMega : kKilo),
+                  large ? "MB" : "kB");
+}
+
+CommandEnd Note(const std::string& text)
+{
+    StatusNote(" " + text);
+    return CommandEnd::kLeaveStatus;
+}
+
+}  // namespace
+
+CommandEnd NoteSavedFile(const std::string& path, std::uint32_t frames)
+{
+    return Note("Saved " + NameOf(path) + Format(": %u frame%s, ", frames, frames == 1 ? "" : "s") +
+                SizeText(SizeOf(path)) + InDirectoryOf(path));
+}
+
+CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t wanted)
+{
+    std::uint64_t bytes = 0;
+    for (const std::string& path : paths) bytes += SizeOf(path);
+    const std::string& first = paths.front();
+    std::string what = NameOf(first);
+    if (wanted > 1) {
+        const std::string count = Format("%zu", paths.size()) + (paths.size() < wanted ? Format(" of %u", wanted) : "");
+        what = count + " bitmaps, " + NameOf(first) + " to " + NameOf(paths.back());
+    }
+    return Note("Saved " + what + ": " + SizeText(bytes) + InDirectoryOf(first));
+}
+
+CommandEnd NoteSavedSet(const std::string& calPath)
+{
+    return Note("Saved calibration " + NameOf(calPath) + InDirectoryOf(calPath));
+}
+
+}  // namespace kelvo
