@@ -11,6 +11,7 @@
 #include "platform/serial.h"
 #include "platform/timers.h"
 #include "platform/transcript.h"
+#include "platform/undo_stack.h"
 
 namespace kelvo {
 
@@ -26,6 +27,7 @@ void ResetPlatform()
     EndApplication();
     ForgetTurns();  // what the last widgets have posted
 
+    ClearUndoSteps();
     ClearFaults();
     FailAllocation(0);
     ResetSerial();

@@ -137,6 +137,9 @@ inline constexpr CommandRow kAll[] = {
     Check(kCmdNormalColor, "Normal &color", kHelpColorMaps),
     kLine,
     Check(kCmdImageCursor, "&Image cursor\tF8", kHelpImageCursor),
+    kLine,
+    Item(kCmdUndo, "&Undo\tCtrl+Z", kHelpUndo, "undo"),
+    Item(kCmdRedo, "R&edo\tCtrl+Shift+Z", kHelpUndo, "redo"),
 
     Top("&Analysis"),
     NotBuilt(Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram")),

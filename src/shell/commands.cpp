@@ -14,6 +14,7 @@
 #include "shell/frame_account_window.h"
 #include "shell/saturation_overlay.h"
 #include "shell/shutdown.h"
+#include "shell/undo.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
 #include "state/windows_write.h"
@@ -99,6 +100,8 @@ constexpr Command kCommands[] = {
     {kCmdViewColorScale, Then<ToggleColorScale>},
     {kCmdViewSaturation, Then<ToggleSaturationOverlay>},
     {kCmdBench, Then<OpenBench>},
+    {kCmdUndo, Undo},
+    {kCmdRedo, Redo},
 };
 
 CommandEnd NotAvailable(int /*id*/)

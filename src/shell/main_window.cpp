@@ -15,6 +15,7 @@
 #include "shell/second_start.h"
 #include "shell/shutdown.h"
 #include "shell/start_options.h"
+#include "shell/undo.h"
 #include "state/buffer_state.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
@@ -183,7 +184,9 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
     if (LowWord(static_cast<WPARAM>(lParam)) != 0) return 0;  // from a control: its dialog has handled it
     const int id = LowWord(wParam);
     const CycleHoldUp holdUp;  // a dialog that it opens has live video behind it
-    return HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
+    if (HelpMode) return ShowCommandHelp(window, id);
+    const CommandGesture gesture(id);
+    return RunCommand(window, id);
 }
 
 void OpenDroppedFiles()

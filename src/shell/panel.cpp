@@ -13,6 +13,7 @@
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
 #include "ui/panel_readouts.h"
+#include "ui/undo.h"
 #include "video/video.h"
 #include "video/zoom_pan.h"
 
@@ -55,8 +56,11 @@ void LeaveControl()
     SetFocusTo(hWndMain);
 }
 
+constexpr GestureKind kStep{.repeats = true};  // a button that is held repeats
+
 void Pan(int direction)
 {
+    const Gesture gesture(kStep);
     switch (direction) {
         case kDirectionUp:
             ZoomPanCommand(kCmdPanPageUp);
@@ -78,6 +82,7 @@ void Pan(int direction)
 
 void ChangeLevels(int direction)
 {
+    const Gesture gesture(kStep);
     std::int32_t contrast = Contrast;
     std::int32_t brightness = Brightness;
     switch (direction) {
@@ -105,6 +110,14 @@ void FollowDisplayBox(HWND panel)
     if (DisplayEnabled) SetTimer(hWndMain, kLiveTimer, 0);
 }
 
+void ChooseUnit(HWND panel)
+{
+    const Gesture gesture;
+    TakeUnit(panel);
+    FollowDisplay();
+    LeaveControl();
+}
+
 bool OnCommand(HWND panel, int id, int notification)
 {
     switch (id) {
@@ -130,9 +143,7 @@ bool OnCommand(HWND panel, int id, int notification)
             return true;
         case kUnitList:
             if (notification != kSelectionChanged) return false;
-            TakeUnit(panel);
-            FollowDisplay();
-            LeaveControl();
+            ChooseUnit(panel);
             return true;
         default:
             return false;
@@ -154,6 +165,7 @@ void StepZoom(HWND panel, ScrollCode code)
     SetDlgItemText(panel, kPanelZoomText, Format("%d", position));
     SetScrollPos(panel, kPanelZoomBar, position);
     if (position == Xzoom) return;
+    const Gesture gesture(kStep);
     ZoomPanCommand(position > Xzoom ? kCmdZoomIn : kCmdZoomOut);
 }
 

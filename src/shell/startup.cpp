@@ -31,6 +31,7 @@
 #include "shell/second_start.h"
 #include "shell/start_options.h"
 #include "shell/unbuilt.h"
+#include "shell/undo.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
@@ -178,6 +179,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenFrameAccount();
     OpenColorScale();
     OpenSaturationOverlay();
+    OpenUndo();
     SetPointer(Pointer::kArrow);
     StatusString(kIdleHint, kLeftAligned);
     ShowWindowMaximised(hWndMain);

@@ -12,6 +12,7 @@
 #include "state/state_registry.h"
 #include "ui/docking.h"
 #include "ui/panel_readouts.h"
+#include "ui/undo.h"
 #include "video/image_cursor_write.h"
 
 #include <algorithm>
@@ -99,6 +100,7 @@ void WriteLevels()
 
 void EnterTrackball()
 {
+    BeginGesture({});
     const Point centre = TrackballCentre();
     const Point saved = ImageCursorOn ? GetPointerPosition() : centre;
     SavedCursorX = saved.x;
@@ -121,6 +123,7 @@ void LeaveTrackball()
     }
     WriteLevels();
     write::trackball.TrackballMode = 0;
+    EndGesture();
 }
 
 }  // namespace

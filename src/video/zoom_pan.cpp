@@ -145,11 +145,6 @@ bool Apply(int id, DisplayGeometry& g, const ViewLimits& limits, Point pivot)
     }
 }
 
-DisplayGeometry GeometryInForce()
-{
-    return {Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset};
-}
-
 ViewLimits LimitsInForce()
 {
     const Point frame = FrameSizeOnView();
@@ -157,6 +152,11 @@ ViewLimits LimitsInForce()
 }
 
 }  // namespace
+
+DisplayGeometry GeometryInForce()
+{
+    return {Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset};
+}
 
 Point ViewCentre(const DisplayGeometry& geometry, const ViewLimits& limits)
 {
@@ -175,6 +175,16 @@ std::optional<DisplayGeometry> ZoomPanned(int id, const DisplayGeometry& geometr
     DisplayGeometry changed = geometry;
     if (!Apply(id, changed, limits, pivot)) return std::nullopt;
     return changed;
+}
+
+void PlacePicture(const DisplayGeometry& geometry)
+{
+    const Point pixel = ImageCursorOn ? ImageCursorPosition() : Point{};
+    SetDisplayGeometry(geometry.xpan, geometry.ypan, geometry.xzoom, geometry.yzoom, geometry.xoffset,
+                       geometry.yoffset);
+    if (!ImageCursorOn) return;
+    ShowCursorValue(pixel.x, pixel.y, 1);
+    PutPointerOverPixel(pixel);
 }
 
 void ZoomPanCommand(int id)

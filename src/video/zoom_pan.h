@@ -38,6 +38,10 @@ Point ViewCentre(const DisplayGeometry& geometry, const ViewLimits& limits);
 std::optional<DisplayGeometry> ZoomPanned(int id, const DisplayGeometry& geometry, const ViewLimits& limits,
                                           Point pivot);
 
+DisplayGeometry GeometryInForce();
+// SetDisplayGeometry; with the image cursor on, the pointer stays over its pixel.
+void PlacePicture(const DisplayGeometry& geometry);
+
 // Carries a command out on the picture. With the image cursor on, the picture moves around it and the pointer stays
 // over its pixel. A command at its limit does nothing, silently.
 void ZoomPanCommand(int id);

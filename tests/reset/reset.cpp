@@ -30,6 +30,7 @@
 #include "shell/second_start.h"
 #include "shell/shutdown.h"
 #include "shell/start_options_write.h"
+#include "shell/undo.h"
 #include "simcam/bench_window.h"
 #include "simcam/sim_camera.h"
 #include "state/buffer_state_write.h"
@@ -115,6 +116,7 @@ constexpr void (*kModules[])() = {
     [] { SetRestart({}); },
     [] { write::options.startOptions = {}; },
     ResetMainWindow,
+    ResetUndo,
     ResetCursorCommand,
     ResetColorScale,
     ResetSaturationOverlay,
