@@ -48,6 +48,7 @@
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
 #include "video/video.h"
+#include "video/view_drag.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -102,6 +103,7 @@ constexpr void (*kModules[])() = {
     ResetImageCursor,
     RestartLiveRate,
     ResetVideo,
+    ResetViewDrag,
     ResetCommLink,
     ResetCameraHead,
     ResetVideoSetupDialog,
