@@ -3,6 +3,7 @@
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
 #include "camera/camera_commands.h"
+#include "display/display_pipeline.h"
 #include "platform/box.h"
 #include "platform/help.h"
 #include "platform/window.h"
@@ -102,6 +103,9 @@ constexpr Command kCommands[] = {
     {kCmdBench, Then<OpenBench>},
     {kCmdUndo, Undo},
     {kCmdRedo, Redo},
+    {kCmdViewFit, Then<FitView>},
+    {kCmdViewOneToOne, Then<ShowOneToOne>},
+    {kCmdViewCentre, Then<CentreView>},
 };
 
 CommandEnd NotAvailable(int /*id*/)

@@ -55,7 +55,11 @@ constexpr std::int64_t kSplashMs = 1500;
 
 bool MakeMainWindow()
 {
-    const WindowClass mainClass{.name = "KELVO", .procedure = MainWndProc, .icon = "1_LN2DEWAR"};
+    const WindowClass mainClass{.name = "KELVO",
+                                .procedure = MainWndProc,
+                                .icon = "1_LN2DEWAR",
+                                .systemBackground = false,
+                                .background = kPictureGround};
     if (!RegisterWindowClass(mainClass)) return false;
     const HWND window = CreateMainWindow("KELVO", "Kelvo");
     if (!window) return false;

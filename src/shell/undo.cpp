@@ -39,6 +39,7 @@ constexpr UndoableCommand kUndoable[] = {
     {kCmdNormalGray, kCmdNormalColor, {}},
     {kCmdNextColorMap, kCmdNextColorMap, {}},
     {kCmdViewFitContrast, kCmdViewFitContrast, {}},
+    {kCmdViewFit, kCmdViewCentre, {}},
     {kCmdDisplaySetup, kCmdDisplaySetup, {.name = "display setup"}},
     {kCmdImageSetup, kCmdImageSetup, {.name = "image setup", .badPixels = true}},
     {kCmdReplaceBadPixels, kCmdReplaceBadPixels, {.name = "bad pixel replacement", .badPixels = true}},

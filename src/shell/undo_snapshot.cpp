@@ -43,15 +43,20 @@ std::vector<KeptProfileKey> TakeKeys()
 struct Part {
     std::string_view name;
     bool (*same)(const UndoSnapshot& a, const UndoSnapshot& b);
-    void (*putBack)(const UndoSnapshot& target);
+    void (*putBack)(const UndoSnapshot& target, const UndoSnapshot& other);
 };
+
+bool SamePlace(const UndoSnapshot& a, const UndoSnapshot& b)
+{
+    return a.geometry == b.geometry && a.view == b.view;
+}
 
 bool SameZoom(const UndoSnapshot& a, const UndoSnapshot& b)
 {
     return a.geometry.xzoom == b.geometry.xzoom && a.geometry.yzoom == b.geometry.yzoom;
 }
 
-void PutBackColors(const UndoSnapshot& target)
+void PutBackColors(const UndoSnapshot& target, const UndoSnapshot& /*other*/)
 {
     write::display.ImageColor = target.colors.map;
     write::display.GrayScale = target.colors.grayScale;
@@ -62,25 +67,28 @@ void PutBackColors(const UndoSnapshot& target)
     if (!LiveVideo || !DisplayEnabled) RedrawPicture();
 }
 
-void PutBackGeometry(const UndoSnapshot& target)
+void PutBackPlace(const UndoSnapshot& target, const UndoSnapshot& other)
 {
-    if (target.geometry != GeometryInForce()) PlacePicture(target.geometry);
+    if (target.geometry != other.geometry) PlacePicture(target.geometry);
+    if (target.view != other.view) SetViewPosition(target.view);
 }
 
+void PutBackUnit(const UndoSnapshot& target, const UndoSnapshot& /*other*/)
+{
+    if (IsUnitAvailable(target.unit)) SetDisplayUnit(target.unit);
+}
+
+using Snapshot = const UndoSnapshot&;
 constexpr Part kParts[] = {
-    {"colours", [](const UndoSnapshot& a, const UndoSnapshot& b) { return a.colors == b.colors; }, PutBackColors},
-    {"contrast", [](const UndoSnapshot& a, const UndoSnapshot& b) { return a.contrast == b.contrast; },
-     [](const UndoSnapshot& target) { BuildDisplayLut(target.contrast, Brightness); }},
-    {"brightness", [](const UndoSnapshot& a, const UndoSnapshot& b) { return a.brightness == b.brightness; },
-     [](const UndoSnapshot& target) { BuildDisplayLut(Contrast, target.brightness); }},
-    {"zoom", SameZoom, PutBackGeometry},
+    {"colours", [](Snapshot a, Snapshot b) { return a.colors == b.colors; }, PutBackColors},
+    {"contrast", [](Snapshot a, Snapshot b) { return a.contrast == b.contrast; },
+     [](Snapshot target, Snapshot /*other*/) { BuildDisplayLut(target.contrast, Brightness); }},
+    {"brightness", [](Snapshot a, Snapshot b) { return a.brightness == b.brightness; },
+     [](Snapshot target, Snapshot /*other*/) { BuildDisplayLut(Contrast, target.brightness); }},
+    {"zoom", SameZoom, PutBackPlace},
     // A zoom moves the picture too: that is no change of its own.
-    {"pan", [](const UndoSnapshot& a, const UndoSnapshot& b) { return !SameZoom(a, b) || a.geometry == b.geometry; },
-     PutBackGeometry},
-    {"unit", [](const UndoSnapshot& a, const UndoSnapshot& b) { return a.unit == b.unit; },
-     [](const UndoSnapshot& target) {
-         if (IsUnitAvailable(target.unit)) SetDisplayUnit(target.unit);
-     }},
+    {"pan", [](Snapshot a, Snapshot b) { return !SameZoom(a, b) || SamePlace(a, b); }, PutBackPlace},
+    {"unit", [](Snapshot a, Snapshot b) { return a.unit == b.unit; }, PutBackUnit},
 };
 
 bool DifferInBadPixels(const UndoSnapshot& a, const UndoSnapshot& b)
@@ -96,6 +104,7 @@ UndoSnapshot TakeSnapshot()
             .brightness = Brightness,
             .colors = {ImageColor, GrayScale, GrayColorBar, TempScale, TempHisto},
             .geometry = GeometryInForce(),
+            .view = ViewPosition(),
             .unit = DisplayUnit,
             .badPixels = nullptr,
             .keys = TakeKeys()};
@@ -121,7 +130,7 @@ bool PutBackDifference(const UndoSnapshot& target, const UndoSnapshot& other)
 {
     if (DifferInBadPixels(target, other) && !PutBackBadPixelState(*target.badPixels)) return false;
     for (const Part& part : kParts) {
-        if (!part.same(target, other)) part.putBack(target);
+        if (!part.same(target, other)) part.putBack(target, other);
     }
     for (std::size_t i = 0; i < target.keys.size() && i < other.keys.size(); ++i) {
         if (target.keys[i] != other.keys[i]) PutBackProfileKey(target.keys[i]);

@@ -27,6 +27,7 @@ struct UndoSnapshot {
     std::int32_t brightness = 0;
     Colors colors;
     DisplayGeometry geometry;
+    Point view;  // ViewPosition
     std::int32_t unit = 0;
     std::shared_ptr<const BadPixelState> badPixels;  // null: of a gesture that can't change them
     std::vector<KeptProfileKey> keys;                // the same keys in each snapshot of one camera and calibration

@@ -88,8 +88,9 @@ void BringIntoSight(Point place)
         const bool inSight = at - scrolled >= from && at - scrolled < to;
         return inSight ? scrolled : at - (from + to) / 2;
     };
-    ScrollPictureTo(hWndMain,
-                    {along(place.x, area.left, area.right, origin.x), along(place.y, area.top, area.bottom, origin.y)});
+    const Point middle{along(place.x, area.left, area.right, origin.x),
+                       along(place.y, area.top, area.bottom, origin.y)};
+    if (middle != origin) ScrollPictureTo(hWndMain, RestingOrigin(hWndMain, middle));
 }
 
 void WriteLevels()

@@ -49,6 +49,7 @@
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
 #include "video/video.h"
+#include "video/view_drag.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -103,6 +104,7 @@ constexpr void (*kModules[])() = {
     ResetImageCursor,
     RestartLiveRate,
     ResetVideo,
+    ResetViewDrag,
     ResetCommLink,
     ResetCameraHead,
     ResetVideoSetupDialog,

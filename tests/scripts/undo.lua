@@ -61,6 +61,13 @@ local kKinds = {
   function() press("panel", 312, ({ "up", "right", "down", "left" })[1 + draw(4)]) end,
   function() pick("panel", 1256, draw(#items("panel", 1256))) end,
   function() command(2004) end,
+  function() command(2040 + draw(3)) end,
+  function() mouse(100 + draw(200), 150 + draw(150), draw(2) == 0 and "wheel up" or "wheel down") end,
+  function()  -- the picture is dragged
+    mouse(300, 300, "middle down")
+    for _ = 1, 3 do mouse(200 + draw(200), 200 + draw(200)) end
+    mouse(200 + draw(200), 200 + draw(200), "middle up")
+  end,
   function()  -- a run of the trackball
     key("F10")
     for _ = 1, 3 do mouse(320 + draw(100) - 50, 240 + draw(100) - 50) end

@@ -48,6 +48,16 @@ check.eq({ redo_item(), undo_item() }, { kNoRedo, { "&Undo colours\tCtrl+Z", tru
 check.eq(take_all_back(), { "colours", "zoom" })
 check.eq(state("ImageColor"), 1230)
 
+-- A drag of the picture is one step; in its midst nothing is taken back.
+local place = state("ViewPosition")
+mouse(300, 300, "middle down")
+for x = 310, 350, 10 do mouse(x, 280) end
+key("Ctrl+Z")
+mouse(350, 280, "middle up")
+check.eq({ state("ViewPosition"), undo_item() }, { { place[1] - 50, place[2] + 20 }, { "&Undo pan\tCtrl+Z", true } })
+check.eq(take_all_back(), { "pan" })
+check.eq(state("ViewPosition"), place)
+
 -- A run that comes back to where it began is nothing.
 key("+")
 key("-")
