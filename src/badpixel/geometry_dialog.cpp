@@ -1,5 +1,6 @@
 #include "badpixel/geometry_dialog.h"
 
+#include "badpixel/bad_pixel_state.h"
 #include "badpixel/geometry_dialog_list.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/orientation.h"
@@ -68,6 +69,16 @@ bool listDirty = false;
 bool listDisabled = true;
 int selectedLine = 0;  // remembered between openings
 std::vector<PixelPair> listed;
+
+// For Cancel: all that the dialog may change, as it was when it opened.
+struct AtOpening {
+    BadPixelState badPixels;
+    std::vector<KeptProfileKey> keys;
+    bool settingsChanged = false;
+    int selectedLine = 0;
+};
+AtOpening atOpening;
+
 std::vector<PixelPair> scratchLines;  // what the last edit put into the scratch file, or was to
 bool scratchStands = false;           // the scratch file holds them
 
@@ -171,10 +182,26 @@ void OfferList(HWND dialog)
     }
 }
 
+bool SetHasFile()
+{
+    return IsCalibrated() && !CalSettings.CalFile.empty() && !SetWithoutFiles();
+}
+
+std::vector<KeptProfileKey> KeepKeys()
+{
+    std::vector<KeptProfileKey> keys;
+    for (const Flag& flag : flags) {
+        keys.push_back(KeepProfileKey("Display", flag.key, IniFilePath));
+        if (SetHasFile()) keys.push_back(KeepProfileKey("Display", flag.key, CalSettings.CalFile));
+    }
+    return keys;
+}
+
 void Open(HWND dialog)
 {
     StatusString(kImageSetupHint, kLeftAligned);
     if (!CameraOn) settingsChanged = false;
+    atOpening = {TakeBadPixelState(), KeepKeys(), settingsChanged, selectedLine};
     listDirty = false;
     listDisabled = true;
     listed.clear();
@@ -286,7 +313,7 @@ void Commit()
 {
     for (const Flag& flag : flags) *flag.inForce = flag.copy;
     WriteFlags(IniFilePath);
-    if (IsCalibrated() && !CalSettings.CalFile.empty() && !SetWithoutFiles()) WriteFlags(CalSettings.CalFile);
+    if (SetHasFile()) WriteFlags(CalSettings.CalFile);
     if (CommitList()) DeleteFileNamed(kScratchFile);
 }
 
@@ -312,6 +339,18 @@ void Close(HWND dialog)
     EndDialog(dialog, 1);
 }
 
+// Also what "Set" has done. Where a file can't be put back the dialog stays, and all is as it was.
+void Cancel(HWND dialog)
+{
+    if (!PutBackBadPixelState(atOpening.badPixels)) return;
+    for (const KeptProfileKey& key : atOpening.keys) PutBackProfileKey(key);
+    settingsChanged = atOpening.settingsChanged;
+    selectedLine = atOpening.selectedLine;
+    DeleteFileNamed(kScratchFile);
+    StatusString(kIdleHint, kLeftAligned);
+    EndDialog(dialog, 0);
+}
+
 void PickLine(HWND dialog)
 {
     selectedLine = std::max(ListSelection(dialog, kBadList), 0);
@@ -329,13 +368,14 @@ constexpr DialogEntry kEntries[] = {
     {kSet, [](HWND /*dialog*/) { Set(); }},
     {kCommit, [](HWND /*dialog*/) { Commit(); }},
     {kIdOk, Close},
-    {kIdCancel, Close},
+    {kIdCancel, Cancel},
 };
 constexpr DialogFrame kFrame{.name = "GEOMETRY",
                              .procedure = fnGEOMETRYDlgProc,
                              .open = Open,
                              .entries = kEntries,
-                             .helpContext = kHelpImageSetup};
+                             .helpContext = kHelpImageSetup,
+                             .closed = Close};
 
 }  // namespace
 
@@ -361,6 +401,7 @@ void ResetGeometryDialog()
     listed.clear();
     scratchLines.clear();
     scratchStands = false;
+    atOpening = {};
 }
 
 }  // namespace kelvo

@@ -45,6 +45,11 @@ std::int32_t LastPaintBottom = 0;
 const StateNames kStateNames{
     Named("LastPaintRight", LastPaintRight),
     Named("LastPaintBottom", LastPaintBottom),
+    {"ViewPosition",
+     [] {
+         const Point at = ViewPosition();
+         return StateValue{std::vector<double>{static_cast<double>(at.x), static_cast<double>(at.y)}};
+     }},
 };
 
 // The picture on the screen was made of the camera's frame that LiveFrame holds.
@@ -105,6 +110,20 @@ void EraseMargin(HWND window, int right, int bottom)
     if (right >= LastPaintRight && bottom >= LastPaintBottom) return;
     EraseStrip(window, {right, 0, LastPaintRight, LastPaintBottom});
     EraseStrip(window, {0, bottom, right, LastPaintBottom});
+}
+
+void FitScrolling(int right, int bottom)
+{
+    SetScrollExtent(hWndMain, {right, bottom, PanelHeight(), TextHeight, PictureRightMargin});
+}
+
+// The picture that stands, at a zoom that was not painted yet.
+bool FitScrollingInForce()
+{
+    if (!FrameBitmap || !hWndMain) return false;
+    FitScrolling(Extent(hWndMain, DibWidth(*FrameBitmap), PaintZoom(Xzoom)),
+                 PanelHeight() + Extent(hWndMain, DibHeight(*FrameBitmap), PaintZoom(Yzoom)));
+    return true;
 }
 
 void PaintNewPicture()
@@ -194,11 +213,31 @@ void RemovePictureLayer(PictureLayer layer)
     std::erase(layers, layer);
 }
 
+Point PictureSize()
+{
+    return FrameBitmap ? Point{DibWidth(*FrameBitmap), DibHeight(*FrameBitmap)} : Point{};
+}
+
 Rect PicturePlace()
 {
     if (!FrameBitmap || !hWndMain) return {};
     const int top = PanelHeight();
     return {0, top, DibWidth(*FrameBitmap) * PaintZoom(Xzoom), top + DibHeight(*FrameBitmap) * PaintZoom(Yzoom)};
+}
+
+Point ViewPosition()
+{
+    return GetScrollOrigin(hWndMain);
+}
+
+void SetViewPosition(Point position)
+{
+    if (FitScrollingInForce()) ScrollPictureTo(hWndMain, position);
+}
+
+void CentreView()
+{
+    if (FitScrollingInForce()) CentrePicture(hWndMain);
 }
 
 Point PixelUnder(Point client)
@@ -254,7 +293,7 @@ void PaintBitmap(const Dib& bitmap, HWND window)
     EraseMargin(window, right, bottom);
     LastPaintRight = right;
     LastPaintBottom = bottom;
-    if (isMain) SetScrollExtent(window, {right + PictureRightMargin, bottom}, PanelHeight(), TextHeight);
+    if (isMain) FitScrolling(right, bottom);
 
     PaintDib(window, {left, top, left + width * xzoom, top + height * yzoom}, bitmap, {0, 0, width, height});
 }

@@ -33,8 +33,19 @@ void RemovePictureLayer(PictureLayer layer);
 // Logical pixels at the right of the main window that something covers: the picture scrolls that much further.
 extern const std::int32_t& PictureRightMargin;
 
+Point PictureSize();  // of FrameBitmap: columns and rows; {0, 0} without one
 // Where FrameBitmap is painted: logical pixels of the main window. Empty without a picture.
 Rect PicturePlace();
+
+// The view's own place over the picture, which no setting keeps: the logical pixels of it, at the zoom in force, that
+// lie beyond the left and upper edge of its area; below 0 where ground stands there. {0, 0} at the start. Drag, wheel
+// and scroll bars move it. Setting it moves the picture as far as some of it stays in sight, and paints it there;
+// before anything is painted nothing happens.
+Point ViewPosition();
+void SetViewPosition(Point position);
+void CentreView();
+// The ground around the picture, one neutral gray in all themes: gray values are judged against it. 0x00BBGGRR.
+inline constexpr std::uint32_t kPictureGround = 0x00383838;
 
 // The painting the other way round, for the frame on view with the pan and the zoom in force: the pixel of the frame
 // that a point of the main window shows, the nearest one where it shows none; the point in the middle of where a pixel

@@ -26,11 +26,9 @@ BadPixelVariables badPixels;
 }
 
 constinit const BadDetMap& BadDetList = write::badPixels.BadDetList;
+constinit const std::vector<std::uint32_t>& ReplacedPixels = write::badPixels.ReplacedPixels;
 
 namespace {
-
-// Image indexes of the pixels that the last ReplaceBadDet repaired, in order of repair.
-std::vector<std::uint32_t> ReplacedPixels;
 
 const StateNames kStateNames{
     Named("ReplacedPixels", ReplacedPixels),
@@ -283,14 +281,14 @@ int ReplaceBadDet(std::span<std::uint32_t> decomList, const BadDetMap& badMap, c
     if (!pattern) return 0;
     if (pattern->rows.empty()) return 1;
     const Region region = RegionOf(config);
-    ReplacedPixels.clear();
+    write::badPixels.ReplacedPixels.clear();
     write::calSet.BadDetCount = 0;
     const std::size_t count = region.Count();
     if (count == 0 || decomList.size() < count || badMap.size() < count) return 1;
     // The map isn't changed as pixels are repaired: a repaired pixel never answers for another.
     for (const PixelAnswer& answer : FindGoodNeighbours(badMap, region.rows, region.columns, *pattern)) {
         decomList[answer.bad] = decomList[answer.source];
-        ReplacedPixels.push_back(answer.bad);
+        write::badPixels.ReplacedPixels.push_back(answer.bad);
     }
     write::calSet.BadDetCount = static_cast<std::int32_t>(ReplacedPixels.size());
     return 1;
@@ -320,7 +318,7 @@ int SubstituteBadPixels(std::span<const float> gainList, std::span<std::uint32_t
 void ResetBadPixels()
 {
     write::badPixels.BadDetList.clear();
-    ReplacedPixels.clear();
+    write::badPixels.ReplacedPixels.clear();
 }
 
 }  // namespace kelvo

@@ -22,6 +22,8 @@ using BadDetMap = std::vector<std::uint8_t>;
 
 // The map of the last calibration; empty before.
 extern const BadDetMap& BadDetList;
+// Image indices of the pixels that the last run or rebuild replaced, in the order of repair.
+extern const std::vector<std::uint32_t>& ReplacedPixels;
 
 // Reads a .bad file into a map of Vroi x Hroi bytes; marks that stand are kept. 1, or 0 after the box "Could not open
 // file %s" where the file can't be opened or is longer than 64 MB.

@@ -7,6 +7,7 @@ namespace kelvo {
 
 struct BadPixelVariables {
     BadDetMap BadDetList;
+    std::vector<std::uint32_t> ReplacedPixels;
 };
 
 namespace write {

@@ -67,14 +67,32 @@ constexpr MouseDeed kMouseDeeds[] = {{QEvent::MouseMove, Qt::NoButton},
                                      {QEvent::MouseButtonDblClick, Qt::LeftButton}};
 constexpr int kWheelUp = 5;
 constexpr int kWheelDown = 6;
+constexpr int kHoldMiddle = 7;
+constexpr int kReleaseMiddle = 8;
 constexpr int kNotch = 120;
+
+// Whoever has the middle button down over it gets all motion until its release.
+QPointer<QWidget> middleHolder;
 
 void SendMouseEvent(QWidget* receiver, QEvent::Type type, QPoint at, Qt::MouseButton button)
 {
     const bool holds = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
-    QMouseEvent event(type, QPointF(at), QPointF(receiver->mapToGlobal(at)), button,
-                      holds ? Qt::MouseButtons(button) : Qt::NoButton, Qt::NoModifier);
+    Qt::MouseButtons held = holds ? Qt::MouseButtons(button) : Qt::NoButton;
+    held.setFlag(Qt::MiddleButton, held.testFlag(Qt::MiddleButton) || middleHolder);
+    QMouseEvent event(type, QPointF(at), QPointF(receiver->mapToGlobal(at)), button, held, Qt::NoModifier);
     QCoreApplication::sendEvent(receiver, &event);
+}
+
+void HoldMiddle(QWidget* receiver, QPoint at)
+{
+    middleHolder = receiver;
+    SendMouseEvent(receiver, QEvent::MouseButtonPress, at, Qt::MiddleButton);
+}
+
+void ReleaseMiddle(QWidget* receiver, QPoint at)
+{
+    middleHolder = nullptr;
+    SendMouseEvent(receiver, QEvent::MouseButtonRelease, at, Qt::MiddleButton);
 }
 
 void TurnWheel(QWidget* receiver, QPoint at, int delta)
@@ -143,11 +161,15 @@ void OperateMouse(Point client, int button)
     const Point screen = ClientToScreen(MainWindow(), client);
     MovePointerTo(screen);
     const QPoint at(client.x, client.y);
-    QPointer<QWidget> receiver = area->childAt(at);
+    QPointer<QWidget> receiver = middleHolder ? middleHolder.data() : area->childAt(at);
     if (!receiver) receiver = area;
     const QPoint local = receiver->mapFrom(area, at);
     if (button == kWheelUp || button == kWheelDown) {
         TurnWheel(receiver, local, button == kWheelUp ? kNotch : -kNotch);
+    } else if (button == kHoldMiddle) {
+        HoldMiddle(receiver, local);
+    } else if (button == kReleaseMiddle) {
+        ReleaseMiddle(receiver, local);
     } else if (button >= 0 && button < static_cast<int>(std::size(kMouseDeeds))) {
         const MouseDeed deed = kMouseDeeds[button];
         SendMouseEvent(receiver, deed.type, local, deed.button);

@@ -54,6 +54,15 @@ struct NamedModifier {
 constexpr NamedModifier kNamedModifiers[] = {
     {"Shift+", Qt::ShiftModifier}, {"Ctrl+", Qt::ControlModifier}, {"Alt+", Qt::AltModifier}};
 
+// The modifier that a key's name begins with, in any order of several; null: none. A sign behind it is the key.
+const NamedModifier* ModifierOf(std::string_view name)
+{
+    const auto* const found = std::ranges::find_if(kNamedModifiers, [name](const NamedModifier& named) {
+        return name.starts_with(named.prefix) && name.size() > named.prefix.size();
+    });
+    return found == std::end(kNamedModifiers) ? nullptr : found;
+}
+
 std::optional<int> FunctionKey(std::string_view name)
 {
     if (name.size() < 2 || name.size() > 3 || name.front() != 'F') return std::nullopt;
@@ -162,11 +171,9 @@ bool KeyIsDown(Key key)
 std::optional<KeyStroke> ParseKey(std::string_view name)
 {
     KeyStroke stroke;
-    for (const NamedModifier& named : kNamedModifiers) {
-        // A plus sign that stands alone is a key.
-        if (!name.starts_with(named.prefix) || name.size() == named.prefix.size()) continue;
-        stroke.modifiers |= named.modifier;
-        name.remove_prefix(named.prefix.size());
+    while (const NamedModifier* const named = ModifierOf(name)) {
+        stroke.modifiers |= named->modifier;
+        name.remove_prefix(named->prefix.size());
     }
     if (const auto function = FunctionKey(name)) {
         stroke.key = *function;

@@ -36,6 +36,8 @@ QCursor CursorOf(Pointer shape)
             return CursorNamed("trackball");
         case Pointer::kHourglass:
             return {Qt::WaitCursor};
+        case Pointer::kHand:
+            return {Qt::ClosedHandCursor};
         case Pointer::kArrow:
             break;
     }

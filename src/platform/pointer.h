@@ -6,7 +6,7 @@
 
 namespace kelvo {
 
-enum class Pointer { kArrow, kCross, kTrackball, kHourglass };
+enum class Pointer { kArrow, kCross, kTrackball, kHourglass, kHand };
 // The shape over the main window's client area. The hourglass shows over the whole program.
 void SetPointer(Pointer shape);
 Pointer CurrentPointer();

@@ -27,6 +27,7 @@ struct Edit {
     std::string section;
     std::string key;
     std::optional<std::string> value;  // nullopt deletes the key
+    bool isRaw = false;                // value stands in the file as it is
 };
 
 // What tells that a file on the disk is another one than was read.
@@ -94,6 +95,7 @@ std::unordered_map<std::string, std::string> IndexOf(std::string_view contents)
 std::string WithEdit(std::string_view contents, const Edit& edit)
 {
     if (!edit.value) return WithProfileKey(contents, edit.section, edit.key, nullptr);
+    if (edit.isRaw) return WithRawProfileKey(contents, edit.section, edit.key, *edit.value);
     const std::string_view value = *edit.value;
     return WithProfileKey(contents, edit.section, edit.key, &value);
 }
@@ -210,6 +212,20 @@ void WritePrivateProfileString(std::string_view section, std::string_view key, s
 void DeleteProfileKey(std::string_view section, std::string_view key, std::string_view file)
 {
     AddEdit({std::string(section), std::string(key), std::nullopt}, file);
+}
+
+KeptProfileKey KeepProfileKey(std::string_view section, std::string_view key, std::string_view file)
+{
+    return {.file = std::string(file),
+            .section = std::string(section),
+            .key = std::string(key),
+            .rawValue = RawProfileText(ProfileOf(file).current, section, key)};
+}
+
+void PutBackProfileKey(const KeptProfileKey& kept)
+{
+    if (KeepProfileKey(kept.section, kept.key, kept.file) == kept) return;
+    AddEdit({kept.section, kept.key, kept.rawValue, true}, kept.file);
 }
 
 bool FlushProfiles()

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,19 @@ bool HasProfileKey(std::string_view section, std::string_view key, std::string_v
 void WritePrivateProfileString(std::string_view section, std::string_view key, std::string_view value,
                                std::string_view file);
 void DeleteProfileKey(std::string_view section, std::string_view key, std::string_view file);
+
+// A key as it stands in its file, to be put back later.
+struct KeptProfileKey {
+    std::string file;
+    std::string section;
+    std::string key;
+    std::optional<std::string> rawValue;  // with its quotation marks; nullopt: the key is missing
+    friend bool operator==(const KeptProfileKey&, const KeptProfileKey&) = default;
+};
+KeptProfileKey KeepProfileKey(std::string_view section, std::string_view key, std::string_view file);
+// The line is what it was, byte for byte; a key that was missing goes, while a section that it began stays. One that
+// stands so already isn't written.
+void PutBackProfileKey(const KeptProfileKey& kept);
 
 // Writes what is pending to the disk. False if a file couldn't be written: the error box has been shown (once per
 // file), the values stay pending.

@@ -178,19 +178,35 @@ std::int32_t ProfileInt(std::string_view value)
 std::string WithProfileKey(std::string_view contents, std::string_view section, std::string_view key,
                            const std::string_view* value)
 {
+    if (value) return WithRawProfileKey(contents, section, key, AsWritten(*value));
+    const std::string_view wantedSection = Trimmed(section);
+    const std::string_view wantedKey = Trimmed(key);
+    if (!CanStandAsSection(wantedSection) || !CanStandAsKey(wantedKey)) return std::string(contents);
+    return WithoutLines(contents, Find(contents, wantedSection, wantedKey).keyLines);
+}
+
+std::optional<std::string> RawProfileText(std::string_view contents, std::string_view section, std::string_view key)
+{
+    const Place place = Find(contents, Trimmed(section), Trimmed(key));
+    if (place.keyLines.empty()) return std::nullopt;
+    return std::string(place.keyLines.front().rawValue);
+}
+
+std::string WithRawProfileKey(std::string_view contents, std::string_view section, std::string_view key,
+                              std::string_view rawValue)
+{
     const std::string_view wantedSection = Trimmed(section);
     const std::string_view wantedKey = Trimmed(key);
     if (!CanStandAsSection(wantedSection) || !CanStandAsKey(wantedKey)) return std::string(contents);
     const Place place = Find(contents, wantedSection, wantedKey);
-    if (!value) return WithoutLines(contents, place.keyLines);
     if (!place.keyLines.empty()) {
         const ProfileLine& line = place.keyLines.front();
         std::string result(contents.substr(0, line.valueStart));
-        result += AsWritten(*value);
+        result += rawValue;
         return result += contents.substr(line.valueStart + line.rawValue.size());
     }
     const std::string lineEnd = LineEndOf(contents);
-    const std::string keyLine = std::string(wantedKey) + '=' + AsWritten(*value) + lineEnd;
+    const std::string keyLine = std::string(wantedKey) + '=' + std::string(rawValue) + lineEnd;
     if (place.insertion) return WithLinesAt(contents, *place.insertion, keyLine, lineEnd);
     return WithNewSection(contents, wantedSection, keyLine, lineEnd);
 }

@@ -15,6 +15,10 @@ std::string ProfileText(std::string_view contents, std::string_view section, std
                         std::string_view defaultValue);
 std::string WithProfileKey(std::string_view contents, std::string_view section, std::string_view key,
                            const std::string_view* value);  // null deletes the key
+// The value as it stands, quotation marks and all, and back again. nullopt: the key is missing.
+std::optional<std::string> RawProfileText(std::string_view contents, std::string_view section, std::string_view key);
+std::string WithRawProfileKey(std::string_view contents, std::string_view section, std::string_view key,
+                              std::string_view rawValue);
 
 // One line of a profile file; views and positions into its contents.
 struct ProfileLine {

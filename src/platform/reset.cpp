@@ -12,6 +12,7 @@
 #include "platform/serial.h"
 #include "platform/timers.h"
 #include "platform/transcript.h"
+#include "platform/undo_stack.h"
 
 namespace kelvo {
 
@@ -27,6 +28,7 @@ void ResetPlatform()
     EndApplication();
     ForgetTurns();  // what the last widgets have posted
 
+    ClearUndoSteps();
     ClearFaults();
     FailAllocation(0);
     ResetSerial();

@@ -12,36 +12,82 @@ struct ScrollData {
     QPointer<QScrollBar> horizontal;
     QPointer<QScrollBar> vertical;
     QPointer<QWidget> corner;
-    Point extent;
-    int topInset = 0;
-    int bottomInset = 0;
+    ScrollExtent extent;
+    Rect area;             // between the insets, without the bars, as they were fitted last
+    Point origin;          // what of the surface stands in the client area's corner
     bool fitting = false;  // a change of range is no scrolling by the operator
 };
 
 namespace {
 
 constexpr int kLineStep = 16;
+constexpr int kKeptInSight = 32;  // of a picture, wherever it is moved
 
 Rect WholeArea(const Window& window)
 {
     const int width = window.widget->width();
     const int height = window.widget->height();
-    const int top = std::clamp(window.scroll->topInset, 0, height);
-    return {0, top, width, std::max(height - window.scroll->bottomInset, top)};
+    const int top = std::clamp(window.scroll->extent.topInset, 0, height);
+    return {0, top, width, std::max(height - window.scroll->extent.bottomInset, top)};
+}
+
+// One direction of the picture in its area. The picture begins where the area does as long as the origin is 0.
+struct Line {
+    int begin = 0;
+    int pictureEnd = 0;
+    int areaEnd = 0;
+    int covered = 0;  // of the area, at its end
+
+    // The origins at which no more of the picture is out of sight than must be.
+    int RestFrom() const { return std::min(0, pictureEnd + covered - areaEnd); }
+    int RestTo() const { return std::max(0, pictureEnd + covered - areaEnd); }
+    int Middle() const { return (pictureEnd + covered - areaEnd) / 2; }
+    bool CutsOff(int origin) const { return origin > 0 || pictureEnd + covered - origin > areaEnd; }
+
+    int Rest(int origin) const { return std::clamp(origin, RestFrom(), RestTo()); }
+    // Anywhere, as long as some of the picture is seen.
+    int Free(int origin) const
+    {
+        const int kept = std::min(kKeptInSight, pictureEnd - begin);
+        const int from = begin + kept - (areaEnd - covered);
+        return std::clamp(origin, from, std::max(from, pictureEnd - kept - begin));
+    }
+};
+
+Line Across(const ScrollExtent& extent, const Rect& area)
+{
+    return {area.left, extent.right, area.right, extent.rightCovered};
+}
+
+Line Down(const ScrollExtent& extent, const Rect& area)
+{
+    return {area.top, extent.bottom, area.bottom, 0};
+}
+
+// Where an origin goes when picture or area change: what was centred, or at rest, is so again.
+int Refitted(int origin, const Line& before, const Line& now)
+{
+    if (origin != 0 && origin == before.Middle()) return now.Middle();
+    return before.Rest(origin) == origin ? now.Rest(origin) : now.Free(origin);
 }
 
 Point OriginOf(const Window& window)
 {
-    if (!window.scroll || !window.scroll->horizontal || !window.scroll->vertical) return {};
-    return {window.scroll->horizontal->value(), window.scroll->vertical->value()};
+    return window.scroll ? window.scroll->origin : Point{};
 }
 
 // The picture moves under the operator's hand: it is painted before the call returns.
 void PaintScrolled(HWND window)
 {
-    if (!IsWindow(window) || window->scroll->fitting) return;
     InvalidateRect(window, nullptr, true);
     UpdateWindow(window);
+}
+
+void FollowBars(HWND window)
+{
+    if (!IsWindow(window) || window->scroll->fitting) return;
+    window->scroll->origin = {window->scroll->horizontal->value(), window->scroll->vertical->value()};
+    PaintScrolled(window);
 }
 
 QScrollBar* MakeBar(Qt::Orientation orientation, HWND window)
@@ -52,7 +98,7 @@ QScrollBar* MakeBar(Qt::Orientation orientation, HWND window)
     bar->setSingleStep(kLineStep);
     bar->setAutoFillBackground(true);  // the picture beneath may change without the bar being drawn again
     bar->hide();
-    QObject::connect(bar, &QScrollBar::valueChanged, window->widget, [window] { PaintScrolled(window); });
+    QObject::connect(bar, &QScrollBar::valueChanged, window->widget, [window] { FollowBars(window); });
     return bar;
 }
 
@@ -74,68 +120,117 @@ struct BarSizes {
     int height = 0;  // of the horizontal bar
 };
 
-// Each bar takes room that may make the other one needed.
-BarSizes NeededBars(const ScrollData& scroll, const Rect& area)
+Rect Without(const Rect& area, const BarSizes& bars)
+{
+    return {area.left, area.top, area.right - bars.width, area.bottom - bars.height};
+}
+
+// Each bar takes room that may make the other one needed. originIn: the origin that an area gives.
+template <typename OriginIn>
+BarSizes NeededBars(const ScrollData& scroll, const Rect& area, OriginIn originIn)
 {
     const int width = scroll.vertical->sizeHint().width();
     const int height = scroll.horizontal->sizeHint().height();
     BarSizes needed;
     for (int pass = 0; pass < 2; ++pass) {
-        if (scroll.extent.x > area.right - needed.width) needed.height = height;
-        if (scroll.extent.y > area.bottom - needed.height) needed.width = width;
+        const Rect seen = Without(area, needed);
+        const Point origin = originIn(seen);
+        if (Across(scroll.extent, seen).CutsOff(origin.x)) needed.height = height;
+        if (Down(scroll.extent, Without(area, needed)).CutsOff(origin.y)) needed.width = width;
     }
     const bool roomForBars = area.Width() > width && area.Height() > height;
     return roomForBars ? needed : BarSizes{};
 }
 
-void PlaceBar(QScrollBar& bar, const Rect& place, int page, int maximum)
+// The bar reaches over all places of rest, and to where the picture stands beyond them.
+void PlaceBar(QScrollBar& bar, const Rect& place, int page, const Line& line, int origin)
 {
     bar.setVisible(!place.Empty());
     bar.setGeometry(place.left, place.top, place.Width(), place.Height());
     bar.setPageStep(std::max(page, 1));
-    bar.setRange(0, std::max(maximum, 0));
+    bar.setRange(std::min(line.RestFrom(), origin), std::max(line.RestTo(), origin));
+    bar.setValue(origin);
     bar.raise();
+}
+
+// originIn: the origin that an area gives. True where the picture stands elsewhere now.
+template <typename OriginIn>
+bool FitTo(Window& window, OriginIn originIn)
+{
+    ScrollData& scroll = *window.scroll;
+    const Rect area = WholeArea(window);
+    const BarSizes bars = NeededBars(scroll, area, originIn);
+    const Rect seen = Without(area, bars);
+    const Point before = scroll.origin;
+    scroll.origin = originIn(seen);
+    scroll.area = seen;
+
+    scroll.fitting = true;
+    PlaceBar(*scroll.horizontal, bars.height ? Rect{seen.left, seen.bottom, seen.right, area.bottom} : Rect{},
+             seen.Width(), Across(scroll.extent, seen), scroll.origin.x);
+    PlaceBar(*scroll.vertical, bars.width ? Rect{seen.right, seen.top, area.right, seen.bottom} : Rect{}, seen.Height(),
+             Down(scroll.extent, seen), scroll.origin.y);
+    scroll.corner->setVisible(bars.width && bars.height);
+    scroll.corner->setGeometry(seen.right, seen.bottom, bars.width, bars.height);
+    scroll.fitting = false;
+    return scroll.origin != before;
+}
+
+// originOf: the origin that both directions of an area give.
+template <typename OriginOfLines>
+bool MoveTo(HWND window, OriginOfLines originOf)
+{
+    if (!IsWindow(window) || !window->scroll) return false;
+    const ScrollExtent& extent = window->scroll->extent;
+    const bool moved =
+        FitTo(*window, [&](const Rect& area) { return originOf(Across(extent, area), Down(extent, area)); });
+    if (moved) PaintScrolled(window);
+    return true;
+}
+
+void Refit(Window& window, const ScrollExtent& extent)
+{
+    const Line across = Across(window.scroll->extent, window.scroll->area);
+    const Line down = Down(window.scroll->extent, window.scroll->area);
+    const Point origin = window.scroll->origin;
+    window.scroll->extent = extent;
+    const bool moved = FitTo(window, [&](const Rect& area) {
+        return Point{Refitted(origin.x, across, Across(extent, area)), Refitted(origin.y, down, Down(extent, area))};
+    });
+    if (moved) InvalidateRect(&window, nullptr, true);
 }
 
 }  // namespace
 
 void FitScrollBars(Window& window)
 {
-    if (!window.scroll || !window.widget) return;
-    ScrollData& scroll = *window.scroll;
-    const Rect area = WholeArea(window);
-    const BarSizes bars = NeededBars(scroll, area);
-    const Rect seen{area.left, area.top, area.right - bars.width, area.bottom - bars.height};
-    const Point before = OriginOf(window);
-
-    scroll.fitting = true;
-    PlaceBar(*scroll.horizontal, bars.height ? Rect{seen.left, seen.bottom, seen.right, area.bottom} : Rect{},
-             seen.Width(), bars.height ? scroll.extent.x - seen.right : 0);
-    PlaceBar(*scroll.vertical, bars.width ? Rect{seen.right, seen.top, area.right, seen.bottom} : Rect{}, seen.Height(),
-             bars.width ? scroll.extent.y - seen.bottom : 0);
-    scroll.corner->setVisible(bars.width && bars.height);
-    scroll.corner->setGeometry(seen.right, seen.bottom, bars.width, bars.height);
-    scroll.fitting = false;
-
-    if (OriginOf(window) != before) InvalidateRect(&window, nullptr, true);
+    if (window.scroll && window.widget) Refit(window, ScrollExtent(window.scroll->extent));
 }
 
 Rect PictureArea(const Window& window)
 {
     if (!window.widget) return {};
     if (!window.scroll) return {0, 0, window.widget->width(), window.widget->height()};
-    Rect area = WholeArea(window);
-    if (!window.scroll->vertical->isHidden()) area.right -= window.scroll->vertical->width();
-    if (!window.scroll->horizontal->isHidden()) area.bottom -= window.scroll->horizontal->height();
-    return area;
+    return window.scroll->area;
 }
 
 bool ScrollPictureTo(HWND window, Point origin)
 {
-    if (!IsWindow(window) || !window->scroll) return false;
-    window->scroll->horizontal->setValue(origin.x);
-    window->scroll->vertical->setValue(origin.y);
-    return true;
+    return MoveTo(window, [&](const Line& across, const Line& down) {
+        return Point{across.Free(origin.x), down.Free(origin.y)};
+    });
+}
+
+bool CentrePicture(HWND window)
+{
+    return MoveTo(window, [](const Line& across, const Line& down) { return Point{across.Middle(), down.Middle()}; });
+}
+
+Point RestingOrigin(HWND window, Point origin)
+{
+    if (!IsWindow(window) || !window->scroll) return origin;
+    const ScrollData& scroll = *window->scroll;
+    return {Across(scroll.extent, scroll.area).Rest(origin.x), Down(scroll.extent, scroll.area).Rest(origin.y)};
 }
 
 Point ToSurface(const Window& window, Point client)
@@ -150,15 +245,13 @@ Point ToClient(const Window& window, Point surface)
     return {surface.x - origin.x, surface.y - origin.y};
 }
 
-void SetScrollExtent(HWND window, Point extent, int topInset, int bottomInset)
+void SetScrollExtent(HWND window, const ScrollExtent& extent)
 {
     if (!IsWindow(window) || !window->widget) return;
+    const bool isFirst = !window->scroll;
     ScrollData& scroll = EnsureBars(window);
-    if (scroll.extent == extent && scroll.topInset == topInset && scroll.bottomInset == bottomInset) return;
-    scroll.extent = extent;
-    scroll.topInset = topInset;
-    scroll.bottomInset = bottomInset;
-    FitScrollBars(*window);
+    if (scroll.extent == extent && !isFirst) return;
+    Refit(*window, extent);
 }
 
 Rect GetPictureArea(HWND window)

@@ -141,11 +141,18 @@ class SurfaceWidget : public QWidget {
         QWidget::changeEvent(event);
     }
 
-    void mouseMoveEvent(QMouseEvent* event) override { SendMouse(WM_MOUSEMOVE, event->position().toPoint(), 0); }
+    void mouseMoveEvent(QMouseEvent* event) override
+    {
+        const QPoint at = event->position().toPoint();
+        if (holdsMiddle_ && !event->buttons().testFlag(Qt::MiddleButton)) ReleaseMiddle(at);  // the release went astray
+        SendMouse(WM_MOUSEMOVE, at, 0);
+    }
     void mousePressEvent(QMouseEvent* event) override
     {
+        const QPoint at = event->position().toPoint();
+        if (event->button() == Qt::MiddleButton) holdsMiddle_ = childAt(at) == nullptr;
         for (const ButtonMessage& press : kPressMessages) {
-            if (press.button == event->button()) SendMouse(press.message, event->position().toPoint(), 0);
+            if (press.button == event->button()) SendMouse(press.message, at, 0);
         }
     }
     void mouseDoubleClickEvent(QMouseEvent* event) override
@@ -156,7 +163,10 @@ class SurfaceWidget : public QWidget {
             mousePressEvent(event);
         }
     }
-    void mouseReleaseEvent(QMouseEvent* /*event*/) override {}
+    void mouseReleaseEvent(QMouseEvent* event) override
+    {
+        if (event->button() == Qt::MiddleButton) ReleaseMiddle(event->position().toPoint());
+    }
 
     void wheelEvent(QWheelEvent* event) override
     {
@@ -215,14 +225,22 @@ class SurfaceWidget : public QWidget {
         return paths;
     }
 
+    void ReleaseMiddle(QPoint at)
+    {
+        SendMouse(WM_MBUTTONUP, at, 0);
+        holdsMiddle_ = false;
+    }
+
     // What happens over a child is the child's, also where the toolkit hands it on to the parent.
     void SendMouse(std::uint32_t message, QPoint at, WPARAM wParam)
     {
         HWND window = Handle();
-        if (!window || childAt(at)) return;
+        if (!window || (!holdsMiddle_ && childAt(at))) return;
         const Point surface = ToSurface(*window, {at.x(), at.y()});
         SendMessage(window, message, wParam, static_cast<LPARAM>(MakeLong(surface.x, surface.y)));
     }
+
+    bool holdsMiddle_ = false;
 };
 
 }  // namespace

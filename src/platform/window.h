@@ -38,7 +38,8 @@ constexpr std::uint32_t WM_MOUSEMOVE = 0x0200;  // lParam of the mouse messages:
 constexpr std::uint32_t WM_LBUTTONDOWN = 0x0201;
 constexpr std::uint32_t WM_LBUTTONDBLCLK = 0x0203;
 constexpr std::uint32_t WM_RBUTTONDOWN = 0x0204;
-constexpr std::uint32_t WM_MBUTTONDOWN = 0x0207;
+constexpr std::uint32_t WM_MBUTTONDOWN = 0x0207;  // until WM_MBUTTONUP all motion is this window's, over children too
+constexpr std::uint32_t WM_MBUTTONUP = 0x0208;
 constexpr std::uint32_t WM_MOUSEWHEEL =
     0x020A;  // wParam: MakeLong(0, steps), one a notch, positive away from the operator
 constexpr std::uint32_t WM_DROPFILES = 0x0233;  // DroppedFiles() holds the paths
@@ -114,13 +115,27 @@ std::vector<std::string> DroppedFiles();
 
 void SetFocusTo(HWND window);
 
-// The picture area of the main window may be larger than what is seen of it: below topInset and above bottomInset the
-// platform then shows scroll bars that move the surface. Painting, mouse messages and GetPointerPosition stay in the
-// surface's coordinates, so that the logic never sees the scrolling. extent: right and bottom edge of the picture.
-void SetScrollExtent(HWND window, Point extent, int topInset, int bottomInset);
+// The picture of the main window moves in its area, below topInset and above bottomInset: the origin is the place of
+// the surface that stands in the client area's corner, below 0 where the picture stands away from it. Scroll bars
+// appear where some of the picture is out of sight. Painting, mouse messages and GetPointerPosition stay in the
+// surface's coordinates, so that the logic never sees the scrolling. When picture or window change their size, a
+// picture in the middle stays there, and one that lies as far in sight as it can does so again.
+struct ScrollExtent {
+    int right = 0;  // edges of the picture
+    int bottom = 0;
+    int topInset = 0;
+    int bottomInset = 0;
+    int rightCovered = 0;  // of the area, by something that stands over it
+    friend bool operator==(const ScrollExtent&, const ScrollExtent&) = default;
+};
+void SetScrollExtent(HWND window, const ScrollExtent& extent);
 Point GetScrollOrigin(HWND window);
-// Moves the picture as the operator does with the bars, as far as they go. False where there are none.
+// Moves the picture, as far as some of it stays in sight, or to the middle, and paints it there. False before
+// SetScrollExtent.
 bool ScrollPictureTo(HWND window, Point origin);
+bool CentrePicture(HWND window);
+// The nearest origin at which no more of the picture is out of sight than must be.
+Point RestingOrigin(HWND window, Point origin);
 // What is seen of that area: between the insets, without the scroll bars. Client coordinates; before SetScrollExtent
 // the whole client area.
 Rect GetPictureArea(HWND window);

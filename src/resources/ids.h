@@ -84,6 +84,11 @@ constexpr int kCmdViewFrameAccount = 2006;
 constexpr int kCmdViewColorScale = 2007;
 constexpr int kCmdViewSaturation = 2008;
 constexpr int kCmdBench = 2009;
+constexpr int kCmdViewFit = 2040;
+constexpr int kCmdViewOneToOne = 2041;
+constexpr int kCmdViewCentre = 2042;
+constexpr int kCmdUndo = 2050;
+constexpr int kCmdRedo = 2051;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

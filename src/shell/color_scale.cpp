@@ -206,6 +206,7 @@ LRESULT ColorScaleProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM
         case WM_LBUTTONDBLCLK:
         case WM_RBUTTONDOWN:
         case WM_MBUTTONDOWN:
+        case WM_MBUTTONUP:
         case WM_MOUSEWHEEL:
             return HandToPicture(message, wParam, lParam);
         case WM_DESTROY:

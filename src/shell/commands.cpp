@@ -3,6 +3,7 @@
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
 #include "camera/camera_commands.h"
+#include "display/display_pipeline.h"
 #include "platform/box.h"
 #include "platform/help.h"
 #include "platform/window.h"
@@ -14,6 +15,7 @@
 #include "shell/frame_account_window.h"
 #include "shell/saturation_overlay.h"
 #include "shell/shutdown.h"
+#include "shell/undo.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
 #include "state/windows_write.h"
@@ -99,6 +101,11 @@ constexpr Command kCommands[] = {
     {kCmdViewColorScale, Then<ToggleColorScale>},
     {kCmdViewSaturation, Then<ToggleSaturationOverlay>},
     {kCmdBench, Then<OpenBench>},
+    {kCmdUndo, Undo},
+    {kCmdRedo, Redo},
+    {kCmdViewFit, Then<FitView>},
+    {kCmdViewOneToOne, Then<ShowOneToOne>},
+    {kCmdViewCentre, Then<CentreView>},
 };
 
 CommandEnd NotAvailable(int /*id*/)

@@ -15,6 +15,7 @@
 #include "shell/second_start.h"
 #include "shell/shutdown.h"
 #include "shell/start_options.h"
+#include "shell/undo.h"
 #include "state/buffer_state.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
@@ -25,6 +26,8 @@
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
 #include "video/video.h"
+#include "video/view_drag.h"
+#include "video/zoom_pan.h"
 #include "viewing/playback.h"
 #include "viewing/view_commands.h"
 
@@ -80,13 +83,21 @@ LRESULT OnSetFocus(HWND window, WPARAM wParam)
 LRESULT OnKillFocus(HWND window, WPARAM wParam)
 {
     if (wParam != 0) return DefWindowProc(window, WM_KILLFOCUS, wParam, 0);
+    ReleasePicture();
     ReleasePointerClip();
     SetPointer(Pointer::kArrow);
     return 0;
 }
 
+Point PointOf(LPARAM lParam)
+{
+    const auto at = static_cast<WPARAM>(lParam);
+    return {SignedLowWord(at), SignedHighWord(at)};
+}
+
 LRESULT OnMouseMove(HWND window, WPARAM wParam, LPARAM lParam)
 {
+    if (DragPicture(PointOf(lParam))) return 0;
     if (TrackballMode) {
         TrackballMotion();
         return 0;
@@ -94,13 +105,6 @@ LRESULT OnMouseMove(HWND window, WPARAM wParam, LPARAM lParam)
     if (!ImageCursorOn) return DefWindowProc(window, WM_MOUSEMOVE, wParam, lParam);
     FollowPointer();
     return 0;
-}
-
-void OnMouseWheel(HWND window, WPARAM wParam)
-{
-    const int steps = SignedHighWord(wParam);
-    for (int i = 0; i < steps; ++i) SendMessage(window, WM_COMMAND, kCmdZoomIn, 0);
-    for (int i = 0; i > steps; --i) SendMessage(window, WM_COMMAND, kCmdZoomOut, 0);
 }
 
 // The heart of live video: a frame, and the timer again at once, so that the operator gets a turn between two frames.
@@ -185,7 +189,9 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
     if (LowWord(static_cast<WPARAM>(lParam)) != 0) return 0;  // from a control: its dialog has handled it
     const int id = LowWord(wParam);
     const CycleHoldUp holdUp;  // a dialog that it opens has live video behind it
-    return HelpMode ? ShowCommandHelp(window, id) : RunCommand(window, id);
+    if (HelpMode) return ShowCommandHelp(window, id);
+    const CommandGesture gesture(id);
+    return RunCommand(window, id);
 }
 
 }  // namespace
@@ -219,7 +225,7 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
         case WM_MOUSEMOVE:
             return OnMouseMove(window, wParam, lParam);
         case WM_MOUSEWHEEL:
-            OnMouseWheel(window, wParam);
+            ZoomAbout(SignedHighWord(wParam), PointOf(lParam));
             return 0;
         case WM_LBUTTONDOWN:
             SendMessage(window, WM_COMMAND, kCmdImageCursor, 0);
@@ -241,6 +247,11 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
             OpenHandedFiles();
             return 0;
         case WM_MBUTTONDOWN:
+            if (!TrackballMode) TakePicture(PointOf(lParam));
+            return 0;
+        case WM_MBUTTONUP:
+            ReleasePicture();
+            return 0;
         case WM_INITDIALOG:
         case WM_MENUSELECT:
             return 0;

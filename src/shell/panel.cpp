@@ -15,6 +15,7 @@
 #include "state/windows_write.h"
 #include "ui/panel_readouts.h"
 #include "ui/status.h"
+#include "ui/undo.h"
 #include "video/video.h"
 #include "video/zoom_pan.h"
 
@@ -82,8 +83,11 @@ void LeaveControl()
     SetFocusTo(hWndMain);
 }
 
+constexpr GestureKind kStep{.repeats = true};  // a button that is held repeats
+
 void Pan(int direction)
 {
+    const Gesture gesture(kStep);
     switch (direction) {
         case kDirectionUp:
             ZoomPanCommand(kCmdPanPageUp);
@@ -105,6 +109,7 @@ void Pan(int direction)
 
 void ChangeLevels(int direction)
 {
+    const Gesture gesture(kStep);
     std::int32_t contrast = Contrast;
     std::int32_t brightness = Brightness;
     switch (direction) {
@@ -137,6 +142,14 @@ void FollowDisplayBox(HWND panel)
     SetTimer(hWndMain, kLiveTimer, 0);
 }
 
+void ChooseUnit(HWND panel)
+{
+    const Gesture gesture;
+    TakeUnit(panel);
+    FollowDisplay();
+    LeaveControl();
+}
+
 bool OnCommand(HWND panel, int id, int notification)
 {
     const auto* const button = std::ranges::find(kCommandButtons, id, &CommandButton::control);
@@ -156,9 +169,7 @@ bool OnCommand(HWND panel, int id, int notification)
             return true;
         case kUnitList:
             if (notification != kSelectionChanged) return false;
-            TakeUnit(panel);
-            FollowDisplay();
-            LeaveControl();
+            ChooseUnit(panel);
             return true;
         default:
             return false;
@@ -180,6 +191,7 @@ void StepZoom(HWND panel, ScrollCode code)
     SetDlgItemText(panel, kPanelZoomText, Format("%d", position));
     SetScrollPos(panel, kPanelZoomBar, position);
     if (position == Xzoom) return;
+    const Gesture gesture(kStep);
     ZoomPanCommand(position > Xzoom ? kCmdZoomIn : kCmdZoomOut);
 }
 

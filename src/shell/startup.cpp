@@ -37,6 +37,7 @@
 #include "shell/start_options.h"
 #include "shell/unbuilt.h"
 #include "simcam/bench_window.h"
+#include "shell/undo.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
@@ -60,7 +61,11 @@ constexpr std::int64_t kSplashMs = 1500;
 
 bool MakeMainWindow()
 {
-    const WindowClass mainClass{.name = "KELVO", .procedure = MainWndProc, .icon = "1_LN2DEWAR"};
+    const WindowClass mainClass{.name = "KELVO",
+                                .procedure = MainWndProc,
+                                .icon = "1_LN2DEWAR",
+                                .systemBackground = false,
+                                .background = kPictureGround};
     if (!RegisterWindowClass(mainClass)) return false;
     const HWND window = CreateMainWindow("KELVO", "Kelvo");
     if (!window) return false;
@@ -202,6 +207,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenFrameAccount();
     OpenColorScale();
     OpenSaturationOverlay();
+    OpenUndo();
     SetPointer(Pointer::kArrow);
     StatusString(kIdleHint, kLeftAligned);
     ShowWindowMaximised(hWndMain);

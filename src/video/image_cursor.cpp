@@ -13,6 +13,7 @@
 #include "state/state_registry.h"
 #include "ui/docking.h"
 #include "ui/panel_readouts.h"
+#include "ui/undo.h"
 #include "video/image_cursor_write.h"
 
 #include <algorithm>
@@ -88,8 +89,9 @@ void BringIntoSight(Point place)
         const bool inSight = at - scrolled >= from && at - scrolled < to;
         return inSight ? scrolled : at - (from + to) / 2;
     };
-    ScrollPictureTo(hWndMain,
-                    {along(place.x, area.left, area.right, origin.x), along(place.y, area.top, area.bottom, origin.y)});
+    const Point middle{along(place.x, area.left, area.right, origin.x),
+                       along(place.y, area.top, area.bottom, origin.y)};
+    if (middle != origin) ScrollPictureTo(hWndMain, RestingOrigin(hWndMain, middle));
 }
 
 void WriteLevels()
@@ -101,6 +103,7 @@ void WriteLevels()
 
 void EnterTrackball()
 {
+    BeginGesture({});
     const Point centre = TrackballCentre();
     const Point saved = ImageCursorOn ? GetPointerPosition() : centre;
     SavedCursorX = saved.x;
@@ -123,6 +126,7 @@ void LeaveTrackball()
     }
     WriteLevels();
     write::trackball.TrackballMode = 0;
+    EndGesture();
 }
 
 }  // namespace

@@ -132,6 +132,19 @@ std::string WithoutDegreeSign(std::string unit)
     return unit;
 }
 
+bool SomethingIsOnView()
+{
+    return LiveVideo || ViewingFile || CameraOn;
+}
+
+void StoreZoom(std::int32_t xzoom, std::int32_t yzoom, std::int32_t xoffset, std::int32_t yoffset)
+{
+    write::camera.ActiveConfig.Xzoom = xzoom;
+    write::camera.ActiveConfig.Yzoom = yzoom;
+    write::camera.ActiveConfig.Xoffset = xoffset;
+    write::camera.ActiveConfig.Yoffset = yoffset;
+}
+
 void SetTitle(std::string_view title)
 {
     if (hWndMain) SetWindowText(hWndMain, title);
@@ -247,16 +260,13 @@ void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom
 {
     WriteCameraKey("Xpan", xpan);
     WriteCameraKey("Ypan", ypan);
-    if (!LiveVideo && !ViewingFile && !CameraOn) return;
+    if (!SomethingIsOnView()) return;
 
     const bool changes =
         std::tie(xpan, ypan, xzoom, yzoom, xoffset, yoffset) != std::tie(Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset);
     write::display.Xpan = xpan;
     write::display.Ypan = ypan;
-    write::camera.ActiveConfig.Xzoom = xzoom;
-    write::camera.ActiveConfig.Yzoom = yzoom;
-    write::camera.ActiveConfig.Xoffset = xoffset;
-    write::camera.ActiveConfig.Yoffset = yoffset;
+    StoreZoom(xzoom, yzoom, xoffset, yoffset);
     // The steps of a wheel or a held key between two frames are one change: the next frame shows them all.
     if (LiveVideo && !(changes && restartedForGeometry)) {
         RestartGrab();
@@ -268,6 +278,14 @@ void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom
         RedrawPicture();
     }
     ShowGeometryInPanel();
+}
+
+bool SetViewZoom(const DisplayGeometry& geometry)
+{
+    if (!SomethingIsOnView()) return false;
+    StoreZoom(geometry.xzoom, geometry.yzoom, geometry.xoffset, geometry.yoffset);
+    ShowGeometryInPanel();
+    return true;
 }
 
 void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on)

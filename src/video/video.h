@@ -31,6 +31,21 @@ void RestartGrab();
 void SetDisplayGeometry(std::int32_t xpan, std::int32_t ypan, std::int32_t xzoom, std::int32_t yzoom,
                         std::int32_t xoffset, std::int32_t yoffset);
 
+// The six values that place the picture: pan in image pixels, zoom 1 to 16, offset in screen units.
+struct DisplayGeometry {
+    std::int32_t xpan = 0;
+    std::int32_t ypan = 0;
+    std::int32_t xzoom = 1;
+    std::int32_t yzoom = 1;
+    std::int32_t xoffset = 0;
+    std::int32_t yoffset = 0;
+    friend bool operator==(const DisplayGeometry&, const DisplayGeometry&) = default;
+};
+
+// Zoom and offset of a geometry, for a view that moves over the picture: the pan stays, nothing is restarted, written
+// or painted, and the panel follows. False, and nothing changes, without live video, file and camera.
+bool SetViewZoom(const DisplayGeometry& geometry);
+
 // The picture anew with the geometry in force.
 void RefreshPicture();
 

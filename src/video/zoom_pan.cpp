@@ -2,16 +2,20 @@
 
 #include "display/display_pipeline.h"
 #include "grabber/frame_size.h"
-#include "imagefile/header.h"
+#include "platform/paint.h"
+#include "platform/window.h"
 #include "resources/ids.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/docking.h"
+#include "ui/undo.h"
 #include "video/image_cursor.h"
 #include "video/video.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace kelvo {
 
@@ -70,17 +74,28 @@ std::int64_t PanAround(std::int64_t pan, std::int64_t pivot, const Axis& axis)
     return std::max<std::int64_t>(std::min(centred, axis.roi - axis.shown), 0);
 }
 
-bool Zoom(DisplayGeometry& g, std::int64_t step, const ViewLimits& limits, Point pivot)
+// The picture at another zoom: an offset ends where the picture meets the view's edge.
+void SetZooms(DisplayGeometry& g, std::int64_t xzoom, std::int64_t yzoom, const ViewLimits& limits)
 {
-    const auto refused = [step](std::int32_t zoom) { return step > 0 ? zoom >= kMaxZoom : zoom == kMinZoom; };
-    if (refused(g.xzoom) || refused(g.yzoom)) return false;
-    Store(g.xzoom, g.xzoom + step);
-    Store(g.yzoom, g.yzoom + step);
-
+    Store(g.xzoom, xzoom);
+    Store(g.yzoom, yzoom);
     const std::int64_t freeX = limits.viewWidth - std::int64_t{limits.width} * g.xzoom;
     const std::int64_t freeY = limits.viewHeight - std::int64_t{limits.height} * g.yzoom;
     Store(g.xoffset, MultipleOfFour(std::max<std::int64_t>(std::min<std::int64_t>(g.xoffset, freeX), 0)));
     Store(g.yoffset, std::max<std::int64_t>(std::min<std::int64_t>(g.yoffset, freeY), 0));
+}
+
+bool StepZoom(DisplayGeometry& g, std::int64_t step, const ViewLimits& limits)
+{
+    const auto refused = [step](std::int32_t zoom) { return step > 0 ? zoom >= kMaxZoom : zoom <= kMinZoom; };
+    if (refused(g.xzoom) || refused(g.yzoom)) return false;
+    SetZooms(g, g.xzoom + step, g.yzoom + step, limits);
+    return true;
+}
+
+bool Zoom(DisplayGeometry& g, std::int64_t step, const ViewLimits& limits, Point pivot)
+{
+    if (!StepZoom(g, step, limits)) return false;
     Store(g.xpan, PanAround(g.xpan, pivot.x, {limits.width, limits.hroi, limits.viewWidth / g.xzoom}));
     return Store(g.ypan, PanAround(g.ypan, pivot.y, {limits.height, limits.vroi, limits.viewHeight / g.yzoom}));
 }
@@ -145,18 +160,84 @@ bool Apply(int id, DisplayGeometry& g, const ViewLimits& limits, Point pivot)
     }
 }
 
-DisplayGeometry GeometryInForce()
-{
-    return {Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset};
-}
-
 ViewLimits LimitsInForce()
 {
     const Point frame = FrameSizeOnView();
     return {frame.x, frame.y, ActiveConfig.Hroi, ActiveConfig.Vroi, ViewWidth, ViewHeight};
 }
 
+Point Minus(Point a, Point b)
+{
+    return {a.x - b.x, a.y - b.y};
+}
+
+bool Contains(const Rect& area, Point at)
+{
+    return at.x >= area.left && at.x < area.right && at.y >= area.top && at.y < area.bottom;
+}
+
+// Where a point of the picture lies after it was painted at another size.
+Point Rescaled(Point at, const Rect& before, const Rect& now)
+{
+    const auto along = [](std::int64_t place, std::int64_t from, std::int64_t length, std::int64_t newLength) {
+        const std::int64_t scaled = (place - from) * newLength;
+        return from + (scaled >= 0 ? scaled / length : -((length - 1 - scaled) / length));
+    };
+    return {static_cast<int>(along(at.x, before.left, before.Width(), now.Width())),
+            static_cast<int>(along(at.y, before.top, before.Height(), now.Height()))};
+}
+
+// Changes the zoom and keeps what stands at a point of the main window there. The pan stays.
+void ZoomViewTo(const DisplayGeometry& geometry, Point at)
+{
+    const Rect before = PicturePoints();
+    const Point view = ViewPosition();
+    const Point client = Minus(at, view);
+    const Point pixel = PixelUnder(at);
+    if (!SetViewZoom(geometry) || before.Empty()) return;
+
+    SetViewPosition(Minus(Rescaled(at, before, PicturePoints()), client));
+    // At a fractional device ratio a pixel is a block of rounded size: the point may have come beside it.
+    const Point now = ViewPosition();
+    const bool slipped = PixelUnder({client.x + now.x, client.y + now.y}) != pixel;
+    if (Contains(before, at) && slipped) SetViewPosition(Minus(PlaceOver(pixel), client));
+    if (ViewPosition() == view) RepaintPicture();
+}
+
+// The middle of the picture's area, where the main window counts positions.
+Point MiddleOfView()
+{
+    const Rect area = GetPictureArea(hWndMain);
+    const Point view = ViewPosition();
+    return {(area.left + area.right - PictureRightMargin) / 2 + view.x, (area.top + area.bottom) / 2 + view.y};
+}
+
+std::int32_t LargestZoomThatFits()
+{
+    const Rect area = ViewArea();
+    const Point size = PictureSize();
+    const auto fits = [&](int zoom) {
+        return ScaledExtent(hWndMain, size.x, zoom) <= area.Width() - PictureRightMargin &&
+               ScaledExtent(hWndMain, size.y, zoom) <= area.Height();
+    };
+    auto zoom = static_cast<std::int32_t>(kMaxZoom);
+    while (zoom > kMinZoom && !fits(zoom)) --zoom;
+    return zoom;
+}
+
+DisplayGeometry GeometryAtZoom(std::int32_t zoom)
+{
+    DisplayGeometry geometry = GeometryInForce();
+    SetZooms(geometry, zoom, zoom, LimitsInForce());
+    return geometry;
+}
+
 }  // namespace
+
+DisplayGeometry GeometryInForce()
+{
+    return {Xpan, Ypan, Xzoom, Yzoom, Xoffset, Yoffset};
+}
 
 Point ViewCentre(const DisplayGeometry& geometry, const ViewLimits& limits)
 {
@@ -177,6 +258,16 @@ std::optional<DisplayGeometry> ZoomPanned(int id, const DisplayGeometry& geometr
     return changed;
 }
 
+void PlacePicture(const DisplayGeometry& geometry)
+{
+    const Point pixel = ImageCursorOn ? ImageCursorPosition() : Point{};
+    SetDisplayGeometry(geometry.xpan, geometry.ypan, geometry.xzoom, geometry.yzoom, geometry.xoffset,
+                       geometry.yoffset);
+    if (!ImageCursorOn) return;
+    ShowCursorValue(pixel.x, pixel.y, 1);
+    PutPointerOverPixel(pixel);
+}
+
 void ZoomPanCommand(int id)
 {
     const DisplayGeometry before = GeometryInForce();
@@ -192,6 +283,27 @@ void ZoomPanCommand(int id)
         ShowCursorValue(pivot.x, pivot.y, 1);  // draws the picture at its new place
         PutPointerOverPixel(pivot);
     }
+}
+
+void ZoomAbout(int steps, Point at)
+{
+    const Gesture gesture({.repeats = true});
+    DisplayGeometry geometry = GeometryInForce();
+    if (!ZoomsAreSound(geometry)) return;
+    for (int i = 0; i < std::abs(steps); ++i) StepZoom(geometry, steps > 0 ? 1 : -1, LimitsInForce());
+    if (geometry != GeometryInForce()) ZoomViewTo(geometry, at);
+}
+
+void FitView()
+{
+    if (!FrameBitmap || !hWndMain) return;
+    ZoomViewTo(GeometryAtZoom(LargestZoomThatFits()), MiddleOfView());
+    CentreView();
+}
+
+void ShowOneToOne()
+{
+    if (hWndMain) ZoomViewTo(GeometryAtZoom(1), MiddleOfView());
 }
 
 }  // namespace kelvo

@@ -3,6 +3,7 @@
 
 #include "badpixel/geometry_dialog_list.h"
 #include "badpixel/geometry_dialog_mark.h"
+#include "calib/orientation.h"
 #include "calib/unsaved_set.h"
 #include "pixel/decommutation.h"
 #include "platform/dialog.h"
@@ -311,10 +312,67 @@ TEST_F(GeometryDialogTest, ClosingItsWindowAsksAsOkDoes)
     op->Answer({Button::kNo});
     Run([](HWND dialog) {
         OperateCheck(dialog, 1304, true);
-        SendMessage(dialog, WM_COMMAND, kIdCancel, 0);
+        SendMessage(dialog, WM_CLOSE, 0, 0);
     });
     EXPECT_THAT(BoxTexts(), ElementsAre(kAsk));
     EXPECT_EQ(RotateCCW, 1);
+}
+
+TEST_F(GeometryDialogTest, CancelPutsAllBackAlsoWhatWasSet)
+{
+    Calibrate();
+    RebuildTable(ActiveConfig);
+    PutFile(IniFilePath, "[Display]\nMirrorVert= '0' \nother=1\n");
+    PutFile(CalSettings.CalFile, "[Display]\nRotateCCW=\n");
+    const DecomTable table(DecomList);
+    const std::int32_t replaced = BadDetCount;
+    EXPECT_EQ(Run([](HWND dialog) {
+                  OperateCheck(dialog, 1300, true);
+                  OperateCheck(dialog, 1306, false);
+                  SetDlgItemText(dialog, 1312, "3,4");
+                  OperatePress(dialog, 1314);
+                  OperatePress(dialog, 1604);  // Set
+                  EXPECT_EQ(MirrorVert, 1);
+                  OperateCheck(dialog, 1304, true);
+                  OperatePress(dialog, kIdCancel);
+              }),
+              0);
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+    EXPECT_EQ(StatusText, ResourceString(kIdleHint));
+    EXPECT_THAT((std::vector<std::int32_t>{MirrorVert, MirrorHoriz, RotateCCW, SubstBadPixels}),
+                ElementsAre(0, 0, 0, 1));
+    EXPECT_EQ(DecomList, table);
+    EXPECT_EQ(Temp(), table);
+    EXPECT_EQ(BadDetCount, replaced);
+    EXPECT_EQ(BadList(), kStored);
+    EXPECT_FALSE(ScratchStands());
+    FlushProfiles();
+    EXPECT_EQ(FileContents(IniFilePath), "[Display]\nMirrorVert= '0' \nother=1\n");
+    EXPECT_EQ(FileContents(CalSettings.CalFile), "[Display]\nRotateCCW=\n");
+    // Nothing is left to be set: the next opening and Ok ask nothing.
+    Run([](HWND) {});
+    EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(GeometryDialogTest, ACancelThatCannotPutTheListBackLeavesAllAsItIs)
+{
+    Calibrate();
+    RebuildTable(ActiveConfig);
+    op->Answer({Button::kOk});
+    Run([this](HWND dialog) {
+        SetDlgItemText(dialog, 1312, "3,4");
+        OperatePress(dialog, 1314);
+        OperatePress(dialog, 1604);  // Set
+        const DecomTable edited(DecomList);
+        {
+            const FullDisk disk(0);
+            OperatePress(dialog, kIdCancel);
+        }
+        EXPECT_EQ(DialogInFront(), dialog);
+        EXPECT_EQ(DecomList, edited);
+        EXPECT_NE(BadList(), kStored);
+    });
+    EXPECT_THAT(BoxTexts(), ElementsAre("Could not save file: " + (directory / "run.bad")));
 }
 
 TEST_F(GeometryDialogTest, WithoutTheCameraNothingIsAsked)

@@ -313,6 +313,8 @@ TEST(Keys, AreKnownByTheirNames)
     EXPECT_EQ(ParseKey("Shift+PgUp")->key, Qt::Key_PageUp);
     EXPECT_EQ(ParseKey("Shift+PgUp")->modifiers, Qt::ShiftModifier);
     EXPECT_EQ(ParseKey("Ctrl+Q")->key, Qt::Key_Q);
+    EXPECT_EQ(ParseKey("Ctrl+Shift+Z")->key, Qt::Key_Z);
+    EXPECT_EQ(ParseKey("Ctrl+Shift+Z")->modifiers, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(ParseKey("+")->key, Qt::Key_Plus);
     EXPECT_EQ(ParseKey("Ctrl++")->key, Qt::Key_Plus);
     EXPECT_EQ(ParseKey("-")->key, Qt::Key_Minus);

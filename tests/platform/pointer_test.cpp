@@ -51,7 +51,7 @@ TEST(Pointer, FollowsTheScrollingOfThePicture)
 {
     TestOperator op;
     HWND window = ShowRecordingWindow();
-    SetScrollExtent(window, {5000, 4000}, 40, 20);
+    SetScrollExtent(window, {5000, 4000, 40, 20});
     ASSERT_TRUE(ScrollPictureTo(window, {400, 300}));
     OperateMouse({100, 150}, 0);
     const Point screen = ClientToScreen(window, {100, 150});

@@ -428,6 +428,32 @@ TEST_F(Profiles, AKilledWriterLeavesTheOldOrTheNewFile)
     EXPECT_LE(std::distance(fs::directory_iterator(directory.Path()), {}), 2) << "leftovers pile up";
 }
 
+TEST_F(Profiles, AKeyThatWasKeptComesBackAsItStood)
+{
+    const std::string text = "; ours\r\n[S]\r\nA = \"16\"  \r\nB=\r\nE=5\r\n\r\n[T]\r\nA=1\r\n";
+    PutFile(ini, text);
+    const KeptProfileKey kept[] = {KeepProfileKey("S", "A", ini), KeepProfileKey("s", "B", ini),
+                                   KeepProfileKey("S", "C", ini)};
+    EXPECT_EQ(kept[0].rawValue, "\"16\"");
+    EXPECT_EQ(kept[1].rawValue, "");
+    EXPECT_EQ(kept[2].rawValue, std::nullopt);
+    for (const char* key : {"A", "B", "C"}) WritePrivateProfileString("S", key, "new", ini);
+    FlushProfiles();
+    EXPECT_EQ(FileContents(ini), "; ours\r\n[S]\r\nA = new  \r\nB=new\r\nE=5\r\nC=new\r\n\r\n[T]\r\nA=1\r\n");
+    for (const KeptProfileKey& key : kept) PutBackProfileKey(key);
+    EXPECT_EQ(GetPrivateProfileString("S", "A", "", ini), "16");
+    FlushProfiles();
+    EXPECT_EQ(FileContents(ini), text);
+}
+
+TEST_F(Profiles, AKeyThatStandsAsItWasKeptIsNotWritten)
+{
+    PutFile(ini, "[S]\nA='1'\n");
+    PutBackProfileKey(KeepProfileKey("S", "A", ini));
+    PutBackProfileKey(KeepProfileKey("S", "B", ini));
+    EXPECT_FALSE(ProfilesPending());
+}
+
 TEST_F(Profiles, TwoProgramsThatWriteAtOnceLeaveAWholeFile)
 {
     const std::string filling(20000, 'f');

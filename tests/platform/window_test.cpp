@@ -434,10 +434,10 @@ TEST(Scrolling, AppearsWhereThePictureIsLargerThanItsArea)
     TestOperator op;
     HWND window = ShowRecordingWindow();
     const Rect client = GetClientRect(window);
-    SetScrollExtent(window, {client.right, client.bottom - 20}, 40, 20);
+    SetScrollExtent(window, {client.right, client.bottom - 20, 40, 20});
     EXPECT_EQ(GetScrollOrigin(window), (Point{0, 0}));
     EXPECT_EQ(ScreenColor({client.right - 3, 200}), ScreenColor({300, 200}));  // no bar
-    SetScrollExtent(window, {client.right + 100, 300}, 40, 20);
+    SetScrollExtent(window, {client.right + 100, 300, 40, 20});
     EXPECT_EQ(ScreenColor({client.right - 3, 200}), ScreenColor({300, 200}));  // only the bar below
     EXPECT_NE(ScreenColor({300, client.bottom - 25}), ScreenColor({300, 200}));
 }
@@ -446,7 +446,7 @@ TEST(Scrolling, StaysInSurfaceCoordinatesForTheWindow)
 {
     TestOperator op;
     HWND window = ShowRecordingWindow();
-    SetScrollExtent(window, {5000, 4000}, 40, 20);
+    SetScrollExtent(window, {5000, 4000, 40, 20});
     seenMessages.clear();
     const std::uint32_t kGreen = 0x00FF00;
     onMessage = [=](const SeenMessage& seen) {
@@ -454,7 +454,7 @@ TEST(Scrolling, StaysInSurfaceCoordinatesForTheWindow)
     };
     ASSERT_TRUE(ScrollPictureTo(window, {400, 300}));
     EXPECT_EQ(GetScrollOrigin(window), (Point{400, 300}));
-    EXPECT_THAT(Seen(WM_PAINT), SizeIs(2));  // one for each bar
+    EXPECT_THAT(Seen(WM_PAINT), SizeIs(1));
     EXPECT_EQ(ScreenColor({200, 200}), kGreen);
     EXPECT_EQ(ScreenColor({209, 209}), kGreen);
     EXPECT_NE(ScreenColor({210, 210}), kGreen);
@@ -486,7 +486,7 @@ TEST(Scrolling, APictureBeneathDoesntDrawTheBarsAgain)
     TestOperator op;
     HWND window = ShowRecordingWindow();
     const Rect client = GetClientRect(window);
-    SetScrollExtent(window, {5000, 4000}, 40, 20);
+    SetScrollExtent(window, {5000, 4000, 40, 20});
     QCoreApplication::processEvents();
     PaintCounter counter;
     const QList<QScrollBar*> bars = window->widget->findChildren<QScrollBar*>();
@@ -510,13 +510,44 @@ TEST(Scrolling, EndsWhenThePictureShrinks)
 {
     TestOperator op;
     HWND window = ShowRecordingWindow();
-    SetScrollExtent(window, {5000, 4000}, 40, 20);
+    SetScrollExtent(window, {5000, 4000, 40, 20});
     ASSERT_TRUE(ScrollPictureTo(window, {400, 300}));
     seenMessages.clear();
-    SetScrollExtent(window, {500, 400}, 40, 20);
+    SetScrollExtent(window, {500, 400, 40, 20});
     EXPECT_EQ(GetScrollOrigin(window), (Point{0, 0}));
     UpdateWindow(window);
     EXPECT_THAT(Seen(WM_PAINT), SizeIs(1));  // the picture is where it was no longer
+}
+
+TEST(Scrolling, APictureMovesFreelyAndSomeOfItStays)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    const Rect client = GetClientRect(window);
+    SetScrollExtent(window, {500, 400, 40, 20});
+    ASSERT_TRUE(ScrollPictureTo(window, {-200, -100}));
+    EXPECT_EQ(GetScrollOrigin(window), (Point{-200, -100}));
+    EXPECT_EQ(GetPictureArea(window), (Rect{0, 40, client.right, client.bottom - 20})) << "all is seen: no bar";
+    ASSERT_TRUE(ScrollPictureTo(window, {50, 0}));
+    EXPECT_LT(GetPictureArea(window).bottom, client.bottom - 20) << "some is out of sight";
+    ASSERT_TRUE(ScrollPictureTo(window, {9000, -9000}));
+    EXPECT_EQ(GetScrollOrigin(window).x, 500 - 32);
+    EXPECT_EQ(GetScrollOrigin(window).y, 40 + 32 - GetPictureArea(window).bottom);
+    EXPECT_EQ(RestingOrigin(window, GetScrollOrigin(window)).x, 0);
+}
+
+TEST(Scrolling, APictureInTheMiddleStaysThere)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    const Rect client = GetClientRect(window);
+    SetScrollExtent(window, {500, 400, 40, 20});
+    ASSERT_TRUE(CentrePicture(window));
+    EXPECT_EQ(GetScrollOrigin(window), (Point{(500 - client.right) / 2, (400 - client.bottom + 20) / 2}));
+    SetScrollExtent(window, {700, 500, 40, 20});
+    EXPECT_EQ(GetScrollOrigin(window), (Point{(700 - client.right) / 2, (500 - client.bottom + 20) / 2}));
+    SetScrollExtent(window, {700, 500, 40, 20, 100});
+    EXPECT_EQ(GetScrollOrigin(window).x, (800 - client.right) / 2) << "clear of what covers the right";
 }
 
 TEST(Theme, ChangePaintsEachWindowAnew)

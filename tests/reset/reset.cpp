@@ -31,6 +31,7 @@
 #include "shell/second_start.h"
 #include "shell/shutdown.h"
 #include "shell/start_options_write.h"
+#include "shell/undo.h"
 #include "simcam/bench_window.h"
 #include "simcam/sim_camera.h"
 #include "state/buffer_state_write.h"
@@ -51,6 +52,7 @@
 #include "video/live_rate.h"
 #include "video/video.h"
 #include "viewing/bitmap_command.h"
+#include "video/view_drag.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -106,6 +108,7 @@ constexpr void (*kModules[])() = {
     ResetImageCursor,
     RestartLiveRate,
     ResetVideo,
+    ResetViewDrag,
     ResetCommLink,
     ResetCameraHead,
     ResetVideoSetupDialog,
@@ -121,6 +124,7 @@ constexpr void (*kModules[])() = {
     [] { SetSourceBench({}); },
     [] { write::options.startOptions = {}; },
     ResetMainWindow,
+    ResetUndo,
     ResetCursorCommand,
     ResetColorScale,
     ResetSaturationOverlay,

@@ -252,7 +252,10 @@ TEST(AcceleratorTable, HasEveryKeyOnce)
                                                  {"Ctrl+P", 2001},
                                                  {"Ctrl+.", 2002},
                                                  {"Ctrl+Shift+C", 2003},
-                                                 {"Ctrl+F", 2004}};
+                                                 {"Ctrl+F", 2004},
+                                                 {"Ctrl+0", 2040},
+                                                 {"Ctrl+1", 2041},
+                                                 {"Ctrl+5", 2042}};
     std::map<std::string, int> keys;
     for (const Accelerator& accelerator : MainAccelerators()) {
         EXPECT_TRUE(keys.emplace(accelerator.key, accelerator.id).second) << accelerator.key;

@@ -1,6 +1,7 @@
 // The dispatcher's timers and help keys, with a stored frame in the place of the camera's.
 #include "shell/main_window.h"
 
+#include "display/display_pipeline.h"
 #include "imagefile/header.h"
 #include "platform/clock.h"
 #include "platform/pointer.h"
@@ -8,6 +9,7 @@
 #include "platform/window.h"
 #include "resources/menu.h"
 #include "shell/shutdown.h"
+#include "state/camera_config_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
@@ -244,16 +246,44 @@ TEST_F(MainWindow, ButtonsOfThePointerAreCommands)
     EXPECT_THAT(sentBy(WM_MBUTTONDOWN), IsEmpty());
 }
 
-TEST_F(MainWindow, TheWheelZoomsByItsNotches)
+TEST_F(MainWindow, TheWheelZoomsByItsNotchesAndLeavesThePan)
 {
-    const auto sentBy = [](int notches) {
-        const std::size_t before = Commands().size();
+    const auto zoomAfter = [](int notches) {
         MainWndProc(hWndMain, WM_MOUSEWHEEL, static_cast<WPARAM>(MakeLong(0, notches)), 0);
-        return std::vector<int>(Commands().begin() + static_cast<std::ptrdiff_t>(before), Commands().end());
+        return Point{Xzoom, Yzoom};
     };
-    EXPECT_THAT(sentBy(2), ElementsAre(200, 200));
-    EXPECT_THAT(sentBy(-1), ElementsAre(201));
+    write::camera.ActiveConfig.Yzoom = 4;
+    EXPECT_EQ(zoomAfter(2), (Point{5, 6}));
+    EXPECT_EQ(zoomAfter(-1), (Point{4, 5}));
+    EXPECT_EQ(zoomAfter(40), (Point{15, 16}));
+    EXPECT_EQ(zoomAfter(-40), (Point{1, 2}));
+    EXPECT_THAT(Commands(), IsEmpty());
+    EXPECT_EQ(CameraKey("Xpan"), "") << "nothing is written";
 }
+
+// Blocks of zoom x ratio device pixels are rounded: the pixel under the pointer stays all the same.
+class WheelAtAnyRatio : public PictureTest, public testing::WithParamInterface<double> {
+  protected:
+    WheelAtAnyRatio() : PictureTest(GetParam()) { View(200, 150, std::vector<std::int16_t>(200 * 150, 100)); }
+};
+
+TEST_P(WheelAtAnyRatio, ZoomsAboutThePixelUnderThePointer)
+{
+    RedrawPicture();
+    for (const Point at : {Point{30, 40}, {299, 222}, {400, 333}}) {
+        for (const int notches : {1, 1, 1, -2, 3, -1, -3, 5, -4}) {
+            const Point view = ViewPosition();
+            const Point before{at.x + view.x, at.y + view.y};
+            const Point pixel = PixelUnder(before);
+            MainWndProc(hWndMain, WM_MOUSEWHEEL, static_cast<WPARAM>(MakeLong(0, notches)),
+                        static_cast<LPARAM>(MakeLong(before.x, before.y)));
+            const Point now = ViewPosition();
+            EXPECT_EQ(PixelUnder({at.x + now.x, at.y + now.y}), pixel) << "zoom " << Xzoom;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Ratios, WheelAtAnyRatio, testing::Values(1.0, 1.25, 1.5, 2.0));
 
 TEST_F(MainWindow, TheTitleTellsWhatIsOnView)
 {
@@ -340,12 +370,13 @@ TEST_F(HelpOfADialog, ShiftAndF10AskOnceUntilTheyAreUp)
 TEST(HelpContexts, FollowTheCommands)
 {
     const std::map<int, int> contexts = {
-        {103, 256}, {106, 257}, {107, 258},  {108, 259},   {109, 260},   {110, 264},   {113, 265},  {114, 266},
-        {115, 267}, {119, 268}, {120, 288},  {121, 289},   {122, 290},   {123, 291},   {130, 320},  {131, 321},
-        {132, 322}, {133, 323}, {135, 324},  {140, 352},   {141, 353},   {143, 354},   {144, 354},  {145, 354},
-        {146, 358}, {147, 358}, {124, 1048}, {149, 361},   {150, 362},   {151, 363},   {160, 369},  {161, 370},
-        {162, 372}, {164, 375}, {169, 41},   {21, 512},    {22, 513},    {190, 769},   {191, 768},  {192, 770},
-        {193, 772}, {195, 771}, {196, 773},  {2006, 2007}, {2007, 2008}, {2008, 2009}, {2009, 2010}};
+        {103, 256}, {106, 257},   {107, 258},   {108, 259},   {109, 260},   {110, 264},   {113, 265},
+        {114, 266}, {115, 267},   {119, 268},   {120, 288},   {121, 289},   {122, 290},   {123, 291},
+        {130, 320}, {131, 321},   {132, 322},   {133, 323},   {135, 324},   {140, 352},   {141, 353},
+        {143, 354}, {144, 354},   {145, 354},   {146, 358},   {147, 358},   {124, 1048},  {149, 361},
+        {150, 362}, {151, 363},   {160, 369},   {161, 370},   {162, 372},   {164, 375},   {169, 41},
+        {21, 512},  {22, 513},    {190, 769},   {191, 768},   {192, 770},   {193, 772},   {195, 771},
+        {196, 773}, {2006, 2007}, {2007, 2008}, {2008, 2009}, {2009, 2010}, {2050, 2050}, {2051, 2050}};
     for (int command = 0; command < 3000; ++command) {
         const auto expected = contexts.find(command);
         EXPECT_EQ(HelpContextOf(command), expected == contexts.end() ? 0 : expected->second) << command;

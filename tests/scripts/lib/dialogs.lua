@@ -42,7 +42,6 @@ local function of_the_head(names)
   return kept
 end
 
-local no_cancel = "the dialog has no Cancel: each way out stores its settings, No leaves but the table as it is"
 local away = "the correction is taken away where the button is pressed"
 local unit = "the unit is how a count is read; it holds where it is picked, for the panel too"
 local name_buffer = "the name that was looked at; who needs one writes it first"
@@ -186,18 +185,9 @@ rows.GEOMETRY = {
   buttons = {
     [1310] = function() press(1310) end,
     [1314] = function() press(1314) end,
-    [1604] = "sets what is chosen at once",
+    [1604] = function() press(1604) end,
   },
-  leave = function()
-    press(1)
-    check.answer_box("Settings were changed\nDo you want to SET changes?", "no")
-  end,
   ways = { "cancelled", "untouched" },
-  kept = {
-    MirrorHoriz = no_cancel, MirrorVert = no_cancel, RotateCCW = no_cancel, SubstBadPixels = no_cancel, ["file Last.bad"] = no_cancel,
-    ["file Last.cal"] = no_cancel, ["kelvo.ini [Display] MirrorHoriz"] = no_cancel, ["kelvo.ini [Display] MirrorVert"] = no_cancel,
-    ["kelvo.ini [Display] RotateCCW"] = no_cancel, ["kelvo.ini [Display] SubstBadPixels"] = no_cancel, ["menu 141"] = no_cancel,
-  },
 }
 
 -- --- Calibrations -------------------------------------------------------------------------------------------------------------

@@ -1,0 +1,48 @@
+// What the operator can take back, as one value: how the picture looks and lies, the unit, what is known of bad pixels,
+// and the keys of the settings files that the commands on these write.
+#pragma once
+
+#include "badpixel/bad_pixel_state.h"
+#include "platform/profile.h"
+#include "video/zoom_pan.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+struct UndoSnapshot {
+    struct Colors {
+        std::int16_t map = 0;
+        std::int16_t grayScale = 0;
+        std::int32_t bar = 0;
+        std::int32_t tempScale = 0;
+        std::int32_t histogram = 0;
+        friend bool operator==(const Colors&, const Colors&) = default;
+    };
+
+    std::int32_t contrast = 0;
+    std::int32_t brightness = 0;
+    Colors colors;
+    DisplayGeometry geometry;
+    Point view;  // ViewPosition
+    std::int32_t unit = 0;
+    std::shared_ptr<const BadPixelState> badPixels;  // null: of a gesture that can't change them
+    std::vector<KeptProfileKey> keys;                // the same keys in each snapshot of one camera and calibration
+};
+
+// What is in force now; without badPixels, which reads the set's files.
+UndoSnapshot TakeSnapshot();
+
+// What differs, in words: "contrast", "brightness and colours"; empty where at most keys do. Bad pixels differ only
+// where both snapshots hold them.
+std::string DifferenceOf(const UndoSnapshot& before, const UndoSnapshot& after);
+bool SameKeys(const UndoSnapshot& a, const UndoSnapshot& b);
+
+// Puts back what differs between the two as target has it; all else stays as it is now. A unit that the frame on view
+// can't be read in stays away. False where the bad pixels couldn't be put back (told in a box): then nothing is.
+bool PutBackDifference(const UndoSnapshot& target, const UndoSnapshot& other);
+
+}  // namespace kelvo
