@@ -71,6 +71,16 @@ std::uint32_t ScreenColor(Point client);  // 0x00RRGGBB as the main window shows
 // PNG.
 bool SaveScreenshot(std::string_view path);
 
+// Where things stand on the screen, logical pixels; nothing where they can't be seen. Texts as they are read: without
+// the mark of their letter and the name of their key.
+std::optional<Rect> PlaceOfControl(HWND dialog, int id);
+std::optional<Rect> PlaceOfDialog(std::string_view name,
+                                  int id);                   // a control of the dialog of that name, in front or not
+std::optional<Rect> PlaceOfMenu(std::string_view text);      // a title of the menu bar
+std::optional<Rect> PlaceOfMenuItem(std::string_view text);  // of a menu that is open
+std::optional<Rect> PlaceOfButton(std::string_view text);    // in the modal window, else in any
+std::optional<Rect> PlaceOfWindow(std::string_view title);   // its client area; the title begins so
+
 // Called each time the program waits with nothing queued and no timer due: from inside dialogs and boxes too. It may
 // not run a loop itself; it posts what is to be done (PostAction). Null takes it off.
 void SetIdleHook(std::function<void()> hook);

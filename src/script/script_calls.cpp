@@ -102,6 +102,12 @@ void SetField(lua_State* L, const char* name, bool value)
     lua_setfield(L, -2, name);
 }
 
+void SetField(lua_State* L, const char* name, int number)
+{
+    lua_pushinteger(L, number);
+    lua_setfield(L, -2, name);
+}
+
 template <typename Texts>
 void PushList(lua_State* L, const Texts& texts)
 {
@@ -311,6 +317,35 @@ int Screenshot(lua_State* L)
     if (!directory.empty() && !MakeDirectories(directory)) return Fail(L, "screenshot: can't make " + directory);
     if (!SaveScreenshot(path)) return Fail(L, "screenshot: can't write " + path);
     Push(L, path);
+    return 1;
+}
+
+// place(id), place(NAME, id), place("menu" | "item" | "button" | "window", text): where it stands on the screen.
+int Place(lua_State* L)
+{
+    if (ProgramHasEnded()) return Nil(L);
+    std::optional<Rect> place;
+    if (lua_type(L, 1) != LUA_TSTRING) {
+        place = PlaceOfControl(DialogInFront(), IntArgument(L, 1));
+    } else if (const std::string kind = TextArgument(L, 1); kind == "panel") {
+        place = PlaceOfControl(hDlgPanel, IntArgument(L, 2));
+    } else if (kind == "menu") {
+        place = PlaceOfMenu(TextArgument(L, 2));
+    } else if (kind == "item") {
+        place = PlaceOfMenuItem(TextArgument(L, 2));
+    } else if (kind == "button") {
+        place = PlaceOfButton(TextArgument(L, 2));
+    } else if (kind == "window") {
+        place = PlaceOfWindow(TextArgument(L, 2));
+    } else {
+        place = PlaceOfDialog(kind, IntArgument(L, 2));
+    }
+    if (!place) return Nil(L);
+    lua_createtable(L, 0, 4);
+    SetField(L, "x", place->left);
+    SetField(L, "y", place->top);
+    SetField(L, "width", place->Width());
+    SetField(L, "height", place->Height());
     return 1;
 }
 
@@ -551,8 +586,7 @@ int Controls(lua_State* L)
     lua_Integer index = 0;
     for (const FrontControl& control : controls) {
         lua_createtable(L, 0, 3);
-        lua_pushinteger(L, control.id);
-        lua_setfield(L, -2, "id");
+        SetField(L, "id", control.id);
         SetField(L, "kind", control.kind);
         SetField(L, "works", control.canBeWorked);
         lua_rawseti(L, -2, ++index);
@@ -816,6 +850,7 @@ constexpr luaL_Reg kCalls[] = {
     {"raw", Look<Raw>},
     {"screen", Look<Screen>},
     {"screenshot", Look<Screenshot>},
+    {"place", Look<Place>},
     {"transcript", Look<Transcript>},
     {"datadir", Look<DataDirectory>},
     // what does neither
