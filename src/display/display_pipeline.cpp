@@ -187,9 +187,8 @@ GrayRows BeginPicture()
     return ReadyCameraBitmap(write::picture.FrameBitmap);
 }
 
-void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays)
+void EndPicture()
 {
-    LookUpAgain(frame, changed, grays);
     showsCameraFrame = true;
     PaintNewPicture();
 }
@@ -250,6 +249,16 @@ Rect PicturePoints()
     if (!FrameBitmap) return {};
     const PicturePlacing placing = PlacingInForce();
     return PointsShowing(hWndMain, placing.destination, placing.size, {0, 0, placing.size.x, placing.size.y});
+}
+
+void FillPicturePixels(const Rect& pixels, const Rect& rim, std::uint32_t color)
+{
+    const PicturePlacing placing = PlacingInForce();
+    // Columns begin with the pan's, rows stay where they are.
+    const Rect shown{std::max(pixels.left - placing.rect.left, 0), std::max(pixels.top, 0),
+                     std::min(pixels.right - placing.rect.left, placing.size.x),
+                     std::min(pixels.bottom, placing.size.y)};
+    FillBlocks(hWndMain, placing.destination, placing.size, shown, rim, color);
 }
 
 void RedrawPicture()

@@ -59,15 +59,17 @@ Rect PicturePoints();
 void DrawFrame(std::span<const std::int16_t> frame);
 
 // The camera's frame in two steps, so that its gray values are made in the pass that makes its counts: BeginPicture
-// readies FrameBitmap and says where they go, EndPicture looks up changed, a part of the frame whose counts were
-// touched since (empty: none), and paints. The picture is the one of DrawFrame. Without a table in the result the frame
-// isn't one for this way (ReadyCameraBitmap): DrawFrame draws it.
+// readies FrameBitmap and says where they go, EndPicture paints it. The picture is the one of DrawFrame. Without a
+// table in the result the frame isn't one for this way (ReadyCameraBitmap): DrawFrame draws it.
 GrayRows BeginPicture();
-void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays);
+void EndPicture();
 
 // Draws what is on view again, with the table, the colours and the geometry in force: the stored frame, or the camera's
 // last one, live or frozen. Nothing happens where neither is on the screen.
 void RedrawPicture();
+// Fills pixels of the frame on view, where they are seen, with a colour (0x00RRGGBB), and rim, logical pixels on each
+// side, with them: for a layer.
+void FillPicturePixels(const Rect& pixels, const Rect& rim, std::uint32_t color);
 // LiveFrame was made anew: the camera's picture that stands on the screen can't be drawn again.
 void ForgetCameraFrame();
 
