@@ -296,8 +296,10 @@ void ReadCameraConfig(std::int32_t number, int full, CameraConfig& record)
 
 void SaveDisplayState()
 {
-    WriteInteger(kDisplay, "Contrast", Contrast, IniFilePath);
-    WriteInteger(kDisplay, "Brightness", Brightness, IniFilePath);
+    if (!LevelsAreFitted) {
+        WriteInteger(kDisplay, "Contrast", Contrast, IniFilePath);
+        WriteInteger(kDisplay, "Brightness", Brightness, IniFilePath);
+    }
     const std::string camera = ActiveCameraSection();
     WriteInteger(camera, "Xzoom", Xzoom, CameraFilePath);
     WriteInteger(camera, "Xoffset", Xoffset, CameraFilePath);

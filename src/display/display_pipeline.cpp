@@ -162,6 +162,7 @@ PicturePlacing PlacingInForce()
 void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness)
 {
     FillDisplayLut(contrast, brightness);
+    if (contrast != Contrast || brightness != Brightness) write::display.LevelsAreFitted = 0;
     write::display.Contrast = contrast;
     write::display.Brightness = brightness;
     ShowLevelsInPanel();
@@ -311,14 +312,20 @@ void ImageToScreen(std::int32_t& x, std::int32_t& y)
     y = (y + Yoffset / Yzoom - Ypan) * Yzoom;
 }
 
-void FitContrastToPicture()
+ContrastFit FitOfPicture(std::span<const std::uint8_t> bad)
 {
-    const ContrastFit fit = FitContrast(FramePixelsOnView(), RangeOnView(), LiveRange());
+    return FitContrast(FramePixelsOnView(), RangeOnView(), LiveRange(), bad);
+}
+
+void FitContrastToPicture(std::span<const std::uint8_t> bad)
+{
+    const ContrastFit fit = FitOfPicture(bad);
     if (!fit.reason.empty()) {
         MessageBox(hWndMain, fit.reason, kMessageCaption, BoxIcon::kInformation);
         return;
     }
     BuildDisplayLut(fit.contrast, fit.brightness);
+    write::display.LevelsAreFitted = 0;  // the operator has asked for them
 }
 
 void DrawColorBar() {}

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "dibapi32/dibutil.h"
+#include "display/fit_contrast.h"
 #include "display/frame_bitmap.h"
 #include "platform/types.h"
 
@@ -84,9 +85,11 @@ void RepaintPicture();
 // Image pixel to screen units below the panel, in place; integer divisions. Nothing happens while a zoom is 0.
 void ImageToScreen(std::int32_t& x, std::int32_t& y);
 
-// Contrast and brightness from the 1 % and 99 % counts of the frame on view or, live, of LiveFrame; or a box with the
-// reason why not, under "Kelvo message".
-void FitContrastToPicture();
+// Contrast and brightness that fit the frame on view or, live, LiveFrame (display/fit_contrast.h). bad: non-zero for
+// each of its pixels that doesn't count; empty: all do.
+ContrastFit FitOfPicture(std::span<const std::uint8_t> bad);
+// Puts them in force; or a box with the reason why not, under "Kelvo message".
+void FitContrastToPicture(std::span<const std::uint8_t> bad);
 
 // Called at the right moments; this display has no bars beside the picture, and its gray scale is linear.
 void DrawColorBar();

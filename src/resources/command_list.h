@@ -154,6 +154,7 @@ inline constexpr CommandRow kAll[] = {
     kLine,
     Item(kCmdViewCopyPicture, "&Copy picture\tCtrl+Shift+C", 0, "copy"),
     Item(kCmdViewFitContrast, "&Fit contrast\tCtrl+F", 0, "contrast"),
+    Check(kCmdViewKeepFitted, "&Keep fitted", kHelpViewMenu),
     kLine,
     Check(kCmdViewFrameAccount, "Frame &account", kHelpFrameAccount),
     Check(kCmdViewColorScale, "Colour &scale", kHelpColorScale),

@@ -87,6 +87,7 @@ constexpr int kCmdBench = 2009;
 constexpr int kCmdViewFit = 2040;
 constexpr int kCmdViewOneToOne = 2041;
 constexpr int kCmdViewCentre = 2042;
+constexpr int kCmdViewKeepFitted = 2043;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

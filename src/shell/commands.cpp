@@ -25,6 +25,7 @@
 #include "video/image_cursor.h"
 #include "video/picture_commands.h"
 #include "video/zoom_pan.h"
+#include "viewing/fitted_contrast.h"
 #include "viewing/playback.h"
 #include "viewing/save_commands.h"
 #include "viewing/view_commands.h"
@@ -103,6 +104,7 @@ constexpr Command kCommands[] = {
     {kCmdViewFit, Then<FitView>},
     {kCmdViewOneToOne, Then<ShowOneToOne>},
     {kCmdViewCentre, Then<CentreView>},
+    {kCmdViewKeepFitted, Then<ToggleKeepFitted>},
 };
 
 CommandEnd NotAvailable(int /*id*/)

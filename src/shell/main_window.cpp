@@ -27,6 +27,7 @@
 #include "video/video.h"
 #include "video/view_drag.h"
 #include "video/zoom_pan.h"
+#include "viewing/fitted_contrast.h"
 #include "viewing/playback.h"
 
 #include <optional>
@@ -148,6 +149,9 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
             return 0;
         case kLiveTimer:
             OnLiveTimer(window);
+            return 0;
+        case kFitTimer:
+            OnFitTimer();
             return 0;
         case kHandedTimer:
             OpenHandedFiles();

@@ -41,6 +41,7 @@
 #include "ui/status_write.h"
 #include "video/image_cursor_write.h"
 #include "video/video.h"
+#include "viewing/fitted_contrast.h"
 
 #include <unistd.h>
 
@@ -182,6 +183,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenFrameAccount();
     OpenColorScale();
     OpenSaturationOverlay();
+    OpenKeepFitted();
     SetPointer(Pointer::kArrow);
     StatusString(kIdleHint, kLeftAligned);
     ShowWindowMaximised(hWndMain);

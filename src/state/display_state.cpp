@@ -12,6 +12,7 @@ DisplayStateVariables display;
 
 constinit const std::int32_t& Contrast = write::display.Contrast;
 constinit const std::int32_t& Brightness = write::display.Brightness;
+constinit const std::int32_t& LevelsAreFitted = write::display.LevelsAreFitted;
 constinit const std::int32_t& ResetContrast = write::display.ResetContrast;
 constinit const std::int32_t& ResetBrightness = write::display.ResetBrightness;
 constinit const std::int16_t& ImageColor = write::display.ImageColor;
@@ -51,6 +52,7 @@ namespace {
 const StateNames kStateNames{
     Named("Contrast", Contrast),
     Named("Brightness", Brightness),
+    Named("LevelsAreFitted", LevelsAreFitted),
     Named("ResetContrast", ResetContrast),
     Named("ResetBrightness", ResetBrightness),
     Named("ImageColor", ImageColor),

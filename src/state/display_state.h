@@ -8,8 +8,11 @@
 
 namespace kelvo {
 
-extern const std::int32_t& Contrast;       // 1 to 100
-extern const std::int32_t& Brightness;     // 1 to 1000
+extern const std::int32_t& Contrast;    // 1 to 100
+extern const std::int32_t& Brightness;  // 1 to 1000
+// 1: the program has found both for the picture, and they aren't the operator's: they are never written to the
+// settings. A change by hand (BuildDisplayLut with other values) makes it 0.
+extern const std::int32_t& LevelsAreFitted;
 extern const std::int32_t& ResetContrast;  // as read at start-up, for the display dialog's Reset
 extern const std::int32_t& ResetBrightness;
 extern const std::int16_t& ImageColor;  // 1230 normal gray, 1231 inverted gray, 1232 colour

@@ -9,6 +9,7 @@ namespace kelvo {
 struct DisplayStateVariables {
     std::int32_t Contrast = 16;
     std::int32_t Brightness = 580;
+    std::int32_t LevelsAreFitted = 0;
     std::int32_t ResetContrast = 16;
     std::int32_t ResetBrightness = 580;
     std::int16_t ImageColor = kNormalGray;

@@ -94,6 +94,7 @@ void BringIntoSight(Point place)
 
 void WriteLevels()
 {
+    if (LevelsAreFitted) return;
     WritePrivateProfileString("Display", "Contrast", Format("%d", Contrast), IniFilePath);
     WritePrivateProfileString("Display", "Brightness", Format("%d", Brightness), IniFilePath);
 }

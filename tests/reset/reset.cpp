@@ -49,6 +49,7 @@
 #include "video/live_rate.h"
 #include "video/video.h"
 #include "video/view_drag.h"
+#include "viewing/fitted_contrast.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -104,6 +105,7 @@ constexpr void (*kModules[])() = {
     RestartLiveRate,
     ResetVideo,
     ResetViewDrag,
+    ResetKeepFitted,
     ResetCommLink,
     ResetCameraHead,
     ResetVideoSetupDialog,
