@@ -160,6 +160,10 @@ inline constexpr CommandRow kAll[] = {
     Check(kCmdViewColorScale, "Colour &scale", kHelpColorScale),
     Check(kCmdViewSaturation, "Sat&uration overlay", kHelpSaturation),
     kLine,
+    Check(kCmdThemeDesktop, "&Desktop's theme", kHelpViewMenu),
+    Check(kCmdThemeLight, "&Light theme", kHelpViewMenu),
+    Check(kCmdThemeDark, "Dark &theme", kHelpViewMenu),
+    kLine,
     Item(kCmdBench, "Simulated &bench...", kHelpBench),
 
     Top("&Help"),

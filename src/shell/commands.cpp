@@ -15,6 +15,7 @@
 #include "shell/frame_account_window.h"
 #include "shell/saturation_overlay.h"
 #include "shell/shutdown.h"
+#include "shell/window_state.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
 #include "state/windows_write.h"
@@ -105,6 +106,9 @@ constexpr Command kCommands[] = {
     {kCmdViewOneToOne, Then<ShowOneToOne>},
     {kCmdViewCentre, Then<CentreView>},
     {kCmdViewKeepFitted, Then<ToggleKeepFitted>},
+    {kCmdThemeDesktop, Then<UseDesktopTheme>},
+    {kCmdThemeLight, Then<UseLightTheme>},
+    {kCmdThemeDark, Then<UseDarkTheme>},
 };
 
 CommandEnd NotAvailable(int /*id*/)

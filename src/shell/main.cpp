@@ -32,7 +32,8 @@ int main(int argc, char** argv)
     RegisterSimulatedLines();
     RegisterSimulatedBoard();
     StartApplication(commandLine);
-    write::options.startOptions = {.dataDirectory = commandLine.dataDirectory, .viewFile = commandLine.viewFile};
+    write::options.startOptions = {
+        .dataDirectory = commandLine.dataDirectory, .viewFile = commandLine.viewFile, .theme = commandLine.theme};
     // Found once: it is held under this name for the life of the process.
     write::options.startOptions.dataDirectory = FindDefaultDirectory();
     if (const std::optional<int> exitCode = EndBesideAnotherStart(commandLine)) return *exitCode;

@@ -31,6 +31,7 @@
 #include "shell/second_start.h"
 #include "shell/start_options.h"
 #include "shell/unbuilt.h"
+#include "shell/window_state.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
@@ -65,7 +66,8 @@ bool MakeMainWindow()
     if (!window) return false;
     SetMenu(window, MainMenu());
     SetPointer(Pointer::kArrow);
-    ShowWindowMaximised(window);
+    UseStoredTheme(window);
+    ShowMainWindow(window);
     UpdateWindow(window);
     write::windows.hWndMain = window;
     return true;
@@ -162,6 +164,7 @@ std::string FindDefaultDirectory()
 int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)
 {
     SetRestart({InitialSetup, InitializeHardware});
+    SetDefaultDir(FindDefaultDirectory());
     if (!MakeMainWindow()) return 0;
     if (!InitialSetup()) {
         MessageBox(hWndMain, "Initialize Variables Failure", kMessageCaption);
@@ -186,7 +189,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenKeepFitted();
     SetPointer(Pointer::kArrow);
     StatusString(kIdleHint, kLeftAligned);
-    ShowWindowMaximised(hWndMain);
+    ShowMainWindow(hWndMain);
     UpdateWindow(hWndMain);
     if (!startOptions.viewFile.empty()) PostMessage(hWndMain, kOpenStartFile, 0, 0);
     TakeHandovers();
