@@ -83,7 +83,7 @@ constexpr Command kCommands[] = {
     {kCmdInvertedGray, ShowInvertedGray},
     {kCmdNormalColor, ShowNormalColor},
     {kCmdImageCursor, Then<ToggleImageCursor, CommandEnd::kLeaveStatus>},
-    {kCmdTrackball, Then<TrackballToggle, CommandEnd::kLeaveStatus>},
+    {kCmdTrackball, Then<ToggleTrackballMode, CommandEnd::kLeaveStatus>},
     {kCmdNextColorMap, ShowNextColorMap},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},

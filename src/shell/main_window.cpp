@@ -240,7 +240,13 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
             PostMessage(window, WM_COMMAND, kCmdImageCursor, 0);
             return 0;
         case WM_RBUTTONDOWN:
-            TrackballToggle();
+            ToggleTrackballMode();
+            return 0;
+        case WM_MOUSELEAVE:
+            TrackballPointerLeft();
+            return 0;
+        case WM_KEYDOWN:
+            if (static_cast<Key>(wParam) == Key::kEscape && TrackballMode) ToggleTrackballMode();
             return 0;
         case WM_DROPFILES:
             OpenDroppedFiles();
