@@ -80,11 +80,11 @@ void FillDisplayLut(std::int32_t contrast, std::int32_t brightness)
 }
 
 // Of a picture that is all first count, for instance, no pair shows more.
-bool ShowsMore(std::span<const std::int16_t> pixels, const ContrastFit& fit)
+bool ShowsMore(std::span<const std::int16_t> pixels, const ContrastFit& fit, std::span<const std::uint8_t> bad)
 {
     std::vector<std::uint8_t> table(DisplayLut);
     FillLut(table, WindowOf(RangeOnView().Span(), fit.contrast, fit.brightness), LiveRange());
-    return !HardlySeen(pixels, table);
+    return !HardlySeen(pixels, table, bad);
 }
 
 // A settings file can say any zoom; a picture's corner stays within the integers.
@@ -196,9 +196,8 @@ GrayRows BeginPicture()
     return ReadyCameraBitmap(write::picture.FrameBitmap);
 }
 
-void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays)
+void EndPicture()
 {
-    LookUpAgain(frame, changed, grays);
     showsCameraFrame = true;
     PaintNewPicture();
 }
@@ -261,6 +260,16 @@ Rect PicturePoints()
     return PointsShowing(hWndMain, placing.destination, placing.size, {0, 0, placing.size.x, placing.size.y});
 }
 
+void FillPicturePixels(const Rect& pixels, const Rect& rim, std::uint32_t color)
+{
+    const PicturePlacing placing = PlacingInForce();
+    // Columns begin with the pan's, rows stay where they are.
+    const Rect shown{std::max(pixels.left - placing.rect.left, 0), std::max(pixels.top, 0),
+                     std::min(pixels.right - placing.rect.left, placing.size.x),
+                     std::min(pixels.bottom, placing.size.y)};
+    FillBlocks(hWndMain, placing.destination, placing.size, shown, rim, color);
+}
+
 void RedrawPicture()
 {
     if (ViewingFile) {
@@ -311,25 +320,36 @@ void ImageToScreen(std::int32_t& x, std::int32_t& y)
     y = (y + Yoffset / Yzoom - Ypan) * Yzoom;
 }
 
-void FitContrastToPicture()
+ContrastFit FitOfPicture(std::span<const std::uint8_t> bad)
 {
-    const ContrastFit fit = FitContrast(FramePixelsOnView(), RangeOnView(), LiveRange());
+    return FitContrast(FramePixelsOnView(), RangeOnView(), LiveRange(), bad);
+}
+
+void FitContrastToPicture(std::span<const std::uint8_t> bad)
+{
+    const ContrastFit fit = FitOfPicture(bad);
     if (!fit.reason.empty()) {
         MessageBox(hWndMain, fit.reason, kMessageCaption, BoxIcon::kInformation);
         return;
     }
     BuildDisplayLut(fit.contrast, fit.brightness);
+    write::contrastFit.LastOwnFit.reset();  // the operator has asked for them
 }
 
-int FitUnseenPicture()
+void ShowOwnFit(const ContrastFit& fit)
 {
-    const std::span<const std::int16_t> pixels = FramePixelsOnView();
-    if (!ViewingFile || pixels.empty() || DisplayLut.empty() || !HardlySeen(pixels, DisplayLut)) return 0;
-    const ContrastFit fit = FitContrast(pixels, RangeOnView(), LiveRange());
-    if (!fit.reason.empty() || !ShowsMore(pixels, fit)) return 0;
     const ContrastPair chosen = ContrastToStore();
     write::contrastFit.LastOwnFit = {.found = {fit.contrast, fit.brightness}, .chosen = chosen};
-    BuildDisplayLut(fit.contrast, fit.brightness);
+    if (fit.contrast != Contrast || fit.brightness != Brightness) BuildDisplayLut(fit.contrast, fit.brightness);
+}
+
+int FitUnseenPicture(std::span<const std::uint8_t> bad)
+{
+    const std::span<const std::int16_t> pixels = FramePixelsOnView();
+    if (!ViewingFile || pixels.empty() || DisplayLut.empty() || !HardlySeen(pixels, DisplayLut, bad)) return 0;
+    const ContrastFit fit = FitOfPicture(bad);
+    if (!fit.reason.empty() || !ShowsMore(pixels, fit, bad)) return 0;
+    ShowOwnFit(fit);
     return 1;
 }
 

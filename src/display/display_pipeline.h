@@ -6,6 +6,7 @@
 #pragma once
 
 #include "dibapi32/dibutil.h"
+#include "display/fit_contrast.h"
 #include "display/frame_bitmap.h"
 #include "platform/types.h"
 
@@ -59,15 +60,17 @@ Rect PicturePoints();
 void DrawFrame(std::span<const std::int16_t> frame);
 
 // The camera's frame in two steps, so that its gray values are made in the pass that makes its counts: BeginPicture
-// readies FrameBitmap and says where they go, EndPicture looks up changed, a part of the frame whose counts were
-// touched since (empty: none), and paints. The picture is the one of DrawFrame. Without a table in the result the frame
-// isn't one for this way (ReadyCameraBitmap): DrawFrame draws it.
+// readies FrameBitmap and says where they go, EndPicture paints it. The picture is the one of DrawFrame. Without a
+// table in the result the frame isn't one for this way (ReadyCameraBitmap): DrawFrame draws it.
 GrayRows BeginPicture();
-void EndPicture(std::span<const std::int16_t> frame, const FrameRect& changed, const GrayRows& grays);
+void EndPicture();
 
 // Draws what is on view again, with the table, the colours and the geometry in force: the stored frame, or the camera's
 // last one, live or frozen. Nothing happens where neither is on the screen.
 void RedrawPicture();
+// Fills pixels of the frame on view, where they are seen, with a colour (0x00RRGGBB), and rim, logical pixels on each
+// side, with them: for a layer.
+void FillPicturePixels(const Rect& pixels, const Rect& rim, std::uint32_t color);
 // LiveFrame was made anew: the camera's picture that stands on the screen can't be drawn again.
 void ForgetCameraFrame();
 
@@ -82,14 +85,17 @@ void RepaintPicture();
 // Image pixel to screen units below the panel, in place; integer divisions. Nothing happens while a zoom is 0.
 void ImageToScreen(std::int32_t& x, std::int32_t& y);
 
-// Contrast and brightness from the 1 % and 99 % counts of the frame on view or, live, of LiveFrame; or a box with the
-// reason why not, under "Kelvo message".
-void FitContrastToPicture();
+// Contrast and brightness that fit the frame on view or, live, LiveFrame (display/fit_contrast.h). bad: non-zero for
+// each of its pixels that doesn't count; empty: all do.
+ContrastFit FitOfPicture(std::span<const std::uint8_t> bad);
+// Puts them in force; or a box with the reason why not, under "Kelvo message".
+void FitContrastToPicture(std::span<const std::uint8_t> bad);
 
-// For a stored picture that has just come on view: where over 95 % of its pixels show as the first or the last shade,
-// contrast and brightness are fitted to it, if that shows more of it. They count as found, not as chosen
-// (state/contrast_fit.h). 1 where they were fitted; nothing is told.
-int FitUnseenPicture();
+// Puts a fit in force that nobody asked for: found, not chosen, and never stored (state/contrast_fit.h).
+void ShowOwnFit(const ContrastFit& fit);
+// For a stored picture that has just come on view: where over 95 % of its good pixels show as the first or the last
+// shade, an own fit is shown, if that shows more of it. 1 where it was; nothing is told. bad as above.
+int FitUnseenPicture(std::span<const std::uint8_t> bad);
 
 // Called at the right moments; this display has no bars beside the picture, and its gray scale is linear.
 void DrawColorBar();

@@ -163,21 +163,6 @@ GrayRows ReadyCameraBitmap(Dib& dib)
             .firstColumn = static_cast<std::size_t>(rect.left)};
 }
 
-void LookUpAgain(std::span<const std::int16_t> frame, const FrameRect& part, const GrayRows& grays)
-{
-    const auto firstColumn = static_cast<std::int64_t>(grays.firstColumn);
-    const std::int64_t left = std::max<std::int64_t>(part.left, firstColumn);
-    const std::int64_t right = std::min<std::int64_t>(part.right, ActiveConfig.Hroi - 1);
-    const std::int64_t bottom = std::min<std::int64_t>(part.bottom, static_cast<std::int64_t>(grays.rows) - 1);
-    if (left > right) return;
-    const auto width = static_cast<std::size_t>(right + 1 - left);
-    for (std::int64_t row = std::max(part.top, 0); row <= bottom; ++row) {
-        const auto start = static_cast<std::size_t>(row * ActiveConfig.Hroi + left);
-        std::uint8_t* const to = grays.top + row * grays.rowStride + (left - firstColumn);
-        LookUpGrays(frame.subspan(start, width), *grays.table, {to, width});
-    }
-}
-
 void BuildDibPalette(RgbQuadTable& table)
 {
     table.fill(0);

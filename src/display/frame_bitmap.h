@@ -49,8 +49,6 @@ bool FillFrameBitmap(Dib& dib, std::span<const std::int16_t> frame, const FrameR
 // FillFrameBitmap leaves it but for the pixels, and they go where the result says. Without a table, with a file on
 // view, with a pan outside the frame and where memory is refused there is no such place, and dib stays.
 GrayRows ReadyCameraBitmap(Dib& dib);
-// Looks up a part of the camera's frame (height x Hroi) once more, where counts have changed since.
-void LookUpAgain(std::span<const std::int16_t> frame, const FrameRect& part, const GrayRows& grays);
 
 // A colour table entry: blue, green, red, 0.
 using RgbQuadTable = std::array<std::uint8_t, 1024>;

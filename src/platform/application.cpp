@@ -179,9 +179,7 @@ void StartApplication(const CommandLine& commandLine)
     QGuiApplication::setDesktopFileName("kelvo");
     // Pictures taken offscreen repeat from machine to machine.
     if (runsOffscreen) QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
-    const bool hasDesktop = !runsOffscreen && !qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP");
-    const bool useOwn = commandLine.theme == Theme::kDesktop && !hasDesktop;
-    ApplyTheme(useOwn ? Theme::kLight : commandLine.theme);
+    ChangeTheme(commandLine.theme.value_or(Theme::kDesktop));
     StartTurns();
     StartKeys();
 }

@@ -25,7 +25,7 @@ struct CommandLine {
     bool windowFrames = false;                 // of that screen: its windows have title bars (not on the command line)
     double scale = 1.0;                        // --scale, 0.5 to 4
     bool virtualTime = false;                  // --virtual-time
-    Theme theme = Theme::kDesktop;             // --theme
+    std::optional<Theme> theme;                // --theme, for this run
     std::string rest;  // the other bare arguments joined by blanks, as the system's own command line; paths whole,
                        // unless all that was typed of them is shorter than kShortestCommandLine
     bool showVersion = false;

@@ -28,6 +28,7 @@ constexpr NumberedKey kNumberedKeys[] = {
     {Qt::Key_Return, Key::kReturn},     {Qt::Key_Enter, Key::kReturn}, {Qt::Key_Shift, Key::kShift},
     {Qt::Key_PageUp, Key::kPageUp},     {Qt::Key_Up, Key::kUp},        {Qt::Key_Down, Key::kDown},
     {Qt::Key_PageDown, Key::kPageDown}, {Qt::Key_F1, Key::kF1},        {Qt::Key_F10, Key::kF10},
+    {Qt::Key_Escape, Key::kEscape},
 };
 
 std::set<Key> keysDown;

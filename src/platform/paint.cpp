@@ -91,6 +91,17 @@ std::uint32_t* Row(QImage& surface, std::int64_t y)
     return reinterpret_cast<std::uint32_t*>(surface.scanLine(static_cast<int>(y)));
 }
 
+void FillDevice(Window& window, const DeviceArea& area, std::uint32_t rgb)
+{
+    const DeviceArea target = area.And(PaintableArea(window));
+    if (target.Empty()) return;
+    for (std::int64_t y = target.top; y < target.bottom; ++y) {
+        std::uint32_t* const row = Row(window.surface, y);
+        std::fill(row + target.left, row + target.right, rgb | kOpaque);
+    }
+    ShowArea(window, target);
+}
+
 void Fill(Window& window, const Rect& area, std::uint32_t rgb)
 {
     DeviceArea target = ToDevice(Scrolled(window, area), DeviceRatio(window));
@@ -100,13 +111,7 @@ void Fill(Window& window, const Rect& area, std::uint32_t rgb)
     if (area.bottom >= window.widget->height()) {
         target.bottom = std::max<std::int64_t>(target.bottom, window.surface.height());
     }
-    target = target.And(PaintableArea(window));
-    if (target.Empty()) return;
-    for (std::int64_t y = target.top; y < target.bottom; ++y) {
-        std::uint32_t* const row = Row(window.surface, y);
-        std::fill(row + target.left, row + target.right, rgb | kOpaque);
-    }
-    ShowArea(window, target);
+    FillDevice(window, target, rgb);
 }
 
 int BlockAt(double ratio, int zoom)
@@ -423,6 +428,20 @@ bool StretchMarks(HWND handle, const Rect& destination, const IndexedPixels& mar
     }
     ShowArea(*window, axes.Area());
     return true;
+}
+
+void FillBlocks(HWND handle, const Rect& destination, Point size, const Rect& pixels, const Rect& rim,
+                std::uint32_t color)
+{
+    Window* const window = SurfaceOf(handle);
+    if (!window || pixels.Empty()) return;
+    const Axes axes = StretchAxes(*window, destination, size.x, size.y);
+    if (axes.Empty()) return;
+    const DeviceArea wider = ToDevice(rim, DeviceRatio(*window));
+    FillDevice(*window,
+               {BeginOf(axes.columns, pixels.left) - wider.left, BeginOf(axes.rows, pixels.top) - wider.top,
+                BeginOf(axes.columns, pixels.right) + wider.right, BeginOf(axes.rows, pixels.bottom) + wider.bottom},
+               color);
 }
 
 Point PixelShownAt(HWND window, const Rect& destination, Point size, Point at)

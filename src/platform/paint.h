@@ -51,6 +51,11 @@ bool StretchPixels(HWND window, const Rect& destination, const DeviceBitmap& sou
 // The same blocks in the same places, but a pixel of value 0 leaves what stands there: marks over a picture.
 bool StretchMarks(HWND window, const Rect& destination, const IndexedPixels& marks);
 
+// The blocks that some pixels of a picture of that size take there, filled with one colour (0x00RRGGBB); rim: logical
+// pixels on each side that are filled with them.
+void FillBlocks(HWND window, const Rect& destination, Point size, const Rect& pixels, const Rect& rim,
+                std::uint32_t color);
+
 // The inverse of StretchPixels, for a picture of size pixels. PixelShownAt: column and row that a point of the client
 // area shows, the device pixel at its upper left corner; beside the picture they go on below 0 and beyond its size.
 // {0, 0} where nothing would be painted.

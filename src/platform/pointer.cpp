@@ -25,7 +25,9 @@ struct Placed {
     Point screen;   // where that is on the screen
 };
 std::optional<Placed> placed;
-Point offscreenPointer;  // offscreen the pointer is where it was put last
+// Where the pointer was put or seen last: that is its place offscreen, and where the window system tells of it in
+// events alone.
+Point lastSeen;
 
 QCursor CursorOf(Pointer shape)
 {
@@ -46,7 +48,7 @@ QCursor CursorOf(Pointer shape)
 
 Point PointerOnScreen()
 {
-    if (!qApp || RunsOffscreen()) return offscreenPointer;
+    if (!qApp || RunsOffscreen() || !PointerCanBeMoved()) return lastSeen;
     const QPoint position = QCursor::pos();
     return {position.x(), position.y()};
 }
@@ -122,14 +124,26 @@ Point GetPointerPosition()
 
 void SetPointerPosition(Point screen)
 {
+    if (!PointerCanBeMoved()) return;
     placed = Placed{screen, OnScreen(screen)};
     MovePointerTo(placed->screen);
 }
 
+bool PointerCanBeMoved()
+{
+    const bool movable = RunsOffscreen() || QGuiApplication::platformName() != QLatin1String("wayland");
+    return movable && !FaultIsSet("fixed pointer");
+}
+
 void MovePointerTo(Point screen)
 {
-    offscreenPointer = screen;
-    if (qApp && !RunsOffscreen()) QCursor::setPos(screen.x, screen.y);
+    lastSeen = screen;
+    if (qApp && !RunsOffscreen() && PointerCanBeMoved()) QCursor::setPos(screen.x, screen.y);
+}
+
+void NotePointer(Point screen)
+{
+    lastSeen = screen;
 }
 
 void ClipPointer(const Rect& screen)
@@ -158,7 +172,7 @@ void ResetPointer()
     hourglassDepth = 0;
     clip.reset();
     placed.reset();
-    offscreenPointer = {};
+    lastSeen = {};
     ShowPointerShape();
 }
 

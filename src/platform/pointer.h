@@ -27,6 +27,8 @@ class Hourglass {
 // SetScrollExtent).
 Point GetPointerPosition();
 void SetPointerPosition(Point screen);
+// Some window systems let no program move the pointer; the fault "fixed pointer" makes any like them.
+bool PointerCanBeMoved();
 void ClipPointer(const Rect& screen);  // the position read lies inside: right and bottom exclusive
 void ReleasePointerClip();
 bool PointerIsClipped();

@@ -186,6 +186,7 @@ void TellFocusChange();  // at once
 // Shows the shape that holds now: the hourglass over the whole program, but the arrow while a modal window is in front.
 void ShowPointerShape();
 void MovePointerTo(Point screen);  // as the operator's hand does: no place of the logic's own
+void NotePointer(Point screen);    // where an event has it
 
 // --- Scrolling ----------------------------------------------------------------------------------------------------
 

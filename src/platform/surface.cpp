@@ -163,6 +163,11 @@ class SurfaceWidget : public QWidget {
             mousePressEvent(event);
         }
     }
+    void leaveEvent(QEvent* /*event*/) override
+    {
+        HWND window = Handle();
+        if (window && !window->isBeingDestroyed) SendMessage(window, WM_MOUSELEAVE, 0, 0);
+    }
     void mouseReleaseEvent(QMouseEvent* event) override
     {
         if (event->button() == Qt::MiddleButton) ReleaseMiddle(event->position().toPoint());
@@ -236,6 +241,8 @@ class SurfaceWidget : public QWidget {
     {
         HWND window = Handle();
         if (!window || (!holdsMiddle_ && childAt(at))) return;
+        const QPoint screen = mapToGlobal(at);
+        NotePointer({screen.x(), screen.y()});
         const Point surface = ToSurface(*window, {at.x(), at.y()});
         SendMessage(window, message, wParam, static_cast<LPARAM>(MakeLong(surface.x, surface.y)));
     }

@@ -159,11 +159,30 @@ class WorkstationStyle : public QProxyStyle {
     bool dark_;
 };
 
+QString foundStyle;  // the desktop's, as it was before the first theme of ours
+
+bool StyleIsOurs()
+{
+    return dynamic_cast<const WorkstationStyle*>(QApplication::style()) != nullptr;
+}
+
+void ReturnToDesktop()
+{
+    if (!StyleIsOurs()) return;
+    QApplication::setStyle(foundStyle);
+    QApplication::setPalette(QPalette());  // the desktop's own
+}
+
 }  // namespace
 
 void ApplyTheme(Theme theme)
 {
-    if (theme == Theme::kDesktop) return;
+    const bool hasDesktop = !RunsOffscreen() && !qEnvironmentVariableIsEmpty("XDG_CURRENT_DESKTOP");
+    if (theme == Theme::kDesktop && hasDesktop) {
+        ReturnToDesktop();
+        return;
+    }
+    if (!StyleIsOurs()) foundStyle = QApplication::style()->name();
     const bool dark = theme == Theme::kDark;
     QApplication::setStyle(std::make_unique<WorkstationStyle>(dark).release());  // the application owns it
     QApplication::setPalette(PaletteOf(dark ? kDark : kLight));

@@ -5,7 +5,8 @@
 
 namespace kelvo {
 
-// Sets style and colours for the whole application. kDesktop leaves the desktop's look as it was found.
+// Sets style and colours for the whole application. kDesktop is the desktop's look as it was found; where there is no
+// desktop, the light one.
 void ApplyTheme(Theme theme);
 
 }  // namespace kelvo

@@ -4,6 +4,7 @@
 #include "platform/faults.h"
 #include "platform/qt_window.h"
 #include "platform/transcript.h"
+#include "platform/window_place.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -122,6 +123,34 @@ bool FillsTheScreen(const QWidget& frame)
 {
     const QSize available = frame.screen()->availableGeometry().size();
     return frame.width() * 10 >= available.width() * 9 && frame.height() * 10 >= available.height() * 9;
+}
+
+// The upper edge is where the operator takes hold of a window.
+constexpr QSize kHold{96, 24};
+
+QScreen* ScreenHolding(const QRect& place)
+{
+    const QRect edge(place.topLeft(), QSize(place.width(), kHold.height()));
+    for (QScreen* const screen : QGuiApplication::screens()) {
+        const QSize seen = edge.intersected(screen->availableGeometry()).size();
+        if (seen.width() >= kHold.width() && seen.height() >= kHold.height()) return screen;
+    }
+    return nullptr;
+}
+
+QRect OntoAScreen(const QRect& wanted)
+{
+    QScreen* const screen = ScreenHolding(wanted);
+    const QRect available = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+    QRect place(wanted.topLeft(), wanted.size().boundedTo(available.size()).expandedTo(kSmallestSize));
+    if (!screen) place.moveCenter(available.center());
+    return place;
+}
+
+void TakeFocus(Window& window)
+{
+    if (window.widget) window.widget->setFocus();
+    TellFocusChange();
 }
 
 QWidget* TopLevelOf(HWND window)
@@ -257,8 +286,34 @@ void ShowWindowMaximised(HWND window)
         frame.setGeometry(frame.screen()->availableGeometry());
         WaitUntilShown(frame);
     }
-    if (window->widget) window->widget->setFocus();
-    TellFocusChange();
+    TakeFocus(*window);
+}
+
+WindowPlace GetWindowPlace(HWND window)
+{
+    if (!IsWindow(window) || !window->frame) return {};
+    const QMainWindow& frame = *window->frame;
+    const bool maximised = frame.isMaximized();
+    const QRect place = maximised ? frame.normalGeometry() : QRect(frame.pos(), frame.size());
+    return {place.x(), place.y(), place.width(), place.height(), maximised};
+}
+
+void ShowWindowAt(HWND window, const WindowPlace& place)
+{
+    if (!IsWindow(window) || !window->frame) return;
+    QMainWindow& frame = *window->frame;
+    const QRect fitting = OntoAScreen({place.x, place.y, place.width, place.height});
+    if (!frame.isVisible()) {
+        frame.move(fitting.topLeft());
+        frame.resize(fitting.size());
+    }
+    if (place.maximised) {
+        ShowWindowMaximised(window);
+        return;
+    }
+    frame.show();
+    WaitUntilShown(frame);
+    TakeFocus(*window);
 }
 
 void ShowWindow(HWND window, bool shown)

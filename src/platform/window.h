@@ -40,6 +40,7 @@ constexpr std::uint32_t WM_LBUTTONDBLCLK = 0x0203;
 constexpr std::uint32_t WM_RBUTTONDOWN = 0x0204;
 constexpr std::uint32_t WM_MBUTTONDOWN = 0x0207;  // until WM_MBUTTONUP all motion is this window's, over children too
 constexpr std::uint32_t WM_MBUTTONUP = 0x0208;
+constexpr std::uint32_t WM_MOUSELEAVE = 0x02A3;  // the pointer has left the window, or lies over a child
 constexpr std::uint32_t WM_MOUSEWHEEL =
     0x020A;  // wParam: MakeLong(0, steps), one a notch, positive away from the operator
 constexpr std::uint32_t WM_DROPFILES = 0x0233;  // DroppedFiles() holds the paths
@@ -48,6 +49,7 @@ constexpr std::uint32_t WM_DROPFILES = 0x0233;  // DroppedFiles() holds the path
 enum class Key : std::uint32_t {
     kReturn = 0x0D,
     kShift = 0x10,
+    kEscape = 0x1B,
     kPageUp = 0x21,
     kPageDown = 0x22,
     kUp = 0x26,

@@ -89,6 +89,10 @@ constexpr int kCmdViewOneToOne = 2041;
 constexpr int kCmdViewCentre = 2042;
 constexpr int kCmdUndo = 2050;
 constexpr int kCmdRedo = 2051;
+constexpr int kCmdViewKeepFitted = 2043;
+constexpr int kCmdThemeDesktop = 2044;
+constexpr int kCmdThemeLight = 2045;
+constexpr int kCmdThemeDark = 2046;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

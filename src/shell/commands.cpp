@@ -16,6 +16,7 @@
 #include "shell/saturation_overlay.h"
 #include "shell/shutdown.h"
 #include "shell/undo.h"
+#include "shell/window_state.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
 #include "state/windows_write.h"
@@ -26,6 +27,7 @@
 #include "video/image_cursor.h"
 #include "video/picture_commands.h"
 #include "video/zoom_pan.h"
+#include "viewing/fitted_contrast.h"
 #include "viewing/playback.h"
 #include "viewing/save_commands.h"
 #include "viewing/view_commands.h"
@@ -82,7 +84,7 @@ constexpr Command kCommands[] = {
     {kCmdInvertedGray, ShowInvertedGray},
     {kCmdNormalColor, ShowNormalColor},
     {kCmdImageCursor, Then<ToggleImageCursor, CommandEnd::kLeaveStatus>},
-    {kCmdTrackball, Then<TrackballToggle, CommandEnd::kLeaveStatus>},
+    {kCmdTrackball, Then<ToggleTrackballMode, CommandEnd::kLeaveStatus>},
     {kCmdNextColorMap, ShowNextColorMap},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
@@ -106,6 +108,10 @@ constexpr Command kCommands[] = {
     {kCmdViewFit, Then<FitView>},
     {kCmdViewOneToOne, Then<ShowOneToOne>},
     {kCmdViewCentre, Then<CentreView>},
+    {kCmdViewKeepFitted, Then<ToggleKeepFitted>},
+    {kCmdThemeDesktop, Then<UseDesktopTheme>},
+    {kCmdThemeLight, Then<UseLightTheme>},
+    {kCmdThemeDark, Then<UseDarkTheme>},
 };
 
 CommandEnd NotAvailable(int /*id*/)

@@ -35,7 +35,8 @@ int main(int argc, char** argv)
     write::options.startOptions = {
         .dataDirectory = commandLine.dataDirectory,
         .staysInDirectory = !commandLine.dataDirectory.empty() || !commandLine.scriptFile.empty(),
-        .viewFiles = commandLine.viewFiles};
+        .viewFiles = commandLine.viewFiles,
+        .theme = commandLine.theme};
     // Found once: it is held under this name for the life of the process.
     write::options.startOptions.dataDirectory = FindDefaultDirectory();
     if (const std::optional<int> exitCode = EndBesideAnotherStart(commandLine)) return *exitCode;

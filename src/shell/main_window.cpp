@@ -28,6 +28,7 @@
 #include "video/video.h"
 #include "video/view_drag.h"
 #include "video/zoom_pan.h"
+#include "viewing/fitted_contrast.h"
 #include "viewing/playback.h"
 #include "viewing/view_commands.h"
 
@@ -152,6 +153,9 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
         case kLiveTimer:
             OnLiveTimer(window);
             return 0;
+        case kFitTimer:
+            OnFitTimer();
+            return 0;
         case kHandedTimer:
             OpenHandedFiles();
             return 0;
@@ -235,7 +239,13 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
             PostMessage(window, WM_COMMAND, kCmdImageCursor, 0);
             return 0;
         case WM_RBUTTONDOWN:
-            TrackballToggle();
+            ToggleTrackballMode();
+            return 0;
+        case WM_MOUSELEAVE:
+            TrackballPointerLeft();
+            return 0;
+        case WM_KEYDOWN:
+            if (static_cast<Key>(wParam) == Key::kEscape && TrackballMode) ToggleTrackballMode();
             return 0;
         case WM_DROPFILES:
             OpenStoredFiles(DroppedFiles());

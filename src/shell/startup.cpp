@@ -36,8 +36,9 @@
 #include "shell/second_start.h"
 #include "shell/start_options.h"
 #include "shell/unbuilt.h"
-#include "simcam/bench_window.h"
 #include "shell/undo.h"
+#include "shell/window_state.h"
+#include "simcam/bench_window.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
@@ -48,6 +49,7 @@
 #include "ui/status_write.h"
 #include "video/image_cursor_write.h"
 #include "video/video.h"
+#include "viewing/fitted_contrast.h"
 
 #include <unistd.h>
 
@@ -72,7 +74,8 @@ bool MakeMainWindow()
     SetMenu(window, MainMenu());
     FillHelpPage(kHelpKeys, KeysPageTables());
     SetPointer(Pointer::kArrow);
-    ShowWindowMaximised(window);
+    UseStoredTheme(window);
+    ShowMainWindow(window);
     UpdateWindow(window);
     write::windows.hWndMain = window;
     return true;
@@ -186,6 +189,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
 {
     SetRestart({InitialSetup, InitializeHardware});
     SetSourceBench({BenchIsThere, OpenBenchWindow});
+    SetDefaultDir(FindDefaultDirectory());
     if (!MakeMainWindow()) return 0;
     if (!InitialSetup()) {
         MessageBox(hWndMain, "Initialize Variables Failure", kMessageCaption);
@@ -208,9 +212,10 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenColorScale();
     OpenSaturationOverlay();
     OpenUndo();
+    OpenKeepFitted();
     SetPointer(Pointer::kArrow);
     StatusString(kIdleHint, kLeftAligned);
-    ShowWindowMaximised(hWndMain);
+    ShowMainWindow(hWndMain);
     UpdateWindow(hWndMain);
     if (!startOptions.viewFiles.empty()) PostMessage(hWndMain, kOpenStartFile, 0, 0);
     OpenBenchAtFirstStart();

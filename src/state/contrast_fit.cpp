@@ -2,6 +2,7 @@
 
 #include "state/contrast_fit_write.h"
 #include "state/display_state.h"
+#include "state/state_registry.h"
 
 namespace kelvo {
 
@@ -27,12 +28,15 @@ bool OwnFitInForce()
 
 ContrastPair ContrastToStore()
 {
-    ContrastPair stored = PairInForce();
-    if (!LastOwnFit) return stored;
-    if (stored.contrast == LastOwnFit->found.contrast) stored.contrast = LastOwnFit->chosen.contrast;
-    if (stored.brightness == LastOwnFit->found.brightness) stored.brightness = LastOwnFit->chosen.brightness;
-    return stored;
+    return OwnFitInForce() ? LastOwnFit->chosen : PairInForce();
 }
+
+namespace {
+
+const StateNames kStateNames{
+    {"OwnFitInForce", []() -> StateValue { return static_cast<std::int64_t>(OwnFitInForce()); }}};
+
+}  // namespace
 
 void ResetContrastFit()
 {

@@ -1,5 +1,6 @@
-// A contrast and brightness that Kelvo found by itself, because next to nothing of a picture was seen with the
-// operator's. They are never stored: what the operator chose before is, of each until he takes it in hand.
+// A contrast and brightness that Kelvo found by itself: for a stored picture of which next to nothing was seen with the
+// operator's, or because it keeps the picture fitted. They are never stored: what the operator chose before is, until
+// he takes either of them in hand.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +14,7 @@ struct ContrastPair {
     friend bool operator==(const ContrastPair&, const ContrastPair&) = default;
 };
 
-// The pair that was found last, and what it took the place of; display_pipeline's FitUnseenPicture writes it.
+// The pair that was found last, and what it took the place of; display_pipeline's ShowOwnFit writes it.
 struct OwnFit {
     ContrastPair found;
     ContrastPair chosen;

@@ -1,8 +1,8 @@
 #include "ui/view_switch.h"
 
 #include "platform/menu.h"
-#include "platform/profile.h"
 #include "state/windows.h"
+#include "ui/window_file.h"
 
 namespace kelvo {
 
@@ -14,12 +14,12 @@ constexpr const char* kSection = "View";
 
 bool ViewSwitchIsOn(const ViewSwitch& viewSwitch)
 {
-    return GetPrivateProfileInt(kSection, viewSwitch.key, 0, IniFilePath) != 0;
+    return WindowFileInt(kSection, viewSwitch.key, 0) != 0;
 }
 
 void KeepViewSwitch(const ViewSwitch& viewSwitch, bool on)
 {
-    WritePrivateProfileString(kSection, viewSwitch.key, on ? "1" : "0", IniFilePath);
+    WriteWindowFile(kSection, viewSwitch.key, on ? "1" : "0");
     CheckMenuItem(hWndMain, viewSwitch.command, on);
 }
 

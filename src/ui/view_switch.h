@@ -1,4 +1,4 @@
-// The switches of the View menu: each is a key of section View of kelvo.ini, 0 or 1, and a checked menu item.
+// The switches of the View menu: each is a key of section View of window.ini, 0 or 1, and a checked menu item.
 #pragma once
 
 namespace kelvo {

@@ -9,6 +9,7 @@
 #include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
+#include "video/cursor_cross.h"
 #include "video/image_cursor.h"
 #include "video/video.h"
 
@@ -65,7 +66,8 @@ void ToggleImageCursor()
     if (item && !item->checked) {
         SavedStatusAlign = GetStatusText(SavedStatusText);
         CheckMenuItem(hWndMain, kCmdImageCursor, true);
-        write::frames.ImageCursorOn = 1;  // before the first read-out, which takes its count from the stamped frame
+        write::frames.ImageCursorOn = 1;  // before the first read-out, which takes its count from the frame
+        AddPictureLayer(DrawCursorCross);
         ShowCursorAt(ImageCursorPosition());
         SetPointer(Pointer::kCross);
         RefreshLiveFrame();
@@ -77,7 +79,8 @@ void ToggleImageCursor()
     if (!TrackballMode) ReleasePointerClip();
     SetPointer(Pointer::kArrow);
     write::frames.ImageCursorOn = 0;
-    RefreshLiveFrame();
+    RemovePictureLayer(DrawCursorCross);
+    if (!RefreshLiveFrame() || !DisplayEnabled) RepaintPicture();  // without the cross
     StatusMessage(SavedStatusText, SavedStatusAlign);
 }
 

@@ -13,10 +13,15 @@
 #include "state/state_registry.h"
 #include "ui/docking.h"
 #include "ui/panel_readouts.h"
+#include "ui/status.h"
 #include "ui/undo.h"
 #include "video/image_cursor_write.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace kelvo {
 
@@ -27,6 +32,23 @@ TrackballVariables trackball;
 constinit const std::int32_t& TrackballMode = write::trackball.TrackballMode;
 
 namespace {
+
+constexpr std::string_view kTrackballHint =
+    "  Trackball: move the pointer for brightness and contrast. Esc, F10 or the right button ends it";
+
+// What the hint stands in place of; none while it isn't shown.
+struct SavedStatus {
+    std::string text;
+    int align = kLeftAligned;
+};
+std::optional<SavedStatus> statusBefore;
+
+// Motion, in pixels, that changes nothing.
+constexpr int kSidewaysRest = 4;
+constexpr int kUpDownRest = 20;
+
+// Where the pointer can't be moved: from where its motion counts, screen coordinates.
+std::optional<Point> motionFrom;
 
 // Where the pointer was when the mode began, screen coordinates.
 std::int32_t SavedCursorX = 0;
@@ -109,6 +131,7 @@ void EnterTrackball()
     SavedCursorX = saved.x;
     SavedCursorY = saved.y;
     SetPointerPosition(centre);
+    motionFrom.reset();
     ClipPointer(ViewArea());
     ShowLevelsInPanel();
     SetPointer(Pointer::kTrackball);
@@ -127,6 +150,35 @@ void LeaveTrackball()
     WriteLevels();
     write::trackball.TrackballMode = 0;
     EndGesture();
+}
+
+// Anything may have been told since.
+void ShowTrackballHint()
+{
+    if (statusBefore && StatusText != kTrackballHint) StatusMessage(kTrackballHint, kLeftAligned);
+}
+
+void TakeStatusBack()
+{
+    if (statusBefore && StatusText == kTrackballHint) StatusMessage(statusBefore->text, statusBefore->align);
+    statusBefore.reset();
+}
+
+void ChangeLevels(int dx, int dy)
+{
+    const TrackballLevels levels = LevelsAfterMotion({Contrast, Brightness}, dx, dy);
+    BuildDisplayLut(levels.contrast, levels.brightness);
+}
+
+// Small motions add up until they pass the rest.
+void TrackballMotionFrom(Point& from)
+{
+    const Point pointer = GetPointerPosition();
+    const int dx = pointer.x - from.x;
+    const int dy = pointer.y - from.y;
+    if (std::abs(dx) > kSidewaysRest) from.x = pointer.x;
+    if (std::abs(dy) > kUpDownRest) from.y = pointer.y;
+    if (std::abs(dx) > kSidewaysRest || std::abs(dy) > kUpDownRest) ChangeLevels(dx, dy);
 }
 
 }  // namespace
@@ -158,8 +210,6 @@ void TrackballToggle()
 
 TrackballLevels LevelsAfterMotion(TrackballLevels levels, int dx, int dy)
 {
-    constexpr int kSidewaysRest = 4;
-    constexpr int kUpDownRest = 20;
     if (dx > kSidewaysRest) levels.brightness = std::min(levels.brightness + (dx + 2) / 5, kMaxBrightness);
     if (dx < -kSidewaysRest) levels.brightness = std::max(levels.brightness - (-dx + 2) / 5, kMinBrightness);
     if (dy > kUpDownRest) levels.contrast = std::max(levels.contrast - 1, kMinContrast);
@@ -167,16 +217,39 @@ TrackballLevels LevelsAfterMotion(TrackballLevels levels, int dx, int dy)
     return levels;
 }
 
+void ToggleTrackballMode()
+{
+    if (!hWndMain) return;
+    TrackballToggle();
+    if (!TrackballMode) {
+        TakeStatusBack();
+        return;
+    }
+    SavedStatus before;
+    before.align = GetStatusText(before.text);
+    statusBefore = before;
+    ShowTrackballHint();
+}
+
 void TrackballMotion()
 {
     SetPointer(Pointer::kTrackball);
+    ShowTrackballHint();
+    if (!PointerCanBeMoved()) {
+        if (!motionFrom) motionFrom = GetPointerPosition();
+        TrackballMotionFrom(*motionFrom);
+        return;
+    }
     const Point centre = TrackballCentre();
     const Point pointer = GetPointerPosition();
     if (pointer == centre) return;
-    const TrackballLevels levels =
-        LevelsAfterMotion({Contrast, Brightness}, pointer.x - centre.x, pointer.y - centre.y);
     SetPointerPosition(centre);
-    BuildDisplayLut(levels.contrast, levels.brightness);
+    ChangeLevels(pointer.x - centre.x, pointer.y - centre.y);
+}
+
+void TrackballPointerLeft()
+{
+    motionFrom.reset();
 }
 
 void ResetImageCursor()
@@ -184,6 +257,8 @@ void ResetImageCursor()
     write::trackball.TrackballMode = 0;
     SavedCursorX = 0;
     SavedCursorY = 0;
+    statusBefore.reset();
+    motionFrom.reset();
 }
 
 }  // namespace kelvo

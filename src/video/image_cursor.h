@@ -27,9 +27,15 @@ void PutPointerOverPixel(Point pixel);
 
 // Enters or leaves the trackball mode (F10, right mouse button). Leaving writes Contrast and Brightness to kelvo.ini.
 void TrackballToggle();
+// The same by the operator's hand: while the mode is on, the status line says how it ends; afterwards it has its
+// earlier text again.
+void ToggleTrackballMode();
 // To be called at each pointer motion in the mode: sideways motion moves brightness in proportion, up and down motion
-// moves contrast by one beyond 20 pixels. The pointer goes back to its rest.
+// moves contrast by one beyond 20 pixels. The pointer goes back to its rest. Where it can't be moved
+// (PointerCanBeMoved), what counts is the way from where it last changed something.
 void TrackballMotion();
+// The pointer has left the window: where it comes back is no motion.
+void TrackballPointerLeft();
 
 // The change of contrast and brightness for a motion by (dx, dy) pixels.
 struct TrackballLevels {

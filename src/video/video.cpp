@@ -39,8 +39,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr std::int32_t kCrossReach = 6;  // the arm's first pixel beyond its end
-
 // A change of geometry has restarted the grab, and no frame has come since.
 bool restartedForGeometry = false;
 
@@ -82,21 +80,20 @@ bool EnsureDecomList()
     return list.has_value();
 }
 
-// The image cursor's cross into the frame; what it may have touched.
-FrameRect StampCursor(std::span<std::int16_t> frame)
+// The count of the image cursor's pixel, unsigned 16 bits; 0 outside the frame.
+void ReadCursor(std::span<const std::int16_t> frame)
 {
-    constexpr FrameRect kNothing{0, 0, -1, -1};
-    if (!ImageCursorOn) return kNothing;
+    if (!ImageCursorOn) return;
     const Point size = FrameSizeOnView();
-    write::frames.CursorValue = StampCursorCross(frame, size.x, size.y, CursorX, CursorY);
-    if (CursorX < 0 || CursorY < 0 || CursorX >= size.x || CursorY >= size.y) return kNothing;
-    return {CursorX - kCrossReach, CursorY - kCrossReach, CursorX + kCrossReach, CursorY + kCrossReach};
+    const bool inFrame = CursorX >= 0 && CursorY >= 0 && CursorX < size.x && CursorY < size.y;
+    const std::int64_t at = std::int64_t{CursorY} * size.x + CursorX;
+    write::frames.CursorValue = inFrame ? static_cast<std::uint16_t>(frame[static_cast<std::size_t>(at)]) : 0;
 }
 
 int GetStoredFrame(std::vector<std::int16_t>& frame)
 {
     if (!CopyStoredFrame(frame)) return 0;
-    StampCursor(frame);
+    ReadCursor(frame);
     if (DisplayEnabled) DrawFrame(frame);
     return 1;
 }
@@ -111,9 +108,9 @@ int GetCameraFrame(std::vector<std::int16_t>& frame)
 
     const GrayRows grays = DisplayEnabled ? BeginPicture() : GrayRows{};
     const bool lookedUp = CorrectLiveFrame(std::span(write::frames.RawFrame).first(values), frame, DataOffset, grays);
-    const FrameRect cross = StampCursor(frame);
+    ReadCursor(frame);
     if (lookedUp) {
-        EndPicture(frame, cross, grays);
+        EndPicture();
     } else if (DisplayEnabled) {
         DrawFrame(frame);
     }
@@ -201,21 +198,6 @@ void Freeze(std::int32_t& live)
 }
 
 }  // namespace
-
-std::uint16_t StampCursorCross(std::span<std::int16_t> frame, std::int32_t width, std::int32_t height, std::int32_t x,
-                               std::int32_t y)
-{
-    if (x < 0 || y < 0 || x >= width || y >= height) return 0;
-    const auto at = [&](std::int32_t column, std::int32_t row) -> std::int16_t& {
-        return frame[static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
-                     static_cast<std::size_t>(column)];
-    };
-    for (std::int32_t c = x + 1; c < std::min(x + kCrossReach, width); ++c) at(c, y) = 0;
-    for (std::int32_t c = x - 1; c > std::max(x - kCrossReach, 0); --c) at(c, y) = 0;
-    for (std::int32_t r = y + 1; r < std::min(y + kCrossReach, height); ++r) at(x, r) = 0;
-    for (std::int32_t r = y - 1; r > std::max(y - kCrossReach, 0); --r) at(x, r) = 0;
-    return static_cast<std::uint16_t>(at(x, y));
-}
 
 int GetVideoData(std::vector<std::int16_t>& frame)
 {

@@ -11,9 +11,9 @@ namespace kelvo {
 // The main window's timer of the live refresh, 0 ms: it only yields to the operator between two frames.
 inline constexpr std::uint32_t kLiveTimer = 3;
 
-// Fetches the newest frame, corrected and in image order, into frame, stamps the image cursor's cross into it, and
-// draws it where DisplayEnabled is set. With a file on view it is the stored frame. 1, or 0 on failure (told in a box
-// where the board failed).
+// Fetches the newest frame, corrected and in image order, into frame, reads the image cursor's count from it, and draws
+// it where DisplayEnabled is set. With a file on view it is the stored frame. 1, or 0 on failure (told in a box where
+// the board failed).
 int GetVideoData(std::vector<std::int16_t>& frame);
 // GetVideoData into LiveFrame; its result.
 int RefreshLiveFrame();
@@ -52,12 +52,6 @@ void RefreshPicture();
 // The read-out of image pixel (x, y) on the status line: position, name, value and unit. With on 0 the line keeps its
 // text.
 void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on);
-
-// Stamps the cursor's cross into a frame of height x width counts: arms of 5 pixels of 0 around (x, y), the centre left
-// alone; the arms toward the upper and left border stop short of row and column 0. Returns the centre's count, unsigned
-// 16 bits; 0 and no cross where (x, y) lies outside the frame. Pixels outside are left out.
-std::uint16_t StampCursorCross(std::span<std::int16_t> frame, std::int32_t width, std::int32_t height, std::int32_t x,
-                               std::int32_t y);
 
 // No change of geometry waits for its frame.
 void ResetVideo();

@@ -156,14 +156,4 @@ void CopyPicture()
     CopyToClipboard(*picture);
 }
 
-void FitContrastOnView()
-{
-    const bool picture = ViewingFile ? !ImageBuffer.empty() : CameraOn && !LiveFrame.empty();
-    if (!picture) {
-        Tell("There is no stored frame on view.");
-        return;
-    }
-    FitContrastToPicture();
-}
-
 }  // namespace kelvo

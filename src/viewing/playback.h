@@ -21,7 +21,5 @@ void PlayNextFrame();  // at kPlayTimer
 void GoToFrameDialog();
 // What is on view, pixel for pixel without zoom, to the clipboard. Without a picture it says so.
 void CopyPicture();
-// Contrast and brightness from the frame on view; where the file's range doesn't allow it, it says why.
-void FitContrastOnView();
 
 }  // namespace kelvo

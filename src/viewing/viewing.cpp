@@ -17,6 +17,7 @@
 #include "state/windows_write.h"
 #include "video/video.h"
 #include "viewing/coefficient_view.h"
+#include "viewing/fitted_contrast.h"
 #include "viewing/stored_view.h"
 
 #include <algorithm>
@@ -113,7 +114,7 @@ int ViewImage(std::string_view path, std::uint32_t frame)
     if (!ViewingFile) RefreshPicture();
     write::frames.ViewingFile = 1;
     BuildDisplayLut(Contrast, Brightness);  // for the file's own range; draws the frame
-    if (another) FitUnseenPicture();
+    if (another) FitUnseenPicture(BadPixelsOnView());
     PutCursorBack();
 
     write::windows.ViewFilePath = path;

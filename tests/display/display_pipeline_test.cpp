@@ -397,7 +397,7 @@ TEST_F(Pipeline, FittingSetsContrastAndBrightness)
     std::vector<std::int16_t> counts(1000);
     for (std::size_t i = 0; i < counts.size(); ++i) counts[i] = static_cast<std::int16_t>(5000 + i);
     View(40, 25, counts);
-    FitContrastToPicture();
+    FitContrastToPicture({});
     EXPECT_THAT(op->Boxes(), SizeIs(0));
     EXPECT_LT(Shown(0, 0), 0x101010U);
     EXPECT_GT(Shown(119, 74), 0xF0F0F0U);
@@ -407,7 +407,7 @@ TEST_F(Pipeline, FittingSaysWhyItCant)
 {
     View(1, 1, {100});
     write::file.ImageHeader.DisplayHigh = 4095;
-    FitContrastToPicture();
+    FitContrastToPicture({});
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].caption, "Kelvo message");
     EXPECT_THAT(op->Boxes()[0].text, testing::HasSubstr("0 to 4095"));

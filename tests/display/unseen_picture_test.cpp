@@ -71,37 +71,37 @@ TEST_F(UnseenPictureOnView, IsFittedAndWhatTheOperatorChoseIsStored)
 {
     View(Ramp());
     EXPECT_FALSE(OwnFitInForce());
-    EXPECT_EQ(FitUnseenPicture(), 1);
+    EXPECT_EQ(FitUnseenPicture({}), 1);
     EXPECT_TRUE(OwnFitInForce());
     EXPECT_FALSE(HardlySeen(Ramp(), DisplayLut));
     EXPECT_EQ(ContrastToStore(), (ContrastPair{16, 580}));
 
     View(Ramp());  // a second file, before which the first one's levels are in force
     BuildDisplayLut(LastOwnFit->found.contrast, LastOwnFit->found.brightness);
-    EXPECT_EQ(FitUnseenPicture(), 0) << "it is seen already";
+    EXPECT_EQ(FitUnseenPicture({}), 0) << "it is seen already";
     EXPECT_EQ(ContrastToStore(), (ContrastPair{16, 580}));
 }
 
-TEST_F(UnseenPictureOnView, ALevelThatTheOperatorTakesInHandIsHis)
+TEST_F(UnseenPictureOnView, WhereTheOperatorTakesOneLevelInHandBothAreHis)
 {
     View(Ramp());
-    ASSERT_EQ(FitUnseenPicture(), 1);
+    ASSERT_EQ(FitUnseenPicture({}), 1);
     const ContrastPair found = LastOwnFit->found;
     BuildDisplayLut(found.contrast - 1, found.brightness);
     EXPECT_FALSE(OwnFitInForce());
-    EXPECT_EQ(ContrastToStore(), (ContrastPair{found.contrast - 1, 580}));
+    EXPECT_EQ(ContrastToStore(), (ContrastPair{found.contrast - 1, found.brightness}));
 }
 
 TEST_F(UnseenPictureOnView, StaysAsItIsWhereNothingIsGained)
 {
     View(std::vector<std::int16_t>(100, 0));  // no window begins below the first count
-    EXPECT_EQ(FitUnseenPicture(), 0);
+    EXPECT_EQ(FitUnseenPicture({}), 0);
     EXPECT_EQ(Contrast, 16);
     EXPECT_EQ(Brightness, 580);
     View({});
-    EXPECT_EQ(FitUnseenPicture(), 0);
+    EXPECT_EQ(FitUnseenPicture({}), 0);
     write::frames.ViewingFile = 0;  // live video is the operator's own
-    EXPECT_EQ(FitUnseenPicture(), 0);
+    EXPECT_EQ(FitUnseenPicture({}), 0);
     EXPECT_FALSE(LastOwnFit);
 }
 

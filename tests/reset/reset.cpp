@@ -53,6 +53,7 @@
 #include "video/video.h"
 #include "viewing/bitmap_command.h"
 #include "video/view_drag.h"
+#include "viewing/fitted_contrast.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -109,6 +110,7 @@ constexpr void (*kModules[])() = {
     RestartLiveRate,
     ResetVideo,
     ResetViewDrag,
+    ResetKeepFitted,
     ResetCommLink,
     ResetCameraHead,
     ResetVideoSetupDialog,

@@ -20,6 +20,7 @@
 #include "state/windows_write.h"
 #include "support/picture_fixture.h"
 #include "ui/docking.h"
+#include "ui/window_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -339,11 +340,11 @@ TEST_F(ColorScale, TheSwitchIsKeptAndThePictureComesBack)
     const std::vector<std::uint32_t> before = Screen().pixels;
     ToggleColorScale();
     EXPECT_TRUE(GetMenuItem(hWndMain, kCmdViewColorScale)->checked);
-    EXPECT_EQ(IniKey("View", "ColorScale"), "1");
+    EXPECT_EQ(WindowFileText("View", "ColorScale"), "1");
     EXPECT_NE(Screen().pixels, before);
     ToggleColorScale();
     EXPECT_FALSE(GetMenuItem(hWndMain, kCmdViewColorScale)->checked);
-    EXPECT_EQ(IniKey("View", "ColorScale"), "0");
+    EXPECT_EQ(WindowFileText("View", "ColorScale"), "0");
     EXPECT_EQ(Screen().pixels, before);
 }
 

@@ -15,6 +15,7 @@
 #include "resources/menu.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
+#include "ui/window_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -123,11 +124,11 @@ TEST_F(FrameAccountWindow, OpensAndClosesFromTheMenuAndIsKept)
 {
     ToggleFrameAccount();
     EXPECT_TRUE(ItemChecked());
-    EXPECT_EQ(IniKey("View", "FrameAccount"), "1");
+    EXPECT_EQ(WindowFileText("View", "FrameAccount"), "1");
     EXPECT_THAT(op->Texts("dialog", "name"), ElementsAre("ACCOUNT"));
     ToggleFrameAccount();
     EXPECT_FALSE(ItemChecked());
-    EXPECT_EQ(IniKey("View", "FrameAccount"), "0");
+    EXPECT_EQ(WindowFileText("View", "FrameAccount"), "0");
     EXPECT_THAT(op->Texts("close", "name"), ElementsAre("ACCOUNT"));
 }
 
@@ -136,7 +137,7 @@ TEST_F(FrameAccountWindow, StartsOpenOnlyWhereItWasOpen)
     OpenFrameAccount();
     EXPECT_THAT(op->Texts("dialog", "name"), SizeIs(0));
     EXPECT_FALSE(ItemChecked());
-    WritePrivateProfileString("View", "FrameAccount", "1", IniFilePath);
+    WriteWindowFile("View", "FrameAccount", "1");
     OpenFrameAccount();
     EXPECT_THAT(op->Texts("dialog", "name"), ElementsAre("ACCOUNT"));
     EXPECT_TRUE(ItemChecked());
@@ -149,7 +150,7 @@ TEST_F(FrameAccountWindow, ADialogThatCantBeMadeIsTold)
     ASSERT_THAT(op->Boxes(), SizeIs(1));
     EXPECT_EQ(op->Boxes()[0].text, "Unable to display dialog");
     EXPECT_FALSE(ItemChecked());
-    EXPECT_EQ(IniKey("View", "FrameAccount"), "0");
+    EXPECT_EQ(WindowFileText("View", "FrameAccount"), "0");
 }
 
 TEST_F(FrameAccountWindow, HelpShowsItsPage)

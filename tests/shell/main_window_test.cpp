@@ -4,6 +4,8 @@
 #include "display/display_pipeline.h"
 #include "imagefile/header.h"
 #include "platform/clock.h"
+#include "platform/faults.h"
+#include "platform/front.h"
 #include "platform/pointer.h"
 #include "platform/timers.h"
 #include "platform/window.h"
@@ -15,6 +17,7 @@
 #include "state/windows_write.h"
 #include "support/picture_fixture.h"
 #include "ui/status.h"
+#include "video/image_cursor.h"
 #include "video/image_cursor_write.h"
 
 #include <QCoreApplication>
@@ -246,6 +249,24 @@ TEST_F(MainWindow, ButtonsOfThePointerAreCommands)
     EXPECT_THAT(sentBy(WM_MBUTTONDOWN), IsEmpty());
 }
 
+TEST_F(MainWindow, WhereThePointerComesBackIsNoMotionOfTheTrackball)
+{
+    SetFault("fixed pointer", true);
+    TrackballToggle();
+    const auto moveTo = [](Point at) {
+        OperateMouse(at, 0);
+        MainWndProc(hWndMain, WM_MOUSEMOVE, 0, 0);
+        return Brightness;
+    };
+    write::display.Brightness = 500;
+    EXPECT_EQ(moveTo({300, 300}), 500);
+    EXPECT_EQ(moveTo({320, 300}), 504);
+    MainWndProc(hWndMain, WM_MOUSELEAVE, 0, 0);
+    EXPECT_EQ(moveTo({600, 300}), 504);
+    EXPECT_EQ(moveTo({580, 300}), 500);
+    TrackballToggle();
+}
+
 TEST_F(MainWindow, TheWheelZoomsByItsNotchesAndLeavesThePan)
 {
     const auto zoomAfter = [](int notches) {
@@ -258,7 +279,7 @@ TEST_F(MainWindow, TheWheelZoomsByItsNotchesAndLeavesThePan)
     EXPECT_EQ(zoomAfter(40), (Point{15, 16}));
     EXPECT_EQ(zoomAfter(-40), (Point{1, 2}));
     EXPECT_THAT(Commands(), IsEmpty());
-    EXPECT_EQ(CameraKey("Xpan"), "") << "nothing is written";
+    EXPECT_EQ(CameraKey("Xpan"), "missing") << "nothing is written";
 }
 
 // Blocks of zoom x ratio device pixels are rounded: the pixel under the pointer stays all the same.

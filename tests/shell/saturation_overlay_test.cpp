@@ -18,6 +18,7 @@
 #include "support/picture_fixture.h"
 #include "support/shipped_file.h"
 #include "ui/docking.h"
+#include "ui/window_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -299,11 +300,11 @@ TEST_F(SaturationOverlay, TheSwitchIsKept)
 {
     ToggleSaturationOverlay();
     EXPECT_TRUE(ItemOf().checked);
-    EXPECT_EQ(IniKey("View", "SaturationOverlay"), "1");
+    EXPECT_EQ(WindowFileText("View", "SaturationOverlay"), "1");
     OpenSaturationOverlay();
     EXPECT_TRUE(ItemOf().checked);
     ToggleSaturationOverlay();
-    EXPECT_EQ(IniKey("View", "SaturationOverlay"), "0");
+    EXPECT_EQ(WindowFileText("View", "SaturationOverlay"), "0");
     OpenSaturationOverlay();
     EXPECT_FALSE(ItemOf().checked);
 }

@@ -89,7 +89,6 @@ class LivePath : public PictureTest {
     {
         std::vector<std::int16_t> frame(raw.size());
         CorrectByDefinition({CalType, 0, DecomList, OffsetList, GainList}, raw, frame);
-        if (ImageCursorOn) StampCursorCross(frame, ActiveConfig.Hroi, ActiveConfig.Vroi, CursorX, CursorY);
         return frame;
     }
 

@@ -94,7 +94,7 @@ TEST_F(LiveFrames, InsideItsBoxNoSecondOneOpens)
     EXPECT_EQ(RefreshLiveFrame(), 1);
 }
 
-TEST_F(LiveFrames, FrozenTheBoardIsNotTouchedAndTheCrossMoves)
+TEST_F(LiveFrames, FrozenTheBoardIsNotTouchedAndTheCursorMoves)
 {
     GoLive(4, 2);
     RefreshLiveFrame();
@@ -104,14 +104,27 @@ TEST_F(LiveFrames, FrozenTheBoardIsNotTouchedAndTheCrossMoves)
     write::frames.CursorX = 1;
     write::frames.CursorY = 0;
     EXPECT_EQ(RefreshLiveFrame(), 1);
-    EXPECT_THAT(LiveFrame, ElementsAre(1000, 1001, 0, 0, 1100, 0, 1102, 1103));
+    EXPECT_THAT(LiveFrame, ElementsAre(1000, 1001, 1002, 1003, 1100, 1101, 1102, 1103));
     EXPECT_EQ(CursorValue, 1001);
     write::frames.CursorX = 2;
     write::frames.CursorY = 1;
     EXPECT_EQ(RefreshLiveFrame(), 1);
-    EXPECT_THAT(LiveFrame, ElementsAre(1000, 1001, 1002, 1003, 1100, 0, 1102, 0)) << "arms stop short of row 0";
+    EXPECT_THAT(LiveFrame, ElementsAre(1000, 1001, 1002, 1003, 1100, 1101, 1102, 1103));
     EXPECT_EQ(CursorValue, 1102);
     EXPECT_THAT(recordingBoard.asked, IsEmpty());
+}
+
+TEST_F(LiveFrames, AFreezeWithTheCursorOnKeepsTheFrameWhole)
+{
+    GoLive(4, 2);
+    write::frames.ImageCursorOn = 1;
+    write::frames.CursorX = 1;
+    write::frames.CursorY = 0;
+    RefreshLiveFrame();
+    ToggleFreeze(write::frames.LiveVideo);
+    const auto kept = ImageBufferPixels(0);
+    EXPECT_THAT(std::vector<std::int16_t>(kept.begin(), kept.end()),
+                ElementsAre(1000, 1001, 1002, 1003, 1100, 1101, 1102, 1103));
 }
 
 TEST_F(LiveFrames, OnlyAnUncalibratedValueIsKeptFromBelowZero)

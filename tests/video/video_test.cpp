@@ -16,51 +16,6 @@ namespace {
 
 using ::testing::ElementsAre;
 
-// The columns of a row that the cross has set to 0.
-std::vector<int> Zeros(const std::vector<std::int16_t>& frame, int width, int row)
-{
-    std::vector<int> columns;
-    for (int c = 0; c < width; ++c) {
-        if (frame[static_cast<std::size_t>(row * width + c)] == 0) columns.push_back(c);
-    }
-    return columns;
-}
-
-TEST(CursorCross, HasArmsOfFivePixelsAroundItsCentre)
-{
-    std::vector<std::int16_t> frame(20 * 20, 7);
-    EXPECT_EQ(StampCursorCross(frame, 20, 20, 10, 9), 7);
-    EXPECT_THAT(Zeros(frame, 20, 9), ElementsAre(5, 6, 7, 8, 9, 11, 12, 13, 14, 15));
-    for (int r = 0; r < 20; ++r) {
-        const bool arm = (r >= 4 && r <= 8) || (r >= 10 && r <= 14);
-        EXPECT_EQ(frame[static_cast<std::size_t>(r * 20 + 10)], arm ? 0 : 7) << r;
-    }
-}
-
-TEST(CursorCross, StopsShortOfTheFirstColumnAndAtTheLast)
-{
-    std::vector<std::int16_t> frame(10, 7);
-    StampCursorCross(frame, 10, 1, 3, 0);
-    EXPECT_THAT(Zeros(frame, 10, 0), ElementsAre(1, 2, 4, 5, 6, 7, 8));
-    frame.assign(10, 7);
-    StampCursorCross(frame, 10, 1, 8, 0);
-    EXPECT_THAT(Zeros(frame, 10, 0), ElementsAre(3, 4, 5, 6, 7, 9));
-}
-
-TEST(CursorCross, TheCountIsUnsigned)
-{
-    std::vector<std::int16_t> frame = {-1};
-    EXPECT_EQ(StampCursorCross(frame, 1, 1, 0, 0), 65535);
-}
-
-TEST(CursorCross, OutsideTheFrameNothingIsStamped)
-{
-    std::vector<std::int16_t> frame(4, 7);
-    for (const auto& [x, y] : {std::pair{2, 0}, {0, 2}, {-1, 0}, {0, -1}})
-        EXPECT_EQ(StampCursorCross(frame, 2, 2, x, y), 0);
-    EXPECT_THAT(frame, ElementsAre(7, 7, 7, 7));
-}
-
 TEST(VideoData, AStoredFrameIsCopied)
 {
     TestOperator op;
@@ -85,7 +40,7 @@ TEST(VideoData, WithoutABufferThereIsNoFrame)
     EXPECT_TRUE(op.Boxes().empty());
 }
 
-TEST(VideoData, TheCrossIsStampedIntoTheCopyAlone)
+TEST(VideoData, TheCountUnderTheCursorIsReadAndTheFrameStaysWhole)
 {
     TestOperator op;
     write::file.ImageHeader = PlainHeader(3, 1);
@@ -97,8 +52,16 @@ TEST(VideoData, TheCrossIsStampedIntoTheCopyAlone)
     std::vector<std::int16_t> frame;
     EXPECT_EQ(GetVideoData(frame), 1);
     EXPECT_EQ(CursorValue, 6);
-    EXPECT_THAT(frame, ElementsAre(5, 6, 0));
-    EXPECT_EQ(ImageBuffer.at(4), 7);
+    EXPECT_THAT(frame, ElementsAre(5, 6, 7));
+    write::frames.ImageBuffer = {5, 0, 0xFF, 0xFF, 7, 0};
+    EXPECT_EQ(GetVideoData(frame), 1);
+    EXPECT_EQ(CursorValue, 65535) << "unsigned";
+    for (const Point outside : {Point{3, 0}, {0, 1}, {-1, 0}, {0, -1}}) {
+        write::frames.CursorX = outside.x;
+        write::frames.CursorY = outside.y;
+        EXPECT_EQ(GetVideoData(frame), 1);
+        EXPECT_EQ(CursorValue, 0);
+    }
 }
 
 TEST(Freeze, HasNoEffectWithTheCameraOff)

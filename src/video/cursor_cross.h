@@ -1,0 +1,19 @@
+// The image cursor's cross, drawn over the picture in two tones, so that it is seen on black and on white. It is a
+// layer of the picture: no frame, and nothing that is saved, averaged or copied, holds any of it.
+#pragma once
+
+#include "platform/types.h"
+
+#include <array>
+
+namespace kelvo {
+
+// Its arms right, left, below and above a pixel of a frame of size (columns, rows), in the frame's pixels: 5 pixels
+// long, cut at the frame's end, and short of column and row 0. The pixel itself is left alone. All are empty where it
+// lies outside the frame.
+std::array<Rect, 4> CrossArms(Point size, Point pixel);
+
+// The layer: the cross at (CursorX, CursorY).
+void DrawCursorCross(bool newFrame);
+
+}  // namespace kelvo

@@ -1,0 +1,122 @@
+#include "viewing/fitted_contrast.h"
+
+#include "display/display_pipeline.h"
+#include "display/fit_contrast.h"
+#include "grabber/frame_size.h"
+#include "pixel/bad_pixels.h"
+#include "platform/box.h"
+#include "platform/menu.h"
+#include "platform/timers.h"
+#include "resources/ids.h"
+#include "state/buffer_state.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/contrast_fit.h"
+#include "state/display_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/view_switch.h"
+
+#include <cmath>
+
+namespace kelvo {
+
+namespace {
+
+constexpr ViewSwitch kSwitch{kCmdViewKeepFitted, "KeepFitted"};
+constexpr std::int64_t kRefitMs = 250;
+
+bool keepsFitted = false;
+bool hasFitted = false;  // since it was switched on
+
+bool PictureIsOnView()
+{
+    return ViewingFile ? !ImageBuffer.empty() : CameraOn && !LiveFrame.empty();
+}
+
+// A gain of nothing says that the detector doesn't follow the flux (pixel/bad_pixels.h, IdentifyBadDet).
+void MarkByGain(std::vector<std::uint8_t>& marks)
+{
+    constexpr float kDeadGain = 0.001F;
+    if (CalType != 2 || DecomList.size() < marks.size()) return;
+    for (std::size_t i = 0; i < marks.size(); ++i) {
+        const std::size_t detector = DecomList[i];
+        if (detector < GainList.size() && std::fabs(GainList[detector]) <= kDeadGain) marks[i] = 1;
+    }
+}
+
+void Refit()
+{
+    const ContrastFit fit = FitOfPicture(BadPixelsOnView());
+    if (!fit.reason.empty()) return;
+    ShowOwnFit(fit);
+    hasFitted = true;
+}
+
+void Switch(bool on)
+{
+    keepsFitted = on;
+    hasFitted = false;
+    if (on) {
+        SetTimer(hWndMain, kFitTimer, 0);
+    } else {
+        KillTimer(hWndMain, kFitTimer);
+    }
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> BadPixelsOnView()
+{
+    const Point size = FrameSizeOnView();
+    if (size.x != ActiveConfig.Hroi || size.y != ActiveConfig.Vroi || size.x <= 0 || size.y <= 0) return {};
+    std::vector<std::uint8_t> marks = BadDetList;
+    marks.resize(static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.y));
+    if (!ViewingFile) MarkByGain(marks);
+    return marks;
+}
+
+void FitContrastOnView()
+{
+    if (!PictureIsOnView()) {
+        MessageBox(hWndMain, "There is no stored frame on view.", kMessageCaption, BoxIcon::kInformation);
+        return;
+    }
+    if (keepsFitted) {
+        Refit();
+    } else {
+        FitContrastToPicture(BadPixelsOnView());
+    }
+}
+
+void OpenKeepFitted()
+{
+    const bool on = ViewSwitchIsOn(kSwitch);
+    CheckMenuItem(hWndMain, kCmdViewKeepFitted, on);
+    if (on) Switch(true);
+}
+
+void ToggleKeepFitted()
+{
+    Switch(!keepsFitted);
+    KeepViewSwitch(kSwitch, keepsFitted);
+}
+
+void OnFitTimer()
+{
+    if (!keepsFitted) return;
+    if (hasFitted && !OwnFitInForce()) {  // the operator has taken over
+        ToggleKeepFitted();
+        return;
+    }
+    if (PeriodicUpdates && PictureIsOnView()) Refit();
+    SetTimer(hWndMain, kFitTimer, kRefitMs);
+}
+
+void ResetKeepFitted()
+{
+    keepsFitted = false;
+    hasFitted = false;
+}
+
+}  // namespace kelvo

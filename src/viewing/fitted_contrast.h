@@ -1,0 +1,28 @@
+// Contrast fitted to what is on view: once, or four times a second for as long as the operator lets it. Bad detectors
+// don't count.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace kelvo {
+
+// Contrast and brightness from the frame on view; where the file's range doesn't allow it, it says why.
+void FitContrastOnView();
+
+// Marks (non-zero) for the pixels of the frame on view whose detectors are bad: those of the map in force, and those
+// whose gain says it. Empty where the frame isn't of the camera's size.
+std::vector<std::uint8_t> BadPixelsOnView();
+
+constexpr std::uint32_t kFitTimer = 22;  // of the main window
+
+// "Keep fitted": the pair follows the picture and is nobody's choice, so that the settings keep theirs
+// (OwnFitInForce). A change by hand ends it. On or off is kept in window.ini.
+void OpenKeepFitted();  // at start
+void ToggleKeepFitted();
+void OnFitTimer();
+
+// Off.
+void ResetKeepFitted();
+
+}  // namespace kelvo
