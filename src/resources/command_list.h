@@ -170,7 +170,7 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdViewFitContrast, "&Fit contrast\tCtrl+F", 0, "contrast"),
     kLine,
     Check(kCmdViewFrameAccount, "Frame &account", kHelpFrameAccount),
-    Check(kCmdViewColorScale, "Co&lour scale", kHelpColorScale),
+    Check(kCmdViewColorScale, "Colou&r scale", kHelpColorScale),
     Check(kCmdViewSaturation, "Sat&uration overlay", kHelpSaturation),
     kLine,
     Item(kCmdBench, "Simulated &bench...", kHelpBench),
