@@ -178,7 +178,7 @@ inline constexpr CommandRow kAll[] = {
     Check(kCmdViewKeepFitted, "&Keep fitted", kHelpViewMenu),
     kLine,
     Check(kCmdViewFrameAccount, "Frame &account", kHelpFrameAccount),
-    Check(kCmdViewColorScale, "Co&lour scale", kHelpColorScale),
+    Check(kCmdViewColorScale, "Colou&r scale", kHelpColorScale),
     Check(kCmdViewSaturation, "Sat&uration overlay", kHelpSaturation),
     kLine,
     Check(kCmdThemeDesktop, "&Desktop's theme", kHelpViewMenu),

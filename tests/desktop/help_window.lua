@@ -1,0 +1,46 @@
+-- The help works by the keyboard alone, beside the window; the panel is reached by Tab; a grey item stays shut and tells why.
+local check = require "check"
+local hands = require "hands"
+
+hands.untilTrue(function() return dialog() == "CLOCK_ON" end, "the question how to turn the camera on")
+hands.untilTrue(function() return #hands.stacking() == 2 end, "its window")
+hands.key("Escape")
+hands.untilTrue(function() return not dialog() end, "Escape leaves it")
+
+-- Search: the focus is in its field, Return opens the first page found, Escape gives the window back.
+hands.key("F1")
+hands.untilTrue(function() return help() == 768 end, "the search page by F1")
+hands.untilTrue(function() return hands.stacking()[2] == "Search - Kelvo help" end, "a window of its own, in front")
+hands.type("exit")
+hands.key("Return")
+hands.untilTrue(function() return help() == 268 end, "the first page found")
+screenshot(datadir() .. "/../help.png")
+hands.key("Escape")
+hands.untilTrue(function() return not help() end, "Escape closes it")
+hands.key("F1")
+hands.untilTrue(function() return help() == 768 end, "the search page again")
+hands.key("ctrl+w")
+hands.untilTrue(function() return not help() end, "Ctrl+W closes it")
+check.eq(#hands.stacking(), 1)
+
+-- The panel: as many stops as there are buttons, the list and the box.
+hands.key(table.unpack((function()
+  local tabs = {}
+  for stop = 1, 16 do tabs[stop] = "Tab" end
+  return tabs
+end)()))
+hands.key("space")
+hands.untilTrue(function() return state("DisplayEnabled") == 0 end, "Space on Display")
+check.eq(status(), "Display off")
+hands.key("space")
+hands.untilTrue(function() return state("DisplayEnabled") == 1 end, "Space on it again")
+
+-- The item tells why while the pointer rests on it, and a click does nothing.
+hands.click("menu", "File")
+hands.moveTo(hands.middle("item", "Host RAM capture..."))
+wait(1500)
+screenshot(datadir() .. "/../grey.png")
+hands.click("item", "Host RAM capture...")
+wait(200)
+check.eq(box(), nil)
+hands.key("Escape", "Escape")
