@@ -29,6 +29,8 @@
 #include "viewing/view_commands.h"
 
 #include <optional>
+#include <string>
+#include <string_view>
 
 namespace kelvo {
 
@@ -103,6 +105,12 @@ void OnMouseWheel(HWND window, WPARAM wParam)
     for (int i = 0; i > steps; --i) SendMessage(window, WM_COMMAND, kCmdZoomOut, 0);
 }
 
+void ShowRate(int rateHz)
+{
+    const std::string_view hint = SetupHint();
+    StatusMessage(Format("  Displaying at %d Hz", rateHz) + (hint.empty() ? "" : "   " + std::string(hint)), 0);
+}
+
 // The heart of live video: a frame, and the timer again at once, so that the operator gets a turn between two frames.
 void OnLiveTimer(HWND window)
 {
@@ -129,9 +137,7 @@ void OnLiveTimer(HWND window)
     }
     SetTimer(window, kLiveTimer, 0);
     const std::optional<int> rateHz = CountLiveFrame();
-    if (rateHz && !StatusNoteStands()) {
-        StatusMessage(Format("  Displaying at %d Hz", *rateHz), 0);
-    }
+    if (rateHz && !StatusNoteStands()) ShowRate(*rateHz);
 }
 
 LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
