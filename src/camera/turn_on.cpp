@@ -9,6 +9,7 @@
 #include "head/section_check.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
+#include "platform/files.h"
 #include "platform/pointer.h"
 #include "platform/text.h"
 #include "resources/ids.h"
@@ -45,10 +46,11 @@ constexpr std::size_t kShortestName = 4;
 constexpr std::size_t kShortestDrive = 2;
 constexpr std::size_t kShortestDirectory = 3;
 
-// The word may stand before the file's name or behind it, parted by one character; the name alone remains.
+// The word may stand before the file's name or behind it, in any case and parted by one character; the name alone
+// remains.
 std::string WithoutAutoStart(std::string text)
 {
-    const std::size_t place = text.find(kAutoStart);
+    const std::size_t place = UpperAscii(text).find(kAutoStart);
     if (place == std::string::npos) return text;
     if (place == 0) return text.erase(0, kAutoStart.size() + 1);
     return text.erase(place - 1);
@@ -86,6 +88,7 @@ void BeginLiveView()
     write::frames.LiveVideo = 0;
     init_itex();
     write::frames.CameraOn = 1;
+    write::head.VideoSetupMissing = 1;
     ToggleLiveVideo();
 }
 
@@ -125,6 +128,20 @@ void AskToTurnOff()
     }
 }
 
+std::string LastCalibrationPath()
+{
+    return DirectoryOf(IniFilePath) + "last.cal";
+}
+
+void OfferVideoSetupInstead(HWND dialog)
+{
+    EnableDlgItem(dialog, kAutoloadLastButton, false);
+    SetDlgItemToolTip(
+        dialog, kAutoloadLastButton,
+        "There is no last calibration yet. Every calibration that is made becomes it:\n" + LastCalibrationPath());
+    SetDefaultButton(dialog, kVideoSetupButton);
+}
+
 void Open(HWND dialog)
 {
     if (CameraOn) {
@@ -134,7 +151,9 @@ void Open(HWND dialog)
     }
     CentreDialog(dialog);
     StatusString(kTurnOnHint, kLeftAligned);
-    FocusDlgItem(dialog, kAutoloadLastButton);
+    const bool hasLast = FileExists(LastCalibrationPath());
+    if (!hasLast) OfferVideoSetupInstead(dialog);
+    FocusDlgItem(dialog, hasLast ? kAutoloadLastButton : kVideoSetupButton);
 }
 
 void TurnOnForVideoSetup(HWND dialog)
@@ -156,11 +175,6 @@ void TurnOnWithCalibration(HWND dialog, const std::string& path)
     if (!TurnCameraOn(path.c_str(), 1)) return;
     StatusString(kIdleHint, kLeftAligned);
     EndDialog(dialog, kCalibrationLoaded);
-}
-
-std::string LastCalibrationPath()
-{
-    return DirectoryOf(IniFilePath) + "last.cal";
 }
 
 void TurnOnWithSelection(HWND dialog)
@@ -190,7 +204,7 @@ constexpr DialogFrame kFrame{.name = "CLOCK_ON",
 
 std::string CalibrationNamed(std::string_view argument)
 {
-    const std::string text = WithoutAutoStart(UpperAscii(argument));
+    const std::string text = WithoutAutoStart(std::string(argument));
     if (text.size() < kShortestName) return {};
     std::string drive;
     std::string directory;
@@ -199,9 +213,9 @@ std::string CalibrationNamed(std::string_view argument)
     SplitPath(text, &drive, &directory, &name, &extension);
     if (drive.size() < kShortestDrive) drive = "c:";
     if (directory.size() < kShortestDirectory) directory = "\\KELVO\\";
-    if (extension.empty()) extension = ".CAL";
-    if (!EqualIgnoringCase(extension, ".CAL")) return {};
-    return MakePath(drive, directory, name, extension);
+    if (extension.empty()) extension = ".cal";
+    if (!EqualIgnoringCase(extension, ".cal")) return {};
+    return ResolvePath(MakePath(drive, directory, name, extension));
 }
 
 int TurnCameraOn(const char* argument, int /*flag*/)

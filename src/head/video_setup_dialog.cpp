@@ -515,6 +515,7 @@ void Accept(HWND dialog)
     write::head.VideoGain = chosen.gain;
     write::head.VideoOffset = chosen.offset;
     SaveVideoSettings(IniFilePath);
+    write::head.VideoSetupMissing = 0;
     StatusString(kIdleHint, kLeftAligned);
     Leave(dialog, 1);
 }

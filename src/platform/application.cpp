@@ -236,6 +236,11 @@ std::vector<std::string> CopyShippedFiles(std::string_view directory)
     return failed;
 }
 
+std::string ToolkitVersion()
+{
+    return std::string("Qt ") + qVersion();
+}
+
 std::string ResourceText(std::string_view name)
 {
     QFile file(ResourcePath(name));

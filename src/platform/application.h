@@ -56,6 +56,7 @@ std::string UserDataDirectory();       // of the directory "kelvo" that DefaultD
 std::string UserDocumentsDirectory();  // where the user looks for what is saved; as the desktop names it
 // Copies the shipped files that are missing there; existing ones stay. What couldn't be copied; empty if all stands.
 std::vector<std::string> CopyShippedFiles(std::string_view directory);
+std::string ToolkitVersion();  // "Qt 6.4.2", as it runs
 // A file that travels inside the program ("dialogs/DISPLAY.ui", "help/288.html"); empty if there is none.
 std::string ResourceText(std::string_view name);
 

@@ -207,7 +207,7 @@ std::string TakeOptions(CommandLine& line, const QCommandLineParser& parser)
         }
         for (const QString& text : parser.values(name)) {
             const std::string value = FromQPath(text);
-            const std::string error = value.empty() ? Dashed(option) + " needs a value" : option.set(line, value);
+            std::string error = value.empty() ? Dashed(option) + " needs a value" : option.set(line, value);
             if (!error.empty()) return error;
         }
     }

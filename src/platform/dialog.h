@@ -82,6 +82,9 @@ void CheckDlgButton(HWND dialog, int id, bool checked);  // sends no message
 bool IsDlgButtonChecked(HWND dialog, int id);
 void CheckRadioButton(HWND dialog, int firstId, int lastId, int checkId);
 void EnableDlgItem(HWND dialog, int id, bool enabled);
+void SetDefaultButton(HWND dialog, int id);  // the one that Return presses
+// What the pointer finds over a control, also over one that is disabled; empty: nothing.
+void SetDlgItemToolTip(HWND dialog, int id, std::string_view text);
 bool DlgItemEnabled(HWND dialog, int id);
 void SetDlgItemTip(HWND dialog, int id, std::string_view text);  // shown while the pointer rests on it, grey or not
 std::string DlgItemTip(HWND dialog, int id);

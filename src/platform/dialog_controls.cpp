@@ -16,6 +16,7 @@
 #include <QPalette>
 #include <QPlainTextEdit>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QSignalBlocker>
 #include <QSpinBox>
@@ -354,6 +355,16 @@ void CheckRadioButton(HWND dialog, int firstId, int lastId, int checkId)
 void EnableDlgItem(HWND dialog, int id, bool enabled)
 {
     if (QWidget* control = ControlOf(dialog, id)) control->setEnabled(enabled);
+}
+
+void SetDefaultButton(HWND dialog, int id)
+{
+    if (auto* button = qobject_cast<QPushButton*>(ControlOf(dialog, id))) button->setDefault(true);
+}
+
+void SetDlgItemToolTip(HWND dialog, int id, std::string_view text)
+{
+    if (QWidget* control = ControlOf(dialog, id)) control->setToolTip(ToQString(text));
 }
 
 bool DlgItemEnabled(HWND dialog, int id)

@@ -8,6 +8,8 @@ constexpr int kAboutTotal = 1002;       // "Total = %lu kB"
 constexpr int kAboutContiguous = 1003;  // "Contiguous = %lu kB"
 constexpr int kAboutResources = 1004;   // "Free System Resources = %d%%"
 constexpr int kAboutClock = 1005;
+constexpr int kAboutProgram = 1006;  // "Kelvo 1.2.3, with Qt 6.4.2"
+constexpr int kAboutData = 1007;     // "Data directory: %s"
 
 // Pixels and frame numbers, both ends included.
 constexpr int kFramesLeft = 1001;

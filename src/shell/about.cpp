@@ -1,5 +1,6 @@
 #include "shell/about.h"
 
+#include "platform/application.h"
 #include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/text.h"
@@ -57,6 +58,8 @@ void Open(HWND dialog)
     SetDlgItemText(dialog, kAboutTotal, Format("Total = %lu kB", 1024UL));
     SetDlgItemText(dialog, kAboutContiguous, Format("Contiguous = %lu kB", 1024UL));
     SetDlgItemText(dialog, kAboutResources, Format("Free System Resources = %d%%", 0));
+    SetDlgItemText(dialog, kAboutProgram, "Kelvo " KELVO_VERSION ", with " + ToolkitVersion());
+    SetDlgItemText(dialog, kAboutData, "Data directory: " + DefaultDir);
     ShowClock(dialog);
     SetTimer(dialog, kClockTimer, kClockPeriodMs);
     SetTimer(dialog, kPictureTimer, kPictureMs);

@@ -33,6 +33,8 @@
 #include "viewing/view_commands.h"
 
 #include <optional>
+#include <string>
+#include <string_view>
 
 namespace kelvo {
 
@@ -108,6 +110,12 @@ LRESULT OnMouseMove(HWND window, WPARAM wParam, LPARAM lParam)
     return 0;
 }
 
+void ShowRate(int rateHz)
+{
+    const std::string_view hint = SetupHint();
+    StatusMessage(Format("  Displaying at %d Hz", rateHz) + (hint.empty() ? "" : "   " + std::string(hint)), 0);
+}
+
 // The heart of live video: a frame, and the timer again at once, so that the operator gets a turn between two frames.
 void OnLiveTimer(HWND window)
 {
@@ -134,9 +142,7 @@ void OnLiveTimer(HWND window)
     }
     SetTimer(window, kLiveTimer, 0);
     const std::optional<int> rateHz = CountLiveFrame();
-    if (rateHz && !StatusNoteStands()) {
-        StatusMessage(Format("  Displaying at %d Hz", *rateHz), 0);
-    }
+    if (rateHz && !StatusNoteStands()) ShowRate(*rateHz);
 }
 
 LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)

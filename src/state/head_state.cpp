@@ -10,6 +10,7 @@ HeadStateVariables head;
 }
 
 constinit const std::int32_t& FirstSetupPending = write::head.FirstSetupPending;
+constinit const std::int32_t& VideoSetupMissing = write::head.VideoSetupMissing;
 constinit const std::int32_t& IndexFrameRate = write::head.IndexFrameRate;
 constinit const float& FrameRate = write::head.FrameRate;
 constinit const std::array<std::int32_t, 4>& IndexIntegrationTime = write::head.IndexIntegrationTime;
@@ -37,6 +38,7 @@ const StateNames kStateNames{
     Named("VoltsLow", VoltsLow),
     Named("VoltsHigh", VoltsHigh),
     Named("FirstSetupPending", FirstSetupPending),
+    Named("VideoSetupMissing", VideoSetupMissing),
     Named("IntegrationSlot", IntegrationSlot),
     Named("IntegrationSetting", IntegrationSetting),
     Named("IntegrationMsecInForce", IntegrationMsecInForce),

@@ -7,6 +7,7 @@ namespace kelvo {
 
 struct HeadStateVariables {
     std::int32_t FirstSetupPending = 0;
+    std::int32_t VideoSetupMissing = 0;
     std::int32_t IndexFrameRate = 0;
     float FrameRate = 0;
     std::array<std::int32_t, 4> IndexIntegrationTime{};

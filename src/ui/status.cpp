@@ -6,8 +6,10 @@
 #include "platform/text.h"
 #include "platform/transcript.h"
 #include "platform/window.h"
+#include "state/cal_state.h"
 #include "state/contrast_fit.h"
 #include "state/frame_state.h"
+#include "state/head_state.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status_write.h"
@@ -110,6 +112,13 @@ std::string DescribeFileOnView()
     return DescribeFrameOnView() + (OwnFitInForce() ? "   Contrast fitted to the picture" : "");
 }
 
+std::string IdleText(std::string_view hint)
+{
+    if (ViewingFile) return DescribeFileOnView();
+    if (!SetupHint().empty()) return " The camera is " + std::string(SetupHint());
+    return std::string(hint);
+}
+
 std::string Title()
 {
     if (!ViewingFile) return LiveVideo ? "Kelvo" : "Kelvo - Frozen";
@@ -150,9 +159,15 @@ void StatusString(int id, int align)
         MessageBox(hWndMain, "String resource not available to output to Status window!", kMessageCaption);
         return;
     }
-    write::status.StatusText = (id == kIdleHint && ViewingFile) ? DescribeFileOnView() : std::string(*text);
+    write::status.StatusText = id == kIdleHint ? IdleText(*text) : std::string(*text);
     ShowLine(align);
     if (hWndMain) SetWindowText(hWndMain, Title());
+}
+
+std::string_view SetupHint()
+{
+    const bool missing = CameraOn && LiveVideo && !ViewingFile && VideoSetupMissing && CalType == 0;
+    return missing ? "not set up: Ctrl+V" : "";
 }
 
 void StatusNote(std::string_view text)

@@ -28,7 +28,8 @@ extern const std::uint32_t& StatusForeground;
 void StatusMessage(std::string_view text, int align);
 
 // Shows a string of the table (status_strings.h) by its number and sets the title ("Kelvo - Frozen", "Kelvo", "Kelvo -
-// NAME"). With a file on view, kIdleHint is replaced by a description of the file. A number that isn't in the table:
+// NAME"). With a file on view, kIdleHint is replaced by a description of the file, and with live video of a camera that
+// is neither set up nor calibrated by SetupHint. A number that isn't in the table:
 // box "String resource not available to output to Status window!" under "Kelvo message", line and title as they were.
 void StatusString(int id, int align);
 
@@ -36,6 +37,9 @@ void StatusString(int id, int align);
 // It stands until the next command; what comes by itself meanwhile, the rate of live video, leaves the line to it.
 void StatusNote(std::string_view text);
 bool StatusNoteStands();
+
+// What to do where live video runs without a video set-up or a calibration, "not set up: Ctrl+V"; otherwise empty.
+std::string_view SetupHint();
 
 // Copies the text and returns its alignment, for who restores the line later.
 int GetStatusText(std::string& text);

@@ -8,6 +8,7 @@
 #include "platform/menu.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
+#include "platform/qt_dialog.h"
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "resources/menu.h"
@@ -21,6 +22,8 @@
 #include "support/name_file.h"
 #include "support/recording_board.h"
 #include "ui/status.h"
+
+#include <QPushButton>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -199,7 +202,7 @@ TEST_F(TurningOn, ACalibrationThatIsThereIsLoaded)
 
 TEST_F(TurningOn, ACalibrationThatIsMissingLeavesTheCameraOn)
 {
-    EXPECT_EQ(CalibrationTaken("nowhere"), "c:\\KELVO\\NOWHERE.CAL");
+    EXPECT_EQ(CalibrationTaken("nowhere"), DefaultDir + "/nowhere.cal");
     EXPECT_EQ(op->Boxes().back().caption, "Kelvo message");
     EXPECT_EQ(CurrentPointer(), Pointer::kArrow);
     EXPECT_EQ(TurnOnItem(), "&Turn Vantir off");
@@ -208,21 +211,23 @@ TEST_F(TurningOn, ACalibrationThatIsMissingLeavesTheCameraOn)
 
 TEST_F(TurningOn, TheArgumentNamesAFileAndTheWord)
 {
-    const std::pair<const char*, const char*> cases[] = {
+    PutFile(DefaultDir + "/Warm.CAL", "");
+    const std::pair<const char*, std::string> cases[] = {
         {"", ""},
         {"AUTOSTART", ""},
         {"autostart", ""},
         {"abc", ""},  // too short for a name
-        {"last", "c:\\KELVO\\LAST.CAL"},
-        {"AUTOSTART last.cal", "c:\\KELVO\\LAST.CAL"},
-        {"last.cal AUTOSTART", "c:\\KELVO\\LAST.CAL"},
-        {"last.cal autostart and more", "c:\\KELVO\\LAST.CAL"},
-        {"picture.img", ""},  // no calibration
+        {"last", DefaultDir + "/last.cal"},
+        {"AUTOSTART last.cal", DefaultDir + "/last.cal"},
+        {"last.cal AUTOSTART", DefaultDir + "/last.cal"},
+        {"last.cal autostart and more", DefaultDir + "/last.cal"},
+        {"warm.cal", DefaultDir + "/Warm.CAL"},  // the name that the file has
+        {"picture.img", ""},                     // no calibration
         {"/d/picture.seq", ""},
-        {"d:\\sets\\one.cal", "D:\\SETS\\ONE.CAL"},
-        {"/sets/one", "c:/SETS/ONE.CAL"},
-        {"\\one.cal", "c:\\KELVO\\ONE.CAL"},                 // a directory of one character is none
-        {"c:\\kelvo\\\xE4.cal", "C:\\KELVO\\\xC3\xA4.CAL"},  // only ASCII letters are raised; the box as UTF-8
+        {"d:\\sets\\one.cal", "/sets/one.cal"},
+        {"/sets/one", "/sets/one.cal"},
+        {"\\one.cal", DefaultDir + "/one.cal"},                 // a directory of one character is none
+        {"c:\\kelvo\\\xE4.cal", DefaultDir + "/\xC3\xA4.cal"},  // the box as UTF-8
     };
     for (const auto& [argument, path] : cases) EXPECT_EQ(CalibrationTaken(argument), path) << argument;
 }
@@ -314,6 +319,7 @@ class TurnOnChoice : public TurnOnTest {
 
 TEST_F(TurnOnChoice, OpensWithTheLastCalibrationReady)
 {
+    PutFile(DefaultDir + "/last.cal", "");
     const int result = Run({[](HWND dialog) {
         EXPECT_EQ(DialogName(dialog), "CLOCK_ON");
         EXPECT_EQ(GetWindowText(dialog), "Turn on Vantir?");
@@ -366,12 +372,45 @@ TEST_F(TurnOnChoice, TheLastCalibrationIsLoaded)
     EXPECT_THAT(op->Boxes(), IsEmpty());
 }
 
-TEST_F(TurnOnChoice, WithoutALastCalibrationTheDialogStays)
+TEST_F(TurnOnChoice, WithoutALastCalibrationTheVideoSetupIsOffered)
 {
+    Run({[](HWND dialog) {
+        EXPECT_FALSE(DlgItemEnabled(dialog, 1072));
+        EXPECT_THAT(ControlOf(dialog, 1072)->toolTip().toStdString(), HasSubstr("no last calibration"));
+        EXPECT_EQ(FocusedDlgItem(dialog), 1070);
+        EXPECT_TRUE(qobject_cast<QPushButton*>(ControlOf(dialog, 1070))->isDefault());
+    }});
+    PutFile(DefaultDir + "/LAST.cal", "");
+    Run({[](HWND dialog) {
+        EXPECT_TRUE(DlgItemEnabled(dialog, 1072));
+        EXPECT_EQ(ControlOf(dialog, 1072)->toolTip(), QString());
+        EXPECT_EQ(FocusedDlgItem(dialog), 1072);
+    }});
+}
+
+TEST_F(TurnOnChoice, ALastCalibrationThatCantBeLoadedLeavesTheDialogOpen)
+{
+    PutFile(DefaultDir + "/last.cal", "[Setup]\n");
     EXPECT_EQ(Run({Press(1072), StillOpen()}), 0);
     ASSERT_THAT(op->Boxes(), SizeIs(1)) << "the calibration's own box only";
-    EXPECT_THAT(op->Boxes()[0].text, HasSubstr("LAST.CAL"));
+    EXPECT_THAT(op->Boxes()[0].text, HasSubstr(DefaultDir + "/last.cal"));
     EXPECT_EQ(CameraOn, 1);
+}
+
+// Live video without a word would be a black picture.
+TEST_F(TurnOnChoice, ACameraThatIsNotSetUpSaysWhatToDo)
+{
+    EXPECT_EQ(TurnCameraOn("", 1), 1);
+    StatusString(kIdleHint, kLeftAligned);
+    EXPECT_EQ(StatusText, " The camera is not set up: Ctrl+V");
+    write::cal.CalType = 1;
+    StatusString(kIdleHint, kLeftAligned);
+    EXPECT_EQ(StatusText, kStartHint);
+    write::cal.CalType = 0;
+    write::head.VideoSetupMissing = 0;
+    StatusString(kIdleHint, kLeftAligned);
+    EXPECT_EQ(StatusText, kStartHint);
+    EXPECT_EQ(SetupHint(), "");
 }
 
 TEST_F(TurnOnChoice, AHeadThatFailsIsSilentOnTheWayToACalibration)

@@ -6,7 +6,7 @@ local registers = require "registers"
 
 local kFrameRates, kIntegrations, kOffsetBar, kGainBar = 624, 626, 651, 660
 
-check.answer_box("Failed to get ActiveCamera from calibration file:\nc:\\KELVO\\LAST.CAL", "ok", "Kelvo message")
+check.answer_box("Failed to get ActiveCamera from calibration file:\n" .. state("DefaultDir") .. "/last.cal", "ok", "Kelvo message")
 check.answer_box("Do you wish to turn the Vantir camera OFF?", "yes", "Turn off camera?")
 check.eq(state("CameraOn"), 0)
 

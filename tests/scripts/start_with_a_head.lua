@@ -11,7 +11,7 @@ if line == "AUTOSTART" then
   check.eq(state("LiveVideo"), 1)
   check.eq(menu(169).text, "&Turn Vantir off")
 elseif line == "abcde" then
-  check.answer_box("Failed to get ActiveCamera from calibration file:\nc:\\KELVO\\ABCDE.CAL", "ok", "Kelvo message")
+  check.answer_box("Failed to get ActiveCamera from calibration file:\n" .. state("DefaultDir") .. "/abcde.cal", "ok", "Kelvo message")
   -- The camera came on before the calibration failed: command 169 asks whether to turn it off.
   check.answer_box("Do you wish to turn the Vantir camera OFF?", "no", "Turn off camera?")
   check.eq(state("CameraOn"), 1)
