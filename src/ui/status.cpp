@@ -22,6 +22,7 @@ StatusVariables status;
 
 constinit const std::string& StatusText = write::status.StatusText;
 constinit const std::int16_t& StatusAlign = write::status.StatusAlign;
+constinit const std::string& StatusField = write::status.StatusField;
 constinit const std::uint32_t& StatusBackground = write::status.StatusBackground;
 constinit const std::uint32_t& StatusForeground = write::status.StatusForeground;
 
@@ -30,6 +31,7 @@ namespace {
 const StateNames kStateNames{
     Named("StatusText", StatusText),
     Named("StatusAlign", StatusAlign),
+    Named("StatusField", StatusField),
 };
 
 struct TableString {
@@ -110,14 +112,19 @@ std::string Title()
     return "Kelvo - " + name;
 }
 
-void ShowLine(int align)
+void PaintLine()
 {
-    write::status.StatusAlign = static_cast<std::int16_t>(align);
-    Transcribe("status", {{"text", StatusText}, {"align", std::int64_t{align}}});
     if (!hWndStatus) return;  // the first texts of the start come before the window
     const Rect line{0, 0, ClientWidth, TextHeight};
     InvalidateRect(hWndStatus, &line, true);
     UpdateWindow(hWndStatus);
+}
+
+void ShowLine(int align)
+{
+    write::status.StatusAlign = static_cast<std::int16_t>(align);
+    Transcribe("status", {{"text", StatusText}, {"align", std::int64_t{align}}});
+    PaintLine();
 }
 
 }  // namespace
@@ -147,6 +154,12 @@ void StatusString(int id, int align)
     if (hWndMain) SetWindowText(hWndMain, Title());
 }
 
+void ShowStatusField(std::string_view text)
+{
+    write::status.StatusField = text;
+    PaintLine();
+}
+
 int GetStatusText(std::string& text)
 {
     text = StatusText;
@@ -165,12 +178,17 @@ LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM 
     if (!DrawTextLine(window, x, 0, StatusText, align, StatusForeground, StatusBackground)) {
         MessageBox(hWndMain, "Failure to output text in status window!", kMessageCaption);
     }
+    if (!StatusField.empty()) {
+        DrawTextLine(window, client.right, 0, "  " + StatusField + " ", TextAlign::kRight, StatusForeground,
+                     StatusBackground);
+    }
     return 0;
 }
 
 void ResetStatus()
 {
     write::status.StatusText.clear();
+    write::status.StatusField.clear();
     write::status.StatusAlign = 0;
     write::status.StatusBackground = 0xFF0000;
     write::status.StatusForeground = 0xFFFFFF;

@@ -32,6 +32,10 @@ void StatusMessage(std::string_view text, int align);
 // box "String resource not available to output to Status window!" under "Kelvo message", line and title as they were.
 void StatusString(int id, int align);
 
+// A second, short text at the right end of the line, which messages leave; empty: none. Shows it at once.
+extern const std::string& StatusField;
+void ShowStatusField(std::string_view text);
+
 // Copies the text and returns its alignment, for who restores the line later.
 int GetStatusText(std::string& text);
 

@@ -42,6 +42,7 @@
 #include "state/head_state_write.h"
 #include "state/windows_write.h"
 #include "ui/file_lists.h"
+#include "ui/gather.h"
 #include "ui/recent_files.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
@@ -86,6 +87,7 @@ constexpr void (*kModules[])() = {
     ForgetRecentFiles,
     ResetSelectFile,
     ResetStatus,
+    ResetGather,
     ResetDisplaySettings,
     ResetFrameRateTable,
     ResetSettings,
