@@ -84,6 +84,7 @@ constexpr int kCmdViewFrameAccount = 2006;
 constexpr int kCmdViewColorScale = 2007;
 constexpr int kCmdViewSaturation = 2008;
 constexpr int kCmdBench = 2009;
+constexpr int kCmdCalibrationReport = 2070;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

@@ -2,6 +2,7 @@
 
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
+#include "calib/report_dialog.h"
 #include "camera/camera_commands.h"
 #include "platform/box.h"
 #include "platform/help.h"
@@ -99,6 +100,7 @@ constexpr Command kCommands[] = {
     {kCmdViewColorScale, Then<ToggleColorScale>},
     {kCmdViewSaturation, Then<ToggleSaturationOverlay>},
     {kCmdBench, Then<OpenBench>},
+    {kCmdCalibrationReport, OpenCalibrationReport},
 };
 
 CommandEnd NotAvailable(int /*id*/)
