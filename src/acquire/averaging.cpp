@@ -13,6 +13,7 @@
 #include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/gather.h"
 #include "ui/status.h"
 
 #include <algorithm>
@@ -201,17 +202,20 @@ bool CaptureBatch(std::uint32_t batch)
     return code >= 0 && std::cmp_equal(captured, batch) && HostFramesWithoutBlank == 0;
 }
 
+// False where the operator stops it.
 template <typename T>
-void AddBatch(Run<T>& run, const Rectangle& from, std::int32_t firstFrame, std::uint32_t done, std::uint32_t batch)
+bool AddBatch(Run<T>& run, const Rectangle& from, std::int32_t firstFrame, std::uint32_t done, std::uint32_t batch)
 {
     for (std::uint32_t k = 0; k < batch; ++k) {
+        if (!GatherGoesOn()) return false;
         ReadStoredFrame(run, from, firstFrame + static_cast<std::int32_t>(k));
         ShowProgress(run, Format(" Captured %u of %u frames; reading frame %u", done + batch, run.count, done + k + 1));
         AddWork(run, done + k == 0);
     }
+    return true;
 }
 
-// 0 where the run ends: after its one box, or after a capture that failed where only new frames serve.
+// 0 where the run ends: after its one box, stopped, or after a capture that failed where only new frames serve.
 template <typename T>
 int GatherNewFrames(Run<T>& run)
 {
@@ -223,9 +227,10 @@ int GatherNewFrames(Run<T>& run)
     }
     for (std::uint32_t done = 0; done < run.count;) {
         const std::uint32_t batch = std::min(largestBatch, run.count - done);
-        if (!CaptureBatch(batch) && run.mode & kNewFramesOnly) return 0;
+        const bool captured = CaptureBatch(batch);
+        if (!GatherGoesOn() || (!captured && run.mode & kNewFramesOnly)) return 0;
         ShowProgress(run, Format(" Captured %u of %u frames", done + batch, run.count));
-        AddBatch(run, run.rectangle, 0, done, batch);
+        if (!AddBatch(run, run.rectangle, 0, done, batch)) return 0;
         done += batch;
     }
     return 1;
@@ -238,18 +243,19 @@ std::uint32_t StoredFrames()
 }
 
 template <typename T>
-void GatherStoredFrames(Run<T>& run)
+int GatherStoredFrames(Run<T>& run)
 {
     const Rectangle from = {BufferRectLeft, BufferRectTop, BufferRectRight, BufferRectBottom};
-    AddBatch(run, from, BufferFirstFrame, 0, run.count);
+    return AddBatch(run, from, BufferFirstFrame, 0, run.count) ? 1 : 0;
 }
 
 template <typename T>
-int Gather(Run<T>& run)
+int GatherFrames(Run<T>& run)
 {
+    const Gather gather(run.count > 1);
     const RawCounts raw;
     if (run.mode & kTakeNewFrames) return GatherNewFrames(run);
-    if (run.mode & kUseStoredFrames) GatherStoredFrames(run);
+    if (run.mode & kUseStoredFrames) return GatherStoredFrames(run);
     return 1;
 }
 
@@ -330,7 +336,7 @@ int Average(Run<T>& run)
             return 1;
         }
     }
-    if (!Gather(run)) return 0;
+    if (!GatherFrames(run)) return 0;
     Finish(run);
     Correct(run);
     return 1;

@@ -27,7 +27,8 @@ using AverageBlock = std::variant<std::span<std::int16_t>, std::span<std::int32_
 // (empty: not wanted; untouched where count is 1). Blocks while frames come. 1, or 0 after a box: the operator said no
 // to a single frozen frame, memory was refused, or there are no host frames. A capture that fails is told, and the run
 // goes on with what the store holds. With kNewFramesOnly it ends there with 0, and also, which isn't told, where the
-// board gave no new frame in time: what the store holds is of an earlier capture.
+// board gave no new frame in time: what the store holds is of an earlier capture. Escape ends a run of several frames
+// with 0 (ui/gather.h): GatherWasStopped tells it.
 //
 // Frames are read from host memory as flat copies in readout order (ReadHostFrameRect), and the calibration finds each
 // pixel's value through DecomList: both are exact for whole frames. For a part of the frame the pixels are those of the

@@ -43,6 +43,10 @@ constexpr int kFramesEdit = 1216;
 constexpr int kGainRangeEdit = 1220;
 constexpr int kLoadButton = 1222;
 constexpr int kReplaceBadBox = 1306;
+constexpr int kNoiseUnit = 20431;  // "counts", beside the field
+constexpr int kGainRangeUnit = 20432;
+constexpr int kAboveMean = 20433;
+constexpr int kBelowMean = 20434;
 
 constexpr int kRunStarts = 1;
 constexpr int kSetLoaded = 2;
@@ -135,8 +139,7 @@ void ChooseFile(HWND dialog, int radio)
 void ShowNoiseLimit(HWND dialog)
 {
     const bool on = IsDlgButtonChecked(dialog, kReplaceBadBox) && IsDlgButtonChecked(dialog, kReplaceNoisyBox);
-    EnableDlgItem(dialog, kNoiseLabel, on);
-    EnableDlgItem(dialog, kNoiseEdit, on);
+    for (const int id : {kNoiseLabel, kNoiseEdit, kNoiseUnit}) EnableDlgItem(dialog, id, on);
 }
 
 void ShowHint(bool substitutionOn)
@@ -151,8 +154,10 @@ void ShowHint(bool substitutionOn)
 // What finds bad pixels counts only where they are replaced.
 void ShowSubstitution(HWND dialog, bool on)
 {
-    for (const int id : {kReplaceNoisyBox, kGainRangeEdit, kMinOffsetEdit, kMaxOffsetEdit})
-        EnableDlgItem(dialog, id, on);
+    constexpr int kFollow[] = {kPermanentFile,   kLastFile,      kNewFile,       kUsersFile,
+                               kReplaceNoisyBox, kGainRangeEdit, kMinOffsetEdit, kMaxOffsetEdit,
+                               kGainRangeUnit,   kAboveMean,     kBelowMean};
+    for (const int id : kFollow) EnableDlgItem(dialog, id, on);
     ShowNoiseLimit(dialog);
     if (!on) MessageBeep(Sound::kExclamation);
     ShowHint(on);

@@ -1,42 +1,30 @@
 #include "calib/calibration_report.h"
 
 #include "acquire/averaging.h"
-#include "calib/last_set.h"
+#include "head/camera_head.h"
+#include "head/head_frames.h"
 #include "pixel/decommutation.h"
-#include "platform/box.h"
-#include "platform/dialog.h"
-#include "platform/files.h"
+#include "platform/clock.h"
 #include "platform/memory.h"
-#include "platform/paint.h"
 #include "platform/text.h"
-#include "platform/window.h"
-#include "resources/help_contexts.h"
 #include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
-#include "state/windows.h"
-#include "ui/dialog_frame.h"
+#include "state/head_state.h"
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <numeric>
 
 namespace kelvo {
 
 namespace {
 
-constexpr int kText = 1001;
-constexpr int kMap = 1002;
-constexpr int kLegend = 1003;
-
-constexpr std::uint32_t kGoodColor = 0x202428;
 constexpr std::uint32_t kListedColor = 0x9AA0A6;
 constexpr float kColdestTemperature = -274.0F;
 constexpr double kKelvinAtZero = 273.15;
 constexpr double kSecondRadiationConstant = 14387.77;  // um K, h c / k
-
-// The report that the open dialog shows.
-const CalibrationReport* shown = nullptr;
 
 template <typename Value>
 std::optional<NonUniformity> Measure(std::span<const Value> values, std::span<const std::uint8_t> use,
@@ -93,101 +81,56 @@ std::string LegendText(const CalibrationReport& report)
     return text;
 }
 
-// --- The dialog -----------------------------------------------------------------------------------------------------
-
-// So many pixels of the frame go into one of the area, at least 1, that all of it fits.
-int PixelsInOne(const Rect& area, int columns, int rows)
+std::string DateNow()
 {
-    const auto share = [](int pixels, int room) { return (pixels + room - 1) / std::max(room, 1); };
-    return std::max({1, share(columns, area.Width()), share(rows, area.Height())});
+    const std::time_t now = WallClockSeconds();
+    std::tm local{};
+    localtime_r(&now, &local);
+    return Format("%04d-%02d-%02d %02d:%02d:%02d", local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+                  local.tm_min, local.tm_sec);
 }
 
-// Where a large frame has to shrink, a bad detector takes its whole cell: none may go unseen.
-DeviceBitmap MapPicture(const CalibrationReport& report, int step)
+// The three frames of the focal plane's serial command word, as they go over the line.
+std::string SerialWordText()
 {
-    DeviceBitmap picture{
-        .width = (report.columns + step - 1) / step, .height = (report.rows + step - 1) / step, .pixels = {}};
-    picture.pixels.resize(static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height),
-                          kGoodColor);
-    for (std::size_t i = 0; i < report.map.size(); ++i) {
-        const std::uint8_t mark = report.map[i];
-        if (mark == 0 || mark > report.classes.size()) continue;
-        const auto columns = static_cast<std::size_t>(report.columns);
-        const auto cell = static_cast<std::size_t>(step);
-        const std::size_t place = i / columns / cell * static_cast<std::size_t>(picture.width) + i % columns / cell;
-        picture.pixels[place] = report.classes[mark - 1U].color;
+    const FpaSerialWordRecord encoded = EncodedSerialWord(FpaSerialWord);
+    std::string text;
+    for (const CommFrame& frame : {SerialBiasFrame(encoded), SerialColumnFrame(encoded), SerialRowFrame(encoded)}) {
+        if (!text.empty()) text += "  ";
+        for (const std::uint8_t byte : frame) text += Format("%02X ", byte);
+        text.pop_back();
     }
-    return picture;
+    return text;
 }
 
-// The largest rectangle of the frame's shape in the middle of the area.
-Rect FitInto(const Rect& area, int columns, int rows)
+std::string WindowText()
 {
-    const double scale =
-        std::min(area.Width() / static_cast<double>(columns), area.Height() / static_cast<double>(rows));
-    const int width = static_cast<int>(columns * scale);
-    const int height = static_cast<int>(rows * scale);
-    const int left = (area.Width() - width) / 2;
-    const int top = (area.Height() - height) / 2;
-    return {left, top, left + width, top + height};
+    return Format("columns %d to %d, rows %d to %d (%d x %d)", FpaSerialWord.ColStart, FpaSerialWord.ColEnd,
+                  FpaSerialWord.RowStart, FpaSerialWord.RowEnd, ActiveConfig.Hroi, ActiveConfig.Vroi);
 }
 
-constexpr ColorRef ToColorRef(std::uint32_t rgb)
+std::string FactLines(const CalibrationReport& report)
 {
-    return (rgb & 0xFFU) << 16U | (rgb & 0xFF00U) | rgb >> 16U;
+    std::string text;
+    for (const auto& [name, value] : report.facts) text += Format("%-20s  %s\n", name.c_str(), value.c_str());
+    return text;
 }
 
-void DrawMap(HWND dialog)
+// answers name pixels too: those move with the map. Without memory nobody is named.
+void OrientAnswers(CalibrationReport& report, std::span<const std::uint32_t> order)
 {
-    const HWND area = DlgItemWindow(dialog, kMap);
-    if (!area || !shown) return;
-    const Rect client = GetClientRect(area);
-    FillSurface(area, client, ToColorRef(kGoodColor));
-    if (shown->map.empty()) return;
-    const DeviceBitmap picture = MapPicture(*shown, PixelsInOne(client, shown->columns, shown->rows));
-    StretchPixels(area, FitInto(client, picture.width, picture.height), picture);
-}
-
-// One line a class: a swatch of its colour on the map, then its name and count.
-void DrawLegend(HWND dialog)
-{
-    const HWND area = DlgItemWindow(dialog, kLegend);
-    if (!area || !shown) return;
-    const Rect client = GetClientRect(area);
-    const int line = TextLineHeight(area);
-    FillSurface(area, client, ToColorRef(kGoodColor));
-    int y = 2;
-    for (const BadDetectorClass& entry : shown->classes) {
-        FillSurface(area, {6, y + 3, 6 + line - 6, y + line - 3}, ToColorRef(entry.color));
-        DrawTextLine(area, line + 8, y, Format("%s: %d", entry.name.c_str(), entry.count), TextAlign::kLeft, 0xFFFFFF,
-                     ToColorRef(kGoodColor));
-        y += line + 2;
+    std::vector<std::uint32_t> placeOf;  // by the pixel before
+    if (report.answers.empty()) return;
+    if (!AllocateBlock(placeOf, order.size())) {
+        report.answers.clear();
+        return;
     }
+    for (std::uint32_t i = 0; i < order.size(); ++i) placeOf[order[i]] = i;
+    const std::vector<std::uint32_t> before = report.answers;
+    std::ranges::transform(order, report.answers.begin(), [&](std::uint32_t from) {
+        return before[from] < placeOf.size() ? placeOf[before[from]] : kNobodyAnswers;
+    });
 }
-
-void Open(HWND dialog)
-{
-    if (shown) SetDlgItemText(dialog, kText, ReportText(*shown));
-    for (const int id : {kMap, kLegend}) DlgItemWindow(dialog, id);  // surfaces before the layout
-    CentreDialog(dialog);
-}
-
-void Close(HWND dialog)
-{
-    EndDialog(dialog, 1);
-}
-
-constexpr DialogEntry kEntries[] = {
-    OnPaint(kMap, DrawMap),
-    OnPaint(kLegend, DrawLegend),
-    {kIdOk, Close},
-    {kIdCancel, Close},
-};
-constexpr DialogFrame kFrame{.name = "CALREPORT",
-                             .procedure = fnCALREPORTDlgProc,
-                             .open = Open,
-                             .entries = kEntries,
-                             .helpContext = kHelpCalibrationReport};
 
 }  // namespace
 
@@ -221,6 +164,29 @@ std::string SourceName(std::string_view source, float temperature)
     return name;
 }
 
+std::vector<std::pair<std::string, std::string>> FactsOfRun(std::uint32_t frameCount)
+{
+    return {{"Date", DateNow()},
+            {"Camera", ActiveConfig.Description + " (" + ActiveCameraSection() + ")"},
+            {"Serial word", SerialWordText()},
+            {"Frame rate", Format("%.2f Hz", static_cast<double>(FrameRate))},
+            {"Integration time", Format("%.4f ms", IntegrationMsecInForce)},
+            {"Gain, offset", Format("%d, %d", VideoGain[0], VideoOffset[0])},
+            {"Window", WindowText()},
+            {"Number of frames", std::to_string(frameCount)},
+            {"Program", "Kelvo " KELVO_VERSION}};
+}
+
+std::pair<std::string, std::string> NoiseFact(double noise, double response)
+{
+    constexpr double kMillikelvins = 1000;
+    std::string text = Format("%.2f counts", noise);
+    if (response != 0) {
+        text += Format(", %.1f mK at %.1f counts/K", noise / std::fabs(response) * kMillikelvins, std::fabs(response));
+    }
+    return {"Mean noise (NETD)", text};
+}
+
 void MapClasses(CalibrationReport& report, std::span<const std::uint8_t> classes, std::span<const std::uint32_t> decom)
 {
     if (classes.empty() || !AllocateBlock(report.map, decom.size())) return;
@@ -240,6 +206,24 @@ void MapListed(CalibrationReport& report, std::span<const std::uint8_t> badMap)
     if (count != 0) report.classes.push_back({"Listed before", count, kListedColor});
 }
 
+void MapAnswers(CalibrationReport& report, std::span<const std::uint32_t> before, std::span<const std::uint32_t> after)
+{
+    const std::size_t pixels = report.map.size();
+    std::vector<std::uint32_t> pixelOf;  // by detector
+    if (before.size() != pixels || after.size() != pixels || !AllocateBlock(pixelOf, pixels) ||
+        !AllocateBlock(report.answers, pixels)) {
+        return;
+    }
+    std::ranges::fill(pixelOf, kNobodyAnswers);
+    for (std::uint32_t i = 0; i < pixels; ++i) {
+        if (before[i] < pixels) pixelOf[before[i]] = i;
+    }
+    for (std::uint32_t i = 0; i < pixels; ++i) {
+        const bool replaced = report.map[i] != 0 && after[i] != before[i] && after[i] < pixels;
+        report.answers[i] = replaced ? pixelOf[after[i]] : kNobodyAnswers;
+    }
+}
+
 void OrientMap(CalibrationReport& report)
 {
     DecomTable order;
@@ -248,6 +232,7 @@ void OrientMap(CalibrationReport& report)
     if (!ReorderDecomList(order, ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW)) return;
     const std::vector<std::uint8_t> before = report.map;
     std::ranges::transform(order, report.map.begin(), [&](std::uint32_t from) { return before[from]; });
+    OrientAnswers(report, order);
 }
 
 double StraightLineError(double coldC, double hotC, double fromUm, double toUm)
@@ -273,7 +258,7 @@ void MeasureAfter(CalibrationReport& report, const std::string& source, std::uin
 
 std::string ReportText(const CalibrationReport& report)
 {
-    std::string text = report.title + "\n" + report.calPath + "\n\nResidual non-uniformity\n";
+    std::string text = report.title + "\n" + report.calPath + "\n" + FactLines(report) + "\nResidual non-uniformity\n";
     for (const NonUniformity& residual : report.before) text += LineOf("before", residual, report.frameCount);
     if (report.after) {
         text += LineOf("after ", *report.after, static_cast<std::uint32_t>(report.afterFrames));
@@ -283,32 +268,6 @@ std::string ReportText(const CalibrationReport& report)
     text += "\nBad detectors\n" + LegendText(report);
     if (!report.note.empty()) text += "\n" + report.note + "\n";
     return text;
-}
-
-std::string ReportPath(std::string_view calPath)
-{
-    return SetFile(calPath, ".report.txt");
-}
-
-int SaveReport(const CalibrationReport& report)
-{
-    const std::string path = ReportPath(report.calPath);
-    if (ReplaceFile(path, ToUtf8(ReportText(report)))) return 1;
-    MessageBox(hWndMain, "Failed to save file: " + path, kMessageCaption);
-    return 0;
-}
-
-void ShowResult(HWND window, const std::string& text, std::string_view caption, const CalibrationReport& report)
-{
-    if (MessageBox(window, text, caption, BoxIcon::kInformation, BoxButtons::kOkReport) != Button::kReport) return;
-    shown = &report;
-    RunDialog(kFrame, window);
-    shown = nullptr;
-}
-
-LRESULT fnCALREPORTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
-{
-    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 }  // namespace kelvo

@@ -1,5 +1,6 @@
-// What a calibration did, told beyond the classic result box: how uneven the array was and is, and which detectors are
-// bad and why, as figures, a map, and a text file beside the set's .cal.
+// What a calibration did, told beyond the classic result box: when, with which camera as it was set, how uneven the
+// array was and is, how loud, which detectors are bad and why, and who answers for them. calib/report_file.h keeps it
+// beside the set, calib/report_dialog.h shows it.
 //
 // Residual non-uniformity is the deviation of pixels from their mean, in percent of that mean. Before: of the good
 // detectors' mean raw counts at each source. After: of the corrected pixels of fresh frames, taken while the run's last
@@ -14,6 +15,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kelvo {
@@ -30,8 +32,11 @@ struct BadDetectorClass {
     std::uint32_t color = 0;  // of the map, 0x00RRGGBB
 };
 
+constexpr std::uint32_t kNobodyAnswers = 0xFFFFFFFF;
+
 struct CalibrationReport {
-    std::string title;  // "2 Point Calibration"
+    std::string title;                                       // "2 Point Calibration"
+    std::vector<std::pair<std::string, std::string>> facts;  // name and value, in the order of the report
     std::uint32_t frameCount = 0;
     std::vector<NonUniformity> before;
     std::optional<NonUniformity> after;  // nullopt: no fresh frames came
@@ -39,7 +44,8 @@ struct CalibrationReport {
     std::vector<BadDetectorClass> classes;  // the entries of map less 1
     std::int32_t columns = 0;
     std::int32_t rows = 0;
-    std::vector<std::uint8_t> map;  // image order: 0 good, otherwise the class + 1
+    std::vector<std::uint8_t> map;       // image order: 0 good, otherwise the class + 1
+    std::vector<std::uint32_t> answers;  // of each pixel of map the one whose detector it shows, or kNobodyAnswers
     std::string calPath;
     std::string note;  // what else there is to know
 };
@@ -55,11 +61,20 @@ std::optional<NonUniformity> NonUniformityOf(std::span<const float> values, std:
 // "low source", or "low source, 20.000 °C" where a temperature is given (above -274).
 std::string SourceName(std::string_view source, float temperature);
 
+// When, with which camera and program, and as the head was last set: the facts of a run of so many frames.
+std::vector<std::pair<std::string, std::string>> FactsOfRun(std::uint32_t frameCount);
+// The good detectors' mean noise (counts rms) as a fact. response: counts a kelvin, 0 where the temperatures of two
+// sources don't tell it; with it the noise is told in mK too: NETD = mean noise / response.
+std::pair<std::string, std::string> NoiseFact(double noise, double response);
+
 // Makes the report's map (image order, before orientation) of each detector's class (readout order); 0: good.
 void MapClasses(CalibrationReport& report, std::span<const std::uint8_t> classes, std::span<const std::uint32_t> decom);
 // Adds the class of pixels that a list of bad detectors names and the run found good.
 void MapListed(CalibrationReport& report, std::span<const std::uint8_t> badMap);
-// Turns the map as the picture on the screen is turned. Without memory it stays as the detector lies.
+// Who answers for each pixel of the map that isn't good: table before and after the replacement of bad detectors (image
+// order). Without memory nobody is named.
+void MapAnswers(CalibrationReport& report, std::span<const std::uint32_t> before, std::span<const std::uint32_t> after);
+// Turns map and answers as the picture on the screen is turned. Without memory they stay as the detector lies.
 void OrientMap(CalibrationReport& report);
 
 // In a line drawn through two temperatures and the radiances there, what the temperature read half-way in temperature
@@ -72,13 +87,5 @@ void MeasureAfter(CalibrationReport& report, const std::string& source, std::uin
 
 // The report as lines, Latin-1, "\n" at each end.
 std::string ReportText(const CalibrationReport& report);
-// "NAME.report.txt" beside the .cal file.
-std::string ReportPath(std::string_view calPath);
-// The report as a UTF-8 text, which any editor shows. 1; 0 after "Failed to save file: %s".
-int SaveReport(const CalibrationReport& report);
-
-// Shows the classic result box with one more button, which opens the report. Blocks.
-void ShowResult(HWND window, const std::string& text, std::string_view caption, const CalibrationReport& report);
-LRESULT fnCALREPORTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
 }  // namespace kelvo

@@ -2,6 +2,7 @@
 
 #include "acquire/averaging.h"
 #include "calib/orientation.h"
+#include "calib/report_file.h"
 #include "calib/run_steps.h"
 #include "calib/two_point.h"
 #include "calib/unsaved_set.h"
@@ -53,6 +54,7 @@ void CompleteSet(RunRecord& run)
     set.noise = NoiseOfSet();
     NameCamera();
     SaveVideoSettings(IniFilePath);
+    if (run.listsAreSaved) SaveReport(run.report);
     if (run.listsAreSaved && CopySettingsTo(calPath) && run.files->Commit()) {
         ForgetUnsavedSet();
         return;
@@ -156,9 +158,12 @@ StepOutcome InstallOffsets(RunRecord& run)
 
 bool SubstituteAndMap(RunRecord& run)
 {
+    DecomTable plain;
+    if (AllocateBlock(plain, run.table.size())) plain = run.table;
     if (!SubstituteBadPixels(run.gains, run.table, &run.badListIsSaved)) return false;
     run.listsAreSaved = run.listsAreSaved && run.badListIsSaved;
     if (SubstBadPixels) MapListed(run.report, BadDetList);
+    MapAnswers(run.report, plain, run.table);
     OrientMap(run.report);
     return true;
 }
@@ -175,7 +180,6 @@ void TakeOver(const RunRecord& run)
 StepOutcome SaveSet(RunRecord& run)
 {
     CompleteSet(run);
-    if (!CalSettings.CalFile.empty()) SaveReport(run.report);
     run.waiting.reset();
     ShowDegrees();
     return StepOutcome::kGoOn;

@@ -3,6 +3,7 @@
 
 #include "calib/last_set.h"
 #include "calib/orientation.h"
+#include "calib/report_file.h"
 #include "calib/run_steps.h"
 #include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
@@ -414,6 +415,12 @@ bool CopyNoise(const SetNames& names)
     return CopyOrClear(SetFile(CalSettings.CalFile, ".noi"), SetFile(names.calPath, ".noi"));
 }
 
+// A set that has no files yet has no report either.
+bool CopyReport(const UnsavedSet* unsaved, const SetNames& names)
+{
+    return CopyOrClear(unsaved ? std::string() : ReportPath(CalSettings.CalFile), ReportPath(names.calPath));
+}
+
 bool CopyLists(SetNames& names)
 {
     return CopyList(CalSettings.GainFile, ".gai", "GainFile", names) &&
@@ -457,7 +464,7 @@ bool CopySetTo(const std::string& calPath)
     if (FileExists(calPath) && !DeleteFileNamed(calPath)) return false;
     SetNames names{calPath, {{"CalFile", calPath}}};
     const bool listsStand = unsaved ? WriteLists(*unsaved, names) : CopyLists(names);
-    return listsStand && WriteCalFile(*former, names) && target.Commit();
+    return listsStand && CopyReport(unsaved, names) && WriteCalFile(*former, names) && target.Commit();
 }
 
 void TakeNewNames(const std::string& calPath)

@@ -1,8 +1,8 @@
 // The calibration set: read with the settings at start-up, put in force, saved under another name.
 //
-// A set is up to six files of one name: .gai, .off, .noi (readout order), .dcm (image order), .bad and .cal, which is
-// kelvo.ini as it stood when the set was made. The lists have no header: a set is only good for the camera that made
-// it, and the .cal tells which one. Loading makes the .cal the new kelvo.ini.
+// A set is up to seven files of one name: .gai, .off, .noi (readout order), .dcm (image order), .bad, .report.txt and
+// .cal, which is kelvo.ini as it stood when the set was made. The lists have no header: a set is only good for the
+// camera that made it, and the .cal tells which one. Loading makes the .cal the new kelvo.ini.
 #pragma once
 
 #include "calib/set_reader.h"

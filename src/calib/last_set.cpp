@@ -16,6 +16,13 @@ namespace {
 
 constexpr std::size_t kLongestJournal = 65536;
 
+// What is replaced as one thing: the .cal last.
+constexpr auto kReplacedExtensions = [] {
+    std::array<std::string_view, kSetExtensions.size() + 1> all{kReportExtension};
+    std::ranges::copy(kSetExtensions, all.begin() + 1);
+    return all;
+}();
+
 // Copying: the set is untouched. Replacing: the copies hold. Replaced: the files in place hold.
 constexpr std::string_view kCopying = "copying";
 constexpr std::string_view kReplacing = "replacing";
@@ -70,7 +77,7 @@ std::optional<Journal> ReadJournal()
     const std::size_t stateEnd = std::min(line.find(' '), line.size());
     journal.state = line.substr(0, stateEnd);
     line.remove_prefix(stateEnd);
-    for (const std::string_view extension : kSetExtensions) {
+    for (const std::string_view extension : kReplacedExtensions) {
         if (line.find(extension) != std::string_view::npos) journal.present.emplace_back(extension);
     }
     return journal;
@@ -83,7 +90,7 @@ bool HoldsExtension(const Journal& journal, std::string_view extension)
 
 void DropAside(std::string_view calPath)
 {
-    for (const std::string_view extension : kSetExtensions) {
+    for (const std::string_view extension : kReplacedExtensions) {
         const std::string aside = AsideFile(calPath, extension);
         if (FileExists(aside)) DeleteFileNamed(aside);
     }
@@ -119,14 +126,14 @@ bool PutAllBack(const Journal& journal)
     if (OutOfReach(journal)) return false;
     if (HoldsExtension(journal, ".cal") && !FileExists(AsideFile(journal.calPath, ".cal"))) return true;
     bool done = Gone(SetFile(journal.calPath, ".cal"));
-    for (const std::string_view extension : kSetExtensions) done = done && PutBack(journal, extension);
+    for (const std::string_view extension : kReplacedExtensions) done = done && PutBack(journal, extension);
     return done;
 }
 
 bool Finish(const Journal& journal)
 {
     if (journal.state == kReplacing && !PutAllBack(journal)) return false;
-    for (const std::string_view extension : kSetExtensions) ForgetProfile(SetFile(journal.calPath, extension));
+    for (const std::string_view extension : kReplacedExtensions) ForgetProfile(SetFile(journal.calPath, extension));
     DropAside(journal.calPath);
     return Gone(JournalPath());
 }
@@ -151,7 +158,7 @@ bool ReadyForAnother()
 std::optional<std::vector<std::string>> CopyAside(const std::string& calPath)
 {
     std::vector<std::string> present;
-    for (const std::string_view extension : kSetExtensions) {
+    for (const std::string_view extension : kReplacedExtensions) {
         const std::string file = SetFile(calPath, extension);
         if (!FileExists(file)) continue;
         if (!CopyFileTo(file, AsideFile(calPath, extension), false)) return std::nullopt;

@@ -1,7 +1,7 @@
 // A calibration set's files replaced as one thing.
 //
-// A set is up to six files of one name. Who is about to write any of them, a calibration run into "Last", an update
-// into the set in force, a save under another name, first has the former files copied aside:
+// A set is up to six files of one name, and its report. Who is about to write any of them, a calibration run into
+// "Last", an update into the set in force, a save under another name, first has the former files copied aside:
 //
 //     SetReplacement last(LastCalPath());
 //     if (!last.Begin()) ...               // nothing has changed; tell the operator
@@ -22,6 +22,8 @@ namespace kelvo {
 // Gains, offsets, noise, decommutation, bad detectors, and the settings that name them: the order in which a set is
 // written, so that a .cal never stands before its lists.
 inline constexpr std::array<std::string_view, 6> kSetExtensions = {".gai", ".off", ".noi", ".dcm", ".bad", ".cal"};
+// The report of the run that made it (calib/report_file.h), which is replaced with the set; one without it is whole.
+inline constexpr std::string_view kReportExtension = ".report.txt";
 
 // The file of that extension in the set of a .cal file: same directory, same name.
 std::string SetFile(std::string_view calPath, std::string_view extension);

@@ -7,6 +7,7 @@
 #include "calib/last_set.h"
 #include "calib/one_point.h"
 #include "calib/orientation.h"
+#include "calib/report_dialog.h"
 #include "calib/run_steps.h"
 #include "calib/source_dialogs.h"
 #include "calib/two_point.h"
@@ -24,6 +25,7 @@
 #include "state/cal_state_write.h"
 #include "state/display_state.h"
 #include "state/windows.h"
+#include "ui/gather.h"
 
 #include <algorithm>
 #include <array>
@@ -180,6 +182,7 @@ void ReportWindowClasses(OnePointRun& run)
 {
     CalibrationReport& report = run.report;
     report.title = run.update ? "1 Point Update" : "1 Point Calibration";
+    report.facts = FactsOfRun(CalSettings.NumFrames);
     report.frameCount = CalSettings.NumFrames;
     report.columns = run.config.Hroi;
     report.rows = run.config.Vroi;
@@ -301,6 +304,7 @@ StepOutcome ShowResults(OnePointRun& run)
     run.report.calPath = CalSettings.CalFile;
     MeasureAfter(run.report, SourceName("low source", TemperatureCold), CalSettings.NumFrames);
     const bool tellNoise = !run.update && CalSettings.NumFrames >= 2 && ReplaceNoisy != 0;
+    if (tellNoise) run.report.facts.push_back(NoiseFact(double{run.result.noiseMean}, 0));
     const std::string text = OnePointResultText(run.result, run.pixels, run.update, tellNoise, TemperatureCold);
     run.waiting.reset();
     ShowResult(run.window, text, "Calibration results", run.report);
@@ -422,7 +426,7 @@ int GetCalibData(std::span<std::int16_t> frame, std::span<float> noise, std::uin
                                        CaptureMode(kAverage16));
     if (captured && WereGathered<std::int16_t>(frame)) return 1;
     if (noise.empty()) MessageBeep(Sound::kExclamation);
-    MessageBox(hWndMain, "Video Data Acquisition Failed, Hardware error",
+    MessageBox(hWndMain, WhyNothingWasGathered("Video Data Acquisition Failed, Hardware error"),
                noise.empty() ? std::string_view("GetCalibData Error") : kMessageCaption);
     return 0;
 }

@@ -5,6 +5,7 @@
 #include "calib/calibration_run.h"
 #include "calib/last_set.h"
 #include "calib/orientation.h"
+#include "calib/report_dialog.h"
 #include "calib/run_steps.h"
 #include "calib/source_dialogs.h"
 #include "calib/two_point.h"
@@ -19,6 +20,7 @@
 #include "state/cal_state_write.h"
 #include "state/display_state_write.h"
 #include "state/windows.h"
+#include "ui/gather.h"
 #include "ui/status.h"
 
 #include <algorithm>
@@ -89,7 +91,8 @@ bool Capture(TwoPointRun& run, std::span<std::int32_t> sums, std::span<float> no
 
 StepOutcome FailAcquisition()
 {
-    return EndWithoutFrames("Video Data Acquisition Failed, Hardware error!", "Kelvo Calibration Error!");
+    return EndWithoutFrames(WhyNothingWasGathered("Video Data Acquisition Failed, Hardware error!"),
+                            "Kelvo Calibration Error!");
 }
 
 StepOutcome CaptureLow(TwoPointRun& run)
@@ -167,6 +170,7 @@ void ReportDetectorClasses(TwoPointRun& run)
 {
     CalibrationReport& report = run.report;
     report.title = "2 Point Calibration";
+    report.facts = FactsOfRun(run.settings.frameCount);
     report.frameCount = run.settings.frameCount;
     report.columns = run.config.Hroi;
     report.rows = run.config.Vroi;
@@ -337,9 +341,20 @@ std::string NoteOnStraightLine()
         error);
 }
 
+// Counts a kelvin; 0 where the temperatures of the sources don't tell it.
+double ResponseOf(const TwoPointRun& run)
+{
+    const bool known = TemperatureCold > -274.0F && TemperatureHot > TemperatureCold;
+    return known ? static_cast<double>(run.result.means.meanDelta) / (double{TemperatureHot} - double{TemperatureCold})
+                 : 0;
+}
+
 StepOutcome ShowStatistics(TwoPointRun& run)
 {
     run.report.calPath = LastCalPath();
+    if (run.settings.replaceNoisy) {
+        run.report.facts.push_back(NoiseFact(double{run.result.means.noiseMean}, ResponseOf(run)));
+    }
     run.report.note = NoteOnStraightLine();
     MeasureAfter(run.report, SourceName("high source", TemperatureHot), run.settings.frameCount);
     run.waiting.reset();

@@ -15,6 +15,7 @@
 #include "state/display_state_write.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
+#include "ui/gather.h"
 #include "ui/status.h"
 
 #include <algorithm>
@@ -139,7 +140,7 @@ std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip)
     // After an allocation that stopped part-way fewer frames stand than are counted.
     const std::int32_t limit = std::min({count, numBufFrames, static_cast<std::int32_t>(std::ssize(HostFrames))});
     std::int32_t captured = 0;
-    for (; captured < limit; ++captured) {
+    for (; captured < limit && GatherGoesOn(); ++captured) {
         for (std::int64_t blank = 0; blank <= skip; ++blank) {
             if (icp_wait_vb(IcpModule, FrameA) == kBoardTimeout) ++write::hostFrames.HostFramesWithoutBlank;
         }

@@ -24,7 +24,7 @@ extern const std::int32_t&
 std::int64_t AllocateHostFrames();
 void FreeHostFrames();  // HostFrameBytes and AveragingCapacity are 0 then
 // Captures count frames, each after skip frames left out; in the frame account they are used. The number captured; 0 on
-// failure, after its box.
+// failure, after its box. Fewer where a gather that runs is stopped (ui/gather.h).
 std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip);
 // Copies a rectangle of each frame first to last, DataOffset added, to destination. The copy is flat: rows are not
 // respected. Start positions: 2 x (top x Hroi + left) in the frame, 2 x N x (k - first) in destination, N the

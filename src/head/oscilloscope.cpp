@@ -94,6 +94,17 @@ void PlotFrame(ScopePlot& plot, std::span<const std::int16_t> frame, std::int32_
     }
 }
 
+std::optional<int> RowOfCount(std::int32_t count, std::int32_t low, std::int32_t high, int height)
+{
+    if (count < low || count > high || high <= low || height < 1) return std::nullopt;
+    return static_cast<int>((static_cast<double>(high) - count) * (height - 1) / (static_cast<double>(high) - low));
+}
+
+std::string SaturatedText(double share)
+{
+    return Format("Saturated: %.2f %%", share * 100);
+}
+
 void PlotPicture(const ScopePlot& plot, std::uint32_t background, DeviceBitmap& picture)
 {
     picture.width = plot.width;

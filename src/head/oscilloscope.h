@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -32,6 +33,16 @@ bool AllocatePlot(ScopePlot& plot, int width, int height);
 // dots lie in the top row.
 void PlotFrame(ScopePlot& plot, std::span<const std::int16_t> frame, std::int32_t low, std::int32_t high,
                std::int32_t resolution);
+
+// The signal is good between these counts of the 14-bit converter: a tenth of its range is kept free at each end, for
+// what a scene, the drift of the head and the spread of the detectors add.
+constexpr std::int32_t kGoodSignalLow = 1638;
+constexpr std::int32_t kGoodSignalHigh = 14745;
+// The row of a plot of that height where a count lies; nullopt outside low to high, and where high isn't above low.
+std::optional<int> RowOfCount(std::int32_t count, std::int32_t low, std::int32_t high, int height);
+
+// "Saturated: 0.13 %", of a share from 0 to 1.
+std::string SaturatedText(double share);
 
 // The plot as a picture: black dots on a background (0x00RRGGBB). The picture's memory is used again while the plot
 // keeps its size.

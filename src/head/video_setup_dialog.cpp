@@ -12,6 +12,7 @@
 #include "head/oscilloscope.h"
 #include "head/scope_frame_write.h"
 #include "head/video_settings.h"
+#include "pixel/saturation.h"
 #include "pixel/unity_coefficients.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -39,6 +40,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <optional>
 #include <span>
 #include <string>
@@ -65,6 +67,8 @@ constexpr int kAdvanced = 1020;
 constexpr int kFirstPixel = 1375;
 constexpr int kLastPixel = 1377;
 constexpr int kSavePlot = 1606;
+constexpr int kBand = 20441;
+constexpr int kSaturated = 20442;
 
 constexpr std::int32_t kMostOffset = 255;
 constexpr std::int32_t kMostGain = 15;
@@ -77,6 +81,8 @@ constexpr std::uint32_t kWhitePaper = 0xFFFFFF;
 constexpr std::uint32_t kGreenPaper = 0x00FF00;  // the same in either order of its bytes
 constexpr ColorRef kMarkColor = 0x000000;
 constexpr ColorRef kMarkPaper = 0xFFFFFF;
+constexpr ColorRef kGoodBand = 0x40A030;
+constexpr ColorRef kOutsideBand = 0xB0B0B0;
 constexpr int kLeftMarkLength = 3;
 constexpr int kRightMarkLength = 4;
 
@@ -93,6 +99,8 @@ struct Rows {
     std::int32_t integration = 0;
 };
 Rows atOpening;
+
+int saturatedShown = -1;  // hundredths of a percent that stand in the dialog; -1: none
 
 ScopePlot OscBitmap;
 DeviceBitmap OscPicture;  // OscBitmap as it was painted last: its memory serves the next tick
@@ -164,10 +172,30 @@ void DrawPlot(HWND dialog)
     StretchPixels(area, {0, 0, OscBitmap.width, OscBitmap.height}, OscPicture);
 }
 
+// Green beside the good counts. They are the converter's own: a calibrated picture's are others.
+void DrawGoodBand(HWND dialog)
+{
+    const HWND strip = DlgItemWindow(dialog, kBand);
+    const Rect client = GetClientRect(strip);
+    FillSurface(strip, client, kOutsideBand);
+    const std::optional<int> top = RowOfCount(kGoodSignalHigh, DisplayLow, DisplayHigh, client.Height());
+    const std::optional<int> bottom = RowOfCount(kGoodSignalLow, DisplayLow, DisplayHigh, client.Height());
+    if (CalType == 0 && top && bottom) FillSurface(strip, {0, *top, client.Width(), *bottom + 1}, kGoodBand);
+}
+
+// Only what has changed: a frame that shows nothing new takes no memory.
+void ShowSaturated(HWND dialog)
+{
+    const double share = SaturatedShare(RawFrame);
+    const int hundredths = static_cast<int>(std::lround(share * 10000));
+    if (std::exchange(saturatedShown, hundredths) == hundredths) return;
+    SetDlgItemText(dialog, kSaturated, SaturatedText(share));
+}
+
 // Made before the dialog is laid out, so that the first tick finds them at their size.
 void MakeSurfaces(HWND dialog)
 {
-    for (const int id : {kPlotArea, kLeftMarks, kRightMarks}) DlgItemWindow(dialog, id);
+    for (const int id : {kPlotArea, kLeftMarks, kRightMarks, kBand}) DlgItemWindow(dialog, id);
 }
 
 void ShowPixelAxis(HWND dialog)
@@ -261,6 +289,8 @@ void Tick(HWND dialog)
         return;
     }
     DrawPlot(dialog);
+    DrawGoodBand(dialog);
+    ShowSaturated(dialog);
     if (!DisplayEnabled) DrawFrame(OscFrame);  // otherwise it is in the image window already
     NoteScriptFrame();
     StartTick(dialog);
@@ -360,6 +390,7 @@ bool PrepareScope(HWND dialog)
 {
     if (!FitPlot(dialog) || !FitOscFrame()) return false;
     ShowPixelAxis(dialog);
+    saturatedShown = -1;
     StatusString(kVideoSetupHint, kLeftAligned);
     return !FirstSetupPending || DoFirstSetup(dialog);
 }
@@ -587,6 +618,7 @@ void ResetVideoSetupDialog()
     chosen = {};
     atOpening = {};
     OscBitmap = {};
+    saturatedShown = -1;
 }
 
 }  // namespace kelvo

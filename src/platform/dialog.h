@@ -117,6 +117,8 @@ std::string ListItemText(HWND dialog, int id, int index);
 
 // A control's own painting surface, for plots: the control is then a window of its own as platform/paint.h takes it.
 // Where it is to be painted anew (first shown, resized, another theme) the dialog gets WM_DRAWITEM with wParam = id.
+// The pointer over it comes as WM_MOUSEMOVE, WM_LBUTTONDOWN and WM_MOUSEWHEEL with wParam = MakeLong(id, steps of the
+// wheel) and the place in the control.
 HWND DlgItemWindow(HWND dialog, int id);
 
 }  // namespace kelvo

@@ -520,11 +520,20 @@ std::string ListItemText(HWND dialog, int id, int index)
 
 namespace {
 
-LRESULT AskDialogToDraw(HWND surface, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+// Painting and the pointer are the dialog's: it knows its surfaces by their controls' numbers.
+LRESULT HandToDialog(HWND surface, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    if (message != WM_PAINT) return DefWindowProc(surface, message, wParam, lParam);
     const int id = surface->widget->parentWidget()->property("controlId").toInt();
-    return SendMessage(surface->parent, WM_DRAWITEM, static_cast<WPARAM>(id), 0);
+    switch (message) {
+        case WM_PAINT:
+            return SendMessage(surface->parent, WM_DRAWITEM, static_cast<WPARAM>(id), 0);
+        case WM_MOUSEMOVE:
+        case WM_LBUTTONDOWN:
+        case WM_MOUSEWHEEL:
+            return SendMessage(surface->parent, message, MakeLong(id, HighWord(wParam)), lParam);
+        default:
+            return DefWindowProc(surface, message, wParam, lParam);
+    }
 }
 
 }  // namespace
@@ -540,7 +549,7 @@ HWND DlgItemWindow(HWND dialog, int id)
     fill->setContentsMargins(0, 0, 0, 0);
     QWidget* surface = MakeSurfaceWidget(control);
     fill->addWidget(surface);
-    const HWND window = RegisterWindow(WindowKind::kControl, surface, AskDialogToDraw, dialog);
+    const HWND window = RegisterWindow(WindowKind::kControl, surface, HandToDialog, dialog);
     if (window != nullptr) dialog->dialog->controlWindows.push_back(window);
     return window;
 }

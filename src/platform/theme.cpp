@@ -110,6 +110,16 @@ Option Outlined(const Option& option)
     return outlined;
 }
 
+// Where the position of an upright slider counts from the top, the most stands there: it is filled from the bottom up
+// to the hand.
+QStyleOptionSlider FilledFromBelow(const QStyleOptionSlider& slider)
+{
+    QStyleOptionSlider filled = slider;
+    filled.upsideDown = true;
+    filled.sliderPosition = slider.minimum + slider.maximum - slider.sliderPosition;
+    return filled;
+}
+
 // The style leaves little room around the words of a menu, and empty controls of a dark window without an outline.
 class WorkstationStyle : public QProxyStyle {
   public:
@@ -147,7 +157,13 @@ class WorkstationStyle : public QProxyStyle {
                             const QWidget* widget) const override
     {
         const auto* const spin = qstyleoption_cast<const QStyleOptionSpinBox*>(option);
-        if (dark_ && control == CC_SpinBox && spin) {
+        const auto* const slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
+        const bool countsFromTop =
+            control == CC_Slider && slider && slider->orientation == Qt::Vertical && !slider->upsideDown;
+        if (countsFromTop) {
+            const QStyleOptionSlider filled = FilledFromBelow(*slider);
+            QProxyStyle::drawComplexControl(control, &filled, painter, widget);
+        } else if (dark_ && control == CC_SpinBox && spin) {
             const QStyleOptionSpinBox outlined = Outlined(*spin);
             QProxyStyle::drawComplexControl(control, &outlined, painter, widget);
         } else {

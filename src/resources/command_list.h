@@ -145,6 +145,7 @@ inline constexpr CommandRow kAll[] = {
     kLine,
     NotBuilt(Item(kCmdApplyCalibration, "&Apply to data...")),
     Item(kCmdViewStatistics, "&View statistics...", kHelpViewStatistics),
+    Item(kCmdCalibrationReport, "&Report...", kHelpCalibrationReport),
 
     Top("&Image"),
     Item(kCmdFreeze, "&Freeze frame\tF2", kHelpFreeze, "freeze"),

@@ -93,6 +93,7 @@ constexpr int kCmdViewKeepFitted = 2043;
 constexpr int kCmdThemeDesktop = 2044;
 constexpr int kCmdThemeLight = 2045;
 constexpr int kCmdThemeDark = 2046;
+constexpr int kCmdCalibrationReport = 2070;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

@@ -2,6 +2,7 @@
 
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
+#include "calib/report_dialog.h"
 #include "camera/camera_commands.h"
 #include "display/display_pipeline.h"
 #include "platform/box.h"
@@ -112,6 +113,7 @@ constexpr Command kCommands[] = {
     {kCmdThemeDesktop, Then<UseDesktopTheme>},
     {kCmdThemeLight, Then<UseLightTheme>},
     {kCmdThemeDark, Then<UseDarkTheme>},
+    {kCmdCalibrationReport, OpenCalibrationReport},
 };
 
 CommandEnd NotAvailable(int /*id*/)

@@ -25,6 +25,7 @@ StatusVariables status;
 
 constinit const std::string& StatusText = write::status.StatusText;
 constinit const std::int16_t& StatusAlign = write::status.StatusAlign;
+constinit const std::string& StatusField = write::status.StatusField;
 constinit const std::uint32_t& StatusBackground = write::status.StatusBackground;
 constinit const std::uint32_t& StatusForeground = write::status.StatusForeground;
 
@@ -33,6 +34,7 @@ namespace {
 const StateNames kStateNames{
     Named("StatusText", StatusText),
     Named("StatusAlign", StatusAlign),
+    Named("StatusField", StatusField),
 };
 
 std::string note;  // the last one
@@ -127,14 +129,19 @@ std::string Title()
     return "Kelvo - " + name;
 }
 
-void ShowLine(int align)
+void PaintLine()
 {
-    write::status.StatusAlign = static_cast<std::int16_t>(align);
-    Transcribe("status", {{"text", StatusText}, {"align", std::int64_t{align}}});
     if (!hWndStatus) return;  // the first texts of the start come before the window
     const Rect line{0, 0, ClientWidth, TextHeight};
     InvalidateRect(hWndStatus, &line, true);
     UpdateWindow(hWndStatus);
+}
+
+void ShowLine(int align)
+{
+    write::status.StatusAlign = static_cast<std::int16_t>(align);
+    Transcribe("status", {{"text", StatusText}, {"align", std::int64_t{align}}});
+    PaintLine();
 }
 
 }  // namespace
@@ -182,6 +189,12 @@ bool StatusNoteStands()
     return !note.empty() && StatusText == note;
 }
 
+void ShowStatusField(std::string_view text)
+{
+    write::status.StatusField = text;
+    PaintLine();
+}
+
 int GetStatusText(std::string& text)
 {
     text = StatusText;
@@ -200,6 +213,10 @@ LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM 
     if (!DrawTextLine(window, x, 0, StatusText, align, StatusForeground, StatusBackground)) {
         MessageBox(hWndMain, "Failure to output text in status window!", kMessageCaption);
     }
+    if (!StatusField.empty()) {
+        DrawTextLine(window, client.right, 0, "  " + StatusField + " ", TextAlign::kRight, StatusForeground,
+                     StatusBackground);
+    }
     return 0;
 }
 
@@ -207,6 +224,7 @@ void ResetStatus()
 {
     note.clear();
     write::status.StatusText.clear();
+    write::status.StatusField.clear();
     write::status.StatusAlign = 0;
     write::status.StatusBackground = 0xFF0000;
     write::status.StatusForeground = 0xFFFFFF;

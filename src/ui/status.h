@@ -41,6 +41,10 @@ bool StatusNoteStands();
 // What to do where live video runs without a video set-up or a calibration, "not set up: Ctrl+V"; otherwise empty.
 std::string_view SetupHint();
 
+// A second, short text at the right end of the line, which messages leave; empty: none. Shows it at once.
+extern const std::string& StatusField;
+void ShowStatusField(std::string_view text);
+
 // Copies the text and returns its alignment, for who restores the line later.
 int GetStatusText(std::string& text);
 

@@ -12,6 +12,7 @@
 #include "state/frame_state.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
+#include "ui/gather.h"
 #include "ui/status.h"
 #include "viewing/saving_write.h"
 #include "viewing/stored_view.h"
@@ -19,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace kelvo {
@@ -126,10 +128,10 @@ ImageHeaderRecord HeaderOfCamera()
 
 // ---- Save image
 
-int RefuseImage(std::optional<FrameWriter>& file, const char* text)
+int RefuseImage(std::optional<FrameWriter>& file, std::string_view text)
 {
     file.reset();  // nothing is left of it before the operator reads why
-    Tell(text);
+    Tell(std::string(text));
     return 0;
 }
 
@@ -165,7 +167,7 @@ int WriteImage(std::optional<FrameWriter>& file, const std::string& path, std::s
 
 // ---- Save sequence
 
-std::int32_t RefuseSequence(const char* text)
+std::int32_t RefuseSequence(std::string_view text)
 {
     Beep();
     MessageBox(hWndMain, text, "Kelvo SaveSequence Error");
@@ -303,7 +305,7 @@ int SaveImage(const std::string& path, std::uint32_t framesToAverage)
         return RefuseImage(file, "Failure to allocate or lock video memory!");
     }
     if (!GatherFrame(counts, framesToAverage, ImageMode())) {
-        return RefuseImage(file, "Video Data Acquisition Failed, Hardware error");
+        return RefuseImage(file, WhyNothingWasGathered("Video Data Acquisition Failed, Hardware error"));
     }
     StatusMessage(" Writing image to file", kCentred);
     HeaderKeeper former;
@@ -332,7 +334,8 @@ std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNum
     StatusMessage("Collecting image to save", kCentred);
     std::vector<std::int16_t> counts;
     if (!AllocateBlock(counts, ValuesOnView())) return RefuseSequence("Failure to allocate memory!");
-    if (!GatherFrame(counts, frames, SequenceMode())) return RefuseSequence("Unable to get image data!");
+    if (!GatherFrame(counts, frames, SequenceMode()))
+        return RefuseSequence(WhyNothingWasGathered("Unable to get image data!"));
 
     StatusMessage("Saving image to file", kCentred);
     sequenceNumber = std::max(sequenceNumber, 0);

@@ -13,7 +13,12 @@
 #include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recording_board.h"
+#include "ui/gather.h"
+#include "ui/status.h"
 #include "video/video.h"
+
+#include <QApplication>
+#include <QKeyEvent>
 
 #include <gmock/gmock.h>
 
@@ -565,6 +570,28 @@ TEST_F(Averaging, ARangeOfStoredFramesBeyondAnyStoreEnds)
     write::buffer.BufferLastFrame = std::numeric_limits<int>::max();
     EXPECT_EQ(Average(1, kAverage16 | kUseStoredFrames), 1);
     EXPECT_THAT(counts, Each(-5)) << "no frame has such a number";
+}
+
+// --- Stopped by the operator ---
+
+// Escape while the third frame is read: no fourth one is asked for, and what was calibrated is calibrated again.
+TEST_F(Averaging, EscapeEndsItAsAFailureAndTheCalibrationStays)
+{
+    write::cal.CalType = 2;
+    recordingBoard.onRead = [this](std::int32_t) {
+        if (++captured != 3) return;
+        QApplication::postEvent(
+            qApp, std::make_unique<QKeyEvent>(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier).release());
+    };
+    EXPECT_EQ(Average(30, kSum32 | kTakeNewFrames), 0);
+    EXPECT_TRUE(GatherWasStopped());
+    EXPECT_EQ(captured, 3);
+    EXPECT_EQ(CalType, 2);
+    EXPECT_EQ(StatusField, "");
+    EXPECT_THAT(op.Boxes(), IsEmpty());
+    recordingBoard.onRead = nullptr;
+    EXPECT_EQ(Average(2, kSum32 | kTakeNewFrames), 1) << "the next one runs";
+    EXPECT_FALSE(GatherWasStopped());
 }
 
 }  // namespace

@@ -174,13 +174,35 @@ TEST_F(CalibDialog, TheFileRadiosActOnlyWhereBadPixelsAreReplaced)
     PutFile(InDirectory("Last.bad"), "");
     Run([](HWND dialog) {
         for (const int id : {1200, 1201, 1203}) {
-            OperateCheck(dialog, id, true);
+            EXPECT_FALSE(DlgItemEnabled(dialog, id)) << id;
+            SendMessage(dialog, WM_COMMAND, MakeLong(id, kButtonClicked), 1);
             EXPECT_EQ(FileRadio(dialog), 1202) << id;
             EXPECT_EQ(StatusText,
                       id == 1203 ? "Wanring: Bad pixel substitution is OFF" : "Warning: Bad pixel substitution is OFF");
         }
     });
     EXPECT_THAT(op->Texts("beep", "sound"), SizeIs(4)) << "at opening, and at each";
+}
+
+TEST_F(CalibDialog, WhatDependsOnTheReplacementIsGrayWithoutIt)
+{
+    Run([](HWND dialog) {
+        constexpr int kDepend[] = {1200, 1201, 1202, 1203, 1208, 1220, 1206, 1205, 20432, 20433, 20434};
+        for (const bool on : {false, true}) {
+            OperateCheck(dialog, 1306, on);
+            for (const int id : kDepend) EXPECT_EQ(DlgItemEnabled(dialog, id), on) << id;
+        }
+    });
+}
+
+TEST_F(CalibDialog, ItsFieldsHaveUnits)
+{
+    Run([](HWND dialog) {
+        EXPECT_EQ(GetDlgItemText(dialog, 20431), "counts");
+        EXPECT_EQ(GetDlgItemText(dialog, 20432), "of the mean response");
+        EXPECT_EQ(GetDlgItemText(dialog, 20433), "counts above the mean");
+        EXPECT_EQ(GetDlgItemText(dialog, 20434), "counts below the mean");
+    });
 }
 
 TEST_F(CalibDialog, StoredListsAreTakenWhereTheyCanBeOpened)

@@ -1,6 +1,8 @@
 // What the report tells, on numbers worked by hand, and what its dialog shows.
 #include "calib/calibration_report.h"
 
+#include "calib/report_dialog.h"
+#include "calib/report_file.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
 #include "platform/paint.h"
@@ -77,6 +79,25 @@ TEST(ReportText, TellsThatNoFreshFramesCame)
               "\nBad detectors\n     12  Noisy\n");
 }
 
+TEST(ReportFacts, NoiseOverResponseIsTheNoiseEquivalentTemperature)
+{
+    // 5 counts at 250 counts a kelvin are 20 mK, whichever way the signal goes.
+    EXPECT_EQ(NoiseFact(5, 250).second, "5.00 counts, 20.0 mK at 250.0 counts/K");
+    EXPECT_EQ(NoiseFact(5, -250).second, "5.00 counts, 20.0 mK at 250.0 counts/K");
+    EXPECT_EQ(NoiseFact(5.25, 0).second, "5.25 counts");
+}
+
+TEST(ReportFacts, StandBehindTheTitle)
+{
+    CalibrationReport report;
+    report.title = "1 Point Update";
+    report.calPath = "/somewhere/warm.cal";
+    report.facts = {{"Date", "2024-01-01 12:00:00"}, {"Integration time", "19.4000 ms"}};
+    EXPECT_THAT(ReportText(report), testing::StartsWith("1 Point Update\n/somewhere/warm.cal\n"
+                                                        "Date                  2024-01-01 12:00:00\n"
+                                                        "Integration time      19.4000 ms\n\nResidual"));
+}
+
 // --- The map --------------------------------------------------------------------------------------------------------
 
 class ReportMap : public CalibrationTest {
@@ -136,6 +157,21 @@ TEST_F(ReportMap, IsTurnedAsThePictureIs)
     OrientMap(report);
     EXPECT_THAT(report.map, ElementsAre(1, 0, 0, 2, 0, 1, 0, 0));
     write::display.MirrorHoriz = 0;
+}
+
+// Pixel 2, whose detector is 5, shows detector 4 of pixel 3; pixel 4 keeps its own.
+TEST_F(ReportMap, NamesWhoAnswersAndTurnsThatToo)
+{
+    CalibrationReport report = Report();
+    const std::vector<std::uint32_t> before = {7, 6, 5, 4, 3, 2, 1, 0};
+    const std::vector<std::uint32_t> after = {7, 6, 4, 4, 3, 2, 1, 1};
+    MapAnswers(report, before, after);
+    constexpr std::uint32_t kNobody = kNobodyAnswers;
+    EXPECT_THAT(report.answers, ElementsAre(kNobody, kNobody, 3, kNobody, kNobody, kNobody, kNobody, 6));
+    write::display.MirrorVert = 1;  // columns: 0 1 2 3 becomes 3 2 1 0
+    OrientMap(report);
+    write::display.MirrorVert = 0;
+    EXPECT_THAT(report.answers, ElementsAre(kNobody, 0, kNobody, kNobody, 5, kNobody, kNobody, kNobody));
 }
 
 std::size_t PixelsOf(const DeviceBitmap& picture, std::uint32_t color)

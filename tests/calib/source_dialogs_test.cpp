@@ -50,6 +50,12 @@ class SourceDialog : public CalibrationTest {
     {
         Work([this] { result = HotSourceDialog(hWndMain); }, std::move(work), std::move(then));
     }
+    // The same in either dialog.
+    void InBoth(const std::function<void(HWND)>& work)
+    {
+        Cold(work);
+        Hot(work);
+    }
     static void TypeAndOk(HWND dialog, int edit, const char* text)
     {
         OperateText(dialog, edit, text);
@@ -276,16 +282,12 @@ TEST_F(SourceDialog, TheLivePictureTellsOfTheSource)
 {
     write::frames.LiveVideo = 1;
     write::frames.RawFrame = {0, 0, 0, 16383};
-    for (const auto show : {&SourceDialog::Cold, &SourceDialog::Hot}) {
-        (this->*show)(
-            [](HWND dialog) {
-                EXPECT_EQ(GetDlgItemText(dialog, kSourceMean), "4095.8 counts");
-                EXPECT_EQ(GetDlgItemText(dialog, kSourceDeviation), "8191.5 counts");
-                EXPECT_EQ(GetDlgItemText(dialog, kSourceSaturated), "100.00 %");
-                EXPECT_EQ(GetDlgItemText(dialog, kSourceSteady), "not steady: the mean still moves");
-            },
-            nullptr);
-    }
+    InBoth([](HWND dialog) {
+        EXPECT_EQ(GetDlgItemText(dialog, kSourceMean), "4095.8 counts");
+        EXPECT_EQ(GetDlgItemText(dialog, kSourceDeviation), "8191.5 counts");
+        EXPECT_EQ(GetDlgItemText(dialog, kSourceSaturated), "100.00 %");
+        EXPECT_EQ(GetDlgItemText(dialog, kSourceSteady), "not steady: the mean still moves");
+    });
 }
 
 TEST_F(SourceDialog, TheFiguresFollowThePictureUntilItIsSteady)
@@ -316,15 +318,11 @@ TEST_F(SourceDialog, TheBenchIsOfferedWhereThereIsOne)
     SetSourceBench({[] { return false; }, [](HWND owner) { opened = owner; }});
     Cold([&](HWND dialog) { EXPECT_FALSE(isVisible(dialog)); });
     SetSourceBench({[] { return true; }, [](HWND owner) { opened = owner; }});
-    for (const auto show : {&SourceDialog::Cold, &SourceDialog::Hot}) {
-        (this->*show)(
-            [&](HWND dialog) {
-                EXPECT_TRUE(isVisible(dialog));
-                OperatePress(dialog, kSourceBench);
-                EXPECT_EQ(opened, dialog);
-            },
-            nullptr);
-    }
+    InBoth([&](HWND dialog) {
+        EXPECT_TRUE(isVisible(dialog));
+        OperatePress(dialog, kSourceBench);
+        EXPECT_EQ(opened, dialog);
+    });
     SetSourceBench({});
 }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs an operator script in a real window: an X server of its own (Xvfb) with a small window manager (openbox), in real time.
 #   run_in_window.sh PROGRAM SCRIPT DIRECTORY [--scale N] [--size WxH] [ARGUMENT...]
-# DIRECTORY is emptied; what the run leaves (data, transcript, pictures, logs) stays there until the next one. The exit code is
+# DIRECTORY is emptied; Xvfb_screen0 in it is the screen as it is at the moment (XWD); what the run leaves (data, transcript, pictures, logs) stays there until the next one. The exit code is
 # that of the program. ARGUMENTs go to the program.
 set -eu
 program=$1 script=$2 directory=$3
@@ -24,7 +24,7 @@ end() { for child in "${children[@]}"; do kill "$child" 2>/dev/null || true; don
 trap end EXIT
 
 exec 3>display
-Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp -noreset >xvfb.log 2>&1 &
+Xvfb -displayfd 3 -screen 0 "${size}x24" -nolisten tcp -noreset -fbdir "$directory" >xvfb.log 2>&1 &
 children+=($!)
 exec 3>&-
 for _ in $(seq 200); do [ -s display ] && break; sleep 0.05; done

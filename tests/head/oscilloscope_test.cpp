@@ -262,5 +262,32 @@ TEST(Oscilloscope, APageIsFourRowsAndStopsTwoRowsBeforeTheEnd)
     EXPECT_EQ(PageOn(-1, 0), 0);
 }
 
+// --- The good band ---
+
+TEST(ScopeBand, LiesAtATenthFromEachEndOfTheConverter)
+{
+    EXPECT_EQ(kGoodSignalLow, 16383 / 10);
+    EXPECT_EQ(kGoodSignalHigh, 16383 - 16383 / 10);
+    // 401 rows of the whole range: 1638 counts are 39.99 rows from the bottom.
+    EXPECT_EQ(RowOfCount(16383, 0, 16383, 401), 0);
+    EXPECT_EQ(RowOfCount(0, 0, 16383, 401), 400);
+    EXPECT_EQ(RowOfCount(kGoodSignalLow, 0, 16383, 401), 360);
+    EXPECT_EQ(RowOfCount(kGoodSignalHigh, 0, 16383, 401), 39);
+}
+
+TEST(ScopeBand, HasNoRowOutsideThePlot)
+{
+    EXPECT_EQ(RowOfCount(99, 100, 200, 401), std::nullopt);
+    EXPECT_EQ(RowOfCount(201, 100, 200, 401), std::nullopt);
+    EXPECT_EQ(RowOfCount(100, 100, 100, 401), std::nullopt);
+    EXPECT_EQ(RowOfCount(150, 100, 200, 0), std::nullopt);
+}
+
+TEST(ScopeSaturation, IsAShareInPercent)
+{
+    EXPECT_EQ(SaturatedText(0.00125), "Saturated: 0.12 %");
+    EXPECT_EQ(SaturatedText(1), "Saturated: 100.00 %");
+}
+
 }  // namespace
 }  // namespace kelvo

@@ -1,5 +1,6 @@
 #include "platform/controls.h"
 
+#include "platform/application.h"
 #include "platform/dialog.h"
 #include "platform/dialog_fixture.h"
 #include "platform/icons.h"
@@ -7,6 +8,7 @@
 
 #include <QApplication>
 #include <QDirIterator>
+#include <QSlider>
 #include <QToolButton>
 
 namespace kelvo {
@@ -24,7 +26,41 @@ int InkOf(const QImage& image)
     return count;
 }
 
+// Of the pixels of its middle column above and below the hand, how many are in the colour of the fill.
+struct Fill {
+    int above = 0;
+    int below = 0;
+};
+Fill FillOf(int position)
+{
+    QSlider slider(Qt::Vertical);
+    slider.setRange(0, 100);
+    slider.setInvertedAppearance(true);
+    slider.setValue(position);
+    slider.resize(30, 300);
+    const QImage image = slider.grab().toImage();
+    const int hand = position * image.height() / 100;
+    Fill fill;
+    for (int y = 0; y < image.height(); ++y) {
+        const QColor color = image.pixelColor(image.width() / 2, y);
+        const bool isFilled = color.blue() > color.red() + 60;
+        if (isFilled && y < hand - 20) ++fill.above;
+        if (isFilled && y > hand + 20) ++fill.below;
+    }
+    return fill;
+}
+
 }  // namespace
+
+TEST_F(DialogFixture, ASliderThatCountsFromTheTopIsFilledFromBelow)
+{
+    ChangeTheme(Theme::kLight);
+    EXPECT_EQ(FillOf(20).above, 0);
+    EXPECT_GT(FillOf(20).below, 150);
+    EXPECT_EQ(FillOf(80).above, 0);
+    EXPECT_LT(FillOf(80).below, 60);
+    EXPECT_GT(FillOf(80).below, 10);
+}
 
 TEST_F(DialogFixture, FourWayButtonReportsEachDirection)
 {

@@ -44,6 +44,7 @@
 #include "state/head_state_write.h"
 #include "state/windows_write.h"
 #include "ui/file_lists.h"
+#include "ui/gather.h"
 #include "ui/recent_files.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
@@ -92,6 +93,7 @@ constexpr void (*kModules[])() = {
     ForgetRecentFiles,
     ResetSelectFile,
     ResetStatus,
+    ResetGather,
     ResetDisplaySettings,
     ResetFrameRateTable,
     ResetSettings,

@@ -223,8 +223,11 @@ rows["CALIB.list"] = {
 }
 rows.CALIB.refused = { { set = { [1216] = "1000" }, box = "Allowed number of frames must be between 1 & 999" } }
 
+local source_buttons = { [20405] = "opens the bench, a window of its own" }
+
 rows.CAL_COLD = {
   open = opens(131, "CAL_COLD"),
+  buttons = source_buttons,
   texts = { [1224] = "100", [1225] = "0.5" },
   refused = {
     { set = { [1224] = "2501" }, box = false },
@@ -240,6 +243,7 @@ rows["CAL_COLD.new"] = {
     press(1)
     in_front("CAL_COLD")
   end,
+  buttons = source_buttons,
   texts = rows.CAL_COLD.texts,
   refused = rows.CAL_COLD.refused,
   kept = limits_kept { "GainAcceptanceRange", "MaxOffset", "MinOffset", "NumFrames" },
@@ -252,6 +256,7 @@ rows.CAL_HOT = {
     calibration.at_low(20, 20)
     in_front("CAL_HOT")
   end,
+  buttons = source_buttons,
   texts = { [1226] = "100", [1227] = "0.5" },
   refused = {
     { set = { [1226] = "2501" }, box = false },
@@ -286,6 +291,7 @@ rows.CAL_SAVE = {
 }
 
 rows.CALREPORT = {
+  buttons = { [20422] = function() press(20422) end, [20423] = function() press(20423) end },
   setup = function()
     command(130)
     calibration.accept(2, 2)
