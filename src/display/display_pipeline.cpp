@@ -54,6 +54,22 @@ const StateNames kStateNames{
 // The picture on the screen was made of the camera's frame that LiveFrame holds.
 bool showsCameraFrame = false;
 
+// What the program found last. Where a Cancel brings it back it is still nobody's choice.
+struct Levels {
+    std::int32_t contrast = 0;
+    std::int32_t brightness = 0;
+    friend bool operator==(const Levels&, const Levels&) = default;
+};
+Levels fittedLevels;
+
+// Before contrast and brightness become others.
+void NoteChangeOfLevels(const Levels& levels)
+{
+    const Levels before{Contrast, Brightness};
+    if (LevelsAreFitted) fittedLevels = before;
+    if (levels != before) write::display.LevelsAreFitted = levels == fittedLevels ? 1 : 0;
+}
+
 std::vector<PictureLayer> layers;
 
 void PaintLayers(bool newFrame)
@@ -162,7 +178,7 @@ PicturePlacing PlacingInForce()
 void BuildDisplayLut(std::int32_t contrast, std::int32_t brightness)
 {
     FillDisplayLut(contrast, brightness);
-    if (contrast != Contrast || brightness != Brightness) write::display.LevelsAreFitted = 0;
+    NoteChangeOfLevels({contrast, brightness});
     write::display.Contrast = contrast;
     write::display.Brightness = brightness;
     ShowLevelsInPanel();
@@ -326,6 +342,7 @@ void FitContrastToPicture(std::span<const std::uint8_t> bad)
     }
     BuildDisplayLut(fit.contrast, fit.brightness);
     write::display.LevelsAreFitted = 0;  // the operator has asked for them
+    fittedLevels = {};
 }
 
 void DrawColorBar() {}
@@ -340,6 +357,7 @@ void ResetDisplayPipeline()
     LastPaintRight = 0;
     LastPaintBottom = 0;
     showsCameraFrame = false;
+    fittedLevels = {};
     write::picture.PictureRightMargin = 0;
     layers.clear();
 }

@@ -392,6 +392,19 @@ TEST_F(Pipeline, TheReadOutKeepsTheLineWhenOffOrWithoutZoom)
     EXPECT_EQ(CursorX, 7);
 }
 
+TEST_F(Pipeline, LevelsThatTheProgramFoundAreNobodysChoiceWhenTheyComeBack)
+{
+    BuildDisplayLut(40, 500);
+    write::display.LevelsAreFitted = 1;
+    BuildDisplayLut(40, 500);
+    EXPECT_EQ(LevelsAreFitted, 1) << "the table anew is no change";
+    BuildDisplayLut(41, 500);
+    EXPECT_EQ(LevelsAreFitted, 0);
+    BuildDisplayLut(42, 510);
+    BuildDisplayLut(40, 500);
+    EXPECT_EQ(LevelsAreFitted, 1) << "as a Cancel does";
+}
+
 TEST_F(Pipeline, FittingSetsContrastAndBrightness)
 {
     std::vector<std::int16_t> counts(1000);
