@@ -28,6 +28,7 @@
 #include "state/frame_state_write.h"
 #include "state/windows_write.h"
 #include "ui/status.h"
+#include "video/cursor_cross.h"
 #include "video/video.h"
 
 #include <stdlib.h>
@@ -165,6 +166,7 @@ void Measure(int zoom, bool cursor, double seconds)
 {
     write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = zoom;
     write::frames.ImageCursorOn = cursor ? 1 : 0;
+    AddPictureLayer(DrawCursorCross);
     write::frames.CursorX = kWidth / 3;
     write::frames.CursorY = kHeight / 3;
     const auto paint = [] { SendMessage(hWndMain, WM_TIMER, kLiveTimer, 0); };

@@ -30,6 +30,7 @@ std::array<Rect, 4> CrossArms(Point size, Point pixel)
 // The rims first, and none of them toward the pixel that is read: its colour stays in sight.
 void DrawCursorCross(bool /*newFrame*/)
 {
+    if (!ImageCursorOn) return;
     const std::array<Rect, 4> arms = CrossArms(FrameSizeOnView(), {CursorX, CursorY});
     FillPicturePixels(arms[0], {0, 1, 1, 1}, kRim);
     FillPicturePixels(arms[1], {1, 1, 0, 1}, kRim);

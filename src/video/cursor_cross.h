@@ -13,7 +13,7 @@ namespace kelvo {
 // lies outside the frame.
 std::array<Rect, 4> CrossArms(Point size, Point pixel);
 
-// The layer: the cross at (CursorX, CursorY).
+// The layer: the cross at (CursorX, CursorY), while ImageCursorOn.
 void DrawCursorCross(bool newFrame);
 
 }  // namespace kelvo

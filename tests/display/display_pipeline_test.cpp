@@ -8,6 +8,7 @@
 #include "platform/window.h"
 #include "resources/ids.h"
 #include "state/camera_config_write.h"
+#include "state/contrast_fit.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
@@ -390,6 +391,18 @@ TEST_F(Pipeline, TheReadOutKeepsTheLineWhenOffOrWithoutZoom)
     ShowCursorValue(7, 12, 1);
     EXPECT_EQ(StatusText, "before");
     EXPECT_EQ(CursorX, 7);
+}
+
+TEST_F(Pipeline, LevelsThatTheProgramFoundAreNobodysChoiceWhenTheyComeBack)
+{
+    ShowOwnFit({.contrast = 40, .brightness = 500});
+    BuildDisplayLut(40, 500);
+    EXPECT_TRUE(OwnFitInForce()) << "the table anew is no change";
+    BuildDisplayLut(41, 500);
+    EXPECT_FALSE(OwnFitInForce());
+    BuildDisplayLut(42, 510);
+    BuildDisplayLut(40, 500);
+    EXPECT_TRUE(OwnFitInForce()) << "as a Cancel does";
 }
 
 TEST_F(Pipeline, FittingSetsContrastAndBrightness)

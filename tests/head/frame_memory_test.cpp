@@ -15,6 +15,7 @@
 #include "state/frame_state_write.h"
 #include "state/windows.h"
 #include "support/recording_board.h"
+#include "video/cursor_cross.h"
 #include "video/video.h"
 
 #include <gtest/gtest.h>
@@ -154,6 +155,7 @@ class FrameMemory : public VideoSetUpTest {
     {
         write::frames.LiveVideo = 0;
         write::frames.ImageCursorOn = 0;
+        RemovePictureLayer(DrawCursorCross);
         VideoSetUpTest::TearDown();
     }
 
@@ -186,6 +188,7 @@ TEST_F(FrameMemory, AHundredLiveFramesTakeNone)
         for (const int cursor : {0, 1}) {
             write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = zoom;
             write::frames.ImageCursorOn = cursor;
+            AddPictureLayer(DrawCursorCross);
             write::frames.CursorX = 30;
             write::frames.CursorY = 20;
             Settle();

@@ -49,7 +49,7 @@ TEST(CommandLine, IsPlainWithoutArguments)
     EXPECT_EQ(line.rest, "");
     EXPECT_EQ(line.dataDirectory, "");
     EXPECT_EQ(line.scale, 1.0);
-    EXPECT_EQ(line.theme, Theme::kDesktop);
+    EXPECT_FALSE(line.theme.has_value());
     EXPECT_FALSE(line.offscreen);
 }
 
