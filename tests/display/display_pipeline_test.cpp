@@ -395,7 +395,7 @@ TEST_F(Pipeline, TheReadOutKeepsTheLineWhenOffOrWithoutZoom)
 
 TEST_F(Pipeline, LevelsThatTheProgramFoundAreNobodysChoiceWhenTheyComeBack)
 {
-    ShowOwnFit({.contrast = 40, .brightness = 500});
+    ShowOwnFit({.contrast = 40, .brightness = 500, .reason = {}});
     BuildDisplayLut(40, 500);
     EXPECT_TRUE(OwnFitInForce()) << "the table anew is no change";
     BuildDisplayLut(41, 500);
