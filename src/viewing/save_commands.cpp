@@ -11,6 +11,7 @@
 #include "viewing/written_note.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace kelvo {
 
@@ -19,7 +20,8 @@ namespace {
 // A save that failed has told it.
 CommandEnd EndOfSave()
 {
-    return LastSave() ? NoteSavedFile(LastSave()->path, LastSave()->frames) : CommandEnd::kResetStatus;
+    const std::optional<SavedFile>& saved = LastSave();
+    return saved ? NoteSavedFile(saved->path, saved->frames) : CommandEnd::kResetStatus;
 }
 
 }  // namespace
