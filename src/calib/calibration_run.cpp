@@ -16,6 +16,7 @@
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/gather.h"
 
 #include <utility>
 
@@ -81,6 +82,7 @@ void EndWithFormer(RunRecord& run)
 
 bool BeginRun(RunRecord& run)
 {
+    ResetGather();
     run.waiting.emplace();
     run.former.TakeTables();
     return SetCommutationOrder() != 0;

@@ -120,7 +120,7 @@ void Centre(HWND dialog, Point at)
 bool OnPointer(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
     const bool onMap = LowWord(wParam) == kReportMap && HasMap();
-    const Point at{LowWord(static_cast<WPARAM>(lParam)), HighWord(static_cast<WPARAM>(lParam))};
+    const Point at{SignedLowWord(static_cast<WPARAM>(lParam)), SignedHighWord(static_cast<WPARAM>(lParam))};
     switch (message) {
         case WM_MOUSEMOVE:
             if (onMap) NameDetector(dialog, at);
@@ -129,7 +129,7 @@ bool OnPointer(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
             if (onMap) Centre(dialog, at);
             return true;
         case WM_MOUSEWHEEL:
-            if (onMap) Zoom(dialog, HighWord(wParam), at);
+            if (onMap) Zoom(dialog, SignedHighWord(wParam), at);
             return true;
         default:
             return false;

@@ -29,7 +29,7 @@ bool GatherWasStopped();
 // What the operator reads about a gather that gave nothing: failure, or that he stopped it.
 std::string_view WhyNothingWasGathered(std::string_view failure);
 
-// None runs, and none was stopped.
+// None runs, and none was stopped: for who may fail before a gather begins.
 void ResetGather();
 
 }  // namespace kelvo

@@ -97,6 +97,7 @@ bool CameraHasPicture(std::uint32_t mode)
 
 bool GatherFrame(std::span<std::int16_t> counts, std::uint32_t frames, std::uint32_t mode)
 {
+    ResetGather();
     if (ViewingFile) return CopyFrameOnView(counts);
     if (!CameraHasPicture(mode)) return false;
     const Point size = FrameSizeOnView();

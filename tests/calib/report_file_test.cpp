@@ -185,6 +185,39 @@ TEST_F(ReportCommand, ThePointerNamesTheDetectorAndTheWheelZooms)
     });
 }
 
+TEST_F(ReportCommand, TheWheelGoesBothWays)
+{
+    CalibrationReport report = Report();
+    report.columns = 320;
+    report.rows = 256;
+    report.map.assign(std::size_t{320} * 256, 0);
+    report.answers.clear();
+    SaveReport(report);
+    Open([](HWND dialog) {
+        const Rect client = GetClientRect(DlgItemWindow(dialog, kReportMap));
+        const auto named = [&] {
+            SendMessage(dialog, WM_MOUSEMOVE, MakeLong(kReportMap, 0), static_cast<LPARAM>(MakeLong(2, 2)));
+            return GetDlgItemText(dialog, kReportDetector);
+        };
+        const auto wheel = [&](int steps) {
+            const auto middle = static_cast<LPARAM>(MakeLong(client.Width() / 2, client.Height() / 2));
+            SendMessage(dialog, WM_MOUSEWHEEL, MakeLong(kReportMap, steps), middle);
+        };
+        const std::string whole = named();
+        EXPECT_THAT(whole, StartsWith("Point at a detector")) << "beside the map";
+        wheel(1);
+        wheel(1);
+        EXPECT_THAT(named(), testing::EndsWith(": good"));
+        wheel(-1);
+        wheel(-1);
+        EXPECT_EQ(named(), whole);
+        OperatePress(dialog, kReportNearer);
+        EXPECT_THAT(named(), testing::EndsWith(": good"));
+        OperatePress(dialog, kReportFarther);
+        EXPECT_EQ(named(), whole);
+    });
+}
+
 TEST_F(ReportCommand, ASetTakesItsReportToItsNewName)
 {
     SaveReport(Report());

@@ -68,3 +68,28 @@ local left = colours(datadir() .. "/../gather.xwd", edge.x + 20, edge.y + 40, ed
 local ghost, all = left[ground] or 0, 0
 for _, count in pairs(left) do all = all + count end
 assert(ghost < all / 20, ("a ghost of %d of %d pixels"):format(ghost, all))
+
+-- An image of many frames, over one that stands: stopped, the former file is whole and nothing else is left.
+local function save(name, frames)
+  command(106)
+  in_front("SAVE")
+  set(1460, datadir() .. "/" .. name)
+  set(1488, tostring(frames))
+  hands.click(1)
+end
+save("kept.img", 1)
+hands.untilTrue(function() return not dialog() and readfile(datadir() .. "/kept.img") end, "the image")
+local kept = readfile(datadir() .. "/kept.img")
+local names = table.concat(listdir(datadir()), " ")
+save("kept.img", 400)
+hands.untilTrue(function() return box() end, "the question about the file that stands")
+wait(300)
+os.execute("(sleep 2; xdotool key Escape) &")
+hands.click("button", "Yes")
+hands.untilTrue(function() local front = box() return front and front.text == "Stopped by Esc. What was there before is as it was." end, "the stop")
+wait(300)
+hands.key("Return")
+hands.untilTrue(function() return not box() end, "the main window")
+check.eq(readfile(datadir() .. "/kept.img") == kept, true)
+check.eq(table.concat(listdir(datadir()), " "), names)
+check.eq({ state("LiveVideo"), state("StatusField") }, { 1, "" })
