@@ -64,6 +64,11 @@ void EndDialog(HWND dialog, int result);
 // keeps its width at each change of the main window's size before WM_SIZE comes.
 HWND CreateDockedPanel(std::string_view name, HWND owner, DialogProc procedure);
 
+// A strip of controls in the main window's client area, hidden at first, as high as its controls want it (its client
+// rectangle); MoveWindow places it, ShowWindow shows it. A click in it leaves the keyboard where it was. Null if it
+// can't be made.
+HWND CreateStrip(std::string_view name, HWND owner, DialogProc procedure);
+
 // A dialog that stays open beside the main window and doesn't block it.
 HWND CreateModelessDialog(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter = 0);
 

@@ -65,6 +65,7 @@ constexpr int kHelpAdvancedVideo = 2012;
 constexpr int kHelpExternalClock = 2013;
 constexpr int kHelpCalibrationReport = 2014;
 constexpr int kHelpUndo = 2050;
+constexpr int kHelpPlaying = 2051;
 
 // No page stands for these: help shows the contents instead. They belong to older menus, to commands that this version
 // hasn't got, and to pages that are still to be written.

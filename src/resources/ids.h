@@ -89,6 +89,11 @@ constexpr int kCmdViewOneToOne = 2041;
 constexpr int kCmdViewCentre = 2042;
 constexpr int kCmdUndo = 2050;
 constexpr int kCmdRedo = 2051;
+constexpr int kCmdViewPlayOrStop = 2052;
+constexpr int kCmdViewBackwards = 2053;
+constexpr int kCmdViewLoop = 2054;
+constexpr int kCmdViewFaster = 2055;
+constexpr int kCmdViewSlower = 2056;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

@@ -28,6 +28,7 @@
 #include "video/video.h"
 #include "video/view_drag.h"
 #include "video/zoom_pan.h"
+#include "viewing/play_bar.h"
 #include "viewing/playback.h"
 
 #include <optional>
@@ -61,6 +62,7 @@ void OnSize(LPARAM lParam)
         write::windows.ViewWidth = ClientWidth;
         write::windows.ViewHeight = ClientHeight - kViewMargin;
     }
+    PlacePlayBar();
     PlaceColorScale();
 }
 
@@ -198,9 +200,7 @@ void OpenDroppedFiles()
     if (!paths.empty()) OpenStoredFile(paths.front());
 }
 
-}  // namespace
-
-LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
         case WM_CREATE:
@@ -262,6 +262,15 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
         default:
             return DefWindowProc(window, message, wParam, lParam);
     }
+}
+
+}  // namespace
+
+LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    const LRESULT result = Answer(window, message, wParam, lParam);
+    if (message != WM_DESTROY) FollowPlayBar();
+    return result;
 }
 
 void ResetMainWindow()

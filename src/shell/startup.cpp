@@ -42,6 +42,8 @@
 #include "ui/status_write.h"
 #include "video/image_cursor_write.h"
 #include "video/video.h"
+#include "viewing/play_bar.h"
+#include "viewing/playback.h"
 
 #include <unistd.h>
 
@@ -184,6 +186,8 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenColorScale();
     OpenSaturationOverlay();
     OpenUndo();
+    OpenPlayBar();
+    SetPlayLoop(true);
     SetPointer(Pointer::kArrow);
     StatusString(kIdleHint, kLeftAligned);
     ShowWindowMaximised(hWndMain);

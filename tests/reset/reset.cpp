@@ -50,6 +50,8 @@
 #include "video/live_rate.h"
 #include "video/video.h"
 #include "video/view_drag.h"
+#include "viewing/play_bar.h"
+#include "viewing/playback.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -119,6 +121,8 @@ constexpr void (*kModules[])() = {
     [] { write::options.startOptions = {}; },
     ResetMainWindow,
     ResetUndo,
+    ResetPlayback,
+    ResetPlayBar,
     ResetCursorCommand,
     ResetColorScale,
     ResetSaturationOverlay,

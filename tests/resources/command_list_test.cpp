@@ -108,7 +108,7 @@ TEST(MainMenuTable, ChecksWhatIsOnOrOff)
     for (const MenuEntry& entry : MainMenu()) {
         if (entry.checkable) checkable.push_back(entry.id);
     }
-    EXPECT_THAT(checkable, testing::ElementsAre(141, 143, 144, 145, 151, 2006, 2007, 2008));
+    EXPECT_THAT(checkable, testing::ElementsAre(141, 143, 144, 145, 151, 2053, 2054, 2006, 2007, 2008));
 }
 
 TEST(MainMenuTable, LeavesOutWhatHasNoItem)
