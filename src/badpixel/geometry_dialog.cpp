@@ -136,6 +136,7 @@ std::string ClassOf(const PixelPair& pair)
 
 void ShowClass(HWND dialog)
 {
+    WarnDlgItem(dialog, kClassText, false);
     const auto line = static_cast<std::size_t>(selectedLine);
     const std::string text = line < listed.size() ? ClassOf(listed[line]) : std::string();
     if (text.empty()) {
@@ -405,12 +406,14 @@ void Find(HWND dialog)
 {
     const std::string typed = GetDlgItemText(dialog, kFindEdit);
     const std::optional<std::size_t> line = FindPair(listed, typed);
-    WarnDlgItem(dialog, kClassText, !line && !typed.empty());
     if (line) {
         SelectLine(dialog, static_cast<int>(*line));
         MarkSelected();
     } else if (!typed.empty()) {
         SetDlgItemText(dialog, kClassText, typed + " isn't in the list");
+        WarnDlgItem(dialog, kClassText, true);
+    } else {
+        ShowClass(dialog);
     }
 }
 
