@@ -6,6 +6,9 @@
 #include "calib/orientation.h"
 #include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
+#include "pixel/bad_pixels.h"
+#include "pixel/coefficient_lists.h"
+#include "pixel/decommutation.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/files.h"
@@ -17,6 +20,7 @@
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
+#include "state/head_state.h"
 #include "state/windows.h"
 #include "ui/dialog_frame.h"
 #include "ui/docking.h"
@@ -24,7 +28,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -47,8 +53,10 @@ constexpr int kSecondCamera = 1602;
 constexpr int kSet = 1604;
 constexpr int kCommit = 1606;  // no control of its own: what Set and Ok have in common
 constexpr int kDescriptionText = 1608;
+constexpr int kFindEdit = 20210;
+constexpr int kClassText = 20211;
 constexpr std::size_t kPairCharacters = 11;
-constexpr std::array kListControls{kBadList, kRemove, kPairEdit, kAdd};
+constexpr std::array kListControls{kFindEdit, kBadList, kRemove, kPairEdit, kAdd};
 // In the current directory.
 const std::string kScratchFile = "BADDET.TMP";
 
@@ -69,6 +77,7 @@ bool listDirty = false;
 bool listDisabled = true;
 int selectedLine = 0;  // remembered between openings
 std::vector<PixelPair> listed;
+BadDetMap withoutGain;  // of the set, for the class of a line
 
 // For Cancel: all that the dialog may change, as it was when it opened.
 struct AtOpening {
@@ -104,6 +113,39 @@ void MarkListed(std::size_t line)
     MarkPixel(DisplayedPlace(listed[line], inForce, ActiveConfig));
 }
 
+// Which detectors the set has no gain for, image order before orientation; empty where its gains can't be read.
+BadDetMap DetectorsWithoutGain()
+{
+    std::vector<float> gains(DecomList.size());
+    const std::span<std::uint8_t> bytes(reinterpret_cast<std::uint8_t*>(gains.data()), gains.size() * sizeof(float));
+    const std::optional<DecomTable> table = BuildDecomList(ActiveConfig, FrameRateRowAt(IndexFrameRate).ReadoutShift);
+    if (!table || table->size() != gains.size()) return {};
+    if (ReadList(CalSettings.GainFile, bytes, gains.size()) != ListRead::kComplete) return {};
+    BadDetMap marks(gains.size());
+    IdentifyBadDet(marks, gains, *table, ActiveConfig);
+    return marks;
+}
+
+std::string ClassOf(const PixelPair& pair)
+{
+    const std::int64_t index = std::int64_t{pair.row} * ActiveConfig.Hroi + pair.column;
+    if (index < 0 || std::cmp_greater_equal(index, withoutGain.size())) return {};
+    return withoutGain[static_cast<std::size_t>(index)] ? "the calibration has no gain for it"
+                                                        : "bad by the list alone: it has a gain";
+}
+
+void ShowClass(HWND dialog)
+{
+    WarnDlgItem(dialog, kClassText, false);
+    const auto line = static_cast<std::size_t>(selectedLine);
+    const std::string text = line < listed.size() ? ClassOf(listed[line]) : std::string();
+    if (text.empty()) {
+        SetDlgItemText(dialog, kClassText, {});
+        return;
+    }
+    SetDlgItemText(dialog, kClassText, Format("%d,%d: ", listed[line].row, listed[line].column) + text);
+}
+
 void MarkSelected()
 {
     if (!listDisabled) MarkListed(static_cast<std::size_t>(selectedLine));
@@ -128,6 +170,7 @@ void SelectLine(HWND dialog, int line)
 {
     selectedLine = std::clamp(line, 0, std::max(static_cast<int>(listed.size()) - 1, 0));
     if (!listed.empty()) ListSelect(dialog, kBadList, selectedLine);
+    ShowClass(dialog);
 }
 
 void ShowList(HWND dialog)
@@ -142,6 +185,7 @@ void TakeList(HWND dialog, EditableBadList list)
     listDisabled = list.isTooLong;
     SetDlgItemText(dialog, kFileText, "Bad det file: " + CalSettings.BadDetFile);
     listed = std::move(list.pairs);
+    withoutGain = listed.empty() ? BadDetMap() : DetectorsWithoutGain();
     ShowList(dialog);
     MarkListed(0);
 }
@@ -354,7 +398,23 @@ void Cancel(HWND dialog)
 void PickLine(HWND dialog)
 {
     selectedLine = std::max(ListSelection(dialog, kBadList), 0);
+    ShowClass(dialog);
     MarkSelected();
+}
+
+void Find(HWND dialog)
+{
+    const std::string typed = GetDlgItemText(dialog, kFindEdit);
+    const std::optional<std::size_t> line = FindPair(listed, typed);
+    if (line) {
+        SelectLine(dialog, static_cast<int>(*line));
+        MarkSelected();
+    } else if (!typed.empty()) {
+        SetDlgItemText(dialog, kClassText, typed + " isn't in the list");
+        WarnDlgItem(dialog, kClassText, true);
+    } else {
+        ShowClass(dialog);
+    }
 }
 
 constexpr DialogEntry kEntries[] = {
@@ -362,6 +422,7 @@ constexpr DialogEntry kEntries[] = {
     {kFlipVerticalBox, TakeFlag},
     {kRotateBox, TakeFlag},
     {kReplaceBox, TakeFlag},
+    {kFindEdit, Find, kEditChanged},
     {kBadList, PickLine, kSelectionChanged},
     {kRemove, RemoveSelected},
     {kAdd, AddTyped},
@@ -399,6 +460,7 @@ void ResetGeometryDialog()
     listDisabled = true;
     selectedLine = 0;
     listed.clear();
+    withoutGain.clear();
     scratchLines.clear();
     scratchStands = false;
     atOpening = {};

@@ -23,6 +23,13 @@ std::int64_t MostLines(const CameraConfig& config)
     return std::int64_t{std::max(config.Vactive, 0)} * std::max(config.Hactive, 0) / kPixelsALine;
 }
 
+std::string WithoutBlanks(std::string_view text)
+{
+    std::string rest(text);
+    std::erase(rest, ' ');
+    return rest;
+}
+
 }  // namespace
 
 std::optional<EditableBadList> ReadEditableBadList(const std::string& path, const CameraConfig& config)
@@ -40,6 +47,16 @@ std::optional<EditableBadList> ReadEditableBadList(const std::string& path, cons
         list.pairs.push_back(*pair);
     }
     return list;
+}
+
+std::optional<std::size_t> FindPair(std::span<const PixelPair> lines, std::string_view typed)
+{
+    const std::string wanted = WithoutBlanks(typed);
+    if (wanted.empty()) return std::nullopt;
+    const auto found = std::ranges::find_if(
+        lines, [&](const PixelPair& line) { return WithoutBlanks(PixelPairText(line)).starts_with(wanted); });
+    if (found == lines.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - lines.begin());
 }
 
 std::optional<ListWithPair> InsertPair(std::span<const PixelPair> lines, const PixelPair& added)

@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kelvo {
@@ -20,6 +21,10 @@ struct EditableBadList {
 // The pairs of a .bad file with rows 0 to Vactive - 1 and columns 0 to Hactive (a list may name the column behind the
 // last); other lines are passed over. nullopt where the file can't be opened; nothing is told.
 std::optional<EditableBadList> ReadEditableBadList(const std::string& path, const CameraConfig& config);
+
+// The first line whose text, without its blanks, begins with what is typed, blanks taken out: "12,3" finds 12,3 and
+// 12,30. nullopt where none does, and for nothing typed.
+std::optional<std::size_t> FindPair(std::span<const PixelPair> lines, std::string_view typed);
 
 // A list with one pair more: in the list it follows line place - 1; in the file it stands before that line.
 struct ListWithPair {

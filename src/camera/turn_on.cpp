@@ -136,7 +136,7 @@ std::string LastCalibrationPath()
 void OfferVideoSetupInstead(HWND dialog)
 {
     EnableDlgItem(dialog, kAutoloadLastButton, false);
-    SetDlgItemToolTip(
+    SetDlgItemTip(
         dialog, kAutoloadLastButton,
         "There is no last calibration yet. Every calibration that is made becomes it:\n" + LastCalibrationPath());
     SetDefaultButton(dialog, kVideoSetupButton);

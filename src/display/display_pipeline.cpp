@@ -35,6 +35,7 @@ PictureVariables picture;
 
 constinit const Dib& FrameBitmap = write::picture.FrameBitmap;
 constinit const std::int32_t& PictureRightMargin = write::picture.PictureRightMargin;
+constinit const std::int32_t& PictureBottomMargin = write::picture.PictureBottomMargin;
 
 namespace {
 
@@ -114,7 +115,7 @@ void EraseMargin(HWND window, int right, int bottom)
 
 void FitScrolling(int right, int bottom)
 {
-    SetScrollExtent(hWndMain, {right, bottom, PanelHeight(), TextHeight, PictureRightMargin});
+    SetScrollExtent(hWndMain, {right, bottom, PanelHeight(), TextHeight + PictureBottomMargin, PictureRightMargin});
 }
 
 // The picture that stands, at a zoom that was not painted yet.
@@ -366,6 +367,7 @@ void ResetDisplayPipeline()
     LastPaintBottom = 0;
     showsCameraFrame = false;
     write::picture.PictureRightMargin = 0;
+    write::picture.PictureBottomMargin = 0;
     layers.clear();
 }
 

@@ -31,8 +31,10 @@ void EnsureDisplayLut();
 using PictureLayer = void (*)(bool newFrame);
 void AddPictureLayer(PictureLayer layer);  // once is enough
 void RemovePictureLayer(PictureLayer layer);
-// Logical pixels at the right of the main window that something covers: the picture scrolls that much further.
+// Logical pixels at the right and at the bottom of the picture's area that something covers: the picture scrolls that
+// much further.
 extern const std::int32_t& PictureRightMargin;
+extern const std::int32_t& PictureBottomMargin;
 
 Point PictureSize();  // of FrameBitmap: columns and rows; {0, 0} without one
 // Where FrameBitmap is painted: logical pixels of the main window. Empty without a picture.

@@ -9,6 +9,7 @@ namespace kelvo {
 struct PictureVariables {
     Dib FrameBitmap;
     std::int32_t PictureRightMargin = 0;
+    std::int32_t PictureBottomMargin = 0;
 };
 
 namespace write {

@@ -431,21 +431,29 @@ void EndDialog(HWND dialog, int result)
     if (widget) widget->deleteLater();
 }
 
-HWND CreateDockedPanel(std::string_view name, HWND owner, DialogProc procedure)
+HWND CreateStrip(std::string_view name, HWND owner, DialogProc procedure)
 {
     if (!IsWindow(owner) || owner->widget == nullptr) return nullptr;
     std::unique_ptr<QWidget> loaded = LoadWidget(name, owner->widget);
-    const HWND panel = loaded ? EnterDialog(WindowKind::kPanel, name, owner, loaded.get(), procedure) : nullptr;
-    if (panel == nullptr) return nullptr;
+    const HWND strip = loaded ? EnterDialog(WindowKind::kPanel, name, owner, loaded.get(), procedure) : nullptr;
+    if (strip == nullptr) return nullptr;
 
     QWidget* widget = loaded.release();  // the owner's client area keeps it
-    owner->dockedPanel = widget;
     auto* bar = dynamic_cast<PanelWidget*>(widget);
     if (bar != nullptr) bar->Prepare();
-    SendMessage(panel, WM_INITDIALOG, 0, 0);
+    SendMessage(strip, WM_INITDIALOG, 0, 0);
     if (bar != nullptr) bar->MeasureFullWidth();
     widget->setGeometry(0, 0, owner->widget->width(), widget->sizeHint().height());
-    widget->show();
+    widget->hide();
+    return strip;
+}
+
+HWND CreateDockedPanel(std::string_view name, HWND owner, DialogProc procedure)
+{
+    const HWND panel = CreateStrip(name, owner, procedure);
+    if (panel == nullptr) return nullptr;
+    owner->dockedPanel = panel->widget;
+    panel->widget->show();
     SendSize(owner);
     return panel;
 }

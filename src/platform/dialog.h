@@ -66,6 +66,11 @@ void EndDialog(HWND dialog, int result);
 // keeps its width at each change of the main window's size before WM_SIZE comes.
 HWND CreateDockedPanel(std::string_view name, HWND owner, DialogProc procedure);
 
+// A strip of controls in the main window's client area, hidden at first, as high as its controls want it (its client
+// rectangle); MoveWindow places it, ShowWindow shows it. A click in it leaves the keyboard where it was. Null if it
+// can't be made.
+HWND CreateStrip(std::string_view name, HWND owner, DialogProc procedure);
+
 // A dialog that stays open beside the main window and doesn't block it: a tool window, always above the main window,
 // that can be used beside modal dialogs too.
 HWND CreateModelessDialog(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter = 0);
@@ -83,10 +88,8 @@ bool IsDlgButtonChecked(HWND dialog, int id);
 void CheckRadioButton(HWND dialog, int firstId, int lastId, int checkId);
 void EnableDlgItem(HWND dialog, int id, bool enabled);
 void SetDefaultButton(HWND dialog, int id);  // the one that Return presses
-// What the pointer finds over a control, also over one that is disabled; empty: nothing.
-void SetDlgItemToolTip(HWND dialog, int id, std::string_view text);
 bool DlgItemEnabled(HWND dialog, int id);
-void SetDlgItemTip(HWND dialog, int id, std::string_view text);  // shown while the pointer rests on it, grey or not
+void SetDlgItemTip(HWND dialog, int id, std::string_view text);  // shown while the pointer rests on it, grey or not; empty: none
 std::string DlgItemTip(HWND dialog, int id);
 void ShowDlgItem(HWND dialog, int id, bool shown);
 bool HasDlgItem(HWND dialog, int id);

@@ -362,11 +362,6 @@ void SetDefaultButton(HWND dialog, int id)
     if (auto* button = qobject_cast<QPushButton*>(ControlOf(dialog, id))) button->setDefault(true);
 }
 
-void SetDlgItemToolTip(HWND dialog, int id, std::string_view text)
-{
-    if (QWidget* control = ControlOf(dialog, id)) control->setToolTip(ToQString(text));
-}
-
 bool DlgItemEnabled(HWND dialog, int id)
 {
     const QWidget* control = ControlOf(dialog, id);

@@ -2,6 +2,7 @@
 
 #include "platform/front.h"
 
+#include "platform/dialog.h"
 #include "platform/qt_window.h"
 
 #include <QApplication>
@@ -121,6 +122,14 @@ HWND DialogInFront()
 {
     const ModalEntry* const front = FrontModal();
     return front ? front->dialog : nullptr;
+}
+
+HWND StripNamed(std::string_view name)
+{
+    for (HWND strip : WindowsOfKind(WindowKind::kPanel)) {
+        if (strip->widget && !strip->widget->isHidden() && DialogName(strip) == name) return strip;
+    }
+    return nullptr;
 }
 
 bool PressBoxButton(Button button)

@@ -32,6 +32,8 @@ struct FrontFileDialog {
 std::optional<FrontBox> BoxInFront();
 std::optional<FrontFileDialog> FileDialogInFront();
 HWND DialogInFront();  // null: none
+// A strip of controls of the main window (CreateStrip, CreateDockedPanel) that is shown; null: none of that name.
+HWND StripNamed(std::string_view name);
 
 // A box, file selection or dialog is open, in front or not.
 bool ModalIsOpen();

@@ -2,6 +2,7 @@
 
 #include "platform/qt_window.h"
 
+#include <QAbstractButton>
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
@@ -93,6 +94,13 @@ bool IsTypedInto(QWidget* widget, const QKeyEvent& press)
     return question.isAccepted();
 }
 
+// Space presses, opens or ticks the control that has the focus; the picture's own meaning of it is for the picture.
+bool IsForControl(const QWidget* widget, const QKeyEvent& press)
+{
+    return press.key() == Qt::Key_Space && press.modifiers() == Qt::NoModifier &&
+           (qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget));
+}
+
 class KeyWatch : public QObject {
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -139,7 +147,7 @@ class KeyWatch : public QObject {
         HWND window = MainWindow();
         if (!window || !window->frame || widget.window() != window->frame || FrontModal()) return false;
         const std::optional<int> command = AcceleratorCommand(*window, key.key(), key.modifiers());
-        if (!command || IsTypedInto(&widget, key)) return false;
+        if (!command || IsTypedInto(&widget, key) || IsForControl(&widget, key)) return false;
         SendMessage(window, WM_COMMAND, static_cast<WPARAM>(*command), 0);
         return true;
     }

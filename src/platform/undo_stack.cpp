@@ -34,6 +34,7 @@ class StackedStep : public QUndoCommand {
     {
         const auto& later = static_cast<const StackedStep&>(*next);  // all steps here are of one class
         if (later.joining_ == Joining::kAlone) return false;
+        step_.takeBack = later.step_.takeBack;
         step_.doAgain = later.step_.doAgain;
         setObsolete(later.joining_ == Joining::kComesToNothing);
         return true;
@@ -82,10 +83,10 @@ void PushUndoStep(UndoStep step)
     Push(std::move(step), StackedStep::Joining::kAlone);
 }
 
-void ExtendLastUndoStep(std::function<bool()> doAgain)
+void ExtendLastUndoStep(std::function<bool()> takeBack, std::function<bool()> doAgain)
 {
     if (!Stack().canUndo()) return;
-    Push({.name = {}, .takeBack = nullptr, .doAgain = std::move(doAgain)}, StackedStep::Joining::kGoesOn);
+    Push({.name = {}, .takeBack = std::move(takeBack), .doAgain = std::move(doAgain)}, StackedStep::Joining::kGoesOn);
 }
 
 void DropLastUndoStep()

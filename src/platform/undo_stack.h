@@ -20,9 +20,9 @@ struct UndoStep {
 
 // A step that has been done just now; nothing is called.
 void PushUndoStep(UndoStep step);
-// The step that would be taken back has gone on: doing it again is another function now. Without such a step nothing
-// happens; neither does in DropLastUndoStep.
-void ExtendLastUndoStep(std::function<bool()> doAgain);
+// The step that would be taken back has gone on: it keeps its name, and has these functions now. Without such a step
+// nothing happens; neither does in DropLastUndoStep.
+void ExtendLastUndoStep(std::function<bool()> takeBack, std::function<bool()> doAgain);
 // That step has come to nothing: it goes, and nothing is called.
 void DropLastUndoStep();
 

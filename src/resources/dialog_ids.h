@@ -1,4 +1,5 @@
-// Control numbers of the dialogs that came after the classic ones: ABOUT, ACCOUNT, BENCH, FRAMES and GOTOFRAME.
+// Control numbers of the dialogs that came after the classic ones: ABOUT, ACCOUNT, BENCH, FRAMES, GOTOFRAME and
+// PLAYBAR.
 #pragma once
 
 namespace kelvo {
@@ -18,6 +19,14 @@ constexpr int kFramesRight = 1003;
 constexpr int kFramesBottom = 1004;
 constexpr int kFramesFirst = 1005;
 constexpr int kFramesLast = 1006;
+
+// The play bar.
+constexpr int kPlayButton = 20200;
+constexpr int kPlayPosition = 20201;
+constexpr int kPlayFrame = 20202;  // "frame 19 of 75"
+constexpr int kPlaySpeed = 20203;
+constexpr int kPlayBackwards = 20204;
+constexpr int kPlayLoop = 20205;
 
 constexpr int kGoToFrameNumber = 1001;
 constexpr int kGoToFrameRange = 1002;  // "0 to 119"

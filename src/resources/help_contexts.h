@@ -68,6 +68,7 @@ constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;
 constexpr int kHelpBoardFaults = 2082;
 constexpr int kHelpUndo = 2050;
+constexpr int kHelpPlaying = 2051;
 
 // No page stands for these: help shows the contents instead. They belong to older menus, to commands that this version
 // hasn't got, and to pages that are still to be written.

@@ -94,6 +94,11 @@ constexpr int kCmdThemeDesktop = 2044;
 constexpr int kCmdThemeLight = 2045;
 constexpr int kCmdThemeDark = 2046;
 constexpr int kCmdCalibrationReport = 2070;
+constexpr int kCmdViewPlayOrStop = 2052;
+constexpr int kCmdViewBackwards = 2053;
+constexpr int kCmdViewLoop = 2054;
+constexpr int kCmdViewFaster = 2055;
+constexpr int kCmdViewSlower = 2056;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

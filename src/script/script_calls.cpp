@@ -425,18 +425,35 @@ int Dialog(lua_State* L)
     return 1;
 }
 
-// Which dialog a call means: the one in front, or with "panel" as first argument the control panel.
+bool IsStrip(std::string_view word)
+{
+    return word == "panel" || word == "player";
+}
+
+// A strip of controls of the main window, by the word that a call has for it.
+HWND StripOf(std::string_view word)
+{
+    return word == "panel" ? hDlgPanel : word == "player" ? StripNamed("PLAYBAR") : nullptr;
+}
+
+std::string NameOfStrip(std::string_view word, const char* article)
+{
+    return std::string(article) + (word == "panel" ? "control panel" : "play bar");
+}
+
+// Which dialog a call means: the one in front, or with the word of a strip as first argument that one.
 struct Control {
-    bool onPanel = false;
+    std::string strip;  // empty: the dialog in front
     int id = 0;
     int next = 2;  // index of the argument behind the id
 };
 
 Control ControlArgument(lua_State* L)
 {
-    const bool onPanel = lua_type(L, 1) == LUA_TSTRING && std::string_view(lua_tostring(L, 1)) == "panel";
-    const int index = onPanel ? 2 : 1;
-    return {onPanel, IntArgument(L, index), index + 1};
+    const std::string_view word = lua_type(L, 1) == LUA_TSTRING ? lua_tostring(L, 1) : "";
+    const bool onStrip = IsStrip(word);
+    const int index = onStrip ? 2 : 1;
+    return {std::string(onStrip ? word : ""), IntArgument(L, index), index + 1};
 }
 
 struct Found {
@@ -447,10 +464,11 @@ struct Found {
 Found FindControl(const Control& control, bool toAct)
 {
     if (ProgramHasEnded()) return {nullptr, "the program has ended"};
-    HWND dialog = control.onPanel ? hDlgPanel : DialogInFront();
-    if (!dialog) return {nullptr, ButScreenShows(control.onPanel ? "no control panel" : "no dialog in front")};
-    if (control.onPanel && toAct && SomethingModalInFront()) {
-        return {nullptr, ButScreenShows("the control panel can't be reached")};
+    const bool onStrip = !control.strip.empty();
+    HWND dialog = onStrip ? StripOf(control.strip) : DialogInFront();
+    if (!dialog) return {nullptr, ButScreenShows(onStrip ? NameOfStrip(control.strip, "no ") : "no dialog in front")};
+    if (onStrip && toAct && SomethingModalInFront()) {
+        return {nullptr, ButScreenShows(NameOfStrip(control.strip, "the ") + " can't be reached")};
     }
     if (!HasDlgItem(dialog, control.id)) {
         return {nullptr, "dialog " + DialogName(dialog) + " has no control " + std::to_string(control.id)};
@@ -577,11 +595,11 @@ int Position(lua_State* L)
 // All controls of the dialog in front, or of the panel, by their numbers.
 int Controls(lua_State* L)
 {
-    const bool onPanel = !lua_isnoneornil(L, 1);
-    if (onPanel) luaL_argcheck(L, TextArgument(L, 1) == "panel", 1, "must be \"panel\"");
+    const std::string strip = lua_isnoneornil(L, 1) ? "" : TextArgument(L, 1);
+    luaL_argcheck(L, strip.empty() || IsStrip(strip), 1, "must be \"panel\" or \"player\"");
     if (ProgramHasEnded()) return Fail(L, "controls: the program has ended");
-    HWND dialog = onPanel ? hDlgPanel : DialogInFront();
-    if (!dialog) return Fail(L, ButScreenShows(onPanel ? "no control panel" : "no dialog in front"));
+    HWND dialog = strip.empty() ? DialogInFront() : StripOf(strip);
+    if (!dialog) return Fail(L, ButScreenShows(strip.empty() ? "no dialog in front" : NameOfStrip(strip, "no ")));
     const std::vector<FrontControl> controls = ControlsOf(dialog);
     lua_createtable(L, static_cast<int>(controls.size()), 0);
     lua_Integer index = 0;

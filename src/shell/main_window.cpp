@@ -29,6 +29,7 @@
 #include "video/view_drag.h"
 #include "video/zoom_pan.h"
 #include "viewing/fitted_contrast.h"
+#include "viewing/play_bar.h"
 #include "viewing/playback.h"
 #include "viewing/view_commands.h"
 
@@ -65,6 +66,7 @@ void OnSize(LPARAM lParam)
         write::windows.ViewWidth = ClientWidth;
         write::windows.ViewHeight = ClientHeight - kViewMargin;
     }
+    PlacePlayBar();
     PlaceColorScale();
 }
 
@@ -204,9 +206,7 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
     return RunCommand(window, id);
 }
 
-}  // namespace
-
-LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
         case WM_CREATE:
@@ -274,6 +274,15 @@ LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lP
         default:
             return DefWindowProc(window, message, wParam, lParam);
     }
+}
+
+}  // namespace
+
+LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    const LRESULT result = Answer(window, message, wParam, lParam);
+    if (message != WM_DESTROY) FollowPlayBar();
+    return result;
 }
 
 void ResetMainWindow()

@@ -50,6 +50,8 @@
 #include "video/image_cursor_write.h"
 #include "video/video.h"
 #include "viewing/fitted_contrast.h"
+#include "viewing/play_bar.h"
+#include "viewing/playback.h"
 
 #include <unistd.h>
 
@@ -213,6 +215,8 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenSaturationOverlay();
     OpenUndo();
     OpenKeepFitted();
+    OpenPlayBar();
+    SetPlayLoop(true);
     SetPointer(Pointer::kArrow);
     StatusString(kIdleHint, kLeftAligned);
     ShowMainWindow(hWndMain);

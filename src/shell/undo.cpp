@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -30,8 +31,8 @@ constexpr std::int64_t kRunMs = 1000;  // how long after a turn of the wheel the
 
 // The menu commands that can be taken back.
 struct UndoableCommand {
-    int first;
-    int last;
+    int first = 0;
+    int last = 0;
     GestureKind kind;
 };
 constexpr UndoableCommand kUndoable[] = {
@@ -67,6 +68,7 @@ using SharedSnapshot = std::shared_ptr<const UndoSnapshot>;
 struct LastStep {
     std::string name;
     SharedSnapshot before;
+    SharedSnapshot after;
     std::int64_t endMs = 0;  // on the TickMs scale
 };
 std::optional<LastStep> lastStep;
@@ -93,7 +95,7 @@ void FollowGround()
     ForgetSteps();
 }
 
-void ShowItem(int id, std::string text, const char* key, std::optional<std::string>& shown, bool enabled)
+void ShowItem(int id, const std::string& text, const char* key, std::optional<std::string>& shown, bool enabled)
 {
     const std::string whole = text + key;
     if (shown == whole) return;
@@ -133,24 +135,29 @@ bool GoesOn(const std::string& name)
     return kind.repeats && lastStep && lastStep->name == name && TickMs() - lastStep->endMs <= kRunMs;
 }
 
-void Enter(const std::string& name, const SharedSnapshot& after)
+std::function<bool()> Way(const SharedSnapshot& from, const SharedSnapshot& to)
 {
-    const auto from = std::make_shared<const UndoSnapshot>(std::move(before));
-    PushUndoStep({.name = name,
-                  .takeBack = [from, after] { return PutBackDifference(*from, *after); },
-                  .doAgain = [from, after] { return PutBackDifference(*after, *from); }});
-    lastStep = {name, from, TickMs()};
+    return [from, to] { return PutBackDifference(*to, *from); };
 }
 
-void GoOn(const SharedSnapshot& after)
+void Enter(const std::string& name, UndoSnapshot snapshot)
 {
-    const SharedSnapshot from = lastStep->before;
-    lastStep->endMs = TickMs();
-    if (DifferenceOf(*from, *after).empty() && SameKeys(*from, *after)) {
+    const auto from = std::make_shared<const UndoSnapshot>(std::move(before));
+    const auto to = std::make_shared<const UndoSnapshot>(std::move(snapshot));
+    PushUndoStep({.name = name, .takeBack = Way(to, from), .doAgain = Way(from, to)});
+    lastStep = {name, from, to, TickMs()};
+}
+
+void GoOn(LastStep& step, UndoSnapshot snapshot)
+{
+    if (!snapshot.badPixels) snapshot.badPixels = step.after->badPixels;  // this gesture couldn't change them
+    step.after = std::make_shared<const UndoSnapshot>(std::move(snapshot));
+    step.endMs = TickMs();
+    if (DifferenceOf(*step.before, *step.after).empty() && SameKeys(*step.before, *step.after)) {
         DropLastUndoStep();
         lastStep.reset();
     } else {
-        ExtendLastUndoStep([from, after] { return PutBackDifference(*after, *from); });
+        ExtendLastUndoStep(Way(step.after, step.before), Way(step.before, step.after));
     }
 }
 
@@ -161,11 +168,10 @@ void KeepStep()
     const std::string difference = DifferenceOf(before, snapshot);
     const std::string name = kind.name.empty() ? difference : std::string(kind.name);
     const bool keysAlone = difference.empty() && !SameKeys(before, snapshot);
-    const auto after = std::make_shared<const UndoSnapshot>(std::move(snapshot));
     if (lastStep && (keysAlone || (!difference.empty() && GoesOn(name)))) {
-        GoOn(after);  // keys that are written later are the last step's
+        GoOn(*lastStep, std::move(snapshot));  // keys that are written later are the last step's
     } else if (!difference.empty()) {
-        Enter(name, after);
+        Enter(name, std::move(snapshot));
     }
 }
 

@@ -218,7 +218,7 @@ std::int32_t LargestZoomThatFits()
     const Point size = PictureSize();
     const auto fits = [&](int zoom) {
         return ScaledExtent(hWndMain, size.x, zoom) <= area.Width() - PictureRightMargin &&
-               ScaledExtent(hWndMain, size.y, zoom) <= area.Height();
+               ScaledExtent(hWndMain, size.y, zoom) <= area.Height() - PictureBottomMargin;
     };
     auto zoom = static_cast<std::int32_t>(kMaxZoom);
     while (zoom > kMinZoom && !fits(zoom)) --zoom;

@@ -5,10 +5,12 @@
 #include "imagefile/header.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
+#include "platform/menu.h"
 #include "platform/paint.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "resources/dialog_ids.h"
+#include "resources/ids.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
@@ -20,7 +22,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <optional>
+#include <utility>
 
 namespace kelvo {
 
@@ -29,19 +33,27 @@ namespace {
 constexpr double kDefaultRateHz = 10.0;
 constexpr int kNoFrame = -2;  // none was chosen
 
+// LoadName, CurrentFrame and LastFrame are those of the file on view.
+bool IsSequenceOnView()
+{
+    return ViewingSequence && LoadName == ViewFilePath;
+}
+
 void Tell(std::string_view text)
 {
     MessageBox(hWndMain, text, kMessageCaption, BoxIcon::kInformation);
 }
 
-// The file on view has several frames to go through; it becomes the sequence that is stepped.
+PlayState play;  // but for playing, which the timer knows
+
+// The file on view becomes the sequence that is stepped; false, after a box, where it has not several frames.
 bool TakeSequenceOnView()
 {
-    if (!ViewingFile || ImageHeader.FrameCount < 2 || IsCoefficientFile(ViewFilePath)) {
+    if (FramesToPlay() == 0) {
         Tell("There is no sequence on view.");
         return false;
     }
-    if (!ViewingSequence || LoadName != ViewFilePath) {
+    if (!IsSequenceOnView()) {
         write::frames.LoadName = ViewFilePath;
         write::frames.CurrentFrame = 0;
     }
@@ -53,7 +65,32 @@ std::int64_t FramePeriodMs()
 {
     const double rate = ImageHeader.FrameRate;
     const double hertz = std::isfinite(rate) && rate > 0.01 ? std::min(rate, 1000.0) : kDefaultRateHz;
-    return std::max<std::int64_t>(1, std::llround(1000.0 / hertz));
+    const double factor = kPlaySpeeds[static_cast<std::size_t>(play.speed)].factor;
+    return std::max<std::int64_t>(1, std::llround(1000.0 / (hertz * factor)));
+}
+
+std::uint32_t FirstToPlay()
+{
+    return play.backwards ? LastFrame : 0;
+}
+
+std::uint32_t LastToPlay()
+{
+    return play.backwards ? 0 : LastFrame;
+}
+
+// nullopt: playing has come to its end.
+std::optional<std::uint32_t> NextToPlay()
+{
+    const bool atEnd = play.backwards ? CurrentFrame == 0 : CurrentFrame >= LastFrame;
+    if (!atEnd) return play.backwards ? CurrentFrame - 1 : CurrentFrame + 1;
+    if (!play.loop) return std::nullopt;
+    return FirstToPlay();
+}
+
+void SetPlayTimer()
+{
+    SetTimer(hWndMain, kPlayTimer, FramePeriodMs());
 }
 
 void OpenGoToFrame(HWND dialog)
@@ -112,15 +149,32 @@ int OpenStoredFile(std::string_view path)
     return shown;
 }
 
+PlayState PlayStateNow()
+{
+    PlayState now = play;
+    now.playing = Playing();
+    return now;
+}
+
 void StartPlaying()
 {
     if (!TakeSequenceOnView()) return;
-    SetTimer(hWndMain, kPlayTimer, FramePeriodMs());
+    if (!play.loop && CurrentFrame == LastToPlay()) ShowFrame(FirstToPlay());
+    SetPlayTimer();
 }
 
 void StopPlaying()
 {
     if (hWndMain) KillTimer(hWndMain, kPlayTimer);
+}
+
+void PlayOrStop()
+{
+    if (Playing()) {
+        StopPlaying();
+    } else if (FramesToPlay() > 0) {
+        StartPlaying();
+    }
 }
 
 bool Playing()
@@ -131,10 +185,67 @@ bool Playing()
 void PlayNextFrame()
 {
     const bool stillOnView = ViewingFile && LoadName == ViewFilePath;
-    if (!stillOnView || !GoToFrame(CurrentFrame >= LastFrame ? 0 : CurrentFrame + 1)) {
+    const std::optional<std::uint32_t> next = stillOnView ? NextToPlay() : std::nullopt;
+    if (!next || !GoToFrame(*next)) {
         StopPlaying();
         return;
     }
+    if (!ImageCursorOn) StatusString(kIdleHint, kLeftAligned);
+}
+
+void SetPlaySpeed(int speed)
+{
+    if (speed < 0 || std::cmp_greater_equal(speed, kPlaySpeeds.size())) return;
+    play.speed = speed;
+    if (Playing()) SetPlayTimer();
+}
+
+void PlayFaster()
+{
+    SetPlaySpeed(play.speed + 1);
+}
+
+void PlaySlower()
+{
+    SetPlaySpeed(play.speed - 1);
+}
+
+void SetPlayBackwards(bool backwards)
+{
+    play.backwards = backwards;
+    if (hWndMain) CheckMenuItem(hWndMain, kCmdViewBackwards, backwards);
+}
+
+void TogglePlayBackwards()
+{
+    SetPlayBackwards(!play.backwards);
+}
+
+void SetPlayLoop(bool loop)
+{
+    play.loop = loop;
+    if (hWndMain) CheckMenuItem(hWndMain, kCmdViewLoop, loop);
+}
+
+void TogglePlayLoop()
+{
+    SetPlayLoop(!play.loop);
+}
+
+std::uint32_t FramesToPlay()
+{
+    const bool several = ViewingFile && ImageHeader.FrameCount > 1 && !IsCoefficientFile(ViewFilePath);
+    return several ? ImageHeader.FrameCount : 0;
+}
+
+std::uint32_t FrameOnView()
+{
+    return IsSequenceOnView() ? CurrentFrame : 0;
+}
+
+void ShowFrame(std::uint32_t frame)
+{
+    if (FramesToPlay() == 0 || !TakeSequenceOnView() || !GoToFrame(frame)) return;
     if (!ImageCursorOn) StatusString(kIdleHint, kLeftAligned);
 }
 
@@ -154,6 +265,11 @@ void CopyPicture()
         return;
     }
     CopyToClipboard(*picture);
+}
+
+void ResetPlayback()
+{
+    play = {};
 }
 
 }  // namespace kelvo

@@ -1,6 +1,8 @@
 // The viewer's own commands: opening any stored file, playing a file's frames, going to a frame, copying the picture.
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <string_view>
 
 namespace kelvo {
@@ -11,15 +13,51 @@ constexpr unsigned kPlayTimer = 20;  // of the main window
 // frames becomes the sequence on view, a single image doesn't. 1 if it is on view.
 int OpenStoredFile(std::string_view path);
 
-// Plays the file on view at its header's frame rate (10 Hz where it has none), from the frame on view on, around and
-// around. Without a file of several frames it says so.
+// How fast a file is played against its header's frame rate (10 Hz where it has none).
+struct PlaySpeed {
+    double factor;
+    std::string_view text;
+};
+constexpr std::array<PlaySpeed, 5> kPlaySpeeds{{{0.25, "1/4"}, {0.5, "1/2"}, {1, "1"}, {2, "2"}, {4, "4"}}};
+constexpr int kNormalSpeed = 2;  // index into kPlaySpeeds
+
+struct PlayState {
+    bool playing = false;
+    int speed = kNormalSpeed;
+    bool backwards = false;
+    bool loop = true;  // around and around; otherwise playing stops at the last frame, backwards at the first
+    friend bool operator==(const PlayState&, const PlayState&) = default;
+};
+PlayState PlayStateNow();
+
+// Plays the file on view from the frame on view on; where playing ended, from its beginning. Without a file of several
+// frames it says so.
 void StartPlaying();
 void StopPlaying();
+void PlayOrStop();  // Space: nothing happens without a file of several frames
 bool Playing();
 void PlayNextFrame();  // at kPlayTimer
+
+// Also while it plays. An index outside the table changes nothing; faster and slower end at the table's ends.
+void SetPlaySpeed(int speed);
+void PlayFaster();
+void PlaySlower();
+void SetPlayBackwards(bool backwards);
+void TogglePlayBackwards();
+void SetPlayLoop(bool loop);
+void TogglePlayLoop();
+
+// The frames of the file on view that can be gone through, 0 where it holds but one; which of them is on view, from 0;
+// and another one of them onto the view.
+std::uint32_t FramesToPlay();
+std::uint32_t FrameOnView();
+void ShowFrame(std::uint32_t frame);
 
 void GoToFrameDialog();
 // What is on view, pixel for pixel without zoom, to the clipboard. Without a picture it says so.
 void CopyPicture();
+
+// Nothing is chosen about playing.
+void ResetPlayback();
 
 }  // namespace kelvo

@@ -128,7 +128,7 @@ TEST_F(GeometryDialogTest, OpensWithoutACalibrationWithTheListDisabled)
                   EXPECT_FALSE(IsDlgButtonChecked(dialog, 1302));
                   EXPECT_FALSE(IsDlgButtonChecked(dialog, 1304));
                   EXPECT_FALSE(IsDlgButtonChecked(dialog, 1306));
-                  for (const int id : {1308, 1310, 1312, 1314}) EXPECT_FALSE(DlgItemEnabled(dialog, id)) << id;
+                  for (const int id : {20210, 1308, 1310, 1312, 1314}) EXPECT_FALSE(DlgItemEnabled(dialog, id)) << id;
                   EXPECT_EQ(GetDlgItemText(dialog, 1608), "Test array");
                   EXPECT_TRUE(IsDlgButtonChecked(dialog, 1600));
                   EXPECT_FALSE(DlgItemEnabled(dialog, 1602));
@@ -316,6 +316,58 @@ TEST_F(GeometryDialogTest, ClosingItsWindowAsksAsOkDoes)
     });
     EXPECT_THAT(BoxTexts(), ElementsAre(kAsk));
     EXPECT_EQ(RotateCCW, 1);
+}
+
+TEST(FindPair, TakesTheFirstLineThatBeginsAsTyped)
+{
+    const Pairs lines = {{0, 1}, {2, 3}, {2, 39}, {12, 3}};
+    EXPECT_EQ(FindPair(lines, "2"), 1U);
+    EXPECT_EQ(FindPair(lines, "2,39"), 2U);
+    EXPECT_EQ(FindPair(lines, " 12 , 3 "), 3U);
+    EXPECT_EQ(FindPair(lines, "12,30"), std::nullopt);
+    EXPECT_EQ(FindPair(lines, "x"), std::nullopt);
+    EXPECT_EQ(FindPair(lines, " "), std::nullopt);
+    EXPECT_EQ(FindPair({}, "1"), std::nullopt);
+}
+
+TEST_F(GeometryDialogTest, FindChoosesALineAndTellsWhatIsNotInTheList)
+{
+    Calibrate();
+    Run([](HWND dialog) {
+        EXPECT_EQ(ListSelection(dialog, 1308), 0);
+        SetDlgItemText(dialog, 20210, "2,9");
+        EXPECT_EQ(ListSelection(dialog, 1308), 2);
+        SetDlgItemText(dialog, 20210, "7");
+        EXPECT_EQ(ListSelection(dialog, 1308), 2);
+        EXPECT_EQ(GetDlgItemText(dialog, 20211), "7 isn't in the list");
+        EXPECT_TRUE(DlgItemWarns(dialog, 20211));
+        SetDlgItemText(dialog, 20210, "5");
+        EXPECT_EQ(ListSelection(dialog, 1308), 3);
+        EXPECT_FALSE(DlgItemWarns(dialog, 20211));
+        OperatePress(dialog, 1310);  // the one that was found
+        EXPECT_THAT(Lines(dialog), ElementsAre("   0,   1", "   2,   3", "   2,   9"));
+    });
+}
+
+TEST_F(GeometryDialogTest, TellsWhetherTheCalibrationHasAGainForTheChosenDetector)
+{
+    Calibrate();
+    RebuildTable(ActiveConfig);
+    const std::optional<DecomTable> plain = BuildDecomList(ActiveConfig, 0);
+    ASSERT_TRUE(plain);
+    std::vector<float> gains(plain->size(), 1.0F);
+    gains[plain->at(2 * 32 + 3)] = 0.0F;  // row 2, column 3
+    write::calSet.CalSettings.GainFile = directory / "run.gai";
+    PutFile(CalSettings.GainFile, {reinterpret_cast<const char*>(gains.data()), gains.size() * sizeof(float)});
+    Run([](HWND dialog) {
+        EXPECT_EQ(GetDlgItemText(dialog, 20211), "0,1: bad by the list alone: it has a gain");
+        OperatePick(dialog, 1308, 1);
+        EXPECT_EQ(GetDlgItemText(dialog, 20211), "2,3: the calibration has no gain for it");
+    });
+    // Without the file of gains nothing is known.
+    write::calSet.CalSettings.GainFile = directory / "no such.gai";
+    Run([](HWND dialog) { EXPECT_EQ(GetDlgItemText(dialog, 20211), ""); });
+    EXPECT_THAT(op->Boxes(), IsEmpty());
 }
 
 TEST_F(GeometryDialogTest, CancelPutsAllBackAlsoWhatWasSet)

@@ -9,6 +9,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDirIterator>
 #include <QFile>
@@ -267,6 +268,22 @@ TEST_P(LookOf, Dialogs)
     }
 }
 
+// A tick that the operator can't reach says why.
+TEST_P(LookOf, TheTicksOfTheDisplaySetUpThatDoNothing)
+{
+    Then([] {
+        const HWND dialog = DialogInFront();
+        for (const char* name : {"colorBar", "tempScale", "sideHistogram"}) {
+            const auto* const box = dialog->widget->findChild<QCheckBox*>(QLatin1String(name));
+            ASSERT_NE(box, nullptr) << name;
+            EXPECT_FALSE(box->isEnabled()) << name;
+            EXPECT_TRUE(box->toolTip().startsWith(QLatin1String("Not drawn by this version"))) << name;
+        }
+        EndDialog(dialog, 1);
+    });
+    EXPECT_EQ(DialogBox("DISPLAY", mainWindow, DialogTestProc), 1);
+}
+
 // What the looks rest on: each complaint comes where there is something to complain of.
 TEST_P(LookOf, EachComplaintCanBeMade)
 {
@@ -298,7 +315,7 @@ TEST_P(LookOf, EachComplaintCanBeMade)
 
 TEST_P(LookOf, Panel)
 {
-    EXPECT_THAT(NamesOf("QWidget"), ElementsAre("PANEL"));
+    EXPECT_THAT(NamesOf("QWidget"), ElementsAre("PANEL", "PLAYBAR"));
     const HWND panel = CreateDockedPanel("PANEL", mainWindow, DialogTestProc);
     ASSERT_NE(panel, nullptr);
     ShowDlgItem(panel, 1014, false);

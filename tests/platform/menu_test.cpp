@@ -6,6 +6,7 @@
 
 #include <QActionGroup>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QHelpEvent>
 #include <QKeyEvent>
@@ -339,6 +340,21 @@ TEST(Accelerators, ComeBeforeAControlButNotBeforeTyping)
     EXPECT_TRUE(SeenCommands().empty());
     Press(&edit, Qt::Key_F3, Qt::NoModifier, {}, false);
     EXPECT_THAT(SeenCommands(), ElementsAre(106));
+}
+
+TEST(Accelerators, LeaveSpaceToTheControlThatHasTheKeyboard)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    constexpr Accelerator kSpace[] = {{"Space", 300}};
+    SetAccelerators(window, kSpace);
+    QCheckBox box(window->widget);
+    box.show();
+    Press(&box, Qt::Key_Space, Qt::NoModifier, " ", false);
+    EXPECT_TRUE(box.isDown());
+    EXPECT_TRUE(SeenCommands().empty());
+    Press(window->widget, Qt::Key_Space, Qt::NoModifier, " ", false);
+    EXPECT_THAT(SeenCommands(), ElementsAre(300));
 }
 
 TEST(Accelerators, AreSilentWhileABoxIsInFront)

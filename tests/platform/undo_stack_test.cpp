@@ -79,17 +79,17 @@ TEST_F(UndoStack, AStepThatCouldNotBeDoneStays)
 
 TEST_F(UndoStack, AStepThatGoesOnIsTakenBackAsOneAndDoneAgainToItsEnd)
 {
-    ExtendLastUndoStep([] { return true; });  // there is none to go on
+    ExtendLastUndoStep([] { return true; }, [] { return true; });  // there is none to go on
     DropLastUndoStep();
     EXPECT_EQ(NextUndoName(), std::nullopt);
     Push("contrast");
     Push("zoom");
-    ExtendLastUndoStep([this] { return Called("+further"); });
+    ExtendLastUndoStep([this] { return Called("-further"); }, [this] { return Called("+further"); });
     EXPECT_EQ(NextUndoName(), "zoom");
     TakeBackUndoStep();
     EXPECT_EQ(NextUndoName(), "contrast");
     DoUndoStepAgain();
-    EXPECT_EQ(calls, "-zoom +further ");
+    EXPECT_EQ(calls, "-further +further ");
     DropLastUndoStep();
     EXPECT_EQ(NextUndoName(), "contrast");
     EXPECT_EQ(NextRedoName(), std::nullopt);

@@ -52,9 +52,11 @@
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
 #include "video/video.h"
-#include "viewing/bitmap_command.h"
 #include "video/view_drag.h"
+#include "viewing/bitmap_command.h"
 #include "viewing/fitted_contrast.h"
+#include "viewing/play_bar.h"
+#include "viewing/playback.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -129,6 +131,8 @@ constexpr void (*kModules[])() = {
     [] { write::options.startOptions = {}; },
     ResetMainWindow,
     ResetUndo,
+    ResetPlayback,
+    ResetPlayBar,
     ResetCursorCommand,
     ResetColorScale,
     ResetSaturationOverlay,

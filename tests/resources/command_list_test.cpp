@@ -115,12 +115,12 @@ std::vector<int> ItemsWith(MenuEntry::Check check)
 
 TEST(MainMenuTable, ChecksWhatIsOnOrOff)
 {
-    EXPECT_THAT(ItemsWith(MenuEntry::Check::kBox), testing::ElementsAre(141, 151, 2006, 2007, 2008));
+    EXPECT_THAT(ItemsWith(MenuEntry::Check::kBox), testing::ElementsAre(141, 151, 2053, 2054, 2043, 2006, 2007, 2008));
 }
 
-TEST(MainMenuTable, OneColourMapIsChosen)
+TEST(MainMenuTable, OneColourMapAndOneThemeAreChosen)
 {
-    EXPECT_THAT(ItemsWith(MenuEntry::Check::kRadio), testing::ElementsAre(143, 144, 145));
+    EXPECT_THAT(ItemsWith(MenuEntry::Check::kRadio), testing::ElementsAre(143, 144, 145, 2044, 2045, 2046));
 }
 
 // The letter that an item underlines, in lower case; 0 without one.

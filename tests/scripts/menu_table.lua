@@ -15,7 +15,7 @@ local texts = {
   [145] = "Normal &color", [151] = "&Image cursor\tF8", [160] = "&Histogram...\tShift+F8", [161] = "&Line plot...",
   [162] = "&Image math...", [169] = "&Turn Vantir on ", [190] = "&Contents", [191] = "&Search\tF1", [192] = "&Keys help",
   [2006] = "Frame &account", [2007] = "Colou&r scale", [2008] = "Sat&uration overlay", [2009] = "Simulated &bench...",
-  [2043] = "&Keep fitted", [2044] = "&Desktop's theme", [2045] = "&Light theme", [2046] = "Dark &theme",
+  [2043] = "&Keep fitted", [2044] = "&Desktop's theme", [2045] = "Lig&ht theme", [2046] = "Dark the&me",
   [2040] = "F&it\tCtrl+0", [2041] = "&1:1\tCtrl+1", [2042] = "C&entre\tCtrl+5",
   [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About",
 }

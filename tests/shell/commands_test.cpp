@@ -203,7 +203,7 @@ TEST_F(CommandTable, HelpModeShowsThePageInsteadAndEnds)
     EXPECT_EQ(ShowCommandHelp(hWndMain, kCmdTurnOn), 0);
     EXPECT_EQ(CurrentHelpContext(), 41);
     EXPECT_EQ(HelpMode, 0);
-    ShowCommandHelp(hWndMain, kCmdViewPlay);
+    ShowCommandHelp(hWndMain, kCmdViewCopyPicture);
     EXPECT_THAT(BoxTexts(), ElementsAre("Help not available for this Menu item."));
     QuitHelp();
 }

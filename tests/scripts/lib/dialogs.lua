@@ -358,6 +358,7 @@ dialogs.without_row = {
   ACCOUNT = "stays open beside the main window; its one button counts anew",
   BENCH = "stays open beside the main window; each control acts at once, on the bench alone",
   PANEL = "is no dialog: each control acts at once",
+  PLAYBAR = "is no dialog: each control acts at once",
   FRAMERATE = "comes up with a head that runs by an external clock, and none of today does",
   ImgHead = "no command opens it",
 }

@@ -1,0 +1,149 @@
+#include "viewing/play_bar.h"
+
+#include "display/display_pipeline_write.h"
+#include "platform/dialog.h"
+#include "platform/text.h"
+#include "platform/window.h"
+#include "resources/dialog_ids.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/dialog_frame.h"
+#include "viewing/playback.h"
+
+#include <optional>
+#include <string>
+
+namespace kelvo {
+
+namespace {
+
+HWND strip = nullptr;
+
+// What the strip shows: its controls are written where one of them changes.
+struct Shown {
+    PlayState play;
+    std::uint32_t frames = 0;  // of the file on view; 0: the strip is hidden
+    std::uint32_t frame = 0;
+    friend bool operator==(const Shown&, const Shown&) = default;
+};
+Shown shown;
+
+Shown OnView()
+{
+    const std::uint32_t frames = FramesToPlay();
+    return {.play = PlayStateNow(), .frames = frames, .frame = frames > 0 ? FrameOnView() : 0};
+}
+
+int Height()
+{
+    return GetClientRect(strip).Height();
+}
+
+void PressPlay(HWND /*strip*/)
+{
+    PlayOrStop();
+}
+
+void DragToFrame(HWND /*strip*/, int /*bar*/, int position)
+{
+    StopPlaying();
+    ShowFrame(static_cast<std::uint32_t>(position));
+}
+
+void PickSpeed(HWND bar)
+{
+    SetPlaySpeed(ListSelection(bar, kPlaySpeed));
+}
+
+void TickBackwards(HWND bar)
+{
+    SetPlayBackwards(IsDlgButtonChecked(bar, kPlayBackwards));
+}
+
+void TickLoop(HWND bar)
+{
+    SetPlayLoop(IsDlgButtonChecked(bar, kPlayLoop));
+}
+
+void Fill(const Shown& now)
+{
+    SetScrollRange(strip, kPlayPosition, 0, static_cast<int>(now.frames) - 1);
+    SetScrollPos(strip, kPlayPosition, static_cast<int>(now.frame));
+    SetDlgItemText(strip, kPlayFrame, Format("frame %u of %u", now.frame, now.frames));
+    SetDlgItemText(strip, kPlayButton, now.play.playing ? "Stop" : "Play");
+    ListSelect(strip, kPlaySpeed, now.play.speed);
+    CheckDlgButton(strip, kPlayBackwards, now.play.backwards);
+    CheckDlgButton(strip, kPlayLoop, now.play.loop);
+}
+
+void Show(bool isShown)
+{
+    write::picture.PictureBottomMargin = isShown ? Height() : 0;
+    PlacePlayBar();
+    ShowWindow(strip, isShown);
+    RepaintPicture();  // it scrolls that much further, or no more
+}
+
+void FollowPicture(bool /*newFrame*/)
+{
+    FollowPlayBar();
+}
+
+void Open(HWND bar)
+{
+    for (const PlaySpeed& speed : kPlaySpeeds) ListAdd(bar, kPlaySpeed, speed.text);
+    ListSelect(bar, kPlaySpeed, kNormalSpeed);
+    CheckDlgButton(bar, kPlayLoop, true);
+}
+
+constexpr DialogEntry kEntries[] = {
+    {kPlayButton, PressPlay},
+    OnScroll(kPlayPosition, DragToFrame),
+    {kPlaySpeed, PickSpeed, kSelectionChanged},
+    {kPlayBackwards, TickBackwards},
+    {kPlayLoop, TickLoop},
+};
+constexpr DialogFrame kFrame{.name = "PLAYBAR", .procedure = fnPLAYBARProc, .open = Open, .entries = kEntries};
+
+}  // namespace
+
+void OpenPlayBar()
+{
+    strip = CreateStrip(kFrame.name, hWndMain, fnPLAYBARProc);
+    if (!strip) return;
+    AddPictureLayer(FollowPicture);
+    PlacePlayBar();
+}
+
+void PlacePlayBar()
+{
+    if (!strip) return;
+    const int bottom = ClientHeight - TextHeight;
+    MoveWindow(strip, {0, bottom - Height(), ClientWidth, bottom});
+}
+
+void FollowPlayBar()
+{
+    if (!strip) return;
+    const Shown now = OnView();
+    if (now == shown) return;
+    const bool wasShown = shown.frames > 0;
+    shown = now;
+    if (now.frames > 0) Fill(now);
+    if (wasShown != (now.frames > 0)) Show(now.frames > 0);
+}
+
+LRESULT fnPLAYBARProc(HWND bar, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    const LRESULT result = HandleDialogMessage(kFrame, bar, message, wParam, lParam);
+    FollowPlayBar();
+    return result;
+}
+
+void ResetPlayBar()
+{
+    strip = nullptr;
+    shown = {};
+}
+
+}  // namespace kelvo
