@@ -546,7 +546,6 @@ void Accept(HWND dialog)
     write::head.VideoGain = chosen.gain;
     write::head.VideoOffset = chosen.offset;
     SaveVideoSettings(IniFilePath);
-    write::head.VideoSetupMissing = 0;
     StatusString(kIdleHint, kLeftAligned);
     Leave(dialog, 1);
 }
@@ -600,7 +599,9 @@ int VideoSetupDialog(HWND parent)
     if (!LinkIsReady()) return 0;
     const std::int32_t updatesBefore = std::exchange(write::buffer.PeriodicUpdates, 0);
     const HeadHearing hearing;
+    const std::int32_t missingBefore = std::exchange(write::head.VideoSetupMissing, 0);
     const int result = RunDialog(kFrame, parent);
+    if (result != 1) write::head.VideoSetupMissing = missingBefore;
     CloseLinkAfterUse();
     write::buffer.PeriodicUpdates = updatesBefore;
     if (!ViewingFile) RestartGrab();

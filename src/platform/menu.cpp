@@ -19,6 +19,7 @@ struct Item {
     QPointer<QAction> action;
     std::string text;
     bool checked = false;
+    bool wasEnabled = true;  // of a deleted one, before that
 };
 
 struct AcceleratorEntry {
@@ -228,6 +229,7 @@ bool DeleteMenuItem(HWND window, int id)
 {
     Item* const item = FindItem(window, id);
     if (!item) return false;
+    item->wasEnabled = item->action->isEnabled();
     item->action->setEnabled(false);
     TranscribeItem(id, *item);
     item->action->setVisible(false);
@@ -242,7 +244,7 @@ bool RestoreMenuItem(HWND window, int id)
     auto deleted = data->deleted.extract(id);
     if (deleted.empty() || !deleted.mapped().action) return false;
     const Item& item = data->items.insert(std::move(deleted)).position->second;
-    item.action->setEnabled(true);
+    item.action->setEnabled(item.wasEnabled);
     item.action->setVisible(true);
     TranscribeItem(id, item);
     return true;

@@ -47,7 +47,7 @@ bool SetMenuText(HWND window, int id, std::string_view text);
 bool CheckMenuItem(HWND window, int id, bool checked);
 bool EnableMenuItem(HWND window, int id, bool enabled);
 bool DeleteMenuItem(HWND window, int id);
-// A deleted item comes back to its place, with its text, enabled. False: it stands, or never stood.
+// A deleted item comes back to its place, with its text, grey if it was. False: it stands, or never stood.
 bool RestoreMenuItem(HWND window, int id);
 void DrawMenuBar(HWND window);
 

@@ -9,7 +9,8 @@ namespace kelvo {
 
 // 1: the next calibration starts from a clean state.
 extern const std::int32_t& FirstSetupPending;
-// 1: since the camera was turned on no video set-up was accepted. A calibration in force makes up for it.
+// 1: since the camera was turned on no video set-up was accepted, and none is at work. A calibration in force makes up
+// for it.
 extern const std::int32_t& VideoSetupMissing;
 
 extern const std::int32_t& IndexFrameRate;  // row of the frame rate table, as asked for; a key of the camera's section

@@ -126,6 +126,10 @@ TEST(Menu, ADeletedItemComesBackToItsPlace)
     EXPECT_FALSE(RestoreMenuItem(window, 999));
     EXPECT_EQ(GetMenuItem(window, 107)->text, "&Load...");
     EXPECT_TRUE(GetMenuItem(window, 107)->enabled);
+    EnableMenuItem(window, 107, false);
+    ASSERT_TRUE(DeleteMenuItem(window, 107) && RestoreMenuItem(window, 107));
+    EXPECT_FALSE(GetMenuItem(window, 107)->enabled);
+    EnableMenuItem(window, 107, true);
     std::vector<std::string> wanted = before;
     wanted.at(1) = "&Load...";
     EXPECT_EQ(Shown(TopMenu(window, 0)), wanted);

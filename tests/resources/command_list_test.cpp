@@ -255,7 +255,14 @@ TEST(AcceleratorTable, HasEveryKeyOnce)
                                                  {"Ctrl+F", 2004},
                                                  {"Ctrl+0", 2040},
                                                  {"Ctrl+1", 2041},
-                                                 {"Ctrl+5", 2042}};
+                                                 {"Ctrl+5", 2042},
+                                                 {"Ctrl+Z", 2050},
+                                                 {"Ctrl+Shift+Z", 2051},
+                                                 {"Space", 2052},
+                                                 {"Ctrl+B", 2053},
+                                                 {"Ctrl+L", 2054},
+                                                 {"Ctrl+Up", 2055},
+                                                 {"Ctrl+Down", 2056}};
     std::map<std::string, int> keys;
     for (const Accelerator& accelerator : MainAccelerators()) {
         EXPECT_TRUE(keys.emplace(accelerator.key, accelerator.id).second) << accelerator.key;

@@ -719,7 +719,7 @@ TEST_F(OperatorScript, ControlsAreListedWithWhatTheyTake)
         assert(select(2, pcall(controls, "menu")):find('must be "panel"', 1, true))
         command(102)
         local list = controls()
-        assert(#list == 6)
+        assert(#list == 9)
         assert(list[1].id == 1 and list[1].kind == "button" and list[1].works)
         assert(list[2].id == 1001 and list[2].kind == "label" and not list[2].works)
         press(1))");

@@ -5,6 +5,7 @@
 #include "platform/window.h"
 #include "state/windows.h"
 #include "support/picture_fixture.h"
+#include "viewing/play_bar.h"
 
 #include <QAbstractScrollArea>
 #include <QAbstractSpinBox>
@@ -73,7 +74,7 @@ TEST_F(AccessibleNames, EveryControlOfTheDialogsHasOne)
 {
     for (QDirIterator it(QStringLiteral(":/dialogs")); it.hasNext();) {
         const std::string name = QFileInfo(it.next()).completeBaseName().toStdString();
-        if (name == "PANEL") continue;
+        if (name == "PANEL" || name == "PLAYBAR") continue;
         std::vector<std::string> nameless;
         op->Do([&] {
             nameless = NamelessIn(*QApplication::activeModalWidget());
@@ -85,16 +86,30 @@ TEST_F(AccessibleNames, EveryControlOfTheDialogsHasOne)
     EXPECT_GT(looked, 150);
 }
 
+const QWidget* WidgetNamed(QLatin1String name)
+{
+    for (const QWidget* const widget : QApplication::allWidgets()) {
+        if (widget->objectName() == name) return widget;
+    }
+    return nullptr;
+}
+
 TEST_F(AccessibleNames, EveryControlOfThePanelHasOne)
 {
     DockPanel();
-    const QWidget* panel = nullptr;
-    for (const QWidget* const widget : QApplication::allWidgets()) {
-        if (widget->objectName() == QLatin1String("PANEL")) panel = widget;
-    }
+    const QWidget* const panel = WidgetNamed(QLatin1String("PANEL"));
     ASSERT_NE(panel, nullptr);
     EXPECT_THAT(NamelessIn(*panel), IsEmpty());
     EXPECT_GT(looked, 15);
+}
+
+TEST_F(AccessibleNames, EveryControlOfThePlayBarHasOne)
+{
+    OpenPlayBar();
+    const QWidget* const bar = WidgetNamed(QLatin1String("PLAYBAR"));
+    ASSERT_NE(bar, nullptr);
+    EXPECT_THAT(NamelessIn(*bar), IsEmpty());
+    EXPECT_GT(looked, 3);
 }
 
 }  // namespace

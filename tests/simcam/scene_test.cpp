@@ -33,6 +33,7 @@ class SimScene : public SimCameraTest {
         PutSimSource(*camera, SimSource::kLow);
         const Pixels low = Gather(0, 32);
         PutSimSource(*camera, SimSource::kHigh);
+        SetSimSourceDegrees(*camera, SimSource::kHigh, 40);
         const Pixels high = Gather(100, 32);
         PutSimSource(*camera, SimSource::kScene);
         const Counts frame = Frame(1000, timeUs);
@@ -67,7 +68,7 @@ TEST_F(SimScene, TheSourceStaysUntilAnotherIsChosen)
     PutSimSource(*camera, SimSource::kHigh);
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kHigh);
     EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kLow), 20);
-    EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kHigh), 40);
+    EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kHigh), 25);
 }
 
 TEST_F(SimScene, TemperaturesOutsideTheBenchAreRefused)

@@ -21,11 +21,18 @@ function hands.untilTrue(what, text)
   error("not within ten seconds: " .. text, 2)
 end
 
--- The middle of a place, once it is on the screen. The words are those of place().
+-- The middle of a place, once it is on the screen and the window manager has left it where it is. The words are those of place().
 function hands.middle(...)
-  local words = { ... }
-  local found = hands.untilTrue(function() return place(table.unpack(words)) end, "a place for " .. table.concat(words, " "))
-  return math.floor(found.x + found.width / 2), math.floor(found.y + found.height / 2)
+  local words, x, y = { ... }, nil, nil
+  hands.untilTrue(function()
+    local found = place(table.unpack(words))
+    local atX, atY = found and math.floor(found.x + found.width / 2), found and math.floor(found.y + found.height / 2)
+    local stands = found and atX == x and atY == y
+    x, y = atX, atY
+    if not stands then wait(150) end
+    return stands
+  end, "a place for " .. table.concat(words, " "))
+  return x, y
 end
 
 -- Screen coordinates in logical pixels; button 1 left, 2 middle, 3 right, 4 and 5 the wheel.
