@@ -89,7 +89,8 @@ void CheckRadioButton(HWND dialog, int firstId, int lastId, int checkId);
 void EnableDlgItem(HWND dialog, int id, bool enabled);
 void SetDefaultButton(HWND dialog, int id);  // the one that Return presses
 bool DlgItemEnabled(HWND dialog, int id);
-void SetDlgItemTip(HWND dialog, int id, std::string_view text);  // shown while the pointer rests on it, grey or not; empty: none
+void SetDlgItemTip(HWND dialog, int id,
+                   std::string_view text);  // shown while the pointer rests on it, grey or not; empty: none
 std::string DlgItemTip(HWND dialog, int id);
 void ShowDlgItem(HWND dialog, int id, bool shown);
 bool HasDlgItem(HWND dialog, int id);
