@@ -5,7 +5,7 @@ set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
 program=$(realpath "${1:-$top/build/dev/src/kelvo}")
 images=$top/docs/images/first-look
-run=$(mktemp -d)
+run=/tmp/kelvo-first-look  # its name stands in the report's picture
 trap 'rm -rf "$run"' EXIT
 mkdir -p "$images"
 for scale in 1 2; do
