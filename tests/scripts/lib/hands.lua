@@ -11,14 +11,14 @@ end
 local ratio = tonumber(os.getenv("QT_SCALE_FACTOR")) or 1
 local function motion(x, y) return ("mousemove %d %d"):format(math.floor(x * ratio), math.floor(y * ratio)) end
 
--- Waits until what() gives something other than false or nil, and returns it; fails after ten seconds.
+-- Waits until what() gives something other than false or nil, and returns it; fails after half a minute.
 function hands.untilTrue(what, text)
-  for _ = 1, 500 do
+  for _ = 1, 1500 do
     local value = what()
     if value then return value end
     wait(20)
   end
-  error("not within ten seconds: " .. text, 2)
+  error("not within half a minute: " .. text, 2)
 end
 
 -- The middle of a place, once it is on the screen and the window manager has left it where it is. The words are those of place().
