@@ -28,7 +28,8 @@ bool OwnFitInForce()
 
 ContrastPair ContrastToStore()
 {
-    return OwnFitInForce() ? LastOwnFit->chosen : PairInForce();
+    const ContrastPair inForce = PairInForce();
+    return LastOwnFit && LastOwnFit->found == inForce ? LastOwnFit->chosen : inForce;
 }
 
 namespace {
