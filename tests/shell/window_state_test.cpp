@@ -140,7 +140,7 @@ TEST_F(WindowState, AFileThatCantBeReadCountsAsNone)
     ExpectFirstStart("a directory");
     std::filesystem::remove(directory.Path() + "/window.ini");
     ForgetProfiles();
-    ASSERT_TRUE(ReplaceFile(directory.Path() + "/window.ini", std::string("\0\xFF[[[\n=\nX=", 12)));
+    ASSERT_TRUE(ReplaceFile(directory.Path() + "/window.ini", std::string("\0\xFF[[[\n=\nX=", 10)));
     ExpectFirstStart("no settings at all");
 }
 

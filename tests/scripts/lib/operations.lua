@@ -171,7 +171,7 @@ rows.save = {
   answers = { ["File already exists, replace it?"] = "ok" },
   usual = { "File already exists, replace it?" },
   done = function(after) return after["CalSettings.CalFile"] == datadir() .. "/copy.cal" and after["file copy.gai"] == after["file base.gai"] end,
-  writes = with(set_files("copy"), { FilePathBuf = "the name that was chosen", ["CalSettings.*"] = "the names of the copy" }),
+  writes = with(set_files("copy"), { FilePathBuf = "the name that was chosen", ["CalSettings.*"] = "the names of the copy", StatusText = "tells what was saved" }),
   kept = {
     FilePathBuf = "the name that was chosen", ["file .calibration.journal"] = "cleared away by the next run or start",
   },
