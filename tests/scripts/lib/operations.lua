@@ -200,7 +200,7 @@ local camera_on = {
   GrabberPresent = "open", LiveVideo = "live", ["file DECOM.TMP"] = "the table installed", ["head *"] = "programmed", ["menu *"] = "on", title = "live",
   ColorMap = "made at the first frame", ["HeadTiming.Integration*"] = "of the window in force", numBufFrames = "as many as there is memory for",
   ["ImageBuffer*"] = "the last frame", DisplayLut = "made anew", IntegrationSetting = "of the section", IntegrationMsecInForce = "of the section",
-  ["kelvo.ini [[]Setup] *"] = "the video settings",
+  ["kelvo.ini [[]Setup] *"] = "the video settings", VideoSetupMissing = "until one is accepted", StatusText = "tells where it is missing",
 }
 rows.turn_on = {
   setup = function()
