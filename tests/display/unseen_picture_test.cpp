@@ -55,7 +55,7 @@ class UnseenPictureOnView : public testing::Test {
         write::file.ImageHeader.ImageHeight = 1;
         write::file.ImageHeader.SampleBytes = 2;
         write::frames.ImageBuffer.resize(2 * counts.size());
-        std::memcpy(write::frames.ImageBuffer.data(), counts.data(), 2 * counts.size());
+        if (!counts.empty()) std::memcpy(write::frames.ImageBuffer.data(), counts.data(), 2 * counts.size());
         BuildDisplayLut(16, 580);
     }
     // Counts far below what contrast 16 at 580 shows.
