@@ -30,6 +30,7 @@ end
 -- Puts a source in front of the camera by the bench, waits until the dialog says that it is steady.
 local function answer_source(name, edit, degrees)
   hands.tick("BENCH", source[name])
+  wait(1500)  -- the dialog looks four times a second: what it says is of this source then
   hands.untilTrue(function() return text(20404) == "steady" end, "a steady source")
   local mean = tonumber(text(20401):match("[%d.]+"))
   if arg[1] == "typed" then
