@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds Kelvo and runs every test: format check, the tests as released (GCC), the tests under address and undefined-behaviour sanitizers
-# (clang), and clang-tidy. "./test.sh quick" runs the released tests alone. What repeats a kill or a race (ctest label "long") does a tenth of
+# (clang), what several threads touch under the thread sanitizer, and clang-tidy. "./test.sh quick" runs the released tests alone. What repeats a kill or a race (ctest label "long") does a tenth of
 # its rounds; "./test.sh long" does them all.
 set -eu
 top=$(cd "$(dirname "$0")" && pwd)
@@ -26,3 +26,6 @@ ctest --preset dev -j "$jobs"
 build asan
 cmake/run-tidy.sh build/asan
 ctest --preset asan -j "$jobs"
+
+build threads
+ctest --preset threads

@@ -1,5 +1,6 @@
 #include "grabber/copm2.h"
 
+#include "platform/clock.h"
 #include "platform/machine.h"
 
 #include <algorithm>
@@ -37,18 +38,57 @@ const BoardTable* Board()
     return choice.board;
 }
 
-// Asks the board; without one the answer is failure.
+// Where the calls of threads that don't own the board go; empty: to the board.
+std::function<void(const BoardCall&)> carrier;
+thread_local bool ownsBoard = false;
+
+// Asks the board; without one, or without this operation, the answer is failure.
 template <auto operation, typename Result, typename... Arguments>
 Result Ask(Result failure, Arguments&&... arguments)
 {
     const BoardTable* const board = Board();
-    return board ? (board->*operation)(std::forward<Arguments>(arguments)...) : failure;
+    if (!board || !(board->*operation)) return failure;
+    if (!carrier || ownsBoard) return (board->*operation)(std::forward<Arguments>(arguments)...);
+    Result result = failure;
+    carrier([&] { result = (board->*operation)(std::forward<Arguments>(arguments)...); });
+    return result;
 }
 
 template <auto operation, typename... Arguments>
 void Tell(Arguments&&... arguments)
 {
-    if (const BoardTable* const board = Board()) (board->*operation)(std::forward<Arguments>(arguments)...);
+    const BoardTable* const board = Board();
+    if (!board) return;
+    if (!carrier || ownsBoard) return (board->*operation)(std::forward<Arguments>(arguments)...);
+    carrier([&] { (board->*operation)(std::forward<Arguments>(arguments)...); });
+}
+
+FrameStamp StampNow(std::int64_t number)
+{
+    const std::int64_t nowUs = TickUs();
+    return {.number = number, .monotonicNs = nowUs * 1000, .utcNs = UtcNsAtTick(nowUs)};
+}
+
+constexpr int kReadsForOneFrame = 4;
+
+// For a board that has only its newest frame. One that was replaced while it was read is read again: otherwise its
+// values would bear the number of the one before, and come twice.
+std::int32_t NewestFrame(BoardModule module, BoardFrame frame, std::int64_t after, std::int64_t limitUs,
+                         std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer, FrameStamp& stamp)
+{
+    std::int64_t count = icp_frame_count(module);
+    if (count <= after) {
+        if (limitUs == 0 || icp_wait_vb(module, frame) == kBoardTimeout) return kBoardTimeout;
+        count = icp_frame_count(module);
+    }
+    std::int32_t result = 0;
+    for (int reads = 0; reads < kReadsForOneFrame; ++reads) {
+        stamp = StampNow(count);
+        result = icp_read_area(module, frame, 0, 0, width, height, buffer);
+        count = icp_frame_count(module);
+        if (count == stamp.number) break;
+    }
+    return result;
 }
 
 }  // namespace
@@ -185,7 +225,25 @@ void itx_exit(std::int32_t flags)
 
 std::int64_t icp_frame_count(BoardModule module)
 {
-    return Ask<&BoardTable::frame_count>(std::int64_t{0}, module);
+    return Ask<&BoardTable::frame_count>(kUncounted, module);
+}
+
+std::int32_t icp_next_frame(BoardModule module, BoardFrame frame, std::int64_t after, std::int64_t limitUs,
+                            std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer, FrameStamp& stamp)
+{
+    const BoardTable* const board = Board();
+    if (board && !board->next_frame) return NewestFrame(module, frame, after, limitUs, width, height, buffer, stamp);
+    return Ask<&BoardTable::next_frame>(kBoardTimeout, module, frame, after, limitUs, width, height, buffer, stamp);
+}
+
+void CarryBoardCalls(std::function<void(const BoardCall&)> carry)
+{
+    carrier = std::move(carry);
+}
+
+void OwnBoard()
+{
+    ownsBoard = true;
 }
 
 void ForgetBoardTables()

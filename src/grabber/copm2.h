@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -22,6 +23,16 @@ struct BoardFrameAttributes {
     std::int32_t bits = 0;
     std::int32_t colour = 0;  // 0: monochrome
 };
+
+// When a frame was complete, and which one it is.
+struct FrameStamp {
+    std::int64_t number = 0;       // frames since icp_grab, from 1; kUncounted: the board doesn't count
+    std::int64_t monotonicNs = 0;  // TickUs's scale, at the frame's blank
+    std::int64_t utcNs = 0;        // since 1 January 1970, the same moment
+    std::int64_t triggers = 0;     // pulses that the trigger input has taken by then; 0 where the board doesn't say
+    friend bool operator==(const FrameStamp&, const FrameStamp&) = default;
+};
+constexpr std::int64_t kUncounted = -1;
 
 struct BoardTable {
     std::string_view name;
@@ -51,7 +62,10 @@ struct BoardTable {
     void (*exsyncp)(BoardModule acquisition, std::int32_t level);
     void (*os_set_realtime_priority)(std::int32_t on);
     void (*exit)(std::int32_t flags);
-    std::int64_t (*frame_count)(BoardModule module);
+    std::int64_t (*frame_count)(BoardModule module) = nullptr;  // null: the board doesn't count
+    std::int32_t (*next_frame)(BoardModule module, BoardFrame frame, std::int64_t after, std::int64_t limitUs,
+                               std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer,
+                               FrameStamp& stamp) = nullptr;  // null: the board has only the newest
 };
 
 // Makes a board known under its name. The table has to outlive the program.
@@ -87,8 +101,21 @@ void amdig_exsyncp(BoardModule acquisition, std::int32_t level);
 void itx_os_set_realtime_priority(std::int32_t on);
 void itx_exit(std::int32_t flags);
 
-// Ours: frames completed since icp_grab.
+// Ours: frames completed since icp_grab; kUncounted where the board doesn't count.
 std::int64_t icp_frame_count(BoardModule module);
+// Ours: the oldest frame numbered above `after` that the board still has, width x height values at (0, 0), with its
+// stamp; it waits for one up to limitUs. 0; kBoardTimeout; anything else: a frame came and couldn't be read, and the
+// stamp has its number. A board that has only the newest gives that one, and where none is newer waits for the next
+// blank as long as itx_set_timeout says; if it doesn't count either, it always waits. With a limit of 0 none waits.
+std::int32_t icp_next_frame(BoardModule module, BoardFrame frame, std::int64_t after, std::int64_t limitUs,
+                            std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer, FrameStamp& stamp);
+
+// While a thread of its own takes the frames, the board is that thread's: every call of another one is handed to carry,
+// which has it done there and returns when it is done. An empty function: calls go straight to the board again. To be
+// called by the main thread, before the other one begins and after it has ended; OwnBoard by the other one.
+using BoardCall = std::function<void()>;
+void CarryBoardCalls(std::function<void(const BoardCall&)> carry);
+void OwnBoard();
 
 // No board is known, and none chosen.
 void ForgetBoardTables();

@@ -1,6 +1,7 @@
 #include "grabber/frame_account.h"
 
 #include "grabber/board_state.h"
+#include "grabber/capture.h"
 #include "grabber/copm2.h"
 #include "platform/clock.h"
 #include "state/state_registry.h"
@@ -25,11 +26,16 @@ FrameAccount account;
 std::int64_t lastCount = 0;  // the board's, when it was last asked
 bool heldUp = true;          // what has passed since then counts as missed
 int holdUps = 0;             // that live
+bool capturing = false;
+CaptureCounts told;  // of the capture: what an account that was cleared meanwhile had told
 
 // What the board delivered since it was last asked. A count that fell back is that of a new grab.
 std::int64_t TakeArrived()
 {
+    if (capturing) return 0;
     const std::int64_t count = icp_frame_count(IcpModule);
+    account.lostIsKnown = count != kUncounted;
+    if (!account.lostIsKnown) return 0;
     const std::int64_t arrived = count < lastCount ? count : count - lastCount;
     lastCount = count;
     account.delivered += arrived;
@@ -40,9 +46,39 @@ std::int64_t TakeArrived()
 std::int64_t TakeArrivedBeforeNewest()
 {
     const std::int64_t arrived = TakeArrived();
+    if (!account.lostIsKnown && !capturing) {  // each read is a frame, as far as anyone knows
+        ++account.delivered;
+        return 1;
+    }
     const std::int64_t newest = std::min<std::int64_t>(arrived, 1);
     (heldUp ? account.missed : account.lost) += arrived - newest;
     return newest;
+}
+
+// Of a capture that runs when the account is cleared; what waits then is delivered afterwards.
+CaptureCounts ToldSoFar()
+{
+    CaptureCounts counts = CurrentCaptureCounts();
+    counts.delivered -= counts.waiting;
+    return counts;
+}
+
+// With what the capture that runs, or has just ended, counted so far.
+FrameAccount WithCapture(FrameAccount sum)
+{
+    const CaptureCounts counts = CurrentCaptureCounts();
+    sum.delivered += counts.delivered - told.delivered;
+    sum.used += counts.recorded - told.recorded;
+    sum.missed += counts.passedOver - told.passedOver;
+    sum.lost += counts.lostByBoard.value_or(0) - told.lostByBoard.value_or(0) + counts.lostByRing - told.lostByRing;
+    sum.waiting += counts.waiting;
+    sum.lostIsKnown = counts.lostByBoard.has_value();
+    return sum;
+}
+
+FrameAccount AccountNow()
+{
+    return capturing ? WithCapture(account) : account;
 }
 
 // The rates are taken over a window that ends with the read that makes it a second long.
@@ -55,7 +91,7 @@ RateWindow window;
 
 void BeginRateWindow()
 {
-    window = {.startUs = TickUs(), .delivered = account.delivered, .shown = account.shown};
+    window = {.startUs = TickUs(), .delivered = AccountNow().delivered, .shown = account.shown};
 }
 
 // Live video has stopped meanwhile, or was held up for long: the rates tell of the past.
@@ -73,17 +109,17 @@ void UpdateRates()
     const std::int64_t elapsedUs = TickUs() - window.startUs;
     if (elapsedUs < kRateWindowUs) return;
     const double seconds = static_cast<double>(elapsedUs) / 1e6;
-    account.deliveredHz = static_cast<double>(account.delivered - window.delivered) / seconds;
+    account.deliveredHz = static_cast<double>(AccountNow().delivered - window.delivered) / seconds;
     account.shownHz = static_cast<double>(account.shown - window.shown) / seconds;
     BeginRateWindow();
 }
 
 }  // namespace
 
-const FrameAccount& CurrentFrameAccount()
+FrameAccount CurrentFrameAccount()
 {
     if (RatesAreOld()) account.deliveredHz = account.shownHz = 0;
-    return account;
+    return AccountNow();
 }
 
 void ClearFrameAccount()
@@ -91,6 +127,7 @@ void ClearFrameAccount()
     TakeArrived();
     account = {};
     window = {};
+    if (capturing) told = ToldSoFar();
 }
 
 void AccountCycleStops()
@@ -143,8 +180,25 @@ void AccountReadFailed()
     heldUp = true;
 }
 
+void AccountCaptureBegins()
+{
+    AccountCycleStops();
+    told = {};
+    capturing = true;
+}
+
+void AccountCaptureEnds()
+{
+    if (!capturing) return;
+    account = WithCapture(account);
+    lastCount = CurrentCaptureCounts().lastNumber;
+    capturing = false;
+    heldUp = true;
+}
+
 void ResetFrameAccount()
 {
+    capturing = false;
     account = {};
     lastCount = 0;
     heldUp = true;

@@ -1,8 +1,12 @@
 // The frame account: what the board delivered and what became of it. Silent loss is what a measurement can't afford.
 //
 // Lost = delivered minus read while the live cycle or a burst runs. Frames that pass while a dialog or a long command
-// holds the cycle up are counted apart, as missed. Delivered = read + lost + missed; a frame that is read is shown by
-// the live cycle, or used by a burst.
+// holds the cycle up are counted apart, as missed. Delivered = read + lost + missed + waiting; a frame that is read is
+// shown by the live cycle, or used by who records.
+//
+// While a capture runs (grabber/capture.h) its own counts hold, for every frame is in its hands: what it recorded is
+// used, what it passed over on purpose is missed, and frames that wait in its ring are counted apart. The live view
+// takes nothing away from it: it only counts what it shows.
 //
 // The board counts from 0 with each grab: whoever starts or stops one, or changes the frame's size, first has the
 // account take what was delivered so far (AccountCycleStops).
@@ -15,14 +19,16 @@ namespace kelvo {
 struct FrameAccount {
     std::int64_t delivered = 0;  // by the board since the account began
     std::int64_t shown = 0;
-    std::int64_t used = 0;    // by averaging, in bursts
-    std::int64_t lost = 0;    // between two reads of a running live cycle or burst, or not readable
-    std::int64_t missed = 0;  // during dialogs and long commands, or left out of a burst on purpose
-    double deliveredHz = 0;   // over about the last second; 0 once no frame has been read for two
+    std::int64_t used = 0;     // by averaging, in bursts
+    std::int64_t lost = 0;     // between two reads of a running live cycle or burst, or not readable
+    std::int64_t missed = 0;   // during dialogs and long commands, or left out on purpose
+    std::int64_t waiting = 0;  // in the ring of a capture that runs
+    bool lostIsKnown = true;   // false: the board doesn't count, and delivered and lost tell only of what was read
+    double deliveredHz = 0;    // over about the last second; 0 once no frame has been read for two
     double shownHz = 0;
 };
 
-const FrameAccount& CurrentFrameAccount();
+FrameAccount CurrentFrameAccount();
 void ClearFrameAccount();  // what the board has delivered by then isn't told any more
 
 // The live cycle stops here: what was delivered since the last read was never read and is told now, as lost while the
@@ -49,6 +55,10 @@ void AccountFrameRead(bool shown);
 void AccountFrameUsed();
 // The newest frame came but couldn't be read: it is lost.
 void AccountReadFailed();
+
+// A capture begins; it has ended.
+void AccountCaptureBegins();
+void AccountCaptureEnds();
 
 // As at start; ClearFrameAccount begins a new count in a running program.
 void ResetFrameAccount();

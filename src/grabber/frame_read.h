@@ -1,6 +1,8 @@
 // One frame from the board into host memory, with what the operator sees when it doesn't come.
 #pragma once
 
+#include "grabber/capture.h"
+
 #include <cstdint>
 #include <span>
 
@@ -10,9 +12,26 @@ namespace kelvo {
 // values. On success the priority stays raised. False after "Timeout waiting for vertical blank!" or
 // "icp_read_area() Error"; false at once while such a box is still open. A frame that came and couldn't be read is lost
 // in the frame account; one that was read is for the caller to account for.
+//
+// While a recording runs (grabber/recording.h) the frame comes from the ring: the newest one, or with a TakesNextFrame
+// the next one, none twice and none left out. The waits and the boxes are the same.
 bool ReadBoardFrame(std::span<std::int16_t> buffer);
+
+// Who records, as long as it lives: ReadBoardFrame, and with it GetVideoData and ReadFrameNow, takes the next frame.
+class TakesNextFrame {
+  public:
+    explicit TakesNextFrame(FrameFate fate = FrameFate::kRecorded);
+    ~TakesNextFrame();
+    TakesNextFrame(const TakesNextFrame&) = delete;
+    TakesNextFrame& operator=(const TakesNextFrame&) = delete;
+};
+// Of the frame that was taken so last.
+const FrameStamp& LastFrameStamp();
 
 // The last whole frame into buffer, without a wait; false after its box.
 bool ReadBoardArea(std::span<std::int16_t> buffer);
+
+// No stamp, and nobody takes frames.
+void ResetFrameRead();
 
 }  // namespace kelvo

@@ -17,12 +17,15 @@ using std::chrono::system_clock;
 
 constexpr std::int64_t kUsPerMs = 1000;
 constexpr std::int64_t kUsPerSecond = 1000000;
+constexpr std::int64_t kNsPerUs = 1000;
 
 const steady_clock::time_point processStart = steady_clock::now();
 
 bool isVirtual = false;
 std::time_t virtualStart = 0;
 std::int64_t virtualUs = 0;
+void (*follower)(std::int64_t untilUs) = nullptr;
+bool isFollowing = false;
 
 std::int64_t WallClockUs()
 {
@@ -65,6 +68,11 @@ int WallClockMilliseconds()
     return static_cast<int>(WallClockUs() / kUsPerMs % 1000);
 }
 
+std::int64_t UtcNsAtTick(std::int64_t tickUs)
+{
+    return (WallClockUs() - (TickUs() - tickUs)) * kNsPerUs;
+}
+
 void DelayMs(std::int64_t ms)
 {
     if (ms <= 0) return;
@@ -92,7 +100,18 @@ void DelayUntilUs(std::int64_t tickUs)
 void AdvanceVirtualClock(std::int64_t us)
 {
     if (!isVirtual || us <= 0) return;
-    virtualUs += std::min(us, std::numeric_limits<std::int64_t>::max() / 2 - virtualUs);
+    const std::int64_t untilUs = virtualUs + std::min(us, std::numeric_limits<std::int64_t>::max() / 2 - virtualUs);
+    if (follower && !isFollowing) {
+        isFollowing = true;
+        follower(untilUs);
+        isFollowing = false;
+    }
+    virtualUs = std::max(virtualUs, untilUs);
+}
+
+void FollowVirtualClock(void (*follow)(std::int64_t untilUs))
+{
+    follower = follow;
 }
 
 void ResetClock()
@@ -100,6 +119,7 @@ void ResetClock()
     isVirtual = false;
     virtualStart = 0;
     virtualUs = 0;
+    follower = nullptr;
 }
 
 }  // namespace kelvo

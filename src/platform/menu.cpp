@@ -225,6 +225,14 @@ bool EnableMenuItem(HWND window, int id, bool enabled)
     return true;
 }
 
+bool SetMenuTip(HWND window, int id, std::string_view tip)
+{
+    const Item* const item = FindItem(window, id);
+    if (!item) return false;
+    item->action->setToolTip(ToQString(tip));
+    return true;
+}
+
 bool DeleteMenuItem(HWND window, int id)
 {
     Item* const item = FindItem(window, id);

@@ -42,10 +42,11 @@ struct MenuItemState {
 };
 std::optional<MenuItemState> GetMenuItem(HWND window, int id);  // nullopt: no such item
 
-// Each tells the transcript. An id that isn't in the menu: nothing happens, false.
+// Each but the tip tells the transcript. An id that isn't in the menu: nothing happens, false.
 bool SetMenuText(HWND window, int id, std::string_view text);
 bool CheckMenuItem(HWND window, int id, bool checked);
 bool EnableMenuItem(HWND window, int id, bool enabled);
+bool SetMenuTip(HWND window, int id, std::string_view tip);  // shown while the pointer rests on the item
 bool DeleteMenuItem(HWND window, int id);
 // A deleted item comes back to its place, with its text, grey if it was. False: it stands, or never stood.
 bool RestoreMenuItem(HWND window, int id);

@@ -19,6 +19,7 @@
 #include <chrono>
 #include <cstring>
 #include <iterator>
+#include <mutex>
 #include <utility>
 
 namespace kelvo {
@@ -44,6 +45,13 @@ SimulatedLineMaker simulatedLines;
 int lastError = 0;
 std::string lastErrorText;
 std::string lastDevice;
+std::mutex lastDeviceMutex;  // the thread that captures asks which head it follows
+
+void NoteLastDevice(std::string_view device)
+{
+    const std::scoped_lock lock(lastDeviceMutex);
+    lastDevice = device;
+}
 
 // Numbers whose usual wording says nothing of a port.
 struct ErrorWords {
@@ -97,7 +105,7 @@ SerialHandle OpenSimulated(const std::string& file)
     }
     SerialHandle port(new SerialPort);
     port->line = std::move(line);
-    lastDevice.clear();
+    NoteLastDevice({});
     return port;
 }
 
@@ -132,7 +140,7 @@ SerialHandle OpenDevice(const std::string& device)
     }
     SerialHandle port(new SerialPort);
     port->descriptor = descriptor;
-    lastDevice = device;
+    NoteLastDevice(device);
     return port;
 }
 
@@ -272,6 +280,7 @@ SerialHandle OpenSerialPort(std::string_view name)
 
 std::string LastSerialDevice()
 {
+    const std::scoped_lock lock(lastDeviceMutex);
     return lastDevice;
 }
 
@@ -362,7 +371,7 @@ void SetSimulatedLines(SimulatedLineMaker maker)
 void ResetSerial()
 {
     simulatedLines = nullptr;
-    lastDevice.clear();
+    NoteLastDevice({});
     lastError = 0;
     lastErrorText.clear();
 }

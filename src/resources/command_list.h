@@ -34,6 +34,7 @@ struct CommandRow {
     std::string_view icon = {};  // name of an icon in the resources
     std::string_view key = {};   // of a row without an item
     bool built = true;           // false: this version hasn't got it, its item is grey
+    bool needsBoard = false;     // grey while something records: the board is then the recording's
 };
 
 constexpr bool HasItem(const CommandRow& row)
@@ -99,26 +100,32 @@ constexpr CommandRow NotBuilt(CommandRow row)
     row.built = false;
     return row;
 }
+// A command that takes frames for itself, or changes what the frames are.
+constexpr CommandRow Board(CommandRow row)
+{
+    row.needsBoard = true;
+    return row;
+}
 inline constexpr CommandRow kLine{.kind = Kind::kSeparator};
 inline constexpr CommandRow kRecent{.kind = Kind::kRecentFiles};
 
 inline constexpr CommandRow kAll[] = {
     Top("&File"),
-    NotBuilt(Item(kCmdHostRamCapture, "&Host RAM capture...\tShift+F3", kHelpHostRamCapture)),
+    NotBuilt(Board(Item(kCmdHostRamCapture, "&Host RAM capture...\tShift+F3", kHelpHostRamCapture))),
     kLine,
-    Item(kCmdSaveImage, "&Save image...\tF3", kHelpSaveImage, "save"),
+    Board(Item(kCmdSaveImage, "&Save image...\tF3", kHelpSaveImage, "save")),
     Item(kCmdLoadImage, "&Load image...\tF6", kHelpLoadImage, "load"),
     kLine,
     Item(kCmdNameSequenceForSaving, "&Name sequence for saving...\tF4", kHelpNameSequenceForSaving),
-    Item(kCmdSaveSequence, "S&ave sequence\tF5", kHelpSaveSequence),
-    NotBuilt(Item(kCmdContinuousSave, "&Continous save sequence...", kHelpContinuousSave)),
-    NotBuilt(Item(kCmdTriggeredSave, "&Bio-Rad save...")),
+    Board(Item(kCmdSaveSequence, "S&ave sequence\tF5", kHelpSaveSequence)),
+    NotBuilt(Board(Item(kCmdContinuousSave, "&Continous save sequence...", kHelpContinuousSave))),
+    NotBuilt(Board(Item(kCmdTriggeredSave, "&Bio-Rad save..."))),
     kLine,
     Item(kCmdNameSequenceToLoad, "Na&me sequence to load...\tShift+F4", kHelpNameSequenceToLoad, "sequence"),
     Item(kCmdLoadNext, "L&oad next\tF7", kHelpLoadNext, "next"),
     Item(kCmdLoadLast, "Loa&d last\tShift+F7", kHelpLoadLast, "previous"),
     kLine,
-    Item(kCmdSaveBitmap, "Save &bitmap image..."),
+    Board(Item(kCmdSaveBitmap, "Save &bitmap image...")),
     NotBuilt(Item(kCmdSaveTiff8, "Save 8-bit TIFF image...")),
     NotBuilt(Item(kCmdSaveTiff16, "Save 16-bit TIFF image...")),
     kLine,
@@ -131,17 +138,17 @@ inline constexpr CommandRow kAll[] = {
 
     Top("&Setup"),
     Item(kCmdDisplaySetup, "&Display setup...\tCtrl+D", kHelpDisplaySetup, "display"),
-    Item(kCmdVideoSetup, "&Video setup...\tCtrl+V", kHelpVideoSetup, "oscilloscope"),
+    Board(Item(kCmdVideoSetup, "&Video setup...\tCtrl+V", kHelpVideoSetup, "oscilloscope")),
     Item(kCmdImageSetup, "&Image setup...\tCtrl+I", kHelpImageSetup),
-    Item(kCmdConfiguration, "&Configuration...", kHelpConfiguration),
+    Board(Item(kCmdConfiguration, "&Configuration...", kHelpConfiguration)),
     kLine,
-    Item(kCmdTurnOn, "&Turn Vantir on ", kHelpTurnOn),
+    Board(Item(kCmdTurnOn, "&Turn Vantir on ", kHelpTurnOn)),
 
     Top("&Calibration"),
-    Item(kCmdNewCalibration, "&New...\tCtrl+C", kHelpNewCalibration),
-    Item(kCmdUpdateCalibration, "&Update...", kHelpUpdateCalibration),
+    Board(Item(kCmdNewCalibration, "&New...\tCtrl+C", kHelpNewCalibration)),
+    Board(Item(kCmdUpdateCalibration, "&Update...", kHelpUpdateCalibration)),
     Item(kCmdSaveCalibration, "&Save...", kHelpSaveCalibration),
-    Item(kCmdLoadCalibration, "&Load previous...", kHelpLoadCalibration),
+    Board(Item(kCmdLoadCalibration, "&Load previous...", kHelpLoadCalibration)),
     kLine,
     NotBuilt(Item(kCmdApplyCalibration, "&Apply to data...")),
     Item(kCmdViewStatistics, "&View statistics...", kHelpViewStatistics),
@@ -255,10 +262,19 @@ inline constexpr const auto& kCommandList = rows::kAll;
 // Why a command that isn't built is grey, in menu and panel.
 inline constexpr std::string_view kNotBuiltTip = "Not in this version of Kelvo";
 
+// The same of one that needs the board, while something records.
+inline constexpr std::string_view kRecordingTip = "Not while a recording runs";
+
 // The row of a number; the list's end for a number without one.
 constexpr const CommandRow* CommandRowOf(int id)
 {
     return std::ranges::find_if(kCommandList, [id](const CommandRow& row) { return row.id == id && id != 0; });
+}
+
+constexpr bool NeedsBoard(int id)
+{
+    const CommandRow* const row = CommandRowOf(id);
+    return row != std::end(kCommandList) && row->needsBoard;
 }
 
 }  // namespace kelvo

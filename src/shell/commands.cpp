@@ -5,8 +5,10 @@
 #include "calib/report_dialog.h"
 #include "camera/camera_commands.h"
 #include "display/display_pipeline.h"
+#include "grabber/recording.h"
 #include "platform/box.h"
 #include "platform/help.h"
+#include "platform/text.h"
 #include "platform/window.h"
 #include "resources/command_list.h"
 #include "resources/menu.h"
@@ -127,6 +129,13 @@ CommandEnd NotAvailable(int /*id*/)
     return CommandEnd::kResetStatus;
 }
 
+// A key of a grey item.
+CommandEnd NotWhileRecording()
+{
+    MessageBox(hWndMain, Format("%s.", std::string(kRecordingTip).c_str()), kMessageCaption, BoxIcon::kInformation);
+    return CommandEnd::kResetStatus;
+}
+
 CommandEnd MovePicture(int id)
 {
     ZoomPanCommand(id);
@@ -183,6 +192,7 @@ LRESULT ResultOf(CommandEnd end)
 
 LRESULT RunCommand(HWND window, int id)
 {
+    if (RecordingRuns() && NeedsBoard(id)) return ResultOf(NotWhileRecording());
     const auto* const command = std::ranges::find(kCommands, id, &Command::id);
     if (command != std::end(kCommands)) return ResultOf(command->run());
     const CommandRange* const range = CommandRangeOf(id);

@@ -105,7 +105,7 @@ void ShowFrameAccount(HWND dialog, const FrameAccount& account)
     SetDlgItemText(dialog, kAccountDelivered, std::to_string(account.delivered));
     SetDlgItemText(dialog, kAccountShown, std::to_string(account.shown));
     SetDlgItemText(dialog, kAccountUsed, std::to_string(account.used));
-    SetDlgItemText(dialog, kAccountLost, std::to_string(account.lost));
+    SetDlgItemText(dialog, kAccountLost, account.lostIsKnown ? std::to_string(account.lost) : "unknown");
     SetDlgItemText(dialog, kAccountMissed, std::to_string(account.missed));
     SetDlgItemText(dialog, kAccountDeliveredRate, Format("%.1f Hz", account.deliveredHz));
     SetDlgItemText(dialog, kAccountShownRate, Format("%.1f Hz", account.shownHz));

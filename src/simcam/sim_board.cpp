@@ -26,6 +26,16 @@ constexpr BoardModule kAcquisition = 2;
 constexpr std::int32_t kBits = 16;
 constexpr std::int32_t kLargestSide = 4096;
 constexpr std::int64_t kUsPerHundredth = 10'000;
+constexpr std::int64_t kNsPerUs = 1000;
+// Frames that the board keeps behind the newest one. The virtual clock, which stands still while somebody works, lets
+// nobody come too late for one.
+constexpr std::int64_t kFramesKept = 4;
+
+// Numbers of frames, both ends included.
+struct FrameRange {
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+};
 
 struct FrameMemory {
     std::int32_t pitch = 0;
@@ -45,6 +55,7 @@ struct State {
     BoardFrame target = kNoBoardFrame;  // the frame that the grab or the trigger fills
     std::int64_t framesBefore = 0;      // of earlier grabs: no two frames have one number
     std::int64_t countAtFreeze = 0;
+    std::vector<FrameRange> skipped;  // frames that are counted and can't be had
 };
 State board;
 
@@ -231,6 +242,47 @@ std::int32_t ReadArea(BoardModule /*module*/, BoardFrame frame, std::int32_t x, 
     return kOk;
 }
 
+// The first frame behind `after` that the board gives, whether it is complete or not.
+std::int64_t NextKeptFrame(std::int64_t after, std::int64_t count)
+{
+    std::int64_t number = after + 1;
+    if (!ClockIsVirtual()) number = std::max(number, count - kFramesKept);
+    const auto holds = [&number](const FrameRange& range) { return range.first <= number && number <= range.last; };
+    for (auto range = std::ranges::find_if(board.skipped, holds); range != board.skipped.end();
+         range = std::ranges::find_if(board.skipped, holds)) {
+        number = range->last + 1;
+    }
+    return number;
+}
+
+// Waits up to limitUs for a blank of the grab; false where it doesn't come by then.
+bool WaitForBlankOf(std::int64_t number, std::int64_t limitUs)
+{
+    const std::int64_t nowUs = Now();
+    const bool comes = board.grabbing && board.clock.periodUs > 0 && BlankUs(board.clock, number) - nowUs <= limitUs;
+    DelayUntilUs(comes ? BlankUs(board.clock, number) : nowUs + limitUs);
+    return comes;
+}
+
+std::int32_t NextFrame(BoardModule /*module*/, BoardFrame frame, std::int64_t after, std::int64_t limitUs,
+                       std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer, FrameStamp& stamp)
+{
+    const FrameMemory* const memory = FrameOf(frame);
+    const auto values = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    if (!memory || !Inside(*memory, 0, 0, width, height) || buffer.size() < values || FaultIsSet("icp_wait_vb")) {
+        DelayUntilUs(TickUs() + limitUs);
+        return kBoardTimeout;
+    }
+    const std::int64_t count = FramesGrabbed();
+    const std::int64_t number = NextKeptFrame(after, count);
+    if (number > count && !WaitForBlankOf(number, limitUs)) return kBoardTimeout;
+    const std::int64_t blankUs = BlankUs(board.clock, number);
+    stamp = {.number = number, .monotonicNs = blankUs * kNsPerUs, .utcNs = UtcNsAtTick(blankUs)};
+    if (FaultIsSet("icp_read_area")) return kFailed;
+    ReadSimFrame(*board.camera, board.framesBefore + number - 1, blankUs, width, height, buffer.first(values));
+    return kOk;
+}
+
 std::int32_t TrigSnap(BoardModule /*module*/, BoardFrame frame)
 {
     if (!FrameOf(frame) || FaultIsSet("icp_trig_snap")) return kFailed;
@@ -298,6 +350,7 @@ constexpr BoardTable kSimulatedBoard{
     .os_set_realtime_priority = IgnoreValue,
     .exit = Exit,
     .frame_count = FrameCount,
+    .next_frame = NextFrame,
 };
 
 }  // namespace
@@ -305,6 +358,11 @@ constexpr BoardTable kSimulatedBoard{
 void RegisterSimulatedBoard()
 {
     RegisterBoard(kSimulatedBoard);
+}
+
+void SkipSimFrames(std::int64_t first, std::int64_t last)
+{
+    board.skipped.push_back({.first = first, .last = last});
 }
 
 void ResetSimBoard()

@@ -15,6 +15,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <map>
+#include <mutex>
 
 namespace kelvo {
 
@@ -65,6 +66,8 @@ struct SimCamera {
     std::vector<float> lightOfSample;
     std::uint64_t noisyAnswers = 0;
     Exposure exposure;
+
+    mutable std::recursive_mutex mutex;  // of all above; some calls work through others
 };
 
 namespace {
@@ -165,6 +168,7 @@ std::vector<std::uint8_t> Disturbed(SimCamera& camera, const SimFrame& answer)
 
 std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const SimFrame& frame)
 {
+    const std::scoped_lock lock(camera.mutex);
     constexpr std::uint8_t kRefusal = 0x69;
     constexpr std::size_t kShortBytes = 3;
     const SimAnswerMode mode = AnswerMode(camera);
@@ -181,28 +185,33 @@ std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const SimFrame& fram
 
 std::string SimRegistersText(const SimCamera& camera)
 {
+    const std::scoped_lock lock(camera.mutex);
     return HeadRegistersText(camera.head);
 }
 
 bool TakeSimRegisters(SimCamera& camera, std::string_view text)
 {
+    const std::scoped_lock lock(camera.mutex);
     camera.exposure.valid = false;
     return TakeHeadRegistersText(camera.head, text);
 }
 
 void PowerDownSimHead(SimCamera& camera)
 {
+    const std::scoped_lock lock(camera.mutex);
     camera.exposure.valid = false;
     camera.head = PowerUpHead(camera.settings);
 }
 
 double SimFramePeriodUs(const SimCamera& camera)
 {
+    const std::scoped_lock lock(camera.mutex);
     return FramePeriodSeconds(camera.head) * kUsPerSecond;
 }
 
 double SimIntegrationUs(const SimCamera& camera)
 {
+    const std::scoped_lock lock(camera.mutex);
     return IntegrationSeconds(camera.head) * kUsPerSecond;
 }
 
@@ -394,6 +403,7 @@ void SendToBoard(const Exposure& exposure, std::size_t width, std::size_t height
 void ReadSimFrame(SimCamera& camera, std::int64_t n, std::int64_t timeUs, std::int32_t width, std::int32_t height,
                   std::span<std::int16_t> out)
 {
+    const std::scoped_lock lock(camera.mutex);
     if (width < 1 || height < 1 || out.empty()) return;
     const auto pitch = static_cast<std::size_t>(width);
     const std::size_t rows = std::min(static_cast<std::size_t>(height), out.size() / pitch);
@@ -408,17 +418,20 @@ void ReadSimFrame(SimCamera& camera, std::int64_t n, std::int64_t timeUs, std::i
 
 SimSource SimSourceInFront(const SimCamera& camera)
 {
+    const std::scoped_lock lock(camera.mutex);
     return camera.source;
 }
 
 void PutSimSource(SimCamera& camera, SimSource source)
 {
+    const std::scoped_lock lock(camera.mutex);
     camera.source = source;
     camera.exposure.valid = false;
 }
 
 double SimSourceDegrees(const SimCamera& camera, SimSource source)
 {
+    const std::scoped_lock lock(camera.mutex);
     return camera.degrees[static_cast<std::size_t>(source)];
 }
 
@@ -444,6 +457,7 @@ RawSize RawSizeFor(const SimCamera& camera, const std::string& path, std::int32_
 
 bool SetSimSourceDegrees(SimCamera& camera, SimSource source, double degrees)
 {
+    const std::scoped_lock lock(camera.mutex);
     if (!(degrees >= kLowestBenchDegrees && degrees <= kHighestBenchDegrees)) return false;
     camera.degrees[static_cast<std::size_t>(source)] = degrees;
     if (source == SimSource::kRaw && camera.raw.frames > 0) LightRawScene(camera);
@@ -453,6 +467,7 @@ bool SetSimSourceDegrees(SimCamera& camera, SimSource source, double degrees)
 
 std::string LoadSimRawFrames(SimCamera& camera, const std::string& path, std::int32_t columns, std::int32_t rows)
 {
+    const std::scoped_lock lock(camera.mutex);
     std::string error;
     const RawSize size = RawSizeFor(camera, path, columns, rows);
     std::optional<RawScene> scene = ReadRawScene(path, size.columns, size.rows, error);
@@ -466,6 +481,7 @@ std::string LoadSimRawFrames(SimCamera& camera, const std::string& path, std::in
 
 const std::string& SimRawName(const SimCamera& camera)
 {
+    const std::scoped_lock lock(camera.mutex);
     return camera.rawName;
 }
 
@@ -510,6 +526,7 @@ std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, in
 
 std::vector<std::pair<std::string, double>> SimHeadRegisters(const SimCamera& camera)
 {
+    const std::scoped_lock lock(camera.mutex);
     const SimHead& head = camera.head;
     constexpr std::uint16_t kStartDelays = 0x5005;  // the picture doesn't depend on them
     const auto delays = head.kept.find(kStartDelays);

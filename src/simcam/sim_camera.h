@@ -1,6 +1,9 @@
 // The simulated camera: one model behind the head's wire protocol and the board. A camera is known by its file (the
 // identity, the crystal, the detector, the scene); whoever opens the same file gets the same camera, and the head keeps
 // its registers when its link closes.
+//
+// While a capture runs, its thread reads frames and the main thread answers for the head and moves the bench: each call
+// here on a camera has it to itself. Cameras are opened and forgotten by the main thread while no capture runs.
 #pragma once
 
 #include <array>
@@ -69,6 +72,10 @@ void PowerDownSimHead(SimCamera& camera);
 // Makes "sim:FILE" ports known to platform/serial.h, and the board "sim" to grabber/copm2.h.
 void RegisterSimulatedLines();
 void RegisterSimulatedBoard();
+
+// The board counts frames first to last of its grabs (from 1) and hasn't got them: they can't be had as the next frame.
+// For tests of who records; to be called while no capture runs.
+void SkipSimFrames(std::int64_t first, std::int64_t last);
 
 // The simulated board as it comes up: no camera, no frame.
 void ResetSimBoard();

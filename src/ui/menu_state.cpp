@@ -1,6 +1,7 @@
 #include "ui/menu_state.h"
 
 #include "platform/menu.h"
+#include "resources/command_list.h"
 #include "resources/ids.h"
 #include "state/windows.h"
 
@@ -29,6 +30,16 @@ void ShowTurnOnInMenu(bool cameraIsOn)
     if (!hWndMain) return;
     SetMenuText(hWndMain, kCmdTurnOn, cameraIsOn ? "&Turn Vantir off" : "&Turn Vantir on");
     DrawMenuBar(hWndMain);
+}
+
+void ShowRecordingInMenu(bool records)
+{
+    if (!hWndMain) return;
+    for (const CommandRow& row : kCommandList) {
+        if (!row.needsBoard || !row.built) continue;
+        EnableMenuItem(hWndMain, row.id, !records);
+        SetMenuTip(hWndMain, row.id, records ? kRecordingTip : std::string_view());
+    }
 }
 
 }  // namespace kelvo

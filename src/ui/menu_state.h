@@ -16,4 +16,7 @@ void ShowFreezeInMenu(bool live);
 // "&Turn Vantir off" for a camera that is on, otherwise "&Turn Vantir on"; draws the menu bar again.
 void ShowTurnOnInMenu(bool cameraIsOn);
 
+// What needs the board is grey while something records, and says why.
+void ShowRecordingInMenu(bool records);
+
 }  // namespace kelvo

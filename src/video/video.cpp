@@ -9,6 +9,7 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_read.h"
 #include "grabber/frame_size.h"
+#include "grabber/recording.h"
 #include "imagefile/header_write.h"
 #include "pixel/decommutation.h"
 #include "platform/box.h"
@@ -169,17 +170,31 @@ void KeepLiveFrame()
     std::copy_n(LiveFrame.begin(), std::min(values, pixels.size()), pixels.begin());
 }
 
-void Resume(std::int32_t& live)
+// While something records the grab goes on by itself: live and frozen are matters of the picture alone.
+void StartGrab()
 {
-    ShowFreezeInMenu(true);
-    if (ViewingFile) LeaveStoredFile();
-    write::file.ImageHeader.ImageHeaderDataOffset = 0;
+    if (RecordingRuns()) return;
     AccountCycleStops();
     if (icp_grab(IcpModule, FrameA) == 0) {
         AccountGrabStarted();
     } else {
         MessageBox(hWndMain, "Error starting grab to image processing board", "icp_grab");
     }
+}
+
+void StopGrab()
+{
+    if (RecordingRuns()) return;
+    AccountCycleStops();
+    icp_freeze(IcpModule, FrameA);
+}
+
+void Resume(std::int32_t& live)
+{
+    ShowFreezeInMenu(true);
+    if (ViewingFile) LeaveStoredFile();
+    write::file.ImageHeader.ImageHeaderDataOffset = 0;
+    StartGrab();
     SetTitle("Kelvo");
     live = 1;
     if (DisplayEnabled && hWndMain) SetTimer(hWndMain, kLiveTimer, 0);
@@ -190,8 +205,7 @@ void Freeze(std::int32_t& live)
     ShowFreezeInMenu(false);
     KeepLiveFrame();
     if (DisplayEnabled) KillTimer(hWndMain, kLiveTimer);
-    AccountCycleStops();
-    icp_freeze(IcpModule, FrameA);
+    StopGrab();
     RestartLiveRate();
     SetTitle("Kelvo - frozen");
     live = 0;

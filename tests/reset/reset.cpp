@@ -11,9 +11,11 @@
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "grabber/board.h"
+#include "grabber/capture.h"
 #include "grabber/copm2.h"
 #include "grabber/correction.h"
 #include "grabber/frame_account.h"
+#include "grabber/frame_read.h"
 #include "grabber/host_frames.h"
 #include "head/advanced_dialog.h"
 #include "head/camera_head.h"
@@ -105,6 +107,8 @@ constexpr void (*kModules[])() = {
     ForgetBoardTables,
     ForgetBoard,
     ResetCorrection,
+    ResetCapture,
+    ResetFrameRead,
     ResetFrameAccount,
     ResetHostFrames,
     ForgetSimCameras,

@@ -54,7 +54,7 @@ class LiveCycle : public SimBoardTest {
         op.Do(look);
         RunMessageLoop(hWndMain);
     }
-    static const FrameAccount& Account() { return CurrentFrameAccount(); }
+    static FrameAccount Account() { return CurrentFrameAccount(); }
 };
 
 TEST_F(LiveCycle, ShowsEachFrame)

@@ -126,8 +126,9 @@ void FreezeGrab(BoardModule module, BoardFrame frame)
 
 std::int32_t WaitVb(BoardModule module, BoardFrame frame)
 {
-    ++recordingBoard.frameCount;
-    return Report("icp_wait_vb", Format(" %d %d", module, frame));
+    const std::int32_t result = Report("icp_wait_vb", Format(" %d %d", module, frame));
+    if (result != kBoardTimeout) ++recordingBoard.frameCount;
+    return result;
 }
 
 // The next of the frames that were given.
@@ -200,7 +201,7 @@ void Exit(std::int32_t flags)
 
 std::int64_t FrameCount(BoardModule /*module*/)
 {
-    return recordingBoard.frameCount;
+    return recordingBoard.counts ? recordingBoard.frameCount : kUncounted;
 }
 
 constexpr BoardTable kTable{

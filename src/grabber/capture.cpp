@@ -1,0 +1,387 @@
+#include "grabber/capture.h"
+
+#include "grabber/board_state.h"
+#include "platform/clock.h"
+#include "platform/memory.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::int64_t kMostRingBytes = std::numeric_limits<std::int32_t>::max();  // a block of 2 GB is refused
+constexpr std::int64_t kSliceUs = 20'000;  // the thread that captures looks that often for calls to the board
+constexpr std::int64_t kSliceMs = 20;
+constexpr std::int64_t kUsPerMs = 1000;
+
+std::int64_t ringBytes = 0;  // the setting
+
+// Calls to the board on their way to the thread that owns it. One at a time: who calls waits.
+class BoardCalls {
+  public:
+    // Has the call done by the thread that captures.
+    void Carry(const BoardCall& call)
+    {
+        std::unique_lock lock(mutex_);
+        done_.wait(lock, [&] { return call_ == nullptr; });
+        call_ = &call;
+        done_.wait(lock, [&] { return call_ != &call; });
+    }
+
+    void DoWhatWaits()
+    {
+        const std::scoped_lock lock(mutex_);
+        if (!call_) return;
+        (*call_)();
+        call_ = nullptr;
+        done_.notify_all();
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable done_;
+    const BoardCall* call_ = nullptr;
+};
+
+// A capture that runs, or ran last.
+struct Run {
+    CaptureOptions options;
+    BoardModule module = 0;
+    BoardFrame frame = kNoBoardFrame;
+    FrameRing ring;
+
+    // Of the one who captures.
+    std::int64_t lastNumber = 0;
+    std::int64_t boardBefore = 0;  // losses since the last frame in the ring
+    std::int64_t ringBefore = 0;
+
+    std::mutex mutex;  // of the counts; a frame is counted and put into the ring in one
+    CaptureCounts counts;
+    std::int64_t unreadable = 0;
+
+    std::int64_t unreadableTold = 0;  // of the one who records
+    std::int64_t dropped = 0;         // frames, of the same
+
+    BoardCalls calls;
+    std::jthread captures;
+    std::jthread records;
+};
+std::unique_ptr<Run> run;
+bool runs = false;
+bool following = false;  // with the virtual clock: frames are being taken
+
+bool BoardCounts(std::int64_t number)
+{
+    return number != kUncounted;
+}
+
+// The frames that passed between the last one and this one, which the board doesn't have any more.
+std::int64_t LostBefore(const Run& r, std::int64_t number)
+{
+    return BoardCounts(number) ? std::max<std::int64_t>(number - r.lastNumber - 1, 0) : 0;
+}
+
+void AddLosses(Run& r, std::int64_t byBoard, std::int64_t byRing)
+{
+    if (r.counts.lostByBoard) *r.counts.lostByBoard += byBoard;
+    r.counts.lostByRing += byRing;
+    r.counts.delivered += byBoard + byRing;
+    r.boardBefore += byBoard;
+    r.ringBefore += byRing;
+}
+
+void Count(Run& r, CapturedFrame& frame)
+{
+    frame.lostByBoard = r.boardBefore;
+    frame.lostByRing = r.ringBefore;
+    frame.unreadable = r.unreadable;
+    if (!r.ring.Commit()) {
+        AddLosses(r, 0, 1);
+        return;
+    }
+    r.boardBefore = r.ringBefore = 0;
+    ++r.counts.delivered;
+    ++r.counts.waiting;
+}
+
+// One frame from the board, or none within the limit: false.
+bool CaptureOne(Run& r, std::int64_t limitUs)
+{
+    CapturedFrame& frame = r.ring.Claim();
+    FrameStamp& stamp = frame.stamp;
+    stamp = {.number = r.lastNumber + 1};
+    const std::int32_t result = icp_next_frame(r.module, r.frame, r.lastNumber, limitUs, r.options.columns,
+                                               r.options.rows, frame.values, stamp);
+    if (result == kBoardTimeout) return false;
+
+    const std::scoped_lock lock(r.mutex);
+    AddLosses(r, LostBefore(r, stamp.number), 0);
+    if (BoardCounts(stamp.number)) r.lastNumber = r.counts.lastNumber = stamp.number;
+    if (result == 0) {
+        Count(r, frame);
+    } else {
+        AddLosses(r, 1, 0);
+        ++r.unreadable;
+    }
+    return true;
+}
+
+void CaptureOnThread(const std::stop_token& stop, Run& r)
+{
+    OwnBoard();
+    itx_os_set_realtime_priority(1);
+    while (!stop.stop_requested()) {
+        r.calls.DoWhatWaits();
+        CaptureOne(r, kSliceUs);
+    }
+    while (CaptureOne(r, 0)) {
+    }  // what the board completed before the end
+    r.ring.Close();
+    r.calls.DoWhatWaits();
+}
+
+// Gives who records his turn; false where nothing waits, or he wants to wait himself. Meanwhile the ring may fill.
+bool ConsumeSome(const Run& r)
+{
+    if (!r.options.consume || r.ring.Waiting() == 0) return false;
+    const std::int64_t before = r.dropped;
+    r.options.consume();
+    return r.dropped > before;
+}
+
+void RecordOnThread(const std::stop_token& stop, const Run& r)
+{
+    std::size_t left = 0;
+    while (!stop.stop_requested()) {
+        if (r.ring.WaitForMore(left, kSliceMs) > left) {
+            while (ConsumeSome(r)) {
+            }
+        }
+        left = r.ring.Waiting();
+    }
+    while (ConsumeSome(r)) {
+    }
+}
+
+// What the two threads do otherwise: the frames that are complete by now, and who records. Time that he takes lets more
+// frames come, which are taken before his next turn.
+void WorkByTheClock(Run& r)
+{
+    do {
+        while (CaptureOne(r, 0)) {
+        }
+    } while (ConsumeSome(r));
+}
+
+// One frame, for which time may pass; false where none came. A board that doesn't wait itself gives one at once.
+bool CaptureByTheClock(Run& r, std::int64_t limitUs)
+{
+    following = true;
+    const bool came = CaptureOne(r, limitUs);
+    WorkByTheClock(r);
+    following = false;
+    return came;
+}
+
+void FollowTheClock(std::int64_t untilUs)
+{
+    if (following) return;
+    for (std::int64_t nowUs = -1; nowUs < TickUs();) {
+        nowUs = TickUs();
+        CaptureByTheClock(*run, std::max<std::int64_t>(untilUs - nowUs, 0));
+    }
+}
+
+void LetTimePass(std::int64_t limitUs)
+{
+    const std::int64_t beganUs = TickUs();
+    const bool came = CaptureByTheClock(*run, limitUs);
+    if (!came && TickUs() == beganUs) AdvanceVirtualClock(limitUs);
+}
+
+void BeginThreads(Run& r)
+{
+    CarryBoardCalls([&r](const BoardCall& call) { r.calls.Carry(call); });
+    r.captures = std::jthread([&r](const std::stop_token& stop) { CaptureOnThread(stop, r); });
+    if (r.options.consume) r.records = std::jthread([&r](const std::stop_token& stop) { RecordOnThread(stop, r); });
+}
+
+void EndThreads(Run& r)
+{
+    r.captures.request_stop();
+    r.captures.join();
+    CarryBoardCalls({});
+    if (!r.records.joinable()) return;
+    r.records.request_stop();
+    r.records.join();
+}
+
+}  // namespace
+
+std::size_t RingFrames(std::int64_t frameValues)
+{
+    const auto available = static_cast<std::int64_t>(
+        std::min<std::uint64_t>(AvailablePhysicalMemory(), static_cast<std::uint64_t>(kMostRingBytes)));
+    const std::int64_t bytes = ringBytes > 0 ? std::min(ringBytes, kMostRingBytes) : available;
+    const std::int64_t frameBytes = std::max<std::int64_t>(frameValues, 1) * 2;
+    return static_cast<std::size_t>(std::max<std::int64_t>(bytes / frameBytes - 4, 1));
+}
+
+void SetRingBytes(std::int64_t bytes)
+{
+    ringBytes = bytes;
+}
+
+bool StartCapture(const CaptureOptions& options)
+{
+    if (runs || IcpModule == 0 || FrameA == kNoBoardFrame) return false;
+    auto fresh = std::make_unique<Run>();
+    fresh->options = options;
+    fresh->module = IcpModule;
+    fresh->frame = FrameA;
+    const auto values = static_cast<std::size_t>(options.columns) * static_cast<std::size_t>(options.rows);
+    if (!fresh->ring.Allocate(options.ringFrames, values)) return false;
+    fresh->lastNumber = icp_frame_count(IcpModule);
+    fresh->counts.lastNumber = fresh->lastNumber;
+    if (!BoardCounts(fresh->lastNumber)) fresh->counts.lostByBoard.reset();
+    run = std::move(fresh);
+    runs = true;
+    if (ClockIsVirtual()) {
+        FollowVirtualClock(FollowTheClock);
+    } else {
+        BeginThreads(*run);
+    }
+    return true;
+}
+
+void StopCapture()
+{
+    if (!runs) return;
+    if (ClockIsVirtual()) {
+        CaptureByTheClock(*run, 0);
+        FollowVirtualClock(nullptr);
+    } else {
+        EndThreads(*run);
+    }
+    DropFrames(run->ring.Waiting(), FrameFate::kPassedOver);
+    run->ring.Free();
+    runs = false;
+}
+
+bool CaptureRuns()
+{
+    return runs;
+}
+
+CaptureCounts CurrentCaptureCounts()
+{
+    if (!run) return {};
+    const std::scoped_lock lock(run->mutex);
+    return run->counts;
+}
+
+std::size_t FramesWaiting()
+{
+    return run ? run->ring.Waiting() : 0;
+}
+
+std::size_t WaitForFrames(std::size_t have, std::int64_t limitMs)
+{
+    if (!runs) return FramesWaiting();
+    if (!ClockIsVirtual()) return run->ring.WaitForMore(have, limitMs);
+    const std::int64_t endUs = TickUs() + limitMs * kUsPerMs;
+    while (run->ring.Waiting() <= have && TickUs() < endUs) LetTimePass(endUs - TickUs());
+    return run->ring.Waiting();
+}
+
+const CapturedFrame& WaitingFrame(std::size_t index)
+{
+    return run->ring.At(index);
+}
+
+void DropFrames(std::size_t frames, FrameFate fate)
+{
+    if (!run) return;
+    const std::scoped_lock lock(run->mutex);
+    const std::size_t dropped = std::min(frames, run->ring.Waiting());
+    run->ring.Drop(dropped);
+    run->dropped += static_cast<std::int64_t>(dropped);
+    const auto count = static_cast<std::int64_t>(dropped);
+    (fate == FrameFate::kRecorded ? run->counts.recorded : run->counts.passedOver) += count;
+    run->counts.waiting -= count;
+}
+
+namespace {
+
+// A frame that couldn't be read is told once, before the one that came behind it.
+bool UnreadableIsNext()
+{
+    const std::scoped_lock lock(run->mutex);
+    const std::int64_t soFar = run->ring.Waiting() > 0 ? run->ring.At(0).unreadable : run->unreadable;
+    return std::exchange(run->unreadableTold, std::max(soFar, run->unreadableTold)) < soFar;
+}
+
+// Until a frame comes, but no longer than a call of TakeNextFrame or CopyNewestFrame should be deaf.
+void WaitForOne(std::int64_t limitUs)
+{
+    if (ClockIsVirtual()) {
+        LetTimePass(limitUs);
+    } else {
+        run->ring.WaitForMore(0, std::min(limitUs / kUsPerMs + 1, kSliceMs));
+    }
+}
+
+std::int64_t UnreadableSoFar()
+{
+    const std::scoped_lock lock(run->mutex);
+    return run->unreadable;
+}
+
+}  // namespace
+
+TakeResult TakeNextFrame(std::span<std::int16_t> out, FrameStamp& stamp, FrameFate fate, std::int64_t limitMs)
+{
+    if (!run) return TakeResult::kEnded;
+    for (const std::int64_t endUs = TickUs() + limitMs * kUsPerMs;;) {
+        if (UnreadableIsNext()) return TakeResult::kUnreadable;
+        if (FramesWaiting() > 0) break;
+        if (!runs) return TakeResult::kEnded;
+        if (TickUs() >= endUs) return TakeResult::kTimeout;
+        WaitForOne(endUs - TickUs());
+    }
+    const CapturedFrame& frame = WaitingFrame(0);
+    std::copy_n(frame.values.begin(), std::min(out.size(), frame.values.size()), out.begin());
+    stamp = frame.stamp;
+    DropFrames(1, fate);
+    return TakeResult::kTaken;
+}
+
+TakeResult CopyNewestFrame(std::span<std::int16_t> out, std::int64_t limitMs)
+{
+    if (!runs) return TakeResult::kEnded;
+    const std::int64_t unreadable = UnreadableSoFar();
+    for (const std::int64_t endUs = TickUs() + limitMs * kUsPerMs;;) {
+        const std::int64_t waitMs = ClockIsVirtual() ? 0 : kSliceMs;
+        if (run->ring.CopyNewest(out, waitMs)) return TakeResult::kTaken;
+        if (UnreadableSoFar() > unreadable) return TakeResult::kUnreadable;
+        if (TickUs() >= endUs) return TakeResult::kTimeout;
+        if (ClockIsVirtual()) LetTimePass(endUs - TickUs());
+    }
+}
+
+void ResetCapture()
+{
+    StopCapture();
+    run.reset();
+    ringBytes = 0;
+}
+
+}  // namespace kelvo

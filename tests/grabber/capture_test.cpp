@@ -1,0 +1,189 @@
+// The capture under the virtual clock, with a board that only has its newest frame, and one that counts nothing.
+#include "grabber/capture.h"
+
+#include "grabber/board.h"
+#include "grabber/frame_account.h"
+#include "grabber/frame_read.h"
+#include "grabber/frame_size.h"
+#include "grabber/recording.h"
+#include "platform/clock.h"
+#include "platform/memory.h"
+#include "state/camera_config.h"
+#include "state/frame_state_write.h"
+#include "support/recording_board.h"
+#include "video/video.h"
+
+#include <gmock/gmock.h>
+
+namespace kelvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Capture : public BoardTest {
+  protected:
+    Capture()
+    {
+        GoLive(4, 2);
+        ClearFrameAccount();
+    }
+    static std::vector<std::int64_t> TakeNumbers(int frames)
+    {
+        std::vector<std::int64_t> numbers;
+        std::vector<std::int16_t> values(CameraFrameValues());
+        FrameStamp stamp;
+        for (int i = 0; i < frames; ++i) {
+            EXPECT_EQ(TakeNextFrame(values, stamp, FrameFate::kRecorded, 2000), TakeResult::kTaken);
+            numbers.push_back(stamp.number);
+        }
+        return numbers;
+    }
+    static void ExpectBalance()
+    {
+        const CaptureCounts counts = CurrentCaptureCounts();
+        EXPECT_EQ(counts.delivered, counts.recorded + counts.passedOver + counts.lostByBoard.value_or(0) +
+                                        counts.lostByRing + counts.waiting);
+    }
+};
+
+TEST_F(Capture, TakesTheNextFrameEachTime)
+{
+    const Recording recording(8);
+    ASSERT_TRUE(recording.Began());
+    EXPECT_THAT(TakeNumbers(4), ElementsAre(1, 2, 3, 4));
+    ExpectBalance();
+}
+
+TEST_F(Capture, BeginsWithTheFirstFrameAfterItsStart)
+{
+    recordingBoard.frameCount = 77;
+    const Recording recording(8);
+    EXPECT_THAT(TakeNumbers(2), ElementsAre(78, 79));
+}
+
+TEST_F(Capture, CountsWhatABoardWithItsNewestFrameAloneHasLost)
+{
+    const Recording recording(8);
+    TakeNumbers(1);
+    recordingBoard.frameCount = 5;
+    EXPECT_THAT(TakeNumbers(2), ElementsAre(5, 6));
+    EXPECT_EQ(CurrentCaptureCounts().lostByBoard, 3);
+    EXPECT_EQ(CurrentCaptureCounts().recorded, 3);
+    ExpectBalance();
+}
+
+TEST_F(Capture, SaysUnknownOfABoardWithoutACounter)
+{
+    recordingBoard.counts = false;
+    const Recording recording(8);
+    EXPECT_THAT(TakeNumbers(2), ElementsAre(kUncounted, kUncounted));
+    EXPECT_EQ(CurrentCaptureCounts().lostByBoard, std::nullopt);
+    EXPECT_EQ(CurrentCaptureCounts().delivered, 2);
+    EXPECT_FALSE(CurrentFrameAccount().lostIsKnown);
+}
+
+TEST_F(Capture, TellsEachUnreadableFrameOnceAndGoesOnBehindIt)
+{
+    const Recording recording(8);
+    std::vector<std::int16_t> values(CameraFrameValues());
+    FrameStamp stamp;
+    recordingBoard.answers["icp_read_area"] = -1;
+    EXPECT_EQ(TakeNextFrame(values, stamp, FrameFate::kRecorded, 2000), TakeResult::kUnreadable);
+    recordingBoard.answers.clear();
+    EXPECT_THAT(TakeNumbers(1), ElementsAre(2));
+    EXPECT_EQ(CurrentCaptureCounts().lostByBoard, 1);
+    ExpectBalance();
+}
+
+TEST_F(Capture, SharesTheFramesOutWithoutARest)
+{
+    AccountFrameRead(true);
+    ASSERT_TRUE(BeginRecording(2));
+    std::vector<std::int16_t> values(CameraFrameValues());
+    FrameStamp stamp;
+    TakeNumbers(3);
+    TakeNextFrame(values, stamp, FrameFate::kPassedOver, 2000);
+    EndRecording();
+    const FrameAccount account = CurrentFrameAccount();
+    EXPECT_EQ(account.used, 3);
+    EXPECT_EQ(account.missed, 1);
+    EXPECT_EQ(account.waiting, 0);
+    EXPECT_EQ(account.delivered, 4);
+}
+
+TEST_F(Capture, AnAccountClearedMeanwhileBeginsAnew)
+{
+    const Recording recording(8);
+    TakeNumbers(3);
+    ClearFrameAccount();
+    EXPECT_EQ(CurrentFrameAccount().delivered, 0);
+    TakeNumbers(2);
+    EXPECT_EQ(CurrentFrameAccount().delivered, 2);
+    EXPECT_EQ(CurrentFrameAccount().used, 2);
+}
+
+TEST_F(Capture, RefusedMemoryIsToldAndNothingRuns)
+{
+    FailAllocation(1);
+    EXPECT_FALSE(BeginRecording(8));
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "Unable to allocate memory to store data to disk!");
+    EXPECT_EQ(op.Boxes()[0].caption, "Kelvo Warning");
+    EXPECT_FALSE(RecordingRuns());
+}
+
+TEST_F(Capture, FreezeAndZoomLeaveTheGrabAlone)
+{
+    ASSERT_TRUE(BeginRecording(8));
+    ForgetAsked();
+    ToggleLiveVideo();
+    ToggleLiveVideo();
+    SetDisplayGeometry(0, 0, 2, 2, 0, 0);
+    EXPECT_THAT(TakeBoardCalls(), IsEmpty());
+    TakeNumbers(1);
+    ToggleLiveVideo();
+    EXPECT_EQ(LiveVideo, 0);
+    EndRecording();
+    EXPECT_THAT(TakeBoardCalls(), ElementsAre("freeze")) << "the picture was frozen meanwhile";
+}
+
+TEST_F(Capture, WhoRecordsReadsTheNextAndTheLiveViewTheNewest)
+{
+    recordingBoard.frames = {{1}, {2}, {3}, {4}, {5}};
+    const Recording recording(8);
+    std::vector<std::int16_t> values(CameraFrameValues());
+    EXPECT_TRUE(ReadBoardFrame(values));
+    EXPECT_EQ(values[0], 1);
+    EXPECT_TRUE(ReadBoardFrame(values));
+    EXPECT_EQ(values[0], 2);
+    const TakesNextFrame taking;
+    EXPECT_TRUE(ReadBoardFrame(values));
+    EXPECT_EQ(values[0], 1) << "nothing was taken away by looking";
+    EXPECT_EQ(LastFrameStamp().number, 1);
+    EXPECT_TRUE(ReadBoardFrame(values));
+    EXPECT_EQ(values[0], 2);
+}
+
+TEST_F(Capture, ASilentBoardEndsAReadWithItsBox)
+{
+    recordingBoard.answers["icp_wait_vb"] = kBoardTimeout;
+    const Recording recording(8);
+    std::vector<std::int16_t> values(CameraFrameValues());
+    EXPECT_FALSE(ReadBoardFrame(values));
+    ASSERT_EQ(op.Boxes().size(), 1U);
+    EXPECT_EQ(op.Boxes()[0].text, "Timeout waiting for vertical blank!");
+}
+
+TEST(RingSize, IsTheSettingInFrames)
+{
+    SetRingBytes(1'000'000);
+    EXPECT_EQ(RingFrames(1000), 496U) << "four frames' room is for those that don't wait";
+    SetRingBytes(1);
+    EXPECT_EQ(RingFrames(1000), 1U);
+    SetRingBytes(std::int64_t{1} << 40);
+    EXPECT_LE(RingFrames(1000) * 2000, std::size_t{1} << 31);
+}
+
+}  // namespace
+}  // namespace kelvo
