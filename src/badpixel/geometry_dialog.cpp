@@ -3,9 +3,11 @@
 #include "badpixel/bad_pixel_state.h"
 #include "badpixel/geometry_dialog_list.h"
 #include "badpixel/geometry_dialog_mark.h"
+#include "badpixel/pair_under_pointer.h"
 #include "calib/orientation.h"
 #include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
+#include "display/display_pipeline.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
@@ -109,8 +111,7 @@ void Tell(std::string_view text)
 void MarkListed(std::size_t line)
 {
     if (line >= listed.size()) return;
-    const Orientation inForce{.mirrorHoriz = MirrorHoriz, .mirrorVert = MirrorVert, .rotateCcw = RotateCCW};
-    MarkPixel(DisplayedPlace(listed[line], inForce, ActiveConfig));
+    MarkPixel(DisplayedPlace(listed[line], OrientationInForce(), ActiveConfig));
 }
 
 // Which detectors the set has no gain for, image order before orientation; empty where its gains can't be read.
@@ -402,6 +403,53 @@ void PickLine(HWND dialog)
     MarkSelected();
 }
 
+// The field that searches stands as it was typed where it still leads to the line.
+void ClearSearchUnlessItLeadsTo(HWND dialog, std::size_t line)
+{
+    const std::string typed = GetDlgItemText(dialog, kFindEdit);
+    if (!typed.empty() && FindPair(listed, typed) != line) SetDlgItemText(dialog, kFindEdit, {});
+}
+
+void WarnOfPress(HWND dialog, const std::string& text)
+{
+    SetDlgItemText(dialog, kClassText, text);
+    WarnDlgItem(dialog, kClassText, true);
+}
+
+void ChoosePair(HWND dialog, const PairAtPixel& pair)
+{
+    ClearSearchUnlessItLeadsTo(dialog, pair.line);
+    SelectLine(dialog, static_cast<int>(pair.line));
+    MarkSelected();
+    std::string text = GetDlgItemText(dialog, kClassText);
+    if (text.empty()) text = Format("%d,%d", listed[pair.line].row, listed[pair.line].column);
+    if (pair.answers) text += Format(" (%d,%d answers for it)", pair.answers->y, pair.answers->x);
+    SetDlgItemText(dialog, kClassText, text);
+}
+
+// The operator presses on the picture: the pair there is chosen.
+void PickOnPicture(HWND dialog, Point place)
+{
+    if (listDisabled) {
+        WarnOfPress(dialog, "There is no list to choose from");
+        return;
+    }
+    const Rect picture = PicturePoints();
+    const bool isOnPicture =
+        place.x >= picture.left && place.x < picture.right && place.y >= picture.top && place.y < picture.bottom;
+    const Point pixel = PixelUnder(place);
+    std::optional<PairAtPixel> pair;
+    if (isOnPicture) {
+        pair = PairNear(pixel, listed, PlacesShown(OrientationInForce(), ActiveConfig), DecomList, ActiveConfig);
+    }
+    if (pair) {
+        ChoosePair(dialog, *pair);
+    } else {
+        WarnOfPress(dialog, isOnPicture ? Format("No pair of the list at %d,%d of the picture", pixel.y, pixel.x)
+                                        : std::string("There is no picture there"));
+    }
+}
+
 void Find(HWND dialog)
 {
     const std::string typed = GetDlgItemText(dialog, kFindEdit);
@@ -436,7 +484,8 @@ constexpr DialogFrame kFrame{.name = "GEOMETRY",
                              .open = Open,
                              .entries = kEntries,
                              .helpContext = kHelpImageSetup,
-                             .closed = Close};
+                             .closed = Close,
+                             .picturePressed = PickOnPicture};
 
 }  // namespace
 
