@@ -5,6 +5,7 @@
 #include "badpixel/geometry_dialog_mark.h"
 #include "badpixel/pair_under_pointer.h"
 #include "calib/orientation.h"
+#include "calib/report_file.h"
 #include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
 #include "display/display_pipeline.h"
@@ -79,7 +80,14 @@ bool listDirty = false;
 bool listDisabled = true;
 int selectedLine = 0;  // remembered between openings
 std::vector<PixelPair> listed;
-BadDetMap withoutGain;  // of the set, for the class of a line
+// What the set tells of its detectors, for the class of a line; image order before orientation, empty where it tells
+// nothing.
+struct KnownDetectors {
+    BadDetMap withoutGain;
+    std::vector<std::uint8_t> classes;  // of the set's report: the place in names + 1, 0 for good
+    std::vector<BadDetectorClass> names;
+};
+KnownDetectors known;
 
 // For Cancel: all that the dialog may change, as it was when it opened.
 struct AtOpening {
@@ -127,12 +135,25 @@ BadDetMap DetectorsWithoutGain()
     return marks;
 }
 
+KnownDetectors WhatTheSetTells()
+{
+    KnownDetectors told{.withoutGain = DetectorsWithoutGain(), .classes = {}, .names = {}};
+    if (std::optional<StoredReport> stored = ReadReport(CalSettings.CalFile)) {
+        told.classes = MapBeforeOrientation(stored->map);
+        told.names = std::move(stored->map.classes);
+    }
+    return told;
+}
+
+// The report's name for it, where that knows the pair as bad; otherwise what the gains tell.
 std::string ClassOf(const PixelPair& pair)
 {
-    const std::int64_t index = std::int64_t{pair.row} * ActiveConfig.Hroi + pair.column;
-    if (index < 0 || std::cmp_greater_equal(index, withoutGain.size())) return {};
-    return withoutGain[static_cast<std::size_t>(index)] ? "the calibration has no gain for it"
-                                                        : "bad by the list alone: it has a gain";
+    if (pair.row < 0 || pair.column < 0 || pair.column >= ActiveConfig.Hroi) return {};
+    const auto index = static_cast<std::size_t>(std::int64_t{pair.row} * ActiveConfig.Hroi + pair.column);
+    const std::size_t entry = index < known.classes.size() ? known.classes[index] : 0U;
+    if (entry != 0 && entry <= known.names.size()) return known.names[entry - 1].name;
+    if (index >= known.withoutGain.size()) return {};
+    return known.withoutGain[index] ? "the calibration has no gain for it" : "bad by the list alone: it has a gain";
 }
 
 void ShowClass(HWND dialog)
@@ -186,7 +207,7 @@ void TakeList(HWND dialog, EditableBadList list)
     listDisabled = list.isTooLong;
     SetDlgItemText(dialog, kFileText, "Bad det file: " + CalSettings.BadDetFile);
     listed = std::move(list.pairs);
-    withoutGain = listed.empty() ? BadDetMap() : DetectorsWithoutGain();
+    known = listed.empty() ? KnownDetectors() : WhatTheSetTells();
     ShowList(dialog);
     MarkListed(0);
 }
@@ -509,7 +530,7 @@ void ResetGeometryDialog()
     listDisabled = true;
     selectedLine = 0;
     listed.clear();
-    withoutGain.clear();
+    known = {};
     scratchLines.clear();
     scratchStands = false;
     atOpening = {};
