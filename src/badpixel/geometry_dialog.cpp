@@ -3,9 +3,12 @@
 #include "badpixel/bad_pixel_state.h"
 #include "badpixel/geometry_dialog_list.h"
 #include "badpixel/geometry_dialog_mark.h"
+#include "badpixel/pair_under_pointer.h"
 #include "calib/orientation.h"
+#include "calib/report_file.h"
 #include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
+#include "display/display_pipeline.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
@@ -77,7 +80,14 @@ bool listDirty = false;
 bool listDisabled = true;
 int selectedLine = 0;  // remembered between openings
 std::vector<PixelPair> listed;
-BadDetMap withoutGain;  // of the set, for the class of a line
+// What the set tells of its detectors, for the class of a line; image order before orientation, empty where it tells
+// nothing.
+struct KnownDetectors {
+    BadDetMap withoutGain;
+    std::vector<std::uint8_t> classes;  // of the set's report: the place in names + 1, 0 for good
+    std::vector<BadDetectorClass> names;
+};
+KnownDetectors known;
 
 // For Cancel: all that the dialog may change, as it was when it opened.
 struct AtOpening {
@@ -109,8 +119,7 @@ void Tell(std::string_view text)
 void MarkListed(std::size_t line)
 {
     if (line >= listed.size()) return;
-    const Orientation inForce{.mirrorHoriz = MirrorHoriz, .mirrorVert = MirrorVert, .rotateCcw = RotateCCW};
-    MarkPixel(DisplayedPlace(listed[line], inForce, ActiveConfig));
+    MarkPixel(DisplayedPlace(listed[line], OrientationInForce(), ActiveConfig));
 }
 
 // Which detectors the set has no gain for, image order before orientation; empty where its gains can't be read.
@@ -126,12 +135,25 @@ BadDetMap DetectorsWithoutGain()
     return marks;
 }
 
+KnownDetectors WhatTheSetTells()
+{
+    KnownDetectors told{.withoutGain = DetectorsWithoutGain(), .classes = {}, .names = {}};
+    if (std::optional<StoredReport> stored = ReadReport(CalSettings.CalFile)) {
+        told.classes = MapBeforeOrientation(stored->map);
+        told.names = std::move(stored->map.classes);
+    }
+    return told;
+}
+
+// The report's name for it, where that knows the pair as bad; otherwise what the gains tell.
 std::string ClassOf(const PixelPair& pair)
 {
-    const std::int64_t index = std::int64_t{pair.row} * ActiveConfig.Hroi + pair.column;
-    if (index < 0 || std::cmp_greater_equal(index, withoutGain.size())) return {};
-    return withoutGain[static_cast<std::size_t>(index)] ? "the calibration has no gain for it"
-                                                        : "bad by the list alone: it has a gain";
+    if (pair.row < 0 || pair.column < 0 || pair.column >= ActiveConfig.Hroi) return {};
+    const auto index = static_cast<std::size_t>(std::int64_t{pair.row} * ActiveConfig.Hroi + pair.column);
+    const std::size_t entry = index < known.classes.size() ? known.classes[index] : 0U;
+    if (entry != 0 && entry <= known.names.size()) return known.names[entry - 1].name;
+    if (index >= known.withoutGain.size()) return {};
+    return known.withoutGain[index] ? "the calibration has no gain for it" : "bad by the list alone: it has a gain";
 }
 
 void ShowClass(HWND dialog)
@@ -185,7 +207,7 @@ void TakeList(HWND dialog, EditableBadList list)
     listDisabled = list.isTooLong;
     SetDlgItemText(dialog, kFileText, "Bad det file: " + CalSettings.BadDetFile);
     listed = std::move(list.pairs);
-    withoutGain = listed.empty() ? BadDetMap() : DetectorsWithoutGain();
+    known = listed.empty() ? KnownDetectors() : WhatTheSetTells();
     ShowList(dialog);
     MarkListed(0);
 }
@@ -402,6 +424,53 @@ void PickLine(HWND dialog)
     MarkSelected();
 }
 
+// The field that searches stands as it was typed where it still leads to the line.
+void ClearSearchUnlessItLeadsTo(HWND dialog, std::size_t line)
+{
+    const std::string typed = GetDlgItemText(dialog, kFindEdit);
+    if (!typed.empty() && FindPair(listed, typed) != line) SetDlgItemText(dialog, kFindEdit, {});
+}
+
+void WarnOfPress(HWND dialog, const std::string& text)
+{
+    SetDlgItemText(dialog, kClassText, text);
+    WarnDlgItem(dialog, kClassText, true);
+}
+
+void ChoosePair(HWND dialog, const PairAtPixel& pair)
+{
+    ClearSearchUnlessItLeadsTo(dialog, pair.line);
+    SelectLine(dialog, static_cast<int>(pair.line));
+    MarkSelected();
+    std::string text = GetDlgItemText(dialog, kClassText);
+    if (text.empty()) text = Format("%d,%d", listed[pair.line].row, listed[pair.line].column);
+    if (pair.answers) text += Format(" (%d,%d answers for it)", pair.answers->y, pair.answers->x);
+    SetDlgItemText(dialog, kClassText, text);
+}
+
+// The operator presses on the picture: the pair there is chosen.
+void PickOnPicture(HWND dialog, Point place)
+{
+    if (listDisabled) {
+        WarnOfPress(dialog, "There is no list to choose from");
+        return;
+    }
+    const Rect picture = PicturePoints();
+    const bool isOnPicture =
+        place.x >= picture.left && place.x < picture.right && place.y >= picture.top && place.y < picture.bottom;
+    const Point pixel = PixelUnder(place);
+    std::optional<PairAtPixel> pair;
+    if (isOnPicture) {
+        pair = PairNear(pixel, listed, PlacesShown(OrientationInForce(), ActiveConfig), DecomList, ActiveConfig);
+    }
+    if (pair) {
+        ChoosePair(dialog, *pair);
+    } else {
+        WarnOfPress(dialog, isOnPicture ? Format("No pair of the list at %d,%d of the picture", pixel.y, pixel.x)
+                                        : std::string("There is no picture there"));
+    }
+}
+
 void Find(HWND dialog)
 {
     const std::string typed = GetDlgItemText(dialog, kFindEdit);
@@ -436,7 +505,8 @@ constexpr DialogFrame kFrame{.name = "GEOMETRY",
                              .open = Open,
                              .entries = kEntries,
                              .helpContext = kHelpImageSetup,
-                             .closed = Close};
+                             .closed = Close,
+                             .picturePressed = PickOnPicture};
 
 }  // namespace
 
@@ -460,7 +530,7 @@ void ResetGeometryDialog()
     listDisabled = true;
     selectedLine = 0;
     listed.clear();
-    withoutGain.clear();
+    known = {};
     scratchLines.clear();
     scratchStands = false;
     atOpening = {};

@@ -2,6 +2,7 @@
 // picture, so that frames, stored and live, stay clean.
 #pragma once
 
+#include "calib/orientation.h"
 #include "pixel/pixel_pair.h"
 #include "platform/types.h"
 #include "state/camera_config.h"
@@ -10,12 +11,6 @@
 #include <vector>
 
 namespace kelvo {
-
-struct Orientation {
-    std::int32_t mirrorHoriz = 0;
-    std::int32_t mirrorVert = 0;
-    std::int32_t rotateCcw = 0;
-};
 
 // Where a detector of the list shows in the picture: rotated, then its columns and its rows mirrored. The sides are
 // Hactive and Vactive themselves (a rotated row is counted from Hactive too), so that a turned entry lies one pixel

@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <cmath>
 #include <ctime>
-#include <numeric>
 
 namespace kelvo {
 
@@ -226,13 +225,23 @@ void MapAnswers(CalibrationReport& report, std::span<const std::uint32_t> before
 
 void OrientMap(CalibrationReport& report)
 {
-    DecomTable order;
-    if (report.map.empty() || !AllocateBlock(order, report.map.size())) return;
-    std::iota(order.begin(), order.end(), 0U);
-    if (!ReorderDecomList(order, ActiveConfig, MirrorHoriz, MirrorVert, RotateCCW)) return;
+    const Orientation orientation = OrientationInForce();
+    const DecomTable order = PlacesShown(orientation, ActiveConfig);
+    if (report.map.empty() || order.size() != report.map.size()) return;
     const std::vector<std::uint8_t> before = report.map;
     std::ranges::transform(order, report.map.begin(), [&](std::uint32_t from) { return before[from]; });
     OrientAnswers(report, order);
+    report.turned = orientation;
+}
+
+std::vector<std::uint8_t> MapBeforeOrientation(const CalibrationReport& report)
+{
+    if (report.columns != ActiveConfig.Hroi || report.rows != ActiveConfig.Vroi) return {};
+    const DecomTable shown = PlacesShown(report.turned, ActiveConfig);
+    std::vector<std::uint8_t> map;
+    if (shown.size() != report.map.size() || !AllocateBlock(map, shown.size())) return {};
+    for (std::size_t i = 0; i < shown.size(); ++i) map[shown[i]] = report.map[i];
+    return map;
 }
 
 double StraightLineError(double coldC, double hotC, double fromUm, double toUm)

@@ -7,6 +7,7 @@
 // source still stands there.
 #pragma once
 
+#include "calib/orientation.h"
 #include "platform/types.h"
 
 #include <cstddef>
@@ -45,6 +46,7 @@ struct CalibrationReport {
     std::int32_t columns = 0;
     std::int32_t rows = 0;
     std::vector<std::uint8_t> map;       // image order: 0 good, otherwise the class + 1
+    Orientation turned;                  // of map and answers, as OrientMap found it
     std::vector<std::uint32_t> answers;  // of each pixel of map the one whose detector it shows, or kNobodyAnswers
     std::string calPath;
     std::string note;  // what else there is to know
@@ -76,6 +78,9 @@ void MapListed(CalibrationReport& report, std::span<const std::uint8_t> badMap);
 void MapAnswers(CalibrationReport& report, std::span<const std::uint32_t> before, std::span<const std::uint32_t> after);
 // Turns map and answers as the picture on the screen is turned. Without memory they stay as the detector lies.
 void OrientMap(CalibrationReport& report);
+// The map turned back, for whoever looks a detector up by its row and column. Empty where the report is of another
+// region than the camera's.
+std::vector<std::uint8_t> MapBeforeOrientation(const CalibrationReport& report);
 
 // In a line drawn through two temperatures and the radiances there, what the temperature read half-way in temperature
 // is off by, in °C: the curve of Planck's law between wavelengths in um. 0 where the two are equal.

@@ -22,6 +22,7 @@
 #include "video/video.h"
 
 #include <algorithm>
+#include <numeric>
 #include <optional>
 #include <span>
 #include <string>
@@ -88,6 +89,23 @@ void RebuildForSet()
 }
 
 }  // namespace
+
+Orientation OrientationInForce()
+{
+    return {.mirrorHoriz = MirrorHoriz, .mirrorVert = MirrorVert, .rotateCcw = RotateCCW};
+}
+
+DecomTable PlacesShown(const Orientation& orientation, const CameraConfig& config)
+{
+    const std::int64_t pixels = std::int64_t{config.Hroi} * config.Vroi;
+    DecomTable places;
+    if (config.Hroi <= 0 || config.Vroi <= 0 || !AllocateBlock(places, static_cast<std::size_t>(pixels))) return {};
+    std::iota(places.begin(), places.end(), 0U);
+    if (!ReorderDecomList(places, config, orientation.mirrorHoriz, orientation.mirrorVert, orientation.rotateCcw)) {
+        return {};
+    }
+    return places;
+}
 
 std::int32_t SetImageOrientation(std::int32_t substitute, std::int32_t mirrorHoriz, std::int32_t mirrorVert,
                                  std::int32_t rotateCcw, std::string_view badDetFile, const CameraConfig& config,

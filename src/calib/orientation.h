@@ -1,6 +1,7 @@
 // The complete rebuild of the table in force: readout order, substitution, orientation.
 #pragma once
 
+#include "pixel/decommutation.h"
 #include "platform/types.h"
 #include "state/camera_config.h"
 
@@ -8,6 +9,18 @@
 #include <string_view>
 
 namespace kelvo {
+
+// How the picture is turned: mirrorHoriz reverses its rows, mirrorVert its columns, rotateCcw turns it to the left.
+struct Orientation {
+    std::int32_t mirrorHoriz = 0;
+    std::int32_t mirrorVert = 0;
+    std::int32_t rotateCcw = 0;
+    friend bool operator==(const Orientation&, const Orientation&) = default;
+};
+Orientation OrientationInForce();
+// For each pixel of a picture that is turned so, Vroi x Hroi, the place in the table before orientation of what it
+// shows (ReorderDecomList). Empty where memory is refused or the region is empty.
+DecomTable PlacesShown(const Orientation& orientation, const CameraConfig& config);
 
 // Builds the table, replaces the bad pixels of badDetFile in it (with substitute, a calibration loaded and a name),
 // mirrors and rotates it, installs it, writes DECOM.TMP, and sets the check of "Replace bad pixels" as substitute says.

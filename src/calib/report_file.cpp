@@ -25,6 +25,31 @@ constexpr std::string_view kDigestFact = "SHA-256 of the lists";
 constexpr std::string_view kMapHeading = "\nMap of the detectors, as the picture was turned\n";
 constexpr std::string_view kMarks = ".123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 
+// How the picture was turned, in words behind the sizes.
+struct TurnWord {
+    std::int32_t Orientation::*flag;
+    std::string_view word;
+};
+constexpr TurnWord kTurnWords[] = {{&Orientation::mirrorHoriz, "; rows mirrored"},
+                                   {&Orientation::mirrorVert, "; columns mirrored"},
+                                   {&Orientation::rotateCcw, "; turned to the left"}};
+
+std::string TurnText(const Orientation& turned)
+{
+    std::string text;
+    for (const TurnWord& turn : kTurnWords) {
+        if (turned.*turn.flag != 0) text += turn.word;
+    }
+    return text;
+}
+
+Orientation TurnIn(std::string_view text)
+{
+    Orientation turned;
+    for (const TurnWord& turn : kTurnWords) turned.*turn.flag = text.find(turn.word) != std::string_view::npos ? 1 : 0;
+    return turned;
+}
+
 std::string MapRows(const CalibrationReport& report)
 {
     std::string text;
@@ -52,7 +77,8 @@ std::string MapText(const CalibrationReport& report)
 {
     if (report.map.empty() || report.columns <= 0) return {};
     std::string text(kMapHeading);
-    text += Format("%d columns, %d rows; . is a good detector\n", report.columns, report.rows);
+    text += Format("%d columns, %d rows; . is a good detector", report.columns, report.rows);
+    text += TurnText(report.turned) + '\n';
     for (std::size_t i = 0; i < report.classes.size() && i + 1 < kMarks.size(); ++i) {
         const BadDetectorClass& entry = report.classes[i];
         text += Format("%c %06X %d %s\n", kMarks[i + 1], entry.color, entry.count, entry.name.c_str());
@@ -67,6 +93,7 @@ bool ReadSize(std::istream& lines, CalibrationReport& map)
     std::string line;
     std::string word;
     if (!std::getline(lines, line)) return false;
+    map.turned = TurnIn(line);
     std::istringstream words(line);
     return words >> map.columns >> word >> map.rows && map.columns > 0 && map.rows > 0 && map.columns <= kLargestSide &&
            map.rows <= kLargestSide;

@@ -22,9 +22,10 @@ int SaveReport(const CalibrationReport& report);
 
 // A report as it was saved.
 struct StoredReport {
-    std::string text;       // UTF-8, as ReportText gave it
-    CalibrationReport map;  // title, columns, rows, classes, map, answers; without a map where the file has none
-    std::string digest;     // of the lists of which the report tells; empty: it doesn't say
+    std::string text;  // UTF-8, as ReportText gave it
+    CalibrationReport
+        map;             // title, columns, rows, turned, classes, map, answers; without a map where the file has none
+    std::string digest;  // of the lists of which the report tells; empty: it doesn't say
 };
 // nullopt where there is no file that can be read.
 std::optional<StoredReport> ReadReport(std::string_view calPath);

@@ -409,6 +409,7 @@ int DialogBox(std::string_view name, HWND owner, DialogProc procedure, LPARAM pa
         if (widget != nullptr) widget->hide();
         Transcribe("close", {{"name", data->name}, {"result", std::int64_t{data->result}}});
     }
+    data->pictureGate.reset();
     LeaveDialog(dialog);
     delete widget.data();
     return data->result;

@@ -61,6 +61,10 @@ enum class ScrollCode : int {
 // is told to quit before EndDialog, the result is 0.
 int DialogBox(std::string_view name, HWND owner, DialogProc procedure, LPARAM parameter = 0);
 void EndDialog(HWND dialog, int result);
+// For the WM_INITDIALOG of a modal dialog that belongs to the main window: while it is in front, a press of the left
+// button on the picture's area comes to it as WM_LBUTTONDOWN with wParam 0 and the place that the main window would be
+// told. All else that the operator does to the main window stays blocked.
+void TakePicturePresses(HWND dialog);
 
 // A dialog docked along the top of the main window's client area, as wide as it. Null if it can't be made. The platform
 // keeps its width at each change of the main window's size before WM_SIZE comes.

@@ -27,6 +27,14 @@ QWidget* ReachableClient()
     return window->widget;
 }
 
+// The same for the pointer: of what it does some may be for the dialog in front.
+QWidget* ClientUnderPointer()
+{
+    HWND window = MainWindow();
+    if (!window || !FrontTakesPicturePresses() || !window->widget->isVisible()) return ReachableClient();
+    return window->widget;
+}
+
 // An open menu, else what has the focus in the window in front.
 QWidget* KeyReceiver()
 {
@@ -165,7 +173,7 @@ bool OperateKey(std::string_view key)
 
 void OperateMouse(Point client, int button)
 {
-    QPointer<QWidget> area = ReachableClient();
+    QPointer<QWidget> area = ClientUnderPointer();
     if (!area) return;
     const Point screen = ClientToScreen(MainWindow(), client);
     MovePointerTo(screen);

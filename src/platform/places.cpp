@@ -74,7 +74,7 @@ std::optional<Rect> PlaceOfMenuItem(std::string_view text)
 
 std::optional<Rect> PlaceOfButton(std::string_view text)
 {
-    const QWidget* const modal = QApplication::activeModalWidget();
+    const QWidget* const modal = FrontModal() ? FrontModal()->widget.data() : nullptr;
     for (const QWidget* const window : QApplication::topLevelWidgets()) {
         if (!window->isVisible() || (modal && window != modal)) continue;
         for (const QAbstractButton* const button : window->findChildren<QAbstractButton*>()) {

@@ -9,6 +9,7 @@
 #include <QWidget>
 
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +23,9 @@ struct DialogData {
     std::vector<HWND> controlWindows;           // DlgItemWindow's, forgotten with the dialog
     QEventLoop* loop = nullptr;                 // while DialogBox waits
     bool modal = false;
-    bool ended = false;    // EndDialog was called: the controls are silent from then on
-    bool centred = false;  // CentreDialog placed it: kept centred when it grows before it is seen
+    std::shared_ptr<QObject> pictureGate;  // while it takes presses on the picture
+    bool ended = false;                    // EndDialog was called: the controls are silent from then on
+    bool centred = false;                  // CentreDialog placed it: kept centred when it grows before it is seen
     int result = 0;
 };
 

@@ -9,6 +9,7 @@
 #include "platform/types.h"
 #include "platform/window.h"
 
+#include <QEvent>
 #include <QIcon>
 #include <QImage>
 #include <QMainWindow>
@@ -143,6 +144,12 @@ class ModalScope {
   private:
     const ModalEntry* entry_;
 };
+
+// Presses, motion, wheel, keys, drops and closing: what a window that can't be worked doesn't get. Releases of keys
+// come through: they were pressed before.
+bool IsOperatorsInput(QEvent::Type type);
+// The dialog in front takes presses on the picture (TakePicturePresses).
+bool FrontTakesPicturePresses();
 
 const ModalEntry* FrontModal();        // the newest that is seen; null: none. Not to be kept.
 std::size_t ModalDepth();              // with those whose loop hasn't returned yet

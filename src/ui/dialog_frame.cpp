@@ -58,6 +58,20 @@ bool OnCommand(const DialogFrame& frame, HWND dialog, int id, int notification)
     return false;
 }
 
+bool OnOpening(const DialogFrame& frame, HWND dialog)
+{
+    if (frame.picturePressed) TakePicturePresses(dialog);
+    return CallIfSet(frame.open, dialog);
+}
+
+bool OnPress(const DialogFrame& frame, HWND dialog, WPARAM control, LPARAM place)
+{
+    if (!frame.picturePressed || control != 0) return false;
+    const auto at = static_cast<WPARAM>(place);
+    frame.picturePressed(dialog, {SignedLowWord(at), SignedHighWord(at)});
+    return true;
+}
+
 bool OnScrollMessage(const DialogFrame& frame, HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
     const DialogEntry* const entry = EntryFor(frame, DialogEntry::Kind::kScroll, lParam);
@@ -98,7 +112,9 @@ LRESULT HandleDialogMessage(const DialogFrame& frame, HWND dialog, std::uint32_t
 {
     switch (message) {
         case WM_INITDIALOG:
-            return CallIfSet(frame.open, dialog);
+            return OnOpening(frame, dialog);
+        case WM_LBUTTONDOWN:
+            return OnPress(frame, dialog, wParam, lParam);
         case WM_COMMAND:
             return OnCommand(frame, dialog, LowWord(wParam), HighWord(wParam));
         case WM_HSCROLL:

@@ -26,6 +26,7 @@
 namespace kelvo {
 
 using DialogHandler = void (*)(HWND dialog);
+using PlaceHandler = void (*)(HWND dialog, Point place);
 using ControlHandler = void (*)(HWND dialog, int id);
 // position: where the bar now stands, by the one rule of ui/scroll_rule.h.
 using ScrollHandler = void (*)(HWND dialog, int bar, int position);
@@ -85,6 +86,8 @@ struct DialogFrame {
     int helpContext = 0;                        // what Help (9) shows; 0: the dialog has no help
     DialogHandler closed = nullptr;             // the window's own close button, where that isn't Cancel
     DialogHandler destroyed = nullptr;
+    // Set: the dialog takes presses on the picture (platform/dialog.h); place in the main window's client coordinates.
+    PlaceHandler picturePressed = nullptr;
 
     // What the operator reads where the dialog can't be made, under "System Error", and what RunDialog returns then.
     std::string_view cantOpen = "Unable to display dialog";

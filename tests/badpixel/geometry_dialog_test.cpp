@@ -4,6 +4,7 @@
 #include "badpixel/geometry_dialog_list.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/orientation.h"
+#include "calib/report_file.h"
 #include "calib/unsaved_set.h"
 #include "pixel/decommutation.h"
 #include "platform/dialog.h"
@@ -368,6 +369,39 @@ TEST_F(GeometryDialogTest, TellsWhetherTheCalibrationHasAGainForTheChosenDetecto
     write::calSet.CalSettings.GainFile = directory / "no such.gai";
     Run([](HWND dialog) { EXPECT_EQ(GetDlgItemText(dialog, 20211), ""); });
     EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+// The report was made while the picture was turned; the list has a detector that it doesn't know.
+TEST_F(GeometryDialogTest, TellsTheClassThatTheReportOfTheSetHas)
+{
+    Calibrate("2,3\n2,9\n5,0\n");
+    CalibrationReport report;
+    report.title = "2 Point Calibration";
+    report.calPath = CalSettings.CalFile;
+    report.columns = 32;
+    report.rows = 24;
+    report.classes = {{.name = "Noisy", .count = 1, .color = 0xFF0000}, {.name = "Dead", .count = 1, .color = 0xFF}};
+    report.map.resize(std::size_t{24} * 32);
+    report.map[2 * 32 + 3] = 2;
+    report.map[2 * 32 + 9] = 1;
+    write::display.MirrorHoriz = write::display.MirrorVert = 1;
+    OrientMap(report);
+    EXPECT_EQ(report.map[21 * 32 + 28], 2) << "2,3 counted from the other corner";
+    ASSERT_EQ(SaveReport(report), 1);
+    write::display.MirrorVert = 0;  // turned otherwise since
+    const auto classes = [this] {
+        std::vector<std::string> texts;
+        Run([&texts](HWND dialog) {
+            for (int line = 0; line < 3; ++line) {
+                OperatePick(dialog, 1308, line);
+                texts.push_back(GetDlgItemText(dialog, 20211));
+            }
+        });
+        return texts;
+    };
+    EXPECT_THAT(classes(), ElementsAre("2,3: Dead", "2,9: Noisy", ""));
+    write::camera.ActiveConfig.Hroi = 30;  // the report is of another region
+    EXPECT_THAT(classes(), ElementsAre("", "", ""));
 }
 
 TEST_F(GeometryDialogTest, CancelPutsAllBackAlsoWhatWasSet)
