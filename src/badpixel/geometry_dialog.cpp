@@ -409,7 +409,7 @@ void Close(HWND dialog)
 void Cancel(HWND dialog)
 {
     if (!PutBackBadPixelState(atOpening.badPixels)) return;
-    for (const KeptProfileKey& key : atOpening.keys) PutBackProfileKey(key);
+    PutBackProfileKeys(atOpening.keys);
     settingsChanged = atOpening.settingsChanged;
     selectedLine = atOpening.selectedLine;
     DeleteFileNamed(kScratchFile);

@@ -344,6 +344,12 @@ void ShowOwnFit(const ContrastFit& fit)
     if (fit.contrast != Contrast || fit.brightness != Brightness) BuildDisplayLut(fit.contrast, fit.brightness);
 }
 
+void PutBackContrast(const ContrastPair& pair, const std::optional<OwnFit>& ownFit)
+{
+    write::contrastFit.LastOwnFit = ownFit;
+    if (pair.contrast != Contrast || pair.brightness != Brightness) BuildDisplayLut(pair.contrast, pair.brightness);
+}
+
 int FitUnseenPicture(std::span<const std::uint8_t> bad)
 {
     const std::span<const std::int16_t> pixels = FramePixelsOnView();

@@ -9,8 +9,10 @@
 #include "display/fit_contrast.h"
 #include "display/frame_bitmap.h"
 #include "platform/types.h"
+#include "state/contrast_fit.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace kelvo {
@@ -95,6 +97,8 @@ void FitContrastToPicture(std::span<const std::uint8_t> bad);
 
 // Puts a fit in force that nobody asked for: found, not chosen, and never stored (state/contrast_fit.h).
 void ShowOwnFit(const ContrastFit& fit);
+// A pair that was in force before, and what was known of it then (LastOwnFit).
+void PutBackContrast(const ContrastPair& pair, const std::optional<OwnFit>& ownFit);
 // For a stored picture that has just come on view: where over 95 % of its good pixels show as the first or the last
 // shade, an own fit is shown, if that shows more of it. 1 where it was; nothing is told. bad as above.
 int FitUnseenPicture(std::span<const std::uint8_t> bad);

@@ -78,30 +78,43 @@ constexpr int kWheelUp = 5;
 constexpr int kWheelDown = 6;
 constexpr int kHoldMiddle = 7;
 constexpr int kReleaseMiddle = 8;
+constexpr int kHoldLeft = 9;
+constexpr int kReleaseLeft = 10;
 constexpr int kNotch = 120;
 
-// Whoever has the middle button down over it gets all motion until its release.
-QPointer<QWidget> middleHolder;
+// Whoever has a button down over it gets all motion until its release.
+QPointer<QWidget> holder;
+Qt::MouseButton heldButton = Qt::NoButton;
+
+// Who hears of the mouse at a place of the client area: who holds a button, an open menu, else what lies there.
+QWidget* Under(QWidget& area, QPoint at)
+{
+    if (holder) return holder;
+    if (auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) return menu;
+    QWidget* const child = area.childAt(at);
+    return child ? child : &area;
+}
 
 void SendMouseEvent(QWidget* receiver, QEvent::Type type, QPoint at, Qt::MouseButton button)
 {
     const bool holds = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
     Qt::MouseButtons held = holds ? Qt::MouseButtons(button) : Qt::NoButton;
-    held.setFlag(Qt::MiddleButton, held.testFlag(Qt::MiddleButton) || middleHolder);
+    if (holder) held |= heldButton;
     QMouseEvent event(type, QPointF(at), QPointF(receiver->mapToGlobal(at)), button, held, Qt::NoModifier);
     QCoreApplication::sendEvent(receiver, &event);
 }
 
-void HoldMiddle(QWidget* receiver, QPoint at)
+void Hold(QWidget* receiver, QPoint at, Qt::MouseButton button)
 {
-    middleHolder = receiver;
-    SendMouseEvent(receiver, QEvent::MouseButtonPress, at, Qt::MiddleButton);
+    holder = receiver;
+    heldButton = button;
+    SendMouseEvent(receiver, QEvent::MouseButtonPress, at, button);
 }
 
-void ReleaseMiddle(QWidget* receiver, QPoint at)
+void Release(QWidget* receiver, QPoint at, Qt::MouseButton button)
 {
-    middleHolder = nullptr;
-    SendMouseEvent(receiver, QEvent::MouseButtonRelease, at, Qt::MiddleButton);
+    holder = nullptr;
+    SendMouseEvent(receiver, QEvent::MouseButtonRelease, at, button);
 }
 
 void TurnWheel(QWidget* receiver, QPoint at, int delta)
@@ -178,15 +191,14 @@ void OperateMouse(Point client, int button)
     const Point screen = ClientToScreen(MainWindow(), client);
     MovePointerTo(screen);
     const QPoint at(client.x, client.y);
-    QPointer<QWidget> receiver = middleHolder ? middleHolder.data() : area->childAt(at);
-    if (!receiver) receiver = area;
-    const QPoint local = receiver->mapFrom(area, at);
+    QPointer<QWidget> receiver = Under(*area, at);
+    const QPoint local = receiver->mapFromGlobal(area->mapToGlobal(at));
     if (button == kWheelUp || button == kWheelDown) {
         TurnWheel(receiver, local, button == kWheelUp ? kNotch : -kNotch);
-    } else if (button == kHoldMiddle) {
-        HoldMiddle(receiver, local);
-    } else if (button == kReleaseMiddle) {
-        ReleaseMiddle(receiver, local);
+    } else if (button == kHoldMiddle || button == kHoldLeft) {
+        Hold(receiver, local, button == kHoldLeft ? Qt::LeftButton : Qt::MiddleButton);
+    } else if (button == kReleaseMiddle || button == kReleaseLeft) {
+        Release(receiver, local, button == kReleaseLeft ? Qt::LeftButton : Qt::MiddleButton);
     } else if (button >= 0 && button < static_cast<int>(std::size(kMouseDeeds))) {
         const MouseDeed deed = kMouseDeeds[button];
         SendMouseEvent(receiver, deed.type, local, deed.button);

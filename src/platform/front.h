@@ -62,9 +62,9 @@ bool OperatePick(HWND dialog, int id, int index);
 bool OperateScroll(HWND dialog, int id, int position);
 void OperateClose(HWND dialog);  // its window's own close button
 
-// Keys and mouse in the main window, logical pixels of its client area. button: 0 move, 1 left, 2 right, 3 middle, 4
-// left double click, 5 wheel up, 6 wheel down, 7 middle pressed and held over the next calls, 8 middle released. key:
-// names as accelerators have them, or one character.
+// Keys and mouse in the main window and its open menu, logical pixels of its client area. button: 0 move, 1 left, 2
+// right, 3 middle, 4 left double click, 5 wheel up, 6 wheel down, 7 middle pressed and held over the next calls, 8
+// middle released, 9 and 10 the same with left. key: names as accelerators have them, or one character.
 bool OperateKey(std::string_view key);
 void OperateMouse(Point client, int button);
 bool OperateDrop(const std::vector<std::string>& paths);

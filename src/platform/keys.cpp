@@ -101,6 +101,22 @@ bool IsForControl(const QWidget* widget, const QKeyEvent& press)
            (qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget));
 }
 
+// The highlighted item, or the grey one under the pointer, which the toolkit doesn't highlight.
+QAction* ChosenFor(const QMenu& menu)
+{
+    QAction* const highlighted = menu.activeAction();
+    if (highlighted) return highlighted;
+    const Point pointer = PointerOnScreen();
+    return menu.actionAt(menu.mapFromGlobal(QPoint(pointer.x, pointer.y)));
+}
+
+void CloseMenus()
+{
+    while (QWidget* const popup = QApplication::activePopupWidget()) {
+        if (!popup->close()) return;
+    }
+}
+
 class KeyWatch : public QObject {
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -129,16 +145,22 @@ class KeyWatch : public QObject {
         }
     }
 
-    // F1 with a menu open: the window arms its help, then the highlighted item is chosen.
+    // F1 with a menu open: the window arms its help, then the highlighted item is chosen. One that is grey too: it is
+    // only explained.
     static bool HelpInMenu(QWidget& widget, const QKeyEvent& key)
     {
         auto* const menu = qobject_cast<QMenu*>(&widget);
         HWND window = MainWindow();
         if (!menu || !window || key.key() != Qt::Key_F1) return false;
-        const QAction* const highlighted = menu->activeAction();
-        if (!highlighted || !highlighted->isEnabled() || highlighted->isSeparator()) return true;
+        QAction* const highlighted = ChosenFor(*menu);
+        if (!highlighted || highlighted->isSeparator()) return true;
         SendMessage(window, WM_ENTERIDLE, 2, 0);
-        StrikeKey(menu, {Qt::Key_Return, Qt::NoModifier, {}});
+        if (highlighted->isEnabled()) {
+            StrikeKey(menu, {Qt::Key_Return, Qt::NoModifier, {}});
+        } else if (KeyIsDown(Key::kF1)) {  // the window has heard of it
+            CloseMenus();
+            Q_EMIT highlighted->triggered();
+        }
         return true;
     }
 

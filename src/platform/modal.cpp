@@ -30,6 +30,7 @@ ModalScope::ModalScope(ModalEntry entry) : entry_(nullptr)
 {
     stack.push_back(std::make_unique<ModalEntry>(std::move(entry)));
     entry_ = stack.back().get();
+    LetGoOfScrollBars();
     ShowPointerShape();
 }
 

@@ -46,13 +46,6 @@ QCursor CursorOf(Pointer shape)
     return {Qt::ArrowCursor};
 }
 
-Point PointerOnScreen()
-{
-    if (!qApp || RunsOffscreen() || !PointerCanBeMoved()) return lastSeen;
-    const QPoint position = QCursor::pos();
-    return {position.x(), position.y()};
-}
-
 Point Clipped(Point position)
 {
     if (!clip) return position;
@@ -112,6 +105,13 @@ Hourglass::Hourglass() : before_(current)
 Hourglass::~Hourglass()
 {
     SetPointer(before_);
+}
+
+Point PointerOnScreen()
+{
+    if (!qApp || RunsOffscreen() || !PointerCanBeMoved()) return lastSeen;
+    const QPoint position = QCursor::pos();
+    return {position.x(), position.y()};
 }
 
 Point GetPointerPosition()

@@ -26,8 +26,9 @@ constexpr std::size_t kLargestProfile = std::size_t{16} << 20;
 struct Edit {
     std::string section;
     std::string key;
-    std::optional<std::string> value;  // nullopt deletes the key
-    bool isRaw = false;                // value stands in the file as it is
+    std::optional<std::string> value;         // nullopt deletes the key
+    bool isRaw = false;                       // value stands in the file as it is
+    std::optional<std::string> fileEnd = {};  // a section that becomes empty goes, and the file ends so
 };
 
 // What tells that a file on the disk is another one than was read.
@@ -94,7 +95,10 @@ std::unordered_map<std::string, std::string> IndexOf(std::string_view contents)
 
 std::string WithEdit(std::string_view contents, const Edit& edit)
 {
-    if (!edit.value) return WithProfileKey(contents, edit.section, edit.key, nullptr);
+    if (!edit.value) {
+        std::string text = WithProfileKey(contents, edit.section, edit.key, nullptr);
+        return edit.fileEnd ? WithoutEmptySection(text, edit.section, *edit.fileEnd) : text;
+    }
     if (edit.isRaw) return WithRawProfileKey(contents, edit.section, edit.key, *edit.value);
     const std::string_view value = *edit.value;
     return WithProfileKey(contents, edit.section, edit.key, &value);
@@ -214,18 +218,32 @@ void DeleteProfileKey(std::string_view section, std::string_view key, std::strin
     AddEdit({std::string(section), std::string(key), std::nullopt}, file);
 }
 
+bool operator==(const KeptProfileKey& a, const KeptProfileKey& b)
+{
+    return a.file == b.file && a.section == b.section && a.key == b.key && a.rawValue == b.rawValue;
+}
+
 KeptProfileKey KeepProfileKey(std::string_view section, std::string_view key, std::string_view file)
 {
+    const std::string& contents = ProfileOf(file).current;
     return {.file = std::string(file),
             .section = std::string(section),
             .key = std::string(key),
-            .rawValue = RawProfileText(ProfileOf(file).current, section, key)};
+            .rawValue = RawProfileText(contents, section, key),
+            .fileEnd = EndWithoutSection(contents, section),
+            .place = ProfileKeyPlace(contents, section, key).value_or(0)};
 }
 
 void PutBackProfileKey(const KeptProfileKey& kept)
 {
     if (KeepProfileKey(kept.section, kept.key, kept.file) == kept) return;
-    AddEdit({kept.section, kept.key, kept.rawValue, true}, kept.file);
+    AddEdit({kept.section, kept.key, kept.rawValue, true, kept.fileEnd}, kept.file);
+}
+
+void PutBackProfileKeys(std::vector<KeptProfileKey> kept)
+{
+    std::ranges::stable_sort(kept, {}, &KeptProfileKey::place);
+    for (const KeptProfileKey& key : kept) PutBackProfileKey(key);
 }
 
 bool FlushProfiles()

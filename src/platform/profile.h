@@ -8,10 +8,12 @@
 // defaults and is never replaced.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelvo {
 
@@ -41,12 +43,17 @@ struct KeptProfileKey {
     std::string section;
     std::string key;
     std::optional<std::string> rawValue;  // with its quotation marks; nullopt: the key is missing
-    friend bool operator==(const KeptProfileKey&, const KeptProfileKey&) = default;
+    std::optional<std::string> fileEnd;   // how the file ended while the section was missing; nullopt: it stands
+    std::size_t place = 0;                // of the key among the others of its file
+    // The same value of the same key, wherever it stands.
+    friend bool operator==(const KeptProfileKey& a, const KeptProfileKey& b);
 };
 KeptProfileKey KeepProfileKey(std::string_view section, std::string_view key, std::string_view file);
-// The line is what it was, byte for byte; a key that was missing goes, while a section that it began stays. One that
-// stands so already isn't written.
+// The line is what it was, byte for byte; a key that was missing goes, and with the last key of a section that was
+// missing the section. One that stands so already isn't written.
 void PutBackProfileKey(const KeptProfileKey& kept);
+// Several, in the order in which they stood in their files.
+void PutBackProfileKeys(std::vector<KeptProfileKey> kept);
 
 // Writes what is pending to the disk. False if a file couldn't be written: the error box has been shown (once per
 // file), the values stay pending.

@@ -48,6 +48,11 @@ bool IsBlank(std::string_view line)
     return Trimmed(line).empty();
 }
 
+std::string_view WithoutBlankEnd(std::string_view text)
+{
+    return text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
+}
+
 // Names that would read back as others can't be written.
 bool CanStandAsSection(std::string_view name)
 {
@@ -190,6 +195,37 @@ std::optional<std::string> RawProfileText(std::string_view contents, std::string
     const Place place = Find(contents, Trimmed(section), Trimmed(key));
     if (place.keyLines.empty()) return std::nullopt;
     return std::string(place.keyLines.front().rawValue);
+}
+
+std::optional<std::size_t> ProfileKeyPlace(std::string_view contents, std::string_view section, std::string_view key)
+{
+    const Place place = Find(contents, Trimmed(section), Trimmed(key));
+    if (place.keyLines.empty()) return std::nullopt;
+    return place.keyLines.front().start;
+}
+
+std::optional<std::string> EndWithoutSection(std::string_view contents, std::string_view section)
+{
+    if (Find(contents, Trimmed(section), {}).insertion) return std::nullopt;
+    return std::string(contents.substr(WithoutBlankEnd(contents).size()));
+}
+
+std::string WithoutEmptySection(std::string_view contents, std::string_view section, std::string_view end)
+{
+    std::optional<std::size_t> header;
+    ProfileScanner scanner(contents);
+    for (ProfileLine line; scanner.Next(line);) {
+        const bool isSection = line.kind == ProfileLine::Kind::kSection;
+        if (!header) {
+            if (isSection && EqualIgnoringCase(line.name, Trimmed(section))) header = line.start;
+        } else if (isSection) {
+            return std::string(contents.substr(0, *header)).append(contents.substr(line.start));
+        } else if (!IsBlank(contents.substr(line.start, line.next - line.start))) {
+            return std::string(contents);
+        }
+    }
+    if (!header) return std::string(contents);
+    return std::string(WithoutBlankEnd(contents.substr(0, *header))).append(end);
 }
 
 std::string WithRawProfileKey(std::string_view contents, std::string_view section, std::string_view key,

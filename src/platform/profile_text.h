@@ -19,6 +19,14 @@ std::string WithProfileKey(std::string_view contents, std::string_view section, 
 std::optional<std::string> RawProfileText(std::string_view contents, std::string_view section, std::string_view key);
 std::string WithRawProfileKey(std::string_view contents, std::string_view section, std::string_view key,
                               std::string_view rawValue);
+// Where the key's line begins; nullopt: the key is missing.
+std::optional<std::size_t> ProfileKeyPlace(std::string_view contents, std::string_view section, std::string_view key);
+
+// The white space at the end of a text without the section, with which a section that is added can be taken off
+// again; nullopt: the section stands there.
+std::optional<std::string> EndWithoutSection(std::string_view contents, std::string_view section);
+// Takes a section off that holds nothing but blank lines; the text ends as given then, if the section was its last.
+std::string WithoutEmptySection(std::string_view contents, std::string_view section, std::string_view end);
 
 // One line of a profile file; views and positions into its contents.
 struct ProfileLine {

@@ -192,6 +192,7 @@ void TellFocusChange();  // at once
 
 // Shows the shape that holds now: the hourglass over the whole program, but the arrow while a modal window is in front.
 void ShowPointerShape();
+Point PointerOnScreen();
 void MovePointerTo(Point screen);  // as the operator's hand does: no place of the logic's own
 void NotePointer(Point screen);    // where an event has it
 
@@ -199,6 +200,8 @@ void NotePointer(Point screen);    // where an event has it
 
 // Fits the scroll bars to the client area, when its size has changed.
 void FitScrollBars(Window& window);
+// A modal window comes in front: the bars will never hear of the button's release.
+void LetGoOfScrollBars();
 // The part of the client area in which the picture is seen, between panel, status line and scroll bars.
 Rect PictureArea(const Window& window);
 // From the client area to the surface that scrolls in it, and back.

@@ -1,5 +1,6 @@
 // The scroll bars of the picture area, and the way between what the operator sees and the surface that scrolls there.
 
+#include "platform/picture_scroll.h"
 #include "platform/qt_window.h"
 
 #include <QScrollBar>
@@ -83,11 +84,18 @@ void PaintScrolled(HWND window)
     UpdateWindow(window);
 }
 
+void Tell(HWND window, PictureScroll what)
+{
+    if (IsWindow(window)) SendMessage(window, WM_PICTURESCROLL, static_cast<WPARAM>(what), 0);
+}
+
 void FollowBars(HWND window)
 {
     if (!IsWindow(window) || window->scroll->fitting) return;
+    Tell(window, PictureScroll::kStep);
     window->scroll->origin = {window->scroll->horizontal->value(), window->scroll->vertical->value()};
     PaintScrolled(window);
+    Tell(window, PictureScroll::kEnds);
 }
 
 QScrollBar* MakeBar(Qt::Orientation orientation, HWND window)
@@ -99,6 +107,10 @@ QScrollBar* MakeBar(Qt::Orientation orientation, HWND window)
     bar->setAutoFillBackground(true);  // the picture beneath may change without the bar being drawn again
     bar->hide();
     QObject::connect(bar, &QScrollBar::valueChanged, window->widget, [window] { FollowBars(window); });
+    QObject::connect(bar, &QScrollBar::sliderPressed, window->widget,
+                     [window] { Tell(window, PictureScroll::kThumbTaken); });
+    QObject::connect(bar, &QScrollBar::sliderReleased, window->widget,
+                     [window] { Tell(window, PictureScroll::kEnds); });
     return bar;
 }
 
@@ -145,6 +157,7 @@ BarSizes NeededBars(const ScrollData& scroll, const Rect& area, OriginIn originI
 // The bar reaches over all places of rest, and to where the picture stands beyond them.
 void PlaceBar(QScrollBar& bar, const Rect& place, int page, const Line& line, int origin)
 {
+    if (place.Empty()) bar.setSliderDown(false);  // the thumb is taken away from under the hand
     bar.setVisible(!place.Empty());
     bar.setGeometry(place.left, place.top, place.Width(), place.Height());
     bar.setPageStep(std::max(page, 1));
@@ -205,6 +218,15 @@ void Refit(Window& window, const ScrollExtent& extent)
 void FitScrollBars(Window& window)
 {
     if (window.scroll && window.widget) Refit(window, ScrollExtent(window.scroll->extent));
+}
+
+void LetGoOfScrollBars()
+{
+    const HWND window = MainWindow();
+    if (!window || !window->scroll) return;
+    for (QScrollBar* const bar : {window->scroll->horizontal.data(), window->scroll->vertical.data()}) {
+        if (bar) bar->setSliderDown(false);
+    }
 }
 
 Rect PictureArea(const Window& window)

@@ -157,9 +157,9 @@ constexpr Name kButtons[] = {{"ok", 1}, {"cancel", 2}, {"yes", 6}, {"no", 7}, {"
 constexpr Name kIcons[] = {{"none", 0}, {"information", 1}, {"exclamation", 2}, {"question", 3}, {"stop", 4}};
 constexpr Name kDirections[] = {
     {"up", kDirectionUp}, {"right", kDirectionRight}, {"down", kDirectionDown}, {"left", kDirectionLeft}};
-constexpr Name kMouseButtons[] = {{"move", 0},       {"left", 1},        {"right", 2},
-                                  {"middle", 3},     {"double", 4},      {"wheel up", 5},
-                                  {"wheel down", 6}, {"middle down", 7}, {"middle up", 8}};
+constexpr Name kMouseButtons[] = {{"move", 0},      {"left", 1},      {"right", 2},      {"middle", 3},
+                                  {"double", 4},    {"wheel up", 5},  {"wheel down", 6}, {"middle down", 7},
+                                  {"middle up", 8}, {"left down", 9}, {"left up", 10}};
 
 template <std::size_t N>
 std::string_view NameOf(const Name (&names)[N], int number)

@@ -5,6 +5,7 @@
 #include "platform/dialog.h"
 #include "platform/front.h"
 #include "platform/menu.h"
+#include "platform/picture_scroll.h"
 #include "platform/pointer.h"
 #include "platform/text.h"
 #include "platform/timers.h"
@@ -22,6 +23,7 @@
 #include "state/state_registry.h"
 #include "state/windows_write.h"
 #include "ui/status.h"
+#include "ui/undo.h"
 #include "video/cursor_command.h"
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
@@ -206,6 +208,16 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
     return RunCommand(window, id);
 }
 
+// One drag of a thumb is one step to take back; clicks and turns of the wheel on a bar are a run.
+void OnPictureScroll(PictureScroll what)
+{
+    if (what == PictureScroll::kEnds) {
+        EndGesture();
+    } else {
+        BeginGesture({.repeats = what == PictureScroll::kStep});
+    }
+}
+
 LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
@@ -261,6 +273,9 @@ LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
             return 0;
         case kOpenHandedFiles:
             OpenHandedFiles();
+            return 0;
+        case WM_PICTURESCROLL:
+            OnPictureScroll(static_cast<PictureScroll>(wParam));
             return 0;
         case WM_MBUTTONDOWN:
             if (!TrackballMode) TakePicture(PointOf(lParam));

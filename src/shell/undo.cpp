@@ -13,6 +13,7 @@
 #include "ui/status.h"
 #include "ui/undo.h"
 #include "video/image_cursor.h"
+#include "viewing/fitted_contrast.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -41,6 +42,7 @@ constexpr UndoableCommand kUndoable[] = {
     {kCmdNextColorMap, kCmdNextColorMap, {}},
     {kCmdViewFitContrast, kCmdViewFitContrast, {}},
     {kCmdViewFit, kCmdViewCentre, {}},
+    {kCmdViewKeepFitted, kCmdViewKeepFitted, {}},
     {kCmdDisplaySetup, kCmdDisplaySetup, {.name = "display setup"}},
     {kCmdImageSetup, kCmdImageSetup, {.name = "image setup", .badPixels = true}},
     {kCmdReplaceBadPixels, kCmdReplaceBadPixels, {.name = "bad pixel replacement", .badPixels = true}},
@@ -70,6 +72,7 @@ struct LastStep {
     SharedSnapshot before;
     SharedSnapshot after;
     std::int64_t endMs = 0;  // on the TickMs scale
+    bool repeats = false;    // a drag stands alone, whatever follows it
 };
 std::optional<LastStep> lastStep;
 
@@ -132,7 +135,8 @@ void OnGestureBegun(const GestureKind& begun)
 
 bool GoesOn(const std::string& name)
 {
-    return kind.repeats && lastStep && lastStep->name == name && TickMs() - lastStep->endMs <= kRunMs;
+    return kind.repeats && lastStep && lastStep->repeats && lastStep->name == name &&
+           TickMs() - lastStep->endMs <= kRunMs;
 }
 
 std::function<bool()> Way(const SharedSnapshot& from, const SharedSnapshot& to)
@@ -145,7 +149,7 @@ void Enter(const std::string& name, UndoSnapshot snapshot)
     const auto from = std::make_shared<const UndoSnapshot>(std::move(before));
     const auto to = std::make_shared<const UndoSnapshot>(std::move(snapshot));
     PushUndoStep({.name = name, .takeBack = Way(to, from), .doAgain = Way(from, to)});
-    lastStep = {name, from, to, TickMs()};
+    lastStep = {name, from, to, TickMs(), kind.repeats};
 }
 
 void GoOn(LastStep& step, UndoSnapshot snapshot)
@@ -178,6 +182,7 @@ void KeepStep()
 void OnGestureEnded()
 {
     if (depth == 0 || --depth > 0) return;
+    EndTakenOverFit();  // by this gesture
     Ground now = GroundNow();
     if (kind.badPixels) now.lists = ground.lists;  // its own table
     if (now == ground) {

@@ -11,9 +11,13 @@
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "ui/view_switch.h"
+#include "ui/window_file.h"
+#include "viewing/fitted_contrast.h"
 
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 namespace kelvo {
 
@@ -33,6 +37,7 @@ std::vector<KeptProfileKey> TakeKeys()
 {
     std::vector<KeptProfileKey> keys;
     for (const char* key : kDisplayKeys) keys.push_back(KeepProfileKey("Display", key, IniFilePath));
+    keys.push_back(KeepProfileKey(kViewSection, kKeepFittedKey, WindowFilePath()));
     for (const char* key : kPanKeys) keys.push_back(KeepProfileKey(ActiveCameraSection(), key, CameraFilePath));
     if (!SetHasFile()) return keys;
     for (const char* key : kOrientationKeys) keys.push_back(KeepProfileKey("Display", key, CalSettings.CalFile));
@@ -54,6 +59,39 @@ bool SamePlace(const UndoSnapshot& a, const UndoSnapshot& b)
 bool SameZoom(const UndoSnapshot& a, const UndoSnapshot& b)
 {
     return a.geometry.xzoom == b.geometry.xzoom && a.geometry.yzoom == b.geometry.yzoom;
+}
+
+// The pair follows the picture in both: it is nobody's.
+bool BothFollowPicture(const UndoSnapshot& a, const UndoSnapshot& b)
+{
+    return a.keepsFitted && b.keepsFitted;
+}
+
+bool SameContrast(const UndoSnapshot& a, const UndoSnapshot& b)
+{
+    return BothFollowPicture(a, b) || a.levels.contrast == b.levels.contrast;
+}
+
+bool SameBrightness(const UndoSnapshot& a, const UndoSnapshot& b)
+{
+    return BothFollowPicture(a, b) || a.levels.brightness == b.levels.brightness;
+}
+
+bool SameHand(const UndoSnapshot& a, const UndoSnapshot& b)
+{
+    return a.keepsFitted == b.keepsFitted || !SameContrast(a, b) || !SameBrightness(a, b);
+}
+
+void PutBackLevels(const UndoSnapshot& target, const UndoSnapshot& other)
+{
+    // While the pair followed the picture it has changed on its own.
+    const bool byOtherHand = target.keepsFitted != other.keepsFitted;
+    const ContrastPair& levels = target.levels;
+    PutBackContrast(
+        {.contrast = byOtherHand || levels.contrast != other.levels.contrast ? levels.contrast : Contrast,
+         .brightness = byOtherHand || levels.brightness != other.levels.brightness ? levels.brightness : Brightness},
+        target.ownFit);
+    if (byOtherHand) SetKeepFitted(target.keepsFitted);
 }
 
 void PutBackColors(const UndoSnapshot& target, const UndoSnapshot& /*other*/)
@@ -81,15 +119,24 @@ void PutBackUnit(const UndoSnapshot& target, const UndoSnapshot& /*other*/)
 using Snapshot = const UndoSnapshot&;
 constexpr Part kParts[] = {
     {"colours", [](Snapshot a, Snapshot b) { return a.colors == b.colors; }, PutBackColors},
-    {"contrast", [](Snapshot a, Snapshot b) { return a.contrast == b.contrast; },
-     [](Snapshot target, Snapshot /*other*/) { BuildDisplayLut(target.contrast, Brightness); }},
-    {"brightness", [](Snapshot a, Snapshot b) { return a.brightness == b.brightness; },
-     [](Snapshot target, Snapshot /*other*/) { BuildDisplayLut(Contrast, target.brightness); }},
+    {"contrast", SameContrast, PutBackLevels},
+    {"brightness", SameBrightness, PutBackLevels},
+    // Whoever takes the levels in hand ends it: that is no change of its own.
+    {"keep fitted", SameHand, PutBackLevels},
     {"zoom", SameZoom, PutBackPlace},
     // A zoom moves the picture too: that is no change of its own.
     {"pan", [](Snapshot a, Snapshot b) { return !SameZoom(a, b) || SamePlace(a, b); }, PutBackPlace},
     {"unit", [](Snapshot a, Snapshot b) { return a.unit == b.unit; }, PutBackUnit},
 };
+
+void PutBackKeys(const UndoSnapshot& target, const UndoSnapshot& other)
+{
+    std::vector<KeptProfileKey> differing;
+    for (std::size_t i = 0; i < target.keys.size() && i < other.keys.size(); ++i) {
+        if (target.keys[i] != other.keys[i]) differing.push_back(target.keys[i]);
+    }
+    PutBackProfileKeys(std::move(differing));
+}
 
 bool DifferInBadPixels(const UndoSnapshot& a, const UndoSnapshot& b)
 {
@@ -100,8 +147,9 @@ bool DifferInBadPixels(const UndoSnapshot& a, const UndoSnapshot& b)
 
 UndoSnapshot TakeSnapshot()
 {
-    return {.contrast = Contrast,
-            .brightness = Brightness,
+    return {.levels = {Contrast, Brightness},
+            .ownFit = LastOwnFit,
+            .keepsFitted = KeepsFitted(),
             .colors = {ImageColor, GrayScale, GrayColorBar, TempScale, TempHisto},
             .geometry = GeometryInForce(),
             .view = ViewPosition(),
@@ -132,9 +180,7 @@ bool PutBackDifference(const UndoSnapshot& target, const UndoSnapshot& other)
     for (const Part& part : kParts) {
         if (!part.same(target, other)) part.putBack(target, other);
     }
-    for (std::size_t i = 0; i < target.keys.size() && i < other.keys.size(); ++i) {
-        if (target.keys[i] != other.keys[i]) PutBackProfileKey(target.keys[i]);
-    }
+    PutBackKeys(target, other);
     return true;
 }
 

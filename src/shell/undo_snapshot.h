@@ -4,10 +4,12 @@
 
 #include "badpixel/bad_pixel_state.h"
 #include "platform/profile.h"
+#include "state/contrast_fit.h"
 #include "video/zoom_pan.h"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,8 +25,9 @@ struct UndoSnapshot {
         friend bool operator==(const Colors&, const Colors&) = default;
     };
 
-    std::int32_t contrast = 0;
-    std::int32_t brightness = 0;
+    ContrastPair levels;
+    std::optional<OwnFit> ownFit;  // what was known of them
+    bool keepsFitted = false;
     Colors colors;
     DisplayGeometry geometry;
     Point view;  // ViewPosition

@@ -18,6 +18,7 @@ struct ContrastPair {
 struct OwnFit {
     ContrastPair found;
     ContrastPair chosen;
+    friend bool operator==(const OwnFit&, const OwnFit&) = default;
 };
 extern const std::optional<OwnFit>& LastOwnFit;
 

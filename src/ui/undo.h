@@ -9,8 +9,8 @@ namespace kelvo {
 
 struct GestureKind {
     std::string_view name = {};  // what the menu calls it: "display setup"; empty: what changed, "contrast"
-    // A turn of the wheel, a key that is held: it goes on with the step before where that was of the same name and not
-    // longer than a second ago.
+    // A turn of the wheel, a key that is held: it goes on with the step before where that was one of the same name and
+    // not longer than a second ago.
     bool repeats = false;
     bool badPixels = false;  // it may change the orientation, the list of bad pixels or their replacement
 };

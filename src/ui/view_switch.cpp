@@ -6,20 +6,14 @@
 
 namespace kelvo {
 
-namespace {
-
-constexpr const char* kSection = "View";
-
-}  // namespace
-
 bool ViewSwitchIsOn(const ViewSwitch& viewSwitch)
 {
-    return WindowFileInt(kSection, viewSwitch.key, 0) != 0;
+    return WindowFileInt(kViewSection, viewSwitch.key, 0) != 0;
 }
 
 void KeepViewSwitch(const ViewSwitch& viewSwitch, bool on)
 {
-    WriteWindowFile(kSection, viewSwitch.key, on ? "1" : "0");
+    WriteWindowFile(kViewSection, viewSwitch.key, on ? "1" : "0");
     CheckMenuItem(hWndMain, viewSwitch.command, on);
 }
 

@@ -3,6 +3,8 @@
 
 namespace kelvo {
 
+constexpr const char* kViewSection = "View";
+
 struct ViewSwitch {
     int command;      // of the menu item
     const char* key;  // default 0

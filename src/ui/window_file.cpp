@@ -5,14 +5,10 @@
 
 namespace kelvo {
 
-namespace {
-
 std::string WindowFilePath()
 {
     return DefaultDir + "/window.ini";
 }
-
-}  // namespace
 
 std::int32_t WindowFileInt(std::string_view section, std::string_view key, std::int32_t defaultValue)
 {

@@ -8,6 +8,7 @@
 
 namespace kelvo {
 
+std::string WindowFilePath();
 // A key that is missing gives the default, and so does a file that can't be read.
 std::int32_t WindowFileInt(std::string_view section, std::string_view key, std::int32_t defaultValue);
 std::string WindowFileText(std::string_view section, std::string_view key);  // default empty

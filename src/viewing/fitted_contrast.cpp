@@ -23,7 +23,7 @@ namespace kelvo {
 
 namespace {
 
-constexpr ViewSwitch kSwitch{kCmdViewKeepFitted, "KeepFitted"};
+constexpr ViewSwitch kSwitch{kCmdViewKeepFitted, kKeepFittedKey};
 constexpr std::int64_t kRefitMs = 250;
 
 bool keepsFitted = false;
@@ -96,19 +96,31 @@ void OpenKeepFitted()
     if (on) Switch(true);
 }
 
+bool KeepsFitted()
+{
+    return keepsFitted;
+}
+
+void SetKeepFitted(bool on)
+{
+    Switch(on);
+    KeepViewSwitch(kSwitch, on);
+}
+
 void ToggleKeepFitted()
 {
-    Switch(!keepsFitted);
-    KeepViewSwitch(kSwitch, keepsFitted);
+    SetKeepFitted(!keepsFitted);
+}
+
+void EndTakenOverFit()
+{
+    if (keepsFitted && hasFitted && !OwnFitInForce()) SetKeepFitted(false);
 }
 
 void OnFitTimer()
 {
+    EndTakenOverFit();
     if (!keepsFitted) return;
-    if (hasFitted && !OwnFitInForce()) {  // the operator has taken over
-        ToggleKeepFitted();
-        return;
-    }
     if (PeriodicUpdates && PictureIsOnView()) Refit();
     SetTimer(hWndMain, kFitTimer, kRefitMs);
 }

@@ -19,8 +19,14 @@ constexpr std::uint32_t kFitTimer = 22;  // of the main window
 // "Keep fitted": the pair follows the picture and is nobody's choice, so that the settings keep theirs
 // (OwnFitInForce). A change by hand ends it. On or off is kept in window.ini.
 void OpenKeepFitted();  // at start
+bool KeepsFitted();
+void SetKeepFitted(bool on);
 void ToggleKeepFitted();
 void OnFitTimer();
+// Off where the operator has changed the pair since it was found, as the timer would find in a moment.
+void EndTakenOverFit();
+
+constexpr const char* kKeepFittedKey = "KeepFitted";  // of window.ini's section View
 
 // Off.
 void ResetKeepFitted();

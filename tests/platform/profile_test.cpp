@@ -446,6 +446,54 @@ TEST_F(Profiles, AKeyThatWasKeptComesBackAsItStood)
     EXPECT_EQ(FileContents(ini), text);
 }
 
+// Also where the file ended without a line end, in blank lines, or held nothing.
+TEST_F(Profiles, ASectionThatCameWithItsKeysGoesWithThem)
+{
+    for (const std::string text : {"[R]\r\nA=1\r\n", "[R]\nA=1", "[R]\nA=1\n\n\n", "; nothing", ""}) {
+        SCOPED_TRACE(text);
+        PutFile(ini, text);
+        ForgetProfiles();
+        const std::vector<KeptProfileKey> before = {KeepProfileKey("S", "B", ini), KeepProfileKey("S", "A", ini)};
+        WritePrivateProfileString("S", "A", "1", ini);
+        WritePrivateProfileString("S", "B", "2", ini);
+        FlushProfiles();
+        const std::string with = FileContents(ini);
+        const std::vector<KeptProfileKey> after = {KeepProfileKey("S", "B", ini), KeepProfileKey("S", "A", ini)};
+        PutBackProfileKeys(before);
+        FlushProfiles();
+        EXPECT_EQ(FileContents(ini), text);
+        PutBackProfileKeys(after);
+        FlushProfiles();
+        EXPECT_EQ(FileContents(ini), with);  // the keys in their order again
+    }
+}
+
+TEST_F(Profiles, ASectionThatStoodOrHoldsMoreStays)
+{
+    PutFile(ini, "[S]\n\n[T]\nA=1\n");
+    const KeptProfileKey ofS = KeepProfileKey("S", "A", ini);
+    const KeptProfileKey ofU = KeepProfileKey("U", "A", ini);
+    WritePrivateProfileString("S", "A", "1", ini);
+    WritePrivateProfileString("U", "A", "1", ini);
+    WritePrivateProfileString("U", "C", "3", ini);
+    WritePrivateProfileString("V", "A", "1", ini);
+    PutBackProfileKeys({ofS, ofU});
+    FlushProfiles();
+    EXPECT_EQ(FileContents(ini), "[S]\n\n[T]\nA=1\n\n[U]\nC=3\n\n[V]\nA=1\n");
+}
+
+// One that was added behind it stands where it would without it.
+TEST_F(Profiles, AnEmptiedSectionLeavesThoseBehindIt)
+{
+    PutFile(ini, "[R]\nA=1\n");
+    const KeptProfileKey kept = KeepProfileKey("S", "A", ini);
+    WritePrivateProfileString("S", "A", "1", ini);
+    WritePrivateProfileString("T", "A", "1", ini);
+    PutBackProfileKey(kept);
+    FlushProfiles();
+    EXPECT_EQ(FileContents(ini), "[R]\nA=1\n\n[T]\nA=1\n");
+}
+
 TEST_F(Profiles, AKeyThatStandsAsItWasKeptIsNotWritten)
 {
     PutFile(ini, "[S]\nA='1'\n");

@@ -39,6 +39,22 @@ check.answer_box("Help not available for this Menu item.", "ok", "Kelvo message"
 check.eq(file(), nil, "the bitmap wasn't saved")
 check.eq(state("HelpMode"), 0)
 
+-- The pointer on a grey item: it is explained as a live one is, and the menu closes.
+local function help_at_pointer(letter, item)
+  key("Alt+" .. letter)
+  local window, bar, at = place("window", "Kelvo"), place("menu", "File"), place("item", item)
+  local y = at.y + at.height // 2 - bar.y - bar.height
+  for step = 1, 3 do mouse(at.x + 20 * step - window.x, y) end
+  local begun = check.mark() + 1
+  key("F1")
+  check.eq(place("item", item), nil, "the menu is closed")
+  return begun
+end
+check.eq(menu(110).enabled, false)
+check.seen("help", { context = 264 }, help_at_pointer("F", "Continous save sequence..."))
+check.eq({ box(), dialog(), state("HelpMode") }, { nil, nil, 0 })
+check.seen("help", { context = 258 }, help_at_pointer("F", "Load image..."))
+
 -- Help mode is over: the same command runs.
 command(144)
 check.eq(state("ImageColor"), 1231)

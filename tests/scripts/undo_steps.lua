@@ -151,3 +151,52 @@ check.eq({ state("SubstBadPixels"), stored("Contrast") }, { 1, before })
 key("Ctrl+Shift+Z")
 key("Ctrl+Shift+Z")
 check.eq(state("SubstBadPixels"), 0)
+take_all_back()
+
+-- "Keep fitted" is a step; what it does to the levels afterwards is none. A hand on them ends it, and back comes both.
+contrast, brightness = state("Contrast"), state("Brightness")
+command(2043)
+check.eq({ menu(2043).checked, undo_item() }, { true, { "&Undo keep fitted\tCtrl+Z", true } })
+wait(1100)
+local fitted = { state("Contrast"), state("Brightness") }
+assert(not check.same(fitted, { contrast, brightness }))
+press("panel", 315, "up")
+check.eq({ menu(2043).checked, undo_item()[1] }, { false, "&Undo contrast\tCtrl+Z" })
+key("Ctrl+Z")
+check.eq({ menu(2043).checked, state("OwnFitInForce"), state("Contrast") }, { true, 1, fitted[1] })
+key("Ctrl+Z")
+check.eq({ menu(2043).checked, state("Contrast"), state("Brightness"), undo_item() }, { false, contrast, brightness, kNoUndo })
+wait(1100)
+check.eq({ state("Contrast"), state("Brightness") }, { contrast, brightness }, "it is off")
+key("Ctrl+Shift+Z")
+wait(1100)
+check.eq({ menu(2043).checked, state("OwnFitInForce") }, { true, 1 })
+key("Ctrl+Z")
+
+-- A drag of a bar's thumb is one step, two drags are two; turns of the wheel on the bar within a second are one.
+for _ = 1, 8 do mouse(300, 300, "wheel up") end
+wait(1100)
+local function drag_bar(from, by)
+  local x, y = state("ClientWidth") - 8, state("PanelHeight") + from
+  mouse(x, y, "left down")
+  for part = 1, 4 do mouse(x, y + by * part) end
+  mouse(x, y + by * 4, "left up")
+  return state("ViewPosition")
+end
+place = state("ViewPosition")
+local middle = drag_bar(450, 10)
+assert(middle[2] > place[2] and middle[1] == place[1], check.show(middle))
+local last = drag_bar(490, -5)
+assert(last[2] < middle[2], check.show(last))
+check.eq({ state("Xpan"), state("Ypan") }, { 0, 0 }, "the view alone")
+key("Ctrl+Z")
+check.eq({ state("ViewPosition"), undo_item() }, { middle, { "&Undo pan\tCtrl+Z", true } })
+key("Ctrl+Z")
+check.eq({ state("ViewPosition"), undo_item()[1] }, { place, "&Undo zoom\tCtrl+Z" })
+drag_bar(450, 10)
+for _ = 1, 3 do mouse(state("ClientWidth") - 8, 400, "wheel down") end
+assert(state("ViewPosition")[2] > middle[2])
+key("Ctrl+Z")
+check.eq({ state("ViewPosition"), undo_item()[1] }, { middle, "&Undo pan\tCtrl+Z" }, "the wheel isn't the drag's")
+key("Ctrl+Z")
+check.eq({ state("ViewPosition"), undo_item()[1] }, { place, "&Undo zoom\tCtrl+Z" })
