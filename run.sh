@@ -4,8 +4,9 @@ set -eu
 top=$(cd "$(dirname "$0")" && pwd)
 "$top/cmake/install-packages.sh"
 
-(cd "$top" && cmake --preset release >/dev/null && cmake --build --preset release -- --quiet)
 kelvo=$top/build/release/src/kelvo
+[ -x "$kelvo" ] || echo "Building Kelvo. The first time this takes some minutes."
+(cd "$top" && cmake --preset release >/dev/null && cmake --build --preset release -- --quiet)
 
 if [ $# -gt 0 ] || [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
     exec "$kelvo" "$@"

@@ -18,6 +18,11 @@ local function say(...)
     print(string.format(...))
 end
 
+-- The report as one reads it; the map that follows in the file is what the dialog draws.
+local function report()
+    return (assert(readfile(data .. "/Last.report.txt")):gsub("\nMap of the detectors.*", ""))
+end
+
 local function picture(name)
     screenshot(out .. "/" .. name .. ".png")
     say("  picture: %s.png", name)
@@ -31,11 +36,16 @@ local function live()
     assert(state("CameraOn") == 1 and state("LiveVideo") == 1, "the camera is on and live")
 end
 
+-- The menu's item without the mark before its letter.
+local function offered()
+    return (menu(kTurnOn).text:gsub("&", ""))
+end
+
 local function turnOff()
     command(kTurnOn)
     answer("yes")
     assert(state("CameraOn") == 0)
-    say("camera off: %s", menu(kTurnOn).text)
+    say("camera off; the menu offers: %s", offered())
 end
 
 -- Chooses a camera in the configuration dialog and restarts the set-up; the turn-on dialog is in front afterwards.
@@ -85,7 +95,7 @@ press(kOk)
 inFront("CALIB")
 press(kCancel) -- the raw array first
 live()
-say("camera on: %s", menu(kTurnOn).text)
+say("camera on; the menu offers: %s", offered())
 
 -- The raw array on a uniform source, and on a scene.
 frames(200)
@@ -121,7 +131,7 @@ inFront("CALREPORT")
 wait(300)
 picture("07-bad-detectors")
 press(kOk)
-say("%s", readfile(data .. "/Last.report.txt"))
+say("%s", report())
 
 -- The same source and the same scene again: even, and in degrees.
 sim.source("low", 22.5)

@@ -9,7 +9,7 @@ run=/tmp/kelvo-first-look  # its name stands in the report's picture
 trap 'rm -rf "$run"' EXIT
 mkdir -p "$images"
 for scale in 1 2; do
-    "$top/tests/desktop/run_in_window.sh" "$program" "$top/tests/desktop/first_look.lua" "$run/$scale" --scale $scale --size $((1280 * scale))x$((1024 * scale)) -- typed
+    "$top/tests/desktop/run_in_window.sh" "$program" "$top/tests/desktop/first_look.lua" "$run/$scale" --first-start --scale $scale --size $((1280 * scale))x$((1024 * scale)) -- typed
     for picture in "$run/$scale"/*.png; do
         cp "$picture" "$images/$(basename "$picture" .png)-$((100 * scale)).png"
     done

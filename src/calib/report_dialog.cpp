@@ -21,6 +21,7 @@ namespace kelvo {
 namespace {
 
 constexpr std::uint32_t kGoodColor = 0x202428;
+constexpr std::uint32_t kBesideMapColor = 0x3C4248;
 constexpr const char* kMapHint = "Point at a detector to name it. The wheel zooms, a click centres.";
 
 // What the open dialog shows.
@@ -56,7 +57,7 @@ void DrawMap(HWND dialog)
     const HWND area = DlgItemWindow(dialog, kReportMap);
     if (!area || !shown.report) return;
     const Rect client = GetClientRect(area);
-    FillSurface(area, client, ToColorRef(kGoodColor));
+    FillSurface(area, client, ToColorRef(kBesideMapColor));
     if (!HasMap()) return;
     const MapView& view = ViewOf(client);
     StretchPixels(area, PartShown(view).destination, MapPicture(*shown.report, view, kGoodColor));

@@ -291,7 +291,7 @@ void FocusFirstControl(QWidget* widget)
     for (QWidget* next = widget->nextInFocusChain(); next != widget; next = next->nextInFocusChain()) {
         const bool reachable = (next->focusPolicy() & Qt::TabFocus) != 0 && next->isEnabled();
         if (!reachable || next->isHidden() || next->focusProxy() != nullptr) continue;
-        next->setFocus(Qt::TabFocusReason);
+        FocusAsByTab(*next);
         return;
     }
 }

@@ -406,13 +406,17 @@ bool DlgItemWarns(HWND dialog, int id)
     return control != nullptr && control->property(kWarnsProperty).toBool();
 }
 
+void FocusAsByTab(QWidget& control)
+{
+    // In a dialog that isn't shown yet the reason is lost.
+    control.setFocus(Qt::TabFocusReason);
+    if (auto* line = qobject_cast<QLineEdit*>(&control)) line->selectAll();
+    if (auto* number = qobject_cast<QAbstractSpinBox*>(&control)) number->selectAll();
+}
+
 void FocusDlgItem(HWND dialog, int id)
 {
-    QWidget* const control = ControlOf(dialog, id);
-    if (control == nullptr) return;
-    // Coming by the tab key is what makes an edit select its text; in a dialog that isn't shown yet the reason is lost.
-    control->setFocus(Qt::TabFocusReason);
-    if (auto* line = qobject_cast<QLineEdit*>(control)) line->selectAll();
+    if (QWidget* const control = ControlOf(dialog, id)) FocusAsByTab(*control);
 }
 
 int FocusedDlgItem(HWND dialog)

@@ -167,7 +167,7 @@ class FileDialog : public QFileDialog {
         SetFilters();
         setDirectory(request.directory.empty() ? QDir::currentPath() : ToQPath(ResolvePath(request.directory)));
         if (!OfferedName().empty()) selectFile(ToQPath(OfferedName()));
-        if (!native_) ArrangeOwn();
+        if (NameField() != nullptr) ArrangeOwn();  // also where the desktop has no dialog of its own
         setWindowModality(parent != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
     }
 

@@ -52,10 +52,10 @@ bool HoldsAll(const QString& text, const QStringList& words)
                        [&text](const QString& word) { return text.contains(word, Qt::CaseInsensitive); });
 }
 
-bool HoldsOne(const QString& text, const QStringList& words)
+std::ptrdiff_t CountHeld(const QString& text, const QStringList& words)
 {
-    return std::any_of(words.begin(), words.end(),
-                       [&text](const QString& word) { return text.contains(word, Qt::CaseInsensitive); });
+    return std::count_if(words.begin(), words.end(),
+                         [&text](const QString& word) { return text.contains(word, Qt::CaseInsensitive); });
 }
 
 }  // namespace
@@ -104,8 +104,9 @@ std::vector<HelpTopic> FindHelpTopics(const QString& words)
     for (const HelpTopic& topic : HelpTopics()) {
         if (HoldsAll(PlainText(HelpPageHtml(topic.context)), wanted)) found.push_back(topic);
     }
-    std::stable_partition(found.begin(), found.end(),
-                          [&wanted](const HelpTopic& topic) { return HoldsOne(topic.title, wanted); });
+    std::stable_sort(found.begin(), found.end(), [&wanted](const HelpTopic& one, const HelpTopic& other) {
+        return CountHeld(one.title, wanted) > CountHeld(other.title, wanted);
+    });
     return found;
 }
 

@@ -30,8 +30,8 @@ void ForgetFilledPages();
 // In the order of the contents page, which isn't among them.
 const std::vector<HelpTopic>& HelpTopics();
 
-// The topics in which each word occurs, in any letter case: those with a word in the title first, otherwise in the
-// order of the contents. No word: all topics.
+// The topics in which each word occurs, in any letter case: those with most of the words in the title first, otherwise
+// in the order of the contents. No word: all topics.
 std::vector<HelpTopic> FindHelpTopics(const QString& words);
 
 // The words that a search looks for.

@@ -43,6 +43,9 @@ T* ControlAs(HWND dialog, int id)
 // Lets what the control does reach the dialog's procedure.
 void ConnectControl(HWND dialog, int id, QWidget* control);
 
+// Gives a control the focus as the Tab key does: an edit's text is selected, so that what is typed replaces it.
+void FocusAsByTab(QWidget& control);
+
 // WM_COMMAND as a control sends it; nothing once the dialog has ended.
 void SendControlCommand(HWND dialog, int id, int notification);
 

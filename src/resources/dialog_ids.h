@@ -20,7 +20,8 @@ constexpr int kFramesBottom = 1004;
 constexpr int kFramesFirst = 1005;
 constexpr int kFramesLast = 1006;
 
-// The play bar.
+// The play bar. The windows in the picture's lower corners leave it that many logical pixels above the status line.
+constexpr int kPlayBarRoom = 40;
 constexpr int kPlayButton = 20200;
 constexpr int kPlayPosition = 20201;
 constexpr int kPlayFrame = 20202;  // "frame 19 of 75"

@@ -321,6 +321,17 @@ int Screenshot(lua_State* L)
     return 1;
 }
 
+bool IsStrip(std::string_view word)
+{
+    return word == "panel" || word == "player";
+}
+
+// A strip of controls of the main window, by the word that a call has for it.
+HWND StripOf(std::string_view word)
+{
+    return word == "panel" ? hDlgPanel : word == "player" ? StripNamed("PLAYBAR") : nullptr;
+}
+
 // place(id), place(NAME, id), place("menu" | "item" | "button" | "window", text): where it stands on the screen.
 int Place(lua_State* L)
 {
@@ -328,8 +339,8 @@ int Place(lua_State* L)
     std::optional<Rect> place;
     if (lua_type(L, 1) != LUA_TSTRING) {
         place = PlaceOfControl(DialogInFront(), IntArgument(L, 1));
-    } else if (const std::string kind = TextArgument(L, 1); kind == "panel") {
-        place = PlaceOfControl(hDlgPanel, IntArgument(L, 2));
+    } else if (const std::string kind = TextArgument(L, 1); IsStrip(kind)) {
+        place = PlaceOfControl(StripOf(kind), IntArgument(L, 2));
     } else if (kind == "menu") {
         place = PlaceOfMenu(TextArgument(L, 2));
     } else if (kind == "item") {
@@ -423,17 +434,6 @@ int Dialog(lua_State* L)
     if (!dialog) return Nil(L);
     PushText(L, DialogName(dialog));
     return 1;
-}
-
-bool IsStrip(std::string_view word)
-{
-    return word == "panel" || word == "player";
-}
-
-// A strip of controls of the main window, by the word that a call has for it.
-HWND StripOf(std::string_view word)
-{
-    return word == "panel" ? hDlgPanel : word == "player" ? StripNamed("PLAYBAR") : nullptr;
 }
 
 std::string NameOfStrip(std::string_view word, const char* article)

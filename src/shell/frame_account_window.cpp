@@ -30,7 +30,8 @@ void Refresh(HWND dialog)
     ShowFrameAccount(dialog, CurrentFrameAccount());
 }
 
-// In the lower left corner of the picture's area, where neither the colour scale nor a docked dialog stands.
+// In the lower left corner of the picture's area, above the play bar, where neither the colour scale nor a docked
+// dialog stands.
 void Place(HWND dialog)
 {
     constexpr int kMargin = 12;
@@ -38,7 +39,7 @@ void Place(HWND dialog)
     ViewClipRect(area);
     const Rect window = GetWindowRect(dialog);
     const int left = area.left + kMargin;
-    const int bottom = area.bottom - kMargin;
+    const int bottom = area.bottom - kPlayBarRoom;
     MoveWindow(dialog, {left, bottom - window.Height(), left + window.Width(), bottom});
 }
 

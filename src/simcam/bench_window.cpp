@@ -105,13 +105,13 @@ void ShowCamera(HWND dialog)
     showing = false;
 }
 
-// In the lower right corner of the main window: beside a dialog in its middle.
+// In the lower right corner of the picture, above the play bar: beside a dialog in its middle.
 void Place(HWND dialog)
 {
     constexpr int kMargin = 12;
     if (!hWndMain) return;
     const Rect client = GetClientRect(hWndMain);
-    const Point corner = ClientToScreen(hWndMain, {client.right - kMargin, client.bottom - TextHeight - kMargin});
+    const Point corner = ClientToScreen(hWndMain, {client.right - kMargin, client.bottom - TextHeight - kPlayBarRoom});
     const Rect window = GetWindowRect(dialog);
     MoveWindow(dialog, {corner.x - window.Width(), corner.y - window.Height(), corner.x, corner.y});
 }

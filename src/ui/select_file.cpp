@@ -102,6 +102,17 @@ std::string JoinSelection(const std::vector<std::string>& paths)
     return joined;
 }
 
+// A directory and those above it, as far as they aren't there; the innermost first.
+std::vector<std::string> MissingDirectories(std::string path)
+{
+    std::vector<std::string> missing;
+    while (!path.empty() && !DirectoryExists(path)) {
+        missing.push_back(path);
+        path.resize(path.find_last_of('/') == std::string::npos ? 0 : path.find_last_of('/'));
+    }
+    return missing;
+}
+
 // Where the dialog opens. What is to be saved gets a folder that is there.
 class OpeningDirectory {
   public:
@@ -136,13 +147,14 @@ FilterList FiltersOfDialog(std::string_view pattern, FileDialogMode mode)
 
 DirectoryForSaving::DirectoryForSaving() : path_(FirstFileDirectory)
 {
-    if (!path_.empty() && !DirectoryExists(path_)) made_ = MakeDirectories(path_);
+    made_ = MissingDirectories(path_);
+    if (!made_.empty()) MakeDirectories(path_);
     if (path_.empty() || !DirectoryExists(path_)) path_ = DefaultDir;
 }
 
 DirectoryForSaving::~DirectoryForSaving()
 {
-    if (made_) RemoveEmptyDirectory(path_);
+    for (const std::string& directory : made_) RemoveEmptyDirectory(directory);
 }
 
 void TellFileDialogError(std::int32_t error)

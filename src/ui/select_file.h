@@ -21,7 +21,8 @@ extern const std::string& LastFileDirectory;
 // program's directory.
 extern const std::string& FirstFileDirectory;
 
-// FirstFileDirectory for a dialog that saves: made where it is missing, and taken away again where nothing came of it.
+// FirstFileDirectory for a dialog that saves: made where it is missing, with those above it, and taken away again where
+// nothing came of it.
 class DirectoryForSaving {
   public:
     DirectoryForSaving();
@@ -30,11 +31,11 @@ class DirectoryForSaving {
     DirectoryForSaving& operator=(const DirectoryForSaving&) = delete;
     // The program's directory where it can't be made.
     const std::string& Path() const { return path_; }
-    void Keep() { made_ = false; }
+    void Keep() { made_.clear(); }
 
   private:
     std::string path_;
-    bool made_ = false;
+    std::vector<std::string> made_;  // from the innermost up
 };
 
 // The purpose of a save: which texts and patterns the save dialogs take.

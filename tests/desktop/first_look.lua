@@ -44,6 +44,8 @@ local function answer_source(name, edit, degrees)
 end
 
 in_front("CLOCK_ON")
+hands.untilTrue(function() return place("BENCH", 1001) end, "the bench beside it")
+bench_lies_above()
 picture "turn-on"
 hands.click(1070)
 in_front("QVF1058")
@@ -53,7 +55,10 @@ in_front("CALIB")
 picture "calibration"
 hands.click(1)
 
+-- The dialog's button opens the bench again.
 in_front("CAL_COLD")
+hands.click("BENCH", 2)
+hands.untilTrue(function() return not place("BENCH", 1001) end, "Close of the bench")
 hands.click(20405)
 hands.untilTrue(function() return place("BENCH", 1001) end, "the bench by the dialog's button")
 bench_lies_above()

@@ -1,18 +1,20 @@
 #!/usr/bin/env bash
 # Runs an operator script in a real window: an X server of its own (Xvfb) with a small window manager (openbox), in real time.
-#   run_in_window.sh PROGRAM SCRIPT DIRECTORY [--scale N] [--size WxH] [ARGUMENT...]
+#   run_in_window.sh PROGRAM SCRIPT DIRECTORY [--first-start] [--scale N] [--size WxH] [ARGUMENT...]
 # DIRECTORY is emptied; Xvfb_screen0 in it is the screen as it is at the moment (XWD); what the run leaves (data, transcript, pictures, logs) stays there until the next one. The exit code is
-# that of the program. ARGUMENTs go to the program.
+# that of the program. ARGUMENTs go to the program. --first-start: the bench opens by itself, as without a script.
 set -eu
 program=$1 script=$2 directory=$3
 shift 3
-size=1280x1024
+size=1280x1024 first=
+if [ "${1:-}" = --first-start ]; then first=1; shift; fi
 if [ "${1:-}" = --scale ]; then export QT_SCALE_FACTOR=$2; shift 2; fi
 if [ "${1:-}" = --size ]; then size=$2; shift 2; fi
 
 rm -rf "$directory"
 mkdir -p "$directory"/data "$directory"/run "$directory"/home
 chmod 700 "$directory/run"
+if [ -n "$first" ]; then printf '[Bench]\nShown=0\n' >"$directory/data/window.ini"; fi
 cd "$directory"
 # Nothing of the machine's own desktop reaches the program, nor the program's files it.
 export HOME=$directory/home XDG_RUNTIME_DIR=$directory/run XDG_CONFIG_HOME=$directory/home/.config XDG_DATA_HOME=$directory/home/.local/share

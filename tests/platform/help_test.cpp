@@ -226,6 +226,7 @@ TEST_F(DialogFixture, HelpSearchFindsAllWordsInAnyCaseTitlesFirst)
     EXPECT_EQ(contextsOf("matrox zeppelin"), std::vector<int>{});
     EXPECT_EQ(contextsOf("").size(), HelpTopics().size());
     EXPECT_EQ(contextsOf("exit").front(), 268);
+    EXPECT_EQ(contextsOf("faults of the board").front(), 2082) << "more words in the title than page 41";
 }
 
 // A heading has a heavier font than the titles below it.

@@ -20,6 +20,10 @@ for _, name in ipairs { "Last", "morning" } do
   end
 end
 check.holds(readfile("data/Last.report.txt"), "Residual non-uniformity")
+-- What is printed is read in a terminal.
+for _, line in ipairs(check.lines("print")) do
+  for text in (line.text .. "\n"):gmatch("([^\n]*)\n") do assert(#text <= 120 and not text:find("&", 1, true), text) end
+end
 check.eq(state("FramesLost"), 0)
 check.seen("box", { text = "\nDo you wish to exit?" })
 

@@ -95,6 +95,10 @@ check.eq({ frame(), text("player", kPlay) }, { 40, "Play" })
 key("Space")
 command(2000)
 check.eq(text("player", kPlay), "Play")
+-- What is typed replaces the number that stands there.
+key("1")
+key("9")
+check.eq(text(1001), "19")
 press(2)
 
 -- The image stands where it stood, the bar below it; with the sequence the bar goes.

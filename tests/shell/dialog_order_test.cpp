@@ -6,13 +6,17 @@
 #include "state/windows.h"
 #include "support/picture_fixture.h"
 
+#include <QApplication>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QKeySequence>
+#include <QPushButton>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <regex>
 #include <set>
 #include <string>
@@ -23,6 +27,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::UnorderedElementsAre;
 using testing::UnorderedElementsAreArray;
 
 // Checks one radio of each group, as the program does.
@@ -132,6 +137,31 @@ TEST_F(DialogOrder, TheTabKeyFollowsTheControls)
     for (const Order& order : kOrders) {
         if (order.stops.empty()) continue;  // the panel takes no keys
         EXPECT_THAT(StopsOf(order.name), ElementsAreArray(order.stops)) << order.name;
+    }
+}
+
+TEST_F(DialogOrder, PlusAndMinusZoomTheMapOfTheReport)
+{
+    std::vector<std::string> keys;
+    op->Do([&] {
+        for (const QPushButton* button : QApplication::activeWindow()->findChildren<QPushButton*>()) {
+            const std::string key = button->shortcut().toString().toStdString();
+            if (button->text().toStdString() == key) keys.push_back(key);
+        }
+        OperateKey("Esc");
+    });
+    EXPECT_EQ(DialogBox("CALREPORT", hWndMain, PlainProc), 0);
+    EXPECT_THAT(keys, UnorderedElementsAre("+", "-"));
+}
+
+// A line under a sign makes another sign of it: "-" reads as "=".
+TEST_F(DialogOrder, OnlyLettersAndDigitsAreUnderlined)
+{
+    for (const Order& order : kOrders) {
+        for (const std::string& text : MnemonicsOf(order.name)) {
+            const char marked = text.substr(text.find('&') + 1, 1).front();
+            EXPECT_TRUE(std::isalnum(static_cast<unsigned char>(marked))) << order.name << ": " << text;
+        }
     }
 }
 
