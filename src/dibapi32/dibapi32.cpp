@@ -533,9 +533,10 @@ int SavePng(const Dib& dib, std::string_view path)
     for (std::size_t at = 0; at + kInfoTableEntryBytes <= table.size(); at += kInfoTableEntryBytes) {
         picture.colors.push_back({table[at + 2], table[at + 1], table[at]});
     }
-    const std::string contents = PngOf(picture);
-    if (contents.empty()) return kDibErrorGeneral;
-    return ReplaceFile(path, contents) ? 0 : kDibErrorOpen;
+    const std::optional<std::string> contents = PngOf(picture);
+    if (!contents) return kDibErrorLock;
+    if (contents->empty()) return kDibErrorGeneral;
+    return ReplaceFile(path, *contents) ? 0 : kDibErrorOpen;
 }
 
 void DibError(int number)

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <set>
+#include <span>
 
 namespace kelvo {
 
@@ -101,6 +102,16 @@ bool IsForControl(const QWidget* widget, const QKeyEvent& press)
            (qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget));
 }
 
+constexpr int kListKeys[] = {Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Home, Qt::Key_End};
+// A list has no use for these, and would hand them on to the picture.
+constexpr int kKeysBesideList[] = {Qt::Key_Left, Qt::Key_Right};
+
+bool IsOneOf(std::span<const int> keys, const QWidget* widget, const QKeyEvent& press)
+{
+    return qobject_cast<const QComboBox*>(widget) && (press.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier &&
+           std::ranges::find(keys, press.key()) != keys.end();
+}
+
 // The highlighted item, or the grey one under the pointer, which the toolkit doesn't highlight.
 QAction* ChosenFor(const QMenu& menu)
 {
@@ -170,6 +181,8 @@ class KeyWatch : public QObject {
         if (!window || !window->frame || widget.window() != window->frame || FrontModal()) return false;
         const std::optional<int> command = AcceleratorCommand(*window, key.key(), key.modifiers());
         if (!command || IsTypedInto(&widget, key) || IsForControl(&widget, key)) return false;
+        if (IsOneOf(kListKeys, &widget, key)) return false;
+        if (IsOneOf(kKeysBesideList, &widget, key)) return true;
         SendMessage(window, WM_COMMAND, static_cast<WPARAM>(*command), 0);
         return true;
     }

@@ -1,8 +1,11 @@
 #include "platform/png.h"
 
+#include "platform/memory.h"
+
 #include <png.h>
 
 #include <cstdlib>
+#include <vector>
 
 namespace kelvo {
 
@@ -21,9 +24,9 @@ bool IsWhole(const IndexedPicture& picture)
 
 }  // namespace
 
-std::string PngOf(const IndexedPicture& picture)
+std::optional<std::string> PngOf(const IndexedPicture& picture)
 {
-    if (!IsWhole(picture)) return {};
+    if (!IsWhole(picture)) return std::string();
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = static_cast<png_uint_32>(picture.width);
@@ -31,12 +34,12 @@ std::string PngOf(const IndexedPicture& picture)
     image.format = PNG_FORMAT_RGB_COLORMAP;
     image.colormap_entries = static_cast<png_uint_32>(picture.colors.size());
 
-    std::string bytes(PNG_IMAGE_PNG_SIZE_MAX(image), '\0');
+    std::vector<char> bytes;
+    if (!AllocateBlock(bytes, PNG_IMAGE_PNG_SIZE_MAX(image))) return std::nullopt;
     png_alloc_size_t size = bytes.size();
     const int written = png_image_write_to_memory(&image, bytes.data(), &size, 0, picture.pixels.data(),
                                                   static_cast<png_int_32>(picture.rowBytes), picture.colors.data());
-    bytes.resize(written ? size : 0);
-    return bytes;
+    return std::string(bytes.data(), written ? size : 0);
 }
 
 }  // namespace kelvo

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,8 +20,8 @@ struct IndexedPicture {
     std::vector<std::array<std::uint8_t, 3>> colors;  // red, green, blue
 };
 
-// The bytes of a PNG file of 8 bits a pixel with that colour table; empty where the picture is none, its rows don't
-// fill its size, or memory is refused.
-std::string PngOf(const IndexedPicture& picture);
+// The bytes of a PNG file of 8 bits a pixel with that colour table; empty where the picture is none or its rows
+// don't fill its size, nullopt where memory is refused.
+std::optional<std::string> PngOf(const IndexedPicture& picture);
 
 }  // namespace kelvo

@@ -144,8 +144,7 @@ void EnterDefaultDirectory()
         for (const std::string& file : missing) text += "\n" + file;
         MessageBox(hWndMain, text, "Kelvo File Error!");
     }
-    write::fileChoice.FirstFileDirectory =
-        startOptions.staysInDirectory ? std::string() : UserDocumentsDirectory() + "/Kelvo";
+    write::fileChoice.FirstFileDirectory = FirstDirectoryForFiles();
     // Without it relative names are taken from where the program was started; all of ours are whole.
     if (chdir(DefaultDir.c_str()) != 0) return;
 }
@@ -185,6 +184,11 @@ std::string FindDefaultDirectory()
     if (configured.empty()) return UserDataDirectory() + "/kelvo";
     // Whole before the working directory changes: all paths are formed from it.
     return std::filesystem::absolute(ResolvePath(configured)).lexically_normal().string();
+}
+
+std::string FirstDirectoryForFiles()
+{
+    return startOptions.staysInDirectory ? std::string() : UserDocumentsDirectory() + "/Kelvo";
 }
 
 int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)

@@ -14,6 +14,10 @@ int WinMain(const void* instance, const void* previousInstance, std::string_view
 // Where Kelvo's files are: --data, else what win.ini names, else the user's own directory. Whole; it needn't exist.
 std::string FindDefaultDirectory();
 
+// Where the first file selection begins: among the user's documents, but empty, which is Kelvo's own directory, for a
+// start that says where it works (--data, --script).
+std::string FirstDirectoryForFiles();
+
 // Reads the settings and the active camera's section into the state, finds DefaultDir and the paths. Where another
 // camera's frames have another size, what was made for the old one is dropped (FrameSizeChanged); where its head hangs
 // on another port, the link is closed. 1.

@@ -3,6 +3,7 @@
 #include "platform/pointer.h"
 #include "state/windows.h"
 #include "ui/select_file_write.h"
+#include "ui/status.h"
 #include "viewing/bitmap_command.h"
 #include "viewing/playback.h"
 #include "viewing/save_dialog_write.h"
@@ -59,7 +60,9 @@ CommandEnd SaveBitmap()
     StopPlaying();
     SaveBitmapCommand();
     const WrittenBitmaps& last = LastBitmaps();
-    return last.paths.empty() ? CommandEnd::kLeaveStatus : NoteSavedBitmaps(last.paths, last.wanted);
+    if (!last.paths.empty()) return NoteSavedBitmaps(last.paths, last.wanted);
+    // What an earlier save wrote would read as what this one did.
+    return StatusNoteStands() ? CommandEnd::kResetStatus : CommandEnd::kLeaveStatus;
 }
 
 }  // namespace kelvo

@@ -638,6 +638,17 @@ TEST_F(BitmapFile, AsPngKeepsWhatStoodWhereItFails)
     EXPECT_EQ(FileContents(png), "before");
 }
 
+TEST_F(BitmapFile, AsPngWithoutMemoryGivesThreeAndKeepsWhatStood)
+{
+    const std::string png = directory / "picture.png";
+    PutFile(png, "before");
+    const Dib dib = GrayDib();
+    FailAllocation(1);
+    EXPECT_EQ(SavePng(dib, png), 3);
+    EXPECT_EQ(FileContents(png), "before");
+    EXPECT_EQ(SavePng(dib, png), 0);
+}
+
 TEST_F(BitmapFile, OfNoBitmapIsNotMade)
 {
     EXPECT_EQ(SaveDib(nullptr, path), 20);

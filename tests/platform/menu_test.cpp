@@ -327,11 +327,10 @@ TEST(Accelerators, ComeBeforeAControlButNotBeforeTyping)
 {
     TestOperator op;
     HWND window = WindowWithMenu();
-    QComboBox list(window->widget);
-    list.addItems({"a", "b"});
-    list.show();
-    Press(&list, Qt::Key_PageUp, Qt::NoModifier, {}, false);
-    Press(&list, Qt::Key_Right, Qt::NoModifier, {}, false);
+    QCheckBox box(window->widget);
+    box.show();
+    Press(&box, Qt::Key_PageUp, Qt::NoModifier, {}, false);
+    Press(&box, Qt::Key_Right, Qt::NoModifier, {}, false);
     EXPECT_THAT(SeenCommands(), ElementsAre(208, 202));
 
     seenMessages.clear();
@@ -359,6 +358,27 @@ TEST(Accelerators, LeaveSpaceToTheControlThatHasTheKeyboard)
     EXPECT_TRUE(SeenCommands().empty());
     Press(window->widget, Qt::Key_Space, Qt::NoModifier, " ", false);
     EXPECT_THAT(SeenCommands(), ElementsAre(300));
+}
+
+TEST(Accelerators, LeaveItsKeysToTheListThatHasTheKeyboard)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    constexpr Accelerator kKeys[] = {{"Up", 204},   {"Down", 205}, {"Left", 203},
+                                     {"PgDn", 209}, {"End", 209},  {"Shift+Down", 213}};
+    SetAccelerators(window, kKeys);
+    QComboBox list(window->widget);
+    list.addItems({"counts", "volts", "degrees"});
+    list.show();
+    Press(&list, Qt::Key_Down, Qt::NoModifier, "", false);
+    EXPECT_EQ(list.currentIndex(), 1);
+    Press(&list, Qt::Key_Up, Qt::NoModifier, "", false);
+    EXPECT_EQ(list.currentIndex(), 0);
+    for (const int key : {Qt::Key_Left, Qt::Key_PageDown, Qt::Key_End}) Press(&list, key, Qt::NoModifier, "", false);
+    EXPECT_TRUE(SeenCommands().empty());
+    Press(&list, Qt::Key_Down, Qt::ShiftModifier, "", false);
+    Press(window->widget, Qt::Key_Down, Qt::NoModifier, "", false);
+    EXPECT_THAT(SeenCommands(), ElementsAre(213, 205));
 }
 
 TEST(Accelerators, AreSilentWhileABoxIsInFront)

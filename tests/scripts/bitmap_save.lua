@@ -71,3 +71,40 @@ check.eq({ text(1005), text(1006) }, { "0", "0" }, "the frame on view")
 press(1)
 cancel()
 check.eq(readfile(dir .. "/run1.bmp"), nil)
+
+-- The disk is full at the first step, the second, and so on: those that were written are whole and told, the others aren't there.
+local frames_wanted, seen = 4, {}
+local n, came = 0, true
+while came do
+  n = n + 1
+  for frame = 0, frames_wanted - 1 do os.remove(("%s/full%d.bmp"):format(dir, frame)) end
+  command(116)
+  set(1005, "2")
+  set(1006, "5")
+  press(1)
+  sim.fault("disk", n)
+  choose(dir .. "/full.bmp")
+  came = sim.fault_to_come("disk") == 0
+  sim.fault("disk", 0)
+  check.eq(box() ~= nil, came, "step " .. n)
+  if came then answer("ok") end
+  local written = 0
+  for frame = 0, frames_wanted - 1 do
+    local path = ("%s/full%d.bmp"):format(dir, frame)
+    if readfile(path) then
+      check.eq(frame, written, "in their order")
+      check.eq((bitmap(path)), 6)
+      written = written + 1
+    end
+  end
+  for _, name in ipairs(listdir(dir)) do assert(not name:find("full%d%.bmp."), name) end
+  check.eq({ dialog(), file(), written == frames_wanted }, { nil, nil, not came })
+  if written > 0 then
+    check.holds(status(), came and (" Saved %d of 4 bitmaps, full0.bmp to full%d.bmp"):format(written, written - 1)
+      or " Saved 4 bitmaps, full0.bmp to full3.bmp")
+  else
+    assert(not status():find("Saved"), status())
+  end
+  seen[written] = true
+end
+for written = 0, frames_wanted do assert(seen[written], written .. " were never written") end

@@ -23,3 +23,14 @@ check.eq(items("panel", 1256), { "Offset" })
 command(135)
 cancel()
 check.eq(box(), nil)
+
+-- A set of keys, and a list of bad detectors: nothing comes on view; a line that names none is told.
+local shown = { title(), pixel(100, 1) }
+files.write(dir .. "/c.bad", "row,col\r\n1,2\r\n")
+for name, told in pairs { ["c.cal"] = "", ["c.bad"] = 'Line #1 ignored,"row,col"' } do
+  command(135)
+  choose(dir .. "/" .. name)
+  check.eq(box() and box().text or "", told, name)
+  if box() then answer("ok") end
+  check.eq({ box(), dialog(), title(), pixel(100, 1) }, { nil, nil, shown[1], shown[2] }, name)
+end
