@@ -25,6 +25,7 @@
 #include "imagefile/header_write.h"
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
+#include "record/external_signal.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
@@ -80,7 +81,8 @@ namespace kelvo {
 namespace {
 
 constexpr void (*kModules[])() = {
-    ResetScript,  // it is closed while there is an application
+    ResetScript,  // these are closed while there is an application
+    ResetExternalSignal,
     ResetPlatform,
     ResetWindows,
     ResetFrameState,
