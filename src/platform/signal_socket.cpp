@@ -203,7 +203,8 @@ bool SendSignal(const std::string& path)
 {
     constexpr char kSignal = '!';
     const auto address = AddressOf(path);
-    const int descriptor = address ? MakeSocket() : -1;
+    if (!address) return false;
+    const int descriptor = MakeSocket();
     if (descriptor < 0) return false;
     const bool sent =
         sendto(descriptor, &kSignal, 1, MSG_NOSIGNAL, Plain(*address), sizeof *address) == 1 || errno == EAGAIN;

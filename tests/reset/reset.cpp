@@ -26,6 +26,9 @@
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
 #include "record/external_signal.h"
+#include "record/trigger_dialogs.h"
+#include "record/triggered_save.h"
+#include "record/triggered_save_dialog.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
@@ -129,6 +132,9 @@ constexpr void (*kModules[])() = {
     ResetSaveDialog,
     ResetBitmapCommand,
     ResetSaving,
+    ResetTriggeredSave,
+    ResetTriggeredSaveDialog,
+    ResetTriggerDialogs,
     ForgetUnsavedSet,
     ResetGeometryDialog,
     ResetMark,
