@@ -28,6 +28,7 @@ struct CommandLine {
     std::optional<Theme> theme;                // --theme, for this run
     std::string rest;  // the other bare arguments joined by blanks, as the system's own command line; paths whole,
                        // unless all that was typed of them is shorter than kShortestCommandLine
+    bool sendSignal = false;  // --signal
     bool showVersion = false;
     bool showHelp = false;
     std::string error;  // not empty: what is wrong with it

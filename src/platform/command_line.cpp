@@ -164,6 +164,8 @@ constexpr Option kOptions[] = {
     {"scale", "N", "device pixel ratio of that screen, 0.5 to 4", nullptr, SetScale},
     {"virtual-time", nullptr, "time passes only while the program waits", &CommandLine::virtualTime, nullptr},
     {"theme", "NAME", "light, dark, or desktop: as the desktop has it", nullptr, SetTheme},
+    {"signal", nullptr, "send the external signal to the Kelvo of --data, then exit", &CommandLine::sendSignal,
+     nullptr},
     {"version", nullptr, "tell the version", &CommandLine::showVersion, nullptr},
     {"help", nullptr, "tell this", &CommandLine::showHelp, nullptr},
 };
@@ -264,7 +266,8 @@ std::string CommandLineHelp()
            "  0  as it should be; also when another Kelvo with this data directory took the files\n"
            "  1  a script failed; otherwise a script ends with the number that it returns\n"
            "  2  the command line is wrong, the transcript can't be written, or there is no display\n"
-           "  3  another Kelvo runs with this data directory, and was given nothing\n";
+           "  3  another Kelvo runs with this data directory, and was given nothing\n"
+           "  4  --signal, and no Kelvo runs with this data directory\n";
 }
 
 }  // namespace kelvo

@@ -13,14 +13,6 @@ namespace {
 
 constexpr mode_t kOwnersOnly = 0700;
 
-// A directory of mine that nobody else may enter.
-bool IsPrivate(const std::string& directory)
-{
-    struct stat status {};
-    return lstat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == getuid() &&
-           (status.st_mode & 077U) == 0;
-}
-
 }  // namespace
 
 std::string PlatformFilePath()
@@ -33,13 +25,20 @@ std::string MachineSetting(std::string_view section, std::string_view key, std::
     return GetPrivateProfileString(section, key, defaultValue, PlatformFilePath());
 }
 
+bool IsPrivateDirectory(const std::string& directory)
+{
+    struct stat status {};
+    return lstat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == getuid() &&
+           (status.st_mode & 077U) == 0;
+}
+
 std::string SocketDirectory()
 {
     std::string ofSession = Format("/run/user/%u", getuid());
-    if (IsPrivate(ofSession) && access(ofSession.c_str(), W_OK) == 0) return ofSession;
+    if (IsPrivateDirectory(ofSession) && access(ofSession.c_str(), W_OK) == 0) return ofSession;
     std::string own = Format("/tmp/kelvo-%u", getuid());
     mkdir(own.c_str(), kOwnersOnly);  // it may stand already
-    return IsPrivate(own) ? own : std::string();
+    return IsPrivateDirectory(own) ? own : std::string();
 }
 
 }  // namespace kelvo

@@ -13,6 +13,9 @@ std::string PlatformFilePath();
 // A key of platform.ini; the default where it is missing.
 std::string MachineSetting(std::string_view section, std::string_view key, std::string_view defaultValue);
 
+// A directory of this user's that nobody else may enter; links aren't followed.
+bool IsPrivateDirectory(const std::string& directory);
+
 // Where this user's programs put the sockets on which they meet: a directory that nobody else may enter; empty if there
 // is none. It doesn't follow from the environment, so that a start from a desktop and one from a terminal meet.
 std::string SocketDirectory();

@@ -119,7 +119,7 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdNameSequenceForSaving, "&Name sequence for saving...\tF4", kHelpNameSequenceForSaving),
     Board(Item(kCmdSaveSequence, "S&ave sequence\tF5", kHelpSaveSequence)),
     NotBuilt(Board(Item(kCmdContinuousSave, "&Continous save sequence...", kHelpContinuousSave))),
-    NotBuilt(Board(Item(kCmdTriggeredSave, "&Bio-Rad save..."))),
+    Board(Item(kCmdTriggeredSave, "&Bio-Rad save...")),
     kLine,
     Item(kCmdNameSequenceToLoad, "Na&me sequence to load...\tShift+F4", kHelpNameSequenceToLoad, "sequence"),
     Item(kCmdLoadNext, "L&oad next\tF7", kHelpLoadNext, "next"),

@@ -46,6 +46,10 @@ constexpr int kBenchRows = 1016;
 constexpr int kBenchRate = 1021;
 constexpr int kBenchIntegration = 1022;
 constexpr int kBenchClocks = 1023;
+constexpr int kBenchTrigger = 20800;        // one pulse
+constexpr int kBenchTriggerPeriod = 20801;  // ms; 0: none
+constexpr int kBenchTriggersTaken = 20802;
+constexpr int kBenchSync = 20803;  // "high; pulses: 3"
 
 constexpr int kAccountDelivered = 1001;
 constexpr int kAccountShown = 1002;

@@ -64,6 +64,7 @@ constexpr int kHelpLiveVideo = 2011;
 constexpr int kHelpAdvancedVideo = 2012;
 constexpr int kHelpExternalClock = 2013;
 constexpr int kHelpCalibrationReport = 2014;
+constexpr int kHelpTriggeredSave = 2022;
 constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;
 constexpr int kHelpBoardFaults = 2082;

@@ -42,6 +42,14 @@ struct ScriptHooks {
     std::function<std::vector<std::pair<std::string, double>>(int x, int y)> truth;
     // What the camera head's registers hold, as named numbers; empty without a simulated camera.
     std::function<std::vector<std::pair<std::string, double>>()> registers;
+    // One pulse at the simulated board's trigger input, or with a period in ms pulses by themselves (0: none); empty,
+    // or why it can't be.
+    std::function<std::string(std::optional<double> periodMs)> trigger;
+    // What comes in and goes out at that board's lines, as named numbers; empty without a simulated camera.
+    std::function<std::vector<std::pair<std::string, double>>()> lines;
+
+    // The external signal, as another application sends it; false where none can come.
+    std::function<bool()> signal;
 };
 void SetScriptHooks(ScriptHooks hooks);
 

@@ -753,6 +753,30 @@ int SimRegisters(lua_State* L)
     return registers.empty() ? Fail(L, "no simulated camera") : PushNumbers(L, registers);
 }
 
+int SimTrigger(lua_State* L)
+{
+    std::optional<double> periodMs;
+    if (!lua_isnoneornil(L, 1)) periodMs = luaL_checknumber(L, 1);
+    if (!Hooks().trigger) return Fail(L, "no simulated camera");
+    const std::string failure = Hooks().trigger(periodMs);
+    return failure.empty() ? 0 : Fail(L, failure);
+}
+
+int SimLines(lua_State* L)
+{
+    if (!Hooks().lines) return Fail(L, "no simulated camera");
+    const auto lines = Hooks().lines();
+    return lines.empty() ? Fail(L, "no simulated camera") : PushNumbers(L, lines);
+}
+
+int Signal(lua_State* L)
+{
+    const auto act = []() -> std::string {
+        return Hooks().signal && Hooks().signal() ? std::string() : "signal: no signal from outside can come";
+    };
+    return Await(L, {.name = "signal", .act = act});
+}
+
 // --- Transcript, print, files -------------------------------------------------------------------------------------
 
 void PushTranscriptValue(lua_State* L, const TranscriptValue& value)
@@ -849,6 +873,7 @@ constexpr luaL_Reg kCalls[] = {
     {"drop", Guarded<Drop>},
     {"frames", Guarded<Frames>},
     {"wait", Guarded<Wait>},
+    {"signal", Guarded<Signal>},
     // what looks
     {"dialog", Look<Dialog>},
     {"box", Look<Box>},
@@ -881,7 +906,8 @@ constexpr luaL_Reg kCalls[] = {
 constexpr luaL_Reg kSimCalls[] = {
     {"fault", Guarded<SimFault>}, {"fault_to_come", Guarded<SimFaultToCome>},
     {"head", Look<SimRegisters>}, {"source", Look<SimSource>},
-    {"truth", Look<SimTruth>},
+    {"truth", Look<SimTruth>},    {"trigger", Look<SimTrigger>},
+    {"lines", Look<SimLines>},
 };
 
 }  // namespace

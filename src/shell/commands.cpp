@@ -10,6 +10,7 @@
 #include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "record/triggered_save_dialog.h"
 #include "resources/command_list.h"
 #include "resources/menu.h"
 #include "shell/about.h"
@@ -65,6 +66,7 @@ constexpr Command kCommands[] = {
     {kCmdLoadImage, LoadImageFile},
     {kCmdNameSequenceForSaving, NameSequence},
     {kCmdSaveSequence, SaveNextOfSequence},
+    {kCmdTriggeredSave, Then<SaveOnTriggers>},
     {kCmdNameSequenceToLoad, NameSequenceForLoading},
     {kCmdLoadNext, NextFrame},
     {kCmdLoadLast, PreviousFrame},

@@ -3,6 +3,7 @@
 #include "script/script.h"
 #include "shell/script_hooks.h"
 #include "shell/second_start.h"
+#include "shell/send_signal.h"
 #include "shell/start_options_write.h"
 #include "shell/startup.h"
 #include "simcam/sim_camera.h"
@@ -28,6 +29,10 @@ int main(int argc, char** argv)
     if (commandLine.showVersion) {
         std::puts("Kelvo " KELVO_VERSION);
         return 0;
+    }
+    if (commandLine.sendSignal) {
+        write::options.startOptions.dataDirectory = commandLine.dataDirectory;
+        return SendSignalTo(FindDefaultDirectory());
     }
     RegisterSimulatedLines();
     RegisterSimulatedBoard();

@@ -1,6 +1,7 @@
 #include "shell/script_hooks.h"
 
 #include "imagefile/header.h"
+#include "record/external_signal.h"
 #include "script/script.h"
 #include "simcam/bench_window.h"
 #include "state/camera_config.h"
@@ -48,6 +49,9 @@ void ConnectScripts()
     hooks.source = PutBenchSource;
     hooks.truth = BenchTruth;
     hooks.registers = BenchHeadRegisters;
+    hooks.trigger = PulseBenchTrigger;
+    hooks.lines = BenchLines;
+    hooks.signal = SendExternalSignal;
     SetScriptHooks(std::move(hooks));
 }
 

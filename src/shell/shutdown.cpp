@@ -8,7 +8,7 @@
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/window.h"
-#include "shell/unbuilt.h"
+#include "record/external_signal.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
@@ -45,7 +45,7 @@ void ShutDown()
     CloseCommLink();
     QuitHelp();
     CloseBenchWindow();
-    SignalExternalThread();
+    CloseExternalSignal();
     PostQuitMessage(0);
     if (GrabberPresent) ExitBoard();
 }

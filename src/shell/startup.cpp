@@ -23,6 +23,7 @@
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "record/external_signal.h"
 #include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "resources/keys_page.h"
@@ -251,7 +252,7 @@ int InitialSetup()
     FitMenuToCamera();
     ReadRecentFiles();
     StatusString(kStartHint, kCentred);
-    RegisterExternalSignal();
+    InitExternalSignal();
     BuildTiffTemplate();
     return 1;
 }

@@ -4,9 +4,6 @@ namespace kelvo {
 
 void ReadGraphicsKeys() {}
 void InitUserModules() {}
-void RegisterExternalSignal() {}
 void BuildTiffTemplate() {}
-
-void SignalExternalThread() {}
 
 }  // namespace kelvo

@@ -1,4 +1,4 @@
-// Calls of the start and the end whose subsystem isn't part of this version. They do no harm.
+// Calls of the start whose subsystem isn't part of this version. They do no harm.
 #pragma once
 
 namespace kelvo {
@@ -6,9 +6,6 @@ namespace kelvo {
 // Start-up calls. Each leaves its subsystem's state as it stands at start.
 void ReadGraphicsKeys();
 void InitUserModules();
-void RegisterExternalSignal();
 void BuildTiffTemplate();
-
-void SignalExternalThread();
 
 }  // namespace kelvo

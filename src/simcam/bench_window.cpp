@@ -30,6 +30,7 @@ constexpr const char* kNothing = "-";
 constexpr const char* kNothingLoaded = "Nothing is loaded yet.";
 constexpr double kUsPerSecond = 1e6;
 constexpr double kUsPerMs = 1e3;
+constexpr std::int64_t kUsPerWholeMs = 1000;
 
 struct BenchSource {
     SimSource source;
@@ -44,8 +45,9 @@ constexpr BenchSource kSources[] = {
     {SimSource::kRaw, "raw", kBenchRaw, 0},
 };
 
-constexpr int kControls[] = {kBenchLow,         kBenchHigh, kBenchScene,   kBenchRaw, kBenchLowDegrees,
-                             kBenchHighDegrees, kBenchLoad, kBenchColumns, kBenchRows};
+constexpr int kControls[] = {kBenchLow,        kBenchHigh,        kBenchScene,        kBenchRaw,
+                             kBenchLowDegrees, kBenchHighDegrees, kBenchLoad,         kBenchColumns,
+                             kBenchRows,       kBenchTrigger,     kBenchTriggerPeriod};
 
 bool showing = false;  // the window shows what the camera has: its edits are not the operator's
 
@@ -90,11 +92,26 @@ void ShowRates(HWND dialog, const SimCamera& camera)
     SetDlgItemText(dialog, kBenchClocks, runs ? "on" : "off");
 }
 
+void ShowLines(HWND dialog)
+{
+    const SimLines lines = ReadSimLines();
+    const auto periodMs = static_cast<int>(lines.triggerPeriodUs / kUsPerWholeMs);
+    if (FocusedDlgItem(dialog) != kBenchTriggerPeriod && GetScrollPos(dialog, kBenchTriggerPeriod) != periodMs) {
+        SetDlgItemInt(dialog, kBenchTriggerPeriod, periodMs);
+    }
+    SetDlgItemText(dialog, kBenchTriggersTaken,
+                   Format("%lld, input %s", static_cast<long long>(lines.triggers), lines.triggerOn ? "on" : "off"));
+    SetDlgItemText(
+        dialog, kBenchSync,
+        Format("%s; pulses: %lld", lines.syncLevel != 0 ? "high" : "low", static_cast<long long>(lines.syncPulses)));
+}
+
 void ShowCamera(HWND dialog)
 {
     const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
     EnableControls(dialog, camera != nullptr);
     showing = true;
+    ShowLines(dialog);
     if (camera) {
         ShowRecording(dialog, *camera);
         ShowSources(dialog, *camera);
@@ -154,6 +171,15 @@ bool OnControl(HWND dialog, SimCamera& camera, int id, int notification)
 {
     if (id == kBenchLoad) {
         LoadRecording(dialog, camera);
+        return true;
+    }
+    if (id == kBenchTrigger) {
+        PulseSimTrigger();
+        ShowCamera(dialog);
+        return true;
+    }
+    if (id == kBenchTriggerPeriod && notification == kEditChanged) {
+        SetSimTriggerPeriod(GetScrollPos(dialog, id) * kUsPerWholeMs);
         return true;
     }
     if (const auto* const row = std::ranges::find(kSources, id, &BenchSource::button); row != std::end(kSources)) {
@@ -263,6 +289,34 @@ std::vector<std::pair<std::string, double>> BenchHeadRegisters()
     const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
     if (!camera) return {};
     return SimHeadRegisters(*camera);
+}
+
+std::string PulseBenchTrigger(std::optional<double> periodMs)
+{
+    constexpr double kLongestMs = 60'000;
+    if (!CurrentSimCamera()) return kNoCamera;
+    if (periodMs && !(*periodMs >= 0 && *periodMs <= kLongestMs)) {
+        return Format("a period of %g ms is outside 0 to 60000", *periodMs);
+    }
+    if (periodMs) {
+        SetSimTriggerPeriod(std::llround(*periodMs * kUsPerMs));
+    } else {
+        PulseSimTrigger();
+    }
+    if (hDlgBench) ShowCamera(hDlgBench);
+    return {};
+}
+
+std::vector<std::pair<std::string, double>> BenchLines()
+{
+    if (!CurrentSimCamera()) return {};
+    const SimLines lines = ReadSimLines();
+    return {{"trigger_on", lines.triggerOn ? 1 : 0},
+            {"triggers", static_cast<double>(lines.triggers)},
+            {"trigger_period", static_cast<double>(lines.triggerPeriodUs) / kUsPerMs},
+            {"sync_source", lines.syncSource},
+            {"sync", lines.syncLevel},
+            {"sync_pulses", static_cast<double>(lines.syncPulses)}};
 }
 
 void ResetBenchWindow()

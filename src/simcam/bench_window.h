@@ -31,6 +31,14 @@ std::vector<std::pair<std::string, double>> BenchTruth(int x, int y);
 // sim.head: what the head's registers hold; empty without a simulated camera.
 std::vector<std::pair<std::string, double>> BenchHeadRegisters();
 
+// sim.trigger: one pulse at the board's trigger input, or with a period one each so many ms from now on, 0 to 60000 (0:
+// none); empty, or why it can't be.
+std::string PulseBenchTrigger(std::optional<double> periodMs);
+// sim.lines: "trigger_on" (the input is taken), "triggers" (pulses taken), "trigger_period" (ms; 0: none),
+// "sync_source", "sync" (1: the output is high), "sync_pulses" (times that it went high); empty without a simulated
+// camera.
+std::vector<std::pair<std::string, double>> BenchLines();
+
 // The window is gone.
 void ResetBenchWindow();
 

@@ -1,6 +1,7 @@
 // The simulated board: shows the camera that its configuration file names, at the pace of the head's registers. Where a
 // head in another process is on the port that was opened last, its registers are the ones that hold. The board has
-// one frame of 16 bits mono and no computing modules. Its trigger line pulses with each blank.
+// one frame of 16 bits mono and no computing modules. What comes in at its trigger input, and what its sync output
+// does, is the bench's to give and to see.
 //
 // Each operation can be made to fail by the fault (platform/faults.h) of its name; "icp_frame_attrib bits" and
 // "icp_frame_attrib colour" make the frame of the wrong kind.
@@ -11,8 +12,11 @@
 #include "simcam/frame_clock.h"
 #include "simcam/head_socket.h"
 #include "simcam/sim_camera.h"
+#include "simcam/trigger_input.h"
 
 #include <algorithm>
+#include <mutex>
+#include <optional>
 #include <utility>
 
 namespace kelvo {
@@ -52,12 +56,36 @@ struct State {
     FrameClock clock;
     bool grabbing = false;
     bool armed = false;
+    std::int64_t pulsesAtArming = 0;
     BoardFrame target = kNoBoardFrame;  // the frame that the grab or the trigger fills
     std::int64_t framesBefore = 0;      // of earlier grabs: no two frames have one number
     std::int64_t countAtFreeze = 0;
     std::vector<FrameRange> skipped;  // frames that are counted and can't be had
 };
 State board;
+
+// The board's lines. The bench works them while a capture's thread reads frames.
+struct Lines {
+    TriggerInput trigger;
+    std::int32_t syncSource = 0;
+    std::int32_t syncLevel = 0;
+    std::int64_t syncPulses = 0;  // times that the output went from low to high
+};
+Lines lines;
+std::mutex linesGuard;
+
+// The lines as they are now, for one who holds the guard.
+Lines& LinesNow()
+{
+    HearPulses(lines.trigger, TickUs());
+    return lines;
+}
+
+std::int64_t TriggersBy(std::int64_t timeUs)
+{
+    const std::lock_guard<std::mutex> guard(linesGuard);
+    return PulsesBy(LinesNow().trigger, timeUs);
+}
 
 FrameMemory* FrameOf(BoardFrame frame)
 {
@@ -277,7 +305,10 @@ std::int32_t NextFrame(BoardModule /*module*/, BoardFrame frame, std::int64_t af
     const std::int64_t number = NextKeptFrame(after, count);
     if (number > count && !WaitForBlankOf(number, limitUs)) return kBoardTimeout;
     const std::int64_t blankUs = BlankUs(board.clock, number);
-    stamp = {.number = number, .monotonicNs = blankUs * kNsPerUs, .utcNs = UtcNsAtTick(blankUs)};
+    stamp = {.number = number,
+             .monotonicNs = blankUs * kNsPerUs,
+             .utcNs = UtcNsAtTick(blankUs),
+             .triggers = TriggersBy(blankUs)};
     if (FaultIsSet("icp_read_area")) return kFailed;
     ReadSimFrame(*board.camera, board.framesBefore + number - 1, blankUs, width, height, buffer.first(values));
     return kOk;
@@ -288,29 +319,73 @@ std::int32_t TrigSnap(BoardModule /*module*/, BoardFrame frame)
     if (!FrameOf(frame) || FaultIsSet("icp_trig_snap")) return kFailed;
     StopGrab();
     board.armed = true;
+    board.pulsesAtArming = TriggersBy(Now());
     board.target = frame;
     return kOk;
 }
 
+// When the first pulse since the arming came, as soon as it has; nullopt, after the whole time, where none does.
+std::optional<std::int64_t> WaitForPulse(std::int64_t untilUs)
+{
+    const auto armingPulse = [] {
+        const std::lock_guard<std::mutex> guard(linesGuard);
+        return PulseUs(LinesNow().trigger, board.pulsesAtArming + 1);
+    };
+    if (const auto pulseUs = armingPulse()) return pulseUs;
+    std::optional<std::int64_t> nextUs;
+    {
+        const std::lock_guard<std::mutex> guard(linesGuard);
+        nextUs = NextPulseUs(LinesNow().trigger);
+    }
+    DelayUntilUs(nextUs ? std::min(*nextUs, untilUs) : untilUs);
+    return armingPulse();
+}
+
+// The first frame that is complete behind the pulse; it may be later than the limit, which is the pulse's.
 // timeout: hundredths of a second, as the limit of the other waits.
 std::int32_t WaitTrig(BoardModule /*module*/, BoardFrame frame, std::int32_t timeout)
 {
-    const std::int64_t limitUs = std::max(timeout, 0) * kUsPerHundredth;
-    if (FaultIsSet("icp_wait_trig")) {
-        DelayUntilUs(TickUs() + limitUs);
+    const std::int64_t untilUs = TickUs() + std::max(timeout, 0) * kUsPerHundredth;
+    FrameMemory* const memory = FrameOf(frame);
+    if (FaultIsSet("icp_wait_trig") || !memory || !board.armed || board.target != frame) {
+        DelayUntilUs(untilUs);
         return 0;
     }
-    FrameMemory* const memory = FrameOf(frame);
-    if (!memory || !board.armed || board.target != frame || !WaitForBlank(limitUs)) return 0;
+    const std::optional<std::int64_t> pulseUs = WaitForPulse(untilUs);
+    if (!pulseUs) return 0;
+    Now();
+    if (board.clock.periodUs <= 0) return 0;
+    DelayUntilUs(BlankUs(board.clock, BlanksBy(board.clock, *pulseUs) + 1));
     board.armed = false;
     const std::int64_t number = board.framesBefore++;
     ReadSimFrame(*board.camera, number, TickUs(), memory->pitch, memory->rows, memory->values);
     return 1;
 }
 
+void Trigen(BoardModule /*module*/, std::int32_t on)
+{
+    const std::lock_guard<std::mutex> guard(linesGuard);
+    LinesNow().trigger.on = on != 0;
+}
+
+void Exsen(BoardModule /*module*/, std::int32_t source)
+{
+    const std::lock_guard<std::mutex> guard(linesGuard);
+    lines.syncSource = source;
+}
+
+void Exsyncp(BoardModule /*module*/, std::int32_t level)
+{
+    const std::lock_guard<std::mutex> guard(linesGuard);
+    if (level != 0 && lines.syncLevel == 0) ++lines.syncPulses;
+    lines.syncLevel = level != 0 ? 1 : 0;
+}
+
 void Exit(std::int32_t /*flags*/)
 {
     board = {};
+    const std::lock_guard<std::mutex> guard(linesGuard);
+    LinesNow().trigger.on = false;
 }
 
 std::int64_t FrameCount(BoardModule /*module*/)
@@ -344,9 +419,9 @@ constexpr BoardTable kSimulatedBoard{
     .read_area = ReadArea,
     .trig_snap = TrigSnap,
     .wait_trig = WaitTrig,
-    .trigen = IgnoreSetting,
-    .exsen = IgnoreSetting,
-    .exsyncp = IgnoreSetting,
+    .trigen = Trigen,
+    .exsen = Exsen,
+    .exsyncp = Exsyncp,
     .os_set_realtime_priority = IgnoreValue,
     .exit = Exit,
     .frame_count = FrameCount,
@@ -365,9 +440,35 @@ void SkipSimFrames(std::int64_t first, std::int64_t last)
     board.skipped.push_back({.first = first, .last = last});
 }
 
+void PulseSimTrigger()
+{
+    const std::lock_guard<std::mutex> guard(linesGuard);
+    TakePulse(LinesNow().trigger, TickUs());
+}
+
+void SetSimTriggerPeriod(std::int64_t periodUs)
+{
+    const std::lock_guard<std::mutex> guard(linesGuard);
+    SetPulsePeriod(LinesNow().trigger, TickUs(), periodUs);
+}
+
+SimLines ReadSimLines()
+{
+    const std::lock_guard<std::mutex> guard(linesGuard);
+    const Lines& now = LinesNow();
+    return {.triggerOn = now.trigger.on,
+            .triggers = now.trigger.taken,
+            .triggerPeriodUs = now.trigger.periodUs,
+            .syncSource = now.syncSource,
+            .syncLevel = now.syncLevel,
+            .syncPulses = now.syncPulses};
+}
+
 void ResetSimBoard()
 {
     board = {};
+    const std::lock_guard<std::mutex> guard(linesGuard);
+    lines = {};
 }
 
 }  // namespace kelvo

@@ -77,7 +77,23 @@ void RegisterSimulatedBoard();
 // For tests of who records; to be called while no capture runs.
 void SkipSimFrames(std::int64_t first, std::int64_t last);
 
-// The simulated board as it comes up: no camera, no frame.
+// The simulated board's lines, for the bench; from any thread. Pulses at the trigger input are taken while amdig_trigen
+// has it on: a frame that icp_trig_snap armed is the first one complete behind the pulse, and each frame's stamp has
+// the number of pulses taken by its blank.
+void PulseSimTrigger();
+void SetSimTriggerPeriod(
+    std::int64_t periodUs);  // one each so long, the first after a whole period; 0, as at start: none
+struct SimLines {
+    bool triggerOn = false;
+    std::int64_t triggers = 0;         // pulses taken since the board came up
+    std::int64_t triggerPeriodUs = 0;  // 0: none come by themselves
+    std::int32_t syncSource = 0;       // as amdig_exsen chose it
+    std::int32_t syncLevel = 0;        // of the sync output: 0 low, 1 high
+    std::int64_t syncPulses = 0;       // times that it went from low to high
+};
+SimLines ReadSimLines();
+
+// The simulated board as it comes up: no camera, no frame, nothing at its lines.
 void ResetSimBoard();
 
 // No camera made so far; who holds one keeps it.

@@ -25,6 +25,10 @@
 #include "imagefile/header_write.h"
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
+#include "record/external_signal.h"
+#include "record/trigger_dialogs.h"
+#include "record/triggered_save.h"
+#include "record/triggered_save_dialog.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
@@ -80,7 +84,8 @@ namespace kelvo {
 namespace {
 
 constexpr void (*kModules[])() = {
-    ResetScript,  // it is closed while there is an application
+    ResetScript,  // these are closed while there is an application
+    ResetExternalSignal,
     ResetPlatform,
     ResetWindows,
     ResetFrameState,
@@ -127,6 +132,9 @@ constexpr void (*kModules[])() = {
     ResetSaveDialog,
     ResetBitmapCommand,
     ResetSaving,
+    ResetTriggeredSave,
+    ResetTriggeredSaveDialog,
+    ResetTriggerDialogs,
     ForgetUnsavedSet,
     ResetGeometryDialog,
     ResetMark,

@@ -638,11 +638,10 @@ TEST_F(OperatorScript, UnknownStateListsNamesNearIt)
 
 TEST_F(OperatorScript, PixelAndRawGoThroughTheirHooks)
 {
-    SetScriptHooks({.pixel = [](int x, int y) { return x < 3 ? std::optional<int>(10 * y + x) : std::nullopt; },
-                    .raw = [](std::int64_t i) { return std::optional<int>(static_cast<int>(i) + 1); },
-                    .source = {},
-                    .truth = {},
-                    .registers = {}});
+    ScriptHooks hooks;
+    hooks.pixel = [](int x, int y) { return x < 3 ? std::optional<int>(10 * y + x) : std::nullopt; };
+    hooks.raw = [](std::int64_t i) { return std::optional<int>(static_cast<int>(i) + 1); };
+    SetScriptHooks(hooks);
     ExpectSuccess("assert(pixel(2, 4) == 42 and pixel(3, 0) == nil and raw(7) == 8)");
 }
 
@@ -669,21 +668,15 @@ TEST_F(OperatorScript, NoHeadWithoutASimulatedCamera)
 TEST_F(OperatorScript, SimulatedCameraIsReachedThroughItsHooks)
 {
     static std::string placed;
-    SetScriptHooks({.pixel = {},
-                    .raw = {},
-                    .source =
-                        [](std::string_view source, std::optional<double> degreesC) {
-                            placed = Format("%s %.1f", std::string(source).c_str(), degreesC.value_or(-1));
-                            return std::string(source == "sun" ? "no such source" : "");
-                        },
-                    .truth =
-                        [](int x, int y) {
-                            return std::vector<std::pair<std::string, double>>{{"gain", x + 0.5}, {"dead", y}};
-                        },
-                    .registers =
-                        [] {
-                            return std::vector<std::pair<std::string, double>>{{"offset", 128}};
-                        }});
+    using Numbers = std::vector<std::pair<std::string, double>>;
+    ScriptHooks hooks;
+    hooks.source = [](std::string_view source, std::optional<double> degreesC) {
+        placed = Format("%s %.1f", std::string(source).c_str(), degreesC.value_or(-1));
+        return std::string(source == "sun" ? "no such source" : "");
+    };
+    hooks.truth = [](int x, int y) { return Numbers{{"gain", x + 0.5}, {"dead", y}}; };
+    hooks.registers = [] { return Numbers{{"offset", 128}}; };
+    SetScriptHooks(hooks);
     ExpectSuccess(R"(
         sim.source("low", 20)
         local done, message = pcall(sim.source, "sun")
@@ -691,6 +684,45 @@ TEST_F(OperatorScript, SimulatedCameraIsReachedThroughItsHooks)
         assert(sim.truth(1, 0).gain == 1.5 and sim.truth(1, 0).dead == 0)
         assert(sim.head().offset == 128))");
     EXPECT_EQ(placed, "sun -1.0");
+}
+
+TEST_F(OperatorScript, TheBoardsLinesAreReachedThroughTheirHooks)
+{
+    static std::vector<double> pulses;
+    pulses.clear();
+    ScriptHooks hooks;
+    hooks.trigger = [](std::optional<double> periodMs) {
+        pulses.push_back(periodMs.value_or(-1));
+        return std::string(periodMs == 7 ? "not so fast" : "");
+    };
+    hooks.lines = [] { return std::vector<std::pair<std::string, double>>{{"triggers", 3}}; };
+    SetScriptHooks(hooks);
+    ExpectSuccess(R"(
+        sim.trigger()
+        sim.trigger(250)
+        assert(select(2, pcall(sim.trigger, 7)):find("not so fast", 1, true))
+        assert(sim.lines().triggers == 3))");
+    EXPECT_EQ(pulses, (std::vector<double>{-1, 250, 7}));
+}
+
+TEST_F(OperatorScript, NoLinesWithoutASimulatedCamera)
+{
+    ExpectFailure("assert(not pcall(sim.trigger)) sim.lines()", "no simulated camera");
+}
+
+TEST_F(OperatorScript, NoSignalWithoutOneToTakeIt)
+{
+    ExpectFailure("signal()", "signal: no signal from outside can come");
+}
+
+TEST_F(OperatorScript, TheSignalIsSentThroughItsHook)
+{
+    static int sent = 0;
+    ScriptHooks hooks;
+    hooks.signal = [] { return ++sent == 1; };
+    SetScriptHooks(hooks);
+    ExpectSuccess("signal() assert(not pcall(signal))");
+    EXPECT_EQ(sent, 2);
 }
 
 TEST_F(OperatorScript, MemoryFaultFailsTheNthAllocation)

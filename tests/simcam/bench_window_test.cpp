@@ -1,6 +1,7 @@
 // The bench window, worked as an operator works it, in front of a small simulated camera.
 #include "simcam/bench_window.h"
 
+#include "grabber/copm2.h"
 #include "platform/clock.h"
 #include "platform/dialog_fixture.h"
 #include "platform/faults.h"
@@ -242,6 +243,39 @@ TEST_F(Bench, ACancelledSelectionChangesNothing)
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
 }
 
+TEST_F(Bench, PulsesTheTriggerInput)
+{
+    RegisterSimulatedBoard();
+    Open();
+    EXPECT_EQ(Text(kBenchTriggerPeriod), "none");
+    EXPECT_EQ(Text(kBenchTriggersTaken), "0, input off");
+    EXPECT_EQ(Text(kBenchSync), "low; pulses: 0");
+    PutFile(directory / "platform.ini", "[Board]\nBoard=sim\n");
+    ASSERT_EQ(itx_load_cnf(directory / "camera.cnf"), 0);
+    amdig_trigen(1, 1);
+    amdig_exsyncp(1, 1);
+    ASSERT_TRUE(OperatePress(BenchWindow(), kBenchTrigger));
+    ASSERT_TRUE(OperatePress(BenchWindow(), kBenchTrigger));
+    EXPECT_EQ(Text(kBenchTriggersTaken), "2, input on");
+    EXPECT_EQ(Text(kBenchSync), "high; pulses: 1");
+    ASSERT_TRUE(OperateText(BenchWindow(), kBenchTriggerPeriod, "20"));
+    EXPECT_EQ(ReadSimLines().triggerPeriodUs, 20'000);
+    EXPECT_EQ(PulseBenchTrigger(0.0), "");
+    EXPECT_EQ(ReadSimLines().triggerPeriodUs, 0);
+    EXPECT_EQ(PulseBenchTrigger({}), "");
+    EXPECT_EQ(ReadSimLines().triggers, 3);
+}
+
+TEST_F(Bench, RefusesAPeriodThatIsNone)
+{
+    EXPECT_EQ(PulseBenchTrigger({}), "no simulated camera");
+    EXPECT_THAT(BenchLines(), IsEmpty());
+    Open();
+    EXPECT_EQ(PulseBenchTrigger(-1.0), "a period of -1 ms is outside 0 to 60000");
+    EXPECT_EQ(PulseBenchTrigger(60'001.0), "a period of 60001 ms is outside 0 to 60000");
+    EXPECT_EQ(BenchLines().at(2), std::make_pair(std::string("trigger_period"), 0.0));
+}
+
 TEST_F(Bench, StaysUsableWhileADialogIsOpen)
 {
     Open();
@@ -296,8 +330,8 @@ TEST_F(Bench, ReturnInATemperatureKeepsTheWindowOpenAndEscapeClosesIt)
 TEST_F(Bench, TheKeyboardGoesThroughFromTopToBottom)
 {
     Open();
-    const int order[] = {kBenchLowDegrees, kBenchHighDegrees, kBenchLoad, kBenchColumns,
-                         kBenchRows,       kIdCancel,         kIdHelp};
+    const int order[] = {kBenchLowDegrees, kBenchHighDegrees,   kBenchLoad, kBenchColumns, kBenchRows,
+                         kBenchTrigger,    kBenchTriggerPeriod, kIdCancel,  kIdHelp};
     QWidget* widget = ControlOf(BenchWindow(), kBenchLow);
     std::size_t reached = 0;
     for (QWidget* next = widget->nextInFocusChain(); next != widget; next = next->nextInFocusChain()) {

@@ -227,20 +227,96 @@ TEST_F(SimBoard, AChangeOfRateKeepsTheCount)
     EXPECT_EQ(icp_frame_count(IcpModule), 3);
 }
 
-TEST_F(SimBoard, ATriggeredCaptureIsOneFrame)
+// 100 Hz: a frame is complete each 10 ms from the opening on.
+class SimTrigger : public SimBoardTest {
+  protected:
+    SimTrigger() { OpenAt100Hz(); }
+    // Hundredths of a second; how long it took, in microseconds, to what is returned.
+    static std::pair<int, std::int64_t> Wait(std::int32_t hundredths)
+    {
+        const std::int64_t start = TickUs();
+        const int fired = icp_wait_trig(IcpModule, FrameA, hundredths);
+        return {fired, TickUs() - start};
+    }
+};
+
+TEST_F(SimTrigger, ACaptureIsTheFirstFrameBehindThePulse)
 {
-    OpenAt100Hz();
     std::vector<std::int16_t> frame(320UL * 256UL);
-    EXPECT_EQ(WaitForTrigger(100), 0) << "not armed; it is now";
-    EXPECT_EQ(WaitForTrigger(100), 1);
+    EXPECT_EQ(SetTriggerMode(1), 1);
+    EXPECT_EQ(Wait(3), std::make_pair(0, std::int64_t{30'000})) << "no pulse, and blanks are none";
+    PulseSimTrigger();
+    EXPECT_EQ(Wait(3), std::make_pair(1, std::int64_t{10'000}));
     ASSERT_EQ(icp_read_area(IcpModule, FrameA, 0, 0, 320, 256, frame), 0);
     EXPECT_EQ(frame, Expected(0, TickUs()));
+    EXPECT_EQ(Wait(1), std::make_pair(0, std::int64_t{10'000})) << "one arming, one frame";
+}
+
+TEST_F(SimTrigger, APulseBeforeTheArmingFiresNothing)
+{
+    amdig_trigen(AcqModule, 1);
+    PulseSimTrigger();
+    EXPECT_EQ(icp_trig_snap(IcpModule, FrameA), 0);
+    EXPECT_EQ(Wait(5).first, 0);
+}
+
+TEST_F(SimTrigger, APulseIsTakenWhileTheInputIsOn)
+{
+    EXPECT_EQ(icp_trig_snap(IcpModule, FrameA), 0);
+    PulseSimTrigger();
+    EXPECT_EQ(Wait(5).first, 0);
+    EXPECT_EQ(ReadSimLines().triggers, 0);
     EXPECT_EQ(SetTriggerMode(1), 1);
+    PulseSimTrigger();
+    EXPECT_EQ(Wait(5).first, 1);
+    EXPECT_EQ(ReadSimLines().triggers, 1);
+    EXPECT_EQ(SetTriggerMode(0), 1);
+    PulseSimTrigger();
+    EXPECT_EQ(ReadSimLines().triggers, 1);
+}
+
+TEST_F(SimTrigger, PulsesOfAPeriodEndAWaitEarly)
+{
+    SetSimTriggerPeriod(25'000);
+    EXPECT_EQ(SetTriggerMode(1), 1);
+    EXPECT_EQ(Wait(2), std::make_pair(0, std::int64_t{20'000}));
+    EXPECT_EQ(Wait(100), std::make_pair(1, std::int64_t{10'000})) << "the pulse at 25 ms, its frame at 30 ms";
+    SetSimTriggerPeriod(0);
+    EXPECT_EQ(icp_trig_snap(IcpModule, FrameA), 0);
+    EXPECT_EQ(Wait(10).first, 0);
+}
+
+TEST_F(SimTrigger, FailsByItsFaultsAndUnarmed)
+{
+    EXPECT_EQ(Wait(5), std::make_pair(0, std::int64_t{50'000})) << "not armed";
+    EXPECT_EQ(SetTriggerMode(1), 1);
+    PulseSimTrigger();
     SetFault("icp_wait_trig", true);
-    EXPECT_EQ(WaitForTrigger(100), 0);
+    EXPECT_EQ(Wait(5), std::make_pair(0, std::int64_t{50'000}));
     SetFault("icp_wait_trig", false);
+    EXPECT_EQ(Wait(5).first, 1);
     SetFault("icp_trig_snap", true);
     EXPECT_EQ(SetTriggerMode(1), 0);
+}
+
+TEST_F(SimTrigger, TheSyncOutputIsSeen)
+{
+    EXPECT_EQ(ReadSimLines().syncLevel, 0);
+    ExternalSyncOn(1);
+    EXPECT_EQ(ReadSimLines().syncLevel, 1);
+    EXPECT_EQ(ReadSimLines().syncPulses, 1);
+    ExternalSyncPulse();
+    ExternalSyncPulse();
+    EXPECT_EQ(ReadSimLines().syncLevel, 1);
+    EXPECT_EQ(ReadSimLines().syncPulses, 3);
+}
+
+TEST_F(SimTrigger, AClosedBoardTakesNoPulse)
+{
+    amdig_trigen(AcqModule, 1);
+    itx_exit(0);
+    PulseSimTrigger();
+    EXPECT_EQ(ReadSimLines().triggers, 0);
 }
 
 // Live video with the whole way from the board to the picture.

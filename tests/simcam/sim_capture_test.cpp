@@ -50,6 +50,21 @@ TEST_F(SimCapture, TakesEachFrameAsTheClockPassesItsBlank)
     EXPECT_THAT(WaitingNumbers(), ElementsAre(1, 2, 3, 4, 5));
 }
 
+TEST_F(SimCapture, StampsAFrameWithThePulsesTakenByItsBlank)
+{
+    const Recording recording(100);
+    amdig_trigen(AcqModule, 1);
+    AdvanceVirtualClock(15'000);
+    PulseSimTrigger();  // within the second frame
+    AdvanceVirtualClock(10'000);
+    PulseSimTrigger();
+    PulseSimTrigger();  // within the third
+    AdvanceVirtualClock(20'000);
+    std::vector<std::int64_t> triggers;
+    for (std::size_t i = 0; i < FramesWaiting(); ++i) triggers.push_back(WaitingFrame(i).stamp.triggers);
+    EXPECT_THAT(triggers, ElementsAre(0, 1, 3, 3));
+}
+
 TEST_F(SimCapture, StampsAFrameWithItsBlank)
 {
     const Recording recording(100);

@@ -353,6 +353,23 @@ rows["SAVE.sequence"] = {
   },
 }
 
+-- A run with these names and numbers: the frame is its own file's. Without a name it doesn't begin.
+rows.BIORAD_SAVE = {
+  open = opens(112, "BIORAD_SAVE"),
+  texts = { [1460] = "some", [102] = "3", [109] = "2" },
+  buttons = {
+    [20300] = browsing[20300],
+    [124] = function()
+      local name = text(1460)
+      set(1460, "")
+      press(124)
+      check.answer_box("Please enter the name of a file.", "ok")
+      set(1460, name)
+    end,
+  },
+  refused = { { set = { [102] = "0" } }, { set = { [109] = "1000" } } },
+}
+
 -- Each dialog that has no row, with the reason.
 dialogs.without_row = {
   ACCOUNT = "stays open beside the main window; its one button counts anew",
@@ -361,6 +378,8 @@ dialogs.without_row = {
   PLAYBAR = "is no dialog: each control acts at once",
   FRAMERATE = "comes up with a head that runs by an external clock, and none of today does",
   ImgHead = "no command opens it",
+  TRIGSOFT = "no command opens it",
+  TRIGVALU = "no command opens it",
 }
 
 return dialogs
