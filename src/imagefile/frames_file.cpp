@@ -71,17 +71,12 @@ std::string Unescaped(std::string_view value)
 {
     std::string plain;
     for (std::size_t i = 0; i < value.size(); ++i) {
-        const bool escapes = value[i] == '\\' && i + 1 < value.size();
-        const char c = escapes ? value[++i] : value[i];
-        if (!escapes) {
-            plain += c;
-        } else if (c == 'n') {
-            plain += '\n';
-        } else if (c == 'r') {
-            plain += '\r';
-        } else {
-            plain += c;
+        if (value[i] != '\\' || i + 1 == value.size()) {
+            plain += value[i];
+            continue;
         }
+        const char c = value[++i];
+        plain += c == 'n' ? '\n' : c == 'r' ? '\r' : c;
     }
     return plain;
 }

@@ -86,6 +86,7 @@ void SignalRecorder();
 std::int64_t MarkRecorder();
 
 RecorderStatus CurrentRecorderStatus();
+inline constexpr std::uint32_t kRecorderTimer = 24;  // of the main window
 // Gives back board and menu where the run has come to its end by itself. To be called now and then while one runs: the
 // main window's timer kRecorderTimer does.
 void TendRecorder();

@@ -58,10 +58,12 @@ void WriteRecorderSettings(const RecorderSettings& settings);
 std::string RecorderSettingsText(const RecorderSettings& settings);
 
 // The name of event n (from 1) that begins at a local time: {date} is 20261122, {time} 143000, {sample} the sample's
-// name, {n} the event's number, {n:03} the same with three digits. nullptr-safe: an unknown word in braces stays.
+// name, {n} the event's number, {n:03} the same with three digits.
 std::string EventName(std::string_view pattern, std::int64_t n, std::int64_t utcNs, std::string_view sampleName);
 // Whether the pattern makes a file's name: not empty, no separator, only the words above in its braces.
 bool PatternIsUsable(std::string_view pattern);
+// Whether the event's number stands in it: then names differ by that, otherwise by a number put behind.
+bool PatternCounts(std::string_view pattern);
 
 // Seconds from a local time of day to the next "HH:MM:SS" or "HH:MM", 0 to 86399; below 0: no time of day.
 std::int64_t SecondsUntil(std::string_view timeOfDay, std::int64_t nowUtcSeconds);
