@@ -27,43 +27,12 @@ TranscriptValue InUtf8(TranscriptValue value)
     return value;
 }
 
-std::string Quoted(std::string_view text)
-{
-    std::string json = "\"";
-    for (const char c : text) {
-        switch (c) {
-            case '"':
-                json += "\\\"";
-                break;
-            case '\\':
-                json += "\\\\";
-                break;
-            case '\n':
-                json += "\\n";
-                break;
-            case '\r':
-                json += "\\r";
-                break;
-            case '\t':
-                json += "\\t";
-                break;
-            default:
-                if (static_cast<unsigned char>(c) < 0x20) {
-                    json += Format("\\u%04x", static_cast<unsigned>(static_cast<unsigned char>(c)));
-                } else {
-                    json += c;
-                }
-        }
-    }
-    return json + '"';
-}
-
 std::string QuotedList(const std::vector<std::string>& texts)
 {
     std::string json = "[";
     for (const std::string& text : texts) {
         if (json.size() > 1) json += ',';
-        json += Quoted(text);
+        json += JsonString(text);
     }
     return json + ']';
 }
@@ -71,7 +40,7 @@ std::string QuotedList(const std::vector<std::string>& texts)
 struct Json {
     std::string operator()(std::int64_t number) const { return std::to_string(number); }
     std::string operator()(bool flag) const { return flag ? "true" : "false"; }
-    std::string operator()(const std::string& text) const { return Quoted(text); }
+    std::string operator()(const std::string& text) const { return JsonString(text); }
     std::string operator()(const std::vector<std::string>& texts) const { return QuotedList(texts); }
 };
 
@@ -106,10 +75,41 @@ const std::vector<TranscriptLine>& TranscriptLines()
     return lines;
 }
 
+std::string JsonString(std::string_view text)
+{
+    std::string json = "\"";
+    for (const char c : text) {
+        switch (c) {
+            case '"':
+                json += "\\\"";
+                break;
+            case '\\':
+                json += "\\\\";
+                break;
+            case '\n':
+                json += "\\n";
+                break;
+            case '\r':
+                json += "\\r";
+                break;
+            case '\t':
+                json += "\\t";
+                break;
+            default:
+                if (static_cast<unsigned char>(c) < 0x20) {
+                    json += Format("\\u%04x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+                } else {
+                    json += c;
+                }
+        }
+    }
+    return json + '"';
+}
+
 std::string TranscriptJson(const TranscriptLine& line)
 {
-    std::string json = Format("{\"t\":%lld,\"kind\":", static_cast<long long>(line.timeMs)) + Quoted(line.kind);
-    for (const auto& [name, value] : line.fields) json += ',' + Quoted(name) + ':' + std::visit(Json{}, value);
+    std::string json = Format("{\"t\":%lld,\"kind\":", static_cast<long long>(line.timeMs)) + JsonString(line.kind);
+    for (const auto& [name, value] : line.fields) json += ',' + JsonString(name) + ':' + std::visit(Json{}, value);
     return json + '}';
 }
 

@@ -33,6 +33,8 @@ void Transcribe(std::string_view kind, std::vector<std::pair<std::string, Transc
 
 const std::vector<TranscriptLine>& TranscriptLines();
 std::string TranscriptJson(const TranscriptLine& line);  // without the newline
+// A text of valid UTF-8 as JSON has it, with its quotation marks.
+std::string JsonString(std::string_view text);
 
 // Closes the file and forgets the lines.
 void ResetTranscript();

@@ -1,3 +1,4 @@
+#include "batch/batch.h"
 #include "platform/application.h"
 #include "platform/transcript.h"
 #include "script/script.h"
@@ -17,13 +18,15 @@ int main(int argc, char** argv)
 {
     using namespace kelvo;
 
-    const CommandLine commandLine = ParseCommandLine(std::vector<std::string>(argv + 1, argv + argc));
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (const std::optional<int> exitCode = RunBatch(arguments)) return *exitCode;
+    const CommandLine commandLine = ParseCommandLine(arguments);
     if (!commandLine.error.empty()) {
         std::fprintf(stderr, "kelvo: %s\n", commandLine.error.c_str());
         return 2;
     }
     if (commandLine.showHelp) {
-        std::fputs(CommandLineHelp().c_str(), stdout);
+        std::fputs((CommandLineHelp() + "\nWithout a window, kelvo WORD ...:\n" + BatchHelp()).c_str(), stdout);
         return 0;
     }
     if (commandLine.showVersion) {

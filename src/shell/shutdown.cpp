@@ -9,6 +9,7 @@
 #include "platform/profile.h"
 #include "platform/window.h"
 #include "record/external_signal.h"
+#include "record/recorder.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
@@ -38,6 +39,7 @@ void ShutDown()
 {
     if (shutDown) return;  // a quit that is under way is not begun again by the window's end
     shutDown = true;
+    StopRecorder();
     SaveDisplayState();
     KeepWindowPlace();
     FlushProfiles();

@@ -26,6 +26,7 @@
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
 #include "record/external_signal.h"
+#include "record/recorder.h"
 #include "record/trigger_dialogs.h"
 #include "record/triggered_save.h"
 #include "record/triggered_save_dialog.h"
@@ -112,6 +113,7 @@ constexpr void (*kModules[])() = {
     ForgetBoardTables,
     ForgetBoard,
     ResetCorrection,
+    ResetRecorder,
     ResetCapture,
     ResetFrameRead,
     ResetFrameAccount,

@@ -1,0 +1,196 @@
+#include "batch/sequence_copy.h"
+
+#include "imagefile/crc32c.h"
+#include "imagefile/frames_file.h"
+#include "imagefile/sequence_file.h"
+#include "platform/files.h"
+#include "platform/memory.h"
+#include "platform/text.h"
+
+#include <cstring>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+using Failure = std::optional<std::string>;
+
+struct Source {
+    FrameRange range;
+    SequenceFile sequence;
+    std::optional<FramesFile> journal;
+};
+
+// One that can be copied from, or why not.
+std::optional<Source> OpenSource(const FrameRange& wanted, std::string& why)
+{
+    const auto refuse = [&](const char* reason) {
+        why = wanted.path + ' ' + reason;
+        return std::nullopt;
+    };
+    std::optional<SequenceFile> sequence = SequenceFile::Open(wanted.path, FileMode::kRead);
+    if (!sequence) return refuse("isn't a sequence that can be read");
+    if (IsBeingRecorded(wanted.path)) return refuse("is being recorded");
+    FrameRange range = wanted;
+    if (range.end < 0) range.end = sequence->Frames();
+    if (range.first < 0 || range.first >= range.end || range.end > sequence->Frames()) {
+        return refuse(
+            Format("has %lld frames: there are none of that range", static_cast<long long>(sequence->Frames()))
+                .c_str());
+    }
+    FramesFile journal = ReadFramesFile(FramesPathOf(wanted.path));
+    if (journal.fault == FramesFault::kNotOpened) return Source{range, std::move(*sequence), std::nullopt};
+    const bool whole = journal.fault == FramesFault::kNone && journal.closing &&
+                       static_cast<std::int64_t>(journal.records.size()) == sequence->Frames() &&
+                       sequence->BytesBehind() == 0;
+    if (!whole) return refuse("wasn't closed or is damaged: recover it first");
+    return Source{range, std::move(*sequence), std::move(journal)};
+}
+
+// What has to be the same for frames of one file.
+bool SameFrames(const ImageHeaderRecord& a, const ImageHeaderRecord& b)
+{
+    return a.ByteSwap == b.ByteSwap && a.ImageWidth == b.ImageWidth && a.ImageHeight == b.ImageHeight &&
+           a.SampleBytes == b.SampleBytes && a.ImageHeaderDataOffset == b.ImageHeaderDataOffset;
+}
+
+Failure WhyNotTogether(std::span<const Source> sources)
+{
+    const Source& first = sources.front();
+    for (const Source& source : sources) {
+        if (!SameFrames(source.sequence.Header(), first.sequence.Header())) {
+            return source.range.path + " has frames of another kind";
+        }
+        if (source.journal.has_value() != first.journal.has_value()) return "some have a journal and some don't";
+        const bool samePixels =
+            !source.journal || source.journal->head.Text(frames_key::kPixels) ==
+                                   first.journal.value_or(FramesFile()).head.Text(frames_key::kPixels);
+        if (!samePixels) return source.range.path + " has frames of another kind";
+    }
+    return std::nullopt;
+}
+
+// A new sequence in the making: its frames go to the disk, its records wait for the end.
+class Output {
+  public:
+    Output(NewFile file, std::string path) : file_(std::move(file)), path_(std::move(path)) {}
+
+    Failure Begin(const SequenceFile& first, std::int64_t frames)
+    {
+        const ImageHeaderRecord header = first.HeaderForFile(frames);
+        return Written(std::as_bytes(std::span(&header, 1)));
+    }
+
+    Failure Add(Source& source)
+    {
+        std::vector<std::byte> frame;
+        if (!AllocateBlock(frame, static_cast<std::size_t>(source.sequence.FrameBytes()))) return "no memory is left";
+        for (std::int64_t i = source.range.first; i < source.range.end; ++i) {
+            if (!source.sequence.ReadFrame(i, frame)) return source.range.path + " can't be read";
+            if (Failure failure = AddRecord(source, i, frame)) return failure;
+            Renumber(frame, source);
+            if (Failure failure = Written(frame)) return failure;
+        }
+        added_ += source.range.end - source.range.first;
+        return std::nullopt;
+    }
+
+    // The journal first: a sequence that stands has its own.
+    Failure End(const Source& first, const Source& last)
+    {
+        if (first.journal && last.journal) {
+            const std::vector<std::byte> bytes = FramesFileBytes(first.journal->head, records_, Closing(last));
+            const std::string journal = FramesPathOf(path_);
+            if (!ReplaceFile(journal, {reinterpret_cast<const char*>(bytes.data()), bytes.size()})) return Refused();
+        }
+        if (file_.Keep()) return std::nullopt;
+        DeleteFileNamed(FramesPathOf(path_));
+        return Refused();
+    }
+
+  private:
+    std::string Refused() const { return path_ + " can't be written: the disk refuses"; }
+
+    Failure Written(std::span<const std::byte> bytes)
+    {
+        return file_.Contents().Write(bytes) == bytes.size() ? std::nullopt : Failure(Refused());
+    }
+
+    Failure AddRecord(const Source& source, std::int64_t index, std::span<const std::byte> frame)
+    {
+        if (!source.journal) return std::nullopt;
+        FrameRecord record = source.journal->records[static_cast<std::size_t>(index)];
+        if (record.pixelCrc != Crc32c(frame.subspan(source.sequence.HeaderBytesOfFrame()))) {
+            return source.range.path + Format(": frame %lld doesn't fit its checksum", static_cast<long long>(index));
+        }
+        // The first frame of a piece may go on with another file; inside a file none does.
+        if (!records_.empty()) {
+            record.flags &= ~static_cast<std::uint32_t>(kFirstOfPart);
+        } else if (index > 0) {
+            record.flags |= kFirstOfPart;
+        }
+        records_.push_back(record);
+        return std::nullopt;
+    }
+
+    void Renumber(std::span<std::byte> frame, const Source& source) const
+    {
+        if (source.sequence.HeaderBytesOfFrame() != sizeof(FrameHeaderRecord)) return;
+        FrameHeaderRecord header;
+        std::memcpy(&header, frame.data(), sizeof header);
+        const std::int64_t number = header.FrameNum - source.range.first + added_;
+        header.FrameNum = static_cast<std::int32_t>(number);
+        std::memcpy(frame.data(), &header, sizeof header);
+    }
+
+    // What is told behind the last frame of a source holds where that frame is taken too.
+    FrameRecord Closing(const Source& last) const
+    {
+        const bool toTheEnd = last.range.end == last.sequence.Frames();
+        FrameRecord closing = toTheEnd && last.journal && last.journal->closing
+                                  ? *last.journal->closing
+                                  : ClosingRecord(0, EndOfRecording::kNextPart);
+        closing.number = added_;
+        return closing;
+    }
+
+    NewFile file_;
+    std::string path_;
+    std::vector<FrameRecord> records_;
+    std::int64_t added_ = 0;
+};
+
+Failure Write(std::vector<Source>& sources, const std::string& out)
+{
+    if (FileExists(out) || FileExists(FramesPathOf(out))) return out + " stands already";
+    std::optional<NewFile> file = NewFile::Begin(out);
+    if (!file) return out + " can't be written";
+    std::int64_t frames = 0;
+    for (const Source& source : sources) frames += source.range.end - source.range.first;
+    Output output(std::move(*file), out);
+    if (Failure failure = output.Begin(sources.front().sequence, frames)) return failure;
+    for (Source& source : sources) {
+        if (Failure failure = output.Add(source)) return failure;
+    }
+    return output.End(sources.front(), sources.back());
+}
+
+}  // namespace
+
+std::optional<std::string> CopyFrames(std::span<const FrameRange> sources, const std::string& out)
+{
+    std::vector<Source> opened;
+    for (const FrameRange& range : sources) {
+        std::string why;
+        std::optional<Source> source = OpenSource(range, why);
+        if (!source) return why;
+        opened.push_back(std::move(*source));
+    }
+    if (opened.empty()) return "no sequence was named";
+    if (Failure failure = WhyNotTogether(opened)) return failure;
+    return Write(opened, out);
+}
+
+}  // namespace kelvo
