@@ -80,6 +80,7 @@ constexpr Command kCommands[] = {
     {kCmdUpdateCalibration, UpdateCalibration},
     {kCmdSaveCalibration, SaveCalibration},
     {kCmdLoadCalibration, LoadPreviousCalibration},
+    {kCmdApplyCalibration, ApplyCalibrationToData},
     {kCmdViewStatistics, ViewStatistics},
     {kCmdFreeze, FreezeFrame},
     {kCmdReplaceBadPixels, ReplaceBadPixels},
@@ -121,6 +122,7 @@ constexpr Command kCommands[] = {
     {kCmdThemeLight, Then<UseLightTheme>},
     {kCmdThemeDark, Then<UseDarkTheme>},
     {kCmdCalibrationReport, OpenCalibrationReport},
+    {kCmdVoltageCalibration, CalibrateVoltage},
 };
 
 CommandEnd NotAvailable(int /*id*/)
