@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include "platform/clock.h"
 #include "platform/faults.h"
 #include "platform/text.h"
 
@@ -7,9 +8,12 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -131,7 +135,7 @@ bool IsRegular(const struct stat& status)
 // A disk that fails on demand: each step that changes what lies on it asks, and each that reads it.
 bool DiskRefuses()
 {
-    return FaultIsSet("disk") && !Fail(ENOSPC);
+    return (FaultIsSet("disk") && !Fail(ENOSPC)) || (FaultIsSet("disk unplugged") && !Fail(EIO));
 }
 bool DiskIsUnreadable()
 {
@@ -157,13 +161,18 @@ int OpenFlags(FileMode mode)
             return kCommon | O_RDWR;
         case FileMode::kCreate:
             return kCommon | O_RDWR | O_CREAT;
+        case FileMode::kNew:
+            return kCommon | O_RDWR | O_CREAT | O_EXCL;
     }
     return kCommon;
 }
 
+constexpr std::int64_t kSlowWriteMs = 300;
+
 std::size_t WriteAll(int descriptor, std::span<const std::byte> source)
 {
     if (DiskRefuses()) return 0;
+    if (FaultIsSet("slow disk")) DelayMs(kSlowWriteMs);
     if (FaultIsSet("disk full") && !Fail(ENOSPC)) source = source.first(source.size() / 2);
     std::size_t done = 0;
     while (done < source.size()) {
@@ -173,6 +182,19 @@ std::size_t WriteAll(int descriptor, std::span<const std::byte> source)
         done += static_cast<std::size_t>(count);
     }
     return done;
+}
+
+// What a single call takes of two blocks; 0 where they have to go one by one.
+std::size_t WriteTogether(int descriptor, std::span<const std::byte> front, std::span<const std::byte> back)
+{
+    if (FaultIsSet("slow disk")) DelayMs(kSlowWriteMs);
+    // The system's record has no const; writing leaves the blocks alone.
+    const auto block = [](std::span<const std::byte> bytes) {
+        return iovec{const_cast<std::byte*>(bytes.data()), bytes.size()};
+    };
+    const std::array<iovec, 2> blocks = {block(front), block(back)};
+    const ssize_t count = ::writev(descriptor, blocks.data(), static_cast<int>(blocks.size()));
+    return count > 0 ? static_cast<std::size_t>(count) : 0;
 }
 
 bool FlushToDisk(int descriptor)
@@ -392,6 +414,20 @@ std::size_t File::Write(std::span<const std::byte> source)
     return WriteAll(descriptor_, source);
 }
 
+std::size_t File::Write(std::span<const std::byte> front, std::span<const std::byte> back)
+{
+    if (DiskRefuses()) return 0;
+    if (FaultIsSet("disk full")) {
+        const std::size_t taken = Write(front);
+        return taken < front.size() ? taken : taken + Write(back);
+    }
+    std::size_t done = WriteTogether(descriptor_, front, back);
+    if (done < front.size()) done += WriteAll(descriptor_, front.subspan(done));
+    const std::size_t all = front.size() + back.size();
+    if (done >= front.size() && done < all) done += WriteAll(descriptor_, back.subspan(done - front.size()));
+    return done;
+}
+
 bool File::Seek(std::int64_t position)
 {
     return lseek(descriptor_, position, SEEK_SET) >= 0;
@@ -416,6 +452,22 @@ bool File::Close()
 bool File::Flush()
 {
     return FlushToDisk(descriptor_);
+}
+
+bool File::SyncData()
+{
+    return !DiskRefuses() && fdatasync(descriptor_) == 0;
+}
+
+bool File::Lock()
+{
+    return flock(descriptor_, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+bool File::IsNamed() const
+{
+    struct stat status {};
+    return fstat(descriptor_, &status) == 0 && status.st_nlink > 0;
 }
 
 std::optional<NewFile> NewFile::Begin(std::string_view path)
@@ -486,6 +538,14 @@ bool DirectoryExists(std::string_view path)
 {
     const auto status = StatusOf(path);
     return status && S_ISDIR(status->st_mode);
+}
+
+std::optional<std::int64_t> FreeBytesAt(std::string_view path)
+{
+    struct statvfs status {};
+    if (statvfs(ResolvePath(path).c_str(), &status) != 0) return std::nullopt;
+    if (FaultIsSet("no room")) return 0;
+    return static_cast<std::int64_t>(status.f_bavail) * static_cast<std::int64_t>(status.f_frsize);
 }
 
 bool MakeDirectories(std::string_view path)

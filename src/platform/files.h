@@ -31,6 +31,7 @@ enum class FileMode {
     kRead,       // must exist, must be a regular file: a directory or a device is refused
     kReadWrite,  // must exist; stays as long as it is
     kCreate,     // made, or cut to nothing
+    kNew,        // made; must not exist
 };
 
 // An open file, closed with its owner. Sizes and positions are 64 bits. A call that fails changes nothing but errno.
@@ -47,11 +48,18 @@ class File {
     std::size_t Read(std::span<std::byte> destination);
     // Bytes written, fewer than asked for on an error (a full disk).
     std::size_t Write(std::span<const std::byte> source);
+    // Both, one behind the other, in one call where the system takes them so.
+    std::size_t Write(std::span<const std::byte> front, std::span<const std::byte> back);
     bool Seek(std::int64_t position);  // from the start; false for a negative position
     std::int64_t Length() const;
     bool SetLength(std::int64_t bytes);  // cut, or made longer by zeros; false on an error. The position stays
     bool Close();                        // false if what was written may not have arrived
     bool Flush();                        // to the disk; false as for Close
+    bool SyncData();                     // the same without the file's times
+    // Takes it for this process as long as the file is open; a killed process holds nothing. False: another has it.
+    // True where the file system knows no locks.
+    bool Lock();
+    bool IsNamed() const;  // a name leads to it: nobody has deleted it
 
   private:
     friend class NewFile;
@@ -85,6 +93,8 @@ class NewFile {
 
 bool FileExists(std::string_view path);  // a regular file
 bool DirectoryExists(std::string_view path);
+// What may still be written in the file system of a directory or file; nullopt where there is none.
+std::optional<std::int64_t> FreeBytesAt(std::string_view path);
 bool MakeDirectories(std::string_view path);  // true if it stands at the end
 bool DeleteFileNamed(std::string_view path);
 bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists);

@@ -8,6 +8,7 @@
 #include "platform/pointer.h"
 #include "platform/text.h"
 #include "platform/timers.h"
+#include "record/recorder.h"
 #include "resources/ids.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
@@ -166,6 +167,9 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
             return 0;
         case kHandedTimer:
             OpenHandedFiles();
+            return 0;
+        case kRecorderTimer:
+            TendRecorder();
             return 0;
         default:
             return DefWindowProc(window, WM_TIMER, wParam, lParam);

@@ -8,6 +8,7 @@
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/window.h"
+#include "record/recorder.h"
 #include "shell/unbuilt.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
@@ -38,6 +39,7 @@ void ShutDown()
 {
     if (shutDown) return;  // a quit that is under way is not begun again by the window's end
     shutDown = true;
+    StopRecorder();
     SaveDisplayState();
     KeepWindowPlace();
     FlushProfiles();

@@ -27,6 +27,7 @@
 #include "imagefile/header_write.h"
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
+#include "record/recorder.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
@@ -109,6 +110,7 @@ constexpr void (*kModules[])() = {
     ForgetBoardTables,
     ForgetBoard,
     ResetCorrection,
+    ResetRecorder,
     ResetCapture,
     ResetFrameRead,
     ResetFrameAccount,
