@@ -1,5 +1,6 @@
 #include "calib/calibration_commands.h"
 
+#include "calib/apply_dialog.h"
 #include "calib/calibration_dialog.h"
 #include "calib/calibration_run.h"
 #include "calib/calibration_selection.h"
@@ -8,6 +9,7 @@
 #include "calib/one_point_run.h"
 #include "calib/two_point_run.h"
 #include "calib/unsaved_set.h"
+#include "calib/voltage_calibration.h"
 #include "platform/box.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
@@ -17,6 +19,7 @@
 #include "state/windows.h"
 #include "ui/menu_state.h"
 #include "ui/status.h"
+#include "viewing/playback.h"
 #include "viewing/written_note.h"
 
 #include <string>
@@ -85,6 +88,23 @@ CommandEnd LoadPreviousCalibration()
     ShowReplacementInMenu(SubstBadPixels != 0);
     if (!LoadCalibration(hWndMain, FilePathBuf)) return CommandEnd::kResetStatus;
     StatusString(kIdleHint, kLeftAligned);
+    return CommandEnd::kLeaveStatus;
+}
+
+CommandEnd ApplyCalibrationToData()
+{
+    StopPlaying();
+    ShowApplyCalDialog(hWndMain);
+    return CommandEnd::kResetStatus;
+}
+
+CommandEnd CalibrateVoltage()
+{
+    if (!CameraOn) {
+        MessageBox(hWndMain, "Camera must be turned on before calibrating", "Kelvo Message");
+        return CommandEnd::kResetStatus;
+    }
+    RunVoltageCalibration(hWndMain);
     return CommandEnd::kLeaveStatus;
 }
 

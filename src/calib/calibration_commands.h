@@ -18,6 +18,12 @@ CommandEnd SaveCalibration();
 // kLeaveStatus once it is loaded.
 CommandEnd LoadPreviousCalibration();
 
+// The APPLYCAL dialog: stored frames corrected with a set.
+CommandEnd ApplyCalibrationToData();
+
+// The voltage calibration. Without a camera that is on: "Camera must be turned on before calibrating".
+CommandEnd CalibrateVoltage();
+
 // The CALIB dialog and, where agrees then says so, the run of the type chosen in it. What the dialog stored of the
 // calibration in force comes back where the operator gives up at a source, or doesn't agree; a one-point run that fails
 // brings the calibration back that it was to replace. False where agrees said no. Blocks while frames are gathered.

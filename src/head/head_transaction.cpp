@@ -38,6 +38,11 @@ bool SendFrame(CommFrame frame)
 
 HeadHearing::HeadHearing() : unheardBefore_(framesUnheard) {}
 
+bool HeadHearing::MissedSomething() const
+{
+    return framesUnheard > unheardBefore_;
+}
+
 void HeadHearing::TellIfUnheard(HWND window, std::string_view consequence) const
 {
     if (framesUnheard <= std::max(unheardBefore_, framesTold)) return;

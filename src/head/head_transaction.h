@@ -22,6 +22,7 @@ bool SendFrame(CommFrame frame);
 class HeadHearing {
   public:
     HeadHearing();
+    bool MissedSomething() const;
     // Where the head missed something: "The camera head didn't answer to all that was sent.", and what follows from it.
     // What one has told another that stands around it doesn't tell again.
     void TellIfUnheard(HWND window, std::string_view consequence) const;

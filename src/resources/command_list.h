@@ -150,9 +150,11 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdSaveCalibration, "&Save...", kHelpSaveCalibration),
     Board(Item(kCmdLoadCalibration, "&Load previous...", kHelpLoadCalibration)),
     kLine,
-    NotBuilt(Item(kCmdApplyCalibration, "&Apply to data...")),
+    Item(kCmdApplyCalibration, "&Apply to data..."),
     Item(kCmdViewStatistics, "&View statistics...", kHelpViewStatistics),
     Item(kCmdCalibrationReport, "&Report...", kHelpCalibrationReport),
+    kLine,
+    Board(Item(kCmdVoltageCalibration, "V&oltage...", kHelpVoltageCalibration)),
 
     Top("&Image"),
     Item(kCmdFreeze, "&Freeze frame\tF2", kHelpFreeze, "freeze"),

@@ -40,6 +40,7 @@ constexpr int kHelpAbout = 773;
 constexpr int kHelpHighSource = 1044;
 constexpr int kHelpLowSource = 1045;
 constexpr int kHelpOfDialogs = 1048;
+constexpr int kHelpVoltageCalibration = 1056;
 
 // Contexts of items that older menus had. Nothing in the menu leads there, but a command of that number still asks.
 constexpr int kHelpOlder358 = 358;
@@ -65,6 +66,7 @@ constexpr int kHelpAdvancedVideo = 2012;
 constexpr int kHelpExternalClock = 2013;
 constexpr int kHelpCalibrationReport = 2014;
 constexpr int kHelpTriggeredSave = 2022;
+constexpr int kHelpApplyCalibration = 2030;
 constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;
 constexpr int kHelpBoardFaults = 2082;

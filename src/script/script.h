@@ -36,8 +36,8 @@ struct ScriptHooks {
     std::function<std::optional<int>(std::int64_t i)> raw;
 
     // The simulated camera's bench. Puts a source ("low", "high", "scene") in front of the camera, at a temperature in
-    // degrees Celsius if one is given; empty, or why it can't be.
-    std::function<std::string(std::string_view source, std::optional<double> degreesC)> source;
+    // degrees Celsius if one is given, or "volts" at its inputs; empty, or why it can't be.
+    std::function<std::string(std::string_view source, std::optional<double> value)> source;
     // What the detector at column x, row y really is, as named numbers ("gain", "offset", "dead"); empty outside it.
     std::function<std::vector<std::pair<std::string, double>>(int x, int y)> truth;
     // What the camera head's registers hold, as named numbers; empty without a simulated camera.

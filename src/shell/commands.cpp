@@ -82,6 +82,7 @@ constexpr Command kCommands[] = {
     {kCmdUpdateCalibration, UpdateCalibration},
     {kCmdSaveCalibration, SaveCalibration},
     {kCmdLoadCalibration, LoadPreviousCalibration},
+    {kCmdApplyCalibration, ApplyCalibrationToData},
     {kCmdViewStatistics, ViewStatistics},
     {kCmdFreeze, FreezeFrame},
     {kCmdReplaceBadPixels, ReplaceBadPixels},
@@ -123,6 +124,7 @@ constexpr Command kCommands[] = {
     {kCmdThemeLight, Then<UseLightTheme>},
     {kCmdThemeDark, Then<UseDarkTheme>},
     {kCmdCalibrationReport, OpenCalibrationReport},
+    {kCmdVoltageCalibration, CalibrateVoltage},
 };
 
 CommandEnd NotAvailable(int /*id*/)

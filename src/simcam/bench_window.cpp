@@ -39,15 +39,14 @@ struct BenchSource {
     int degrees;  // its temperature's control; 0: none
 };
 constexpr BenchSource kSources[] = {
-    {SimSource::kLow, "low", kBenchLow, kBenchLowDegrees},
-    {SimSource::kHigh, "high", kBenchHigh, kBenchHighDegrees},
-    {SimSource::kScene, "scene", kBenchScene, 0},
-    {SimSource::kRaw, "raw", kBenchRaw, 0},
+    {SimSource::kLow, "low", kBenchLow, kBenchLowDegrees}, {SimSource::kHigh, "high", kBenchHigh, kBenchHighDegrees},
+    {SimSource::kScene, "scene", kBenchScene, 0},          {SimSource::kRaw, "raw", kBenchRaw, 0},
+    {SimSource::kVolts, "volts", kBenchVolts, 0},
 };
 
-constexpr int kControls[] = {kBenchLow,        kBenchHigh,        kBenchScene,        kBenchRaw,
-                             kBenchLowDegrees, kBenchHighDegrees, kBenchLoad,         kBenchColumns,
-                             kBenchRows,       kBenchTrigger,     kBenchTriggerPeriod};
+constexpr int kControls[] = {kBenchLow,         kBenchHigh,    kBenchScene,        kBenchRaw,  kBenchLowDegrees,
+                             kBenchHighDegrees, kBenchLoad,    kBenchColumns,      kBenchRows, kBenchVolts,
+                             kBenchInputVolts,  kBenchTrigger, kBenchTriggerPeriod};
 
 bool showing = false;  // the window shows what the camera has: its edits are not the operator's
 
@@ -66,13 +65,21 @@ void ShowDegrees(HWND dialog, const SimCamera& camera, const BenchSource& row)
     if (GetScrollPos(dialog, row.degrees) != degrees) SetDlgItemInt(dialog, row.degrees, degrees);
 }
 
+void ShowVolts(HWND dialog, const SimCamera& camera)
+{
+    if (FocusedDlgItem(dialog) == kBenchInputVolts) return;
+    const std::string text = Format("%.3f", SimInputVolts(camera));
+    if (GetDlgItemText(dialog, kBenchInputVolts) != text) SetDlgItemText(dialog, kBenchInputVolts, text);
+}
+
 void ShowSources(HWND dialog, const SimCamera& camera)
 {
     const SimSource inFront = SimSourceInFront(camera);
     for (const BenchSource& row : kSources) {
-        if (row.source == inFront) CheckRadioButton(dialog, kBenchLow, kBenchRaw, row.button);
+        if (row.source == inFront) CheckDlgButton(dialog, row.button, true);
         ShowDegrees(dialog, camera, row);
     }
+    ShowVolts(dialog, camera);
 }
 
 // There must be something to put in front of the camera before it can be chosen.
@@ -167,8 +174,19 @@ void TakeDegrees(HWND dialog, SimCamera& camera, const BenchSource& row)
     SetSimSourceDegrees(camera, row.source, GetScrollPos(dialog, row.degrees));
 }
 
+void TakeVolts(HWND dialog, SimCamera& camera)
+{
+    if (const std::optional<float> volts = ScanFloat(GetDlgItemText(dialog, kBenchInputVolts))) {
+        SetSimInputVolts(camera, static_cast<double>(*volts));
+    }
+}
+
 bool OnControl(HWND dialog, SimCamera& camera, int id, int notification)
 {
+    if (id == kBenchInputVolts) {
+        if (notification == kEditChanged) TakeVolts(dialog, camera);
+        return notification == kEditChanged;
+    }
     if (id == kBenchLoad) {
         LoadRecording(dialog, camera);
         return true;
@@ -262,16 +280,30 @@ LRESULT fnBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM
     }
 }
 
-std::string PutBenchSource(std::string_view source, std::optional<double> degrees)
+namespace {
+
+// The value of a source, where one is given; empty, or why it can't be.
+std::string SetSourceValue(SimCamera& camera, SimSource source, std::optional<double> value)
+{
+    if (!value) return {};
+    if (source == SimSource::kVolts) {
+        return SetSimInputVolts(camera, *value) ? std::string() : Format("%g volts are outside -5 to 5", *value);
+    }
+    return SetSimSourceDegrees(camera, source, *value) ? std::string()
+                                                       : Format("%g degrees Celsius is outside -40 to 150", *value);
+}
+
+}  // namespace
+
+std::string PutBenchSource(std::string_view source, std::optional<double> value)
 {
     const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
     if (!camera) return kNoCamera;
     const auto* const row = std::ranges::find(kSources, source, &BenchSource::name);
-    if (row == std::end(kSources)) return "no source \"" + std::string(source) + "\": low, high, scene or raw";
+    if (row == std::end(kSources)) return "no source \"" + std::string(source) + "\": low, high, scene, raw or volts";
     if (row->source == SimSource::kRaw && SimRawName(*camera).empty()) return "no recorded frames are loaded";
-    if (degrees && !SetSimSourceDegrees(*camera, row->source, *degrees)) {
-        return Format("%g degrees Celsius is outside -40 to 150", *degrees);
-    }
+    std::string failure = SetSourceValue(*camera, row->source, value);
+    if (!failure.empty()) return failure;
     PutSimSource(*camera, row->source);
     if (hDlgBench) ShowCamera(hDlgBench);
     return {};

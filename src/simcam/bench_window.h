@@ -23,8 +23,9 @@ void OpenBenchWindow(HWND owner);
 void CloseBenchWindow();
 LRESULT fnBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
-// sim.source: "low", "high", "scene" or "raw", at a temperature in °C if one is given; empty, or why it can't be.
-std::string PutBenchSource(std::string_view source, std::optional<double> degrees);
+// sim.source: "low", "high", "scene" or "raw", at a temperature in °C if one is given, or "volts", a voltage at the
+// inputs, in volts; empty, or why it can't be.
+std::string PutBenchSource(std::string_view source, std::optional<double> value);
 // sim.truth: what the detector at image column x, row y really is; empty outside the array and without a simulated
 // camera.
 std::vector<std::pair<std::string, double>> BenchTruth(int x, int y);

@@ -22,7 +22,7 @@ namespace kelvo {
 namespace {
 
 constexpr double kUsPerSecond = 1e6;
-constexpr std::size_t kSources = 4;
+constexpr std::size_t kSources = 4;  // of light
 
 // The window's pixels as the light falls on them now, and the way they leave the array. Kept from frame to frame while
 // nothing changes.
@@ -61,6 +61,7 @@ struct SimCamera {
     BenchLight light;
     SimSource source = SimSource::kScene;
     std::array<double, kSources> degrees;  // °C
+    double inputVolts = 0;
     RawScene raw;
     std::string rawName;  // of the file that they came from
     std::vector<float> lightOfSample;
@@ -231,7 +232,7 @@ std::size_t PixelsOf(const SimWindow& window)
     return static_cast<std::size_t>(window.Rows()) * static_cast<std::size_t>(window.Columns());
 }
 
-VideoPath PathOf(const SimCamera& camera)
+VideoSettings VideoOf(const SimCamera& camera)
 {
     const SimHead& head = camera.head;
     VideoSettings video;
@@ -242,7 +243,7 @@ VideoPath PathOf(const SimCamera& camera)
     video.detBias = head.detBias;
     video.pedBias = head.pedBias;
     video.colGain = head.colGain;
-    return MakeVideoPath(camera.settings, video);
+    return video;
 }
 
 std::int32_t RawFrameAt(const SimCamera& camera, std::int64_t timeUs)
@@ -266,6 +267,7 @@ void LightOnRow(const SimCamera& camera, std::int64_t timeUs, const ArrayRow& ro
 // What the exposure depends on besides registers and bench: a still picture has one moment only.
 std::int64_t MomentOf(const SimCamera& camera, std::int64_t timeUs)
 {
+    if (camera.source == SimSource::kVolts) return 0;
     if (camera.source == SimSource::kScene || camera.settings.driftCountsPerMinute > 0) return timeUs;
     if (camera.source == SimSource::kRaw && camera.raw.frames > 0) return RawFrameAt(camera, timeUs);
     return 0;
@@ -308,10 +310,21 @@ void LayOut(SimCamera& camera)
     }
 }
 
-void Expose(SimCamera& camera, std::int64_t timeUs)
+// Nothing of the detectors comes through.
+void ExposeToInput(SimCamera& camera)
 {
     Exposure& exposure = camera.exposure;
-    const VideoPath path = PathOf(camera);
+    const InputCounts counts = CountsOfInput(camera.settings, VideoOf(camera), camera.inputVolts);
+    std::ranges::fill(exposure.mean, counts.mean);
+    std::ranges::fill(exposure.sigma, counts.sigma);
+    exposure.gainFactor = 0;
+    exposure.moment = 0;
+}
+
+void ExposeToLight(SimCamera& camera, std::int64_t timeUs)
+{
+    Exposure& exposure = camera.exposure;
+    const VideoPath path = MakeVideoPath(camera.settings, VideoOf(camera));
     const auto columns = static_cast<std::size_t>(exposure.window.Columns());
     exposure.radiance.resize(columns);
     const std::span<float> radiance(exposure.radiance);
@@ -330,6 +343,15 @@ void Expose(SimCamera& camera, std::int64_t timeUs)
     }
     exposure.gainFactor = path.biased ? path.gainFactor : 0;
     exposure.moment = MomentOf(camera, timeUs);
+}
+
+void Expose(SimCamera& camera, std::int64_t timeUs)
+{
+    if (camera.source == SimSource::kVolts) {
+        ExposeToInput(camera);
+    } else {
+        ExposeToLight(camera, timeUs);
+    }
 }
 
 void KeepExposureUpToDate(SimCamera& camera, std::int64_t timeUs)
@@ -408,7 +430,7 @@ void ReadSimFrame(SimCamera& camera, std::int64_t n, std::int64_t timeUs, std::i
     const auto pitch = static_cast<std::size_t>(width);
     const std::size_t rows = std::min(static_cast<std::size_t>(height), out.size() / pitch);
     KeepExposureUpToDate(camera, timeUs);
-    if (camera.head.testMode) {
+    if (camera.head.testMode && camera.source != SimSource::kVolts) {
         DrawTestRamp(camera.exposure);
     } else {
         DrawDetectorCounts(camera, n);
@@ -432,7 +454,22 @@ void PutSimSource(SimCamera& camera, SimSource source)
 double SimSourceDegrees(const SimCamera& camera, SimSource source)
 {
     const std::scoped_lock lock(camera.mutex);
-    return camera.degrees[static_cast<std::size_t>(source)];
+    return source == SimSource::kVolts ? 0 : camera.degrees[static_cast<std::size_t>(source)];
+}
+
+double SimInputVolts(const SimCamera& camera)
+{
+    const std::scoped_lock lock(camera.mutex);
+    return camera.inputVolts;
+}
+
+bool SetSimInputVolts(SimCamera& camera, double volts)
+{
+    const std::scoped_lock lock(camera.mutex);
+    if (!(volts >= -kMostInputVolts && volts <= kMostInputVolts)) return false;
+    camera.inputVolts = volts;
+    camera.exposure.valid = false;
+    return true;
 }
 
 namespace {
@@ -458,6 +495,7 @@ RawSize RawSizeFor(const SimCamera& camera, const std::string& path, std::int32_
 bool SetSimSourceDegrees(SimCamera& camera, SimSource source, double degrees)
 {
     const std::scoped_lock lock(camera.mutex);
+    if (source == SimSource::kVolts) return false;
     if (!(degrees >= kLowestBenchDegrees && degrees <= kHighestBenchDegrees)) return false;
     camera.degrees[static_cast<std::size_t>(source)] = degrees;
     if (source == SimSource::kRaw && camera.raw.frames > 0) LightRawScene(camera);

@@ -41,12 +41,15 @@ double SimIntegrationUs(const SimCamera& camera);
 void ReadSimFrame(SimCamera& camera, std::int64_t n, std::int64_t timeUs, std::int32_t width, std::int32_t height,
                   std::span<std::int16_t> out);
 
-// The bench. A source stands in front of the camera until another is chosen.
-enum class SimSource { kLow, kHigh, kScene, kRaw };
+// The bench. A source stands in front of the camera until another is chosen. kVolts isn't light: a DC voltage at the
+// inputs of the video path, past the detector, the same for each pixel.
+enum class SimSource { kLow, kHigh, kScene, kRaw, kVolts };
 SimSource SimSourceInFront(const SimCamera& camera);
 void PutSimSource(SimCamera& camera, SimSource source);
-double SimSourceDegrees(const SimCamera& camera, SimSource source);             // °C
+double SimSourceDegrees(const SimCamera& camera, SimSource source);             // °C; 0 for kVolts
 bool SetSimSourceDegrees(SimCamera& camera, SimSource source, double degrees);  // false outside -40 to 150 °C
+double SimInputVolts(const SimCamera& camera);
+bool SetSimInputVolts(SimCamera& camera, double volts);  // false outside -5 to 5 V
 // Raw frames as the scene: 16-bit signed values, as many rows and columns as the file's name or settings tell. Empty,
 // or why not.
 std::string LoadSimRawFrames(SimCamera& camera, const std::string& path, std::int32_t columns, std::int32_t rows);

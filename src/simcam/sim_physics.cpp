@@ -68,6 +68,20 @@ std::array<float, 1 << kNormalBits> MakeNormalTable()
 
 constexpr std::uint64_t kDrawStep = 0xD1B54A32D192ED03U;  // odd: each group of four detectors has bits of its own
 
+constexpr double kVoltsPerMicrovolt = 1e-6;
+
+double VoltsPerCount(const SimSettings& settings, const VideoSettings& video)
+{
+    return settings.voltsPerCountVsGain[static_cast<std::size_t>(video.gainIndex)];
+}
+
+// What the offset DAC adds; without biases it is off as well.
+double OffsetVolts(const SimSettings& settings, const VideoSettings& video)
+{
+    constexpr int kNeutralDac = 128;
+    return video.biased ? (video.offsetDac - kNeutralDac) * settings.voltsOffset : 0;
+}
+
 std::uint64_t BitsOfFour(std::uint64_t noiseKey, std::uint32_t group)
 {
     return MixBits(noiseKey + group * kDrawStep);
@@ -110,9 +124,7 @@ double MeanResponse(const SimSettings& settings)
 
 VideoPath MakeVideoPath(const SimSettings& settings, const VideoSettings& video)
 {
-    constexpr double kVoltsPerMicrovolt = 1e-6;
-    constexpr int kNeutralDac = 128;
-    const auto voltsPerCount = settings.voltsPerCountVsGain[static_cast<std::size_t>(video.gainIndex)];
+    const double voltsPerCount = VoltsPerCount(settings, video);
     VideoPath path;
     path.gainFactor = settings.voltsPerCountVsGain[0] / voltsPerCount;
     path.zeroCounts = settings.adOffset;
@@ -123,11 +135,18 @@ VideoPath MakeVideoPath(const SimSettings& settings, const VideoSettings& video)
     path.responseFactor = 1.0 - 0.01 * (15 - video.detBias);
     path.darkFactor = 1.0 - 0.02 * (15 - video.detBias);
     const double pedestal = settings.pedestalVolts - 0.02 * (3 - video.pedBias);
-    const double offset = (video.offsetDac - kNeutralDac) * settings.voltsOffset;
-    path.zeroCounts += (pedestal + offset) / voltsPerCount;
+    path.zeroCounts += (pedestal + OffsetVolts(settings, video)) / voltsPerCount;
     const double columnGain = 1.0 + 0.05 * (video.colGain - 4);
     path.countsPerElectron = -settings.microvoltsPerElectron * kVoltsPerMicrovolt * columnGain / voltsPerCount;
     return path;
+}
+
+InputCounts CountsOfInput(const SimSettings& settings, const VideoSettings& video, double volts)
+{
+    const double voltsPerCount = VoltsPerCount(settings, video);
+    const double mean = settings.adOffset + (volts + OffsetVolts(settings, video)) / voltsPerCount;
+    const double sigma = settings.readNoiseMicrovolts * kVoltsPerMicrovolt / std::abs(voltsPerCount);
+    return {static_cast<float>(mean), static_cast<float>(sigma)};
 }
 
 void ExposeDetectors(const VideoPath& path, double fullWellElectrons, const DetectorView& detectors,

@@ -64,6 +64,14 @@ struct VideoSettings {
 // gain: 5 % a step from 4.
 VideoPath MakeVideoPath(const SimSettings& settings, const VideoSettings& video);
 
+// Mean and standard deviation, in counts, of a DC voltage at the inputs of the video path, past the detector: gain and
+// offset act on it as on the detector's own, and the read noise of the path is there, but nothing of the detectors.
+struct InputCounts {
+    float mean = 0;
+    float sigma = 0;
+};
+InputCounts CountsOfInput(const SimSettings& settings, const VideoSettings& video, double volts);
+
 // One detector of the array, or all of them as parallel lists.
 struct DetectorView {
     std::span<const float> response;  // electrons per second for a photon radiance of 1, shading included

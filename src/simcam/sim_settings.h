@@ -81,5 +81,7 @@ std::optional<SimSettings> ReadSimSettings(const std::string& path, std::string&
 // What a bench source may have, °C.
 constexpr double kLowestBenchDegrees = -40;
 constexpr double kHighestBenchDegrees = 150;
+// What may stand at the inputs, volts of either sign.
+constexpr double kMostInputVolts = 5;
 
 }  // namespace kelvo

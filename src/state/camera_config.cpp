@@ -42,6 +42,9 @@ const StateNames kStateNames{
     Named("BufferCapture", ActiveConfig.BufferCapture),
     Named("UnityGain", ActiveConfig.UnityGain),
     Named("UnityOffset", ActiveConfig.UnityOffset),
+    Named("VoltsOffset", VoltsOffset),
+    Named("ADoffset", ADoffset),
+    Named("VoltsPerCountVsGain", VoltsPerCountVsGain),
 };
 
 }  // namespace

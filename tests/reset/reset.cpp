@@ -2,8 +2,10 @@
 
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
+#include "calib/apply_dialog.h"
 #include "calib/source_dialogs.h"
 #include "calib/unsaved_set.h"
+#include "calib/voltage_calibration.h"
 #include "camera/configuration_dialog.h"
 #include "config/display_settings.h"
 #include "config/frame_rate_table.h"
@@ -138,6 +140,8 @@ constexpr void (*kModules[])() = {
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,
     ForgetUnsavedSet,
+    ResetApplyDialog,
+    ResetVoltageCalibration,
     ResetGeometryDialog,
     ResetMark,
     [] { SetRestart({}); },

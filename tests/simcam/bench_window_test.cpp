@@ -123,6 +123,7 @@ TEST_F(Bench, EachButtonPutsItsSourceInFront)
     const std::pair<int, SimSource> buttons[] = {{kBenchLow, SimSource::kLow},
                                                  {kBenchHigh, SimSource::kHigh},
                                                  {kBenchRaw, SimSource::kRaw},
+                                                 {kBenchVolts, SimSource::kVolts},
                                                  {kBenchScene, SimSource::kScene}};
     for (const auto& [button, source] : buttons) {
         ASSERT_TRUE(OperateCheck(BenchWindow(), button, true));
@@ -140,6 +141,22 @@ TEST_F(Bench, ATypedTemperatureIsTheSourcesOwn)
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene) << "a temperature moves no source";
     EXPECT_EQ(GetScrollMin(BenchWindow(), kBenchLowDegrees), -40);
     EXPECT_EQ(GetScrollMax(BenchWindow(), kBenchLowDegrees), 150);
+}
+
+TEST_F(Bench, ATypedVoltageStandsAtTheInputs)
+{
+    Open();
+    EXPECT_EQ(Text(kBenchInputVolts), "0.000");
+    ASSERT_TRUE(OperateText(BenchWindow(), kBenchInputVolts, "-0.25"));
+    EXPECT_EQ(SimInputVolts(*camera), -0.25);
+    EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene) << "a voltage moves no source";
+    ASSERT_TRUE(OperateText(BenchWindow(), kBenchInputVolts, "-"));
+    EXPECT_EQ(SimInputVolts(*camera), -0.25) << "half typed";
+    EXPECT_EQ(PutBenchSource("volts", 0.3), "");
+    EXPECT_TRUE(IsDlgButtonChecked(BenchWindow(), kBenchVolts));
+    EXPECT_FALSE(IsDlgButtonChecked(BenchWindow(), kBenchScene));
+    EXPECT_EQ(SimInputVolts(*camera), 0.3);
+    EXPECT_EQ(PutBenchSource("volts", 5.5), "5.5 volts are outside -5 to 5");
 }
 
 TEST_F(Bench, OnceASecondItShowsWhatTheCameraDoes)
@@ -170,7 +187,7 @@ TEST_F(Bench, WhatAScriptPutsInFrontShowsAtOnce)
 TEST_F(Bench, ScriptsAreToldWhatIsWrong)
 {
     Connect();
-    EXPECT_EQ(PutBenchSource("warm", std::nullopt), "no source \"warm\": low, high, scene or raw");
+    EXPECT_EQ(PutBenchSource("warm", std::nullopt), "no source \"warm\": low, high, scene, raw or volts");
     EXPECT_EQ(PutBenchSource("low", 151.0), "151 degrees Celsius is outside -40 to 150");
     EXPECT_EQ(SimSourceInFront(*camera), SimSource::kScene);
     EXPECT_EQ(SimSourceDegrees(*camera, SimSource::kLow), 20);

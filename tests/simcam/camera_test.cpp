@@ -218,6 +218,31 @@ TEST_F(SimFrames, WithTheBiasesOffOnlyReadNoiseIsLeft)
     EXPECT_NEAR(MedianCount(1), 8200, 1);
 }
 
+// Past the detector: no pattern, no bad ones, no shot noise; the same in test mode.
+TEST_F(SimFrames, AVoltageAtTheInputsComesThroughWithoutTheDetectors)
+{
+    PutSimSource(*camera, SimSource::kVolts);
+    ASSERT_TRUE(SetSimInputVolts(*camera, 0.3));
+    const auto expect = [&](double mean, double sigma) {
+        const Counts frame = Frame(1);
+        const std::vector<double> values(frame.begin(), frame.end());
+        EXPECT_NEAR(MeanOf(values), mean, 6 * sigma / std::sqrt(81920.0) + 0.001);
+        EXPECT_NEAR(RmsAbout(values, mean), std::sqrt(sigma * sigma + 1.0 / 12), 0.02 * sigma);
+        EXPECT_LT(*std::ranges::max_element(values) - mean, 4.1 * sigma + 1) << "no detector stands out";
+    };
+    expect(8200 - 0.3 / 0.0004, 4.5875);
+    Send({{0x60, 15 * 4, 0, 0}});
+    expect(8200 - 0.3 / 0.000113, 1835e-6 / 0.000113);
+    Send({{0x70, 1, 113, 0}});
+    expect(8200 - 0.15 / 0.000113, 1835e-6 / 0.000113);
+    Send({{0x60, 0, 0x7E, 0x42 + 16}});
+    expect(8200 - 0.15 / 0.000113, 1835e-6 / 0.000113);
+    EXPECT_EQ(Frame(1, 7000000), Frame(1)) << "it stands still";
+    EXPECT_FALSE(SetSimInputVolts(*camera, 5.1));
+    EXPECT_FALSE(SetSimInputVolts(*camera, std::nan("")));
+    EXPECT_EQ(SimInputVolts(*camera), 0.3);
+}
+
 TEST_F(SimFrames, HalfTheIntegrationTimeGivesHalfTheFlux)
 {
     const double full = MedianCount(1);

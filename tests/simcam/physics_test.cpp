@@ -120,6 +120,18 @@ TEST(SimPhysics, GainAndOffsetActOnTheVolts)
     EXPECT_NEAR(Expose(path, 0, 0, 10, 4, 0).sigma, 4 * 0.0004 / 0.000179, 1e-4);
 }
 
+TEST(SimPhysics, AVoltageAtTheInputsMeetsGainAndOffsetAlone)
+{
+    SimSettings settings = PlainSettings();
+    settings.readNoiseMicrovolts = 1790;
+    const InputCounts counts =
+        CountsOfInput(settings, {.biased = true, .gainIndex = 7, .offsetDac = 138, .pedBias = 0, .colGain = 7}, 0.3);
+    EXPECT_NEAR(counts.mean, 8200 + (0.3 + 0.1) / -0.000179, 0.01);
+    EXPECT_NEAR(counts.sigma, 10, 1e-4);
+    EXPECT_NEAR(CountsOfInput(settings, {.gainIndex = 7, .offsetDac = 138}, 0.3).mean, 8200 + 0.3 / -0.000179, 0.01)
+        << "with the biases off the offset DAC is off";
+}
+
 TEST(SimPhysics, BiasesAndColumnGainAreNeutralAsShippedAndActElsewhere)
 {
     const SimSettings settings = PlainSettings();

@@ -267,6 +267,24 @@ rows.CAL_HOT = {
   }),
 }
 
+-- At 0 V: the dialog comes after the measurement, which takes the calibration away.
+local volts_taken = "the measurement leaves the camera without a calibration"
+rows.CALVOLT = {
+  setup = function() sim.source("volts", 0) end,
+  open = function()
+    command(2071)
+    answer("ok")
+    in_front("CALVOLT")
+  end,
+  texts = { [101] = "0.25" },
+  refused = {
+    { set = { [101] = "" }, box = "DC voltage must be between -0.5 V and +0.5 V." },
+    { set = { [101] = "0.52" }, box = "DC voltage must be between -0.5 V and +0.5 V." },
+    { set = { [101] = "0" }, box = "Unable to get signal at gain & offset - try again." },
+  },
+  kept = { CalType = volts_taken, StatusText = "says so, and how to go back", DisplayUnit = unit },
+}
+
 rows.CAL_OPEN = {
   open = opens(133, "CAL_OPEN"),
   buttons = browsing,
@@ -309,6 +327,32 @@ rows.CALREPORT = {
   inside = true,
   leave = function() press(1) end,
   ways = { "cancelled" },
+}
+
+rows.APPLYCAL = {
+  setup = function() drop(datadir() .. "/sequence.img") end,
+  open = opens(134, "APPLYCAL"),
+  buttons = {
+    [111] = function()
+      press(111)
+      assert(file(), "the file selection is in front")
+      cancel()
+    end,
+  },
+  kept = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  refused = {
+    { set = { [808] = "none.seq" }, box = "none.seq" },
+    { set = { [808] = "" }, box = "No filename and no frames in Host RAM!" },
+    { set = { [808] = function() return datadir() .. "/sequence.img" end, [809] = "none.cal" }, box = "none.cal" },
+    {
+      set = { [809] = function() return datadir() .. "/other.cal" end, [707] = function() return datadir() .. "/sequence.img" end },
+      box = "Result file already exists!\nWrite over it?", button = "no",
+    },
+    { set = { [707] = "even.seq", [1371] = "-1" }, box = "StartFrame less than zero!" },
+    { set = { [1371] = "1", [1372] = "0" }, box = "EndFrame less than StartFrame!" },
+    { set = { [1372] = "1", [1373] = "-1" }, box = "Resultant start frame less than zero!" },
+    { set = { [1373] = "0", [707] = "" }, box = "The frames are 40 x 30 pixels, those of the camera 320 x 256." },
+  },
 }
 
 -- --- Files --------------------------------------------------------------------------------------------------------------------
