@@ -226,7 +226,7 @@ class LiveAccount : public BoardTest {
         RefreshLiveFrame();
         RefreshLiveFrame();
     }
-    static const FrameAccount& Account() { return CurrentFrameAccount(); }
+    static FrameAccount Account() { return CurrentFrameAccount(); }
     static void ExpectNothingForgotten()
     {
         EXPECT_EQ(Account().delivered, Account().shown + Account().used + Account().lost + Account().missed);
