@@ -10,6 +10,7 @@
 #include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "record/contsave_dialog.h"
 #include "resources/command_list.h"
 #include "resources/menu.h"
 #include "shell/about.h"
@@ -68,6 +69,7 @@ constexpr Command kCommands[] = {
     {kCmdNameSequenceToLoad, NameSequenceForLoading},
     {kCmdLoadNext, NextFrame},
     {kCmdLoadLast, PreviousFrame},
+    {kCmdContinuousSave, SaveContinuously},
     {kCmdSaveBitmap, SaveBitmap},
     {kCmdPrinterSetup, Then<OpenPrinterSetup>},
     {kCmdExit, AskToExit},

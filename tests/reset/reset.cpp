@@ -25,6 +25,8 @@
 #include "imagefile/header_write.h"
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
+#include "record/continuous_save.h"
+#include "record/contsave_dialog.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
@@ -104,6 +106,8 @@ constexpr void (*kModules[])() = {
     ResetBadPixels,
     ResetColorMap,
     ResetDisplayPipeline,
+    ResetContinuousSaveDialog,
+    ResetContinuousSave,
     ForgetBoardTables,
     ForgetBoard,
     ResetCorrection,
