@@ -312,6 +312,10 @@ void DropFrames(std::size_t frames, FrameFate fate)
     if (!run) return;
     const std::scoped_lock lock(run->mutex);
     const std::size_t dropped = std::min(frames, run->ring.Waiting());
+    // What couldn't be read before a frame that nobody wants isn't missed either.
+    if (dropped > 0 && fate == FrameFate::kPassedOver) {
+        run->unreadableTold = std::max(run->unreadableTold, run->ring.At(dropped - 1).unreadable);
+    }
     run->ring.Drop(dropped);
     run->dropped += static_cast<std::int64_t>(dropped);
     const auto count = static_cast<std::int64_t>(dropped);

@@ -20,21 +20,23 @@ constexpr std::int64_t kLongestWaitMs = 2000;  // as the board's own (init_itex)
 bool boxIsOpen = false;
 std::optional<FrameFate> fateOfNext;  // while somebody takes the next frame
 FrameStamp lastStamp;
+FrameReadFault lastFault;
+bool tellsNothing = false;  // while somebody reads without boxes
+
+constexpr FrameReadFault kNoBlank{.text = "Timeout waiting for vertical blank!", .caption = "icp_wait_vb() Error!"};
+constexpr FrameReadFault kUnreadable{.text = "icp_read_area() Error", .caption = "ITEX Board Error!"};
 
 // The cursor's timer goes on inside the box: it must not put the next one on top.
-bool Fail(std::string_view text, std::string_view caption)
+bool Fail(const FrameReadFault& fault)
 {
     itx_os_set_realtime_priority(0);
+    lastFault = fault;
+    if (tellsNothing) return false;
     boxIsOpen = true;
-    MessageBox(hWndMain, text, caption);
+    MessageBox(hWndMain, fault.text, fault.caption);
     boxIsOpen = false;
     return false;
 }
-
-constexpr std::string_view kNoBlankText = "Timeout waiting for vertical blank!";
-constexpr std::string_view kNoBlankCaption = "icp_wait_vb() Error!";
-constexpr std::string_view kUnreadableText = "icp_read_area() Error";
-constexpr std::string_view kUnreadableCaption = "ITEX Board Error!";
 
 bool ReadCapturedFrame(std::span<std::int16_t> buffer)
 {
@@ -44,9 +46,9 @@ bool ReadCapturedFrame(std::span<std::int16_t> buffer)
         case TakeResult::kTaken:
             return true;
         case TakeResult::kTimeout:
-            return Fail(kNoBlankText, kNoBlankCaption);
+            return Fail(kNoBlank);
         case TakeResult::kUnreadable:
-            return Fail(kUnreadableText, kUnreadableCaption);
+            return Fail(kUnreadable);
         case TakeResult::kEnded:
             break;
     }
@@ -59,7 +61,7 @@ bool ReadBoardArea(std::span<std::int16_t> buffer)
 {
     if (icp_read_area(IcpModule, FrameA, 0, 0, ActiveConfig.Hroi, ActiveConfig.Vroi, buffer) == 0) return true;
     AccountReadFailed();
-    return Fail(kUnreadableText, kUnreadableCaption);
+    return Fail(kUnreadable);
 }
 
 bool ReadBoardFrame(std::span<std::int16_t> buffer)
@@ -69,7 +71,7 @@ bool ReadBoardFrame(std::span<std::int16_t> buffer)
     itx_os_set_realtime_priority(1);
     if (icp_wait_vb(IcpModule, FrameA) == kBoardTimeout) {
         AccountCycleStops();
-        return Fail(kNoBlankText, kNoBlankCaption);
+        return Fail(kNoBlank);
     }
     return ReadBoardArea(buffer);
 }
@@ -89,10 +91,27 @@ const FrameStamp& LastFrameStamp()
     return lastStamp;
 }
 
+ReadsWithoutBoxes::ReadsWithoutBoxes()
+{
+    tellsNothing = true;
+}
+
+ReadsWithoutBoxes::~ReadsWithoutBoxes()
+{
+    tellsNothing = false;
+}
+
+const FrameReadFault& LastFrameReadFault()
+{
+    return lastFault;
+}
+
 void ResetFrameRead()
 {
     fateOfNext.reset();
     lastStamp = {};
+    lastFault = {};
+    tellsNothing = false;
 }
 
 }  // namespace kelvo

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace kelvo {
 
@@ -28,10 +29,26 @@ class TakesNextFrame {
 // Of the frame that was taken so last.
 const FrameStamp& LastFrameStamp();
 
+// Why a frame didn't come, as the operator reads it.
+struct FrameReadFault {
+    std::string_view text;
+    std::string_view caption;
+};
+// As long as it lives ReadBoardFrame tells nothing in a box: who reads many frames tells a fault when it is time to.
+class ReadsWithoutBoxes {
+  public:
+    ReadsWithoutBoxes();
+    ~ReadsWithoutBoxes();
+    ReadsWithoutBoxes(const ReadsWithoutBoxes&) = delete;
+    ReadsWithoutBoxes& operator=(const ReadsWithoutBoxes&) = delete;
+};
+// Of the frame that failed last; empty texts: none has.
+const FrameReadFault& LastFrameReadFault();
+
 // The last whole frame into buffer, without a wait; false after its box.
 bool ReadBoardArea(std::span<std::int16_t> buffer);
 
-// No stamp, and nobody takes frames.
+// No stamp, no fault, and nobody takes frames.
 void ResetFrameRead();
 
 }  // namespace kelvo

@@ -118,7 +118,7 @@ inline constexpr CommandRow kAll[] = {
     kLine,
     Item(kCmdNameSequenceForSaving, "&Name sequence for saving...\tF4", kHelpNameSequenceForSaving),
     Board(Item(kCmdSaveSequence, "S&ave sequence\tF5", kHelpSaveSequence)),
-    NotBuilt(Board(Item(kCmdContinuousSave, "&Continous save sequence...", kHelpContinuousSave))),
+    Board(Item(kCmdContinuousSave, "&Continous save sequence...", kHelpContinuousSave)),
     Board(Item(kCmdTriggeredSave, "&Bio-Rad save...")),
     kLine,
     Item(kCmdNameSequenceToLoad, "Na&me sequence to load...\tShift+F4", kHelpNameSequenceToLoad, "sequence"),

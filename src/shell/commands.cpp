@@ -10,6 +10,7 @@
 #include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "record/contsave_dialog.h"
 #include "record/triggered_save_dialog.h"
 #include "resources/command_list.h"
 #include "resources/menu.h"
@@ -70,6 +71,7 @@ constexpr Command kCommands[] = {
     {kCmdNameSequenceToLoad, NameSequenceForLoading},
     {kCmdLoadNext, NextFrame},
     {kCmdLoadLast, PreviousFrame},
+    {kCmdContinuousSave, SaveContinuously},
     {kCmdSaveBitmap, SaveBitmap},
     {kCmdPrinterSetup, Then<OpenPrinterSetup>},
     {kCmdExit, AskToExit},

@@ -56,8 +56,8 @@ bool CopyStoredFrame(std::vector<std::int16_t>& frame)
     return true;
 }
 
-// The newest frame into RawFrame; frozen, RawFrame stands as it was read last.
-bool RefreshRawFrame()
+// The newest frame into RawFrame, to be drawn or not; frozen, RawFrame stands as it was read last.
+bool RefreshRawFrame(bool draws)
 {
     const std::size_t values = CameraFrameValues();
     if (values == 0) return false;
@@ -66,7 +66,7 @@ bool RefreshRawFrame()
     if (RawFrame.size() < values) return false;  // no set-up of this size yet
     if (!LiveVideo) return true;
     if (!ReadBoardFrame(std::span(write::frames.RawFrame).first(values))) return false;
-    AccountFrameRead(DisplayEnabled != 0);
+    AccountFrameRead(draws);
     restartedForGeometry = false;
     return true;
 }
@@ -99,22 +99,28 @@ int GetStoredFrame(std::vector<std::int16_t>& frame)
     return 1;
 }
 
-// The camera's frame in image order, with offset and calibration, and where it is drawn its gray values with it: each
-// pixel is gathered once.
-int GetCameraFrame(std::vector<std::int16_t>& frame)
+// RawFrame in image order, with offset and calibration, and where it is drawn its gray values with it: each pixel is
+// gathered once.
+void CorrectRawFrame(std::span<std::int16_t> frame, bool draws)
 {
-    if (!RefreshRawFrame() || !EnsureDecomList()) return 0;
-    const std::size_t values = CameraFrameValues();
-    if (frame.size() != values && !AllocateBlock(frame, values)) return 0;
-
-    const GrayRows grays = DisplayEnabled ? BeginPicture() : GrayRows{};
-    const bool lookedUp = CorrectLiveFrame(std::span(write::frames.RawFrame).first(values), frame, DataOffset, grays);
+    const GrayRows grays = draws ? BeginPicture() : GrayRows{};
+    const bool lookedUp =
+        CorrectLiveFrame(std::span(write::frames.RawFrame).first(frame.size()), frame, DataOffset, grays);
     ReadCursor(frame);
     if (lookedUp) {
         EndPicture();
-    } else if (DisplayEnabled) {
+    } else if (draws) {
         DrawFrame(frame);
     }
+}
+
+int GetCameraFrame(std::vector<std::int16_t>& frame)
+{
+    const bool draws = DisplayEnabled != 0;
+    if (!RefreshRawFrame(draws) || !EnsureDecomList()) return 0;
+    const std::size_t values = CameraFrameValues();
+    if (frame.size() != values && !AllocateBlock(frame, values)) return 0;
+    CorrectRawFrame(frame, draws);
     return 1;
 }
 
@@ -216,6 +222,14 @@ void Freeze(std::int32_t& live)
 int GetVideoData(std::vector<std::int16_t>& frame)
 {
     return ViewingFile ? GetStoredFrame(frame) : GetCameraFrame(frame);
+}
+
+int GetVideoData(std::span<std::int16_t> frame)
+{
+    const std::size_t values = CameraFrameValues();
+    if (ViewingFile || frame.size() < values || !RefreshRawFrame(false) || !EnsureDecomList()) return 0;
+    CorrectRawFrame(frame.first(values), false);
+    return 1;
 }
 
 void ToggleFreeze(std::int32_t& flag)

@@ -15,6 +15,9 @@ inline constexpr std::uint32_t kLiveTimer = 3;
 // it where DisplayEnabled is set. With a file on view it is the stored frame. 1, or 0 on failure (told in a box where
 // the board failed).
 int GetVideoData(std::vector<std::int16_t>& frame);
+// The camera's frame in the same way into a block of Hroi x Vroi values, and nothing is drawn: for who records. 0 too
+// with a file on view, or where the block is too small.
+int GetVideoData(std::span<std::int16_t> frame);
 // GetVideoData into LiveFrame; its result.
 int RefreshLiveFrame();
 

@@ -27,6 +27,8 @@
 #include "imagefile/header_write.h"
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
+#include "record/continuous_save.h"
+#include "record/contsave_dialog.h"
 #include "record/external_signal.h"
 #include "record/recorder.h"
 #include "record/trigger_dialogs.h"
@@ -112,6 +114,8 @@ constexpr void (*kModules[])() = {
     ResetBadPixels,
     ResetColorMap,
     ResetDisplayPipeline,
+    ResetContinuousSaveDialog,
+    ResetContinuousSave,
     ForgetBoardTables,
     ForgetBoard,
     ResetCorrection,

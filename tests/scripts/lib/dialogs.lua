@@ -359,6 +359,25 @@ rows.APPLYCAL = {
 
 local function view_sequence() drop(datadir() .. "/sequence.img") end
 
+local of_the_save = "what the continuous save holds from its opening on"
+rows.CONTSAVE = {
+  open = opens(110, "CONTSAVE"),
+  texts = { [1460] = "some.seq" },
+  buttons = {
+    [20701] = function()
+      press(20701)
+      cancel()
+    end,
+    [1038] = function() press(1038) end,
+    [124] = "starts a run, which writes a file",
+  },
+  refused = { { set = { [1630] = "4001" }, box = "Update time must be in range: 0.0 to 4000.0 seconds" } },
+  kept = {
+    FrameIntegrationTime = of_the_save, AltIntegrationTime = of_the_save,
+    LastFileDirectory = "the folder that the first file dialog of a run shows",
+  },
+}
+
 rows.FRAMES = {
   setup = view_sequence,
   open = opens(116, "FRAMES"),
