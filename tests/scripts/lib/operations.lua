@@ -282,6 +282,8 @@ rows.video_setup.told = {
   [unheard .. "Frame rate, integration time, gain or offset may not be as they are set."] = { kept = rows.video_setup.writes },
 }
 rows.advanced = {
+  -- What an earlier refusal left: the head has one bias and the program the other, and what is chosen next may be what the head has.
+  setup = function() operations.go(rows.advanced) end,
   run = function() command(121) end,
   dialogs = {
     QVF1058 = function(times) press(times == 1 and 1020 or 1) end,
