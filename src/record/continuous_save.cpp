@@ -222,7 +222,7 @@ void ShowFrame(std::span<const std::int16_t> pixels)
     AccountFrameRead(true);
 }
 
-// Whoever keeps an account of the frames of a file is told here of each that is whole on its way to the disk.
+// Whoever keeps an account of the frames of a file is told here of each that was written whole.
 void NoteFrame(const FrameStamp& /*stamp*/, std::span<const std::int16_t> /*pixels*/)
 {
     ++state.SaveFrameCount;
@@ -293,10 +293,17 @@ bool CloseSaveFile(ImageHeaderRecord header)
 
 class SavedFrames {
   public:
-    SavedFrames(File file, std::int16_t frameHeaderBytes)
-        : file_(std::move(file)), frameHeaderBytes_(frameHeaderBytes), raw_(CameraFrameValues()), frame_(raw_.size())
+    SavedFrames(File file, std::int16_t frameHeaderBytes) : file_(std::move(file)), frameHeaderBytes_(frameHeaderBytes)
     {
-        plan_ = NewCorrectionPlan(Lists(), static_cast<std::size_t>(ActiveConfig.Hroi), raw_.size());
+    }
+
+    // False where memory is refused. Without a plan the definition does the same, slower.
+    bool Allocate()
+    {
+        const std::size_t values = CameraFrameValues();
+        if (!AllocateBlock(raw_, values) || !AllocateBlock(frame_, values)) return false;
+        plan_ = NewCorrectionPlan(Lists(), static_cast<std::size_t>(ActiveConfig.Hroi), values);
+        return true;
     }
 
     CorrectionEnd Correct(std::int32_t frame)
@@ -499,6 +506,7 @@ CorrectionEnd CorrectSavedRun(const SavedRun& saved)
     std::optional<File> file = File::Open(saved.path, FileMode::kReadWrite);
     if (!file) return CorrectionEnd::kCantOpen;
     SavedFrames frames(std::move(*file), ImageHeader.ImageHeaderDataOffset);
+    if (!frames.Allocate()) return CorrectionEnd::kNoMemory;
     for (std::int32_t i = 0; i < saved.frames; ++i) {
         const CorrectionEnd end = frames.Correct(saved.firstFrame + i);
         if (end != CorrectionEnd::kDone) return end;

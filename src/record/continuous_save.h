@@ -119,7 +119,7 @@ std::optional<double> SecondsOfRoom(const SaveOptions& options, std::int64_t fre
 
 // ---- Afterwards
 
-enum class CorrectionEnd { kDone, kCantOpen, kCantRead, kCantWrite };
+enum class CorrectionEnd { kDone, kCantOpen, kNoMemory, kCantRead, kCantWrite };
 // Corrects the frames of a run where they stand, and no others of the file, with the calibration in force: image order,
 // counted from the first pixel, by the formula of the live picture (grabber/correction.h). The header isn't marked. At
 // a fault the frames before it stay corrected.

@@ -502,6 +502,10 @@ TEST_F(ContinuousSave, TellsWhyARunCannotBeCorrected)
         const FullDisk disk(100);
         EXPECT_EQ(CorrectSavedRun(run), CorrectionEnd::kCantWrite);
     }
+    const std::string before = Contents();
+    FailAllocation(2);
+    EXPECT_EQ(CorrectSavedRun(run), CorrectionEnd::kNoMemory);
+    EXPECT_EQ(Contents(), before);
     std::filesystem::remove(options.path);
     EXPECT_EQ(CorrectSavedRun(run), CorrectionEnd::kCantOpen);
 }
