@@ -17,6 +17,7 @@
 #include "script/script.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
+#include "state/frame_state_write.h"
 #include "state/head_state.h"
 #include "state/state_registry.h"
 #include "video/video.h"
@@ -24,6 +25,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <memory>
@@ -55,9 +57,22 @@ struct State {
 State state;
 std::unique_ptr<File> SaveFile;  // of the run
 
+// While a run is on, only what it saves is drawn: not the cursor's look at the newest frame.
+class DisplayHeldOff {
+  public:
+    DisplayHeldOff() : before_(std::exchange(write::frames.DisplayEnabled, 0)) {}
+    ~DisplayHeldOff() { write::frames.DisplayEnabled = before_; }
+    DisplayHeldOff(const DisplayHeldOff&) = delete;
+    DisplayHeldOff& operator=(const DisplayHeldOff&) = delete;
+
+  private:
+    std::int32_t before_;
+};
+
 // What lives as long as a run.
 struct Run {
     const Recording recording;
+    const DisplayHeldOff display;
     SaveOptions options;
     ImageHeaderRecord header;  // in native order
     std::int32_t firstFrame = 0;
@@ -77,28 +92,19 @@ const StateNames kStateNames{
 
 // ---- Frame headers
 
-// The C library's text of a moment, which no locale changes: "Thu Nov 12 19:46:55 2026\n".
-std::string TimeText(std::time_t seconds)
-{
-    constexpr std::array kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    constexpr std::array kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    return Format("%.3s %.3s%3d %.2d:%.2d:%.2d %d\n", kDays.at(static_cast<std::size_t>(local.tm_wday)),
-                  kMonths.at(static_cast<std::size_t>(local.tm_mon)), local.tm_mday, local.tm_hour, local.tm_min,
-                  local.tm_sec, 1900 + local.tm_year);
-}
+constexpr std::array kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+constexpr std::array kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-float SecondsOfStamp(const std::string& stamp)
+float SecondsOfStamp(const TimeStamp& stamp)
 {
-    return ScanFloat(std::string_view(stamp).substr(kSecondsInStamp)).value_or(0);
+    return ScanFloat(std::string_view(stamp.data()).substr(kSecondsInStamp)).value_or(0);
 }
 
 // Frames are counted from this moment.
 void BeginFrameNumbers()
 {
     SetFrameTime(UtcNsAtTick(TickUs()));
-    std::string stamp;
+    TimeStamp stamp{};
     FormatTimeStamp(stamp);
     const float seconds = SecondsOfStamp(stamp);
     state.estimate = {.previousSeconds = seconds, .olderSeconds = seconds};
@@ -216,7 +222,7 @@ void ShowFrame(std::span<const std::int16_t> pixels)
     AccountFrameRead(true);
 }
 
-// Whoever keeps an account of the frames of a file is told here of each that is whole on its way to the disk.
+// Whoever keeps an account of the frames of a file is told here of each that was written whole.
 void NoteFrame(const FrameStamp& /*stamp*/, std::span<const std::int16_t> /*pixels*/)
 {
     ++state.SaveFrameCount;
@@ -287,10 +293,17 @@ bool CloseSaveFile(ImageHeaderRecord header)
 
 class SavedFrames {
   public:
-    SavedFrames(File file, std::int16_t frameHeaderBytes)
-        : file_(std::move(file)), frameHeaderBytes_(frameHeaderBytes), raw_(CameraFrameValues()), frame_(raw_.size())
+    SavedFrames(File file, std::int16_t frameHeaderBytes) : file_(std::move(file)), frameHeaderBytes_(frameHeaderBytes)
     {
-        plan_ = NewCorrectionPlan(Lists(), static_cast<std::size_t>(ActiveConfig.Hroi), raw_.size());
+    }
+
+    // False where memory is refused. Without a plan the definition does the same, slower.
+    bool Allocate()
+    {
+        const std::size_t values = CameraFrameValues();
+        if (!AllocateBlock(raw_, values) || !AllocateBlock(frame_, values)) return false;
+        plan_ = NewCorrectionPlan(Lists(), static_cast<std::size_t>(ActiveConfig.Hroi), values);
+        return true;
     }
 
     CorrectionEnd Correct(std::int32_t frame)
@@ -363,13 +376,19 @@ void SetFrameTime(std::int64_t utcNs)
     state.frameUtcNs = utcNs;
 }
 
-void FormatTimeStamp(std::string& text)
+// The C library's own text of the time, which no locale changes, with the milliseconds put in.
+void FormatTimeStamp(TimeStamp& text)
 {
-    constexpr std::size_t kToSeconds = 19;
-    constexpr std::size_t kYear = 20;
-    const std::string time = TimeText(static_cast<std::time_t>(state.frameUtcNs / kNsPerSecond));
-    const auto milliseconds = static_cast<unsigned short>(state.frameUtcNs % kNsPerSecond / kNsPerMs);
-    text = Format("%.19s.%.3hu %s", time.substr(0, kToSeconds).c_str(), milliseconds, time.substr(kYear).c_str());
+    const auto seconds = static_cast<std::time_t>(state.frameUtcNs / kNsPerSecond);
+    const auto milliseconds = static_cast<int>(state.frameUtcNs % kNsPerSecond / kNsPerMs);
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    std::array<char, 96> whole{};  // as long as any numbers make it
+    std::snprintf(whole.data(), whole.size(), "%.3s %.3s%3d %.2d:%.2d:%.2d.%.3d %d\n",
+                  kDays.at(static_cast<std::size_t>(local.tm_wday)), kMonths.at(static_cast<std::size_t>(local.tm_mon)),
+                  local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, milliseconds, 1900 + local.tm_year);
+    text = {};
+    std::copy_n(whole.begin(), text.size() - 1, text.begin());
 }
 
 void AddFrame(FrameEstimate& estimate, float nowSeconds, float frameRate, bool firstOfFile)
@@ -396,13 +415,12 @@ void AddFrame(FrameEstimate& estimate, float nowSeconds, float frameRate, bool f
 
 void FillFrameHeader(std::span<std::int16_t> buffer)
 {
-    std::string stamp;
-    FormatTimeStamp(stamp);
-    AddFrame(state.estimate, SecondsOfStamp(stamp), FrameRate, state.SaveFrameCount == 0);
-    FrameHeaderRecord header{.FrameNum = state.SaveFrameCount,
-                             .AllFramesNum = state.estimate.allFrames,
-                             .FrameIntegrationMsec = state.FrameIntegrationTime};
-    std::copy_n(stamp.begin(), std::min(stamp.size(), header.FrameTimeText.size() - 1), header.FrameTimeText.begin());
+    FrameHeaderRecord header;
+    FormatTimeStamp(header.FrameTimeText);
+    AddFrame(state.estimate, SecondsOfStamp(header.FrameTimeText), FrameRate, state.SaveFrameCount == 0);
+    header.FrameNum = state.SaveFrameCount;
+    header.AllFramesNum = state.estimate.allFrames;
+    header.FrameIntegrationMsec = state.FrameIntegrationTime;
     std::memcpy(buffer.data(), &header, sizeof header);
 }
 
@@ -488,6 +506,7 @@ CorrectionEnd CorrectSavedRun(const SavedRun& saved)
     std::optional<File> file = File::Open(saved.path, FileMode::kReadWrite);
     if (!file) return CorrectionEnd::kCantOpen;
     SavedFrames frames(std::move(*file), ImageHeader.ImageHeaderDataOffset);
+    if (!frames.Allocate()) return CorrectionEnd::kNoMemory;
     for (std::int32_t i = 0; i < saved.frames; ++i) {
         const CorrectionEnd end = frames.Correct(saved.firstFrame + i);
         if (end != CorrectionEnd::kDone) return end;

@@ -14,6 +14,7 @@
 // interval says so, or counted as lost.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -44,7 +45,9 @@ bool ShowPreviewFrame();
 // The moment that frame headers tell, ns since 1 January 1970: a run sets that of each frame's blank.
 void SetFrameTime(std::int64_t utcNs);
 // That moment in local time as the C library writes it, with milliseconds: "Thu Nov 12 19:46:55.123 2026\n".
-void FormatTimeStamp(std::string& text);
+// A zero byte ends it.
+using TimeStamp = std::array<char, 30>;
+void FormatTimeStamp(TimeStamp& text);
 
 // How many frames the camera has given, estimated from the seconds of the minute at which frames were complete. A board
 // may know no numbers; those that know theirs tell them elsewhere, and this estimate stays what readers of these files
@@ -116,7 +119,7 @@ std::optional<double> SecondsOfRoom(const SaveOptions& options, std::int64_t fre
 
 // ---- Afterwards
 
-enum class CorrectionEnd { kDone, kCantOpen, kCantRead, kCantWrite };
+enum class CorrectionEnd { kDone, kCantOpen, kNoMemory, kCantRead, kCantWrite };
 // Corrects the frames of a run where they stand, and no others of the file, with the calibration in force: image order,
 // counted from the first pixel, by the formula of the live picture (grabber/correction.h). The header isn't marked. At
 // a fault the frames before it stay corrected.

@@ -434,6 +434,9 @@ void Correct(HWND dialog, const SavedRun& saved)
         case CorrectionEnd::kCantOpen:
             BeepAndTell(dialog, "Unable to open file!", "Filename Error!");
             break;
+        case CorrectionEnd::kNoMemory:
+            BeepAndTell(dialog, "Failure to allocate memory!", "Kelvo Warning");
+            break;
         case CorrectionEnd::kCantRead:
             BeepAndTell(dialog, "Unable to read uncalibrated data from file!", "File Read Error!");
             break;

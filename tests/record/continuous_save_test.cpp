@@ -16,6 +16,7 @@
 #include "state/head_state_write.h"
 #include "support/full_disk.h"
 #include "support/recording_board.h"
+#include "video/video.h"
 
 #include <gmock/gmock.h>
 
@@ -81,20 +82,20 @@ TEST(FrameEstimate, GoesOnOverTheEndOfAMinute)
     EXPECT_EQ(estimate.previousSeconds, 1);
 }
 
-class TimeStamp : public testing::Test {
+class TimeStampText : public testing::Test {
   protected:
     static std::string StampAt(std::int64_t utcNs, const char* zone)
     {
         setenv("TZ", zone, 1);
         tzset();
         SetFrameTime(utcNs);
-        std::string stamp;
+        TimeStamp stamp{};
         FormatTimeStamp(stamp);
-        return stamp;
+        return stamp.data();
     }
 };
 
-TEST_F(TimeStamp, IsTheLocalTimeWithItsMilliseconds)
+TEST_F(TimeStampText, IsTheLocalTimeWithItsMilliseconds)
 {
     EXPECT_EQ(StampAt(1'794'512'815'123'999'999, "UTC"), "Thu Nov 12 19:46:55.123 2026\n");
     EXPECT_EQ(StampAt(1'794'512'815'005'000'000, "EST5"), "Thu Nov 12 14:46:55.005 2026\n");
@@ -405,6 +406,38 @@ TEST_F(ContinuousSave, PulsesTheSyncBeforeTheFirstFrameAlone)
     EXPECT_GT(Numbers()[0], 1) << "the one that waited was complete before the pulse";
 }
 
+TEST_F(ContinuousSave, DrawsNothingButWhatItSaves)
+{
+    write::frames.DisplayEnabled = 1;
+    Begin();
+    Ticks(1);
+    const std::int64_t shown = CurrentFrameAccount().shown;
+    EXPECT_EQ(RefreshLiveFrame(), 1) << "the image cursor looks at the newest frame";
+    Ticks(2);
+    EXPECT_EQ(CurrentFrameAccount().shown, shown);
+    EndSave();
+    EXPECT_EQ(DisplayEnabled, 1);
+    EXPECT_THAT(Numbers(), ElementsAre(1, 2, 3)) << "which takes none away";
+
+    options.shows = true;
+    options.path = directory / "shown.seq";
+    Begin();
+    Ticks(2);
+    EXPECT_EQ(CurrentFrameAccount().shown, shown + 2);
+    EndSave();
+}
+
+TEST_F(ContinuousSave, TakesNoMemoryOnceItRuns)
+{
+    options.frameHeaders = true;
+    Begin();
+    Ticks(1);
+    const std::int64_t requests = MemoryRequests();
+    Ticks(5);
+    EXPECT_EQ(MemoryRequests(), requests);
+    EndSave();
+}
+
 // ---- Calibrated or not
 
 TEST_F(ContinuousSave, SavesTheCalibratedPicture)
@@ -469,6 +502,10 @@ TEST_F(ContinuousSave, TellsWhyARunCannotBeCorrected)
         const FullDisk disk(100);
         EXPECT_EQ(CorrectSavedRun(run), CorrectionEnd::kCantWrite);
     }
+    const std::string before = Contents();
+    FailAllocation(2);
+    EXPECT_EQ(CorrectSavedRun(run), CorrectionEnd::kNoMemory);
+    EXPECT_EQ(Contents(), before);
     std::filesystem::remove(options.path);
     EXPECT_EQ(CorrectSavedRun(run), CorrectionEnd::kCantOpen);
 }
