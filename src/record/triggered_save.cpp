@@ -51,8 +51,8 @@ constexpr const char* kSection = "Trigger";
 
 // Keys that are numbers, and those that are texts: these keep the value where no number stands.
 struct SettingKey {
-    const char* name;
-    std::int32_t TriggerSettings::*field;
+    const char* name = nullptr;
+    std::int32_t TriggerSettings::*field = nullptr;
     bool isText = false;
 };
 constexpr SettingKey kKeys[] = {
@@ -131,10 +131,11 @@ double MeanOfRectangle(std::span<const std::int16_t> frame)
     const std::int32_t top = std::clamp(triggerSettings.Top, 0, ActiveConfig.Vroi - 1);
     const std::int32_t right = std::clamp(triggerSettings.Right, left, ActiveConfig.Hroi - 1);
     const std::int32_t bottom = std::clamp(triggerSettings.Bottom, top, ActiveConfig.Vroi - 1);
+    const auto columns = static_cast<std::size_t>(ActiveConfig.Hroi);
     double sum = 0;
     for (std::int32_t y = top; y <= bottom; ++y) {
         for (std::int32_t x = left; x <= right; ++x) {
-            const std::size_t place = PlaceOf(static_cast<std::size_t>(y * ActiveConfig.Hroi + x));
+            const std::size_t place = PlaceOf(static_cast<std::size_t>(y) * columns + static_cast<std::size_t>(x));
             if (place < frame.size()) sum += frame[place];
         }
     }
@@ -147,8 +148,9 @@ int TestIntensity(std::uint32_t gatherMode)
     std::vector<std::int16_t> own;  // outside a run
     const bool ready = values > 0 && (run.work.size() == values || AllocateBlock(own, values));
     const std::span<std::int16_t> frame = own.empty() ? std::span(run.work) : std::span(own);
-    testFailed = !ready || !BeginLiveVideo() || !AverageFrames(frame, {}, 1, 0, 0, ActiveConfig.Hroi - 1, ActiveConfig.Vroi - 1,
-                                          ModeOf16Bits(gatherMode));
+    testFailed =
+        !ready || !BeginLiveVideo() ||
+        !AverageFrames(frame, {}, 1, 0, 0, ActiveConfig.Hroi - 1, ActiveConfig.Vroi - 1, ModeOf16Bits(gatherMode));
     if (testFailed) return 0;
     const double mean = MeanOfRectangle(frame);
     return mean >= triggerSettings.IntensityLo1 && mean <= triggerSettings.IntensityHi1 ? 1 : 0;
