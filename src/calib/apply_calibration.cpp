@@ -73,20 +73,6 @@ auto CountsOf(std::span<Byte> block, const FrameLayout& layout)
     return std::span<Count>(reinterpret_cast<Count*>(block.data() + start), layout.pixels);
 }
 
-// Why no calibration can be applied to frames of such a file; empty: it can.
-std::string WhyNotCounts(const ImageHeaderRecord& header, std::int32_t headerBytes)
-{
-    if (headerBytes != kHeaderBytes) return "The file is one of the spectrometer trigger: its frames are averages.";
-    if (header.ByteSwap == 0) return "The file is byte-swapped.";
-    if (header.SampleBytes == sizeof(float) || header.DataType == kFloatSamples)
-        return "The file holds floats, not counts.";
-    if (header.SampleBytes != sizeof(std::int16_t) || header.ImageWidth <= 0 || header.ImageHeight <= 0 ||
-        header.ImageHeaderDataOffset < 0) {
-        return "The file's header makes no frames of 16-bit counts.";
-    }
-    return {};
-}
-
 // Why the lists in force aren't those of its detectors; empty: they may be.
 std::string WhyNotOfCamera(const ImageHeaderRecord& header)
 {
@@ -217,21 +203,6 @@ float TemperatureOf(const char* key, const std::string& calPath)
 {
     const std::string text = GetPrivateProfileString(kSection, key, "-999.0", calPath);
     return ScanFloat(text).value_or(kUncalibratedTemperature);
-}
-
-// The set's sources; what isn't given, or is no warm source beside the cold one, is marked as none.
-void MarkHeader(const std::string& calPath)
-{
-    const auto intensity = [&](const char* key) {
-        return static_cast<std::int16_t>(GetPrivateProfileInt(kSection, key, kUncalibratedIntensity, calPath));
-    };
-    write::file.ImageHeader.IntensityCold = intensity("IntensityCold");
-    write::file.ImageHeader.IntensityHot = intensity("IntensityHot");
-    const float cold = TemperatureOf("TemperatureCold", calPath);
-    const float coldMark = cold > kAbsoluteZero ? cold : kUncalibratedTemperature;
-    const float hot = TemperatureOf("TemperatureHot", calPath);
-    write::file.ImageHeader.TemperatureCold = coldMark;
-    write::file.ImageHeader.TemperatureHot = hot > coldMark ? hot : kUncalibratedTemperature;
 }
 
 // --- APPLYCAL: host memory ------------------------------------------------------------------------------------------
@@ -556,6 +527,33 @@ std::optional<StoredCorrection> CorrectionInForce()
 
 }  // namespace
 
+std::string WhyNotCounts(const ImageHeaderRecord& header, std::int32_t headerBytes)
+{
+    if (headerBytes != kHeaderBytes) return "The file is one of the spectrometer trigger: its frames are averages.";
+    if (header.ByteSwap == 0) return "The file is byte-swapped.";
+    if (header.SampleBytes == sizeof(float) || header.DataType == kFloatSamples)
+        return "The file holds floats, not counts.";
+    if (header.SampleBytes != sizeof(std::int16_t) || header.ImageWidth <= 0 || header.ImageHeight <= 0 ||
+        header.ImageHeaderDataOffset < 0) {
+        return "The file's header makes no frames of 16-bit counts.";
+    }
+    return {};
+}
+
+void MarkCalibrated(ImageHeaderRecord& header, const std::string& calPath)
+{
+    const auto intensity = [&](const char* key) {
+        return static_cast<std::int16_t>(GetPrivateProfileInt(kSection, key, kUncalibratedIntensity, calPath));
+    };
+    header.IntensityCold = intensity("IntensityCold");
+    header.IntensityHot = intensity("IntensityHot");
+    const float cold = TemperatureOf("TemperatureCold", calPath);
+    const float coldMark = cold > kAbsoluteZero ? cold : kUncalibratedTemperature;
+    const float hot = TemperatureOf("TemperatureHot", calPath);
+    header.TemperatureCold = coldMark;
+    header.TemperatureHot = hot > coldMark ? hot : kUncalibratedTemperature;
+}
+
 std::int32_t CountImageFrames(std::string_view path)
 {
     if (path.empty()) return FramesInBuffer;
@@ -578,7 +576,7 @@ std::int32_t ApplyCalibration(HWND window, const std::string& imageName, const s
     FrozenVideo frozen;
     HeaderKeeper header;
     if (!NamesWillDo(job) || !RangeWillDo(job) || !FillHeader(job)) return 0;
-    MarkHeader(job.calPath);
+    MarkCalibrated(write::file.ImageHeader, job.calPath);
     if (!MemoryWillDo(job) || !RunJob(job)) return 0;
     frozen.Keep();
     if (!job.ToMemory()) header.KeepNew();

@@ -6,6 +6,7 @@
 // in image order; both have DataOffset in their counts.
 #pragma once
 
+#include "imagefile/header.h"
 #include "platform/types.h"
 
 #include <cstdint>
@@ -21,6 +22,13 @@ constexpr int kApplyResultName = 707;
 constexpr int kApplyStartFrame = 1371;
 constexpr int kApplyEndFrame = 1372;
 constexpr int kApplyResultStart = 1373;
+
+// Why no calibration can be applied to the frames of a file with such a header, whose size in bytes is headerBytes;
+// empty: they are native 16-bit counts.
+std::string WhyNotCounts(const ImageHeaderRecord& header, std::int32_t headerBytes);
+// Marks a header with the sources of a set. What isn't given is marked as none, and so is a cold temperature at
+// absolute zero or a hot one that isn't above the cold one.
+void MarkCalibrated(ImageHeaderRecord& header, const std::string& calPath);
 
 // The whole frames of an image file by its length; 0 where there is no such file or its header can't be read, which is
 // told (ReadImageHeader). With an empty path: FramesInBuffer.
@@ -45,7 +53,8 @@ std::int32_t CountImageFrames(std::string_view path);
 // 0 after a beep and a box, with the focus on the field at fault: a name that can't be opened, a range that is none, a
 // question answered with No (the result exists; the image is calibrated already), a list that can't be read, an input
 // that isn't of native 16-bit counts, host memory of another frame size or without that slot, or no memory. Nothing
-// was written then, ImageHeader is as it was, and live video, frozen for the run, goes on. Blocks.
+// was corrected then, ImageHeader is as it was, and live video, frozen for the run, goes on. Also 0, with a box, where
+// the result's header can't be written or the whole of it doesn't arrive on the disk; a new one is gone then. Blocks.
 std::int32_t ApplyCalibration(HWND window, const std::string& imageName, const std::string& calName,
                               const std::string& resultName, std::int32_t startFrame, std::int32_t endFrame,
                               std::int32_t resultStart);

@@ -1,0 +1,397 @@
+#include "batch/apply_command.h"
+
+#include "calib/apply_calibration.h"
+#include "calib/set_reader.h"
+#include "calib/stored_correction.h"
+#include "imagefile/crc32c.h"
+#include "imagefile/frames_file.h"
+#include "imagefile/header.h"
+#include "platform/clock.h"
+#include "platform/digest.h"
+#include "platform/files.h"
+#include "platform/memory.h"
+#include "platform/text.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+using Failure = std::optional<std::string>;
+
+constexpr std::int64_t kHeaderBytes = sizeof(ImageHeaderRecord);
+constexpr std::int64_t kBlockBytes = std::int64_t{4} << 20;  // read, corrected and written at once
+constexpr std::size_t kLongestCalFile = std::size_t{16} << 20;
+
+// --- The recording --------------------------------------------------------------------------------------------------
+
+struct Source {
+    File file;
+    ImageHeaderRecord header;
+    std::int64_t frameBytes = 0;  // with its FrameHeader
+    std::size_t before = 0;       // of the FrameHeader
+    std::int64_t first = 0;
+    std::int64_t end = 0;
+    std::optional<FramesFile> journal;
+
+    std::size_t Pixels() const
+    {
+        return static_cast<std::size_t>(header.ImageWidth) * static_cast<std::size_t>(header.ImageHeight);
+    }
+};
+
+Failure ReadHeader(Source& source)
+{
+    const auto bytes = std::as_writable_bytes(std::span(&source.header, 1));
+    if (source.file.Read(bytes) < bytes.size()) return "isn't an image file";
+    const std::int32_t headerBytes = DeclaresSpiff(source.header) ? sizeof(SpiffHeaderRecord) : kHeaderBytes;
+    if (source.header.HeaderVersion < kFirstVersionWithFrameHeaders) source.header.ImageHeaderDataOffset = 0;
+    const std::string reason = WhyNotCounts(source.header, headerBytes);
+    if (!reason.empty()) return "can't be corrected: " + reason;
+    if (source.header.ImageHeaderDataOffset % 2 != 0) return "can't be corrected: its FrameHeaders are odd";
+    source.before = static_cast<std::size_t>(source.header.ImageHeaderDataOffset);
+    source.frameBytes = FrameRecordBytes(source.header);
+    return std::nullopt;
+}
+
+Failure TakeRange(Source& source, const ApplyRequest& request)
+{
+    const std::int64_t frames = std::max<std::int64_t>(source.file.Length() - kHeaderBytes, 0) / source.frameBytes;
+    source.first = request.first;
+    source.end = request.end < 0 ? frames : request.end;
+    if (source.first >= 0 && source.first < source.end && source.end <= frames) return std::nullopt;
+    return Format("has %lld frames: there are none of that range", static_cast<long long>(frames));
+}
+
+Failure ReadJournal(Source& source, const ApplyRequest& request)
+{
+    FramesFile journal = ReadFramesFile(FramesPathOf(request.in));
+    if (journal.fault == FramesFault::kNotOpened) return std::nullopt;
+    const std::int64_t frames = (source.file.Length() - kHeaderBytes) / source.frameBytes;
+    if (journal.fault != FramesFault::kNone || !journal.closing || std::ssize(journal.records) != frames) {
+        return "wasn't closed or is damaged: recover it first";
+    }
+    source.journal = std::move(journal);
+    return std::nullopt;
+}
+
+bool IsBeingRecorded(const std::string& path)
+{
+    // Another one that only asks holds the file for a moment.
+    constexpr int kAttempts = 10;
+    constexpr std::int64_t kPauseMs = 20;
+    for (int i = 0; i < kAttempts; ++i) {
+        std::optional<File> file = File::Open(path, FileMode::kRead);
+        if (!file || file->Lock()) return false;
+        file.reset();
+        DelayMs(kPauseMs);
+    }
+    return true;
+}
+
+std::optional<Source> OpenSource(const ApplyRequest& request, std::string& why)
+{
+    std::optional<File> file = File::Open(request.in, FileMode::kRead);
+    if (!file) {
+        why = request.in + " can't be opened";
+        return std::nullopt;
+    }
+    Source source{.file = std::move(*file), .header = {}, .journal = {}};
+    Failure failure = IsBeingRecorded(request.in) ? Failure("is being recorded") : ReadHeader(source);
+    if (!failure) failure = TakeRange(source, request);
+    if (!failure) failure = ReadJournal(source, request);
+    if (!failure) return source;
+    why = request.in + ' ' + *failure;
+    return std::nullopt;
+}
+
+// --- The set --------------------------------------------------------------------------------------------------------
+
+template <typename Entry>
+Failure WhyNotRead(const SetList<Entry>& list)
+{
+    if (list.read == ListRead::kComplete) return std::nullopt;
+    const char* const reason = list.read == ListRead::kNotRead ? " doesn't fit the frames" : " can't be read";
+    return list.path + reason;
+}
+
+std::optional<StoredCorrection> CorrectionOf(const ApplyRequest& request, const Source& source, std::string& why)
+{
+    if (!FileExists(request.set)) {
+        why = request.set + " can't be opened";
+        return std::nullopt;
+    }
+    CalibrationSet set = ReadSet(AbsolutePath(request.set), source.Pixels());
+    Failure failure = set.memoryRefused ? Failure("no memory is left") : WhyNotRead(set.decom);
+    if (!failure && set.type != 1 && set.type != 2)
+        failure = request.set + " is no calibration with one or two sources";
+    if (!failure && set.type == 2) failure = WhyNotRead(set.gains);
+    if (!failure) failure = WhyNotRead(set.offsets);
+    if (failure) {
+        why = *failure;
+        return std::nullopt;
+    }
+    StoredLists lists{std::move(set.decom.entries), std::move(set.offsets.entries), std::move(set.gains.entries)};
+    std::optional<StoredCorrection> correction = StoredCorrection::Make(
+        set.type, std::move(lists), static_cast<std::size_t>(source.header.ImageWidth), StoredOrder::kReadoutToImage);
+    if (!correction) why = "no memory is left";
+    return correction;
+}
+
+// --- The result -----------------------------------------------------------------------------------------------------
+
+void SetText(FramesHead& head, std::string_view key, std::string value)
+{
+    const auto found = std::ranges::find(head.texts, key, &std::pair<std::string, std::string>::first);
+    if (found == head.texts.end()) {
+        head.texts.emplace_back(key, std::move(value));
+    } else {
+        found->second = std::move(value);
+    }
+}
+
+FramesHead HeadOfResult(const FramesHead& head, const std::string& set)
+{
+    FramesHead corrected = head;
+    SetText(corrected, frames_key::kPixels, "corrected");
+    SetText(corrected, frames_key::kCalibration, set);
+    SetText(corrected, frames_key::kChecksum, Sha256Of(ReadWholeFile(set, kLongestCalFile).value_or("")));
+    return corrected;
+}
+
+// A new sequence in the making: frames go to the disk in blocks, records of the journal wait for the end.
+class Result {
+  public:
+    Result(Source& source, const StoredCorrection& correction, const ApplyRequest& request, NewFile file)
+        : source_(source), correction_(correction), request_(request), file_(std::move(file))
+    {
+    }
+
+    Failure Begin()
+    {
+        framesABlock_ = std::clamp<std::int64_t>(kBlockBytes / source_.frameBytes, 1, source_.end - source_.first);
+        const auto bytes = static_cast<std::size_t>(framesABlock_ * source_.frameBytes);
+        if (!AllocateBlock(in_, bytes) || !AllocateBlock(out_, bytes)) return "no memory is left";
+        ImageHeaderRecord header = source_.header;
+        MarkCalibrated(header, AbsolutePath(request_.set));
+        header.FrameCount = static_cast<std::uint32_t>(source_.end - source_.first);
+        if (!source_.file.Seek(kHeaderBytes + source_.first * source_.frameBytes))
+            return request_.in + " can't be read";
+        return Written(std::as_bytes(std::span(&header, 1)));
+    }
+
+    Failure Add(std::int64_t from)
+    {
+        const std::int64_t frames = std::min(framesABlock_, source_.end - from);
+        const auto bytes = static_cast<std::size_t>(frames * source_.frameBytes);
+        const auto read = std::span(in_).first(bytes);
+        if (source_.file.Read(std::as_writable_bytes(read)) < bytes) return request_.in + " can't be read";
+        for (std::int64_t i = 0; i < frames; ++i) {
+            const auto place = static_cast<std::size_t>(i * source_.frameBytes);
+            const auto size = static_cast<std::size_t>(source_.frameBytes);
+            if (Failure failure = Correct(from + i, read.subspan(place, size), std::span(out_).subspan(place, size))) {
+                return failure;
+            }
+        }
+        return Written(std::as_bytes(std::span(out_).first(bytes)));
+    }
+
+    // The journal first: a sequence that stands has its own.
+    Failure End()
+    {
+        const std::string journalPath = FramesPathOf(request_.out);
+        if (source_.journal) {
+            const FramesHead head = HeadOfResult(source_.journal->head, request_.set);
+            const std::vector<std::byte> bytes = FramesFileBytes(head, records_, Closing());
+            if (!ReplaceFile(journalPath, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}))
+                return Refused();
+        }
+        if (file_.Keep()) return std::nullopt;
+        if (source_.journal) DeleteFileNamed(journalPath);
+        return Refused();
+    }
+
+    std::int64_t FramesABlock() const { return framesABlock_; }
+
+  private:
+    std::string Refused() const { return request_.out + " can't be written: the disk refuses"; }
+
+    Failure Written(std::span<const std::byte> bytes)
+    {
+        return file_.Contents().Write(bytes) == bytes.size() ? std::nullopt : Failure(Refused());
+    }
+
+    Failure Correct(std::int64_t index, std::span<const std::uint8_t> read, std::span<std::uint8_t> corrected)
+    {
+        std::copy_n(read.begin(), source_.before, corrected.begin());
+        Renumber(index, corrected);
+        const auto* const counts = reinterpret_cast<const std::int16_t*>(read.data() + source_.before);
+        auto* const result = reinterpret_cast<std::int16_t*>(corrected.data() + source_.before);
+        correction_.Correct({counts, source_.Pixels()}, {result, source_.Pixels()});
+        return AddRecord(index, std::as_bytes(read.subspan(source_.before)),
+                         std::as_bytes(corrected.subspan(source_.before)));
+    }
+
+    void Renumber(std::int64_t index, std::span<std::uint8_t> frame) const
+    {
+        if (source_.before != sizeof(FrameHeaderRecord)) return;
+        FrameHeaderRecord header;
+        std::memcpy(&header, frame.data(), sizeof header);
+        header.FrameNum = static_cast<std::int32_t>(index - source_.first);
+        std::memcpy(frame.data(), &header, sizeof header);
+    }
+
+    Failure AddRecord(std::int64_t index, std::span<const std::byte> read, std::span<const std::byte> corrected)
+    {
+        if (!source_.journal) return std::nullopt;
+        FrameRecord record = source_.journal->records[static_cast<std::size_t>(index)];
+        if (record.pixelCrc != Crc32c(read)) {
+            return request_.in + Format(": frame %lld doesn't fit its checksum", static_cast<long long>(index));
+        }
+        record.pixelCrc = Crc32c(corrected);
+        if (index > 0 && index == source_.first) record.flags |= kFirstOfPart;
+        records_.push_back(Sealed(record));
+        return std::nullopt;
+    }
+
+    FrameRecord Closing() const
+    {
+        const FramesFile& journal = *source_.journal;  // NOLINT(bugprone-unchecked-optional-access): End looked
+        const bool toTheEnd = source_.end == std::ssize(journal.records) && journal.closing;
+        FrameRecord closing = toTheEnd ? *journal.closing : ClosingRecord(0, EndOfRecording::kNextPart);
+        closing.number = std::ssize(records_);
+        return Sealed(closing);
+    }
+
+    Source& source_;
+    const StoredCorrection& correction_;
+    const ApplyRequest& request_;
+    NewFile file_;
+    std::int64_t framesABlock_ = 1;
+    std::vector<std::uint8_t> in_;
+    std::vector<std::uint8_t> out_;
+    std::vector<FrameRecord> records_;
+};
+
+// --- The arguments --------------------------------------------------------------------------------------------------
+
+constexpr std::string_view kUsage = "apply --set DIR/x.cal [--frames A:B] IN OUT";
+
+std::optional<std::int64_t> NumberOr(std::string_view text, std::int64_t otherwise)
+{
+    if (text.empty()) return otherwise;
+    std::int64_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stop == end && number >= 0 ? std::optional(number) : std::nullopt;
+}
+
+// "10:20" is frames 10 to 19; a side that isn't there is the first or the last.
+bool TakeFrames(std::string_view text, ApplyRequest& request)
+{
+    const std::size_t colon = text.find(':');
+    if (colon == std::string_view::npos) return false;
+    const std::optional<std::int64_t> first = NumberOr(text.substr(0, colon), 0);
+    const std::optional<std::int64_t> end = NumberOr(text.substr(colon + 1), -1);
+    if (!first || !end) return false;
+    request.first = *first;
+    request.end = *end;
+    return true;
+}
+
+bool TakeOption(std::string_view name, const std::string& value, ApplyRequest& request)
+{
+    if (name == "--set") {
+        request.set = value;
+        return true;
+    }
+    return name == "--frames" && TakeFrames(value, request);
+}
+
+std::optional<ApplyRequest> RequestOf(std::span<const std::string> arguments)
+{
+    ApplyRequest request;
+    std::vector<std::string> files;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& argument = arguments[i];
+        const std::size_t equals = argument.find('=');
+        if (!argument.starts_with("--")) {
+            files.push_back(argument);
+        } else if (equals != std::string::npos) {
+            if (!TakeOption(argument.substr(0, equals), argument.substr(equals + 1), request)) return std::nullopt;
+        } else if (i + 1 == arguments.size() || !TakeOption(argument, arguments[++i], request)) {
+            return std::nullopt;
+        }
+    }
+    if (request.set.empty() || files.size() != 2) return std::nullopt;
+    request.in = files[0];
+    request.out = files[1];
+    return request;
+}
+
+int Fail(std::string_view text)
+{
+    const std::string line = "kelvo apply: " + std::string(text) + '\n';
+    std::fputs(line.c_str(), stderr);
+    return 2;
+}
+
+// On a terminal one line that is written over; elsewhere a line at each tenth.
+void ShowProgress(std::int64_t done, std::int64_t all, std::int64_t& tenthShown)
+{
+    const bool terminal = isatty(STDERR_FILENO) != 0;
+    const std::int64_t tenth = 10 * done / all;
+    if (!terminal && tenth == tenthShown) return;
+    tenthShown = tenth;
+    std::fprintf(stderr, terminal ? "\rkelvo apply: %lld of %lld frames" : "kelvo apply: %lld of %lld frames\n",
+                 static_cast<long long>(done), static_cast<long long>(all));
+    if (terminal && done == all) std::fputc('\n', stderr);
+}
+
+}  // namespace
+
+std::optional<std::string> ApplySet(const ApplyRequest& request,
+                                    const std::function<void(std::int64_t done, std::int64_t all)>& progress)
+{
+    std::string why;
+    std::optional<Source> source = OpenSource(request, why);
+    if (!source) return why;
+    const std::optional<StoredCorrection> correction = CorrectionOf(request, *source, why);
+    if (!correction) return why;
+    if (FileExists(request.out) || FileExists(FramesPathOf(request.out))) return request.out + " stands already";
+    std::optional<NewFile> file = NewFile::Begin(request.out);
+    if (!file) return request.out + " can't be written";
+
+    Result result(*source, *correction, request, std::move(*file));
+    Failure failure = result.Begin();
+    for (std::int64_t frame = source->first; !failure && frame < source->end; frame += result.FramesABlock()) {
+        failure = result.Add(frame);
+        const std::int64_t done = std::min(frame + result.FramesABlock(), source->end) - source->first;
+        if (!failure && progress) progress(done, source->end - source->first);
+    }
+    return failure ? failure : result.End();
+}
+
+int ApplyCommand(std::span<const std::string> arguments)
+{
+    const std::optional<ApplyRequest> request = RequestOf(arguments);
+    if (!request) return Fail(std::string("usage: kelvo ").append(kUsage));
+    std::int64_t tenthShown = -1;
+    const Failure failure =
+        ApplySet(*request, [&](std::int64_t done, std::int64_t all) { ShowProgress(done, all, tenthShown); });
+    return failure ? Fail(*failure) : 0;
+}
+
+}  // namespace kelvo
