@@ -1,6 +1,6 @@
 #include "batch/recover_command.h"
 
-#include "batch/batch.h"
+#include "batch/batch_arguments.h"
 #include "imagefile/crc32c.h"
 #include "imagefile/sequence_file.h"
 #include "platform/memory.h"
