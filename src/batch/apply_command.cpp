@@ -1,12 +1,14 @@
 #include "batch/apply_command.h"
 
+#include "batch/batch_arguments.h"
+#include "batch/cut_command.h"
 #include "calib/apply_calibration.h"
 #include "calib/set_reader.h"
 #include "calib/stored_correction.h"
 #include "imagefile/crc32c.h"
 #include "imagefile/frames_file.h"
 #include "imagefile/header.h"
-#include "platform/clock.h"
+#include "imagefile/sequence_file.h"
 #include "platform/digest.h"
 #include "platform/files.h"
 #include "platform/memory.h"
@@ -15,13 +17,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -85,20 +84,6 @@ Failure ReadJournal(Source& source, const ApplyRequest& request)
     }
     source.journal = std::move(journal);
     return std::nullopt;
-}
-
-bool IsBeingRecorded(const std::string& path)
-{
-    // Another one that only asks holds the file for a moment.
-    constexpr int kAttempts = 10;
-    constexpr std::int64_t kPauseMs = 20;
-    for (int i = 0; i < kAttempts; ++i) {
-        std::optional<File> file = File::Open(path, FileMode::kRead);
-        if (!file || file->Lock()) return false;
-        file.reset();
-        DelayMs(kPauseMs);
-    }
-    return true;
 }
 
 std::optional<Source> OpenSource(const ApplyRequest& request, std::string& why)
@@ -287,65 +272,18 @@ class Result {
 
 // --- The arguments --------------------------------------------------------------------------------------------------
 
-constexpr std::string_view kUsage = "apply --set DIR/x.cal [--frames A:B] IN OUT";
+constexpr std::string_view kWord = "apply";
+constexpr std::string_view kSet = "--set";
+constexpr std::string_view kFrames = "--frames";
 
-std::optional<std::int64_t> NumberOr(std::string_view text, std::int64_t otherwise)
+std::optional<ApplyRequest> RequestOf(const BatchArguments& taken)
 {
-    if (text.empty()) return otherwise;
-    std::int64_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stop == end && number >= 0 ? std::optional(number) : std::nullopt;
-}
-
-// "10:20" is frames 10 to 19; a side that isn't there is the first or the last.
-bool TakeFrames(std::string_view text, ApplyRequest& request)
-{
-    const std::size_t colon = text.find(':');
-    if (colon == std::string_view::npos) return false;
-    const std::optional<std::int64_t> first = NumberOr(text.substr(0, colon), 0);
-    const std::optional<std::int64_t> end = NumberOr(text.substr(colon + 1), -1);
-    if (!first || !end) return false;
-    request.first = *first;
-    request.end = *end;
-    return true;
-}
-
-bool TakeOption(std::string_view name, const std::string& value, ApplyRequest& request)
-{
-    if (name == "--set") {
-        request.set = value;
-        return true;
-    }
-    return name == "--frames" && TakeFrames(value, request);
-}
-
-std::optional<ApplyRequest> RequestOf(std::span<const std::string> arguments)
-{
-    ApplyRequest request;
-    std::vector<std::string> files;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& argument = arguments[i];
-        const std::size_t equals = argument.find('=');
-        if (!argument.starts_with("--")) {
-            files.push_back(argument);
-        } else if (equals != std::string::npos) {
-            if (!TakeOption(argument.substr(0, equals), argument.substr(equals + 1), request)) return std::nullopt;
-        } else if (i + 1 == arguments.size() || !TakeOption(argument, arguments[++i], request)) {
-            return std::nullopt;
-        }
-    }
-    if (request.set.empty() || files.size() != 2) return std::nullopt;
-    request.in = files[0];
-    request.out = files[1];
-    return request;
-}
-
-int Fail(std::string_view text)
-{
-    const std::string line = "kelvo apply: " + std::string(text) + '\n';
-    std::fputs(line.c_str(), stderr);
-    return 2;
+    const std::optional<std::string> set = taken.Value(kSet);
+    const std::optional<std::string> frames = taken.Value(kFrames);
+    const auto range = FrameRangeOf(frames.value_or(":"));
+    if (!set || !range || taken.files.size() != 2) return std::nullopt;
+    return ApplyRequest{
+        .set = *set, .in = taken.files[0], .out = taken.files[1], .first = range->first, .end = range->second};
 }
 
 // On a terminal one line that is written over; elsewhere a line at each tenth.
@@ -386,12 +324,15 @@ std::optional<std::string> ApplySet(const ApplyRequest& request,
 
 int ApplyCommand(std::span<const std::string> arguments)
 {
-    const std::optional<ApplyRequest> request = RequestOf(arguments);
-    if (!request) return Fail(std::string("usage: kelvo ").append(kUsage));
+    constexpr std::string_view kOptions[] = {kSet, kFrames};
+    const BatchArguments taken = TakeApart(arguments, {}, kOptions);
+    if (!taken.error.empty()) return TellBatchFailure(kWord, taken.error);
+    const std::optional<ApplyRequest> request = RequestOf(taken);
+    if (!request) return TellBatchFailure(kWord, "--set DIR/x.cal, a sequence and the name of the new one are needed");
     std::int64_t tenthShown = -1;
     const Failure failure =
         ApplySet(*request, [&](std::int64_t done, std::int64_t all) { ShowProgress(done, all, tenthShown); });
-    return failure ? Fail(*failure) : 0;
+    return failure ? TellBatchFailure(kWord, *failure) : kBatchDone;
 }
 
 }  // namespace kelvo

@@ -1,6 +1,6 @@
 #include "batch/join_command.h"
 
-#include "batch/batch.h"
+#include "batch/batch_arguments.h"
 #include "batch/sequence_copy.h"
 
 #include <vector>

@@ -1,6 +1,6 @@
 #include "batch/recover_command.h"
 
-#include "batch/batch.h"
+#include "batch/batch_arguments.h"
 #include "imagefile/crc32c.h"
 #include "imagefile/sequence_file.h"
 #include "platform/memory.h"
@@ -54,6 +54,7 @@ FramesHead PlainHead(const SequenceFile& sequence)
 // The records against the frames, each with each: a frame beyond them gets one.
 bool CheckFrames(SequenceFile& sequence, FramesFile& journal, RecoveryReport& report)
 {
+    if (sequence.Frames() == 0) return true;  // no memory for a frame that isn't there
     std::vector<std::byte> frame;
     if (!AllocateBlock(frame, static_cast<std::size_t>(sequence.FrameBytes()))) return false;
     for (std::int64_t i = 0; i < sequence.Frames(); ++i) {

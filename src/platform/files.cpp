@@ -8,7 +8,6 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -538,14 +537,6 @@ bool DirectoryExists(std::string_view path)
 {
     const auto status = StatusOf(path);
     return status && S_ISDIR(status->st_mode);
-}
-
-std::optional<std::int64_t> FreeBytesAt(std::string_view path)
-{
-    struct statvfs status {};
-    if (statvfs(ResolvePath(path).c_str(), &status) != 0) return std::nullopt;
-    if (FaultIsSet("no room")) return 0;
-    return static_cast<std::int64_t>(status.f_bavail) * static_cast<std::int64_t>(status.f_frsize);
 }
 
 bool MakeDirectories(std::string_view path)

@@ -93,8 +93,6 @@ class NewFile {
 
 bool FileExists(std::string_view path);  // a regular file
 bool DirectoryExists(std::string_view path);
-// What may still be written in the file system of a directory or file; nullopt where there is none.
-std::optional<std::int64_t> FreeBytesAt(std::string_view path);
 bool MakeDirectories(std::string_view path);  // true if it stands at the end
 bool DeleteFileNamed(std::string_view path);
 bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists);

@@ -3,6 +3,7 @@
 #include "grabber/frame_size.h"
 #include "grabber/recording.h"
 #include "platform/clock.h"
+#include "platform/disk_space.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "platform/timers.h"
@@ -342,7 +343,7 @@ void WatchDisk(Run& r)
     if (!r.event || nowUs - r.watchedUs < kWatchUs) return;
     r.watchedUs = nowUs;
     if (!r.event->AreNamed()) return EndRun(r, RecorderEnd::kFileDeleted);
-    const std::optional<std::int64_t> free = FreeBytesAt(r.files.settings.directory);
+    const std::optional<std::int64_t> free = FreeDiskBytes(r.files.settings.directory);
     if (!free || r.bytesPerSecond <= 0) return;
     const double seconds = static_cast<double>(*free) / r.bytesPerSecond;
     Tell(r, [seconds](RecorderStatus& status) { status.secondsLeft = seconds; });

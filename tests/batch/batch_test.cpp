@@ -1,5 +1,7 @@
 #include "batch/batch.h"
 
+#include "batch/batch_arguments.h"
+
 #include <gmock/gmock.h>
 
 namespace kelvo {

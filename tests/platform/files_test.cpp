@@ -452,6 +452,46 @@ TEST_F(Files, TheLongestNamesCanBeReplaced)
     EXPECT_EQ(FileContents(longest), "new");
 }
 
+TEST(Recording, TwoBlocksStandOneBehindTheOther)
+{
+    const TempDirectory directory;
+    File file = Opened(directory / "a", FileMode::kNew);
+    EXPECT_EQ(file.Write(Bytes("head"), Bytes("pixels")), 10U);
+    EXPECT_TRUE(file.SyncData());
+    EXPECT_EQ(FileContents(directory / "a"), "headpixels");
+    SetFault("disk full", true);
+    EXPECT_LT(file.Write(Bytes("head"), Bytes("pixels")), 10U);
+    SetFault("disk full", false);
+    SetFault("disk unplugged", true);
+    EXPECT_EQ(file.Write(Bytes("head"), Bytes("pixels")), 0U);
+    EXPECT_EQ(errno, EIO);
+    EXPECT_FALSE(file.SyncData());
+    SetFault("disk unplugged", false);
+}
+
+TEST(Recording, ANewFileMustNotStand)
+{
+    const TempDirectory directory;
+    PutFile(directory / "Mine", "mine");
+    EXPECT_FALSE(File::Open(directory / "Mine", FileMode::kNew));
+    EXPECT_FALSE(File::Open(directory / "mine", FileMode::kNew)) << "in another case it is the same file";
+    EXPECT_EQ(FileContents(directory / "Mine"), "mine");
+}
+
+TEST(Recording, AFileIsTakenAsLongAsItIsOpenAndKnowsItsName)
+{
+    const TempDirectory directory;
+    std::optional<File> owner = Opened(directory / "a", FileMode::kNew);
+    EXPECT_TRUE(owner->Lock());
+    File other = Opened(directory / "a", FileMode::kRead);
+    EXPECT_FALSE(other.Lock());
+    owner.reset();
+    EXPECT_TRUE(other.Lock());
+    EXPECT_TRUE(other.IsNamed());
+    fs::remove(directory / "a");
+    EXPECT_FALSE(other.IsNamed());
+}
+
 std::vector<std::string> Lines(std::string contents, std::size_t limit)
 {
     LineReader reader(std::move(contents), limit);

@@ -627,7 +627,7 @@ TEST_F(Recorder, StopsWithFiveSecondsLeftOnTheDisk)
     GoToFrame(60);
     EXPECT_TRUE(RecorderRuns());
     EXPECT_GT(CurrentRecorderStatus().secondsLeft, 5);
-    SetFault("no room", true);
+    SetFault("little disk space", true);
     GoToFrame(120);
     TendRecorder();
     const RecorderStatus status = CurrentRecorderStatus();
