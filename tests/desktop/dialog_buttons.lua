@@ -2,12 +2,7 @@
 local check = require "check"
 local hands = require "hands"
 
-local function shell(command)
-  local pipe = assert(io.popen(command))
-  local text = pipe:read("a")
-  pipe:close()
-  return text
-end
+local shell = hands.shell
 
 -- Of _MOTIF_WM_HINTS, the bits of what the window may do (second number) and of what its frame shows (third).
 local kMayMinimise, kMayMaximise, kMayClose = 8, 16, 32
@@ -16,8 +11,8 @@ local kShowsMinimise, kShowsMaximise = 32, 64
 local function hints(title)
   local id
   hands.untilTrue(function()
-    id = shell(("xdotool search --onlyvisible --name '^%s' 2>/dev/null | tail -1"):format(title)):match("%d+")
-    return id and shell("xprop -id " .. id .. " _NET_WM_ALLOWED_ACTIONS"):find("ACTION_CLOSE")
+    id = hands.windowNamed(title)
+    return shell("xprop -id " .. id .. " _NET_WM_ALLOWED_ACTIONS"):find("ACTION_CLOSE")
   end, "a framed window " .. title)
   local found = {}
   for number in shell("xprop -id " .. id .. " _MOTIF_WM_HINTS"):gmatch("0x%x+") do found[#found + 1] = tonumber(number) end

@@ -3,16 +3,10 @@
 local check = require "check"
 local hands = require "hands"
 
-local function shell(command)
-  local pipe = assert(io.popen(command))
-  local text = pipe:read("a")
-  pipe:close()
-  return text
-end
+local shell = hands.shell
 -- Corner with frame and size without it, as the window manager tells them.
 local function geometry()
-  local id = shell("xdotool search --onlyvisible --name '^Kelvo' | tail -1"):match("%d+")
-  local text = shell("xwininfo -id " .. id)
+  local text = shell("xwininfo -id " .. hands.windowNamed("Kelvo"))
   local x, y = text:match("Absolute upper%-left X: +(%-?%d+).-Absolute upper%-left Y: +(%-?%d+)")
   local width, height = text:match("Width: (%d+).-Height: (%d+)")
   return { tonumber(x), tonumber(y), tonumber(width), tonumber(height) }

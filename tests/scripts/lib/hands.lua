@@ -21,6 +21,21 @@ function hands.untilTrue(what, text)
   error("not within half a minute: " .. text, 2)
 end
 
+-- What a command of the window system's tools prints.
+function hands.shell(command)
+  local pipe = assert(io.popen(command))
+  local text = pipe:read("a")
+  pipe:close()
+  return text
+end
+
+-- The window system's number of the window with such a title. A search that meets a window which goes meanwhile finds nothing.
+function hands.windowNamed(title)
+  return hands.untilTrue(function()
+    return hands.shell(("xdotool search --onlyvisible --name '^%s' 2>/dev/null | tail -1"):format(title)):match("%d+")
+  end, "a window " .. title)
+end
+
 -- The middle of a place, once it is on the screen and the window manager has left it where it is. The words are those of place().
 function hands.middle(...)
   local words, x, y = { ... }, nil, nil
