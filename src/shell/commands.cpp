@@ -10,6 +10,7 @@
 #include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "record/buffer_dialog.h"
 #include "resources/command_list.h"
 #include "resources/menu.h"
 #include "shell/about.h"
@@ -61,6 +62,7 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
+    {kCmdHostRamCapture, HostRamCapture},
     {kCmdSaveImage, SaveImageFile},
     {kCmdLoadImage, LoadImageFile},
     {kCmdNameSequenceForSaving, NameSequence},

@@ -2,12 +2,14 @@
 
 #include "display/display_pipeline.h"
 #include "grabber/frame_account.h"
+#include "grabber/host_frames.h"
 #include "platform/dialog.h"
 #include "platform/front.h"
 #include "platform/menu.h"
 #include "platform/pointer.h"
 #include "platform/text.h"
 #include "platform/timers.h"
+#include "record/replay.h"
 #include "resources/ids.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
@@ -160,6 +162,9 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
             return 0;
         case kLiveTimer:
             OnLiveTimer(window);
+            return 0;
+        case kReplayTimer:
+            OnReplayTimer();
             return 0;
         case kFitTimer:
             OnFitTimer();

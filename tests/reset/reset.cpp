@@ -25,6 +25,8 @@
 #include "imagefile/header_write.h"
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
+#include "record/capture_sequence.h"
+#include "record/sequence_library.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
@@ -137,6 +139,8 @@ constexpr void (*kModules[])() = {
     ResetUndo,
     ResetPlayback,
     ResetPlayBar,
+    ResetSequenceLibrary,
+    ResetCaptureSequence,
     ResetCursorCommand,
     ResetColorScale,
     ResetSaturationOverlay,
