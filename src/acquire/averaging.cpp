@@ -215,10 +215,43 @@ bool AddBatch(Run<T>& run, const Rectangle& from, std::int32_t firstFrame, std::
     return true;
 }
 
+// While a burst is stored the run gathers into frames of its own, as many as it wants and memory allows: none where
+// there isn't enough for both.
+class OwnFrames {
+  public:
+    explicit OwnFrames(std::uint32_t wanted) : needed_(FramesInBuffer > 0)
+    {
+        if (!needed_) return;
+        const std::size_t values = CameraFrameValues();
+        const std::uint64_t affordable = AvailablePhysicalMemory() / std::max<std::uint64_t>(2 * values, 1);
+        const std::uint64_t frames = std::min<std::uint64_t>(std::max(wanted, 1U), affordable);
+        std::vector<std::vector<std::int16_t>> own;
+        std::vector<std::int16_t> frame;
+        while (own.size() < frames && std::ssize(own) < numBufFrames && AllocateBlock(frame, values)) {
+            own.push_back(std::move(frame));
+        }
+        stored_ = std::exchange(write::hostFrames.HostFrames, std::move(own));
+    }
+    ~OwnFrames()
+    {
+        if (!needed_) return;
+        write::hostFrames.HostFrames = std::move(stored_);
+        write::hostFrames.HostFrameNext = next_;
+    }
+    OwnFrames(const OwnFrames&) = delete;
+    OwnFrames& operator=(const OwnFrames&) = delete;
+
+  private:
+    bool needed_;
+    std::vector<std::vector<std::int16_t>> stored_;
+    std::int32_t next_ = HostFrameNext;
+};
+
 // 0 where the run ends: after its one box, stopped, or after a capture that failed where only new frames serve.
 template <typename T>
 int GatherNewFrames(Run<T>& run)
 {
+    const OwnFrames own(run.count);
     const std::uint32_t largestBatch = LargestBatch();
     if (largestBatch == 0) return 0;
     if (!LiveVideo && run.count == 1) {

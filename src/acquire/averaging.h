@@ -30,6 +30,9 @@ using AverageBlock = std::variant<std::span<std::int16_t>, std::span<std::int32_
 // board gave no new frame in time: what the store holds is of an earlier capture. Escape ends a run of several frames
 // with 0 (ui/gather.h): GatherWasStopped tells it.
 //
+// A burst that is stored (FramesInBuffer above 0) stays as it is: the run gathers into frames of its own then, and
+// without memory for both the host frames count as missing.
+//
 // Frames are read from host memory as flat copies in readout order (ReadHostFrameRect), and the calibration finds each
 // pixel's value through DecomList: both are exact for whole frames. For a part of the frame the pixels are those of the
 // flat copy, and the ones whose entry lies beyond it stay uncorrected.

@@ -351,16 +351,22 @@ std::int64_t UnreadableSoFar()
 
 }  // namespace
 
-TakeResult TakeNextFrame(std::span<std::int16_t> out, FrameStamp& stamp, FrameFate fate, std::int64_t limitMs)
+TakeResult WaitForNextFrame(std::int64_t limitMs)
 {
     if (!run) return TakeResult::kEnded;
     for (const std::int64_t endUs = TickUs() + limitMs * kUsPerMs;;) {
         if (UnreadableIsNext()) return TakeResult::kUnreadable;
-        if (FramesWaiting() > 0) break;
+        if (FramesWaiting() > 0) return TakeResult::kTaken;
         if (!runs) return TakeResult::kEnded;
         if (TickUs() >= endUs) return TakeResult::kTimeout;
         WaitForOne(endUs - TickUs());
     }
+}
+
+TakeResult TakeNextFrame(std::span<std::int16_t> out, FrameStamp& stamp, FrameFate fate, std::int64_t limitMs)
+{
+    const TakeResult result = WaitForNextFrame(limitMs);
+    if (result != TakeResult::kTaken) return result;
     const CapturedFrame& frame = WaitingFrame(0);
     std::copy_n(frame.values.begin(), std::min(out.size(), frame.values.size()), out.begin());
     stamp = frame.stamp;

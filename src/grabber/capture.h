@@ -7,9 +7,9 @@
 // registers. A second thread runs `consume`, where one is given. Both exist from StartCapture to StopCapture. With the
 // virtual clock there is no thread: the clock itself takes the frames each time that it moves, and then runs consume.
 //
-// StartCapture and StopCapture are the main thread's. TakeNextFrame, FramesWaiting, WaitForFrames, WaitingFrame and
-// DropFrames belong to the one who records: consume's thread where there is a consume, otherwise the main thread.
-// CopyNewestFrame is the main thread's. The counts may be asked for anywhere.
+// StartCapture and StopCapture are the main thread's. TakeNextFrame, FramesWaiting, WaitForFrames, WaitForNextFrame,
+// WaitingFrame and DropFrames belong to the one who records: consume's thread where there is a consume, otherwise the
+// main thread. CopyNewestFrame is the main thread's. The counts may be asked for anywhere.
 #pragma once
 
 #include "grabber/frame_ring.h"
@@ -67,6 +67,8 @@ enum class TakeResult {
     kUnreadable,  // one came and couldn't be read; the next call goes on behind it
     kEnded        // no capture runs
 };
+// Waits at most limitMs until a frame waits: kTaken where WaitingFrame(0) is there, which stays until it is dropped.
+TakeResult WaitForNextFrame(std::int64_t limitMs);
 // The oldest frame that waits, or the next one that comes within limitMs: its values to out, its stamp to stamp.
 TakeResult TakeNextFrame(std::span<std::int16_t> out, FrameStamp& stamp, FrameFate fate, std::int64_t limitMs);
 

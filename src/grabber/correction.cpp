@@ -147,6 +147,19 @@ void CalibrateGathered(std::span<const float> gathered, std::span<float> frame)
     Calibrate(gathered, frame);
 }
 
+void CalibrateImageFrame(std::span<std::int16_t> frame)
+{
+    if (CalType != 1 && CalType != 2) return;
+    const std::size_t pixels = std::min(frame.size(), DecomList.size());
+    const std::size_t detectors = CalType == 2 ? std::min(OffsetList.size(), GainList.size()) : OffsetList.size();
+    for (std::size_t i = 0; i < pixels; ++i) {
+        const std::uint32_t d = DecomList[i];
+        if (d >= detectors) continue;
+        frame[i] =
+            CalType == 1 ? OffsetCount(0, frame[i], OffsetList[d]) : GainCount(0, frame[i], OffsetList[d], GainList[d]);
+    }
+}
+
 void ResetCorrection()
 {
     livePlan = {};

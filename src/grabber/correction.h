@@ -71,6 +71,10 @@ void CalibrateGathered(std::span<const std::int16_t> gathered, std::span<std::in
 void CalibrateGathered(std::span<const std::int32_t> gathered, std::span<std::int32_t> frame);
 void CalibrateGathered(std::span<const float> gathered, std::span<float> frame);
 
+// The same formula for a frame that stands in image order already, as a stored burst does: pixel i takes the offset and
+// gain of its detector, DecomList[i], and keeps its place.
+void CalibrateImageFrame(std::span<std::int16_t> frame);
+
 // No plan of the live correction: the next frame makes one.
 void ResetCorrection();
 

@@ -10,9 +10,11 @@
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
+#include "platform/timers.h"
 #include "state/buffer_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
+#include "state/frame_state.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/gather.h"
@@ -120,9 +122,27 @@ std::int64_t AllocateHostFrames()
     return MakeFrames(count, frameBytes);
 }
 
+std::span<const std::int16_t> ReplayedFrame()
+{
+    if (!ReplayActive || LiveVideo || ViewingFile) return {};
+    if (ReplayOnView < 0 || ReplayOnView >= std::ssize(HostFrames)) return {};
+    const std::vector<std::int16_t>& frame = HostFrames[static_cast<std::size_t>(ReplayOnView)];
+    return frame.size() == CameraFrameValues() ? std::span(frame) : std::span<const std::int16_t>();
+}
+
+void EndReplay()
+{
+    if (hWndMain) KillTimer(hWndMain, kReplayTimer);
+    write::buffer.ReplayActive = 0;
+    write::buffer.ReplayPaused = 0;
+    write::buffer.ReplayOnView = -1;
+}
+
 void FreeHostFrames()
 {
     if (!HostFramesAllocated) return;
+    EndReplay();
+    write::buffer.FramesInBuffer = 0;
     std::vector<std::vector<std::int16_t>>().swap(write::hostFrames.HostFrames);
     write::hostFrames.HostFramesAllocated = 0;
     write::buffer.HostFrameBytes = 0;

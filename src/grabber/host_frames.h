@@ -1,5 +1,6 @@
-// The pool of frames in host memory: bursts are captured into it at full speed. Frames are Hroi x Vroi raw counts in
-// readout order, without DataOffset.
+// The pool of frames in host memory: bursts are captured into it at full speed. Frames are Hroi x Vroi counts: those
+// that averaging gathers are raw, in readout order, without DataOffset; those of a stored burst or buffer file (the
+// first FramesInBuffer of state/buffer_state.h) stand in image order with DataOffset.
 #pragma once
 
 #include <cstdint>
@@ -22,7 +23,15 @@ extern const std::int32_t&
 // if numBufFrames is 0. Where memory is refused part-way: "Unable to allocate all of RAM memory requested!" and the
 // bytes so far.
 std::int64_t AllocateHostFrames();
-void FreeHostFrames();  // HostFrameBytes and AveragingCapacity are 0 then
+// The main window's timer that replay of stored frames runs on (record/replay.h).
+inline constexpr std::uint32_t kReplayTimer = 5;
+// The stored frame that replay shows, which stands for the camera's frozen one; empty where replay is off, live video
+// runs, a file is on view, or the frame isn't of the camera's size.
+std::span<const std::int16_t> ReplayedFrame();
+// Replay is off, wherever what it shows is no longer there: its timer is dead. Live video is left as it is.
+void EndReplay();
+
+void FreeHostFrames();  // HostFrameBytes, AveragingCapacity and FramesInBuffer are 0 then, and replay has ended
 // Captures count frames, each after skip frames left out; in the frame account they are used. The number captured; 0 on
 // failure, after its box. Fewer where a gather that runs is stopped (ui/gather.h).
 std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip);

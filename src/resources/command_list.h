@@ -111,7 +111,7 @@ inline constexpr CommandRow kRecent{.kind = Kind::kRecentFiles};
 
 inline constexpr CommandRow kAll[] = {
     Top("&File"),
-    NotBuilt(Board(Item(kCmdHostRamCapture, "&Host RAM capture...\tShift+F3", kHelpHostRamCapture))),
+    Board(Item(kCmdHostRamCapture, "&Host RAM capture...\tShift+F3", kHelpHostRamCapture)),
     kLine,
     Board(Item(kCmdSaveImage, "&Save image...\tF3", kHelpSaveImage, "save")),
     Item(kCmdLoadImage, "&Load image...\tF6", kHelpLoadImage, "load"),

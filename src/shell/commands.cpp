@@ -10,6 +10,7 @@
 #include "platform/help.h"
 #include "platform/text.h"
 #include "platform/window.h"
+#include "record/buffer_dialog.h"
 #include "record/contsave_dialog.h"
 #include "record/triggered_save_dialog.h"
 #include "resources/command_list.h"
@@ -63,6 +64,7 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
+    {kCmdHostRamCapture, HostRamCapture},
     {kCmdSaveImage, SaveImageFile},
     {kCmdLoadImage, LoadImageFile},
     {kCmdNameSequenceForSaving, NameSequence},

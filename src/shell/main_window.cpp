@@ -2,6 +2,7 @@
 
 #include "display/display_pipeline.h"
 #include "grabber/frame_account.h"
+#include "grabber/host_frames.h"
 #include "platform/dialog.h"
 #include "platform/front.h"
 #include "platform/menu.h"
@@ -10,6 +11,7 @@
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "record/recorder.h"
+#include "record/replay.h"
 #include "resources/ids.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
@@ -163,6 +165,9 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
             return 0;
         case kLiveTimer:
             OnLiveTimer(window);
+            return 0;
+        case kReplayTimer:
+            OnReplayTimer();
             return 0;
         case kFitTimer:
             OnFitTimer();

@@ -15,6 +15,15 @@ struct BufferStateVariables {
     std::int32_t BufferRectLeft = 0;
     std::int32_t BufferRectBottom = 0;
     std::int32_t BufferRectRight = 0;
+    std::int32_t BufferStale = 0;
+    std::int32_t BufferLoadAt = 0;
+    std::int32_t ReplayActive = 0;
+    std::int32_t ReplayPaused = 0;
+    std::int32_t ReplayCurrent = 0;
+    std::int32_t ReplayOnView = -1;
+    std::int32_t ReplayRateIndex = 1;
+    std::int32_t ReplayPeriodMs = 41;  // of row 1, 24 Hz
+    HWND BufferDialog = nullptr;
     std::int32_t PeriodicUpdates = 1;
 };
 

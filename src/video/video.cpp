@@ -9,6 +9,7 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_read.h"
 #include "grabber/frame_size.h"
+#include "grabber/host_frames.h"
 #include "grabber/recording.h"
 #include "imagefile/header_write.h"
 #include "pixel/decommutation.h"
@@ -71,16 +72,6 @@ bool RefreshRawFrame(bool draws)
     return true;
 }
 
-bool EnsureDecomList()
-{
-    if (DecomList.size() >= CameraFrameValues()) return true;
-    std::vector<std::uint32_t>().swap(write::cal.DecomList);
-    std::optional<std::vector<std::uint32_t>> list = LoadDecomList(ActiveConfig);
-    if (list) write::cal.DecomList = std::move(*list);
-    CalibrationListsChanged();
-    return list.has_value();
-}
-
 // The count of the image cursor's pixel, unsigned 16 bits; 0 outside the frame.
 void ReadCursor(std::span<const std::int16_t> frame)
 {
@@ -94,6 +85,16 @@ void ReadCursor(std::span<const std::int16_t> frame)
 int GetStoredFrame(std::vector<std::int16_t>& frame)
 {
     if (!CopyStoredFrame(frame)) return 0;
+    ReadCursor(frame);
+    if (DisplayEnabled) DrawFrame(frame);
+    return 1;
+}
+
+// The frame of a stored burst that replay shows, which stands in image order already.
+int GetReplayedFrame(std::span<const std::int16_t> replayed, std::vector<std::int16_t>& frame)
+{
+    if (frame.size() != replayed.size() && !AllocateBlock(frame, replayed.size())) return 0;
+    std::ranges::copy(replayed, frame.begin());
     ReadCursor(frame);
     if (DisplayEnabled) DrawFrame(frame);
     return 1;
@@ -116,6 +117,7 @@ void CorrectRawFrame(std::span<std::int16_t> frame, bool draws)
 
 int GetCameraFrame(std::vector<std::int16_t>& frame)
 {
+    if (const auto replayed = ReplayedFrame(); !replayed.empty()) return GetReplayedFrame(replayed, frame);
     const bool draws = DisplayEnabled != 0;
     if (!RefreshRawFrame(draws) || !EnsureDecomList()) return 0;
     const std::size_t values = CameraFrameValues();
@@ -154,16 +156,6 @@ void SetTitle(std::string_view title)
     if (hWndMain) SetWindowText(hWndMain, title);
 }
 
-// Back from a stored file to the camera's frame.
-void LeaveStoredFile()
-{
-    write::frames.ViewingFile = 0;
-    write::frames.SteppingFrames = 0;
-    RefreshPicture();
-    KeepUnitAvailable();
-    BuildDisplayLut(Contrast, Brightness);  // viewing has made it for the file's range
-}
-
 // The analysis reads the frozen picture from ImageBuffer: the last frame on the screen.
 void KeepLiveFrame()
 {
@@ -198,6 +190,7 @@ void StopGrab()
 void Resume(std::int32_t& live)
 {
     ShowFreezeInMenu(true);
+    EndReplay();
     if (ViewingFile) LeaveStoredFile();
     write::file.ImageHeader.ImageHeaderDataOffset = 0;
     StartGrab();
@@ -218,6 +211,25 @@ void Freeze(std::int32_t& live)
 }
 
 }  // namespace
+
+bool EnsureDecomList()
+{
+    if (DecomList.size() >= CameraFrameValues()) return true;
+    std::vector<std::uint32_t>().swap(write::cal.DecomList);
+    std::optional<std::vector<std::uint32_t>> list = LoadDecomList(ActiveConfig);
+    if (list) write::cal.DecomList = std::move(*list);
+    CalibrationListsChanged();
+    return list.has_value();
+}
+
+void LeaveStoredFile()
+{
+    write::frames.ViewingFile = 0;
+    write::frames.SteppingFrames = 0;
+    RefreshPicture();
+    KeepUnitAvailable();
+    BuildDisplayLut(Contrast, Brightness);  // viewing has made it for the file's range
+}
 
 int GetVideoData(std::vector<std::int16_t>& frame)
 {

@@ -12,7 +12,8 @@ namespace kelvo {
 inline constexpr std::uint32_t kLiveTimer = 3;
 
 // Fetches the newest frame, corrected and in image order, into frame, reads the image cursor's count from it, and draws
-// it where DisplayEnabled is set. With a file on view it is the stored frame. 1, or 0 on failure (told in a box where
+// it where DisplayEnabled is set. With a file on view it is the stored frame, while frozen the one that replay shows
+// (ReplayedFrame). 1, or 0 on failure (told in a box where
 // the board failed).
 int GetVideoData(std::vector<std::int16_t>& frame);
 // The camera's frame in the same way into a block of Hroi x Vroi values, and nothing is drawn: for who records. 0 too
@@ -21,8 +22,13 @@ int GetVideoData(std::span<std::int16_t> frame);
 // GetVideoData into LiveFrame; its result.
 int RefreshLiveFrame();
 
-// Freezes or resumes live video: flag is LiveVideo. Without CameraOn it does nothing. Resuming leaves a stored file,
-// and the display table is that of the live range again.
+// The table of the readout is there: loaded where it was missing. False where it can't be.
+bool EnsureDecomList();
+// Back from a stored file to the camera's frame; live video is left as it is.
+void LeaveStoredFile();
+
+// Freezes or resumes live video: flag is LiveVideo. Without CameraOn it does nothing. Resuming leaves a stored file
+// and ends replay, and the display table is that of the live range again.
 void ToggleFreeze(std::int32_t& flag);
 void ToggleLiveVideo();  // ToggleFreeze(LiveVideo)
 // Live video begins anew with what is in force, frozen or not. Without a camera that is on nothing is live after it.

@@ -1,6 +1,7 @@
 #include "viewing/stored_view.h"
 
 #include "display/display_pipeline.h"
+#include "grabber/host_frames.h"
 #include "imagefile/header_write.h"
 #include "platform/box.h"
 #include "state/frame_state_write.h"
@@ -28,6 +29,7 @@ void TellNoViewMemory()
 
 void FreezeLiveVideo()
 {
+    EndReplay();
     if (!ViewingFile && LiveVideo) ToggleLiveVideo();
 }
 

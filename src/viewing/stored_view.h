@@ -27,7 +27,7 @@ void FreeImageBuffer();
 // "Failure to allocate or lock memory!" under "ViewImage Memory Error!"
 void TellNoViewMemory();
 
-void FreezeLiveVideo();  // the first stored frame freezes the video
+void FreezeLiveVideo();  // the first stored frame freezes the video, and ends replay
 
 // The image cursor is off while a frame is loaded, and goes back on inside the new image.
 void TakeCursorOff();

@@ -27,10 +27,12 @@
 #include "imagefile/header_write.h"
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
+#include "record/capture_sequence.h"
 #include "record/continuous_save.h"
 #include "record/contsave_dialog.h"
 #include "record/external_signal.h"
 #include "record/recorder.h"
+#include "record/sequence_library.h"
 #include "record/trigger_dialogs.h"
 #include "record/triggered_save.h"
 #include "record/triggered_save_dialog.h"
@@ -155,6 +157,8 @@ constexpr void (*kModules[])() = {
     ResetUndo,
     ResetPlayback,
     ResetPlayBar,
+    ResetSequenceLibrary,
+    ResetCaptureSequence,
     ResetCursorCommand,
     ResetColorScale,
     ResetSaturationOverlay,

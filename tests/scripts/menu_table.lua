@@ -20,7 +20,7 @@ local texts = {
   [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About",
 }
 local not_built = {}
-for _, id in ipairs { 103, 117, 125, 126, 160, 161, 162 } do not_built[id] = true end
+for _, id in ipairs { 117, 125, 126, 160, 161, 162 } do not_built[id] = true end
 for id, expected in pairs(texts) do
   local item = menu(id)
   assert(item, "no menu item " .. id)
@@ -40,7 +40,7 @@ for _, id in ipairs { 117, 160 } do check.eq(enabled("panel", id), false, "panel
 for _, id in ipairs { 106, 107, 114, 121, 1016 } do check.eq(enabled("panel", id), true, "panel " .. id) end
 
 -- The key of one still tells, and so do commands that user modules will have.
-for _, name in ipairs { "Shift+F3", "Shift+F8", "Shift+PrintScrn" } do
+for _, name in ipairs { "Shift+F8", "Shift+PrintScrn" } do
   key(name)
   check.answer_box("This command is not available in this version of Kelvo.", "ok")
 end

@@ -355,6 +355,112 @@ rows.APPLYCAL = {
   },
 }
 
+-- --- Host RAM -----------------------------------------------------------------------------------------------------------------
+
+local kept_at_freezing = "the frame kept at freezing"
+local made_here = "host frames are made when they are needed"
+local in_memory = "the library keeps it for this run; Cancel leaves the file alone"
+
+-- Four frames are stored, so that everything can be worked.
+local function store_burst()
+  command(103)
+  in_front("BUFFER")
+  set(1342, "4")
+  press(1352)
+  check.eq(text(1332), "4")
+  press(1)
+end
+
+rows.BUFFER = {
+  setup = store_burst,
+  open = opens(103, "BUFFER"),
+  texts = { [1336] = "AB", [1342] = "5", [1344] = "1" },
+  buttons = {
+    [1352] = "captures",
+    [1354] = function()
+      press(1354)
+      check.eq(file().title, "Save File")
+      cancel()
+    end,
+    [1356] = function()
+      press(1356)
+      check.eq(file().title, "Open File")
+      cancel()
+    end,
+    [1360] = "drops what is stored",
+    [1353] = function()
+      press(1353)
+      press(1353)
+    end,
+  },
+  work = {
+    -- On and off again: it goes on behind the dialog otherwise.
+    [1348] = function()
+      check(1348, true)
+      wait(300)
+      check(1348, false)
+    end,
+    [1011] = function() scroll(1011, 2) end,
+  },
+  stays = { [1348] = "on and off again", [1011] = "moves while replay pauses", [1340] = "picked last", [1342] = "of the other subsequence" },
+  ways = { "cancelled", "closed" },
+  kept = {
+    SeqNum = in_memory, SubSeqNum = in_memory, SubSeqList = in_memory, SeqList = in_memory,
+    ReplayRateIndex = "the rate of this run", ReplayPeriodMs = "the rate of this run", BufferStale = "the store has been replayed",
+    LastFileDirectory = "the folder that the first file dialog of a run shows",
+  },
+  may = { HostFrameBytes = made_here, HostFramesAllocated = made_here, ImageBuffer = kept_at_freezing, ["ImageBuffer.Contents"] = kept_at_freezing },
+}
+
+rows.BUF_LOAD = {
+  setup = function()
+    store_burst()
+    command(103)
+    press(1354)
+    choose(datadir() .. "/four.buf")
+    press(1)
+    check.holds(status(), "Saved four.buf: 4 frames")
+    press(1356)
+    choose(datadir() .. "/four.buf")
+    in_front("BUF_LOAD")
+    press(2)
+  end,
+  open = function()
+    press(1356)
+    choose(datadir() .. "/four.buf")
+    in_front("BUF_LOAD")
+  end,
+  refused = {
+    { set = { [1371] = "few" }, box = "Start frame must be 0 to # of frames in buffer." },
+    { set = { [1371] = "0", [1614] = "" }, box = "Right column must be an integer." },
+    { set = { [1371] = "0", [1614] = "0", [1374] = "200", [1375] = "1", [1376] = "100", [1377] = "319" }, box = "Upper row must be a # less than the lower row." },
+    { set = { [1372] = "4" }, box = "End Frame must be greater than or equal to Start Frame." },
+  },
+  finish = function() press(2) end,
+}
+
+rows.BUF_SAVE = {
+  setup = function()
+    store_burst()
+    command(103)
+    press(1354)
+    choose(datadir() .. "/four.buf")
+    in_front("BUF_SAVE")
+    press(2)
+  end,
+  open = function()
+    press(1354)
+    choose(datadir() .. "/four.buf")
+    in_front("BUF_SAVE")
+  end,
+  refused = {
+    { set = { [1375] = "x" }, box = "Left column is an invalid number." },
+    { set = { [1374] = "1", [1375] = "3", [1376] = "255", [1377] = "320" }, box = "Left column must be a # less than the right column." },
+    { set = { [1371] = "3", [1372] = "2" }, box = "End Frame must be greater than or equal to Start Frame." },
+  },
+  finish = function() press(2) end,
+}
+
 -- --- Files --------------------------------------------------------------------------------------------------------------------
 
 local function view_sequence() drop(datadir() .. "/sequence.img") end
