@@ -718,6 +718,7 @@ TEST_F(OperatorScript, NoSignalWithoutOneToTakeIt)
 TEST_F(OperatorScript, TheSignalIsSentThroughItsHook)
 {
     static int sent = 0;
+    sent = 0;  // of an earlier round too
     ScriptHooks hooks;
     hooks.signal = [] { return ++sent == 1; };
     SetScriptHooks(hooks);

@@ -28,13 +28,13 @@ check.seen("help", { context = 268 }, mark + 1)
 check.eq(box(), nil, "exit wasn't run")
 check.eq(state("HelpMode"), 0)
 
-check.seen("help", { context = 257 }, help_in_menu("F", 1))
+check.seen("help", { context = 257 }, help_in_menu("F", 2))
 check.seen("help", { context = 354 }, help_in_menu("I", 3))
 check.eq(state("ImageColor"), 1230, "the colour map wasn't taken")
 check.seen("help", { context = 41 }, help_in_menu("S", 4))
 check.eq(box(), nil)
 
-help_in_menu("F", 8)  -- grey items are passed over
+help_in_menu("F", 11)  -- grey items are passed over
 check.answer_box("Help not available for this Menu item.", "ok", "Kelvo message")
 check.eq(file(), nil, "the bitmap wasn't saved")
 check.eq(state("HelpMode"), 0)
