@@ -137,22 +137,12 @@ std::optional<StoredCorrection> CorrectionOf(const ApplyRequest& request, const 
 
 // --- The result -----------------------------------------------------------------------------------------------------
 
-void SetText(FramesHead& head, std::string_view key, std::string value)
-{
-    const auto found = std::ranges::find(head.texts, key, &std::pair<std::string, std::string>::first);
-    if (found == head.texts.end()) {
-        head.texts.emplace_back(key, std::move(value));
-    } else {
-        found->second = std::move(value);
-    }
-}
-
 FramesHead HeadOfResult(const FramesHead& head, const std::string& set)
 {
     FramesHead corrected = head;
-    SetText(corrected, frames_key::kPixels, "corrected");
-    SetText(corrected, frames_key::kCalibration, set);
-    SetText(corrected, frames_key::kChecksum, Sha256Of(ReadWholeFile(set, kLongestCalFile).value_or("")));
+    corrected.SetText(frames_key::kPixels, kCorrectedPixels);
+    corrected.SetText(frames_key::kCalibration, set);
+    corrected.SetText(frames_key::kChecksum, Sha256Of(ReadWholeFile(set, kLongestCalFile).value_or("")));
     return corrected;
 }
 
@@ -199,9 +189,7 @@ class Result {
         const std::string journalPath = FramesPathOf(request_.out);
         if (source_.journal) {
             const FramesHead head = HeadOfResult(source_.journal->head, request_.set);
-            const std::vector<std::byte> bytes = FramesFileBytes(head, records_, Closing());
-            if (!ReplaceFile(journalPath, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}))
-                return Refused();
+            if (!ReplaceFramesFile(journalPath, head, records_, Closing())) return Refused();
         }
         if (file_.Keep()) return std::nullopt;
         if (source_.journal) DeleteFileNamed(journalPath);

@@ -108,8 +108,7 @@ bool WriteJournal(std::string_view path, const FramesFile& journal, const Recove
     if (report.journalWasDamaged && !CopyFileTo(journalPath, journalPath + ".damaged", false)) return false;
     FrameRecord closing = journal.closing.value_or(ClosingRecord(0, EndOfRecording::kRecovered));
     closing.number = report.frames;
-    const std::vector<std::byte> bytes = FramesFileBytes(journal.head, journal.records, closing);
-    return ReplaceFile(journalPath, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    return ReplaceFramesFile(journalPath, journal.head, journal.records, closing);
 }
 
 // ---- what is told

@@ -101,9 +101,8 @@ class Output {
     Failure End(const Source& first, const Source& last)
     {
         if (first.journal && last.journal) {
-            const std::vector<std::byte> bytes = FramesFileBytes(first.journal->head, records_, Closing(last));
             const std::string journal = FramesPathOf(path_);
-            if (!ReplaceFile(journal, {reinterpret_cast<const char*>(bytes.data()), bytes.size()})) return Refused();
+            if (!ReplaceFramesFile(journal, first.journal->head, records_, Closing(last))) return Refused();
         }
         if (file_.Keep()) return std::nullopt;
         DeleteFileNamed(FramesPathOf(path_));

@@ -6,6 +6,7 @@
 #include "grabber/host_frames_write.h"
 #include "head/camera_head.h"
 #include "imagefile/header_write.h"
+#include "imagefile/sequence_file.h"
 #include "pixel/coefficient_lists.h"
 #include "platform/box.h"
 #include "platform/clock.h"
@@ -408,6 +409,8 @@ bool EndResult(const Job& job, Streams& streams)
     if (streams.newResult) arrived = streams.newResult->Keep();
     if (streams.result) arrived = streams.result->Close();
     if (job.InPlace() && streams.image) arrived = streams.image->Close();
+    const std::int64_t frames = std::int64_t{job.endFrame} - job.startFrame + 1;
+    if (arrived && !job.ToMemory()) arrived = RenewChecksums(job.resultName, job.resultStart, frames, {});
     return arrived || Refuse(job, job.resultName, "Error writing image data", kApplyResultName);
 }
 
@@ -466,6 +469,7 @@ int TellFileFailure(std::string_view text, std::string_view title)
 using CorrectBlock = std::function<void(std::span<const std::uint8_t> read, std::span<std::uint8_t> corrected)>;
 
 struct RecordedFile {
+    std::string path;
     File file;
     FrameLayout layout;
     std::int64_t frames = 0;  // whole ones
@@ -490,10 +494,11 @@ std::optional<RecordedFile> OpenRecorded(std::string_view path)
     }
     const FrameLayout layout = LayoutOf(ImageHeader);
     const std::int64_t frames = WholeFrames(file->Length(), layout);
-    return RecordedFile{std::move(*file), layout, frames};
+    return RecordedFile{std::string(path), std::move(*file), layout, frames};
 }
 
-int CorrectInPlace(RecordedFile& recording, std::uint32_t firstFrame, std::uint32_t count, const CorrectBlock& correct)
+int CorrectFramesInPlace(RecordedFile& recording, std::uint32_t firstFrame, std::uint32_t count,
+                         const CorrectBlock& correct)
 {
     std::vector<std::uint8_t> read;
     std::vector<std::uint8_t> corrected;
@@ -515,6 +520,14 @@ int CorrectInPlace(RecordedFile& recording, std::uint32_t firstFrame, std::uint3
     }
     return recording.file.Close() ? 1
                                   : TellFileFailure("Unable to write calibrated data to file!", "File Write Error!");
+}
+
+// At a fault too: frames before it are corrected.
+int CorrectInPlace(RecordedFile& recording, std::uint32_t firstFrame, std::uint32_t count, const CorrectBlock& correct)
+{
+    const int result = CorrectFramesInPlace(recording, firstFrame, count, correct);
+    if (RenewChecksums(recording.path, firstFrame, count, {}) || result == 0) return result;
+    return TellFileFailure("Unable to write calibrated data to file!", "File Write Error!");
 }
 
 // The lists in force as a value.

@@ -363,13 +363,15 @@ TakeResult WaitForNextFrame(std::int64_t limitMs)
     }
 }
 
-TakeResult TakeNextFrame(std::span<std::int16_t> out, FrameStamp& stamp, FrameFate fate, std::int64_t limitMs)
+TakeResult TakeNextFrame(std::span<std::int16_t> out, CapturedFrame& taken, FrameFate fate, std::int64_t limitMs)
 {
     const TakeResult result = WaitForNextFrame(limitMs);
     if (result != TakeResult::kTaken) return result;
     const CapturedFrame& frame = WaitingFrame(0);
-    std::copy_n(frame.values.begin(), std::min(out.size(), frame.values.size()), out.begin());
-    stamp = frame.stamp;
+    const std::size_t values = std::min(out.size(), frame.values.size());
+    std::copy_n(frame.values.begin(), values, out.begin());
+    taken = frame;
+    taken.values = out.first(values);
     DropFrames(1, fate);
     return TakeResult::kTaken;
 }

@@ -69,8 +69,9 @@ enum class TakeResult {
 };
 // Waits at most limitMs until a frame waits: kTaken where WaitingFrame(0) is there, which stays until it is dropped.
 TakeResult WaitForNextFrame(std::int64_t limitMs);
-// The oldest frame that waits, or the next one that comes within limitMs: its values to out, its stamp to stamp.
-TakeResult TakeNextFrame(std::span<std::int16_t> out, FrameStamp& stamp, FrameFate fate, std::int64_t limitMs);
+// The oldest frame that waits, or the next one that comes within limitMs: its values to out, and what is known of it to
+// taken, whose values are those in out.
+TakeResult TakeNextFrame(std::span<std::int16_t> out, CapturedFrame& taken, FrameFate fate, std::int64_t limitMs);
 
 // The newest frame, once each, for the live view; waits at most limitMs for one.
 TakeResult CopyNewestFrame(std::span<std::int16_t> out, std::int64_t limitMs);

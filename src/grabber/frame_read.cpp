@@ -19,7 +19,7 @@ constexpr std::int64_t kLongestWaitMs = 2000;  // as the board's own (init_itex)
 
 bool boxIsOpen = false;
 std::optional<FrameFate> fateOfNext;  // while somebody takes the next frame
-FrameStamp lastStamp;
+CapturedFrame lastTaken;
 FrameReadFault lastFault;
 bool tellsNothing = false;  // while somebody reads without boxes
 
@@ -40,8 +40,9 @@ bool Fail(const FrameReadFault& fault)
 
 bool ReadCapturedFrame(std::span<std::int16_t> buffer)
 {
-    const TakeResult result = fateOfNext ? TakeNextFrame(buffer, lastStamp, *fateOfNext, kLongestWaitMs)
+    const TakeResult result = fateOfNext ? TakeNextFrame(buffer, lastTaken, *fateOfNext, kLongestWaitMs)
                                          : CopyNewestFrame(buffer, kLongestWaitMs);
+    lastTaken.values = {};  // the caller's, and not kept
     switch (result) {
         case TakeResult::kTaken:
             return true;
@@ -86,9 +87,9 @@ TakesNextFrame::~TakesNextFrame()
     fateOfNext.reset();
 }
 
-const FrameStamp& LastFrameStamp()
+const CapturedFrame& LastTakenFrame()
 {
-    return lastStamp;
+    return lastTaken;
 }
 
 ReadsWithoutBoxes::ReadsWithoutBoxes()
@@ -109,7 +110,7 @@ const FrameReadFault& LastFrameReadFault()
 void ResetFrameRead()
 {
     fateOfNext.reset();
-    lastStamp = {};
+    lastTaken = {};
     lastFault = {};
     tellsNothing = false;
 }

@@ -26,8 +26,8 @@ class TakesNextFrame {
     TakesNextFrame(const TakesNextFrame&) = delete;
     TakesNextFrame& operator=(const TakesNextFrame&) = delete;
 };
-// Of the frame that was taken so last.
-const FrameStamp& LastFrameStamp();
+// What is known of the frame that was taken so last; without its values.
+const CapturedFrame& LastTakenFrame();
 
 // Why a frame didn't come, as the operator reads it.
 struct FrameReadFault {

@@ -167,6 +167,16 @@ std::string FramesHead::Text(std::string_view key) const
     return found == texts.end() ? std::string() : found->second;
 }
 
+void FramesHead::SetText(std::string_view key, std::string_view value)
+{
+    const auto found = std::ranges::find(texts, key, &std::pair<std::string, std::string>::first);
+    if (found == texts.end()) {
+        texts.emplace_back(key, value);
+    } else {
+        found->second = value;
+    }
+}
+
 std::string FramesPathOf(std::string_view sequencePath)
 {
     return std::string(sequencePath) + ".frames";
@@ -199,6 +209,15 @@ std::optional<FramesFileWriter> FramesFileWriter::Create(std::string_view path, 
     file.reset();
     DeleteFileNamed(path);
     return std::nullopt;
+}
+
+std::optional<FramesFileWriter> FramesFileWriter::Continue(std::string_view path, const FramesFile& journal)
+{
+    std::optional<File> file = File::Open(path, FileMode::kReadWrite);
+    if (!file || journal.fault != FramesFault::kNone) return std::nullopt;
+    FramesFileWriter writer(std::move(*file), journal.headBytes);
+    writer.records_ = std::ssize(journal.records);
+    return writer.DropLast(0) ? std::optional(std::move(writer)) : std::nullopt;
 }
 
 bool FramesFileWriter::Append(const FrameRecord& record)
@@ -264,6 +283,13 @@ std::vector<std::byte> FramesFileBytes(const FramesHead& head, std::span<const F
     return bytes;
 }
 
+bool ReplaceFramesFile(std::string_view path, const FramesHead& head, std::span<const FrameRecord> records,
+                       const std::optional<FrameRecord>& closing)
+{
+    const std::vector<std::byte> bytes = FramesFileBytes(head, records, closing);
+    return ReplaceFile(path, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+}
+
 namespace {
 
 // What stands in a record, and what its number says beyond that.
@@ -276,7 +302,8 @@ FrameGap GapBefore(const FrameRecord& record, std::int64_t index, const FrameRec
                     .passedOver = record.passedOver,
                     .unexplained = 0};
     if (record.number < 0) return gap;
-    if (previous && previous->number >= 0 && record.number > previous->number) {
+    const bool sameRun = (record.flags & kFirstOfRun) == 0;
+    if (sameRun && previous && previous->number >= 0 && record.number > previous->number) {
         gap.unexplained = std::max<std::int64_t>(record.number - previous->number - 1 - gap.Missing(), 0);
     }
     gap.firstNumber = record.number - gap.Missing();

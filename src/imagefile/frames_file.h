@@ -42,6 +42,7 @@ enum FrameFlag : std::uint32_t {
     kMarkedFrame = 2,      // the first one completed after a mark was set; `mark` is its number
     kFirstOfPart = 4,      // the frame before it is the last one of another file of the same run
     kRecoveredFrame = 8,   // its record was lost and made again from the sequence: times are 0, what is missing unknown
+    kFirstOfRun = 16,      // the frame before it is the last one of an earlier run into the same file
     kClosesJournal = 128,  // no frame: the end. `number` is how many frames there are, `mark` an EndOfRecording
 };
 
@@ -80,11 +81,13 @@ constexpr std::string_view kCamera = "Camera";                 // its descriptio
 constexpr std::string_view kSettings = "Settings";             // of the recorder, "Key=value" lines
 constexpr std::string_view kCalibration = "CalibrationSet";    // the .cal in force; empty: none
 constexpr std::string_view kChecksum = "CalibrationChecksum";  // SHA-256 of that file; empty: none
-constexpr std::string_view kPixels = "Pixels";                 // "raw" or "corrected"
+constexpr std::string_view kPixels = "Pixels";                 // kRawPixels or kCorrectedPixels
 constexpr std::string_view kSampleName = "SampleName";         //
 constexpr std::string_view kComment = "Comment";               //
 constexpr std::string_view kClock = "Clock";                   // where the times come from
 }  // namespace frames_key
+constexpr std::string_view kRawPixels = "raw";              // in readout order
+constexpr std::string_view kCorrectedPixels = "corrected";  // as on the screen
 
 struct FramesHead {
     std::uint32_t columns = 0;
@@ -93,6 +96,8 @@ struct FramesHead {
     std::vector<std::pair<std::string, std::string>> texts;  // key and value, as they stand in the file
     // The value of a key; empty where there is none.
     std::string Text(std::string_view key) const;
+    // In place of its former value, or behind the others.
+    void SetText(std::string_view key, std::string_view value);
     friend bool operator==(const FramesHead&, const FramesHead&) = default;
 };
 
@@ -104,27 +109,6 @@ FrameRecord Sealed(FrameRecord record);
 // Its checksum holds.
 bool IsWhole(const FrameRecord& record);
 FrameRecord ClosingRecord(std::int64_t frames, EndOfRecording why);
-
-// A journal in the making. One write call a record and no memory taken for it.
-class FramesFileWriter {
-  public:
-    // A new file with its head on the disk; nullopt where one stands, or none can be made.
-    static std::optional<FramesFileWriter> Create(std::string_view path, const FramesHead& head);
-    // False where the disk didn't take the record: what it took of it is cut off again.
-    bool Append(const FrameRecord& record);
-    // Takes the last records back: their frames didn't reach the disk.
-    bool DropLast(std::int64_t records);
-    // Behind the last record; passes on what is missing behind the last frame.
-    bool Close(const FrameRecord& closing);
-    bool SyncData() { return file_.SyncData(); }
-    std::int64_t Records() const { return records_; }
-
-  private:
-    FramesFileWriter(File file, std::int64_t headBytes) : file_(std::move(file)), headBytes_(headBytes) {}
-    File file_;
-    std::int64_t headBytes_;
-    std::int64_t records_ = 0;
-};
 
 enum class FramesFault {
     kNone,
@@ -147,6 +131,33 @@ FramesFile ReadFramesFile(std::string_view path);
 // What a file with that head, these records and a closing one consists of.
 std::vector<std::byte> FramesFileBytes(const FramesHead& head, std::span<const FrameRecord> records,
                                        const std::optional<FrameRecord>& closing);
+// Puts a journal with these contents in the place of the one at path, or there anew: all or nothing. False: what stood
+// there stands.
+bool ReplaceFramesFile(std::string_view path, const FramesHead& head, std::span<const FrameRecord> records,
+                       const std::optional<FrameRecord>& closing);
+
+// A journal in the making. One write call a record and no memory taken for it.
+class FramesFileWriter {
+  public:
+    // A new file with its head on the disk; nullopt where one stands, or none can be made.
+    static std::optional<FramesFileWriter> Create(std::string_view path, const FramesHead& head);
+    // One that stands goes on behind its last whole record: its closing record, and what lies behind, is taken off.
+    static std::optional<FramesFileWriter> Continue(std::string_view path, const FramesFile& journal);
+    // False where the disk didn't take the record: what it took of it is cut off again.
+    bool Append(const FrameRecord& record);
+    // Takes the last records back: their frames didn't reach the disk.
+    bool DropLast(std::int64_t records);
+    // Behind the last record; passes on what is missing behind the last frame.
+    bool Close(const FrameRecord& closing);
+    bool SyncData() { return file_.SyncData(); }
+    std::int64_t Records() const { return records_; }
+
+  private:
+    FramesFileWriter(File file, std::int64_t headBytes) : file_(std::move(file)), headBytes_(headBytes) {}
+    File file_;
+    std::int64_t headBytes_;
+    std::int64_t records_ = 0;
+};
 
 // What is missing in a sequence.
 struct FrameGap {

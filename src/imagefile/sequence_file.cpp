@@ -1,9 +1,14 @@
 #include "imagefile/sequence_file.h"
 
+#include "imagefile/crc32c.h"
+#include "imagefile/frames_file.h"
 #include "platform/clock.h"
+#include "platform/memory.h"
 
 #include <algorithm>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -79,6 +84,26 @@ bool SequenceFile::EndWithLastFrame()
     if (behind_ > 0 && !file_.SetLength(kHeaderBytes + frames_ * frameBytes_)) return false;
     behind_ = 0;
     return file_.Seek(0) && file_.Write(BytesOf(header)) == sizeof header && file_.Flush();
+}
+
+bool RenewChecksums(std::string_view path, std::int64_t first, std::int64_t count, std::string_view pixels)
+{
+    const std::string journalPath = FramesPathOf(path);
+    FramesFile journal = ReadFramesFile(journalPath);
+    if (journal.fault == FramesFault::kNotOpened) return true;
+    std::optional<SequenceFile> sequence = SequenceFile::Open(path, FileMode::kRead);
+    std::vector<std::byte> frame;
+    if (journal.fault != FramesFault::kNone || !sequence) return false;
+    if (!AllocateBlock(frame, static_cast<std::size_t>(sequence->FrameBytes()))) return false;
+    const std::int64_t end = std::min({first + count, std::ssize(journal.records), sequence->Frames()});
+    for (std::int64_t i = first; i < end; ++i) {
+        if (!sequence->ReadFrame(i, frame)) return false;
+        const std::span<const std::byte> values = std::span(frame).subspan(sequence->HeaderBytesOfFrame());
+        journal.records[static_cast<std::size_t>(i)].pixelCrc = Crc32c(values);
+    }
+    const bool all = first == 0 && end == std::ssize(journal.records);
+    if (all && !pixels.empty()) journal.head.SetText(frames_key::kPixels, pixels);
+    return ReplaceFramesFile(journalPath, journal.head, journal.records, journal.closing);
 }
 
 bool IsBeingRecorded(std::string_view path)

@@ -47,6 +47,11 @@ class SequenceFile {
     std::int64_t behind_ = 0;
 };
 
+// Frames were changed where they stand: their checksums in the journal beside the sequence, if one lies there, are made
+// true again. Where these are all its frames and pixels isn't empty the journal's head says what they are now. False
+// where the journal couldn't be read or rewritten: it stands as it was.
+bool RenewChecksums(std::string_view path, std::int64_t first, std::int64_t count, std::string_view pixels);
+
 // Whether somebody records into it now.
 bool IsBeingRecorded(std::string_view path);
 

@@ -9,11 +9,13 @@
 #include "grabber/frame_size.h"
 #include "grabber/recording.h"
 #include "imagefile/header_write.h"
+#include "imagefile/sequence_file.h"
 #include "platform/clock.h"
 #include "platform/disk_space.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
+#include "record/save_journal.h"
 #include "script/script.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
@@ -75,6 +77,7 @@ struct Run {
     const DisplayHeldOff display;
     SaveOptions options;
     ImageHeaderRecord header;  // in native order
+    std::optional<SaveJournal> journal;
     std::int32_t firstFrame = 0;
     bool partOfAFrame = false;  // stands behind the whole ones
 };
@@ -122,9 +125,13 @@ std::int64_t RecordBytes(std::int16_t frameHeaderBytes)
     return frameHeaderBytes + static_cast<std::int64_t>(CameraFrameValues() * sizeof(std::int16_t));
 }
 
+// One that another program is recording into is left alone.
 bool OpenSaveFile(FileMode mode)
 {
-    std::optional<File> file = File::Open(run->options.path, mode);
+    const std::string& path = run->options.path;
+    if (FileExists(path) && IsBeingRecorded(path)) return false;
+    std::optional<File> file = File::Open(path, mode);
+    if (file && !file->Lock()) return false;
     if (file) SaveFile = std::make_unique<File>(std::move(*file));
     return file.has_value();
 }
@@ -159,6 +166,7 @@ SaveStart CreateSaveFile()
         return SaveStart::kCantOpen;
     }
     state.SaveFrameCount = 0;
+    run->journal = SaveJournal::New(run->options.path, run->options.calibrated);
     return SaveStart::kBegun;
 }
 
@@ -195,7 +203,9 @@ SaveStart ContinueSaveFile()
     if (!run->options.calibrated) MarkUncalibrated(run->header);
     state.SaveFrameBytes = RecordBytes(run->header.ImageHeaderDataOffset);
     state.SaveFrameCount = static_cast<std::int32_t>((SaveFile->Length() - kHeaderBytes) / state.SaveFrameBytes);
-    return CutPartOfAFrame() ? SaveStart::kBegun : SaveStart::kCantOpen;
+    if (!CutPartOfAFrame()) return SaveStart::kCantOpen;
+    run->journal = SaveJournal::Continue(run->options.path, SaveFrameCount);
+    return SaveStart::kBegun;
 }
 
 bool WriteFrame()
@@ -222,10 +232,13 @@ void ShowFrame(std::span<const std::int16_t> pixels)
     AccountFrameRead(true);
 }
 
-// Whoever keeps an account of the frames of a file is told here of each that was written whole.
-void NoteFrame(const FrameStamp& /*stamp*/, std::span<const std::int16_t> /*pixels*/)
+bool WriteFrameAndRecord(std::span<const std::int16_t> pixels)
 {
-    ++state.SaveFrameCount;
+    std::optional<SaveJournal>& journal = run->journal;
+    if (journal && !journal->Append(LastTakenFrame(), pixels, FrameIntegrationTime)) return false;
+    if (WriteFrame()) return true;
+    if (journal) journal->TakeBack();
+    return false;
 }
 
 bool TakeFrame(std::span<std::int16_t> pixels)
@@ -239,13 +252,19 @@ SaveTrouble SaveNextFrame()
 {
     const std::span<std::int16_t> pixels = PixelsOf(run->header.ImageHeaderDataOffset);
     if (!TakeFrame(pixels)) return SaveTrouble::kNoFrame;
-    SetFrameTime(LastFrameStamp().utcNs);
+    SetFrameTime(LastTakenFrame().stamp.utcNs);
     if (run->header.ImageHeaderDataOffset != 0) FillFrameHeader(state.SaveBuffer);
-    if (!WriteFrame()) return SaveTrouble::kNotWritten;
+    if (!WriteFrameAndRecord(pixels)) return SaveTrouble::kNotWritten;
     if (run->options.shows) ShowFrame(pixels);
-    NoteFrame(LastFrameStamp(), pixels);
+    ++state.SaveFrameCount;
     NoteScriptFrame();
     return SaveTrouble::kNone;
+}
+
+void PassOverOldest()
+{
+    if (run->journal) run->journal->PassedOver(WaitingFrame(0));
+    DropFrames(1, FrameFate::kPassedOver);
 }
 
 bool OldestWasCompleteBy(std::int64_t tickUs)
@@ -261,7 +280,7 @@ void PassOverFramesUntil(std::int64_t tickUs)
     const double limitMs = FrameRate > 0 ? kTwoPeriodsMs / static_cast<double>(FrameRate) : kTwoPeriodsMs;
     while (WaitForFrames(0, static_cast<std::int64_t>(std::min(limitMs, kTwoPeriodsMs)) + 1) > 0 &&
            OldestWasCompleteBy(tickUs)) {
-        DropFrames(1, FrameFate::kPassedOver);
+        PassOverOldest();
     }
 }
 
@@ -284,9 +303,11 @@ bool CloseSaveFile(ImageHeaderRecord header)
 {
     const bool whole = !run->partOfAFrame || CutPartOfAFrame();
     const bool written = WriteHeader(header);
+    // The journal last: a closed one says that all before it has arrived.
+    const bool journalClosed = !run->journal || (SaveFile->SyncData() && run->journal->Close());
     const bool closed = SaveFile->Close();
     SaveFile.reset();
-    return whole && written && closed;
+    return whole && written && journalClosed && closed;
 }
 
 // ---- Afterwards
@@ -452,6 +473,11 @@ bool SaveRuns()
     return run != nullptr;
 }
 
+bool SaveKeepsJournal()
+{
+    return run && run->journal;
+}
+
 SaveTrouble SaveTick()
 {
     const std::int64_t beganUs = TickUs();
@@ -466,7 +492,8 @@ SaveTrouble SaveTick()
 
 void PassOverWhatWaits()
 {
-    if (run->options.updateRate > 0) DropFrames(FramesWaiting(), FrameFate::kPassedOver);
+    if (run->options.updateRate <= 0) return;
+    while (FramesWaiting() > 0) PassOverOldest();
 }
 
 std::optional<std::int64_t> LostFrames()
@@ -507,11 +534,14 @@ CorrectionEnd CorrectSavedRun(const SavedRun& saved)
     if (!file) return CorrectionEnd::kCantOpen;
     SavedFrames frames(std::move(*file), ImageHeader.ImageHeaderDataOffset);
     if (!frames.Allocate()) return CorrectionEnd::kNoMemory;
-    for (std::int32_t i = 0; i < saved.frames; ++i) {
-        const CorrectionEnd end = frames.Correct(saved.firstFrame + i);
-        if (end != CorrectionEnd::kDone) return end;
+    CorrectionEnd end = CorrectionEnd::kDone;
+    for (std::int32_t i = 0; i < saved.frames && end == CorrectionEnd::kDone; ++i) {
+        end = frames.Correct(saved.firstFrame + i);
     }
-    return frames.Close() ? CorrectionEnd::kDone : CorrectionEnd::kCantWrite;
+    if (!frames.Close() && end == CorrectionEnd::kDone) end = CorrectionEnd::kCantWrite;
+    const std::string_view pixels = end == CorrectionEnd::kDone ? kCorrectedPixels : std::string_view();
+    const bool told = RenewChecksums(saved.path, saved.firstFrame, saved.frames, pixels);
+    return told || end != CorrectionEnd::kDone ? end : CorrectionEnd::kCantWrite;
 }
 
 void ResetContinuousSave()

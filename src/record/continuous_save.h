@@ -89,6 +89,9 @@ enum class SaveStart {
 // ImageHeader, and a file that was to be added to, are as before.
 SaveStart BeginSave(const SaveOptions& options);
 bool SaveRuns();
+// A journal grows beside the file. None does where it couldn't be made, or where frames are added to a file whose
+// journal doesn't tell of exactly those that stand there.
+bool SaveKeepsJournal();
 
 enum class SaveTrouble {
     kNone,

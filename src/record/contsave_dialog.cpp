@@ -407,7 +407,8 @@ void Run(HWND dialog, const SaveOptions& options)
     GreyForRun(dialog);
     SetDlgItemText(dialog, kContSaveStartStop, "&Stop acquisition");
     FocusDlgItem(dialog, kContSaveStartStop);
-    StatusMessage(" Saving to " + options.path, kLeftAligned);
+    StatusMessage(" Saving to " + options.path + (SaveKeepsJournal() ? "" : ", without a journal of its frames"),
+                  kLeftAligned);
     ShowFigures(dialog);
 }
 

@@ -3,11 +3,10 @@
 #include "grabber/board_state.h"
 #include "grabber/frame_size.h"
 #include "imagefile/header.h"
-#include "platform/digest.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "state/cal_settings.h"
+#include "record/recording_head.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
 
@@ -23,8 +22,6 @@ namespace {
 constexpr std::int64_t kNsPerSecond = 1'000'000'000;
 constexpr double kNsPerMinute = 60e9;
 constexpr double kBytesPerGigabyte = 1e9;
-constexpr std::size_t kLargestSetFile = std::size_t{1} << 24;
-constexpr const char* kClock = "CLOCK_MONOTONIC and the system's UTC, taken at the frame's vertical blank";
 
 ImageHeaderRecord MarkedUncalibrated(ImageHeaderRecord header)
 {
@@ -46,35 +43,18 @@ void SetDate(ImageHeaderRecord& header, std::int64_t utcNs)
     header.Year = static_cast<std::int16_t>(local.tm_year % 100);
 }
 
-std::string ChecksumOf(const std::string& path)
-{
-    if (path.empty()) return {};
-    const std::optional<std::string> contents = ReadWholeFile(path, kLargestSetFile);
-    return contents ? Sha256Of(*contents) : std::string();
-}
-
 FramesHead HeadOfRun(const RecorderSettings& settings)
 {
-    const std::string set = CalType == 0 ? std::string() : CalSettings.CalFile;
-    FramesHead head;
-    head.columns = static_cast<std::uint32_t>(ActiveConfig.Hroi);
-    head.rows = static_cast<std::uint32_t>(ActiveConfig.Vroi);
-    head.pixelBytes = static_cast<std::uint32_t>(CameraFrameValues() * sizeof(std::int16_t));
-    const auto add = [&head](std::string_view key, std::string_view value) { head.texts.emplace_back(key, value); };
-    add(frames_key::kProgram, "Kelvo " KELVO_VERSION);
-    add(frames_key::kCamera, ActiveConfig.Description);
-    add(frames_key::kClock, kClock);
-    add(frames_key::kCalibration, set);
-    add(frames_key::kChecksum, ChecksumOf(set));
-    add(frames_key::kSampleName, settings.sampleName);
-    add(frames_key::kComment, settings.comment);
-    add(frames_key::kSettings, RecorderSettingsText(settings));
+    FramesHead head = HeadOfRecording();
+    head.SetText(frames_key::kSampleName, settings.sampleName);
+    head.SetText(frames_key::kComment, settings.comment);
+    head.SetText(frames_key::kSettings, RecorderSettingsText(settings));
     return head;
 }
 
 FramesHead WithPixels(FramesHead head, std::string_view pixels)
 {
-    head.texts.emplace_back(frames_key::kPixels, pixels);
+    head.SetText(frames_key::kPixels, pixels);
     return head;
 }
 
@@ -153,12 +133,12 @@ std::optional<EventFiles> EventFiles::Begin(RunFiles& run, const FrameStamp& fir
 bool EventFiles::BeginPart(const RunFiles& run)
 {
     if (run.WantsRaw()) {
-        raw_ = SequenceWriter::Create(RawPath(base_, part_), rawHeader_, WithPixels(run.head, "raw"));
+        raw_ = SequenceWriter::Create(RawPath(base_, part_), rawHeader_, WithPixels(run.head, kRawPixels));
         if (!raw_) return false;
     }
     if (run.WantsCorrected()) {
-        corrected_ =
-            SequenceWriter::Create(CorrectedPath(base_, part_), correctedHeader_, WithPixels(run.head, "corrected"));
+        corrected_ = SequenceWriter::Create(CorrectedPath(base_, part_), correctedHeader_,
+                                            WithPixels(run.head, kCorrectedPixels));
         if (!corrected_) return false;
     }
     paths_.push_back(Leading().Path());

@@ -3,6 +3,8 @@
 
 #include "grabber/correction.h"
 #include "grabber/host_frames_write.h"
+#include "imagefile/crc32c.h"
+#include "imagefile/frames_file.h"
 #include "imagefile/header_write.h"
 #include "platform/faults.h"
 #include "platform/files.h"
@@ -134,6 +136,29 @@ class ApplyingASet : public CalibrationTest {
         std::ranges::copy(frames, write::hostFrames.HostFrames.begin());
         write::buffer.FramesInBuffer = static_cast<std::int32_t>(frames.size());
         write::hostFrames.HostFrameNext = static_cast<std::int32_t>(frames.size());
+    }
+
+    // A journal of the image's three frames, beside it, whose checksums hold of none.
+    static constexpr std::uint32_t kNoChecksum = 17;
+    void PutJournal() const
+    {
+        const std::vector<FrameRecord> records(3, FrameRecord{.pixelCrc = kNoChecksum});
+        const FramesHead ofImage = {.columns = 4, .rows = 2, .pixelBytes = 2 * kPixels, .texts = {}};
+        ASSERT_TRUE(
+            ReplaceFramesFile(FramesPathOf(image), ofImage, records, ClosingRecord(3, EndOfRecording::kStopped)));
+    }
+    std::vector<std::uint32_t> Checksums() const
+    {
+        const FramesFile journal = ReadFramesFile(FramesPathOf(image));
+        EXPECT_TRUE(journal.closing);
+        std::vector<std::uint32_t> checksums;
+        for (const FrameRecord& record : journal.records) checksums.push_back(record.pixelCrc);
+        return checksums;
+    }
+    std::uint32_t ChecksumOfFrame(std::size_t f) const
+    {
+        const Frame frame = FrameIn(image, f);
+        return Crc32cByTable(std::as_bytes(std::span(frame)));
     }
 
     std::string image;
@@ -308,6 +333,15 @@ TEST_F(ApplyingASet, InPlaceRewritesTheHeaderAndTheRange)
     EXPECT_EQ(HeaderIn(image).FrameCount, 1U);
     EXPECT_EQ(HeaderIn(image).IntensityCold, 3000);
     EXPECT_EQ(SizeOf(image), 512 + 3 * 2 * kPixels);
+}
+
+TEST_F(ApplyingASet, InPlaceKeepsTheChecksumsOfAJournalTrue)
+{
+    PutJournal();
+    result = image;
+    op->Answer({Button::kYes});
+    EXPECT_EQ(Apply(1, 1, 1), 1);
+    EXPECT_THAT(Checksums(), ElementsAre(kNoChecksum, ChecksumOfFrame(1), kNoChecksum));
 }
 
 TEST_F(ApplyingASet, InPlaceWithALaterStartOverwritesFramesThatAreStillToBeRead)
@@ -713,6 +747,24 @@ TEST_F(CorrectingARecording, CountsFromThePixelsWhereItIsTheRecordersOwn)
     EXPECT_EQ(FrameIn(image, 0, 80), Reversed(Corrected(kFirst)));
     EXPECT_EQ(FrameIn(image, 2, 80), Reversed(Corrected(kThird)));
     EXPECT_EQ(FileContents(image).substr(512, 80), std::string(80, 'h'));
+}
+
+TEST_F(CorrectingARecording, MakesTheChecksumsOfItsFramesTrueAgain)
+{
+    PutJournal();
+    EXPECT_EQ(CorrectRecordedFrames(image, 1, 2), 1);
+    EXPECT_THAT(Checksums(), ElementsAre(kNoChecksum, ChecksumOfFrame(1), ChecksumOfFrame(2)));
+    EXPECT_EQ(ApplyCalToFile(image), 1);
+    EXPECT_THAT(Checksums(), ElementsAre(ChecksumOfFrame(0), ChecksumOfFrame(1), ChecksumOfFrame(2)));
+}
+
+TEST_F(CorrectingARecording, TellsAJournalThatCannotBeRewritten)
+{
+    PutFile(FramesPathOf(image), "no journal");
+    EXPECT_EQ(CorrectRecordedFrames(image, 0, 3), 0);
+    ExpectOneBox("Unable to write calibrated data to file!", "File Write Error!");
+    EXPECT_EQ(FrameIn(image, 0), Reversed(Corrected(kFirst)));
+    EXPECT_EQ(FileContents(FramesPathOf(image)), "no journal");
 }
 
 TEST_F(CorrectingARecording, GivesWhatTheLivePictureShows)

@@ -32,10 +32,10 @@ class Capture : public BoardTest {
     {
         std::vector<std::int64_t> numbers;
         std::vector<std::int16_t> values(CameraFrameValues());
-        FrameStamp stamp;
+        CapturedFrame taken;
         for (int i = 0; i < frames; ++i) {
-            EXPECT_EQ(TakeNextFrame(values, stamp, FrameFate::kRecorded, 2000), TakeResult::kTaken);
-            numbers.push_back(stamp.number);
+            EXPECT_EQ(TakeNextFrame(values, taken, FrameFate::kRecorded, 2000), TakeResult::kTaken);
+            numbers.push_back(taken.stamp.number);
         }
         return numbers;
     }
@@ -87,9 +87,9 @@ TEST_F(Capture, TellsEachUnreadableFrameOnceAndGoesOnBehindIt)
 {
     const Recording recording(8);
     std::vector<std::int16_t> values(CameraFrameValues());
-    FrameStamp stamp;
+    CapturedFrame taken;
     recordingBoard.answers["icp_read_area"] = -1;
-    EXPECT_EQ(TakeNextFrame(values, stamp, FrameFate::kRecorded, 2000), TakeResult::kUnreadable);
+    EXPECT_EQ(TakeNextFrame(values, taken, FrameFate::kRecorded, 2000), TakeResult::kUnreadable);
     recordingBoard.answers.clear();
     EXPECT_THAT(TakeNumbers(1), ElementsAre(2));
     EXPECT_EQ(CurrentCaptureCounts().lostByBoard, 1);
@@ -101,9 +101,9 @@ TEST_F(Capture, SharesTheFramesOutWithoutARest)
     AccountFrameRead(true);
     ASSERT_TRUE(BeginRecording(2));
     std::vector<std::int16_t> values(CameraFrameValues());
-    FrameStamp stamp;
+    CapturedFrame taken;
     TakeNumbers(3);
-    TakeNextFrame(values, stamp, FrameFate::kPassedOver, 2000);
+    TakeNextFrame(values, taken, FrameFate::kPassedOver, 2000);
     EndRecording();
     const FrameAccount account = CurrentFrameAccount();
     EXPECT_EQ(account.used, 3);
@@ -160,7 +160,7 @@ TEST_F(Capture, WhoRecordsReadsTheNextAndTheLiveViewTheNewest)
     const TakesNextFrame taking;
     EXPECT_TRUE(ReadBoardFrame(values));
     EXPECT_EQ(values[0], 1) << "nothing was taken away by looking";
-    EXPECT_EQ(LastFrameStamp().number, 1);
+    EXPECT_EQ(LastTakenFrame().stamp.number, 1);
     EXPECT_TRUE(ReadBoardFrame(values));
     EXPECT_EQ(values[0], 2);
 }

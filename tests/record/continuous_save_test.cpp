@@ -6,7 +6,10 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_read.h"
 #include "grabber/recording.h"
+#include "imagefile/crc32c.h"
+#include "imagefile/frames_file.h"
 #include "imagefile/header_write.h"
+#include "imagefile/sequence_file.h"
 #include "platform/clock.h"
 #include "platform/disk_space.h"
 #include "platform/faults.h"
@@ -210,6 +213,23 @@ class ContinuousSave : public BoardTest {
         }
         return values;
     }
+    FramesFile Journal() const { return ReadFramesFile(FramesPathOf(options.path)); }
+    static std::vector<std::int64_t> NumbersOf(const FramesFile& journal)
+    {
+        std::vector<std::int64_t> numbers;
+        for (const FrameRecord& record : journal.records) numbers.push_back(record.number);
+        return numbers;
+    }
+    // Each frame of the file has its record, with the checksum of what stands there.
+    void ExpectTrueChecksums(std::size_t frameHeaderBytes) const
+    {
+        const FramesFile journal = Journal();
+        EXPECT_EQ(journal.records.size(), Numbers(frameHeaderBytes).size());
+        for (std::size_t i = 0; i < journal.records.size(); ++i) {
+            const std::vector<std::int16_t> pixels = FrameAt(i, frameHeaderBytes);
+            EXPECT_EQ(journal.records[i].pixelCrc, Crc32cByTable(std::as_bytes(std::span(pixels)))) << i;
+        }
+    }
     static void ExpectBalance()
     {
         const CaptureCounts counts = CurrentCaptureCounts();
@@ -344,8 +364,8 @@ TEST_F(ContinuousSave, TakesTheFirstFrameAfterTheTickBeganAtAnInterval)
     for (int i = 0; i < 5; ++i) WaitForFrames(FramesWaiting(), 1000);
     const std::int64_t beganNs = TickUs() * 1000;
     Ticks(1);
-    EXPECT_GT(LastFrameStamp().monotonicNs, beganNs);
-    EXPECT_LE(LastFrameStamp().monotonicNs - 10'000'000, beganNs) << "the first one";
+    EXPECT_GT(LastTakenFrame().stamp.monotonicNs, beganNs);
+    EXPECT_LE(LastTakenFrame().stamp.monotonicNs - 10'000'000, beganNs) << "the first one";
     EndSave();
     const CaptureCounts counts = CurrentCaptureCounts();
     EXPECT_EQ(counts.recorded, 2);
@@ -508,6 +528,123 @@ TEST_F(ContinuousSave, TellsWhyARunCannotBeCorrected)
     EXPECT_EQ(Contents(), before);
     std::filesystem::remove(options.path);
     EXPECT_EQ(CorrectSavedRun(run), CorrectionEnd::kCantOpen);
+}
+
+// ---- The journal
+
+TEST_F(ContinuousSave, TellsTheBoardsNumbersAndWhatWasLostInItsJournal)
+{
+    options.frameHeaders = true;
+    Begin();
+    Ticks(2);
+    recordingBoard.frameCount += 4;  // the next one, and three that nobody has read
+    Ticks(2);
+    const std::int64_t lastNs = LastTakenFrame().stamp.monotonicNs;
+    EndSave();
+    const FramesFile journal = Journal();
+    ASSERT_EQ(journal.records.size(), 4U);
+    EXPECT_THAT(NumbersOf(journal), ElementsAre(1, 2, 6, 7));
+    EXPECT_EQ(journal.records[2].lostByBoard, 3U);
+    EXPECT_EQ(journal.records[3].monotonicNs, lastNs);
+    EXPECT_EQ(journal.records[3].utcNs, LastTakenFrame().stamp.utcNs);
+    ASSERT_TRUE(journal.closing);
+    EXPECT_EQ(journal.closing->number, 4);
+    EXPECT_EQ(GapsOf(journal.records), (std::vector<FrameGap>{{.beforeFrame = 2, .firstNumber = 3, .lostByBoard = 3}}));
+    EXPECT_EQ(journal.head.Text(frames_key::kPixels), "raw");
+    ExpectTrueChecksums(80);
+}
+
+TEST_F(ContinuousSave, TellsFramesBetweenTwoTicksAsPassedOverInItsJournal)
+{
+    options.updateRate = 0.5F;
+    Begin();
+    Ticks(1);
+    for (int i = 0; i < 5; ++i) WaitForFrames(FramesWaiting(), 1000);
+    Ticks(1);
+    EndSave();
+    const FramesFile journal = Journal();
+    ASSERT_EQ(journal.records.size(), 2U);
+    const std::int64_t between = journal.records[1].number - journal.records[0].number - 1;
+    EXPECT_GE(between, 5);
+    EXPECT_EQ(journal.records[1].passedOver, between);
+}
+
+TEST_F(ContinuousSave, GoesOnWithTheJournalOfAFileThatItAddsTo)
+{
+    Run(2);
+    recordingBoard.frameCount += 50;
+    options.addsToFile = true;
+    Run(2);
+    const FramesFile journal = Journal();
+    EXPECT_THAT(NumbersOf(journal), ElementsAre(1, 2, 53, 54));
+    EXPECT_EQ(journal.records[2].flags, std::uint32_t{kFirstOfRun});
+    EXPECT_THAT(GapsOf(journal.records), IsEmpty()) << "nothing is missing between two runs";
+    EXPECT_EQ(journal.closing.value_or(FrameRecord{}).number, 4);
+    EXPECT_EQ(journal.bytesBehind, 0);
+    ExpectTrueChecksums(0);
+}
+
+TEST_F(ContinuousSave, KeepsNoJournalThatDoesNotTellOfAllFrames)
+{
+    Run(2);
+    std::filesystem::remove(FramesPathOf(options.path));
+    options.addsToFile = true;
+    Begin();
+    EXPECT_FALSE(SaveKeepsJournal());
+    Ticks(1);
+    EXPECT_TRUE(EndSave().closed);
+    EXPECT_EQ(Journal().fault, FramesFault::kNotOpened);
+    EXPECT_THAT(Numbers(), ElementsAre(1, 2, 3));
+
+    options.addsToFile = false;
+    Run(1);
+    EXPECT_EQ(Journal().records.size(), 1U) << "a new file has its own";
+}
+
+TEST_F(ContinuousSave, KeepsChecksumsTrueWhereItCorrects)
+{
+    for (const bool frameHeaders : {false, true}) {
+        options.frameHeaders = frameHeaders;
+        options.addsToFile = false;
+        Calibrate(2);
+        EXPECT_EQ(CorrectSavedRun(Run(2)), CorrectionEnd::kDone);
+        EXPECT_EQ(Journal().head.Text(frames_key::kPixels), "corrected");
+        ExpectTrueChecksums(frameHeaders ? 80 : 0);
+        options.addsToFile = true;
+        EXPECT_EQ(CorrectSavedRun(Run(1)), CorrectionEnd::kDone);
+        ExpectTrueChecksums(frameHeaders ? 80 : 0);
+    }
+}
+
+TEST_F(ContinuousSave, TakesTheRecordOfAFrameBackThatTheDiskRefused)
+{
+    Begin();
+    Ticks(1);
+    {
+        const FullDisk disk(512 + kFrameBytes + 3);  // the second one in part
+        EXPECT_EQ(SaveTick(), SaveTrouble::kNotWritten);
+    }
+    Ticks(1);
+    EndSave();
+    const FramesFile journal = Journal();
+    EXPECT_THAT(NumbersOf(journal), ElementsAre(1, 3));
+    ASSERT_EQ(GapsOf(journal.records).size(), 1U);
+    EXPECT_EQ(GapsOf(journal.records)[0].unexplained, 1);
+    ExpectTrueChecksums(0);
+}
+
+TEST_F(ContinuousSave, LeavesAFileAloneThatIsBeingRecorded)
+{
+    Run(1);
+    const std::string before = Contents();
+    std::optional<File> other = File::Open(options.path, FileMode::kReadWrite);
+    ASSERT_TRUE(other && other->Lock());
+    EXPECT_EQ(BeginSave(options), SaveStart::kCantOpen);
+    EXPECT_EQ(Contents(), before);
+    other.reset();
+    Begin();
+    EXPECT_TRUE(IsBeingRecorded(options.path));
+    EndSave();
 }
 
 // ---- The file

@@ -86,8 +86,8 @@ TEST_F(SimCapture, WaitsForTheNextFrameWhereNoneIsThere)
 {
     const Recording recording(100);
     std::vector<std::int16_t> values(320UL * 256UL);
-    FrameStamp stamp;
-    EXPECT_EQ(TakeNextFrame(values, stamp, FrameFate::kRecorded, 2000), TakeResult::kTaken);
+    CapturedFrame taken;
+    EXPECT_EQ(TakeNextFrame(values, taken, FrameFate::kRecorded, 2000), TakeResult::kTaken);
     EXPECT_EQ(TickUs(), grabUs + 10'000);
     EXPECT_EQ(WaitForFrames(2, 1000), 3U);
     EXPECT_EQ(TickUs(), grabUs + 40'000);
@@ -199,9 +199,9 @@ TEST_F(SimCapture, AStoppedCameraEndsTheWaitAfterItsLimit)
     PowerDownSimHead(*camera);
     const Recording recording(8);
     std::vector<std::int16_t> values(320UL * 256UL);
-    FrameStamp stamp;
+    CapturedFrame taken;
     const std::int64_t beganUs = TickUs();
-    EXPECT_EQ(TakeNextFrame(values, stamp, FrameFate::kRecorded, 2000), TakeResult::kTimeout);
+    EXPECT_EQ(TakeNextFrame(values, taken, FrameFate::kRecorded, 2000), TakeResult::kTimeout);
     EXPECT_EQ(TickUs() - beganUs, 2'000'000);
 }
 

@@ -117,14 +117,14 @@ TEST_F(CaptureThreads, TheNextFrameEachTimeAndNoneTwice)
 {
     ASSERT_TRUE(Start(100));
     std::vector<std::int16_t> values(kColumns * kRows);
-    FrameStamp stamp;
+    CapturedFrame taken;
     std::int64_t last = -1;
     std::int64_t missing = 0;
     for (int i = 0; i < 200; ++i) {
-        ASSERT_EQ(TakeNextFrame(values, stamp, FrameFate::kRecorded, 2000), TakeResult::kTaken);
-        EXPECT_EQ(values.back(), static_cast<std::int16_t>(stamp.number));
-        if (last >= 0) missing += stamp.number - last - 1;
-        last = stamp.number;
+        ASSERT_EQ(TakeNextFrame(values, taken, FrameFate::kRecorded, 2000), TakeResult::kTaken);
+        EXPECT_EQ(values.back(), static_cast<std::int16_t>(taken.stamp.number));
+        if (last >= 0) missing += taken.stamp.number - last - 1;
+        last = taken.stamp.number;
     }
     StopCapture();
     const CaptureCounts counts = CurrentCaptureCounts();

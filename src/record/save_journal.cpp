@@ -1,0 +1,91 @@
+#include "record/save_journal.h"
+
+#include "imagefile/crc32c.h"
+#include "platform/files.h"
+#include "record/recording_head.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+std::uint32_t Field(std::int64_t count)
+{
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(count, 0, std::numeric_limits<std::uint32_t>::max()));
+}
+
+bool TellsOf(const FramesHead& head, const FramesHead& other)
+{
+    return head.columns == other.columns && head.rows == other.rows && head.pixelBytes == other.pixelBytes;
+}
+
+}  // namespace
+
+std::optional<SaveJournal> SaveJournal::New(std::string_view sequencePath, bool corrected)
+{
+    const std::string path = FramesPathOf(sequencePath);
+    DeleteFileNamed(path);
+    FramesHead head = HeadOfRecording();
+    head.SetText(frames_key::kPixels, corrected ? kCorrectedPixels : kRawPixels);
+    std::optional<FramesFileWriter> file = FramesFileWriter::Create(path, head);
+    return file ? std::optional(SaveJournal(std::move(*file), false)) : std::nullopt;
+}
+
+std::optional<SaveJournal> SaveJournal::Continue(std::string_view sequencePath, std::int64_t frames)
+{
+    const std::string path = FramesPathOf(sequencePath);
+    const FramesFile journal = ReadFramesFile(path);
+    if (journal.fault != FramesFault::kNone || !TellsOf(journal.head, HeadOfRecording())) return std::nullopt;
+    if (std::ssize(journal.records) != frames) return std::nullopt;
+    std::optional<FramesFileWriter> file = FramesFileWriter::Continue(path, journal);
+    return file ? std::optional(SaveJournal(std::move(*file), frames > 0)) : std::nullopt;
+}
+
+FrameRecord SaveJournal::WithMissing(FrameRecord record, const Missing& missing)
+{
+    record.lostByBoard = Field(missing.byBoard);
+    record.lostByRing = Field(missing.byRing);
+    record.passedOver = Field(missing.passedOver);
+    return record;
+}
+
+bool SaveJournal::Append(const CapturedFrame& taken, std::span<const std::int16_t> pixels, float integrationMs)
+{
+    missing_.byBoard += taken.lostByBoard;
+    missing_.byRing += taken.lostByRing;
+    const FrameRecord record = {.number = taken.stamp.number,
+                                .monotonicNs = taken.stamp.monotonicNs,
+                                .utcNs = taken.stamp.utcNs,
+                                .integrationMs = integrationMs,
+                                .flags = isFirstOfRun_ ? std::uint32_t{kFirstOfRun} : 0,
+                                .triggers = static_cast<std::uint32_t>(taken.stamp.triggers),
+                                .pixelCrc = Crc32c(std::as_bytes(pixels))};
+    if (!file_.Append(WithMissing(record, missing_))) return false;
+    beforeLast_ = std::exchange(missing_, {});
+    return true;
+}
+
+// The frame itself is missing then, and no cause stands for it: its number alone tells.
+void SaveJournal::TakeBack()
+{
+    file_.DropLast(1);
+    missing_ = beforeLast_;
+}
+
+void SaveJournal::PassedOver(const CapturedFrame& frame)
+{
+    missing_.byBoard += frame.lostByBoard;
+    missing_.byRing += frame.lostByRing;
+    ++missing_.passedOver;
+}
+
+bool SaveJournal::Close()
+{
+    return file_.Close(WithMissing(ClosingRecord(file_.Records(), EndOfRecording::kStopped), missing_));
+}
+
+}  // namespace kelvo
