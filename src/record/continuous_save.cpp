@@ -263,7 +263,7 @@ SaveTrouble SaveNextFrame()
 
 void PassOverOldest()
 {
-    if (run->journal) run->journal->PassedOver(WaitingFrame(0));
+    if (std::optional<SaveJournal>& journal = run->journal) journal->PassedOver(WaitingFrame(0));
     DropFrames(1, FrameFate::kPassedOver);
 }
 
@@ -304,7 +304,8 @@ bool CloseSaveFile(ImageHeaderRecord header)
     const bool whole = !run->partOfAFrame || CutPartOfAFrame();
     const bool written = WriteHeader(header);
     // The journal last: a closed one says that all before it has arrived.
-    const bool journalClosed = !run->journal || (SaveFile->SyncData() && run->journal->Close());
+    std::optional<SaveJournal>& journal = run->journal;
+    const bool journalClosed = !journal || (SaveFile->SyncData() && journal->Close());
     const bool closed = SaveFile->Close();
     SaveFile.reset();
     return whole && written && journalClosed && closed;
