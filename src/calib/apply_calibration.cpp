@@ -338,7 +338,7 @@ struct Run {
     FrameLayout layout;
     Streams streams = {};
     Blocks blocks = {};
-    std::int64_t toldMs = std::numeric_limits<std::int64_t>::min();
+    std::optional<std::int64_t> toldMs;
 
     std::span<std::int16_t> In() { return CountsOf(std::span(blocks.in), layout); }
     std::span<std::int16_t> Out() { return CountsOf(std::span(blocks.out), layout); }
@@ -369,7 +369,7 @@ bool WriteFrame(Run& run, std::int32_t frame)
 
 void ShowProgress(Run& run, std::int32_t frame)
 {
-    if (TickMs() - run.toldMs < kProgressMs && run.toldMs != std::numeric_limits<std::int64_t>::min()) return;
+    if (run.toldMs && TickMs() - *run.toldMs < kProgressMs) return;
     run.toldMs = TickMs();
     StatusMessage(Format(" Correcting frame %d of %d to %d", frame, run.job.startFrame, run.job.endFrame),
                   kLeftAligned);
@@ -576,8 +576,8 @@ std::int32_t CountImageFrames(std::string_view path)
     if (ReadImageHeader(path, header) < 0) return 0;
     const std::int64_t recordBytes = FrameRecordBytes(header);
     const bool isEmpty = recordBytes > 0 && file->Length() < kHeaderBytes + recordBytes;
-    const auto most = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
-    return isEmpty ? 0 : static_cast<std::int32_t>(std::min<std::uint32_t>(header.FrameCount, most));
+    const std::int64_t frames = isEmpty ? 0 : std::int64_t{header.FrameCount};
+    return static_cast<std::int32_t>(std::min<std::int64_t>(frames, std::numeric_limits<std::int32_t>::max()));
 }
 
 std::int32_t ApplyCalibration(HWND window, const std::string& imageName, const std::string& calName,

@@ -123,8 +123,8 @@ TEST_F(Applying, MarksTheHeaderAndKeepsTheFrameHeaders)
     ImageHeaderRecord header;
     std::memcpy(&header, FileContents(request.out).data(), sizeof header);
     EXPECT_EQ(header.IntensityCold, 3000);
-    EXPECT_EQ(header.TemperatureHot, 25.0F);
-    EXPECT_EQ(header.FrameCount, 4U);
+    EXPECT_EQ(+header.TemperatureHot, 25.0F);
+    EXPECT_EQ(+header.FrameCount, 4U);
     for (std::size_t f = 0; f < 4; ++f) {
         EXPECT_EQ(FrameBytes(request.out, f).substr(0, 80), FrameBytes(request.in, f).substr(0, 80)) << f;
     }
