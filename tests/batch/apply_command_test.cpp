@@ -160,8 +160,8 @@ TEST_F(Applying, TakesARangeWhoseFramesCountFromZero)
     EXPECT_EQ(Pixels(request.out, 0), SampleBytes(Live(kFrames[1])));
     FrameHeaderRecord before;
     std::memcpy(&before, FrameBytes(request.out, 1).data(), sizeof before);
-    EXPECT_EQ(before.FrameNum, 1);
-    EXPECT_EQ(before.AllFramesNum, 502);
+    EXPECT_EQ(+before.FrameNum, 1);
+    EXPECT_EQ(+before.AllFramesNum, 502);
     const FramesFile journal = ReadFramesFile(FramesPathOf(request.out));
     ASSERT_EQ(journal.records.size(), 2U);
     EXPECT_EQ(journal.records[0].flags, kFirstOfPart);

@@ -72,9 +72,9 @@ TEST_F(Recorder, TheFileIsWhatTheFormatSays)
     for (std::size_t i = 0; i < 3; ++i) {
         const auto number = static_cast<std::int64_t>(i) + 1;
         EXPECT_EQ(file.frames[i], Expected(number - 1, grabUs + number * 10'000)) << i;
-        EXPECT_EQ(file.frameHeaders[i].FrameNum, number - 1);
-        EXPECT_EQ(file.frameHeaders[i].AllFramesNum, number);
-        EXPECT_EQ(file.frameHeaders[i].FrameIntegrationMsec, 2.5F);
+        EXPECT_EQ(+file.frameHeaders[i].FrameNum, number - 1);
+        EXPECT_EQ(+file.frameHeaders[i].AllFramesNum, number);
+        EXPECT_EQ(+file.frameHeaders[i].FrameIntegrationMsec, 2.5F);
         EXPECT_EQ(journal.records[i].number, number);
         EXPECT_EQ(journal.records[i].monotonicNs, (grabUs + number * 10'000) * 1000);
         EXPECT_EQ(journal.records[i].utcNs, UtcNsAtTick(grabUs + number * 10'000));
