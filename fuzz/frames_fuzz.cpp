@@ -3,6 +3,7 @@
 #include "reset/reset.h"
 #include "temp_file.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -13,6 +14,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static kelvo::FuzzFile input;
     const std::string& path = input.Put(data, size);
     const kelvo::FramesFile file = kelvo::ReadFramesFile(path);
+    const kelvo::FramesFile salvaged = kelvo::SalvageFramesFile(path);
+    if (salvaged.fault != file.fault || salvaged.records.size() < file.records.size()) __builtin_trap();
+    if (!std::equal(file.records.begin(), file.records.end(), salvaged.records.begin())) __builtin_trap();
+    if (salvaged.records.size() * sizeof(kelvo::FrameRecord) > size) __builtin_trap();
     if (file.fault != kelvo::FramesFault::kNone) return 0;
     if (file.records.size() * sizeof(kelvo::FrameRecord) > size) __builtin_trap();
     const std::vector<kelvo::FrameGap> gaps = kelvo::GapsOf(file.records);

@@ -2,6 +2,7 @@
 
 #include "batch/batch_arguments.h"
 #include "batch/cut_command.h"
+#include "batch/new_sequence.h"
 #include "calib/apply_calibration.h"
 #include "calib/set_reader.h"
 #include "calib/stored_correction.h"
@@ -78,10 +79,11 @@ Failure ReadJournal(Source& source, const ApplyRequest& request)
 {
     FramesFile journal = ReadFramesFile(FramesPathOf(request.in));
     if (journal.fault == FramesFault::kNotOpened) return std::nullopt;
-    const std::int64_t frames = (source.file.Length() - kHeaderBytes) / source.frameBytes;
-    if (journal.fault != FramesFault::kNone || !journal.closing || std::ssize(journal.records) != frames) {
-        return "wasn't closed or is damaged: recover it first";
-    }
+    const std::int64_t bytes = source.file.Length() - kHeaderBytes;
+    const bool whole = journal.fault == FramesFault::kNone && journal.closing &&
+                       std::ssize(journal.records) * source.frameBytes == bytes;
+    if (!whole) return "wasn't closed or is damaged: recover it first";
+    if (journal.head.Text(frames_key::kPixels) == kCorrectedPixels) return "is corrected already";
     source.journal = std::move(journal);
     return std::nullopt;
 }
@@ -141,7 +143,7 @@ FramesHead HeadOfResult(const FramesHead& head, const std::string& set)
 {
     FramesHead corrected = head;
     corrected.SetText(frames_key::kPixels, kCorrectedPixels);
-    corrected.SetText(frames_key::kCalibration, set);
+    corrected.SetText(frames_key::kCalibration, AbsolutePath(set));
     corrected.SetText(frames_key::kChecksum, Sha256Of(ReadWholeFile(set, kLongestCalFile).value_or("")));
     return corrected;
 }
@@ -149,8 +151,8 @@ FramesHead HeadOfResult(const FramesHead& head, const std::string& set)
 // A new sequence in the making: frames go to the disk in blocks, records of the journal wait for the end.
 class Result {
   public:
-    Result(Source& source, const StoredCorrection& correction, const ApplyRequest& request, NewFile file)
-        : source_(source), correction_(correction), request_(request), file_(std::move(file))
+    Result(Source& source, const StoredCorrection& correction, const ApplyRequest& request, NewSequence sequence)
+        : source_(source), correction_(correction), request_(request), sequence_(std::move(sequence))
     {
     }
 
@@ -164,7 +166,7 @@ class Result {
         header.FrameCount = static_cast<std::uint32_t>(source_.end - source_.first);
         if (!source_.file.Seek(kHeaderBytes + source_.first * source_.frameBytes))
             return request_.in + " can't be read";
-        return Written(std::as_bytes(std::span(&header, 1)));
+        return sequence_.Write(std::as_bytes(std::span(&header, 1)));
     }
 
     Failure Add(std::int64_t from)
@@ -180,32 +182,18 @@ class Result {
                 return failure;
             }
         }
-        return Written(std::as_bytes(std::span(out_).first(bytes)));
+        return sequence_.Write(std::as_bytes(std::span(out_).first(bytes)));
     }
 
-    // The journal first: a sequence that stands has its own.
     Failure End()
     {
-        const std::string journalPath = FramesPathOf(request_.out);
-        if (source_.journal) {
-            const FramesHead head = HeadOfResult(source_.journal->head, request_.set);
-            if (!ReplaceFramesFile(journalPath, head, records_, Closing())) return Refused();
-        }
-        if (file_.Keep()) return std::nullopt;
-        if (source_.journal) DeleteFileNamed(journalPath);
-        return Refused();
+        if (!source_.journal) return sequence_.End({});
+        return sequence_.End(FramesFileBytes(HeadOfResult(source_.journal->head, request_.set), records_, Closing()));
     }
 
     std::int64_t FramesABlock() const { return framesABlock_; }
 
   private:
-    std::string Refused() const { return request_.out + " can't be written: the disk refuses"; }
-
-    Failure Written(std::span<const std::byte> bytes)
-    {
-        return file_.Contents().Write(bytes) == bytes.size() ? std::nullopt : Failure(Refused());
-    }
-
     Failure Correct(std::int64_t index, std::span<const std::uint8_t> read, std::span<std::uint8_t> corrected)
     {
         std::copy_n(read.begin(), source_.before, corrected.begin());
@@ -251,7 +239,7 @@ class Result {
     Source& source_;
     const StoredCorrection& correction_;
     const ApplyRequest& request_;
-    NewFile file_;
+    NewSequence sequence_;
     std::int64_t framesABlock_ = 1;
     std::vector<std::uint8_t> in_;
     std::vector<std::uint8_t> out_;
@@ -264,14 +252,21 @@ constexpr std::string_view kWord = "apply";
 constexpr std::string_view kSet = "--set";
 constexpr std::string_view kFrames = "--frames";
 
-std::optional<ApplyRequest> RequestOf(const BatchArguments& taken)
+std::optional<ApplyRequest> RequestOf(const BatchArguments& taken, std::string& why)
 {
+    why = taken.error;
+    if (!why.empty()) return std::nullopt;
     const std::optional<std::string> set = taken.Value(kSet);
-    const std::optional<std::string> frames = taken.Value(kFrames);
-    const auto range = FrameRangeOf(frames.value_or(":"));
-    if (!set || !range || taken.files.size() != 2) return std::nullopt;
-    return ApplyRequest{
-        .set = *set, .in = taken.files[0], .out = taken.files[1], .first = range->first, .end = range->second};
+    const auto range = FrameRangeOf(taken.Value(kFrames).value_or(":"));
+    if (!set || taken.files.size() != 2) {
+        why = "--set DIR/x.cal, a sequence and the name of the new one are needed";
+    } else if (!range) {
+        why = kFrameRangeForm;
+    } else {
+        return ApplyRequest{
+            .set = *set, .in = taken.files[0], .out = taken.files[1], .first = range->first, .end = range->second};
+    }
+    return std::nullopt;
 }
 
 // On a terminal one line that is written over; elsewhere a line at each tenth.
@@ -296,11 +291,10 @@ std::optional<std::string> ApplySet(const ApplyRequest& request,
     if (!source) return why;
     const std::optional<StoredCorrection> correction = CorrectionOf(request, *source, why);
     if (!correction) return why;
-    if (FileExists(request.out) || FileExists(FramesPathOf(request.out))) return request.out + " stands already";
-    std::optional<NewFile> file = NewFile::Begin(request.out);
-    if (!file) return request.out + " can't be written";
+    std::optional<NewSequence> sequence = NewSequence::Begin(request.out, why);
+    if (!sequence) return why;
 
-    Result result(*source, *correction, request, std::move(*file));
+    Result result(*source, *correction, request, std::move(*sequence));
     Failure failure = result.Begin();
     for (std::int64_t frame = source->first; !failure && frame < source->end; frame += result.FramesABlock()) {
         failure = result.Add(frame);
@@ -313,10 +307,9 @@ std::optional<std::string> ApplySet(const ApplyRequest& request,
 int ApplyCommand(std::span<const std::string> arguments)
 {
     constexpr std::string_view kOptions[] = {kSet, kFrames};
-    const BatchArguments taken = TakeApart(arguments, {}, kOptions);
-    if (!taken.error.empty()) return TellBatchFailure(kWord, taken.error);
-    const std::optional<ApplyRequest> request = RequestOf(taken);
-    if (!request) return TellBatchFailure(kWord, "--set DIR/x.cal, a sequence and the name of the new one are needed");
+    std::string why;
+    const std::optional<ApplyRequest> request = RequestOf(TakeApart(arguments, {}, kOptions), why);
+    if (!request) return TellBatchFailure(kWord, why);
     std::int64_t tenthShown = -1;
     const Failure failure =
         ApplySet(*request, [&](std::int64_t done, std::int64_t all) { ShowProgress(done, all, tenthShown); });

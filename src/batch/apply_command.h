@@ -21,8 +21,8 @@ struct ApplyRequest {
 // Writes the frames of a range as the live picture would have shown them with the set: in image order, by the set's
 // table, offsets and gains. FrameHeaders come along, FrameNum counts from 0 in the new file; the header is marked with
 // the set's sources. Where in has a journal (imagefile/frames_file.h) out gets one: its records with the checksums of
-// the new pixels, "corrected" and the set in its head. progress is told how many frames of how many are done. The
-// reason where it fails: nothing stands under out's names then.
+// the new pixels, "corrected" and the set in its head; one that says "corrected" already is refused. progress is told
+// how many frames of how many are done. The reason where it fails: nothing stands under out's names then.
 std::optional<std::string> ApplySet(const ApplyRequest& request,
                                     const std::function<void(std::int64_t done, std::int64_t all)>& progress);
 

@@ -9,8 +9,9 @@
 
 namespace kelvo {
 
-// Does what the arguments (without the program's name) ask for, and gives the process's exit code. nullopt: the first
-// one isn't a command's word, and the program goes on as ever. Before the application object, any window, any setting.
+// Does what the arguments (without the program's name) ask for, and gives the process's exit code; with --help among
+// them it tells how the word is used instead. nullopt: the first one isn't a command's word, and the program goes on as
+// ever. Before the application object, any window, any setting.
 std::optional<int> RunBatch(std::span<const std::string> arguments);
 // A line for each word, for --help.
 std::string BatchHelp();

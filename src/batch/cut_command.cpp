@@ -42,7 +42,7 @@ int CutCommand(std::span<const std::string> arguments)
     if (!taken.error.empty()) return TellBatchFailure(kWord, taken.error);
     const std::optional<std::string> wanted = taken.Value(kFrames);
     const auto range = FrameRangeOf(wanted.value_or(""));
-    if (!range) return TellBatchFailure(kWord, "--frames A:B says which frames, counted from 0, without frame B");
+    if (!range) return TellBatchFailure(kWord, kFrameRangeForm);
     if (taken.files.size() != 2) return TellBatchFailure(kWord, "a sequence and the name of the new one are needed");
     const std::array sources = {FrameRange{taken.files[0], range->first, range->second}};
     const std::optional<std::string> failure = CopyFrames(sources, taken.files[1]);

@@ -51,7 +51,7 @@ FramesHead PlainHead(const SequenceFile& sequence)
     return head;
 }
 
-// The records against the frames, each with each: a frame beyond them gets one.
+// The records against the frames, each with each: a frame whose own is missing or broken gets one.
 bool CheckFrames(SequenceFile& sequence, FramesFile& journal, RecoveryReport& report)
 {
     if (sequence.Frames() == 0) return true;  // no memory for a frame that isn't there
@@ -60,10 +60,13 @@ bool CheckFrames(SequenceFile& sequence, FramesFile& journal, RecoveryReport& re
     for (std::int64_t i = 0; i < sequence.Frames(); ++i) {
         if (!sequence.ReadFrame(i, frame)) return false;
         const FrameRecord seen = RecordFromFrame(frame, sequence.HeaderBytesOfFrame());
-        if (i >= static_cast<std::int64_t>(journal.records.size())) {
-            journal.records.push_back(seen);
+        const auto place = static_cast<std::size_t>(i);
+        if (place >= journal.records.size()) journal.records.emplace_back();
+        FrameRecord& record = journal.records[place];
+        if (!IsWhole(record)) {
+            record = seen;
             ++report.recordsMade;
-        } else if (journal.records[static_cast<std::size_t>(i)].pixelCrc != seen.pixelCrc) {
+        } else if (record.pixelCrc != seen.pixelCrc) {
             report.badFrames.push_back(i);
         }
     }
@@ -79,7 +82,7 @@ bool FitsSequence(const FramesHead& head, const SequenceFile& sequence)
 // What is there of the journal, its records no more than the frames.
 FramesFile JournalFor(const SequenceFile& sequence, std::string_view path, RecoveryReport& report)
 {
-    FramesFile journal = ReadFramesFile(FramesPathOf(path));
+    FramesFile journal = SalvageFramesFile(FramesPathOf(path));
     report.hasJournal = journal.fault != FramesFault::kNotOpened;
     report.wasClosed = journal.closing.has_value();
     report.journalWasDamaged = journal.fault == FramesFault::kNoJournal || journal.fault == FramesFault::kDamaged;

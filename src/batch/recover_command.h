@@ -21,7 +21,7 @@ struct RecoveryReport {
     std::int64_t bytesCut = 0;        // of a part of a frame at the end
     std::int64_t headerCount = 0;     // of frames, as the header had it
     std::int64_t recordsDropped = 0;  // of the journal, whose frames never reached the disk
-    std::int64_t recordsMade = 0;     // that were missing, from the frames themselves (kRecoveredFrame)
+    std::int64_t recordsMade = 0;     // that were missing or broken, from the frames themselves (kRecoveredFrame)
     bool hasJournal = false;
     bool wasClosed = false;               // the journal had its end
     bool journalWasDamaged = false;       // its head: it was made anew, the old one is kept as NAME.seq.frames.damaged

@@ -1,9 +1,9 @@
 #include "batch/sequence_copy.h"
 
+#include "batch/new_sequence.h"
 #include "imagefile/crc32c.h"
 #include "imagefile/frames_file.h"
 #include "imagefile/sequence_file.h"
-#include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
 
@@ -75,12 +75,12 @@ Failure WhyNotTogether(std::span<const Source> sources)
 // A new sequence in the making: its frames go to the disk, its records wait for the end.
 class Output {
   public:
-    Output(NewFile file, std::string path) : file_(std::move(file)), path_(std::move(path)) {}
+    explicit Output(NewSequence sequence) : sequence_(std::move(sequence)) {}
 
     Failure Begin(const SequenceFile& first, std::int64_t frames)
     {
         const ImageHeaderRecord header = first.HeaderForFile(frames);
-        return Written(std::as_bytes(std::span(&header, 1)));
+        return sequence_.Write(std::as_bytes(std::span(&header, 1)));
     }
 
     Failure Add(Source& source)
@@ -91,32 +91,19 @@ class Output {
             if (!source.sequence.ReadFrame(i, frame)) return source.range.path + " can't be read";
             if (Failure failure = AddRecord(source, i, frame)) return failure;
             Renumber(frame, source);
-            if (Failure failure = Written(frame)) return failure;
+            if (Failure failure = sequence_.Write(frame)) return failure;
         }
         added_ += source.range.end - source.range.first;
         return std::nullopt;
     }
 
-    // The journal first: a sequence that stands has its own.
     Failure End(const Source& first, const Source& last)
     {
-        if (first.journal && last.journal) {
-            const std::string journal = FramesPathOf(path_);
-            if (!ReplaceFramesFile(journal, first.journal->head, records_, Closing(last))) return Refused();
-        }
-        if (file_.Keep()) return std::nullopt;
-        DeleteFileNamed(FramesPathOf(path_));
-        return Refused();
+        if (!first.journal || !last.journal) return sequence_.End({});
+        return sequence_.End(FramesFileBytes(first.journal->head, records_, Closing(last)));
     }
 
   private:
-    std::string Refused() const { return path_ + " can't be written: the disk refuses"; }
-
-    Failure Written(std::span<const std::byte> bytes)
-    {
-        return file_.Contents().Write(bytes) == bytes.size() ? std::nullopt : Failure(Refused());
-    }
-
     Failure AddRecord(const Source& source, std::int64_t index, std::span<const std::byte> frame)
     {
         if (!source.journal) return std::nullopt;
@@ -155,20 +142,19 @@ class Output {
         return closing;
     }
 
-    NewFile file_;
-    std::string path_;
+    NewSequence sequence_;
     std::vector<FrameRecord> records_;
     std::int64_t added_ = 0;
 };
 
 Failure Write(std::vector<Source>& sources, const std::string& out)
 {
-    if (FileExists(out) || FileExists(FramesPathOf(out))) return out + " stands already";
-    std::optional<NewFile> file = NewFile::Begin(out);
-    if (!file) return out + " can't be written";
+    std::string why;
+    std::optional<NewSequence> sequence = NewSequence::Begin(out, why);
+    if (!sequence) return why;
     std::int64_t frames = 0;
     for (const Source& source : sources) frames += source.range.end - source.range.first;
-    Output output(std::move(*file), out);
+    Output output(std::move(*sequence));
     if (Failure failure = output.Begin(sources.front().sequence, frames)) return failure;
     for (Source& source : sources) {
         if (Failure failure = output.Add(source)) return failure;

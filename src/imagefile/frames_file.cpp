@@ -143,20 +143,51 @@ FramesFault ReadHead(File& file, FramesFile& result)
     return FramesFault::kNone;
 }
 
-// The records up to the first that isn't whole, or to the closing one.
-void ReadRecords(std::span<const std::byte> bytes, FramesFile& result)
+enum class AtBrokenRecords { kEnd, kGoOn };
+
+// The records up to the closing one: kEnd, or to the first that isn't whole; kGoOn, or to the last that is.
+void ReadRecords(std::span<const std::byte> bytes, FramesFile& result, AtBrokenRecords atBroken = AtBrokenRecords::kEnd)
 {
-    while (bytes.size() >= kRecordBytes && !result.closing) {
-        const auto record = TakenFrom<FrameRecord>(bytes);
-        if (!IsWhole(record)) break;
+    std::size_t broken = 0;  // since the last whole one
+    while (bytes.size() >= (broken + 1) * kRecordBytes && !result.closing) {
+        const auto record = TakenFrom<FrameRecord>(bytes.subspan(broken * kRecordBytes));
+        if (!IsWhole(record)) {
+            if (atBroken == AtBrokenRecords::kEnd) break;
+            ++broken;
+            continue;
+        }
+        result.records.resize(result.records.size() + broken);
+        bytes = bytes.subspan((broken + 1) * kRecordBytes);
+        broken = 0;
         if ((record.flags & kClosesJournal) != 0) {
             result.closing = record;
         } else {
             result.records.push_back(record);
         }
-        bytes = bytes.subspan(kRecordBytes);
     }
     result.bytesBehind = static_cast<std::int64_t>(bytes.size());
+}
+
+FramesFile ReadJournal(std::string_view path, AtBrokenRecords atBroken)
+{
+    FramesFile result;
+    std::optional<File> file = File::Open(path, FileMode::kRead);
+    if (!file) {
+        result.fault = FramesFault::kNotOpened;
+        return result;
+    }
+    result.fault = ReadHead(*file, result);
+    if (result.fault != FramesFault::kNone) return result;
+    std::vector<std::byte> bytes;
+    if (!AllocateBlock(bytes, static_cast<std::size_t>(file->Length() - result.headBytes))) {
+        result.fault = FramesFault::kNoMemory;
+        return result;
+    }
+    // A journal that grows meanwhile is read as far as it was there.
+    bytes.resize(file->Read(bytes));
+    result.records.reserve(bytes.size() / kRecordBytes);
+    ReadRecords(bytes, result, atBroken);
+    return result;
 }
 
 }  // namespace
@@ -249,24 +280,12 @@ bool FramesFileWriter::Close(const FrameRecord& closing)
 
 FramesFile ReadFramesFile(std::string_view path)
 {
-    FramesFile result;
-    std::optional<File> file = File::Open(path, FileMode::kRead);
-    if (!file) {
-        result.fault = FramesFault::kNotOpened;
-        return result;
-    }
-    result.fault = ReadHead(*file, result);
-    if (result.fault != FramesFault::kNone) return result;
-    std::vector<std::byte> bytes;
-    if (!AllocateBlock(bytes, static_cast<std::size_t>(file->Length() - result.headBytes))) {
-        result.fault = FramesFault::kNoMemory;
-        return result;
-    }
-    // A journal that grows meanwhile is read as far as it was there.
-    bytes.resize(file->Read(bytes));
-    result.records.reserve(bytes.size() / kRecordBytes);
-    ReadRecords(bytes, result);
-    return result;
+    return ReadJournal(path, AtBrokenRecords::kEnd);
+}
+
+FramesFile SalvageFramesFile(std::string_view path)
+{
+    return ReadJournal(path, AtBrokenRecords::kGoOn);
 }
 
 std::vector<std::byte> FramesFileBytes(const FramesHead& head, std::span<const FrameRecord> records,

@@ -128,6 +128,9 @@ struct FramesFile {
     std::int64_t bytesBehind = 0;        // behind what could be read: part of a record, or broken ones
 };
 FramesFile ReadFramesFile(std::string_view path);
+// The same for what repairs it: a record that isn't whole but has whole ones behind it doesn't end them. In its place
+// stands an empty one, which isn't whole either.
+FramesFile SalvageFramesFile(std::string_view path);
 // What a file with that head, these records and a closing one consists of.
 std::vector<std::byte> FramesFileBytes(const FramesHead& head, std::span<const FrameRecord> records,
                                        const std::optional<FrameRecord>& closing);

@@ -1,5 +1,7 @@
 #include "record/recorder.h"
 
+#include "grabber/board_state.h"
+#include "grabber/copm2.h"
 #include "grabber/frame_size.h"
 #include "grabber/recording.h"
 #include "platform/clock.h"
@@ -547,10 +549,26 @@ std::unique_ptr<Run> NewRun(const RecorderSettings& settings, std::string& why)
     return fresh;
 }
 
+// With the trigger input as the trigger it is on as long as the run lasts; a pulse from now on is one.
+void ListenToTriggerInput(Run& r)
+{
+    if (r.files.settings.trigger != RecordTrigger::kBoardInput) return;
+    amdig_trigen(AcqModule, 1);
+    FrameStamp newest;
+    const std::int64_t before = icp_frame_count(IcpModule) - 1;
+    if (icp_next_frame(IcpModule, FrameA, before, 0, 0, 0, {}, newest) == 0) r.watch.NotePulses(newest.triggers);
+}
+
+void LeaveTriggerInput(const Run& r)
+{
+    if (r.files.settings.trigger == RecordTrigger::kBoardInput) amdig_trigen(AcqModule, 0);
+}
+
 // Everything is told; the board and the menu are everybody's again.
 void GiveBack(Run& r)
 {
     EndRecording();
+    LeaveTriggerInput(r);
     if (r.phase != RecorderState::kIdle) EndRun(r, RecorderEnd::kStopped);
     r.status.counts = CurrentCaptureCounts();
     r.holdsBoard = false;
@@ -584,7 +602,9 @@ bool StartRecorder(const RecorderSettings& settings, std::string& why)
     const std::size_t ring = RingFrames(static_cast<std::int64_t>(CameraFrameValues()));
     run->status.ringFrames = ring;
     run->status.ringSeconds = FrameRate > 0 ? static_cast<double>(ring) / double{FrameRate} : 0;
+    ListenToTriggerInput(*run);
     if (!BeginRecording(ring, [] { Consume(*run); })) {
+        LeaveTriggerInput(*run);
         run.reset();
         why = "Unable to allocate memory to store data to disk!";
         return false;

@@ -37,7 +37,9 @@ class TriggerWatch {
     // Looks at the next frame while armed; true: it is the trigger frame.
     bool ComesWith(const CapturedFrame& frame);
     // A frame that passes while nothing is armed.
-    void Note(const CapturedFrame& frame) { pulses_ = frame.stamp.triggers; }
+    void Note(const CapturedFrame& frame) { NotePulses(frame.stamp.triggers); }
+    // Pulses that the trigger input has had, and that are no trigger any more.
+    void NotePulses(std::int64_t pulses) { pulses_ = pulses; }
     std::optional<double> Mean() const { return mean_; }  // in the frame looked at last
 
   private:

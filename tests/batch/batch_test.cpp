@@ -18,7 +18,7 @@ TEST(Batch, OnlyAnExactWordInFrontIsACommand)
          {std::vector<std::string>{}, {"recover.seq"}, {"Recover"}, {"--offscreen", "recover"}, {"last.cal"}}) {
         EXPECT_FALSE(RunBatch(arguments));
     }
-    EXPECT_THAT(BatchHelp(), HasSubstr("  recover FILE..."));
+    EXPECT_THAT(BatchHelp(), HasSubstr("  recover [--dry-run] [--json] FILE..."));
 }
 
 BatchArguments Taken(std::vector<std::string> arguments)

@@ -99,6 +99,28 @@ TEST_F(Recover, RecordsThatAreMissingAreMadeFromTheirFrames)
     EXPECT_EQ(RecoverSequence(path, true).outcome, Recovery::kClean) << "their checksums hold";
 }
 
+TEST_F(Recover, ABrokenRecordDoesntTakeThoseBehindItAlong)
+{
+    Record(path, {1, 2, 3, 7});
+    const FramesFile before = ReadFramesFile(journal);
+    std::string broken = FileContents(journal);
+    broken[static_cast<std::size_t>(before.headBytes) + 64 + 30] ^= 1;
+    PutFile(journal, broken);
+    const RecoveryReport report = RecoverSequence(path, false);
+    EXPECT_EQ(report.outcome, Recovery::kRepaired);
+    EXPECT_EQ(report.recordsMade, 1);
+    EXPECT_TRUE(report.wasClosed);
+    EXPECT_THAT(report.gaps, ElementsAre(FrameGap{3, 4, 3, 0, 0, 0}));
+    const FramesFile after = ReadFramesFile(journal);
+    ASSERT_THAT(after.records, SizeIs(4));
+    for (const std::size_t i : {0U, 2U, 3U}) EXPECT_EQ(after.records[i], before.records[i]) << i;
+    EXPECT_EQ(after.records[1].number, 2);
+    EXPECT_EQ(after.records[1].flags, static_cast<std::uint32_t>(kRecoveredFrame));
+    EXPECT_EQ(after.records[1].pixelCrc, before.records[1].pixelCrc);
+    EXPECT_EQ(after.closing, before.closing);
+    EXPECT_EQ(RecoverSequence(path, true).outcome, Recovery::kClean);
+}
+
 TEST_F(Recover, ADamagedJournalIsMadeAnewAndKept)
 {
     Record(path, {5, 6});

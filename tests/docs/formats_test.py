@@ -14,45 +14,10 @@ import unittest
 
 import pages
 
+sys.path.insert(0, str(pages.ROOT / "tests/support"))
+from made_by_hand import journal, pixels, polynomial, sequence
+
 KELVO, OUT = sys.argv[1], pathlib.Path(sys.argv[2])
-PIXELS = 6
-
-
-def polynomial(data):
-    """The checksum as the remainder of a division, bit by bit."""
-    rest = 0xFFFFFFFF
-    for byte in data:
-        rest ^= byte
-        for _ in range(8):
-            rest = rest >> 1 ^ (0x82F63B78 if rest & 1 else 0)
-    return rest ^ 0xFFFFFFFF
-
-
-def sequence(numbers):
-    head = bytearray(512)
-    for place, kind, value in [(0, "<H", 0xFFFF), (2, "<h", 3), (4, "<h", 2), (6, "<h", 2), (40, "<h", 8), (42, "<I", len(numbers)), (144, "<h", 80)]:
-        struct.pack_into(kind, head, place, value)
-    frames = [struct.pack("<30siif38x", b"Sat Nov 21 12:04:01.123 2026\n", place, number, 1.5) + pixels(number) for place, number in enumerate(numbers)]
-    return bytes(head) + b"".join(frames)
-
-
-def pixels(number):
-    return struct.pack("<6h", *(10 * number + i for i in range(PIXELS)))
-
-
-def sealed(*fields):
-    record = struct.pack("<qqqf8I", *fields)
-    return record + struct.pack("<I", polynomial(record))
-
-
-def journal(numbers, text=b"Camera=made by hand\n"):
-    head = bytearray(128)
-    struct.pack_into("<8s7I", head, 0, b"KVFRAMES", 1, 128, 64, 2 * PIXELS, 3, 2, len(text))
-    head[64:64 + len(text)] = text
-    struct.pack_into("<I", head, 60, polynomial(head))
-    records = [sealed(n, 1000 * n, 2000 * n, 1.5, 0, missing, 0, 0, 0, 0, 0, polynomial(pixels(n)))
-               for n, missing in zip(numbers, [0] + [b - a - 1 for a, b in zip(numbers, numbers[1:])])]
-    return bytes(head) + b"".join(records) + sealed(len(numbers), 0, 0, 0, 128, 0, 0, 0, 0, 1, 0, 0)
 
 
 def recover(*arguments):

@@ -9,7 +9,7 @@
 
 A block of C++ begins with a comment that names its file, `// src/display/zoom_step.h`, and is compiled as that file. One that goes into a file of the
 tree says where: `// src/script/script_calls.cpp, before kCalls` or `..., in kCalls`, where the first line that holds `kCalls[]` is meant. A block of
-XML is a dialog and names its file in the same way. Blocks of Python are run by files_test.py and external_signal_test.py. A block of Lua is an operator script; a line before it may tell where it begins:
+XML is a dialog and names its file in the same way. Blocks of Python and of the shell are run by the tests beside this file that follow their pages. A block of Lua is an operator script; a line before it may tell where it begins:
 
   <!-- start: live -->      after tests/docs/starts/live.lua; `no camera`: without a camera; nothing: in front of the start's first question
   <!-- fragment -->         the block can't run alone (ctest shows that it doesn't)

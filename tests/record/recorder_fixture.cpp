@@ -12,13 +12,23 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <numeric>
 
 namespace kelvo {
 
+std::string LongFile(const std::string& path)
+{
+    std::error_code missing;
+    const auto length = std::filesystem::file_size(path, missing);
+    std::string bytes(missing ? 0 : length, '\0');
+    std::ifstream(path, std::ios::binary).read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return bytes;
+}
+
 TakenApart TakeApart(const std::string& path, std::size_t pixels)
 {
-    const std::string bytes = FileContents(path);
+    const std::string bytes = LongFile(path);
     TakenApart file;
     if (bytes.size() < sizeof file.header) return file;
     std::memcpy(&file.header, bytes.data(), sizeof file.header);

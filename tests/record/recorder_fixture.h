@@ -12,6 +12,8 @@
 
 namespace kelvo {
 
+// What a file has, at the pace of the disk; empty where there is none.
+std::string LongFile(const std::string& path);
 // A recorded sequence taken apart by its layout alone: 512 bytes, then 80 bytes and the pixels of each frame.
 struct TakenApart {
     ImageHeaderRecord header;

@@ -1,0 +1,246 @@
+#!/usr/bin/env python3
+"""The commands without a window as a shell, a script or another machine calls them: what they tell, and where, how they end, and what then
+stands on the disk.
+
+  command_line_test.py KELVO OUT [LOCPATH]      OUT: emptied. LOCPATH: where the locale de_DE.UTF-8 lies
+"""
+import fcntl
+import os
+import pathlib
+import resource
+import shutil
+import signal
+import subprocess
+import sys
+import time
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+import made_by_hand
+
+KELVO, OUT = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
+# Neither a display nor a home.
+BARE = {name: value for name, value in os.environ.items()
+        if name not in ("DISPLAY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "QT_QPA_PLATFORM", "HOME") and not name.startswith("LC_")}
+APPLY = ["apply", "--set", "warm.cal", "run.seq", "even.seq"]
+CUT = ["cut", "--frames", "1:3", "run.seq", "even.seq"]
+JOIN = ["join", "run.seq", "run.seq", "even.seq"]
+NUMBERS = [4, 5, 9, 10]
+
+
+def command(*arguments, environment=None, before=(), **more):
+    return subprocess.Popen([*before, KELVO, *arguments], cwd=OUT, env={**BARE, **(environment or {})}, stdout=more.pop("stdout", subprocess.PIPE),
+                            stderr=more.pop("stderr", subprocess.PIPE), text=True, errors="surrogateescape", **more)
+
+
+def run(*arguments, **more):
+    process = command(*arguments, **more)
+    out, error = process.communicate(timeout=120)
+    return process.returncode, out, error
+
+
+def everything():
+    return {str(path.relative_to(OUT)): path.read_bytes() for path in OUT.rglob("*") if path.is_file()}
+
+
+class CommandLine(unittest.TestCase):
+    def setUp(self):
+        shutil.rmtree(OUT, ignore_errors=True)
+        OUT.mkdir(parents=True)
+        made_by_hand.calibration_set(OUT)
+        (OUT / "run.seq").write_bytes(made_by_hand.sequence(NUMBERS))
+        (OUT / "run.seq.frames").write_bytes(made_by_hand.journal(NUMBERS))
+
+    def expect_refused(self, arguments, text, **more):
+        """With 2, a line on the error stream alone, and everything as it was."""
+        before = everything()
+        code, out, error = run(*arguments, **more)
+        last = error.splitlines()[-1] if error else ""
+        self.assertEqual((code, out), (2, ""), error)
+        self.assertTrue(last.startswith(f"kelvo {arguments[0]}: "), error)
+        self.assertIn(text, last)
+        self.assertEqual(everything(), before)
+
+    def make(self, arguments, **more):
+        code, out, error = run(*arguments, **more)
+        self.assertEqual((code, out), (0, ""), error)
+        made = [(OUT / name).read_bytes() for name in ("even.seq", "even.seq.frames")]
+        for name in ("even.seq", "even.seq.frames"):
+            (OUT / name).unlink()
+        return made
+
+    def test_each_word_tells_how_it_is_used(self):
+        before = everything()
+        usages = {"recover": "recover [--dry-run] [--json] FILE...", "apply": "apply --set X.cal [--frames A:B] IN OUT", "cut": "cut --frames A:B IN OUT",
+                  "join": "join IN... OUT"}
+        general = run("--help")[1]
+        for word, usage in usages.items():
+            for arguments in ([word, "--help"], [word, "-h"], [word, "run.seq", "--help", "even.seq"]):
+                code, out, error = run(*arguments)
+                self.assertEqual((code, error), (0, ""))
+                self.assertEqual(out.splitlines()[0], "kelvo " + usage)
+                self.assertIn("Ends with 0 where", out)
+            self.assertIn("  " + usage, general)
+        self.assertEqual(everything(), before)
+
+    def test_behind_two_dashes_all_are_files(self):
+        code, out, _ = run("recover", "--json", "--", "--help")
+        self.assertEqual(code, 2)
+        self.assertIn('"file":"--help"', out)
+
+    def test_what_is_wrong_stands_on_the_error_stream(self):
+        for arguments, text in [(["apply"], "--set DIR/x.cal, a sequence and the name of the new one are needed"),
+                                (["apply", "--set=warm.cal", "--frames=3", "run.seq", "even.seq"], "--frames A:B says which frames"),
+                                (["apply", "--set=warm.cal", "--frames=4:", "run.seq", "even.seq"], "run.seq has 4 frames: there are none of that range"),
+                                (["apply", "--set=cold.cal", "run.seq", "even.seq"], "cold.cal can't be opened"),
+                                (["apply", "--set=warm.cal", "none.seq", "even.seq"], "none.seq can't be opened"),
+                                (["cut", "run.seq", "even.seq"], "--frames A:B says which frames"),
+                                (["join", "run.seq"], "sequences and the name of the new one are needed"),
+                                (["join", "run.seq", "warm.cal", "even.seq"], "warm.cal isn't a sequence that can be read"),
+                                (["recover"], "no file was named"), (["recover", "--all"], "unknown option --all")]:
+            self.expect_refused(arguments, text)
+
+    def test_the_progress_stands_on_the_error_stream(self):
+        self.assertEqual(run(*APPLY), (0, "", "kelvo apply: 4 of 4 frames\n"))
+
+    def test_a_result_is_never_written_over_anything(self):
+        (OUT / "stands.seq").write_bytes(b"mine")
+        (OUT / "left.seq.frames").write_bytes(b"mine")
+        (OUT / "link.seq").symlink_to("run.seq")
+        (OUT / "hard.seq").hardlink_to(OUT / "run.seq")
+        (OUT / "folder").mkdir()
+        for make in (APPLY, CUT, JOIN):
+            for out in ("run.seq", "./run.seq", "link.seq", "hard.seq", "RUN.SEQ", "stands.seq", "left.seq"):
+                self.expect_refused([*make[:-1], out], f"{out} stands already")
+            self.expect_refused([*make[:-1], "folder"], "folder is a directory")
+
+    def test_what_is_corrected_isnt_corrected_again(self):
+        self.assertEqual(run(*APPLY)[0], 0)
+        self.expect_refused(["apply", "--set=warm.cal", "even.seq", "twice.seq"], "even.seq is corrected already")
+
+    def test_a_directory_that_takes_nothing(self):
+        for make in (APPLY, CUT, JOIN):
+            self.expect_refused([*make[:-1], "none/even.seq"], "none/even.seq can't be written: No such file or directory")
+        (OUT / "locked").mkdir(mode=0o555)
+        without_rights = ["setpriv", "--bounding-set=-dac_override,-dac_read_search"] if os.getuid() == 0 else []
+        for make in (APPLY, CUT, JOIN):
+            self.expect_refused([*make[:-1], "locked/even.seq"], "locked/even.seq can't be written: Permission denied", before=without_rights)
+
+    def test_a_limit_on_the_length_of_files(self):
+        whole = {tuple(make): self.make(make) for make in (APPLY, CUT, JOIN)}
+        for make in (APPLY, CUT, JOIN):
+            longest = max(len(contents) for contents in whole[tuple(make)])
+            for length in (0, 511, 512, 513, longest - 1):
+                self.expect_refused(make, "even.seq can't be written: ",
+                                    preexec_fn=lambda length=length: resource.setrlimit(resource.RLIMIT_FSIZE, (length, length)))
+            self.assertEqual(self.make(make), whole[tuple(make)])
+
+    def test_a_disk_that_is_full(self):
+        """A file system of 64 kB, its room taken but for a page."""
+        script = """mount -t tmpfs -o size=64k none small && head -c 61440 /dev/zero >small/filler
+            "$@"; code=$?; ls -A small; exit $code"""
+        (OUT / "small").mkdir()
+        if subprocess.run(["unshare", "--mount", "true"], stderr=subprocess.DEVNULL).returncode != 0:
+            self.skipTest("no file system can be mounted here")
+        numbers = range(1, 101)
+        (OUT / "long.seq").write_bytes(made_by_hand.sequence(numbers))
+        (OUT / "long.seq.frames").write_bytes(made_by_hand.journal(numbers))
+        before = everything()
+        for make in (["apply", "--set=warm.cal"], ["cut", "--frames=:"], ["join"]):
+            code, out, error = run(*make, "long.seq", "small/even.seq", before=["unshare", "--mount", "sh", "-c", script, "sh"])
+            self.assertEqual((code, out), (2, "filler\n"), error)
+            self.assertTrue(error.splitlines()[-1].startswith(f"kelvo {make[0]}: small/even.seq can't be written: "), error)
+        self.assertEqual(everything(), before)
+
+    def held_in_the_middle(self):
+        """An apply that has done its frames, and waits for somebody to read what it says: the result hasn't got its name yet."""
+        reader, writer = os.pipe()
+        os.set_blocking(writer, False)
+        try:
+            while True:
+                os.write(writer, b"\n" * 4096)
+        except BlockingIOError:
+            pass
+        os.set_blocking(writer, True)
+        process = command(*APPLY, stdout=subprocess.DEVNULL, stderr=writer)
+        os.close(writer)
+        expected = (OUT / "run.seq").stat().st_size
+        for _ in range(600):
+            made = OUT / ".even.seq.new"
+            if made.exists() and made.stat().st_size == expected:
+                return process, reader
+            time.sleep(0.1)
+        self.fail("it never came that far")
+
+    def test_one_that_is_killed_leaves_no_result_and_can_be_run_again(self):
+        whole = self.make(APPLY)
+        before = everything()
+        for end in (signal.SIGTERM, signal.SIGKILL, signal.SIGINT):
+            process, reader = self.held_in_the_middle()
+            process.send_signal(end)
+            self.assertEqual(process.wait(timeout=60), -end)
+            os.close(reader)
+            left = everything()
+            left.pop(".even.seq.new", None)
+            self.assertEqual(left, before, "at most a hidden file in the making, which the next run uses again")
+            self.assertEqual(self.make(APPLY), whole)
+            self.assertEqual(everything(), before)
+
+    def test_of_two_that_make_the_same_one_does(self):
+        whole = self.make(APPLY)
+        first, reader = self.held_in_the_middle()
+        code, _, error = run(*APPLY)
+        self.assertEqual((code, error), (2, "kelvo apply: even.seq can't be written: Device or resource busy\n"))
+        # One that begins while the first is about to end.
+        second = command(*APPLY)
+        time.sleep(0.2)
+        while os.read(reader, 65536):
+            pass
+        self.assertEqual(first.wait(timeout=60), 0)
+        _, error = second.communicate(timeout=60)
+        self.assertEqual(second.returncode, 2)
+        self.assertIn("kelvo apply: even.seq ", error)
+        self.assertEqual([(OUT / name).read_bytes() for name in ("even.seq", "even.seq.frames")], whole)
+
+    def test_an_output_that_takes_nothing(self):
+        with open("/dev/full", "w") as full:
+            code, _, error = run("recover", "--json", "run.seq", stdout=full)
+        self.assertEqual((code, error), (2, "kelvo recover: the standard output takes nothing\n"))
+
+    def test_a_recording_that_goes_on_is_left_alone(self):
+        with open(OUT / "run.seq", "rb") as recording:
+            fcntl.flock(recording, fcntl.LOCK_EX)
+            for make in (APPLY, CUT, JOIN):
+                self.expect_refused(make, "run.seq is being recorded")
+            before = everything()
+            code, out, _ = run("recover", "run.seq")
+            self.assertEqual(code, 2)
+            self.assertIn("run.seq: failed: it is being recorded", out)
+            self.assertEqual(everything(), before)
+
+    def test_in_another_locale_all_is_the_same(self):
+        locales = [{"LANG": "C"}, {"LC_ALL": "C.UTF-8"}]
+        if len(sys.argv) > 3:
+            locales.append({"LC_ALL": "de_DE.UTF-8", "LOCPATH": sys.argv[3]})
+        results = set()
+        for locale in locales:
+            made = [b"".join(self.make(make, environment=locale)) for make in (APPLY, CUT, JOIN)]
+            told = run("recover", "--json", "--dry-run", "run.seq", "none.seq", environment=locale)
+            refused = run("cut", "--frames=2:1", "run.seq", "none/even.seq", environment=locale)
+            results.add((*made, told, refused))
+        self.assertEqual(len(results), 1)
+
+    def test_names_are_any_bytes(self):
+        for name in ("Über 25 °C.seq".encode(), b"\xfc\xff.seq", b"-x.seq"):
+            code, _, error = run(*APPLY[:-1], b"./" + name, environment={"LANG": "C"})
+            self.assertEqual(code, 0, error)
+            path = os.fsencode(OUT) + b"/" + name
+            with open(path, "rb") as file:
+                self.assertEqual(file.read(512)[42], len(NUMBERS))
+            self.assertEqual(run("recover", b"./" + name)[0], 0)
+            os.unlink(path)
+            os.unlink(path + b".frames")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], "-v"])
