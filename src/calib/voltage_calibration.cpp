@@ -209,6 +209,19 @@ bool OperatorTakes(HWND dialog, const Results& results)
            Button::kYes;
 }
 
+// A key of its own names the section, not the camera that is active.
+std::int32_t CameraOfTheKeys()
+{
+    return GetPrivateProfileInt("Setup", "CameraNum", 1, IniFilePath);
+}
+
+std::string WhereElseItIsKept()
+{
+    const std::int32_t camera = CameraOfTheKeys();
+    if (camera == ActiveCamera) return {};
+    return Format("; the voltages are kept in Camera.%d, as CameraNum says, not in Camera.%d", camera, ActiveCamera);
+}
+
 void TakeOver(const Results& results)
 {
     write::camera.VoltsOffset = results.voltsPerOffset;
@@ -302,7 +315,8 @@ std::int32_t RunVoltageCalibration(HWND window)
         return result;
     }
     KeepUnitAvailable();
-    StatusNote(" The camera is uncalibrated now: Calibration, Load previous... brings a calibration back");
+    StatusNote(" The camera is uncalibrated now: Calibration, Load previous... brings a calibration back" +
+               (result == 1 ? WhereElseItIsKept() : std::string()));
     return result;
 }
 
@@ -313,7 +327,7 @@ LRESULT fnCALVOLTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPAR
 
 void SaveVoltageCalibration()
 {
-    const std::string section = Format("Camera.%d", GetPrivateProfileInt("Setup", "CameraNum", 1, IniFilePath));
+    const std::string section = Format("Camera.%d", CameraOfTheKeys());
     const auto write = [&](const char* key, const std::string& value) {
         WritePrivateProfileString(section, key, value, CameraFilePath);
     };

@@ -28,8 +28,9 @@ constexpr float kNoCalVoltSignal = -16000.0F;
 // or the dialog couldn't be opened. Esc ends a measurement between two gains.
 //
 // From the first measurement on the system is uncalibrated (CalType 0) and live; the status line says so at the end and
-// how to go back. Gain and offset of before are sent again. Without a measurement the status line is as before. Blocks,
-// some 9 s for the zero and 10 s for a voltage.
+// how to go back, and where the keys were written to another camera's section than the active one's. Gain and offset of
+// before are sent again. Without a measurement the status line is as before. Blocks, some 9 s for the zero and 10 s for
+// a voltage.
 std::int32_t RunVoltageCalibration(HWND window);
 LRESULT fnCALVOLTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 

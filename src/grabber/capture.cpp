@@ -265,11 +265,11 @@ bool StartCapture(const CaptureOptions& options)
 void StopCapture()
 {
     if (!runs) return;
-    if (ClockIsVirtual()) {
-        CaptureByTheClock(*run, 0);
-        FollowVirtualClock(nullptr);
-    } else {
+    if (run->captures.joinable()) {
         EndThreads(*run);
+    } else {
+        if (ClockIsVirtual()) CaptureByTheClock(*run, 0);  // not where its clock has gone before it
+        FollowVirtualClock(nullptr);
     }
     DropFrames(run->ring.Waiting(), FrameFate::kPassedOver);
     run->ring.Free();

@@ -9,11 +9,22 @@
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/menu_state.h"
+#include "ui/panel_readouts.h"
 
 #include <cstdint>
 #include <utility>
 
 namespace kelvo {
+
+namespace {
+
+void ShowRecording(bool records)
+{
+    ShowRecordingInMenu(records);
+    ShowRecordingInPanel(records);
+}
+
+}  // namespace
 
 bool BeginRecording(std::size_t ringFrames, std::function<void()> consume)
 {
@@ -27,7 +38,7 @@ bool BeginRecording(std::size_t ringFrames, std::function<void()> consume)
         MessageBox(hWndMain, "Unable to allocate memory to store data to disk!", "Kelvo Warning");
         return false;
     }
-    ShowRecordingInMenu(true);
+    ShowRecording(true);
     return true;
 }
 
@@ -37,7 +48,7 @@ void EndRecording()
     StopCapture();
     AccountCaptureEnds();
     if (!LiveVideo) icp_freeze(IcpModule, FrameA);
-    ShowRecordingInMenu(false);
+    ShowRecording(false);
 }
 
 bool RecordingRuns()

@@ -1,5 +1,6 @@
 #include "platform/box.h"
 
+#include "platform/end_request.h"
 #include "platform/icons.h"
 #include "platform/qt_window.h"
 #include "platform/text.h"
@@ -190,10 +191,11 @@ Button MessageBox(HWND owner, std::string_view text, std::string_view caption, B
     if (qApp && LookOf(icon).sounds) QApplication::beep();
 
     Button answer = EscapeButton(box);
-    if (qApp) {
+    if (qApp && !EndIsAsked()) {
         answer = Box(OwnerWidget(owner), box).Run(box).value_or(answer);
     } else {
-        // A program without windows, such as a converter, tells it on its error stream.
+        // A program without windows, such as a converter, tells it on its error stream, and so does one whose end a
+        // signal has asked for: nobody is there to answer.
         std::fprintf(stderr, "%s: %s\n", ToUtf8(caption).c_str(), ToUtf8(text).c_str());
     }
     Transcribe("answer", {{"button", std::string(LookOf(answer).name)}});

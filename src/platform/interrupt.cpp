@@ -1,5 +1,6 @@
 #include "platform/interrupt.h"
 
+#include "platform/end_request.h"
 #include "platform/faults.h"
 #include "platform/qt_window.h"
 
@@ -42,7 +43,7 @@ bool EscapeCame()
     ShowPainted();
     const InputSieve sieve;
     QCoreApplication::processEvents(QEventLoop::ExcludeSocketNotifiers);
-    return sieve.SawEscape() || FaultIsSet("escape");
+    return sieve.SawEscape() || EndIsAsked() || FaultIsSet("escape");
 }
 
 }  // namespace kelvo

@@ -6,6 +6,7 @@
 #include "platform/application.h"
 #include "platform/clock.h"
 #include "platform/front.h"
+#include "platform/interrupt.h"
 #include "platform/profile.h"
 #include "platform/qt_window.h"
 #include "platform/timers.h"
@@ -105,6 +106,7 @@ class Turns : public QObject {
         if (--held_ == 0) PostItemEvents();
     }
 
+    bool IsHeld() const { return held_ > 0; }
     bool HookIsSet() const { return static_cast<bool>(hook_); }
     bool QuitIsPosted() const { return quitPosted_; }
 
@@ -329,6 +331,11 @@ void NoteFocusChange()
 void ModalHasEnded()
 {
     TheTurns().ModalHasEnded();
+}
+
+bool InTheMidstOfACommand()
+{
+    return TheTurns().IsHeld();
 }
 
 HoldMessages::HoldMessages()

@@ -1,6 +1,7 @@
 #include "platform/reset.h"
 
 #include "platform/clock.h"
+#include "platform/end_request.h"
 #include "platform/faults.h"
 #include "platform/files.h"
 #include "platform/help_pages.h"
@@ -18,6 +19,7 @@ namespace kelvo {
 
 void ResetPlatform()
 {
+    ForgetEndWatch();  // it belongs to the application object
     ResetPointer();
     ForgetTurns();  // while there is a dispatcher to take its alarm off
     ForgetWindows();

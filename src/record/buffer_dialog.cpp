@@ -29,7 +29,9 @@
 #include "viewing/written_note.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -262,6 +264,28 @@ void ProposeTransfer()
     write::buffer.BufferRectRight = FpaSerialWord.ColStart + ActiveConfig.Hroi - 1;
 }
 
+// Range, rectangle and place as they stand now, for a load that fails.
+class TransferAsItWas {
+  public:
+    void PutBack() const
+    {
+        for (std::size_t i = 0; i < kVariables.size(); ++i) write::buffer.*kVariables[i] = values_[i];
+    }
+
+  private:
+    using Buffer = BufferStateVariables;
+    static constexpr std::array kVariables = {
+        &Buffer::BufferFirstFrame, &Buffer::BufferLastFrame, &Buffer::BufferRectTop, &Buffer::BufferRectLeft,
+        &Buffer::BufferRectBottom, &Buffer::BufferRectRight, &Buffer::BufferLoadAt};
+    static std::array<std::int32_t, kVariables.size()> Now()
+    {
+        std::array<std::int32_t, kVariables.size()> values{};
+        for (std::size_t i = 0; i < kVariables.size(); ++i) values[i] = write::buffer.*kVariables[i];
+        return values;
+    }
+    std::array<std::int32_t, kVariables.size()> values_ = Now();
+};
+
 void SetUpStore(HWND dialog)
 {
     CheckBoardModules();
@@ -418,14 +442,15 @@ void LoadFromDisk(HWND dialog)
     std::string path = "*.buf";
     if (!SelectFile(dialog, path, kSelectToOpen)) return;
     write::windows.FilePathBuf = path;
+    const TransferAsItWas before;
     if (!BufferLoadDialog(dialog)) return;
     const Hourglass hourglass;
     StatusMessage(" Wait - Loading frames from disk to Buffer Board memory.", kLeftAligned);
     const int result = LoadBufferFile(path, BufferFirstFrame, BufferLastFrame, BufferRectTop, BufferRectLeft,
                                       BufferRectBottom, BufferRectRight);
     if (result < 1) {
+        before.PutBack();
         TellGrabberError(dialog, result);
-        ProposeTransfer();
         StatusString(kHostRamHint, kLeftAligned);
         return;
     }

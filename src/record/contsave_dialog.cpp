@@ -80,6 +80,7 @@ Settings settings;
 
 // What holds from the dialog's opening to its end.
 struct Session {
+    HWND dialog = nullptr;
     std::string nameAtOpening;
     std::int32_t SaveFirstStart = 1;     // 0: a run has been started, and its file may be added to
     std::int32_t SavePrimaryActive = 1;  // 0: the second integration time is in effect
@@ -447,7 +448,8 @@ void Correct(HWND dialog, const SavedRun& saved)
     }
 }
 
-void TellVerdict(const SavedRun& saved)
+// untold: what else there is to know.
+void TellVerdict(const SavedRun& saved, std::string_view untold)
 {
     const std::optional<std::int64_t> lost = LostFrames();
     std::string text = Format(" %d frames saved to ", saved.frames) + saved.path;
@@ -455,21 +457,36 @@ void TellVerdict(const SavedRun& saved)
     if (const std::int64_t failed = troubles.notRead + troubles.notWritten; failed > 0) {
         text += Format(", %lld failed", static_cast<long long>(failed));
     }
-    StatusMessage(text, kLeftAligned);
+    StatusMessage(text += untold, kLeftAligned);
 }
 
-void Stop(HWND dialog)
+SavedRun EndRun(HWND dialog)
 {
     KillTimer(dialog, kSaveTimer);
     KillTimer(dialog, kFiguresTimer);
-    const SavedRun saved = EndSave();
-    if (!saved.closed) BeepAndTell(dialog, "Unable to save to file!", "File Save Error!");
-    if (CalType != 0 && IsDlgButtonChecked(dialog, kContSaveCorrectAfter)) Correct(dialog, saved);
+    return EndSave();
+}
+
+bool WantsCorrection(HWND dialog)
+{
+    return CalType != 0 && IsDlgButtonChecked(dialog, kContSaveCorrectAfter);
+}
+
+void ShowStopped(HWND dialog)
+{
     UngreyAfterRun(dialog);
     StartPreview(dialog);
     SetDlgItemText(dialog, kContSaveStartStop, "&Start acquisition");
     ShowFigures(dialog);
-    TellVerdict(saved);
+}
+
+void Stop(HWND dialog)
+{
+    const SavedRun saved = EndRun(dialog);
+    if (!saved.closed) BeepAndTell(dialog, "Unable to save to file!", "File Save Error!");
+    if (WantsCorrection(dialog)) Correct(dialog, saved);
+    ShowStopped(dialog);
+    TellVerdict(saved, {});
 }
 
 void StartOrStop(HWND dialog)
@@ -509,7 +526,7 @@ void OpenBoxes(HWND dialog)
 
 void Open(HWND dialog)
 {
-    session = {.nameAtOpening = SeqFilePath};
+    session = {.dialog = dialog, .nameAtOpening = SeqFilePath};
     ReadSettings();
     ShowUpdateRate(dialog);
     SetDlgItemText(dialog, kContSaveName, SeqFilePath);
@@ -574,6 +591,7 @@ void Destroyed(HWND /*dialog*/)
 {
     if (SaveRuns()) EndSave();
     FreeSaveBuffer();
+    session.dialog = nullptr;
 }
 
 constexpr DialogEntry kEntries[] = {
@@ -609,6 +627,15 @@ int ContinuousSaveDialog(HWND parent)
     if (LiveVideo) RestartGrab();
     hearing.TellIfUnheard(parent, "The integration time may not be as it is set.");
     return result;
+}
+
+void StopContinuousSave()
+{
+    if (!SaveRuns()) return;
+    const HWND dialog = session.dialog;
+    const SavedRun saved = EndRun(dialog);
+    ShowStopped(dialog);
+    TellVerdict(saved, WantsCorrection(dialog) ? ", not corrected" : "");
 }
 
 LRESULT fnCONTSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)

@@ -27,6 +27,10 @@ constexpr int kContSaveBrowse = 20701;
 // Timers of live video rest meanwhile; afterwards live video begins anew.
 int ContinuousSaveDialog(HWND parent);
 
+// Stops a run as the dialog's button does, but corrects nothing and shows no box: for who ends the program or the
+// session. The dialog stays. Nothing happens where none runs.
+void StopContinuousSave();
+
 LRESULT fnCONTSAVEDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam);
 
 // The menu's command.

@@ -127,7 +127,9 @@ int ReadSequences()
         ReadNumbers(GetPrivateProfileString(kSection, SubSequenceKey(i), "1 0 0", BuffBrdFilePath),
                     library.SubSeqList[i]);
     }
-    CountAllSequences();
+    for (SeqRecord& record : library.SeqList) {
+        record.TotalFrames = FramesOfComposition(record.Composition, SubSeqList);
+    }
     library.read = true;
     return 1;
 }
@@ -164,8 +166,10 @@ std::int32_t FramesOfComposition(std::string_view composition, std::span<const S
 
 void CountAllSequences()
 {
+    constexpr std::int32_t kAnyNumber = std::numeric_limits<std::int32_t>::max();
     for (SeqRecord& record : write::sequences.SeqList) {
-        record.TotalFrames = FramesOfComposition(record.Composition, SubSeqList);
+        std::string whole = record.Composition;
+        record.TotalFrames = FitComposition(whole, SubSeqList, kAnyNumber).frames;
     }
 }
 

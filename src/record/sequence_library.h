@@ -61,8 +61,9 @@ int WriteSequences();
 // The subsequence that a letter of either case names; nullopt for any other character.
 std::optional<std::size_t> SubSequenceOf(char letter);
 
-// Frames that a sequence stores, capitals alone counted, and that of all ten into SeqList.
+// Frames that a sequence of the file stores, capitals alone counted: ReadSequences has them in SeqList.
 std::int32_t FramesOfComposition(std::string_view composition, std::span<const SubSeqRecord> list);
+// Those of all ten into SeqList, letters of either case, as a burst takes them.
 void CountAllSequences();
 
 // Frames that a composition stores, letters of either case. Where they are more than capacity it is cut before the

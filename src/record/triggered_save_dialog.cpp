@@ -53,6 +53,7 @@ struct Numbers {
     std::int32_t frames = 0;
 };
 Numbers numbersAtOpening;
+HWND openDialog = nullptr;
 std::string fileOfRun;  // name and extension, for questions
 
 void Beep()
@@ -99,6 +100,7 @@ void EnterDirectoryForSaving()
 
 void Open(HWND dialog)
 {
+    openDialog = dialog;
     ReadTriggerKeys();
     numbersAtOpening = {.triggers = triggerSettings.NumTriggers, .frames = triggerSettings.NumFramesToAverage};
     EnterDirectoryForSaving();
@@ -440,6 +442,7 @@ void OnDestroyed(HWND dialog)
 {
     if (AcquisitionRunning) BreakOff(dialog);  // the program ends
     firstDirectory.reset();
+    openDialog = nullptr;
 }
 
 // ---- The procedure
@@ -482,8 +485,14 @@ void SaveOnTriggers()
     TrigSaveDialog(hWndMain);
 }
 
+void StopTriggeredSave()
+{
+    if (AcquisitionRunning) Stop(openDialog);
+}
+
 void ResetTriggeredSaveDialog()
 {
+    openDialog = nullptr;
     lastName.clear();
     directoryAtOpening.clear();
     firstDirectory.reset();

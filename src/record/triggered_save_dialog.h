@@ -13,6 +13,9 @@ namespace kelvo {
 int TrigSaveDialog(HWND parent);
 void SaveOnTriggers();  // the command
 
+// Stops a run that is under way as the dialog's button does: for who ends the program or the session. The dialog stays.
+void StopTriggeredSave();
+
 // As before it was first opened.
 void ResetTriggeredSaveDialog();
 

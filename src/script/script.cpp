@@ -134,7 +134,7 @@ void CloseProgram()
 {
     if (hWndMain && !engine.programAskedToClose) {
         engine.programAskedToClose = true;
-        PostMessage(hWndMain, WM_CLOSE, 0, 0);
+        PostMessage(hWndMain, WM_CLOSE, kCloseUnasked, 0);
     } else {
         PostQuitMessage(engine.exitCode);
     }

@@ -17,6 +17,8 @@
 //     return FinishScript(WinMain(...));
 #pragma once
 
+#include "platform/types.h"
+
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -67,7 +69,9 @@ bool ScriptRuns();
 // state; acting calls fail from here on. The exit code of the process: the script's (0, the number that it returned, 1
 // after an error or with a dialog left open), or programExitCode if there was no script.
 //
-// While the program runs, a script's end closes it: what is in front is dismissed, then the main window gets WM_CLOSE.
+// While the program runs, a script's end closes it: what is in front is dismissed, then the main window gets WM_CLOSE
+// with wParam kCloseUnasked: nobody is there to be asked.
+inline constexpr WPARAM kCloseUnasked = 1;
 int FinishScript(int programExitCode);
 
 // The live cycle calls it after each frame that it has shown: it counts for frames(n). Cheap where no script runs.

@@ -1,10 +1,12 @@
 #include "batch/batch.h"
 #include "platform/application.h"
+#include "platform/end_request.h"
 #include "platform/transcript.h"
 #include "script/script.h"
 #include "shell/script_hooks.h"
 #include "shell/second_start.h"
 #include "shell/send_signal.h"
+#include "shell/shutdown.h"
 #include "shell/start_options_write.h"
 #include "shell/startup.h"
 #include "simcam/sim_camera.h"
@@ -13,6 +15,42 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+namespace kelvo {
+namespace {
+
+int RunWithWindows(const CommandLine& commandLine)
+{
+    RegisterSimulatedLines();
+    RegisterSimulatedBoard();
+    StartApplication(commandLine);
+    ShutDownWhenAsked();
+    write::options.startOptions = {
+        .dataDirectory = commandLine.dataDirectory,
+        .staysInDirectory = !commandLine.dataDirectory.empty() || !commandLine.scriptFile.empty(),
+        .viewFiles = commandLine.viewFiles,
+        .theme = commandLine.theme};
+    // Found once: it is held under this name for the life of the process.
+    write::options.startOptions.dataDirectory = FindDefaultDirectory();
+    if (const std::optional<int> exitCode = EndBesideAnotherStart(commandLine)) return *exitCode;
+    const DataDirectoryHold hold;
+    if (!commandLine.transcriptFile.empty() && !OpenTranscript(commandLine.transcriptFile)) {
+        std::fprintf(stderr, "kelvo: can't write the transcript %s\n", commandLine.transcriptFile.c_str());
+        return 2;
+    }
+    if (!commandLine.scriptFile.empty()) {
+        ConnectScripts();
+        std::string error;
+        if (!StartScript(commandLine.scriptFile, commandLine.scriptArguments, error)) {
+            std::fprintf(stderr, "%s\n", error.c_str());
+            return 1;
+        }
+    }
+    return FinishScript(WinMain(nullptr, nullptr, commandLine.rest, 0));
+}
+
+}  // namespace
+}  // namespace kelvo
 
 int main(int argc, char** argv)
 {
@@ -37,29 +75,7 @@ int main(int argc, char** argv)
         write::options.startOptions.dataDirectory = commandLine.dataDirectory;
         return SendSignalTo(FindDefaultDirectory());
     }
-    RegisterSimulatedLines();
-    RegisterSimulatedBoard();
-    StartApplication(commandLine);
-    write::options.startOptions = {
-        .dataDirectory = commandLine.dataDirectory,
-        .staysInDirectory = !commandLine.dataDirectory.empty() || !commandLine.scriptFile.empty(),
-        .viewFiles = commandLine.viewFiles,
-        .theme = commandLine.theme};
-    // Found once: it is held under this name for the life of the process.
-    write::options.startOptions.dataDirectory = FindDefaultDirectory();
-    if (const std::optional<int> exitCode = EndBesideAnotherStart(commandLine)) return *exitCode;
-    const DataDirectoryHold hold;
-    if (!commandLine.transcriptFile.empty() && !OpenTranscript(commandLine.transcriptFile)) {
-        std::fprintf(stderr, "kelvo: can't write the transcript %s\n", commandLine.transcriptFile.c_str());
-        return 2;
-    }
-    if (!commandLine.scriptFile.empty()) {
-        ConnectScripts();
-        std::string error;
-        if (!StartScript(commandLine.scriptFile, commandLine.scriptArguments, error)) {
-            std::fprintf(stderr, "%s\n", error.c_str());
-            return 1;
-        }
-    }
-    return FinishScript(WinMain(nullptr, nullptr, commandLine.rest, 0));
+    const int exitCode = RunWithWindows(commandLine);
+    EndBySignal();
+    return exitCode;
 }

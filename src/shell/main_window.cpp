@@ -233,6 +233,9 @@ LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
         case WM_CREATE:
             OnCreate(window);
             return 0;
+        case WM_CLOSE:
+            if (wParam != kCloseUnasked && !AgreeToStopRecording()) return 0;
+            return DefWindowProc(window, message, wParam, lParam);
         case WM_DESTROY:
             ShutDown();
             return 0;

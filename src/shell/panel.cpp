@@ -21,6 +21,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
+#include <string>
+#include <utility>
 
 namespace kelvo {
 
@@ -59,8 +62,33 @@ void ShowWhatIsBuilt(HWND panel)
     }
 }
 
+std::map<int, std::string> tipsOfGreyButtons;  // what they said before a recording made them grey
+
+void GreyForRecording(HWND panel, int control)
+{
+    EnableDlgItem(panel, control, false);
+    tipsOfGreyButtons.emplace(control, DlgItemTip(panel, control));
+    SetDlgItemTip(panel, control, kRecordingTip);
+}
+
+void ShowRecording(HWND panel, bool records)
+{
+    if (records) {
+        for (const CommandButton& button : kCommandButtons) {
+            const CommandRow& row = *CommandRowOf(button.command);
+            if (row.built && row.needsBoard) GreyForRecording(panel, button.control);
+        }
+        return;
+    }
+    for (const auto& [control, tip] : std::exchange(tipsOfGreyButtons, {})) {
+        EnableDlgItem(panel, control, true);
+        SetDlgItemTip(panel, control, tip);
+    }
+}
+
 void Open(HWND panel)
 {
+    tipsOfGreyButtons.clear();
     write::windows.hDlgPanel = panel;
     SetScrollRange(panel, kPanelZoomBar, kMinZoom, kMaxZoom);
     ShowGeometryInPanel();
@@ -205,6 +233,9 @@ LRESULT PanelProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lPar
             return 1;
         case WM_COMMAND:
             return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
+        case kPanelShowsRecording:
+            ShowRecording(dialog, wParam != 0);
+            return 1;
         case WM_VSCROLL:
             if (lParam != kPanelZoomBar) return 0;
             StepZoom(dialog, static_cast<ScrollCode>(LowWord(wParam)));

@@ -4,23 +4,57 @@
 #include "grabber/board.h"
 #include "head/comm_link.h"
 #include "platform/box.h"
+#include "platform/end_request.h"
 #include "platform/help.h"
 #include "platform/pointer.h"
 #include "platform/profile.h"
 #include "platform/window.h"
 #include "record/external_signal.h"
-#include "record/recorder.h"
+#include "record/what_records.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
 
+#include <string_view>
+
 namespace kelvo {
 
 namespace {
 
+constexpr std::string_view kCaption = "QVF Vantir";
+
 bool shutDown = false;
+
+bool AgreeToExit()
+{
+    if (SomethingRecords()) return AgreeToStopRecording();
+    return MessageBox(hWndMain, "\nDo you wish to exit?", kCaption, BoxIcon::kQuestion, BoxButtons::kYesNo) ==
+           Button::kYes;
+}
+
+void KeepState()
+{
+    SaveDisplayState();
+    KeepWindowPlace();
+    FlushProfiles();
+}
+
+void EndUnasked()
+{
+    if (hWndMain) {
+        ShutDown();
+    } else {
+        PostQuitMessage(0);
+    }
+}
+
+void PrepareForEndOfSession()
+{
+    EndWhatRecords();
+    KeepState();
+}
 
 }  // namespace
 
@@ -28,21 +62,24 @@ CommandEnd AskToExit()
 {
     StatusString(CameraOn ? kExitCameraOnHint : kExitCameraOffHint, kLeftAligned);
     MessageBeep(Sound::kDefault);
-    const Button answer =
-        MessageBox(hWndMain, "\nDo you wish to exit?", "QVF Vantir", BoxIcon::kQuestion, BoxButtons::kYesNo);
-    if (answer != Button::kYes) return CommandEnd::kResetStatus;
+    if (!AgreeToExit()) return CommandEnd::kResetStatus;
     ShutDown();
     return CommandEnd::kLeaveStatus;
+}
+
+bool AgreeToStopRecording()
+{
+    if (!SomethingRecords()) return true;
+    return MessageBox(hWndMain, "A recording is running.\nStop it and quit?", kCaption, BoxIcon::kQuestion,
+                      BoxButtons::kOkCancel, Button::kCancel) == Button::kOk;
 }
 
 void ShutDown()
 {
     if (shutDown) return;  // a quit that is under way is not begun again by the window's end
     shutDown = true;
-    StopRecorder();
-    SaveDisplayState();
-    KeepWindowPlace();
-    FlushProfiles();
+    EndWhatRecords();
+    KeepState();
     ReleasePointerClip();
     CloseCommLink();
     QuitHelp();
@@ -50,6 +87,11 @@ void ShutDown()
     CloseExternalSignal();
     PostQuitMessage(0);
     if (GrabberPresent) ExitBoard();
+}
+
+void ShutDownWhenAsked()
+{
+    WatchForEnd({.end = EndUnasked, .sessionEnds = PrepareForEndOfSession});
 }
 
 void ResetShutDown()

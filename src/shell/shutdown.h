@@ -6,12 +6,20 @@
 namespace kelvo {
 
 // The Exit command: asks "\nDo you wish to exit?" under "QVF Vantir", while the status line tells whether the camera
-// stays on. Yes: ShutDown, and the status is left.
+// stays on, or while something records AgreeToStopRecording alone. Yes: ShutDown, and the status is left.
 CommandEnd AskToExit();
 
-// Saves the state of the display, gives everything back and ends the message loop. The camera head stays on. Runs once:
-// the Exit command calls it, and so does the main window's end.
+// Asks "A recording is running.\nStop it and quit?" under "QVF Vantir" where something records. True: nothing does, or
+// Ok. False: Cancel, and it goes on.
+bool AgreeToStopRecording();
+
+// Ends what records, its files closed; saves the state of the display, gives everything back and ends the message loop.
+// The camera head stays on. Runs once: the Exit command calls it, and so does the main window's end.
 void ShutDown();
+
+// From here on a signal (platform/end_request.h), or the end of the desktop's session, is such an end, without a
+// question. Where the session's end is called off after all, what recorded has been stopped, and no more.
+void ShutDownWhenAsked();
 
 // ShutDown would run again: for another start in the same process.
 void ResetShutDown();

@@ -2,6 +2,7 @@
 
 #include "platform/dialog.h"
 #include "platform/text.h"
+#include "platform/window.h"
 #include "resources/ids.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
@@ -27,6 +28,11 @@ void ShowGeometryInPanel()
     SetScrollPos(hDlgPanel, kPanelZoomBar, Xzoom);
     SetDlgItemText(hDlgPanel, kPanelZoomText, Format("%d", Xzoom));
     SetDlgItemText(hDlgPanel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
+}
+
+void ShowRecordingInPanel(bool records)
+{
+    if (hDlgPanel) SendMessage(hDlgPanel, kPanelShowsRecording, records ? 1 : 0, 0);
 }
 
 }  // namespace kelvo

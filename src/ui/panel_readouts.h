@@ -2,6 +2,8 @@
 // the panel's own procedure know its controls. Without a panel nothing happens.
 #pragma once
 
+#include <cstdint>
+
 namespace kelvo {
 
 // Contrast and Brightness.
@@ -12,5 +14,9 @@ void ShowDisplayEnabledInPanel();
 
 // Zoom (the bar and its number) and pan.
 void ShowGeometryInPanel();
+
+// Buttons of commands that need the board are grey while something records, and say why.
+void ShowRecordingInPanel(bool records);
+inline constexpr std::uint32_t kPanelShowsRecording = 0x0410;  // to the panel; wParam: 1 something records, 0 nothing
 
 }  // namespace kelvo

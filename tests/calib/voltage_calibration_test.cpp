@@ -2,6 +2,7 @@
 #include "calib/voltage_calibration.h"
 
 #include "calib/run_fixture.h"
+#include "platform/application.h"
 #include "platform/clock.h"
 #include "platform/faults.h"
 #include "platform/front.h"
@@ -168,7 +169,11 @@ TEST_F(VoltageRun, MeasuresEachGainAtTheNeutralOffsetAndTwoOffsetsAtGain2)
     EXPECT_EQ(VoltsOffset, static_cast<float>(-112.0 * double{VoltsPerCountVsGain[2]} / 15));
     EXPECT_THAT(VideoGain, testing::Each(7)) << "those of before";
     EXPECT_THAT(VideoOffset, testing::Each(140));
-    EXPECT_EQ(StatusText, " The camera is uncalibrated now: Calibration, Load previous... brings a calibration back");
+    EXPECT_EQ(
+        StatusText,
+        " The camera is uncalibrated now: Calibration, Load previous... brings a calibration back; the voltages are "
+        "kept in Camera.1, as CameraNum says, not in Camera.2")
+        << "without the key";
 }
 
 TEST_F(VoltageRun, ShowsEntry0OfTheCountsWhateverTheLabelSays)
@@ -194,6 +199,7 @@ TEST_F(VoltageRun, AVoltageOfZeroOrBelowShiftsTheOffsetDown)
 {
     PutVolts(0);
     op->Answer({Button::kOk});
+    WritePrivateProfileString("Setup", "CameraNum", "2", IniFilePath);
     op->Do([&] {
         PutVolts(-0.3);
         OperateText(DialogInFront(), kInputVoltage, "-0.3");
@@ -202,6 +208,7 @@ TEST_F(VoltageRun, AVoltageOfZeroOrBelowShiftsTheOffsetDown)
     EXPECT_EQ(RunVoltageCalibration(hWndMain), 1);
     EXPECT_EQ(seen.back(), std::make_pair(2, 113));
     EXPECT_GT(VoltsOffset, 0.0F);
+    EXPECT_EQ(StatusText, " The camera is uncalibrated now: Calibration, Load previous... brings a calibration back");
 }
 
 TEST_F(VoltageRun, AFailureAtTheShiftedOffsetIsTold)
@@ -310,6 +317,14 @@ TEST_F(VoltageRun, KeysAreWrittenToTheSectionThatCameraNumNames)
               "-0.000311,-0.000311,-0.000311,-0.000311,-0.000311,-0.000311,-0.000311,-0.000311,-0.000311,-0.000311,"
               "-0.000311,-0.000311,-0.000311,-0.000311,-0.000311,-0.000311");
     EXPECT_EQ(KeyOf(CameraFilePath, "Camera.2", "Volts/Offset"), "missing") << "the active camera's isn't named";
+}
+
+TEST(ShippedSettings, NameTheCameraThatTheyTurnOnForItsVoltageCalibration)
+{
+    const TestOperator op;  // brings what is shipped
+    const std::string shipped = ResourceText("defaults/kelvo.ini");
+    EXPECT_NE(shipped.find("\nActiveCamera=2\n"), std::string::npos);
+    EXPECT_NE(shipped.find("\nCameraNum=2\n"), std::string::npos);
 }
 
 }  // namespace

@@ -133,6 +133,18 @@ TEST_F(Capture, RefusedMemoryIsToldAndNothingRuns)
     EXPECT_FALSE(RecordingRuns());
 }
 
+TEST_F(Capture, EndsAlsoWhereItsClockHasGone)
+{
+    ASSERT_TRUE(BeginRecording(8));
+    TakeNumbers(2);
+    const std::int64_t delivered = CurrentCaptureCounts().delivered;
+    ResetClock();
+    EndRecording();
+    EXPECT_FALSE(CaptureRuns());
+    EXPECT_EQ(CurrentCaptureCounts().delivered, delivered);
+    ExpectBalance();
+}
+
 TEST_F(Capture, FreezeAndZoomLeaveTheGrabAlone)
 {
     ASSERT_TRUE(BeginRecording(8));

@@ -31,7 +31,6 @@ class RecorderTest : public SimBoardTest {
     static constexpr std::int64_t kFrameBytes = 80 + 2 * 320 * 256;
 
     void SetUp() override;
-    void TearDown() override { StopRecorder(); }  // while time is virtual
     // Into the directory "out", named event001, event002...
     RecorderSettings Settings() const;
     void Start(const RecorderSettings& settings);

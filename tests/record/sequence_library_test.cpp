@@ -89,6 +89,19 @@ TEST_F(SequenceLibrary, GoesBackIntoItsFile)
     EXPECT_EQ(Key("SubSeqNameA"), "1 0 0");
 }
 
+TEST_F(SequenceLibrary, SmallLettersOfTheFileCountForNothingWhenItIsReadAndAsTheirCapitalsLater)
+{
+    PutLibrary("SeqName0=aA\nSeqName1=b\nSubSeqNameA=3 0 0\nSubSeqNameB=2 0 0\n");
+    ASSERT_EQ(ReadSequences(), 1);
+    EXPECT_EQ(SeqList[0].TotalFrames, 3);
+    EXPECT_EQ(SeqList[1].TotalFrames, 0);
+    write::sequences.SubSeqList[0].Frames = 4;
+    CountAllSequences();
+    EXPECT_EQ(SeqList[0].TotalFrames, 8);
+    EXPECT_EQ(SeqList[1].TotalFrames, 2);
+    EXPECT_EQ(SeqList[0].Composition, "aA");
+}
+
 class Composition : public testing::Test {
   protected:
     Composition()

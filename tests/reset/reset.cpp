@@ -90,7 +90,16 @@ namespace kelvo {
 
 namespace {
 
+// What records uses what all modules hold, and the clock that it began with.
+void EndRuns()
+{
+    StopRecorder();
+    if (SaveRuns()) EndSave();
+    StopCapture();
+}
+
 constexpr void (*kModules[])() = {
+    EndRuns,
     ResetScript,  // these are closed while there is an application
     ResetExternalSignal,
     ResetPlatform,

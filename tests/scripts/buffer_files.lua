@@ -135,13 +135,23 @@ check.eq({ state("FramesInBuffer"), state("HostFrameNext") }, { 64, 64 })
 
 -- ---- What doesn't fit is refused when the store is asked, and nothing changes
 
+local function transfer()
+  local values = {}
+  for _, name in ipairs { "FirstFrame", "LastFrame", "RectTop", "RectLeft", "RectBottom", "RectRight", "LoadAt" } do
+    values[#values + 1] = state("Buffer" .. name)
+  end
+  return values
+end
+local chosen_before = transfer()
+check.eq(chosen_before, { 0, 6, 0, 0, 255, 319, 1000 })
 files.image(datadir() .. "/wide.buf", { width = 400, height = 100, frames = 1 }, 1, function() return 1 end)
 press(kLoad)
 choose(datadir() .. "/wide.buf")
 check.eq(fields(true), { "0", "0", "0", "0", "99", "399", "0" })
 press(1)
 check.answer_box("ICP-PCI frame grabber error", "ok", "Buffer Board Error")
-check.eq({ dialog(), state("FramesInBuffer"), state("HostFrameNext"), state("BufferLastFrame") }, { "BUFFER", 64, 64, 63 })
+check.eq({ dialog(), state("FramesInBuffer"), state("HostFrameNext") }, { "BUFFER", 64, 64 })
+check.eq(transfer(), chosen_before, "range, rectangle and place of the last load")
 
 -- ---- Each refusal of the fields, one after the other
 

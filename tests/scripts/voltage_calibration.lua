@@ -113,14 +113,15 @@ local function expect_true_values()
 end
 expect_true_values()
 
--- The keys, in the section that CameraNum names, which is Camera.1 where the key is missing.
+-- The keys, in the section that CameraNum names: as shipped that of the camera which is shipped as the active one.
 wait(1100)
 local function key_of(section, key)
   local body = readfile(data .. "/camera.ini"):gsub("\r", ""):match("%[" .. section:gsub("%.", "%%.") .. "%]\n(.-)\n%[")
     or readfile(data .. "/camera.ini"):gsub("\r", ""):match("%[" .. section:gsub("%.", "%%.") .. "%]\n(.*)$")
   return body:match("%f[%S]" .. key .. "=([^\n]*)")
 end
-local number = readfile(data .. "/kelvo.ini"):match("CameraNum=(%d+)") or "1"
+local number = readfile(data .. "/kelvo.ini"):match("CameraNum=(%d+)")
+check.eq(tonumber(number), state("ActiveCamera"))
 local printed = {}
 for _, volts in ipairs(true_per_count) do printed[#printed + 1] = ("%f"):format(volts) end
 check.eq(key_of("Camera." .. number, "VoltsPerCountVsGain"), table.concat(printed, ","))
