@@ -18,6 +18,9 @@ namespace kelvo {
 namespace {
 
 constexpr std::int64_t kMostRingBytes = std::numeric_limits<std::int32_t>::max();  // a block of 2 GB is refused
+// 2 GB of frames of 64 x 64, the smallest array. What is kept about each place is touched at every start, and would
+// otherwise take seconds with the few pixels of a small window.
+constexpr std::int64_t kMostRingFrames = std::int64_t{1} << 18;
 constexpr std::int64_t kSliceUs = 20'000;  // the thread that captures looks that often for calls to the board
 constexpr std::int64_t kSliceMs = 20;
 constexpr std::int64_t kUsPerMs = 1000;
@@ -231,8 +234,9 @@ std::size_t RingFrames(std::int64_t frameValues)
     const auto available = static_cast<std::int64_t>(
         std::min<std::uint64_t>(AvailablePhysicalMemory(), static_cast<std::uint64_t>(kMostRingBytes)));
     const std::int64_t bytes = ringBytes > 0 ? std::min(ringBytes, kMostRingBytes) : available;
-    const std::int64_t frameBytes = std::max<std::int64_t>(frameValues, 1) * 2;
-    return static_cast<std::size_t>(std::max<std::int64_t>(bytes / frameBytes - 4, 1));
+    const auto values = static_cast<std::size_t>(std::max<std::int64_t>(frameValues, 1));
+    const auto frames = bytes / static_cast<std::int64_t>(FrameRing::BytesOfPlace(values)) - 4;
+    return static_cast<std::size_t>(std::clamp<std::int64_t>(frames, 1, kMostRingFrames));
 }
 
 void SetRingBytes(std::int64_t bytes)
