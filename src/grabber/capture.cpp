@@ -3,6 +3,7 @@
 #include "grabber/board_state.h"
 #include "platform/clock.h"
 #include "platform/memory.h"
+#include "platform/thread_priority.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -141,6 +142,7 @@ void CaptureOnThread(const std::stop_token& stop, Run& r)
 {
     OwnBoard();
     itx_os_set_realtime_priority(1);
+    RaiseThreadPriority();  // most users may not: then the machine's other work may cost frames, which are counted
     while (!stop.stop_requested()) {
         r.calls.DoWhatWaits();
         CaptureOne(r, kSliceUs);
