@@ -32,7 +32,7 @@ namespace {
 using Failure = std::optional<std::string>;
 
 constexpr std::int64_t kHeaderBytes = sizeof(ImageHeaderRecord);
-constexpr std::int64_t kBlockBytes = std::int64_t{4} << 20;  // read, corrected and written at once
+constexpr std::int64_t kBlockBytes = std::int64_t{1} << 20;  // read, corrected and written while caches hold them
 constexpr std::size_t kLongestCalFile = std::size_t{16} << 20;
 
 // --- The recording --------------------------------------------------------------------------------------------------

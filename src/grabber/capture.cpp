@@ -3,6 +3,7 @@
 #include "grabber/board_state.h"
 #include "platform/clock.h"
 #include "platform/memory.h"
+#include "platform/thread_priority.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -18,6 +19,9 @@ namespace kelvo {
 namespace {
 
 constexpr std::int64_t kMostRingBytes = std::numeric_limits<std::int32_t>::max();  // a block of 2 GB is refused
+// 2 GB of frames of 64 x 64, the smallest array. What is kept about each place is touched at every start, and would
+// otherwise take seconds with the few pixels of a small window.
+constexpr std::int64_t kMostRingFrames = std::int64_t{1} << 18;
 constexpr std::int64_t kSliceUs = 20'000;  // the thread that captures looks that often for calls to the board
 constexpr std::int64_t kSliceMs = 20;
 constexpr std::int64_t kUsPerMs = 1000;
@@ -138,6 +142,7 @@ void CaptureOnThread(const std::stop_token& stop, Run& r)
 {
     OwnBoard();
     itx_os_set_realtime_priority(1);
+    RaiseThreadPriority();  // most users may not: then the machine's other work may cost frames, which are counted
     while (!stop.stop_requested()) {
         r.calls.DoWhatWaits();
         CaptureOne(r, kSliceUs);
@@ -231,8 +236,9 @@ std::size_t RingFrames(std::int64_t frameValues)
     const auto available = static_cast<std::int64_t>(
         std::min<std::uint64_t>(AvailablePhysicalMemory(), static_cast<std::uint64_t>(kMostRingBytes)));
     const std::int64_t bytes = ringBytes > 0 ? std::min(ringBytes, kMostRingBytes) : available;
-    const std::int64_t frameBytes = std::max<std::int64_t>(frameValues, 1) * 2;
-    return static_cast<std::size_t>(std::max<std::int64_t>(bytes / frameBytes - 4, 1));
+    const auto values = static_cast<std::size_t>(std::max<std::int64_t>(frameValues, 1));
+    const auto frames = bytes / static_cast<std::int64_t>(FrameRing::BytesOfPlace(values)) - 4;
+    return static_cast<std::size_t>(std::clamp<std::int64_t>(frames, 1, kMostRingFrames));
 }
 
 void SetRingBytes(std::int64_t bytes)

@@ -40,7 +40,8 @@ struct CaptureOptions {
     std::function<void()> consume;  // called while frames wait, until it drops none; may be empty
 };
 
-// A ring as large as the setting says (SetRingBytes), in frames of that many values: at least 1.
+// A ring as large as the setting says (SetRingBytes), in frames of that many values, what is kept about each of them
+// included: 1 to 262,144.
 std::size_t RingFrames(std::int64_t frameValues);
 // 0, as at start: a quarter of the memory that is available, at most 2 GB.
 void SetRingBytes(std::int64_t bytes);

@@ -35,6 +35,11 @@ struct CapturedFrame {
 
 class FrameRing {
   public:
+    // What the place of a frame of that many values takes: they themselves, and what is kept about it.
+    static constexpr std::size_t BytesOfPlace(std::size_t values)
+    {
+        return values * sizeof(std::int16_t) + sizeof(CapturedFrame) + 2 * sizeof(std::size_t) + 1;
+    }
     // Room for that many frames of that many values to wait, none of them waiting. False where memory is refused: there
     // is no room then.
     bool Allocate(std::size_t frames, std::size_t values);

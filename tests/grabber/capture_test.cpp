@@ -4,6 +4,7 @@
 #include "grabber/board.h"
 #include "grabber/frame_account.h"
 #include "grabber/frame_read.h"
+#include "grabber/frame_ring.h"
 #include "grabber/frame_size.h"
 #include "grabber/recording.h"
 #include "platform/clock.h"
@@ -14,6 +15,7 @@
 #include "video/video.h"
 
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 namespace kelvo {
 namespace {
@@ -190,11 +192,39 @@ TEST_F(Capture, ASilentBoardEndsAReadWithItsBox)
 TEST(RingSize, IsTheSettingInFrames)
 {
     SetRingBytes(1'000'000);
-    EXPECT_EQ(RingFrames(1000), 496U) << "four frames' room is for those that don't wait";
+    EXPECT_EQ(RingFrames(1000), 1'000'000 / FrameRing::BytesOfPlace(1000) - 4) << "four don't wait";
+    EXPECT_NEAR(static_cast<double>(RingFrames(1000)), 496, 25) << "pixels take nearly all of it";
     SetRingBytes(1);
     EXPECT_EQ(RingFrames(1000), 1U);
     SetRingBytes(std::int64_t{1} << 40);
-    EXPECT_LE(RingFrames(1000) * 2000, std::size_t{1} << 31);
+    EXPECT_LE(RingFrames(327'680) * 655'360, std::size_t{1} << 31);
+}
+
+TEST(RingSize, IsBoundedForTheFewPixelsOfASmallWindow)
+{
+    SetRingBytes(std::int64_t{1} << 31);
+    EXPECT_EQ(RingFrames(1), 262'144U);
+    EXPECT_EQ(RingFrames(0), 262'144U);
+    EXPECT_LT(RingFrames(64LL * 64), 262'144U) << "the memory is the bound of frames that a camera gives";
+    EXPECT_GT(RingFrames(64LL * 64), 250'000U);
+}
+
+TEST(RingSize, CountsWhatIsKeptAboutEachFrame)
+{
+    constexpr std::int64_t kBytes = 10'000'000;
+    SetRingBytes(kBytes);
+    for (const std::size_t values : {std::size_t{1}, std::size_t{64}, std::size_t{5000}}) {
+        const auto taken = [] {
+            const struct mallinfo2 info = mallinfo2();
+            return static_cast<std::int64_t>(info.uordblks + info.hblkhd);
+        };
+        FrameRing ring;
+        const std::int64_t before = taken();
+        ASSERT_TRUE(ring.Allocate(RingFrames(static_cast<std::int64_t>(values)), values));
+        if (taken() == before) GTEST_SKIP() << "this allocator doesn't tell";
+        EXPECT_LE(taken() - before, kBytes);
+        EXPECT_GT(taken() - before, kBytes / 10 * 9) << values;
+    }
 }
 
 }  // namespace

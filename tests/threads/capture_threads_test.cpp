@@ -1,19 +1,17 @@
-// The capture with its threads, in real time, on a board that completes a frame each millisecond.
-#include "grabber/board_state_write.h"
+// The capture with its threads, in real time.
+#include "grabber/board_state.h"
 #include "grabber/capture.h"
 #include "platform/clock.h"
-#include "platform/faults.h"
 #include "simcam/sim_camera.h"
+#include "threads/paced_board.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <span>
 #include <string>
 #include <thread>
 #include <utility>
@@ -22,89 +20,12 @@
 namespace kelvo {
 namespace {
 
-constexpr std::int32_t kColumns = 32;
-constexpr std::int32_t kRows = 4;
-constexpr std::int64_t kPeriodUs = 1000;
-constexpr std::int64_t kKept = 50;  // frames behind the newest
-
-// Only the thread that captures may touch it while it runs.
-struct PacedBoard {
-    std::int64_t beganUs = 0;
-    std::thread::id owner = {};
-    bool calledByAnother = false;
-    std::int32_t triggerSetting = 0;
-};
-PacedBoard paced;
-
-void NoteCaller()
-{
-    if (paced.owner == std::thread::id()) paced.owner = std::this_thread::get_id();
-    if (paced.owner != std::this_thread::get_id()) paced.calledByAnother = true;
-}
-
-std::int64_t CountNow()
-{
-    return (TickUs() - paced.beganUs) / kPeriodUs;
-}
-
-std::int32_t NextFrame(BoardModule /*module*/, BoardFrame /*frame*/, std::int64_t after, std::int64_t limitUs,
-                       std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer, FrameStamp& stamp)
-{
-    NoteCaller();
-    const std::int64_t number = std::max(after + 1, CountNow() - kKept);
-    const std::int64_t dueUs = paced.beganUs + number * kPeriodUs;
-    if (dueUs - TickUs() > limitUs) {
-        DelayUntilUs(TickUs() + limitUs);
-        return kBoardTimeout;
-    }
-    DelayUntilUs(dueUs);
-    stamp = {.number = number, .monotonicNs = dueUs * 1000};
-    for (std::int16_t& value : buffer.first(static_cast<std::size_t>(width * height))) {
-        value = static_cast<std::int16_t>(number);
-    }
-    return 0;
-}
-
-void Trigen(BoardModule /*module*/, std::int32_t on)
-{
-    NoteCaller();
-    paced.triggerSetting = on;
-}
-
-const BoardTable& PacedTable()
-{
-    static const BoardTable table = [] {
-        BoardTable t{};
-        t.name = "none";  // the name of the board where no settings name one
-        t.trigen = Trigen;
-        t.os_set_realtime_priority = [](std::int32_t) {};
-        t.frame_count = [](BoardModule) { return CountNow(); };
-        t.next_frame = NextFrame;
-        return t;
-    }();
-    return table;
-}
-
-class CaptureThreads : public testing::Test {
+class CaptureThreads : public PacedBoardTest {
   protected:
-    CaptureThreads()
-    {
-        paced = {.beganUs = TickUs()};
-        RegisterBoard(PacedTable());
-        write::board.IcpModule = 1;
-        write::board.AcqModule = 2;
-        write::board.FrameA = 1;
-    }
-    ~CaptureThreads() override
-    {
-        ResetCapture();
-        ForgetBoardTables();
-        ClearFaults();
-    }
     static bool Start(std::size_t ringFrames, std::function<void()> consume = {})
     {
         return StartCapture(
-            {.columns = kColumns, .rows = kRows, .ringFrames = ringFrames, .consume = std::move(consume)});
+            {.columns = kPacedColumns, .rows = kPacedRows, .ringFrames = ringFrames, .consume = std::move(consume)});
     }
     static void ExpectBalance(const CaptureCounts& counts)
     {
@@ -116,7 +37,7 @@ class CaptureThreads : public testing::Test {
 TEST_F(CaptureThreads, TheNextFrameEachTimeAndNoneTwice)
 {
     ASSERT_TRUE(Start(100));
-    std::vector<std::int16_t> values(kColumns * kRows);
+    std::vector<std::int16_t> values(kPacedValues);
     CapturedFrame taken;
     std::int64_t last = -1;
     std::int64_t missing = 0;
@@ -142,7 +63,7 @@ TEST_F(CaptureThreads, EverythingBalancesWhileOthersLookAndAsk)
         DropFrames(1, FrameFate::kRecorded);
         ++consumed;
     }));
-    std::vector<std::int16_t> values(kColumns * kRows);
+    std::vector<std::int16_t> values(kPacedValues);
     for (int i = 0; i < 100; ++i) {
         CopyNewestFrame(values, 100);
         EXPECT_EQ(values.front(), values.back());
@@ -161,11 +82,11 @@ TEST_F(CaptureThreads, CallsOfOthersReachTheBoardFromItsOwnThread)
     ASSERT_TRUE(Start(100));
     for (int i = 0; i < 20; ++i) amdig_trigen(AcqModule, i + 1);
     StopCapture();
-    EXPECT_FALSE(paced.calledByAnother);
-    EXPECT_EQ(paced.triggerSetting, 20);
-    paced.owner = {};
+    EXPECT_FALSE(WasCalledByAnotherThread());
+    EXPECT_EQ(TriggerSetting(), 20);
+    NewOwner();
     amdig_trigen(AcqModule, 99);
-    EXPECT_EQ(paced.triggerSetting, 99) << "straight to the board again";
+    EXPECT_EQ(TriggerSetting(), 99) << "straight to the board again";
 }
 
 TEST_F(CaptureThreads, TheRingLosesWhatNobodyTakes)
@@ -197,16 +118,19 @@ TEST(SimCameraThreads, FramesComeWhileTheBenchMovesAndTheHeadAnswers)
     std::string error;
     const std::shared_ptr<SimCamera> camera = OpenSimCamera(KELVO_DEFAULTS "/hgcdte64.cnf", error);
     ASSERT_TRUE(camera) << error;
-    constexpr std::int64_t kAtLeast = 30;  // of both, however the machine divides its time
-    std::atomic<std::int64_t> frames = 0;
+    constexpr std::int64_t kEnough = 30;
     std::atomic<std::int64_t> asked = 0;
-    std::thread captures([&] {
+    std::atomic<bool> ended = false;
+    const auto read = [&camera](std::int64_t number) {
         std::vector<std::int16_t> values(64 * 64);
-        for (; frames < kAtLeast || asked < kAtLeast; ++frames) {
-            ReadSimFrame(*camera, frames, frames * 10'000, 64, 64, values);
-        }
+        ReadSimFrame(*camera, number, number * 10'000, 64, 64, values);
+        return values;
+    };
+    std::thread captures([&] {
+        for (std::int64_t n = 0; n < kEnough || asked < kEnough; ++n) read(n);
+        ended = true;
     });
-    for (; frames < kAtLeast || asked < kAtLeast; ++asked) {
+    for (; !ended; ++asked) {
         PutSimSource(*camera, asked % 2 == 0 ? SimSource::kLow : SimSource::kScene);
         EXPECT_TRUE(SetSimSourceDegrees(*camera, SimSource::kLow, static_cast<double>(20 + asked % 10)));
         AnswerSimFrame(*camera, {0x50, 0, 0, 2});
@@ -214,6 +138,8 @@ TEST(SimCameraThreads, FramesComeWhileTheBenchMovesAndTheHeadAnswers)
         SimFramePeriodUs(*camera);
     }
     captures.join();
+    PutSimSource(*camera, SimSource::kLow);
+    EXPECT_EQ(read(5), read(5)) << "nothing of it is left half changed";
     ForgetSimCameras();
 }
 
