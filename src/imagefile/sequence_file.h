@@ -47,7 +47,9 @@ class SequenceFile {
     std::int64_t behind_ = 0;
 };
 
-// Whether somebody records into it now.
+// Whether somebody records into it now. Waits for up to 200 ms where somebody holds it.
 bool IsBeingRecorded(std::string_view path);
+// Whether anybody holds it at this moment, and be it to ask the same.
+bool IsHeldNow(std::string_view path);
 
 }  // namespace kelvo
