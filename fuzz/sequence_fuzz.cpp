@@ -1,5 +1,5 @@
 // A recorded sequence with frame headers, as what repairs it finds it.
-#include "batch/recover_command.h"
+#include "imagefile/recovery.h"
 #include "imagefile/sequence_file.h"
 #include "reset/reset.h"
 #include "temp_file.h"

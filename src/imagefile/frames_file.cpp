@@ -288,6 +288,21 @@ FramesFile SalvageFramesFile(std::string_view path)
     return ReadJournal(path, AtBrokenRecords::kGoOn);
 }
 
+void ReadOn(std::string_view path, std::int64_t settled, FramesFile& journal)
+{
+    if (journal.fault != FramesFault::kNone || journal.closing) return;
+    const std::size_t kept =
+        std::min(journal.records.size(), static_cast<std::size_t>(std::max<std::int64_t>(settled, 0)));
+    const std::int64_t from = journal.headBytes + static_cast<std::int64_t>(kept * kRecordBytes);
+    std::optional<File> file = File::Open(path, FileMode::kRead);
+    if (!file || file->Length() < from || !file->Seek(from)) return;
+    std::vector<std::byte> bytes;
+    if (!AllocateBlock(bytes, static_cast<std::size_t>(file->Length() - from))) return;
+    bytes.resize(file->Read(bytes));
+    journal.records.resize(kept);
+    ReadRecords(bytes, journal);
+}
+
 std::vector<std::byte> FramesFileBytes(const FramesHead& head, std::span<const FrameRecord> records,
                                        const std::optional<FrameRecord>& closing)
 {
@@ -330,6 +345,25 @@ FrameGap GapBefore(const FrameRecord& record, std::int64_t index, const FrameRec
 }
 
 }  // namespace
+
+std::string CausesOf(const FrameGap& gap)
+{
+    struct Cause {
+        std::int64_t frames;
+        std::string_view text;
+    };
+    const Cause causes[] = {{gap.lostByBoard, " lost by the board"},
+                            {gap.lostByRing, " lost by the ring"},
+                            {gap.passedOver, " passed over"},
+                            {gap.unexplained, " unexplained"}};
+    std::string text;
+    for (const Cause& cause : causes) {
+        if (cause.frames == 0) continue;
+        text += (text.empty() ? "" : ", ") + std::to_string(cause.frames);
+        text += cause.text;
+    }
+    return text;
+}
 
 std::vector<FrameGap> GapsOf(std::span<const FrameRecord> records)
 {

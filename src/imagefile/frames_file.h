@@ -131,6 +131,9 @@ FramesFile ReadFramesFile(std::string_view path);
 // The same for what repairs it: a record that isn't whole but has whole ones behind it doesn't end them. In its place
 // stands an empty one, which isn't whole either.
 FramesFile SalvageFramesFile(std::string_view path);
+// What has been added to an open journal since it was read: behind the first `settled` records, which stand; the later
+// ones may have been taken back meanwhile. Where it can't be read any more the journal stays as it is.
+void ReadOn(std::string_view path, std::int64_t settled, FramesFile& journal);
 // What a file with that head, these records and a closing one consists of.
 std::vector<std::byte> FramesFileBytes(const FramesHead& head, std::span<const FrameRecord> records,
                                        const std::optional<FrameRecord>& closing);
@@ -173,6 +176,8 @@ struct FrameGap {
     std::int64_t Missing() const { return lostByBoard + lostByRing + passedOver + unexplained; }
     friend bool operator==(const FrameGap&, const FrameGap&) = default;
 };
+// Why, with how many each: "2 lost by the board, 1 passed over"
+std::string CausesOf(const FrameGap& gap);
 // In order. What is missing before the first frame counts where the file goes on with another (kFirstOfPart): before a
 // run begins, nothing is missing.
 std::vector<FrameGap> GapsOf(std::span<const FrameRecord> records);

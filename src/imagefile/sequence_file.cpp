@@ -106,15 +106,19 @@ bool RenewChecksums(std::string_view path, std::int64_t first, std::int64_t coun
     return ReplaceFramesFile(journalPath, journal.head, journal.records, journal.closing);
 }
 
+bool IsHeldNow(std::string_view path)
+{
+    std::optional<File> file = File::Open(path, FileMode::kRead);
+    return file && !file->Lock();
+}
+
 bool IsBeingRecorded(std::string_view path)
 {
     // Another one that only asks holds the file for a moment.
     constexpr int kAttempts = 10;
     constexpr std::int64_t kPauseMs = 20;
     for (int i = 0; i < kAttempts; ++i) {
-        std::optional<File> file = File::Open(path, FileMode::kRead);
-        if (!file || file->Lock()) return false;
-        file.reset();
+        if (!IsHeldNow(path)) return false;
         DelayMs(kPauseMs);
     }
     return true;

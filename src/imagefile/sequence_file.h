@@ -52,7 +52,9 @@ class SequenceFile {
 // where the journal couldn't be read or rewritten: it stands as it was.
 bool RenewChecksums(std::string_view path, std::int64_t first, std::int64_t count, std::string_view pixels);
 
-// Whether somebody records into it now.
+// Whether somebody records into it now. Waits for up to 200 ms where somebody holds it.
 bool IsBeingRecorded(std::string_view path);
+// Whether anybody holds it at this moment, and be it to ask the same.
+bool IsHeldNow(std::string_view path);
 
 }  // namespace kelvo

@@ -183,6 +183,7 @@ inline constexpr CommandRow kAll[] = {
     Check(kCmdViewLoop, "L&oop\tCtrl+L", kHelpPlaying),
     Item(kCmdViewFaster, "Fas&ter\tCtrl+Up", kHelpPlaying),
     Item(kCmdViewSlower, "Slo&wer\tCtrl+Down", kHelpPlaying),
+    Item(kCmdViewGaps, "Gaps a&nd marks...\tCtrl+Shift+G", kHelpRecorded),
     kLine,
     Item(kCmdViewFit, "F&it\tCtrl+0", kHelpViewMenu),
     Item(kCmdViewOneToOne, "&1:1\tCtrl+1", kHelpViewMenu),

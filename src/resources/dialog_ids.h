@@ -1,5 +1,5 @@
-// Control numbers of the dialogs that came after the classic ones: ABOUT, ACCOUNT, BENCH, FRAMES, GOTOFRAME and
-// PLAYBAR.
+// Control numbers of the dialogs that came after the classic ones: ABOUT, ACCOUNT, BENCH, FRAMES, GOTOFRAME, PLAYBAR
+// and RECORDED.
 #pragma once
 
 namespace kelvo {
@@ -28,9 +28,17 @@ constexpr int kPlayFrame = 20202;  // "frame 19 of 75"
 constexpr int kPlaySpeed = 20203;
 constexpr int kPlayBackwards = 20204;
 constexpr int kPlayLoop = 20205;
+constexpr int kPlayGaps = 21100;  // "2 gaps...", of a recorded sequence alone
 
 constexpr int kGoToFrameNumber = 1001;
 constexpr int kGoToFrameRange = 1002;  // "0 to 119"
+
+constexpr int kRecordedSummary = 21101;  // "312 frames, 2 gaps, 11 frames lost"
+constexpr int kRecordedEnd = 21102;      // "It was stopped by the operator."
+constexpr int kRecordedGaps = 21103;     // a line each
+constexpr int kRecordedMarks = 21104;    // a line each
+constexpr int kRecordedTexts = 21105;    // what the journal's head says
+constexpr int kRecordedShow = 21106;     // brings the frame of the line that is chosen on view
 
 // The radio buttons stand in the order of SimSource.
 constexpr int kBenchLow = 1001;

@@ -98,6 +98,7 @@ constexpr int kCmdViewBackwards = 2053;
 constexpr int kCmdViewLoop = 2054;
 constexpr int kCmdViewFaster = 2055;
 constexpr int kCmdViewSlower = 2056;
+constexpr int kCmdViewGaps = 2057;
 constexpr int kCmdCalibrationReport = 2070;
 constexpr int kCmdVoltageCalibration = 2071;
 constexpr int kCmdRecentFirst = 2100;  // to 2109

@@ -35,6 +35,7 @@
 #include "video/zoom_pan.h"
 #include "viewing/fitted_contrast.h"
 #include "viewing/playback.h"
+#include "viewing/recorded_dialog.h"
 #include "viewing/save_commands.h"
 #include "viewing/view_commands.h"
 
@@ -118,6 +119,7 @@ constexpr Command kCommands[] = {
     {kCmdViewLoop, Then<TogglePlayLoop>},
     {kCmdViewFaster, Then<PlayFaster>},
     {kCmdViewSlower, Then<PlaySlower>},
+    {kCmdViewGaps, Then<ShowGapsAndMarks>},
     {kCmdUndo, Undo},
     {kCmdRedo, Redo},
     {kCmdViewFit, Then<FitView>},

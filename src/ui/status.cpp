@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace kelvo {
 
@@ -38,6 +39,7 @@ const StateNames kStateNames{
 };
 
 std::string note;  // the last one
+ToldFrame toldFrame;
 
 struct TableString {
     int id;
@@ -89,9 +91,26 @@ FrameHeaderRecord FrameHeaderOnView()
     return record;
 }
 
+std::string FrameTimeOnView(const FrameHeaderRecord& frame)
+{
+    return {frame.FrameTimeText.begin(), std::find(frame.FrameTimeText.begin(), frame.FrameTimeText.end(), '\0')};
+}
+
+// The form of a frame that has a header, with what is true of it in place of what its header says.
+std::string DescribeToldFrame(std::int64_t boardNumber)
+{
+    const FrameHeaderRecord frame = ImageHeader.ImageHeaderDataOffset == 0 ? FrameHeaderRecord() : FrameHeaderOnView();
+    const std::string number = boardNumber < 0 ? "unknown" : std::to_string(boardNumber);
+    const std::string time = toldFrame.time.empty() ? FrameTimeOnView(frame) : toldFrame.time;
+    return Format("Viewing %s FrameNum:%u AllFramesNum:%s %.28s %.1fHz %.3fmsec", ViewFilePath.c_str(), toldFrame.frame,
+                  number.c_str(), time.c_str(), static_cast<double>(ImageHeader.FrameRate),
+                  static_cast<double>(toldFrame.integrationMs));
+}
+
 std::string DescribeFrameOnView()
 {
     const ImageHeaderRecord& header = ImageHeader;
+    if (toldFrame.number && toldFrame.path == ViewFilePath) return DescribeToldFrame(*toldFrame.number);
     if (!ViewingSequence) {
         return Format("Viewing Image %s  %d/%d/%d  %d:%2.2d:%2.2d", ViewFilePath.c_str(), header.Month, header.Day,
                       header.Year, header.Hour, header.Minute, header.Second);
@@ -102,16 +121,16 @@ std::string DescribeFrameOnView()
                       header.Minute, header.Second);
     }
     const FrameHeaderRecord frame = FrameHeaderOnView();
-    const std::string time(frame.FrameTimeText.begin(),
-                           std::find(frame.FrameTimeText.begin(), frame.FrameTimeText.end(), '\0'));
     return Format("Viewing %s FrameNum:%d AllFramesNum:%d %.28s %.1fHz %.3fmsec", ViewFilePath.c_str(),
-                  static_cast<int>(SequenceFrameIndex), frame.AllFramesNum & 0xFFFF, time.c_str(),
+                  static_cast<int>(SequenceFrameIndex), frame.AllFramesNum & 0xFFFF, FrameTimeOnView(frame).c_str(),
                   static_cast<double>(header.FrameRate), static_cast<double>(frame.FrameIntegrationMsec));
 }
 
 std::string DescribeFileOnView()
 {
-    return DescribeFrameOnView() + (OwnFitInForce() ? "   Contrast fitted to the picture" : "");
+    const bool isTold = toldFrame.path == ViewFilePath && !toldFrame.more.empty();
+    return DescribeFrameOnView() + (isTold ? "   " + toldFrame.more : "") +
+           (OwnFitInForce() ? "   Contrast fitted to the picture" : "");
 }
 
 std::string IdleText(std::string_view hint)
@@ -171,6 +190,11 @@ void StatusString(int id, int align)
     if (hWndMain) SetWindowText(hWndMain, Title());
 }
 
+void TellFrameOnView(ToldFrame told)
+{
+    toldFrame = std::move(told);
+}
+
 std::string_view SetupHint()
 {
     const bool missing = CameraOn && LiveVideo && !ViewingFile && VideoSetupMissing && CalType == 0;
@@ -223,6 +247,7 @@ LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM 
 void ResetStatus()
 {
     note.clear();
+    toldFrame = {};
     write::status.StatusText.clear();
     write::status.StatusField.clear();
     write::status.StatusAlign = 0;

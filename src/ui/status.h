@@ -33,6 +33,18 @@ void StatusMessage(std::string_view text, int align);
 // box "String resource not available to output to Status window!" under "Kelvo message", line and title as they were.
 void StatusString(int id, int align);
 
+// What is known of a stored frame beyond its header, by who brings it on view. It joins the description as long as that
+// file is on view.
+struct ToldFrame {
+    std::string path;
+    std::uint32_t frame = 0;             // in the file, from 0
+    std::optional<std::int64_t> number;  // by the board, negative: it doesn't count; nullopt: not known
+    float integrationMs = 0;             // where the number is known
+    std::string time;                    // "Sat Nov 21 12:04:01.123 2026"; empty: not known
+    std::string more;                    // behind the description
+};
+void TellFrameOnView(ToldFrame told);
+
 // What a command has done, in place of kIdleHint at its end: left-aligned, with the title that belongs to the moment.
 // It stands until the next command; what comes by itself meanwhile, the rate of live video, leaves the line to it.
 void StatusNote(std::string_view text);

@@ -9,8 +9,10 @@
 #include "state/windows.h"
 #include "ui/dialog_frame.h"
 #include "viewing/playback.h"
+#include "viewing/recorded_dialog.h"
+#include "viewing/recorded_view.h"
 
-#include <optional>
+#include <cstddef>
 #include <string>
 
 namespace kelvo {
@@ -24,14 +26,24 @@ struct Shown {
     PlayState play;
     std::uint32_t frames = 0;  // of the file on view; 0: the strip is hidden
     std::uint32_t frame = 0;
+    std::string gaps;  // what the button to them says; empty: it isn't there
     friend bool operator==(const Shown&, const Shown&) = default;
 };
 Shown shown;
 
+std::string GapsText()
+{
+    const RecordedFile* const recorded = RecordedFileOnView();
+    return recorded ? ShortSummaryOf(*recorded) + "..." : std::string();
+}
+
 Shown OnView()
 {
     const std::uint32_t frames = FramesToPlay();
-    return {.play = PlayStateNow(), .frames = frames, .frame = frames > 0 ? FrameOnView() : 0};
+    return {.play = PlayStateNow(),
+            .frames = frames,
+            .frame = frames > 0 ? FrameOnView() : 0,
+            .gaps = frames > 0 ? GapsText() : std::string()};
 }
 
 int Height()
@@ -65,6 +77,11 @@ void TickLoop(HWND bar)
     SetPlayLoop(IsDlgButtonChecked(bar, kPlayLoop));
 }
 
+void ShowGaps(HWND /*strip*/)
+{
+    ShowGapsAndMarks();
+}
+
 void Fill(const Shown& now)
 {
     SetScrollRange(strip, kPlayPosition, 0, static_cast<int>(now.frames) - 1);
@@ -74,6 +91,8 @@ void Fill(const Shown& now)
     ListSelect(strip, kPlaySpeed, now.play.speed);
     CheckDlgButton(strip, kPlayBackwards, now.play.backwards);
     CheckDlgButton(strip, kPlayLoop, now.play.loop);
+    SetDlgItemText(strip, kPlayGaps, now.gaps);
+    ShowDlgItem(strip, kPlayGaps, !now.gaps.empty());
 }
 
 void Show(bool isShown)
@@ -102,6 +121,7 @@ constexpr DialogEntry kEntries[] = {
     {kPlaySpeed, PickSpeed, kSelectionChanged},
     {kPlayBackwards, TickBackwards},
     {kPlayLoop, TickLoop},
+    {kPlayGaps, ShowGaps},
 };
 constexpr DialogFrame kFrame{.name = "PLAYBAR", .procedure = fnPLAYBARProc, .open = Open, .entries = kEntries};
 

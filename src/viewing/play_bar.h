@@ -1,5 +1,6 @@
 // The play bar: a strip above the status line, over the picture's lowest edge, while a file of several frames is on
-// view. It plays and stops, goes to a frame by its slider, tells which one is on view, and chooses how it is played.
+// view. It plays and stops, goes to a frame by its slider, tells which one is on view, and chooses how it is played. Of
+// a recorded sequence it tells the gaps, and opens their list.
 #pragma once
 
 #include "platform/types.h"

@@ -4,6 +4,7 @@
 #include "display/display_pipeline.h"
 #include "imagefile/header.h"
 #include "platform/box.h"
+#include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
@@ -18,6 +19,7 @@
 #include "ui/recent_files.h"
 #include "ui/status.h"
 #include "viewing/coefficient_view.h"
+#include "viewing/recorded_view.h"
 #include "viewing/viewing.h"
 
 #include <algorithm>
@@ -58,15 +60,24 @@ bool TakeSequenceOnView()
         write::frames.CurrentFrame = 0;
     }
     write::frames.LastFrame = ImageHeader.FrameCount - 1;
+    LookAgain();
     return true;
+}
+
+double RateHz()
+{
+    const double rate = ImageHeader.FrameRate;
+    return std::isfinite(rate) && rate > 0.01 ? std::min(rate, 1000.0) : kDefaultRateHz;
+}
+
+double SpeedFactor()
+{
+    return kPlaySpeeds[static_cast<std::size_t>(play.speed)].factor;
 }
 
 std::int64_t FramePeriodMs()
 {
-    const double rate = ImageHeader.FrameRate;
-    const double hertz = std::isfinite(rate) && rate > 0.01 ? std::min(rate, 1000.0) : kDefaultRateHz;
-    const double factor = kPlaySpeeds[static_cast<std::size_t>(play.speed)].factor;
-    return std::max<std::int64_t>(1, std::llround(1000.0 / (hertz * factor)));
+    return std::max<std::int64_t>(1, std::llround(1000.0 / (RateHz() * SpeedFactor())));
 }
 
 std::uint32_t FirstToPlay()
@@ -79,18 +90,128 @@ std::uint32_t LastToPlay()
     return play.backwards ? 0 : LastFrame;
 }
 
-// nullopt: playing has come to its end.
-std::optional<std::uint32_t> NextToPlay()
+bool AtLastToPlay(std::uint32_t frame)
 {
-    const bool atEnd = play.backwards ? CurrentFrame == 0 : CurrentFrame >= LastFrame;
-    if (!atEnd) return play.backwards ? CurrentFrame - 1 : CurrentFrame + 1;
+    return play.backwards ? frame == 0 : frame >= LastFrame;
+}
+
+// nullopt: playing has come to its end.
+std::optional<std::uint32_t> NextToPlay(std::uint32_t frame)
+{
+    if (!AtLastToPlay(frame)) return play.backwards ? frame - 1 : frame + 1;
     if (!play.loop) return std::nullopt;
     return FirstToPlay();
 }
 
+bool PlaysByTrueTime()
+{
+    const RecordedFile* const recorded = RecordedFileOnView();
+    return recorded && recorded->isUsable;
+}
+
+// ---- by the frames' true times
+
+constexpr double kUsPerMs = 1000.0;
+constexpr std::int64_t kNsPerUs = 1000;
+constexpr std::int64_t kNsPerDay = 86'400'000'000'000;
+constexpr std::int64_t kWaitForMoreMs = 100;
+
+// The frame that was shown last, and when it was due, on the TickUs scale.
+struct PlayClock {
+    std::uint32_t frame = 0;
+    double dueUs = 0;
+};
+PlayClock playClock;
+
+void StartPlayClock()
+{
+    playClock = {.frame = CurrentFrame, .dueUs = static_cast<double>(TickUs())};
+}
+
+// The time between two neighbours as they were taken; a frame's period where a time is missing or can't be true, and
+// from the last frame around to the first.
+double TrueStepUs(std::uint32_t from, std::uint32_t to)
+{
+    const double periodUs = 1e6 / RateHz();
+    const auto [earlier, later] = std::minmax(from, to);
+    const FrameRecord* const before = RecordOnView(earlier);
+    const FrameRecord* const after = RecordOnView(later);
+    if (later - earlier != 1 || !before || !after) return periodUs;
+    const bool haveTimes = ((before->flags | after->flags) & kRecoveredFrame) == 0 && before->monotonicNs >= 0;
+    if (!haveTimes || after->monotonicNs <= before->monotonicNs) return periodUs;
+    const std::int64_t stepNs = after->monotonicNs - before->monotonicNs;
+    return stepNs > kNsPerDay ? periodUs : static_cast<double>(stepNs) / double{kNsPerUs};
+}
+
+double DueUs(const PlayClock& shown, std::uint32_t next)
+{
+    return shown.dueUs + TrueStepUs(shown.frame, next) / SpeedFactor();
+}
+
+// The last frame whose time has come; nullopt: playing ended with the one that is on view. A program that was held up
+// for longer than the whole file takes goes on from now.
+std::optional<PlayClock> FrameDue(double nowUs)
+{
+    PlayClock due = playClock;
+    for (std::uint32_t passed = 0; passed <= LastFrame; ++passed) {
+        const std::optional<std::uint32_t> next = NextToPlay(due.frame);
+        if (!next) return due.frame == playClock.frame ? std::nullopt : std::optional(due);
+        const double dueUs = DueUs(due, *next);
+        if (dueUs > nowUs) return due;
+        due = {.frame = *next, .dueUs = dueUs};
+    }
+    return PlayClock{.frame = due.frame, .dueUs = nowUs};
+}
+
+// For the frame after the one on view. The last one's own end comes with the next tick.
+void SetTrueTimer()
+{
+    const std::optional<std::uint32_t> next = NextToPlay(playClock.frame);
+    const double waitUs = next ? DueUs(playClock, *next) - static_cast<double>(TickUs()) : 0.0;
+    const auto waitMs = static_cast<std::int64_t>(std::ceil(waitUs / kUsPerMs));
+    SetTimer(hWndMain, kPlayTimer, std::max<std::int64_t>(waitMs, 1));
+}
+
+// What comes while the end is awaited is shown from then on.
+bool WaitsForMore()
+{
+    if (play.backwards || !AtLastToPlay(CurrentFrame)) return false;
+    const RecordedFile* const recorded = RecordedFileOnView();
+    if (!recorded || !recorded->grows || LookAgain() || !RecordedFileOnView()->grows) return false;
+    StartPlayClock();
+    SetTimer(hWndMain, kPlayTimer, kWaitForMoreMs);
+    return true;
+}
+
+// ---- either way
+
 void SetPlayTimer()
 {
-    SetTimer(hWndMain, kPlayTimer, FramePeriodMs());
+    if (PlaysByTrueTime()) {
+        StartPlayClock();
+        SetTrueTimer();
+    } else {
+        SetTimer(hWndMain, kPlayTimer, FramePeriodMs());
+    }
+}
+
+// False where playing is over.
+bool PlayByTrueTime()
+{
+    if (playClock.frame != CurrentFrame) StartPlayClock();  // the operator went elsewhere meanwhile
+    const std::optional<PlayClock> due = FrameDue(static_cast<double>(TickUs()));
+    if (!due) return false;
+    const bool isAnother = due->frame != CurrentFrame;
+    playClock = *due;
+    if (isAnother && !GoToFrame(due->frame)) return false;
+    SetTrueTimer();
+    return true;
+}
+
+bool PlayByRate()
+{
+    const std::optional<std::uint32_t> next = NextToPlay(CurrentFrame);
+    return next && GoToFrame(*next);
 }
 
 void OpenGoToFrame(HWND dialog)
@@ -138,6 +259,7 @@ int OpenStoredFile(std::string_view path)
         shown = ViewCoefficientFile(path);
     } else {
         ImageHeaderRecord header = ImageHeader;
+        if (!MayViewRecording(path)) return 0;
         write::frames.SteppingFrames = 0;  // a file that can't be opened is told in a box
         if (ReadImageHeader(path, header) < 0) return 0;
         shown = header.FrameCount > 1 ? ViewSequence(path) : ViewImage(path, 0);
@@ -184,9 +306,9 @@ bool Playing()
 
 void PlayNextFrame()
 {
+    if (WaitsForMore()) return;
     const bool stillOnView = ViewingFile && LoadName == ViewFilePath;
-    const std::optional<std::uint32_t> next = stillOnView ? NextToPlay() : std::nullopt;
-    if (!next || !GoToFrame(*next)) {
+    if (!stillOnView || !(PlaysByTrueTime() ? PlayByTrueTime() : PlayByRate())) {
         StopPlaying();
         return;
     }
@@ -213,6 +335,7 @@ void PlaySlower()
 void SetPlayBackwards(bool backwards)
 {
     play.backwards = backwards;
+    if (Playing() && PlaysByTrueTime()) SetPlayTimer();
     if (hWndMain) CheckMenuItem(hWndMain, kCmdViewBackwards, backwards);
 }
 
@@ -270,6 +393,7 @@ void CopyPicture()
 void ResetPlayback()
 {
     play = {};
+    playClock = {};
 }
 
 }  // namespace kelvo

@@ -13,7 +13,9 @@ constexpr unsigned kPlayTimer = 20;  // of the main window
 // frames becomes the sequence on view, a single image doesn't. 1 if it is on view.
 int OpenStoredFile(std::string_view path);
 
-// How fast a file is played against its header's frame rate (10 Hz where it has none).
+// How fast a file is played. A recorded sequence against its frames' true times: each is shown when its time comes, and
+// where reading or drawing is late, frames are skipped. Any other file, and a frame of a recording that has no time,
+// against its header's frame rate (10 Hz where it has none), each frame in turn.
 struct PlaySpeed {
     double factor;
     std::string_view text;
@@ -31,7 +33,7 @@ struct PlayState {
 PlayState PlayStateNow();
 
 // Plays the file on view from the frame on view on; where playing ended, from its beginning. Without a file of several
-// frames it says so.
+// frames it says so. At the end of a file that is being recorded it waits for more.
 void StartPlaying();
 void StopPlaying();
 void PlayOrStop();  // Space: nothing happens without a file of several frames

@@ -12,6 +12,7 @@
 #include "ui/recent_files.h"
 #include "ui/select_file_write.h"
 #include "viewing/playback.h"
+#include "viewing/recorded_view.h"
 #include "viewing/viewing.h"
 
 #include <algorithm>
@@ -41,7 +42,7 @@ CommandEnd LoadImageFile()
     write::frames.SteppingFrames = 0;
     std::string path = "*.img";
     if (!SelectFile(hWndMain, path, kSelectToOpen)) return CommandEnd::kLeaveStatus;
-    return AfterLoad(ViewImage(path, 0));
+    return AfterLoad(MayViewRecording(path) ? ViewImage(path, 0) : 0);
 }
 
 CommandEnd NameSequenceForLoading()
@@ -50,7 +51,7 @@ CommandEnd NameSequenceForLoading()
     write::fileChoice.FileDialogTemplate = kSequenceTemplate;
     std::string path = "*.seq";
     if (!SelectFile(hWndMain, path, kSelectToOpen)) return CommandEnd::kLeaveStatus;
-    return AfterLoad(ViewSequence(path));
+    return AfterLoad(MayViewRecording(path) ? ViewSequence(path) : 0);
 }
 
 CommandEnd NextFrame()

@@ -18,6 +18,7 @@
 #include "video/video.h"
 #include "viewing/coefficient_view.h"
 #include "viewing/fitted_contrast.h"
+#include "viewing/recorded_view.h"
 #include "viewing/stored_view.h"
 
 #include <algorithm>
@@ -118,6 +119,7 @@ int ViewImage(std::string_view path, std::uint32_t frame)
     PutCursorBack();
 
     write::windows.ViewFilePath = path;
+    FollowRecording(path, frame);
     KeepUnitAvailable();
     const std::optional<MenuItemState> replay = hWndMain ? GetMenuItem(hWndMain, kReplayMenuItem) : std::nullopt;
     if (replay && replay->checked) SetTimer(hWndMain, kLiveTimer, 0);
@@ -206,6 +208,7 @@ int LoadNext()
 {
     if (LoadName.empty()) return 0;
     write::frames.SteppingFrames = 1;
+    if (CurrentFrame == LastFrame && LoadName == ViewFilePath) LookAgain();
     ++write::frames.CurrentFrame;
     if (CurrentFrame <= LastFrame && ViewImage(LoadName, CurrentFrame)) return 1;
     if (!StepName(NextSequencePath)) return 0;

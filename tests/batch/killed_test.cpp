@@ -1,7 +1,7 @@
 // A program that is killed while it records, at any moment: no whole frame is lost, and none that it had reported.
-#include "batch/recover_command.h"
 #include "batch/sequence_fixture.h"
 #include "imagefile/crc32c.h"
+#include "imagefile/recovery.h"
 #include "support/rounds.h"
 
 #include <gtest/gtest.h>

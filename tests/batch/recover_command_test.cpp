@@ -1,6 +1,7 @@
 #include "batch/recover_command.h"
 
 #include "batch/sequence_fixture.h"
+#include "imagefile/recovery.h"
 #include "platform/faults.h"
 #include "support/full_disk.h"
 
@@ -36,6 +37,22 @@ TEST_F(Recover, WhatIsWholeIsCleanAndUntouched)
     EXPECT_EQ(report.outcome, Recovery::kClean);
     EXPECT_EQ(report.frames, 4);
     EXPECT_THAT(report.gaps, ElementsAre(FrameGap{3, 4, 3, 0, 0, 0}));
+    EXPECT_EQ(Everything(), before);
+}
+
+TEST_F(Recover, StoppedWhileItChecksItHasChangedNothing)
+{
+    Record(path, {1, 2, 3}, false);
+    const auto before = Everything();
+    std::vector<std::int64_t> asked;
+    const RecoveryReport report = RecoverSequence(path, false, [&asked](std::int64_t checked, std::int64_t frames) {
+        EXPECT_EQ(frames, 3);
+        asked.push_back(checked);
+        return checked < 1;
+    });
+    EXPECT_EQ(report.outcome, Recovery::kFailed);
+    EXPECT_EQ(report.why, "it was stopped");
+    EXPECT_THAT(asked, ElementsAre(0, 1));
     EXPECT_EQ(Everything(), before);
 }
 

@@ -205,6 +205,37 @@ TEST_F(Journal, AsBytesIsWhatTheWriterWrites)
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()), Contents());
 }
 
+TEST_F(Journal, IsReadOnFromWhereItWas)
+{
+    auto writer = FramesFileWriter::Create(path, SmallHead());
+    ASSERT_TRUE(writer->Append(Frame(1)) && writer->Append(Frame(2)));
+    FramesFile file = ReadFramesFile(path);
+    ReadOn(path, 2, file);
+    EXPECT_THAT(file.records, ElementsAre(Sealed(Frame(1)), Sealed(Frame(2)))) << "nothing has come";
+    ASSERT_TRUE(writer->Append(Frame(3)));
+    ReadOn(path, 2, file);
+    EXPECT_THAT(file.records, ElementsAre(Sealed(Frame(1)), Sealed(Frame(2)), Sealed(Frame(3))));
+    // The third one's frame didn't reach the disk: its record was taken back, and another one stands there.
+    ASSERT_TRUE(writer->DropLast(1) && writer->Append(Frame(9)));
+    ASSERT_TRUE(writer->Close(ClosingRecord(3, EndOfRecording::kDiskFull)));
+    ReadOn(path, 2, file);
+    EXPECT_THAT(file.records, ElementsAre(Sealed(Frame(1)), Sealed(Frame(2)), Sealed(Frame(9))));
+    EXPECT_EQ(file.closing, Sealed(ClosingRecord(3, EndOfRecording::kDiskFull)));
+}
+
+TEST_F(Journal, ThatIsGoneOrShorterIsLeftAsItWasRead)
+{
+    auto writer = FramesFileWriter::Create(path, SmallHead());
+    ASSERT_TRUE(writer->Append(Frame(1)) && writer->Append(Frame(2)));
+    FramesFile file = ReadFramesFile(path);
+    ASSERT_TRUE(writer->DropLast(2));
+    ReadOn(path, 2, file);
+    EXPECT_THAT(file.records, SizeIs(2));
+    DeleteFileNamed(path);
+    ReadOn(path, 0, file);
+    EXPECT_THAT(file.records, SizeIs(2));
+}
+
 FrameRecord Lost(std::int64_t number, std::uint32_t board, std::uint32_t ring, std::uint32_t passedOver)
 {
     return {.number = number, .lostByBoard = board, .lostByRing = ring, .passedOver = passedOver};
@@ -215,6 +246,12 @@ TEST(GapTable, SaysWhatIsMissingAndWhy)
     const std::vector<FrameRecord> records = {Lost(1, 0, 0, 0), Lost(2, 0, 0, 0), Lost(4, 1, 0, 0), Lost(10, 2, 1, 2)};
     EXPECT_THAT(GapsOf(records), ElementsAre(FrameGap{2, 3, 1, 0, 0, 0}, FrameGap{3, 5, 2, 1, 2, 0}));
     EXPECT_THAT(GapsOf({}), IsEmpty());
+}
+
+TEST(GapTable, NamesEachCauseThatThereIs)
+{
+    EXPECT_EQ(CausesOf({2, 3, 1, 0, 0, 0}), "1 lost by the board");
+    EXPECT_EQ(CausesOf({2, 3, 1, 2, 3, 4}), "1 lost by the board, 2 lost by the ring, 3 passed over, 4 unexplained");
 }
 
 TEST(GapTable, BeginsWithTheFirstFrameUnlessTheFileGoesOnWithAnother)

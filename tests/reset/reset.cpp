@@ -70,6 +70,7 @@
 #include "viewing/fitted_contrast.h"
 #include "viewing/play_bar.h"
 #include "viewing/playback.h"
+#include "viewing/recorded_view.h"
 #include "viewing/save_dialog.h"
 #include "viewing/saving.h"
 
@@ -165,6 +166,7 @@ constexpr void (*kModules[])() = {
     ResetMainWindow,
     ResetUndo,
     ResetPlayback,
+    ResetRecordedView,
     ResetPlayBar,
     ResetSequenceLibrary,
     ResetCaptureSequence,

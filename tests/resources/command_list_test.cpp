@@ -262,7 +262,8 @@ TEST(AcceleratorTable, HasEveryKeyOnce)
                                                  {"Ctrl+B", 2053},
                                                  {"Ctrl+L", 2054},
                                                  {"Ctrl+Up", 2055},
-                                                 {"Ctrl+Down", 2056}};
+                                                 {"Ctrl+Down", 2056},
+                                                 {"Ctrl+Shift+G", 2057}};
     std::map<std::string, int> keys;
     for (const Accelerator& accelerator : MainAccelerators()) {
         EXPECT_TRUE(keys.emplace(accelerator.key, accelerator.id).second) << accelerator.key;

@@ -82,6 +82,7 @@ const Order kOrders[] = {
     {"PANEL", {}, ""},
     {"PLAYBAR", {}, ""},
     {"QVF1058", {624, 626, 651, 660, 670, 1256, 1020, 339, 1606, 1, 2, 9}, ""},
+    {"RECORDED", {21103, 21104, 21105, 21106, 2, 9}, ""},
     // From the name through the lists to the numbers; what goes with other files comes behind.
     {"SAVE", {1460, 20300, 1464, 1466, 1488, 1486, 1784, 1002, 1471, 1468, 1600, 1, 2, 9}, "ad"},
     {"TRIGSOFT", {100, 1, 2}, ""},
@@ -211,6 +212,12 @@ TEST_F(DialogOrder, FramesUnderlinesEachLetterOnce)
 {
     EXPECT_THAT(MnemonicsOf("FRAMES"),
                 ElementsAre("&Left:", "&Top:", "&Right:", "&Bottom:", "&First:", "La&st:", "&Cancel", "&Help"));
+}
+
+TEST_F(DialogOrder, RecordedUnderlinesEachLetterOnce)
+{
+    EXPECT_THAT(MnemonicsOf("RECORDED"),
+                ElementsAre("&Gaps:", "&Marks and triggers:", "&Recorded with:", "&Show frame", "&Close", "&Help"));
 }
 
 TEST_F(DialogOrder, GoToFrameUnderlinesEachLetterOnce)

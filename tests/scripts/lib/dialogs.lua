@@ -10,6 +10,7 @@
 --   ways           the ways out that there are, where not all three
 local check = require "check"
 local calibration = require "calibration"
+local journal = require "journal"
 
 local dialogs = {}
 
@@ -495,6 +496,27 @@ rows.GOTOFRAME = {
   setup = view_sequence,
   open = opens(2000, "GOTOFRAME"),
   refused = { { set = { [1001] = "3" }, box = "Please enter a frame number from 0 to 2." } },
+}
+
+local function view_recording()
+  drop(journal.sequence(datadir() .. "/recorded.seq", journal.numbered { 1, 2, 5 }, journal.closing(3, 0)))
+end
+
+rows.RECORDED = {
+  setup = view_recording,
+  open = opens(2057, "RECORDED"),
+  ways = { "cancelled", "closed" },
+  stays = { [21105] = "is only read" },
+  buttons = {
+    [21106] = function()
+      pick(21103, 0)
+      press(21106)
+    end,
+  },
+  kept = {
+    CurrentFrame = "the frame that was shown", SequenceFrameIndex = "the frame that was shown",
+    StatusText = "the frame that was shown", ["ImageBuffer.Contents"] = "the frame that was shown",
+  },
 }
 
 rows.SAVE = {
