@@ -1,5 +1,7 @@
 #include "record/recorder.h"
 
+#include "grabber/board_state.h"
+#include "grabber/copm2.h"
 #include "grabber/frame_size.h"
 #include "grabber/recording.h"
 #include "platform/clock.h"
@@ -465,22 +467,6 @@ void Consume(Run& r)
 
 // ---- before
 
-std::int64_t PreTriggerFrames(const RecorderSettings& settings)
-{
-    if (settings.trigger == RecordTrigger::kNone) return 0;
-    if (settings.preTriggerFrames > 0) return settings.preTriggerFrames;
-    return static_cast<std::int64_t>(std::ceil(settings.preTriggerSeconds * double{FrameRate}));
-}
-
-std::string TooLongText()
-{
-    const std::int64_t longest = LongestPreTrigger();
-    const auto frames = static_cast<long long>(longest);
-    if (FrameRate <= 0) return Format("The ring holds at most %lld frames before the trigger.", frames);
-    return Format("The ring holds at most %.1f s (%lld frames) before the trigger.",
-                  std::floor(static_cast<double>(longest) / double{FrameRate} * 10) / 10, frames);
-}
-
 bool CanWriteInto(const std::string& directory)
 {
     const std::string probe = MakePath({}, directory, ".kelvo-probe", {});
@@ -509,7 +495,7 @@ std::string WhyNot(const RecorderSettings& s)
              s.splitGigabytes >= 0 && s.splitMinutes >= 0 && s.syncSeconds > 0,
          "A time or a number is below 0."},
         {s.startTime.empty() || SecondsUntil(s.startTime, 0) >= 0, "The start time isn't a time of day like 14:30:00."},
-        {s.intervalSeconds == 0 || PreTriggerFrames(s) == 0,
+        {s.intervalSeconds == 0 || PreTriggerFramesOf(s) == 0,
          "A pre-trigger keeps every frame: there is none with an interval."},
         {!byMean || s.meanLow <= s.meanHigh, "The window of the mean has its low end above its high one."},
     };
@@ -521,7 +507,7 @@ std::string WhyNot(const RecorderSettings& s)
 
 std::string WhyNotWithThisCamera(const RecorderSettings& settings)
 {
-    if (PreTriggerFrames(settings) > LongestPreTrigger()) return TooLongText();
+    if (PreTriggerFramesOf(settings) > LongestPreTrigger()) return LongestPreTriggerText();
     if (!CanWriteInto(settings.directory)) return "No file can be made in the directory of the recordings.";
     return {};
 }
@@ -540,17 +526,24 @@ std::unique_ptr<Run> NewRun(const RecorderSettings& settings, std::string& why)
     auto fresh = std::make_unique<Run>();
     fresh->files = std::move(*files);
     fresh->watch = TriggerWatch(settings, std::move(mean));
-    fresh->preFrames = static_cast<std::size_t>(PreTriggerFrames(settings));
+    fresh->preFrames = static_cast<std::size_t>(PreTriggerFramesOf(settings));
     fresh->periodNs = FrameRate > 0 ? NsOf(1 / double{FrameRate}) : 0;
     fresh->bytesPerSecond = BytesPerSecondNeeded(settings);
     fresh->integrationMs = static_cast<float>(IntegrationMsecInForce);
     return fresh;
 }
 
+// The input takes no pulses of its own accord.
+void TakePulses(const RecorderSettings& settings, bool takes)
+{
+    if (settings.trigger == RecordTrigger::kBoardInput) amdig_trigen(AcqModule, takes ? 1 : 0);
+}
+
 // Everything is told; the board and the menu are everybody's again.
 void GiveBack(Run& r)
 {
     EndRecording();
+    TakePulses(r.files.settings, false);
     if (r.phase != RecorderState::kIdle) EndRun(r, RecorderEnd::kStopped);
     r.status.counts = CurrentCaptureCounts();
     r.holdsBoard = false;
@@ -584,7 +577,9 @@ bool StartRecorder(const RecorderSettings& settings, std::string& why)
     const std::size_t ring = RingFrames(static_cast<std::int64_t>(CameraFrameValues()));
     run->status.ringFrames = ring;
     run->status.ringSeconds = FrameRate > 0 ? static_cast<double>(ring) / double{FrameRate} : 0;
+    TakePulses(settings, true);
     if (!BeginRecording(ring, [] { Consume(*run); })) {
+        TakePulses(settings, false);
         run.reset();
         why = "Unable to allocate memory to store data to disk!";
         return false;
@@ -660,6 +655,22 @@ std::int64_t LongestPreTrigger()
     return static_cast<std::int64_t>(RingFrames(static_cast<std::int64_t>(CameraFrameValues())) / 4 * 3);
 }
 
+std::int64_t PreTriggerFramesOf(const RecorderSettings& settings)
+{
+    if (settings.trigger == RecordTrigger::kNone) return 0;
+    if (settings.preTriggerFrames > 0) return settings.preTriggerFrames;
+    return static_cast<std::int64_t>(std::ceil(settings.preTriggerSeconds * double{FrameRate}));
+}
+
+std::string LongestPreTriggerText()
+{
+    const std::int64_t longest = LongestPreTrigger();
+    const auto frames = static_cast<long long>(longest);
+    if (FrameRate <= 0) return Format("The ring holds at most %lld frames before the trigger.", frames);
+    return Format("The ring holds at most %.1f s (%lld frames) before the trigger.",
+                  std::floor(static_cast<double>(longest) / double{FrameRate} * 10) / 10, frames);
+}
+
 double BytesPerSecondNeeded(const RecorderSettings& settings)
 {
     const auto pixelBytes = static_cast<double>(CameraFrameValues() * sizeof(std::int16_t));
@@ -673,7 +684,7 @@ std::optional<double> MeasureWriteRate(std::string_view directory)
 {
     using std::chrono::steady_clock;
     constexpr std::chrono::milliseconds kLong(500);
-    constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
+    constexpr std::size_t kBlockBytes = std::size_t{4} << 20;
     const std::string path = MakePath({}, directory, ".kelvo-rate", {});
     DeleteFileNamed(path);  // of one that was killed
     std::optional<File> file = File::Open(path, FileMode::kNew);
@@ -685,13 +696,12 @@ std::optional<double> MeasureWriteRate(std::string_view directory)
     while (taken && steady_clock::now() - began < kLong) {
         const std::size_t bytes = file->Write(block);
         written += bytes;
-        taken = bytes == block.size();
+        taken = bytes == block.size() && file->SyncData();
     }
-    const bool synced = file->SyncData();
     const std::chrono::duration<double> took = steady_clock::now() - began;
     file.reset();
     DeleteFileNamed(path);
-    if (!synced || written == 0) return std::nullopt;
+    if (!taken) return std::nullopt;
     return static_cast<double>(written) / took.count();
 }
 

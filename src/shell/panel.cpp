@@ -48,6 +48,7 @@ constexpr CommandButton kCommandButtons[] = {
     {kCmdPrintBitmap, kCmdPrintBitmap},
     {kCmdHistogram, kCmdHistogram},
     {kTriggeredSaveButton, kCmdTriggeredSave},
+    {kPanelRecorder, kCmdRecorder},
 };
 
 void ShowWhatIsBuilt(HWND panel)

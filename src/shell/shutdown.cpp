@@ -10,6 +10,7 @@
 #include "platform/window.h"
 #include "record/external_signal.h"
 #include "record/recorder.h"
+#include "record/recorder_window.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
@@ -47,6 +48,7 @@ void ShutDown()
     CloseCommLink();
     QuitHelp();
     CloseBenchWindow();
+    CloseRecorderWindow();
     CloseExternalSignal();
     PostQuitMessage(0);
     if (GrabberPresent) ExitBoard();

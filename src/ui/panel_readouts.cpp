@@ -29,4 +29,9 @@ void ShowGeometryInPanel()
     SetDlgItemText(hDlgPanel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
 }
 
+void ShowRecorderInPanel(const std::string& word)
+{
+    if (hDlgPanel) SetDlgItemText(hDlgPanel, kPanelRecorder, word.empty() ? "Record" : word);
+}
+
 }  // namespace kelvo

@@ -2,6 +2,8 @@
 // the panel's own procedure know its controls. Without a panel nothing happens.
 #pragma once
 
+#include <string>
+
 namespace kelvo {
 
 // Contrast and Brightness.
@@ -12,5 +14,8 @@ void ShowDisplayEnabledInPanel();
 
 // Zoom (the bar and its number) and pan.
 void ShowGeometryInPanel();
+
+// The word on the recorder's button: what it does ("Armed"), or "Record" for an empty one.
+void ShowRecorderInPanel(const std::string& word);
 
 }  // namespace kelvo
