@@ -1,7 +1,8 @@
 -- First light: the whole job on the simulated camera, from a cold start to a saved measurement. Sets up the video on the oscilloscope,
 -- looks at the raw array, calibrates against a low and a high source, sees the array become even and its bad detectors vanish, saves
 -- images, a sequence and the calibration, changes the camera and back, comes up again with the calibration by both ways, and reads a
--- saved image in degrees. Pictures and files are left in the directory named after "--". With CommLog=1 in kelvo.ini the bytes that
+-- saved image in degrees. Captures a burst and replays it, records on a trigger with what came before it, makes whole a recording that
+-- was cut short and corrects it with the calibration. Pictures and files are left in the directory named after "--". With CommLog=1 in kelvo.ini the bytes that
 -- went to the camera head stand in CommLog.txt.
 
 local out = arg and arg[1] or "first-light"
@@ -10,6 +11,7 @@ local data = datadir()
 local kSaveImage, kNameSequence, kSaveSequence, kExit = 106, 108, 109, 119
 local kConfiguration, kCalibrate, kSaveCalibration, kFreeze, kImageCursor = 123, 130, 132, 140, 151
 local kGray, kColour, kTurnOn, kFitContrast = 143, 145, 169, 2004
+local kHostRam, kBurstFrames, kCapture, kReplay, kReplayRate, kRecorder = 103, 1342, 1352, 1348, 1350, 2060
 local kByVideoSetup, kByLastCalibration, kBySelectedCalibration = 1070, 1072, 1074
 local kName, kFramesToAverage, kBeginningNumber = 1460, 1488, 1486
 local kOk, kCancel, kReport = 1, 2, "report"
@@ -70,7 +72,7 @@ local function deviation()
 end
 
 -- What an earlier run left would be asked about.
-for _, name in ipairs { "scope.bmp", "scene.img", "run1.seq", "run2.seq", "run3.seq", "data/morning.cal" } do
+for _, name in ipairs { "scope.bmp", "scene.img", "run1.seq", "run2.seq", "run3.seq", "data/morning.cal", "even.seq", "even.seq.frames" } do
     os.remove(out .. "/" .. name)
 end
 -- The SAVE dialog changes the working directory, so that a path has to be whole.
@@ -217,13 +219,64 @@ local loadedDeviation = deviation()
 say("with morning.cal: deviation %.1f counts", loadedDeviation)
 assert(loadedDeviation < 6, "as even as after the calibration")
 
+-- A burst into memory, replayed.
+sim.source("scene")
+command(kHostRam)
+inFront("BUFFER")
+set(kBurstFrames, "50")
+press(kCapture)
+say("%s", status())
+pick(kReplayRate, 0)
+check(kReplay, true)
+wait(500)
+say("replays %d frames, one each %d ms", state("FramesInBuffer"), state("ReplayPeriodMs"))
+picture("13-replay")
+check(kReplay, false)
+press(kOk)
+
+-- The recorder: 5 s from a trigger on, and the second before it; with a mark.
+command(kRecorder)
+picture("14-recorder")
+record{ directory = whole, name = "recorded_{date}_{time}", sample = "first light", trigger = "button", before = 1, seconds = 5, wait = false }
+wait(1500)
+record("trigger")
+wait(2000)
+record("mark")
+picture("15-recording")
+wait(4000)
+local run = recorder()
+say("recorded: %s", run.verdict)
+assert(run.ended == "complete" and run.exit_code == 0 and run.marks == 1, run.message)
+press("recorder", kCancel)
+
+-- As a power cut would have left it: the last frame in part, the journal never closed.
+local function copy(from, to, bytes)
+    local file = assert(io.open(to, "wb"))
+    file:write(assert(readfile(from)):sub(1, bytes))
+    assert(file:close())
+end
+local kJournalRecord, kPart = 64, 1000
+copy(run.files[1], whole .. "/cut.seq", -kPart - 1)
+copy(run.files[1] .. ".frames", whole .. "/cut.seq.frames", -kJournalRecord - 1)
+local recovered = batch("recover", whole .. "/cut.seq")
+say("recovered: %s", recovered == 1 and "repaired" or "exit code " .. recovered)
+assert(recovered == 1 and batch("recover", "--dry-run", whole .. "/cut.seq") == 0, "whole now")
+
+-- Corrected with the calibration, afterwards.
+assert(batch("apply", "--set", data .. "/morning.cal", whole .. "/cut.seq", whole .. "/even.seq") == 0)
+assert(batch("recover", "--dry-run", whole .. "/even.seq") == 0)
+drop(whole .. "/even.seq")
+command(kFitContrast)
+say("even.seq: %d frames, corrected after the recording", state("ImageHeader.FrameCount"))
+picture("16-corrected-later")
+
 -- What was saved, in degrees.
 drop(out .. "/scene.img")
 assert(state("ViewingFile") == 1)
 command(kImageCursor)
 mouse(500, 400)
 say("scene.img: %s", status())
-picture("13-saved-image")
+picture("17-saved-image")
 command(kImageCursor)
 command(kFreeze)
 turnOff()

@@ -467,22 +467,6 @@ void Consume(Run& r)
 
 // ---- before
 
-std::int64_t PreTriggerFrames(const RecorderSettings& settings)
-{
-    if (settings.trigger == RecordTrigger::kNone) return 0;
-    if (settings.preTriggerFrames > 0) return settings.preTriggerFrames;
-    return static_cast<std::int64_t>(std::ceil(settings.preTriggerSeconds * double{FrameRate}));
-}
-
-std::string TooLongText()
-{
-    const std::int64_t longest = LongestPreTrigger();
-    const auto frames = static_cast<long long>(longest);
-    if (FrameRate <= 0) return Format("The ring holds at most %lld frames before the trigger.", frames);
-    return Format("The ring holds at most %.1f s (%lld frames) before the trigger.",
-                  std::floor(static_cast<double>(longest) / double{FrameRate} * 10) / 10, frames);
-}
-
 bool CanWriteInto(const std::string& directory)
 {
     const std::string probe = MakePath({}, directory, ".kelvo-probe", {});
@@ -511,7 +495,7 @@ std::string WhyNot(const RecorderSettings& s)
              s.splitGigabytes >= 0 && s.splitMinutes >= 0 && s.syncSeconds > 0,
          "A time or a number is below 0."},
         {s.startTime.empty() || SecondsUntil(s.startTime, 0) >= 0, "The start time isn't a time of day like 14:30:00."},
-        {s.intervalSeconds == 0 || PreTriggerFrames(s) == 0,
+        {s.intervalSeconds == 0 || PreTriggerFramesOf(s) == 0,
          "A pre-trigger keeps every frame: there is none with an interval."},
         {!byMean || s.meanLow <= s.meanHigh, "The window of the mean has its low end above its high one."},
     };
@@ -523,7 +507,7 @@ std::string WhyNot(const RecorderSettings& s)
 
 std::string WhyNotWithThisCamera(const RecorderSettings& settings)
 {
-    if (PreTriggerFrames(settings) > LongestPreTrigger()) return TooLongText();
+    if (PreTriggerFramesOf(settings) > LongestPreTrigger()) return LongestPreTriggerText();
     if (!CanWriteInto(settings.directory)) return "No file can be made in the directory of the recordings.";
     return {};
 }
@@ -542,7 +526,7 @@ std::unique_ptr<Run> NewRun(const RecorderSettings& settings, std::string& why)
     auto fresh = std::make_unique<Run>();
     fresh->files = std::move(*files);
     fresh->watch = TriggerWatch(settings, std::move(mean));
-    fresh->preFrames = static_cast<std::size_t>(PreTriggerFrames(settings));
+    fresh->preFrames = static_cast<std::size_t>(PreTriggerFramesOf(settings));
     fresh->periodNs = FrameRate > 0 ? NsOf(1 / double{FrameRate}) : 0;
     fresh->bytesPerSecond = BytesPerSecondNeeded(settings);
     fresh->integrationMs = static_cast<float>(IntegrationMsecInForce);
@@ -680,6 +664,22 @@ std::int64_t LongestPreTrigger()
     return static_cast<std::int64_t>(RingFrames(static_cast<std::int64_t>(CameraFrameValues())) / 4 * 3);
 }
 
+std::int64_t PreTriggerFramesOf(const RecorderSettings& settings)
+{
+    if (settings.trigger == RecordTrigger::kNone) return 0;
+    if (settings.preTriggerFrames > 0) return settings.preTriggerFrames;
+    return static_cast<std::int64_t>(std::ceil(settings.preTriggerSeconds * double{FrameRate}));
+}
+
+std::string LongestPreTriggerText()
+{
+    const std::int64_t longest = LongestPreTrigger();
+    const auto frames = static_cast<long long>(longest);
+    if (FrameRate <= 0) return Format("The ring holds at most %lld frames before the trigger.", frames);
+    return Format("The ring holds at most %.1f s (%lld frames) before the trigger.",
+                  std::floor(static_cast<double>(longest) / double{FrameRate} * 10) / 10, frames);
+}
+
 double BytesPerSecondNeeded(const RecorderSettings& settings)
 {
     const auto pixelBytes = static_cast<double>(CameraFrameValues() * sizeof(std::int16_t));
@@ -693,7 +693,7 @@ std::optional<double> MeasureWriteRate(std::string_view directory)
 {
     using std::chrono::steady_clock;
     constexpr std::chrono::milliseconds kLong(500);
-    constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
+    constexpr std::size_t kBlockBytes = std::size_t{4} << 20;
     const std::string path = MakePath({}, directory, ".kelvo-rate", {});
     DeleteFileNamed(path);  // of one that was killed
     std::optional<File> file = File::Open(path, FileMode::kNew);
@@ -705,13 +705,12 @@ std::optional<double> MeasureWriteRate(std::string_view directory)
     while (taken && steady_clock::now() - began < kLong) {
         const std::size_t bytes = file->Write(block);
         written += bytes;
-        taken = bytes == block.size();
+        taken = bytes == block.size() && file->SyncData();
     }
-    const bool synced = file->SyncData();
     const std::chrono::duration<double> took = steady_clock::now() - began;
     file.reset();
     DeleteFileNamed(path);
-    if (!synced || written == 0) return std::nullopt;
+    if (!taken) return std::nullopt;
     return static_cast<double>(written) / took.count();
 }
 

@@ -93,9 +93,11 @@ void TendRecorder();
 
 // Before: the most frames that a pre-trigger may have with the present camera and ring, and what is needed.
 std::int64_t LongestPreTrigger();
+std::int64_t PreTriggerFramesOf(const RecorderSettings& settings);  // of its seconds at the present rate; 0 without one
+std::string LongestPreTriggerText();  // "The ring holds at most 5.2 s (520 frames) before the trigger."
 double BytesPerSecondNeeded(const RecorderSettings& settings);  // 0 without a frame rate
-// Writes for half a second into the directory, with fdatasync, and takes the file away again. Blocks so long. nullopt:
-// nothing can be written there.
+// Writes for half a second into the directory, each 4 MB with its fdatasync so that no backlog is left to wait for,
+// and takes the file away again. Blocks so long. nullopt: nothing can be written there.
 std::optional<double> MeasureWriteRate(std::string_view directory);  // bytes a second
 
 // As at start: nothing runs, nothing was recorded.

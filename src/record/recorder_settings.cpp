@@ -1,5 +1,6 @@
 #include "record/recorder_settings.h"
 
+#include "grabber/capture.h"
 #include "platform/profile.h"
 #include "platform/text.h"
 #include "state/windows.h"
@@ -79,6 +80,8 @@ constexpr PlaceKey kPlaces[] = {
 constexpr const char* kPixelsKey = "Pixels";
 constexpr const char* kLengthKey = "Length";
 constexpr const char* kTriggerKey = "Trigger";
+constexpr const char* kRingKey = "RingMegabytes";
+constexpr std::int64_t kMegabyte = std::int64_t{1} << 20;
 
 std::string SettingsPath()
 {
@@ -252,6 +255,20 @@ void WriteRecorderSettings(const RecorderSettings& settings)
     ForEachKey(settings, [](const char* key, const std::string& value) {
         WritePrivateProfileString(kSection, key, value, SettingsPath());
     });
+}
+
+std::int64_t ReadRingMegabytes()
+{
+    std::int64_t megabytes = 0;
+    ReadNumber<std::int64_t>(kRingKey, 0, kMostRingMegabytes, megabytes);
+    SetRingBytes(megabytes * kMegabyte);
+    return megabytes;
+}
+
+void WriteRingMegabytes(std::int64_t megabytes)
+{
+    WritePrivateProfileString(kSection, kRingKey, TextOf(megabytes), SettingsPath());
+    SetRingBytes(megabytes * kMegabyte);
 }
 
 std::string RecorderSettingsText(const RecorderSettings& settings)

@@ -54,6 +54,11 @@ struct RecorderSettings {
 // What is missing in the file, or makes no sense, is as above.
 RecorderSettings ReadRecorderSettings();
 void WriteRecorderSettings(const RecorderSettings& settings);
+// The ring's size for all that records, kept beside them: 1 to 2047 MB (2^20 bytes), 0 by the memory that is available
+// (a quarter, at most 2 GB). The read puts it in force, as does the write (SetRingBytes).
+inline constexpr std::int64_t kMostRingMegabytes = 2047;
+std::int64_t ReadRingMegabytes();
+void WriteRingMegabytes(std::int64_t megabytes);
 // As "Key=value" lines, as the file has them: what the journal keeps.
 std::string RecorderSettingsText(const RecorderSettings& settings);
 

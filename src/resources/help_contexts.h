@@ -66,6 +66,7 @@ constexpr int kHelpAdvancedVideo = 2012;
 constexpr int kHelpExternalClock = 2013;
 constexpr int kHelpCalibrationReport = 2014;
 constexpr int kHelpTriggeredSave = 2022;
+constexpr int kHelpRecorder = 2023;
 constexpr int kHelpApplyCalibration = 2030;
 constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;

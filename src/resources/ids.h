@@ -101,6 +101,9 @@ constexpr int kCmdViewSlower = 2056;
 constexpr int kCmdViewGaps = 2057;
 constexpr int kCmdCalibrationReport = 2070;
 constexpr int kCmdVoltageCalibration = 2071;
+constexpr int kCmdRecorder = 2060;
+constexpr int kCmdRecorderTrigger = 2061;
+constexpr int kCmdRecorderMark = 2062;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 
@@ -111,6 +114,7 @@ constexpr int kPanelZoomText = 311;
 constexpr int kPanelPanText = 313;
 constexpr int kPanelBrightnessText = 316;
 constexpr int kPanelContrastText = 317;
+constexpr int kPanelRecorder = 21090;
 constexpr int kUnitList = 1256;
 
 // Colour maps and gray scales, as settings store them.

@@ -50,6 +50,7 @@ struct Engine {
     bool programHasWaited = false;
     bool programHasEnded = false;
     int exitCode = 0;
+    int notedExitCode = 0;
     int closingSteps = 0;
     HWND dialogAskedToLeave = nullptr;
     bool programAskedToClose = false;
@@ -241,12 +242,15 @@ std::string ErrorText(lua_State* thread)
     return text;
 }
 
-// What the script returned becomes the exit code: 0 to 255 as a process can return them, 0 for nothing. What is wrong
-// with it, or empty.
+// What the script returned becomes the exit code: 0 to 255 as a process can return them, for nothing what was noted.
+// What is wrong with it, or empty.
 std::string TakeResult(lua_State* thread, int count)
 {
     lua_settop(thread, lua_gettop(thread) - count + std::min(count, 1));
-    if (count == 0 || lua_isnil(thread, -1)) return {};
+    if (count == 0 || lua_isnil(thread, -1)) {
+        engine.exitCode = std::max(engine.exitCode, engine.notedExitCode);
+        return {};
+    }
     int isInteger = 0;
     const lua_Integer code = lua_tointegerx(thread, -1, &isInteger);
     if (!isInteger || code < 0 || code > 255) {
@@ -480,6 +484,7 @@ bool Load(const std::string& path, const std::vector<std::string>& arguments, st
     }
     OpenLibraries(engine.lua, wholePath);
     OpenCalls(engine.lua);
+    OpenRecordCalls(engine.lua);
     SetArguments(engine.lua, path, arguments);
 
     engine.thread = lua_newthread(engine.lua);  // stays on the state's stack: it is never collected
@@ -553,6 +558,13 @@ void NoteScriptFrame()
     }
     KillTimer(engine.timerWindow, kTimer);
     engine.callTimeIsUp = true;
+}
+
+void NoteScriptExitCode(int code, std::string_view why)
+{
+    if (!ScriptRuns()) return;
+    script::engine.notedExitCode = std::max(script::engine.notedExitCode, code);
+    script::Report(why);
 }
 
 void ResetScript()

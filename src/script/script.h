@@ -25,9 +25,15 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace kelvo {
+
+// A value that goes between a script's table and a module, under its name there.
+using ScriptValue = std::variant<std::monostate, bool, std::int64_t, double, std::string, std::vector<double>,
+                                 std::vector<std::string>>;
+using ScriptFields = std::vector<std::pair<std::string, ScriptValue>>;
 
 // What scripts ask of modules above the platform. The shell sets them at the start; one that isn't set reads as "there
 // is none".
@@ -52,6 +58,18 @@ struct ScriptHooks {
 
     // The external signal, as another application sends it; false where none can come.
     std::function<bool()> signal;
+
+    // The recorder's window; null while it isn't open.
+    std::function<HWND()> recorderWindow;
+    // The recorder. Begins with a table of settings; empty, or why it can't be.
+    std::function<std::string(const ScriptFields& settings)> record;
+    // "stop", "trigger" or "mark"; empty, or why it can't be.
+    std::function<std::string(std::string_view word)> recorderDoes;
+    std::function<bool()> recorderRuns;
+    // Its status: at least "exit_code", a whole number, and "verdict".
+    std::function<ScriptFields()> recorderStatus;
+    // A command without a window, "recover FILE": its exit code; nullopt: no such word.
+    std::function<std::optional<int>(const std::vector<std::string>& words)> batch;
 };
 void SetScriptHooks(ScriptHooks hooks);
 
@@ -66,8 +84,9 @@ bool StartScript(const std::string& path, const std::vector<std::string>& argume
 bool ScriptRuns();
 
 // After the program has ended: a script that isn't finished goes on once, so that it can read the transcript and module
-// state; acting calls fail from here on. The exit code of the process: the script's (0, the number that it returned, 1
-// after an error or with a dialog left open), or programExitCode if there was no script.
+// state; acting calls fail from here on. The exit code of the process: the script's (the number that it returned, 1
+// after an error or with a dialog left open, otherwise the worst of its recordings, 0 where none lost anything), or
+// programExitCode if there was no script.
 //
 // While the program runs, a script's end closes it: what is in front is dismissed, then the main window gets WM_CLOSE
 // with wParam kCloseUnasked: nobody is there to be asked.
@@ -76,6 +95,10 @@ int FinishScript(int programExitCode);
 
 // The live cycle calls it after each frame that it has shown: it counts for frames(n). Cheap where no script runs.
 void NoteScriptFrame();
+
+// Something that the script did didn't come out whole: where it returns no exit code of its own the process ends with
+// that one at least, and why goes to the error stream. Nothing happens where no script runs.
+void NoteScriptExitCode(int code, std::string_view why);
 
 // No script and no hooks. Not from inside a script's call.
 void ResetScript();

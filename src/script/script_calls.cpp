@@ -321,15 +321,22 @@ int Screenshot(lua_State* L)
     return 1;
 }
 
-bool IsStrip(std::string_view word)
-{
-    return word == "panel" || word == "player";
-}
+// What stays open beside the dialog in front, by the word that a call has for it.
+struct Beside {
+    std::string_view word;
+    std::string_view name;  // in messages
+    HWND (*window)();
+};
+constexpr Beside kBeside[] = {
+    {"panel", "control panel", [] { return hDlgPanel; }},
+    {"player", "play bar", [] { return StripNamed("PLAYBAR"); }},
+    {"recorder", "recorder's window", [] { return Hooks().recorderWindow ? Hooks().recorderWindow() : nullptr; }},
+};
 
-// A strip of controls of the main window, by the word that a call has for it.
-HWND StripOf(std::string_view word)
+const Beside* BesideOf(std::string_view word)
 {
-    return word == "panel" ? hDlgPanel : word == "player" ? StripNamed("PLAYBAR") : nullptr;
+    const auto* const found = std::ranges::find(kBeside, word, &Beside::word);
+    return found == std::end(kBeside) ? nullptr : found;
 }
 
 // place(id), place(NAME, id), place("menu" | "item" | "button" | "window", text): where it stands on the screen.
@@ -339,8 +346,8 @@ int Place(lua_State* L)
     std::optional<Rect> place;
     if (lua_type(L, 1) != LUA_TSTRING) {
         place = PlaceOfControl(DialogInFront(), IntArgument(L, 1));
-    } else if (const std::string kind = TextArgument(L, 1); IsStrip(kind)) {
-        place = PlaceOfControl(StripOf(kind), IntArgument(L, 2));
+    } else if (const std::string kind = TextArgument(L, 1); const Beside* const beside = BesideOf(kind)) {
+        place = PlaceOfControl(beside->window(), IntArgument(L, 2));
     } else if (kind == "menu") {
         place = PlaceOfMenu(TextArgument(L, 2));
     } else if (kind == "item") {
@@ -436,14 +443,9 @@ int Dialog(lua_State* L)
     return 1;
 }
 
-std::string NameOfStrip(std::string_view word, const char* article)
-{
-    return std::string(article) + (word == "panel" ? "control panel" : "play bar");
-}
-
-// Which dialog a call means: the one in front, or with the word of a strip as first argument that one.
+// Which dialog a call means: the one in front, or with the word of another window as first argument that one.
 struct Control {
-    std::string strip;  // empty: the dialog in front
+    const Beside* beside = nullptr;  // null: the dialog in front
     int id = 0;
     int next = 2;  // index of the argument behind the id
 };
@@ -451,9 +453,9 @@ struct Control {
 Control ControlArgument(lua_State* L)
 {
     const std::string_view word = lua_type(L, 1) == LUA_TSTRING ? lua_tostring(L, 1) : "";
-    const bool onStrip = IsStrip(word);
-    const int index = onStrip ? 2 : 1;
-    return {std::string(onStrip ? word : ""), IntArgument(L, index), index + 1};
+    const Beside* const beside = BesideOf(word);
+    const int index = beside ? 2 : 1;
+    return {beside, IntArgument(L, index), index + 1};
 }
 
 struct Found {
@@ -464,11 +466,13 @@ struct Found {
 Found FindControl(const Control& control, bool toAct)
 {
     if (ProgramHasEnded()) return {nullptr, "the program has ended"};
-    const bool onStrip = !control.strip.empty();
-    HWND dialog = onStrip ? StripOf(control.strip) : DialogInFront();
-    if (!dialog) return {nullptr, ButScreenShows(onStrip ? NameOfStrip(control.strip, "no ") : "no dialog in front")};
-    if (onStrip && toAct && SomethingModalInFront()) {
-        return {nullptr, ButScreenShows(NameOfStrip(control.strip, "the ") + " can't be reached")};
+    const Beside* const beside = control.beside;
+    HWND dialog = beside ? beside->window() : DialogInFront();
+    if (!dialog) {
+        return {nullptr, ButScreenShows("no " + std::string(beside ? beside->name : "dialog in front"))};
+    }
+    if (beside && toAct && SomethingModalInFront()) {
+        return {nullptr, ButScreenShows("the " + std::string(beside->name) + " can't be reached")};
     }
     if (!HasDlgItem(dialog, control.id)) {
         return {nullptr, "dialog " + DialogName(dialog) + " has no control " + std::to_string(control.id)};
@@ -592,14 +596,15 @@ int Position(lua_State* L)
     return 3;
 }
 
-// All controls of the dialog in front, or of the panel, by their numbers.
+// All controls of the dialog in front, or of a window beside it, by their numbers.
 int Controls(lua_State* L)
 {
-    const std::string strip = lua_isnoneornil(L, 1) ? "" : TextArgument(L, 1);
-    luaL_argcheck(L, strip.empty() || IsStrip(strip), 1, "must be \"panel\" or \"player\"");
+    const std::string word = lua_isnoneornil(L, 1) ? "" : TextArgument(L, 1);
+    const Beside* const beside = BesideOf(word);
+    luaL_argcheck(L, word.empty() || beside, 1, R"(must be "panel", "player" or "recorder")");
     if (ProgramHasEnded()) return Fail(L, "controls: the program has ended");
-    HWND dialog = strip.empty() ? DialogInFront() : StripOf(strip);
-    if (!dialog) return Fail(L, ButScreenShows(strip.empty() ? "no dialog in front" : NameOfStrip(strip, "no ")));
+    HWND dialog = beside ? beside->window() : DialogInFront();
+    if (!dialog) return Fail(L, ButScreenShows("no " + std::string(beside ? beside->name : "dialog in front")));
     const std::vector<FrontControl> controls = ControlsOf(dialog);
     lua_createtable(L, static_cast<int>(controls.size()), 0);
     lua_Integer index = 0;

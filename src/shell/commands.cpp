@@ -12,6 +12,8 @@
 #include "platform/window.h"
 #include "record/buffer_dialog.h"
 #include "record/contsave_dialog.h"
+#include "record/recorder_run.h"
+#include "record/recorder_window.h"
 #include "record/triggered_save_dialog.h"
 #include "resources/command_list.h"
 #include "resources/menu.h"
@@ -131,6 +133,9 @@ constexpr Command kCommands[] = {
     {kCmdThemeDark, Then<UseDarkTheme>},
     {kCmdCalibrationReport, OpenCalibrationReport},
     {kCmdVoltageCalibration, CalibrateVoltage},
+    {kCmdRecorder, Then<OpenRecorderWindow>},
+    {kCmdRecorderTrigger, Then<TriggerByHand, CommandEnd::kLeaveStatus>},
+    {kCmdRecorderMark, Then<MarkByHand, CommandEnd::kLeaveStatus>},
 };
 
 CommandEnd NotAvailable(int /*id*/)

@@ -10,7 +10,9 @@
 #include "platform/pointer.h"
 #include "platform/text.h"
 #include "platform/timers.h"
+#include "record/external_signal.h"
 #include "record/recorder.h"
+#include "record/recorder_run.h"
 #include "record/replay.h"
 #include "resources/ids.h"
 #include "script/script.h"
@@ -178,6 +180,9 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
         case kRecorderTimer:
             TendRecorder();
             return 0;
+        case kRecorderLampTimer:
+            FollowRecorderRun();
+            return 0;
         default:
             return DefWindowProc(window, WM_TIMER, wParam, lParam);
     }
@@ -307,6 +312,10 @@ LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 
 LRESULT MainWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
+    if (message == ExternalSignalMessage && message != 0) {
+        OnRecorderSignal();
+        return 0;
+    }
     const LRESULT result = Answer(window, message, wParam, lParam);
     if (message != WM_DESTROY) FollowPlayBar();
     return result;

@@ -51,6 +51,7 @@ constexpr CommandButton kCommandButtons[] = {
     {kCmdPrintBitmap, kCmdPrintBitmap},
     {kCmdHistogram, kCmdHistogram},
     {kTriggeredSaveButton, kCmdTriggeredSave},
+    {kPanelRecorder, kCmdRecorder},
 };
 
 void ShowWhatIsBuilt(HWND panel)

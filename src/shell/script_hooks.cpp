@@ -1,7 +1,12 @@
 #include "shell/script_hooks.h"
 
+#include "batch/batch.h"
 #include "imagefile/header.h"
 #include "record/external_signal.h"
+#include "record/recorder.h"
+#include "record/recorder_run.h"
+#include "record/recorder_script.h"
+#include "record/recorder_window.h"
 #include "script/script.h"
 #include "simcam/bench_window.h"
 #include "state/camera_config.h"
@@ -9,7 +14,9 @@
 
 #include <optional>
 #include <span>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -52,6 +59,15 @@ void ConnectScripts()
     hooks.trigger = PulseBenchTrigger;
     hooks.lines = BenchLines;
     hooks.signal = SendExternalSignal;
+    hooks.recorderWindow = RecorderWindow;
+    hooks.record = BeginScriptRecording;
+    hooks.recorderDoes = RecorderWord;
+    hooks.recorderRuns = [] {
+        FollowRecorderRun();  // its end is told before the script hears of it
+        return RecorderRuns();
+    };
+    hooks.recorderStatus = RecorderStatusFields;
+    hooks.batch = [](const std::vector<std::string>& words) { return RunBatch(words); };
     SetScriptHooks(std::move(hooks));
 }
 

@@ -10,6 +10,7 @@
 #include "platform/profile.h"
 #include "platform/window.h"
 #include "record/external_signal.h"
+#include "record/recorder_window.h"
 #include "record/what_records.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
@@ -79,6 +80,7 @@ void ShutDown()
     if (shutDown) return;  // a quit that is under way is not begun again by the window's end
     shutDown = true;
     EndWhatRecords();
+    CloseRecorderWindow();
     KeepState();
     ReleasePointerClip();
     CloseCommLink();

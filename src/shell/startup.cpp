@@ -24,6 +24,7 @@
 #include "platform/text.h"
 #include "platform/window.h"
 #include "record/external_signal.h"
+#include "record/recorder_settings.h"
 #include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "resources/keys_page.h"
@@ -253,6 +254,7 @@ int InitialSetup()
     ReadRecentFiles();
     StatusString(kStartHint, kCentred);
     InitExternalSignal();
+    ReadRingMegabytes();
     BuildTiffTemplate();
     return 1;
 }

@@ -35,4 +35,9 @@ void ShowRecordingInPanel(bool records)
     if (hDlgPanel) SendMessage(hDlgPanel, kPanelShowsRecording, records ? 1 : 0, 0);
 }
 
+void ShowRecorderInPanel(const std::string& word)
+{
+    if (hDlgPanel) SetDlgItemText(hDlgPanel, kPanelRecorder, word.empty() ? "Record" : word);
+}
+
 }  // namespace kelvo

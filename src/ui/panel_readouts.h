@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace kelvo {
 
@@ -18,5 +19,8 @@ void ShowGeometryInPanel();
 // Buttons of commands that need the board are grey while something records, and say why.
 void ShowRecordingInPanel(bool records);
 inline constexpr std::uint32_t kPanelShowsRecording = 0x0410;  // to the panel; wParam: 1 something records, 0 nothing
+
+// The word on the recorder's button: what it does ("Armed"), or "Record" for an empty one.
+void ShowRecorderInPanel(const std::string& word);
 
 }  // namespace kelvo

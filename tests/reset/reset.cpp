@@ -32,6 +32,8 @@
 #include "record/contsave_dialog.h"
 #include "record/external_signal.h"
 #include "record/recorder.h"
+#include "record/recorder_run.h"
+#include "record/recorder_window.h"
 #include "record/sequence_library.h"
 #include "record/trigger_dialogs.h"
 #include "record/triggered_save.h"
@@ -131,6 +133,8 @@ constexpr void (*kModules[])() = {
     ForgetBoardTables,
     ForgetBoard,
     ResetCorrection,
+    ResetRecorderWindow,
+    ResetRecorderRun,
     ResetRecorder,
     ResetCapture,
     ResetFrameRead,

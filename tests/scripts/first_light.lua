@@ -6,11 +6,19 @@ arg[1] = datadir():match("^(.*)/data$")
 assert(loadfile(top .. "/examples/first-light.lua"))()
 for _, name in ipairs {
   "01-before", "02-scope", "03-raw", "04-raw-scene", "05-calibration", "06-result", "07-bad-detectors", "08-corrected",
-  "09-corrected-scene", "10-colour", "11-zoom", "12-large-array", "13-saved-image",
+  "09-corrected-scene", "10-colour", "11-zoom", "12-large-array", "13-replay", "14-recorder", "15-recording", "16-corrected-later",
+  "17-saved-image",
 } do
   check.eq(readfile(name .. ".png"):sub(2, 4), "PNG", name)
 end
 check.eq(readfile("scope.bmp"):sub(1, 2), "BM")
+-- The recorded second before the trigger and the 5 s after it, less the frame that was cut, and the journals of both.
+local pictures, frame = math.ceil(6 * state("FrameRate")) - 1, 80 + 2 * 320 * 256
+for _, name in ipairs { "cut.seq", "even.seq" } do
+  check.near(#readfile(name), 512 + pictures * frame, frame, name)
+  check.eq((#readfile(name) - 512) % frame, 0, name)
+  assert(#readfile(name .. ".frames") > pictures * 64 - 64, name)
+end
 for _, name in ipairs { "scene.img", "run1.seq", "run2.seq", "run3.seq" } do
   check.eq(#readfile(name), 512 + 2 * 320 * 256, name)
 end

@@ -17,6 +17,7 @@ local texts = {
   [2006] = "Frame &account", [2007] = "Colou&r scale", [2008] = "Sat&uration overlay", [2009] = "Simulated &bench...",
   [2043] = "&Keep fitted", [2044] = "&Desktop's theme", [2045] = "Lig&ht theme", [2046] = "Dark the&me",
   [2040] = "F&it\tCtrl+0", [2041] = "&1:1\tCtrl+1", [2042] = "C&entre\tCtrl+5",
+  [2060] = "R&ecord...\tCtrl+R", [2061] = "&Trigger the recorder\tCtrl+T", [2062] = "Mar&k the recording\tCtrl+M",
   [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About",
 }
 local not_built = {}

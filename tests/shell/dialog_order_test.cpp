@@ -83,12 +83,17 @@ const Order kOrders[] = {
     {"PLAYBAR", {}, ""},
     {"QVF1058", {624, 626, 651, 660, 670, 1256, 1020, 339, 1606, 1, 2, 9}, ""},
     {"RECORDED", {21103, 21104, 21105, 21106, 2, 9}, ""},
+    // What acts first, the settings, then what is looked at before.
+    {"RECORDER",
+     {21001, 21002, 21003, 21004, 21020, 21021, 21022, 21024, 21025, 21026, 21029, 21027, 21028, 21030, 21031, 21032,
+      21033, 21040, 21043, 21041, 21042, 21044, 21046, 21045, 21047, 21048, 21049, 21060, 21063, 2,     9},
+     ""},
     // From the name through the lists to the numbers; what goes with other files comes behind.
     {"SAVE", {1460, 20300, 1464, 1466, 1488, 1486, 1784, 1002, 1471, 1468, 1600, 1, 2, 9}, "ad"},
     {"TRIGSOFT", {100, 1, 2}, ""},
     {"TRIGVALU", {20820, 20821, 20822, 20823, 20824, 20825, 1, 2}, ""},
 };
-constexpr int kMostStops = 30;
+constexpr int kMostStops = 40;
 
 // The names of all dialogs that the program has: one that is put beside the others needs a row too.
 std::vector<std::string> DialogFiles()
