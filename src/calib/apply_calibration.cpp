@@ -338,7 +338,7 @@ struct Run {
     FrameLayout layout;
     Streams streams = {};
     Blocks blocks = {};
-    std::optional<std::int64_t> toldMs;
+    std::optional<std::int64_t> toldMs{};
 
     std::span<std::int16_t> In() { return CountsOf(std::span(blocks.in), layout); }
     std::span<std::int16_t> Out() { return CountsOf(std::span(blocks.out), layout); }
