@@ -1,6 +1,6 @@
 // The recorder on disks that are slow, full or gone: what was told as written is there, and what is missing is told.
-#include "batch/recover_command.h"
 #include "imagefile/crc32c.h"
+#include "imagefile/recovery.h"
 #include "platform/clock.h"
 #include "platform/faults.h"
 #include "record/recorder_fixture.h"

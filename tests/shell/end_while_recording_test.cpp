@@ -1,6 +1,6 @@
 // What the operator is asked, and what stands on the disk, where the program ends while something records.
-#include "batch/recover_command.h"
 #include "grabber/recording.h"
+#include "imagefile/recovery.h"
 #include "platform/clock.h"
 #include "platform/dialog.h"
 #include "platform/window.h"
