@@ -175,7 +175,8 @@ double RecorderSeconds(const std::string& directory)
     const double took = Seconds(began);
     StopRecorder();
     RemoveRun(directory);
-    return CurrentRecorderStatus().verdict.starts_with("600 frames, none lost") ? took : 0;
+    const RecorderStatus status = CurrentRecorderStatus();
+    return status.frames == kFramesToDisk && status.exitCode == 0 ? took : 0;
 }
 
 double WriterSeconds(const std::string& directory)

@@ -17,7 +17,6 @@ press(2)  -- it needn't be calibrated
 assert(dialog() == nil and box() == nil and state("LiveVideo") == 1)
 frames(100)  -- windows, plan and caches have settled
 
-
 -- Something else each time, as an operator would.
 local steps = {
   function() command(120) in_front("DISPLAY") wait(100) press(2) end,
@@ -35,9 +34,9 @@ local steps = {
   function() command(151) end,           -- the cursor
 }
 
-local function work(untilMs)
-  local turns = 0
-  while os.time() * 1000 < untilMs do
+local function work()
+  local turns, stop = 0, os.time() + seconds
+  while os.time() < stop do
     steps[turns % #steps + 1]()
     turns = turns + 1
     wait(20)
@@ -47,7 +46,7 @@ end
 
 if busy then
   signal()
-  local turns = work((os.time() + seconds) * 1000)
+  local turns = work()
   local kept = pcall(signal)
   print(string.format("%d s, %d things done meanwhile", seconds, turns))
   return (any or kept) and 0 or 1
@@ -55,8 +54,7 @@ end
 
 -- Percent of a core, of this whole process.
 local function cost()
-  local cpu, began = os.clock(), os.time()
-  local shown = state("FramesShown")
+  local cpu, shown = os.clock(), state("FramesShown")
   wait(seconds * 1000)
   return 100 * (os.clock() - cpu) / seconds, (state("FramesShown") - shown) / seconds
 end
