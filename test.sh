@@ -22,6 +22,8 @@ fi
 build dev
 [ "$mode" = quick ] && exec ctest --preset dev -j "$jobs"
 ctest --preset dev -j "$jobs"
+# A report, of a machine with nothing else to do: what is lost in ten seconds of recording while the operator works. It fails nothing.
+bench/recording_live.sh build/dev/bench/recording_live busy 10 any
 
 build asan
 cmake/run-tidy.sh build/asan
