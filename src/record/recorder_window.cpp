@@ -82,7 +82,7 @@ std::string EventText(const RecorderStatus& status)
     if (SettingsOfRun().trigger == RecordTrigger::kNone) return text;
     if (SettingsOfRun().events > 0) text += Format(" of %lld", static_cast<long long>(SettingsOfRun().events));
     if (status.state == RecorderState::kArmed) {
-        text += Format(", %lld frames before the trigger", static_cast<long long>(status.preTriggerWaiting));
+        text += Format(", %lld before it", static_cast<long long>(status.preTriggerWaiting));
     }
     return text;
 }
