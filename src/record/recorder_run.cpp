@@ -83,6 +83,10 @@ bool BeginRecorderRun(const RecorderSettings& settings, RecorderCaller caller, s
         why = "Something else is open that may need the camera: close it first.";
         return false;
     }
+    if (settings.trigger == RecordTrigger::kSignal && !ExternalSignalCanCome()) {
+        why = "No signal from outside can come: its socket couldn't be made at the start.";
+        return false;
+    }
     if (!StartRecorder(settings, why)) return false;
     followed = {.settings = settings, .caller = caller, .runs = true, .signal = 0};
     WaitForSignal();

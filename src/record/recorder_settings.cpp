@@ -267,7 +267,9 @@ std::int64_t ReadRingMegabytes()
 
 void WriteRingMegabytes(std::int64_t megabytes)
 {
-    WritePrivateProfileString(kSection, kRingKey, TextOf(megabytes), SettingsPath());
+    if (TextOf(megabytes) != StoredText(kRingKey, "0")) {
+        WritePrivateProfileString(kSection, kRingKey, TextOf(megabytes), SettingsPath());
+    }
     SetRingBytes(megabytes * kMegabyte);
 }
 

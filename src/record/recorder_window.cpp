@@ -45,6 +45,7 @@ HWND hDlgRecorder = nullptr;
 // What the window holds beside its fields.
 struct Shown {
     RecorderSettings settings{};  // as they were read last
+    RecorderSettings kept{};      // and as the file has them
     std::string measuredDirectory{};
     std::optional<double> writesBytesPerSecond{};
     RecorderState state = RecorderState::kIdle;
@@ -81,7 +82,7 @@ std::string EventText(const RecorderStatus& status)
     if (SettingsOfRun().trigger == RecordTrigger::kNone) return text;
     if (SettingsOfRun().events > 0) text += Format(" of %lld", static_cast<long long>(SettingsOfRun().events));
     if (status.state == RecorderState::kArmed) {
-        text += Format(", %lld frames before the trigger", static_cast<long long>(status.preTriggerWaiting));
+        text += Format(", %lld before it", static_cast<long long>(status.preTriggerWaiting));
     }
     return text;
 }
@@ -198,10 +199,11 @@ std::optional<FieldRefusal> ReadFields(HWND dialog)
 
 void KeepFields(HWND dialog)
 {
-    if (!CanChange()) return;  // they were kept when it began
     ReadFields(dialog);
-    WriteRecorderSettings(shown.settings);
-    if (const auto ring = RingMegabytesIn(dialog)) WriteRingMegabytes(*ring);
+    if (shown.settings != shown.kept) WriteRecorderSettings(shown.settings);
+    shown.kept = shown.settings;
+    const std::int64_t ringKept = ReadRingMegabytes();
+    WriteRingMegabytes(RingMegabytesIn(dialog).value_or(ringKept));
 }
 
 // What was typed shows its consequences at once; what can't be read yet leaves them as they were.
@@ -283,10 +285,10 @@ void Start(HWND dialog)
         FocusDlgItem(dialog, refusal->control);
         return;
     }
-    KeepFields(dialog);
     KillTimer(dialog, kMeasureTimer);
     std::string why;
     if (BeginRecorderRun(shown.settings, RecorderCaller::kOperator, why)) {
+        KeepFields(dialog);
         if (firstDirectory) firstDirectory->Keep();
         Tell(dialog, "", false);
     } else {
@@ -327,7 +329,7 @@ void Open(HWND dialog)
     const RecorderSettings settings = shown.settings;  // filling one field has the others read
     SetDlgItemText(dialog, kRecRingSize, Format("%lld", static_cast<long long>(ReadRingMegabytes())));
     ShowRecorderSettings(dialog, settings);
-    shown.settings = settings;
+    shown.settings = shown.kept = settings;
     EnableRecorderFields(dialog, shown.canChange);
     ShowNameExample(dialog);
     Tell(dialog, status.verdict, status.exitCode != 0);
@@ -341,7 +343,7 @@ void Open(HWND dialog)
 
 void Close(HWND dialog)
 {
-    KeepFields(dialog);
+    if (CanChange()) KeepFields(dialog);  // otherwise they were kept when it began
     EndDialog(dialog, 0);
 }
 

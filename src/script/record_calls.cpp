@@ -1,7 +1,7 @@
 // The calls of operator scripts that record, and those that work on what was recorded.
 
 #include "platform/clock.h"
-#include "platform/text.h"
+#include "script/lua_values.h"
 #include "script/script.h"
 #include "script/script_engine.h"
 
@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <exception>
 #include <optional>
 #include <string>
 #include <utility>
@@ -26,35 +25,6 @@ constexpr double kLongestMs = 1e9;
 
 // --- Values -------------------------------------------------------------------------------------------------------
 
-template <class... F>
-struct Overloaded : F... {
-    using F::operator()...;
-};
-template <class... F>
-Overloaded(F...) -> Overloaded<F...>;
-
-int Fail(lua_State* L, const std::string& message)
-{
-    return luaL_error(L, "%s", message.c_str());
-}
-
-void PushText(lua_State* L, std::string_view text)
-{
-    const std::string utf8 = ToUtf8(text);
-    lua_pushlstring(L, utf8.data(), utf8.size());
-}
-
-template <typename Item, typename Push>
-void PushList(lua_State* L, const std::vector<Item>& items, Push push)
-{
-    lua_createtable(L, static_cast<int>(items.size()), 0);
-    lua_Integer index = 0;
-    for (const Item& item : items) {
-        push(item);
-        lua_rawseti(L, -2, ++index);
-    }
-}
-
 void PushValue(lua_State* L, const ScriptValue& value)
 {
     std::visit(Overloaded{
@@ -63,12 +33,8 @@ void PushValue(lua_State* L, const ScriptValue& value)
                    [L](std::int64_t number) { lua_pushinteger(L, number); },
                    [L](double number) { lua_pushnumber(L, number); },
                    [L](const std::string& text) { PushText(L, text); },
-                   [L](const std::vector<double>& numbers) {
-                       PushList(L, numbers, [L](double number) { lua_pushnumber(L, number); });
-                   },
-                   [L](const std::vector<std::string>& texts) {
-                       PushList(L, texts, [L](const std::string& text) { PushText(L, text); });
-                   },
+                   [L](const std::vector<double>& numbers) { PushList(L, numbers); },
+                   [L](const std::vector<std::string>& texts) { PushList(L, texts); },
                },
                value);
 }
@@ -236,18 +202,6 @@ int Batch(lua_State* L)
     std::fflush(stdout);
     lua_pushinteger(L, *code);
     return 1;
-}
-
-// A C++ exception must not cross Lua's frames as such.
-template <int (*function)(lua_State*)>
-int Guarded(lua_State* L)
-{
-    try {
-        return function(L);
-    } catch (const std::exception& failure) {
-        lua_pushstring(L, failure.what());
-    }
-    return lua_error(L);
 }
 
 }  // namespace

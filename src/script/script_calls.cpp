@@ -8,9 +8,9 @@
 #include "platform/front.h"
 #include "platform/help.h"
 #include "platform/menu.h"
-#include "platform/text.h"
 #include "platform/transcript.h"
 #include "platform/window.h"
+#include "script/lua_values.h"
 #include "script/script.h"
 #include "script/script_engine.h"
 #include "state/state_registry.h"
@@ -21,7 +21,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <functional>
 #include <limits>
@@ -33,29 +32,9 @@ namespace kelvo::script {
 
 namespace {
 
-template <class... F>
-struct Overloaded : F... {
-    using F::operator()...;
-};
-template <class... F>
-Overloaded(F...) -> Overloaded<F...>;
-
 // --- Lua functions ------------------------------------------------------------------------------------------------
 
 using Function = int (*)(lua_State* L);
-
-// A C++ exception must not cross Lua's frames as such: it becomes an error of the script. (Lua's own errors and yields
-// aren't std::exception and pass.)
-template <Function function>
-int Guarded(lua_State* L)
-{
-    try {
-        return function(L);
-    } catch (const std::exception& failure) {
-        lua_pushstring(L, failure.what());
-    }
-    return lua_error(L);
-}
 
 template <Function function>
 int Continued(lua_State* L, int /*status*/, lua_KContext /*context*/)
@@ -76,12 +55,6 @@ int Look(lua_State* L)
 void Push(lua_State* L, std::string_view bytes)
 {
     lua_pushlstring(L, bytes.data(), bytes.size());
-}
-
-// Texts of the system are Latin-1 bytes; scripts are UTF-8.
-void PushText(lua_State* L, std::string_view text)
-{
-    Push(L, ToUtf8(text));
 }
 
 int Nil(lua_State* L)
@@ -106,17 +79,6 @@ void SetField(lua_State* L, const char* name, int number)
 {
     lua_pushinteger(L, number);
     lua_setfield(L, -2, name);
-}
-
-template <typename Texts>
-void PushList(lua_State* L, const Texts& texts)
-{
-    lua_createtable(L, static_cast<int>(texts.size()), 0);
-    lua_Integer index = 0;
-    for (const auto& text : texts) {
-        PushText(L, text);
-        lua_rawseti(L, -2, ++index);
-    }
 }
 
 std::string TextArgument(lua_State* L, int index)
@@ -183,11 +145,6 @@ int NamedArgument(lua_State* L, int index, const Name (&names)[N])
     std::string known;
     for (const Name& name : names) known.append(known.empty() ? "" : ", ").append(name.text);
     return luaL_argerror(L, index, ("must be one of " + known).c_str());
-}
-
-int Fail(lua_State* L, const std::string& message)
-{
-    return luaL_error(L, "%s", message.c_str());
 }
 
 std::string ButScreenShows(const std::string& missing)
@@ -627,14 +584,7 @@ void PushState(lua_State* L, const StateValue& value)
                    [L](std::int64_t number) { lua_pushinteger(L, number); },
                    [L](double number) { lua_pushnumber(L, number); },
                    [L](const std::string& text) { PushText(L, text); },
-                   [L](const std::vector<double>& numbers) {
-                       lua_createtable(L, static_cast<int>(numbers.size()), 0);
-                       lua_Integer index = 0;
-                       for (const double number : numbers) {
-                           lua_pushnumber(L, number);
-                           lua_rawseti(L, -2, ++index);
-                       }
-                   },
+                   [L](const std::vector<double>& numbers) { PushList(L, numbers); },
                },
                value);
 }

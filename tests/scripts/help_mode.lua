@@ -41,7 +41,7 @@ command(144)
 check.eq(state("ImageColor"), 1231)
 check.eq(check.find("help", {}, second), nil)
 -- An item with no page of its own says so, and isn't run either.
-f1_on("F", 11)  -- Save bitmap image; grey items are passed over
+f1_on("F", 14)  -- Save bitmap image; grey items are passed over
 check.answer_box("Help not available for this Menu item.", "ok", "Kelvo message")
 check.eq(file(), nil)
 check.eq(state("HelpMode"), 0)

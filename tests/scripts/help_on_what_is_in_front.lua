@@ -34,7 +34,7 @@ check.eq(state("ImageColor"), 1230, "the colour map wasn't taken")
 check.seen("help", { context = 41 }, help_in_menu("S", 4))
 check.eq(box(), nil)
 
-help_in_menu("F", 10)  -- grey items are passed over
+help_in_menu("F", 13)  -- grey items are passed over
 check.answer_box("Help not available for this Menu item.", "ok", "Kelvo message")
 check.eq(file(), nil, "the bitmap wasn't saved")
 check.eq(state("HelpMode"), 0)

@@ -181,7 +181,7 @@ check.eq({ enabled("recorder", kStart), enabled("recorder", kStop), enabled("rec
   { false, true, true, false })
 check.eq({ menu(106).enabled, menu(kRecord).enabled }, { false, true })
 wait(1000)
-check.eq(get(kEvent), "1 of 1, 20 frames before the trigger")
+check.eq(get(kEvent), "1 of 1, 20 before it")
 press("recorder", kTriggerNow)
 wait(500)
 check.eq({ get(kLamp), get(kFile), text("panel", kPanel) }, { "● Recording", "window_001.seq", "● REC" })
