@@ -11,6 +11,7 @@
 #include "support/picture_fixture.h"
 #include "support/stored_files.h"
 #include "ui/status.h"
+#include "viewing/play_bar.h"
 #include "viewing/playback.h"
 #include "viewing/recorded_dialog.h"
 #include "viewing/viewing.h"
@@ -189,6 +190,32 @@ TEST_F(RecordedView, ManyGapsAreListedToTheirFrames)
                     testing::Field(&RecordedLine::text,
                                    testing::StartsWith("number 2: 3 missing, 3 unexplained; before frame 1, ")))));
     EXPECT_THAT(MarkLines(recorded), ElementsAre(testing::Field(&RecordedLine::frame, 1)));
+}
+
+TEST(BarTicks, StandWhereTheSlidersThumbStandsOverTheirFrames)
+{
+    RecordedFile recorded;
+    recorded.isUsable = true;
+    recorded.frames = 11;
+    recorded.journal.records.resize(12);
+    recorded.journal.records[2].flags = kMarkedFrame;
+    recorded.journal.records[5].flags = kTriggerFrame;
+    recorded.journal.records[11].flags = kMarkedFrame;  // its frame isn't there yet
+    recorded.gaps = {{.beforeFrame = 5}, {.beforeFrame = 10}};
+    // 215 wide, the thumb 15: the frames stand from 7 on, 20 apart.
+    EXPECT_THAT(TicksOf(recorded, 215), ElementsAre(BarTick{47, false}, BarTick{107, true}, BarTick{207, true}));
+    EXPECT_THAT(TicksOf(recorded, 15), IsEmpty());
+    recorded.frames = 1;
+    EXPECT_THAT(TicksOf(recorded, 215), IsEmpty());
+}
+
+TEST(BarTicks, ManyAtOnePlaceAreOne)
+{
+    RecordedFile recorded;
+    recorded.isUsable = true;
+    recorded.frames = 1000000;
+    for (std::int64_t frame = 1; frame < recorded.frames; ++frame) recorded.gaps.push_back({.beforeFrame = frame});
+    EXPECT_EQ(TicksOf(recorded, 115).size(), 101U);
 }
 
 TEST_F(RecordedView, EachEndOfARecordingHasItsWords)
