@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -52,20 +51,6 @@ RecordedLine LineOfGap(const FrameGap& gap, const std::vector<FrameRecord>& reco
 {
     const std::string where = MissingText(gap) + "; before frame " + std::to_string(gap.beforeFrame);
     return {WithTime(where, records[static_cast<std::size_t>(gap.beforeFrame)]), gap.beforeFrame};
-}
-
-// What was still lost when the recording had ended.
-FrameGap GapBehind(const std::vector<FrameRecord>& records, const FrameRecord& closing)
-{
-    FrameGap gap{.firstNumber = -1,
-                 .lostByBoard = closing.lostByBoard,
-                 .lostByRing = closing.lostByRing,
-                 .passedOver = closing.passedOver};
-    constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
-    if (!records.empty() && records.back().number >= 0 && records.back().number < kLast) {
-        gap.firstNumber = records.back().number + 1;
-    }
-    return gap;
 }
 
 void ShowLines(HWND dialog, int list, const std::vector<RecordedLine>& lines, std::string_view none)
@@ -156,9 +141,9 @@ std::vector<RecordedLine> GapLines(const RecordedFile& recorded)
     std::vector<RecordedLine> lines;
     lines.reserve(recorded.gaps.size() + 1);
     for (const FrameGap& gap : recorded.gaps) lines.push_back(LineOfGap(gap, recorded.journal.records));
-    if (!recorded.isUsable || !recorded.journal.closing) return lines;
-    const FrameGap behind = GapBehind(recorded.journal.records, *recorded.journal.closing);
-    if (behind.Missing() > 0) lines.push_back({MissingText(behind) + "; behind the last frame", -1});
+    if (recorded.behindLast.Missing() > 0) {
+        lines.push_back({MissingText(recorded.behindLast) + "; behind the last frame", -1});
+    }
     return lines;
 }
 

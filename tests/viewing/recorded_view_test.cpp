@@ -2,6 +2,7 @@
 #include "viewing/recorded_view.h"
 
 #include "imagefile/recorded_sequence.h"
+#include "imagefile/recovery.h"
 #include "imagefile/sequence_file.h"
 #include "platform/clock.h"
 #include "state/camera_config_write.h"
@@ -126,6 +127,21 @@ TEST_F(RecordedView, OneThatHasJustBegunIsToldAndNotOpened)
     EXPECT_EQ(ViewingFile, 0);
 }
 
+TEST_F(RecordedView, WhatAnotherChangedIsReadAgain)
+{
+    Record(1, 3);
+    Kill();
+    op->Answer({Button::kNo});
+    OpenStoredFile(path);
+    EXPECT_EQ(SummaryOf(*RecordedFileOnView()), "not closed, no gaps");
+    std::optional<File> file = File::Open(path, FileMode::kReadWrite);
+    ASSERT_TRUE(file->SetLength(512 + 2 * (80 + 12) + 40));
+    ASSERT_EQ(RecoverSequence(path, false).outcome, Recovery::kRepaired);
+    ASSERT_EQ(LoadNext(), 1);
+    EXPECT_EQ(SummaryOf(*RecordedFileOnView()), "no gaps");
+    EXPECT_EQ(FramesToPlay(), 2U);
+}
+
 TEST_F(RecordedView, HoldsNothingOfTheFile)
 {
     Record(1, 2);
@@ -170,6 +186,10 @@ TEST_F(RecordedView, PlayingWaitsAtTheEndForMore)
     EXPECT_EQ(CurrentFrame, 3U);
     tick(kFrameMs);
     EXPECT_EQ(CurrentFrame, 4U);
+    Record(6, 8);
+    tick(10 * kFrameMs);
+    EXPECT_EQ(CurrentFrame, 7U) << "late, it goes to the last one and no further";
+    tick(100);
     End();
     tick(20);
     EXPECT_EQ(CurrentFrame, 0U) << "it has ended, and is gone through again";
