@@ -5,6 +5,7 @@
 #include "imagefile/recovery.h"
 #include "imagefile/sequence_file.h"
 #include "platform/clock.h"
+#include "platform/memory.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
@@ -140,6 +141,26 @@ TEST_F(RecordedView, WhatAnotherChangedIsReadAgain)
     ASSERT_EQ(LoadNext(), 1);
     EXPECT_EQ(SummaryOf(*RecordedFileOnView()), "no gaps");
     EXPECT_EQ(FramesToPlay(), 2U);
+}
+
+TEST_F(RecordedView, WithoutMemoryForTheJournalThePictureIsShown)
+{
+    Record(1, 3);
+    End();
+    int complaints = 0;
+    for (int n = 1; n <= 20; ++n) {
+        FailAllocation(n);
+        const int shown = OpenStoredFile(path);
+        FailAllocation(0);
+        if (!shown || SummaryOf(*RecordedFileOnView()) == "no gaps") continue;
+        EXPECT_EQ(SummaryOf(*RecordedFileOnView()), "there is no memory for its journal");
+        EXPECT_THAT(StatusText, HasSubstr("   there is no memory for its journal"));
+        EXPECT_EQ(FirstPixel(), 100);
+        ++complaints;
+    }
+    EXPECT_GE(complaints, 1);
+    ASSERT_EQ(OpenStoredFile(path), 1);
+    EXPECT_EQ(SummaryOf(*RecordedFileOnView()), "no gaps");
 }
 
 TEST_F(RecordedView, HoldsNothingOfTheFile)
