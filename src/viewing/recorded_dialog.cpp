@@ -80,8 +80,8 @@ void Open(HWND dialog)
 // One line of both lists is chosen.
 void Choose(HWND dialog, int list)
 {
-    if (ListSelection(dialog, list) >= 0)
-        ListSelect(dialog, list == kRecordedGaps ? kRecordedMarks : kRecordedGaps, -1);
+    const int other = list == kRecordedGaps ? kRecordedMarks : kRecordedGaps;
+    if (ListSelection(dialog, list) >= 0) ListSelect(dialog, other, -1);
 }
 
 void ShowChosenFrame(HWND dialog)

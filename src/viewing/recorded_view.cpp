@@ -28,6 +28,7 @@ namespace {
 // Of the file that came on view last; without a path none has.
 RecordedFile known;
 bool hasJournal = false;
+bool mayBeReplaced = true;             // the operator has opened a file since: what is known of it may be another's
 std::set<std::string> shownAsTheyAre;  // recordings that the operator didn't want made whole
 
 std::string FileNameOf(std::string_view path)
@@ -110,9 +111,11 @@ void JudgeJournal()
 {
     const FramesFile& journal = known.journal;
     known.complaint = ComplaintOfFault(journal.fault);
-    if (known.complaint.empty() && !FitsHeader(journal.head))
+    if (known.complaint.empty() && !FitsHeader(journal.head)) {
         known.complaint = "its journal belongs to another sequence";
+    }
     known.isUsable = known.complaint.empty();
+    known.grows = known.grows && known.isUsable;
     if (!known.isUsable) return;
     known.complaint = ComplaintOfRecords(known);
     const std::int64_t told = std::min(known.frames, static_cast<std::int64_t>(journal.records.size()));
@@ -201,13 +204,6 @@ void TellOf(std::uint32_t frame)
 
 // ---- the offer to make it whole
 
-// Nothing may be known of a file that the operator opens again: it may have been replaced.
-void Forget()
-{
-    known = {};
-    hasJournal = false;
-}
-
 bool WasNotClosed(std::string_view path)
 {
     const FramesFile journal = ReadFramesFile(FramesPathOf(path));
@@ -258,7 +254,7 @@ bool MakeWhole(std::string_view path)
 
 bool MayViewRecording(std::string_view path)
 {
-    Forget();
+    mayBeReplaced = true;
     if (!FileExists(FramesPathOf(path)) || !WasNotClosed(path)) return true;
     if (IsBeingRecorded(path)) return !TellsNoFrameYet(path);
     const std::string whole = AbsolutePath(path);
@@ -281,7 +277,7 @@ bool MayViewRecording(std::string_view path)
 void FollowRecording(std::string_view path, std::uint32_t frame)
 {
     const bool hasChanged = std::cmp_not_equal(known.frames, ImageHeader.FrameCount);
-    if (path != known.path || (hasChanged && !known.grows)) {
+    if (std::exchange(mayBeReplaced, false) || path != known.path || (hasChanged && !known.grows)) {
         ReadJournalOf(path);
     } else if (hasChanged) {
         ReadJournalOn();
@@ -358,7 +354,9 @@ std::string TimeOf(const FrameRecord& record)
 
 void ResetRecordedView()
 {
-    Forget();
+    known = {};
+    hasJournal = false;
+    mayBeReplaced = true;
     shownAsTheyAre.clear();
 }
 
