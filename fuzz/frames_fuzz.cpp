@@ -20,6 +20,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (salvaged.records.size() * sizeof(kelvo::FrameRecord) > size) __builtin_trap();
     if (file.fault != kelvo::FramesFault::kNone) return 0;
     if (file.records.size() * sizeof(kelvo::FrameRecord) > size) __builtin_trap();
+    kelvo::FramesFile half = file;
+    half.closing.reset();
+    kelvo::ReadOn(path, static_cast<std::int64_t>(file.records.size() / 2), half);
+    if (half.records != file.records || half.closing != file.closing) __builtin_trap();
     const std::vector<kelvo::FrameGap> gaps = kelvo::GapsOf(file.records);
     if (gaps.size() > file.records.size()) __builtin_trap();
     const std::vector<std::byte> again = kelvo::FramesFileBytes(file.head, file.records, file.closing);

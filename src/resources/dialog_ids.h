@@ -28,7 +28,8 @@ constexpr int kPlayFrame = 20202;  // "frame 19 of 75"
 constexpr int kPlaySpeed = 20203;
 constexpr int kPlayBackwards = 20204;
 constexpr int kPlayLoop = 20205;
-constexpr int kPlayGaps = 21100;  // "2 gaps...", of a recorded sequence alone
+constexpr int kPlayGaps = 21100;   // "2 gaps...", of a recorded sequence alone
+constexpr int kPlayTicks = 21107;  // below the slider: where gaps and marks are
 
 constexpr int kGoToFrameNumber = 1001;
 constexpr int kGoToFrameRange = 1002;  // "0 to 119"

@@ -2,6 +2,7 @@
 
 #include "display/display_pipeline_write.h"
 #include "platform/dialog.h"
+#include "platform/paint.h"
 #include "platform/text.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
@@ -10,10 +11,11 @@
 #include "ui/dialog_frame.h"
 #include "viewing/playback.h"
 #include "viewing/recorded_dialog.h"
-#include "viewing/recorded_view.h"
 
 #include <cstddef>
+#include <map>
 #include <string>
+#include <utility>
 
 namespace kelvo {
 
@@ -26,6 +28,7 @@ struct Shown {
     PlayState play;
     std::uint32_t frames = 0;  // of the file on view; 0: the strip is hidden
     std::uint32_t frame = 0;
+    std::string file;
     std::string gaps;  // what the button to them says; empty: it isn't there
     friend bool operator==(const Shown&, const Shown&) = default;
 };
@@ -43,6 +46,7 @@ Shown OnView()
     return {.play = PlayStateNow(),
             .frames = frames,
             .frame = frames > 0 ? FrameOnView() : 0,
+            .file = frames > 0 ? ViewFilePath : std::string(),
             .gaps = frames > 0 ? GapsText() : std::string()};
 }
 
@@ -77,12 +81,28 @@ void TickLoop(HWND bar)
     SetPlayLoop(IsDlgButtonChecked(bar, kPlayLoop));
 }
 
+// Both stand out on the ground of the picture in all themes. 0x00BBGGRR.
+constexpr std::uint32_t kGapColor = 0x005050FF;
+constexpr std::uint32_t kMarkColor = 0x0000C8FF;
+
+void DrawTicks(HWND bar)
+{
+    const HWND area = DlgItemWindow(bar, kPlayTicks);
+    const RecordedFile* const recorded = RecordedFileOnView();
+    if (!area || !recorded) return;
+    const Rect client = GetClientRect(area);
+    FillSurface(area, client, kPictureGround);
+    for (const BarTick& tick : TicksOf(*recorded, client.Width())) {
+        FillSurface(area, {tick.x - 1, client.top, tick.x + 1, client.bottom}, tick.isGap ? kGapColor : kMarkColor);
+    }
+}
+
 void ShowGaps(HWND /*strip*/)
 {
     ShowGapsAndMarks();
 }
 
-void Fill(const Shown& now)
+void Fill(const Shown& now, const Shown& before)
 {
     SetScrollRange(strip, kPlayPosition, 0, static_cast<int>(now.frames) - 1);
     SetScrollPos(strip, kPlayPosition, static_cast<int>(now.frame));
@@ -92,7 +112,8 @@ void Fill(const Shown& now)
     CheckDlgButton(strip, kPlayBackwards, now.play.backwards);
     CheckDlgButton(strip, kPlayLoop, now.play.loop);
     SetDlgItemText(strip, kPlayGaps, now.gaps);
-    ShowDlgItem(strip, kPlayGaps, !now.gaps.empty());
+    for (const int id : {kPlayGaps, kPlayTicks}) ShowDlgItem(strip, id, !now.gaps.empty());
+    if (now.file != before.file || now.frames != before.frames) DrawTicks(strip);
 }
 
 void Show(bool isShown)
@@ -113,6 +134,7 @@ void Open(HWND bar)
     for (const PlaySpeed& speed : kPlaySpeeds) ListAdd(bar, kPlaySpeed, speed.text);
     ListSelect(bar, kPlaySpeed, kNormalSpeed);
     CheckDlgButton(bar, kPlayLoop, true);
+    DlgItemWindow(bar, kPlayTicks);  // the surface before the layout
 }
 
 constexpr DialogEntry kEntries[] = {
@@ -122,6 +144,7 @@ constexpr DialogEntry kEntries[] = {
     {kPlayBackwards, TickBackwards},
     {kPlayLoop, TickLoop},
     {kPlayGaps, ShowGaps},
+    OnPaint(kPlayTicks, DrawTicks),
 };
 constexpr DialogFrame kFrame{.name = "PLAYBAR", .procedure = fnPLAYBARProc, .open = Open, .entries = kEntries};
 
@@ -147,10 +170,31 @@ void FollowPlayBar()
     if (!strip) return;
     const Shown now = OnView();
     if (now == shown) return;
-    const bool wasShown = shown.frames > 0;
-    shown = now;
-    if (now.frames > 0) Fill(now);
+    const Shown before = std::exchange(shown, now);
+    const bool wasShown = before.frames > 0;
+    if (now.frames > 0) Fill(now, before);
     if (wasShown != (now.frames > 0)) Show(now.frames > 0);
+}
+
+std::vector<BarTick> TicksOf(const RecordedFile& recorded, int width)
+{
+    constexpr std::int64_t kThumb = 15;  // of the slider: its middle is over the frame on view
+    const std::int64_t last = recorded.frames - 1;
+    if (!recorded.isUsable || last < 1 || width <= kThumb) return {};
+    std::map<int, bool> isGapAt;
+    const auto placeOf = [&](std::int64_t frame) {
+        return static_cast<int>(kThumb / 2 + frame * (width - kThumb) / last);
+    };
+    const std::vector<FrameRecord>& records = recorded.journal.records;
+    for (std::size_t i = 0; i < records.size() && std::cmp_less_equal(i, last); ++i) {
+        if ((records[i].flags & (kMarkedFrame | kTriggerFrame)) != 0)
+            isGapAt[placeOf(static_cast<std::int64_t>(i))] = false;
+    }
+    for (const FrameGap& gap : recorded.gaps) isGapAt[placeOf(gap.beforeFrame)] = true;
+    std::vector<BarTick> ticks;
+    ticks.reserve(isGapAt.size());
+    for (const auto& [x, isGap] : isGapAt) ticks.push_back({x, isGap});
+    return ticks;
 }
 
 LRESULT fnPLAYBARProc(HWND bar, std::uint32_t message, WPARAM wParam, LPARAM lParam)

@@ -95,11 +95,18 @@ bool AtLastToPlay(std::uint32_t frame)
     return play.backwards ? frame == 0 : frame >= LastFrame;
 }
 
+// The end of the file on view isn't there yet.
+bool MoreMayCome()
+{
+    const RecordedFile* const recorded = RecordedFileOnView();
+    return recorded && recorded->grows && !play.backwards;
+}
+
 // nullopt: playing has come to its end.
 std::optional<std::uint32_t> NextToPlay(std::uint32_t frame)
 {
     if (!AtLastToPlay(frame)) return play.backwards ? frame - 1 : frame + 1;
-    if (!play.loop) return std::nullopt;
+    if (!play.loop || MoreMayCome()) return std::nullopt;
     return FirstToPlay();
 }
 
@@ -172,12 +179,10 @@ void SetTrueTimer()
     SetTimer(hWndMain, kPlayTimer, std::max<std::int64_t>(waitMs, 1));
 }
 
-// What comes while the end is awaited is shown from then on.
+// Looks again for what has come meanwhile, which is shown from then on.
 bool WaitsForMore()
 {
-    if (play.backwards || !AtLastToPlay(CurrentFrame)) return false;
-    const RecordedFile* const recorded = RecordedFileOnView();
-    if (!recorded || !recorded->grows || LookAgain() || !RecordedFileOnView()->grows) return false;
+    if (!MoreMayCome() || !AtLastToPlay(CurrentFrame) || LookAgain() || !MoreMayCome()) return false;
     StartPlayClock();
     SetTimer(hWndMain, kPlayTimer, kWaitForMoreMs);
     return true;
@@ -281,7 +286,7 @@ PlayState PlayStateNow()
 void StartPlaying()
 {
     if (!TakeSequenceOnView()) return;
-    if (!play.loop && CurrentFrame == LastToPlay()) ShowFrame(FirstToPlay());
+    if (!play.loop && !MoreMayCome() && CurrentFrame == LastToPlay()) ShowFrame(FirstToPlay());
     SetPlayTimer();
 }
 
@@ -306,8 +311,8 @@ bool Playing()
 
 void PlayNextFrame()
 {
-    if (WaitsForMore()) return;
     const bool stillOnView = ViewingFile && LoadName == ViewFilePath;
+    if (stillOnView && WaitsForMore()) return;
     if (!stillOnView || !(PlaysByTrueTime() ? PlayByTrueTime() : PlayByRate())) {
         StopPlaying();
         return;

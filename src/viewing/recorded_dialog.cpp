@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -54,20 +53,6 @@ RecordedLine LineOfGap(const FrameGap& gap, const std::vector<FrameRecord>& reco
     return {WithTime(where, records[static_cast<std::size_t>(gap.beforeFrame)]), gap.beforeFrame};
 }
 
-// What was still lost when the recording had ended.
-FrameGap GapBehind(const std::vector<FrameRecord>& records, const FrameRecord& closing)
-{
-    FrameGap gap{.firstNumber = -1,
-                 .lostByBoard = closing.lostByBoard,
-                 .lostByRing = closing.lostByRing,
-                 .passedOver = closing.passedOver};
-    constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
-    if (!records.empty() && records.back().number >= 0 && records.back().number < kLast) {
-        gap.firstNumber = records.back().number + 1;
-    }
-    return gap;
-}
-
 void ShowLines(HWND dialog, int list, const std::vector<RecordedLine>& lines, std::string_view none)
 {
     ListClear(dialog, list);
@@ -95,8 +80,8 @@ void Open(HWND dialog)
 // One line of both lists is chosen.
 void Choose(HWND dialog, int list)
 {
-    if (ListSelection(dialog, list) >= 0)
-        ListSelect(dialog, list == kRecordedGaps ? kRecordedMarks : kRecordedGaps, -1);
+    const int other = list == kRecordedGaps ? kRecordedMarks : kRecordedGaps;
+    if (ListSelection(dialog, list) >= 0) ListSelect(dialog, other, -1);
 }
 
 void ShowChosenFrame(HWND dialog)
@@ -156,9 +141,9 @@ std::vector<RecordedLine> GapLines(const RecordedFile& recorded)
     std::vector<RecordedLine> lines;
     lines.reserve(recorded.gaps.size() + 1);
     for (const FrameGap& gap : recorded.gaps) lines.push_back(LineOfGap(gap, recorded.journal.records));
-    if (!recorded.isUsable || !recorded.journal.closing) return lines;
-    const FrameGap behind = GapBehind(recorded.journal.records, *recorded.journal.closing);
-    if (behind.Missing() > 0) lines.push_back({MissingText(behind) + "; behind the last frame", -1});
+    if (recorded.behindLast.Missing() > 0) {
+        lines.push_back({MissingText(recorded.behindLast) + "; behind the last frame", -1});
+    }
     return lines;
 }
 

@@ -15,6 +15,7 @@
 #include "ui/status.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <set>
 #include <span>
@@ -27,6 +28,7 @@ namespace {
 // Of the file that came on view last; without a path none has.
 RecordedFile known;
 bool hasJournal = false;
+bool mayBeReplaced = true;             // the operator has opened a file since: what is known of it may be another's
 std::set<std::string> shownAsTheyAre;  // recordings that the operator didn't want made whole
 
 std::string FileNameOf(std::string_view path)
@@ -91,16 +93,33 @@ std::string ComplaintOfRecords(const RecordedFile& recorded)
     return {};
 }
 
+FrameGap GapBehindLast(const FramesFile& journal)
+{
+    const FrameRecord end = journal.closing.value_or(FrameRecord());
+    FrameGap gap{.beforeFrame = static_cast<std::int64_t>(journal.records.size()),
+                 .firstNumber = -1,
+                 .lostByBoard = end.lostByBoard,
+                 .lostByRing = end.lostByRing,
+                 .passedOver = end.passedOver};
+    constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
+    const std::int64_t number = journal.records.empty() ? -1 : journal.records.back().number;
+    if (number >= 0 && number < kLast) gap.firstNumber = number + 1;
+    return gap;
+}
+
 void JudgeJournal()
 {
     const FramesFile& journal = known.journal;
     known.complaint = ComplaintOfFault(journal.fault);
-    if (known.complaint.empty() && !FitsHeader(journal.head))
+    if (known.complaint.empty() && !FitsHeader(journal.head)) {
         known.complaint = "its journal belongs to another sequence";
+    }
     known.isUsable = known.complaint.empty();
+    known.grows = known.grows && known.isUsable;
     if (!known.isUsable) return;
     known.complaint = ComplaintOfRecords(known);
     const std::int64_t told = std::min(known.frames, static_cast<std::int64_t>(journal.records.size()));
+    known.behindLast = GapBehindLast(journal);
     known.gaps = GapsOf(std::span(journal.records).first(static_cast<std::size_t>(told)));
 }
 
@@ -134,15 +153,19 @@ struct GapTally {
     std::int64_t passedOver = 0;
 };
 
-GapTally TallyOf(const std::vector<FrameGap>& gaps)
+void Add(const FrameGap& gap, GapTally& tally)
+{
+    const std::int64_t lost = gap.Missing() - gap.passedOver;
+    tally.gaps += lost > 0 ? 1 : 0;
+    tally.lost += lost;
+    tally.passedOver += gap.passedOver;
+}
+
+GapTally TallyOf(const RecordedFile& recorded)
 {
     GapTally tally;
-    for (const FrameGap& gap : gaps) {
-        const std::int64_t lost = gap.Missing() - gap.passedOver;
-        tally.gaps += lost > 0 ? 1 : 0;
-        tally.lost += lost;
-        tally.passedOver += gap.passedOver;
-    }
+    for (const FrameGap& gap : recorded.gaps) Add(gap, tally);
+    Add(recorded.behindLast, tally);
     return tally;
 }
 
@@ -180,13 +203,6 @@ void TellOf(std::uint32_t frame)
 }
 
 // ---- the offer to make it whole
-
-// Nothing may be known of a file that the operator opens again: it may have been replaced.
-void Forget()
-{
-    known = {};
-    hasJournal = false;
-}
 
 bool WasNotClosed(std::string_view path)
 {
@@ -238,7 +254,7 @@ bool MakeWhole(std::string_view path)
 
 bool MayViewRecording(std::string_view path)
 {
-    Forget();
+    mayBeReplaced = true;
     if (!FileExists(FramesPathOf(path)) || !WasNotClosed(path)) return true;
     if (IsBeingRecorded(path)) return !TellsNoFrameYet(path);
     const std::string whole = AbsolutePath(path);
@@ -260,9 +276,10 @@ bool MayViewRecording(std::string_view path)
 
 void FollowRecording(std::string_view path, std::uint32_t frame)
 {
-    if (path != known.path) {
+    const bool hasChanged = std::cmp_not_equal(known.frames, ImageHeader.FrameCount);
+    if (std::exchange(mayBeReplaced, false) || path != known.path || (hasChanged && !known.grows)) {
         ReadJournalOf(path);
-    } else if (known.grows && std::cmp_not_equal(known.frames, ImageHeader.FrameCount)) {
+    } else if (hasChanged) {
         ReadJournalOn();
     }
     if (hasJournal) {
@@ -300,7 +317,7 @@ bool LookAgain()
 std::string SummaryOf(const RecordedFile& recorded)
 {
     if (!recorded.isUsable) return recorded.complaint;
-    const std::string text = TextOf(TallyOf(recorded.gaps));
+    const std::string text = TextOf(TallyOf(recorded));
     if (!recorded.complaint.empty()) return text + "; " + recorded.complaint;
     if (recorded.grows) return "being recorded, " + text;
     return recorded.journal.closing ? text : "not closed, " + text;
@@ -309,7 +326,7 @@ std::string SummaryOf(const RecordedFile& recorded)
 std::string ShortSummaryOf(const RecordedFile& recorded)
 {
     if (!recorded.isUsable) return "Journal";
-    const GapTally tally = TallyOf(recorded.gaps);
+    const GapTally tally = TallyOf(recorded);
     if (tally.gaps > 0) return Counted(tally.gaps, "gap", "gaps");
     return tally.passedOver > 0 ? "None lost" : "No gaps";
 }
@@ -337,7 +354,9 @@ std::string TimeOf(const FrameRecord& record)
 
 void ResetRecordedView()
 {
-    Forget();
+    known = {};
+    hasJournal = false;
+    mayBeReplaced = true;
     shownAsTheyAre.clear();
 }
 

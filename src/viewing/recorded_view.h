@@ -34,6 +34,7 @@ struct RecordedFile {
     bool grows = false;       // the file is being recorded
     std::int64_t frames = 0;  // of the file, when the journal was read
     std::vector<FrameGap> gaps;
+    FrameGap behindLast;  // lost when the last frame had been recorded; beforeFrame is one behind it
 };
 // Of the file on view; null: it has no journal.
 const RecordedFile* RecordedFileOnView();

@@ -16,9 +16,11 @@ local function killed(name)
   return path
 end
 local function both(path) return { readfile(path), readfile(path .. ".frames") } end
-local function on_view() return { state("ViewingFile"), state("ViewFilePath"), pixel(0, 0), status(), title(), listdir(dir) } end
+local function on_view() return { state("ViewingFile"), state("ViewFilePath"), pixel(0, 0), status(), title(), text("player", 21100), listdir(dir) } end
 
-drop(files.image(dir .. "/before.img", { width = 8, height = 8 }, 1, function() return 77 end))
+-- Another recording is on view before; what is told of it stays.
+drop(journal.sequence(dir .. "/before.seq", journal.numbered { 1, 3 }, journal.closing(2, 0)))
+check.eq(text("player", 21100), "1 gap...")
 
 -- Cancel opens nothing, whichever way the file comes, and asks again.
 local path = killed("run.seq")
@@ -34,6 +36,10 @@ for number, open in ipairs(ways) do
   answer("cancel")
   check.eq({ on_view(), both(path) }, { view_before, files_before }, "way " .. number)
 end
+
+command(2057)
+check.eq({ dialog(), text(21101) }, { "RECORDED", "2 frames, 1 gap, 1 frame lost" })
+press(2)
 
 -- Escape while the frames are checked: nothing has changed.
 drop(path)

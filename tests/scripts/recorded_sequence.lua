@@ -18,7 +18,7 @@ check.eq(status():find("gap"), nil)
 command(kGapsAndMarks)
 check.answer_box("There is no recorded sequence on view.", "ok")
 
--- Numbers 1 to 100000 and more: two gaps, a trigger, two marks. The low 16 bits of a number aren't all of it.
+-- Numbers 1 to 100000 and more: two gaps and one behind the last frame, a trigger, two marks. The low 16 bits of a number aren't all of it.
 local frames = journal.numbered { 99998, 99999, 100001, 100002, 100012, 100013 }
 frames[3].flags = 1
 frames[5].flags, frames[5].mark, frames[5].board, frames[5].ring, frames[5].passed = 3, 7, 2, 3, 4
@@ -27,7 +27,7 @@ local path = journal.sequence(dir .. "/run.seq", frames, journal.closing(6, 0, {
   { "Program=Kelvo 0.1", "Camera=InSb", "SampleName=", "Comment=two\\nlines" })
 drop(path)
 local function described(at, words)
-  return string.format("Viewing %s FrameNum:%d AllFramesNum:%d %s 100.0Hz 2.500msec%s   2 gaps, 6 frames lost, 4 passed over", path, at, frames[at + 1].number,
+  return string.format("Viewing %s FrameNum:%d AllFramesNum:%d %s 100.0Hz 2.500msec%s   3 gaps, 11 frames lost, 4 passed over", path, at, frames[at + 1].number,
     journal.time(frames[at + 1]), words)
 end
 local words = { "", "", "   trigger, 1 lost by the board before it", "",
@@ -38,7 +38,7 @@ for at = 0, 5 do
   check.holds(status(), described(at, words[at + 1]))
 end
 check.eq(title(), "Kelvo - run")
-check.eq(text("player", kGaps), "2 gaps...")
+check.eq(text("player", kGaps), "3 gaps...")
 
 -- The lists, by the button, by the menu and by its key; Show brings a line's frame on view.
 local function show(list, line)
@@ -50,7 +50,7 @@ scroll("player", kPosition, 0)
 key("Space")
 press("player", kGaps)
 check.eq({ dialog(), text("player", 20200) }, { "RECORDED", "Play" }, "playing stops")
-check.eq(text(kSummary), "6 frames, 2 gaps, 6 frames lost, 4 passed over")
+check.eq(text(kSummary), "6 frames, 3 gaps, 11 frames lost, 4 passed over")
 check.eq(text(kEnd), "It was stopped by the operator.")
 local function day(at) return journal.time(frames[at + 1]):sub(12, 23) end
 check.eq(items(kGapList), {

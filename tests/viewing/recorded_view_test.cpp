@@ -2,8 +2,10 @@
 #include "viewing/recorded_view.h"
 
 #include "imagefile/recorded_sequence.h"
+#include "imagefile/recovery.h"
 #include "imagefile/sequence_file.h"
 #include "platform/clock.h"
+#include "platform/memory.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
 #include "state/frame_state.h"
@@ -11,6 +13,7 @@
 #include "support/picture_fixture.h"
 #include "support/stored_files.h"
 #include "ui/status.h"
+#include "viewing/play_bar.h"
 #include "viewing/playback.h"
 #include "viewing/recorded_dialog.h"
 #include "viewing/viewing.h"
@@ -125,6 +128,41 @@ TEST_F(RecordedView, OneThatHasJustBegunIsToldAndNotOpened)
     EXPECT_EQ(ViewingFile, 0);
 }
 
+TEST_F(RecordedView, WhatAnotherChangedIsReadAgain)
+{
+    Record(1, 3);
+    Kill();
+    op->Answer({Button::kNo});
+    OpenStoredFile(path);
+    EXPECT_EQ(SummaryOf(*RecordedFileOnView()), "not closed, no gaps");
+    std::optional<File> file = File::Open(path, FileMode::kReadWrite);
+    ASSERT_TRUE(file->SetLength(512 + 2 * (80 + 12) + 40));
+    ASSERT_EQ(RecoverSequence(path, false).outcome, Recovery::kRepaired);
+    ASSERT_EQ(LoadNext(), 1);
+    EXPECT_EQ(SummaryOf(*RecordedFileOnView()), "no gaps");
+    EXPECT_EQ(FramesToPlay(), 2U);
+}
+
+TEST_F(RecordedView, WithoutMemoryForTheJournalThePictureIsShown)
+{
+    Record(1, 3);
+    End();
+    int complaints = 0;
+    for (int n = 1; n <= 20; ++n) {
+        FailAllocation(n);
+        const int shown = OpenStoredFile(path);
+        FailAllocation(0);
+        if (!shown || SummaryOf(*RecordedFileOnView()) == "no gaps") continue;
+        EXPECT_EQ(SummaryOf(*RecordedFileOnView()), "there is no memory for its journal");
+        EXPECT_THAT(StatusText, HasSubstr("   there is no memory for its journal"));
+        EXPECT_EQ(FirstPixel(), 100);
+        ++complaints;
+    }
+    EXPECT_GE(complaints, 1);
+    ASSERT_EQ(OpenStoredFile(path), 1);
+    EXPECT_EQ(SummaryOf(*RecordedFileOnView()), "no gaps");
+}
+
 TEST_F(RecordedView, HoldsNothingOfTheFile)
 {
     Record(1, 2);
@@ -169,6 +207,10 @@ TEST_F(RecordedView, PlayingWaitsAtTheEndForMore)
     EXPECT_EQ(CurrentFrame, 3U);
     tick(kFrameMs);
     EXPECT_EQ(CurrentFrame, 4U);
+    Record(6, 8);
+    tick(10 * kFrameMs);
+    EXPECT_EQ(CurrentFrame, 7U) << "late, it goes to the last one and no further";
+    tick(100);
     End();
     tick(20);
     EXPECT_EQ(CurrentFrame, 0U) << "it has ended, and is gone through again";
@@ -189,6 +231,32 @@ TEST_F(RecordedView, ManyGapsAreListedToTheirFrames)
                     testing::Field(&RecordedLine::text,
                                    testing::StartsWith("number 2: 3 missing, 3 unexplained; before frame 1, ")))));
     EXPECT_THAT(MarkLines(recorded), ElementsAre(testing::Field(&RecordedLine::frame, 1)));
+}
+
+TEST(BarTicks, StandWhereTheSlidersThumbStandsOverTheirFrames)
+{
+    RecordedFile recorded;
+    recorded.isUsable = true;
+    recorded.frames = 11;
+    recorded.journal.records.resize(12);
+    recorded.journal.records[2].flags = kMarkedFrame;
+    recorded.journal.records[5].flags = kTriggerFrame;
+    recorded.journal.records[11].flags = kMarkedFrame;  // its frame isn't there yet
+    recorded.gaps = {{.beforeFrame = 5}, {.beforeFrame = 10}};
+    // 215 wide, the thumb 15: the frames stand from 7 on, 20 apart.
+    EXPECT_THAT(TicksOf(recorded, 215), ElementsAre(BarTick{47, false}, BarTick{107, true}, BarTick{207, true}));
+    EXPECT_THAT(TicksOf(recorded, 15), IsEmpty());
+    recorded.frames = 1;
+    EXPECT_THAT(TicksOf(recorded, 215), IsEmpty());
+}
+
+TEST(BarTicks, ManyAtOnePlaceAreOne)
+{
+    RecordedFile recorded;
+    recorded.isUsable = true;
+    recorded.frames = 1000000;
+    for (std::int64_t frame = 1; frame < recorded.frames; ++frame) recorded.gaps.push_back({.beforeFrame = frame});
+    EXPECT_EQ(TicksOf(recorded, 115).size(), 101U);
 }
 
 TEST_F(RecordedView, EachEndOfARecordingHasItsWords)
