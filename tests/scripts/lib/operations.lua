@@ -12,7 +12,8 @@
 --   told            text of a box = { kept = names with reasons }: where neither of the two holds
 --   ends            true: what was told failed isn't done all the same
 --   untold          kind of fault = the reason why nothing is said
---   arms            true: it calls operations.arm() where its steps begin, for what live video would meet before
+--   arms            true: it calls operations.arm() where its steps begin, for what live video would meet before; boxes that come up while it
+--                   waits it answers by operations.note_and_answer()
 local check = require "check"
 
 local operations = {}
@@ -397,6 +398,231 @@ rows.display_setup = {
   },
 }
 
+-- --- Recording ----------------------------------------------------------------------------------------------------------------
+
+local kFrameBytes = 2 * 320 * 256
+
+-- Whole frames behind a header, and as many as it says.
+local function is_whole(bytes, header_bytes, frame_bytes)
+  if not bytes or #bytes < header_bytes + frame_bytes then return false end
+  local frames = string.unpack("<I4", bytes, 43)
+  return #bytes == header_bytes + frames * frame_bytes
+end
+
+local of_the_run = with(picture, {
+  ["file run.seq"] = "the frames", SeqFilePath = "its name", StatusText = "tells what was saved", SaveFrameBytes = "of the run", SaveFrameCount = "of the run",
+  AllFramesNum = "of the run", FrameIntegrationTime = "of the dialog", AltIntegrationTime = "of the dialog", AltIntegrationIndex = "of the dialog",
+  SaveFirstStart = "of the dialog", UpdateRate = "chosen", ["kelvo.ini [[]ContSave] *"] = "its keys", HeaderStoredEachFrame = "chosen",
+  VgaOnDuringSave = "chosen", DisplayWithCalib = "chosen", ApplyCalibAfterSave = "chosen", ["Frames*"] = "counted", SyncOut = "chosen",
+  ["*Seconds"] = "of the frames before", PreviousStep = "of the frames before",
+})
+rows.continuous_save = {
+  arms = true,
+  setup = function() os.remove(datadir() .. "/run.seq") end,
+  run = function() command(110) end,
+  dialogs = {
+    CONTSAVE = function(times)
+      if times > 1 then return press(times == 2 and 1 or 2) end
+      set(1460, datadir() .. "/run.seq")
+      set(1630, "0.1")
+      operations.arm()
+      press(124)
+      while box() do operations.note_and_answer() end
+      if text(124) ~= "&Stop acquisition" then return end
+      wait(350)
+      while box() do operations.note_and_answer() end
+      press(124)
+    end,
+  },
+  done = function(after)
+    return is_whole(after["file run.seq"], 512, kFrameBytes) and tonumber(after["kelvo.ini [ContSave] UpdateRate"]) == 0.1
+  end,
+  writes = of_the_run,
+  kept = of_the_run,
+}
+
+local of_the_steps = with(picture, {
+  ["file some.seq"] = "the frames", StatusText = "the run's", TriggersLeft = "of the run", TrigFirstPass = "of the run", ["Trigger*"] = "chosen",
+  NumTriggers = "chosen", NumFramesToAverage = "chosen", VgaOffDuringSave = "chosen", ["kelvo.ini [[]Trigger] *"] = "its keys",
+})
+rows.triggered_save = {
+  arms = true,
+  setup = function() os.remove(datadir() .. "/some.seq") end,
+  run = function() command(112) end,
+  dialogs = {
+    BIORAD_SAVE = function(times)
+      if state("AcquisitionRunning") == 1 then return wait(200) end
+      if times > 1 then return press(1) end
+      set(1460, datadir() .. "/some.seq")
+      set(102, "2")
+      set(109, "1")
+      operations.arm()
+      press(124)
+    end,
+  },
+  usual = { "Acquisition completed" },
+  answers = { ["Retry getting data:\nTriggerNumber = 1"] = "yes", ["Retry getting data:\nTriggerNumber = 2"] = "yes" },
+  done = function(after)
+    local bytes = after["file some.seq"]
+    return bytes and #bytes == 1024 + 2 * 2 * kFrameBytes and after["kelvo.ini [Trigger] NumTriggers"] == "2"
+  end,
+  writes = of_the_steps,
+  kept = of_the_steps,
+}
+
+local of_the_store = with(picture, {
+  ["SubSeq*"] = "the library", ["Seq*"] = "the library", numBufFrames = "as many as there is memory for", ["Replay*"] = "of the dialog",
+  ["file buffbrd.ini"] = "the library", ["buffbrd.ini *"] = "the library",
+})
+local burst_frames = 4  -- another number each time, so that the library is written
+rows.burst = {
+  arms = true,
+  setup = function() burst_frames = 9 - burst_frames end,
+  run = function() command(103) end,
+  dialogs = {
+    BUFFER = function(times)
+      if times > 1 then return press(times == 2 and 1 or 2) end
+      press(1360)
+      set(1342, tostring(burst_frames))
+      operations.arm()
+      press(1352)
+    end,
+  },
+  done = function(after)
+    return after.FramesInBuffer == burst_frames and after.HostFrameNext == burst_frames
+      and after["buffbrd.ini [Sequences] SubSeqNameA"] == burst_frames .. " 0 0"
+  end,
+  writes = of_the_store,
+  kept = of_the_store,
+}
+
+-- Four frames are stored, and lie in data/four.buf.
+local function store_four()
+  command(103)
+  press(1360)
+  set(1342, "4")
+  press(1352)
+  press(1354)
+  choose(datadir() .. "/four.buf")
+  press(1)
+  press(1)
+  check.eq({ dialog(), box(), state("FramesInBuffer"), #readfile(datadir() .. "/four.buf") }, { nil, nil, 4, 512 + 4 * kFrameBytes })
+end
+rows.buffer_save = {
+  arms = true,
+  prepare = store_four,
+  setup = function() os.remove(datadir() .. "/some.buf") end,
+  run = function() command(103) end,
+  dialogs = {
+    BUFFER = function(times)
+      if times > 1 then return press(2) end
+      press(1354)
+      choose(datadir() .. "/some.buf")
+    end,
+    BUF_SAVE = function()
+      operations.arm()
+      press(1)
+    end,
+  },
+  done = function(after)
+    local saved = after["file some.buf"]
+    return saved ~= nil and saved:sub(513) == after["file four.buf"]:sub(513)  -- the header tells its own time
+  end,
+  writes = with(of_the_store, {
+    ["file some.buf"] = "the frames", FilePathBuf = "its name", SelectedPaths = "its name", StatusText = "tells what was saved",
+  }),
+  kept = { FilePathBuf = "the name that was chosen", SelectedPaths = "the name that was chosen", ["Buffer*"] = "what was chosen" },
+}
+-- Two frames of four: where it fails the others count still.
+rows.buffer_load = {
+  arms = true,
+  prepare = store_four,
+  setup = function()
+    command(103)
+    if box() then answer("yes") end
+    press(1356)
+    choose(datadir() .. "/four.buf")
+    press(1)
+    press(2)
+    check.eq(state("FramesInBuffer"), 4)
+  end,
+  run = function() command(103) end,
+  dialogs = {
+    BUFFER = function(times)
+      if times > 1 then return press(2) end
+      press(1356)
+      operations.arm()
+      choose(datadir() .. "/four.buf")
+    end,
+    BUF_LOAD = function(times)
+      if times > 1 then return press(2) end
+      set(1371, "2")
+      press(1)
+    end,
+  },
+  done = function(after) return after.FramesInBuffer == 2 and after.HostFrameNext == 2 and after.BufferFirstFrame == 2 end,
+  writes = with(picture, { FilePathBuf = "its name", ["Buffer*"] = "what was chosen", FramesInBuffer = "loaded" }),
+  kept = { FilePathBuf = "the name that was chosen" },
+}
+
+-- --- Corrected later, and volts --------------------------------------------------------------------------------------------------
+
+local viewed = with(picture, {
+  ["Image*"] = "the result on view", ViewingFile = "on view", ViewFilePath = "on view", ["menu *"] = "of what is on view", LoadName = "on view",
+  ["Display*"] = "of what is on view", ["Volts*"] = "of what is on view", ["recent.ini *"] = "opened last", StatusText = "of what is on view",
+  ["*Frame*"] = "of what is on view", ["*Sequence*"] = "of what is on view", ["*Fit*"] = "its own contrast",
+  Brightness = "its own contrast", Contrast = "its own contrast", ["Intensity*"] = "of what is on view", ["kelvo.ini [[]Recent*"] = "opened last",
+})
+rows.apply = {
+  prepare = function()
+    require("files").image(datadir() .. "/raw.seq", { width = 320, height = 256, frames = 2 }, 2, function(frame) return 4000 + frame end)
+  end,
+  setup = function() os.remove(datadir() .. "/even.seq") end,
+  run = function() command(134) end,
+  dialogs = {
+    APPLYCAL = function(times)
+      if times > 1 then return press(2) end
+      for id, value in pairs { [808] = "raw.seq", [809] = "base.cal", [707] = "even.seq" } do set(id, datadir() .. "/" .. value) end
+      for id, value in pairs { [1371] = "0", [1372] = "1", [1373] = "0" } do set(id, value) end
+      press(1)
+    end,
+  },
+  done = function(after)
+    local bytes = after["file even.seq"]
+    return bytes ~= nil and #bytes == 512 + 2 * kFrameBytes
+  end,
+  writes = with(viewed, { ["file even.seq"] = "the result", ["kelvo.ini [[]ApplyCal] *"] = "its keys" }),
+}
+-- A run that ends at a frame that can't be written or read has been told, and leaves the frames before it.
+rows.apply.kept = rows.apply.writes
+
+local uncalibrated_by_volts = with(picture, {
+  CalType = "the measurement leaves the camera without a calibration", DisplayUnit = "there are no degrees without a calibration",
+  StatusText = "says so, and how to go back", DecomList = "unity", GainList = "unity", OffsetList = "unity", ["file DECOM.TMP"] = "unity",
+})
+rows.voltage = {
+  setup = function() sim.source("volts", 0) end,
+  run = function() command(2071) end,
+  dialogs = {
+    CALVOLT = function(times)
+      if times > 1 then return press(2) end
+      sim.source("volts", 0.3)
+      set(101, "0.3")
+      press(1)
+    end,
+  },
+  usual = { "Oscilloscope Voltage Calibration", "Voltage calibration results" },
+  done = function(after) return after["camera.ini [Camera.2] A/Doffset"] == ("%f"):format(after.ADoffset) end,
+  writes = with(uncalibrated_by_volts, {
+    VoltsOffset = "measured", ADoffset = "measured", VoltsPerCountVsGain = "measured", ["camera.ini [[]Camera.2] *"] = "its keys",
+    VoltsLow = "of the new values", VoltsHigh = "of the new values",
+  }),
+  kept = uncalibrated_by_volts,
+}
+rows.voltage.told = {
+  [unheard .. "Its gain and offset may not be those of before."] = { kept = with(rows.voltage.writes, { ["head *"] = "as the measurement left it" }) },
+}
+
 -- --- Walking ------------------------------------------------------------------------------------------------------------------
 
 local kMostSteps, kMostTimes = 60, 4
@@ -410,6 +636,7 @@ function operations.go(row)
     boxes[#boxes + 1] = { text = front.text, caption = front.caption }
     answer((row.answers or {})[front.text] or front.default)
   end
+  operations.note_and_answer = note_and_answer
   row.run()
   for _ = 1, kMostSteps do
     if box() then
