@@ -1,7 +1,7 @@
 // The recorder in a process that is killed at any moment, also while it goes on with the next file: what its status had
 // told as recorded is there, and each whole frame is right.
-#include "batch/recover_command.h"
 #include "imagefile/crc32c.h"
+#include "imagefile/recovery.h"
 #include "platform/clock.h"
 #include "record/recorder_fixture.h"
 #include "support/rounds.h"
