@@ -410,7 +410,7 @@ local function is_whole(bytes, header_bytes, frame_bytes)
 end
 
 local of_the_run = with(picture, {
-  ["file run.seq"] = "the frames", SeqFilePath = "its name", StatusText = "tells what was saved", SaveFrameBytes = "of the run", SaveFrameCount = "of the run",
+  ["file run.seq*"] = "the frames, and their journal", SeqFilePath = "its name", StatusText = "tells what was saved", SaveFrameBytes = "of the run", SaveFrameCount = "of the run",
   AllFramesNum = "of the run", FrameIntegrationTime = "of the dialog", AltIntegrationTime = "of the dialog", AltIntegrationIndex = "of the dialog",
   SaveFirstStart = "of the dialog", UpdateRate = "chosen", ["kelvo.ini [[]ContSave] *"] = "its keys", HeaderStoredEachFrame = "chosen",
   VgaOnDuringSave = "chosen", DisplayWithCalib = "chosen", ApplyCalibAfterSave = "chosen", ["Frames*"] = "counted", SyncOut = "chosen",
@@ -418,7 +418,9 @@ local of_the_run = with(picture, {
 })
 rows.continuous_save = {
   arms = true,
-  setup = function() os.remove(datadir() .. "/run.seq") end,
+  setup = function()
+    for _, name in ipairs { "/run.seq", "/run.seq.frames" } do os.remove(datadir() .. name) end
+  end,
   run = function() command(110) end,
   dialogs = {
     CONTSAVE = function(times)
