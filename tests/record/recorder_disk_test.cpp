@@ -151,6 +151,26 @@ TEST_F(RecorderDisk, OneThatIsGoneForGoodIsToldAndItsFramesComeBackWithRecover)
     ExpectWhole(Out("event001.seq"), 5);
 }
 
+TEST_F(RecorderDisk, RawAndCorrectedEndWithTheSameFrameWhicheverWasRefused)
+{
+    for (int write = 1; write <= 4; ++write) {  // a record and a frame in each of the two files
+        RecorderSettings settings = Settings();
+        settings.pixels = RecordPixels::kBoth;
+        settings.namePattern = "run" + std::to_string(write);
+        const std::int64_t before = (TickUs() - grabUs) / 10'000;
+        Start(settings);
+        GoToFrame(before + 3);
+        SetFaultOnce("disk", write);
+        GoToFrame(before + 5);
+        TendRecorder();
+        EXPECT_EQ(QuestionsUntilFault("disk"), 0);
+        EXPECT_EQ(CurrentRecorderStatus().end, RecorderEnd::kWriteFailed) << write;
+        EXPECT_EQ(CurrentRecorderStatus().counts.recorded, 3);
+        ExpectWhole(Out(settings.namePattern + ".seq"), 3);
+        ExpectWhole(Out(settings.namePattern + "_cal.seq"), 3);
+    }
+}
+
 TEST_F(RecorderDisk, WhereAPartIsDeletedThePartsBeforeStand)
 {
     RecorderSettings settings = Settings();
