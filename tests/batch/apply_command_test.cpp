@@ -123,8 +123,8 @@ TEST_F(Applying, MarksTheHeaderAndKeepsTheFrameHeaders)
     ImageHeaderRecord header;
     std::memcpy(&header, FileContents(request.out).data(), sizeof header);
     EXPECT_EQ(header.IntensityCold, 3000);
-    EXPECT_EQ(header.TemperatureHot, 25.0F);
-    EXPECT_EQ(header.FrameCount, 4U);
+    EXPECT_EQ(+header.TemperatureHot, 25.0F);
+    EXPECT_EQ(+header.FrameCount, 4U);
     for (std::size_t f = 0; f < 4; ++f) {
         EXPECT_EQ(FrameBytes(request.out, f).substr(0, 80), FrameBytes(request.in, f).substr(0, 80)) << f;
     }
@@ -160,8 +160,8 @@ TEST_F(Applying, TakesARangeWhoseFramesCountFromZero)
     EXPECT_EQ(Pixels(request.out, 0), SampleBytes(Live(kFrames[1])));
     FrameHeaderRecord before;
     std::memcpy(&before, FrameBytes(request.out, 1).data(), sizeof before);
-    EXPECT_EQ(before.FrameNum, 1);
-    EXPECT_EQ(before.AllFramesNum, 502);
+    EXPECT_EQ(+before.FrameNum, 1);
+    EXPECT_EQ(+before.AllFramesNum, 502);
     const FramesFile journal = ReadFramesFile(FramesPathOf(request.out));
     ASSERT_EQ(journal.records.size(), 2U);
     EXPECT_EQ(journal.records[0].flags, kFirstOfPart);

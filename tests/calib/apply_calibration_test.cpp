@@ -183,9 +183,9 @@ TEST_F(ApplyingASet, MarksTheHeaderWithTheSetsSources)
     const ImageHeaderRecord header = HeaderIn(result);
     EXPECT_EQ(header.IntensityCold, 3000);
     EXPECT_EQ(header.IntensityHot, 9000);
-    EXPECT_EQ(header.TemperatureCold, 20.5F);
-    EXPECT_EQ(header.TemperatureHot, 25.0F);
-    EXPECT_EQ(header.FrameCount, 2U);
+    EXPECT_EQ(+header.TemperatureCold, 20.5F);
+    EXPECT_EQ(+header.TemperatureHot, 25.0F);
+    EXPECT_EQ(+header.FrameCount, 2U);
     EXPECT_EQ(header.ImageWidth, 4);
     EXPECT_EQ(std::memcmp(&ImageHeader, &header, sizeof header), 0);
 }
@@ -205,23 +205,23 @@ TEST_F(ApplyingASet, OfASetWithoutAColdSourceGivesAHeaderAndNoFrames)
     EXPECT_THAT(op->Boxes(), IsEmpty());
     EXPECT_EQ(SizeOf(result), 512U);
     EXPECT_EQ(HeaderIn(result).IntensityCold, -10000);
-    EXPECT_EQ(HeaderIn(result).FrameCount, 3U);
+    EXPECT_EQ(+HeaderIn(result).FrameCount, 3U);
 }
 
 TEST_F(ApplyingASet, StoresAHotTemperatureAtOrBelowTheColdOneAsNone)
 {
     PutCal("TemperatureHot=25.000000", "TemperatureHot=20.500000");
     EXPECT_EQ(Apply(0, 0), 1);
-    EXPECT_EQ(HeaderIn(result).TemperatureCold, 20.5F);
-    EXPECT_EQ(HeaderIn(result).TemperatureHot, -999.0F);
+    EXPECT_EQ(+HeaderIn(result).TemperatureCold, 20.5F);
+    EXPECT_EQ(+HeaderIn(result).TemperatureHot, -999.0F);
 }
 
 TEST_F(ApplyingASet, StoresAColdTemperatureAtAbsoluteZeroAsNone)
 {
     PutCal("TemperatureCold=20.500000", "TemperatureCold=-273.0");
     EXPECT_EQ(Apply(0, 0), 1);
-    EXPECT_EQ(HeaderIn(result).TemperatureCold, -999.0F);
-    EXPECT_EQ(HeaderIn(result).TemperatureHot, 25.0F);
+    EXPECT_EQ(+HeaderIn(result).TemperatureCold, -999.0F);
+    EXPECT_EQ(+HeaderIn(result).TemperatureHot, 25.0F);
 }
 
 TEST_F(ApplyingASet, ReadsAGainOfZeroAsItStandsAndGivesZero)
@@ -305,7 +305,7 @@ TEST_F(ApplyingASet, InPlaceRewritesTheHeaderAndTheRange)
     EXPECT_EQ(FrameIn(image, 0), kFirst);
     EXPECT_EQ(FrameIn(image, 1), Corrected(kSecond));
     EXPECT_EQ(FrameIn(image, 2), kThird);
-    EXPECT_EQ(HeaderIn(image).FrameCount, 1U);
+    EXPECT_EQ(+HeaderIn(image).FrameCount, 1U);
     EXPECT_EQ(HeaderIn(image).IntensityCold, 3000);
     EXPECT_EQ(SizeOf(image), 512 + 3 * 2 * kPixels);
 }
@@ -513,7 +513,7 @@ TEST_F(ApplyingASet, AReadFailurePartWayEndsTheRunWithItsFramesAndTheHeaderOfAll
 {
     EXPECT_EQ(Apply(1, 5), 1);
     ExpectOneBox("Error reading uncalibrated frame #3.", "Error reading image data");
-    EXPECT_EQ(HeaderIn(result).FrameCount, 5U);
+    EXPECT_EQ(+HeaderIn(result).FrameCount, 5U);
     EXPECT_EQ(SizeOf(result), 512 + 2 * 2 * kPixels);
     EXPECT_EQ(FrameIn(result, 1), Corrected(kThird));
 }
@@ -579,7 +579,7 @@ TEST_F(ApplyingASet, FramesOfHostMemoryGoToAFileAsTheyStand)
     EXPECT_EQ(header.ImageHeight, 2);
     EXPECT_EQ(header.SampleBytes, 2);
     EXPECT_EQ(header.ImageHeaderDataOffset, 0);
-    EXPECT_EQ(header.FrameCount, 2U);
+    EXPECT_EQ(+header.FrameCount, 2U);
     EXPECT_EQ(header.IntensityCold, 3000);
 }
 

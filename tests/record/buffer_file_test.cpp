@@ -274,7 +274,7 @@ TEST_F(BufferFile, AByteSwappedFileIsReadInNativeOrder)
     const std::optional<ImageHeaderRecord> header = ReadBufferHeader(path);
     ASSERT_TRUE(header);
     EXPECT_EQ(header->ImageWidth, kColumns);
-    EXPECT_EQ(header->FrameCount, 2U);
+    EXPECT_EQ(+header->FrameCount, 2U);
     ASSERT_EQ(Load(0, 1), 1);
     EXPECT_EQ(ReadBufferPixel(1, 2, 1), CountAt(11, 2, 1));
 }

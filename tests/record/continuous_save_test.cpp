@@ -243,7 +243,7 @@ TEST_F(ContinuousSave, WritesHeaderAndFramesInOrder)
     EXPECT_EQ(HeaderField<std::int16_t>(54), 1) << "frames averaged";
     EXPECT_EQ(HeaderField<float>(56), 100) << "frame rate";
     EXPECT_EQ(HeaderField<std::int16_t>(144), 0) << "frame header";
-    EXPECT_EQ(ImageHeader.FrameCount, 3U);
+    EXPECT_EQ(+ImageHeader.FrameCount, 3U);
 }
 
 TEST_F(ContinuousSave, PutsAHeaderBeforeEachFrame)
@@ -608,7 +608,7 @@ TEST_F(ContinuousSave, SwapsTheHeaderOfASwappedFileOnItsWayAlone)
     Run(1);
     EXPECT_THAT(Numbers(80), ElementsAre(1, 2, 3));
     EXPECT_EQ(At<std::uint16_t>(Contents(), 42), 3 << 8);
-    EXPECT_EQ(ImageHeader.FrameCount, 3U);
+    EXPECT_EQ(+ImageHeader.FrameCount, 3U);
 }
 
 TEST_F(ContinuousSave, CutsAFrameThatWasWrittenInPartAndGoesOn)

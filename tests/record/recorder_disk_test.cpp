@@ -48,10 +48,10 @@ class RecorderDisk : public RecorderTest {
         const FramesFile journal = ReadFramesFile(FramesPathOf(path));
         ASSERT_EQ(file.frames.size(), frames);
         ASSERT_EQ(journal.records.size(), frames);
-        EXPECT_EQ(file.header.FrameCount, frames);
+        EXPECT_EQ(+file.header.FrameCount, frames);
         EXPECT_EQ(file.bytesBehind, 0U);
         for (std::size_t i = 0; i < frames; ++i) {
-            EXPECT_EQ(file.frameHeaders[i].AllFramesNum, journal.records[i].number);
+            EXPECT_EQ(+file.frameHeaders[i].AllFramesNum, journal.records[i].number);
             EXPECT_EQ(journal.records[i].pixelCrc, Crc32cByTable(std::as_bytes(std::span(file.frames[i]))));
         }
     }

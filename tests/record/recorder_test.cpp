@@ -58,7 +58,7 @@ TEST_F(Recorder, TheFileIsWhatTheFormatSays)
     const TakenApart file = TakeApart(Out("event001.seq"), kPixels);
     EXPECT_EQ(file.bytesBehind, 0U);
     EXPECT_EQ(file.header.ByteSwap, 0xFFFF);
-    EXPECT_EQ(file.header.FrameCount, 3U);
+    EXPECT_EQ(+file.header.FrameCount, 3U);
     EXPECT_EQ(file.header.ImageWidth, 320);
     EXPECT_EQ(file.header.ImageHeight, 256);
     EXPECT_EQ(file.header.SampleBytes, 2);
@@ -72,9 +72,9 @@ TEST_F(Recorder, TheFileIsWhatTheFormatSays)
     for (std::size_t i = 0; i < 3; ++i) {
         const auto number = static_cast<std::int64_t>(i) + 1;
         EXPECT_EQ(file.frames[i], Expected(number - 1, grabUs + number * 10'000)) << i;
-        EXPECT_EQ(file.frameHeaders[i].FrameNum, number - 1);
-        EXPECT_EQ(file.frameHeaders[i].AllFramesNum, number);
-        EXPECT_EQ(file.frameHeaders[i].FrameIntegrationMsec, 2.5F);
+        EXPECT_EQ(+file.frameHeaders[i].FrameNum, number - 1);
+        EXPECT_EQ(+file.frameHeaders[i].AllFramesNum, number);
+        EXPECT_EQ(+file.frameHeaders[i].FrameIntegrationMsec, 2.5F);
         EXPECT_EQ(journal.records[i].number, number);
         EXPECT_EQ(journal.records[i].monotonicNs, (grabUs + number * 10'000) * 1000);
         EXPECT_EQ(journal.records[i].utcNs, UtcNsAtTick(grabUs + number * 10'000));
@@ -465,7 +465,7 @@ TEST_F(Recorder, ANewFileBeginsWithoutAGap)
     EXPECT_EQ(NumbersOf(Out("event001.seq")), FromTo(1, 8));
     EXPECT_EQ(NumbersOf(Out("event001-2.seq")), FromTo(9, 16));
     EXPECT_EQ(NumbersOf(Out("event001-3.seq")), FromTo(17, 20));
-    EXPECT_EQ(TakeApart(Out("event001-2.seq"), kPixels).header.FrameCount, 8U);
+    EXPECT_EQ(+TakeApart(Out("event001-2.seq"), kPixels).header.FrameCount, 8U);
     const FramesFile second = ReadFramesFile(Out("event001-2.seq.frames"));
     EXPECT_EQ(second.records.at(0).flags, static_cast<std::uint32_t>(kFirstOfPart));
     EXPECT_THAT(GapsOf(second.records), IsEmpty());
@@ -590,7 +590,7 @@ TEST_F(Recorder, AFullDiskEndsItAndWhatWasWrittenStays)
     EXPECT_THAT(status.message, HasSubstr("The 5 frames before it are safe."));
     const TakenApart file = TakeApart(Out("event001.seq"), kPixels);
     EXPECT_EQ(file.bytesBehind, 0U);
-    EXPECT_EQ(file.header.FrameCount, 5U);
+    EXPECT_EQ(+file.header.FrameCount, 5U);
     EXPECT_EQ(NumbersOf(Out("event001.seq")), FromTo(1, 5));
     EXPECT_TRUE(ReadFramesFile(Out("event001.seq.frames")).closing);
     ExpectBalance(status.counts);

@@ -314,7 +314,7 @@ TEST_F(TriggeredRun, IsAFloatFrameForEachStepBehindOneHeader)
     EXPECT_THAT(Ends(File()), ElementsAre(1000, 1102, 2000, 2102, 3000, 3102));
     ImageHeaderRecord read;
     EXPECT_EQ(ReadImageHeader(path, read), 1024);
-    EXPECT_EQ(read.FrameCount, 3U) << "by the length";
+    EXPECT_EQ(+read.FrameCount, 3U) << "by the length";
 }
 
 TEST_F(TriggeredRun, AveragesItsFrames)
