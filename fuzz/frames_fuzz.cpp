@@ -1,16 +1,69 @@
-// The journal of a recorded sequence: read, its gaps told, and put together again.
+// The journal of a recorded sequence: read, its gaps told, put together again; and repaired beside a sequence.
+#include "batch/recover_command.h"
 #include "imagefile/frames_file.h"
+#include "imagefile/header.h"
 #include "reset/reset.h"
 #include "temp_file.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
+
+namespace {
+
+constexpr std::int64_t kFrames = 3;
+
+template <typename Record>
+void Add(std::vector<std::uint8_t>& bytes, const Record& record)
+{
+    const auto* const first = reinterpret_cast<const std::uint8_t*>(&record);
+    bytes.insert(bytes.end(), first, first + sizeof record);
+}
+
+// Three frames of 3 x 2, of which the corpus tells: frame n holds 10 n + place.
+std::vector<std::uint8_t> Sequence()
+{
+    kelvo::ImageHeaderRecord header;
+    header.ByteSwap = 0xFFFF;
+    header.ImageWidth = 3;
+    header.ImageHeight = 2;
+    header.SampleBytes = 2;
+    header.HeaderVersion = 8;
+    header.FrameCount = kFrames;
+    header.ImageHeaderDataOffset = 80;
+    std::vector<std::uint8_t> sequence;
+    Add(sequence, header);
+    for (const std::int16_t number : {std::int16_t{1}, std::int16_t{2}, std::int16_t{5}}) {
+        kelvo::FrameHeaderRecord before;
+        before.AllFramesNum = number;
+        Add(sequence, before);
+        for (std::int16_t place = 0; place < 6; ++place) Add(sequence, static_cast<std::int16_t>(10 * number + place));
+    }
+    return sequence;
+}
+
+// Whatever stands in the journal: the sequence keeps its frames, and what was repaired is clean.
+void Repair(const std::uint8_t* data, std::size_t size)
+{
+    static const std::vector<std::uint8_t> kSequence = Sequence();
+    static kelvo::FuzzFile input;
+    const std::string& path = input.Put(kSequence.data(), kSequence.size());
+    input.PutBeside(".frames", data, size);
+    const kelvo::RecoveryReport report = kelvo::RecoverSequence(path, false);
+    if (report.outcome == kelvo::Recovery::kFailed) return;  // bad checksums, or of another sequence
+    if (report.frames != kFrames || report.gaps.size() > 2) __builtin_trap();
+    if (kelvo::RecoverSequence(path, true).outcome != kelvo::Recovery::kClean) __builtin_trap();
+    if (kelvo::ReadFramesFile(path + ".frames").records.size() != kFrames) __builtin_trap();
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     kelvo::ResetModules();
+    Repair(data, size);
     static kelvo::FuzzFile input;
     const std::string& path = input.Put(data, size);
     const kelvo::FramesFile file = kelvo::ReadFramesFile(path);

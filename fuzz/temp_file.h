@@ -1,4 +1,4 @@
-// A file of a fuzz target's own, written anew for each input and gone with the process.
+// A file of a fuzz target's own, or one and another beside it, written anew for each input and gone with the process.
 #pragma once
 
 #include <fcntl.h>
@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace kelvo {
 
@@ -25,19 +27,29 @@ class FuzzFile {
     FuzzFile& operator=(const FuzzFile&) = delete;
     ~FuzzFile()
     {
-        unlink(path_.c_str());
-        rmdir(directory_.c_str());
+        std::error_code ignored;
+        std::filesystem::remove_all(directory_, ignored);
     }
 
     const std::string& Put(const std::uint8_t* data, std::size_t size)
     {
-        const int descriptor = open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        if (descriptor < 0 || ::write(descriptor, data, size) != static_cast<ssize_t>(size)) abort();
-        close(descriptor);
+        Write(path_, data, size);
         return path_;
+    }
+    // Under the same name with an ending.
+    void PutBeside(const char* ending, const std::uint8_t* data, std::size_t size)
+    {
+        Write(path_ + ending, data, size);
     }
 
   private:
+    static void Write(const std::string& path, const std::uint8_t* data, std::size_t size)
+    {
+        const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        if (descriptor < 0 || ::write(descriptor, data, size) != static_cast<ssize_t>(size)) abort();
+        close(descriptor);
+    }
+
     std::string directory_;
     std::string path_;
 };

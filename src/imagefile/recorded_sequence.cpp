@@ -112,6 +112,13 @@ bool SequenceWriter::Append(const FrameRecord& record, std::span<const std::int1
     return false;
 }
 
+bool SequenceWriter::DropLast()
+{
+    if (frames_ > 0) --frames_;
+    const bool cut = CutToFrames();
+    return journal_.DropLast(1) && cut;
+}
+
 bool SequenceWriter::SyncData()
 {
     const bool frames = file_.SyncData();

@@ -28,6 +28,8 @@ class SequenceWriter {
     // One frame more: its pixels as the file shall have them. The record's checksums are worked out here. False where
     // the disk took only a part: that is cut off again, and the files end with the frame before.
     bool Append(const FrameRecord& record, std::span<const std::int16_t> pixels);
+    // Takes the last frame back: another file that belongs with this one hasn't got it. False where the disk refused.
+    bool DropLast();
     bool SyncData();  // to the disk, as far as it came; false if it may not have arrived
     // The header's count, the closing record, and all of it to the disk. False if something of that failed: the frames
     // stand all the same.

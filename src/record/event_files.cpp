@@ -178,7 +178,9 @@ bool EventFiles::Append(RunFiles& run, const FrameRecord& record, std::span<cons
     if (raw_ && !raw_->Append(told, WithOffset(run, raw))) return false;
     if (!corrected_) return true;
     CorrectFrame(*run.plan, raw, run.corrected);
-    return corrected_->Append(told, run.corrected);
+    if (corrected_->Append(told, run.corrected)) return true;
+    if (raw_) raw_->DropLast();
+    return false;
 }
 
 bool EventFiles::SyncData()

@@ -35,7 +35,8 @@ class EventFiles {
   public:
     // The first part, under names that nothing bears yet. nullopt where it can't be made.
     static std::optional<EventFiles> Begin(RunFiles& run, const FrameStamp& first);
-    // The frame into each file, in a new part where this one would grow too large or too long. False: the disk refused.
+    // The frame into each file, in a new part where this one would grow too large or too long. False: the disk refused,
+    // and no file has it.
     bool Append(RunFiles& run, const FrameRecord& record, std::span<const std::int16_t> raw);
     bool SyncData();
     bool Close(const FrameRecord& closing);

@@ -116,6 +116,7 @@ class CommandLine(unittest.TestCase):
 
     def test_what_is_corrected_isnt_corrected_again(self):
         self.assertEqual(run(*APPLY)[0], 0)
+        self.assertIn(f"CalibrationSet={OUT}/warm.cal\n".encode(), (OUT / "even.seq.frames").read_bytes(), "it is found from anywhere")
         self.expect_refused(["apply", "--set=warm.cal", "even.seq", "twice.seq"], "even.seq is corrected already")
 
     def test_a_directory_that_takes_nothing(self):

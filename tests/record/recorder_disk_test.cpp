@@ -48,10 +48,10 @@ class RecorderDisk : public RecorderTest {
         const FramesFile journal = ReadFramesFile(FramesPathOf(path));
         ASSERT_EQ(file.frames.size(), frames);
         ASSERT_EQ(journal.records.size(), frames);
-        EXPECT_EQ(file.header.FrameCount, frames);
+        EXPECT_EQ(+file.header.FrameCount, frames);
         EXPECT_EQ(file.bytesBehind, 0U);
         for (std::size_t i = 0; i < frames; ++i) {
-            EXPECT_EQ(file.frameHeaders[i].AllFramesNum, journal.records[i].number);
+            EXPECT_EQ(+file.frameHeaders[i].AllFramesNum, journal.records[i].number);
             EXPECT_EQ(journal.records[i].pixelCrc, Crc32cByTable(std::as_bytes(std::span(file.frames[i]))));
         }
     }
@@ -149,6 +149,26 @@ TEST_F(RecorderDisk, OneThatIsGoneForGoodIsToldAndItsFramesComeBackWithRecover)
     EXPECT_EQ(report.recordsMade, 0);
     EXPECT_THAT(report.badFrames, IsEmpty());
     ExpectWhole(Out("event001.seq"), 5);
+}
+
+TEST_F(RecorderDisk, RawAndCorrectedEndWithTheSameFrameWhicheverWasRefused)
+{
+    for (int write = 1; write <= 4; ++write) {  // a record and a frame in each of the two files
+        RecorderSettings settings = Settings();
+        settings.pixels = RecordPixels::kBoth;
+        settings.namePattern = "run" + std::to_string(write);
+        const std::int64_t before = (TickUs() - grabUs) / 10'000;
+        Start(settings);
+        GoToFrame(before + 3);
+        SetFaultOnce("disk", write);
+        GoToFrame(before + 5);
+        TendRecorder();
+        EXPECT_EQ(QuestionsUntilFault("disk"), 0);
+        EXPECT_EQ(CurrentRecorderStatus().end, RecorderEnd::kWriteFailed) << write;
+        EXPECT_EQ(CurrentRecorderStatus().counts.recorded, 3);
+        ExpectWhole(Out(settings.namePattern + ".seq"), 3);
+        ExpectWhole(Out(settings.namePattern + "_cal.seq"), 3);
+    }
 }
 
 TEST_F(RecorderDisk, WhereAPartIsDeletedThePartsBeforeStand)

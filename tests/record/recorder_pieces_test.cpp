@@ -62,13 +62,13 @@ TEST_F(RecorderPieces, AFileEach64FramesJoinedHasTheFramesOfOneRun)
     Join({"event001.seq", "event001-2.seq", "event001-3.seq", "joined.seq"});
     const TakenApart joined = TakeApart(Out("joined.seq"), kPixels);
     const FramesFile journal = ReadFramesFile(Out("joined.seq.frames"));
-    EXPECT_EQ(joined.header.FrameCount, 136U);
+    EXPECT_EQ(+joined.header.FrameCount, 136U);
     ASSERT_THAT(joined.frames, SizeIs(136));
     ASSERT_THAT(journal.records, SizeIs(136));
     for (std::size_t i = 0; i < 136; ++i) {
         const auto number = static_cast<std::int64_t>(i) + (i < 65 ? 1 : 5);
-        EXPECT_EQ(joined.frameHeaders[i].FrameNum, static_cast<std::int64_t>(i));
-        EXPECT_EQ(joined.frameHeaders[i].AllFramesNum, number);
+        EXPECT_EQ(+joined.frameHeaders[i].FrameNum, static_cast<std::int64_t>(i));
+        EXPECT_EQ(+joined.frameHeaders[i].AllFramesNum, number);
         EXPECT_EQ(journal.records[i].number, number);
         EXPECT_EQ(journal.records[i].flags, 0U);
         if (i % 31 != 0) continue;
