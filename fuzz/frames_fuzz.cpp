@@ -1,7 +1,7 @@
 // The journal of a recorded sequence: read, its gaps told, put together again; and repaired beside a sequence.
-#include "batch/recover_command.h"
 #include "imagefile/frames_file.h"
 #include "imagefile/header.h"
+#include "imagefile/recovery.h"
 #include "reset/reset.h"
 #include "temp_file.h"
 
