@@ -46,7 +46,8 @@ FramesHead PlainHead(const SequenceFile& sequence)
     return head;
 }
 
-// The records against the frames, each with each: a frame whose own is missing or broken gets one. Why it couldn't be done, or empty.
+// The records against the frames, each with each: a frame whose own is missing or broken gets one. Why it couldn't be
+// done, or empty.
 std::string CheckFrames(SequenceFile& sequence, FramesFile& journal, RecoveryReport& report,
                         const RecoveryProgress& progress)
 {
