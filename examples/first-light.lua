@@ -2,8 +2,8 @@
 -- looks at the raw array, calibrates against a low and a high source, sees the array become even and its bad detectors vanish, saves
 -- images, a sequence and the calibration, changes the camera and back, comes up again with the calibration by both ways, and reads a
 -- saved image in degrees. Captures a burst and replays it, records on a trigger with what came before it, makes whole a recording that
--- was cut short and corrects it with the calibration. Pictures and files are left in the directory named after "--". With CommLog=1 in kelvo.ini the bytes that
--- went to the camera head stand in CommLog.txt.
+-- was cut short and corrects it with the calibration. Pictures and files are left in the directory named after "--". With CommLog=1 in
+-- kelvo.ini the bytes that went to the camera head stand in CommLog.txt.
 
 local out = arg and arg[1] or "first-light"
 local data = datadir()

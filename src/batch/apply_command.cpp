@@ -18,10 +18,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <string_view>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -148,41 +153,64 @@ FramesHead HeadOfResult(const FramesHead& head, const std::string& set)
     return corrected;
 }
 
-// A new sequence in the making: frames go to the disk in blocks, records of the journal wait for the end.
+// Frames one behind the other, as they go to the disk at once.
+struct Block {
+    std::vector<std::uint8_t> in;
+    std::vector<std::uint8_t> out;
+    std::size_t bytes = 0;             // of out that count
+    std::vector<FrameRecord> records;  // where there is a journal
+};
+
+// A new sequence in the making. Correct may be called by several threads at once, each with a block of its own; the
+// rest is one thread's at a time. Records of the journal wait for the end.
 class Result {
   public:
     Result(Source& source, const StoredCorrection& correction, const ApplyRequest& request, NewSequence sequence)
         : source_(source), correction_(correction), request_(request), sequence_(std::move(sequence))
     {
+        framesABlock_ = std::clamp<std::int64_t>(kBlockBytes / source_.frameBytes, 1, source_.end - source_.first);
+    }
+
+    bool Allocate(Block& block) const
+    {
+        const auto bytes = static_cast<std::size_t>(framesABlock_ * source_.frameBytes);
+        return AllocateBlock(block.in, bytes) && AllocateBlock(block.out, bytes);
     }
 
     Failure Begin()
     {
-        framesABlock_ = std::clamp<std::int64_t>(kBlockBytes / source_.frameBytes, 1, source_.end - source_.first);
-        const auto bytes = static_cast<std::size_t>(framesABlock_ * source_.frameBytes);
-        if (!AllocateBlock(in_, bytes) || !AllocateBlock(out_, bytes)) return "no memory is left";
         ImageHeaderRecord header = source_.header;
         MarkCalibrated(header, AbsolutePath(request_.set));
         header.FrameCount = static_cast<std::uint32_t>(source_.end - source_.first);
-        if (!source_.file.Seek(kHeaderBytes + source_.first * source_.frameBytes))
-            return request_.in + " can't be read";
         return sequence_.Write(std::as_bytes(std::span(&header, 1)));
     }
 
-    Failure Add(std::int64_t from)
+    // The frames from one on, as many as a block takes.
+    Failure Correct(std::int64_t from, Block& block) const
     {
         const std::int64_t frames = std::min(framesABlock_, source_.end - from);
-        const auto bytes = static_cast<std::size_t>(frames * source_.frameBytes);
-        const auto read = std::span(in_).first(bytes);
-        if (source_.file.Read(std::as_writable_bytes(read)) < bytes) return request_.in + " can't be read";
-        for (std::int64_t i = 0; i < frames; ++i) {
-            const auto place = static_cast<std::size_t>(i * source_.frameBytes);
-            const auto size = static_cast<std::size_t>(source_.frameBytes);
-            if (Failure failure = Correct(from + i, read.subspan(place, size), std::span(out_).subspan(place, size))) {
-                return failure;
-            }
+        block.bytes = static_cast<std::size_t>(frames * source_.frameBytes);
+        block.records.clear();
+        const auto read = std::span(block.in).first(block.bytes);
+        const std::int64_t place = kHeaderBytes + from * source_.frameBytes;
+        if (source_.file.ReadAt(place, std::as_writable_bytes(read)) < block.bytes) {
+            return request_.in + " can't be read";
         }
-        return sequence_.Write(std::as_bytes(std::span(out_).first(bytes)));
+        const auto size = static_cast<std::size_t>(source_.frameBytes);
+        for (std::size_t i = 0; i < static_cast<std::size_t>(frames); ++i) {
+            const std::int64_t index = from + static_cast<std::int64_t>(i);
+            const std::span<std::uint8_t> corrected = std::span(block.out).subspan(i * size, size);
+            CorrectFrameOf(index, read.subspan(i * size, size), corrected);
+            if (Failure failure = AddRecord(index, read.subspan(i * size, size), corrected, block)) return failure;
+        }
+        return std::nullopt;
+    }
+
+    // Behind what has been added.
+    Failure Add(const Block& block)
+    {
+        records_.insert(records_.end(), block.records.begin(), block.records.end());
+        return sequence_.Write(std::as_bytes(std::span(block.out).first(block.bytes)));
     }
 
     Failure End()
@@ -194,15 +222,13 @@ class Result {
     std::int64_t FramesABlock() const { return framesABlock_; }
 
   private:
-    Failure Correct(std::int64_t index, std::span<const std::uint8_t> read, std::span<std::uint8_t> corrected)
+    void CorrectFrameOf(std::int64_t index, std::span<const std::uint8_t> read, std::span<std::uint8_t> corrected) const
     {
         std::copy_n(read.begin(), source_.before, corrected.begin());
         Renumber(index, corrected);
         const auto* const counts = reinterpret_cast<const std::int16_t*>(read.data() + source_.before);
         auto* const result = reinterpret_cast<std::int16_t*>(corrected.data() + source_.before);
         correction_.Correct({counts, source_.Pixels()}, {result, source_.Pixels()});
-        return AddRecord(index, std::as_bytes(read.subspan(source_.before)),
-                         std::as_bytes(corrected.subspan(source_.before)));
     }
 
     void Renumber(std::int64_t index, std::span<std::uint8_t> frame) const
@@ -214,16 +240,19 @@ class Result {
         std::memcpy(frame.data(), &header, sizeof header);
     }
 
-    Failure AddRecord(std::int64_t index, std::span<const std::byte> read, std::span<const std::byte> corrected)
+    // Of a frame whose pixels fit the checksum of its own record.
+    Failure AddRecord(std::int64_t index, std::span<const std::uint8_t> read, std::span<const std::uint8_t> corrected,
+                      Block& block) const
     {
-        if (!source_.journal) return std::nullopt;
-        FrameRecord record = source_.journal->records[static_cast<std::size_t>(index)];
-        if (record.pixelCrc != Crc32c(read)) {
+        const std::optional<FramesFile>& journal = source_.journal;
+        if (!journal) return std::nullopt;
+        FrameRecord record = journal->records[static_cast<std::size_t>(index)];
+        if (record.pixelCrc != Crc32c(std::as_bytes(read.subspan(source_.before)))) {
             return request_.in + Format(": frame %lld doesn't fit its checksum", static_cast<long long>(index));
         }
-        record.pixelCrc = Crc32c(corrected);
+        record.pixelCrc = Crc32c(std::as_bytes(corrected.subspan(source_.before)));
         if (index > 0 && index == source_.first) record.flags |= kFirstOfPart;
-        records_.push_back(Sealed(record));
+        block.records.push_back(Sealed(record));
         return std::nullopt;
     }
 
@@ -236,14 +265,83 @@ class Result {
         return Sealed(closing);
     }
 
-    Source& source_;
+    const Source& source_;
     const StoredCorrection& correction_;
     const ApplyRequest& request_;
     NewSequence sequence_;
     std::int64_t framesABlock_ = 1;
-    std::vector<std::uint8_t> in_;
-    std::vector<std::uint8_t> out_;
     std::vector<FrameRecord> records_;
+};
+
+using Progress = std::function<void(std::int64_t done, std::int64_t all)>;
+
+// Two threads share the frames: while one has the system write its block, which takes as long as all the rest, the
+// other reads and corrects the next. Each writes its own when its turn has come, so that the file is the same whoever
+// is faster.
+class SharedWork {
+  public:
+    SharedWork(Result& result, const Source& source, const Progress& progress)
+        : result_(result), source_(source), progress_(progress), nextToTake_(source.first), nextToAdd_(source.first)
+    {
+    }
+
+    Failure Do()
+    {
+        std::array<Block, 2> blocks;
+        if (!result_.Allocate(blocks[0])) return "no memory is left";
+        const bool isLong = source_.end - source_.first > result_.FramesABlock();
+        std::optional<std::jthread> second;
+        try {
+            if (isLong && result_.Allocate(blocks[1])) second.emplace([&] { Share(blocks[1]); });
+        } catch (const std::system_error&) {
+            second.reset();  // there is no thread to be had: one does it all
+        }
+        Share(blocks[0]);
+        second.reset();
+        return failure_;
+    }
+
+  private:
+    static constexpr std::int64_t kNoMore = -1;
+
+    void Share(Block& block)
+    {
+        for (std::int64_t from = Take(); from != kNoMore; from = Take()) {
+            AddInTurn(from, block, result_.Correct(from, block));
+        }
+    }
+
+    // The first frame of a block that nobody has taken yet.
+    std::int64_t Take()
+    {
+        const std::scoped_lock lock(mutex_);
+        if (failure_ || nextToTake_ >= source_.end) return kNoMore;
+        return std::exchange(nextToTake_, nextToTake_ + result_.FramesABlock());
+    }
+
+    void AddInTurn(std::int64_t from, const Block& block, Failure failure)
+    {
+        std::unique_lock lock(mutex_);
+        turn_.wait(lock, [&] { return failure_ || nextToAdd_ == from; });
+        if (failure_) return;
+        lock.unlock();  // the turn is this thread's alone
+        if (!failure) failure = result_.Add(block);
+        const std::int64_t done = std::min(from + result_.FramesABlock(), source_.end) - source_.first;
+        if (!failure && progress_) progress_(done, source_.end - source_.first);
+        lock.lock();
+        failure_ = std::move(failure);
+        nextToAdd_ = from + result_.FramesABlock();
+        turn_.notify_all();
+    }
+
+    Result& result_;
+    const Source& source_;
+    const Progress& progress_;
+    std::mutex mutex_;  // of what follows
+    std::condition_variable turn_;
+    std::int64_t nextToTake_;
+    std::int64_t nextToAdd_;
+    Failure failure_;
 };
 
 // --- The arguments --------------------------------------------------------------------------------------------------
@@ -296,11 +394,7 @@ std::optional<std::string> ApplySet(const ApplyRequest& request,
 
     Result result(*source, *correction, request, std::move(*sequence));
     Failure failure = result.Begin();
-    for (std::int64_t frame = source->first; !failure && frame < source->end; frame += result.FramesABlock()) {
-        failure = result.Add(frame);
-        const std::int64_t done = std::min(frame + result.FramesABlock(), source->end) - source->first;
-        if (!failure && progress) progress(done, source->end - source->first);
-    }
+    if (!failure) failure = SharedWork(result, *source, progress).Do();
     return failure ? failure : result.End();
 }
 

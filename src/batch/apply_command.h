@@ -22,7 +22,8 @@ struct ApplyRequest {
 // table, offsets and gains. FrameHeaders come along, FrameNum counts from 0 in the new file; the header is marked with
 // the set's sources. Where in has a journal (imagefile/frames_file.h) out gets one: its records with the checksums of
 // the new pixels, "corrected" and the set in its head; one that says "corrected" already is refused. progress is told
-// how many frames of how many are done. The reason where it fails: nothing stands under out's names then.
+// how many frames of how many are done, now by one thread and now by another, but never by two at once. The reason
+// where it fails: nothing stands under out's names then.
 std::optional<std::string> ApplySet(const ApplyRequest& request,
                                     const std::function<void(std::int64_t done, std::int64_t all)>& progress);
 

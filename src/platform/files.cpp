@@ -168,6 +168,25 @@ int OpenFlags(FileMode mode)
 
 constexpr std::int64_t kSlowWriteMs = 300;
 
+// readOnce: the system's call for the rest. What it says of a broken-off call isn't told.
+template <typename ReadOnce>
+std::size_t ReadAll(std::span<std::byte> destination, ReadOnce readOnce)
+{
+    if (DiskIsUnreadable()) return 0;
+    std::size_t done = 0;
+    while (done < destination.size()) {
+        const int before = errno;
+        const ssize_t count = readOnce(destination.subspan(done));
+        if (count < 0 && errno == EINTR) {
+            errno = before;
+            continue;
+        }
+        if (count <= 0) break;
+        done += static_cast<std::size_t>(count);
+    }
+    return done;
+}
+
 std::size_t WriteAll(int descriptor, std::span<const std::byte> source)
 {
     if (DiskRefuses()) return 0;
@@ -393,19 +412,16 @@ File::~File()
 
 std::size_t File::Read(std::span<std::byte> destination)
 {
-    if (DiskIsUnreadable()) return 0;
-    std::size_t done = 0;
-    while (done < destination.size()) {
-        const int before = errno;
-        const ssize_t count = read(descriptor_, destination.data() + done, destination.size() - done);
-        if (count < 0 && errno == EINTR) {
-            errno = before;
-            continue;
-        }
-        if (count <= 0) break;
-        done += static_cast<std::size_t>(count);
-    }
-    return done;
+    return ReadAll(destination,
+                   [this](std::span<std::byte> rest) { return read(descriptor_, rest.data(), rest.size()); });
+}
+
+std::size_t File::ReadAt(std::int64_t position, std::span<std::byte> destination) const
+{
+    const std::byte* const begin = destination.data();
+    return ReadAll(destination, [&](std::span<std::byte> rest) {
+        return pread(descriptor_, rest.data(), rest.size(), position + (rest.data() - begin));
+    });
 }
 
 std::size_t File::Write(std::span<const std::byte> source)

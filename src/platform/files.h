@@ -46,6 +46,8 @@ class File {
 
     // Bytes read, fewer than asked for at the end of the file or on an error.
     std::size_t Read(std::span<std::byte> destination);
+    // The same from a place, which leaves the position as it is. Several threads may read so at once.
+    std::size_t ReadAt(std::int64_t position, std::span<std::byte> destination) const;
     // Bytes written, fewer than asked for on an error (a full disk).
     std::size_t Write(std::span<const std::byte> source);
     // Both, one behind the other, in one call where the system takes them so.

@@ -263,7 +263,10 @@ TEST(AcceleratorTable, HasEveryKeyOnce)
                                                  {"Ctrl+L", 2054},
                                                  {"Ctrl+Up", 2055},
                                                  {"Ctrl+Down", 2056},
-                                                 {"Ctrl+Shift+G", 2057}};
+                                                 {"Ctrl+Shift+G", 2057},
+                                                 {"Ctrl+R", 2060},
+                                                 {"Ctrl+T", 2061},
+                                                 {"Ctrl+M", 2062}};
     std::map<std::string, int> keys;
     for (const Accelerator& accelerator : MainAccelerators()) {
         EXPECT_TRUE(keys.emplace(accelerator.key, accelerator.id).second) << accelerator.key;
