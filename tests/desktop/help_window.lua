@@ -37,10 +37,10 @@ hands.untilTrue(function() return state("DisplayEnabled") == 1 end, "Space on it
 
 -- The item tells why while the pointer rests on it, and a click does nothing.
 hands.click("menu", "File")
-hands.moveTo(hands.middle("item", "Host RAM capture..."))
+hands.moveTo(hands.middle("item", "Save 8-bit TIFF image..."))
 wait(1500)
 screenshot(datadir() .. "/../grey.png")
-hands.click("item", "Host RAM capture...")
+hands.click("item", "Save 8-bit TIFF image...")
 wait(200)
 check.eq(box(), nil)
 hands.key("Escape", "Escape")
