@@ -153,8 +153,9 @@ FramesHead HeadOfResult(const FramesHead& head, const std::string& set)
     return corrected;
 }
 
-// Frames one behind the other, as they go to the disk at once.
+// Frames one behind the other, as they go to the disk at once, and what corrects them.
 struct Block {
+    std::optional<StoredCorrection> correction;
     std::vector<std::uint8_t> in;
     std::vector<std::uint8_t> out;
     std::size_t bytes = 0;             // of out that count
@@ -165,7 +166,7 @@ struct Block {
 // rest is one thread's at a time. Records of the journal wait for the end.
 class Result {
   public:
-    Result(Source& source, const StoredCorrection& correction, const ApplyRequest& request, NewSequence sequence)
+    Result(const Source& source, const StoredCorrection& correction, const ApplyRequest& request, NewSequence sequence)
         : source_(source), correction_(correction), request_(request), sequence_(std::move(sequence))
     {
         framesABlock_ = std::clamp<std::int64_t>(kBlockBytes / source_.frameBytes, 1, source_.end - source_.first);
@@ -174,7 +175,8 @@ class Result {
     bool Allocate(Block& block) const
     {
         const auto bytes = static_cast<std::size_t>(framesABlock_ * source_.frameBytes);
-        return AllocateBlock(block.in, bytes) && AllocateBlock(block.out, bytes);
+        block.correction = correction_.Copy();
+        return block.correction && AllocateBlock(block.in, bytes) && AllocateBlock(block.out, bytes);
     }
 
     Failure Begin()
@@ -200,7 +202,7 @@ class Result {
         for (std::size_t i = 0; i < static_cast<std::size_t>(frames); ++i) {
             const std::int64_t index = from + static_cast<std::int64_t>(i);
             const std::span<std::uint8_t> corrected = std::span(block.out).subspan(i * size, size);
-            CorrectFrameOf(index, read.subspan(i * size, size), corrected);
+            CorrectFrameOf(index, read.subspan(i * size, size), corrected, block);
             if (Failure failure = AddRecord(index, read.subspan(i * size, size), corrected, block)) return failure;
         }
         return std::nullopt;
@@ -222,13 +224,14 @@ class Result {
     std::int64_t FramesABlock() const { return framesABlock_; }
 
   private:
-    void CorrectFrameOf(std::int64_t index, std::span<const std::uint8_t> read, std::span<std::uint8_t> corrected) const
+    void CorrectFrameOf(std::int64_t index, std::span<const std::uint8_t> read, std::span<std::uint8_t> corrected,
+                        const Block& block) const
     {
         std::copy_n(read.begin(), source_.before, corrected.begin());
         Renumber(index, corrected);
         const auto* const counts = reinterpret_cast<const std::int16_t*>(read.data() + source_.before);
         auto* const result = reinterpret_cast<std::int16_t*>(corrected.data() + source_.before);
-        correction_.Correct({counts, source_.Pixels()}, {result, source_.Pixels()});
+        if (block.correction) block.correction->Correct({counts, source_.Pixels()}, {result, source_.Pixels()});
     }
 
     void Renumber(std::int64_t index, std::span<std::uint8_t> frame) const

@@ -2,6 +2,7 @@
 
 #include "platform/memory.h"
 
+#include <algorithm>
 #include <numeric>
 #include <utility>
 
@@ -48,6 +49,14 @@ bool Gather(std::vector<Entry>& list, const std::vector<std::uint32_t>& decom)
     return true;
 }
 
+template <typename Entry>
+bool CopyList(const std::vector<Entry>& list, std::vector<Entry>& copy)
+{
+    if (!AllocateBlock(copy, list.size())) return false;
+    std::ranges::copy(list, copy.begin());
+    return true;
+}
+
 }  // namespace
 
 std::optional<StoredCorrection> StoredCorrection::Make(std::int32_t calType, StoredLists lists, std::size_t width,
@@ -55,6 +64,7 @@ std::optional<StoredCorrection> StoredCorrection::Make(std::int32_t calType, Sto
 {
     StoredCorrection made;
     made.calType_ = calType;
+    made.width_ = width;
     made.lists_ = std::move(lists);
     std::vector<std::uint32_t>& decom = made.lists_.decom;
     if (order == StoredOrder::kReadoutInPlace) {
@@ -71,6 +81,18 @@ std::optional<StoredCorrection> StoredCorrection::Make(std::int32_t calType, Sto
     if (order != StoredOrder::kReadoutToImage) std::iota(decom.begin(), decom.end(), 0U);
     made.plan_ = NewCorrectionPlan(made.Lists(), width, decom.size());
     return made;
+}
+
+std::optional<StoredCorrection> StoredCorrection::Copy() const
+{
+    StoredCorrection copy;
+    copy.calType_ = calType_;
+    copy.width_ = width_;
+    const bool copied = CopyList(lists_.decom, copy.lists_.decom) && CopyList(lists_.offset, copy.lists_.offset) &&
+                        CopyList(lists_.gain, copy.lists_.gain) && CopyList(unreached_, copy.unreached_);
+    if (!copied) return std::nullopt;
+    copy.plan_ = NewCorrectionPlan(copy.Lists(), width_, copy.lists_.decom.size());
+    return copy;
 }
 
 void StoredCorrection::Correct(std::span<const std::int16_t> counts, std::span<std::int16_t> corrected) const

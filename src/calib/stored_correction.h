@@ -34,8 +34,11 @@ class StoredCorrection {
     static std::optional<StoredCorrection> Make(std::int32_t calType, StoredLists lists, std::size_t width,
                                                 StoredOrder order);
 
-    // Both spans hold at least as many counts as decom has entries, and don't overlap. What no entry of the table
-    // reaches is 0.
+    // Another one that does the same, for another thread; nullopt where memory is refused.
+    std::optional<StoredCorrection> Copy() const;
+
+    // One thread's at a time. Both spans hold at least as many counts as decom has entries, and don't overlap. What no
+    // entry of the table reaches is 0.
     void Correct(std::span<const std::int16_t> counts, std::span<std::int16_t> corrected) const;
 
   private:
@@ -44,6 +47,7 @@ class StoredCorrection {
     CorrectionLists Lists() const { return {calType_, 0, lists_.decom, lists_.offset, lists_.gain}; }
 
     std::int32_t calType_ = 0;
+    std::size_t width_ = 0;
     StoredLists lists_;
     std::vector<std::uint32_t> unreached_;
     CorrectionPlanPtr plan_;  // null where there was no memory for it: the definition works instead

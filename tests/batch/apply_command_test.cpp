@@ -54,13 +54,14 @@ class Applying : public testing::Test {
     }
 
     // With FrameHeaders and a journal.
-    void PutRecording()
+    void PutRecording(std::size_t frames = 4)
     {
         ImageHeaderRecord header = PlainHeader(4, 2);
         header.ImageHeaderDataOffset = 80;
         std::string bytes = HeaderBytes(header);
         std::vector<FrameRecord> records;
-        for (const Frame& frame : kFrames) {
+        for (std::size_t f = 0; f < frames; ++f) {
+            const Frame& frame = kFrames[f % 4];
             FrameHeaderRecord before;
             before.FrameNum = static_cast<std::int32_t>(records.size());
             before.AllFramesNum = 500 + before.FrameNum;
@@ -78,7 +79,8 @@ class Applying : public testing::Test {
         head.rows = 2;
         head.pixelBytes = 16;
         head.texts = {{std::string(frames_key::kPixels), "raw"}, {std::string(frames_key::kComment), "a walk"}};
-        const auto journal = FramesFileBytes(head, records, ClosingRecord(4, EndOfRecording::kStopped));
+        const auto journal =
+            FramesFileBytes(head, records, ClosingRecord(static_cast<std::int64_t>(frames), EndOfRecording::kStopped));
         PutFile(FramesPathOf(request.in), {reinterpret_cast<const char*>(journal.data()), journal.size()});
     }
 
@@ -115,6 +117,47 @@ TEST_F(Applying, GivesImageOrderAsTheLivePictureShows)
     // Detector 6 in the second place: (1600 - 106) / 2.5 = 597.6; a gain of 0 gives 0.
     EXPECT_EQ(Pixels(request.out, 0).substr(0, 4), SampleBytes({0, 597}));
     EXPECT_EQ(FileContents(request.out).size(), 512 + 4 * 96);
+}
+
+// Several blocks of 1 MB, which two threads share.
+TEST_F(Applying, PutsALongRecordingTogetherInItsOrder)
+{
+    constexpr std::size_t kLong = 60'000;
+    PutRecording(kLong);
+    std::int64_t toldLast = 0;
+    EXPECT_EQ(ApplySet(request,
+                       [&](std::int64_t done, std::int64_t all) {
+                           EXPECT_GT(done, toldLast);
+                           EXPECT_EQ(all, kLong);
+                           toldLast = done;
+                       }),
+              std::nullopt);
+    EXPECT_EQ(toldLast, kLong);
+    const std::string result = FileContents(request.out);
+    ASSERT_EQ(result.size(), 512 + kLong * 96);
+    const FramesFile journal = ReadFramesFile(FramesPathOf(request.out));
+    ASSERT_EQ(journal.records.size(), kLong);
+    std::size_t wrong = 0;
+    for (std::size_t f = 0; f < kLong; ++f) {
+        const Frame live = Live(kFrames[f % 4]);
+        FrameHeaderRecord before;
+        std::memcpy(&before, result.data() + 512 + f * 96, sizeof before);
+        const bool right = result.compare(512 + f * 96 + 80, 16, SampleBytes(live)) == 0 &&
+                           std::cmp_equal(before.FrameNum, f) &&
+                           journal.records[f].number == 500 + static_cast<std::int64_t>(f) &&
+                           journal.records[f].pixelCrc == Crc32cByTable(std::as_bytes(std::span(live)));
+        wrong += right ? 0 : 1;
+    }
+    EXPECT_EQ(wrong, 0U);
+}
+
+TEST_F(Applying, ALongRecordingWithABadFrameLeavesNothing)
+{
+    PutRecording(60'000);
+    std::string bytes = FileContents(request.in);
+    bytes[512 + 45'000 * 96 + 90] ^= 1;
+    PutFile(request.in, bytes);
+    ExpectFailure("frame 45000 doesn't fit its checksum");
 }
 
 TEST_F(Applying, MarksTheHeaderAndKeepsTheFrameHeaders)
