@@ -168,7 +168,7 @@ void EnsureCapacity()
 std::uint32_t LargestBatch()
 {
     EnsureCapacity();
-    const std::int64_t frames = std::min<std::int64_t>(numBufFrames, std::ssize(HostFrames));
+    const std::int64_t frames = UsableHostFrames();
     const std::int64_t batch = std::clamp<std::int64_t>(frames, 0, AveragingCapacity);
     if (batch == 0) ShowGrabberError(0, "Image Buffer Board Error!");
     return static_cast<std::uint32_t>(batch);

@@ -212,7 +212,7 @@ bool MemoryWillDo(const Job& job)
 {
     if (!job.ToMemory()) return true;
     if (!HostFramesAllocated) write::buffer.HostFrameBytes = AllocateHostFrames();
-    const auto slots = std::min<std::int64_t>(numBufFrames, std::ssize(HostFrames));
+    const std::int64_t slots = UsableHostFrames();
     if (job.endFrame >= slots) {
         const std::string text = Format("Host RAM has room for %d frames; frame %d has no place in it.",
                                         static_cast<int>(slots), job.endFrame);

@@ -122,6 +122,11 @@ std::int64_t AllocateHostFrames()
     return MakeFrames(count, frameBytes);
 }
 
+std::int32_t UsableHostFrames()
+{
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(numBufFrames, 0, std::ssize(HostFrames)));
+}
+
 std::span<const std::int16_t> ReplayedFrame()
 {
     if (!ReplayActive || LiveVideo || ViewingFile) return {};
@@ -158,7 +163,7 @@ std::int32_t CaptureToHostFrames(std::int32_t count, std::int32_t skip)
     write::hostFrames.HostFrameNext = 0;
     write::hostFrames.HostFramesWithoutBlank = 0;
     // After an allocation that stopped part-way fewer frames stand than are counted.
-    const std::int32_t limit = std::min({count, numBufFrames, static_cast<std::int32_t>(std::ssize(HostFrames))});
+    const std::int32_t limit = std::min(count, UsableHostFrames());
     std::int32_t captured = 0;
     for (; captured < limit && GatherGoesOn(); ++captured) {
         for (std::int64_t blank = 0; blank <= skip; ++blank) {
@@ -182,7 +187,7 @@ std::int32_t ReadHostFrameRect(std::span<std::int16_t> destination, std::int32_t
     const std::int64_t values = std::min(RectangleValues(left, top, right, bottom), std::ssize(destination) + 1);
     // Both starts are counted in bytes and used as values: right for whole frames one at a time, and kept for others.
     const std::int64_t from = 2 * (std::int64_t{top} * ActiveConfig.Hroi + left);
-    const std::int64_t end = std::min<std::int64_t>({last, std::int64_t{numBufFrames} - 1, std::ssize(HostFrames) - 1});
+    const std::int64_t end = std::min(last, UsableHostFrames() - 1);
     for (std::int64_t k = std::max(first, 0); k <= end; ++k) {
         CopyWithOffset(HostFrames[static_cast<std::size_t>(k)], from, destination, 2 * values * (k - first), values);
     }

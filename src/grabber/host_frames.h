@@ -23,6 +23,7 @@ extern const std::int32_t&
 // if numBufFrames is 0. Where memory is refused part-way: "Unable to allocate all of RAM memory requested!" and the
 // bytes so far.
 std::int64_t AllocateHostFrames();
+std::int32_t UsableHostFrames();  // numBufFrames, but no more than stand
 // The main window's timer that replay of stored frames runs on (record/replay.h).
 inline constexpr std::uint32_t kReplayTimer = 5;
 // The stored frame that replay shows, which stands for the camera's frozen one; empty where replay is off, live video

@@ -213,6 +213,11 @@ std::string FramesPathOf(std::string_view sequencePath)
     return std::string(sequencePath) + ".frames";
 }
 
+std::uint32_t RecordField(std::int64_t count)
+{
+    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(count, 0, std::numeric_limits<std::uint32_t>::max()));
+}
+
 FrameRecord Sealed(FrameRecord record)
 {
     record.crc = CrcOf(record);

@@ -104,6 +104,8 @@ struct FramesHead {
 // "x.seq.frames" of "x.seq".
 std::string FramesPathOf(std::string_view sequencePath);
 
+// A count of frames as a record holds it: 32 bits at most.
+std::uint32_t RecordField(std::int64_t count);
 // The record with its own checksum put right.
 FrameRecord Sealed(FrameRecord record);
 // Its checksum holds.

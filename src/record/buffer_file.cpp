@@ -68,7 +68,7 @@ int CheckStore(std::int32_t first, std::int32_t last, const Rectangle& rectangle
 {
     if (!Holds(FrameInStore(), rectangle)) return kBufferRectangleOutside;
     if (HostFrames.empty() || HostFrames.front().size() != CameraFrameValues()) return kBufferRange;
-    const std::int64_t slots = std::min<std::int64_t>(numBufFrames, std::ssize(HostFrames));
+    const std::int64_t slots = UsableHostFrames();
     return first >= 0 && last < slots ? 1 : kBufferRange;
 }
 

@@ -30,11 +30,6 @@ constexpr std::size_t kFewestRingFrames = 16;
 
 Burst burst;
 
-std::int32_t StoreCapacity()
-{
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(numBufFrames, 0, std::ssize(HostFrames)));
-}
-
 std::size_t BurstRingFrames(float frameRate)
 {
     const std::size_t wanted =
@@ -76,7 +71,7 @@ int WaitForFrame()
 // From the ring into its slot in the one pass that brings it into image order.
 void StoreFrame()
 {
-    if (HostFrameNext > StoreCapacity() - 1) write::hostFrames.HostFrameNext = 0;
+    if (HostFrameNext > UsableHostFrames() - 1) write::hostFrames.HostFrameNext = 0;
     const std::span<const std::int16_t> raw = WaitingFrame(0).values;
     CorrectLiveFrame(raw, write::hostFrames.HostFrames[static_cast<std::size_t>(HostFrameNext)], DataOffset);
     DropFrames(1, FrameFate::kRecorded);
@@ -123,7 +118,7 @@ void TellCaptured()
 // to a store correct their frames afterwards.
 void CorrectStoredFrames()
 {
-    const std::int32_t end = std::min(burst.frames, StoreCapacity());
+    const std::int32_t end = std::min(burst.frames, UsableHostFrames());
     for (std::int32_t frame = burst.firstSlot; frame < end; ++frame) {
         CalibrateImageFrame(write::hostFrames.HostFrames[static_cast<std::size_t>(frame)]);
     }
@@ -132,7 +127,7 @@ void CorrectStoredFrames()
 // 1, or a code.
 int CaptureRaw(float frameRate, std::span<const SubSeqRecord> subSequences)
 {
-    if (StoreCapacity() == 0 || !EnsureDecomList()) return kBurstNoStore;
+    if (UsableHostFrames() == 0 || !EnsureDecomList()) return kBurstNoStore;
     const Recording recording(BurstRingFrames(frameRate));
     if (!recording.Began()) return kBurstNoStore;
     const Gather gather(true);

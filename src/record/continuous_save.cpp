@@ -9,6 +9,7 @@
 #include "grabber/frame_size.h"
 #include "grabber/recording.h"
 #include "imagefile/header_write.h"
+#include "imagefile/recorded_sequence.h"
 #include "imagefile/sequence_file.h"
 #include "platform/clock.h"
 #include "platform/disk_space.h"
@@ -25,11 +26,8 @@
 #include "video/video.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -44,8 +42,6 @@ constexpr std::size_t kFrameHeaderWords = kFrameHeaderBytes / 2;
 constexpr std::size_t kSecondsInStamp = 17;  // where the seconds stand in "Thu Nov 12 19:46:55.123 2026\n"
 constexpr float kSecondsOfAMinute = 60;
 constexpr std::int64_t kNsPerUs = 1000;
-constexpr std::int64_t kNsPerMs = 1'000'000;
-constexpr std::int64_t kNsPerSecond = 1'000'000'000;
 constexpr std::int64_t kTickUs = 20'000;  // frames that wait are saved so long before the window gets a turn
 
 struct State {
@@ -94,9 +90,6 @@ const StateNames kStateNames{
 };
 
 // ---- Frame headers
-
-constexpr std::array kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-constexpr std::array kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 float SecondsOfStamp(const TimeStamp& stamp)
 {
@@ -398,19 +391,9 @@ void SetFrameTime(std::int64_t utcNs)
     state.frameUtcNs = utcNs;
 }
 
-// The C library's own text of the time, which no locale changes, with the milliseconds put in.
 void FormatTimeStamp(TimeStamp& text)
 {
-    const auto seconds = static_cast<std::time_t>(state.frameUtcNs / kNsPerSecond);
-    const auto milliseconds = static_cast<int>(state.frameUtcNs % kNsPerSecond / kNsPerMs);
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    std::array<char, 96> whole{};  // as long as any numbers make it
-    std::snprintf(whole.data(), whole.size(), "%.3s %.3s%3d %.2d:%.2d:%.2d.%.3d %d\n",
-                  kDays.at(static_cast<std::size_t>(local.tm_wday)), kMonths.at(static_cast<std::size_t>(local.tm_mon)),
-                  local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec, milliseconds, 1900 + local.tm_year);
-    text = {};
-    std::copy_n(whole.begin(), text.size() - 1, text.begin());
+    text = FrameTimeText(state.frameUtcNs);
 }
 
 void AddFrame(FrameEstimate& estimate, float nowSeconds, float frameRate, bool firstOfFile)

@@ -20,7 +20,6 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -42,11 +41,6 @@ struct Missing {
     std::int64_t byRing = 0;
     std::int64_t passedOver = 0;
 };
-
-std::uint32_t Field(std::int64_t count)
-{
-    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(count, 0, std::numeric_limits<std::uint32_t>::max()));
-}
 
 std::int64_t NowNs()
 {
@@ -186,9 +180,9 @@ bool CloseEvent(Run& r, RecorderEnd end)
     if (!r.event) return true;
     FrameRecord closing = ClosingRecord(0, JournalEnd(end));
     closing.monotonicNs = r.lastNs;
-    closing.lostByBoard = Field(r.missing.byBoard);
-    closing.lostByRing = Field(r.missing.byRing);
-    closing.passedOver = Field(r.missing.passedOver);
+    closing.lostByBoard = RecordField(r.missing.byBoard);
+    closing.lostByRing = RecordField(r.missing.byRing);
+    closing.passedOver = RecordField(r.missing.passedOver);
     const bool closed = r.event->Close(closing);
     r.bytesOfEvents += r.event->Bytes();
     r.event.reset();
@@ -285,9 +279,9 @@ FrameRecord RecordOf(Run& r, const CapturedFrame& frame)
                           .monotonicNs = frame.stamp.monotonicNs,
                           .utcNs = frame.stamp.utcNs,
                           .integrationMs = r.integrationMs,
-                          .lostByBoard = Field(r.missing.byBoard + frame.lostByBoard),
-                          .lostByRing = Field(r.missing.byRing + frame.lostByRing),
-                          .passedOver = Field(r.missing.passedOver),
+                          .lostByBoard = RecordField(r.missing.byBoard + frame.lostByBoard),
+                          .lostByRing = RecordField(r.missing.byRing + frame.lostByRing),
+                          .passedOver = RecordField(r.missing.passedOver),
                           .triggers = static_cast<std::uint32_t>(frame.stamp.triggers),
                           .mark = TakeMark(r, frame.stamp.monotonicNs)};
     if (record.mark != 0) record.flags |= kMarkedFrame;

@@ -21,11 +21,6 @@ constexpr std::int64_t kShowEachMs = 250;
 
 std::int64_t shownAtMs = 0;  // when the dialog last got a number
 
-std::int32_t StoreCapacity()
-{
-    return static_cast<std::int32_t>(std::clamp<std::int64_t>(numBufFrames, 0, std::ssize(HostFrames)));
-}
-
 // Behind the last frame comes the first.
 std::int32_t Wrapped(std::int32_t frame)
 {
@@ -68,7 +63,7 @@ int StartReplay(std::int32_t frames)
 {
     if (frames < 1) return kReplayNoFrames;
     if (HostFrameBytes < 1) return kReplayNoStore;
-    if (frames > StoreCapacity()) return kReplayNoFrames;
+    if (frames > UsableHostFrames()) return kReplayNoFrames;
     FreezeForReplay();
     write::buffer.ReplayActive = 1;
     write::buffer.ReplayPaused = 0;

@@ -4,19 +4,12 @@
 #include "platform/files.h"
 #include "record/recording_head.h"
 
-#include <algorithm>
-#include <limits>
 #include <string>
 #include <utility>
 
 namespace kelvo {
 
 namespace {
-
-std::uint32_t Field(std::int64_t count)
-{
-    return static_cast<std::uint32_t>(std::clamp<std::int64_t>(count, 0, std::numeric_limits<std::uint32_t>::max()));
-}
 
 bool TellsOf(const FramesHead& head, const FramesHead& other)
 {
@@ -47,9 +40,9 @@ std::optional<SaveJournal> SaveJournal::Continue(std::string_view sequencePath, 
 
 FrameRecord SaveJournal::WithMissing(FrameRecord record, const Missing& missing)
 {
-    record.lostByBoard = Field(missing.byBoard);
-    record.lostByRing = Field(missing.byRing);
-    record.passedOver = Field(missing.passedOver);
+    record.lostByBoard = RecordField(missing.byBoard);
+    record.lostByRing = RecordField(missing.byRing);
+    record.passedOver = RecordField(missing.passedOver);
     return record;
 }
 

@@ -73,7 +73,7 @@ class RecorderKilled : public RecorderTest {
         EXPECT_EQ(journal.records.size(), file.frames.size());
         for (std::size_t i = 0; i < std::min(journal.records.size(), file.frames.size()); ++i) {
             EXPECT_EQ(journal.records[i].pixelCrc, Crc32cByTable(std::as_bytes(std::span(file.frames[i]))));
-            EXPECT_EQ(file.frameHeaders[i].AllFramesNum, journal.records[i].number);
+            EXPECT_EQ(+file.frameHeaders[i].AllFramesNum, journal.records[i].number);
         }
         EXPECT_EQ(RecoverSequence(path, true).outcome, Recovery::kClean);
         return journal.records;
