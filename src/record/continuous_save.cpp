@@ -155,6 +155,7 @@ SaveStart CreateSaveFile()
     if (!WriteHeader(run->header)) {
         SaveFile.reset();
         DeleteFileNamed(run->options.path);
+        DeleteFileNamed(FramesPathOf(run->options.path));  // of a file that was to be deleted
         write::file.ImageHeader = before;
         return SaveStart::kCantOpen;
     }

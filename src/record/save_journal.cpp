@@ -25,7 +25,7 @@ std::optional<SaveJournal> SaveJournal::New(std::string_view sequencePath, bool 
     FramesHead head = HeadOfRecording();
     head.SetText(frames_key::kPixels, corrected ? kCorrectedPixels : kRawPixels);
     std::optional<FramesFileWriter> file = FramesFileWriter::Create(path, head);
-    return file ? std::optional(SaveJournal(std::move(*file), false)) : std::nullopt;
+    return file ? std::optional(SaveJournal(std::move(*file), 0)) : std::nullopt;
 }
 
 std::optional<SaveJournal> SaveJournal::Continue(std::string_view sequencePath, std::int64_t frames)
@@ -35,7 +35,7 @@ std::optional<SaveJournal> SaveJournal::Continue(std::string_view sequencePath, 
     if (journal.fault != FramesFault::kNone || !TellsOf(journal.head, HeadOfRecording())) return std::nullopt;
     if (std::ssize(journal.records) != frames) return std::nullopt;
     std::optional<FramesFileWriter> file = FramesFileWriter::Continue(path, journal);
-    return file ? std::optional(SaveJournal(std::move(*file), frames > 0)) : std::nullopt;
+    return file ? std::optional(SaveJournal(std::move(*file), frames)) : std::nullopt;
 }
 
 FrameRecord SaveJournal::WithMissing(FrameRecord record, const Missing& missing)
@@ -50,11 +50,12 @@ bool SaveJournal::Append(const CapturedFrame& taken, std::span<const std::int16_
 {
     missing_.byBoard += taken.lostByBoard;
     missing_.byRing += taken.lostByRing;
+    const bool isFirstOfRun = framesBefore_ > 0 && file_.Records() == framesBefore_;
     const FrameRecord record = {.number = taken.stamp.number,
                                 .monotonicNs = taken.stamp.monotonicNs,
                                 .utcNs = taken.stamp.utcNs,
                                 .integrationMs = integrationMs,
-                                .flags = isFirstOfRun_ ? std::uint32_t{kFirstOfRun} : 0,
+                                .flags = isFirstOfRun ? std::uint32_t{kFirstOfRun} : 0,
                                 .triggers = static_cast<std::uint32_t>(taken.stamp.triggers),
                                 .pixelCrc = Crc32c(std::as_bytes(pixels))};
     if (!file_.Append(WithMissing(record, missing_))) return false;

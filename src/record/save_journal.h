@@ -39,13 +39,15 @@ class SaveJournal {
         std::int64_t byRing = 0;
         std::int64_t passedOver = 0;
     };
-    SaveJournal(FramesFileWriter file, bool addsToFrames) : file_(std::move(file)), isFirstOfRun_(addsToFrames) {}
+    SaveJournal(FramesFileWriter file, std::int64_t framesBefore) : file_(std::move(file)), framesBefore_(framesBefore)
+    {
+    }
     static FrameRecord WithMissing(FrameRecord record, const Missing& missing);
 
     FramesFileWriter file_;
     Missing missing_;
     Missing beforeLast_;
-    bool isFirstOfRun_;  // the next frame, behind those of an earlier run
+    std::int64_t framesBefore_;  // of earlier runs
 };
 
 }  // namespace kelvo

@@ -578,9 +578,37 @@ TEST_F(ContinuousSave, GoesOnWithTheJournalOfAFileThatItAddsTo)
     const FramesFile journal = Journal();
     EXPECT_THAT(NumbersOf(journal), ElementsAre(1, 2, 53, 54));
     EXPECT_EQ(journal.records[2].flags, std::uint32_t{kFirstOfRun});
+    EXPECT_EQ(journal.records[3].flags, 0U) << "the first one alone";
     EXPECT_THAT(GapsOf(journal.records), IsEmpty()) << "nothing is missing between two runs";
     EXPECT_EQ(journal.closing.value_or(FrameRecord{}).number, 4);
     EXPECT_EQ(journal.bytesBehind, 0);
+    ExpectTrueChecksums(0);
+}
+
+TEST_F(ContinuousSave, TellsAFrameThatTheDiskRefusedInALaterRunToo)
+{
+    Run(2);
+    options.addsToFile = true;
+    Begin();
+    {
+        const FullDisk disk(512 + 2 * kFrameBytes + 3);  // the run's first one in part
+        EXPECT_EQ(SaveTick(), SaveTrouble::kNotWritten);
+    }
+    Ticks(1);
+    {
+        const FullDisk disk(512 + 3 * kFrameBytes + 3);
+        EXPECT_EQ(SaveTick(), SaveTrouble::kNotWritten);
+    }
+    Ticks(1);
+    EndSave();
+    const FramesFile journal = Journal();
+    ASSERT_EQ(journal.records.size(), 4U);
+    EXPECT_EQ(journal.records[2].flags, std::uint32_t{kFirstOfRun});
+    EXPECT_EQ(journal.records[3].flags, 0U);
+    const std::vector<FrameGap> gaps = GapsOf(journal.records);
+    ASSERT_EQ(gaps.size(), 1U);
+    EXPECT_EQ(gaps[0].beforeFrame, 3);
+    EXPECT_EQ(gaps[0].unexplained, 1);
     ExpectTrueChecksums(0);
 }
 
@@ -720,12 +748,14 @@ TEST_F(ContinuousSave, TellsWhatCannotBeOpened)
 
 TEST_F(ContinuousSave, LeavesNoFileWhoseHeaderTheDiskRefused)
 {
+    Run(1);  // what stands there is to be deleted
     const ImageHeaderRecord before = ImageHeader;
     {
         const FullDisk disk(100);
         EXPECT_EQ(BeginSave(options), SaveStart::kCantOpen);
     }
     EXPECT_FALSE(std::filesystem::exists(options.path));
+    EXPECT_FALSE(std::filesystem::exists(FramesPathOf(options.path)));
     EXPECT_EQ(std::memcmp(&before, &ImageHeader, sizeof before), 0);
 }
 
