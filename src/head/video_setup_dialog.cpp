@@ -12,13 +12,13 @@
 #include "head/oscilloscope.h"
 #include "head/scope_frame_write.h"
 #include "head/video_settings.h"
+#include "output/print_image.h"
 #include "pixel/saturation.h"
 #include "pixel/unity_coefficients.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/paint.h"
 #include "platform/pointer.h"
-#include "platform/print.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
@@ -509,9 +509,7 @@ void PickUnit(HWND dialog)
 void PrintPlot(HWND dialog)
 {
     const TickPause pause(dialog);
-    const auto picture = CaptureWindowBitmap(dialog, kCaptureWindow);
-    if (picture && PrintPicture(*picture, GetWindowText(dialog))) return;
-    Tell(dialog, "The plot could not be printed.\nIs there a printer that is switched on?");
+    PrintImage(dialog);
 }
 
 void SavePlot(HWND dialog)

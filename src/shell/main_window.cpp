@@ -30,6 +30,7 @@
 #include "ui/status.h"
 #include "ui/undo.h"
 #include "video/cursor_command.h"
+#include "video/held_picture.h"
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
 #include "video/video.h"
@@ -132,7 +133,7 @@ void OnLiveTimer(HWND window)
         RestartLiveRate();
         return;
     }
-    if (!PeriodicUpdates) {  // a long acquisition owns the board
+    if (!PeriodicUpdates || PictureIsHeld()) {  // a long acquisition owns the board, or a measurement the picture
         AccountHeldUp();
         RestartLiveRate();
         SetTimer(window, kLiveTimer, kHeldOffMs);
@@ -157,7 +158,7 @@ void OnLiveTimer(HWND window)
 LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
 {
     if (wParam == kPlayTimer) {
-        PlayNextFrame();
+        if (!PictureIsHeld()) PlayNextFrame();
         return 0;
     }
     KillTimer(window, static_cast<std::uint32_t>(wParam));
@@ -169,7 +170,11 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
             OnLiveTimer(window);
             return 0;
         case kReplayTimer:
-            OnReplayTimer();
+            if (PictureIsHeld()) {
+                SetTimer(window, kReplayTimer, kHeldOffMs);
+            } else {
+                OnReplayTimer();
+            }
             return 0;
         case kFitTimer:
             OnFitTimer();
