@@ -26,6 +26,7 @@
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
 #include "pixel/bad_pixels.h"
+#include "pixel/region_marks.h"
 #include "platform/reset.h"
 #include "record/capture_sequence.h"
 #include "record/continuous_save.h"
@@ -126,6 +127,7 @@ constexpr void (*kModules[])() = {
     ResetFrameRateTable,
     ResetSettings,
     ResetBadPixels,
+    ResetRegionMarks,
     ResetColorMap,
     ResetDisplayPipeline,
     ResetContinuousSaveDialog,
