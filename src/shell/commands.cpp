@@ -1,5 +1,6 @@
 #include "shell/commands.h"
 
+#include "analysis/line_plot_dialog.h"
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
 #include "calib/report_dialog.h"
@@ -99,6 +100,7 @@ constexpr Command kCommands[] = {
     {kCmdImageCursor, Then<ToggleImageCursor, CommandEnd::kLeaveStatus>},
     {kCmdTrackball, Then<ToggleTrackballMode, CommandEnd::kLeaveStatus>},
     {kCmdNextColorMap, ShowNextColorMap},
+    {kCmdLinePlot, LinePlot},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
     {kCmdHelpSearch, Then<SearchHelp>},

@@ -1,5 +1,9 @@
 #include "reset/reset.h"
 
+#include "analysis/line_plot_dialog.h"
+#include "analysis/line_plot_view.h"
+#include "analysis/line_settings.h"
+#include "analysis/line_setup.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -128,6 +132,10 @@ constexpr void (*kModules[])() = {
     ResetSettings,
     ResetBadPixels,
     ResetRegionMarks,
+    ResetLineSettings,
+    ResetLinePlotView,
+    ResetLinePlotDialog,
+    ResetLineSetup,
     ResetColorMap,
     ResetDisplayPipeline,
     ResetContinuousSaveDialog,
