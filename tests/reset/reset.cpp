@@ -25,6 +25,7 @@
 #include "head/scope_frame.h"
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
+#include "imagefile/tiff_file.h"
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
 #include "record/capture_sequence.h"
@@ -117,6 +118,7 @@ constexpr void (*kModules[])() = {
     ResetCameraState,
 
     ResetHeader,
+    ResetTiffHead,
     ResetFileLists,
     ForgetRecentFiles,
     ResetSelectFile,
