@@ -29,6 +29,7 @@
 #include "head/scope_frame.h"
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
+#include "imagefile/tiff_file.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/region_marks.h"
 #include "platform/reset.h"
@@ -122,6 +123,7 @@ constexpr void (*kModules[])() = {
     ResetCameraState,
 
     ResetHeader,
+    ResetTiffHead,
     ResetFileLists,
     ForgetRecentFiles,
     ResetSelectFile,
