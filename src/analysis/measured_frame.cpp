@@ -55,7 +55,10 @@ int ReadFrameToMeasure()
 {
     if (!LiveVideo) return 1;
     const std::span<std::int16_t> room = RoomForCameraFrame();
-    if (room.empty() || !GetVideoData(room)) return 0;
+    const std::size_t values = room.size();
+    if (values == 0 || (LiveFrame.size() != values && !AllocateBlock(write::frames.LiveFrame, values))) return 0;
+    if (!GetVideoData(std::span(write::frames.LiveFrame))) return 0;
+    std::ranges::copy(LiveFrame, room.begin());
     NoteScriptFrame();
     return 1;
 }

@@ -17,8 +17,8 @@ bool SomethingToMeasure();
 // only the room is made. False where memory is refused; then the old block stands.
 bool KeepFrameOnView();
 
-// With live video: the camera's newest frame, corrected, into ImageBuffer; nothing is drawn. 1, or 0 on failure (the
-// board's own is told in a box). Frozen and stored it does nothing: 1.
+// With live video: the camera's newest frame, corrected, into LiveFrame and ImageBuffer; nothing is drawn. 1, or 0 on
+// failure (the board's own is told in a box). Frozen and stored it does nothing: 1.
 int ReadFrameToMeasure();
 
 // Rows x columns of FrameSizeOnView, row-major; empty where ImageBuffer holds fewer.

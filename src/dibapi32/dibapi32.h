@@ -75,8 +75,8 @@ constexpr int kDibErrorGeneral = 21;
 // header says. A bitmap without the 40-byte header leaves an empty file and gives 0. The header's biSizeImage is set.
 int SaveDib(const Dib& dib, std::string_view path);
 
-// The same as a PNG file of 8 bits with the bitmap's colour table; 20, 3, 4 as above, 21 for a bitmap that isn't of
-// plain rows of 8 bits, or whose block holds fewer rows than its header says.
+// The same as a PNG file, of 8 bits with the bitmap's colour table or of 24; 20, 3, 4 as above, 21 for a bitmap that
+// isn't of plain rows of 8 or 24 bits, or whose block holds fewer rows than its header says.
 int SavePng(const Dib& dib, std::string_view path);
 
 // Shows the text of an error number under the caption "Error"; "Undefined Error!" for a number that has none.

@@ -192,10 +192,12 @@ FilterList FiltersFor(std::string_view pattern)
     return {{kAll, kImages, kSequences, kBuffers}, "img"};
 }
 
-int SelectFile(HWND window, std::string& path, int mode, std::function<bool(const std::string&)> accept)
+int SelectFile(HWND window, std::string& path, int mode, std::function<bool(const std::string&)> accept,
+               std::span<const FileFilter> others)
 {
     const ModeTexts& texts = kModes[std::clamp(mode, 0, 2)];
-    const FilterList list = FiltersOfDialog(path, texts.dialog);
+    FilterList list = FiltersOfDialog(path, texts.dialog);
+    list.filters.insert(list.filters.end(), others.begin(), others.end());
     OpeningDirectory opening(texts.dialog);
     const StatusHint hint(texts.status);
     const FileDialogResult result = RunFileDialog({.owner = window,
