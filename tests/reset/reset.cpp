@@ -1,5 +1,6 @@
 #include "reset/reset.h"
 
+#include "analysis/frame_graph_settings_write.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -156,6 +157,7 @@ constexpr void (*kModules[])() = {
     ResetSaveDialog,
     ResetBitmapCommand,
     ResetSaving,
+    ResetGraphSettings,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,
