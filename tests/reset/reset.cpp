@@ -4,6 +4,7 @@
 #include "analysis/line_plot_view.h"
 #include "analysis/line_settings.h"
 #include "analysis/line_setup.h"
+#include "analysis/frame_graph_settings_write.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -168,6 +169,7 @@ constexpr void (*kModules[])() = {
     ResetSaveDialog,
     ResetBitmapCommand,
     ResetSaving,
+    ResetGraphSettings,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,
