@@ -2,6 +2,7 @@
 // ImageBuffer behind ImageHeaderDataOffset, be it stored, frozen or the camera's newest.
 #pragma once
 
+#include "display/lookup_table.h"
 #include "grabber/frame_size.h"
 #include "platform/types.h"
 
@@ -25,10 +26,6 @@ int ReadFrameToMeasure();
 std::span<const std::int16_t> FrameToMeasure();
 
 // The range of counts on view: the header's with a file on view, else the live one.
-struct CountRange {
-    std::int32_t low = 0;
-    std::int32_t high = 0;
-};
 CountRange RangeOnView();
 
 }  // namespace kelvo
