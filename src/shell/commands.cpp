@@ -40,6 +40,7 @@
 #include "viewing/playback.h"
 #include "viewing/recorded_dialog.h"
 #include "viewing/save_commands.h"
+#include "viewing/tiff_command.h"
 #include "viewing/view_commands.h"
 
 #include <algorithm>
@@ -85,6 +86,8 @@ constexpr Command kCommands[] = {
     {kCmdVideoSetup, VideoSetup},
     {kCmdImageSetup, ImageSetup},
     {kCmdConfiguration, Configure},
+    {kCmdSaveTiff8, SaveTiff8},
+    {kCmdSaveTiff16, SaveTiff16},
     {kCmdDialogHelp, Then<ShowDialogHelp, CommandEnd::kLeaveStatus>},
     {kCmdNewCalibration, NewCalibration},
     {kCmdUpdateCalibration, UpdateCalibration},

@@ -4,6 +4,7 @@
 #include "analysis/line_plot_view.h"
 #include "analysis/line_settings.h"
 #include "analysis/line_setup.h"
+#include "analysis/frame_graph_settings_write.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -29,6 +30,7 @@
 #include "head/scope_frame.h"
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
+#include "imagefile/tiff_file.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/region_marks.h"
 #include "platform/reset.h"
@@ -122,6 +124,7 @@ constexpr void (*kModules[])() = {
     ResetCameraState,
 
     ResetHeader,
+    ResetTiffHead,
     ResetFileLists,
     ForgetRecentFiles,
     ResetSelectFile,
@@ -166,6 +169,7 @@ constexpr void (*kModules[])() = {
     ResetSaveDialog,
     ResetBitmapCommand,
     ResetSaving,
+    ResetGraphSettings,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,
