@@ -80,6 +80,10 @@ for _, id in ipairs { 125, 126 } do
   check.answer_box("Video Data Acquisition Failed, Hardware error", "ok", "Kelvo message")
 end
 
+-- A plot needs a picture.
+command(161)
+check.eq({ dialog(), box(), status() }, { nil, nil, "There is nothing to measure: open an image or turn the camera on" })
+
 -- Colour maps.
 for id, color in pairs { [143] = 1230, [144] = 1231, [145] = 1232 } do
   command(id)
