@@ -153,16 +153,27 @@ for y = 0, height - 1 do
 end
 assert(red > 200 and white > 50000, red .. " red, " .. white .. " white")
 
--- The disk fails: told, and the file that stood there stays.
-sim.fault("disk", 1)
-press(1606)
-choose(datadir() .. "/line.csv")
-check.eq(box() and box().buttons[1], "yes", "the name stands already")
-answer("yes")
-assert(box(), "the failure is told")
-answer("ok")
-check.eq(readfile(datadir() .. "/line.csv"), csv)
-sim.fault("disk", 0)
+-- The disk fails at each step: told, and the file that stood there stays, whole and alone.
+wait(1100)
+for _, name in ipairs { "line.bmp", "line.png", "line.csv" } do
+  local bytes, names, steps = readfile(datadir() .. "/" .. name), listdir(datadir()), 0
+  repeat
+    sim.fault("disk", steps + 1)
+    press(1606)
+    choose(datadir() .. "/" .. name)
+    check.eq(box() and box().buttons[1], "yes", "the name stands already")
+    answer("yes")
+    local failed = box() ~= nil
+    if failed then
+      answer("ok")
+      steps = steps + 1
+      check.eq({ readfile(datadir() .. "/" .. name) == bytes, dialog() }, { true, "LINEPLOT" }, name .. ", step " .. steps)
+      check.eq(listdir(datadir()), names, name .. ", step " .. steps)
+    end
+  until not failed
+  sim.fault("disk", 0)
+  assert(steps >= 3 and steps < 20, ("%s: %d steps"):format(name, steps))
+end
 
 press(339)
 check.answer_box("The plot could not be printed.\nIs there a printer that is switched on?", "ok")
