@@ -64,6 +64,7 @@
 #include "ui/recent_files.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
+#include "usermodule/user_menu.h"
 #include "video/cursor_command.h"
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
@@ -158,6 +159,7 @@ constexpr void (*kModules[])() = {
     ResetSaveDialog,
     ResetBitmapCommand,
     ResetSaving,
+    ResetUserMenu,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,
