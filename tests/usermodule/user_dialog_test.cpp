@@ -12,6 +12,9 @@
 #include "ui/status.h"
 #include "usermodule/user_menu.h"
 
+#include <QApplication>
+#include <QWidget>
+
 #include <gmock/gmock.h>
 
 namespace kelvo {
@@ -66,6 +69,26 @@ TEST_F(UserDialog, ShowsTitleAndPrompts)
     EXPECT_THAT(op->Texts("dialog", "text"), ElementsAre("All of them"));
     EXPECT_THAT(laboratory.dispatched, IsEmpty());
     EXPECT_THAT(op->Boxes(), IsEmpty());
+}
+
+TEST_F(UserDialog, GrowsWithItsPrompts)
+{
+    const std::string widest(40, 'W');
+    BeginUserMenu();
+    SetUserMenuName(900, "&All...");
+    SetUserParmNames(900, "Wide", widest.c_str(), widest.c_str(), widest.c_str(), widest.c_str());
+    op->Do([] {
+        const QWidget* const dialog = QApplication::activeModalWidget();
+        ASSERT_NE(dialog, nullptr);
+        for (const char* name : {"prompt1", "parm1", "prompt4", "parm4", "cancelButton"}) {
+            const auto* const control = dialog->findChild<QWidget*>(QLatin1String(name));
+            ASSERT_NE(control, nullptr) << name;
+            EXPECT_TRUE(dialog->rect().contains(control->geometry())) << name;
+            EXPECT_GE(control->width(), control->sizeHint().width()) << name;
+        }
+        OperatePress(DialogInFront(), kIdCancel);
+    });
+    EXPECT_EQ(RunUserModule(900), 0);
 }
 
 TEST_F(UserDialog, TheFourthFieldIsReadForAll)
