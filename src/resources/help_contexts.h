@@ -76,6 +76,7 @@ constexpr int kHelpUndo = 2050;
 constexpr int kHelpPlaying = 2051;
 constexpr int kHelpRecorded = 2060;
 constexpr int kHelpSaveTiff = 2117;
+constexpr int kHelpUserFunctions = 2118;
 
 // No page stands for these: help shows the contents instead. They belong to older menus, to commands that this version
 // hasn't got, and to pages that are still to be written.

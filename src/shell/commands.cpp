@@ -32,6 +32,7 @@
 #include "ui/command_end.h"
 #include "ui/not_available.h"
 #include "ui/status.h"
+#include "usermodule/user_dialog.h"
 #include "video/cursor_command.h"
 #include "video/image_cursor.h"
 #include "video/picture_commands.h"
@@ -176,7 +177,8 @@ struct CommandRange {
 
 constexpr CommandRange kRanges[] = {
     {kCmdZoomPanFirst, kCmdZoomPanLast, MovePicture},
-    {kCmdUserFirst, kCmdUserLast, NotAvailable},
+    {kCmdNoUserFunction, kCmdNoUserFunction, UserCommand},
+    {kCmdUserFirst, kCmdUserLast, UserCommand},
     {kCmdRecentFirst, kCmdRecentFirst + kRecentFileCount - 1, OpenRecent},
 };
 

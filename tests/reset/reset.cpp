@@ -70,6 +70,7 @@
 #include "ui/recent_files.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
+#include "usermodule/user_menu.h"
 #include "video/cursor_command.h"
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
@@ -170,6 +171,7 @@ constexpr void (*kModules[])() = {
     ResetBitmapCommand,
     ResetSaving,
     ResetGraphSettings,
+    ResetUserMenu,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,

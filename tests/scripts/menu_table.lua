@@ -40,15 +40,16 @@ end
 for _, id in ipairs { 117, 160 } do check.eq(enabled("panel", id), false, "panel " .. id) end
 for _, id in ipairs { 106, 107, 114, 121, 1016 } do check.eq(enabled("panel", id), true, "panel " .. id) end
 
--- The key of one still tells, and so do commands that user modules will have.
+-- The key of one still tells.
 for _, name in ipairs { "Shift+F8", "Shift+PrintScrn" } do
   key(name)
   check.answer_box("This command is not available in this version of Kelvo.", "ok")
 end
-for _, id in ipairs { 900, 999 } do
+-- There are no user-written functions.
+for _, id in ipairs { 180, 900, 999 } do
+  check.eq(menu(id), nil)
   command(id)
-  check.eq(box().text, "This command is not available in this version of Kelvo.", "command " .. id)
-  answer("ok")
+  check.answer_box("Error in User Menu ID number(s).", "ok", "User Software Module Error")
   check.eq(box(), nil)
   check.eq(status(), " Use Alt + underlined menu item or trackball to select menu item")
 end

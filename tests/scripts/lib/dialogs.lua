@@ -561,6 +561,10 @@ rows.BIORAD_SAVE = {
   refused = { { set = { [102] = "0" } }, { set = { [109] = "1000" } } },
 }
 
+-- Of the program with the functions of examples/user-module.
+rows.USERDLG = { open = opens(901, "USERDLG"), ways = { "cancelled", "closed" } }
+rows.USERRESP = { open = opens(903, "USERRESP"), ways = { "cancelled", "closed" } }
+
 -- Each dialog that has no row, with the reason.
 -- --- Dialogs that measure -------------------------------------------------------------------------------------------------------
 

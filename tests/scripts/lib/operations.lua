@@ -345,6 +345,24 @@ rows.average = {
   kept = with(picture, { FilePathBuf = "the name that was chosen", FramesToAverageImage = "chosen" }),
 }
 -- A capture that fails is told and doesn't end the run: a frame of the store may count that stood there before.
+-- A new frame as a TIFF file, in place of another file that stands there.
+rows.save_tiff = {
+  arms = true,
+  setup = function()
+    local out <close> = assert(io.open(datadir() .. "/picture.tif", "wb"))
+    out:write("another's")
+  end,
+  run = function()
+    command(126)
+    operations.arm()
+    choose(datadir() .. "/picture.tif")
+    if box() and box().caption == "Save File" then answer("yes") end  -- it exists already
+  end,
+  done = function(after) return #after["file picture.tif"] == 782 + 2 * 320 * 256 end,
+  writes = with(picture, { ["file picture.tif"] = "the picture", LastFileDirectory = "of the file", SelectedPaths = "the name that was chosen" }),
+  kept = with(picture, { LastFileDirectory = "of the file", SelectedPaths = "the name that was chosen" }),
+}
+
 rows.average.told = { ["icp_read_area() Error"] = { kept = rows.average.writes } }
 
 rows.image_setup = {
