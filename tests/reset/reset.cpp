@@ -25,6 +25,8 @@
 #include "head/scope_frame.h"
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
+#include "output/print_image.h"
+#include "output/print_page.h"
 #include "pixel/bad_pixels.h"
 #include "platform/reset.h"
 #include "record/capture_sequence.h"
@@ -155,6 +157,8 @@ constexpr void (*kModules[])() = {
     ResetScopeFrame,
     ResetSaveDialog,
     ResetBitmapCommand,
+    ResetPrintImage,
+    ResetPrintPage,
     ResetSaving,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,

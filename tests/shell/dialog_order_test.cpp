@@ -71,6 +71,8 @@ const Order kOrders[] = {
     {"CALVOLT", {101, 1, 2, 9}, ""},
     {"CLOCK_ON", {1070, 1072, 1074, 2}, ""},
     {"CONTSAVE", {1460, 20701, 1784, 1785, 1630, 626, 1038, 1030, 1395, 1397, 1346, 124, 1, 2, 9}, "h"},
+    // 104 and 106 stand disabled.
+    {"DIBPRINT", {101, 108, 109, 21802, 1, 2}, ""},
     // 1239, 1250, 1252 and 1254 stand disabled.
     {"DISPLAY", {1242, 1246, 1238, 1230, 1256, 1248, 1, 2, 9}, "ch"},
     {"FRAMERATE", {624, 6, 7, 9}, ""},
@@ -81,6 +83,7 @@ const Order kOrders[] = {
     {"ImgHead", {101, 1, 2}, ""},
     {"PANEL", {}, ""},
     {"PLAYBAR", {}, ""},
+    {"PRINTING", {2}, ""},
     {"QVF1058", {624, 626, 651, 660, 670, 1256, 1020, 339, 1606, 1, 2, 9}, ""},
     {"RECORDED", {21103, 21104, 21105, 21106, 2, 9}, ""},
     // What acts first, the settings, then what is looked at before.
