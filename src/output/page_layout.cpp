@@ -1,6 +1,7 @@
 #include "output/page_layout.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -25,7 +26,7 @@ std::int64_t BestFitHeight(Point size, const PrinterPage& page)
 // In the picture, of an edge on the page.
 int Nearest(int edge, double pixelLength)
 {
-    return static_cast<int>(edge / pixelLength + 0.5);
+    return static_cast<int>(std::floor(edge / pixelLength + 0.5));
 }
 
 }  // namespace

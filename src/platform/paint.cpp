@@ -383,8 +383,9 @@ int PictureTextHeight()
 bool DrawPictureText(DeviceBitmap& picture, int x, int y, std::string_view text, ColorRef color, ColorRef background)
 {
     if (picture.pixels.empty() || FaultIsSet("text")) return false;
-    QImage canvas(reinterpret_cast<uchar*>(picture.pixels.data()), picture.width, picture.height,
-                  picture.width * static_cast<int>(sizeof(std::uint32_t)), QImage::Format_RGB32);
+    const auto rowBytes = static_cast<qsizetype>(sizeof(std::uint32_t)) * picture.width;
+    QImage canvas(reinterpret_cast<uchar*>(picture.pixels.data()), picture.width, picture.height, rowBytes,
+                  QImage::Format_RGB32);
     // The edges of letters that are tuned to a screen's colours are coloured.
     QFont font = QGuiApplication::font();
     font.setStyleStrategy(QFont::NoSubpixelAntialias);
