@@ -32,7 +32,7 @@ namespace {
 
 Dib printDib;
 bool printsFrameOnView = false;  // or another window
-std::string outcome;             // of a print that was begun
+std::string outcome;             // of a print that was begun, as the status line tells it
 
 // What the operator chose.
 struct PrintOptions {
@@ -87,11 +87,11 @@ bool AgreeToWhatIsCut(HWND dialog, const PrintOptions& options, const Dib& pictu
 std::string Outcome(int error, const std::string& pdfPath)
 {
     if (error != 0) return std::string(DibErrorText(error));
-    if (PrintAborted) return "Printing was stopped: nothing is printed";
-    if (!pdfPath.empty()) return "Printed into " + pdfPath;
+    if (PrintAborted) return " Printing was stopped: nothing is printed";
+    if (!pdfPath.empty()) return " Printed into " + pdfPath;
     const std::unique_ptr<Printer> printer = PrinterDevice();
-    if (!printer) return "Printed";
-    return printer->IsFile() ? "Printed into " + printer->Port() : "Printed on " + printer->Name();
+    if (!printer) return " Printed";
+    return printer->IsFile() ? " Printed into " + printer->Port() : " Printed on " + printer->Name();
 }
 
 void Print(HWND dialog)
@@ -167,7 +167,7 @@ void TellOutcome()
     if (outcome.empty()) {
         StatusString(kIdleHint, kLeftAligned);
     } else {
-        StatusNote(" " + outcome);
+        StatusNote(outcome);
     }
 }
 

@@ -97,7 +97,7 @@ class PrintImageTest : public PictureTest {
     std::string pdf = directory / "page.pdf";
 };
 
-TEST_F(PrintImageTest, OpensAsThePartsOfItsSizeSay)
+TEST_F(PrintImageTest, OpensWithBestFitACaptionBelowAndNoAxes)
 {
     EXPECT_EQ(Run({[](HWND dialog) {
                        EXPECT_EQ(DialogName(dialog), "DIBPRINT");
@@ -174,6 +174,15 @@ TEST_F(PrintImageTest, ScalesAreReadFromTheFields)
     EXPECT_NEAR(dots.height, kHeight * 40 / 8, 1);
 }
 
+TEST_F(PrintImageTest, ACaptionHasAtMostAHundredAndNineteenCharacters)
+{
+    Run({[](HWND dialog) {
+             EXPECT_TRUE(OperateText(dialog, 108, std::string(119, 'i')));
+             EXPECT_FALSE(OperateText(dialog, 108, std::string(120, 'j'))) << "the field doesn't take it whole";
+         },
+         Press(2)});
+}
+
 TEST_F(PrintImageTest, CancelPrintsNothing)
 {
     EXPECT_EQ(Run({Press(2)}), 0);
@@ -213,12 +222,12 @@ TEST_F(PrintImageTest, AFailedPrintIsToldOnTheStatusLine)
 {
     SetFault("start printing", true);
     EXPECT_EQ(Run({Press(1)}), 1);
-    EXPECT_EQ(StatusText, " Printer: StartDoc failed!");
+    EXPECT_EQ(StatusText, "Printer: StartDoc failed!");
     EXPECT_THAT(op->Boxes(), IsEmpty());
     SetFault("start printing", false);
     SetFault("end printing", true);
     EXPECT_EQ(Run({Press(1)}), 1);
-    EXPECT_EQ(StatusText, " Printer: EndDoc failed!");
+    EXPECT_EQ(StatusText, "Printer: EndDoc failed!");
 }
 
 TEST_F(PrintImageTest, AStoppedPrintIsToldOnTheStatusLine)
@@ -299,7 +308,7 @@ TEST_F(PrintImageTest, APdfFileCanBeChosenInPlaceOfThePrinter)
     EXPECT_FALSE(FileExists(pdf));
 }
 
-TEST_F(PrintImageTest, AnotherWindowIsPrintedAsItIsSeenAndWithoutACaption)
+TEST_F(PrintImageTest, APrintoutFromAnotherWindowIsAsItIsSeenAndHasNoCaption)
 {
     RegisterWindowClass({.name = "PLOT", .procedure = nullptr, .icon = {}});
     const HWND plot = CreateChildWindow("PLOT", hWndMain, {0, 0, 40, 30});

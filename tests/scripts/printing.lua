@@ -101,7 +101,7 @@ for fault, told in pairs {
     press(1)
     choose(dir .. "/stopped.pdf")
     sim.fault(fault, false)
-    check.eq(status(), " " .. told)
+    check.eq(status(), told)
   end, { StatusText = "the error" })
   before = unchanged.snapshot()
 end
