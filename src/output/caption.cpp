@@ -34,7 +34,7 @@ Dib AddCaption(Dib dib, std::string_view text, int x, int y)
     if (!picture) return nullptr;
     const int top = picture->height + y;
     if (y >= 1 && !GrowByWhiteRows(*picture, 1 + PictureTextHeight() + y)) return nullptr;
-    DrawPictureText(*picture, x, top, text, kBlack, kWhite);
+    if (!DrawPictureText(*picture, x, top, text, kBlack, kWhite)) return nullptr;
     return DibFromBitmap(*picture);
 }
 

@@ -21,6 +21,7 @@
 #include "video/something_on_view.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>

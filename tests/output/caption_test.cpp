@@ -1,6 +1,7 @@
 #include "output/caption.h"
 
 #include "dibapi32/dibapi32.h"
+#include "platform/faults.h"
 #include "platform/memory.h"
 #include "platform/paint.h"
 #include "support/operator.h"
@@ -117,7 +118,7 @@ TEST_F(Caption, KeepsTheColoursOfAPalette)
     EXPECT_EQ(bitmap->pixels[1], 0x0A141EU);
 }
 
-TEST_F(Caption, WithoutMemoryIsNone)
+TEST_F(Caption, WithoutMemoryOrItsTextThereIsNone)
 {
     for (int n = 1; n <= 3; ++n) {  // the picture, its growth, the new bitmap
         const Dib dib = Picture();
@@ -125,6 +126,8 @@ TEST_F(Caption, WithoutMemoryIsNone)
         EXPECT_FALSE(AddCaption(dib, "x", 2, 2)) << n;
     }
     EXPECT_FALSE(AddCaption(nullptr, "x", 2, 2));
+    SetFault("text", true);
+    EXPECT_FALSE(AddCaption(Picture(), "x", 2, 2)) << "none is left out";
 }
 
 }  // namespace

@@ -138,9 +138,8 @@ TEST_F(PrintImageTest, AnEmptyCaptionPrintsTheImageAsItIs)
 TEST_F(PrintImageTest, ACaptionBelowGrowsTheImage)
 {
     EXPECT_EQ(Run({Type(108, "."), Press(1)}), 1);
-    const Dots page = DotsOfPage(pdf, 150);
-    const int block = static_cast<int>(190 / 25.4 * 150 / kWidth);
-    const Dots inked = kelvo::Inked(page);
+    const Dots inked = Inked();
+    const int block = inked.width / kWidth;
     EXPECT_GT(inked.height, kHeight * block + 2 * block);
     // The first kHeight rows are the image.
     Dots image = inked;

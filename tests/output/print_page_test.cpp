@@ -77,8 +77,9 @@ TEST_F(PrintPage, EachPixelHasItsBlockInItsColour)
 {
     ASSERT_EQ(Print(), 0);
     const Dots dots = Inked(Page());
-    // As wide as the page without its margins of 10 mm: 190 mm of A4 at 150 dots an inch.
-    EXPECT_NEAR(dots.width, 190 / 25.4 * 150, 2);
+    // As wide as what can be printed on, here at 150 dots an inch.
+    const PrinterPage page = PrinterDevice()->Page();
+    EXPECT_NEAR(dots.width, 150.0 * page.width / page.xPerInch, 2);
     EXPECT_NEAR(dots.height, dots.width * kHeight / kWidth, 2);
     EXPECT_EQ(Blocks(dots, kWidth, kHeight), Picture().pixels);
 }
@@ -96,8 +97,9 @@ TEST_F(PrintPage, StretchedFillsThePage)
 {
     ASSERT_EQ(Print(kPrintStretch), 0);
     const Dots dots = Inked(Page());
-    EXPECT_NEAR(dots.width, 190 / 25.4 * 150, 2);
-    EXPECT_NEAR(dots.height, 277 / 25.4 * 150, 3);
+    const PrinterPage page = PrinterDevice()->Page();
+    EXPECT_NEAR(dots.width, 150.0 * page.width / page.xPerInch, 2);
+    EXPECT_NEAR(dots.height, 150.0 * page.height / page.yPerInch, 2);
     EXPECT_EQ(Blocks(dots, kWidth, kHeight), Picture().pixels);
 }
 
@@ -108,6 +110,18 @@ TEST_F(PrintPage, ScaledGivesEachPixelSoManyOfThePrinters)
     EXPECT_NEAR(dots.width, kWidth * 80 * 150 / 1200, 2);
     EXPECT_NEAR(dots.height, kHeight * 160 * 150 / 1200, 2);
     EXPECT_EQ(Blocks(dots, kWidth, kHeight), Picture().pixels);
+}
+
+TEST_F(PrintPage, APageHasMarginsThatPrintersCantReach)
+{
+    ASSERT_EQ(Print(kPrintStretch), 0);
+    const Dots page = Page();
+    const int marginDots = static_cast<int>(10 / 25.4 * 150);  // 10 mm
+    const Dots inked = Inked(page);
+    EXPECT_NEAR(page.width - inked.width, 2 * marginDots, 3);
+    EXPECT_NEAR(page.height - inked.height, 2 * marginDots, 3);
+    // A4, or Letter where the locale measures in inches.
+    EXPECT_NEAR(page.width, page.height > 1700 ? 1240 : 1275, 2);
 }
 
 TEST_F(PrintPage, WhatReachesBeyondThePageIsLeftOut)
