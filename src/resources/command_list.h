@@ -133,7 +133,7 @@ inline constexpr CommandRow kAll[] = {
     Board(Item(kCmdSaveTiff8, "Save 8-bit TIFF image...")),
     Board(Item(kCmdSaveTiff16, "Save 16-bit TIFF image...")),
     kLine,
-    NotBuilt(Item(kCmdPrintBitmap, "&Print bitmap image...\tShift+PrintScrn", 0, "print")),
+    Board(Item(kCmdPrintBitmap, "&Print bitmap image...\tShift+PrintScrn", 0, "print")),
     Item(kCmdPrinterSetup, "P&rinter setup..."),
     kLine,
     kRecent,

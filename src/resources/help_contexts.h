@@ -69,6 +69,7 @@ constexpr int kHelpCalibrationReport = 2014;
 constexpr int kHelpTriggeredSave = 2022;
 constexpr int kHelpRecorder = 2023;
 constexpr int kHelpApplyCalibration = 2030;
+constexpr int kHelpPrint = 2180;
 constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;
 constexpr int kHelpBoardFaults = 2082;

@@ -7,6 +7,7 @@
 #include "camera/camera_commands.h"
 #include "display/display_pipeline.h"
 #include "grabber/recording.h"
+#include "output/print_image.h"
 #include "platform/box.h"
 #include "platform/help.h"
 #include "platform/text.h"
@@ -81,6 +82,7 @@ constexpr Command kCommands[] = {
     {kCmdLoadLast, PreviousFrame},
     {kCmdContinuousSave, SaveContinuously},
     {kCmdSaveBitmap, SaveBitmap},
+    {kCmdPrintBitmap, PrintBitmap},
     {kCmdPrinterSetup, Then<OpenPrinterSetup>},
     {kCmdExit, AskToExit},
     {kCmdDisplaySetup, DisplaySetup},

@@ -31,6 +31,8 @@
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
 #include "imagefile/tiff_file.h"
+#include "output/print_image.h"
+#include "output/print_page.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/region_marks.h"
 #include "platform/reset.h"
@@ -169,6 +171,8 @@ constexpr void (*kModules[])() = {
     ResetScopeFrame,
     ResetSaveDialog,
     ResetBitmapCommand,
+    ResetPrintImage,
+    ResetPrintPage,
     ResetSaving,
     ResetGraphSettings,
     ResetUserMenu,

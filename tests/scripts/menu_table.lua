@@ -21,7 +21,7 @@ local texts = {
   [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About",
 }
 local not_built = {}
-for _, id in ipairs { 117, 160, 162 } do not_built[id] = true end
+for _, id in ipairs { 160, 162 } do not_built[id] = true end
 for id, expected in pairs(texts) do
   local item = menu(id)
   assert(item, "no menu item " .. id)
@@ -37,11 +37,11 @@ for id in pairs(not_built) do
   check.holds(why, "command " .. id .. " is disabled in the menu")
   check.eq(box(), nil)
 end
-for _, id in ipairs { 117, 160 } do check.eq(enabled("panel", id), false, "panel " .. id) end
-for _, id in ipairs { 106, 107, 114, 121, 1016 } do check.eq(enabled("panel", id), true, "panel " .. id) end
+for _, id in ipairs { 160 } do check.eq(enabled("panel", id), false, "panel " .. id) end
+for _, id in ipairs { 106, 107, 114, 117, 121, 1016 } do check.eq(enabled("panel", id), true, "panel " .. id) end
 
 -- The key of one still tells.
-for _, name in ipairs { "Shift+F8", "Shift+PrintScrn" } do
+for _, name in ipairs { "Shift+F8" } do
   key(name)
   check.answer_box("This command is not available in this version of Kelvo.", "ok")
 end
@@ -52,6 +52,12 @@ for _, id in ipairs { 180, 900, 999 } do
   check.answer_box("Error in User Menu ID number(s).", "ok", "User Software Module Error")
   check.eq(box(), nil)
   check.eq(status(), " Use Alt + underlined menu item or trackball to select menu item")
+end
+
+-- Nothing is on view to print, and the status line says so.
+for _, print_it in ipairs { function() command(117) end, function() key("Shift+PrintScrn") end, function() press("panel", 117) end } do
+  print_it()
+  check.eq({ dialog(), box(), (status()) }, { nil, nil, "There is nothing to print: open an image or turn the camera on" })
 end
 
 command(130)

@@ -365,6 +365,28 @@ rows.save_tiff = {
 
 rows.average.told = { ["icp_read_area() Error"] = { kept = rows.average.writes } }
 
+-- A print is told on the status line, done or failed.
+rows.print = {
+  arms = true,
+  setup = function() os.remove(datadir() .. "/page.pdf") end,
+  run = function() command(117) end,
+  dialogs = {
+    DIBPRINT = function(times)
+      if times > 1 then return press(2) end
+      set(108, "A caption")
+      operations.arm()
+      press(1)
+      choose(datadir() .. "/page.pdf")
+    end,
+  },
+  done = function(after)
+    local bytes = after["file page.pdf"]
+    return bytes ~= nil and bytes:sub(1, 5) == "%PDF-" and bytes:sub(-6) == "%%EOF\n"
+  end,
+  writes = with(picture, { ["file page.pdf"] = "the page", SelectedPaths = "its name", LastFileDirectory = "its folder", StatusText = "tells where it is" }),
+  kept = with(picture, { SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder", StatusText = "tells what failed" }),
+  untold = { disk = "the status line tells it", memory = "the status line tells it" },
+}
 rows.image_setup = {
   run = function() command(122) end,
   dialogs = {
