@@ -543,6 +543,12 @@ bool NewFile::Keep()
     return contents_.Close();
 }
 
+std::string NewFile::LeaveBeside()
+{
+    contents_.Close();
+    return std::exchange(name_, {});
+}
+
 bool FileExists(std::string_view path)
 {
     const auto status = StatusOf(path);

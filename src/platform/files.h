@@ -85,6 +85,9 @@ class NewFile {
     File& Contents() { return contents_; }
     // Flushed to the disk and renamed. False: what was written is gone, the name as it was.
     bool Keep();
+    // What was written so far stays beside the name, under the one that is returned: until the next file in the making
+    // for the same name, which takes it again. Empty for a device.
+    std::string LeaveBeside();
 
   private:
     NewFile(File contents, std::string name, std::string target);
