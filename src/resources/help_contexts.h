@@ -78,8 +78,8 @@ constexpr int kHelpRecorded = 2060;
 // No page stands for these: help shows the contents instead. They belong to older menus, to commands that this version
 // hasn't got, and to pages that are still to be written.
 constexpr int kHelpWithoutPage[] = {
-    kHelpHistogram, kHelpLinePlot, kHelpImageMath, kHelpOlder358, kHelpOlder361,
-    kHelpOlder362,  kHelpOlder375, kHelpOlder512,  kHelpOlder513,
+    kHelpHistogram, kHelpLinePlot, kHelpOlder358, kHelpOlder361,
+    kHelpOlder362,  kHelpOlder375, kHelpOlder512, kHelpOlder513,
 };
 
 }  // namespace kelvo

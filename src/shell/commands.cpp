@@ -1,5 +1,6 @@
 #include "shell/commands.h"
 
+#include "analysis/image_math_dialog.h"
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
 #include "calib/report_dialog.h"
@@ -56,6 +57,12 @@ CommandEnd Then()
     return end;
 }
 
+void CombineImages()
+{
+    StopPlaying();
+    ImageMathDialog(hWndMain);
+}
+
 void OpenBench()
 {
     OpenBenchWindow(hWndMain);
@@ -99,6 +106,7 @@ constexpr Command kCommands[] = {
     {kCmdImageCursor, Then<ToggleImageCursor, CommandEnd::kLeaveStatus>},
     {kCmdTrackball, Then<ToggleTrackballMode, CommandEnd::kLeaveStatus>},
     {kCmdNextColorMap, ShowNextColorMap},
+    {kCmdImageMath, Then<CombineImages, CommandEnd::kLeaveStatus>},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
     {kCmdHelpSearch, Then<SearchHelp>},

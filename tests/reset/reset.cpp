@@ -1,5 +1,6 @@
 #include "reset/reset.h"
 
+#include "analysis/image_math_dialog.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -161,6 +162,7 @@ constexpr void (*kModules[])() = {
     ResetTriggerDialogs,
     ForgetUnsavedSet,
     ResetApplyDialog,
+    ResetImageMathDialog,
     ResetVoltageCalibration,
     ResetGeometryDialog,
     ResetMark,
