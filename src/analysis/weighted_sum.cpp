@@ -15,26 +15,32 @@ namespace kelvo::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-using Real = hn::ScalableTag<double>;
-using Whole = hn::Rebind<std::int32_t, Real>;
-using Patterns = hn::Rebind<std::uint16_t, Real>;
-using Counts = hn::Rebind<std::int16_t, Real>;
+#if HWY_TARGET != HWY_SCALAR && !HWY_HAVE_SCALABLE
 
-HWY_INLINE hn::Vec<Real> AsReal(const std::int16_t* counts)
-{
-    return hn::PromoteTo(Real(), hn::PromoteTo(Whole(), hn::LoadU(Counts(), counts)));
-}
+using Real = hn::ScalableTag<double>;
+using Whole = hn::ScalableTag<std::int32_t>;
+using Half = hn::Half<Whole>;  // as many as Real
+using Counts = hn::Rebind<std::int16_t, Whole>;
+
+struct Constants {
+    explicit Constants(const Weights& weights)
+        : c1(hn::Set(Real(), double{weights.c1})),
+          c2(hn::Set(Real(), double{weights.c2})),
+          c3(hn::Set(Real(), double{weights.c3}))
+    {
+    }
+    hn::Vec<Real> c1, c2, c3;
+};
 
 // Where a product joins the sum before it is rounded (a fused operation) nothing changes: it is exact.
 template <bool kBoth>
-HWY_INLINE hn::Vec<Real> SumAt(const Weights& weights, const std::int16_t* source1, const std::int16_t* source2)
+HWY_INLINE hn::Vec<Half> SumOf(const Constants& constants, hn::Vec<Half> count1, hn::Vec<Half> count2)
 {
     const Real d;
-    const auto c1 = hn::Set(d, double{weights.c1});
-    const auto c3 = hn::Set(d, double{weights.c3});
-    if constexpr (!kBoth) return hn::MulAdd(AsReal(source1), c1, c3);
-    const auto c2 = hn::Set(d, double{weights.c2});
-    return hn::Add(hn::MulAdd(AsReal(source2), c2, hn::Mul(AsReal(source1), c1)), c3);
+    const auto first = hn::PromoteTo(d, count1);
+    if constexpr (!kBoth) return hn::DemoteTo(Half(), hn::MulAdd(first, constants.c1, constants.c3));
+    const auto both = hn::MulAdd(hn::PromoteTo(d, count2), constants.c2, hn::Mul(first, constants.c1));
+    return hn::DemoteTo(Half(), hn::Add(both, constants.c3));
 }
 
 // Whole blocks of samples whose sums 32 bits hold; wrapped counts those that left 16 bits. Returns how far it came.
@@ -44,19 +50,36 @@ std::size_t SumBlocks(const Weights& weights, const std::int16_t* HWY_RESTRICT s
                       std::int64_t& wrapped)
 {
     const Whole whole;
-    const hn::RebindToUnsigned<Whole> unsignedWhole;
+    const Half half;
+    const hn::RebindToUnsigned<Whole> patterns;
+    const hn::RebindToUnsigned<Counts> lowPatterns;
+    const Constants constants(weights);
     auto left = hn::Zero(whole);
     std::size_t i = 0;
     for (; i + hn::Lanes(whole) <= size; i += hn::Lanes(whole)) {
-        const auto sum = hn::DemoteTo(whole, SumAt<kBoth>(weights, source1 + i, source2 + i));
-        const auto stored = hn::ShiftRight<16>(hn::ShiftLeft<16>(sum));
-        left = hn::Sub(left, hn::VecFromMask(whole, hn::Ne(stored, sum)));
-        const auto low = hn::TruncateTo(Patterns(), hn::BitCast(unsignedWhole, sum));
-        hn::StoreU(hn::BitCast(Counts(), low), Counts(), result + i);
+        const auto first = hn::PromoteTo(whole, hn::LoadU(Counts(), source1 + i));
+        const auto second = hn::PromoteTo(whole, hn::LoadU(Counts(), source2 + i));
+        const auto lower = SumOf<kBoth>(constants, hn::LowerHalf(half, first), hn::LowerHalf(half, second));
+        const auto upper = SumOf<kBoth>(constants, hn::UpperHalf(half, first), hn::UpperHalf(half, second));
+        const auto sum = hn::Combine(whole, upper, lower);
+        const auto stored = hn::BitCast(Counts(), hn::TruncateTo(lowPatterns, hn::BitCast(patterns, sum)));
+        hn::StoreU(stored, Counts(), result + i);
+        left = hn::Sub(left, hn::VecFromMask(whole, hn::Ne(hn::PromoteTo(whole, stored), sum)));
     }
     wrapped += hn::GetLane(hn::SumOfLanes(whole, left));
     return i;
 }
+
+#else
+
+template <bool kBoth>
+std::size_t SumBlocks(const Weights&, const std::int16_t*, const std::int16_t*, std::int16_t*, std::size_t,
+                      std::int64_t&)
+{
+    return 0;
+}
+
+#endif
 
 template <bool kBoth>
 std::int64_t Sum(const Weights& weights, bool narrow, const std::int16_t* source1, const std::int16_t* source2,
