@@ -5,6 +5,7 @@
 #include "grabber/board_state.h"
 #include "grabber/frame_size.h"
 #include "imagefile/frame_file.h"
+#include "imagefile/frames_file.h"
 #include "imagefile/header_write.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -300,7 +301,10 @@ Failure Write(Run& run)
     }
     if (!WriteHeader(run, file->Contents())) return ResultFailed("Unable to store ImageHeader to Result file!");
     Failure failure = WriteFrames(run, *file);
-    if (!failure) return {};
+    if (!failure) {
+        DeleteFileNamed(FramesPathOf(run.math.result));  // the journal of the sequence that stood there
+        return {};
+    }
     const std::string beside = file->LeaveBeside();
     if (!beside.empty()) failure->text += "\nWhat was written stays in " + beside;
     return failure;
@@ -322,14 +326,21 @@ class StatusKeeper {
     int align_;
 };
 
+bool AreOneFile(const std::string& a, const std::string& b)
+{
+    std::error_code error;
+    return std::filesystem::equivalent(a, b, error);
+}
+
 }  // namespace
 
 bool ResultIsSource(const ImageMath& math)
 {
-    const auto isResult = [&math](float constant, const std::string& path) {
-        std::error_code error;
+    const std::string result = ResolvePath(math.result);
+    const std::string beside = NewFile::NameBeside(math.result);  // the part that a former run left
+    const auto isResult = [&](float constant, const std::string& path) {
         return constant != 0 && !path.empty() &&
-               std::filesystem::equivalent(ResolvePath(path), ResolvePath(math.result), error);
+               (AreOneFile(ResolvePath(path), result) || AreOneFile(ResolvePath(path), beside));
     };
     return isResult(math.weights.c1, math.frame1) || isResult(math.weights.c2, math.frame2);
 }

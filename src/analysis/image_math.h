@@ -7,7 +7,8 @@
 // frames by their length, their FrameHeaders passed over, 32-bit floats as the counts that the viewer makes of them
 // (CountOfFloat). Neither sources nor result are byte-swapped, whatever ByteSwap says.
 //
-// The result is written beside its name and takes it when it is whole; what stood there stays until then.
+// The result is written beside its name and takes it when it is whole; what stood there stays until then, and the
+// journal of a recorded sequence goes with it.
 #pragma once
 
 #include "analysis/weighted_sum.h"
@@ -35,7 +36,8 @@ struct ImageMath {
     std::string result;
 };
 
-// Whether the result would take the place of a file that it is made of, by whatever name or link.
+// Whether the result would take the place of a file that it is made of, by whatever name or link; also of the part that
+// a former run left beside it.
 bool ResultIsSource(const ImageMath& math);
 // Whether a file can be written under that name; nothing is changed.
 bool ResultCanBeWritten(const std::string& path);

@@ -76,6 +76,8 @@ class NewFile {
   public:
     // nullopt where the name can't be written: what stands there may not be replaced, or the directory takes no file.
     static std::optional<NewFile> Begin(std::string_view path);
+    // The name beside path under which its next contents are written; what was left there is cut to nothing then.
+    static std::string NameBeside(std::string_view path);
     NewFile(NewFile&& other) noexcept;
     NewFile& operator=(NewFile&& other) noexcept;
     NewFile(const NewFile&) = delete;

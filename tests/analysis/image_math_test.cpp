@@ -369,6 +369,20 @@ TEST_F(ImageMathRun, AFullDiskLeavesTheFormerResult)
     EXPECT_THAT(FilesLeft(), ElementsAre("a.img", "result.img"));
 }
 
+TEST_F(ImageMathRun, TheJournalOfAReplacedRecordingGoesWithIt)
+{
+    const ImageMath math = Math(kFirstAlone, Image("a.img", 1, 1, {{1}}), "");
+    PutFile(math.result, "a recording");
+    PutFile(math.result + ".frames", "its journal");
+    {
+        const FullDisk disk(300);
+        EXPECT_TRUE(RunImageMath(math).failure);
+    }
+    EXPECT_EQ(FileContents(math.result + ".frames"), "its journal");
+    EXPECT_FALSE(RunImageMath(math).failure);
+    EXPECT_THAT(FilesLeft(), ElementsAre("a.img", "result.img"));
+}
+
 TEST_F(ImageMathRun, AResultThatCannotBeMadeIsTold)
 {
     ImageMath math = Math(kFirstAlone, Image("a.img", 1, 1, {{1}}), "");
@@ -392,6 +406,10 @@ TEST_F(ImageMathRun, AResultIsKnownAsASourceByAnyName)
         EXPECT_TRUE(ResultIsSource({.weights = kSum, .frame1 = "", .frame2 = source, .result = directory / name}));
     }
     EXPECT_FALSE(ResultIsSource({.weights = kSum, .frame1 = source, .frame2 = "", .result = directory / "b.img"}));
+    // The part that a former run left is written anew.
+    const std::string part = Image(".b.img.new", 1, 1, {{1}});
+    EXPECT_TRUE(ResultIsSource({.weights = kSum, .frame1 = part, .frame2 = "", .result = directory / "b.img"}));
+    EXPECT_FALSE(ResultIsSource({.weights = kSum, .frame1 = part, .frame2 = "", .result = directory / "c.img"}));
     // One that is left out isn't looked at.
     EXPECT_FALSE(ResultIsSource({.weights = {}, .frame1 = source, .frame2 = source, .result = source}));
 }
