@@ -90,7 +90,8 @@ bool GatherCameraFrame(std::span<std::int16_t> frame)
     if (!GrabberPresent || (!LiveVideo && RawFrame.size() < frame.size())) return false;
     const Point size = FrameSizeOnView();
     constexpr std::uint32_t kMode = kAverage16 | kTakeNewFrames | kNewFramesOnly;
-    return AverageFrames(frame, {}, 1, 0, 0, size.x - 1, size.y - 1, kMode) != 0;
+    const bool averaged = AverageFrames(frame, {}, 1, 0, 0, size.x - 1, size.y - 1, kMode) != 0;
+    return averaged && IcpModule >= 0 && AcqModule >= 0;  // a board without its modules was told, and gave nothing
 }
 
 // The rows' first columns, moved up to one another.

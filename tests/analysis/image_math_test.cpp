@@ -2,12 +2,16 @@
 #include "analysis/image_math.h"
 
 #include "imagefile/header_write.h"
-#include "platform/faults.h"
 #include "platform/files.h"
 #include "platform/memory.h"
+#include "state/cal_state_write.h"
+#include "state/camera_config_write.h"
 #include "state/display_state_write.h"
+#include "state/frame_state_write.h"
+#include "state/windows.h"
 #include "support/full_disk.h"
 #include "support/picture_fixture.h"
+#include "support/recording_board.h"
 #include "support/stored_files.h"
 
 #include <gmock/gmock.h>
@@ -412,6 +416,73 @@ TEST_F(ImageMathRun, AResultIsKnownAsASourceByAnyName)
     EXPECT_FALSE(ResultIsSource({.weights = kSum, .frame1 = part, .frame2 = "", .result = directory / "c.img"}));
     // One that is left out isn't looked at.
     EXPECT_FALSE(ResultIsSource({.weights = {}, .frame1 = source, .frame2 = source, .result = source}));
+}
+
+// ---- The camera
+
+// Live video of 4 x 3; pixels are picture + column + 100 x row.
+class ImageMathOfCamera : public BoardTest {
+  protected:
+    ImageMathOfCamera()
+    {
+        PutFile(IniFilePath, "[Camera.2]\nMaxNumFramesToAllocate=3\n");
+        write::camera.numBufFrames = 8;
+        GoLive(4, 3);
+        write::camera.ActiveConfig.Hactive = 3;
+        write::camera.ActiveConfig.Vactive = 2;
+        write::cal.CalType = 0;
+    }
+    ImageMathOutcome Run() const
+    {
+        return RunImageMath({.weights = {.c1 = 1, .c2 = 0, .c3 = 0}, .frame1 = "", .frame2 = "", .result = result});
+    }
+    void ExpectResult(const Frame& samples) const
+    {
+        const std::string bytes = FileContents(result);
+        ASSERT_EQ(bytes.size(), 512U + 2 * samples.size());
+        EXPECT_EQ(bytes.substr(512), SampleBytes(samples));
+    }
+
+    const std::string result = directory / "result.img";
+};
+
+// The columns of Hactive out of rows of Hroi.
+TEST_F(ImageMathOfCamera, TheActivePartOfTheFrameIsTaken)
+{
+    EXPECT_FALSE(Run().failure);
+    ExpectResult({1000, 1001, 1002, 1100, 1101, 1102});
+    EXPECT_EQ(+ImageHeader.ImageWidth, 3);
+    EXPECT_EQ(+ImageHeader.ImageHeight, 2);
+    write::frames.LiveVideo = 0;
+    write::frames.RawFrame = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    EXPECT_FALSE(Run().failure);
+    ExpectResult({1, 2, 3, 5, 6, 7});
+}
+
+TEST_F(ImageMathOfCamera, AnActivePartBeyondTheFrameIsTheFrame)
+{
+    write::camera.ActiveConfig.Hactive = 640;
+    write::camera.ActiveConfig.Vactive = 512;
+    EXPECT_FALSE(Run().failure);
+    ExpectResult({1000, 1001, 1002, 1003, 1100, 1101, 1102, 1103, 1200, 1201, 1202, 1203});
+}
+
+// The averaging tells of such a board, and calls it done.
+TEST_F(ImageMathOfCamera, ABoardWithoutItsModulesGivesNoFrame)
+{
+    recordingBoard.answers["itx_get_modcnf"] = -3;
+    ExpectFailure(Run(), "Failure to read Source1!", "Data Read Error!");
+    EXPECT_FALSE(FileExists(result));
+    EXPECT_EQ(op.Boxes().size(), 1U);
+}
+
+TEST_F(ImageMathOfCamera, AFrameThatDoesNotComeIsNoFormerOne)
+{
+    EXPECT_FALSE(Run().failure);
+    SetBoardFrames({});
+    recordingBoard.answers["icp_wait_vb"] = -1;
+    recordingBoard.answers["icp_read_area"] = -1;
+    ExpectFailure(Run(), "Failure to read Source1!", "Data Read Error!");
 }
 
 }  // namespace

@@ -48,20 +48,23 @@ check.near(sum / n, 0, 1)
 assert(squares / n > 1 and squares / n < 40000, squares / n)
 
 -- A board that gives no frame: told, and nothing is written.
-open_filled("1", "0", "none.img")
-sim.fault("icp_wait_vb", true)
-press(1)
-local told = {}
-while box() do
-  told[#told + 1] = box().text
-  check.eq(box().icon, "exclamation")
-  answer("ok")
+for _, fault in ipairs { "icp_wait_vb", "icp_read_area" } do
+  open_filled("1", "0", "none.img")
+  sim.fault(fault, true)
+  press(1)
+  local told = {}
+  while box() do
+    told[#told + 1] = box().text
+    check.eq(box().icon, "exclamation")
+    answer("ok")
+  end
+  sim.fault(fault, false)
+  check.eq({ dialog(), told[#told] }, { "IMGMATH", "Failure to read Source1!" }, fault)
+  check.eq(readfile(data .. "/none.img"), nil)
+  press(2)
+  if state("LiveVideo") == 0 then command(140) end
+  check.eq(state("LiveVideo"), 1, fault)
 end
-sim.fault("icp_wait_vb", false)
-check.eq({ dialog(), told[#told] }, { "IMGMATH", "Failure to read Source1!" })
-check.eq(readfile(data .. "/none.img"), nil)
-press(2)
-if state("LiveVideo") == 0 then command(140) end
 
 -- No recording begins while the dialog is open, and while one runs the item is grey: its frames and its file are its own.
 command(162)
