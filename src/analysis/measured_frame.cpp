@@ -6,7 +6,7 @@
 #include "script/script.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
-#include "ui/status.h"
+#include "video/something_on_view.h"
 #include "video/video.h"
 
 #include <algorithm>
@@ -34,9 +34,7 @@ std::span<std::int16_t> RoomForCameraFrame()
 
 bool SomethingToMeasure()
 {
-    if (ViewingFile || CameraOn) return true;
-    StatusMessage("There is nothing to measure: open an image or turn the camera on", kLeftAligned);
-    return false;
+    return SomethingOnView("measure");
 }
 
 bool KeepFrameOnView()
@@ -55,7 +53,10 @@ int ReadFrameToMeasure()
 {
     if (!LiveVideo) return 1;
     const std::span<std::int16_t> room = RoomForCameraFrame();
-    if (room.empty() || !GetVideoData(room)) return 0;
+    const std::size_t values = room.size();
+    if (values == 0 || (LiveFrame.size() != values && !AllocateBlock(write::frames.LiveFrame, values))) return 0;
+    if (!GetVideoData(std::span(write::frames.LiveFrame))) return 0;
+    std::ranges::copy(LiveFrame, room.begin());
     NoteScriptFrame();
     return 1;
 }

@@ -2,6 +2,7 @@
 // ImageBuffer behind ImageHeaderDataOffset, be it stored, frozen or the camera's newest.
 #pragma once
 
+#include "display/lookup_table.h"
 #include "grabber/frame_size.h"
 #include "platform/types.h"
 
@@ -17,18 +18,14 @@ bool SomethingToMeasure();
 // only the room is made. False where memory is refused; then the old block stands.
 bool KeepFrameOnView();
 
-// With live video: the camera's newest frame, corrected, into ImageBuffer; nothing is drawn. 1, or 0 on failure (the
-// board's own is told in a box). Frozen and stored it does nothing: 1.
+// With live video: the camera's newest frame, corrected, into LiveFrame and ImageBuffer; nothing is drawn. 1, or 0 on
+// failure (the board's own is told in a box). Frozen and stored it does nothing: 1.
 int ReadFrameToMeasure();
 
 // Rows x columns of FrameSizeOnView, row-major; empty where ImageBuffer holds fewer.
 std::span<const std::int16_t> FrameToMeasure();
 
 // The range of counts on view: the header's with a file on view, else the live one.
-struct CountRange {
-    std::int32_t low = 0;
-    std::int32_t high = 0;
-};
 CountRange RangeOnView();
 
 }  // namespace kelvo

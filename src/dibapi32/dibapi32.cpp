@@ -514,36 +514,64 @@ int SaveDib(const Dib& dib, std::string_view path)
     return ReplaceFile(path, text) ? 0 : kDibErrorOpen;
 }
 
-int SavePng(const Dib& dib, std::string_view path)
+namespace {
+
+constexpr int kIndexBits = 8;
+constexpr int kColorBits = 24;
+
+// Rows as they are read from the top.
+std::ptrdiff_t RowStepOf(const BitmapInfoHeader& header)
 {
-    if (!dib) return kDibErrorHandle;
-    const DibBlock& block = *dib;
-    const BitmapInfoHeader header = DibInfo(block);
-    constexpr int kIndexBits = 8;
-    if (header.biSize != kInfoHeaderBytes || header.biBitCount != kIndexBits || header.biCompression != 0) {
-        return kDibErrorGeneral;
-    }
+    const auto bytes = static_cast<std::ptrdiff_t>(DibRowBytes(header.biBitCount, header.biWidth));
+    return header.biHeight > 0 ? -bytes : bytes;
+}
+
+std::optional<std::string> PngOfColors(const DibBlock& block, const BitmapInfoHeader& header, int height)
+{
+    return PngOf(ColorPicture{
+        .width = header.biWidth, .height = height, .rowBytes = RowStepOf(header), .pixels = DibBits(block)});
+}
+
+std::optional<std::string> PngOfIndices(const DibBlock& block, const BitmapInfoHeader& header, int height)
+{
     IndexedPicture picture{.width = header.biWidth,
-                           .height = static_cast<int>(std::abs(std::int64_t{header.biHeight})),
-                           .rowBytes = static_cast<std::ptrdiff_t>(DibRowBytes(kIndexBits, header.biWidth)),
+                           .height = height,
+                           .rowBytes = RowStepOf(header),
                            .pixels = DibBits(block),
                            .colors = {}};
-    if (header.biHeight > 0) picture.rowBytes = -picture.rowBytes;
     const std::span<const std::uint8_t> table = DibPalette(block);
     for (std::size_t at = 0; at + kInfoTableEntryBytes <= table.size(); at += kInfoTableEntryBytes) {
         picture.colors.push_back({table[at + 2], table[at + 1], table[at]});
     }
-    const std::optional<std::string> contents = PngOf(picture);
+    return PngOf(picture);
+}
+
+}  // namespace
+
+int SavePng(const Dib& dib, std::string_view path)
+{
+    if (!dib) return kDibErrorHandle;
+    const BitmapInfoHeader header = DibInfo(*dib);
+    const bool isOfColors = header.biBitCount == kColorBits;
+    const bool isPlain = header.biSize == kInfoHeaderBytes && header.biCompression == 0;
+    if (!isPlain || (!isOfColors && header.biBitCount != kIndexBits)) return kDibErrorGeneral;
+    const auto height = static_cast<int>(std::min(std::abs(std::int64_t{header.biHeight}), std::int64_t{INT32_MAX}));
+    const std::optional<std::string> contents =
+        isOfColors ? PngOfColors(*dib, header, height) : PngOfIndices(*dib, header, height);
     if (!contents) return kDibErrorLock;
     if (contents->empty()) return kDibErrorGeneral;
     return ReplaceFile(path, *contents) ? 0 : kDibErrorOpen;
 }
 
-void DibError(int number)
+std::string_view DibErrorText(int number)
 {
     const bool known = number >= 0 && number < static_cast<int>(kErrorTexts.size());
-    MessageBox(nullptr, known ? kErrorTexts[static_cast<std::size_t>(number)] : "Undefined Error!", "Error",
-               BoxIcon::kStop);
+    return known ? kErrorTexts[static_cast<std::size_t>(number)] : "Undefined Error!";
+}
+
+void DibError(int number)
+{
+    MessageBox(nullptr, DibErrorText(number), "Error", BoxIcon::kStop);
 }
 
 }  // namespace kelvo

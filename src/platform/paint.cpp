@@ -51,6 +51,11 @@ struct DeviceArea {
     }
 };
 
+struct DevicePoint {
+    std::int64_t x = 0;
+    std::int64_t y = 0;
+};
+
 DeviceArea ToDevice(const Rect& rect, double ratio)
 {
     return {ToDevice(rect.left, ratio), ToDevice(rect.top, ratio), ToDevice(rect.right, ratio),
@@ -227,6 +232,27 @@ void Walk(const Axis& axis, Put put)
     }
 }
 
+// The pixels between two points, both inclusive, one for each step along the longer direction, which only goes through
+// the area that can be seen: an end may lie far beyond.
+template <typename Put>
+void WalkLine(DevicePoint from, DevicePoint to, const DeviceArea& seen, Put put)
+{
+    const std::int64_t dx = to.x - from.x;
+    const std::int64_t dy = to.y - from.y;
+    const bool level = std::abs(dx) >= std::abs(dy);
+    const std::int64_t steps = level ? std::abs(dx) : std::abs(dy);
+    const std::int64_t begin = level ? from.x : from.y;
+    const std::int64_t low = level ? seen.left : seen.top;
+    const std::int64_t high = level ? seen.right : seen.bottom;
+    const bool forward = (level ? dx : dy) >= 0;
+    const std::int64_t first = std::max<std::int64_t>(forward ? low - begin : begin - high, 0);
+    const std::int64_t last = std::min(forward ? high - begin : begin - low, steps);
+    const auto part = [steps](std::int64_t length, std::int64_t i) {
+        return steps == 0 ? 0 : std::llround(static_cast<double>(length * i) / static_cast<double>(steps));
+    };
+    for (std::int64_t i = first; i <= last; ++i) put(DevicePoint{from.x + part(dx, i), from.y + part(dy, i)});
+}
+
 // A row of the picture, each pixel in the colour that colorAt gives for it (0x00RRGGBB).
 template <typename ColorAt>
 void PaintRow(const Axis& columns, std::uint32_t* row, ColorAt colorAt)
@@ -373,6 +399,36 @@ bool DrawTextLine(HWND window, int x, int y, std::string_view text, TextAlign al
     painter.end();
     ShowSoon(*surface, QRect(place.x - 1, place.y, width + 2, metrics.lineSpacing() + 1));
     return true;
+}
+
+int TextWidth(HWND window, std::string_view text)
+{
+    if (!IsWindow(window) || !window->widget) return 0;
+    return QFontMetrics(window->widget->font(), window->widget).horizontalAdvance(ToQString(text));
+}
+
+void DrawPolyline(HWND window, std::span<const Point> points, const Rect& clip, ColorRef color)
+{
+    Window* const surface = SurfaceOf(window);
+    if (!surface || points.empty()) return;
+    const double ratio = DeviceRatio(*surface);
+    const int pen = BlockAt(ratio, 1);
+    const DeviceArea inside = ToDevice(Scrolled(*surface, clip), ratio).And(PaintableArea(*surface));
+    if (inside.Empty()) return;
+    const DeviceArea wider{inside.left - pen, inside.top - pen, inside.right + pen, inside.bottom + pen};
+    const std::uint32_t rgb = ToQColor(color).rgb();
+    const auto place = [surface, ratio](Point point) {
+        const Point seen = ToClient(*surface, point);
+        return DevicePoint{ToDevice(seen.x, ratio), ToDevice(seen.y, ratio)};
+    };
+    DevicePoint from = place(points.front());
+    for (const Point& point : points) {
+        const DevicePoint to = place(point);
+        WalkLine(from, to, wider, [&](DevicePoint at) {
+            FillDevice(*surface, DeviceArea{at.x, at.y, at.x + pen, at.y + pen}.And(inside), rgb);
+        });
+        from = to;
+    }
 }
 
 int DeviceBlock(HWND window, int zoom)

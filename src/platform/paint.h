@@ -28,6 +28,12 @@ enum class TextAlign : int { kLeft = 0, kRight = 2, kCentre = 6 };
 bool DrawTextLine(HWND window, int x, int y, std::string_view text, TextAlign align, ColorRef color,
                   ColorRef background);
 
+int TextWidth(HWND window, std::string_view text);  // of DrawTextLine's letters, logical pixels
+
+// A line from point to point, both inclusive, a logical pixel wide, as far as it lies inside clip (right and bottom
+// exclusive). A single point is a dot.
+void DrawPolyline(HWND window, std::span<const Point> points, const Rect& clip, ColorRef color);
+
 // The side of the block that one image pixel takes at an integer zoom: zoom x device ratio rounded to whole device
 // pixels, at least 1; in device pixels.
 int DeviceBlock(HWND window, int zoom);

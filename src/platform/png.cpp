@@ -13,33 +13,56 @@ namespace {
 
 constexpr std::size_t kMostColors = 256;
 
-bool IsWhole(const IndexedPicture& picture)
+// All rows lie in the pixels.
+bool RowsFit(int width, int height, std::ptrdiff_t rowBytes, std::size_t pixelBytes, std::size_t bytes)
 {
-    const auto height = static_cast<std::size_t>(picture.height);
-    const auto rowBytes = static_cast<std::size_t>(std::abs(picture.rowBytes));
-    return picture.width > 0 && picture.height > 0 && rowBytes >= static_cast<std::size_t>(picture.width) &&
-           picture.pixels.size() / height >= rowBytes && !picture.colors.empty() &&
-           picture.colors.size() <= kMostColors;
+    if (width <= 0 || height <= 0) return false;
+    const auto row = static_cast<std::size_t>(std::abs(rowBytes));
+    return row >= static_cast<std::size_t>(width) * pixelBytes && bytes / static_cast<std::size_t>(height) >= row;
+}
+
+png_image ImageOf(int width, int height, png_uint_32 format)
+{
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(width);
+    image.height = static_cast<png_uint_32>(height);
+    image.format = format;
+    return image;
+}
+
+std::optional<std::string> Written(png_image& image, const std::uint8_t* pixels, std::ptrdiff_t rowBytes,
+                                   const void* colors)
+{
+    std::vector<char> bytes;
+    if (!AllocateBlock(bytes, PNG_IMAGE_PNG_SIZE_MAX(image))) return std::nullopt;
+    png_alloc_size_t size = bytes.size();
+    const int written =
+        png_image_write_to_memory(&image, bytes.data(), &size, 0, pixels, static_cast<png_int_32>(rowBytes), colors);
+    return std::string(bytes.data(), written ? size : 0);
 }
 
 }  // namespace
 
 std::optional<std::string> PngOf(const IndexedPicture& picture)
 {
-    if (!IsWhole(picture)) return std::string();
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(picture.width);
-    image.height = static_cast<png_uint_32>(picture.height);
-    image.format = PNG_FORMAT_RGB_COLORMAP;
+    const bool hasColors = !picture.colors.empty() && picture.colors.size() <= kMostColors;
+    if (!hasColors || !RowsFit(picture.width, picture.height, picture.rowBytes, 1, picture.pixels.size())) {
+        return std::string();
+    }
+    png_image image = ImageOf(picture.width, picture.height, PNG_FORMAT_RGB_COLORMAP);
     image.colormap_entries = static_cast<png_uint_32>(picture.colors.size());
+    return Written(image, picture.pixels.data(), picture.rowBytes, picture.colors.data());
+}
 
-    std::vector<char> bytes;
-    if (!AllocateBlock(bytes, PNG_IMAGE_PNG_SIZE_MAX(image))) return std::nullopt;
-    png_alloc_size_t size = bytes.size();
-    const int written = png_image_write_to_memory(&image, bytes.data(), &size, 0, picture.pixels.data(),
-                                                  static_cast<png_int_32>(picture.rowBytes), picture.colors.data());
-    return std::string(bytes.data(), written ? size : 0);
+std::optional<std::string> PngOf(const ColorPicture& picture)
+{
+    constexpr std::size_t kPixelBytes = 3;
+    if (!RowsFit(picture.width, picture.height, picture.rowBytes, kPixelBytes, picture.pixels.size())) {
+        return std::string();
+    }
+    png_image image = ImageOf(picture.width, picture.height, PNG_FORMAT_BGR);
+    return Written(image, picture.pixels.data(), picture.rowBytes, nullptr);
 }
 
 }  // namespace kelvo

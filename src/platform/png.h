@@ -24,4 +24,15 @@ struct IndexedPicture {
 // don't fill its size, nullopt where memory is refused.
 std::optional<std::string> PngOf(const IndexedPicture& picture);
 
+// A picture of colours, three bytes a pixel: blue, green, red.
+struct ColorPicture {
+    int width = 0;
+    int height = 0;
+    std::ptrdiff_t rowBytes = 0;           // negative: the first row lies last
+    std::span<const std::uint8_t> pixels;  // all rows
+};
+
+// The same of a PNG file of three times 8 bits a pixel.
+std::optional<std::string> PngOf(const ColorPicture& picture);
+
 }  // namespace kelvo

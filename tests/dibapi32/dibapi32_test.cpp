@@ -625,15 +625,36 @@ TEST_F(BitmapFile, AsPngKeepsIndicesAndColours)
     EXPECT_EQ(FileContents(png).substr(kDepthAt, 2), std::string("\x08\x03"));
 }
 
+TEST_F(BitmapFile, AsPngOfTrueColoursKeepsEveryPixel)
+{
+    const std::string png = directory / "picture.png";
+    const Dib dib = CreateDIB(3, 2, 24);
+    const std::span<std::uint8_t> rows = DibBits(*dib);
+    std::iota(rows.begin(), rows.end(), std::uint8_t{10});
+    ASSERT_EQ(SavePng(dib, png), 0);
+    const QImage picture(QString::fromStdString(png), "PNG");
+    ASSERT_EQ(picture.size(), QSize(3, 2));
+    const auto rowBytes = static_cast<std::size_t>(DibRowBytes(24, 3));
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 3; ++x) {
+            const std::size_t at = static_cast<std::size_t>(1 - y) * rowBytes + static_cast<std::size_t>(x) * 3;
+            EXPECT_EQ(picture.pixel(x, y), qRgb(rows[at + 2], rows[at + 1], rows[at])) << x << ", " << y;
+        }
+    }
+}
+
 TEST_F(BitmapFile, AsPngKeepsWhatStoodWhereItFails)
 {
     const std::string png = directory / "picture.png";
     PutFile(png, "before");
     EXPECT_EQ(SavePng(nullptr, png), 20);
-    EXPECT_EQ(SavePng(CreateDIB(3, 2, 24), png), 21);
+    EXPECT_EQ(SavePng(CreateDIB(3, 2, 4), png), 21);
     const Dib cut = GrayDib();
     cut->bytes.pop_back();
     EXPECT_EQ(SavePng(cut, png), 21);
+    const Dib cutColors = CreateDIB(3, 2, 24);
+    cutColors->bytes.pop_back();
+    EXPECT_EQ(SavePng(cutColors, png), 21);
     EXPECT_EQ(SavePng(GrayDib(), directory / "none/picture.png"), 4);
     EXPECT_EQ(FileContents(png), "before");
 }

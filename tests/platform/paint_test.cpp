@@ -99,6 +99,57 @@ TEST(StretchPixels, MakesExactBlocksAtRatioTwo)
     ExpectExactBlocksAtAllZooms(2);
 }
 
+// Every device pixel of a line: its points in blocks as wide as a logical pixel, and nothing outside the clip.
+void ExpectLine(double ratio)
+{
+    TestOperator op(OffscreenAt(ratio));
+    HWND window = ShowRecordingWindow();
+    const std::uint32_t background = At(ClientPixels(window), 0, 0);
+    const std::vector<Point> points = {{10, 10}, {14, 10}, {14, 13}};
+    DrawPolyline(window, points, {10, 10, 14, 14}, 0x0000FF);
+    const DeviceBitmap seen = ClientPixels(window);
+    const int pen = static_cast<int>(ratio);
+    for (int y = 0; y < 20 * pen; ++y) {
+        for (int x = 0; x < 20 * pen; ++x) {
+            const bool level = y / pen == 10 && x / pen >= 10 && x / pen < 14;  // the upright part is clipped off
+            ASSERT_EQ(At(seen, x, y), level ? 0xFF0000U : background) << x << ", " << y;
+        }
+    }
+}
+
+TEST(DrawPolyline, FillsItsPixelsInsideTheClip)
+{
+    ExpectLine(1);
+}
+
+TEST(DrawPolyline, IsTwoDevicePixelsWideAtRatioTwo)
+{
+    ExpectLine(2);
+}
+
+TEST(DrawPolyline, GoesFromPointToPoint)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    DrawPolyline(window, std::vector<Point>{{10, 10}, {14, 12}}, {0, 0, 100, 100}, 0x0000FF);
+    for (const Point& at : {Point{10, 10}, {11, 11}, {12, 11}, {13, 12}, {14, 12}}) {
+        EXPECT_EQ(ScreenColor(at), 0xFF0000U) << at.x << ", " << at.y;
+    }
+    DrawPolyline(window, std::vector<Point>{{30, 30}}, {0, 0, 100, 100}, 0x00FF00);
+    EXPECT_EQ(ScreenColor({30, 30}), 0x00FF00U);
+    DrawPolyline(window, {}, {0, 0, 100, 100}, 0x00FF00);
+}
+
+TEST(DrawPolyline, TakesPointsFarOutside)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    DrawPolyline(window, std::vector<Point>{{10, 1000000000}, {10, -1000000000}}, {0, 0, 100, 30}, 0x0000FF);
+    EXPECT_EQ(ScreenColor({10, 0}), 0xFF0000U);
+    EXPECT_EQ(ScreenColor({10, 29}), 0xFF0000U);
+    EXPECT_NE(ScreenColor({10, 30}), 0xFF0000U);
+}
+
 TEST(StretchPixels, TakesRowsFromTheBottomUp)
 {
     TestOperator op;

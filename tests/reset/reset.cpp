@@ -1,6 +1,11 @@
 #include "reset/reset.h"
 
 #include "analysis/image_math_dialog.h"
+#include "analysis/line_plot_dialog.h"
+#include "analysis/line_plot_view.h"
+#include "analysis/line_settings.h"
+#include "analysis/line_setup.h"
+#include "analysis/frame_graph_settings_write.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -26,7 +31,9 @@
 #include "head/scope_frame.h"
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
+#include "imagefile/tiff_file.h"
 #include "pixel/bad_pixels.h"
+#include "pixel/region_marks.h"
 #include "platform/reset.h"
 #include "record/capture_sequence.h"
 #include "record/continuous_save.h"
@@ -118,6 +125,7 @@ constexpr void (*kModules[])() = {
     ResetCameraState,
 
     ResetHeader,
+    ResetTiffHead,
     ResetFileLists,
     ForgetRecentFiles,
     ResetSelectFile,
@@ -127,6 +135,11 @@ constexpr void (*kModules[])() = {
     ResetFrameRateTable,
     ResetSettings,
     ResetBadPixels,
+    ResetRegionMarks,
+    ResetLineSettings,
+    ResetLinePlotView,
+    ResetLinePlotDialog,
+    ResetLineSetup,
     ResetColorMap,
     ResetDisplayPipeline,
     ResetContinuousSaveDialog,
@@ -157,6 +170,7 @@ constexpr void (*kModules[])() = {
     ResetSaveDialog,
     ResetBitmapCommand,
     ResetSaving,
+    ResetGraphSettings,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,
