@@ -176,7 +176,7 @@ inline constexpr CommandRow kAll[] = {
     Top("&Analysis"),
     NotBuilt(Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram")),
     Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot),
-    NotBuilt(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
+    Board(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
 
     Top("&View"),
     Item(kCmdViewGoToFrame, "&Go to frame...\tCtrl+G"),

@@ -82,8 +82,7 @@ constexpr int kHelpUserFunctions = 2118;
 // No page stands for these: help shows the contents instead. They belong to older menus, to commands that this version
 // hasn't got, and to pages that are still to be written.
 constexpr int kHelpWithoutPage[] = {
-    kHelpHistogram, kHelpImageMath, kHelpOlder358, kHelpOlder361,
-    kHelpOlder362,  kHelpOlder375,  kHelpOlder512, kHelpOlder513,
+    kHelpHistogram, kHelpOlder358, kHelpOlder361, kHelpOlder362, kHelpOlder375, kHelpOlder512, kHelpOlder513,
 };
 
 }  // namespace kelvo

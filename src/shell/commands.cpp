@@ -1,5 +1,6 @@
 #include "shell/commands.h"
 
+#include "analysis/image_math_dialog.h"
 #include "analysis/line_plot_dialog.h"
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
@@ -60,6 +61,12 @@ CommandEnd Then()
     return end;
 }
 
+void CombineImages()
+{
+    StopPlaying();
+    ImageMathDialog(hWndMain);
+}
+
 void OpenBench()
 {
     OpenBenchWindow(hWndMain);
@@ -107,6 +114,7 @@ constexpr Command kCommands[] = {
     {kCmdTrackball, Then<ToggleTrackballMode, CommandEnd::kLeaveStatus>},
     {kCmdNextColorMap, ShowNextColorMap},
     {kCmdLinePlot, LinePlot},
+    {kCmdImageMath, Then<CombineImages, CommandEnd::kLeaveStatus>},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
     {kCmdHelpSearch, Then<SearchHelp>},

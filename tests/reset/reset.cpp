@@ -1,5 +1,6 @@
 #include "reset/reset.h"
 
+#include "analysis/image_math_dialog.h"
 #include "analysis/line_plot_dialog.h"
 #include "analysis/line_plot_view.h"
 #include "analysis/line_settings.h"
@@ -181,6 +182,7 @@ constexpr void (*kModules[])() = {
     ResetTriggerDialogs,
     ForgetUnsavedSet,
     ResetApplyDialog,
+    ResetImageMathDialog,
     ResetVoltageCalibration,
     ResetGeometryDialog,
     ResetMark,

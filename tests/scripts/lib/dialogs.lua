@@ -355,6 +355,36 @@ rows.APPLYCAL = {
   },
 }
 
+rows.IMGMATH = {
+  open = opens(162, "IMGMATH"),
+  texts = { [701] = "2", [704] = "3", [706] = "4" },
+  buttons = {
+    [111] = function()
+      press(111)
+      assert(file(), "the file selection is in front")
+      cancel()
+    end,
+  },
+  kept = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  refused = {
+    { set = { [701] = "one" }, box = "Invalid constant 1" },
+    { set = { [701] = "1", [704] = "two" }, box = "Invalid constant 2" },
+    { set = { [704] = "1", [706] = "three" }, box = "Invalid constant 3" },
+    { set = { [706] = "1", [707] = "" }, box = "Invalid result file name!" },
+    {
+      set = { [702] = function() return datadir() .. "/sequence.img" end, [707] = function() return datadir() .. "/SEQUENCE.img" end },
+      box = "Invalid result file name!",
+    },
+    { set = { [707] = function() return datadir() .. "/gone/sum.img" end }, box = "Unable to create result file!" },
+    { set = { [702] = "gone.img", [707] = "sum.img" }, box = "Failure to open Source1 file!" },
+    { set = { [702] = function() return datadir() .. "/sequence.img" end, [705] = "gone.img" }, box = "Failure to open Source2 file!" },
+    {
+      set = { [701] = "0", [704] = "0", [707] = function() return datadir() .. "/sequence.img" end },
+      box = "Result file already exists!\nWrite over it?", button = "no",
+    },
+  },
+}
+
 -- --- Host RAM -----------------------------------------------------------------------------------------------------------------
 
 local kept_at_freezing = "the frame kept at freezing"
