@@ -1,5 +1,7 @@
 #include "shell/commands.h"
 
+#include "analysis/histogram_dialog.h"
+#include "analysis/statistics_command.h"
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
 #include "calib/report_dialog.h"
@@ -99,6 +101,7 @@ constexpr Command kCommands[] = {
     {kCmdImageCursor, Then<ToggleImageCursor, CommandEnd::kLeaveStatus>},
     {kCmdTrackball, Then<ToggleTrackballMode, CommandEnd::kLeaveStatus>},
     {kCmdNextColorMap, ShowNextColorMap},
+    {kCmdHistogram, ShowHistogram},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
     {kCmdHelpSearch, Then<SearchHelp>},

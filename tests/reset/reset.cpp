@@ -1,5 +1,7 @@
 #include "reset/reset.h"
 
+#include "analysis/histogram_drawing.h"
+#include "analysis/histogram_settings_write.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -171,6 +173,8 @@ constexpr void (*kModules[])() = {
     [] { write::options.startOptions = {}; },
     ResetMainWindow,
     ResetUndo,
+    FreeHistogram,
+    ResetHistSettings,
     ResetPlayback,
     ResetRecordedView,
     ResetPlayBar,
