@@ -36,9 +36,9 @@ void ShowPlotReport(HWND dialog, const PlotReport& report)
     SetDlgItemText(dialog, kMaximumPlace, report.maximumPlace);
 }
 
-std::string MeanText(float mean, std::int32_t unit)
+std::string MeanText(double mean, std::int32_t unit)
 {
-    return Format(unit == kUnitNoiseVolts ? "%6.5f" : "%4.3f", static_cast<double>(mean));
+    return Format(unit == kUnitNoiseVolts ? "%6.5f" : "%4.3f", mean);
 }
 
 std::string DeviationText(double deviation, std::int32_t unit)

@@ -22,7 +22,7 @@ struct PlotReport {
 void ShowPlotReport(HWND dialog, const PlotReport& report);
 
 // Three decimals, five for volts of noise.
-std::string MeanText(float mean, std::int32_t unit);
+std::string MeanText(double mean, std::int32_t unit);
 std::string DeviationText(double deviation, std::int32_t unit);  // behind a plus-minus sign
 
 // "(12,34)", column and row; empty without a place.

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 namespace kelvo {
 
@@ -97,11 +98,36 @@ Calibration CalibrationOf(std::int32_t intensityCold, std::int32_t intensityHot,
             intensityCold < intensityHot && temperatureCold < temperatureHot};
 }
 
-Calibration CalibrationOnView()
+const UnitScope* scope = nullptr;
+
+// Of the file whose counts are read; null: they are the camera's.
+const ImageHeaderRecord* StoredHeader()
 {
-    if (ViewingFile) {
-        return CalibrationOf(ImageHeader.IntensityCold, ImageHeader.IntensityHot, ImageHeader.TemperatureCold,
-                             ImageHeader.TemperatureHot);
+    if (scope) return scope->Header();
+    return ViewingFile ? &ImageHeader : nullptr;
+}
+
+std::string_view StoredPath()
+{
+    return scope ? std::string_view(scope->Path()) : std::string_view(ViewFilePath);
+}
+
+// How a count maps back to the stored value.
+double StoredGain()
+{
+    return scope ? 1.0 : static_cast<double>(ViewScaleGain);
+}
+
+double StoredOffset()
+{
+    return scope ? 0.0 : static_cast<double>(ViewScaleOffset);
+}
+
+Calibration CalibrationInForce()
+{
+    if (const ImageHeaderRecord* header = StoredHeader()) {
+        return CalibrationOf(header->IntensityCold, header->IntensityHot, header->TemperatureCold,
+                             header->TemperatureHot);
     }
     return CalibrationOf(IntensityCold, IntensityHot, TemperatureCold, TemperatureHot);
 }
@@ -146,7 +172,7 @@ double CelsiusOf(double counts, std::int32_t unit, const Calibration& cal)
         return cal.temperatureSpan * (counts - cal.intensityCold) / cal.intensitySpan + cal.temperatureCold;
     }
     if (unit <= kUnitNoiseFahrenheit) return counts / kNoiseScale * cal.temperatureSpan / cal.intensitySpan;
-    const double scaled = counts / static_cast<double>(ViewScaleGain) + static_cast<double>(ViewScaleOffset);
+    const double scaled = counts / StoredGain() + StoredOffset();
     return scaled * cal.temperatureSpan / cal.intensitySpan;
 }
 
@@ -160,7 +186,7 @@ std::int64_t Truncated(double value)
 
 std::int64_t UnlimitedCounts(double value, std::int32_t unit)
 {
-    const Calibration cal = CalibrationOnView();
+    const Calibration cal = CalibrationInForce();
     if ((IsTemperature(unit) || IsTemperatureDifference(unit)) && cal.valid) {
         const double celsius = ToCelsius(value, unit);
         if (IsTemperatureDifference(unit)) return Truncated(cal.intensitySpan * celsius / cal.temperatureSpan);
@@ -178,8 +204,7 @@ std::int64_t UnlimitedCounts(double value, std::int32_t unit)
         case kUnitOffset:
             return Truncated(value);
         case kUnitValue:
-            return Truncated((value - static_cast<double>(ViewScaleOffset)) * static_cast<double>(ViewScaleGain) +
-                             kRoundingUp);
+            return Truncated((value - StoredOffset()) * StoredGain() + kRoundingUp);
         default:
             return Truncated(std::floor(value + kRoundingUp));
     }
@@ -192,13 +217,28 @@ bool HasExtension(std::string_view extension, std::initializer_list<std::string_
 
 }  // namespace
 
+UnitScope::UnitScope()
+{
+    scope = this;
+}
+
+UnitScope::UnitScope(const ImageHeaderRecord& header, std::string path) : header_(&header), path_(std::move(path))
+{
+    scope = this;
+}
+
+UnitScope::~UnitScope()
+{
+    scope = nullptr;
+}
+
 float CountsToUnit(std::int32_t counts, std::int32_t unit, std::string* text)
 {
     const auto count = static_cast<double>(counts);
     const double volts = static_cast<double>(VoltsHigh) - static_cast<double>(VoltsLow);
     const double range = static_cast<double>(DisplayHigh) - DisplayLow;
-    const auto gain = static_cast<double>(ViewScaleGain);
-    const Calibration cal = CalibrationOnView();
+    const double gain = StoredGain();
+    const Calibration cal = CalibrationInForce();
 
     const auto result = [&](double value, int decimals) {
         const auto single = static_cast<float>(value);
@@ -219,7 +259,7 @@ float CountsToUnit(std::int32_t counts, std::int32_t unit, std::string* text)
         case kUnitGain:
         case kUnitOffset:
         case kUnitValue:
-            return result(count / gain + static_cast<double>(ViewScaleOffset), 3);
+            return result(count / gain + StoredOffset(), 3);
         // Times the gain and plus the gain, where its neighbours divide by it and add the offset: not to be brought
         // into line with them.
         case kUnitDeviationVolts:
@@ -233,8 +273,9 @@ float CountsToUnit(std::int32_t counts, std::int32_t unit, std::string* text)
 
 std::int32_t UnitToCounts(float value, std::int32_t unit)
 {
-    const std::int32_t low = ViewingFile ? ImageHeader.DisplayLow : DisplayLow;
-    const std::int32_t high = ViewingFile ? ImageHeader.DisplayHigh : DisplayHigh;
+    const ImageHeaderRecord* const header = StoredHeader();
+    const std::int32_t low = header ? header->DisplayLow : DisplayLow;
+    const std::int32_t high = header ? header->DisplayHigh : DisplayHigh;
     const std::int64_t counts = UnlimitedCounts(static_cast<double>(value), unit);
     return static_cast<std::int32_t>(std::max<std::int64_t>(std::min<std::int64_t>(counts, high), low));
 }
@@ -249,17 +290,18 @@ void GetUnitName(std::int32_t unit, std::string& name, std::string& unitText)
 
 int IsUnitAvailable(std::int32_t unit)
 {
+    const ImageHeaderRecord* const header = StoredHeader();
     std::string extension;
-    if (ViewingFile) SplitPath(ViewFilePath, nullptr, nullptr, nullptr, &extension);
+    if (header) SplitPath(StoredPath(), nullptr, nullptr, nullptr, &extension);
     const bool picture = !HasExtension(extension, {".noi", ".off", ".gai", ".sdv", ".flt"});
-    const bool noise = ViewingFile && HasExtension(extension, {".noi"});
-    const bool storedTemperatures = ImageHeader.TemperatureCold < ImageHeader.TemperatureHot;
+    const bool noise = header && HasExtension(extension, {".noi"});
+    const bool storedTemperatures = header && header->TemperatureCold < header->TemperatureHot;
 
     switch (unit) {
         case kUnitCelsius:
         case kUnitKelvin:
         case kUnitFahrenheit:
-            if (ViewingFile) return picture && storedTemperatures;
+            if (header) return picture && storedTemperatures;
             return CalType > 1 && TemperatureCold < TemperatureHot;
         case kUnitNoiseCounts:
             return noise;
@@ -269,12 +311,12 @@ int IsUnitAvailable(std::int32_t unit)
         case kUnitNoiseFahrenheit:
             return noise && storedTemperatures;
         case kUnitGain:
-            return ViewingFile && HasExtension(extension, {".gai"});
+            return header && HasExtension(extension, {".gai"});
         case kUnitOffset:
-            return ViewingFile && HasExtension(extension, {".off"});
+            return header && HasExtension(extension, {".off"});
         case kUnitValue: {
             constexpr std::int16_t kFloats = 8;
-            return ViewingFile && ImageHeader.DataType == kFloats;
+            return header && header->DataType == kFloats;
         }
         // A deviation would need a file that is .sdv and .flt at once, and the radiometric units have no formula.
         case kUnitDeviationVolts:

@@ -13,6 +13,8 @@
 
 namespace kelvo {
 
+struct ImageHeaderRecord;
+
 constexpr std::int32_t kUnitCount = 30;
 
 constexpr std::int32_t kUnitCounts = 0;
@@ -49,5 +51,23 @@ void GetUnitName(std::int32_t unit, std::string& name, std::string& unitText);
 // 1 if the frame on view can be read in that unit, else 0. It depends on the extension of ViewFilePath, ImageHeader's
 // DataType and the calibration pair.
 int IsUnitAvailable(std::int32_t unit);
+
+// While one lives all of the above holds for frames that needn't be on view: those of a file with that header and name,
+// whose 4-byte samples count as they are, or the camera's. One at a time; the header must outlive it.
+class UnitScope {
+  public:
+    UnitScope();  // the camera's
+    UnitScope(const ImageHeaderRecord& header, std::string path);
+    ~UnitScope();
+    UnitScope(const UnitScope&) = delete;
+    UnitScope& operator=(const UnitScope&) = delete;
+
+    const ImageHeaderRecord* Header() const { return header_; }  // null: the camera's
+    const std::string& Path() const { return path_; }
+
+  private:
+    const ImageHeaderRecord* header_ = nullptr;
+    std::string path_;
+};
 
 }  // namespace kelvo

@@ -194,6 +194,20 @@ std::int32_t ReadHostFrameRect(std::span<std::int16_t> destination, std::int32_t
     return 1;
 }
 
+std::int16_t ReadBufferPixel(std::int32_t frame, std::int32_t row, std::int32_t column)
+{
+    if (frame < 0 || frame >= std::ssize(HostFrames)) return 0;
+    const std::vector<std::int16_t>& counts = HostFrames[static_cast<std::size_t>(frame)];
+    const std::int64_t at = std::int64_t{row} * ActiveConfig.Hroi + column;
+    const bool isThere = row >= 0 && column >= 0 && column < ActiveConfig.Hroi && at < std::ssize(counts);
+    return isThere ? counts[static_cast<std::size_t>(at)] : std::int16_t{0};
+}
+
+int BufferBoardReady()
+{
+    return 1;
+}
+
 std::int32_t ResetHostFrameNext()
 {
     write::hostFrames.HostFrameNext = 0;

@@ -43,6 +43,10 @@ std::int32_t ReadHostFrameRect(std::span<std::int16_t> destination, std::int32_t
                                std::int32_t top, std::int32_t left, std::int32_t bottom, std::int32_t right);
 std::int32_t ResetHostFrameNext();  // 1
 
+// One pixel of a stored frame, row and column of its picture from 0. 0 where there is none.
+std::int16_t ReadBufferPixel(std::int32_t frame, std::int32_t row, std::int32_t column);
+int BufferBoardReady();  // 1: the store needs no board
+
 // None allocated.
 void ResetHostFrames();
 

@@ -272,18 +272,4 @@ int LoadBufferFile(std::string_view path, std::int32_t first, std::int32_t last,
     return ReadFrames(*file, *header, first, last, rectangle);
 }
 
-std::int16_t ReadBufferPixel(std::int32_t frame, std::int32_t row, std::int32_t column)
-{
-    if (frame < 0 || frame >= std::ssize(HostFrames)) return 0;
-    const std::vector<std::int16_t>& counts = HostFrames[static_cast<std::size_t>(frame)];
-    const std::int64_t at = std::int64_t{row} * ActiveConfig.Hroi + column;
-    const bool isThere = row >= 0 && column >= 0 && column < ActiveConfig.Hroi && at < std::ssize(counts);
-    return isThere ? counts[static_cast<std::size_t>(at)] : std::int16_t{0};
-}
-
-int BufferBoardReady()
-{
-    return 1;
-}
-
 }  // namespace kelvo

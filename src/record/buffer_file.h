@@ -48,8 +48,4 @@ int SaveBufferFile(std::string_view path, std::int32_t first, std::int32_t last,
 int LoadBufferFile(std::string_view path, std::int32_t first, std::int32_t last, std::int32_t top, std::int32_t left,
                    std::int32_t bottom, std::int32_t right);
 
-// One pixel of a stored frame, row and column of its picture from 0. 0 where there is none.
-std::int16_t ReadBufferPixel(std::int32_t frame, std::int32_t row, std::int32_t column);
-int BufferBoardReady();  // 1: the store needs no board
-
 }  // namespace kelvo

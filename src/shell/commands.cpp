@@ -1,6 +1,7 @@
 #include "shell/commands.h"
 
 #include "analysis/histogram_dialog.h"
+#include "analysis/line_plot_dialog.h"
 #include "analysis/statistics_command.h"
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
@@ -41,6 +42,7 @@
 #include "viewing/playback.h"
 #include "viewing/recorded_dialog.h"
 #include "viewing/save_commands.h"
+#include "viewing/tiff_command.h"
 #include "viewing/view_commands.h"
 
 #include <algorithm>
@@ -86,6 +88,8 @@ constexpr Command kCommands[] = {
     {kCmdVideoSetup, VideoSetup},
     {kCmdImageSetup, ImageSetup},
     {kCmdConfiguration, Configure},
+    {kCmdSaveTiff8, SaveTiff8},
+    {kCmdSaveTiff16, SaveTiff16},
     {kCmdDialogHelp, Then<ShowDialogHelp, CommandEnd::kLeaveStatus>},
     {kCmdNewCalibration, NewCalibration},
     {kCmdUpdateCalibration, UpdateCalibration},
@@ -102,6 +106,7 @@ constexpr Command kCommands[] = {
     {kCmdTrackball, Then<ToggleTrackballMode, CommandEnd::kLeaveStatus>},
     {kCmdNextColorMap, ShowNextColorMap},
     {kCmdHistogram, ShowHistogram},
+    {kCmdLinePlot, LinePlot},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
     {kCmdHelpSearch, Then<SearchHelp>},

@@ -4,6 +4,5 @@ namespace kelvo {
 
 void ReadGraphicsKeys() {}
 void InitUserModules() {}
-void BuildTiffTemplate() {}
 
 }  // namespace kelvo

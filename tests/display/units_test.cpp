@@ -365,5 +365,41 @@ TEST_F(Units, AnExtensionOfALiveFrameCountsForNothing)
     EXPECT_EQ(Offered(), (std::set<int>{0, 1, 2, 3, 4}));
 }
 
+TEST_F(Units, OfAFileThatIsNotOnViewAreThoseOfItsHeader)
+{
+    ImageHeaderRecord header;
+    header.IntensityCold = 1000;
+    header.IntensityHot = 2000;
+    header.TemperatureCold = 10.0F;
+    header.TemperatureHot = 60.0F;
+    header.DisplayLow = 900;
+    header.DisplayHigh = 3000;
+    header.DataType = 1;
+    View("shown.off");
+    {
+        const UnitScope file(header, "burst.buf");
+        EXPECT_EQ(Text(1500, kUnitCelsius), "35.000");
+        EXPECT_EQ(UnitToCounts(35.0F, kUnitCelsius), 1500);
+        EXPECT_EQ(UnitToCounts(5000.0F, kUnitCounts), 3000);
+        EXPECT_EQ(UnitToCounts(-5000.0F, kUnitCounts), 900);
+        EXPECT_EQ(Text(7, kUnitValue), "7.000") << "its samples aren't scaled";
+        EXPECT_EQ(Offered(), (std::set<int>{0, 1, 2, 3, 4}));
+    }
+    EXPECT_EQ(Text(7000, kUnitCelsius), "30.000");
+    EXPECT_EQ(Offered(), (std::set<int>{19}));
+}
+
+TEST_F(Units, OfTheCamerasFramesAreThoseInForceWhileAFileIsOnView)
+{
+    View("shown.noi");
+    {
+        const UnitScope camera;
+        EXPECT_EQ(Text(6500, kUnitCelsius), "25.000");
+        EXPECT_EQ(UnitToCounts(25.0F, kUnitCelsius), 6500);
+        EXPECT_EQ(Offered(), (std::set<int>{0, 1, 2, 3, 4}));
+    }
+    EXPECT_EQ(Text(7000, kUnitCelsius), "30.000");
+}
+
 }  // namespace
 }  // namespace kelvo

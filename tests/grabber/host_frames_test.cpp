@@ -342,6 +342,23 @@ TEST_F(HostFrameRead, WhatLiesOutsideEitherBlockIsLeftOut)
     EXPECT_THAT(out, Each(-9));
 }
 
+TEST_F(HostFrameRead, APixelIsThatOfItsRowAndColumn)
+{
+    EXPECT_EQ(ReadBufferPixel(0, 0, 0), 1000);
+    EXPECT_EQ(ReadBufferPixel(2, 1, 3), 3103);
+    EXPECT_EQ(BufferBoardReady(), 1);
+}
+
+TEST_F(HostFrameRead, APixelOutsideTheStoreReads0)
+{
+    EXPECT_EQ(ReadBufferPixel(-1, 0, 0), 0);
+    EXPECT_EQ(ReadBufferPixel(static_cast<std::int32_t>(HostFrames.size()), 0, 0), 0);
+    EXPECT_EQ(ReadBufferPixel(0, kRows, 0), 0);
+    EXPECT_EQ(ReadBufferPixel(0, -1, 0), 0);
+    EXPECT_EQ(ReadBufferPixel(0, 0, kColumns), 0);
+    EXPECT_EQ(ReadBufferPixel(0, 0, -1), 0);
+}
+
 TEST_F(HostFrameRead, TheNextFrameCanBeSetBack)
 {
     CaptureToHostFrames(2, 0);

@@ -350,16 +350,5 @@ TEST_F(BufferFile, AFrameThatCannotBeReadIsMinus28)
     EXPECT_EQ(ReadBufferPixel(0, 0, 0), CountAt(0, 0, 0));
 }
 
-TEST_F(BufferFile, APixelOutsideTheStoreReads0)
-{
-    EXPECT_EQ(ReadBufferPixel(3, 2, 1), CountAt(3, 2, 1));
-    EXPECT_EQ(ReadBufferPixel(-1, 0, 0), 0);
-    EXPECT_EQ(ReadBufferPixel(kSlots + 1, 0, 0), 0);
-    EXPECT_EQ(ReadBufferPixel(0, kRows, 0), 0);
-    EXPECT_EQ(ReadBufferPixel(0, 0, kColumns), 0);
-    EXPECT_EQ(ReadBufferPixel(0, 0, -1), 0);
-    EXPECT_EQ(BufferBoardReady(), 1);
-}
-
 }  // namespace
 }  // namespace kelvo

@@ -1,7 +1,12 @@
 #include "reset/reset.h"
 
+#include "analysis/frame_graph_settings_write.h"
 #include "analysis/histogram_drawing.h"
 #include "analysis/histogram_settings_write.h"
+#include "analysis/line_plot_dialog.h"
+#include "analysis/line_plot_view.h"
+#include "analysis/line_settings.h"
+#include "analysis/line_setup.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -27,6 +32,7 @@
 #include "head/scope_frame.h"
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
+#include "imagefile/tiff_file.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/region_marks.h"
 #include "platform/reset.h"
@@ -120,6 +126,7 @@ constexpr void (*kModules[])() = {
     ResetCameraState,
 
     ResetHeader,
+    ResetTiffHead,
     ResetFileLists,
     ForgetRecentFiles,
     ResetSelectFile,
@@ -130,6 +137,10 @@ constexpr void (*kModules[])() = {
     ResetSettings,
     ResetBadPixels,
     ResetRegionMarks,
+    ResetLineSettings,
+    ResetLinePlotView,
+    ResetLinePlotDialog,
+    ResetLineSetup,
     ResetColorMap,
     ResetDisplayPipeline,
     ResetContinuousSaveDialog,
@@ -160,6 +171,7 @@ constexpr void (*kModules[])() = {
     ResetSaveDialog,
     ResetBitmapCommand,
     ResetSaving,
+    ResetGraphSettings,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,
