@@ -19,7 +19,12 @@ namespace {
 // A stored frame of 160 x 120 on view.
 class HistogramSettings : public PictureTest {
   protected:
-    HistogramSettings() { View(160, 120, std::vector<std::int16_t>(160 * 120)); }
+    HistogramSettings() { ViewEmpty(160, 120); }
+    static void ViewEmpty(int width, int height)
+    {
+        View(width, height,
+             std::vector<std::int16_t>(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)));
+    }
     static void Key(const char* key, const char* value)
     {
         WritePrivateProfileString("Histogram", key, value, IniFilePath);
@@ -149,10 +154,10 @@ TEST_F(HistogramSettings, KeepARectangleThatLiesInTheNextFrameToo)
     for (const char* key : {"Xposition", "Yposition"}) Key(key, "30");
     for (const char* key : {"Xsize", "Ysize"}) Key(key, "10");
     ReadHistSettings();
-    View(80, 36, std::vector<std::int16_t>(80 * 36));  // rows 25 to 35
+    ViewEmpty(80, 36);  // rows 25 to 35
     SuitHistSettingsToView();
     EXPECT_EQ(HistSettings.Yposition, 30);
-    View(80, 35, std::vector<std::int16_t>(80 * 35));
+    ViewEmpty(80, 35);
     SuitHistSettingsToView();
     EXPECT_EQ(HistSettings.Yposition, 17);
     EXPECT_EQ(HistSettings.Xsize, 20);
