@@ -97,6 +97,22 @@ set(kX, "300")
 check.eq(state("HistSettings.Xposition"), 300)
 frames(1)
 
+-- A recording takes every frame while the plot looks at one now and then, frozen or not.
+check.eq(text(321) ~= "", true)
+press(kExit)
+record{ name = "beside", frames = 60, wait = false }
+command(160)
+wait(700)
+check(kLive, false)
+wait(200)
+check(kLive, true)
+wait(1500)
+press(kExit)
+local run = recorder()
+check.eq({ run.ended, run.frames, run.lost, state("FramesLost") }, { "complete", 60, 0, 0 })
+command(160)
+wait(600)
+
 -- The board fails: it is told, and the plot ends.
 sim.fault("icp_read_area", true)
 wait(200)
