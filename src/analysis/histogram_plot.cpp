@@ -20,6 +20,7 @@ constexpr int kLogFoot = 3;     // the logarithmic axis begins above the bottom
 constexpr int kMargins = 2 * kFirstValue;
 
 constexpr int kNumberLabels = 10;  // column where they begin
+constexpr std::size_t kNumberPlaces = 5;
 constexpr int kLinearLabelRise = 4;
 constexpr int kLogLabelRise = 8;
 constexpr int kTickLength = 3;
@@ -36,9 +37,15 @@ constexpr PlotStep kNumberSteps[] = {{11, 1},       {21, 2},       {51, 5},     
                                      {501, 50},     {1001, 100},   {2001, 200},    {5001, 500}, {10001, 1000},
                                      {20001, 2000}, {50001, 5000}, {100001, 10000}};
 
-std::string NumberLabel(std::int64_t samples)
+// What is longer than the five places ends before the ticks instead.
+void AddNumberLabel(PlotPicture& picture, int y, std::int64_t samples)
 {
-    return Format("%5lld", static_cast<long long>(samples));
+    const std::string text = Format("%5lld", static_cast<long long>(samples));
+    if (text.size() <= kNumberPlaces) {
+        picture.labels.push_back({{kNumberLabels, y}, text});
+    } else {
+        picture.labels.push_back({{picture.box.left - kTickLength - 1, y}, text, TextAlign::kRight});
+    }
 }
 
 // --- The number axis ------------------------------------------------------------------------------------------------
@@ -55,7 +62,7 @@ void AddLinearAxis(PlotPicture& picture, const HistSettingsRecord& settings)
     AddValueTicks(picture, static_cast<int>(axis.ticks), spacing, settings.Ygridlines != 0);
     for (std::int64_t i = 0; i <= axis.ticks; ++i) {
         const int y = picture.box.bottom - PlotPosition(i, spacing) - kLinearLabelRise;
-        picture.labels.push_back({{kNumberLabels, y}, NumberLabel(settings.YplotMin + i * axis.step)});
+        AddNumberLabel(picture, y, settings.YplotMin + i * axis.step);
     }
 }
 
@@ -93,7 +100,7 @@ void AddLogAxis(PlotPicture& picture, const HistSettingsRecord& settings)
         if (settings.Ygridlines && inside) {
             picture.lines.push_back({{box.left + kGridGap, y}, {box.right, y}, PlotPen::kGrayDotted});
         }
-        picture.labels.push_back({{kNumberLabels, y - kLogLabelRise}, NumberLabel(tick.samples)});
+        AddNumberLabel(picture, y - kLogLabelRise, tick.samples);
     }
 }
 

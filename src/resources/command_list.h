@@ -174,7 +174,7 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdRedo, "R&edo\tCtrl+Shift+Z", kHelpUndo, "redo"),
 
     Top("&Analysis"),
-    NotBuilt(Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram")),
+    Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram"),
     Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot),
     Board(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
 

@@ -42,6 +42,7 @@ constexpr int kHelpLowSource = 1045;
 constexpr int kHelpOfDialogs = 1048;
 constexpr int kHelpVoltageCalibration = 1056;
 constexpr int kHelpLineAxis = 1058;
+constexpr int kHelpHistogramSetup = 1060;
 
 // Contexts of items that older menus had. Nothing in the menu leads there, but a command of that number still asks.
 constexpr int kHelpOlder358 = 358;
@@ -82,7 +83,7 @@ constexpr int kHelpUserFunctions = 2118;
 // No page stands for these: help shows the contents instead. They belong to older menus, to commands that this version
 // hasn't got, and to pages that are still to be written.
 constexpr int kHelpWithoutPage[] = {
-    kHelpHistogram, kHelpOlder358, kHelpOlder361, kHelpOlder362, kHelpOlder375, kHelpOlder512, kHelpOlder513,
+    kHelpOlder358, kHelpOlder361, kHelpOlder362, kHelpOlder375, kHelpOlder512, kHelpOlder513,
 };
 
 }  // namespace kelvo

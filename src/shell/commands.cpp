@@ -1,7 +1,9 @@
 #include "shell/commands.h"
 
+#include "analysis/histogram_dialog.h"
 #include "analysis/image_math_dialog.h"
 #include "analysis/line_plot_dialog.h"
+#include "analysis/statistics_command.h"
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
 #include "calib/report_dialog.h"
@@ -113,6 +115,7 @@ constexpr Command kCommands[] = {
     {kCmdImageCursor, Then<ToggleImageCursor, CommandEnd::kLeaveStatus>},
     {kCmdTrackball, Then<ToggleTrackballMode, CommandEnd::kLeaveStatus>},
     {kCmdNextColorMap, ShowNextColorMap},
+    {kCmdHistogram, ShowHistogram},
     {kCmdLinePlot, LinePlot},
     {kCmdImageMath, Then<CombineImages, CommandEnd::kLeaveStatus>},
     {kCmdTurnOn, TurnOn},

@@ -1,14 +1,10 @@
 #include "viewing/view_commands.h"
 
-#include "pixel/bad_pixels.h"
 #include "platform/files.h"
-#include "platform/text.h"
 #include "platform/window.h"
 #include "resources/ids.h"
-#include "state/camera_config.h"
 #include "state/frame_state_write.h"
 #include "state/windows.h"
-#include "ui/not_available.h"
 #include "ui/recent_files.h"
 #include "ui/select_file_write.h"
 #include "viewing/playback.h"
@@ -25,12 +21,6 @@ CommandEnd AfterLoad(int shown)
 {
     if (shown) AddRecentFile(ViewFilePath);
     return CommandEnd::kResetStatus;
-}
-
-BadDetMap EmptyMap(const CameraConfig& config)
-{
-    return BadDetMap(static_cast<std::size_t>(std::max(config.Vroi, 0)) *
-                     static_cast<std::size_t>(std::max(config.Hroi, 0)));
 }
 
 }  // namespace
@@ -85,23 +75,6 @@ void OpenStoredFiles(const std::vector<std::string>& paths)
 CommandEnd OpenRecentFile(std::size_t place)
 {
     if (place < RecentFiles().size()) OpenStoredFile(std::string(RecentFiles()[place]));
-    return CommandEnd::kResetStatus;
-}
-
-CommandEnd ViewStatistics()
-{
-    std::string path;
-    SelectStatisticsFile(hWndMain, path, kStatisticsFiles);
-    if (path.empty()) return CommandEnd::kLeaveStatus;
-    std::string extension;
-    SplitPath(path, nullptr, nullptr, nullptr, &extension);
-    if (EqualIgnoringCase(extension, ".cal")) return CommandEnd::kResetStatus;
-    if (EqualIgnoringCase(extension, ".bad")) {
-        BadDetMap map = EmptyMap(ActiveConfig);
-        LoadBadDetFile(path, map, ActiveConfig);
-    } else if (ViewImage(path, 0)) {
-        TellNotAvailable();
-    }
     return CommandEnd::kResetStatus;
 }
 

@@ -29,8 +29,4 @@ void OpenStoredFiles(const std::vector<std::string>& paths);
 // Shows the file at a place of the recent ones, from 0; an empty place does nothing.
 CommandEnd OpenRecentFile(std::size_t place);
 
-// Asks for a coefficient file and shows it as a picture; the histogram over it isn't available yet, and says so. A list
-// of bad detectors is only read, with its messages; a set does nothing. kLeaveStatus where the operator cancels.
-CommandEnd ViewStatistics();
-
 }  // namespace kelvo

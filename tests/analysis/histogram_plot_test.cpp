@@ -207,6 +207,11 @@ TEST(HistogramPlot, MarksALinearNumberAxisAtEachStep)
                             Pair(198, "   10"), Pair(222, "    5"), Pair(246, "    0")));
 }
 
+TEST(HistogramPlot, EndsALongNumberBeforeTheTicks)
+{
+    EXPECT_THAT(Plot(Axes(0, 4, 0, 327680)).labels, Contains(PlotLabel{{46, 6}, "327680", TextAlign::kRight}));
+}
+
 TEST(HistogramPlot, CutsThePositionsOfTicks)
 {
     // Seven steps of 240 / 7 rows, which as a single is 34.28571...32: the seventh ends just above the bottom.

@@ -15,7 +15,6 @@ namespace kelvo {
 
 namespace {
 
-using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -32,6 +31,11 @@ HistSettingsRecord Rectangle(std::int32_t x, std::int32_t y, std::int32_t column
 float AsCounts(std::int32_t count)
 {
     return static_cast<float>(count);
+}
+
+std::size_t IndexOf(int column, int row, int width)
+{
+    return static_cast<std::size_t>(column) + static_cast<std::size_t>(row) * static_cast<std::size_t>(width);
 }
 
 CountTable TableOf(const Rows& rows)
@@ -193,7 +197,7 @@ TEST(HistogramBins, AgreeWithTheDefinitionOnAnyFrame)
         std::vector<std::uint32_t> expected(kHigh + 3 - kLow);
         for (int row = counted.top; row <= counted.bottom; ++row) {
             for (int column = counted.left; column <= counted.right; ++column) {
-                const auto index = static_cast<std::size_t>(column + row * width);
+                const std::size_t index = IndexOf(column, row, width);
                 if (index >= frame.size()) continue;
                 const std::int32_t count = frame[index];
                 if (count < kLow) {
@@ -292,7 +296,7 @@ TEST(HistogramFigures, AreThoseOfAPlainLoopBitForBit)
     std::mt19937 random(2);
     const auto valueOf = [](std::int32_t count) { return static_cast<float>(count * 0.0137 - 40.3); };
     for (int round = 0; round < 20; ++round) {
-        std::vector<std::int16_t> frame(37 * 29);
+        std::vector<std::int16_t> frame(std::size_t{37} * 29);
         for (std::int16_t& count : frame) count = static_cast<std::int16_t>(random());
         const FrameRect rectangle{.left = 3, .top = 2, .right = 30, .bottom = 27};
 
@@ -300,7 +304,7 @@ TEST(HistogramFigures, AreThoseOfAPlainLoopBitForBit)
         std::uint32_t samples = 0;
         for (int row = 2; row <= 27; ++row) {
             for (int column = 3; column <= 30; ++column) {
-                sum += static_cast<double>(valueOf(frame[static_cast<std::size_t>(column + row * 37)]));
+                sum += static_cast<double>(valueOf(frame[IndexOf(column, row, 37)]));
                 ++samples;
             }
         }
@@ -308,7 +312,7 @@ TEST(HistogramFigures, AreThoseOfAPlainLoopBitForBit)
         double squares = 0;
         for (int row = 2; row <= 27; ++row) {
             for (int column = 3; column <= 30; ++column) {
-                const double value = static_cast<double>(valueOf(frame[static_cast<std::size_t>(column + row * 37)]));
+                const double value = static_cast<double>(valueOf(frame[IndexOf(column, row, 37)]));
                 const double difference = static_cast<double>(mean) - value;
                 squares += difference * static_cast<double>(static_cast<float>(difference));
             }

@@ -1,11 +1,13 @@
 #include "reset/reset.h"
 
 #include "analysis/image_math_dialog.h"
+#include "analysis/frame_graph_settings_write.h"
+#include "analysis/histogram_drawing.h"
+#include "analysis/histogram_settings_write.h"
 #include "analysis/line_plot_dialog.h"
 #include "analysis/line_plot_view.h"
 #include "analysis/line_settings.h"
 #include "analysis/line_setup.h"
-#include "analysis/frame_graph_settings_write.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -191,6 +193,8 @@ constexpr void (*kModules[])() = {
     [] { write::options.startOptions = {}; },
     ResetMainWindow,
     ResetUndo,
+    FreeHistogram,
+    ResetHistSettings,
     ResetPlayback,
     ResetRecordedView,
     ResetPlayBar,

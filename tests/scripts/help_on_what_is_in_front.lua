@@ -50,8 +50,8 @@ local function help_at_pointer(letter, item)
   check.eq(place("item", item), nil, "the menu is closed")
   return begun
 end
-check.eq(menu(160).enabled, false)
-check.seen("help", { context = 369 }, help_at_pointer("A", "Histogram..."))
+check.eq(menu(162).enabled, false)
+check.seen("help", { context = 372 }, help_at_pointer("A", "Image math..."))
 check.eq({ box(), dialog(), state("HelpMode") }, { nil, nil, 0 })
 check.seen("help", { context = 258 }, help_at_pointer("F", "Load image..."))
 

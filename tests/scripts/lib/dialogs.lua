@@ -614,6 +614,58 @@ rows.USERRESP = { open = opens(903, "USERRESP"), ways = { "cancelled", "closed" 
 -- Each dialog that has no row, with the reason.
 -- --- Dialogs that measure -------------------------------------------------------------------------------------------------------
 
+local function each(names, reason, prefix)
+  local list = {}
+  for name in names:gmatch("%S+") do list[prefix .. name] = reason end
+  return list
+end
+local kAxes = "XplotMax YplotMax XplotMin YplotMin Xautoscale Yautoscale Xgridlines Ygridlines Yscaling"
+local measured = each("Xsize Ysize Xposition Yposition " .. kAxes, "what the histogram was opened with, and its axes follow the data", "HistSettings.")
+local axes_kept = each(kAxes, "written at the end of the setup in any case, as they were", "kelvo.ini [Histogram] ")
+
+rows.HISTGRAM = {
+  open = opens(160, "HISTGRAM"),
+  leave = function() press(338) end,
+  texts = { [309] = "100", [311] = "100", [314] = "30", [316] = "30" },
+  work = {
+    [318] = function()
+      check(318, false)
+      wait(100)
+      check(318, true)
+    end,
+  },
+  stays = { [318] = "live video goes on" },
+  buttons = {
+    [301] = into_and_out(301, "HISTAXIS"),
+    [338] = "the way out",
+    [339] = function() press(339) end,
+    [1606] = function() press(1606) end,
+  },
+  boxes = { ["The plot could not be printed.\nIs there a printer that is switched on?"] = "ok" },
+  ways = { "cancelled", "closed" },
+  kept = with(each("Xposition Yposition Xsize Ysize", "its only way out is Exit, which keeps the rectangle", "kelvo.ini [Histogram] "), axes_kept),
+  may = with(measured, {
+    LastFileDirectory = "the folder that the first file dialog of a run shows", ImageBuffer = "the frame that was measured",
+    ["ImageBuffer.Contents"] = "the frame that was measured",
+  }),
+}
+
+rows.HISTAXIS = {
+  setup = function()
+    command(160)
+    check(318, false)  -- the axes would follow live data
+    wait(600)
+  end,
+  open = function()
+    press(301)
+    in_front("HISTAXIS")
+  end,
+  stays = { [340] = "a logarithmic axis follows the data", [342] = "as Autoscale", [343] = "as Autoscale" },
+  finish = function() press(338) end,
+  ways = { "cancelled", "closed" },
+  kept = axes_kept,
+}
+
 -- A stored frame, and settings that are in the file already.
 local function line_plot_seen()
   drop(datadir() .. "/sequence.img")

@@ -438,6 +438,34 @@ rows.display_setup = {
   },
 }
 
+-- --- Analysis -----------------------------------------------------------------------------------------------------------------
+
+-- The figures of a rectangle of the live picture, saved as a table. The file of settings can be told later too.
+local of_the_histogram = {
+  ["HistSettings.*"] = "of this opening", ["kelvo.ini [[]Histogram] *"] = "its keys", ImageBuffer = "the frame that is measured",
+  ["ImageBuffer.*"] = "the frame that is measured", SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder",
+}
+rows.histogram = {
+  arms = true,
+  setup = function() os.remove(datadir() .. "/region.csv") end,
+  run = function() command(160) end,
+  dialogs = {
+    HISTGRAM = function(times)
+      if times > 1 then return press(338) end
+      wait(600)
+      press(1606)
+      operations.arm()
+      choose(datadir() .. "/region.csv")
+    end,
+  },
+  done = function(after)
+    local saved = after["file region.csv"]
+    return saved ~= nil and saved:find("\ncounts,value,samples\n", 1, true) ~= nil
+  end,
+  writes = with(of_the_histogram, { ["file region.csv"] = "the figures" }),
+  kept = of_the_histogram,
+}
+
 -- --- Recording ----------------------------------------------------------------------------------------------------------------
 
 local kFrameBytes = 2 * 320 * 256
