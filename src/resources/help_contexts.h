@@ -68,6 +68,7 @@ constexpr int kHelpCalibrationReport = 2014;
 constexpr int kHelpTriggeredSave = 2022;
 constexpr int kHelpRecorder = 2023;
 constexpr int kHelpApplyCalibration = 2030;
+constexpr int kHelpFrameGraph = 2040;
 constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;
 constexpr int kHelpBoardFaults = 2082;

@@ -1,5 +1,6 @@
 #include "shell/startup.h"
 
+#include "analysis/frame_graph_settings.h"
 #include "calib/calibration_set.h"
 #include "calib/source_dialogs.h"
 #include "camera/configuration_dialog.h"
@@ -247,7 +248,7 @@ int InitialSetup()
     LoadVideoSettings();
     LoadCalibrationSettings();
     ReadDisplaySettings();
-    ReadGraphicsKeys();
+    ReadGraphSettings();
     InitUserModules();
     write::fileChoice.FileDialogTemplate = kImageTemplate;
     FitMenuToCamera();

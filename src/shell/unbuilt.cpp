@@ -2,7 +2,6 @@
 
 namespace kelvo {
 
-void ReadGraphicsKeys() {}
 void InitUserModules() {}
 void BuildTiffTemplate() {}
 

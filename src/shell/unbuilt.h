@@ -4,7 +4,6 @@
 namespace kelvo {
 
 // Start-up calls. Each leaves its subsystem's state as it stands at start.
-void ReadGraphicsKeys();
 void InitUserModules();
 void BuildTiffTemplate();
 
