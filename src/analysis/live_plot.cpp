@@ -60,6 +60,16 @@ bool SwitchLiveData(HWND dialog)
     return leavesFile;
 }
 
+PlotPause::PlotPause(HWND dialog) : dialog_(dialog)
+{
+    KillTimer(dialog_, kPlotTimer);
+}
+
+PlotPause::~PlotPause()
+{
+    SetTimer(dialog_, kPlotTimer, kTickMs);
+}
+
 void LeaveLivePlot(HWND dialog)
 {
     KillTimer(dialog, kPlotTimer);

@@ -24,6 +24,18 @@ void TickPlot(HWND dialog, DialogHandler redraw);
 // explains. True where what is on view has become another (a file has given way): sizes and ranges are to be set anew.
 bool SwitchLiveData(HWND dialog);
 
+// The clock stands while something else is in front of the plot that goes by what it shows; after it a tick follows.
+class PlotPause {
+  public:
+    explicit PlotPause(HWND dialog);
+    ~PlotPause();
+    PlotPause(const PlotPause&) = delete;
+    PlotPause& operator=(const PlotPause&) = delete;
+
+  private:
+    HWND dialog_;
+};
+
 // On the way out: with the box checked frozen video is set free.
 void LeaveLivePlot(HWND dialog);
 

@@ -6,7 +6,7 @@
 #include "script/script.h"
 #include "state/display_state.h"
 #include "state/frame_state_write.h"
-#include "ui/status.h"
+#include "video/something_on_view.h"
 #include "video/video.h"
 
 #include <algorithm>
@@ -34,9 +34,7 @@ std::span<std::int16_t> RoomForCameraFrame()
 
 bool SomethingToMeasure()
 {
-    if (ViewingFile || CameraOn) return true;
-    StatusMessage("There is nothing to measure: open an image or turn the camera on", kLeftAligned);
-    return false;
+    return SomethingOnView("measure");
 }
 
 bool KeepFrameOnView()

@@ -563,11 +563,15 @@ int SavePng(const Dib& dib, std::string_view path)
     return ReplaceFile(path, *contents) ? 0 : kDibErrorOpen;
 }
 
-void DibError(int number)
+std::string_view DibErrorText(int number)
 {
     const bool known = number >= 0 && number < static_cast<int>(kErrorTexts.size());
-    MessageBox(nullptr, known ? kErrorTexts[static_cast<std::size_t>(number)] : "Undefined Error!", "Error",
-               BoxIcon::kStop);
+    return known ? kErrorTexts[static_cast<std::size_t>(number)] : "Undefined Error!";
+}
+
+void DibError(int number)
+{
+    MessageBox(nullptr, DibErrorText(number), "Error", BoxIcon::kStop);
 }
 
 }  // namespace kelvo

@@ -66,6 +66,12 @@ Dib ReadDibFile(File& file);
 // Errors by number, as DibError tells them.
 constexpr int kDibErrorLock = 3;
 constexpr int kDibErrorOpen = 4;
+constexpr int kDibErrorDevice = 6;
+constexpr int kDibErrorStretch = 9;
+constexpr int kDibErrorStartDoc = 11;
+constexpr int kDibErrorAbortProc = 13;
+constexpr int kDibErrorNewFrame = 15;
+constexpr int kDibErrorEndDoc = 17;
 constexpr int kDibErrorNotFound = 19;
 constexpr int kDibErrorHandle = 20;
 constexpr int kDibErrorGeneral = 21;
@@ -79,7 +85,8 @@ int SaveDib(const Dib& dib, std::string_view path);
 // isn't of plain rows of 8 or 24 bits, or whose block holds fewer rows than its header says.
 int SavePng(const Dib& dib, std::string_view path);
 
-// Shows the text of an error number under the caption "Error"; "Undefined Error!" for a number that has none.
+// The text of an error number; "Undefined Error!" for one that has none. DibError shows it under the caption "Error".
+std::string_view DibErrorText(int number);
 void DibError(int number);
 
 }  // namespace kelvo

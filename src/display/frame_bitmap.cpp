@@ -16,23 +16,6 @@ namespace {
 
 constexpr int kBits = 8;
 
-// The colour table of the map in force, kept so that a new frame doesn't rebuild it.
-const RgbQuadTable& CachedPalette()
-{
-    constexpr std::uint16_t kNoMap = 0xFFFF;
-    static RgbQuadTable table{};
-    static std::uint16_t tableColor = kNoMap;
-    static std::uint32_t tableGeneration = 0;
-    const auto color = static_cast<std::uint16_t>(ImageColor);
-    // The display dialog shows a map before ImageColor takes its number: the filling counts too.
-    if (tableColor != color || tableGeneration != ColorMapGeneration()) {
-        BuildDibPalette(table);
-        tableColor = color;
-        tableGeneration = ColorMapGeneration();
-    }
-    return table;
-}
-
 // The part of one source row that lies in the frame, as counts and their place in the row.
 struct RowPart {
     std::span<const std::int16_t> counts;
@@ -92,8 +75,9 @@ bool ReadyColoredDib(Dib& dib, const FrameRect& rect)
 {
     if (!FitsBitmap(rect)) return false;
     if (!ReadyDIB(dib, static_cast<int>(rect.Width()), static_cast<int>(rect.Height()), kBits)) return false;
+    static DibPaletteCache palette;
     ReadyColorMap();
-    std::ranges::copy(CachedPalette(), DibPalette(*dib).begin());
+    std::ranges::copy(palette.InForce(), DibPalette(*dib).begin());
     return true;
 }
 
@@ -161,6 +145,18 @@ GrayRows ReadyCameraBitmap(Dib& dib)
             .rowStride = -rowBytes,
             .rows = static_cast<std::size_t>(rect.Height()),
             .firstColumn = static_cast<std::size_t>(rect.left)};
+}
+
+const RgbQuadTable& DibPaletteCache::InForce()
+{
+    const auto color = static_cast<std::uint16_t>(ImageColor);
+    // The display dialog shows a map before ImageColor takes its number: the filling counts too.
+    if (color_ != color || generation_ != ColorMapGeneration()) {
+        BuildDibPalette(table_);
+        color_ = color;
+        generation_ = ColorMapGeneration();
+    }
+    return table_;
 }
 
 void BuildDibPalette(RgbQuadTable& table)

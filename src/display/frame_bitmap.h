@@ -55,4 +55,16 @@ using RgbQuadTable = std::array<std::uint8_t, 1024>;
 // The colour map in force as a bitmap's colour table. All black where there is no map.
 void BuildDibPalette(RgbQuadTable& table);
 
+// The same, kept so that a new frame doesn't make it anew: whoever makes bitmaps again and again keeps one.
+class DibPaletteCache {
+  public:
+    const RgbQuadTable& InForce();
+
+  private:
+    static constexpr std::uint16_t kNoMap = 0xFFFF;
+    RgbQuadTable table_{};
+    std::uint16_t color_ = kNoMap;
+    std::uint32_t generation_ = 0;
+};
+
 }  // namespace kelvo

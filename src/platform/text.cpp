@@ -265,6 +265,17 @@ std::optional<float> TakeFloat(std::string_view& text)
     return strtof_l(std::string(start.substr(0, length)).c_str(), nullptr, PlainLocale());
 }
 
+void FormatThousands(std::int32_t value, std::string& text)
+{
+    constexpr std::size_t kGroup = 3;
+    text = Format("%d", value);
+    const std::size_t sign = value < 0 ? 1 : 0;
+    for (std::size_t at = text.size(); at > sign + kGroup;) {
+        at -= kGroup;
+        text.insert(at, ",");
+    }
+}
+
 void SplitPath(std::string_view path, std::string* drive, std::string* directory, std::string* name,
                std::string* extension)
 {

@@ -36,6 +36,10 @@ std::optional<float> ScanFloat(std::string_view text);
 // The same, and takes what was read off the front of text; where no number stands text stays.
 std::optional<float> TakeFloat(std::string_view& text);
 
+// A number with a comma before its last 3, 6 and 9 digits where more digits stand before them: 1,234,567 and -123,456,
+// but -123.
+void FormatThousands(std::int32_t value, std::string& text);
+
 // Any output may be null. drive is "c:" or empty; directory keeps its closing separator; extension keeps its point.
 // Both separators count. SplitPath and MakePath are each other's inverse.
 void SplitPath(std::string_view path, std::string* drive, std::string* directory, std::string* name,

@@ -130,8 +130,8 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdLoadLast, "Loa&d last\tShift+F7", kHelpLoadLast, "previous"),
     kLine,
     Board(Item(kCmdSaveBitmap, "Save &bitmap image...")),
-    NotBuilt(Item(kCmdSaveTiff8, "Save 8-bit TIFF image...")),
-    NotBuilt(Item(kCmdSaveTiff16, "Save 16-bit TIFF image...")),
+    Board(Item(kCmdSaveTiff8, "Save 8-bit TIFF image...")),
+    Board(Item(kCmdSaveTiff16, "Save 16-bit TIFF image...")),
     kLine,
     NotBuilt(Item(kCmdPrintBitmap, "&Print bitmap image...\tShift+PrintScrn", 0, "print")),
     Item(kCmdPrinterSetup, "P&rinter setup..."),
@@ -175,7 +175,7 @@ inline constexpr CommandRow kAll[] = {
 
     Top("&Analysis"),
     NotBuilt(Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram")),
-    NotBuilt(Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot)),
+    Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot),
     NotBuilt(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
 
     Top("&View"),

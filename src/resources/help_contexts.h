@@ -41,6 +41,7 @@ constexpr int kHelpHighSource = 1044;
 constexpr int kHelpLowSource = 1045;
 constexpr int kHelpOfDialogs = 1048;
 constexpr int kHelpVoltageCalibration = 1056;
+constexpr int kHelpLineAxis = 1058;
 
 // Contexts of items that older menus had. Nothing in the menu leads there, but a command of that number still asks.
 constexpr int kHelpOlder358 = 358;
@@ -75,12 +76,13 @@ constexpr int kHelpBoardFaults = 2082;
 constexpr int kHelpUndo = 2050;
 constexpr int kHelpPlaying = 2051;
 constexpr int kHelpRecorded = 2060;
+constexpr int kHelpSaveTiff = 2117;
 
 // No page stands for these: help shows the contents instead. They belong to older menus, to commands that this version
 // hasn't got, and to pages that are still to be written.
 constexpr int kHelpWithoutPage[] = {
-    kHelpHistogram, kHelpLinePlot, kHelpImageMath, kHelpOlder358, kHelpOlder361,
-    kHelpOlder362,  kHelpOlder375, kHelpOlder512,  kHelpOlder513,
+    kHelpHistogram, kHelpImageMath, kHelpOlder358, kHelpOlder361,
+    kHelpOlder362,  kHelpOlder375,  kHelpOlder512, kHelpOlder513,
 };
 
 }  // namespace kelvo

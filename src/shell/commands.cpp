@@ -1,5 +1,6 @@
 #include "shell/commands.h"
 
+#include "analysis/line_plot_dialog.h"
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
 #include "calib/report_dialog.h"
@@ -39,6 +40,7 @@
 #include "viewing/playback.h"
 #include "viewing/recorded_dialog.h"
 #include "viewing/save_commands.h"
+#include "viewing/tiff_command.h"
 #include "viewing/view_commands.h"
 
 #include <algorithm>
@@ -84,6 +86,8 @@ constexpr Command kCommands[] = {
     {kCmdVideoSetup, VideoSetup},
     {kCmdImageSetup, ImageSetup},
     {kCmdConfiguration, Configure},
+    {kCmdSaveTiff8, SaveTiff8},
+    {kCmdSaveTiff16, SaveTiff16},
     {kCmdDialogHelp, Then<ShowDialogHelp, CommandEnd::kLeaveStatus>},
     {kCmdNewCalibration, NewCalibration},
     {kCmdUpdateCalibration, UpdateCalibration},
@@ -99,6 +103,7 @@ constexpr Command kCommands[] = {
     {kCmdImageCursor, Then<ToggleImageCursor, CommandEnd::kLeaveStatus>},
     {kCmdTrackball, Then<ToggleTrackballMode, CommandEnd::kLeaveStatus>},
     {kCmdNextColorMap, ShowNextColorMap},
+    {kCmdLinePlot, LinePlot},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
     {kCmdHelpSearch, Then<SearchHelp>},

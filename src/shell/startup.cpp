@@ -13,6 +13,7 @@
 #include "head/active_camera.h"
 #include "head/identify_head.h"
 #include "head/video_settings.h"
+#include "imagefile/tiff_file.h"
 #include "platform/application.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
@@ -256,7 +257,7 @@ int InitialSetup()
     StatusString(kStartHint, kCentred);
     InitExternalSignal();
     ReadRingMegabytes();
-    BuildTiffTemplate();
+    BuildTiffHead();
     return 1;
 }
 

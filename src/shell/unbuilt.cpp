@@ -3,6 +3,5 @@
 namespace kelvo {
 
 void InitUserModules() {}
-void BuildTiffTemplate() {}
 
 }  // namespace kelvo

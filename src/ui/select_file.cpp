@@ -50,6 +50,7 @@ constexpr FileFilter kBitmaps{"Bitmap Files (*.bmp)", "*.bmp"};
 constexpr FileFilter kAll{"All Files (*.*)", "*.*"};
 constexpr FileFilter kKelvo{"All Kelvo files (*.img *.seq *.buf *.sdv *.flt)", "*.img *.seq *.buf *.sdv *.flt"};
 constexpr FileFilter kGraphics{"Portable Network Graphics (*.png)", "*.png"};
+constexpr FileFilter kTiff{"TIFF Files (*.tif)", "*.tif"};
 
 struct ModeTexts {
     std::string_view title;
@@ -140,6 +141,10 @@ FilterList FiltersOfDialog(std::string_view pattern, FileDialogMode mode)
     FilterList list = FiltersFor(pattern);
     if (mode != FileDialogMode::kSave) list.filters.push_back(kKelvo);
     if (mode == FileDialogMode::kSave && EqualIgnoringCase(pattern, "*.bmp")) list.filters.push_back(kGraphics);
+    if (mode == FileDialogMode::kSave && EqualIgnoringCase(pattern, "*.tif")) {
+        list.filters.push_back(kTiff);
+        list.defaultExtension = "tif";
+    }
     return list;
 }
 

@@ -14,6 +14,7 @@
 #include "state/windows.h"
 #include "ui/gather.h"
 #include "ui/status.h"
+#include "viewing/frame_to_save.h"
 #include "viewing/saving_write.h"
 #include "viewing/stored_view.h"
 
@@ -70,39 +71,6 @@ bool AgreeToReplace(const std::string& path)
 }
 
 // ---- The frame
-
-std::size_t ValuesOnView()
-{
-    if (!ViewingFile) return CameraFrameValues();
-    const Point size = FrameSizeOnView();
-    return static_cast<std::size_t>(std::max(size.x, 0)) * static_cast<std::size_t>(std::max(size.y, 0));
-}
-
-// False where the buffer doesn't hold what the header says.
-bool CopyFrameOnView(std::span<std::int16_t> counts)
-{
-    const std::span<const std::int16_t> pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
-    if (pixels.size() < counts.size()) return false;
-    std::copy_n(pixels.begin(), counts.size(), counts.begin());
-    return true;
-}
-
-// False where AverageFrames would hand back its block as it stands, a picture that never was on the screen: there is no
-// grabber, or, frozen, no frame of the camera's size has come yet.
-bool CameraHasPicture(std::uint32_t mode)
-{
-    const std::size_t values = CameraFrameValues();
-    return (mode & kTakeNewFrames) && values > 0 && (LiveVideo || RawFrame.size() >= values);
-}
-
-bool GatherFrame(std::span<std::int16_t> counts, std::uint32_t frames, std::uint32_t mode)
-{
-    ResetGather();
-    if (ViewingFile) return CopyFrameOnView(counts);
-    if (!CameraHasPicture(mode)) return false;
-    const Point size = FrameSizeOnView();
-    return AverageFrames(counts, {}, frames, 0, 0, size.x - 1, size.y - 1, mode) != 0;
-}
 
 std::uint32_t ImageMode()
 {
@@ -305,7 +273,7 @@ int SaveImage(const std::string& path, std::uint32_t framesToAverage)
     if (!AllocateBlock(counts, ValuesOnView())) {
         return RefuseImage(file, "Failure to allocate or lock video memory!");
     }
-    if (!GatherFrame(counts, framesToAverage, ImageMode())) {
+    if (!GatherFrameToSave(counts, framesToAverage, ImageMode())) {
         return RefuseImage(file, WhyNothingWasGathered("Video Data Acquisition Failed, Hardware error"));
     }
     StatusMessage(" Writing image to file", kCentred);
@@ -335,7 +303,7 @@ std::int32_t SaveSequence(const std::string& basePath, std::int32_t& sequenceNum
     StatusMessage("Collecting image to save", kCentred);
     std::vector<std::int16_t> counts;
     if (!AllocateBlock(counts, ValuesOnView())) return RefuseSequence("Failure to allocate memory!");
-    if (!GatherFrame(counts, frames, SequenceMode()))
+    if (!GatherFrameToSave(counts, frames, SequenceMode()))
         return RefuseSequence(WhyNothingWasGathered("Unable to get image data!"));
 
     StatusMessage("Saving image to file", kCentred);

@@ -67,6 +67,11 @@ CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t
     return Note("Saved " + what + ": " + SizeText(bytes) + InDirectoryOf(first));
 }
 
+CommandEnd NoteSavedPicture(const std::string& path, const std::string& more)
+{
+    return Note("Saved " + NameOf(path) + more + ": " + SizeText(SizeOf(path)) + InDirectoryOf(path));
+}
+
 CommandEnd NoteSavedSet(const std::string& calPath)
 {
     return Note("Saved calibration " + NameOf(calPath) + InDirectoryOf(calPath));

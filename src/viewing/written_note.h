@@ -17,6 +17,10 @@ CommandEnd NoteSavedFile(const std::string& path, std::uint32_t frames);
 // others couldn't be written; of a single one its name.
 CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t wanted);
 
+// The same of one picture, with what is to be told of it behind its name: "Saved scene.tif, 12 samples held at 0 or
+// 255: 82.7 kB in ..."
+CommandEnd NoteSavedPicture(const std::string& path, const std::string& more);
+
 // "Saved calibration november.cal in ..."
 CommandEnd NoteSavedSet(const std::string& calPath);
 

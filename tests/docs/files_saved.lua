@@ -31,5 +31,12 @@ press(1)
 assert(not box())
 local width, height = state("ImageHeader.ImageWidth"), state("ImageHeader.ImageHeight")
 for sample = 0, width * height - 1, 97 do note("still.img", 0, sample, pixel(sample % width, sample // width)) end
+-- For other programs: the counts, and a gray value for each 64 of them.
+for id, name in pairs { [126] = "still.tif", [125] = "still8.tif" } do
+  command(id)
+  choose(datadir() .. "/" .. name)
+  assert(not box())
+end
+assert(state("ImageHeader.DisplayHigh") - state("ImageHeader.DisplayLow") == 16383)
 local out <close> = assert(io.open("truth.txt", "w"))
 out:write(table.concat(truth, "\n"), "\n")

@@ -65,6 +65,18 @@ class Files(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertIn("2 frames", result.stdout)
 
+    def test_the_tiff_files_for_other_programs(self):
+        text = (pages.ROOT / "docs/formats.md").read_text()
+        [reader] = [block.text for block in pages.blocks_of("docs/formats.md", text) if "kelvo_tiff" in block.text]
+        (OUT / "kelvo_tiff.py").write_text(reader)
+        import kelvo_tiff
+        _, frames = self.read("still.img")
+        counts, description = kelvo_tiff.read("still.tif")
+        self.assertEqual(counts.tolist(), frames[0].tolist())
+        self.assertTrue(description.startswith("Kelvo Thermal Image\nFrameRate="), description)
+        grays, _ = kelvo_tiff.read("still8.tif")
+        self.assertEqual(grays.tolist(), (frames[0] // 64).clip(0, 255).tolist())
+
     # Files of other kinds, put together byte by byte.
     def header(self, **values):
         fields = {"swap": 0xFFFF, "bytes": 2, "version": 8, "before": 0} | values

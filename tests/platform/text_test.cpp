@@ -153,6 +153,30 @@ TEST(Text, SplitPathCutsAtTheLastSeparatorAndPoint)
     }
 }
 
+TEST(Text, FormatThousandsPutsCommasBetweenDigits)
+{
+    struct Case {
+        std::int32_t value;
+        std::string_view text;
+    };
+    constexpr Case cases[] = {
+        {0, "0"},
+        {999, "999"},
+        {1000, "1,000"},
+        {1234567, "1,234,567"},
+        {-123, "-123"},
+        {-1234, "-1,234"},
+        {-123456, "-123,456"},
+        {2147483647, "2,147,483,647"},
+        {-2147483647 - 1, "-2,147,483,648"},
+    };
+    for (const Case& each : cases) {
+        std::string text = "before";
+        FormatThousands(each.value, text);
+        EXPECT_EQ(text, each.text);
+    }
+}
+
 TEST(Text, SplitPathTakesNullForWhatIsNotWanted)
 {
     std::string name;

@@ -1,5 +1,9 @@
 #include "reset/reset.h"
 
+#include "analysis/line_plot_dialog.h"
+#include "analysis/line_plot_view.h"
+#include "analysis/line_settings.h"
+#include "analysis/line_setup.h"
 #include "analysis/frame_graph_settings_write.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
@@ -26,7 +30,9 @@
 #include "head/scope_frame.h"
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
+#include "imagefile/tiff_file.h"
 #include "pixel/bad_pixels.h"
+#include "pixel/region_marks.h"
 #include "platform/reset.h"
 #include "record/capture_sequence.h"
 #include "record/continuous_save.h"
@@ -118,6 +124,7 @@ constexpr void (*kModules[])() = {
     ResetCameraState,
 
     ResetHeader,
+    ResetTiffHead,
     ResetFileLists,
     ForgetRecentFiles,
     ResetSelectFile,
@@ -127,6 +134,11 @@ constexpr void (*kModules[])() = {
     ResetFrameRateTable,
     ResetSettings,
     ResetBadPixels,
+    ResetRegionMarks,
+    ResetLineSettings,
+    ResetLinePlotView,
+    ResetLinePlotDialog,
+    ResetLineSetup,
     ResetColorMap,
     ResetDisplayPipeline,
     ResetContinuousSaveDialog,

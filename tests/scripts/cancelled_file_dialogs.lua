@@ -9,7 +9,8 @@ local read_out = status()
 check.holds(read_out, "Signal=")
 local hints = {
   [107] = "Select image file to view", [113] = "Select image file to view",
-  [116] = "Enter filename to save image file to", [135] = "Select a calibration statistics file to view",
+  [116] = "Enter filename to save image file to", [125] = "Enter filename to save image file to",
+  [126] = "Enter filename to save image file to", [135] = "Select a calibration statistics file to view",
 }
 for id, hint in pairs(hints) do
   command(id)

@@ -621,6 +621,77 @@ rows.BIORAD_SAVE = {
 }
 
 -- Each dialog that has no row, with the reason.
+-- --- Dialogs that measure -------------------------------------------------------------------------------------------------------
+
+-- A stored frame, and settings that are in the file already.
+local function line_plot_seen()
+  drop(datadir() .. "/sequence.img")
+  command(161)
+  in_front("LINEPLOT")
+  press(338)
+end
+
+local line_kept = {
+  LineSettings = "every way out is Exit", ["kelvo.ini [LinePlot] Xstart"] = "the line", ["kelvo.ini [LinePlot] Ystart"] = "the line",
+  ["kelvo.ini [LinePlot] Xend"] = "the line", ["kelvo.ini [LinePlot] Yend"] = "the line",
+  LastFileDirectory = "the folder that the first file dialog of a run shows",
+}
+
+rows.LINEPLOT = {
+  setup = line_plot_seen,
+  open = opens(161, "LINEPLOT"),
+  texts = { [402] = "5", [405] = "6", [408] = "30", [411] = "20" },
+  work = { [318] = function() end },
+  stays = { [318] = "live data takes the file's place: line_plot.lua" },
+  buttons = {
+    [301] = into_and_out(301, "LINEAXIS"),
+    [338] = "is Exit",
+    [339] = function() press(339) end,
+    [1606] = function() press(1606) end,
+  },
+  boxes = { ["The plot could not be printed.\nIs there a printer that is switched on?"] = "ok" },
+  kept_cancelled = line_kept,
+  kept_closed = line_kept,
+  refused = function()
+    for _, id in ipairs { 402, 405, 408, 411 } do
+      local before, axis = text(id), (id == 402 or id == 408) and "X range: 0 to 39" or "Y range: 0 to 29"
+      for _, typed in ipairs { "-1", "40", "99999", "2147483647" } do
+        set(id, typed)
+        check.answer_box(axis, "ok", "Kelvo message")
+        check.eq({ text(id), dialog() }, { before, "LINEPLOT" }, typed)
+      end
+    end
+  end,
+  leave = function() press(338) end,
+}
+
+rows.LINEAXIS = {
+  setup = function()
+    line_plot_seen()
+    command(161)
+    wait(600)
+  end,
+  open = function()
+    press(301)
+    in_front("LINEAXIS")
+  end,
+  first = { 340 },
+  texts = { [342] = "9000", [343] = "100" },
+  kept_cancelled = { DisplayUnit = unit },
+  kept_closed = { DisplayUnit = unit },
+  -- Nothing is told: what can't be taken isn't.
+  refused = function()
+    check(340, false)
+    local before = state("LineSettings")
+    set(342, "")
+    set(342, "much")
+    set(342, "-5")
+    set(343, "99999")
+    check.eq(state("LineSettings"), before)
+  end,
+  finish = function() press(338) end,
+}
+
 dialogs.without_row = {
   ACCOUNT = "stays open beside the main window; its one button counts anew",
   BENCH = "stays open beside the main window; each control acts at once, on the bench alone",

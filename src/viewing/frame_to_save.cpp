@@ -1,0 +1,48 @@
+#include "viewing/frame_to_save.h"
+
+#include "acquire/averaging.h"
+#include "grabber/frame_size.h"
+#include "imagefile/header.h"
+#include "state/frame_state.h"
+#include "ui/gather.h"
+
+#include <algorithm>
+
+namespace kelvo {
+
+namespace {
+
+bool CopyFrameOnView(std::span<std::int16_t> counts)
+{
+    const std::span<const std::int16_t> pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
+    if (pixels.size() < counts.size()) return false;
+    std::copy_n(pixels.begin(), counts.size(), counts.begin());
+    return true;
+}
+
+}  // namespace
+
+std::size_t ValuesOnView()
+{
+    if (!ViewingFile) return CameraFrameValues();
+    const Point size = FrameSizeOnView();
+    return static_cast<std::size_t>(std::max(size.x, 0)) * static_cast<std::size_t>(std::max(size.y, 0));
+}
+
+bool FrameCanBeGathered(std::uint32_t mode)
+{
+    if (ViewingFile) return true;
+    const std::size_t values = CameraFrameValues();
+    return (mode & kTakeNewFrames) && values > 0 && (LiveVideo || RawFrame.size() >= values);
+}
+
+bool GatherFrameToSave(std::span<std::int16_t> counts, std::uint32_t frames, std::uint32_t mode)
+{
+    ResetGather();
+    if (!FrameCanBeGathered(mode)) return false;
+    if (ViewingFile) return CopyFrameOnView(counts);
+    const Point size = FrameSizeOnView();
+    return AverageFrames(counts, {}, frames, 0, 0, size.x - 1, size.y - 1, mode) != 0;
+}
+
+}  // namespace kelvo
