@@ -417,6 +417,11 @@ rows.BUFFER = {
       check.eq(file().title, "Open File")
       cancel()
     end,
+    [1358] = function()
+      press(1358)
+      in_front("BUF_GRAF")
+      press(1620)
+    end,
     [1360] = "drops what is stored",
     [1353] = function()
       press(1353)
@@ -489,6 +494,60 @@ rows.BUF_SAVE = {
     { set = { [1371] = "3", [1372] = "2" }, box = "End Frame must be greater than or equal to Start Frame." },
   },
   finish = function() press(2) end,
+}
+
+rows.BUF_GRAF = {
+  setup = function()
+    store_burst()
+    command(103)
+    press(1358)
+    press(1620)
+  end,
+  open = function()
+    press(1358)
+    in_front("BUF_GRAF")
+  end,
+  first = { 1389 },
+  texts = { [1387] = "2", [1384] = "100", [1385] = "9000" },
+  buttons = { [1622] = "shows the graph, and keeps what is graphed", [1620] = "leaves" },
+  leave = function() press(1620) end,
+  ways = { "cancelled", "closed" },
+  kept = { DisplayUnit = unit, LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  finish = function() press(2) end,
+}
+
+rows.GRAPH = {
+  setup = function()
+    store_burst()
+    command(103)
+    press(1358)
+    press(1380)
+    press(1622)
+    in_front("GRAPH")
+    press(1620)
+    in_front("BUF_GRAF")
+  end,
+  open = function()
+    press(1622)
+    in_front("GRAPH")
+    wait(600)
+  end,
+  buttons = {
+    [339] = "prints",
+    [1606] = function()
+      press(1606)
+      check.eq(file().title, "Save File")
+      cancel()
+    end,
+    [1620] = "leaves",
+  },
+  leave = function() press(1620) end,
+  ways = { "cancelled", "closed" },
+  kept = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  finish = function()
+    press(1620)
+    press(2)
+  end,
 }
 
 -- --- Files --------------------------------------------------------------------------------------------------------------------
