@@ -44,11 +44,7 @@ constexpr MenuEntry::Check CheckOf(Kind kind)
 
 constexpr MenuEntry EntryOf(const CommandRow& row)
 {
-    return {.kind = KindInMenu(row.kind),
-            .id = row.id,
-            .text = row.text,
-            .icon = row.icon,
-            .check = CheckOf(row.kind)};
+    return {.kind = KindInMenu(row.kind), .id = row.id, .text = row.text, .icon = row.icon, .check = CheckOf(row.kind)};
 }
 
 constexpr auto kMenu = [] {
