@@ -49,7 +49,7 @@ std::string MakeFile(const std::string& directory)
     std::optional<File> file = File::Open(path, FileMode::kCreate);
     if (!file) return {};
     file->Write(std::as_bytes(std::span(&header, 1)));
-    std::vector<std::int16_t> frame(kWidth * kHeight);
+    std::vector<std::int16_t> frame(std::size_t{kWidth} * kHeight);
     for (int i = 0; i < kFrames; ++i) {
         frame[kRow * kWidth + kColumn] = static_cast<std::int16_t>(1000 + i % 97);
         file->Write(std::as_bytes(std::span(frame)));

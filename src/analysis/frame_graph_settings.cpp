@@ -58,11 +58,6 @@ std::int32_t ReadPlace(std::string_view key, std::int32_t size)
     return std::clamp(ReadKey(key, kUsualPlace), 0, std::max(size - 1, 0));
 }
 
-bool IsOfAFile()
-{
-    return GraphSource == kGraphFile && GraphedFile;
-}
-
 }  // namespace
 
 void ReadGraphSettings()
@@ -91,21 +86,28 @@ void SaveGraphSettings()
     save("Autoscale", Autoscale);
 }
 
+const TraceFile* GraphedTraceFile()
+{
+    return GraphSource == kGraphFile && GraphedFile ? &*GraphedFile : nullptr;
+}
+
 Point GraphedSize()
 {
-    if (IsOfAFile()) return {GraphedFile->header.ImageWidth, GraphedFile->header.ImageHeight};
+    if (const TraceFile* file = GraphedTraceFile()) return {file->header.ImageWidth, file->header.ImageHeight};
     return {ActiveConfig.Hroi, ActiveConfig.Vroi};
 }
 
 CountRange GraphedRange()
 {
-    if (IsOfAFile()) return {.low = GraphedFile->header.DisplayLow, .high = GraphedFile->header.DisplayHigh};
+    if (const TraceFile* file = GraphedTraceFile()) {
+        return {.low = file->header.DisplayLow, .high = file->header.DisplayHigh};
+    }
     return {.low = DisplayLow, .high = DisplayHigh};
 }
 
 UnitScope GraphedUnits()
 {
-    if (IsOfAFile()) return UnitScope(GraphedFile->header, GraphedFile->path);
+    if (const TraceFile* file = GraphedTraceFile()) return UnitScope(file->header, file->path);
     return {};
 }
 

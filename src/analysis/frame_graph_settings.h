@@ -25,7 +25,7 @@ extern const std::int32_t& GraphFrames;  // frames that are graphed; those of th
 constexpr std::int32_t kGraphHostFrames = 1380;
 constexpr std::int32_t kGraphFile = 1381;
 extern const std::int32_t& GraphSource;
-extern const std::optional<TraceFile>& GraphedFile;  // the file of kGraphFile
+extern const std::optional<TraceFile>& GraphedFile;  // that was chosen last; stays while another source is chosen
 
 // Section Graphics: the pixel is limited to the camera's frame (64, 64 where a key is missing), yClipMax is DisplayHigh
 // where its key is missing, SqrtTime 0, Autoscale 1. The frames are those of the host frames, 0 to FramesInBuffer - 1.
@@ -34,6 +34,8 @@ void ReadGraphSettings();
 // Writes the six keys.
 void SaveGraphSettings();
 
+// The file where it is the source; otherwise null.
+const TraceFile* GraphedTraceFile();
 // The size of the source's frames: columns and rows.
 Point GraphedSize();
 // The range of counts of the source: the file's, or the live one.

@@ -44,14 +44,10 @@ constexpr std::int64_t kFirstTickMs = 500;
 std::vector<std::int16_t> counts;
 GraphFigures figures;
 
-bool IsOfAFile()
-{
-    return GraphSource == kGraphFile && GraphedFile;
-}
-
 std::string SourceText()
 {
-    return IsOfAFile() ? GraphedFile->path : "Buffer board memory";
+    const TraceFile* const file = GraphedTraceFile();
+    return file ? file->path : "Buffer board memory";
 }
 
 std::string UnitText()
@@ -80,7 +76,8 @@ TraceRead ReadCounts()
 {
     const Hourglass hourglass;
     const TracePlace place{.first = GraphFirstFrame, .last = GraphLastFrame, .row = PixelRow, .column = PixelCol};
-    return IsOfAFile() ? ReadFileTrace(*GraphedFile, place, counts) : ReadHostTrace(place, counts);
+    const TraceFile* const file = GraphedTraceFile();
+    return file ? ReadFileTrace(*file, place, counts) : ReadHostTrace(place, counts);
 }
 
 void TellUnread(HWND window, TraceRead read)

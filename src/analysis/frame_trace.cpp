@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <limits>
 #include <span>
 
@@ -56,7 +55,7 @@ std::optional<ImageHeaderRecord> FirstBytes(const File& file)
 bool IsTheSame(ImageHeaderRecord a, const ImageHeaderRecord& b)
 {
     a.FrameCount = b.FrameCount;
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    return std::ranges::equal(std::as_bytes(std::span(&a, 1)), std::as_bytes(std::span(&b, 1)));
 }
 
 // Where one pixel of a file's frames lies, and how its bytes become a count.
@@ -168,7 +167,7 @@ std::optional<TraceFile> ReadTraceFile(std::string_view path)
 
     const std::optional<File> file = File::Open(path, FileMode::kRead);
     const std::optional<ImageHeaderRecord> first = file ? FirstBytes(*file) : std::nullopt;
-    if (!first) return RefuseHeader(path);
+    if (!file || !first) return RefuseHeader(path);
     chosen.asRead = *first;
     if (header.SampleBytes == kFloatSamples) chosen.header.DataType = kFloatData;
     const std::int64_t frames = (file->Length() - chosen.headerBytes) / FrameRecordBytes(header);
@@ -195,7 +194,7 @@ TraceRead ReadFileTrace(const TraceFile& file, const TracePlace& place, std::vec
     if (!LiesInside(file, place)) return TraceRead::kShort;
     const std::optional<File> opened = File::Open(file.path, FileMode::kRead);
     const std::optional<ImageHeaderRecord> first = opened ? FirstBytes(*opened) : std::nullopt;
-    if (!first || !IsTheSame(*first, file.asRead)) return TraceRead::kChanged;
+    if (!opened || !first || !IsTheSame(*first, file.asRead)) return TraceRead::kChanged;
     if (!AllocateBlock(counts, static_cast<std::size_t>(FramesOf(place)))) return TraceRead::kNoMemory;
     const TraceRead read = ReadPixels(*opened, PixelInFile(file, place), place.first, counts);
     if (read != TraceRead::kComplete) counts.clear();

@@ -34,7 +34,6 @@ namespace kelvo {
 
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 

@@ -9,15 +9,20 @@
 #include "support/stored_files.h"
 #include "viewing/viewing.h"
 
+#include <QApplication>
+#include <QKeyEvent>
+
 #include <gmock/gmock.h>
 
 #include <cstring>
 #include <filesystem>
+#include <memory>
 
 namespace kelvo {
 
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -186,7 +191,7 @@ TEST_F(FrameTrace, RefusesWhatIsNoFileOfFrames)
     ASSERT_THAT(boxes, SizeIs(7));
     EXPECT_EQ(boxes[0].text, "Failed to open file\n" + path);
     EXPECT_EQ(boxes[0].caption, "Read Image Header Error");
-    for (const std::size_t number : {1, 2, 4, 5}) {
+    for (const std::size_t number : {1U, 2U, 4U, 5U}) {
         EXPECT_EQ(boxes[number].text, "Error reading Image File Header\n" + path) << number;
         EXPECT_EQ(boxes[number].caption, "Kelvo message") << number;
     }
@@ -268,6 +273,24 @@ TEST_F(FrameTrace, TakesMemoryForOneCountAFrame)
     ASSERT_EQ(ReadFileTrace(*file, {0, 2, 1, 1}, counts), TraceRead::kComplete);
     EXPECT_EQ(MemoryRequests(), before + 1);
     EXPECT_THAT(counts, SizeIs(3));
+}
+
+TEST_F(FrameTrace, OfManyFramesIsStoppedByEscape)
+{
+    constexpr std::size_t kMany = 1500;
+    const std::string path = directory / "many.buf";
+    PutFile(path, HeaderBytes(PlainHeader(1, 1)) + std::string(2 * kMany, '\1'));
+    const std::optional<TraceFile> file = ReadTraceFile(path);
+    ASSERT_TRUE(file);
+    std::vector<std::int16_t> counts;
+    const auto read = [&] { return ReadFileTrace(*file, {0, kMany - 1, 0, 0}, counts); };
+    QApplication::postEvent(qApp,
+                            std::make_unique<QKeyEvent>(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier).release());
+    EXPECT_EQ(read(), TraceRead::kStopped);
+    EXPECT_THAT(counts, IsEmpty());
+    EXPECT_EQ(read(), TraceRead::kComplete);
+    EXPECT_THAT(counts, SizeIs(kMany));
+    EXPECT_THAT(counts, Each(0x0101));
 }
 
 TEST_F(FrameTrace, OfHostFramesIsThatPixelOfEach)
