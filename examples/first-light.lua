@@ -2,7 +2,7 @@
 -- looks at the raw array, calibrates against a low and a high source, sees the array become even and its bad detectors vanish, saves
 -- images, a sequence and the calibration, changes the camera and back, comes up again with the calibration by both ways, and reads a
 -- saved image in degrees. Captures a burst and replays it, records on a trigger with what came before it, makes whole a recording that
--- was cut short and corrects it with the calibration. Pictures and files are left in the directory named after "--". With CommLog=1 in
+-- was cut short and corrects it with the calibration. Leaves a saved image as TIFF files too. Pictures and files are left in the directory named after "--". With CommLog=1 in
 -- kelvo.ini the bytes that went to the camera head stand in CommLog.txt.
 
 local out = arg and arg[1] or "first-light"
@@ -10,6 +10,7 @@ local data = datadir()
 
 local kSaveImage, kNameSequence, kSaveSequence, kExit = 106, 108, 109, 119
 local kConfiguration, kCalibrate, kSaveCalibration, kFreeze, kImageCursor = 123, 130, 132, 140, 151
+local kSaveTiff8, kSaveTiff16 = 125, 126
 local kGray, kColour, kTurnOn, kFitContrast = 143, 145, 169, 2004
 local kHostRam, kBurstFrames, kCapture, kReplay, kReplayRate, kRecorder = 103, 1342, 1352, 1348, 1350, 2060
 local kByVideoSetup, kByLastCalibration, kBySelectedCalibration = 1070, 1072, 1074
@@ -278,6 +279,26 @@ mouse(500, 400)
 say("scene.img: %s", status())
 picture("17-saved-image")
 command(kImageCursor)
+
+-- The same counts for other programs, sample for sample: whole, and a gray value for each step of the range. The samples lie behind a head of
+-- 782 bytes, row by row.
+local low, high = state("ImageHeader.DisplayLow"), state("ImageHeader.DisplayHigh")
+local step = math.max((high + 1 - low) // 256, 1)
+for bits, id in pairs { [16] = kSaveTiff16, [8] = kSaveTiff8 } do
+    local name = ("scene%d.tif"):format(bits)
+    command(id)
+    choose(whole .. "/" .. name)
+    local bytes, sum, reckoned = assert(readfile(whole .. "/" .. name)), 0, 0
+    local width, height = state("ImageHeader.ImageWidth"), state("ImageHeader.ImageHeight")
+    for i = 0, width * height - 1 do
+        local sample = bits == 16 and string.unpack("<i2", bytes, 783 + 2 * i) or bytes:byte(783 + i)
+        local count = pixel(i % width, i // width)
+        local wanted = bits == 16 and count or math.max(0, math.min(255, count // step))
+        assert(sample == wanted, ("%s, sample %d"):format(name, i))
+        sum, reckoned = sum + sample, reckoned + wanted
+    end
+    say("%s: mean %.3f, reckoned %.3f", name, sum / (width * height), reckoned / (width * height))
+end
 command(kFreeze)
 turnOff()
 

@@ -56,13 +56,13 @@ void ShowLine(HWND dialog, std::vector<std::int16_t> samples)
 void DrawLinePlot(HWND dialog)
 {
     if (drawn == Drawn{LineSettings, DisplayUnit}) return;
-    ShowLineMark(0);
     const bool newUnit = !drawn || drawn->unit != DisplayUnit;
     drawn = {LineSettings, DisplayUnit};
     if (newUnit) ShowLineTitle(dialog);
 
     std::vector<std::int16_t> samples;
     if (!SampleLine(FrameToMeasure(), FrameSizeOnView(), LineSettings, samples)) {
+        ShowLineMark(0);
         MessageBox(dialog, "Failure to allocate Intensity memory!", kMessageCaption);
         return;
     }

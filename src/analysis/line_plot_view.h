@@ -12,7 +12,8 @@ namespace kelvo {
 constexpr int kLinePlotControl = 420;
 
 // Samples, plots and reports what LineSettings say in DisplayUnit; nothing where neither has changed since it was drawn
-// last. No memory for the samples: "Failure to allocate Intensity memory!", and the last plot stays.
+// last. No memory for the samples: "Failure to allocate Intensity memory!", the last plot stays, and the frame is shown
+// without a mark.
 void DrawLinePlot(HWND dialog);
 // The next DrawLinePlot draws in any case: the frame is another one.
 void ForgetLinePlot();

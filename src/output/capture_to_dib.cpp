@@ -10,10 +10,11 @@
 #include "imagefile/header.h"
 #include "platform/box.h"
 #include "platform/memory.h"
-#include "state/camera_config.h"
+#include "state/cal_state.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
+#include "video/video.h"
 
 #include <algorithm>
 #include <limits>
@@ -56,6 +57,21 @@ bool CameraHasPicture()
     return GrabberPresent && values > 0 && (LiveVideo || RawFrame.size() >= values);
 }
 
+// A gather turns only what a calibration corrects: without one the frame comes as the detector was read out. False
+// where memory is refused.
+bool PutInImageOrder(std::vector<std::int16_t>& counts)
+{
+    if (CalType != 0) return true;
+    std::vector<std::int16_t> readout;
+    if (!EnsureDecomList() || !AllocateBlock(readout, counts.size())) return false;
+    readout.swap(counts);
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        const std::size_t raw = i < DecomList.size() ? DecomList[i] : i;
+        counts[i] = raw < readout.size() ? readout[raw] : std::int16_t{0};
+    }
+    return true;
+}
+
 bool TakeCameraFrame(Frame& frame)
 {
     frame.counts = ReplayedFrame();
@@ -65,6 +81,7 @@ bool TakeCameraFrame(Frame& frame)
                                              kAverage16 | kTakeNewFrames) < 1) {
         return Tell("Video Data Acquisition Failed, Hardware error");
     }
+    if (!PutInImageOrder(frame.own)) return Tell("Failure to allocate video memory!");
     frame.counts = frame.own;
     return true;
 }
@@ -80,7 +97,7 @@ Dib ColoredDib(const FrameRect& rect)
 {
     constexpr std::int64_t kLongest = std::numeric_limits<std::int32_t>::max();
     if (rect.Width() > kLongest || rect.Height() > kLongest) return nullptr;
-    const Dib dib = CreateDIB(static_cast<int>(rect.Width()), static_cast<int>(rect.Height()), kBits);
+    Dib dib = CreateDIB(static_cast<int>(rect.Width()), static_cast<int>(rect.Height()), kBits);
     if (!dib) return nullptr;
     static DibPaletteCache palette;
     ReadyColorMap();

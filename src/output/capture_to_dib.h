@@ -11,9 +11,10 @@ namespace kelvo {
 
 // A new 8-bit bitmap of a rectangle of the frame (inclusive on all four sides). With a file on view the pixels are
 // ImageBuffer's. Otherwise they are one frame of the camera, a new one with live video and the frozen one without
-// (AverageFrames); a frame that replay shows stands for the frozen one. The whole frame is taken and the rectangle cut
-// out of it; what lies outside the frame is byte 0. Without a rectangle: the whole image of the file; from the camera
-// the columns from Xpan to the last, and all rows. An empty rectangle gives a bitmap without pixels.
+// (AverageFrames), in image order also where no calibration is in force; a frame that replay shows stands for the
+// frozen one. The whole frame is taken and the rectangle cut out of it; what lies outside the frame is byte 0. Without
+// a rectangle: the whole image of the file; from the camera the columns from Xpan to the last, and all rows. An empty
+// rectangle gives a bitmap without pixels.
 //
 // Contrast and brightness are those of the lookup table, whatever is passed.
 //

@@ -300,6 +300,7 @@ void FocusFirstControl(QWidget* widget)
 void FitContents(HWND dialog)
 {
     QWidget* widget = dialog->widget;
+    if (QLayout* const layout = widget->layout()) layout->activate();  // else layouts within it tell their old sizes
     const QSize fitting = widget->size().expandedTo(widget->sizeHint());
     if (fitting == widget->size()) return;
     widget->resize(fitting);

@@ -7,22 +7,26 @@
 #include <QApplication>
 #include <QEvent>
 #include <QKeyEvent>
+#include <QPointer>
+#include <QWindow>
+
+#include <utility>
 
 namespace kelvo {
 
 namespace {
 
-// Installed last, it is asked first.
+// Drops the operator's input but for one window's. Installed last, it is asked first.
 class InputSieve : public QObject {
   public:
-    InputSieve() { qApp->installEventFilter(this); }
+    explicit InputSieve(const QWidget* spared = nullptr) : spared_(spared) { qApp->installEventFilter(this); }
     bool SawEscape() const { return sawEscape_; }
 
   protected:
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    bool eventFilter(QObject* watched, QEvent* event) override
     {
         const QEvent::Type type = event->type();
-        if (!IsOperatorsInput(type)) return false;
+        if (!IsOperatorsInput(type) || IsSpared(watched)) return false;
         if (type == QEvent::KeyPress || type == QEvent::ShortcutOverride) {
             sawEscape_ = sawEscape_ || dynamic_cast<const QKeyEvent&>(*event).key() == Qt::Key_Escape;
         }
@@ -31,8 +35,22 @@ class InputSieve : public QObject {
     }
 
   private:
+    bool IsSpared(const QObject* watched) const
+    {
+        if (!spared_) return false;
+        if (watched == spared_->windowHandle()) return true;
+        const auto* const widget = dynamic_cast<const QWidget*>(watched);
+        return widget && widget->window() == spared_;
+    }
+
+    QPointer<const QWidget> spared_;
     bool sawEscape_ = false;
 };
+
+QWidget* WidgetOf(HWND dialog)
+{
+    return IsWindow(dialog) ? dialog->widget.data() : nullptr;
+}
 
 }  // namespace
 
@@ -44,6 +62,27 @@ bool EscapeCame()
     const InputSieve sieve;
     QCoreApplication::processEvents(QEventLoop::ExcludeSocketNotifiers);
     return sieve.SawEscape() || EndIsAsked() || FaultIsSet("escape");
+}
+
+void LookUpFor(HWND dialog)
+{
+    if (!qApp) return;
+    const HoldMessages hold;
+    ShowPainted();
+    const InputSieve sieve(WidgetOf(dialog));
+    QCoreApplication::processEvents(QEventLoop::ExcludeSocketNotifiers);
+}
+
+bool WaitFor(HWND dialog)
+{
+    if (!qApp || QuitPosted() || EndIsAsked()) return false;
+    ModalEntry entry;
+    entry.widget = WidgetOf(dialog);
+    entry.dialog = dialog;
+    const ModalScope inFront(std::move(entry));
+    const InputSieve sieve(WidgetOf(dialog));
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return true;
 }
 
 }  // namespace kelvo

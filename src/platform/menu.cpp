@@ -1,5 +1,6 @@
 #include "platform/menu.h"
 
+#include "platform/faults.h"
 #include "platform/qt_window.h"
 #include "platform/transcript.h"
 
@@ -122,6 +123,13 @@ QList<QAction*> TopActions(HWND window)
     return window->frame->menuBar()->actions();
 }
 
+// Null where there is none, or it has no menu below it.
+QMenu* TopMenuAt(HWND window, int position)
+{
+    const QList<QAction*> actions = TopActions(window);
+    return position < 0 || position >= actions.size() ? nullptr : actions[position]->menu();
+}
+
 bool SameModifiers(const AcceleratorEntry& entry, int key, Qt::KeyboardModifiers modifiers)
 {
     modifiers &= Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
@@ -236,7 +244,7 @@ bool SetMenuTip(HWND window, int id, std::string_view tip)
 bool DeleteMenuItem(HWND window, int id)
 {
     Item* const item = FindItem(window, id);
-    if (!item) return false;
+    if (!item || FaultIsSet("delete menu item")) return false;
     item->wasEnabled = item->action->isEnabled();
     item->action->setEnabled(false);
     TranscribeItem(id, *item);
@@ -304,6 +312,34 @@ bool DeleteTopMenu(HWND window, int position)
     }
     window->frame->menuBar()->removeAction(actions[position]);
     if (menu) menu->deleteLater();
+    return true;
+}
+
+bool TopMenuOpens(HWND window, int position)
+{
+    return TopMenuAt(window, position) != nullptr;
+}
+
+void ClearTopMenu(HWND window, int position, int keptId)
+{
+    QMenu* const menu = TopMenuAt(window, position);
+    if (!menu) return;
+    const Item* const kept = FindItem(window, keptId);
+    const QList<QAction*> actions = menu->actions();
+    for (QAction* const action : actions) {
+        if (kept && kept->action == action) continue;
+        std::erase_if(window->menu->items, [action](const auto& item) { return item.second.action == action; });
+        RemoveAction(action);
+    }
+}
+
+bool AppendMenuItem(HWND window, int position, int id, std::string_view text)
+{
+    QMenu* const menu = TopMenuAt(window, position);
+    if (!menu || FaultIsSet("append menu item")) return false;
+    EnsureData(window);
+    AddItem(window, *menu, nullptr, {.kind = MenuEntry::Kind::kItem, .id = id, .text = text});
+    TranscribeItem(id, window->menu->items[id]);
     return true;
 }
 

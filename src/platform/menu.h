@@ -55,9 +55,14 @@ void DrawMenuBar(HWND window);
 // The lines at the kRecentFiles place, texts as in MenuEntry: commands firstId, firstId + 1, ...; none hides the place.
 void SetRecentFileItems(HWND window, int firstId, std::span<const std::string> texts);
 
-// Top menus by position, for user-written functions that add and remove one.
+// Top menus by position, for user-written functions that fill or remove one.
 int TopMenuCount(HWND window);
 std::string TopMenuText(HWND window, int position);
 bool DeleteTopMenu(HWND window, int position);
+bool TopMenuOpens(HWND window, int position);  // false: it has no menu below it, or there is none at that position
+// Takes all out of it but the item of that number.
+void ClearTopMenu(HWND window, int position, int keptId);
+// A line more at its end, which sends the command. False where there is no such menu, or the machine refuses.
+bool AppendMenuItem(HWND window, int position, int id, std::string_view text);
 
 }  // namespace kelvo

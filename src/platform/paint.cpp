@@ -431,6 +431,33 @@ void DrawPolyline(HWND window, std::span<const Point> points, const Rect& clip, 
     }
 }
 
+int PictureTextHeight()
+{
+    return QFontMetrics(QGuiApplication::font()).height();
+}
+
+bool DrawPictureText(DeviceBitmap& picture, int x, int y, std::string_view text, ColorRef color, ColorRef background)
+{
+    if (picture.pixels.empty() || FaultIsSet("text")) return false;
+    const auto rowBytes = static_cast<qsizetype>(sizeof(std::uint32_t)) * picture.width;
+    QImage canvas(reinterpret_cast<uchar*>(picture.pixels.data()), picture.width, picture.height, rowBytes,
+                  QImage::Format_RGB32);
+    // The edges of letters that are tuned to a screen's colours are coloured.
+    QFont font = QGuiApplication::font();
+    font.setStyleStrategy(QFont::NoSubpixelAntialias);
+    const QFontMetrics metrics(font);
+    const QString line = ToQString(text);
+    QPainter painter(&canvas);
+    painter.setFont(font);
+    painter.fillRect(x, y, metrics.horizontalAdvance(line), metrics.height(), ToQColor(background));
+    painter.setPen(ToQColor(color));
+    painter.drawText(QPoint(x, y + metrics.ascent()), line);
+    painter.end();
+    // The format leaves the highest byte open.
+    for (std::uint32_t& pixel : picture.pixels) pixel &= RGB_MASK;
+    return true;
+}
+
 int DeviceBlock(HWND window, int zoom)
 {
     return BlockAt(IsWindow(window) ? DeviceRatio(*window) : 1.0, zoom);

@@ -34,6 +34,12 @@ int TextWidth(HWND window, std::string_view text);  // of DrawTextLine's letters
 // exclusive). A single point is a dot.
 void DrawPolyline(HWND window, std::span<const Point> points, const Rect& clip, ColorRef color);
 
+// The height of a line of the program's text, and such a line into a picture, its top left at x, y, with its background
+// filled behind the letters; what lies beyond the picture's edges is left out. False for an empty picture, or where the
+// fault "text" is set.
+int PictureTextHeight();
+bool DrawPictureText(DeviceBitmap& picture, int x, int y, std::string_view text, ColorRef color, ColorRef background);
+
 // The side of the block that one image pixel takes at an integer zoom: zoom x device ratio rounded to whole device
 // pixels, at least 1; in device pixels.
 int DeviceBlock(HWND window, int zoom);

@@ -93,6 +93,8 @@ QPalette PaletteOf(const Colors& colors)
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text}) {
         palette.setColor(QPalette::Disabled, role, QColor(colors.disabledText));
     }
+    palette.setColor(QPalette::Disabled, QPalette::Base,
+                     QColor(colors.window));  // an empty field too is seen to be grey
     palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(colors.mid));
     palette.setColor(QPalette::Disabled, QPalette::HighlightedText, QColor(colors.disabledText));
     return palette;

@@ -133,7 +133,7 @@ inline constexpr CommandRow kAll[] = {
     Board(Item(kCmdSaveTiff8, "Save 8-bit TIFF image...")),
     Board(Item(kCmdSaveTiff16, "Save 16-bit TIFF image...")),
     kLine,
-    NotBuilt(Item(kCmdPrintBitmap, "&Print bitmap image...\tShift+PrintScrn", 0, "print")),
+    Board(Item(kCmdPrintBitmap, "&Print bitmap image...\tShift+PrintScrn", 0, "print")),
     Item(kCmdPrinterSetup, "P&rinter setup..."),
     kLine,
     kRecent,
@@ -207,6 +207,9 @@ inline constexpr CommandRow kAll[] = {
     kLine,
     Item(kCmdBench, "Simulated &bench...", kHelpBench),
 
+    Top("&USER"),
+    Item(kCmdNoUserFunction, "(&none)"),
+
     Top("&Help"),
     Item(kCmdHelpContents, "&Contents", kHelpContents, "help"),
     Item(kCmdHelpSearch, "&Search\tF1", kHelpSearch),
@@ -278,8 +281,10 @@ constexpr const CommandRow* CommandRowOf(int id)
     return std::ranges::find_if(kCommandList, [id](const CommandRow& row) { return row.id == id && id != 0; });
 }
 
+// What a user-written function does nobody knows.
 constexpr bool NeedsBoard(int id)
 {
+    if (kCmdUserFirst <= id && id <= kCmdUserLast) return true;
     const CommandRow* const row = CommandRowOf(id);
     return row != std::end(kCommandList) && row->needsBoard;
 }

@@ -70,6 +70,7 @@ constexpr int kHelpCalibrationReport = 2014;
 constexpr int kHelpTriggeredSave = 2022;
 constexpr int kHelpRecorder = 2023;
 constexpr int kHelpApplyCalibration = 2030;
+constexpr int kHelpPrint = 2180;
 constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;
 constexpr int kHelpBoardFaults = 2082;
@@ -77,6 +78,7 @@ constexpr int kHelpUndo = 2050;
 constexpr int kHelpPlaying = 2051;
 constexpr int kHelpRecorded = 2060;
 constexpr int kHelpSaveTiff = 2117;
+constexpr int kHelpUserFunctions = 2118;
 
 // No page stands for these: help shows the contents instead. They belong to older menus, to commands that this version
 // hasn't got, and to pages that are still to be written.

@@ -72,6 +72,7 @@ constexpr int kCmdOffsetPageDown = 217;
 constexpr int kCmdZoomPanFirst = kCmdZoomIn;
 constexpr int kCmdZoomPanLast = kCmdOffsetPageDown;
 
+constexpr int kCmdNoUserFunction = 180;  // holds the place of user-written functions in their menu
 constexpr int kCmdUserFirst = 900;
 constexpr int kCmdUserLast = 999;
 

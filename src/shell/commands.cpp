@@ -9,6 +9,7 @@
 #include "camera/camera_commands.h"
 #include "display/display_pipeline.h"
 #include "grabber/recording.h"
+#include "output/print_image.h"
 #include "platform/box.h"
 #include "platform/help.h"
 #include "platform/text.h"
@@ -34,6 +35,7 @@
 #include "ui/command_end.h"
 #include "ui/not_available.h"
 #include "ui/status.h"
+#include "usermodule/user_dialog.h"
 #include "video/cursor_command.h"
 #include "video/image_cursor.h"
 #include "video/picture_commands.h"
@@ -82,6 +84,7 @@ constexpr Command kCommands[] = {
     {kCmdLoadLast, PreviousFrame},
     {kCmdContinuousSave, SaveContinuously},
     {kCmdSaveBitmap, SaveBitmap},
+    {kCmdPrintBitmap, PrintBitmap},
     {kCmdPrinterSetup, Then<OpenPrinterSetup>},
     {kCmdExit, AskToExit},
     {kCmdDisplaySetup, DisplaySetup},
@@ -179,7 +182,8 @@ struct CommandRange {
 
 constexpr CommandRange kRanges[] = {
     {kCmdZoomPanFirst, kCmdZoomPanLast, MovePicture},
-    {kCmdUserFirst, kCmdUserLast, NotAvailable},
+    {kCmdNoUserFunction, kCmdNoUserFunction, UserCommand},
+    {kCmdUserFirst, kCmdUserLast, UserCommand},
     {kCmdRecentFirst, kCmdRecentFirst + kRecentFileCount - 1, OpenRecent},
 };
 

@@ -50,6 +50,8 @@
 #include "ui/select_file_write.h"
 #include "ui/splash.h"
 #include "ui/status_write.h"
+#include "usermodule/user_functions.h"
+#include "usermodule/user_menu.h"
 #include "video/image_cursor_write.h"
 #include "video/video.h"
 #include "viewing/fitted_contrast.h"
@@ -241,6 +243,7 @@ int InitialSetup()
     EnterDefaultDirectory();
     write::windows.HelpMode = 0;
     ReadSetupKeys();
+    BeginUserMenu();
     ReadActiveCamera();
     write::display.DisplayLow = 0;
     write::display.DisplayHigh = FullScaleCounts();

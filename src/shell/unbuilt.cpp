@@ -3,6 +3,5 @@
 namespace kelvo {
 
 void ReadGraphicsKeys() {}
-void InitUserModules() {}
 
 }  // namespace kelvo

@@ -5,6 +5,5 @@ namespace kelvo {
 
 // Start-up calls. Each leaves its subsystem's state as it stands at start.
 void ReadGraphicsKeys();
-void InitUserModules();
 
 }  // namespace kelvo

@@ -35,11 +35,14 @@ void ShowTurnOnInMenu(bool cameraIsOn)
 void ShowRecordingInMenu(bool records)
 {
     if (!hWndMain) return;
+    const auto show = [records](int id) {
+        EnableMenuItem(hWndMain, id, !records);
+        SetMenuTip(hWndMain, id, records ? kRecordingTip : std::string_view());
+    };
     for (const CommandRow& row : kCommandList) {
-        if (!row.needsBoard || !row.built) continue;
-        EnableMenuItem(hWndMain, row.id, !records);
-        SetMenuTip(hWndMain, row.id, records ? kRecordingTip : std::string_view());
+        if (row.needsBoard && row.built) show(row.id);
     }
+    for (int id = kCmdUserFirst; id <= kCmdUserLast; ++id) show(id);
 }
 
 }  // namespace kelvo

@@ -47,6 +47,7 @@ constexpr FileFilter kBuffers{"BufferBoard Files (*.buf)", "*.buf"};
 constexpr FileFilter kDeviations{"StdDev Files (*.sdv)", "*.sdv"};
 constexpr FileFilter kRealTimeDisk{"RealTimeDisk Files (*.buf)", "*.buf"};
 constexpr FileFilter kBitmaps{"Bitmap Files (*.bmp)", "*.bmp"};
+constexpr FileFilter kPages{"Portable Documents (*.pdf)", "*.pdf"};
 constexpr FileFilter kAll{"All Files (*.*)", "*.*"};
 constexpr FileFilter kKelvo{"All Kelvo files (*.img *.seq *.buf *.sdv *.flt)", "*.img *.seq *.buf *.sdv *.flt"};
 constexpr FileFilter kGraphics{"Portable Network Graphics (*.png)", "*.png"};
@@ -190,6 +191,7 @@ FilterList FiltersFor(std::string_view pattern)
         {"*.rtd", {{kRealTimeDisk, kAll}, "buf"}},
         {"*.sdv", {{kDeviations, kImages, kSequences, kBuffers, kAll}, "sdv"}},
         {"*.bmp", {{kBitmaps, kAll}, "bmp"}},
+        {"*.pdf", {{kPages, kAll}, "pdf"}},
     };
     for (const Row& row : rows) {
         if (EqualIgnoringCase(row.pattern, pattern)) return row.list;

@@ -2,6 +2,7 @@
 
 #include "acquire/averaging.h"
 #include "grabber/frame_size.h"
+#include "grabber/host_frames.h"
 #include "imagefile/header.h"
 #include "state/frame_state.h"
 #include "ui/gather.h"
@@ -41,6 +42,10 @@ bool GatherFrameToSave(std::span<std::int16_t> counts, std::uint32_t frames, std
     ResetGather();
     if (!FrameCanBeGathered(mode)) return false;
     if (ViewingFile) return CopyFrameOnView(counts);
+    if (const auto replayed = ReplayedFrame(); !replayed.empty() && replayed.size() == counts.size()) {
+        std::ranges::copy(replayed, counts.begin());
+        return true;
+    }
     const Point size = FrameSizeOnView();
     return AverageFrames(counts, {}, frames, 0, 0, size.x - 1, size.y - 1, mode) != 0;
 }

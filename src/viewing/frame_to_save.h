@@ -1,5 +1,5 @@
-// The frame that a save takes: with a file on view its frame as ImageBuffer holds it, else the camera's as
-// AverageFrames gives it, without the image cursor.
+// The frame that a save takes: with a file on view its frame as ImageBuffer holds it, while replay shows a stored burst
+// the frame that is shown, else the camera's as AverageFrames gives it; without the image cursor.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ std::size_t ValuesOnView();
 // frame of the camera's size has come. AverageFrames hands back its block as it stands where there is none.
 bool FrameCanBeGathered(std::uint32_t mode);
 
-// Gathers the whole frame into counts, of ValuesOnView; of a file on view frames and mode count for nothing. False
+// Gathers the whole frame into counts, of ValuesOnView; of a stored one frames and mode count for nothing. False
 // where there is no picture, the buffer holds less than its header says, or the gather fails (WhyNothingWasGathered).
 bool GatherFrameToSave(std::span<std::int16_t> counts, std::uint32_t frames, std::uint32_t mode);
 

@@ -21,28 +21,58 @@ namespace {
 // A save that failed has told it.
 CommandEnd EndOfSave()
 {
-    const std::optional<SavedFile>& saved = LastSave();
-    return saved ? NoteSavedFile(saved->path, saved->frames) : CommandEnd::kResetStatus;
+    return LastSave() ? CommandEnd::kLeaveStatus : CommandEnd::kResetStatus;
+}
+
+bool AskForName(int fileTemplate, std::int32_t mode)
+{
+    write::fileChoice.FileDialogTemplate = fileTemplate;
+    write::saveDialog.SaveDialogMode = mode;
+    return SaveDialog(hWndMain) != 0;
+}
+
+template <typename Result>
+Result Noted(Result result)
+{
+    if (const std::optional<SavedFile>& saved = LastSave()) NoteSavedFile(saved->path, saved->frames);
+    return result;
 }
 
 }  // namespace
 
+bool AskForImageName()
+{
+    return AskForName(kImageTemplate, kSaveImages);
+}
+
+int SaveNamedImage()
+{
+    const Hourglass hourglass;
+    return Noted(SaveImage(FilePathBuf, static_cast<std::uint32_t>(FramesToAverageImage)));
+}
+
+bool AskForSequenceName()
+{
+    return AskForName(kSequenceTemplate, kSaveSequences);
+}
+
+std::int32_t SaveNextImage()
+{
+    const Hourglass hourglass;
+    return Noted(SaveSequence(SeqFilePath, write::saving.SeqNumber, static_cast<std::uint32_t>(FramesToAverageSeq)));
+}
+
 CommandEnd SaveImageFile()
 {
     StopPlaying();
-    write::fileChoice.FileDialogTemplate = kImageTemplate;
-    write::saveDialog.SaveDialogMode = kSaveImages;
-    if (!SaveDialog(hWndMain)) return CommandEnd::kLeaveStatus;
-    const Hourglass hourglass;
-    SaveImage(FilePathBuf, static_cast<std::uint32_t>(FramesToAverageImage));
+    if (!AskForImageName()) return CommandEnd::kLeaveStatus;
+    SaveNamedImage();
     return EndOfSave();
 }
 
 CommandEnd NameSequence()
 {
-    write::fileChoice.FileDialogTemplate = kSequenceTemplate;
-    write::saveDialog.SaveDialogMode = kSaveSequences;
-    if (!SaveDialog(hWndMain)) return CommandEnd::kLeaveStatus;
+    if (!AskForSequenceName()) return CommandEnd::kLeaveStatus;
     NameSequenceForSaving(FilePathBuf);
     return CommandEnd::kResetStatus;
 }
@@ -50,8 +80,7 @@ CommandEnd NameSequence()
 CommandEnd SaveNextOfSequence()
 {
     StopPlaying();
-    const Hourglass hourglass;
-    SaveSequence(SeqFilePath, write::saving.SeqNumber, static_cast<std::uint32_t>(FramesToAverageSeq));
+    SaveNextImage();
     return EndOfSave();
 }
 

@@ -1,8 +1,9 @@
 // Saving what is on the screen: single images, numbered sequences, frames of one file.
 //
 // What is saved: with a file on view, its frame as ImageBuffer holds it; otherwise new frames of the camera (frozen:
-// the frozen one) as AverageFrames gives them, which is the picture on the screen, without the image cursor. Only
-// without a calibration in force the counts stay in readout order, as they came from the detector.
+// the frozen one, or the stored burst's that replay shows) as AverageFrames gives them, which is the picture on the
+// screen, without the image cursor. Only without a calibration in force the counts stay in readout order, as they came
+// from the detector.
 //
 // Without a camera and a file on view there is no picture: nothing is saved, and the operator is told as of a failed
 // acquisition.

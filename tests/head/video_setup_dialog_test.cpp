@@ -780,20 +780,28 @@ TEST_F(VideoSetUpDialog, PrintGoesToTheFileThatTheMachineNames)
 {
     const std::string path = directory / "scope.pdf";
     WritePrivateProfileString("Printer", "File", path, DefaultDir + "/platform.ini");
-    Run({Press(339), [](HWND dialog) { EXPECT_TRUE(TimerIsSet(dialog, 1)); }});
+    Run({Press(339),
+         [](HWND dialog) {
+             EXPECT_EQ(DialogName(dialog), "DIBPRINT");
+             EXPECT_TRUE(OperatePress(dialog, 1));
+         },
+         [](HWND dialog) { EXPECT_TRUE(TimerIsSet(dialog, 1)); }});
     EXPECT_THAT(op->Boxes(), IsEmpty());
-    EXPECT_THAT(op->Texts("print", "text"), ElementsAre("Signal (Counts) vs Pixel Number"));
+    EXPECT_THAT(op->Texts("print", "text"), ElementsAre("Kelvo bitmap"));
     const auto page = ReadWholeFile(path, std::size_t{1} << 26);
     ASSERT_TRUE(page);
     EXPECT_THAT(*page, StartsWith("%PDF-"));
     EXPECT_THAT(*page, HasSubstr("/Image"));
+    EXPECT_THAT(*page, Not(HasSubstr("DCTDecode"))) << "exact";
 }
 
-TEST_F(VideoSetUpDialog, WithoutAPrinterPrintIsRefused)
+TEST_F(VideoSetUpDialog, PrintThatIsCancelledGoesBackToTheScope)
 {
-    Run({Press(339)});
-    ASSERT_THAT(op->Boxes(), SizeIs(1));
-    EXPECT_EQ(op->Boxes()[0].text, "The plot could not be printed.\nIs there a printer that is switched on?");
+    Run({Press(339), [](HWND dialog) { EXPECT_TRUE(OperatePress(dialog, 2)); },
+         [](HWND dialog) {
+             EXPECT_EQ(DialogName(dialog), "QVF1058");
+             EXPECT_TRUE(TimerIsSet(dialog, 1));
+         }});
     EXPECT_THAT(op->Texts("print", "text"), IsEmpty());
 }
 

@@ -264,7 +264,7 @@ TEST_F(TiffFile, ThatIsCutShortBeepsAndLeavesWhatStood)
 {
     ASSERT_EQ(Write(4, 4), 1);
     const std::string before = File();
-    for (const rlim_t room : {100, 781, 782, 1000, 782 + 2 * 64 * 64 - 1}) {
+    for (const rlim_t room : std::array<rlim_t, 5>{100, 781, 782, 1000, 782 + 2 * 64 * 64 - 1}) {
         const FullDisk full(room);
         const std::size_t beeps = op.Texts("beep", "sound").size();
         EXPECT_EQ(Write(64, 64), 0) << room;

@@ -181,6 +181,25 @@ TEST_F(CaptureToDibTest, FrozenIsTheFrameThatWasReadLast)
     EXPECT_THAT(Row(dib, 1), ElementsAre(9, 10, 0, 0));
 }
 
+TEST_F(CaptureToDibTest, IsTurnedAsTheScreenShowsItWithAndWithoutACalibration)
+{
+    Live(2, 2);
+    write::frames.LiveVideo = 0;
+    write::frames.RawFrame = {7, 8, 9, 10};
+    write::cal.DecomList = {3, 2, 1, 0};
+    write::cal.OffsetList = {1, 1, 1, 1};
+    write::cal.GainList = {1, 1, 1, 1};
+    const Dib plain = Capture();
+    ASSERT_TRUE(plain);
+    EXPECT_THAT(Row(plain, 0), ElementsAre(10, 9, 0, 0));
+    EXPECT_THAT(Row(plain, 1), ElementsAre(8, 7, 0, 0));
+    write::cal.CalType = 2;
+    const Dib corrected = Capture();
+    ASSERT_TRUE(corrected);
+    EXPECT_THAT(Row(corrected, 0), ElementsAre(9, 8, 0, 0));
+    EXPECT_THAT(Row(corrected, 1), ElementsAre(7, 6, 0, 0));
+}
+
 TEST_F(CaptureToDibTest, IsTheReplayedFrameThatIsOnTheScreen)
 {
     Live(2, 2);
@@ -212,7 +231,7 @@ TEST_F(CaptureToDibTest, WithoutMemoryTellsSo)
 {
     Live(2, 2);
     ASSERT_TRUE(Capture());         // colours and host frames stand
-    for (int n = 1; n <= 2; ++n) {  // the bitmap, the frame
+    for (int n = 1; n <= 3; ++n) {  // the bitmap, the frame, its image order
         FailAllocation(n);
         EXPECT_FALSE(Capture());
         EXPECT_EQ(op.Boxes().size(), static_cast<std::size_t>(n));

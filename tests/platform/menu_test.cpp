@@ -1,5 +1,6 @@
 #include "platform/menu.h"
 
+#include "platform/faults.h"
 #include "platform/front.h"
 #include "platform/qt_window.h"
 #include "window_fixture.h"
@@ -230,6 +231,49 @@ TEST(Menu, TopMenuCanBeTakenAway)
     EXPECT_EQ(TopMenuCount(window), 1);
     EXPECT_FALSE(GetMenuItem(window, 151));
     EXPECT_TRUE(GetMenuItem(window, 106));
+}
+
+TEST(Menu, TopMenuCanBeEmptiedButForOneItemAndFilled)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    ClearTopMenu(window, 0, 107);
+    EXPECT_THAT(Shown(TopMenu(window, 0)), ElementsAre("&Load image...\tF6"));
+    EXPECT_FALSE(GetMenuItem(window, 106));
+    EXPECT_FALSE(GetMenuItem(window, 119));
+    EXPECT_TRUE(GetMenuItem(window, 107));
+    EXPECT_TRUE(AppendMenuItem(window, 0, 900, "&Mean"));
+    EXPECT_TRUE(AppendMenuItem(window, 0, 107, "&Another of that number"));
+    EXPECT_EQ(GetMenuItem(window, 900)->text, "&Mean");
+    TopMenu(window, 0)->actions().back()->trigger();
+    TopMenu(window, 0)->actions().at(1)->trigger();
+    EXPECT_THAT(SeenCommands(), ElementsAre(107, 900));
+    ClearTopMenu(window, 0, 0);
+    EXPECT_TRUE(TopMenu(window, 0)->actions().isEmpty());
+    EXPECT_FALSE(GetMenuItem(window, 900));
+    EXPECT_TRUE(GetMenuItem(window, 151)) << "of another menu";
+}
+
+TEST(Menu, NothingIsAppendedWhereNothingOpensOrTheMachineRefuses)
+{
+    TestOperator op;
+    HWND window = WindowWithMenu();
+    window->frame->menuBar()->addAction(QStringLiteral("Alone"));
+    EXPECT_TRUE(TopMenuOpens(window, 1));
+    for (const int position : {2, 3, -1}) {
+        EXPECT_FALSE(TopMenuOpens(window, position)) << position;
+        EXPECT_FALSE(AppendMenuItem(window, position, 900, "&Mean")) << position;
+        ClearTopMenu(window, position, 0);
+    }
+    SetFault("append menu item", true);
+    EXPECT_FALSE(AppendMenuItem(window, 0, 900, "&Mean"));
+    SetFault("append menu item", false);
+    EXPECT_FALSE(GetMenuItem(window, 900));
+    SetFault("delete menu item", true);
+    EXPECT_FALSE(DeleteMenuItem(window, 106));
+    SetFault("delete menu item", false);
+    EXPECT_TRUE(GetMenuItem(window, 106));
+    EXPECT_FALSE(AppendMenuItem(nullptr, 0, 900, "&Mean"));
 }
 
 TEST(Menu, OpensByKeyAndTellsWhatIsHighlighted)

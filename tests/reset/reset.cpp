@@ -33,6 +33,8 @@
 #include "head/video_setup_dialog.h"
 #include "imagefile/header_write.h"
 #include "imagefile/tiff_file.h"
+#include "output/print_image.h"
+#include "output/print_page.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/region_marks.h"
 #include "platform/reset.h"
@@ -72,6 +74,7 @@
 #include "ui/recent_files.h"
 #include "ui/select_file.h"
 #include "ui/status.h"
+#include "usermodule/user_menu.h"
 #include "video/cursor_command.h"
 #include "video/image_cursor.h"
 #include "video/live_rate.h"
@@ -170,8 +173,11 @@ constexpr void (*kModules[])() = {
     ResetScopeFrame,
     ResetSaveDialog,
     ResetBitmapCommand,
+    ResetPrintImage,
+    ResetPrintPage,
     ResetSaving,
     ResetGraphSettings,
+    ResetUserMenu,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,

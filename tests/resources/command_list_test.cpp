@@ -100,7 +100,7 @@ TEST(MainMenuTable, HasTheMenusInTheirOrder)
         if (entry.kind == MenuEntry::Kind::kTop) tops.emplace_back(entry.text);
     }
     const std::vector<std::string> expected = {"&File",     "&Setup", "&Calibration", "&Image",
-                                               "&Analysis", "&View",  "&Help"};
+                                               "&Analysis", "&View",  "&USER",        "&Help"};
     EXPECT_THAT(tops, ElementsAreArray(expected));
 }
 

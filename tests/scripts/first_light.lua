@@ -22,6 +22,7 @@ end
 for _, name in ipairs { "scene.img", "run1.seq", "run2.seq", "run3.seq" } do
   check.eq(#readfile(name), 512 + 2 * 320 * 256, name)
 end
+check.eq({ #readfile("scene16.tif"), #readfile("scene8.tif") }, { 782 + 2 * 320 * 256, 782 + 320 * 256 })
 for _, name in ipairs { "Last", "morning" } do
   for _, extension in ipairs { "gai", "off", "noi", "dcm", "bad", "cal" } do
     assert(readfile("data/" .. name .. "." .. extension), name .. "." .. extension)

@@ -56,7 +56,9 @@ check.eq(dialog(), "QVF1058")
 
 key("Tab")
 key("Space")
-check.answer_box("The plot could not be printed.\nIs there a printer that is switched on?", "ok", "Kelvo message")
+check.eq(dialog(), "DIBPRINT")
+key("Esc")
+check.eq(dialog(), "QVF1058")
 
 key("Tab")
 key("Space")

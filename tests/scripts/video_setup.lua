@@ -73,12 +73,16 @@ assert(text(602) ~= top, "the axis follows the gain")
 pick(kUnits, 0)
 scroll(kGainBar, 12)
 
--- The plot as a file, and on paper: there is no printer here.
+-- The plot as a file, and on paper: there is no printer here, so it becomes a page in a file.
 press(kSave)
 choose("scope.bmp")
 check.eq(readfile("scope.bmp"):sub(1, 2), "BM")
 press(kPrint)
-check.answer_box("The plot could not be printed.\nIs there a printer that is switched on?", "ok", "Kelvo message")
+check.eq({ dialog(), enabled(108), enabled(21802), checked(21802) }, { "DIBPRINT", false, false, true })
+press(1)
+choose("scope.pdf")
+check.eq({ dialog(), readfile("scope.pdf"):sub(1, 5) }, { "QVF1058", "%PDF-" })
+assert(not readfile("scope.pdf"):find("DCTDecode", 1, true), "the plot is exact")
 
 press(kUnity)
 check.eq(box(), nil)

@@ -1,10 +1,12 @@
 #include "viewing/tiff_command.h"
 
+#include "grabber/host_frames_write.h"
 #include "imagefile/header_write.h"
 #include "imagefile/tiff_file.h"
 #include "platform/faults.h"
 #include "platform/front.h"
 #include "platform/memory.h"
+#include "state/buffer_state_write.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
@@ -182,6 +184,22 @@ TEST_F(TiffOfTheCamera, FrozenIsTheFrameThatStandsWithoutTheCross)
     EXPECT_EQ(SaveAs("frozen8.tif", SaveTiff8), CommandEnd::kLeaveStatus);
     EXPECT_THAT(Saved("frozen8.tif").samples, ElementsAre(15, 15, 15, 15, 15, 15));
     EXPECT_EQ(LiveVideo, 0);
+}
+
+TEST_F(TiffOfTheCamera, WhileReplayShowsABurstIsItsFrame)
+{
+    Show(1000);
+    ASSERT_EQ(RefreshLiveFrame(), 1);
+    ToggleLiveVideo();
+    std::vector<std::int16_t> stored(12);
+    for (std::size_t i = 0; i < 12; ++i) stored[i] = static_cast<std::int16_t>(700 + i);
+    write::hostFrames.HostFrames = {std::vector<std::int16_t>(12, 5), stored};
+    write::buffer.FramesInBuffer = 2;
+    write::buffer.ReplayActive = 1;
+    write::buffer.ReplayOnView = 1;
+    EXPECT_EQ(SaveAs("replay.tif", SaveTiff16), CommandEnd::kLeaveStatus);
+    EXPECT_THAT(Saved("replay.tif").samples, ElementsAre(700, 701, 702, 704, 705, 706));
+    EXPECT_THAT(HostFrames.at(0), testing::Each(5)) << "the burst stays";
 }
 
 TEST_F(TiffOfTheCamera, CorrectedCountsAreThoseOfTheCalibrationInForce)

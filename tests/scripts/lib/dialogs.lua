@@ -132,12 +132,11 @@ rows.TURN_OFF = {
 rows.QVF1058 = {
   open = opens(121, "QVF1058"),
   buttons = {
-    [339] = function() press(339) end,
+    [339] = into_and_out(339, "DIBPRINT"),
     [1606] = function() press(1606) end,
     [1020] = into_and_out(1020, "ADVANCED"),
     [670] = "takes the correction away at once: the row below",
   },
-  boxes = { ["The plot could not be printed.\nIs there a printer that is switched on?"] = "ok" },
   ways = { "cancelled", "closed" },
   kept = { DisplayUnit = unit, LastFileDirectory = "the folder that the first file dialog of a run shows" },
   kept_closed = of_the_head {
@@ -492,6 +491,23 @@ rows.FRAMES = {
   refused = { { set = { [1001] = "9", [1003] = "5" }, box = "Right must be a number from 9 to 39." } },
 }
 
+rows.DIBPRINT = {
+  open = opens(117, "DIBPRINT"),
+  kept_refused = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  -- A picture that the page is too small for, and no to it.
+  refused = function()
+    press(103)
+    set(104, "1000")
+    press(1)
+    check.answer_box("The picture is larger than the paper: what lies beyond it isn't printed.", "cancel", "Kelvo message")
+    check.eq(dialog(), "DIBPRINT")
+    press(101)
+    press(1)
+    check.eq(file().title, "Save File")
+    cancel()
+    check.eq(dialog(), "DIBPRINT")
+  end,
+}
 rows.GOTOFRAME = {
   setup = view_sequence,
   open = opens(2000, "GOTOFRAME"),
@@ -560,6 +576,10 @@ rows.BIORAD_SAVE = {
   },
   refused = { { set = { [102] = "0" } }, { set = { [109] = "1000" } } },
 }
+
+-- Of the program with the functions of examples/user-module.
+rows.USERDLG = { open = opens(901, "USERDLG"), ways = { "cancelled", "closed" } }
+rows.USERRESP = { open = opens(903, "USERRESP"), ways = { "cancelled", "closed" } }
 
 -- Each dialog that has no row, with the reason.
 -- --- Dialogs that measure -------------------------------------------------------------------------------------------------------
@@ -693,6 +713,7 @@ dialogs.without_row = {
   PLAYBAR = "is no dialog: each control acts at once",
   FRAMERATE = "comes up with a head that runs by an external clock, and none of today does",
   ImgHead = "no command opens it",
+  PRINTING = "is seen while a page is on its way; printing.lua stops one by it",
   TRIGSOFT = "no command opens it",
   TRIGVALU = "no command opens it",
 }

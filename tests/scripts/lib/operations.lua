@@ -345,8 +345,48 @@ rows.average = {
   kept = with(picture, { FilePathBuf = "the name that was chosen", FramesToAverageImage = "chosen" }),
 }
 -- A capture that fails is told and doesn't end the run: a frame of the store may count that stood there before.
+-- A new frame as a TIFF file, in place of another file that stands there.
+rows.save_tiff = {
+  arms = true,
+  setup = function()
+    local out <close> = assert(io.open(datadir() .. "/picture.tif", "wb"))
+    out:write("another's")
+  end,
+  run = function()
+    command(126)
+    operations.arm()
+    choose(datadir() .. "/picture.tif")
+    if box() and box().caption == "Save File" then answer("yes") end  -- it exists already
+  end,
+  done = function(after) return #after["file picture.tif"] == 782 + 2 * 320 * 256 end,
+  writes = with(picture, { ["file picture.tif"] = "the picture", LastFileDirectory = "of the file", SelectedPaths = "the name that was chosen" }),
+  kept = with(picture, { LastFileDirectory = "of the file", SelectedPaths = "the name that was chosen" }),
+}
+
 rows.average.told = { ["icp_read_area() Error"] = { kept = rows.average.writes } }
 
+-- A print is told on the status line, done or failed.
+rows.print = {
+  arms = true,
+  setup = function() os.remove(datadir() .. "/page.pdf") end,
+  run = function() command(117) end,
+  dialogs = {
+    DIBPRINT = function(times)
+      if times > 1 then return press(2) end
+      set(108, "A caption")
+      operations.arm()
+      press(1)
+      choose(datadir() .. "/page.pdf")
+    end,
+  },
+  done = function(after)
+    local bytes = after["file page.pdf"]
+    return bytes ~= nil and bytes:sub(1, 5) == "%PDF-" and bytes:sub(-6) == "%%EOF\n"
+  end,
+  writes = with(picture, { ["file page.pdf"] = "the page", SelectedPaths = "its name", LastFileDirectory = "its folder", StatusText = "tells where it is" }),
+  kept = with(picture, { SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder", StatusText = "tells what failed" }),
+  untold = { disk = "the status line tells it", memory = "the status line tells it" },
+}
 rows.image_setup = {
   run = function() command(122) end,
   dialogs = {
