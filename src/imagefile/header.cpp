@@ -214,22 +214,28 @@ ImageHeaderRecord* BuildImageHeader(ImageHeaderRecord* destination, std::int32_t
     return destination;
 }
 
+std::int32_t ReadHeaderOf(File& file, ImageHeaderRecord& destination)
+{
+    if (ReadRecord(file, destination) < sizeof destination) return -1;
+    std::int32_t headerBytes = sizeof(ImageHeaderRecord);
+    if (DeclaresSpiff(destination)) {
+        headerBytes = sizeof(SpiffHeaderRecord);
+        UnwrapSpiff(file, destination);
+    }
+    if (destination.HeaderVersion < kFirstVersionWithFrameHeaders) destination.ImageHeaderDataOffset = 0;
+    SetFrameCountFromLength(destination, file.Length(), headerBytes);
+    return headerBytes;
+}
+
 std::int32_t ReadImageHeader(std::string_view path, ImageHeaderRecord& destination)
 {
     std::optional<File> file = File::Open(path, FileMode::kRead);
     if (!file) return TellOpenFailure(path);
-    if (ReadRecord(*file, destination) < sizeof destination) {
+    const std::int32_t headerBytes = ReadHeaderOf(*file, destination);
+    if (headerBytes < 0) {
         file.reset();
         MessageBox(hWndMain, "Error reading Image File Header\n" + std::string(path), kMessageCaption);
-        return -1;
     }
-    std::int32_t headerBytes = sizeof(ImageHeaderRecord);
-    if (DeclaresSpiff(destination)) {
-        headerBytes = sizeof(SpiffHeaderRecord);
-        UnwrapSpiff(*file, destination);
-    }
-    if (destination.HeaderVersion < kFirstVersionWithFrameHeaders) destination.ImageHeaderDataOffset = 0;
-    SetFrameCountFromLength(destination, file->Length(), headerBytes);
     return headerBytes;
 }
 

@@ -18,6 +18,8 @@
 
 namespace kelvo {
 
+class File;
+
 static_assert(std::endian::native == std::endian::little, "the records below are the file's bytes");
 
 struct [[gnu::packed]] ImageHeaderRecord {
@@ -122,6 +124,9 @@ ImageHeaderRecord* BuildImageHeader(ImageHeaderRecord* destination, std::int32_t
 // reading Image File Header\n%s" under "Kelvo message". The frame count follows from the file's length. On failure
 // destination may hold part of what was read: callers that show a frame put their record back.
 std::int32_t ReadImageHeader(std::string_view path, ImageHeaderRecord& destination);
+
+// The same of an open file whose position is its beginning, with nothing told.
+std::int32_t ReadHeaderOf(File& file, ImageHeaderRecord& destination);
 
 // Whether the first byte of a file, read as a header, says that a SpiffHeader wraps it.
 bool DeclaresSpiff(const ImageHeaderRecord& header);

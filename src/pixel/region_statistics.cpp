@@ -1,8 +1,9 @@
 #include "pixel/region_statistics.h"
 
+#include "pixel/region_sums.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 namespace kelvo {
@@ -24,11 +25,13 @@ struct Region {
         const bool inRows = left >= 0 && top >= 0 && right < stride;
         return inRows && bottom < samples && bottom * stride + right < samples;
     }
-};
-
-struct Sums {
-    double sum = 0;
-    double squares = 0;
+    SampleRows Rows(std::span<const std::byte> data) const
+    {
+        return {.first = data.data() + static_cast<std::size_t>(top * stride + left) * sizeof(float),
+                .columns = static_cast<std::size_t>(right + 1 - left),
+                .rows = static_cast<std::size_t>(bottom + 1 - top),
+                .strideBytes = static_cast<std::size_t>(stride) * sizeof(float)};
+    }
 };
 
 // A sample as the extremes keep it.
@@ -43,23 +46,23 @@ std::int32_t Whole(float sample)
     return static_cast<std::int32_t>(std::clamp(static_cast<double>(sample), kLeast, kMost));
 }
 
+struct Sums {
+    double sum = 0;
+    double squares = 0;
+};
+
+// The extremes take their samples at the end: truncated, the least of all is the least of each.
 template <typename Sample>
-Sums Visit(std::span<const std::byte> data, const Region& region, std::int32_t& minimum, std::int32_t& maximum)
+Sums Take(const RegionSums<Sample>& region, std::int32_t& minimum, std::int32_t& maximum)
 {
-    Sums sums;
-    for (std::int64_t row = region.top; row <= region.bottom; ++row) {
-        for (std::int64_t column = region.left; column <= region.right; ++column) {
-            const auto index = static_cast<std::size_t>(row * region.stride + column);
-            Sample sample;
-            std::memcpy(&sample, data.data() + index * sizeof(Sample), sizeof(Sample));
-            const auto value = static_cast<double>(sample);
-            if (value < minimum) minimum = Whole(sample);
-            if (value > maximum) maximum = Whole(sample);
-            sums.sum += value;
-            sums.squares += value * value;
-        }
-    }
-    return sums;
+    minimum = std::min(minimum, Whole(region.least));
+    maximum = std::max(maximum, Whole(region.most));
+    return {region.sum, region.squares};
+}
+
+Sums Visit(const SampleRows& rows, std::int32_t type, std::int32_t& minimum, std::int32_t& maximum)
+{
+    return type == kFloatSamples ? Take(SumFloats(rows), minimum, maximum) : Take(SumIntegers(rows), minimum, maximum);
 }
 
 }  // namespace
@@ -72,8 +75,7 @@ double RegionStatistics(std::span<const std::byte> data, std::int32_t left, std:
     const Region region{.left = left, .top = top, .right = right, .bottom = bottom, .stride = stride};
     const std::int64_t n = region.Samples();
     if (n < 1 || !region.LiesIn(std::ssize(data) / static_cast<std::int64_t>(sizeof(float)))) return 0.0;
-    const Sums sums = type == kFloatSamples ? Visit<float>(data, region, minimum, maximum)
-                                            : Visit<std::int32_t>(data, region, minimum, maximum);
+    const Sums sums = region.HasSamples() ? Visit(region.Rows(data), type, minimum, maximum) : Sums{};
     const auto count = static_cast<double>(n);
     if (stdDev) {
         const double aboutMean = std::fabs(sums.squares - sums.sum / count * sums.sum);

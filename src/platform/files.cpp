@@ -508,6 +508,12 @@ std::optional<NewFile> NewFile::Begin(std::string_view path)
     return file;
 }
 
+std::string NewFile::NameBeside(std::string_view path)
+{
+    const std::string resolved = ResolvePath(path);
+    return NameOfNewContents(BehindLinks(resolved).value_or(resolved));
+}
+
 NewFile::NewFile(File contents, std::string name, std::string target)
     : contents_(std::move(contents)), name_(std::move(name)), target_(std::move(target))
 {
@@ -541,6 +547,12 @@ bool NewFile::Keep()
     name_.clear();
     FlushDirectory(DirectoryOf(target_));
     return contents_.Close();
+}
+
+std::string NewFile::LeaveBeside()
+{
+    contents_.Close();
+    return std::exchange(name_, {});
 }
 
 bool FileExists(std::string_view path)

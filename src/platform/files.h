@@ -76,6 +76,8 @@ class NewFile {
   public:
     // nullopt where the name can't be written: what stands there may not be replaced, or the directory takes no file.
     static std::optional<NewFile> Begin(std::string_view path);
+    // The name beside path under which its next contents are written; what was left there is cut to nothing then.
+    static std::string NameBeside(std::string_view path);
     NewFile(NewFile&& other) noexcept;
     NewFile& operator=(NewFile&& other) noexcept;
     NewFile(const NewFile&) = delete;
@@ -85,6 +87,9 @@ class NewFile {
     File& Contents() { return contents_; }
     // Flushed to the disk and renamed. False: what was written is gone, the name as it was.
     bool Keep();
+    // What was written so far stays beside the name, under the one that is returned: until the next file in the making
+    // for the same name, which takes it again. Empty for a device.
+    std::string LeaveBeside();
 
   private:
     NewFile(File contents, std::string name, std::string target);

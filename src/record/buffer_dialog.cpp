@@ -1,5 +1,6 @@
 #include "record/buffer_dialog.h"
 
+#include "analysis/frame_graph_dialog.h"
 #include "grabber/board.h"
 #include "grabber/frame_size.h"
 #include "grabber/host_frames_write.h"
@@ -14,7 +15,6 @@
 #include "record/live_video.h"
 #include "record/replay.h"
 #include "record/sequence_library_write.h"
-#include "resources/command_list.h"
 #include "resources/help_contexts.h"
 #include "state/buffer_state_write.h"
 #include "state/cal_state.h"
@@ -130,7 +130,7 @@ void EnableByReplay(HWND dialog)
     const bool stands = ReplayActive == 0;
     const bool hasFrames = FramesInBuffer > 0;
     Enable(dialog, {kStartCapture, kClearBuffer, kLoadFromDisk}, stands);
-    EnableDlgItem(dialog, kSaveBuffer, stands && hasFrames);
+    Enable(dialog, {kSaveBuffer, kGraph}, stands && hasFrames);
     EnableDlgItem(dialog, kPause, !stands);
     EnableDlgItem(dialog, kReplay, hasFrames);
     SetDlgItemText(dialog, kPause, ReplayPaused ? kPlayCaption : kPauseCaption);
@@ -482,6 +482,11 @@ void SaveBuffer(HWND dialog)
     NoteSavedFile(path, static_cast<std::uint32_t>(BufferLastFrame - BufferFirstFrame + 1));
 }
 
+void GraphBuffer(HWND dialog)
+{
+    if (TakeTyped(dialog)) BufferGraphDialog(dialog);
+}
+
 // ---- Opening and the end
 
 void AskToRestartDisplay(HWND dialog)
@@ -525,8 +530,6 @@ void Open(HWND dialog)
         OpenWithoutReplay(dialog);
     }
     CountStore();
-    EnableDlgItem(dialog, kGraph, false);
-    SetDlgItemTip(dialog, kGraph, kNotBuiltTip);
     if (!ReadSequences()) {
         MessageBox(dialog, "Unable to open/close Buffer Board initialization file.", kMessageCaption);
         CancelDialog(dialog);
@@ -570,6 +573,7 @@ constexpr DialogEntry kEntries[] = {
     {kClearBuffer, ClearBuffer},
     {kLoadFromDisk, LoadFromDisk},
     {kSaveBuffer, SaveBuffer},
+    {kGraph, GraphBuffer},
     {kIdOk, Accept},
 };
 

@@ -33,7 +33,6 @@ struct CommandRow {
     int help = 0;                // help context; 0: "Help not available for this Menu item."
     std::string_view icon = {};  // name of an icon in the resources
     std::string_view key = {};   // of a row without an item
-    bool built = true;           // false: this version hasn't got it, its item is grey
     bool needsBoard = false;     // grey while something records: the board is then the recording's
 };
 
@@ -94,11 +93,6 @@ constexpr CommandRow Heading(std::string_view text)
 constexpr CommandRow HelpAlone(int id, int help)
 {
     return {.kind = Kind::kHelpAlone, .id = id, .help = help};
-}
-constexpr CommandRow NotBuilt(CommandRow row)
-{
-    row.built = false;
-    return row;
 }
 // A command that takes frames for itself, or changes what the frames are.
 constexpr CommandRow Board(CommandRow row)
@@ -176,7 +170,7 @@ inline constexpr CommandRow kAll[] = {
     Top("&Analysis"),
     Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram"),
     Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot),
-    NotBuilt(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
+    Board(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
 
     Top("&View"),
     Item(kCmdViewGoToFrame, "&Go to frame...\tCtrl+G"),
@@ -269,10 +263,7 @@ inline constexpr CommandRow kAll[] = {
 
 inline constexpr const auto& kCommandList = rows::kAll;
 
-// Why a command that isn't built is grey, in menu and panel.
-inline constexpr std::string_view kNotBuiltTip = "Not in this version of Kelvo";
-
-// The same of one that needs the board, while something records.
+// Why a command that needs the board is grey while something records, in menu and panel.
 inline constexpr std::string_view kRecordingTip = "Not while a recording runs";
 
 // The row of a number; the list's end for a number without one.

@@ -70,6 +70,7 @@ constexpr int kHelpCalibrationReport = 2014;
 constexpr int kHelpTriggeredSave = 2022;
 constexpr int kHelpRecorder = 2023;
 constexpr int kHelpApplyCalibration = 2030;
+constexpr int kHelpFrameGraph = 2040;
 constexpr int kHelpPrint = 2180;
 constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;
@@ -80,10 +81,9 @@ constexpr int kHelpRecorded = 2060;
 constexpr int kHelpSaveTiff = 2117;
 constexpr int kHelpUserFunctions = 2118;
 
-// No page stands for these: help shows the contents instead. They belong to older menus, to commands that this version
-// hasn't got, and to pages that are still to be written.
+// No page stands for these: help shows the contents instead. They belong to older menus.
 constexpr int kHelpWithoutPage[] = {
-    kHelpImageMath, kHelpOlder358, kHelpOlder361, kHelpOlder362, kHelpOlder375, kHelpOlder512, kHelpOlder513,
+    kHelpOlder358, kHelpOlder361, kHelpOlder362, kHelpOlder375, kHelpOlder512, kHelpOlder513,
 };
 
 }  // namespace kelvo

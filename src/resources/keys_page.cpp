@@ -29,7 +29,6 @@ bool HasPage(int context)
 std::string WhatItDoes(const CommandRow& row)
 {
     const std::string text = PlainText(row.text);
-    if (!row.built) return text + " <i>(not in this version)</i>";
     return HasPage(row.help) ? "<a href=\"" + std::to_string(row.help) + ".html\">" + text + "</a>" : text;
 }
 

@@ -48,9 +48,7 @@ constexpr MenuEntry EntryOf(const CommandRow& row)
             .id = row.id,
             .text = row.text,
             .icon = row.icon,
-            .check = CheckOf(row.kind),
-            .enabled = row.built,
-            .tip = row.built ? std::string_view() : kNotBuiltTip};
+            .check = CheckOf(row.kind)};
 }
 
 constexpr auto kMenu = [] {

@@ -1,6 +1,7 @@
 #include "shell/commands.h"
 
 #include "analysis/histogram_dialog.h"
+#include "analysis/image_math_dialog.h"
 #include "analysis/line_plot_dialog.h"
 #include "analysis/statistics_command.h"
 #include "badpixel/image_commands.h"
@@ -33,7 +34,6 @@
 #include "state/frame_state.h"
 #include "state/windows_write.h"
 #include "ui/command_end.h"
-#include "ui/not_available.h"
 #include "ui/status.h"
 #include "usermodule/user_dialog.h"
 #include "video/cursor_command.h"
@@ -60,6 +60,12 @@ CommandEnd Then()
 {
     run();
     return end;
+}
+
+void CombineImages()
+{
+    StopPlaying();
+    ImageMathDialog(hWndMain);
 }
 
 void OpenBench()
@@ -110,6 +116,7 @@ constexpr Command kCommands[] = {
     {kCmdNextColorMap, ShowNextColorMap},
     {kCmdHistogram, ShowHistogram},
     {kCmdLinePlot, LinePlot},
+    {kCmdImageMath, Then<CombineImages, CommandEnd::kLeaveStatus>},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
     {kCmdHelpSearch, Then<SearchHelp>},
@@ -148,12 +155,6 @@ constexpr Command kCommands[] = {
     {kCmdRecorderTrigger, Then<TriggerByHand, CommandEnd::kLeaveStatus>},
     {kCmdRecorderMark, Then<MarkByHand, CommandEnd::kLeaveStatus>},
 };
-
-CommandEnd NotAvailable(int /*id*/)
-{
-    TellNotAvailable();
-    return CommandEnd::kResetStatus;
-}
 
 // A key of a grey item.
 CommandEnd NotWhileRecording()
@@ -197,14 +198,14 @@ constexpr bool IsHandledOnce(const CommandRow& row)
     if (!IsCommand(row)) return true;
     const auto handlers =
         std::ranges::count(kCommands, row.id, &Command::id) + (CommandRangeOf(row.id) != std::end(kRanges));
-    return handlers == (row.built ? 1 : 0);
+    return handlers == 1;
 }
 constexpr bool IsListed(const Command& command)
 {
     const CommandRow* const row = CommandRowOf(command.id);
-    return row != std::end(kCommandList) && IsCommand(*row) && row->built;
+    return row != std::end(kCommandList) && IsCommand(*row);
 }
-// Every command of the list that is built has one handler, and no handler stands without a row.
+// Every command of the list has one handler, and no handler stands without a row.
 static_assert(std::ranges::all_of(kCommandList, IsHandledOnce));
 static_assert(std::ranges::all_of(kCommands, IsListed));
 
@@ -224,8 +225,6 @@ LRESULT RunCommand(HWND window, int id)
     if (command != std::end(kCommands)) return ResultOf(command->run());
     const CommandRange* const range = CommandRangeOf(id);
     if (range != std::end(kRanges)) return ResultOf(range->run(id));
-    const CommandRow* const row = CommandRowOf(id);
-    if (row != std::end(kCommandList) && !row->built) return ResultOf(NotAvailable(id));
     return DefWindowProc(window, WM_COMMAND, static_cast<WPARAM>(id), 0);
 }
 

@@ -54,15 +54,6 @@ constexpr CommandButton kCommandButtons[] = {
     {kPanelRecorder, kCmdRecorder},
 };
 
-void ShowWhatIsBuilt(HWND panel)
-{
-    for (const CommandButton& button : kCommandButtons) {
-        if (CommandRowOf(button.command)->built) continue;
-        EnableDlgItem(panel, button.control, false);
-        SetDlgItemTip(panel, button.control, kNotBuiltTip);
-    }
-}
-
 std::map<int, std::string> tipsOfGreyButtons;  // what they said before a recording made them grey
 
 void GreyForRecording(HWND panel, int control)
@@ -77,7 +68,7 @@ void ShowRecording(HWND panel, bool records)
     if (records) {
         for (const CommandButton& button : kCommandButtons) {
             const CommandRow& row = *CommandRowOf(button.command);
-            if (row.built && row.needsBoard) GreyForRecording(panel, button.control);
+            if (row.needsBoard) GreyForRecording(panel, button.control);
         }
         return;
     }
@@ -97,7 +88,6 @@ void Open(HWND panel)
     BuildDisplayLut(Contrast, Brightness);
     ShowUnits(panel);
     ShowDisplayEnabledInPanel();
-    ShowWhatIsBuilt(panel);
     ShowDlgItem(panel, kVmCopyBox, false);
     ShowDlgItem(panel, kEqualizeBox, false);
 }

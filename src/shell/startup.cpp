@@ -1,5 +1,6 @@
 #include "shell/startup.h"
 
+#include "analysis/frame_graph_settings.h"
 #include "calib/calibration_set.h"
 #include "calib/source_dialogs.h"
 #include "camera/configuration_dialog.h"
@@ -38,7 +39,6 @@
 #include "shell/saturation_overlay.h"
 #include "shell/second_start.h"
 #include "shell/start_options.h"
-#include "shell/unbuilt.h"
 #include "shell/undo.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
@@ -251,7 +251,7 @@ int InitialSetup()
     LoadVideoSettings();
     LoadCalibrationSettings();
     ReadDisplaySettings();
-    ReadGraphicsKeys();
+    ReadGraphSettings();
     InitUserModules();
     write::fileChoice.FileDialogTemplate = kImageTemplate;
     FitMenuToCamera();

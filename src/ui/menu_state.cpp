@@ -40,7 +40,7 @@ void ShowRecordingInMenu(bool records)
         SetMenuTip(hWndMain, id, records ? kRecordingTip : std::string_view());
     };
     for (const CommandRow& row : kCommandList) {
-        if (row.needsBoard && row.built) show(row.id);
+        if (row.needsBoard) show(row.id);
     }
     for (int id = kCmdUserFirst; id <= kCmdUserLast; ++id) show(id);
 }

@@ -28,15 +28,19 @@ std::array<Rect, 4> CrossArms(Point size, Point pixel)
 }
 
 // The rims first, and none of them toward the pixel that is read: its colour stays in sight.
-void DrawCursorCross(bool /*newFrame*/)
+void DrawCross(Point pixel)
 {
-    if (!ImageCursorOn) return;
-    const std::array<Rect, 4> arms = CrossArms(FrameSizeOnView(), {CursorX, CursorY});
+    const std::array<Rect, 4> arms = CrossArms(FrameSizeOnView(), pixel);
     FillPicturePixels(arms[0], {0, 1, 1, 1}, kRim);
     FillPicturePixels(arms[1], {1, 1, 0, 1}, kRim);
     FillPicturePixels(arms[2], {1, 0, 1, 1}, kRim);
     FillPicturePixels(arms[3], {1, 1, 1, 0}, kRim);
     for (const Rect& arm : arms) FillPicturePixels(arm, {}, kTone);
+}
+
+void DrawCursorCross(bool /*newFrame*/)
+{
+    if (ImageCursorOn) DrawCross({CursorX, CursorY});
 }
 
 }  // namespace kelvo

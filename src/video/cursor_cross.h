@@ -1,5 +1,6 @@
-// The image cursor's cross, drawn over the picture in two tones, so that it is seen on black and on white. It is a
-// layer of the picture: no frame, and nothing that is saved, averaged or copied, holds any of it.
+// The cross that marks a pixel, drawn over the picture in two tones, so that it is seen on black and on white: the
+// image cursor's, and that of who works on one pixel. It stands in a layer of the picture: no frame, and nothing that
+// is saved, averaged or copied, holds any of it.
 #pragma once
 
 #include "platform/types.h"
@@ -12,6 +13,9 @@ namespace kelvo {
 // long, cut at the frame's end, and short of column and row 0. The pixel itself is left alone. All are empty where it
 // lies outside the frame.
 std::array<Rect, 4> CrossArms(Point size, Point pixel);
+
+// For a layer: the cross at a pixel of the frame on view (column, row); nothing outside it.
+void DrawCross(Point pixel);
 
 // The layer: the cross at (CursorX, CursorY), while ImageCursorOn.
 void DrawCursorCross(bool newFrame);

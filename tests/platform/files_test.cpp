@@ -420,6 +420,24 @@ TEST_F(Files, ANewFileTakesItsNameWhenItIsKept)
     EXPECT_EQ(Names(directory.Path()), "file.dat ");
 }
 
+TEST_F(Files, ANewFileThatIsLeftBesideStaysUntilTheNextOne)
+{
+    PutFile(path, "old");
+    {
+        std::optional<NewFile> file = NewFile::Begin(path);
+        ASSERT_TRUE(file);
+        EXPECT_EQ(file->Contents().Write(std::as_bytes(std::span("part", 4))), 4U);
+        EXPECT_EQ(file->LeaveBeside(), directory / ".file.dat.new");
+    }
+    EXPECT_EQ(FileContents(path), "old");
+    EXPECT_EQ(FileContents(directory / ".file.dat.new"), "part");
+    std::optional<NewFile> next = NewFile::Begin(path);
+    ASSERT_TRUE(next);
+    EXPECT_TRUE(next->Keep());
+    EXPECT_EQ(FileContents(path), "");
+    EXPECT_EQ(Names(directory.Path()), "file.dat ");
+}
+
 TEST_F(Files, ANewFileThatIsDroppedLeavesTheFormerOne)
 {
     PutFile(path, "old");

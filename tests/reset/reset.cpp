@@ -1,5 +1,6 @@
 #include "reset/reset.h"
 
+#include "analysis/image_math_dialog.h"
 #include "analysis/frame_graph_settings_write.h"
 #include "analysis/histogram_drawing.h"
 #include "analysis/histogram_settings_write.h"
@@ -183,6 +184,7 @@ constexpr void (*kModules[])() = {
     ResetTriggerDialogs,
     ForgetUnsavedSet,
     ResetApplyDialog,
+    ResetImageMathDialog,
     ResetVoltageCalibration,
     ResetGeometryDialog,
     ResetMark,

@@ -195,7 +195,7 @@ TEST(KeysPage, LeadsToThePagesThatThereAre)
 {
     const std::string page = KeysPageTables();
     EXPECT_NE(page.find("<td><b>F3</b></td><td><a href=\"257.html\">Save image</a></td>"), std::string::npos);
-    EXPECT_NE(page.find("<td><b>Shift+F8</b></td><td>Histogram <i>(not in this version)</i></td>"), std::string::npos);
+    EXPECT_NE(page.find("<td><b>Shift+F8</b></td><td><a href=\"369.html\">Histogram</a></td>"), std::string::npos);
     EXPECT_NE(page.find("<td><b>+</b></td><td>Zoom in by one step, up to 16</td>"), std::string::npos);
 }
 

@@ -68,7 +68,7 @@ check.near(tonumber(rate_told), 320 * 256 * 2.0 * 5 / (seconds * 1e6), 0.001, li
 check.eq({ state("FramesInBuffer"), state("HostFrameNext"), text(kStored), state("PeriodicUpdates") }, { 5, 5, "5", 1 })
 check.eq({ state("BufferFirstFrame"), state("BufferLastFrame"), state("BufferRectTop"), state("BufferRectLeft") }, { 0, 4, 0, 0 })
 check.eq({ state("BufferRectBottom"), state("BufferRectRight") }, { 255, 319 })
-check.eq({ enabled(kSave), enabled(kReplay), enabled(kGraph), enabled(kStart), checked(kReplay) }, { true, true, false, true, false })
+check.eq({ enabled(kSave), enabled(kReplay), enabled(kGraph), enabled(kStart), checked(kReplay) }, { true, true, true, true, false })
 check.eq({ state("LiveVideo"), state("CalType") }, { 1, 0 })
 wait(1500)
 check.eq(status(), line, "it stands")

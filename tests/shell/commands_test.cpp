@@ -87,23 +87,6 @@ TEST_F(CommandTable, HandsAnUnknownNumberOn)
     EXPECT_THAT(BoxTexts(), IsEmpty());
 }
 
-TEST_F(CommandTable, TellsOfEachCommandThatIsNotBuilt)
-{
-    std::vector<int> notBuilt;
-    for (const CommandRow& row : kCommandList) {
-        if (!row.built) notBuilt.push_back(row.id);
-    }
-    for (const int id : notBuilt) {
-        write::status.StatusText = "as before";
-        const std::size_t boxes = op->Boxes().size();
-        EXPECT_EQ(RunCommand(hWndMain, id), 0) << id;
-        ASSERT_EQ(op->Boxes().size(), boxes + 1) << id;
-        EXPECT_EQ(op->Boxes().back().text, "This command is not available in this version of Kelvo.") << id;
-        EXPECT_EQ(op->Boxes().back().icon, "information") << id;
-        EXPECT_EQ(StatusText, kIdleText) << id;
-    }
-}
-
 // Programs of these names first on PATH, and no others: each notes what it was given.
 class PrinterSettings : public CommandTable {
   protected:

@@ -355,6 +355,36 @@ rows.APPLYCAL = {
   },
 }
 
+rows.IMGMATH = {
+  open = opens(162, "IMGMATH"),
+  texts = { [701] = "2", [704] = "3", [706] = "4" },
+  buttons = {
+    [111] = function()
+      press(111)
+      assert(file(), "the file selection is in front")
+      cancel()
+    end,
+  },
+  kept = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  refused = {
+    { set = { [701] = "one" }, box = "Invalid constant 1" },
+    { set = { [701] = "1", [704] = "two" }, box = "Invalid constant 2" },
+    { set = { [704] = "1", [706] = "three" }, box = "Invalid constant 3" },
+    { set = { [706] = "1", [707] = "" }, box = "Invalid result file name!" },
+    {
+      set = { [702] = function() return datadir() .. "/sequence.img" end, [707] = function() return datadir() .. "/SEQUENCE.img" end },
+      box = "Invalid result file name!",
+    },
+    { set = { [707] = function() return datadir() .. "/gone/sum.img" end }, box = "Unable to create result file!" },
+    { set = { [702] = "gone.img", [707] = "sum.img" }, box = "Failure to open Source1 file!" },
+    { set = { [702] = function() return datadir() .. "/sequence.img" end, [705] = "gone.img" }, box = "Failure to open Source2 file!" },
+    {
+      set = { [701] = "0", [704] = "0", [707] = function() return datadir() .. "/sequence.img" end },
+      box = "Result file already exists!\nWrite over it?", button = "no",
+    },
+  },
+}
+
 -- --- Host RAM -----------------------------------------------------------------------------------------------------------------
 
 local kept_at_freezing = "the frame kept at freezing"
@@ -386,6 +416,11 @@ rows.BUFFER = {
       press(1356)
       check.eq(file().title, "Open File")
       cancel()
+    end,
+    [1358] = function()
+      press(1358)
+      in_front("BUF_GRAF")
+      press(1620)
     end,
     [1360] = "drops what is stored",
     [1353] = function()
@@ -459,6 +494,60 @@ rows.BUF_SAVE = {
     { set = { [1371] = "3", [1372] = "2" }, box = "End Frame must be greater than or equal to Start Frame." },
   },
   finish = function() press(2) end,
+}
+
+rows.BUF_GRAF = {
+  setup = function()
+    store_burst()
+    command(103)
+    press(1358)
+    press(1620)
+  end,
+  open = function()
+    press(1358)
+    in_front("BUF_GRAF")
+  end,
+  first = { 1389 },
+  texts = { [1387] = "2", [1384] = "100", [1385] = "9000" },
+  buttons = { [1622] = "shows the graph, and keeps what is graphed", [1620] = "leaves" },
+  leave = function() press(1620) end,
+  ways = { "cancelled", "closed" },
+  kept = { DisplayUnit = unit, LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  finish = function() press(2) end,
+}
+
+rows.GRAPH = {
+  setup = function()
+    store_burst()
+    command(103)
+    press(1358)
+    press(1380)
+    press(1622)
+    in_front("GRAPH")
+    press(1620)
+    in_front("BUF_GRAF")
+  end,
+  open = function()
+    press(1622)
+    in_front("GRAPH")
+    wait(600)
+  end,
+  buttons = {
+    [339] = "prints",
+    [1606] = function()
+      press(1606)
+      check.eq(file().title, "Save File")
+      cancel()
+    end,
+    [1620] = "leaves",
+  },
+  leave = function() press(1620) end,
+  ways = { "cancelled", "closed" },
+  kept = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  finish = function()
+    press(1620)
+    press(2)
+  end,
 }
 
 -- --- Files --------------------------------------------------------------------------------------------------------------------
@@ -608,10 +697,9 @@ rows.HISTGRAM = {
   buttons = {
     [301] = into_and_out(301, "HISTAXIS"),
     [338] = "the way out",
-    [339] = function() press(339) end,
+    [339] = into_and_out(339, "DIBPRINT"),
     [1606] = function() press(1606) end,
   },
-  boxes = { ["The plot could not be printed.\nIs there a printer that is switched on?"] = "ok" },
   ways = { "cancelled", "closed" },
   kept = with(each("Xposition Yposition Xsize Ysize", "its only way out is Exit, which keeps the rectangle", "kelvo.ini [Histogram] "), axes_kept),
   may = with(measured, {

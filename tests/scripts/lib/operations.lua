@@ -666,6 +666,35 @@ rows.apply = {
 -- A run that ends at a frame that can't be written or read has been told, and leaves the frames before it.
 rows.apply.kept = rows.apply.writes
 
+-- A sequence, and the frame on the screen to each of its frames.
+rows.image_math = {
+  prepare = function()
+    require("files").image(datadir() .. "/raw.seq", { width = 320, height = 256, frames = 2 }, 2, function(frame) return 4000 + frame end)
+  end,
+  setup = function() os.remove(datadir() .. "/sum.seq") os.remove(datadir() .. "/.sum.seq.new") end,
+  run = function() command(162) end,
+  dialogs = {
+    IMGMATH = function(times)
+      if times > 1 then return press(2) end
+      for id, value in pairs { [701] = "1", [704] = "0.5", [706] = "0" } do set(id, value) end
+      for id, value in pairs { [702] = "raw.seq", [707] = "sum.seq" } do set(id, datadir() .. "/" .. value) end
+      press(1)
+    end,
+  },
+  done = function(after)
+    local bytes = after["file sum.seq"]
+    return bytes ~= nil and #bytes == 512 + 2 * kFrameBytes
+  end,
+  writes = {
+    ["file sum.seq"] = "the result", StatusText = "what was written", ["ImageHeader*"] = "the result's", ["ImageBuffer*"] = "of the live frame",
+    HostFrameBytes = "host frames are made", HostFramesAllocated = "host frames are made", AveragingCapacity = "of the host frames",
+  },
+  kept = {
+    ["file .sum.seq.new"] = "what was written, as the box says", HostFrameBytes = "host frames are made", HostFramesAllocated = "host frames are made",
+    AveragingCapacity = "of the host frames",
+  },
+}
+
 local uncalibrated_by_volts = with(picture, {
   CalType = "the measurement leaves the camera without a calibration", DisplayUnit = "there are no degrees without a calibration",
   StatusText = "says so, and how to go back", DecomList = "unity", GainList = "unity", OffsetList = "unity", ["file DECOM.TMP"] = "unity",

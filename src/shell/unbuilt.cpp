@@ -1,7 +1,0 @@
-#include "shell/unbuilt.h"
-
-namespace kelvo {
-
-void ReadGraphicsKeys() {}
-
-}  // namespace kelvo
