@@ -139,6 +139,7 @@ void DrawHistogram(HWND dialog)
     if (!MakeBinsToScale(dialog)) {
         ClearPlot(dialog);
         ShowHistogramRegion(nullptr);
+        ForgetDrawnHistogram();
         return;
     }
     if (regionChanged) ShowPlotReport(dialog, ReportOf(counted.figures));

@@ -277,9 +277,10 @@ TEST_F(Histogram, HasNoPlotWhereThereIsNoMemoryForItsBins)
         EXPECT_EQ(op->Boxes()[0].text, "Failed to allocate memory for 103 histogram bins.");
         EXPECT_EQ(op->Boxes()[0].caption, "Memory Allocation Error");
         EXPECT_EQ(ImageBuffer, frame);
-        ForgetDrawnHistogram();
+        EXPECT_THAT(HistogramCsv(), testing::Not(testing::HasSubstr("counts,value,samples")));
         DrawHistogram(dialog);  // there is some again
         EXPECT_EQ(op->Boxes().size(), 1U);
+        EXPECT_THAT(HistogramCsv(), testing::HasSubstr("counts,value,samples"));
     });
 }
 

@@ -697,10 +697,9 @@ rows.HISTGRAM = {
   buttons = {
     [301] = into_and_out(301, "HISTAXIS"),
     [338] = "the way out",
-    [339] = function() press(339) end,
+    [339] = into_and_out(339, "DIBPRINT"),
     [1606] = function() press(1606) end,
   },
-  boxes = { ["The plot could not be printed.\nIs there a printer that is switched on?"] = "ok" },
   ways = { "cancelled", "closed" },
   kept = with(each("Xposition Yposition Xsize Ysize", "its only way out is Exit, which keeps the rectangle", "kelvo.ini [Histogram] "), axes_kept),
   may = with(measured, {
