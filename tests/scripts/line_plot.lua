@@ -176,7 +176,9 @@ for _, name in ipairs { "line.bmp", "line.png", "line.csv" } do
 end
 
 press(339)
-check.answer_box("The plot could not be printed.\nIs there a printer that is switched on?", "ok")
+check.eq({ dialog(), enabled(108) }, { "DIBPRINT", false }, "a plot has no caption")
+press(2)
+check.eq(dialog(), "LINEPLOT")
 
 -- --- The set-up -------------------------------------------------------------------------------------------------------------------
 

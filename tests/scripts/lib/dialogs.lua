@@ -533,7 +533,7 @@ rows.GRAPH = {
     wait(600)
   end,
   buttons = {
-    [339] = "prints",
+    [339] = into_and_out(339, "DIBPRINT"),
     [1606] = function()
       press(1606)
       check.eq(file().title, "Save File")
@@ -747,10 +747,9 @@ rows.LINEPLOT = {
   buttons = {
     [301] = into_and_out(301, "LINEAXIS"),
     [338] = "is Exit",
-    [339] = function() press(339) end,
+    [339] = into_and_out(339, "DIBPRINT"),
     [1606] = function() press(1606) end,
   },
-  boxes = { ["The plot could not be printed.\nIs there a printer that is switched on?"] = "ok" },
   kept_cancelled = line_kept,
   kept_closed = line_kept,
   refused = function()
