@@ -2,15 +2,16 @@
 -- looks at the raw array, calibrates against a low and a high source, sees the array become even and its bad detectors vanish, saves
 -- images, a sequence and the calibration, changes the camera and back, comes up again with the calibration by both ways, and reads a
 -- saved image in degrees. Captures a burst and replays it, records on a trigger with what came before it, makes whole a recording that
--- was cut short and corrects it with the calibration. Leaves a saved image as TIFF files too. Pictures and files are left in the directory named after "--". With CommLog=1 in
--- kelvo.ini the bytes that went to the camera head stand in CommLog.txt.
+-- was cut short and corrects it with the calibration. Measures the saved image: histogram, line plot and the graph of a pixel over the recorded
+-- frames, each figure beside one that is reckoned here; the difference of two images, a printed page, TIFF files. Pictures and files are left
+-- in the directory named after "--". With CommLog=1 in kelvo.ini the bytes that went to the camera head stand in CommLog.txt.
 
 local out = arg and arg[1] or "first-light"
 local data = datadir()
 
 local kSaveImage, kNameSequence, kSaveSequence, kExit = 106, 108, 109, 119
 local kConfiguration, kCalibrate, kSaveCalibration, kFreeze, kImageCursor = 123, 130, 132, 140, 151
-local kSaveTiff8, kSaveTiff16 = 125, 126
+local kSaveTiff8, kSaveTiff16, kPrint, kHistogram, kLinePlot, kGraph, kImageMath = 125, 126, 117, 160, 161, 1358, 162
 local kGray, kColour, kTurnOn, kFitContrast = 143, 145, 169, 2004
 local kHostRam, kBurstFrames, kCapture, kReplay, kReplayRate, kRecorder = 103, 1342, 1352, 1348, 1350, 2060
 local kByVideoSetup, kByLastCalibration, kBySelectedCalibration = 1070, 1072, 1074
@@ -73,7 +74,8 @@ local function deviation()
 end
 
 -- What an earlier run left would be asked about.
-for _, name in ipairs { "scope.bmp", "scene.img", "run1.seq", "run2.seq", "run3.seq", "data/morning.cal", "even.seq", "even.seq.frames" } do
+for _, name in ipairs { "scope.bmp", "scene.img", "run1.seq", "run2.seq", "run3.seq", "data/morning.cal", "even.seq", "even.seq.frames",
+    "scene16.tif", "scene8.tif", "difference.img", "scene.pdf" } do
     os.remove(out .. "/" .. name)
 end
 -- The SAVE dialog changes the working directory, so that a path has to be whole.
@@ -299,7 +301,114 @@ for bits, id in pairs { [16] = kSaveTiff16, [8] = kSaveTiff8 } do
     end
     say("%s: mean %.3f, reckoned %.3f", name, sum / (width * height), reckoned / (width * height))
 end
-command(kFreeze)
+
+-- What the saved image measures, in degrees. A value is a single, and so are the two parts of a mean.
+local function single(number)
+    return (string.unpack("<f", string.pack("<f", number)))
+end
+local cold, hot = state("ImageHeader.TemperatureCold"), state("ImageHeader.TemperatureHot")
+local lowCounts, highCounts = state("ImageHeader.IntensityCold"), state("ImageHeader.IntensityHot")
+local function degrees(count)
+    return single((hot - cold) * (count - lowCounts) / (highCounts - lowCounts) + cold)
+end
+local function reckon(values, divisor)
+    local sum, squares = 0, 0
+    for _, value in ipairs(values) do sum = sum + value end
+    local mean = single(single(sum) / single(#values))
+    for _, value in ipairs(values) do squares = squares + (mean - value) ^ 2 end
+    return ("%.3f"):format(mean), ("\xC2\xB1%.3f"):format(math.sqrt(squares / divisor))
+end
+local function compare(what, values, divisor)
+    local mean, spread = reckon(values, divisor or #values)
+    say("%s: %s %s, reckoned %s %s", what, text(321), text(322), mean, spread)
+    assert(text(321) == mean and text(322) == spread, what)
+end
+local function number(control)
+    return tonumber(text(control))
+end
+local kMeasured = 700  -- ms until a plot stands
+
+assert(state("DisplayUnit") == 2, "read in degrees")
+command(kHistogram)
+inFront("HISTGRAM")
+wait(kMeasured)
+picture("18-histogram")
+local values, x, y, columns, rows = {}, number(309), number(311), number(314), number(316)
+for row = y + 1 - math.ceil(rows / 2), y + rows // 2 do
+    for column = x + 1 - math.ceil(columns / 2), x + columns // 2 do values[#values + 1] = degrees(pixel(column, row)) end
+end
+compare("histogram", values)
+press(338)
+
+command(kLinePlot)
+inFront("LINEPLOT")
+set(402, "10")
+set(405, "128")
+set(408, "309")
+set(411, "128")
+wait(kMeasured)
+picture("19-line-plot")
+values = {}
+for column = 10, 309 do values[#values + 1] = degrees(pixel(column, 128)) end
+compare("line plot", values)
+press(338)
+
+-- Twice the mean of 16 frames less a single one, and 100 counts: written to a file, never put on view.
+command(kImageMath)
+inFront("IMGMATH")
+for control, typed in pairs { [701] = "2", [702] = whole .. "/scene.img", [704] = "-1", [705] = whole .. "/run1.seq", [706] = "100",
+    [707] = whole .. "/difference.img" } do
+    set(control, typed)
+end
+picture("20-image-math")
+press(kOk)
+assert(box() == nil and dialog() == nil, "combined without a question")
+local first, second, result = readfile(whole .. "/scene.img"), readfile(whole .. "/run1.seq"), readfile(whole .. "/difference.img")
+local sum, reckoned = 0, 0
+for at = 513, #first, 2 do
+    local sample = string.unpack("<i2", result, at)
+    local wanted = 2 * string.unpack("<i2", first, at) - string.unpack("<i2", second, at) + 100
+    assert(sample == wanted, "difference.img")
+    sum, reckoned = sum + sample, reckoned + wanted
+end
+say("difference.img: mean %.3f, reckoned %.3f", sum / (320 * 256), reckoned / (320 * 256))
+
+-- On paper: here a PDF file.
+command(kPrint)
+inFront("DIBPRINT")
+set(108, "First light")
+picture("21-print")
+press(kOk)
+choose(whole .. "/scene.pdf")
+say("%s", status())
+assert(readfile(whole .. "/scene.pdf"):sub(1, 5) == "%PDF-")
+
+-- One pixel through the frames that were recorded and corrected, from the file.
+command(kHostRam)
+answer("yes") -- back from the saved image to the camera
+check(kReplay, true)
+check(kReplay, false)
+press(kGraph)
+inFront("BUF_GRAF")
+press(1381)
+choose(whole .. "/even.seq")
+set(1382, "100")
+set(1383, "200")
+set(1387, tostring((#assert(readfile(whole .. "/even.seq")) - 512) // (80 + 2 * 320 * 256) - 1))
+press(1622)
+inFront("GRAPH")
+wait(kMeasured)
+picture("22-frame-graph")
+local recording = assert(readfile(whole .. "/even.seq"))
+values = {}
+for at = 512 + 80 + 2 * (320 * 100 + 200), #recording, 80 + 2 * 320 * 256 do
+    values[#values + 1] = degrees((string.unpack("<i2", recording, at + 1)))
+end
+compare("frame graph", values, #values - 1)
+press(1620)
+press(1620)
+press(kOk)
+
 turnOff()
 
 local log = io.open(data .. "/CommLog.txt", "rb")

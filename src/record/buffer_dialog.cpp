@@ -542,6 +542,8 @@ void Open(HWND dialog)
     ShowStoreSize(dialog);
     ShowReplayPlace(dialog);
     EnableByReplay(dialog);
+    EnableDlgItem(dialog, kGraph, false);
+    SetDlgItemTip(dialog, kGraph, "Of what has been captured, loaded or replayed since this window was opened");
     if (HostFrameBytes == 0) EnableDlgItem(dialog, kStartCapture, false);
     write::buffer.BufferDialog = dialog;
     CentreDialog(dialog);

@@ -7,7 +7,7 @@ assert(loadfile(top .. "/examples/first-light.lua"))()
 for _, name in ipairs {
   "01-before", "02-scope", "03-raw", "04-raw-scene", "05-calibration", "06-result", "07-bad-detectors", "08-corrected",
   "09-corrected-scene", "10-colour", "11-zoom", "12-large-array", "13-replay", "14-recorder", "15-recording", "16-corrected-later",
-  "17-saved-image",
+  "17-saved-image", "18-histogram", "19-line-plot", "20-image-math", "21-print", "22-frame-graph",
 } do
   check.eq(readfile(name .. ".png"):sub(2, 4), "PNG", name)
 end
@@ -19,9 +19,10 @@ for _, name in ipairs { "cut.seq", "even.seq" } do
   check.eq((#readfile(name) - 512) % frame, 0, name)
   assert(#readfile(name .. ".frames") > pictures * 64 - 64, name)
 end
-for _, name in ipairs { "scene.img", "run1.seq", "run2.seq", "run3.seq" } do
+for _, name in ipairs { "scene.img", "run1.seq", "run2.seq", "run3.seq", "difference.img" } do
   check.eq(#readfile(name), 512 + 2 * 320 * 256, name)
 end
+check.eq(readfile("scene.pdf"):sub(1, 5), "%PDF-")
 check.eq({ #readfile("scene16.tif"), #readfile("scene8.tif") }, { 782 + 2 * 320 * 256, 782 + 320 * 256 })
 for _, name in ipairs { "Last", "morning" } do
   for _, extension in ipairs { "gai", "off", "noi", "dcm", "bad", "cal" } do

@@ -263,3 +263,12 @@ press(1358)
 check.eq({ text(kRow), text(kColumn), checked(kStore), text(kStart), text(kEnd) }, { "1", "2", true, "0", "7" })
 press(kExit)
 press(2)
+
+-- A window opened anew graphs what is captured, loaded or replayed from then on.
+command(103)
+check.eq({ state("FramesInBuffer"), enabled(1358) }, { #values, false })
+check(1348, true)
+check.eq(enabled(1358), false)
+check(1348, false)
+check.eq(enabled(1358), true)
+press(2)

@@ -21,6 +21,15 @@ local function opens(id, name)
     in_front(name)
   end
 end
+-- The graph of the host frames, which a replay that was begun and ended makes ready.
+local function graph()
+  if not enabled(1358) then
+    check(1348, true)
+    check(1348, false)
+  end
+  press(1358)
+end
+
 local function into_and_out(id, name)
   return function()
     press(id)
@@ -418,7 +427,7 @@ rows.BUFFER = {
       cancel()
     end,
     [1358] = function()
-      press(1358)
+      graph()
       in_front("BUF_GRAF")
       press(1620)
     end,
@@ -500,11 +509,11 @@ rows.BUF_GRAF = {
   setup = function()
     store_burst()
     command(103)
-    press(1358)
+    graph()
     press(1620)
   end,
   open = function()
-    press(1358)
+    graph()
     in_front("BUF_GRAF")
   end,
   first = { 1389 },
@@ -520,7 +529,7 @@ rows.GRAPH = {
   setup = function()
     store_burst()
     command(103)
-    press(1358)
+    graph()
     press(1380)
     press(1622)
     in_front("GRAPH")
