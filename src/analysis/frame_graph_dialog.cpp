@@ -61,12 +61,12 @@ using Variables = FrameGraphVariables;
 
 std::int32_t LastRow()
 {
-    return GraphedSize().y - 1;
+    return std::max(GraphedSize().y, 1) - 1;
 }
 
 std::int32_t LastColumn()
 {
-    return GraphedSize().x - 1;
+    return std::max(GraphedSize().x, 1) - 1;
 }
 
 std::int32_t LastFrame()

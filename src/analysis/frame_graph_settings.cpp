@@ -55,7 +55,7 @@ std::int32_t ReadKey(std::string_view key, std::int32_t defaultValue)
 
 std::int32_t ReadPlace(std::string_view key, std::int32_t size)
 {
-    return std::clamp(ReadKey(key, kUsualPlace), 0, std::max(size - 1, 0));
+    return std::clamp(ReadKey(key, kUsualPlace), 0, std::max(size, 1) - 1);
 }
 
 }  // namespace

@@ -51,9 +51,9 @@ constexpr int kSelectSeveral = 2;
 // path holds the pattern ("*.img"), which is offered as the filter, with no name in the field; on return with 1 the
 // chosen name, with 0 nothing (cancelled, or the dialog itself failed: TellFileDialogError). To open, all of Kelvo's
 // own kinds together are one more filter, behind those of the pattern; to save a bitmap, portable network graphics; to
-// save "*.tif", TIFF files, and a bare name gets that extension. accept, if given, asks about a name to save to in place
-// of the question about replacing; others: kinds that the caller knows beside those of the pattern. A choice of several
-// gives the folder and the names parted by blanks. Blocks.
+// save "*.tif", TIFF files, and a bare name gets that extension. accept, if given, asks about a name to save to in
+// place of the question about replacing; others: kinds that the caller knows beside those of the pattern. A choice of
+// several gives the folder and the names parted by blanks. Blocks.
 int SelectFile(HWND window, std::string& path, int mode, std::function<bool(const std::string&)> accept = nullptr,
                std::span<const FileFilter> others = {});
 

@@ -6,6 +6,7 @@
 #include "grabber/board_state.h"
 #include "grabber/correction.h"
 #include "grabber/frame_size.h"
+#include "grabber/host_frames.h"
 #include "imagefile/frame_file.h"
 #include "imagefile/header.h"
 #include "platform/box.h"
@@ -322,11 +323,15 @@ bool SaveStoredFrames()
     return true;
 }
 
-// The camera's frame as the screen shows it, a new one or the frozen one, but without the image cursor. False: there is
-// no picture.
+// The camera's frame as the screen shows it, a new one, the frozen one or a stored burst's that replay shows, but
+// without the image cursor. False: there is no picture.
 bool TakeCameraFrame(std::vector<std::int16_t>& frame)
 {
     const std::size_t values = CameraFrameValues();
+    if (const auto replayed = ReplayedFrame(); !replayed.empty() && replayed.size() == frame.size()) {
+        std::ranges::copy(replayed, frame.begin());
+        return true;
+    }
     if (!GrabberPresent || values == 0 || !RefreshLiveFrame() || LiveFrame.size() != values) return false;
     CorrectLiveFrame(std::span(RawFrame).first(values), frame, DataOffset, {});
     return true;

@@ -10,11 +10,11 @@
 namespace kelvo {
 
 // Command 116. With a file of several frames on view a dialog asks which of them, and which part. From the camera it is
-// one frame, Hactive x Vactive of it: a new one with live video, the frozen one without, as the screen shows it but
-// without the image cursor. 1 if every file was written; 0 if cancelled or after a message: "Video Data Acquisition
-// Failed, Hardware error" (there is no picture), "Failure to allocate video memory!", or DibError's. The dialog
-// proposes the frame on view. Names that end in .png become portable network graphics. Where files of a range exist the
-// operator is asked once about all of them, and No goes back to the choice of a name.
+// one frame, Hactive x Vactive of it: a new one with live video, the frozen one without, or the one that replay shows,
+// as the screen shows it but without the image cursor. 1 if every file was written; 0 if cancelled or after a message:
+// "Video Data Acquisition Failed, Hardware error" (there is no picture), "Failure to allocate video memory!", or
+// DibError's. The dialog proposes the frame on view. Names that end in .png become portable network graphics. Where
+// files of a range exist the operator is asked once about all of them, and No goes back to the choice of a name.
 int SaveBitmapCommand();
 
 // What the last SaveBitmapCommand wrote, in order, and how many it was to write.

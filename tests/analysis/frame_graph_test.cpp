@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <random>
 
@@ -372,6 +373,8 @@ TEST_F(GraphSettings, ThePixelIsTheLastOneWhereTheFrameIsSmaller)
     EXPECT_EQ(PixelCol, 63);
     write::camera.ActiveConfig.Hroi = 0;
     EXPECT_EQ(Read()[1], 0) << "no camera";
+    write::camera.ActiveConfig.Hroi = std::numeric_limits<std::int32_t>::min();
+    EXPECT_EQ(Read()[1], 0) << "a section that holds any number";
 }
 
 TEST_F(GraphSettings, AreReadFromSectionGraphics)

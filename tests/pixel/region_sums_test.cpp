@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -59,7 +61,8 @@ void ExpectPlain(const std::vector<Sample>& samples, std::size_t columns, std::s
 {
     const std::size_t rows = 3;
     std::vector<std::byte> block(rows * stride * sizeof(Sample) + shift);
-    std::memcpy(block.data() + shift, samples.data(), rows * stride * sizeof(Sample));
+    std::ranges::copy(std::as_bytes(std::span(samples).first(rows * stride)),
+                      block.begin() + static_cast<std::ptrdiff_t>(shift));
     const SampleRows region{block.data() + shift, columns, rows, stride * sizeof(Sample)};
     const RegionSums<Sample> expected = Plain<Sample>(region);
     const RegionSums<Sample> got = Sum<Sample>(region);

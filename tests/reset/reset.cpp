@@ -1,9 +1,9 @@
 #include "reset/reset.h"
 
-#include "analysis/image_math_dialog.h"
 #include "analysis/frame_graph_settings_write.h"
 #include "analysis/histogram_drawing.h"
 #include "analysis/histogram_settings_write.h"
+#include "analysis/image_math_dialog.h"
 #include "analysis/line_plot_dialog.h"
 #include "analysis/line_plot_view.h"
 #include "analysis/line_settings.h"

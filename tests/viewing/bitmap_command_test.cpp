@@ -2,9 +2,11 @@
 
 #include "display/display_pipeline.h"
 #include "display/lookup_table.h"
+#include "grabber/host_frames_write.h"
 #include "platform/faults.h"
 #include "platform/front.h"
 #include "platform/memory.h"
+#include "state/buffer_state_write.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/display_state_write.h"
@@ -124,6 +126,21 @@ TEST_F(BitmapOfTheCamera, IsTheFrozenFrameAsItIsSeen)
     EXPECT_EQ(LiveFrame.at(6), 64 * 21) << "nor is it in the frame on view";
     EXPECT_EQ(LiveVideo, 0);
     EXPECT_EQ(ViewingFile, 0);
+}
+
+TEST_F(BitmapOfTheCamera, WhileReplayShowsABurstIsItsFrame)
+{
+    Show(10);
+    ASSERT_EQ(RefreshLiveFrame(), 1);
+    ToggleLiveVideo();
+    std::vector<std::int16_t> stored(12);
+    for (std::size_t i = 0; i < 12; ++i) stored[i] = static_cast<std::int16_t>(64 * (70 + i));
+    write::hostFrames.HostFrames = {std::vector<std::int16_t>(12, 5), stored};
+    write::buffer.FramesInBuffer = 2;
+    write::buffer.ReplayActive = 1;
+    write::buffer.ReplayOnView = 1;
+    EXPECT_EQ(SaveAs("replay.bmp"), 1);
+    EXPECT_THAT(Saved("replay.bmp").values, ElementsAre(70, 71, 72, 74, 75, 76));
 }
 
 TEST_F(BitmapOfTheCamera, IsNeverLargerThanTheFrame)
