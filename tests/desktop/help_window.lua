@@ -27,7 +27,7 @@ check.eq(#hands.stacking(), 1)
 -- The panel: as many stops as there are buttons, the list and the box.
 hands.key(table.unpack((function()
   local tabs = {}
-  for stop = 1, 16 do tabs[stop] = "Tab" end
+  for stop = 1, 18 do tabs[stop] = "Tab" end
   return tabs
 end)()))
 hands.key("space")
