@@ -1,9 +1,7 @@
 #include "analysis/image_math.h"
 
 #include "acquire/averaging.h"
-#include "analysis/measured_frame.h"
 #include "grabber/board_state.h"
-#include "grabber/frame_size.h"
 #include "imagefile/frame_file.h"
 #include "imagefile/frames_file.h"
 #include "imagefile/header_write.h"
@@ -12,10 +10,10 @@
 #include "platform/memory.h"
 #include "platform/pointer.h"
 #include "platform/text.h"
-#include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "ui/gather.h"
 #include "ui/status.h"
+#include "viewing/frame_to_save.h"
 #include "viewing/stored_view.h"
 
 #include <algorithm>
@@ -70,51 +68,26 @@ ImageMathFailure NoMemory(const char* word)
 
 Size SizeOnScreen()
 {
-    const Point whole = FrameSizeOnView();
-    if (ViewingFile) return {std::max(whole.x, 0), std::max(whole.y, 0)};
-    if (CameraFrameValues() == 0) return {};
-    return {std::clamp(ActiveConfig.Hactive, 1, whole.x), std::clamp(ActiveConfig.Vactive, 1, whole.y)};
+    const Point part = ActivePartOnView();
+    return {part.x, part.y};
 }
 
-bool CopyFrameOnView(std::span<std::int16_t> counts)
+// A board without its modules was told in a box, and gave nothing.
+bool GatherScreen(std::span<std::int16_t> frame)
 {
-    const std::span<const std::int16_t> frame = FrameToMeasure();
-    if (frame.size() != counts.size()) return false;
-    std::ranges::copy(frame, counts.begin());
-    return true;
-}
-
-// The whole frame: a part of one would be other pixels.
-bool GatherCameraFrame(std::span<std::int16_t> frame)
-{
-    if (!GrabberPresent || (!LiveVideo && RawFrame.size() < frame.size())) return false;
-    const Point size = FrameSizeOnView();
     constexpr std::uint32_t kMode = kAverage16 | kTakeNewFrames | kNewFramesOnly;
-    const bool averaged = AverageFrames(frame, {}, 1, 0, 0, size.x - 1, size.y - 1, kMode) != 0;
-    return averaged && IcpModule >= 0 && AcqModule >= 0;  // a board without its modules was told, and gave nothing
-}
-
-// The rows' first columns, moved up to one another.
-void CutTo(const Size& size, std::vector<std::int16_t>& frame, std::size_t columnsBefore)
-{
-    const auto columns = static_cast<std::size_t>(size.columns);
-    for (std::size_t row = 1; columns < columnsBefore && row < static_cast<std::size_t>(size.rows); ++row) {
-        const auto from = frame.begin() + static_cast<std::ptrdiff_t>(row * columnsBefore);
-        std::copy_n(from, columns, frame.begin() + static_cast<std::ptrdiff_t>(row * columns));
-    }
-    frame.resize(size.Pixels());
+    if (ViewingFile) return GatherFrameToSave(frame, 1, kMode);
+    return GrabberPresent && GatherFrameToSave(frame, 1, kMode) && IcpModule >= 0 && AcqModule >= 0;
 }
 
 Failure TakeScreen(Source& source)
 {
     constexpr const char* kNotRead = "Failure to read %s!";
     source.size = SizeOnScreen();
-    const std::size_t values = ViewingFile ? source.size.Pixels() : CameraFrameValues();
-    if (values == 0) return Failed(kNotRead, source, kScreenCaption);
-    if (!AllocateBlock(source.counts, values)) return NoMemory(source.word);
-    const bool taken = ViewingFile ? CopyFrameOnView(source.counts) : GatherCameraFrame(source.counts);
-    if (!taken) return Failed(kNotRead, source, kScreenCaption);
-    if (!ViewingFile) CutTo(source.size, source.counts, static_cast<std::size_t>(FrameSizeOnView().x));
+    if (source.size.Pixels() == 0) return Failed(kNotRead, source, kScreenCaption);
+    if (!AllocateBlock(source.counts, ValuesOnView())) return NoMemory(source.word);
+    if (!GatherScreen(source.counts)) return Failed(kNotRead, source, kScreenCaption);
+    CutToActivePart(source.counts);
     return {};
 }
 

@@ -4,6 +4,7 @@
 #include "grabber/frame_size.h"
 #include "grabber/host_frames.h"
 #include "imagefile/header.h"
+#include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "ui/gather.h"
 
@@ -48,6 +49,25 @@ bool GatherFrameToSave(std::span<std::int16_t> counts, std::uint32_t frames, std
     }
     const Point size = FrameSizeOnView();
     return AverageFrames(counts, {}, frames, 0, 0, size.x - 1, size.y - 1, mode) != 0;
+}
+
+Point ActivePartOnView()
+{
+    if (ValuesOnView() == 0) return {};
+    const Point size = FrameSizeOnView();
+    if (ViewingFile) return size;
+    return {std::clamp(ActiveConfig.Hactive, 1, size.x), std::clamp(ActiveConfig.Vactive, 1, size.y)};
+}
+
+void CutToActivePart(std::vector<std::int16_t>& frame)
+{
+    const Point part = ActivePartOnView();
+    const auto columns = static_cast<std::ptrdiff_t>(part.x);
+    const auto pitch = static_cast<std::ptrdiff_t>(FrameSizeOnView().x);
+    for (std::ptrdiff_t row = 1; columns < pitch && row < part.y; ++row) {
+        std::copy_n(frame.begin() + row * pitch, columns, frame.begin() + row * columns);
+    }
+    frame.resize(static_cast<std::size_t>(part.x) * static_cast<std::size_t>(part.y));
 }
 
 }  // namespace kelvo

@@ -2,9 +2,12 @@
 // the frame that is shown, else the camera's as AverageFrames gives it; without the image cursor.
 #pragma once
 
+#include "platform/types.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace kelvo {
 
@@ -18,5 +21,11 @@ bool FrameCanBeGathered(std::uint32_t mode);
 // Gathers the whole frame into counts, of ValuesOnView; of a stored one frames and mode count for nothing. False
 // where there is no picture, the buffer holds less than its header says, or the gather fails (WhyNothingWasGathered).
 bool GatherFrameToSave(std::span<std::int16_t> counts, std::uint32_t frames, std::uint32_t mode);
+
+// Columns (x) and rows (y) of it that exports take: all of a stored frame; of the camera's what the detector reads,
+// Hactive x Vactive, at most the frame. {0, 0} where ValuesOnView is 0.
+Point ActivePartOnView();
+// Cuts a whole frame on view to its active part, row by row.
+void CutToActivePart(std::vector<std::int16_t>& frame);
 
 }  // namespace kelvo

@@ -1,7 +1,6 @@
 #include "viewing/tiff_command.h"
 
 #include "acquire/averaging.h"
-#include "grabber/frame_size.h"
 #include "imagefile/header.h"
 #include "imagefile/tiff_file.h"
 #include "platform/box.h"
@@ -9,7 +8,6 @@
 #include "platform/pointer.h"
 #include "platform/text.h"
 #include "state/cal_state.h"
-#include "state/camera_config.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/head_state.h"
@@ -22,6 +20,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -46,43 +45,18 @@ bool ThereIsAPicture()
     return ViewingFile || (GrabberPresent && FrameCanBeGathered(CaptureMode()));
 }
 
-struct Picture {
-    std::vector<std::int16_t> counts;
-    std::int32_t width = 0;
-    std::int32_t height = 0;
-};
-
-// The columns and rows from (0, 0) on, moved together: the rest of the block is left over.
-void CutTo(Picture& picture, std::int32_t width, std::int32_t height)
+// The frame's active part, of ActivePartOnView. False after a box.
+bool TakePicture(std::vector<std::int16_t>& counts)
 {
-    const auto columns = static_cast<std::size_t>(width);
-    const auto pitch = static_cast<std::size_t>(picture.width);
-    for (std::size_t row = 1; row < static_cast<std::size_t>(height) && columns < pitch; ++row) {
-        std::copy_n(picture.counts.begin() + static_cast<std::ptrdiff_t>(row * pitch), columns,
-                    picture.counts.begin() + static_cast<std::ptrdiff_t>(row * columns));
-    }
-    picture.width = width;
-    picture.height = height;
-}
-
-// False after a box.
-bool TakePicture(Picture& picture)
-{
-    if (!AllocateBlock(picture.counts, ValuesOnView())) {
+    if (!AllocateBlock(counts, ValuesOnView())) {
         Refuse("Failure to allocate video memory!");
         return false;
     }
-    if (picture.counts.empty() || !GatherFrameToSave(picture.counts, 1, CaptureMode())) {
+    if (counts.empty() || !GatherFrameToSave(counts, 1, CaptureMode())) {
         Refuse(WhyNothingWasGathered("Video Data Acquisition Failed, Hardware error"));
         return false;
     }
-    const Point size = FrameSizeOnView();
-    picture.width = size.x;
-    picture.height = size.y;
-    // What the detector reads may be a part of the frame, never more than it.
-    if (!ViewingFile) {
-        CutTo(picture, std::clamp(ActiveConfig.Hactive, 1, size.x), std::clamp(ActiveConfig.Vactive, 1, size.y));
-    }
+    CutToActivePart(counts);
     return true;
 }
 
@@ -126,13 +100,14 @@ std::int16_t Low16(std::int32_t value)
     return static_cast<std::int16_t>(value);
 }
 
-int WritePicture(const std::string& path, const Picture& picture, std::int16_t bits, const Facts& facts,
+int WritePicture(const std::string& path, std::span<const std::int16_t> counts, std::int16_t bits, const Facts& facts,
                  std::int32_t scale)
 {
-    return WriteTiffFile(path, std::as_bytes(std::span(picture.counts)), bits, facts.frameRate, facts.integrationMsec,
-                         Low16(picture.height), Low16(picture.width), Low16(facts.intensityCold / scale),
-                         facts.temperatureCold, Low16(facts.intensityHot / scale), facts.temperatureHot,
-                         Low16(facts.low / scale), Low16(facts.high / scale));
+    const Point size = ActivePartOnView();
+    return WriteTiffFile(path, std::as_bytes(counts), bits, facts.frameRate, facts.integrationMsec, Low16(size.y),
+                         Low16(size.x), Low16(facts.intensityCold / scale), facts.temperatureCold,
+                         Low16(facts.intensityHot / scale), facts.temperatureHot, Low16(facts.low / scale),
+                         Low16(facts.high / scale));
 }
 
 std::string HeldText(std::size_t held)
@@ -148,12 +123,12 @@ CommandEnd SaveTiff(std::int16_t bits)
     if (!SelectFile(hWndMain, path, kSelectToSave)) return CommandEnd::kLeaveStatus;
 
     const Hourglass hourglass;
-    Picture picture;
-    if (!TakePicture(picture)) return CommandEnd::kResetStatus;
+    std::vector<std::int16_t> counts;
+    if (!TakePicture(counts)) return CommandEnd::kResetStatus;
     const Facts facts = FactsOnView();
     const std::int32_t scale = bits == 8 ? TiffScale(facts.low, facts.high) : 1;
-    const std::size_t held = bits == 8 ? PackToBytes(picture.counts, scale) : 0;
-    if (!WritePicture(path, picture, bits, facts, scale)) return Refuse("Failed to save file: " + path);
+    const std::size_t held = bits == 8 ? PackToBytes(counts, scale) : 0;
+    if (!WritePicture(path, counts, bits, facts, scale)) return Refuse("Failed to save file: " + path);
     return NoteSavedPicture(path, HeldText(held));
 }
 

@@ -160,7 +160,8 @@ TEST_F(TiffOfTheCamera, WhatDoesNotFitIntoAByteIsHeldAndTold)
 {
     write::display.DisplayLow = 1000;
     write::display.DisplayHigh = 1255;  // scale 1
-    SetBoardFrames({{-1, 0, 255, 0, 256, 1000, 254, 0, 0, 0, 0, 0}});
+    // What the detector doesn't read isn't held.
+    SetBoardFrames({{-1, 0, 255, 9000, 256, 1000, 254, -5, 9000, 0, 0, 0}});
     EXPECT_EQ(SaveAs("held.tif", SaveTiff8), CommandEnd::kLeaveStatus);
     EXPECT_THAT(Saved("held.tif").samples, ElementsAre(0, 0, 255, 255, 255, 254));
     EXPECT_EQ(StatusText.rfind(" Saved held.tif, 3 samples held at 0 or 255: 788 bytes in ", 0), 0U) << StatusText;
