@@ -25,18 +25,6 @@ constexpr std::int64_t kFramesOfALongRead = 1000;
 constexpr std::int64_t kFramesBetweenGlances = 16;
 constexpr std::chrono::milliseconds kBetweenLooks{100};
 
-// Where the words of the whole file are exchanged, so are those of the header, and the version's low byte is 0.
-bool HeaderIsSwapped(const ImageHeaderRecord& header)
-{
-    return header.ByteSwap == 0 && header.HeaderVersion != 0 && (header.HeaderVersion & 0xFF) == 0;
-}
-
-void RestoreHeader(ImageHeaderRecord& header)
-{
-    SwapHeaderBytes(std::as_writable_bytes(std::span(&header, 1)), sizeof header / 2);
-    if (header.HeaderVersion < kFirstVersionWithFrameHeaders) header.ImageHeaderDataOffset = 0;
-}
-
 std::nullopt_t RefuseHeader(std::string_view path)
 {
     MessageBox(hWndMain, "Error reading Image File Header\n" + std::string(path), kMessageCaption);
@@ -156,7 +144,7 @@ std::optional<TraceFile> ReadTraceFile(std::string_view path)
     chosen.path = path;
     chosen.headerBytes = ReadImageHeader(path, chosen.header);
     if (chosen.headerBytes < 0) return std::nullopt;
-    if (HeaderIsSwapped(chosen.header)) RestoreHeader(chosen.header);
+    RestoreSwappedHeader(chosen.header);
     const ImageHeaderRecord& header = chosen.header;
     if (header.SampleBytes != kShortSamples && header.SampleBytes != kFloatSamples) {
         MessageBox(hWndMain, Format("Invalid data sample size: %d bytes per sample", header.SampleBytes),

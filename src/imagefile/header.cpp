@@ -244,6 +244,14 @@ bool DeclaresSpiff(const ImageHeaderRecord& header)
     return (header.ByteSwap & 0xFF) == 1;
 }
 
+void RestoreSwappedHeader(ImageHeaderRecord& header)
+{
+    const bool isSwapped = header.ByteSwap == 0 && header.HeaderVersion != 0 && (header.HeaderVersion & 0xFF) == 0;
+    if (!isSwapped) return;
+    SwapHeaderBytes(std::as_writable_bytes(std::span(&header, 1)), kHeaderWords);
+    if (header.HeaderVersion < kFirstVersionWithFrameHeaders) header.ImageHeaderDataOffset = 0;
+}
+
 void SwapHeaderBytes(std::span<std::byte> block, std::size_t wordCount)
 {
     SwapBytes(block, wordCount);

@@ -131,6 +131,10 @@ std::int32_t ReadHeaderOf(File& file, ImageHeaderRecord& destination);
 // Whether the first byte of a file, read as a header, says that a SpiffHeader wraps it.
 bool DeclaresSpiff(const ImageHeaderRecord& header);
 
+// A header whose file has all its words exchanged, itself among them (its version's low byte is 0), in native order;
+// another one stays as it is.
+void RestoreSwappedHeader(ImageHeaderRecord& header);
+
 // Exchanges the two bytes of each of wordCount 16-bit words; never beyond the block.
 void SwapHeaderBytes(std::span<std::byte> block, std::size_t wordCount);
 void SwapDataBytes(std::span<std::byte> block, std::size_t wordCount);

@@ -1,0 +1,98 @@
+#include "imagefile/stored_frames.h"
+
+#include "imagefile/frame_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::int16_t kShortSamples = 2;
+constexpr std::int16_t kFloatSamples = 4;
+constexpr double kNsPerSecond = 1e9;
+
+}  // namespace
+
+std::optional<StoredFrames> StoredFrames::Open(std::string_view path, std::string& why)
+{
+    std::optional<File> file = File::Open(path, FileMode::kRead);
+    if (!file) {
+        why = "can't be opened";
+        return std::nullopt;
+    }
+    StoredFrames frames(std::string(path), std::move(*file));
+    if (!frames.ReadHead(why)) return std::nullopt;
+    frames.ReadJournal();
+    return frames;
+}
+
+bool StoredFrames::ReadHead(std::string& why)
+{
+    headerBytes_ = ReadHeaderOf(file_, header_);
+    if (headerBytes_ > 0) RestoreSwappedHeader(header_);
+    const bool hasSamples = header_.SampleBytes == kShortSamples || header_.SampleBytes == kFloatSamples;
+    const bool isImage = headerBytes_ > 0 && hasSamples && header_.ImageHeaderDataOffset >= 0 &&
+                         PixelCount(header_) > 0 && FrameRecordPosition(header_, headerBytes_, 0);
+    if (!isImage) {
+        why = "isn't an image file";
+        return false;
+    }
+    frames_ = std::clamp<std::int64_t>((file_.Length() - headerBytes_) / FrameRecordBytes(header_), 0,
+                                       std::numeric_limits<std::int32_t>::max());
+    header_.FrameCount = static_cast<std::uint32_t>(frames_);
+    if (frames_ == 0) why = "holds no whole frame";
+    return frames_ > 0;
+}
+
+void StoredFrames::ReadJournal()
+{
+    FramesFile journal = ReadFramesFile(FramesPathOf(path_));
+    const bool isItsOwn = journal.fault == FramesFault::kNone && journal.head.columns == Columns() &&
+                          journal.head.rows == Rows() &&
+                          journal.head.pixelBytes == Pixels() * static_cast<std::size_t>(header_.SampleBytes);
+    if (isItsOwn) journal_ = std::move(journal);
+}
+
+const FrameRecord* StoredFrames::RecordOf(std::int64_t frame) const
+{
+    const bool isTold = journal_ && frame >= 0 && frame < std::ssize(journal_->records);
+    return isTold ? &journal_->records[static_cast<std::size_t>(frame)] : nullptr;
+}
+
+std::optional<double> StoredFrames::SecondsOf(std::int64_t frame) const
+{
+    const FrameRecord* const first = RecordOf(0);
+    const FrameRecord* const record = RecordOf(frame);
+    const bool areTimed = first != nullptr && record != nullptr && first->monotonicNs != 0 && record->monotonicNs != 0;
+    if (areTimed) return static_cast<double>(record->monotonicNs - first->monotonicNs) / kNsPerSecond;
+    const double rate = header_.FrameRate;
+    if (!(rate > 0)) return std::nullopt;
+    return static_cast<double>(frame) / rate;
+}
+
+bool StoredFrames::ReadCounts(std::int64_t frame, std::span<std::int16_t> counts, std::string& why)
+{
+    if (frame < 0 || frame >= frames_ || counts.size() < Pixels()) {
+        why = "has no such frame";
+        return false;
+    }
+    const FrameRead read = ReadFrameRecord(file_, header_, headerBytes_, static_cast<std::uint32_t>(frame), block_);
+    if (read != FrameRead::kComplete) {
+        why = read == FrameRead::kNoMemory ? "needs more memory than is left" : "can't be read";
+        return false;
+    }
+    const auto before = static_cast<std::size_t>(header_.ImageHeaderDataOffset);
+    if (header_.SampleBytes == kFloatSamples) {
+        // In place: a count is written before the place of the next float is reached.
+        const std::vector<std::uint8_t> record = block_;
+        FloatRecordToCounts(record, header_, block_);
+    }
+    if (header_.ByteSwap == 0) SwapRecordWords(block_, header_);
+    std::memcpy(counts.data(), block_.data() + before, Pixels() * sizeof(std::int16_t));
+    return true;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,60 @@
+// The frames of a file, one by one, as the counts that viewing it shows: for what measures, exports and calibrates what
+// is stored. No window, no box, no state; any file gives frames or a reason.
+#pragma once
+
+#include "imagefile/frames_file.h"
+#include "imagefile/header.h"
+#include "platform/files.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvo {
+
+class StoredFrames {
+  public:
+    // An image file or a sequence, with the journal beside it where that is its own. nullopt with the reason in why,
+    // a text that goes on behind the file's name: "can't be opened", "isn't an image file", "holds no whole frame".
+    static std::optional<StoredFrames> Open(std::string_view path, std::string& why);
+
+    const std::string& Path() const { return path_; }
+    // In native order; FrameCount is the number of frames that the file's length holds.
+    const ImageHeaderRecord& Header() const { return header_; }
+    std::int64_t Frames() const { return frames_; }
+    std::size_t Columns() const { return static_cast<std::size_t>(header_.ImageWidth); }
+    std::size_t Rows() const { return static_cast<std::size_t>(header_.ImageHeight); }
+    std::size_t Pixels() const { return Columns() * Rows(); }
+
+    // The journal; null where none lies beside the file, or one that isn't this file's. Its records may end before the
+    // frames do.
+    const FramesFile* Journal() const { return journal_ ? &*journal_ : nullptr; }
+    // What the journal says of a frame, from 0; null: nothing.
+    const FrameRecord* RecordOf(std::int64_t frame) const;
+    // Seconds from the first frame to this one: by the journal's clock where it knows both, else by the number in the
+    // file and the header's rate. nullopt where neither is known (a rate of 0).
+    std::optional<double> SecondsOf(std::int64_t frame) const;
+
+    // Frame number frame, from 0, to counts, which has Pixels() entries: floats are rounded, words of a byte-swapped
+    // file exchanged, as on the screen (imagefile/frame_file.h). False with the reason in why where it can't be read.
+    bool ReadCounts(std::int64_t frame, std::span<std::int16_t> counts, std::string& why);
+
+  private:
+    StoredFrames(std::string path, File file) : path_(std::move(path)), file_(std::move(file)) {}
+    bool ReadHead(std::string& why);
+    void ReadJournal();
+
+    std::string path_;
+    File file_;
+    ImageHeaderRecord header_;
+    std::int32_t headerBytes_ = 0;
+    std::int64_t frames_ = 0;
+    std::optional<FramesFile> journal_;
+    std::vector<std::uint8_t> block_;  // of one record
+};
+
+}  // namespace kelvo
