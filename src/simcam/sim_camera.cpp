@@ -67,6 +67,7 @@ struct SimCamera {
     std::vector<float> lightOfSample;
     std::uint64_t noisyAnswers = 0;
     Exposure exposure;
+    std::int64_t lookedAtUs = 0;  // when the last frame was read
 
     mutable std::recursive_mutex mutex;  // of all above; some calls work through others
 };
@@ -429,6 +430,7 @@ void ReadSimFrame(SimCamera& camera, std::int64_t n, std::int64_t timeUs, std::i
     if (width < 1 || height < 1 || out.empty()) return;
     const auto pitch = static_cast<std::size_t>(width);
     const std::size_t rows = std::min(static_cast<std::size_t>(height), out.size() / pitch);
+    camera.lookedAtUs = timeUs;
     KeepExposureUpToDate(camera, timeUs);
     if (camera.head.testMode && camera.source != SimSource::kVolts) {
         DrawTestRamp(camera.exposure);
@@ -539,10 +541,35 @@ constexpr KindName kKindNames[] = {
     {DetectorKind::kOffsetBad, "offset_bad"},
 };
 
+// Counts, of shot and read noise: what DrawCounts spreads about the mean.
+double SigmaOf(const SimCamera& camera, std::int32_t row, std::int32_t column, std::size_t detector)
+{
+    if (camera.source == SimSource::kVolts) {
+        return CountsOfInput(camera.settings, VideoOf(camera), camera.inputVolts).sigma;
+    }
+    std::vector<float> radiance(static_cast<std::size_t>(column) + 1);
+    LightOnRow(camera, camera.lookedAtUs, {row, 0, camera.detectors.rows, camera.detectors.columns}, radiance);
+    float mean = 0;
+    float sigma = 0;
+    ExposeDetectors(MakeVideoPath(camera.settings, VideoOf(camera)), camera.detectors.fullWellElectrons,
+                    camera.detectors.Part(detector, 1), std::span(radiance).last(1), std::span(&mean, 1),
+                    std::span(&sigma, 1));
+    return sigma;
+}
+
+double DeviationOf(const SimCamera& camera, std::int32_t row, std::int32_t column, std::size_t detector)
+{
+    constexpr double kRoundingVariance = 1.0 / 12.0;  // counts squared, of a value spread evenly over a count
+    if (camera.head.testMode && camera.source != SimSource::kVolts) return 0;  // the ramp has no noise
+    const double sigma = SigmaOf(camera, row, column, detector);
+    return std::sqrt(sigma * sigma + kRoundingVariance);
+}
+
 }  // namespace
 
 std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, int x, int y)
 {
+    const std::scoped_lock lock(camera.mutex);
     const SimWindow window = WindowOnArray(camera.head);
     if (x < 0 || y < 0 || x >= window.Columns() || y >= window.Rows()) return {};
     const std::int32_t row = camera.head.flipRows ? window.rowEnd - y : window.rowStart + y;
@@ -555,6 +582,7 @@ std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, in
         {"offset", static_cast<double>(array.offset[i])},
         {"dark", static_cast<double>(array.dark[i])},
         {"noise", static_cast<double>(array.noise[i])},
+        {"deviation", DeviationOf(camera, row, column, i)},
     };
     for (const KindName& each : kKindNames) {
         if (array.kind[i] == each.kind) truth.emplace_back(each.name, 1.0);

@@ -56,8 +56,12 @@ std::string LoadSimRawFrames(SimCamera& camera, const std::string& path, std::in
 // The name of the file that the raw frames came from; empty while none are loaded.
 const std::string& SimRawName(const SimCamera& camera);
 
-// What the detector at image column x, row y really is: "gain", "offset", "dark", "noise", and 1 under what it is of
-// "dead", "weak", "strong", "offset_bad", "hot", "noisy", "blinking"; empty outside the array.
+// What the detector at image column x, row y really is: "gain", "offset", "dark", "noise", "deviation", and 1 under
+// what it is of "dead", "weak", "strong", "offset_bad", "hot", "noisy", "blinking"; empty outside the array. The
+// deviation, counts rms, is that of its raw counts from frame to frame with the registers and the source that are now
+// in force (of a moving one: as in the last frame read): sqrt(shot^2 + read^2 + 1/12), the last for rounding to whole
+// counts. Levels of a blinking detector and the converter's ends are left out of it; the test pattern, which has no
+// noise, has 0.
 std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, int x, int y);
 
 // What the head's registers hold: "clock", "rows" and "columns" of a frame (pixels), "integration_rows",

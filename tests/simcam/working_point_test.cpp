@@ -293,5 +293,42 @@ TEST_F(SimWorkingPoint, TruthNamesGainAndOffset)
     }
 }
 
+// As insb320.cnf has it, at gain code 0: 400 microvolts a count, 0.22 microvolts an electron, 1835 microvolts of read
+// noise. A count above the detector's zero is 400 / 0.22 electrons, whose number is the variance of their own.
+TEST_F(SimWorkingPoint, TruthNamesTheDeviationAtTheSourceInFront)
+{
+    OpenSeed(0);
+    const std::vector<std::string> kinds = Kinds();
+    constexpr double kReadNoise = 1835.0 / 400;
+    constexpr double kCountsPerElectron = 0.22 / 400;
+    const auto registers = SimHeadRegisters(*camera);
+    const auto offset = std::ranges::find(registers, "offset", &std::pair<std::string, double>::first)->second;
+    const double zero = 8200 - (3.0907 + (offset - 128) * 0.01) / 0.0004;
+    for (const SimSource source : {SimSource::kLow, SimSource::kHigh}) {
+        const Pixels pixels = At(source, source == SimSource::kLow ? 20 : 40, 256);
+        for (int x = 0; x < 320; x += 7) {
+            const auto truth = SimTruth(*camera, x, 100);
+            const std::size_t i = std::size_t{100} * 320 + static_cast<std::size_t>(x);
+            if (kinds[i] != "good") continue;
+            const double electrons = (pixels.mean[i] - zero - truth[1].second) / kCountsPerElectron;
+            const double shot = kCountsPerElectron * std::sqrt(electrons);
+            ASSERT_EQ(truth[4].first, "deviation");
+            EXPECT_NEAR(truth[4].second, std::sqrt(shot * shot + kReadNoise * kReadNoise + 1.0 / 12), 0.0005) << x;
+        }
+    }
+    PutSimSource(*camera, SimSource::kVolts);  // past the detectors: no electrons
+    EXPECT_NEAR(SimTruth(*camera, 10, 20)[4].second, std::sqrt(kReadNoise * kReadNoise + 1.0 / 12), 1e-6);
+}
+
+TEST_F(SimWorkingPoint, TheTestPatternDeviatesByNothing)
+{
+    OpenSeed(0);
+    PutSimSource(*camera, SimSource::kLow);
+    EXPECT_GT(SimTruth(*camera, 10, 20)[4].second, 4.5);
+    Send({{0x60, 0, 0x7E, 0x52}});
+    EXPECT_EQ(Frame(1), Frame(2));
+    EXPECT_EQ(SimTruth(*camera, 10, 20)[4].second, 0);
+}
+
 }  // namespace
 }  // namespace kelvo
