@@ -1,0 +1,147 @@
+#include "analysis/noise_figures.h"
+
+#include "acquire/frame_sums.h"
+#include "imagefile/header.h"
+#include "platform/memory.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace kelvo {
+
+namespace {
+
+constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float kDeadGain = 0.001F;  // pixel/bad_pixels.h, IdentifyBadDet
+constexpr double kMillikelvin = 1000;
+constexpr double kPartThatIsntWorst = 0.99;
+
+bool IsBad(std::size_t pixel, std::span<const float> gains, std::span<const std::uint8_t> bad)
+{
+    if (pixel < bad.size() && bad[pixel] != 0) return true;
+    return pixel < gains.size() && !(std::fabs(gains[pixel]) > kDeadGain);
+}
+
+double MedianOf(std::span<const float> sorted)
+{
+    const std::size_t middle = sorted.size() / 2;
+    if (sorted.size() % 2 == 1) return static_cast<double>(sorted[middle]);
+    return (static_cast<double>(sorted[middle - 1]) + static_cast<double>(sorted[middle])) / 2;
+}
+
+}  // namespace
+
+std::optional<NoiseSums> NoiseSums::Make(std::size_t pixels)
+{
+    NoiseSums made;
+    if (!AllocateBlock(made.sums_, pixels) || !AllocateBlock(made.squares_, pixels)) return std::nullopt;
+    return made;
+}
+
+void NoiseSums::Add(std::span<const std::int16_t> frame)
+{
+    if (frame.size() != Pixels() || frames_ == kMostNoiseFrames) return;
+    AddFrame(frame, std::span(sums_), std::span(squares_));
+    ++frames_;
+}
+
+double NoiseSums::MeanOf(std::size_t pixel) const
+{
+    return frames_ == 0 ? 0 : static_cast<double>(sums_[pixel]) / frames_;
+}
+
+// n times the sum of squares less the square of the sum: whole numbers below 2^62.
+double NoiseSums::DeviationOf(std::size_t pixel) const
+{
+    if (frames_ < kLeastNoiseFrames) return 0;
+    const auto n = std::int64_t{frames_};
+    const auto sum = std::int64_t{sums_[pixel]};
+    const std::int64_t spread = n * static_cast<std::int64_t>(squares_[pixel]) - sum * sum;
+    return std::sqrt(static_cast<double>(spread) / static_cast<double>(n * (n - 1)));
+}
+
+std::optional<double> CountsPerDegree(const NoisePair& pair)
+{
+    constexpr float kAbsoluteZeroC = -273.15F;
+    const bool told = pair.intensityCold != kUncalibratedIntensity && pair.intensityHot != kUncalibratedIntensity &&
+                      pair.temperatureCold > kAbsoluteZeroC && pair.temperatureHot > kAbsoluteZeroC;
+    const double degrees = static_cast<double>(pair.temperatureHot) - static_cast<double>(pair.temperatureCold);
+    const double counts = static_cast<double>(pair.intensityHot) - static_cast<double>(pair.intensityCold);
+    if (!told || counts == 0 || degrees == 0 || !std::isfinite(degrees)) return std::nullopt;
+    return std::fabs(counts / degrees);
+}
+
+std::optional<PixelNoise> NoiseOf(const NoiseSums& sums, std::span<const float> gains,
+                                  std::span<const std::uint8_t> bad, std::optional<double> countsPerDegree)
+{
+    PixelNoise noise;
+    const std::size_t pixels = sums.Pixels();
+    if (!AllocateBlock(noise.mean, pixels) || !AllocateBlock(noise.deviation, pixels)) return std::nullopt;
+    if (countsPerDegree && !AllocateBlock(noise.netd, pixels)) return std::nullopt;
+    for (std::size_t i = 0; i < pixels; ++i) {
+        const bool isBad = IsBad(i, gains, bad);
+        const double deviation = sums.DeviationOf(i);
+        noise.mean[i] = static_cast<float>(sums.MeanOf(i));
+        noise.deviation[i] = isBad ? kNoNumber : static_cast<float>(deviation);
+        noise.badPixels += isBad ? 1 : 0;
+        if (!countsPerDegree) continue;
+        const bool hasGain = gains.empty() || i < gains.size();
+        const double gain = gains.empty() || !hasGain ? 1 : std::fabs(static_cast<double>(gains[i]));
+        noise.netd[i] =
+            isBad || !hasGain ? kNoNumber : static_cast<float>(deviation / (gain * *countsPerDegree) * kMillikelvin);
+    }
+    return noise;
+}
+
+std::optional<NoiseFigures> FiguresOfNoise(std::span<const float> values)
+{
+    std::vector<float> sorted;
+    if (!AllocateBlock(sorted, values.size())) return std::nullopt;
+    sorted.clear();
+    double squares = 0;
+    for (const float value : values) {
+        if (!std::isfinite(value)) continue;
+        sorted.push_back(value);
+        squares += static_cast<double>(value) * static_cast<double>(value);
+    }
+    NoiseFigures figures;
+    figures.pixels = sorted.size();
+    if (sorted.empty()) return figures;
+
+    std::ranges::sort(sorted);
+    const auto held =
+        static_cast<std::size_t>(std::ceil(kPartThatIsntWorst * static_cast<double>(sorted.size()) - 1e-9));
+    const float worst = sorted[held - 1];
+    figures.median = MedianOf(sorted);
+    figures.rms = std::sqrt(squares / static_cast<double>(sorted.size()));
+    figures.smallest = static_cast<double>(sorted.front());
+    figures.largest = static_cast<double>(sorted.back());
+    figures.worst = static_cast<double>(worst);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (std::isfinite(values[i]) && values[i] > worst) figures.above.push_back(i);
+    }
+    std::ranges::stable_sort(figures.above, [&](std::size_t a, std::size_t b) { return values[a] > values[b]; });
+    return figures;
+}
+
+NoiseHistogram CountNoise(std::span<const float> values, double low, double high, std::size_t bins)
+{
+    NoiseHistogram histogram{.low = low, .high = high, .bins = std::vector<std::uint32_t>(bins)};
+    const double perBin = (high - low) / static_cast<double>(bins);
+    for (const float single : values) {
+        const auto value = static_cast<double>(single);
+        if (!std::isfinite(value)) continue;
+        if (value < low) {
+            ++histogram.below;
+        } else if (!(value < high)) {
+            ++histogram.above;
+        } else {
+            const auto bin = static_cast<std::size_t>((value - low) / perBin);
+            ++histogram.bins[std::min(bin, bins - 1)];
+        }
+    }
+    return histogram;
+}
+
+}  // namespace kelvo
