@@ -1,5 +1,6 @@
 #include "batch/batch_arguments.h"
 
+#include "batch/batch_end.h"
 #include "batch/command_words.h"
 
 #include <algorithm>
@@ -67,6 +68,7 @@ BatchArguments TakeApart(std::span<const std::string> arguments, std::string_vie
 
 int TellBatchFailure(std::string_view word, std::string_view text)
 {
+    if (Interrupted()) return kBatchFailed;
     const std::string line = "kelvo " + std::string(word) + ": " + std::string(text) + '\n';
     std::fputs(line.c_str(), stderr);
     return kBatchFailed;

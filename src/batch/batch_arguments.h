@@ -27,7 +27,8 @@ struct BatchArguments {
 // file to the standard output: "-" as a file is an error, also behind "--".
 BatchArguments TakeApart(std::span<const std::string> arguments, std::string_view word);
 
-// Tells on the error stream, "kelvo WORD: text", and gives kBatchFailed.
+// Tells on the error stream, "kelvo WORD: text", and gives kBatchFailed. Nothing is told of a command that was
+// interrupted (batch/batch_end.h): how the process ends tells it.
 int TellBatchFailure(std::string_view word, std::string_view text);
 
 }  // namespace kelvo

@@ -2,6 +2,7 @@
 
 #include "batch/apply_command.h"
 #include "batch/cut_command.h"
+#include "batch/info_command.h"
 #include "batch/join_command.h"
 #include "batch/recover_command.h"
 
@@ -31,6 +32,15 @@ constexpr ExitCode kRecoverExits[] = {
     {2, "something can't be"},
 };
 
+constexpr CommandOption kInfoOptions[] = {kJson};
+constexpr std::string_view kInfoDetails =
+    "Size, frames, rate, integration time, times, the sources of the calibration, and what the journal FILE.frames\n"
+    "tells: how it ended, camera and set, every gap. Times of frames are UTC; the header's is local time.\n";
+constexpr ExitCode kTellsOrNot[] = {
+    {0, "all is told"},
+    {2, "a file couldn't be read: the error stream tells why"},
+};
+
 constexpr CommandOption kApplyOptions[] = {
     {.name = "--set", .value = "X.cal", .does = "the set; its lists lie beside it", .needed = true},
     {.name = "--frames", .value = "A:B", .does = kFramesDo},
@@ -48,6 +58,13 @@ constexpr std::string_view kJoinDetails =
     "not stand before; its journal OUT.frames comes along where IN has one.\n";
 
 constexpr CommandWord kWords[] = {
+    {.word = "info",
+     .run = InfoCommand,
+     .operands = "FILE...",
+     .does = "tell what image files and recorded sequences are",
+     .options = kInfoOptions,
+     .details = kInfoDetails,
+     .exits = kTellsOrNot},
     {.word = "recover",
      .run = RecoverCommand,
      .operands = "FILE...",
