@@ -1,6 +1,7 @@
 #include "batch/apply_command.h"
 
 #include "batch/batch_arguments.h"
+#include "batch/batch_end.h"
 #include "batch/cut_command.h"
 #include "batch/new_sequence.h"
 #include "calib/apply_calibration.h"
@@ -328,6 +329,7 @@ class SharedWork {
         turn_.wait(lock, [&] { return failure_ || nextToAdd_ == from; });
         if (failure_) return;
         lock.unlock();  // the turn is this thread's alone
+        if (!failure && Interrupted()) failure = kInterrupted;
         if (!failure) failure = result_.Add(block);
         const std::int64_t done = std::min(from + result_.FramesABlock(), source_.end) - source_.first;
         if (!failure && progress_) progress_(done, source_.end - source_.first);
@@ -398,14 +400,14 @@ std::optional<std::string> ApplySet(const ApplyRequest& request,
     Result result(*source, *correction, request, std::move(*sequence));
     Failure failure = result.Begin();
     if (!failure) failure = SharedWork(result, *source, progress).Do();
+    if (!failure && Interrupted()) failure = kInterrupted;
     return failure ? failure : result.End();
 }
 
 int ApplyCommand(std::span<const std::string> arguments)
 {
-    constexpr std::string_view kOptions[] = {kSet, kFrames};
     std::string why;
-    const std::optional<ApplyRequest> request = RequestOf(TakeApart(arguments, {}, kOptions), why);
+    const std::optional<ApplyRequest> request = RequestOf(TakeApart(arguments, kWord), why);
     if (!request) return TellBatchFailure(kWord, why);
     std::int64_t tenthShown = -1;
     const Failure failure =

@@ -1,6 +1,7 @@
-// Commands without a window: "kelvo WORD ...", where the first argument is exactly such a word. They need no display
-// and no data directory, write what they found to the standard output and what went wrong to the error stream, and end
-// with a code: 0 all is well, 1 as the command says, 2 it couldn't be done.
+// Commands without a window: "kelvo WORD ...", where the first argument is exactly such a word (batch/command_words.h).
+// They need no display and, where their help says nothing else, no data directory, write what they found to the
+// standard output and what went wrong to the error stream, and end with a code: 0 all is well, 1 as the command says, 2
+// it couldn't be done.
 #pragma once
 
 #include <optional>
@@ -13,7 +14,7 @@ namespace kelvo {
 // them it tells how the word is used instead. nullopt: the first one isn't a command's word, and the program goes on as
 // ever. Before the application object, any window, any setting.
 std::optional<int> RunBatch(std::span<const std::string> arguments);
-// A line for each word, for --help.
+// Each word with its arguments and what it does, for --help.
 std::string BatchHelp();
 
 }  // namespace kelvo

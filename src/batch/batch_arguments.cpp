@@ -1,5 +1,8 @@
 #include "batch/batch_arguments.h"
 
+#include "batch/batch_end.h"
+#include "batch/command_words.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -7,9 +10,15 @@ namespace kelvo {
 
 namespace {
 
-bool Contains(std::span<const std::string_view> names, std::string_view name)
+constexpr std::string_view kNoStream =
+    "- names no file: one is needed that can be read at any place (./- is a file of that name)";
+
+const CommandOption* OptionOf(std::string_view word, std::string_view name)
 {
-    return std::ranges::find(names, name) != names.end();
+    const CommandWord* const command = CommandOf(word);
+    if (!command) return nullptr;
+    const auto found = std::ranges::find(command->options, name, &CommandOption::name);
+    return found == command->options.end() ? nullptr : &*found;
 }
 
 }  // namespace
@@ -28,8 +37,7 @@ std::optional<std::string> BatchArguments::Value(std::string_view option) const
     return found;
 }
 
-BatchArguments TakeApart(std::span<const std::string> arguments, std::span<const std::string_view> flags,
-                         std::span<const std::string_view> options)
+BatchArguments TakeApart(std::span<const std::string> arguments, std::string_view word)
 {
     BatchArguments taken;
     bool onlyFiles = false;
@@ -37,18 +45,22 @@ BatchArguments TakeApart(std::span<const std::string> arguments, std::span<const
         const std::string& argument = arguments[i];
         const std::size_t equals = argument.find('=');
         const std::string name = argument.substr(0, equals);
-        if (onlyFiles || !argument.starts_with("--")) {
+        const CommandOption* const option = OptionOf(word, name);
+        const bool takesValue = option && !option->value.empty();
+        if (argument == "-") {
+            taken.error = kNoStream;
+        } else if (onlyFiles || !argument.starts_with("--")) {
             taken.files.push_back(argument);
         } else if (argument == "--") {
             onlyFiles = true;
-        } else if (Contains(flags, argument)) {
+        } else if (option && !takesValue && equals == std::string::npos) {
             taken.flags.push_back(argument);
-        } else if (Contains(options, name) && equals != std::string::npos) {
+        } else if (takesValue && equals != std::string::npos) {
             taken.values.emplace_back(name, argument.substr(equals + 1));
-        } else if (Contains(options, name) && i + 1 < arguments.size()) {
+        } else if (takesValue && i + 1 < arguments.size()) {
             taken.values.emplace_back(name, arguments[++i]);
         } else {
-            taken.error = Contains(options, name) ? name + " needs a value" : "unknown option " + argument;
+            taken.error = takesValue ? name + " needs a value" : "unknown option " + argument;
         }
     }
     return taken;
@@ -56,6 +68,7 @@ BatchArguments TakeApart(std::span<const std::string> arguments, std::span<const
 
 int TellBatchFailure(std::string_view word, std::string_view text)
 {
+    if (Interrupted()) return kBatchFailed;
     const std::string line = "kelvo " + std::string(word) + ": " + std::string(text) + '\n';
     std::fputs(line.c_str(), stderr);
     return kBatchFailed;

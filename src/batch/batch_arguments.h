@@ -23,10 +23,12 @@ struct BatchArguments {
     bool Has(std::string_view flag) const;
     std::optional<std::string> Value(std::string_view option) const;  // the last one given
 };
-BatchArguments TakeApart(std::span<const std::string> arguments, std::span<const std::string_view> flags,
-                         std::span<const std::string_view> options);
+// By the table of the word (batch/command_words.h), which is there. No command reads the standard input or writes a
+// file to the standard output: "-" as a file is an error, also behind "--".
+BatchArguments TakeApart(std::span<const std::string> arguments, std::string_view word);
 
-// Tells on the error stream, "kelvo WORD: text", and gives kBatchFailed.
+// Tells on the error stream, "kelvo WORD: text", and gives kBatchFailed. Nothing is told of a command that was
+// interrupted (batch/batch_end.h): how the process ends tells it.
 int TellBatchFailure(std::string_view word, std::string_view text);
 
 }  // namespace kelvo

@@ -37,8 +37,7 @@ std::optional<std::pair<std::int64_t, std::int64_t>> FrameRangeOf(std::string_vi
 
 int CutCommand(std::span<const std::string> arguments)
 {
-    constexpr std::string_view kOptions[] = {kFrames};
-    const BatchArguments taken = TakeApart(arguments, {}, kOptions);
+    const BatchArguments taken = TakeApart(arguments, kWord);
     if (!taken.error.empty()) return TellBatchFailure(kWord, taken.error);
     const std::optional<std::string> wanted = taken.Value(kFrames);
     const auto range = FrameRangeOf(wanted.value_or(""));

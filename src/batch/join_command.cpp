@@ -10,7 +10,7 @@ namespace kelvo {
 int JoinCommand(std::span<const std::string> arguments)
 {
     constexpr std::string_view kWord = "join";
-    const BatchArguments taken = TakeApart(arguments, {}, {});
+    const BatchArguments taken = TakeApart(arguments, kWord);
     if (!taken.error.empty()) return TellBatchFailure(kWord, taken.error);
     if (taken.files.size() < 2) return TellBatchFailure(kWord, "sequences and the name of the new one are needed");
     std::vector<FrameRange> sources;

@@ -1,6 +1,7 @@
 #include "batch/recover_command.h"
 
 #include "batch/batch_arguments.h"
+#include "batch/batch_end.h"
 #include "imagefile/recovery.h"
 #include "platform/text.h"
 #include "platform/transcript.h"
@@ -91,13 +92,13 @@ std::string JsonOf(const std::string& path, const RecoveryReport& report)
 
 int RecoverCommand(std::span<const std::string> arguments)
 {
-    constexpr std::string_view kFlags[] = {"--dry-run", "--json"};
-    const BatchArguments taken = TakeApart(arguments, kFlags, {});
+    const BatchArguments taken = TakeApart(arguments, kWord);
     if (!taken.error.empty()) return TellBatchFailure(kWord, taken.error);
     if (taken.files.empty()) return TellBatchFailure(kWord, "no file was named");
     const bool dryRun = taken.Has("--dry-run");
     int code = kBatchDone;
     for (const std::string& path : taken.files) {
+        if (Interrupted()) return TellBatchFailure(kWord, kInterrupted);
         const RecoveryReport report = RecoverSequence(path, dryRun);
         std::fputs((taken.Has("--json") ? JsonOf(path, report) : TextOf(path, report, dryRun)).c_str(), stdout);
         code = std::max(code, static_cast<int>(report.outcome));

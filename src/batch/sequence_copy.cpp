@@ -1,5 +1,6 @@
 #include "batch/sequence_copy.h"
 
+#include "batch/batch_end.h"
 #include "batch/new_sequence.h"
 #include "imagefile/crc32c.h"
 #include "imagefile/frames_file.h"
@@ -88,6 +89,7 @@ class Output {
         std::vector<std::byte> frame;
         if (!AllocateBlock(frame, static_cast<std::size_t>(source.sequence.FrameBytes()))) return "no memory is left";
         for (std::int64_t i = source.range.first; i < source.range.end; ++i) {
+            if (Interrupted()) return std::string(kInterrupted);
             if (!source.sequence.ReadFrame(i, frame)) return source.range.path + " can't be read";
             if (Failure failure = AddRecord(source, i, frame)) return failure;
             Renumber(frame, source);
@@ -159,6 +161,7 @@ Failure Write(std::vector<Source>& sources, const std::string& out)
     for (Source& source : sources) {
         if (Failure failure = output.Add(source)) return failure;
     }
+    if (Interrupted()) return std::string(kInterrupted);
     return output.End(sources.front(), sources.back());
 }
 

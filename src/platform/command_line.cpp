@@ -1,4 +1,5 @@
 #include "platform/application.h"
+#include "platform/option_table.h"
 #include "platform/qt_window.h"
 #include "platform/text.h"
 
@@ -146,40 +147,46 @@ std::string AddViewFile(CommandLine& line, std::string_view value)
     return {};
 }
 
-struct Option {
-    const char* name;
-    const char* value;  // null: a switch
-    const char* help;
-    bool CommandLine::*field;                                       // of a switch
-    std::string (*set)(CommandLine& line, std::string_view value);  // of the others
+// What becomes of an option, in the order of the table.
+struct Taker {
+    std::string_view name;
+    bool CommandLine::*field = nullptr;                                       // of a switch
+    std::string (*set)(CommandLine& line, std::string_view value) = nullptr;  // of the others
 };
-constexpr Option kOptions[] = {
-    {"data", "DIR", "directory of the settings files", nullptr, SetPath<&CommandLine::dataDirectory>},
-    {"view", "FILE...", "open stored files, whatever their names end in", nullptr, AddViewFile},
-    {"script", "FILE", "run an operator script, then exit with its result;\narguments after -- reach it as arg[1]...",
-     nullptr, SetPath<&CommandLine::scriptFile>},
-    {"transcript", "FILE", "write what the operator would see, one JSON object a line", nullptr,
-     SetPath<&CommandLine::transcriptFile>},
-    {"offscreen", nullptr, "run without a display (a screen of 1280 x 1024)", &CommandLine::offscreen, nullptr},
-    {"scale", "N", "device pixel ratio of that screen, 0.5 to 4", nullptr, SetScale},
-    {"virtual-time", nullptr, "time passes only while the program waits", &CommandLine::virtualTime, nullptr},
-    {"theme", "NAME", "light, dark, or desktop: as the desktop has it", nullptr, SetTheme},
-    {"signal", nullptr, "send the external signal to the Kelvo of --data, then exit", &CommandLine::sendSignal,
-     nullptr},
-    {"version", nullptr, "tell the version", &CommandLine::showVersion, nullptr},
-    {"help", nullptr, "tell this", &CommandLine::showHelp, nullptr},
+constexpr Taker kTakers[] = {
+    {.name = "data", .set = SetPath<&CommandLine::dataDirectory>},
+    {.name = "view", .set = AddViewFile},
+    {.name = "script", .set = SetPath<&CommandLine::scriptFile>},
+    {.name = "transcript", .set = SetPath<&CommandLine::transcriptFile>},
+    {.name = "offscreen", .field = &CommandLine::offscreen},
+    {.name = "scale", .set = SetScale},
+    {.name = "virtual-time", .field = &CommandLine::virtualTime},
+    {.name = "theme", .set = SetTheme},
+    {.name = "signal", .field = &CommandLine::sendSignal},
+    {.name = "version", .field = &CommandLine::showVersion},
+    {.name = "help", .field = &CommandLine::showHelp},
 };
+static_assert(std::ranges::equal(kTakers, kProgramOptions, [](const Taker& taker, const ProgramOption& option) {
+    return taker.name == option.name && option.value.empty() == (taker.field != nullptr);
+}));
 
-std::string Dashed(const Option& option)
+constexpr std::string_view kHelpOption = "help";  // has a letter too
+
+QString NameOf(std::string_view name)
 {
-    return std::string("--") + option.name;
+    return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
 }
 
-QCommandLineOption ToolkitOption(const Option& option)
+std::string Dashed(std::string_view name)
 {
-    QStringList names(QString::fromLatin1(option.name));
-    if (option.field == &CommandLine::showHelp) names.prepend(QStringLiteral("h"));
-    return {names, QString(), option.value ? QString::fromLatin1(option.value) : QString()};
+    return "--" + std::string(name);
+}
+
+QCommandLineOption ToolkitOption(const ProgramOption& option)
+{
+    QStringList names(NameOf(option.name));
+    if (option.name == kHelpOption) names.prepend(QStringLiteral("h"));
+    return {names, QString(), NameOf(option.value)};
 }
 
 // What the parser refused, in our words.
@@ -188,12 +195,13 @@ std::string Refusal(const QCommandLineParser& parser, std::span<const std::strin
     if (const QStringList unknown = parser.unknownOptionNames(); !unknown.isEmpty()) {
         return (unknown.front().size() == 1 ? "unknown option -" : "unknown option --") + FromQPath(unknown.front());
     }
-    for (const Option& option : kOptions) {
-        const std::string name = Dashed(option);
+    for (const ProgramOption& option : kProgramOptions) {
+        const std::string name = Dashed(option.name);
+        const bool takesValue = !option.value.empty();
         // A value is missing only at the end of the line, and left over only at a switch.
-        if (option.value && arguments.back() == name) return name + " needs a value";
+        if (takesValue && arguments.back() == name) return name + " needs a value";
         const auto hasValue = [&](const std::string& argument) { return argument.starts_with(name + "="); };
-        if (!option.value && std::ranges::any_of(arguments, hasValue)) return name + " takes no value";
+        if (!takesValue && std::ranges::any_of(arguments, hasValue)) return name + " takes no value";
     }
     return FromQString(parser.errorText());
 }
@@ -201,15 +209,15 @@ std::string Refusal(const QCommandLineParser& parser, std::span<const std::strin
 // What is wrong with the values, or nothing.
 std::string TakeOptions(CommandLine& line, const QCommandLineParser& parser)
 {
-    for (const Option& option : kOptions) {
-        const QString name = QString::fromLatin1(option.name);
-        if (option.field) {
-            line.*option.field = parser.isSet(name);
+    for (const Taker& taker : kTakers) {
+        const QString name = NameOf(taker.name);
+        if (taker.field) {
+            line.*taker.field = parser.isSet(name);
             continue;
         }
         for (const QString& text : parser.values(name)) {
             const std::string value = FromQPath(text);
-            std::string error = value.empty() ? Dashed(option) + " needs a value" : option.set(line, value);
+            std::string error = value.empty() ? Dashed(taker.name) + " needs a value" : taker.set(line, value);
             if (!error.empty()) return error;
         }
     }
@@ -226,7 +234,7 @@ CommandLine ParseCommandLine(const std::vector<std::string>& arguments)
     const std::span own(arguments.begin(), dashes);
 
     QCommandLineParser parser;
-    for (const Option& option : kOptions) parser.addOption(ToolkitOption(option));
+    for (const ProgramOption& option : kProgramOptions) parser.addOption(ToolkitOption(option));
     QStringList words(QStringLiteral("kelvo"));
     for (const std::string& argument : own) words << ToQPath(argument);
     line.error = parser.parse(words) ? TakeOptions(line, parser) : Refusal(parser, own);
@@ -249,25 +257,22 @@ std::string CommandLineHelp()
         "A FILE ends in .img .seq .buf .sdv .flt .gai .off .noi .bad or .dcm.\n"
         "\n"
         "Options, as --name VALUE or --name=VALUE:\n";
-    for (const Option& option : kOptions) {
-        std::string left = "  " + Dashed(option);
-        if (option.field == &CommandLine::showHelp) left += ", -h";
-        if (option.value) left.append(" ").append(option.value);
+    for (const ProgramOption& option : kProgramOptions) {
+        std::string left = "  " + Dashed(option.name);
+        if (option.name == kHelpOption) left += ", -h";
+        if (!option.value.empty()) left.append(" ").append(option.value);
         left.resize(std::max(left.size() + 1, kColumn), ' ');
-        for (const char c : std::string_view(option.help)) {
+        for (const char c : option.does) {
             left += c;
             if (c == '\n') left.append(kColumn, ' ');
         }
         help += left + "\n";
     }
-    return help +
-           "\n"
-           "Exit codes:\n"
-           "  0  as it should be; also when another Kelvo with this data directory took the files\n"
-           "  1  a script failed; otherwise a script ends with the number that it returns\n"
-           "  2  the command line is wrong, the transcript can't be written, or there is no display\n"
-           "  3  another Kelvo runs with this data directory, and was given nothing\n"
-           "  4  --signal, and no Kelvo runs with this data directory\n";
+    help += "\nExit codes:\n";
+    for (const ExitCode& exit : kProgramExitCodes) {
+        help += "  " + std::to_string(exit.code) + "  " + std::string(exit.when) + '\n';
+    }
+    return help;
 }
 
 }  // namespace kelvo

@@ -21,29 +21,29 @@ TEST(Batch, OnlyAnExactWordInFrontIsACommand)
     EXPECT_THAT(BatchHelp(), HasSubstr("  recover [--dry-run] [--json] FILE..."));
 }
 
-BatchArguments Taken(std::vector<std::string> arguments)
+BatchArguments Taken(std::vector<std::string> arguments, std::string_view word = "cut")
 {
-    constexpr std::string_view kFlags[] = {"--json"};
-    constexpr std::string_view kOptions[] = {"--frames"};
-    return TakeApart(arguments, kFlags, kOptions);
+    return TakeApart(arguments, word);
 }
 
 TEST(Batch, ArgumentsAreFilesFlagsAndValues)
 {
-    const BatchArguments taken = Taken({"a", "--json", "--frames", "1:2", "b", "--frames=3:4", "--", "--json"});
+    const BatchArguments taken = Taken({"a", "--frames", "1:2", "b", "--frames=3:4", "--", "--json"});
     EXPECT_THAT(taken.files, ElementsAre("a", "b", "--json"));
     EXPECT_THAT(taken.values, ElementsAre(Pair("--frames", "1:2"), Pair("--frames", "3:4")));
     EXPECT_EQ(taken.Value("--frames"), "3:4");
-    EXPECT_TRUE(taken.Has("--json"));
-    EXPECT_FALSE(taken.Has("--dry-run"));
+    EXPECT_FALSE(taken.Has("--json"));
     EXPECT_EQ(taken.Value("--set"), std::nullopt);
     EXPECT_THAT(taken.error, IsEmpty());
+    EXPECT_TRUE(Taken({"--json", "a"}, "recover").Has("--json"));
+    EXPECT_FALSE(Taken({"--json", "a"}, "recover").Has("--dry-run"));
 }
 
 TEST(Batch, WhatIsNoOptionIsTold)
 {
     EXPECT_EQ(Taken({"--jason"}).error, "unknown option --jason");
-    EXPECT_EQ(Taken({"--json=1"}).error, "unknown option --json=1");
+    EXPECT_EQ(Taken({"--json=1"}, "recover").error, "unknown option --json=1");
+    EXPECT_EQ(Taken({"--json"}).error, "unknown option --json");
     EXPECT_EQ(Taken({"--frames"}).error, "--frames needs a value");
 }
 

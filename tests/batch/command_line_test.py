@@ -5,11 +5,13 @@ stands on the disk.
   command_line_test.py KELVO OUT [LOCPATH]      OUT: emptied. LOCPATH: where the locale de_DE.UTF-8 lies
 """
 import fcntl
+import json
 import os
 import pathlib
 import resource
 import shutil
 import signal
+import struct
 import subprocess
 import sys
 import time
@@ -72,7 +74,7 @@ class CommandLine(unittest.TestCase):
     def test_each_word_tells_how_it_is_used(self):
         before = everything()
         usages = {"recover": "recover [--dry-run] [--json] FILE...", "apply": "apply --set X.cal [--frames A:B] IN OUT", "cut": "cut --frames A:B IN OUT",
-                  "join": "join IN... OUT"}
+                  "join": "join IN... OUT", "info": "info [--json] FILE..."}
         general = run("--help")[1]
         for word, usage in usages.items():
             for arguments in ([word, "--help"], [word, "-h"], [word, "run.seq", "--help", "even.seq"]):
@@ -97,6 +99,9 @@ class CommandLine(unittest.TestCase):
                                 (["cut", "run.seq", "even.seq"], "--frames A:B says which frames"),
                                 (["join", "run.seq"], "sequences and the name of the new one are needed"),
                                 (["join", "run.seq", "warm.cal", "even.seq"], "warm.cal isn't a sequence that can be read"),
+                                (["cut", "--frames=:", "-", "even.seq"], "- names no file: one is needed that can be read at any place"),
+                                (["join", "run.seq", "--", "run.seq", "-"], "- names no file"), (["info"], "no file was named"), (["info", "--jason", "run.seq"], "unknown option --jason"),
+                                (["info", "none.seq"], "none.seq can't be opened"), (["info", "warm.cal"], "warm.cal isn't an image file"),
                                 (["recover"], "no file was named"), (["recover", "--all"], "unknown option --all")]:
             self.expect_refused(arguments, text)
 
@@ -182,6 +187,8 @@ class CommandLine(unittest.TestCase):
             self.assertEqual(process.wait(timeout=60), -end)
             os.close(reader)
             left = everything()
+            if end == signal.SIGINT:
+                self.assertNotIn(".even.seq.new", left, "an interrupt closes and clears away")
             left.pop(".even.seq.new", None)
             self.assertEqual(left, before, "at most a hidden file in the making, which the next run uses again")
             self.assertEqual(self.make(APPLY), whole)
@@ -220,6 +227,7 @@ class CommandLine(unittest.TestCase):
             self.assertEqual(everything(), before)
 
     def test_in_another_locale_all_is_the_same(self):
+        self.described()
         locales = [{"LANG": "C"}, {"LC_ALL": "C.UTF-8"}]
         if len(sys.argv) > 3:
             locales.append({"LC_ALL": "de_DE.UTF-8", "LOCPATH": sys.argv[3]})
@@ -228,8 +236,69 @@ class CommandLine(unittest.TestCase):
             made = [b"".join(self.make(make, environment=locale)) for make in (APPLY, CUT, JOIN)]
             told = run("recover", "--json", "--dry-run", "run.seq", "none.seq", environment=locale)
             refused = run("cut", "--frames=2:1", "run.seq", "none/even.seq", environment=locale)
-            results.add((*made, told, refused))
+            described = run("info", "run.seq", environment=locale), run("info", "--json", "run.seq", environment=locale)
+            results.add((*made, told, refused, described))
         self.assertEqual(len(results), 1)
+
+    def described(self):
+        """run.seq with a header that says everything."""
+        contents = bytearray((OUT / "run.seq").read_bytes())
+        # Date and time, both sources, frames averaged, rate, integration time, and what the picture was shown with.
+        struct.pack_into("<6h", contents, 12, 26, 11, 21, 12, 4, 1)
+        struct.pack_into("<hfhf", contents, 24, 3000, 20.5, 9000, 25.0)
+        struct.pack_into("<hff", contents, 54, 16, 123.5, 1.5)
+        (OUT / "run.seq").write_bytes(contents)
+
+    def test_info_tells_what_header_and_journal_say(self):
+        self.described()
+        before = everything()
+        code, out, error = run("info", "--json", "run.seq")
+        self.assertEqual((code, error), (0, ""))
+        told = json.loads(out)
+        expected = {"file": "run.seq", "columns": 3, "rows": 2, "frames": 4, "rate_hz": 123.5, "integration_ms": 1.5, "header_time": "2026-11-21T12:04:01",
+                    "first_utc": "1970-01-01T00:00:00.000008000Z", "last_utc": "1970-01-01T00:00:00.000020000Z", "calibrated": True}
+        self.assertEqual({key: told[key] for key in expected}, expected)
+        self.assertAlmostEqual(told["duration_s"], (10 - 4) * 1e-6, delta=1e-12)
+        header = {"IntensityCold": 3000, "TemperatureCold": 20.5, "IntensityHot": 9000, "TemperatureHot": 25, "FramesAveraged": 16, "FrameCount": 4}
+        self.assertEqual({key: told["header"][key] for key in header}, header)
+        self.assertEqual(told["journal"]["gaps"], [{"before": 2, "first": 6, "missing": 3, "board": 3, "ring": 0, "passed_over": 0, "unexplained": 0}])
+        journal = {"records": 4, "closed": True, "end": "complete", "camera": "made by hand", "missing": 3}
+        self.assertEqual({key: told["journal"][key] for key in journal}, journal)
+        code, text, error = run("info", "run.seq")
+        self.assertEqual((code, error), (0, ""))
+        for line in ("run.seq", "  size          3 columns x 2 rows, 16-bit counts", "  rate          123.5 Hz", "  header time   2026-11-21T12:04:01, local",
+                     "  calibration   low source 3000 counts at 20.5 \u00b0C, high source 9000 counts at 25 \u00b0C", "  gaps          1, 3 frames missing",
+                     "    before frame 2: 3 missing from number 6, 3 lost by the board"):
+            self.assertIn(line, text.splitlines())
+        self.assertEqual(everything(), before)
+
+    def test_info_goes_on_behind_a_file_that_is_none(self):
+        (OUT / "run.seq.frames").unlink()
+        (OUT / "empty.seq").touch()
+        (OUT / "noise.seq").write_bytes(bytes(range(256)) * 64)
+        (OUT / "torn.seq").write_bytes((OUT / "run.seq").read_bytes()[:540])
+        code, out, error = run("info", "--json", "empty.seq", "noise.seq", "torn.seq", "warm.cal", ".", "none.seq", "run.seq")
+        self.assertEqual(code, 2)
+        self.assertEqual([line.split(" ", 3)[2] for line in error.splitlines()], ["empty.seq", "noise.seq", "torn.seq", "warm.cal", ".", "none.seq"])
+        self.assertIn("kelvo info: torn.seq holds no whole frame\n", error)
+        told = [json.loads(line) for line in out.splitlines()]
+        self.assertEqual([(each["file"], each["frames"], each["journal"], each["first_utc"]) for each in told], [("run.seq", 4, None, None)])
+
+    def test_info_takes_any_header(self):
+        """Any number in any field, floats that are none too, and a journal whose text is no text: one line of JSON and no control character."""
+        whole = (OUT / "run.seq").read_bytes()
+        (OUT / "run.seq.frames").write_bytes(made_by_hand.journal(NUMBERS, text=b"Camera=\x1b[2J\xff\x07\\n\"\n"))
+        for fill in (0x00, 0x7F, 0x80, 0xFF):
+            contents = bytearray(whole)
+            contents[12:40] = bytes([fill]) * 28
+            contents[42:144] = bytes([fill]) * 102
+            (OUT / "run.seq").write_bytes(contents)
+            code, out, error = run("info", "--json", "run.seq")
+            self.assertEqual((code, error), (0, ""))
+            self.assertEqual(json.loads(out)["frames"], 4)
+            code, text, error = run("info", "run.seq")
+            self.assertEqual((code, error), (0, ""))
+            self.assertNotRegex(text, "[\x00-\x09\x0b-\x1f]")
 
     def test_names_are_any_bytes(self):
         for name in ("Über 25 °C.seq".encode(), b"\xfc\xff.seq", b"-x.seq"):
