@@ -55,6 +55,62 @@ class BoardCalls {
     const BoardCall* call_ = nullptr;
 };
 
+// Who observes, and the frames on their way to him.
+class Observation {
+  public:
+    Observation(FrameObserver observer, std::size_t values) : observer_(std::move(observer)), values_(values) {}
+    ~Observation()
+    {
+        ring_.Close();
+        if (!observes_.joinable()) return;
+        observes_.request_stop();
+        observes_.join();
+    }
+    Observation(const Observation&) = delete;
+    Observation& operator=(const Observation&) = delete;
+
+    bool Begin(std::size_t frames)
+    {
+        if (!ring_.Allocate(frames, values_)) return false;
+        if (!ClockIsVirtual()) observes_ = std::jthread([this](const std::stop_token& stop) { ObserveOnThread(stop); });
+        return true;
+    }
+    // By the one who captures. The values stay his.
+    void Show(const CapturedFrame& frame)
+    {
+        if (frame.values.size() != values_) return;
+        if (!observes_.joinable()) {
+            observer_({.stamp = frame.stamp, .missed = std::exchange(missed_, 0), .values = frame.values});
+            return;
+        }
+        CapturedFrame& copy = ring_.Claim();
+        copy.stamp = frame.stamp;
+        copy.lostByRing = missed_;
+        std::ranges::copy(frame.values, copy.values.begin());
+        missed_ = ring_.Commit() ? 0 : missed_ + 1;
+    }
+    void ShowUnreadable() { ++missed_; }
+
+  private:
+    void ObserveOnThread(const std::stop_token& stop)
+    {
+        while (ring_.WaitForMore(0, kSliceMs) > 0 || !stop.stop_requested()) {
+            if (ring_.Waiting() == 0) continue;
+            const CapturedFrame& frame = ring_.At(0);
+            observer_({.stamp = frame.stamp, .missed = frame.lostByRing, .values = frame.values});
+            ring_.Drop(1);
+        }
+    }
+
+    FrameObserver observer_;
+    std::size_t values_;
+    FrameRing ring_;
+    std::int64_t missed_ = 0;  // of the one who captures
+    std::jthread observes_;    // none with the virtual clock
+};
+std::unique_ptr<Observation> observation;
+std::mutex observationMutex;  // of the pointer; who captures holds it while he shows a frame
+
 // A capture that runs, or ran last.
 struct Run {
     CaptureOptions options;
@@ -102,6 +158,18 @@ void AddLosses(Run& r, std::int64_t byBoard, std::int64_t byRing)
     r.ringBefore += byRing;
 }
 
+// Before who records decides about it.
+void LetObserve(const CapturedFrame& frame, bool isReadable)
+{
+    const std::scoped_lock lock(observationMutex);
+    if (!observation) return;
+    if (isReadable) {
+        observation->Show(frame);
+    } else {
+        observation->ShowUnreadable();
+    }
+}
+
 void Count(Run& r, CapturedFrame& frame)
 {
     frame.lostByBoard = r.boardBefore;
@@ -125,6 +193,7 @@ bool CaptureOne(Run& r, std::int64_t limitUs)
     const std::int32_t result = icp_next_frame(r.module, r.frame, r.lastNumber, limitUs, r.options.columns,
                                                r.options.rows, frame.values, stamp);
     if (result == kBoardTimeout) return false;
+    LetObserve(frame, result == 0);
 
     const std::scoped_lock lock(r.mutex);
     AddLosses(r, LostBefore(r, stamp.number), 0);
@@ -395,9 +464,27 @@ TakeResult CopyNewestFrame(std::span<std::int16_t> out, std::int64_t limitMs)
     }
 }
 
+bool ObserveFrames(FrameObserver observer, std::int32_t columns, std::int32_t rows, std::size_t observerFrames)
+{
+    std::unique_ptr<Observation> fresh;
+    bool began = true;
+    if (observer) {
+        const std::size_t values = static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
+        fresh = std::make_unique<Observation>(std::move(observer), values);
+        began = fresh->Begin(observerFrames);
+        if (!began) fresh.reset();
+    }
+    std::unique_lock lock(observationMutex);
+    std::swap(observation, fresh);
+    lock.unlock();
+    fresh.reset();  // the former one: it looks at what it has first
+    return began;
+}
+
 void ResetCapture()
 {
     StopCapture();
+    ObserveFrames({});
     run.reset();
     ringBytes = 0;
 }

@@ -7,9 +7,13 @@
 // registers. A second thread runs `consume`, where one is given. Both exist from StartCapture to StopCapture. With the
 // virtual clock there is no thread: the clock itself takes the frames each time that it moves, and then runs consume.
 //
-// StartCapture and StopCapture are the main thread's. TakeNextFrame, FramesWaiting, WaitForFrames, WaitForNextFrame,
-// WaitingFrame and DropFrames belong to the one who records: consume's thread where there is a consume, otherwise the
-// main thread. CopyNewestFrame is the main thread's. The counts may be asked for anywhere.
+// An observer may look at each frame too, whether it is recorded or not. It works on a thread of its own, from copies
+// in a ring of its own, so that a slow one loses frames for itself alone; with the virtual clock it is called as a
+// frame comes, before who records.
+//
+// StartCapture, StopCapture and ObserveFrames are the main thread's. TakeNextFrame, FramesWaiting, WaitForFrames,
+// WaitForNextFrame, WaitingFrame and DropFrames belong to the one who records: consume's thread where there is a
+// consume, otherwise the main thread. CopyNewestFrame is the main thread's. The counts may be asked for anywhere.
 #pragma once
 
 #include "grabber/frame_ring.h"
@@ -77,7 +81,21 @@ TakeResult TakeNextFrame(std::span<std::int16_t> out, CapturedFrame& taken, Fram
 // The newest frame, once each, for the live view; waits at most limitMs for one.
 TakeResult CopyNewestFrame(std::span<std::int16_t> out, std::int64_t limitMs);
 
-// As at start: nothing runs, nothing was counted, no setting.
+// A frame as an observer gets it. He calls nothing of this header.
+struct ObservedFrame {
+    FrameStamp stamp;
+    std::int64_t missed = 0;               // that came and it didn't get: unreadable, or its ring was full
+    std::span<const std::int16_t> values;  // as the board gave them; only as long as the observer looks
+};
+using FrameObserver = std::function<void(const ObservedFrame&)>;
+// From here on each frame of columns x rows that a capture takes goes to the observer, in order, through every capture
+// that begins and ends meanwhile; frames of another size don't. An empty one ends it: what still waits is observed
+// before the call returns, and nothing after it. False, and nobody observes, where memory for the ring of
+// observerFrames is refused.
+bool ObserveFrames(FrameObserver observer, std::int32_t columns = 0, std::int32_t rows = 0,
+                   std::size_t observerFrames = 64);
+
+// As at start: nothing runs, nobody observes, nothing was counted, no setting.
 void ResetCapture();
 
 }  // namespace kelvo

@@ -18,10 +18,42 @@ namespace kelvo {
 
 namespace {
 
-void ShowRecording(bool records)
+bool records = false;
+bool observes = false;
+
+void ShowUse()
 {
-    ShowRecordingInMenu(records);
-    ShowRecordingInPanel(records);
+    ShowRecordingInMenu(records || observes);
+    ShowRecordingInPanel(records || observes);
+}
+
+bool StartCaptureOf(std::size_t ringFrames, std::function<void()> consume)
+{
+    AccountCaptureBegins();
+    const bool began = StartCapture({.columns = ActiveConfig.Hroi,
+                                     .rows = ActiveConfig.Vroi,
+                                     .ringFrames = ringFrames,
+                                     .consume = std::move(consume)});
+    if (!began) AccountCaptureEnds();
+    return began;
+}
+
+void EndCapture()
+{
+    StopCapture();
+    AccountCaptureEnds();
+}
+
+// Nobody records the frames: they have been observed when they come into the ring.
+bool StartCaptureToObserve()
+{
+    constexpr std::size_t kFrames = 16;
+    return StartCaptureOf(kFrames, [] { DropFrames(FramesWaiting(), FrameFate::kRecorded); });
+}
+
+void LeaveGrab()
+{
+    if (!LiveVideo) icp_freeze(IcpModule, FrameA);
 }
 
 }  // namespace
@@ -29,31 +61,69 @@ void ShowRecording(bool records)
 bool BeginRecording(std::size_t ringFrames, std::function<void()> consume)
 {
     if (RecordingRuns()) return false;
+    if (observes) EndCapture();
     const std::size_t frames = ringFrames > 0 ? ringFrames : RingFrames(static_cast<std::int64_t>(CameraFrameValues()));
-    AccountCaptureBegins();
-    const bool began = StartCapture(
-        {.columns = ActiveConfig.Hroi, .rows = ActiveConfig.Vroi, .ringFrames = frames, .consume = std::move(consume)});
-    if (!began) {
-        AccountCaptureEnds();
+    records = StartCaptureOf(frames, std::move(consume));
+    if (!records) {
+        if (observes) StartCaptureToObserve();
         MessageBox(hWndMain, "Unable to allocate memory to store data to disk!", "Kelvo Warning");
         return false;
     }
-    ShowRecording(true);
+    ShowUse();
     return true;
 }
 
 void EndRecording()
 {
     if (!RecordingRuns()) return;
-    StopCapture();
-    AccountCaptureEnds();
-    if (!LiveVideo) icp_freeze(IcpModule, FrameA);
-    ShowRecording(false);
+    EndCapture();
+    records = false;
+    if (observes) StartCaptureToObserve();
+    if (!CaptureRuns()) LeaveGrab();
+    ShowUse();
 }
 
 bool RecordingRuns()
 {
+    return records && CaptureRuns();
+}
+
+bool BeginObserving(FrameObserver observer)
+{
+    if (observes || !observer || !ObserveFrames(std::move(observer), ActiveConfig.Hroi, ActiveConfig.Vroi))
+        return false;
+    observes = records || StartCaptureToObserve();
+    if (!observes) ObserveFrames({});
+    ShowUse();
+    return observes;
+}
+
+void EndObserving()
+{
+    if (!observes) return;
+    observes = false;
+    if (!records && CaptureRuns()) {
+        EndCapture();
+        LeaveGrab();
+    }
+    ObserveFrames({});
+    ShowUse();
+}
+
+bool ObservingRuns()
+{
+    return observes;
+}
+
+bool CaptureIsUsed()
+{
     return CaptureRuns();
+}
+
+void ResetRecording()
+{
+    ResetCapture();
+    records = observes = false;
 }
 
 }  // namespace kelvo

@@ -1,7 +1,11 @@
 // A recording, whoever makes it: a burst, a continuous save, the recorder. While one runs every frame is captured
 // (grabber/capture.h), the frame account is the capture's, the grab isn't restarted, and commands that need the board
 // are grey.
+//
+// Who only observes needs the capture too: where nothing records it runs for him alone.
 #pragma once
+
+#include "grabber/capture.h"
 
 #include <cstddef>
 #include <functional>
@@ -15,6 +19,20 @@ bool BeginRecording(std::size_t ringFrames = 0, std::function<void()> consume = 
 // Ends it. Where the picture was frozen meanwhile, the grab ends now.
 void EndRecording();
 bool RecordingRuns();
+
+// Live video runs, and frames of the camera's size are shown to the observer (ObserveFrames) until EndObserving,
+// whether something records or not. Where nothing does a capture runs for him; a recording that begins takes its place,
+// and has one of its own again when it ends: the frames between the two, if any, show in their numbers. False, and
+// nothing changes, where somebody observes already, memory is refused or the board isn't open; nothing is told.
+bool BeginObserving(FrameObserver observer);
+// What still waits is observed before it returns.
+void EndObserving();
+bool ObservingRuns();
+// A recording or an observer has the capture, and with it the board: the grab isn't restarted, and commands that need
+// the board are grey.
+bool CaptureIsUsed();
+// As at start.
+void ResetRecording();
 
 // One that lives as long as its block.
 class Recording {

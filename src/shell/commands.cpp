@@ -159,7 +159,8 @@ constexpr Command kCommands[] = {
 // A key of a grey item.
 CommandEnd NotWhileRecording()
 {
-    MessageBox(hWndMain, Format("%s.", std::string(kRecordingTip).c_str()), kMessageCaption, BoxIcon::kInformation);
+    const std::string_view why = RecordingRuns() ? kRecordingTip : std::string_view("Not while live video is traced");
+    MessageBox(hWndMain, std::string(why) + '.', kMessageCaption, BoxIcon::kInformation);
     return CommandEnd::kResetStatus;
 }
 
@@ -220,7 +221,7 @@ LRESULT ResultOf(CommandEnd end)
 
 LRESULT RunCommand(HWND window, int id)
 {
-    if (RecordingRuns() && NeedsBoard(id)) return ResultOf(NotWhileRecording());
+    if (CaptureIsUsed() && NeedsBoard(id)) return ResultOf(NotWhileRecording());
     const auto* const command = std::ranges::find(kCommands, id, &Command::id);
     if (command != std::end(kCommands)) return ResultOf(command->run());
     const CommandRange* const range = CommandRangeOf(id);

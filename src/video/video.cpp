@@ -171,7 +171,7 @@ void KeepLiveFrame()
 // While something records the grab goes on by itself: live and frozen are matters of the picture alone.
 void StartGrab()
 {
-    if (RecordingRuns()) return;
+    if (CaptureIsUsed()) return;
     AccountCycleStops();
     if (icp_grab(IcpModule, FrameA) == 0) {
         AccountGrabStarted();
@@ -182,7 +182,7 @@ void StartGrab()
 
 void StopGrab()
 {
-    if (RecordingRuns()) return;
+    if (CaptureIsUsed()) return;
     AccountCycleStops();
     icp_freeze(IcpModule, FrameA);
 }

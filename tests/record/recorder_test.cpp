@@ -1,3 +1,4 @@
+#include "grabber/recording.h"
 #include "imagefile/crc32c.h"
 #include "platform/clock.h"
 #include "platform/faults.h"
@@ -342,6 +343,33 @@ TEST_F(Recorder, TheMeanOfARectangleTriggersWhereItComesIntoTheWindow)
     PutSimSource(*camera, SimSource::kHigh);
     GoToFrame(50);
     EXPECT_EQ(NumbersOf(Out("event002.seq")), FromTo(41, 43));
+}
+
+TEST_F(Recorder, WritesTheSameWhileSomebodyObserves)
+{
+    RecorderSettings settings = Settings();
+    settings.trigger = RecordTrigger::kButton;
+    settings.preTriggerFrames = 5;
+    settings.length = RecordLength::kFrames;
+    settings.frames = 10;
+    std::vector<std::int64_t> observed;
+    ASSERT_TRUE(BeginObserving([&observed](const ObservedFrame& frame) { observed.push_back(frame.stamp.number); }));
+    AdvanceVirtualClock(grabUs + 95'000 - TickUs());
+    Start(settings);
+    GoToFrame(20);
+    TriggerRecorder();
+    GoToFrame(40);
+    StopRecorder();
+    AdvanceVirtualClock(100'000);
+    EndObserving();
+    const TakenApart file = TakeApart(Out("event001.seq"), kPixels);
+    EXPECT_EQ(NumbersOf(Out("event001.seq")), FromTo(16, 30)) << "as without him";
+    ASSERT_EQ(file.frames.size(), 15U);
+    for (std::int64_t number = 16; number <= 30; ++number) {
+        EXPECT_EQ(file.frames[static_cast<std::size_t>(number - 16)], Expected(number - 1, grabUs + number * 10'000));
+    }
+    EXPECT_EQ(CurrentRecorderStatus().verdict, "15 frames, none lost, 0.1 s");
+    EXPECT_EQ(observed, FromTo(1, 50)) << "before, within and behind the recording";
 }
 
 TEST_F(Recorder, ARectangleOutsideThePictureIsRefused)

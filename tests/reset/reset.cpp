@@ -21,12 +21,12 @@
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "grabber/board.h"
-#include "grabber/capture.h"
 #include "grabber/copm2.h"
 #include "grabber/correction.h"
 #include "grabber/frame_account.h"
 #include "grabber/frame_read.h"
 #include "grabber/host_frames.h"
+#include "grabber/recording.h"
 #include "head/advanced_dialog.h"
 #include "head/camera_head.h"
 #include "head/comm_link.h"
@@ -155,7 +155,7 @@ constexpr void (*kModules[])() = {
     ResetRecorderWindow,
     ResetRecorderRun,
     ResetRecorder,
-    ResetCapture,
+    ResetRecording,
     ResetFrameRead,
     ResetFrameAccount,
     ResetHostFrames,
