@@ -138,43 +138,11 @@ void AddFrameLabels(PlotPicture& picture, const FrameColumns& columns, const Fra
 
 // ---- The data
 
-// Frames that share a column of pixels show as that column from their lowest to their highest count.
-class Trace {
-  public:
-    explicit Trace(std::vector<Point>& points) : points_(points) {}
-    void Add(const Point& at)
-    {
-        if (points_.empty() || at.x != last_.x) {
-            End();
-            Put(at);
-            lowest_ = highest_ = at;
-        }
-        lowest_.y = std::min(lowest_.y, at.y);
-        highest_.y = std::max(highest_.y, at.y);
-        last_ = at;
-    }
-    void End()
-    {
-        if (points_.empty()) return;
-        for (const Point& at : {lowest_, highest_, last_}) Put(at);
-    }
-
-  private:
-    void Put(const Point& at)
-    {
-        if (points_.empty() || !(points_.back() == at)) points_.push_back(at);
-    }
-    std::vector<Point>& points_;
-    Point lowest_;  // of the last column
-    Point highest_;
-    Point last_;
-};
-
 void AddTrace(PlotPicture& picture, const FrameColumns& columns, const FrameGraphPlot& plot, const ValueAxis& axis)
 {
     const Rect& box = picture.box;
     const float scale = static_cast<float>(box.Height()) / static_cast<float>(axis.step * axis.levels);
-    Trace trace(picture.trace);
+    PlotTrace trace(picture);
     for (std::size_t i = 0; i < plot.counts.size(); ++i) {
         const int y = box.bottom - PlotPosition(plot.counts[i] - axis.low, scale);
         trace.Add({columns.At(static_cast<std::int64_t>(i)), std::clamp(y, box.top, box.bottom)});

@@ -4,6 +4,8 @@
 #include "platform/window.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <span>
 
 namespace kelvo {
 
@@ -66,7 +68,13 @@ void PaintPlot(HWND control, const PlotPicture& picture)
         const Rect seen = And(bar, picture.clip);
         if (!seen.Empty()) FillSurface(control, seen, kRed);
     }
-    DrawPolyline(control, picture.trace, picture.clip, kRed);
+    std::size_t first = 0;
+    const auto paintTo = [&](std::size_t end) {
+        DrawPolyline(control, std::span(picture.trace).subspan(first, end - first), picture.clip, kRed);
+        first = end;
+    };
+    for (const std::size_t at : picture.breaks) paintTo(at);
+    paintTo(picture.trace.size());
     for (const PlotLabel& label : picture.labels) {
         DrawTextLine(control, label.at.x, label.at.y, label.text, label.align, kBlack, kWhite);
     }

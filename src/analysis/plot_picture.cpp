@@ -57,6 +57,37 @@ void AddColumnGrid(PlotPicture& picture, int x, int gap, PlotPen pen)
     if (box.top + gap < box.bottom) picture.lines.push_back({{x, box.top + gap}, {x, box.bottom}, pen});
 }
 
+void PlotTrace::Add(const Point& at)
+{
+    if (picture_.trace.size() == first_ || at.x != last_.x) {
+        End();
+        Put(at);
+        lowest_ = highest_ = at;
+    }
+    lowest_.y = std::min(lowest_.y, at.y);
+    highest_.y = std::max(highest_.y, at.y);
+    last_ = at;
+}
+
+void PlotTrace::Break()
+{
+    End();
+    if (picture_.trace.size() == first_) return;
+    first_ = picture_.trace.size();
+    picture_.breaks.push_back(first_);
+}
+
+void PlotTrace::End()
+{
+    if (picture_.trace.size() == first_) return;
+    for (const Point& at : {lowest_, highest_, last_}) Put(at);
+}
+
+void PlotTrace::Put(const Point& at)
+{
+    if (picture_.trace.size() == first_ || !(picture_.trace.back() == at)) picture_.trace.push_back(at);
+}
+
 std::int64_t StepFor(std::int64_t n, std::span<const PlotStep> steps, std::int64_t last)
 {
     const auto found = std::ranges::find_if(steps, [n](const PlotStep& step) { return n < step.below; });

@@ -7,6 +7,7 @@
 #include "platform/paint.h"
 #include "platform/types.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -36,8 +37,9 @@ struct PlotPicture {
     Rect box;
     std::vector<PlotLine> lines;
     std::vector<PlotLabel> labels;
-    std::vector<Rect> bars;    // filled red, as far as they lie inside clip; right and bottom exclusive
-    std::vector<Point> trace;  // a red line from point to point, clipped likewise
+    std::vector<Rect> bars;           // filled red, as far as they lie inside clip; right and bottom exclusive
+    std::vector<Point> trace;         // a red line from point to point, clipped likewise
+    std::vector<std::size_t> breaks;  // points of the trace that aren't joined to the one before
     Rect clip;
 };
 
@@ -57,6 +59,24 @@ enum class PlotTick { kShort, kLong };
 void AddColumnTick(PlotPicture& picture, int x, PlotTick tick);
 // A line up the box at column x, from gap pixels below its top to its bottom.
 void AddColumnGrid(PlotPicture& picture, int x, int gap, PlotPen pen = PlotPen::kGrayDotted);
+
+// Puts a line that goes rightward into a picture's trace. Points that share a column of pixels show as that column from
+// their highest to their lowest place; of however many points the trace has no more than four a column.
+class PlotTrace {
+  public:
+    explicit PlotTrace(PlotPicture& picture) : picture_(picture) {}
+    void Add(const Point& at);
+    void Break();  // the next point isn't joined to the last one
+    void End();    // to be called behind the last one
+
+  private:
+    void Put(const Point& at);
+    PlotPicture& picture_;
+    std::size_t first_ = 0;  // of the piece, in the trace
+    Point lowest_;           // of the last column
+    Point highest_;
+    Point last_;
+};
 
 // The first step whose bound lies above n; otherwise last.
 struct PlotStep {

@@ -508,11 +508,9 @@ std::string WhyNotWithThisCamera(const RecorderSettings& settings)
 
 std::unique_ptr<Run> NewRun(const RecorderSettings& settings, std::string& why)
 {
-    std::optional<RectangleMean> mean;
-    if (settings.trigger == RecordTrigger::kMean) {
-        mean = RectangleMean::Make(settings);
-        if (!mean) why = "The rectangle of the mean lies outside the picture.";
-    }
+    std::optional<TriggerMean> mean;
+    const bool byMean = settings.trigger == RecordTrigger::kMean || settings.trigger == RecordTrigger::kRegion;
+    if (byMean) mean = TriggerMean::Make(settings, why);
     std::optional<RunFiles> files = PrepareRunFiles(settings);
     if (!files) why = "Unable to allocate memory to store data to disk!";
     if (!files || !why.empty()) return nullptr;

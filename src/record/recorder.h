@@ -57,7 +57,7 @@ struct RecorderStatus {
     std::int64_t lostByRing = 0;
     std::int64_t bytes = 0;              // written
     std::int64_t preTriggerWaiting = 0;  // frames kept before the trigger
-    std::optional<double> mean;          // of the rectangle in the newest frame, with kMean
+    std::optional<double> mean;          // of the rectangle or region in the newest frame
     CaptureCounts counts;                // of the whole run
     std::size_t ringFrames = 0;          // for which the ring has place
     double ringSeconds = 0;              // the same at the present rate
@@ -70,8 +70,9 @@ struct RecorderStatus {
 
 // Live video begins where it doesn't run. False, and nothing runs, with why: a setting is out of range ("A recording of
 // n frames needs at least one."), a pre-trigger is longer than the ring ("The ring holds at most 5.2 s (520 frames)
-// before the trigger."), no file can be made in the directory, no camera is on, a recording runs. Where memory is
-// refused, or there is no camera, a box has told it too.
+// before the trigger."), the rectangle or region of the trigger isn't in the picture ("There is no region R1."), no
+// file can be made in the directory, no camera is on, a recording runs. Where memory is refused, or there is no camera,
+// a box has told it too.
 bool StartRecorder(const RecorderSettings& settings, std::string& why);
 // Ends it: what is in the ring belongs to it. Nothing happens where none runs. To be called before the camera goes off
 // and before the program ends.

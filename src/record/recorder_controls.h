@@ -50,6 +50,9 @@ constexpr int kRecBottomRow = 21047;
 constexpr int kRecMeanLow = 21048;
 constexpr int kRecMeanHigh = 21049;
 constexpr int kRecMeanNow = 21050;
+constexpr int kRecRegion = 21051;      // the names of the view's regions
+constexpr int kRecRegionPass = 21052;  // in the order of RegionPass
+constexpr int kRecRegionLevel = 21053;
 
 // Before.
 constexpr int kRecRingSize = 21060;  // MB; 0: by the memory that is available

@@ -3,6 +3,7 @@
 #include "platform/dialog.h"
 #include "platform/text.h"
 #include "record/recorder_controls.h"
+#include "regions/region_list.h"
 
 #include <algorithm>
 #include <charconv>
@@ -76,10 +77,14 @@ constexpr NumberField kMeans[] = {
     {kRecMeanHigh, &RecorderSettings::meanHigh, -kCountLimit, kCountLimit, "Mean to"},
 };
 
+constexpr NumberField kLevelField = {kRecRegionLevel, &RecorderSettings::regionLevel, -kCountLimit, kCountLimit,
+                                     "Value"};
+
 constexpr int kPreInFrames = 1;
 
 constexpr int kWithTrigger[] = {kRecPre, kRecPreUnit, kRecEvents};
 constexpr int kWithMean[] = {kRecLeftColumn, kRecTopRow, kRecRightColumn, kRecBottomRow, kRecMeanLow, kRecMeanHigh};
+constexpr int kWithRegion[] = {kRecRegion, kRecRegionPass, kRecRegionLevel};
 constexpr int kAlways[] = {kRecDirectory, kRecBrowse,         kRecName,         kRecSample,   kRecComment,
                            kRecPixels,    kRecSplitGigabytes, kRecSplitMinutes, kRecSync,     kRecLengthUnit,
                            kRecInterval,  kRecStartTime,      kRecTriggerKind,  kRecRingSize, kRecMeasure};
@@ -166,6 +171,12 @@ void ReadTrigger(FormReader& reader, HWND dialog, RecorderSettings& settings)
         settings.preTriggerFrames = 0;
     }
     reader.Read(kEventsField);
+    if (settings.trigger == RecordTrigger::kRegion) {
+        const int chosen = ListSelection(dialog, kRecRegion);
+        settings.region = chosen < 0 ? std::string() : ListItemText(dialog, kRecRegion, chosen);
+        settings.regionPass = PickedIn<RegionPass>(dialog, kRecRegionPass);
+        reader.Read(kLevelField);
+    }
     if (settings.trigger != RecordTrigger::kMean) return;
     for (const PlaceField& field : kPlaces) reader.Read(field);
     for (const NumberField& field : kMeans) reader.Read(field);
@@ -198,6 +209,20 @@ void ShowRecorderSettings(HWND dialog, const RecorderSettings& settings)
     ShowCount(dialog, kRecEvents, settings.events);
     for (const PlaceField& field : kPlaces) ShowCount(dialog, field.control, settings.*field.value);
     for (const NumberField& field : kMeans) ShowNumber(dialog, field.control, settings.*field.value);
+    ListRecorderRegions(dialog, settings.region);
+    ListSelect(dialog, kRecRegionPass, static_cast<int>(settings.regionPass));
+    ShowNumber(dialog, kRecRegionLevel, settings.regionLevel);
+}
+
+void ListRecorderRegions(HWND dialog, std::string_view chosen)
+{
+    ListClear(dialog, kRecRegion);
+    for (const Region& region : Regions) {
+        const int item = ListAdd(dialog, kRecRegion, region.name);
+        if (region.name == chosen) ListSelect(dialog, kRecRegion, item);
+    }
+    const bool isMissing = !chosen.empty() && FindRegion(chosen) == nullptr;
+    if (isMissing) ListSelect(dialog, kRecRegion, ListAdd(dialog, kRecRegion, chosen));
 }
 
 std::optional<FieldRefusal> ReadRecorderForm(HWND dialog, RecorderSettings& settings)
@@ -240,6 +265,7 @@ void EnableRecorderFields(HWND dialog, bool canChange)
     for (const int id : kAlways) EnableDlgItem(dialog, id, canChange);
     for (const int id : kWithTrigger) EnableDlgItem(dialog, id, triggered);
     for (const int id : kWithMean) EnableDlgItem(dialog, id, byMean);
+    for (const int id : kWithRegion) EnableDlgItem(dialog, id, canChange && trigger == RecordTrigger::kRegion);
     EnableDlgItem(dialog, kRecLength, canChange && length != RecordLength::kUntilStopped);
 }
 

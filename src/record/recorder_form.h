@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace kelvo {
 
@@ -22,6 +23,9 @@ std::optional<FieldRefusal> ReadRecorderForm(HWND dialog, RecorderSettings& sett
 // After a choice in the lists of lengths or of pre-triggers: the number beside it is that of settings in the new unit.
 void ShowLengthOf(HWND dialog, const RecorderSettings& settings);
 void ShowPreTriggerOf(HWND dialog, const RecorderSettings& settings);
+
+// Fills the list of regions with the view's and chooses that one; a chosen one that isn't there any more is listed too.
+void ListRecorderRegions(HWND dialog, std::string_view chosen);
 
 // Greys what the choices make meaningless; with canChange false, everything.
 void EnableRecorderFields(HWND dialog, bool canChange);

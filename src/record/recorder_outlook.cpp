@@ -6,6 +6,8 @@
 #include "platform/files.h"
 #include "platform/text.h"
 #include "record/recorder.h"
+#include "regions/region_list.h"
+#include "regions/region_measure.h"
 #include "state/head_state.h"
 
 #include <algorithm>
@@ -112,24 +114,25 @@ std::string RoomText(std::optional<double> seconds)
     return Format(minutes < kMinutesWithAFraction ? "%.1f min" : "%.0f min", minutes);
 }
 
-std::optional<double> RectangleMeanOf(std::span<const std::int16_t> picture, std::int32_t columns,
-                                      const RecorderSettings& settings)
+std::optional<double> TriggerMeanOf(std::span<const std::int16_t> picture, std::int32_t columns,
+                                    const RecorderSettings& settings)
 {
-    const bool inside = settings.meanLeft >= 0 && settings.meanTop >= 0 && settings.meanLeft <= settings.meanRight &&
-                        settings.meanTop <= settings.meanBottom && settings.meanRight < columns;
-    const std::int64_t rows = columns > 0 ? std::ssize(picture) / columns : 0;
-    if (!inside || settings.meanBottom >= rows) return std::nullopt;
-    std::int64_t sum = 0;
-    std::int64_t count = 0;
-    for (std::int64_t row = settings.meanTop; row <= settings.meanBottom; ++row) {
-        for (const std::int16_t value :
-             picture.subspan(static_cast<std::size_t>(row * columns + settings.meanLeft),
-                             static_cast<std::size_t>(settings.meanRight - settings.meanLeft + 1))) {
-            sum += value;
-            ++count;
-        }
+    const std::int32_t rows = columns > 0 ? static_cast<std::int32_t>(std::ssize(picture) / columns) : 0;
+    Region measured;
+    if (settings.trigger == RecordTrigger::kRegion) {
+        const Region* const region = FindRegion(settings.region);
+        if (!region) return std::nullopt;
+        measured = *region;
+    } else {
+        const bool inside = settings.meanLeft >= 0 && settings.meanTop >= 0 &&
+                            settings.meanLeft <= settings.meanRight && settings.meanTop <= settings.meanBottom &&
+                            settings.meanRight < columns;
+        if (!inside || settings.meanBottom >= rows) return std::nullopt;
+        measured.place = {settings.meanLeft, settings.meanTop, settings.meanRight, settings.meanBottom};
     }
-    return static_cast<double>(sum) / static_cast<double>(count);
+    const std::vector<PixelRun> runs = PixelsOf(measured.shape, measured.place, columns, rows);
+    const RegionFigures figures = MeasureRegion(picture, columns, rows, runs, {});
+    return figures.pixels > 0 ? std::optional(figures.mean) : std::nullopt;
 }
 
 }  // namespace kelvo

@@ -33,8 +33,8 @@ std::string RateText(std::optional<double> bytesPerSecond);
 // "850 min", "12.3 min", "42 s", "-" for nothing.
 std::string RoomText(std::optional<double> seconds);
 
-// The mean of the settings' rectangle in a picture of that many columns; nullopt where the rectangle isn't in it.
-std::optional<double> RectangleMeanOf(std::span<const std::int16_t> picture, std::int32_t columns,
-                                      const RecorderSettings& settings);
+// The mean of the settings' rectangle or region in a picture of that many columns; nullopt where it isn't in it.
+std::optional<double> TriggerMeanOf(std::span<const std::int16_t> picture, std::int32_t columns,
+                                    const RecorderSettings& settings);
 
 }  // namespace kelvo

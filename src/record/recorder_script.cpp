@@ -17,7 +17,8 @@ namespace kelvo {
 namespace {
 
 constexpr std::string_view kPixels[] = {"raw", "corrected", "both"};
-constexpr std::string_view kTriggers[] = {"none", "button", "input", "mean", "signal"};
+constexpr std::string_view kTriggers[] = {"none", "button", "input", "mean", "signal", "region"};
+constexpr std::string_view kPasses[] = {"rising", "falling"};
 constexpr std::string_view kStates[] = {"idle", "waiting", "armed", "recording"};
 constexpr std::string_view kEnds[] = {"",       "stopped", "complete", "disk full", "write failed", "file deleted",
                                       "no file"};
@@ -131,6 +132,9 @@ constexpr TableField kFields[] = {
     {"events", TakeMember<&RecorderSettings::events>},
     {"rectangle", TakeRectangle},
     {"window", TakeWindow},
+    {"region", TakeMember<&RecorderSettings::region>},
+    {"level", TakeMember<&RecorderSettings::regionLevel>},
+    {"pass", [](const ScriptValue& v, RecorderSettings& s) { return TakeChoice(v, kPasses, s.regionPass); }},
 };
 
 std::string_view NameOfState(RecorderState state)

@@ -54,7 +54,7 @@ constexpr double kCountLimit = 32768;
 constexpr TextKey kTexts[] = {
     {"Directory", &RecorderSettings::directory}, {"NamePattern", &RecorderSettings::namePattern},
     {"StartTime", &RecorderSettings::startTime}, {"SampleName", &RecorderSettings::sampleName},
-    {"Comment", &RecorderSettings::comment},
+    {"Comment", &RecorderSettings::comment},     {"Region", &RecorderSettings::region},
 };
 constexpr NumberKey kNumbers[] = {
     {"Seconds", &RecorderSettings::seconds, 0.001, kLongest},
@@ -62,6 +62,7 @@ constexpr NumberKey kNumbers[] = {
     {"PreTriggerSeconds", &RecorderSettings::preTriggerSeconds, 0, kLongest},
     {"MeanLow", &RecorderSettings::meanLow, -kCountLimit, kCountLimit},
     {"MeanHigh", &RecorderSettings::meanHigh, -kCountLimit, kCountLimit},
+    {"RegionLevel", &RecorderSettings::regionLevel, -kCountLimit, kCountLimit},
     {"SplitGigabytes", &RecorderSettings::splitGigabytes, 0, 1e6},
     {"SplitMinutes", &RecorderSettings::splitMinutes, 0, 1e6},
     {"SyncSeconds", &RecorderSettings::syncSeconds, 0.1, 60},
@@ -80,6 +81,7 @@ constexpr PlaceKey kPlaces[] = {
 constexpr const char* kPixelsKey = "Pixels";
 constexpr const char* kLengthKey = "Length";
 constexpr const char* kTriggerKey = "Trigger";
+constexpr const char* kRegionPassKey = "RegionPass";
 constexpr const char* kRingKey = "RingMegabytes";
 constexpr std::int64_t kMegabyte = std::int64_t{1} << 20;
 
@@ -133,6 +135,7 @@ void ForEachKey(const RecorderSettings& settings, Visit visit)
     visit(kPixelsKey, TextOf(static_cast<std::int32_t>(settings.pixels)));
     visit(kLengthKey, TextOf(static_cast<std::int32_t>(settings.length)));
     visit(kTriggerKey, TextOf(static_cast<std::int32_t>(settings.trigger)));
+    visit(kRegionPassKey, TextOf(static_cast<std::int32_t>(settings.regionPass)));
     for (const NumberKey& each : kNumbers) visit(each.key, TextOf(settings.*each.value));
     for (const CountKey& each : kCounts) visit(each.key, TextOf(settings.*each.value));
     for (const PlaceKey& each : kPlaces) visit(each.key, TextOf(settings.*each.value));
@@ -243,7 +246,8 @@ RecorderSettings ReadRecorderSettings()
     for (const TextKey& each : kTexts) settings.*each.value = StoredText(each.key, settings.*each.value);
     ReadChoice(kPixelsKey, RecordPixels::kBoth, settings.pixels);
     ReadChoice(kLengthKey, RecordLength::kSeconds, settings.length);
-    ReadChoice(kTriggerKey, RecordTrigger::kSignal, settings.trigger);
+    ReadChoice(kTriggerKey, RecordTrigger::kRegion, settings.trigger);
+    ReadChoice(kRegionPassKey, RegionPass::kFalling, settings.regionPass);
     for (const NumberKey& each : kNumbers) ReadNumber(each.key, each.least, each.most, settings.*each.value);
     for (const CountKey& each : kCounts) ReadNumber(each.key, each.least, each.most, settings.*each.value);
     for (const PlaceKey& each : kPlaces) ReadNumber(each.key, 0, each.most, settings.*each.value);

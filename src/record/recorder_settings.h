@@ -20,7 +20,9 @@ enum class RecordTrigger : std::int32_t {
     kBoardInput,  // a pulse at the board's trigger input
     kMean,        // the mean of a rectangle comes to lie in a window
     kSignal,      // SignalRecorder: the external signal
+    kRegion,      // the mean of a region of the view passes a value
 };
+enum class RegionPass : std::int32_t { kRising, kFalling };
 
 // A run has events, one file each. An event begins with its trigger frame, or without a trigger with the next frame;
 // its length counts from that frame on (with a trigger this is the post-trigger).
@@ -42,6 +44,9 @@ struct RecorderSettings {
     std::int32_t meanBottom = 0;                        //
     double meanLow = 0;                                 // the window in counts as the live picture has them, inclusive
     double meanHigh = 0;                                //
+    std::string region;                                 // its name (regions/region_list.h), with kRegion
+    double regionLevel = 0;                             // the value in counts as the live picture has them
+    RegionPass regionPass = RegionPass::kRising;        //
     std::int64_t events = 1;                            // with a trigger it is armed again so often; 0: until stopped
     double splitGigabytes = 0;                          // a new file before one grows beyond 10^9 bytes x this; 0: none
     double splitMinutes = 0;                            // or longer than this; 0: none

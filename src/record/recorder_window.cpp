@@ -13,6 +13,7 @@
 #include "record/recorder_form.h"
 #include "record/recorder_outlook.h"
 #include "record/recorder_run.h"
+#include "regions/region_list.h"
 #include "resources/help_contexts.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"
@@ -50,6 +51,7 @@ struct Shown {
     std::optional<double> writesBytesPerSecond{};
     RecorderState state = RecorderState::kIdle;
     bool canChange = true;
+    std::uint32_t regionsVersion = 0;
 };
 Shown shown;
 std::optional<DirectoryForSaving> firstDirectory;  // where the operator's files lie, until a recording keeps it
@@ -115,8 +117,9 @@ void ShowMean(HWND dialog, const RecorderStatus& status)
 {
     std::optional<double> mean = status.state == RecorderState::kArmed ? status.mean : std::nullopt;
     const bool live = CameraOn && LiveVideo && !ViewingFile;
-    const bool wanted = shown.settings.trigger == RecordTrigger::kMean;
-    if (!mean && wanted && live) mean = RectangleMeanOf(LiveFrame, ActiveConfig.Hroi, shown.settings);
+    const RecordTrigger trigger = shown.settings.trigger;
+    const bool wanted = trigger == RecordTrigger::kMean || trigger == RecordTrigger::kRegion;
+    if (!mean && wanted && live) mean = TriggerMeanOf(LiveFrame, ActiveConfig.Hroi, shown.settings);
     SetDlgItemText(dialog, kRecMeanNow, mean ? Format("%.1f", *mean) : "-");
 }
 
@@ -215,6 +218,12 @@ void FollowFields(HWND dialog)
     ShowOutlook(dialog);
 }
 
+void ShowRegions(HWND dialog)
+{
+    ListRecorderRegions(dialog, shown.settings.region);
+    shown.regionsVersion = RegionsVersion;
+}
+
 void Refresh(HWND dialog)
 {
     const RecorderStatus status = CurrentRecorderStatus();
@@ -224,6 +233,7 @@ void Refresh(HWND dialog)
     const bool canChange = CanChange();
     if (std::exchange(shown.canChange, canChange) != canChange) EnableRecorderFields(dialog, canChange);
     if (canChange) ShowOutlook(dialog);
+    if (canChange && shown.regionsVersion != RegionsVersion) ShowRegions(dialog);
     const bool ended = shown.state != RecorderState::kIdle && status.state == RecorderState::kIdle;
     if (ended) Tell(dialog, status.verdict, status.exitCode != 0);
     shown.state = status.state;
@@ -329,6 +339,7 @@ void Open(HWND dialog)
     const RecorderSettings settings = shown.settings;  // filling one field has the others read
     SetDlgItemText(dialog, kRecRingSize, Format("%lld", static_cast<long long>(ReadRingMegabytes())));
     ShowRecorderSettings(dialog, settings);
+    shown.regionsVersion = RegionsVersion;
     shown.settings = shown.kept = settings;
     EnableRecorderFields(dialog, shown.canChange);
     ShowNameExample(dialog);
@@ -376,6 +387,9 @@ constexpr DialogEntry kEntries[] = {
     {kRecTopRow, FollowFields, kEditChanged},
     {kRecRightColumn, FollowFields, kEditChanged},
     {kRecBottomRow, FollowFields, kEditChanged},
+    {kRecRegion, FollowFields, kSelectionChanged},
+    {kRecRegionPass, FollowFields, kSelectionChanged},
+    {kRecRegionLevel, FollowFields, kEditChanged},
     {kRecRingSize, FollowFields, kEditChanged},
     OnTimer(kRefreshTimer, Refresh),
     OnTimer(kMeasureTimer, Measure),

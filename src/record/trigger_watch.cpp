@@ -1,70 +1,91 @@
 #include "record/trigger_watch.h"
 
-#include "grabber/board_state.h"
-#include "grabber/frame_size.h"
-#include "state/cal_state.h"
+#include "regions/region_list.h"
 #include "state/camera_config.h"
-
-#include <numeric>
-#include <utility>
 
 namespace kelvo {
 
 namespace {
 
-// The rectangle's part of the table that makes the image; empty where it lies outside.
-std::vector<std::uint32_t> TableOf(const RecorderSettings& settings)
+std::optional<Region> RectangleOf(const RecorderSettings& settings, std::string& why)
 {
     const bool ordered = settings.meanLeft <= settings.meanRight && settings.meanTop <= settings.meanBottom;
     const bool inside = settings.meanLeft >= 0 && settings.meanTop >= 0 && settings.meanRight < ActiveConfig.Hroi &&
                         settings.meanBottom < ActiveConfig.Vroi;
-    std::vector<std::uint32_t> table;
-    if (!ordered || !inside || DecomList.size() < CameraFrameValues()) return table;
-    for (std::int32_t row = settings.meanTop; row <= settings.meanBottom; ++row) {
-        const auto begin = DecomList.begin() + std::ptrdiff_t{row} * ActiveConfig.Hroi;
-        table.insert(table.end(), begin + settings.meanLeft, begin + settings.meanRight + 1);
+    if (!ordered || !inside) {
+        why = "The rectangle of the mean lies outside the picture.";
+        return std::nullopt;
     }
-    return table;
+    Region region;
+    region.place = {settings.meanLeft, settings.meanTop, settings.meanRight, settings.meanBottom};
+    return region;
+}
+
+std::optional<Region> NamedRegion(const RecorderSettings& settings, std::string& why)
+{
+    const Region* const region = FindRegion(settings.region);
+    if (region) return *region;
+    why = settings.region.empty() ? "Please choose the region that triggers."
+                                  : "There is no region " + settings.region + ".";
+    return std::nullopt;
 }
 
 }  // namespace
 
-std::optional<RectangleMean> RectangleMean::Make(const RecorderSettings& settings)
+std::optional<TriggerMean> TriggerMean::Make(const RecorderSettings& settings, std::string& why)
 {
-    const std::vector<std::uint32_t> table = TableOf(settings);
-    if (table.empty()) return std::nullopt;
-    const std::size_t width =
-        static_cast<std::size_t>(settings.meanRight) - static_cast<std::size_t>(settings.meanLeft) + 1;
-    CorrectionPlanPtr plan =
-        NewCorrectionPlan({CalType, DataOffset, table, OffsetList, GainList}, width, CameraFrameValues());
-    if (!plan) return std::nullopt;
-    return RectangleMean(std::move(plan), table.size());
+    const std::optional<Region> region =
+        settings.trigger == RecordTrigger::kRegion ? NamedRegion(settings, why) : RectangleOf(settings, why);
+    if (!region) return std::nullopt;
+    std::optional<RegionCounts> counts =
+        RegionCounts::Make(std::span(&*region, 1), ActiveConfig.Hroi, ActiveConfig.Vroi, why);
+    if (!counts) return std::nullopt;
+    if (!counts->PrepareCorrection()) {
+        why = "There is not enough memory to measure the trigger's mean.";
+        return std::nullopt;
+    }
+    return TriggerMean(std::move(*counts));
 }
 
-double RectangleMean::Of(std::span<const std::int16_t> raw)
+double TriggerMean::Of(std::span<const std::int16_t> raw)
 {
-    CorrectFrame(*plan_, raw, pixels_);
-    const auto sum = std::accumulate(pixels_.begin(), pixels_.end(), std::int64_t{0});
-    return static_cast<double>(sum) / static_cast<double>(pixels_.size());
+    counts_.FromRaw(raw);
+    return counts_.Measure(0).mean;
 }
 
-TriggerWatch::TriggerWatch(const RecorderSettings& settings, std::optional<RectangleMean> mean)
-    : kind_(settings.trigger), low_(settings.meanLow), high_(settings.meanHigh), rectangle_(std::move(mean))
+TriggerWatch::TriggerWatch(const RecorderSettings& settings, std::optional<TriggerMean> mean)
+    : kind_(settings.trigger),
+      low_(settings.meanLow),
+      high_(settings.meanHigh),
+      level_(settings.regionLevel),
+      pass_(settings.regionPass),
+      measures_(std::move(mean))
 {
 }
 
 void TriggerWatch::Arm()
 {
     mustLeave_ = std::exchange(armedBefore_, true);
+    mean_.reset();
 }
 
 bool TriggerWatch::MeanComes(const CapturedFrame& frame)
 {
-    if (!rectangle_) return false;
-    mean_ = rectangle_->Of(frame.values);
+    if (!measures_) return false;
+    mean_ = measures_->Of(frame.values);
     const bool inside = *mean_ >= low_ && *mean_ <= high_;
     mustLeave_ = mustLeave_ && inside;
     return inside && !mustLeave_;
+}
+
+bool TriggerWatch::MeanPasses(const CapturedFrame& frame)
+{
+    if (!measures_) return false;
+    const std::optional<double> before = std::exchange(mean_, measures_->Of(frame.values));
+    if (!before) return false;
+    const bool rises = *before < level_ && *mean_ >= level_;
+    const bool falls = *before > level_ && *mean_ <= level_;
+    return pass_ == RegionPass::kRising ? rises : falls;
 }
 
 bool TriggerWatch::ComesWith(const CapturedFrame& frame)
@@ -78,6 +99,8 @@ bool TriggerWatch::ComesWith(const CapturedFrame& frame)
             return frame.stamp.triggers > pulsesBefore;
         case RecordTrigger::kMean:
             return MeanComes(frame);
+        case RecordTrigger::kRegion:
+            return MeanPasses(frame);
         case RecordTrigger::kButton:
         case RecordTrigger::kSignal:
             break;

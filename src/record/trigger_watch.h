@@ -2,35 +2,38 @@
 #pragma once
 
 #include "grabber/capture.h"
-#include "grabber/correction.h"
 #include "record/recorder_settings.h"
+#include "regions/region_counts.h"
 
 #include <cstdint>
 #include <optional>
-#include <vector>
+#include <span>
+#include <string>
+#include <utility>
 
 namespace kelvo {
 
-// The mean of a rectangle of the picture, straight from a frame in readout order: only the rectangle is corrected.
-class RectangleMean {
+// The mean that a trigger goes by, straight from a frame in readout order: only its pixels are corrected.
+class TriggerMean {
   public:
-    // Of the settings' rectangle with the lists in force; nothing where it lies outside the picture or memory is
-    // refused.
-    static std::optional<RectangleMean> Make(const RecorderSettings& settings);
+    // Of the settings' rectangle or region, as they are now, with the lists in force. nullopt with a sentence in why
+    // where it lies outside the picture, there is no such region, or memory is refused.
+    static std::optional<TriggerMean> Make(const RecorderSettings& settings, std::string& why);
     double Of(std::span<const std::int16_t> raw);
 
   private:
-    RectangleMean(CorrectionPlanPtr plan, std::size_t pixels) : plan_(std::move(plan)), pixels_(pixels) {}
-    CorrectionPlanPtr plan_;
-    std::vector<std::int16_t> pixels_;
+    explicit TriggerMean(RegionCounts counts) : counts_(std::move(counts)) {}
+    RegionCounts counts_;
 };
 
 class TriggerWatch {
   public:
     TriggerWatch() = default;
-    TriggerWatch(const RecorderSettings& settings, std::optional<RectangleMean> mean);
+    TriggerWatch(const RecorderSettings& settings, std::optional<TriggerMean> mean);
 
-    // From here on a trigger counts. After the first time the mean has to leave its window before it may come back.
+    // From here on a trigger counts. After the first time the mean has to leave its window before it may come back. A
+    // region's mean passes its value between two frames that are looked at from here on: it is at the value or beyond
+    // it, and wasn't in the frame before.
     void Arm();
     // The operator, or the external signal, asks for one: the first frame completed at or after this moment.
     void AskAt(std::int64_t monotonicNs) { askedNs_ = monotonicNs; }
@@ -44,11 +47,14 @@ class TriggerWatch {
 
   private:
     bool MeanComes(const CapturedFrame& frame);
+    bool MeanPasses(const CapturedFrame& frame);
 
     RecordTrigger kind_ = RecordTrigger::kNone;
     double low_ = 0;
     double high_ = 0;
-    std::optional<RectangleMean> rectangle_;
+    double level_ = 0;
+    RegionPass pass_ = RegionPass::kRising;
+    std::optional<TriggerMean> measures_;
     std::optional<double> mean_;
     std::optional<std::int64_t> askedNs_;
     std::optional<std::int64_t> pulses_;  // at the trigger input by the frame before

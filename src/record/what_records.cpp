@@ -2,6 +2,7 @@
 
 #include "grabber/recording.h"
 #include "record/contsave_dialog.h"
+#include "record/live_trace.h"
 #include "record/recorder.h"
 #include "record/triggered_save.h"
 #include "record/triggered_save_dialog.h"
@@ -19,6 +20,7 @@ void EndWhatRecords()
     StopRecorder();
     StopContinuousSave();
     StopTriggeredSave();
+    StopLiveTrace();
 }
 
 }  // namespace kelvo

@@ -109,19 +109,19 @@ TEST(RecorderOutlook, MeansARectangleOfThePicture)
     settings.meanLeft = 1;
     settings.meanRight = 2;
     settings.meanBottom = 1;
-    EXPECT_EQ(RectangleMeanOf(picture, 3, settings), (2 + 3 + 5 - 60) / 4.0);
+    EXPECT_EQ(TriggerMeanOf(picture, 3, settings), (2 + 3 + 5 - 60) / 4.0);
     settings.meanTop = 1;
     settings.meanLeft = 0;
     settings.meanRight = 0;
-    EXPECT_EQ(RectangleMeanOf(picture, 3, settings), 4);
+    EXPECT_EQ(TriggerMeanOf(picture, 3, settings), 4);
     settings.meanBottom = 2;
-    EXPECT_EQ(RectangleMeanOf(picture, 3, settings), std::nullopt) << "below";
+    EXPECT_EQ(TriggerMeanOf(picture, 3, settings), std::nullopt) << "below";
     settings.meanBottom = 0;
-    EXPECT_EQ(RectangleMeanOf(picture, 3, settings), std::nullopt) << "upside down";
+    EXPECT_EQ(TriggerMeanOf(picture, 3, settings), std::nullopt) << "upside down";
     settings.meanTop = 0;
     settings.meanRight = 3;
-    EXPECT_EQ(RectangleMeanOf(picture, 3, settings), std::nullopt) << "beside";
-    EXPECT_EQ(RectangleMeanOf({}, 0, settings), std::nullopt);
+    EXPECT_EQ(TriggerMeanOf(picture, 3, settings), std::nullopt) << "beside";
+    EXPECT_EQ(TriggerMeanOf({}, 0, settings), std::nullopt);
 }
 
 class RecorderOutlookOf : public RecorderTest {};

@@ -6,6 +6,7 @@
 #include "record/event_files.h"
 #include "record/recorder_fixture.h"
 #include "record/trigger_watch.h"
+#include "regions/region_list.h"
 #include "state/cal_state_write.h"
 #include "state/frame_state_write.h"
 #include "support/full_disk.h"
@@ -343,6 +344,103 @@ TEST_F(Recorder, TheMeanOfARectangleTriggersWhereItComesIntoTheWindow)
     PutSimSource(*camera, SimSource::kHigh);
     GoToFrame(50);
     EXPECT_EQ(NumbersOf(Out("event002.seq")), FromTo(41, 43));
+}
+
+TEST_F(Recorder, ARegionTriggersWithTheFirstFrameWhoseMeanPassesTheValue)
+{
+    // A calibrated frame that is the same but for its lift: detectors' noise would hide which frame is the first.
+    RecorderSettings settings = Settings();
+    settings.trigger = RecordTrigger::kRegion;
+    settings.region = "spot";
+    settings.regionLevel = 100;
+    std::string why;
+    ASSERT_EQ(TriggerMean::Make(settings, why), std::nullopt);
+    EXPECT_EQ(why, "There is no region spot.");
+    Region spot;
+    spot.name = "spot";
+    spot.shape = RegionShape::kEllipse;
+    spot.place = {100, 100, 102, 102};
+    ASSERT_NE(AddRegion(spot, why), 0) << why;
+
+    std::vector<std::int16_t> values(kPixels);
+    const auto frameOf = [&values](int count) {
+        std::ranges::fill(values, static_cast<std::int16_t>(count));
+        CapturedFrame frame;
+        frame.values = values;
+        return frame;
+    };
+    // Which frames trigger, of these counts, armed once before the first.
+    const auto triggers = [&](RegionPass pass, const std::vector<int>& counts) {
+        settings.regionPass = pass;
+        TriggerWatch watch(settings, TriggerMean::Make(settings, why));
+        watch.Arm();
+        std::vector<std::size_t> came;
+        for (std::size_t i = 0; i < counts.size(); ++i) {
+            if (watch.ComesWith(frameOf(counts[i]))) came.push_back(i);
+        }
+        return came;
+    };
+    EXPECT_THAT(triggers(RegionPass::kRising, {150, 120, 99, 100, 101, 99, 300, 98, 99}), ElementsAre(3, 6));
+    EXPECT_THAT(triggers(RegionPass::kFalling, {50, 99, 100, 101, 100, 99, 300, 98}), ElementsAre(4, 7));
+
+    // Armed again it begins anew: what passed meanwhile is no trigger.
+    settings.regionPass = RegionPass::kRising;
+    TriggerWatch watch(settings, TriggerMean::Make(settings, why));
+    watch.Arm();
+    watch.ComesWith(frameOf(0));
+    EXPECT_TRUE(watch.ComesWith(frameOf(100)));
+    watch.ComesWith(frameOf(0));
+    watch.Arm();
+    EXPECT_FALSE(watch.ComesWith(frameOf(200)));
+    EXPECT_FALSE(watch.ComesWith(frameOf(201)));
+}
+
+TEST_F(Recorder, RecordsFromTheFrameInWhichARegionsMeanPasses)
+{
+    std::string why;
+    Region region;
+    region.name = "R1";
+    region.place = {30, 10, 50, 20};
+    ASSERT_NE(AddRegion(region, why), 0) << why;
+    const auto meanOf = [this](std::int64_t number) {
+        const std::vector<std::int16_t> frame = Expected(number - 1, grabUs + number * 10'000);
+        double sum = 0;
+        for (std::size_t row = 10; row <= 20; ++row) {
+            for (std::size_t column = 30; column <= 50; ++column) sum += frame[kPixels - 1 - (row * 320 + column)];
+        }
+        return sum / (11.0 * 21.0);
+    };
+    // The value lies below the highest mean of the first frames, so that one of them is the first to come above it.
+    std::vector<double> means;
+    for (std::int64_t number = 1; number <= 40; ++number) means.push_back(meanOf(number));
+    const double level = (*std::ranges::max_element(means) + *std::ranges::min_element(means)) / 2;
+    std::size_t first = 1;
+    while (means[first - 1] >= level || means[first] < level) ++first;
+    RecorderSettings settings = Settings();
+    settings.trigger = RecordTrigger::kRegion;
+    settings.region = "R1";
+    settings.regionLevel = level;
+    settings.length = RecordLength::kFrames;
+    settings.frames = 3;
+    Start(settings);
+    GoToFrame(50);
+    const auto number = static_cast<std::int64_t>(first) + 1;
+    EXPECT_EQ(NumbersOf(Out("event001.seq")), FromTo(number, number + 2));
+}
+
+TEST_F(Recorder, ARegionThatIsNotThereIsRefused)
+{
+    RecorderSettings settings = Settings();
+    settings.trigger = RecordTrigger::kRegion;
+    ExpectRefused(settings, "Please choose the region that triggers.");
+    settings.region = "R1";
+    ExpectRefused(settings, "There is no region R1.");
+    std::string why;
+    Region region;
+    region.name = "R1";
+    region.place = {400, 10, 410, 20};
+    ASSERT_NE(AddRegion(region, why), 0) << why;
+    ExpectRefused(settings, "R1 lies outside of the picture.");
 }
 
 TEST_F(Recorder, WritesTheSameWhileSomebodyObserves)

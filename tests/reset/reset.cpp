@@ -43,6 +43,7 @@
 #include "record/continuous_save.h"
 #include "record/contsave_dialog.h"
 #include "record/external_signal.h"
+#include "record/live_trace.h"
 #include "record/recorder.h"
 #include "record/recorder_run.h"
 #include "record/recorder_window.h"
@@ -158,6 +159,7 @@ constexpr void (*kModules[])() = {
     ResetRecorderWindow,
     ResetRecorderRun,
     ResetRecorder,
+    ResetLiveTrace,
     ResetRecording,
     ResetFrameRead,
     ResetFrameAccount,

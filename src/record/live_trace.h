@@ -1,0 +1,40 @@
+// Traces of live video: a point of each region for each frame that the capture takes, whether something records or not
+// (grabber/recording.h: BeginObserving). The counts are those of the live picture, corrected with the lists that are in
+// force at the start; only the regions' pixels are corrected.
+//
+//     std::string why;
+//     if (!StartLiveTrace(Regions, why)) ...   // why: a sentence for the operator
+//     LiveTrace().frames.size();               // grows from look to look
+//     StopLiveTrace();                         // what was traced stands until the next start
+//
+// With the real clock frames are measured on the observer's thread; all calls here are the main thread's and return at
+// once.
+#pragma once
+
+#include "regions/region.h"
+#include "regions/trace.h"
+
+#include <span>
+#include <string>
+
+namespace kelvo {
+
+// Live video begins where it doesn't run. False, and what was traced before stands, with why: no camera is on, live
+// traces run already, there is no region or one lies outside of the picture, memory is refused. Where there is no
+// camera a box has told it too.
+bool StartLiveTrace(std::span<const Region> regions, std::string& why);
+// What has come by now belongs to it. Nothing happens where none runs.
+void StopLiveTrace();
+bool LiveTraceRuns();
+
+// With all frames that have come by now. Ends a trace for which there is no memory any more (kMostTraceBytes, or less
+// where the machine has less); LiveTraceMessage tells it.
+const Trace& LiveTrace();
+// A sentence about an end that wasn't wished; else empty.
+const std::string& LiveTraceMessage();
+inline constexpr std::size_t kMostTraceBytes = std::size_t{1} << 29;
+
+// As at start: none runs, nothing was traced.
+void ResetLiveTrace();
+
+}  // namespace kelvo
