@@ -17,6 +17,7 @@ import sys
 import unittest
 
 import numpy as np
+import tifffile
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 import made_by_hand
@@ -29,7 +30,7 @@ NUMBERS = [4, 5, 9, 10]
 BAD = [(0, 1), (1, 2)]  # row, column
 COLD, HOT, TCOLD, THOT = 3000, 9000, 20.0, 25.0  # of made_by_hand's set
 UTC = 1_795_000_000_123_456_789  # of the first frame: 2026-11-18T11:06:40.123456789
-FORMATS = ["npy"]
+FORMATS = ["npy", "tiff"]
 
 
 def run(*arguments, environment=None, **more):
@@ -188,6 +189,27 @@ class Exported(unittest.TestCase):
         rows = list(csv.reader(line for line in (OUT / "counts.csv").read_text().splitlines() if not line.startswith("#")))
         self.assertEqual([[int(value) for value in row] for row in rows], COUNTS[2].tolist())
 
+    def test_what_the_pages_of_a_tiff_tell(self):
+        self.export("--as=corrected", "--set=warm.cal", "run.seq", "x.tif")
+        with tifffile.TiffFile(OUT / "x.tif") as file:
+            self.assertFalse(file.is_bigtiff)
+            self.assertEqual(len(file.pages), 4)
+            told = [json.loads(page.description) for page in file.pages]
+            for page in file.pages:
+                self.assertEqual((page.tags["BitsPerSample"].value, page.tags["SampleFormat"].value, page.tags["Compression"].value), (16, 2, 1))
+                self.assertEqual(page.tags["Software"].value, told[0]["program"])
+        self.assertEqual([(page["form"], page["unit"], page["scale"]) for page in told], [("corrected", "Counts", None)] * 4)
+        self.assertEqual([page["time"]["number"] for page in told], NUMBERS)
+        self.assertEqual([page["time"]["lost_by_board"] for page in told], [0, 0, 3, 0])
+        self.assertEqual(told[0]["time"]["utc"], "2026-11-18T11:06:40.123456789Z")
+        self.assertEqual((told[0]["camera"], told[0]["bad_detector_places"]), ("made by hand", [list(place) for place in BAD]))
+        printed = subprocess.run(["tiffinfo", "x.tif"], cwd=OUT, capture_output=True, text=True, check=True)
+        self.assertEqual(printed.stderr, "")
+        self.assertEqual(printed.stdout.count("Sample Format: signed integer"), 4)
+        self.export("--as=celsius", "--set=warm.cal", "run.seq", "y.tif")
+        printed = subprocess.run(["tiffinfo", "y.tif"], cwd=OUT, capture_output=True, text=True, check=True)
+        self.assertEqual(printed.stdout.count("Sample Format: IEEE floating point"), 4)
+
     # --- What can't be, and what goes wrong
 
     def test_what_is_wrong_stands_on_the_error_stream(self):
@@ -295,7 +317,12 @@ def read_npy(name):
     return np.load(OUT / name, allow_pickle=False)
 
 
-READERS = {"npy": read_npy}
+def read_tiff(name):
+    with tifffile.TiffFile(OUT / name) as file:
+        return np.array([page.asarray() for page in file.pages])
+
+
+READERS = {"npy": read_npy, "tiff": read_tiff}
 COMMA = {"LC_ALL": "de_DE.UTF-8", "LOCPATH": sys.argv[3]} if len(sys.argv) > 3 else {}
 
 if __name__ == "__main__":
