@@ -1,43 +1,53 @@
 #include "batch/batch_end.h"
 
 #include <atomic>
+#include <cstddef>
 
 namespace kelvo {
 
 namespace {
 
-// Set by a signal's handler, read by any thread.
-std::atomic<bool> interrupted = false;
-static_assert(std::atomic<bool>::is_always_lock_free);
+// The signal that came, or 0. Set by its handler, read by any thread.
+std::atomic<int> interruptedBy = 0;
+static_assert(std::atomic<int>::is_always_lock_free);
 
-void Note(int /*signal*/)
+void Note(int signal)
 {
-    interrupted = true;
+    interruptedBy = signal;
 }
 
 }  // namespace
 
 InterruptWatch::InterruptWatch()
 {
-    interrupted = false;
-    if (sigaction(SIGINT, nullptr, &former_) != 0 || former_.sa_handler == SIG_IGN) return;
-    struct sigaction watching = {};
-    watching.sa_handler = Note;
-    watching.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigemptyset(&watching.sa_mask);
-    watches_ = sigaction(SIGINT, &watching, nullptr) == 0;
+    interruptedBy = 0;
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+        struct sigaction& former = former_.at(i);
+        if (sigaction(kSignals.at(i), nullptr, &former) != 0 || former.sa_handler == SIG_IGN) continue;
+        struct sigaction watching = {};
+        watching.sa_handler = Note;
+        watching.sa_flags = static_cast<int>(SA_RESETHAND);
+        sigemptyset(&watching.sa_mask);
+        watches_.at(i) = sigaction(kSignals.at(i), &watching, nullptr) == 0;
+    }
 }
 
 InterruptWatch::~InterruptWatch()
 {
-    if (!watches_) return;
-    sigaction(SIGINT, &former_, nullptr);
-    if (interrupted.exchange(false)) std::raise(SIGINT);
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+        if (watches_.at(i)) sigaction(kSignals.at(i), &former_.at(i), nullptr);
+    }
+    if (const int signal = interruptedBy.exchange(0)) std::raise(signal);
 }
 
 bool Interrupted()
 {
-    return interrupted;
+    return interruptedBy != 0;
+}
+
+void AnswerInterrupt()
+{
+    interruptedBy = 0;
 }
 
 }  // namespace kelvo

@@ -2,6 +2,7 @@
 
 #include "batch/apply_command.h"
 #include "batch/cut_command.h"
+#include "batch/export_command.h"
 #include "batch/info_command.h"
 #include "batch/join_command.h"
 #include "batch/recover_command.h"
@@ -49,6 +50,30 @@ constexpr std::string_view kApplyDetails =
     "The progress stands on the error stream. OUT must not stand before; its journal OUT.frames comes along where\n"
     "IN has one.\n";
 
+constexpr CommandOption kExportOptions[] = {
+    {.name = "--to",
+     .value = "FORMAT",
+     .does = "tiff, fits, hdf5, npy or csv (one frame); otherwise by OUT's extension",
+     .choices = "tiff fits hdf5 npy csv"},
+    {.name = "--as",
+     .value = "FORM",
+     .does = "counts (as they are stored), corrected, volts, celsius, kelvin, fahrenheit",
+     .choices = "counts corrected volts celsius kelvin fahrenheit"},
+    {.name = "--frames", .value = "A:B", .does = kFramesDo},
+    {.name = "--set", .value = "X.cal", .does = "corrects raw frames with that set; its lists lie beside it"},
+    {.name = "--volts", .value = "LOW:HIGH", .does = "what the two ends of the file's display range are in volts"},
+    {.name = "--rectangle", .value = "L,T,R,B", .does = "columns L to R and rows T to B alone, counted from 0"},
+    {.name = "--force", .does = "OUT may stand and is replaced"},
+    {.name = "--json", .does = "tell on the standard output what was made"},
+};
+constexpr std::string_view kExportDetails =
+    "The progress stands on the error stream; Ctrl+C finishes the frame and closes the file.\n";
+constexpr ExitCode kExportExits[] = {
+    {0, "it is done"},
+    {1, "it was stopped, and OUT has the frames up to there"},
+    {2, "it couldn't be: the error stream tells why, and what stood under the name of the result stands"},
+};
+
 constexpr CommandOption kCutOptions[] = {
     {.name = "--frames", .value = "A:B", .does = kFramesDo, .needed = true},
 };
@@ -79,6 +104,13 @@ constexpr CommandWord kWords[] = {
      .options = kApplyOptions,
      .details = kApplyDetails,
      .exits = kMakesOrNot},
+    {.word = "export",
+     .run = ExportCommand,
+     .operands = "IN OUT",
+     .does = "write frames for other programs",
+     .options = kExportOptions,
+     .details = kExportDetails,
+     .exits = kExportExits},
     {.word = "cut",
      .run = CutCommand,
      .operands = "IN OUT",

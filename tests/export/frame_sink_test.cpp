@@ -1,0 +1,137 @@
+#include "export/export_formats.h"
+#include "export/export_job.h"
+#include "export/export_source.h"
+#include "export/tiff_writer.h"
+#include "platform/faults.h"
+#include "platform/files.h"
+#include "support/temp_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+namespace {
+
+// Three frames of 2 x 3 counts that count up.
+std::string Recording()
+{
+    ImageHeaderRecord header;
+    header.ByteSwap = 0xFFFF;
+    header.ImageWidth = 3;
+    header.ImageHeight = 2;
+    header.SampleBytes = 2;
+    header.HeaderVersion = 8;
+    header.FrameCount = 3;
+    header.IntensityCold = kUncalibratedIntensity;
+    std::vector<std::int16_t> counts(18);
+    for (std::size_t i = 0; i < counts.size(); ++i) counts[i] = static_cast<std::int16_t>(i);
+    std::string bytes(sizeof header + counts.size() * 2, '\0');
+    std::memcpy(bytes.data(), &header, sizeof header);
+    std::memcpy(bytes.data() + sizeof header, counts.data(), counts.size() * 2);
+    return bytes;
+}
+
+class FrameSinkTest : public testing::TestWithParam<ExportFormatNames> {
+  protected:
+    void SetUp() override { ASSERT_TRUE(ReplaceFile(In(), Recording())); }
+    void TearDown() override { ClearFaults(); }
+
+    std::string In() const { return directory_.Path() + "/in.seq"; }
+    std::string Out() const { return directory_.Path() + "/out" + std::string(GetParam().extension); }
+
+    ExportOutcome Export(std::int64_t stopAfter = 99)
+    {
+        std::string why;
+        ExportRequest request;
+        request.path = In();
+        if (GetParam().format == ExportFormat::kCsv) request.end = 1;
+        std::optional<ExportSource> source = ExportSource::Open(request, why);
+        if (!source) {
+            ADD_FAILURE() << why;
+            return {};
+        }
+        const auto sink = MakeFrameSink(GetParam().format, Out(), true);
+        return RunExport(*source, *sink, [stopAfter](std::int64_t done, std::int64_t) { return done < stopAfter; });
+    }
+
+    std::vector<std::string> Names() const
+    {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(directory_.Path())) {
+            names.push_back(entry.path().filename());
+        }
+        return names;
+    }
+
+    TempDirectory directory_;
+};
+
+class TiffWriterTest : public testing::Test {
+  protected:
+    TempDirectory directory_;
+};
+
+TEST_P(FrameSinkTest, AFaultAtAnyStepLeavesWhatStood)
+{
+    ASSERT_TRUE(ReplaceFile(Out(), "mine"));
+    int faults = 0;
+    for (int step = 1; step < 200; ++step) {
+        SetFaultOnce("disk", step);
+        const ExportOutcome outcome = Export();
+        const bool hasCome = QuestionsUntilFault("disk") == 0;
+        ClearFaults();
+        if (!hasCome) {
+            EXPECT_EQ(outcome.failure, "");
+            break;
+        }
+        if (outcome.failure.empty()) continue;  // of what only tidies up
+        ++faults;
+        EXPECT_THAT(outcome.failure, testing::HasSubstr("can't be written: ")) << step;
+        EXPECT_EQ(outcome.frames, 0);
+        EXPECT_EQ(ReadWholeFile(Out(), 100), "mine") << step;
+    }
+    EXPECT_GT(faults, 2);
+    EXPECT_NE(ReadWholeFile(Out(), 1 << 20), "mine");
+}
+
+TEST_P(FrameSinkTest, StoppedBeforeTheFirstFrameMakesNoFile)
+{
+    const ExportOutcome outcome = Export(0);
+    EXPECT_TRUE(outcome.stopped);
+    EXPECT_EQ(outcome.failure, "");
+    EXPECT_THAT(Names(), testing::ElementsAre("in.seq"));
+}
+
+// 43 where offsets have 64 bits, 42 where they have 32; tiffinfo finds three pages in both.
+TEST_F(TiffWriterTest, IsBigTiffWhereTheSizeNeedsIt)
+{
+    const std::string out = directory_ / "out.tif";
+    const std::int64_t needed = 3 * (12 + 4096) + 4;
+    for (const auto& [threshold, version] : {std::pair(needed, 42), std::pair(needed - 1, 43)}) {
+        std::string why;
+        ExportRequest request;
+        request.path = directory_ / "in.seq";
+        ASSERT_TRUE(ReplaceFile(request.path, Recording()));
+        std::optional<ExportSource> source = ExportSource::Open(request, why);
+        ASSERT_TRUE(source) << why;
+        TiffWriter sink(out, true, threshold);
+        EXPECT_EQ(RunExport(*source, sink, {}).frames, 3);
+        EXPECT_EQ(ReadWholeFile(out, 1 << 20).value_or("II..").at(2), version);
+        const std::string listed = directory_ / "pages";
+        EXPECT_EQ(std::system(("tiffinfo " + out + " | grep -c 'Image Width: 3 Image Length: 2' >" + listed).c_str()),
+                  0);
+        EXPECT_EQ(ReadWholeFile(listed, 10), "3\n");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, FrameSinkTest, testing::ValuesIn(ExportFormats()),
+                         [](const auto& format) { return std::string(format.param.word); });
+
+}  // namespace
+}  // namespace kelvo
