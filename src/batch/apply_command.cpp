@@ -4,7 +4,7 @@
 #include "batch/cut_command.h"
 #include "batch/new_sequence.h"
 #include "calib/apply_calibration.h"
-#include "calib/set_reader.h"
+#include "calib/set_correction.h"
 #include "calib/stored_correction.h"
 #include "imagefile/crc32c.h"
 #include "imagefile/frames_file.h"
@@ -107,39 +107,6 @@ std::optional<Source> OpenSource(const ApplyRequest& request, std::string& why)
     if (!failure) return source;
     why = request.in + ' ' + *failure;
     return std::nullopt;
-}
-
-// --- The set --------------------------------------------------------------------------------------------------------
-
-template <typename Entry>
-Failure WhyNotRead(const SetList<Entry>& list)
-{
-    if (list.read == ListRead::kComplete) return std::nullopt;
-    const char* const reason = list.read == ListRead::kNotRead ? " doesn't fit the frames" : " can't be read";
-    return list.path + reason;
-}
-
-std::optional<StoredCorrection> CorrectionOf(const ApplyRequest& request, const Source& source, std::string& why)
-{
-    if (!FileExists(request.set)) {
-        why = request.set + " can't be opened";
-        return std::nullopt;
-    }
-    CalibrationSet set = ReadSet(AbsolutePath(request.set), source.Pixels());
-    Failure failure = set.memoryRefused ? Failure("no memory is left") : WhyNotRead(set.decom);
-    if (!failure && set.type != 1 && set.type != 2)
-        failure = request.set + " is no calibration with one or two sources";
-    if (!failure && set.type == 2) failure = WhyNotRead(set.gains);
-    if (!failure) failure = WhyNotRead(set.offsets);
-    if (failure) {
-        why = *failure;
-        return std::nullopt;
-    }
-    StoredLists lists{std::move(set.decom.entries), std::move(set.offsets.entries), std::move(set.gains.entries)};
-    std::optional<StoredCorrection> correction = StoredCorrection::Make(
-        set.type, std::move(lists), static_cast<std::size_t>(source.header.ImageWidth), StoredOrder::kReadoutToImage);
-    if (!correction) why = "no memory is left";
-    return correction;
 }
 
 // --- The result -----------------------------------------------------------------------------------------------------
@@ -390,7 +357,8 @@ std::optional<std::string> ApplySet(const ApplyRequest& request,
     std::string why;
     std::optional<Source> source = OpenSource(request, why);
     if (!source) return why;
-    const std::optional<StoredCorrection> correction = CorrectionOf(request, *source, why);
+    const std::optional<StoredCorrection> correction =
+        CorrectionOfSet(request.set, source->Pixels(), static_cast<std::size_t>(source->header.ImageWidth), why);
     if (!correction) return why;
     std::optional<NewSequence> sequence = NewSequence::Begin(request.out, why);
     if (!sequence) return why;

@@ -3,6 +3,7 @@
 #include "batch/apply_command.h"
 #include "batch/batch_arguments.h"
 #include "batch/cut_command.h"
+#include "batch/export_command.h"
 #include "batch/join_command.h"
 #include "batch/recover_command.h"
 
@@ -21,6 +22,7 @@ struct Word {
     std::string_view arguments;
     std::string_view does;
     std::string_view details;
+    std::string_view ending;
 };
 
 constexpr std::string_view kDoneOrNot =
@@ -30,17 +32,21 @@ constexpr std::string_view kDoneOrNot =
 constexpr Word kWords[] = {
     {"recover", RecoverCommand, "[--dry-run] [--json] FILE...", "make whole what a recording left that was cut short",
      "  --dry-run     tell what would be done, and do nothing\n"
-     "  --json        an object a line and file\n"
+     "  --json        an object a line and file\n",
      "Ends with 0 where all were whole, with 1 where something was (or would be) repaired, with 2 where something\n"
      "can't be.\n"},
     {"apply", ApplyCommand, "--set X.cal [--frames A:B] IN OUT", "correct a raw sequence with a calibration set",
      "  --set X.cal   the set; its lists lie beside it\n"
      "  --frames A:B  frames A to B - 1 alone, counted from 0; A: to the end, :B from the first\n"
-     "The progress stands on the error stream.\n"},
+     "The progress stands on the error stream.\n",
+     kDoneOrNot},
+    {"export", ExportCommand, "[--to FORMAT] [--as FORM] [--frames A:B] [OPTION...] IN OUT",
+     "write frames for other programs", kExportDetails, kExportEnding},
     {"cut", CutCommand, "--frames A:B IN OUT", "take a range out of a sequence",
-     "  --frames A:B  frames A to B - 1, counted from 0; A: to the end, :B from the first\n"},
+     "  --frames A:B  frames A to B - 1, counted from 0; A: to the end, :B from the first\n", kDoneOrNot},
     {"join", JoinCommand, "IN... OUT", "put sequences together, in order",
-     "Pieces of a run that were cut, or corrected each for itself, are joined the run again byte for byte.\n"},
+     "Pieces of a run that were cut, or corrected each for itself, are joined the run again byte for byte.\n",
+     kDoneOrNot},
 };
 
 std::string UsageOf(const Word& word)
@@ -50,9 +56,8 @@ std::string UsageOf(const Word& word)
 
 std::string HelpOf(const Word& word)
 {
-    std::string help = "kelvo " + UsageOf(word) + '\n' + std::string(word.does) + "\n\n" + std::string(word.details);
-    if (word.run != RecoverCommand) help += kDoneOrNot;
-    return help;
+    return "kelvo " + UsageOf(word) + '\n' + std::string(word.does) + "\n\n" + std::string(word.details) +
+           std::string(word.ending);
 }
 
 bool AsksForHelp(std::span<const std::string> arguments)

@@ -72,7 +72,7 @@ class CommandLine(unittest.TestCase):
     def test_each_word_tells_how_it_is_used(self):
         before = everything()
         usages = {"recover": "recover [--dry-run] [--json] FILE...", "apply": "apply --set X.cal [--frames A:B] IN OUT", "cut": "cut --frames A:B IN OUT",
-                  "join": "join IN... OUT"}
+                  "join": "join IN... OUT", "export": "export [--to FORMAT] [--as FORM] [--frames A:B] [OPTION...] IN OUT"}
         general = run("--help")[1]
         for word, usage in usages.items():
             for arguments in ([word, "--help"], [word, "-h"], [word, "run.seq", "--help", "even.seq"]):

@@ -1,0 +1,218 @@
+#include "batch/export_command.h"
+
+#include "batch/batch_arguments.h"
+#include "batch/cut_command.h"
+#include "export/export_formats.h"
+#include "export/export_job.h"
+#include "export/json_text.h"
+#include "platform/text.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::string_view kWord = "export";
+constexpr int kBatchStopped = 1;
+
+volatile std::sig_atomic_t stopIsAsked = 0;
+
+void AskToStop(int /*signal*/)
+{
+    stopIsAsked = 1;
+}
+
+// While it lives Ctrl+C asks for a stop, once: a second one ends the program as ever.
+class StopOnInterrupt {
+  public:
+    StopOnInterrupt()
+    {
+        stopIsAsked = 0;
+        struct sigaction action {};
+        action.sa_handler = AskToStop;
+        action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+        sigaction(SIGINT, &action, &interrupt_);
+        sigaction(SIGTERM, &action, &terminate_);
+    }
+    ~StopOnInterrupt()
+    {
+        sigaction(SIGINT, &interrupt_, nullptr);
+        sigaction(SIGTERM, &terminate_, nullptr);
+    }
+    StopOnInterrupt(const StopOnInterrupt&) = delete;
+    StopOnInterrupt& operator=(const StopOnInterrupt&) = delete;
+
+  private:
+    struct sigaction interrupt_ {};
+    struct sigaction terminate_ {};
+};
+
+struct Wish {
+    ExportRequest request;
+    ExportFormat format = ExportFormat::kNpy;
+    std::string out;
+    bool replace = false;
+    bool json = false;
+};
+
+std::optional<ExportFormat> FormatByExtension(const std::string& path)
+{
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, nullptr, &extension);
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kOthers = {
+        {{".tiff", "tiff"}, {".fit", "fits"}, {".hdf5", "hdf5"}}};
+    for (const ExportFormatNames& names : ExportFormats()) {
+        if (EqualIgnoringCase(extension, names.extension)) return names.format;
+    }
+    for (const auto& [other, word] : kOthers) {
+        if (EqualIgnoringCase(extension, other)) return ExportFormatOf(word);
+    }
+    return std::nullopt;
+}
+
+// "-0.5:2"
+std::optional<std::pair<float, float>> TwoVolts(std::string_view text)
+{
+    const auto low = TakeFloat(text);
+    if (!low || text.empty() || text.front() != ':') return std::nullopt;
+    text.remove_prefix(1);
+    const auto high = TakeFloat(text);
+    if (!high || !text.empty() || !(*low < *high)) return std::nullopt;
+    return std::pair(*low, *high);
+}
+
+// "10,20,41,51"
+std::optional<RegionPlace> PlaceOf(std::string_view text)
+{
+    std::array<std::int32_t, 4> sides{};
+    for (std::size_t i = 0; i < sides.size(); ++i) {
+        const std::size_t comma = i + 1 < sides.size() ? text.find(',') : text.size();
+        if (comma == std::string_view::npos) return std::nullopt;
+        const std::string_view field = text.substr(0, comma);
+        const bool isNumber =
+            !field.empty() && field.size() < 6 && field.find_first_not_of("0123456789") == std::string_view::npos;
+        if (!isNumber) return std::nullopt;
+        sides.at(i) = ScanDecimal(field).value_or(0);
+        text.remove_prefix(std::min(comma + 1, text.size()));
+    }
+    const auto& [left, top, right, bottom] = sides;
+    if (left > right || top > bottom) return std::nullopt;
+    return RegionPlace{left, top, right, bottom};
+}
+
+std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
+{
+    why = taken.error;
+    if (!why.empty()) return std::nullopt;
+    if (taken.files.size() != 2) {
+        why = "a file of frames and the name of the new file are needed";
+        return std::nullopt;
+    }
+    Wish wish;
+    wish.request.path = taken.files[0];
+    wish.out = taken.files[1];
+    wish.replace = taken.Has("--force");
+    wish.json = taken.Has("--json");
+    wish.request.set = taken.Value("--set").value_or("");
+    const auto to = taken.Value("--to");
+    const auto format = to ? ExportFormatOf(*to) : FormatByExtension(wish.out);
+    const auto form = ExportFormOf(taken.Value("--as").value_or("counts"));
+    const auto range = FrameRangeOf(taken.Value("--frames").value_or(":"));
+    const auto volts = taken.Value("--volts");
+    const auto place = taken.Value("--rectangle");
+    if (volts) wish.request.volts = TwoVolts(*volts);
+    if (place) wish.request.place = PlaceOf(*place);
+    if (!format) {
+        why = "--to says which format: npy or csv";
+    } else if (!form) {
+        why = "--as says in what form: counts, corrected, volts, celsius, kelvin or fahrenheit";
+    } else if (!range) {
+        why = kFrameRangeForm;
+    } else if (volts && !wish.request.volts) {
+        why = "--volts LOW:HIGH says what the ends of the display range are, the low one first";
+    } else if (place && !wish.request.place) {
+        why = "--rectangle LEFT,TOP,RIGHT,BOTTOM says which columns and rows, counted from 0";
+    } else {
+        wish.format = *format;
+        wish.request.form = *form;
+        wish.request.first = range->first;
+        wish.request.end = range->second;
+        return wish;
+    }
+    return std::nullopt;
+}
+
+// On a terminal one line that is written over; elsewhere a line at each tenth.
+class ShownProgress {
+  public:
+    void Show(std::int64_t done, std::int64_t all)
+    {
+        const std::int64_t tenth = 10 * done / all;
+        if (done == 0 || (!isTerminal_ && tenth == tenthShown_)) return;
+        tenthShown_ = tenth;
+        std::fprintf(stderr,
+                     isTerminal_ ? "\rkelvo export: %lld of %lld frames" : "kelvo export: %lld of %lld frames\n",
+                     static_cast<long long>(done), static_cast<long long>(all));
+        if (isTerminal_ && done == all) std::fputc('\n', stderr);
+    }
+
+  private:
+    bool isTerminal_ = isatty(STDERR_FILENO) != 0;
+    std::int64_t tenthShown_ = 0;
+};
+
+std::string JsonOf(const Wish& wish, const ExportDescription& description, const ExportOutcome& outcome)
+{
+    const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
+    return JsonObject()
+               .Text("file", wish.out)
+               .Text("format", names->word)
+               .Text("form", WordOf(description.provenance.form))
+               .Text("unit", description.provenance.unit)
+               .Whole("frames", outcome.frames)
+               .Truth("stopped", outcome.stopped)
+               .Json() +
+           '\n';
+}
+
+}  // namespace
+
+int ExportCommand(std::span<const std::string> arguments)
+{
+    constexpr std::string_view kFlags[] = {"--force", "--json"};
+    constexpr std::string_view kOptions[] = {"--to", "--as", "--frames", "--set", "--volts", "--rectangle"};
+    std::string why;
+    const std::optional<Wish> wish = WishOf(TakeApart(arguments, kFlags, kOptions), why);
+    if (!wish) return TellBatchFailure(kWord, why);
+    std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
+    if (!source) return TellBatchFailure(kWord, why);
+
+    const StopOnInterrupt interrupt;
+    ShownProgress shown;
+    const std::unique_ptr<FrameSink> sink = MakeFrameSink(wish->format, wish->out, wish->replace);
+    const ExportOutcome outcome = RunExport(*source, *sink, [&shown](std::int64_t done, std::int64_t all) {
+        shown.Show(done, all);
+        return stopIsAsked == 0;
+    });
+    if (!outcome.failure.empty()) return TellBatchFailure(kWord, outcome.failure);
+    if (wish->json) std::fputs(JsonOf(*wish, source->Description(), outcome).c_str(), stdout);
+    if (!outcome.stopped) return kBatchDone;
+    const std::string has = outcome.frames == 0
+                                ? "no file was made"
+                                : wish->out + Format(" has %lld of %lld frames", static_cast<long long>(outcome.frames),
+                                                     static_cast<long long>(source->Description().frames));
+    std::fprintf(stderr, "kelvo export: stopped, %s\n", has.c_str());
+    return kBatchStopped;
+}
+
+}  // namespace kelvo

@@ -1,0 +1,64 @@
+#include "export/csv_writer.h"
+
+#include "export/json_text.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace kelvo {
+
+namespace {
+
+// On one line, whatever the words of the recording hold.
+std::string CommentOf(const std::string& line)
+{
+    std::string comment = "# " + ToUtf8(line);
+    std::ranges::replace(comment, '\n', ' ');
+    std::ranges::replace(comment, '\r', ' ');
+    return comment + '\n';
+}
+
+void AddTiming(std::string& text, const FrameTiming& timing)
+{
+    text += Format("# frame: %lld\n", static_cast<long long>(timing.index));
+    if (timing.seconds) text += "# seconds: " + ShortestText(*timing.seconds) + '\n';
+    if (timing.utcNs != 0) text += "# complete at (UTC): " + UtcText(timing.utcNs) + '\n';
+    if (const auto start = timing.StartUtcNs()) text += "# start of exposure (UTC): " + UtcText(*start) + '\n';
+}
+
+}  // namespace
+
+ExportFailure CsvWriter::Begin(const ExportDescription& description)
+{
+    description_ = description;
+    if (description.frames > 1) return path_ + " can't be written: a CSV file holds one frame";
+    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
+    file_ = NewFile::Begin(path_);
+    if (!file_) return CantBeWritten(path_);
+    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
+    return std::nullopt;
+}
+
+ExportFailure CsvWriter::Add(const ExportedFrame& frame)
+{
+    std::string text;
+    const std::array timings{frame.timing};
+    for (const std::string& line : ProvenanceLines(description_.provenance, timings)) text += CommentOf(line);
+    AddTiming(text, frame.timing);
+    for (std::size_t i = 0; i < description_.Pixels(); ++i) {
+        text += description_.isFloat ? ShortestText(frame.values[i]) : std::to_string(frame.counts[i]);
+        text += (i + 1) % description_.columns == 0 ? '\n' : ',';
+    }
+    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): Begin has made it
+    const bool isWritten = file_->Contents().Write(std::as_bytes(std::span(text))) == text.size();
+    return isWritten ? std::nullopt : ExportFailure(DiskRefuses(path_));
+}
+
+ExportFailure CsvWriter::End()
+{
+    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): Begin has made it
+    return file_->Keep() ? std::nullopt : ExportFailure(DiskRefuses(path_));
+}
+
+}  // namespace kelvo

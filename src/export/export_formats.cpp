@@ -1,0 +1,41 @@
+#include "export/export_formats.h"
+
+#include "export/csv_writer.h"
+#include "export/npy_writer.h"
+
+#include <algorithm>
+
+namespace kelvo {
+
+namespace {
+
+constexpr ExportFormatNames kFormats[] = {
+    {ExportFormat::kNpy, "npy", ".npy", "NumPy, with a JSON beside it"},
+    {ExportFormat::kCsv, "csv", ".csv", "CSV, one frame"},
+};
+
+}  // namespace
+
+std::span<const ExportFormatNames> ExportFormats()
+{
+    return kFormats;
+}
+
+std::optional<ExportFormat> ExportFormatOf(std::string_view word)
+{
+    const auto* const found = std::ranges::find(kFormats, word, &ExportFormatNames::word);
+    if (found == std::end(kFormats)) return std::nullopt;
+    return found->format;
+}
+
+std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace)
+{
+    switch (format) {
+        case ExportFormat::kNpy:
+            return std::make_unique<NpyWriter>(path, replace);
+        default:
+            return std::make_unique<CsvWriter>(path, replace);
+    }
+}
+
+}  // namespace kelvo

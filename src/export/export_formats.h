@@ -1,0 +1,28 @@
+// The formats that exports are written in, and the writer of each.
+#pragma once
+
+#include "export/frame_sink.h"
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+enum class ExportFormat { kTiff, kFits, kHdf5, kNpy, kCsv };
+struct ExportFormatNames {
+    ExportFormat format;
+    std::string_view word;       // "tiff"
+    std::string_view extension;  // ".tif"
+    std::string_view title;      // "TIFF, a page a frame"
+};
+std::span<const ExportFormatNames> ExportFormats();
+std::optional<ExportFormat> ExportFormatOf(std::string_view word);
+
+// A sink that hasn't begun. The directory is looked at in Begin; unless replace is set that refuses a name that stands
+// ("... stands already"), and in any case a directory.
+std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace);
+
+}  // namespace kelvo

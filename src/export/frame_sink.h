@@ -1,0 +1,62 @@
+// Where exported frames go: a file of one format in the making. Each format has a writer of this shape.
+//
+// Whatever happens, what stood under the name stays until the new file is whole: it is written beside the name, and
+// takes it in End. A sink that is destroyed before leaves nothing.
+#pragma once
+
+#include "export/provenance.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+// The reason where something failed, a sentence that begins with the path.
+using ExportFailure = std::optional<std::string>;
+
+struct ExportDescription {
+    std::size_t columns = 0;
+    std::size_t rows = 0;
+    std::int64_t frames = 0;  // as many as are meant to come
+    bool isFloat = false;     // values of frames are floats, otherwise counts
+    // One byte a pixel, rows x columns, 1 marks a bad detector; empty where none are known.
+    std::vector<std::uint8_t> badDetectors;
+    Provenance provenance;
+    std::size_t Pixels() const { return columns * rows; }
+};
+
+// One frame, rows x columns, row by row from above; one of the two spans has it, as the description says. In floats a
+// bad detector is NaN.
+struct ExportedFrame {
+    std::span<const std::int16_t> counts;
+    std::span<const float> values;
+    FrameTiming timing;
+    std::span<const std::byte> Bytes() const { return counts.empty() ? std::as_bytes(values) : std::as_bytes(counts); }
+};
+
+class FrameSink {
+  public:
+    FrameSink() = default;
+    virtual ~FrameSink() = default;
+    FrameSink(const FrameSink&) = delete;
+    FrameSink& operator=(const FrameSink&) = delete;
+
+    // Once, then Add for each frame, then End: the file has the frames that came, be they fewer than meant, and their
+    // number is right in it. After a failure the sink is only good to be destroyed.
+    virtual ExportFailure Begin(const ExportDescription& description) = 0;
+    virtual ExportFailure Add(const ExportedFrame& frame) = 0;
+    virtual ExportFailure End() = 0;
+};
+
+// Why nothing may be written under the name; empty: it may.
+std::string WhyTargetIsRefused(const std::string& path, bool replace);
+// "PATH can't be written: No such file or directory", by errno.
+std::string CantBeWritten(const std::string& path);
+// "PATH can't be written: the disk refuses"
+std::string DiskRefuses(const std::string& path);
+
+}  // namespace kelvo

@@ -1,0 +1,38 @@
+// Frames as a NumPy array: a .npy file, version 1.0 of its format (numpy.lib.format), C order, frames x rows x columns,
+// '<i2' counts or '<f4' values; beside it NAME.json, NAME being the path without its ".npy", with the provenance, the
+// time of each frame and the bad detectors' places.
+#pragma once
+
+#include "export/frame_sink.h"
+#include "platform/files.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelvo {
+
+class NpyWriter final : public FrameSink {
+  public:
+    NpyWriter(std::string path, bool replace) : path_(std::move(path)), replace_(replace) {}
+    ExportFailure Begin(const ExportDescription& description) override;
+    ExportFailure Add(const ExportedFrame& frame) override;
+    ExportFailure End() override;
+
+  private:
+    std::string WhyRefused() const;
+    std::string Json() const;
+
+    std::string path_;
+    bool replace_;
+    ExportDescription description_;
+    std::vector<FrameTiming> timings_;
+    std::optional<NewFile> file_;
+    std::optional<NewFile> json_;
+};
+
+// The path of the JSON beside an array: "x.json" of "x.npy", "x.dat.json" of "x.dat".
+std::string NpyJsonPathOf(std::string_view path);
+
+}  // namespace kelvo

@@ -1,0 +1,302 @@
+#!/usr/bin/env python3
+"""What `kelvo export` writes, read by those for whom it is written. Expected values are worked out here, from the bytes of the recording.
+
+  exported_test.py KELVO OUT [LOCPATH]      OUT: emptied. LOCPATH: where the locale de_DE.UTF-8 lies
+"""
+import csv
+import hashlib
+import json
+import os
+import pathlib
+import resource
+import shutil
+import signal
+import struct
+import subprocess
+import sys
+import unittest
+
+import numpy as np
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+import made_by_hand
+from made_by_hand import COLUMNS, PIXELS, ROWS
+
+KELVO, OUT = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
+BARE = {name: value for name, value in os.environ.items()
+        if name not in ("DISPLAY", "WAYLAND_DISPLAY", "XDG_RUNTIME_DIR", "QT_QPA_PLATFORM", "HOME") and not name.startswith("LC_")}
+NUMBERS = [4, 5, 9, 10]
+BAD = [(0, 1), (1, 2)]  # row, column
+COLD, HOT, TCOLD, THOT = 3000, 9000, 20.0, 25.0  # of made_by_hand's set
+UTC = 1_795_000_000_123_456_789  # of the first frame: 2026-11-18T11:06:40.123456789
+FORMATS = ["npy"]
+
+
+def run(*arguments, environment=None, **more):
+    process = subprocess.run([KELVO, "export", *arguments], cwd=OUT, env={**BARE, **(environment or {})}, capture_output=True, text=True, timeout=300, **more)
+    return process.returncode, process.stdout, process.stderr
+
+
+def stored(number):
+    return np.frombuffer(made_by_hand.pixels(number), "<i2").reshape(ROWS, COLUMNS)
+
+
+def corrected(number):
+    return np.frombuffer(made_by_hand.corrected(number), "<i2").reshape(ROWS, COLUMNS)
+
+
+COUNTS = np.array([stored(n) for n in NUMBERS])
+CORRECTED = np.array([corrected(n) for n in NUMBERS])
+IS_BAD = np.zeros((ROWS, COLUMNS), bool)
+for place in BAD:
+    IS_BAD[place] = True
+
+
+def degrees(counts):
+    """On the line through the two sources, in double, rounded once."""
+    celsius = (THOT - TCOLD) * (counts.astype(float) - COLD) / (HOT - COLD) + TCOLD
+    return np.where(IS_BAD, np.nan, celsius.astype("<f4")).astype("<f4")
+
+
+def journal():
+    """As made_by_hand's, with a time of day and a period of 10 ms."""
+    head = made_by_hand.journal(NUMBERS)[:128]
+    records = [made_by_hand.sealed(n, 10_000_000 * n, UTC + 10_000_000 * (n - NUMBERS[0]), 1.5, 0, missing, 0, 0, 0, 0, 0,
+                                   made_by_hand.polynomial(made_by_hand.pixels(n))) for n, missing in zip(NUMBERS, [0, 0, 3, 0])]
+    return head + b"".join(records) + made_by_hand.sealed(len(NUMBERS), 0, 0, 0, 128, 0, 0, 0, 0, 1, 0, 0)
+
+
+def recording(numbers=NUMBERS):
+    """With what a header tells of the head."""
+    data = bytearray(made_by_hand.sequence(numbers))
+    struct.pack_into("<6h", data, 12, 26, 11, 18, 12, 6, 40)       # local time
+    struct.pack_into("<hfhf", data, 24, -10000, -999.0, -10000, -999.0)
+    struct.pack_into("<ff", data, 56, 100.0, 1.5)                    # frame rate, integration time
+    struct.pack_into("<hh", data, 112, -100, 300)                    # display range
+    return bytes(data)
+
+
+def everything():
+    return {str(path.relative_to(OUT)): path.read_bytes() for path in OUT.rglob("*") if path.is_file()}
+
+
+class Exported(unittest.TestCase):
+    def setUp(self):
+        shutil.rmtree(OUT, ignore_errors=True)
+        OUT.mkdir(parents=True)
+        made_by_hand.calibration_set(OUT)
+        with open(OUT / "warm.cal", "a") as cal:
+            cal.write("BadDetFile=warm.bad\n")
+        (OUT / "warm.bad").write_text("".join(f"{row:4d},{column:4d}\n" for row, column in BAD))
+        (OUT / "run.seq").write_bytes(recording())
+        (OUT / "run.seq.frames").write_bytes(journal())
+
+    def export(self, *arguments, **more):
+        code, out, error = run(*arguments, **more)
+        self.assertEqual((code, out), (0, ""), error)
+
+    def expect_refused(self, arguments, text, **more):
+        """With 2, a line on the error stream alone, and everything as it was."""
+        before = everything()
+        code, out, error = run(*arguments, **more)
+        last = error.splitlines()[-1] if error else ""
+        self.assertEqual((code, out), (2, ""), error)
+        self.assertTrue(last.startswith("kelvo export: "), error)
+        self.assertIn(text, last)
+        self.assertEqual(everything(), before)
+
+    def same_bits(self, array, expected, kind):
+        self.assertEqual(array.dtype, np.dtype(kind))
+        self.assertEqual(array.shape, expected.shape)
+        self.assertEqual(np.ascontiguousarray(array, kind).tobytes(), np.ascontiguousarray(expected, kind).tobytes())
+
+    # --- What all formats hold alike
+
+    def test_counts_are_the_bytes_of_the_recording(self):
+        for name in FORMATS:
+            self.export("run.seq", f"x.{name}", "--to", name)
+            self.same_bits(READERS[name](f"x.{name}"), COUNTS, "<i2")
+
+    def test_a_range_of_frames(self):
+        for name in FORMATS:
+            self.export("--frames=1:3", "run.seq", f"x.{name}", "--to", name)
+            self.same_bits(READERS[name](f"x.{name}"), COUNTS[1:3], "<i2")
+
+    def test_a_rectangle(self):
+        for name in FORMATS:
+            self.export("--rectangle=1,0,2,0", "run.seq", f"x.{name}", "--to", name)
+            self.same_bits(READERS[name](f"x.{name}"), COUNTS[:, 0:1, 1:3], "<i2")
+
+    def test_corrected_counts(self):
+        for name in FORMATS:
+            self.export("--as=corrected", "--set=warm.cal", "run.seq", f"x.{name}", "--to", name)
+            self.same_bits(READERS[name](f"x.{name}"), CORRECTED, "<i2")
+
+    def test_temperatures_with_bad_detectors_as_no_number(self):
+        celsius = degrees(CORRECTED)
+        exact = (THOT - TCOLD) * (CORRECTED.astype(float) - COLD) / (HOT - COLD) + TCOLD
+        kelvin = np.where(IS_BAD, np.nan, (exact + float(np.float32(273.15))).astype("<f4"))
+        fahrenheit = np.where(IS_BAD, np.nan, (exact * float(np.float32(1.8)) + 32).astype("<f4"))
+        for name in FORMATS:
+            for form, expected in [("celsius", celsius), ("kelvin", kelvin), ("fahrenheit", fahrenheit)]:
+                self.export("--force", "--as", form, "--set=warm.cal", "run.seq", f"x.{name}", "--to", name)
+                self.same_bits(READERS[name](f"x.{name}"), expected, "<f4")
+
+    def test_temperatures_of_what_was_corrected_before(self):
+        """The set that corrected it is found by the journal, and its bad detectors with it."""
+        subprocess.run([KELVO, "apply", "--set", "warm.cal", "run.seq", "even.seq"], cwd=OUT, env=BARE, check=True, stderr=subprocess.DEVNULL)
+        for name in FORMATS:
+            self.export("--as=celsius", "even.seq", f"x.{name}", "--to", name)
+            self.same_bits(READERS[name](f"x.{name}"), degrees(CORRECTED), "<f4")
+
+    def test_volts(self):
+        expected = ((2.0 - -0.5) * (COUNTS.astype(float) - -100) / (300 - -100) + -0.5).astype("<f4")
+        for name in FORMATS:
+            self.export("--as=volts", "--volts=-0.5:2", "run.seq", f"x.{name}", "--to", name)
+            self.same_bits(READERS[name](f"x.{name}"), expected, "<f4")
+
+    # --- One format each
+
+    def test_the_json_beside_an_array(self):
+        self.export("--as=celsius", "--set=warm.cal", "--frames=1:", "run.seq", "x.npy")
+        told = json.loads((OUT / "x.json").read_text("ascii"))
+        self.assertEqual((told["columns"], told["rows"], told["frames"]), (COLUMNS, ROWS, 3))
+        self.assertEqual((told["form"], told["quantity"], told["unit"]), ("celsius", "Temperature", "\u00b0C"))
+        self.assertEqual(told["scale"], [{"count": COLD, "value": TCOLD}, {"count": HOT, "value": THOT}])
+        self.assertEqual(told["source"], str(OUT / "run.seq"))
+        self.assertEqual(told["camera"], "made by hand")
+        self.assertEqual(told["calibration_set"], str(OUT / "warm.cal"))
+        self.assertEqual(told["calibration_sha256"], hashlib.sha256((OUT / "warm.cal").read_bytes()).hexdigest())
+        self.assertEqual((told["bad_detectors"], told["bad_detector_places"]), (2, [list(place) for place in BAD]))
+        self.assertEqual(told["gaps"], [{"before": 1, "lost_by_board": 3, "lost_by_ring": 0, "passed_over": 0}])
+        self.assertEqual(told["local_time"], "2026-11-18T12:06:40")
+        self.assertEqual((told["head"]["frame_rate_hz"], told["head"]["integration_ms"]), (100, 1.5))
+        self.assertEqual([time["number"] for time in told["times"]], [5, 9, 10])
+        self.assertEqual([time["seconds"] for time in told["times"]], [0.01, 0.05, 0.06])
+        # A period behind the first frame, which was complete at .123456789; the exposure began 1.5 ms before.
+        self.assertEqual(told["times"][0]["utc"], "2026-11-18T11:06:40.133456789Z")
+        self.assertEqual(told["times"][0]["start_utc"], "2026-11-18T11:06:40.131956789Z")
+
+    def test_a_frame_as_text(self):
+        self.export("--frames=2:3", "--as=celsius", "--set=warm.cal", "run.seq", "x.csv", environment=COMMA)
+        lines = (OUT / "x.csv").read_text("utf-8").splitlines()
+        rows = list(csv.reader(line for line in lines if not line.startswith("#")))
+        self.same_bits(np.array([[np.float32(value) for value in row] for row in rows]), degrees(CORRECTED)[2], "<f4")
+        self.assertIn("# unit: \u00b0C", lines)
+        self.assertIn("# seconds: 0.05", lines)
+        self.export("--frames=2:3", "run.seq", "counts.csv")
+        rows = list(csv.reader(line for line in (OUT / "counts.csv").read_text().splitlines() if not line.startswith("#")))
+        self.assertEqual([[int(value) for value in row] for row in rows], COUNTS[2].tolist())
+
+    # --- What can't be, and what goes wrong
+
+    def test_what_is_wrong_stands_on_the_error_stream(self):
+        image = bytearray(recording())
+        struct.pack_into("<hfhf", image, 24, COLD, TCOLD, HOT, THOT)
+        (OUT / "image.seq").write_bytes(image)
+        raw = (OUT / "run.seq.frames").read_bytes()
+        for arguments, text in [
+                (["run.seq"], "a file of frames and the name of the new file are needed"), (["run.seq", "x"], "--to says which format"),
+                (["run.seq", "x.npy", "--as=watts"], "--as says in what form"), (["run.seq", "x.npy", "--frames=3"], "--frames A:B says which frames"),
+                (["run.seq", "x.npy", "--frames=4:"], "run.seq has 4 frames: there are none of that range"),
+                (["run.seq", "x.npy", "--rectangle=1,2,3"], "--rectangle LEFT,TOP,RIGHT,BOTTOM"),
+                (["run.seq", "x.npy", "--rectangle=3,0,9,1"], "The region lies outside of the frame."),
+                (["run.seq", "x.npy", "--volts=2:1"], "--volts LOW:HIGH"), (["run.seq", "x.npy", "--as=volts"], "it isn't known what its counts are in volts"),
+                (["run.seq", "x.npy", "--as=celsius"], "run.seq has no calibration with two temperatures"),
+                (["run.seq", "x.npy", "--as=corrected"], "run.seq isn't corrected: a calibration set is needed"),
+                (["run.seq", "x.npy", "--set=warm.cal"], "leave the set out, or ask for corrected ones"),
+                (["image.seq", "x.npy", "--set=warm.cal", "--as=kelvin"], "image.seq is corrected already"),
+                (["run.seq", "x.npy", "--set=cold.cal", "--as=corrected"], "cold.cal can't be opened"),
+                (["none.seq", "x.npy"], "none.seq can't be opened"), (["warm.cal", "x.npy"], "warm.cal isn't an image file"),
+                (["run.seq", "x.csv"], "x.csv can't be written: a CSV file holds one frame"),
+                (["run.seq", "none/x.npy"], "none/x.npy can't be written: No such file or directory"), (["run.seq", "x.npy", "--all"], "unknown option --all")]:
+            self.expect_refused(arguments, text)
+        self.assertEqual((OUT / "run.seq.frames").read_bytes(), raw)
+
+    def test_a_file_that_stands_is_replaced_when_that_is_said_alone(self):
+        for name in [*FORMATS, "csv"]:
+            self.export("run.seq", "--frames=:1", f"x.{name}", "--to", name)
+            self.expect_refused(["run.seq", "--frames=1:2", f"x.{name}", "--to", name], f"x.{name} stands already")
+            before = (OUT / f"x.{name}").read_bytes()
+            self.export("--force", "--frames=1:2", "run.seq", f"x.{name}", "--to", name)
+            self.assertNotEqual((OUT / f"x.{name}").read_bytes(), before)
+            (OUT / "folder").mkdir(exist_ok=True)
+            self.expect_refused(["run.seq", "--frames=:1", "--force", "folder", "--to", name], "folder is a directory")
+
+    def test_what_was_made_is_told(self):
+        code, out, error = run("--json", "--as=celsius", "--set=warm.cal", "run.seq", "x.npy")
+        self.assertEqual(code, 0, error)
+        self.assertEqual(json.loads(out), {"file": "x.npy", "format": "npy", "form": "celsius", "unit": "\u00b0C", "frames": 4, "stopped": False})
+        self.assertEqual(error.splitlines()[-1], "kelvo export: 4 of 4 frames")
+
+    def test_a_limit_on_the_length_of_files(self):
+        for name in [*FORMATS, "csv"]:
+            arguments = ["--frames=:1", "--to", name, "run.seq", f"x.{name}"]
+            self.export(*arguments)
+            longest = len((OUT / f"x.{name}").read_bytes())
+            for path in OUT.glob("x.*"):
+                path.unlink()
+            for length in (0, longest // 2, longest - 1):
+                self.expect_refused(arguments, f"x.{name} can't be written: ",
+                                    preexec_fn=lambda length=length: resource.setrlimit(resource.RLIMIT_FSIZE, (length, length)))
+
+    def test_a_disk_that_is_full(self):
+        """A file system of 64 kB doesn't take 3000 frames, and keeps what stood there."""
+        if subprocess.run(["unshare", "--mount", "true"], stderr=subprocess.DEVNULL).returncode != 0:
+            self.skipTest("no file system can be mounted here")
+        (OUT / "small").mkdir()
+        self.long_recording()
+        for name in FORMATS:
+            script = f"""mount -t tmpfs -o size=64k none small && echo mine >small/x.{name}
+                "$@" --force --to {name} long.seq small/x.{name}; code=$?; ls -A small; cat small/x.{name}; exit $code"""
+            done = subprocess.run(["unshare", "--mount", "sh", "-c", script, "sh", KELVO, "export"], cwd=OUT, env=BARE, capture_output=True, text=True, timeout=300)
+            self.assertEqual((done.returncode, done.stdout), (2, f"x.{name}\nmine\n"), done.stderr)
+            self.assertIn(f"small/x.{name} can't be written: ", done.stderr.splitlines()[-1])
+
+    def test_an_interrupt_finishes_the_frame_and_closes_the_file(self):
+        self.long_recording()
+        for name in FORMATS:
+            code, error = self.interrupted(name, signal.SIGINT)
+            if code == 0:
+                continue  # it was quicker
+            self.assertEqual(code, 1, error)
+            got = READERS[name](f"x.{name}")
+            self.assertIn(f"kelvo export: stopped, x.{name} has {len(got)} of 3000 frames", error)
+            self.assertTrue(0 < len(got) < 3000)
+            self.assertTrue((got == np.arange(1, len(got) + 1, dtype="<i2")[:, None, None]).all())
+
+    def test_a_kill_leaves_nothing_under_the_name(self):
+        self.long_recording()
+        for name in FORMATS:
+            code, error = self.interrupted(name, signal.SIGKILL)
+            self.assertEqual((OUT / f"x.{name}").exists(), code == 0, error)
+            self.export("--frames=:2", "--force", "--to", name, "long.seq", f"x.{name}")
+            self.assertEqual(len(READERS[name](f"x.{name}")), 2)
+
+    @staticmethod
+    def long_recording():
+        """3000 frames of 128 x 64; all pixels of a frame are its number, from 1."""
+        head = bytearray(recording()[:512])
+        struct.pack_into("<hh", head, 2, 128, 64)
+        struct.pack_into("<h", head, 144, 0)
+        frames = np.repeat(np.arange(1, 3001, dtype="<i2"), 128 * 64)
+        (OUT / "long.seq").write_bytes(bytes(head) + frames.tobytes())
+
+    @staticmethod
+    def interrupted(name, which):
+        process = subprocess.Popen([KELVO, "export", "--to", name, "long.seq", f"x.{name}"], cwd=OUT, env=BARE, stderr=subprocess.PIPE, text=True)
+        first = process.stderr.readline()
+        process.send_signal(which)
+        error = first + process.communicate(timeout=120)[1]
+        return process.returncode, error
+
+
+def read_npy(name):
+    return np.load(OUT / name, allow_pickle=False)
+
+
+READERS = {"npy": read_npy}
+COMMA = {"LC_ALL": "de_DE.UTF-8", "LOCPATH": sys.argv[3]} if len(sys.argv) > 3 else {}
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=2)
