@@ -18,6 +18,11 @@ constexpr double kNsPerSecond = 1e9;
 
 std::optional<StoredFrames> StoredFrames::Open(std::string_view path, std::string& why)
 {
+    if (const std::optional<ForeignKind> kind = ForeignKindOf(path)) {
+        std::optional<ForeignFrames> foreign = ForeignFrames::Open(path, *kind, why);
+        if (!foreign) return std::nullopt;
+        return StoredFrames(std::string(path), std::move(*foreign));
+    }
     std::optional<File> file = File::Open(path, FileMode::kRead);
     if (!file) {
         why = "can't be opened";
@@ -29,9 +34,14 @@ std::optional<StoredFrames> StoredFrames::Open(std::string_view path, std::strin
     return frames;
 }
 
+StoredFrames::StoredFrames(std::string path, ForeignFrames foreign)
+    : path_(std::move(path)), foreign_(std::move(foreign)), header_(foreign_->Header()), frames_(foreign_->Frames())
+{
+}
+
 bool StoredFrames::ReadHead(std::string& why)
 {
-    headerBytes_ = ReadHeaderOf(file_, header_);
+    headerBytes_ = ReadHeaderOf(*file_, header_);
     if (headerBytes_ > 0) RestoreSwappedHeader(header_);
     const bool hasSamples = header_.SampleBytes == kShortSamples || header_.SampleBytes == kFloatSamples;
     const bool isImage = headerBytes_ > 0 && hasSamples && header_.ImageHeaderDataOffset >= 0 &&
@@ -40,7 +50,7 @@ bool StoredFrames::ReadHead(std::string& why)
         why = "isn't an image file";
         return false;
     }
-    frames_ = std::clamp<std::int64_t>((file_.Length() - headerBytes_) / FrameRecordBytes(header_), 0,
+    frames_ = std::clamp<std::int64_t>((file_->Length() - headerBytes_) / FrameRecordBytes(header_), 0,
                                        std::numeric_limits<std::int32_t>::max());
     header_.FrameCount = static_cast<std::uint32_t>(frames_);
     if (frames_ == 0) why = "holds no whole frame";
@@ -79,7 +89,8 @@ bool StoredFrames::ReadCounts(std::int64_t frame, std::span<std::int16_t> counts
         why = "has no such frame";
         return false;
     }
-    const FrameRead read = ReadFrameRecord(file_, header_, headerBytes_, static_cast<std::uint32_t>(frame), block_);
+    if (foreign_) return foreign_->ReadCounts(frame, counts, why);
+    const FrameRead read = ReadFrameRecord(*file_, header_, headerBytes_, static_cast<std::uint32_t>(frame), block_);
     if (read != FrameRead::kComplete) {
         why = read == FrameRead::kNoMemory ? "needs more memory than is left" : "can't be read";
         return false;

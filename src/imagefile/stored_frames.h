@@ -2,6 +2,7 @@
 // is stored. No window, no box, no state; any file gives frames or a reason.
 #pragma once
 
+#include "imagefile/foreign_frames.h"
 #include "imagefile/frames_file.h"
 #include "imagefile/header.h"
 #include "platform/files.h"
@@ -18,8 +19,9 @@ namespace kelvo {
 
 class StoredFrames {
   public:
-    // An image file or a sequence, with the journal beside it where that is its own. nullopt with the reason in why,
-    // a text that goes on behind the file's name: "can't be opened", "isn't an image file", "holds no whole frame".
+    // An image file or a sequence, with the journal beside it where that is its own, or a file of another program
+    // (imagefile/foreign_frames.h). nullopt with the reason in why, a text that goes on behind the file's name: "can't
+    // be opened", "isn't an image file", "holds no whole frame".
     static std::optional<StoredFrames> Open(std::string_view path, std::string& why);
 
     const std::string& Path() const { return path_; }
@@ -29,6 +31,9 @@ class StoredFrames {
     std::size_t Columns() const { return static_cast<std::size_t>(header_.ImageWidth); }
     std::size_t Rows() const { return static_cast<std::size_t>(header_.ImageHeight); }
     std::size_t Pixels() const { return Columns() * Rows(); }
+
+    // Of a file of another program, what was done to its samples (ForeignFrames::Changes); empty: nothing.
+    std::string Changes() const { return foreign_ ? foreign_->Changes() : std::string(); }
 
     // The journal; null where none lies beside the file, or one that isn't this file's. Its records may end before the
     // frames do.
@@ -45,11 +50,13 @@ class StoredFrames {
 
   private:
     StoredFrames(std::string path, File file) : path_(std::move(path)), file_(std::move(file)) {}
+    StoredFrames(std::string path, ForeignFrames foreign);
     bool ReadHead(std::string& why);
     void ReadJournal();
 
     std::string path_;
-    File file_;
+    std::optional<File> file_;              // one of the two is there
+    std::optional<ForeignFrames> foreign_;  // of another program
     ImageHeaderRecord header_;
     std::int32_t headerBytes_ = 0;
     std::int64_t frames_ = 0;

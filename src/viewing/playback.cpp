@@ -19,6 +19,7 @@
 #include "ui/recent_files.h"
 #include "ui/status.h"
 #include "viewing/coefficient_view.h"
+#include "viewing/foreign_view.h"
 #include "viewing/recorded_view.h"
 #include "viewing/viewing.h"
 
@@ -264,10 +265,11 @@ int OpenStoredFile(std::string_view path)
         shown = ViewCoefficientFile(path);
     } else {
         ImageHeaderRecord header = ImageHeader;
-        if (!MayViewRecording(path)) return 0;
+        const std::optional<std::string> file = FileToShow(path);
+        if (!file || !MayViewRecording(*file)) return 0;
         write::frames.SteppingFrames = 0;  // a file that can't be opened is told in a box
-        if (ReadImageHeader(path, header) < 0) return 0;
-        shown = header.FrameCount > 1 ? ViewSequence(path) : ViewImage(path, 0);
+        if (ReadImageHeader(*file, header) < 0) return 0;
+        shown = header.FrameCount > 1 ? ViewSequence(*file) : ViewImage(*file, 0);
     }
     if (shown) {
         AddRecentFile(path);

@@ -10,7 +10,8 @@ namespace kelvo {
 constexpr unsigned kPlayTimer = 20;  // of the main window
 
 // Opens a file dropped, named on the command line, or chosen from the recent ones: its first frame; a file of several
-// frames becomes the sequence on view, a single image doesn't. 1 if it is on view.
+// frames becomes the sequence on view, a single image doesn't. Of a file of another program its copy comes on view
+// (viewing/foreign_view.h), and the file itself joins the recent ones. 1 if it is on view.
 int OpenStoredFile(std::string_view path);
 
 // How fast a file is played. A recorded sequence against its frames' true times: each is shown when its time comes, and

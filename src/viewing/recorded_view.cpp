@@ -13,6 +13,7 @@
 #include "state/windows.h"
 #include "ui/gather.h"
 #include "ui/status.h"
+#include "viewing/foreign_view.h"
 
 #include <algorithm>
 #include <limits>
@@ -28,6 +29,7 @@ namespace {
 // Of the file that came on view last; without a path none has.
 RecordedFile known;
 bool hasJournal = false;
+std::string origin;                    // of a copy of another program's file; empty: it is none
 bool mayBeReplaced = true;             // the operator has opened a file since: what is known of it may be another's
 std::set<std::string> shownAsTheyAre;  // recordings that the operator didn't want made whole
 
@@ -129,6 +131,7 @@ void ReadJournalOf(std::string_view path)
     known = {};
     known.path = path;
     known.frames = ImageHeader.FrameCount;
+    origin = OriginOf(path);
     hasJournal = FileExists(journalPath);
     if (!hasJournal) return;
     known.journal = ReadFramesFile(journalPath);
@@ -285,7 +288,10 @@ void FollowRecording(std::string_view path, std::uint32_t frame)
     if (hasJournal) {
         TellOf(frame);
     } else {
-        TellFrameOnView({});
+        ToldFrame told;
+        told.path = known.path;
+        told.more = origin;
+        TellFrameOnView(std::move(told));
     }
 }
 
@@ -356,6 +362,7 @@ void ResetRecordedView()
 {
     known = {};
     hasJournal = false;
+    origin.clear();
     mayBeReplaced = true;
     shownAsTheyAre.clear();
 }

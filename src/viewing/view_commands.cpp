@@ -7,19 +7,29 @@
 #include "state/windows.h"
 #include "ui/recent_files.h"
 #include "ui/select_file_write.h"
+#include "viewing/foreign_view.h"
 #include "viewing/playback.h"
 #include "viewing/recorded_view.h"
 #include "viewing/viewing.h"
 
 #include <algorithm>
+#include <optional>
+#include <string_view>
 
 namespace kelvo {
 
 namespace {
 
-CommandEnd AfterLoad(int shown)
+constexpr FileFilter kForeign[] = {
+    {"TIFF, FITS and NumPy files (*.tif *.tiff *.fits *.fit *.fts *.npy)", "*.tif *.tiff *.fits *.fit *.fts *.npy"}};
+
+// The file that the operator chose comes on view by show. Of a file of another program the copy does, and the file
+// itself is the one that was opened.
+CommandEnd ShowChosen(const std::string& path, int (*show)(std::string_view file))
 {
-    if (shown) AddRecentFile(ViewFilePath);
+    const std::optional<std::string> file = FileToShow(path);
+    const bool isShown = file && MayViewRecording(*file) && show(*file);
+    if (isShown) AddRecentFile(*file == path ? ViewFilePath : path);
     return CommandEnd::kResetStatus;
 }
 
@@ -31,8 +41,8 @@ CommandEnd LoadImageFile()
     write::fileChoice.FileDialogTemplate = kImageTemplate;
     write::frames.SteppingFrames = 0;
     std::string path = "*.img";
-    if (!SelectFile(hWndMain, path, kSelectToOpen)) return CommandEnd::kLeaveStatus;
-    return AfterLoad(MayViewRecording(path) ? ViewImage(path, 0) : 0);
+    if (!SelectFile(hWndMain, path, kSelectToOpen, nullptr, kForeign)) return CommandEnd::kLeaveStatus;
+    return ShowChosen(path, [](std::string_view file) { return ViewImage(file, 0); });
 }
 
 CommandEnd NameSequenceForLoading()
@@ -40,8 +50,8 @@ CommandEnd NameSequenceForLoading()
     StopPlaying();
     write::fileChoice.FileDialogTemplate = kSequenceTemplate;
     std::string path = "*.seq";
-    if (!SelectFile(hWndMain, path, kSelectToOpen)) return CommandEnd::kLeaveStatus;
-    return AfterLoad(MayViewRecording(path) ? ViewSequence(path) : 0);
+    if (!SelectFile(hWndMain, path, kSelectToOpen, nullptr, kForeign)) return CommandEnd::kLeaveStatus;
+    return ShowChosen(path, ViewSequence);
 }
 
 CommandEnd NextFrame()
