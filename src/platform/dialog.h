@@ -86,6 +86,8 @@ void CentreDialog(HWND dialog);       // over the main window, or the screen
 // kEditChanged, whoever set it.
 void SetDlgItemText(HWND dialog, int id, std::string_view text);
 std::string GetDlgItemText(HWND dialog, int id);
+// Lines more at the end of a QPlainTextEdit, which stays scrolled to its end where it was; it keeps the last 10000.
+void AppendDlgItemText(HWND dialog, int id, std::string_view text);
 void SetDlgItemInt(HWND dialog, int id, int value);
 void CheckDlgButton(HWND dialog, int id, bool checked);  // sends no message
 bool IsDlgButtonChecked(HWND dialog, int id);

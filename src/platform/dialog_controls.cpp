@@ -328,6 +328,15 @@ std::string GetDlgItemText(HWND dialog, int id)
     return {};
 }
 
+void AppendDlgItemText(HWND dialog, int id, std::string_view text)
+{
+    constexpr int kLinesKept = 10000;
+    auto* plain = ControlAs<QPlainTextEdit>(dialog, id);
+    if (plain == nullptr) return;
+    plain->setMaximumBlockCount(kLinesKept);
+    plain->appendPlainText(ToQString(text));
+}
+
 void SetDlgItemInt(HWND dialog, int id, int value)
 {
     SetDlgItemText(dialog, id, std::to_string(value));

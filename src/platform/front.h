@@ -85,7 +85,10 @@ std::optional<Rect> PlaceOfWindow(std::string_view title);   // its client area;
 
 // Called each time the program waits with nothing queued and no timer due: from inside dialogs and boxes too. It may
 // not run a loop itself; it posts what is to be done (PostAction). Null takes it off.
-void SetIdleHook(std::function<void()> hook);
+// One hook stands for each user: who sits in front (the script of the start, a test), and a script that runs beside
+// him.
+enum class IdleUser { kInFront, kBeside };
+void SetIdleHook(std::function<void()> hook, IdleUser user = IdleUser::kInFront);
 // Runs the action from the event loop, once, as an event of its own.
 void PostAction(std::function<void()> action);
 

@@ -18,6 +18,7 @@
 #include <QEvent>
 
 #include <algorithm>
+#include <array>
 #include <deque>
 #include <limits>
 #include <memory>
@@ -81,9 +82,9 @@ class Turns : public QObject {
         Post({{}, [this] { Quit(); }});
     }
 
-    void SetHook(std::function<void()> hook)
+    void SetHook(std::function<void()> hook, IdleUser user)
     {
-        hook_ = std::move(hook);
+        hooks_.at(static_cast<std::size_t>(user)) = std::move(hook);
         ++events_;  // what was idle without the hook is to be asked anew
         if (QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance()) dispatcher->wakeUp();
     }
@@ -107,7 +108,10 @@ class Turns : public QObject {
     }
 
     bool IsHeld() const { return held_ > 0; }
-    bool HookIsSet() const { return static_cast<bool>(hook_); }
+    bool HookIsSet() const
+    {
+        return std::ranges::any_of(hooks_, [](const auto& hook) { return static_cast<bool>(hook); });
+    }
     bool QuitIsPosted() const { return quitPosted_; }
 
   protected:
@@ -238,9 +242,8 @@ class Turns : public QObject {
     void AskHook()
     {
         hooksTurn_ = false;
-        if (hook_) {
-            const auto hook = hook_;  // it may set another
-            hook();
+        for (const auto& hook : std::array(hooks_)) {  // one may set another
+            if (hook) hook();
         }
         owed_ = DueTimerCount();
         // A timer that is set to 0 ms again and again would let virtual time stand still for all others.
@@ -276,9 +279,9 @@ class Turns : public QObject {
     std::uint64_t eventsAtLastBlock_ = 0;
     std::uint64_t eventsAtRest_ = 0;  // with no event since then there is nothing to do
 
-    std::function<void()> hook_;
-    std::size_t owed_ = 0;    // timers that fire before the hook's next turn
-    bool hooksTurn_ = false;  // they have fired
+    std::array<std::function<void()>, 2> hooks_;  // by IdleUser
+    std::size_t owed_ = 0;                        // timers that fire before the hook's next turn
+    bool hooksTurn_ = false;                      // they have fired
     std::int64_t askedAtUs_ = -1;
     std::optional<std::int64_t> flushAtUs_;
     QBasicTimer alarm_;
@@ -348,9 +351,9 @@ HoldMessages::~HoldMessages()
     TheTurns().Release();
 }
 
-void SetIdleHook(std::function<void()> hook)
+void SetIdleHook(std::function<void()> hook, IdleUser user)
 {
-    TheTurns().SetHook(std::move(hook));
+    TheTurns().SetHook(std::move(hook), user);
 }
 
 void PostAction(std::function<void()> action)

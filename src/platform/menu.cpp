@@ -23,6 +23,12 @@ struct Item {
     bool wasEnabled = true;  // of a deleted one, before that
 };
 
+struct ItemList {
+    QPointer<QMenu> menu;
+    QPointer<QAction> end;  // the invisible line before which they stand
+    std::vector<int> ids;
+};
+
 struct AcceleratorEntry {
     int key = 0;
     Qt::KeyboardModifiers modifiers;
@@ -33,10 +39,8 @@ struct AcceleratorEntry {
 
 struct MenuData {
     std::map<int, Item> items;
-    std::map<int, Item> deleted;  // hidden at their places
-    QPointer<QMenu> recentMenu;
-    QPointer<QAction> recentEnd;  // the invisible line before which they stand
-    std::vector<int> recentIds;
+    std::map<int, Item> deleted;    // hidden at their places
+    std::map<int, ItemList> lists;  // by the command of the first line
     std::vector<AcceleratorEntry> accelerators;
 };
 
@@ -109,6 +113,15 @@ QActionGroup* JoinRadios(QActionGroup* group, const MenuEntry& entry, QAction* a
     return group;
 }
 
+void AddList(HWND window, QMenu& menu, int firstId)
+{
+    QAction* const end = menu.addSeparator();
+    end->setVisible(false);
+    window->menu->lists[firstId] = {&menu, end, {}};
+    QObject::connect(&menu, &QMenu::aboutToShow, &menu,
+                     [window, firstId] { SendMessage(window, WM_INITMENUPOPUP, static_cast<WPARAM>(firstId), 0); });
+}
+
 void RemoveAction(QAction* action)
 {
     if (!action) return;
@@ -148,12 +161,14 @@ void SetMenu(HWND window, std::span<const MenuEntry> entries)
     data.deleted.clear();
     QMenuBar& bar = *window->frame->menuBar();
     bar.clear();
-    QMenu* menu = nullptr;
+    data.lists.clear();
+    QMenu* top = nullptr;
+    QMenu* menu = nullptr;  // that one or a submenu of it
     QActionGroup* radios = nullptr;
     for (const MenuEntry& entry : entries) {
         if (entry.check != MenuEntry::Check::kRadio) radios = nullptr;
         if (entry.kind == MenuEntry::Kind::kTop) {
-            menu = bar.addMenu(ToQString(entry.text));
+            top = menu = bar.addMenu(ToQString(entry.text));
             menu->setToolTipsVisible(true);
             continue;
         }
@@ -162,10 +177,15 @@ void SetMenu(HWND window, std::span<const MenuEntry> entries)
             case MenuEntry::Kind::kItem:
                 radios = JoinRadios(radios, entry, AddItem(window, *menu, nullptr, entry));
                 break;
-            case MenuEntry::Kind::kRecentFiles:
-                data.recentMenu = menu;
-                data.recentEnd = menu->addSeparator();
-                data.recentEnd->setVisible(false);
+            case MenuEntry::Kind::kSubmenu:
+                menu = top->addMenu(ToQString(entry.text));
+                menu->setToolTipsVisible(true);
+                break;
+            case MenuEntry::Kind::kSubmenuEnd:
+                menu = top;
+                break;
+            case MenuEntry::Kind::kList:
+                AddList(window, *menu, entry.id);
                 break;
             default:
                 menu->addSeparator();
@@ -271,21 +291,24 @@ void DrawMenuBar(HWND window)
     if (IsWindow(window) && window->frame) window->frame->menuBar()->repaint();
 }
 
-void SetRecentFileItems(HWND window, int firstId, std::span<const std::string> texts)
+void SetMenuList(HWND window, int firstId, std::span<const std::string> texts)
 {
     MenuData* const data = DataOf(window);
-    if (!data || !data->recentMenu || !data->recentEnd) return;
-    for (const int id : data->recentIds) {
+    if (!data) return;
+    const auto found = data->lists.find(firstId);
+    if (found == data->lists.end() || !found->second.menu || !found->second.end) return;
+    ItemList& list = found->second;
+    for (const int id : list.ids) {
         if (const Item* const item = FindItem(window, id)) RemoveAction(item->action);
         data->items.erase(id);
     }
-    data->recentIds.clear();
+    list.ids.clear();
     int id = firstId;
     for (const std::string& text : texts) {
-        AddItem(window, *data->recentMenu, data->recentEnd, {.kind = MenuEntry::Kind::kItem, .id = id, .text = text});
-        data->recentIds.push_back(id++);
+        AddItem(window, *list.menu, list.end, {.kind = MenuEntry::Kind::kItem, .id = id, .text = text});
+        list.ids.push_back(id++);
     }
-    data->recentEnd->setVisible(!texts.empty());
+    list.end->setVisible(!texts.empty());
 }
 
 int TopMenuCount(HWND window)

@@ -12,7 +12,14 @@ namespace kelvo {
 
 // One line of a menu table, in order. An item's text holds '&' before its letter and, after a tab, the name of its key.
 struct MenuEntry {
-    enum class Kind { kTop, kItem, kSeparator, kRecentFiles };
+    enum class Kind {
+        kTop,
+        kItem,
+        kSeparator,
+        kSubmenu,     // opens beside the item; what follows stands in it
+        kSubmenuEnd,  // what follows stands in the top menu again
+        kList,        // the place of lines that come and go (SetMenuList); id: the command of the first
+    };
     enum class Check {
         kNone,
         kBox,    // on or off
@@ -52,8 +59,10 @@ bool DeleteMenuItem(HWND window, int id);
 bool RestoreMenuItem(HWND window, int id);
 void DrawMenuBar(HWND window);
 
-// The lines at the kRecentFiles place, texts as in MenuEntry: commands firstId, firstId + 1, ...; none hides the place.
-void SetRecentFileItems(HWND window, int firstId, std::span<const std::string> texts);
+// The lines at the place of the list that begins with firstId, texts as in MenuEntry: commands firstId, firstId + 1,
+// ...; none hides the place. Before the menu in which it stands opens, the window gets WM_INITMENUPOPUP with wParam =
+// firstId. Nothing happens where the menu has no such list.
+void SetMenuList(HWND window, int firstId, std::span<const std::string> texts);
 
 // Top menus by position, for user-written functions that fill or remove one.
 int TopMenuCount(HWND window);

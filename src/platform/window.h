@@ -31,8 +31,9 @@ constexpr std::uint32_t WM_COMMAND =
 constexpr std::uint32_t WM_TIMER = 0x0113;  // wParam: the timer's number
 constexpr std::uint32_t WM_HSCROLL =
     0x0114;  // wParam: MakeLong(ScrollCode, position); lParam: the bar's control number
-constexpr std::uint32_t WM_VSCROLL = 0x0115;     // the same
-constexpr std::uint32_t WM_MENUSELECT = 0x011F;  // wParam: the item highlighted
+constexpr std::uint32_t WM_VSCROLL = 0x0115;        // the same
+constexpr std::uint32_t WM_INITMENUPOPUP = 0x0117;  // wParam: the list of a menu that opens (SetMenuList)
+constexpr std::uint32_t WM_MENUSELECT = 0x011F;     // wParam: the item highlighted
 constexpr std::uint32_t WM_ENTERIDLE = 0x0121;  // wParam: 0 a dialog waits, 2 a menu waits; lParam: the dialog's handle
 constexpr std::uint32_t WM_MOUSEMOVE = 0x0200;  // lParam of the mouse messages: MakeLong(x, y) in client coordinates
 constexpr std::uint32_t WM_LBUTTONDOWN = 0x0201;

@@ -20,7 +20,9 @@ struct CommandRow {
         kCheck,        // an item that can be checked
         kRadio,        // an item of which one is checked among those that follow each other
         kSeparator,    //
-        kRecentFiles,  // the place of the files last opened
+        kSubmenu,      // a menu beside an item of it, up to kSubmenuEnd
+        kSubmenuEnd,   //
+        kList,         // the place of lines that come and go, such as the files last opened; id: of the first
         kWithoutItem,  // a command that keys, pointer or other commands give
         kKeyAlone,     // a key or a turn of the mouse that is no command: only the page on keys tells of it
         kHeading,      // what the page on keys puts above the rows that have no item
@@ -101,7 +103,15 @@ constexpr CommandRow Board(CommandRow row)
     return row;
 }
 inline constexpr CommandRow kLine{.kind = Kind::kSeparator};
-inline constexpr CommandRow kRecent{.kind = Kind::kRecentFiles};
+constexpr CommandRow Submenu(std::string_view text)
+{
+    return {.kind = Kind::kSubmenu, .text = text};
+}
+constexpr CommandRow List(int firstId)
+{
+    return {.kind = Kind::kList, .id = firstId};
+}
+inline constexpr CommandRow kSubmenuEnd{.kind = Kind::kSubmenuEnd};
 
 inline constexpr CommandRow kAll[] = {
     Top("&File"),
@@ -130,7 +140,7 @@ inline constexpr CommandRow kAll[] = {
     Board(Item(kCmdPrintBitmap, "&Print bitmap image...\tShift+PrintScrn", 0, "print")),
     Item(kCmdPrinterSetup, "P&rinter setup..."),
     kLine,
-    kRecent,
+    List(kCmdRecentFirst),
     kLine,
     Item(kCmdExit, "E&xit\tCtrl+Q", kHelpExit, "exit"),
 
@@ -171,6 +181,13 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram"),
     Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot),
     Board(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
+    kLine,
+    Submenu("&Scripts"),
+    Item(kCmdScriptWindow, "Script &window", kHelpScripts),
+    Item(kCmdScriptStop, "S&top the script", kHelpScripts),
+    kLine,
+    List(kCmdScriptFirst),
+    kSubmenuEnd,
 
     Top("&View"),
     Item(kCmdViewGoToFrame, "&Go to frame...\tCtrl+G"),

@@ -71,4 +71,10 @@ constexpr int kAccountShownRate = 1006;
 constexpr int kAccountReset = 1007;
 constexpr int kAccountUsed = 1008;
 
+constexpr int kScriptState = 22501;  // "measure.lua: running"
+constexpr int kScriptText = 22502;
+constexpr int kScriptStop = 22503;
+constexpr int kScriptSave = 22504;
+constexpr int kScriptClose = 22505;  // not 2: Escape stops a script first
+
 }  // namespace kelvo

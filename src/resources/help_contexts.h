@@ -79,6 +79,7 @@ constexpr int kHelpUndo = 2050;
 constexpr int kHelpPlaying = 2051;
 constexpr int kHelpRecorded = 2060;
 constexpr int kHelpSaveTiff = 2117;
+constexpr int kHelpScripts = 2250;
 constexpr int kHelpUserFunctions = 2118;
 
 // No page stands for these: help shows the contents instead. They belong to older menus.

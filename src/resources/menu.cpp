@@ -14,7 +14,16 @@ using Kind = CommandRow::Kind;
 
 constexpr bool StandsInMenu(const CommandRow& row)
 {
-    return HasItem(row) || row.kind == Kind::kTop || row.kind == Kind::kSeparator || row.kind == Kind::kRecentFiles;
+    switch (row.kind) {
+        case Kind::kTop:
+        case Kind::kSeparator:
+        case Kind::kSubmenu:
+        case Kind::kSubmenuEnd:
+        case Kind::kList:
+            return true;
+        default:
+            return HasItem(row);
+    }
 }
 
 constexpr bool HasKey(const CommandRow& row)
@@ -29,8 +38,12 @@ constexpr MenuEntry::Kind KindInMenu(Kind kind)
             return MenuEntry::Kind::kTop;
         case Kind::kSeparator:
             return MenuEntry::Kind::kSeparator;
-        case Kind::kRecentFiles:
-            return MenuEntry::Kind::kRecentFiles;
+        case Kind::kSubmenu:
+            return MenuEntry::Kind::kSubmenu;
+        case Kind::kSubmenuEnd:
+            return MenuEntry::Kind::kSubmenuEnd;
+        case Kind::kList:
+            return MenuEntry::Kind::kList;
         default:
             return MenuEntry::Kind::kItem;
     }
@@ -107,6 +120,7 @@ std::span<const Accelerator> MainAccelerators()
 
 int HelpContextOf(int command)
 {
+    if (kCmdScriptFirst <= command && command <= kCmdScriptFirst + kScriptCount) return kHelpScripts;
     const CommandRow* const row = CommandRowOf(command);
     return row == std::end(kCommandList) ? 0 : row->help;
 }

@@ -4,6 +4,7 @@
 #include "platform/dialog.h"
 #include "platform/files.h"
 #include "platform/front.h"
+#include "platform/interrupt.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
@@ -33,6 +34,7 @@ enum class Phase {
     kCallPosted,    // its action is queued
     kCallBegun,     // the action has begun; over when the program waits again
     kResumePosted,  // the script goes on with the next event
+    kBreathing,     // it runs beside the operator, who gets his turn before it goes on
     kFinished,      // the script is over; the program is being closed
 };
 
@@ -56,12 +58,21 @@ struct Engine {
     bool programAskedToClose = false;
     std::string startDirectory;
     ScriptHooks hooks;
+
+    std::optional<IdleUser> waitsAs;       // its hook is set
+    std::optional<BesideListener> beside;  // the script runs beside the operator's work
+    std::size_t bytes = 0;                 // that its Lua state holds
+    bool givesWay = false;                 // it yielded by itself, not by a call
+    bool stopAsked = false;                // while its code has the thread
 };
 Engine engine;
 
 constexpr std::size_t kScriptBytesLimit = std::size_t{16} << 20;
 constexpr int kFailed = 1;
 constexpr std::uint32_t kTimer = 1;
+constexpr std::uint32_t kBreathTimer = 2;
+constexpr int kInstructionsATurn = 100'000;
+constexpr std::size_t kBesideBytesLimit = std::size_t{1} << 30;
 // Live video that stands still that long has stopped.
 constexpr std::int64_t kFrameLimitMs = 10'000;
 // What is left open is dismissed in far fewer steps; beyond them something keeps coming back.
@@ -182,9 +193,24 @@ bool CallIsOver()
 void ProgramWaits();
 std::string RunToNextCall();
 
+void EndBeside(const std::string& failure);
+void Breathe();
+
+void ResumeBeside()
+{
+    const std::string failure = RunToNextCall();
+    if (engine.phase == Phase::kFinished) EndBeside(failure);
+    if (engine.phase == Phase::kBreathing) Breathe();
+    if (engine.phase == Phase::kCallWaiting) ProgramWaits();  // it waits already
+}
+
 void Resume()
 {
     if (engine.phase != Phase::kResumePosted) return;  // the program has ended in between
+    if (engine.beside) {
+        ResumeBeside();
+        return;
+    }
     const std::string failure = RunToNextCall();
     if (!failure.empty()) Fail(failure);
     if (engine.phase == Phase::kFinished && failure.empty()) FailIfSomethingIsOpen();
@@ -266,13 +292,21 @@ std::string RunToNextCall()
     engine.phase = Phase::kRunning;
     int results = 0;
     const int status = lua_resume(engine.thread, engine.lua, std::exchange(engine.firstArguments, 0), &results);
+    if (engine.stopAsked) {
+        engine.phase = Phase::kFinished;
+        return std::string(kStoppedByOperator);
+    }
+    if (status == LUA_YIELD && std::exchange(engine.givesWay, false)) {
+        engine.phase = Phase::kBreathing;
+        return {};
+    }
     if (status == LUA_YIELD) {
         lua_pop(engine.thread, results);
         engine.phase = Phase::kCallWaiting;
         return {};
     }
     engine.phase = Phase::kFinished;
-    if (status == LUA_OK) return TakeResult(engine.thread, results);
+    if (status == LUA_OK) return engine.beside ? std::string() : TakeResult(engine.thread, results);
     return "script failed: " + ErrorText(engine.thread) + "\non screen: " + OnScreen();
 }
 
@@ -298,7 +332,11 @@ LRESULT TimerWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM l
 {
     switch (message) {
         case WM_TIMER:
-            KillTimer(window, kTimer);
+            KillTimer(window, static_cast<std::uint32_t>(wParam));
+            if (wParam == kBreathTimer) {
+                if (engine.phase == Phase::kBreathing) ResumeBeside();
+                return 0;
+            }
             if (engine.framesToGo > 0) {
                 engine.callFailure =
                     Format("frames: %lld more didn't come within 10 s; on screen: %s",
@@ -328,6 +366,12 @@ std::string StartTimer(std::int64_t milliseconds)
     if (!TimerWindow()) return "there is no main window";
     SetTimer(engine.timerWindow, kTimer, milliseconds);
     return {};
+}
+
+// A timer that is due at once: timers of the program, its paint and the operator's input come between.
+void Breathe()
+{
+    if (TimerWindow()) SetTimer(engine.timerWindow, kBreathTimer, 0);
 }
 
 }  // namespace
@@ -362,6 +406,13 @@ Call FramesCall(std::int64_t count)
                     return failure;
                 },
             .takesTime = true};
+}
+
+bool TellPrinted(std::string_view text)
+{
+    if (!engine.beside) return false;
+    engine.beside->printed(text);
+    return true;
 }
 
 bool ProgramHasWaited()
@@ -452,8 +503,9 @@ void SetArguments(lua_State* L, const std::string& path, const std::vector<std::
 
 void CloseEngine()
 {
-    SetIdleHook(nullptr);
+    if (engine.waitsAs) SetIdleHook(nullptr, *engine.waitsAs);
     if (engine.lua) lua_close(engine.lua);
+    if (engine.timerWindow) DestroyWindow(engine.timerWindow);
     ScriptHooks hooks = std::move(engine.hooks);
     engine = Engine{};
     engine.hooks = std::move(hooks);
@@ -467,7 +519,9 @@ std::string_view WithoutInterpreterLine(std::string_view source)
     return end == std::string_view::npos ? std::string_view{} : source.substr(end);
 }
 
-bool Load(const std::string& path, const std::vector<std::string>& arguments, std::string& error)
+// name: what errors call it.
+bool Load(const std::string& path, const std::string& name, const std::vector<std::string>& arguments,
+          std::string& error)
 {
     std::error_code code;
     engine.startDirectory = std::filesystem::current_path(code).string();
@@ -489,7 +543,7 @@ bool Load(const std::string& path, const std::vector<std::string>& arguments, st
 
     engine.thread = lua_newthread(engine.lua);  // stays on the state's stack: it is never collected
     const std::string_view chunk = WithoutInterpreterLine(*source);
-    if (luaL_loadbufferx(engine.thread, chunk.data(), chunk.size(), ("@" + path).c_str(), "t") != LUA_OK) {
+    if (luaL_loadbufferx(engine.thread, chunk.data(), chunk.size(), ("@" + name).c_str(), "t") != LUA_OK) {
         error = lua_tostring(engine.thread, -1);
         return false;
     }
@@ -497,6 +551,73 @@ bool Load(const std::string& path, const std::vector<std::string>& arguments, st
     for (const std::string& argument : arguments) lua_pushlstring(engine.thread, argument.data(), argument.size());
     engine.firstArguments = static_cast<int>(arguments.size());
     return true;
+}
+
+void ListenAs(IdleUser user)
+{
+    engine.waitsAs = user;
+    SetIdleHook(ProgramWaits, user);
+}
+
+// --- Beside the operator's work -----------------------------------------------------------------------------------
+
+void* AllocateWithinLimit(void* used, void* block, std::size_t oldSize, std::size_t newSize)
+{
+    std::size_t& bytes = *static_cast<std::size_t*>(used);
+    const std::size_t before = block ? oldSize : 0;  // without a block it tells a kind
+    if (newSize == 0) {
+        std::free(block);
+        bytes -= before;
+        return nullptr;
+    }
+    if (newSize > before && bytes + (newSize - before) > kBesideBytesLimit) return nullptr;
+    void* const grown = std::realloc(block, newSize);
+    if (grown) bytes = bytes - before + newSize;
+    return grown;
+}
+
+void GiveWay(lua_State* L, lua_Debug* /*where*/)
+{
+    if (!engine.stopAsked && lua_isyieldable(L)) {
+        engine.givesWay = true;
+        lua_yield(L, 0);
+        return;
+    }
+    // Inside a function that C code calls back there is no way out but an error, again and again for one who catches
+    // it.
+    engine.stopAsked = engine.stopAsked || EscapeCame();
+    if (!engine.stopAsked) return;
+    lua_sethook(L, GiveWay, LUA_MASKCOUNT, 1);
+    luaL_error(L, "%s", std::string(kStoppedByOperator).c_str());
+}
+
+// Reading from a terminal would stop the program.
+void EmptyStandardInput(lua_State* L)
+{
+    if (luaL_dostring(L, "io.input('/dev/null') io.stdin = nil") != LUA_OK) lua_pop(L, 1);
+}
+
+void Confine()
+{
+    lua_State* L = engine.lua;
+    constexpr std::size_t kKilobyte = 1024;
+    engine.bytes = static_cast<std::size_t>(lua_gc(L, LUA_GCCOUNT)) * kKilobyte +
+                   static_cast<std::size_t>(lua_gc(L, LUA_GCCOUNTB));
+    lua_setallocf(L, AllocateWithinLimit, &engine.bytes);
+    EmptyStandardInput(L);
+    lua_sethook(engine.thread, GiveWay, LUA_MASKCOUNT, kInstructionsATurn);
+}
+
+void EndBeside(const std::string& failure)
+{
+    const BesideListener listener = *engine.beside;
+    CloseEngine();
+    listener.ended(failure);
+}
+
+std::string NameOfFile(const std::string& path)
+{
+    return std::filesystem::path(path).filename().string();
 }
 
 }  // namespace
@@ -511,7 +632,7 @@ void SetScriptHooks(ScriptHooks hooks)
 bool StartScript(const std::string& path, const std::vector<std::string>& arguments, std::string& error)
 {
     using namespace script;
-    if (!Load(path, arguments, error)) {
+    if (!Load(path, path, arguments, error)) {
         CloseEngine();
         return false;
     }
@@ -520,7 +641,7 @@ bool StartScript(const std::string& path, const std::vector<std::string>& argume
         CloseEngine();
         return false;
     }
-    SetIdleHook(ProgramWaits);
+    ListenAs(IdleUser::kInFront);
     return true;
 }
 
@@ -529,9 +650,55 @@ bool ScriptRuns()
     return script::engine.phase != script::Phase::kNone && script::engine.phase != script::Phase::kFinished;
 }
 
+bool StartScriptBeside(const std::string& path, BesideListener listener, std::string& error)
+{
+    using namespace script;
+    if (engine.phase != Phase::kNone) {
+        error = "another script runs";
+        return false;
+    }
+    if (!Load(path, NameOfFile(path), {}, error)) {
+        CloseEngine();
+        return false;
+    }
+    engine.beside = std::move(listener);
+    Confine();
+    engine.programHasWaited = true;
+    engine.phase = Phase::kResumePosted;
+    ListenAs(IdleUser::kBeside);
+    PostAction(Resume);
+    return true;
+}
+
+bool ScriptRunsBeside()
+{
+    return script::engine.beside.has_value();
+}
+
+void StopScriptBeside()
+{
+    using namespace script;
+    if (!engine.beside) return;
+    if (engine.phase == Phase::kRunning) {
+        engine.stopAsked = true;
+    } else {
+        EndBeside(std::string(kStoppedByOperator));
+    }
+}
+
+bool StopScriptByEscape()
+{
+    using namespace script;
+    const bool itsOwn = engine.phase == Phase::kCallBegun && engine.call.name == "key";
+    if (!engine.beside || itsOwn) return false;
+    StopScriptBeside();
+    return true;
+}
+
 int FinishScript(int programExitCode)
 {
     using namespace script;
+    if (engine.beside) CloseEngine();
     if (engine.phase == Phase::kNone) return programExitCode;
 
     SetIdleHook(nullptr);
@@ -562,7 +729,7 @@ void NoteScriptFrame()
 
 void NoteScriptExitCode(int code, std::string_view why)
 {
-    if (!ScriptRuns()) return;
+    if (!ScriptRuns() || ScriptRunsBeside()) return;
     script::engine.notedExitCode = std::max(script::engine.notedExitCode, code);
     script::Report(why);
 }

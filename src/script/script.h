@@ -4,6 +4,9 @@
 // the program next waits, inside modal dialogs and message boxes too. What only looks reads at once. Before the program
 // has waited for the first time both wait for that moment, so that a script's first line finds the boxes of the start.
 //
+// A script that the operator starts from the menu runs beside his work in the same way, and ends without an end of the
+// program. One script runs at a time.
+//
 // main() calls it like this:
 //
 //     StartApplication(commandLine);
@@ -80,8 +83,30 @@ void SetScriptHooks(ScriptHooks hooks);
 // fails so early; then no script runs. After StartApplication, before the first window.
 bool StartScript(const std::string& path, const std::vector<std::string>& arguments, std::string& error);
 
-// True from StartScript to the end of the script.
+// True from the start of a script to its end.
 bool ScriptRuns();
+
+// Who hears of a script that runs beside the operator's work. Texts are UTF-8.
+struct BesideListener {
+    std::function<void(std::string_view text)> printed;     // a call of print, without a newline at its end
+    std::function<void(const std::string& failure)> ended;  // empty: it came to its end
+};
+inline constexpr std::string_view kStoppedByOperator = "stopped by the operator";
+
+// Reads and compiles the script and lets it run from the next event on, while the operator goes on working. Relative
+// names in its calls mean the working directory. Lua code that makes no call of ours gives way to the operator each
+// 100000 instructions; more than 1 GB of memory is an error of the script; standard input is empty for it. What it
+// returns, and exit codes of its recordings, concern nobody. An error, whatever it is, is told to the listener with
+// file name and line, and what was on the screen. False with a message where it can't be read or compiled, or another
+// script runs: then the listener hears nothing. After the first window; the listener isn't called any more once the
+// program ends.
+bool StartScriptBeside(const std::string& path, BesideListener listener, std::string& error);
+bool ScriptRunsBeside();
+// Ends it where it stands: what it began (a dialog it opened, a recording) stays. The listener hears
+// kStoppedByOperator.
+void StopScriptBeside();
+// The same by the Escape key; but one that the script itself presses doesn't count. False: it goes on, or none runs.
+bool StopScriptByEscape();
 
 // After the program has ended: a script that isn't finished goes on once, so that it can read the transcript and module
 // state; acting calls fail from here on. The exit code of the process: the script's (the number that it returned, 1

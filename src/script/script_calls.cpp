@@ -775,8 +775,10 @@ int Print(lua_State* L)
         text.append(part, length);
         lua_pop(L, 1);
     }
-    std::fprintf(stdout, "%s\n", text.c_str());
-    std::fflush(stdout);
+    if (!TellPrinted(text)) {
+        std::fprintf(stdout, "%s\n", text.c_str());
+        std::fflush(stdout);
+    }
     Transcribe("print", {{"text", text}});
     return 0;
 }

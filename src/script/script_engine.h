@@ -29,6 +29,9 @@ int Await(lua_State* L, Call call, lua_KFunction then = nullptr);
 Call WaitCall(std::int64_t milliseconds);
 Call FramesCall(std::int64_t count);
 
+// A line of print, to who listens to a script that runs beside the operator's work; false where none does.
+bool TellPrinted(std::string_view text);
+
 bool ProgramHasWaited();  // it has come to its first wait for the operator
 bool ProgramHasEnded();
 

@@ -26,7 +26,9 @@
 #include "shell/color_scale.h"
 #include "shell/desktop_commands.h"
 #include "shell/frame_account_window.h"
+#include "shell/menu_scripts.h"
 #include "shell/saturation_overlay.h"
+#include "shell/script_window.h"
 #include "shell/shutdown.h"
 #include "shell/undo.h"
 #include "shell/window_state.h"
@@ -154,6 +156,8 @@ constexpr Command kCommands[] = {
     {kCmdRecorder, Then<OpenRecorderWindow>},
     {kCmdRecorderTrigger, Then<TriggerByHand, CommandEnd::kLeaveStatus>},
     {kCmdRecorderMark, Then<MarkByHand, CommandEnd::kLeaveStatus>},
+    {kCmdScriptWindow, Then<OpenScriptWindow, CommandEnd::kLeaveStatus>},
+    {kCmdScriptStop, Then<StopMenuScript, CommandEnd::kLeaveStatus>},
 };
 
 // A key of a grey item.
@@ -175,6 +179,12 @@ CommandEnd OpenRecent(int id)
     return OpenRecentFile(static_cast<std::size_t>(id - kCmdRecentFirst));
 }
 
+CommandEnd StartMenuScript(int id)
+{
+    RunMenuScript(id);
+    return CommandEnd::kLeaveStatus;
+}
+
 // Commands that differ by their number alone.
 struct CommandRange {
     int first;
@@ -187,6 +197,7 @@ constexpr CommandRange kRanges[] = {
     {kCmdNoUserFunction, kCmdNoUserFunction, UserCommand},
     {kCmdUserFirst, kCmdUserLast, UserCommand},
     {kCmdRecentFirst, kCmdRecentFirst + kRecentFileCount - 1, OpenRecent},
+    {kCmdScriptFirst, kCmdScriptFirst + kScriptCount, StartMenuScript},
 };
 
 constexpr const CommandRange* CommandRangeOf(int id)

@@ -38,8 +38,8 @@ int RunWithWindows(const CommandLine& commandLine)
         std::fprintf(stderr, "kelvo: can't write the transcript %s\n", commandLine.transcriptFile.c_str());
         return 2;
     }
+    ConnectScripts();
     if (!commandLine.scriptFile.empty()) {
-        ConnectScripts();
         std::string error;
         if (!StartScript(commandLine.scriptFile, commandLine.scriptArguments, error)) {
             std::fprintf(stderr, "%s\n", error.c_str());

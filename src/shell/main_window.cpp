@@ -18,6 +18,7 @@
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/commands.h"
+#include "shell/menu_scripts.h"
 #include "shell/second_start.h"
 #include "shell/shutdown.h"
 #include "shell/start_options.h"
@@ -227,6 +228,15 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
     return RunCommand(window, id);
 }
 
+void OnEscape()
+{
+    if (TrackballMode) {
+        ToggleTrackballMode();
+    } else {
+        StopScriptByEscape();
+    }
+}
+
 // One drag of a thumb is one step to take back; clicks and turns of the wheel on a bar are a run.
 void OnPictureScroll(PictureScroll what)
 {
@@ -285,7 +295,7 @@ LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
             TrackballPointerLeft();
             return 0;
         case WM_KEYDOWN:
-            if (static_cast<Key>(wParam) == Key::kEscape && TrackballMode) ToggleTrackballMode();
+            if (static_cast<Key>(wParam) == Key::kEscape) OnEscape();
             return 0;
         case WM_DROPFILES:
             OpenStoredFiles(DroppedFiles());
@@ -304,6 +314,9 @@ LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
             return 0;
         case WM_MBUTTONUP:
             ReleasePicture();
+            return 0;
+        case WM_INITMENUPOPUP:
+            if (wParam == kCmdScriptFirst) ListScriptsInMenu();
             return 0;
         case WM_INITDIALOG:
         case WM_MENUSELECT:

@@ -44,7 +44,7 @@ void ShowInMenu()
     if (!hWndMain) return;
     std::vector<std::string> texts;
     for (std::size_t i = 0; i < recentFiles.size(); ++i) texts.push_back(MenuText(i, recentFiles[i]));
-    SetRecentFileItems(hWndMain, kCmdRecentFirst, texts);
+    SetMenuList(hWndMain, kCmdRecentFirst, texts);
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ constexpr MenuEntry kMenu[] = {
     {Kind::kItem, 106, "&Save image...\tF3", "save"},
     {Kind::kItem, 107, "&Load image...\tF6", "load"},
     {Kind::kSeparator, 0, ""},
-    {Kind::kRecentFiles, 0, ""},
+    {Kind::kList, 2100, ""},
     {Kind::kItem, 119, "E&xit\tCtrl+Q"},
     {Kind::kTop, 0, "&Image"},
     {Kind::kItem, 151, "&Image cursor\tF8", "", Check::kBox},
@@ -206,17 +206,17 @@ TEST(Menu, AGreyItemTellsWhy)
     EXPECT_THAT(SeenCommands(), testing::IsEmpty());
 }
 
-TEST(Menu, RecentFilesStandAtTheirPlace)
+TEST(Menu, LinesThatComeAndGoStandAtTheirPlace)
 {
     TestOperator op;
     HWND window = WindowWithMenu();
     const std::vector<std::string> files = {"&1 a.img", "&2 b && c.seq"};
-    SetRecentFileItems(window, 2100, files);
+    SetMenuList(window, 2100, files);
     EXPECT_THAT(Shown(TopMenu(window, 0)), ElementsAre("&Save image...\tF3", "&Load image...\tF6", "---", "&1 a.img",
                                                        "&2 b && c.seq", "---", "E&xit\tCtrl+Q"));
     TopMenu(window, 0)->actions().at(4)->trigger();
     EXPECT_THAT(SeenCommands(), ElementsAre(2101));
-    SetRecentFileItems(window, 2100, {});
+    SetMenuList(window, 2100, {});
     EXPECT_THAT(Shown(TopMenu(window, 0)),
                 ElementsAre("&Save image...\tF3", "&Load image...\tF6", "---", "E&xit\tCtrl+Q"));
     EXPECT_FALSE(GetMenuItem(window, 2100));

@@ -58,7 +58,9 @@
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
 #include "shell/main_window.h"
+#include "shell/menu_scripts.h"
 #include "shell/saturation_overlay.h"
+#include "shell/script_window.h"
 #include "shell/second_start.h"
 #include "shell/shutdown.h"
 #include "shell/start_options_write.h"
@@ -120,6 +122,8 @@ void EndRuns()
 
 constexpr void (*kModules[])() = {
     EndRuns,
+    ResetMenuScripts,
+    ResetScriptWindow,
     ResetScript,  // these are closed while there is an application
     ResetExternalSignal,
     ResetPlatform,

@@ -805,6 +805,7 @@ dialogs.without_row = {
   ACCOUNT = "stays open beside the main window; its one button counts anew",
   BENCH = "stays open beside the main window; each control acts at once, on the bench alone",
   RECORDER = "stays open beside the main window and keeps what is typed; recorder_window.lua works it",
+  SCRIPT = "stays open beside the main window and tells what a script of the menu printed",
   PANEL = "is no dialog: each control acts at once",
   PLAYBAR = "is no dialog: each control acts at once",
   FRAMERATE = "comes up with a head that runs by an external clock, and none of today does",
