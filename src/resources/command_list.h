@@ -171,6 +171,7 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram"),
     Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot),
     Board(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
+    Item(kCmdNoise, "&Noise...", kHelpNoise),
 
     Top("&View"),
     Item(kCmdViewGoToFrame, "&Go to frame...\tCtrl+G"),
