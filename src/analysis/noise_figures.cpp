@@ -17,10 +17,23 @@ constexpr float kDeadGain = 0.001F;  // pixel/bad_pixels.h, IdentifyBadDet
 constexpr double kMillikelvin = 1000;
 constexpr double kPartThatIsntWorst = 0.99;
 
-bool IsBad(std::size_t pixel, std::span<const float> gains, std::span<const std::uint8_t> bad)
+// Of an image pixel; nullopt where it has no sums, no gain that says anything, or is marked.
+std::optional<std::size_t> GoodEntry(std::size_t pixel, const NoiseLists& lists, std::size_t sums)
 {
-    if (pixel < bad.size() && bad[pixel] != 0) return true;
-    return pixel < gains.size() && !(std::fabs(gains[pixel]) > kDeadGain);
+    if (pixel < lists.bad.size() && lists.bad[pixel] != 0) return std::nullopt;
+    if (!lists.order.empty() && pixel >= lists.order.size()) return std::nullopt;
+    const std::size_t entry = lists.order.empty() ? pixel : lists.order[pixel];
+    if (entry >= sums) return std::nullopt;
+    if (lists.gains.empty()) return entry;
+    if (entry >= lists.gains.size() || !(std::fabs(lists.gains[entry]) > kDeadGain)) return std::nullopt;
+    return entry;
+}
+
+double MeanOfPixel(std::size_t pixel, const NoiseLists& lists, const NoiseSums& sums)
+{
+    if (lists.order.empty()) return sums.MeanOf(pixel);
+    const bool has = pixel < lists.order.size() && lists.order[pixel] < sums.Pixels();
+    return has ? sums.MeanOf(lists.order[pixel]) : 0;
 }
 
 double MedianOf(std::span<const float> sorted)
@@ -72,24 +85,26 @@ std::optional<double> CountsPerDegree(const NoisePair& pair)
     return std::fabs(counts / degrees);
 }
 
-std::optional<PixelNoise> NoiseOf(const NoiseSums& sums, std::span<const float> gains,
-                                  std::span<const std::uint8_t> bad, std::optional<double> countsPerDegree)
+std::optional<PixelNoise> NoiseOf(const NoiseSums& sums, const NoiseLists& lists, std::optional<double> countsPerDegree)
 {
     PixelNoise noise;
     const std::size_t pixels = sums.Pixels();
     if (!AllocateBlock(noise.mean, pixels) || !AllocateBlock(noise.deviation, pixels)) return std::nullopt;
     if (countsPerDegree && !AllocateBlock(noise.netd, pixels)) return std::nullopt;
+    std::ranges::fill(noise.deviation, kNoNumber);
+    std::ranges::fill(noise.netd, kNoNumber);
     for (std::size_t i = 0; i < pixels; ++i) {
-        const bool isBad = IsBad(i, gains, bad);
-        const double deviation = sums.DeviationOf(i);
-        noise.mean[i] = static_cast<float>(sums.MeanOf(i));
-        noise.deviation[i] = isBad ? kNoNumber : static_cast<float>(deviation);
-        noise.badPixels += isBad ? 1 : 0;
+        noise.mean[i] = static_cast<float>(MeanOfPixel(i, lists, sums));
+        const std::optional<std::size_t> entry = GoodEntry(i, lists, pixels);
+        if (!entry) {
+            ++noise.badPixels;
+            continue;
+        }
+        const double deviation = sums.DeviationOf(*entry);
+        noise.deviation[i] = static_cast<float>(deviation);
         if (!countsPerDegree) continue;
-        const bool hasGain = gains.empty() || i < gains.size();
-        const double gain = gains.empty() || !hasGain ? 1 : std::fabs(static_cast<double>(gains[i]));
-        noise.netd[i] =
-            isBad || !hasGain ? kNoNumber : static_cast<float>(deviation / (gain * *countsPerDegree) * kMillikelvin);
+        const double gain = lists.gains.empty() ? 1 : std::fabs(static_cast<double>(lists.gains[*entry]));
+        noise.netd[i] = static_cast<float>(deviation / (gain * *countsPerDegree) * kMillikelvin);
     }
     return noise;
 }

@@ -59,19 +59,25 @@ struct NoisePair {
 // temperatures are equal.
 std::optional<double> CountsPerDegree(const NoisePair& pair);
 
-// In image order, one entry a pixel. A bad pixel isn't a number in deviation and netd, one without a gain isn't in
-// netd. mean has them all.
+// Where the pixels of the image are found among the sums, and what is known of them. Each list may be empty.
+struct NoiseLists {
+    std::span<const std::uint32_t>
+        order;                          // for each image pixel the index of its sums; empty: they stand in image order
+    std::span<const float> gains;       // one for each of the sums; empty: the frames are corrected
+    std::span<const std::uint8_t> bad;  // one for each image pixel, non-zero for a bad one; empty: none is
+};
+
+// In image order, one entry a pixel. A bad pixel isn't a number in deviation and netd.
 struct PixelNoise {
-    std::vector<float> mean;       // counts
+    std::vector<float> mean;       // counts; 0 of a pixel that has no sums
     std::vector<float> deviation;  // counts
     std::vector<float> netd;       // millikelvin; empty without countsPerDegree
     std::size_t badPixels = 0;
 };
-// gains: one a pixel, or empty where the frames are corrected (1); a gain within +-0.001 says that the detector doesn't
-// follow the flux, and the pixel counts as bad. bad: one a pixel, non-zero for each bad one, or empty for none. nullopt
-// where memory is refused.
-std::optional<PixelNoise> NoiseOf(const NoiseSums& sums, std::span<const float> gains,
-                                  std::span<const std::uint8_t> bad, std::optional<double> countsPerDegree);
+// A gain within +-0.001 says that the detector doesn't follow the flux: its pixel counts as bad, and so does one whose
+// entry of the order or of the gains is missing. nullopt where memory is refused.
+std::optional<PixelNoise> NoiseOf(const NoiseSums& sums, const NoiseLists& lists,
+                                  std::optional<double> countsPerDegree);
 
 // What the values of all pixels measure; those that aren't numbers are left out. All 0 where none is left.
 struct NoiseFigures {

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <charconv>
+#include <span>
 
 namespace kelvo {
 
@@ -22,9 +23,7 @@ int WriteFigures(const std::string& path, const std::string& figures)
     return ReplaceFile(path, ToUtf8(figures)) ? 0 : kDibErrorOpen;
 }
 
-}  // namespace
-
-void SavePlot(HWND dialog, const std::function<std::string()>& csv)
+void Save(HWND dialog, const std::function<std::string()>& csv, std::span<const FileFilter> kinds, const PlotKind* more)
 {
     // Before the file dialog stands over it.
     const Dib picture = CaptureWindowDib(dialog, kCaptureWindow);
@@ -33,17 +32,31 @@ void SavePlot(HWND dialog, const std::function<std::string()>& csv)
         return;
     }
     std::string path = "*.bmp";
-    if (!SelectFile(dialog, path, kSelectToSave, nullptr, std::array{kFigures})) return;
+    if (!SelectFile(dialog, path, kSelectToSave, nullptr, kinds)) return;
     const Hourglass hourglass;
     std::string extension;
     SplitPath(path, nullptr, nullptr, nullptr, &extension);
     int error = 0;
     if (EqualIgnoringCase(extension, ".csv")) {
         error = WriteFigures(path, csv());
+    } else if (more && EqualIgnoringCase(extension, more->extension)) {
+        error = more->write(path) ? 0 : kDibErrorOpen;
     } else {
         error = EqualIgnoringCase(extension, ".png") ? SavePng(picture, path) : SaveDib(picture, path);
     }
     if (error != 0) DibError(error);
+}
+
+}  // namespace
+
+void SavePlot(HWND dialog, const std::function<std::string()>& csv)
+{
+    Save(dialog, csv, std::array{kFigures}, nullptr);
+}
+
+void SavePlot(HWND dialog, const std::function<std::string()>& csv, const PlotKind& more)
+{
+    Save(dialog, csv, std::array{kFigures, FileFilter{more.name, more.pattern}}, &more);
 }
 
 std::string CsvNote(std::string_view name, std::string_view value)

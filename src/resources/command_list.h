@@ -188,6 +188,7 @@ inline constexpr CommandRow kAll[] = {
     kLine,
     List(kCmdScriptFirst),
     kSubmenuEnd,
+    Item(kCmdNoise, "&Noise...", kHelpNoise),
 
     Top("&View"),
     Item(kCmdViewGoToFrame, "&Go to frame...\tCtrl+G"),

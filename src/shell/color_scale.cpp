@@ -6,7 +6,6 @@
 #include "imagefile/header.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
-#include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/ids.h"
@@ -18,7 +17,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <numeric>
 
@@ -42,10 +40,6 @@ constexpr int kTickRight = 42;
 constexpr int kLabelLeft = 47;
 constexpr int kTitleTop = 6;
 constexpr int kLeastLines = 6;  // a window lower than that many lines of text has no scale
-
-constexpr double kLargestValue = 1e12;
-constexpr int kMostDecimals = 9;
-constexpr double kLinesATick = 2.0;  // lines of text from one tick to the next, at least
 
 // What the scale shows: painted again when one of them changes.
 struct Shown {
@@ -74,31 +68,6 @@ std::int32_t UnitOnView()
 bool ValuesAreCounts(const ScaleLine& line)
 {
     return line.lowValue == line.counts.low && line.highValue == line.counts.high;
-}
-
-// Long enough that ticks of single precision differ, and small enough to be written beside them.
-bool HasLength(const ScaleLine& line)
-{
-    constexpr double kSmallestSpan = 1e-6;  // in the unit
-    constexpr double kSmallestPart = 1e-6;  // of the values
-    const double largest = std::max(std::fabs(line.lowValue), std::fabs(line.highValue));
-    const double span = std::fabs(line.highValue - line.lowValue);
-    return line.counts.Span() > 0 && largest < kLargestValue && span > kSmallestSpan && span > kSmallestPart * largest;
-}
-
-// 1, 2 or 5 times a power of ten, at least the given distance.
-double RoundStep(double least)
-{
-    const double power = std::pow(10.0, std::floor(std::log10(least)));
-    for (const double factor : {1.0, 2.0, 5.0}) {
-        if (factor * power >= least * (1 - 1e-9)) return factor * power;
-    }
-    return 10 * power;
-}
-
-int DecimalsOf(double step)
-{
-    return std::clamp(static_cast<int>(-std::floor(std::log10(step) + 1e-9)), 0, kMostDecimals);
 }
 
 Rect PlaceInMain()
@@ -267,30 +236,6 @@ ScaleLine ScaleLineOf(CountRange counts, std::int32_t unit)
                    static_cast<double>(CountsToUnit(counts.high, unit, nullptr)), false};
     line.whole = ValuesAreCounts(line);
     return line;
-}
-
-std::vector<ScaleTick> PlaceScaleTicks(const ScaleLine& line, int top, int bottom, int labelHeight)
-{
-    const double span = line.highValue - line.lowValue;
-    const int height = bottom - top;
-    if (!HasLength(line) || height <= 0 || labelHeight <= 0) return {};
-
-    const double apart = kLinesATick * labelHeight;
-    double step = RoundStep(std::fabs(span) * std::min(apart / height, 1.0));
-    if (line.whole) step = std::max(step, 1.0);
-    const int decimals = DecimalsOf(step);
-
-    std::vector<ScaleTick> ticks;
-    const double low = std::min(line.lowValue, line.highValue);
-    const double high = std::max(line.lowValue, line.highValue);
-    const auto last = static_cast<std::int64_t>(std::floor(high / step + 1e-9));
-    for (auto multiple = static_cast<std::int64_t>(std::ceil(low / step - 1e-9)); multiple <= last; ++multiple) {
-        const double value = static_cast<double>(multiple) * step;
-        const double along = std::clamp((value - line.lowValue) / span, 0.0, 1.0);
-        const int y = std::min(bottom - static_cast<int>(std::lround(along * height)), bottom - 1);
-        ticks.push_back({value, y, Format("%.*f", decimals, value)});
-    }
-    return ticks;
 }
 
 void OpenColorScale()

@@ -3,6 +3,7 @@
 #include "analysis/histogram_dialog.h"
 #include "analysis/image_math_dialog.h"
 #include "analysis/line_plot_dialog.h"
+#include "analysis/noise_dialog.h"
 #include "analysis/statistics_command.h"
 #include "badpixel/image_commands.h"
 #include "calib/calibration_commands.h"
@@ -70,6 +71,12 @@ void CombineImages()
     ImageMathDialog(hWndMain);
 }
 
+CommandEnd NoiseOfPixels()
+{
+    StopPlaying();
+    return MeasureNoise();
+}
+
 void OpenBench()
 {
     OpenBenchWindow(hWndMain);
@@ -119,6 +126,7 @@ constexpr Command kCommands[] = {
     {kCmdHistogram, ShowHistogram},
     {kCmdLinePlot, LinePlot},
     {kCmdImageMath, Then<CombineImages, CommandEnd::kLeaveStatus>},
+    {kCmdNoise, NoiseOfPixels},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
     {kCmdHelpSearch, Then<SearchHelp>},

@@ -81,7 +81,7 @@ TEST(NoiseFigures, ReferTheNoiseOfRawCountsToThePixelsOwnResponse)
     const NoiseSums sums = SumsOf({{0, 0, 0, 0, 0}, {4, 4, 4, 4, 4}});
     const std::vector<float> gains = {1.0F, 2.0F, -0.5F, 0.001F, 1.0F};
     const std::vector<std::uint8_t> bad = {0, 0, 0, 0, 1};
-    const PixelNoise noise = NoiseOf(sums, gains, bad, 80.0).value();
+    const PixelNoise noise = NoiseOf(sums, {.order = {}, .gains = gains, .bad = bad}, 80.0).value();
     const double mean = std::sqrt(8.0) / 80 * 1000;
     EXPECT_FLOAT_EQ(noise.netd[0], static_cast<float>(mean));
     EXPECT_FLOAT_EQ(noise.netd[1], static_cast<float>(mean / 2));
@@ -98,19 +98,39 @@ TEST(NoiseFigures, ReferTheNoiseOfRawCountsToThePixelsOwnResponse)
 TEST(NoiseFigures, TakeCorrectedCountsAsTheyAre)
 {
     const NoiseSums sums = SumsOf({{0, 0}, {4, 8}});
-    const PixelNoise noise = NoiseOf(sums, {}, {}, 80.0).value();
+    const PixelNoise noise = NoiseOf(sums, {}, 80.0).value();
     EXPECT_FLOAT_EQ(noise.netd[0], std::sqrt(8.0F) / 80 * 1000);
     EXPECT_FLOAT_EQ(noise.netd[1], std::sqrt(32.0F) / 80 * 1000);
     EXPECT_EQ(noise.badPixels, 0U);
-    EXPECT_THAT(NoiseOf(sums, {}, {}, std::nullopt)->netd, IsEmpty());
+    EXPECT_THAT(NoiseOf(sums, {}, std::nullopt)->netd, IsEmpty());
 }
 
-TEST(NoiseFigures, OfAPixelBeyondTheGainsHaveNoNetd)
+// Raw frames lie in readout order, and so do their gains.
+TEST(NoiseFigures, FindThePixelsOfAnImageInTheOrderOfTheReadout)
 {
-    const PixelNoise noise = NoiseOf(SumsOf({{0, 0}, {4, 4}}), std::vector<float>{1.0F}, {}, 80.0).value();
-    EXPECT_FALSE(std::isnan(noise.netd[0]));
-    EXPECT_TRUE(std::isnan(noise.netd[1]));
-    EXPECT_FALSE(std::isnan(noise.deviation[1]));
+    const NoiseSums sums = SumsOf({{0, 0, 0, 0}, {2, 4, 6, 8}});
+    const std::vector<std::uint32_t> order = {3, 1, 1, 4};  // the last reaches no detector
+    const std::vector<float> gains = {1, 2, 1, 4};
+    const std::vector<std::uint8_t> bad = {0, 0, 1, 0};
+    const PixelNoise noise = NoiseOf(sums, {.order = order, .gains = gains, .bad = bad}, 1.0).value();
+    EXPECT_THAT(noise.mean, ElementsAre(4, 2, 2, 0));
+    EXPECT_FLOAT_EQ(noise.deviation[0], std::sqrt(32.0F));
+    EXPECT_FLOAT_EQ(noise.netd[0], std::sqrt(32.0F) / 4 * 1000);
+    EXPECT_FLOAT_EQ(noise.netd[1], std::sqrt(8.0F) / 2 * 1000);
+    EXPECT_TRUE(std::isnan(noise.deviation[2]));
+    EXPECT_TRUE(std::isnan(noise.deviation[3]));
+    EXPECT_EQ(noise.badPixels, 2U);
+}
+
+TEST(NoiseFigures, LeaveOutWhatTheListsDontReach)
+{
+    const NoiseSums sums = SumsOf({{0, 0}, {4, 4}});
+    const std::vector<float> gains = {1.0F};
+    EXPECT_TRUE(std::isnan(NoiseOf(sums, {.order = {}, .gains = gains, .bad = {}}, 80.0)->netd[1]));
+    const std::vector<std::uint32_t> order = {1};
+    const PixelNoise noise = NoiseOf(sums, {.order = order, .gains = {}, .bad = {}}, std::nullopt).value();
+    EXPECT_FALSE(std::isnan(noise.deviation[0]));
+    EXPECT_TRUE(std::isnan(noise.deviation[1]));
 }
 
 TEST(NoiseFigures, NameMedianRmsAndTheWorstOneInAHundred)
@@ -157,7 +177,7 @@ TEST(NoiseFigures, AreGivenUpWhereMemoryIsRefused)
     const NoiseSums sums = SumsOf({{1}, {2}});
     for (const int refused : {1, 2, 3}) {
         FailAllocation(refused);
-        EXPECT_FALSE(NoiseOf(sums, {}, {}, 80.0)) << refused;
+        EXPECT_FALSE(NoiseOf(sums, {}, 80.0)) << refused;
     }
     FailAllocation(1);
     EXPECT_FALSE(FiguresOfNoise(std::vector<float>{1.0F}));

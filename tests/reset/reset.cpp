@@ -8,6 +8,7 @@
 #include "analysis/line_plot_view.h"
 #include "analysis/line_settings.h"
 #include "analysis/line_setup.h"
+#include "analysis/noise_dialog.h"
 #include "badpixel/geometry_dialog.h"
 #include "badpixel/geometry_dialog_mark.h"
 #include "calib/apply_dialog.h"
@@ -194,6 +195,7 @@ constexpr void (*kModules[])() = {
     ForgetUnsavedSet,
     ResetApplyDialog,
     ResetImageMathDialog,
+    ResetNoiseDialog,
     ResetVoltageCalibration,
     ResetGeometryDialog,
     ResetMark,

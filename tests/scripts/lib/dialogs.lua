@@ -394,6 +394,33 @@ rows.IMGMATH = {
   },
 }
 
+rows.NOISE = {
+  setup = function() drop(datadir() .. "/sequence.img") end,
+  open = opens(2230, "NOISE"),
+  texts = { [22303] = "some.seq", [22305] = "some.cal", [22307] = "16" },
+  buttons = {
+    [22304] = function()
+      press(22304)
+      assert(file(), "the file selection is in front")
+      cancel()
+    end,
+    [22306] = function()
+      press(22306)
+      assert(file(), "the file selection is in front")
+      cancel()
+    end,
+  },
+  kept = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  refused_first = function() press(22302) end,
+  refused = {
+    { set = { [22307] = "1" }, box = "Please enter 2 to 65535 frames." },
+    { set = { [22307] = "2", [22303] = "" }, box = "Please name the file whose frames are to be measured." },
+    { set = { [22303] = "none.seq" }, box = "none.seq can't be opened." },
+    { set = { [22303] = function() return datadir() .. "/sequence.img" end, [22307] = "4" }, box = "sequence.img holds only 3 frames." },
+    { set = { [22307] = "2", [22305] = "none.cal" }, box = "none.cal can't be opened." },
+  },
+}
+
 -- --- Host RAM -----------------------------------------------------------------------------------------------------------------
 
 local kept_at_freezing = "the frame kept at freezing"

@@ -1,0 +1,265 @@
+#include "analysis/noise_gather.h"
+
+#include "calib/set_reader.h"
+#include "grabber/frame_read.h"
+#include "grabber/frame_size.h"
+#include "grabber/recording.h"
+#include "imagefile/header.h"
+#include "imagefile/stored_frames.h"
+#include "pixel/bad_pixels.h"
+#include "platform/files.h"
+#include "platform/memory.h"
+#include "platform/text.h"
+#include "state/cal_settings.h"
+#include "state/cal_state.h"
+#include "state/camera_config.h"
+#include "state/frame_state.h"
+#include "ui/gather.h"
+#include "ui/status.h"
+#include "viewing/fitted_contrast.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::int32_t kTwoPoint = 2;         // CalType
+constexpr std::size_t kMostRingFrames = 256;  // that may wait for the sums
+constexpr std::int64_t kFramesBetweenTellings = 16;
+constexpr const char* kNoMemory = "There is no memory for the noise of so many pixels.";
+
+using Measured = std::optional<NoiseMeasurement>;
+
+Measured Refuse(std::string& why, std::string text)
+{
+    why = std::move(text);
+    return std::nullopt;
+}
+
+bool GoesOn(std::int64_t frame, std::int64_t frames)
+{
+    if (frame % kFramesBetweenTellings == 0) {
+        StatusMessage(
+            Format("Noise: frame %lld of %lld", static_cast<long long>(frame + 1), static_cast<long long>(frames)),
+            kLeftAligned);
+    }
+    return GatherGoesOn();
+}
+
+std::string Stopped()
+{
+    return std::string(WhyNothingWasGathered({}));
+}
+
+bool Finish(NoiseMeasurement& measured, const NoiseSums& sums, const NoiseLists& lists)
+{
+    measured.frames = sums.Frames();
+    std::optional<PixelNoise> noise = NoiseOf(sums, lists, measured.countsPerDegree);
+    if (noise) measured.noise = std::move(*noise);
+    return noise.has_value();
+}
+
+// --- Live -----------------------------------------------------------------------------------------------------------
+
+std::string WhyNotLive()
+{
+    if (!CameraOn) return "The camera isn't on. Turn it on, or choose a file.";
+    if (ViewingFile || !LiveVideo) return "Live video doesn't run. Press F2 to resume it, or choose a file.";
+    if (RecordingRuns()) return "A recording takes the frames of the camera. End it first.";
+    if (CameraFrameValues() == 0) return "The camera's section names no size of a frame.";
+    return {};
+}
+
+// False with the reason in why.
+bool AddLiveFrames(std::int64_t frames, NoiseSums& sums, std::int64_t& lost, std::string& why)
+{
+    std::vector<std::int16_t> frame;
+    if (!AllocateBlock(frame, sums.Pixels())) {
+        why = kNoMemory;
+        return false;
+    }
+    const Gather gather(true);
+    const ReadsWithoutBoxes told;
+    const TakesNextFrame next;
+    for (std::int64_t i = 0; i < frames; ++i) {
+        if (!GoesOn(i, frames)) {
+            why = Stopped();
+            return false;
+        }
+        if (!ReadBoardFrame(frame)) {
+            why = LastFrameReadFault().text.empty() ? "The camera gave no frame."
+                                                    : std::string(LastFrameReadFault().text);
+            return false;
+        }
+        if (i > 0) lost += LastTakenFrame().lostByBoard + LastTakenFrame().lostByRing;
+        sums.Add(frame);
+    }
+    return true;
+}
+
+Measured GatherLive(const NoiseRequest& request, std::string& why)
+{
+    if (std::string reason = WhyNotLive(); !reason.empty()) return Refuse(why, std::move(reason));
+    std::optional<NoiseSums> sums = NoiseSums::Make(CameraFrameValues());
+    if (!sums) return Refuse(why, kNoMemory);
+
+    NoiseMeasurement measured;
+    measured.source = "live video";
+    measured.calibration = CalType == 0 ? "none" : CalSettings.CalFile;
+    measured.columns = ActiveConfig.Hroi;
+    measured.rows = ActiveConfig.Vroi;
+    {
+        const Recording recording(std::min(static_cast<std::size_t>(request.frames), kMostRingFrames));
+        if (!recording.Began()) return Refuse(why, {});  // a box has told it
+        if (!AddLiveFrames(request.frames, *sums, measured.lost, why)) return std::nullopt;
+    }
+    const std::vector<std::uint8_t> bad = BadPixelsOnView();
+    NoiseLists lists{.order = DecomList, .gains = {}, .bad = bad};
+    measured.knowsBad = CalType != 0;
+    if (CalType == kTwoPoint) {
+        lists.gains = GainList;
+        measured.pair = {IntensityCold, IntensityHot, TemperatureCold, TemperatureHot};
+        measured.countsPerDegree = CountsPerDegree(measured.pair);
+    }
+    if (!Finish(measured, *sums, lists)) return Refuse(why, kNoMemory);
+    return measured;
+}
+
+// --- A file ---------------------------------------------------------------------------------------------------------
+
+std::string NameOf(const std::string& path)
+{
+    std::string name;
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, &name, &extension);
+    return name + extension;
+}
+
+bool BearsCalibration(const ImageHeaderRecord& header)
+{
+    return header.IntensityCold != kUncalibratedIntensity || header.IntensityHot != kUncalibratedIntensity;
+}
+
+bool ListsAreComplete(const CalibrationSet& set)
+{
+    return set.decom.read == ListRead::kComplete && set.gains.read == ListRead::kComplete;
+}
+
+// Of the set's own list and of its gains, in image order. False after a box.
+bool MarkBad(const CalibrationSet& set, const StoredFrames& file, std::vector<std::uint8_t>& bad)
+{
+    constexpr float kDeadGain = 0.001F;  // pixel/bad_pixels.h, IdentifyBadDet
+    if (set.badDetFile && !set.badDetFile->empty()) {
+        std::optional<BadDetMap> map =
+            ReadBadPixelFile(InSetDirectory(set.calPath, *set.badDetFile), static_cast<std::int32_t>(file.Columns()),
+                             static_cast<std::int32_t>(file.Rows()));
+        if (!map) return false;
+        bad = std::move(*map);
+    }
+    bad.resize(file.Pixels());
+    if (set.type != kTwoPoint || !ListsAreComplete(set)) return true;
+    for (std::size_t i = 0; i < bad.size(); ++i) {
+        const float gain = set.gains.entries[set.decom.entries[i]];
+        if (!(std::fabs(gain) > kDeadGain)) bad[i] = 1;
+    }
+    return true;
+}
+
+NoisePair PairOf(const ImageHeaderRecord& header)
+{
+    return {header.IntensityCold, header.IntensityHot, header.TemperatureCold, header.TemperatureHot};
+}
+
+NoisePair PairOf(const CalibrationSet& set)
+{
+    return {set.intensityCold.value.value_or(kUncalibratedIntensity),
+            set.intensityHot.value.value_or(kUncalibratedIntensity),
+            set.temperatureCold.value.value_or(kUncalibratedTemperature),
+            set.temperatureHot.value.value_or(kUncalibratedTemperature)};
+}
+
+// False with the reason in why.
+bool AddFileFrames(StoredFrames& file, std::int64_t frames, NoiseSums& sums, std::int64_t& lost, std::string& why)
+{
+    std::vector<std::int16_t> frame;
+    if (!AllocateBlock(frame, sums.Pixels())) {
+        why = kNoMemory;
+        return false;
+    }
+    const Gather gather(frames > kFramesBetweenTellings);
+    for (std::int64_t i = 0; i < frames; ++i) {
+        if (!GoesOn(i, frames)) {
+            why = Stopped();
+            return false;
+        }
+        if (!file.ReadCounts(i, frame, why)) {
+            why = NameOf(file.Path()) + " " + why + ".";
+            return false;
+        }
+        const FrameRecord* const record = i > 0 ? file.RecordOf(i) : nullptr;
+        if (record) lost += std::int64_t{record->lostByBoard} + record->lostByRing;
+        sums.Add(frame);
+    }
+    return true;
+}
+
+Measured GatherFile(const NoiseRequest& request, std::string& why)
+{
+    std::optional<StoredFrames> file = StoredFrames::Open(request.file, why);
+    if (!file) return Refuse(why, NameOf(request.file) + " " + why + ".");
+    if (file->Frames() < request.frames) {
+        const auto held = static_cast<long long>(file->Frames());
+        return Refuse(why,
+                      Format("%s holds only %lld frame%s.", NameOf(request.file).c_str(), held, held == 1 ? "" : "s"));
+    }
+    std::optional<NoiseSums> sums = NoiseSums::Make(file->Pixels());
+    if (!sums) return Refuse(why, kNoMemory);
+
+    NoiseMeasurement measured;
+    measured.source = request.file;
+    measured.calibration = "none";
+    measured.raw = !BearsCalibration(file->Header());
+    measured.columns = file->Header().ImageWidth;
+    measured.rows = file->Header().ImageHeight;
+    if (!measured.raw) {
+        measured.pair = PairOf(file->Header());
+        measured.calibration = "the file's own";
+    }
+    CalibrationSet set;
+    std::vector<std::uint8_t> bad;
+    NoiseLists lists;
+    if (!request.set.empty()) {
+        if (!FileExists(request.set)) return Refuse(why, NameOf(request.set) + " can't be opened.");
+        set = ReadSet(request.set, file->Pixels());
+        if (set.memoryRefused) return Refuse(why, kNoMemory);
+        if (!ListsAreComplete(set)) {
+            return Refuse(why, NameOf(request.set) + " has no lists for frames of this size.");
+        }
+        if (!MarkBad(set, *file, bad)) return Refuse(why, {});
+        measured.knowsBad = true;
+        measured.calibration = request.set;
+        if (measured.raw) {
+            lists.order = set.decom.entries;
+            if (set.type == kTwoPoint) lists.gains = set.gains.entries;
+            if (set.type == kTwoPoint) measured.pair = PairOf(set);
+        }
+    }
+    lists.bad = bad;
+    if (!AddFileFrames(*file, request.frames, *sums, measured.lost, why)) return std::nullopt;
+    measured.countsPerDegree = CountsPerDegree(measured.pair);
+    if (!Finish(measured, *sums, lists)) return Refuse(why, kNoMemory);
+    return measured;
+}
+
+}  // namespace
+
+std::optional<NoiseMeasurement> GatherNoise(const NoiseRequest& request, std::string& why)
+{
+    why.clear();
+    return request.live ? GatherLive(request, why) : GatherFile(request, why);
+}
+
+}  // namespace kelvo
