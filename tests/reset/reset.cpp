@@ -20,6 +20,7 @@
 #include "config/settings.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
+#include "export/export_script.h"
 #include "grabber/board.h"
 #include "grabber/capture.h"
 #include "grabber/copm2.h"
@@ -179,6 +180,7 @@ constexpr void (*kModules[])() = {
     ResetSaving,
     ResetGraphSettings,
     ResetUserMenu,
+    ResetExportScript,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,
