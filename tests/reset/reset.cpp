@@ -21,6 +21,7 @@
 #include "config/settings.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
+#include "export/export_script.h"
 #include "grabber/board.h"
 #include "grabber/copm2.h"
 #include "grabber/correction.h"
@@ -189,6 +190,7 @@ constexpr void (*kModules[])() = {
     ResetSaving,
     ResetGraphSettings,
     ResetUserMenu,
+    ResetExportScript,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,
