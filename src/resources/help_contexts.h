@@ -72,6 +72,7 @@ constexpr int kHelpRecorder = 2023;
 constexpr int kHelpApplyCalibration = 2030;
 constexpr int kHelpFrameGraph = 2040;
 constexpr int kHelpPrint = 2180;
+constexpr int kHelpExport = 2200;
 constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;
 constexpr int kHelpBoardFaults = 2082;

@@ -20,6 +20,7 @@
 #include "config/settings.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
+#include "export/export_dialog.h"
 #include "grabber/board.h"
 #include "grabber/capture.h"
 #include "grabber/copm2.h"
@@ -184,6 +185,7 @@ constexpr void (*kModules[])() = {
     ResetTriggerDialogs,
     ForgetUnsavedSet,
     ResetApplyDialog,
+    ResetExportDialog,
     ResetImageMathDialog,
     ResetVoltageCalibration,
     ResetGeometryDialog,
