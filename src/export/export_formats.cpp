@@ -1,6 +1,7 @@
 #include "export/export_formats.h"
 
 #include "export/csv_writer.h"
+#include "export/fits_writer.h"
 #include "export/npy_writer.h"
 #include "export/tiff_writer.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 constexpr ExportFormatNames kFormats[] = {
     {ExportFormat::kTiff, "tiff", ".tif", "TIFF, a page a frame"},
+    {ExportFormat::kFits, "fits", ".fits", "FITS cube with a table of times"},
     {ExportFormat::kNpy, "npy", ".npy", "NumPy, with a JSON beside it"},
     {ExportFormat::kCsv, "csv", ".csv", "CSV, one frame"},
 };
@@ -35,6 +37,8 @@ std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string&
     switch (format) {
         case ExportFormat::kTiff:
             return std::make_unique<TiffWriter>(path, replace);
+        case ExportFormat::kFits:
+            return std::make_unique<FitsWriter>(path, replace);
         case ExportFormat::kNpy:
             return std::make_unique<NpyWriter>(path, replace);
         default:
