@@ -1,7 +1,9 @@
 #include "export/export_formats.h"
 
 #include "export/csv_writer.h"
+#include "export/fits_writer.h"
 #include "export/npy_writer.h"
+#include "export/tiff_writer.h"
 
 #include <algorithm>
 
@@ -10,6 +12,8 @@ namespace kelvo {
 namespace {
 
 constexpr ExportFormatNames kFormats[] = {
+    {ExportFormat::kTiff, "tiff", ".tif", "TIFF, a page a frame"},
+    {ExportFormat::kFits, "fits", ".fits", "FITS cube with a table of times"},
     {ExportFormat::kNpy, "npy", ".npy", "NumPy, with a JSON beside it"},
     {ExportFormat::kCsv, "csv", ".csv", "CSV, one frame"},
 };
@@ -31,6 +35,10 @@ std::optional<ExportFormat> ExportFormatOf(std::string_view word)
 std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace)
 {
     switch (format) {
+        case ExportFormat::kTiff:
+            return std::make_unique<TiffWriter>(path, replace);
+        case ExportFormat::kFits:
+            return std::make_unique<FitsWriter>(path, replace);
         case ExportFormat::kNpy:
             return std::make_unique<NpyWriter>(path, replace);
         default:

@@ -52,6 +52,9 @@ class FrameSink {
     virtual ExportFailure End() = 0;
 };
 
+// Row and column of each bad detector, row by row, as JSON: "[[0, 17], [3, 4]]"; "null" where none are known.
+std::string BadPlacesJson(const ExportDescription& description);
+
 // Why nothing may be written under the name; empty: it may.
 std::string WhyTargetIsRefused(const std::string& path, bool replace);
 // "PATH can't be written: No such file or directory", by errno.

@@ -28,17 +28,6 @@ std::vector<std::byte> HeadOf(const ExportDescription& description, std::int64_t
     return head;
 }
 
-// Row and column of each, row by row.
-std::string BadDetectorsJson(const ExportDescription& description)
-{
-    std::vector<std::string> places;
-    for (std::size_t i = 0; i < description.badDetectors.size(); ++i) {
-        if (description.badDetectors[i] == 0) continue;
-        places.push_back(Format("[%zu, %zu]", i / description.columns, i % description.columns));
-    }
-    return JsonArray(places);
-}
-
 bool WriteText(File& file, const std::string& text)
 {
     return file.Write(std::as_bytes(std::span(text))) == text.size();
@@ -62,10 +51,12 @@ std::string NpyWriter::WhyRefused() const
 
 std::string NpyWriter::Json() const
 {
-    std::string json = ProvenanceJson(description_.provenance, description_.columns, description_.rows, timings_, true);
-    json.pop_back();
-    return json + ", \"bad_detector_places\": " +
-           (description_.badDetectors.empty() ? "null" : BadDetectorsJson(description_)) + "}\n";
+    JsonObject json = ProvenanceJson(description_.provenance, description_.columns, description_.rows, timings_);
+    std::vector<std::string> times;
+    times.reserve(timings_.size());
+    for (const FrameTiming& timing : timings_) times.push_back(TimingJson(timing));
+    json.Member("times", JsonArray(times)).Member("bad_detector_places", BadPlacesJson(description_));
+    return json.Json() + '\n';
 }
 
 ExportFailure NpyWriter::Begin(const ExportDescription& description)

@@ -1,6 +1,5 @@
 #include "export/provenance.h"
 
-#include "export/json_text.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -21,16 +20,6 @@ constexpr std::array<const char*, 6> kAsciiUnits = {"adu", "adu", "V", "deg C", 
 std::size_t IndexOf(ExportForm form)
 {
     return static_cast<std::size_t>(form);
-}
-
-std::string ScaleJson(const Provenance& provenance)
-{
-    if (!provenance.scale) return "null";
-    std::vector<std::string> points;
-    for (const ScalePoint& point : *provenance.scale) {
-        points.push_back(JsonObject().Whole("count", point.count).Single("value", point.value).Json());
-    }
-    return JsonArray(points);
 }
 
 // A source that isn't known is null.
@@ -151,6 +140,16 @@ std::vector<FrameGap> GapsOfTimings(std::span<const FrameTiming> timings)
     return gaps;
 }
 
+std::string ScaleJson(const Provenance& provenance)
+{
+    if (!provenance.scale) return "null";
+    std::vector<std::string> points;
+    for (const ScalePoint& point : *provenance.scale) {
+        points.push_back(JsonObject().Whole("count", point.count).Single("value", point.value).Json());
+    }
+    return JsonArray(points);
+}
+
 std::string TimingJson(const FrameTiming& timing)
 {
     JsonObject json;
@@ -166,8 +165,8 @@ std::string TimingJson(const FrameTiming& timing)
     return json.Json();
 }
 
-std::string ProvenanceJson(const Provenance& provenance, std::size_t columns, std::size_t rows,
-                           std::span<const FrameTiming> timings, bool eachFrame)
+JsonObject ProvenanceJson(const Provenance& provenance, std::size_t columns, std::size_t rows,
+                          std::span<const FrameTiming> timings)
 {
     JsonObject json;
     json.Text("program", provenance.program).Text("exported", UtcText(provenance.exportedUtc * kNsPerSecond));
@@ -190,16 +189,9 @@ std::string ProvenanceJson(const Provenance& provenance, std::size_t columns, st
         .Whole("top", provenance.top)
         .Whole("columns", static_cast<std::int64_t>(columns))
         .Whole("rows", static_cast<std::int64_t>(rows))
-        .Whole("frames", std::ssize(timings))
-        .Member("head", HeadJson(provenance.header))
-        .Member("gaps", GapsJson(timings));
-    if (eachFrame) {
-        std::vector<std::string> times;
-        times.reserve(timings.size());
-        for (const FrameTiming& timing : timings) times.push_back(TimingJson(timing));
-        json.Member("times", JsonArray(times));
-    }
-    return json.Json();
+        .Member("head", HeadJson(provenance.header));
+    if (!timings.empty()) json.Whole("frames", std::ssize(timings)).Member("gaps", GapsJson(timings));
+    return json;
 }
 
 std::vector<std::string> ProvenanceLines(const Provenance& provenance, std::span<const FrameTiming> timings)

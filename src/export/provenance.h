@@ -2,6 +2,7 @@
 // taken. A plain value that every writer puts into its format in that format's own way.
 #pragma once
 
+#include "export/json_text.h"
 #include "imagefile/frames_file.h"
 #include "imagefile/header.h"
 
@@ -81,10 +82,12 @@ std::string AsciiUnit(ExportForm form);
 // What is missing in and between frames: gaps behind the first one of these timings.
 std::vector<FrameGap> GapsOfTimings(std::span<const FrameTiming> timings);
 
-// One JSON object: "program", "exported", "source", "camera", "form", "quantity", "unit", "scale", "columns", "rows",
-// "frames", ... with "gaps" where timings tell of some (docs/formats.md). With eachFrame "times" has an object a frame.
-std::string ProvenanceJson(const Provenance& provenance, std::size_t columns, std::size_t rows,
-                           std::span<const FrameTiming> timings, bool eachFrame);
+// The members of docs/formats.md: "program", "exported", "source", "camera", "form", "quantity", "unit", "scale",
+// "columns", "rows" and so on; with timings "frames" and "gaps" too.
+JsonObject ProvenanceJson(const Provenance& provenance, std::size_t columns, std::size_t rows,
+                          std::span<const FrameTiming> timings);
+// [{"count": 3000, "value": 20}, {"count": 9000, "value": 25}]; "null" for counts.
+std::string ScaleJson(const Provenance& provenance);
 // {"index": 0, "number": 17, "seconds": 0.17, "utc": "...", "start_utc": "...", "integration_ms": 2.0, ...}; what isn't
 // known is null.
 std::string TimingJson(const FrameTiming& timing);

@@ -15,8 +15,12 @@ import struct
 import subprocess
 import sys
 import unittest
+import warnings
 
 import numpy as np
+import tifffile
+from astropy.io import fits
+from astropy.utils.exceptions import AstropyWarning
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 import made_by_hand
@@ -29,7 +33,7 @@ NUMBERS = [4, 5, 9, 10]
 BAD = [(0, 1), (1, 2)]  # row, column
 COLD, HOT, TCOLD, THOT = 3000, 9000, 20.0, 25.0  # of made_by_hand's set
 UTC = 1_795_000_000_123_456_789  # of the first frame: 2026-11-18T11:06:40.123456789
-FORMATS = ["npy"]
+FORMATS = ["npy", "tiff", "fits"]
 
 
 def run(*arguments, environment=None, **more):
@@ -188,6 +192,81 @@ class Exported(unittest.TestCase):
         rows = list(csv.reader(line for line in (OUT / "counts.csv").read_text().splitlines() if not line.startswith("#")))
         self.assertEqual([[int(value) for value in row] for row in rows], COUNTS[2].tolist())
 
+    def test_what_the_pages_of_a_tiff_tell(self):
+        self.export("--as=corrected", "--set=warm.cal", "run.seq", "x.tif")
+        with tifffile.TiffFile(OUT / "x.tif") as file:
+            self.assertFalse(file.is_bigtiff)
+            self.assertEqual(len(file.pages), 4)
+            told = [json.loads(page.description) for page in file.pages]
+            for page in file.pages:
+                self.assertEqual((page.tags["BitsPerSample"].value, page.tags["SampleFormat"].value, page.tags["Compression"].value), (16, 2, 1))
+                self.assertEqual(page.tags["Software"].value, told[0]["program"])
+        self.assertEqual([(page["form"], page["unit"], page["scale"]) for page in told], [("corrected", "Counts", None)] * 4)
+        self.assertEqual([page["time"]["number"] for page in told], NUMBERS)
+        self.assertEqual([page["time"]["lost_by_board"] for page in told], [0, 0, 3, 0])
+        self.assertEqual(told[0]["time"]["utc"], "2026-11-18T11:06:40.123456789Z")
+        self.assertEqual((told[0]["camera"], told[0]["bad_detector_places"]), ("made by hand", [list(place) for place in BAD]))
+        printed = subprocess.run(["tiffinfo", "x.tif"], cwd=OUT, capture_output=True, text=True, check=True)
+        self.assertEqual(printed.stderr, "")
+        self.assertEqual(printed.stdout.count("Sample Format: signed integer"), 4)
+        self.export("--as=celsius", "--set=warm.cal", "run.seq", "y.tif")
+        printed = subprocess.run(["tiffinfo", "y.tif"], cwd=OUT, capture_output=True, text=True, check=True)
+        self.assertEqual(printed.stdout.count("Sample Format: IEEE floating point"), 4)
+
+    def verified(self, name):
+        """fitsverify finds neither an error nor a warning."""
+        told = subprocess.run(["fitsverify", "-e", name], cwd=OUT, capture_output=True, text=True)
+        self.assertEqual(told.returncode, 0, told.stdout + told.stderr)
+        told = subprocess.run(["fitsverify", name], cwd=OUT, capture_output=True, text=True)
+        self.assertIn("**** Verification found 0 warning(s) and 0 error(s). ****", told.stdout)
+
+    def test_a_fits_cube_with_its_times_and_its_mask(self):
+        self.export("--as=corrected", "--set=warm.cal", "run.seq", "x.fits")
+        self.verified("x.fits")
+        with fits.open(OUT / "x.fits", checksum=True) as file:
+            self.assertEqual([part.name for part in file], ["PRIMARY", "FRAMES", "MASK"])
+            head = file[0].header
+            self.assertEqual((head["BITPIX"], head["NAXIS1"], head["NAXIS2"], head["NAXIS3"]), (16, COLUMNS, ROWS, 4))
+            self.assertNotIn("BZERO", head)
+            self.assertEqual((head["ROWORDER"], head["BUNIT"], head["FORM"]), ("TOP-DOWN", "adu", "corrected"))
+            self.assertEqual((head["EXPTIME"], head["FRATE"], head["INSTRUME"]), (0.0015, 100, "made by hand"))
+            self.assertEqual((head["DATE-OBS"], head["TIMESYS"]), ("2026-11-18T11:06:40.121956789", "UTC"))
+            self.assertEqual(head["LOCTIME"], "2026-11-18T12:06:40")
+            self.assertEqual((head["NGAPS"], head["NMISSING"]), (1, 3))
+            self.assertEqual(head["CALSHA"], hashlib.sha256((OUT / "warm.cal").read_bytes()).hexdigest())
+            self.assertIn(f"calibration set: {OUT}/warm.cal", "".join(head["HISTORY"]))
+            for part in file:
+                self.assertIn("CHECKSUM", part.header)
+                self.assertIn("DATASUM", part.header)
+            table = file["FRAMES"].data
+            self.assertEqual(table["NUMBER"].tolist(), NUMBERS)
+            self.assertEqual(table["SECONDS"].tolist(), [0, 0.01, 0.05, 0.06])
+            self.assertEqual(table["UTC_START"][1], "2026-11-18T11:06:40.131956789Z")
+            self.assertEqual(table["LOSTBYBOARD"].tolist(), [0, 0, 3, 0])
+            self.assertEqual(file["MASK"].data.tolist(), IS_BAD.astype(int).tolist())
+
+    def test_a_fits_cube_of_floats_and_one_without_a_journal(self):
+        self.export("--as=kelvin", "--set=warm.cal", "run.seq", "x.fits")
+        self.verified("x.fits")
+        with fits.open(OUT / "x.fits") as file:
+            head = file[0].header
+            self.assertEqual((head["BITPIX"], head["BUNIT"]), (-32, "K"))
+            self.assertEqual((head["COUNTLO"], head["COUNTHI"]), (COLD, HOT))
+        (OUT / "run.seq.frames").unlink()
+        self.export("run.seq", "y.fits")
+        self.verified("y.fits")
+        with fits.open(OUT / "y.fits") as file:
+            self.assertEqual([part.name for part in file], ["PRIMARY", "FRAMES"])
+            self.assertNotIn("DATE-OBS", file[0].header)
+            self.assertEqual(file[0].header["LOCTIME"], "2026-11-18T12:06:40")
+            self.assertEqual(file["FRAMES"].data["SECONDS"].tolist(), [0, 0.01, 0.02, 0.03])
+
+    def test_names_that_cfitsio_would_take_apart(self):
+        for name in ("x[1].fits", "a(b).fits", "+1.fits", "!x.fits", "x.fits.gz", "mem:y.fits"):
+            self.export("--to=fits", "run.seq", name)
+            self.same_bits(fits.getdata(OUT / name).astype("<i2") if not name.endswith(".gz") else COUNTS, COUNTS, "<i2")
+            self.assertEqual((OUT / name).read_bytes()[:9], b"SIMPLE  =")
+
     # --- What can't be, and what goes wrong
 
     def test_what_is_wrong_stands_on_the_error_stream(self):
@@ -236,8 +315,10 @@ class Exported(unittest.TestCase):
             longest = len((OUT / f"x.{name}").read_bytes())
             for path in OUT.glob("x.*"):
                 path.unlink()
-            for length in (0, longest // 2, longest - 1):
-                self.expect_refused(arguments, f"x.{name} can't be written: ",
+            for length in (0, 512, longest // 2, longest - 2880, longest - 1):
+                if length < 0:
+                    continue
+                self.expect_refused(arguments, " can't be written: the disk refuses",
                                     preexec_fn=lambda length=length: resource.setrlimit(resource.RLIMIT_FSIZE, (length, length)))
 
     def test_a_disk_that_is_full(self):
@@ -295,8 +376,20 @@ def read_npy(name):
     return np.load(OUT / name, allow_pickle=False)
 
 
-READERS = {"npy": read_npy}
+def read_tiff(name):
+    with tifffile.TiffFile(OUT / name) as file:
+        return np.array([page.asarray() for page in file.pages])
+
+
+def read_fits(name):
+    """In native order, as the other readers give it."""
+    with fits.open(OUT / name, checksum=True) as file:
+        return file[0].data.astype(file[0].data.dtype.newbyteorder("="))
+
+
+READERS = {"npy": read_npy, "tiff": read_tiff, "fits": read_fits}
 COMMA = {"LC_ALL": "de_DE.UTF-8", "LOCPATH": sys.argv[3]} if len(sys.argv) > 3 else {}
 
+warnings.simplefilter("error", AstropyWarning)  # a checksum that doesn't hold, a card that breaks a rule
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1], verbosity=2)

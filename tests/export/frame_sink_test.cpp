@@ -1,6 +1,7 @@
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "export/export_source.h"
+#include "export/tiff_writer.h"
 #include "platform/faults.h"
 #include "platform/files.h"
 #include "support/temp_directory.h"
@@ -8,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -70,6 +72,11 @@ class FrameSinkTest : public testing::TestWithParam<ExportFormatNames> {
     TempDirectory directory_;
 };
 
+class TiffWriterTest : public testing::Test {
+  protected:
+    TempDirectory directory_;
+};
+
 TEST_P(FrameSinkTest, AFaultAtAnyStepLeavesWhatStood)
 {
     ASSERT_TRUE(ReplaceFile(Out(), "mine"));
@@ -99,6 +106,28 @@ TEST_P(FrameSinkTest, StoppedBeforeTheFirstFrameMakesNoFile)
     EXPECT_TRUE(outcome.stopped);
     EXPECT_EQ(outcome.failure, "");
     EXPECT_THAT(Names(), testing::ElementsAre("in.seq"));
+}
+
+// 43 where offsets have 64 bits, 42 where they have 32; tiffinfo finds three pages in both.
+TEST_F(TiffWriterTest, IsBigTiffWhereTheSizeNeedsIt)
+{
+    const std::string out = directory_ / "out.tif";
+    const std::int64_t needed = 3 * (12 + 4096) + 4;
+    for (const auto& [threshold, version] : {std::pair(needed, 42), std::pair(needed - 1, 43)}) {
+        std::string why;
+        ExportRequest request;
+        request.path = directory_ / "in.seq";
+        ASSERT_TRUE(ReplaceFile(request.path, Recording()));
+        std::optional<ExportSource> source = ExportSource::Open(request, why);
+        ASSERT_TRUE(source) << why;
+        TiffWriter sink(out, true, threshold);
+        EXPECT_EQ(RunExport(*source, sink, {}).frames, 3);
+        EXPECT_EQ(ReadWholeFile(out, 1 << 20).value_or("II..").at(2), version);
+        const std::string listed = directory_ / "pages";
+        EXPECT_EQ(std::system(("tiffinfo " + out + " | grep -c 'Image Width: 3 Image Length: 2' >" + listed).c_str()),
+                  0);
+        EXPECT_EQ(ReadWholeFile(listed, 10), "3\n");
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, FrameSinkTest, testing::ValuesIn(ExportFormats()),
