@@ -28,6 +28,7 @@
 #include <array>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,7 +61,6 @@ struct Choice {
 Choice lastChoice;
 
 std::vector<OfferedSource> offered;  // while the dialog is open
-std::string formatEnding;            // that the name has got from the format
 
 std::string NameOf(const std::string& path)
 {
@@ -117,16 +117,29 @@ void ShowFrames(HWND dialog)
     }
 }
 
-// A name that has the ending of the format before gets that of the one that is chosen now.
+// The place of the format with that ending; -1: none has it.
+int FormatWithEnding(const std::string& ending)
+{
+    const std::span<const ExportFormatNames> formats = ExportFormats();
+    const auto found = std::ranges::find_if(
+        formats, [&ending](const ExportFormatNames& format) { return EqualIgnoringCase(ending, format.extension); });
+    return found == formats.end() ? -1 : static_cast<int>(found - formats.begin());
+}
+
+// Name and format go together as long as the name's ending is that of a format.
 void FollowFormat(HWND dialog)
 {
-    const std::string ending(ChosenFormat(dialog).extension);
     std::string name = GetDlgItemText(dialog, kExportName);
-    if (!name.empty() && EqualIgnoringCase(EndingOf(name), formatEnding)) {
-        name.resize(name.size() - formatEnding.size());
-        SetDlgItemText(dialog, kExportName, name + ending);
-    }
-    formatEnding = ending;
+    const std::string ending = EndingOf(name);
+    if (FormatWithEnding(ending) < 0) return;
+    name.resize(name.size() - ending.size());
+    SetDlgItemText(dialog, kExportName, name + std::string(ChosenFormat(dialog).extension));
+}
+
+void FollowName(HWND dialog)
+{
+    const int format = FormatWithEnding(EndingOf(GetDlgItemText(dialog, kExportName)));
+    if (format >= 0) ListSelect(dialog, kExportFormat, format);
 }
 
 void Open(HWND dialog)
@@ -138,9 +151,8 @@ void Open(HWND dialog)
     ListSelect(dialog, kExportForm, lastChoice.form);
     ListSelect(dialog, kExportFormat, lastChoice.format);
     ShowFrames(dialog);
-    formatEnding = ChosenFormat(dialog).extension;
     const std::string name = ViewingFile ? StemOf(ViewFilePath) : "picture";
-    SetDlgItemText(dialog, kExportName, name + formatEnding);
+    SetDlgItemText(dialog, kExportName, name + std::string(ChosenFormat(dialog).extension));
     CentreDialog(dialog);
     FocusDlgItem(dialog, kExportWhat);
 }
@@ -316,6 +328,7 @@ void NoteWritten()
 constexpr DialogEntry kEntries[] = {
     {kExportWhat, ShowFrames, kSelectionChanged},
     {kExportFormat, FollowFormat, kSelectionChanged},
+    {kExportName, FollowName, kEditChanged},
     {kBrowse, Browse},
     {kIdOk, Accept},
 };
@@ -348,7 +361,6 @@ void ResetExportDialog()
 {
     lastChoice = {};
     offered.clear();
-    formatEnding.clear();
     written = {};
 }
 
