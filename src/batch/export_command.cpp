@@ -133,7 +133,7 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
     if (volts) wish.request.volts = TwoVolts(*volts);
     if (place) wish.request.place = PlaceOf(*place);
     if (!format) {
-        why = "--to says which format: tiff, fits, npy or csv";
+        why = "--to says which format: tiff, fits, hdf5, npy or csv";
     } else if (!form) {
         why = "--as says in what form: counts, corrected, volts, celsius, kelvin or fahrenheit";
     } else if (!range) {

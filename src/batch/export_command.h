@@ -13,7 +13,7 @@ namespace kelvo {
 int ExportCommand(std::span<const std::string> arguments);
 
 inline constexpr std::string_view kExportDetails =
-    "  --to FORMAT            tiff, fits, npy or csv (one frame); otherwise by OUT's extension\n"
+    "  --to FORMAT            tiff, fits, hdf5, npy or csv (one frame); otherwise by OUT's extension\n"
     "  --as FORM              counts (as they are stored), corrected, volts, celsius, kelvin, fahrenheit\n"
     "  --frames A:B           frames A to B - 1 alone, counted from 0; A: to the end, :B from the first\n"
     "  --set X.cal            corrects raw frames with that set; its lists lie beside it\n"

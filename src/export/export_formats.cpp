@@ -2,6 +2,7 @@
 
 #include "export/csv_writer.h"
 #include "export/fits_writer.h"
+#include "export/hdf5_writer.h"
 #include "export/npy_writer.h"
 #include "export/tiff_writer.h"
 
@@ -14,6 +15,7 @@ namespace {
 constexpr ExportFormatNames kFormats[] = {
     {ExportFormat::kTiff, "tiff", ".tif", "TIFF, a page a frame"},
     {ExportFormat::kFits, "fits", ".fits", "FITS cube with a table of times"},
+    {ExportFormat::kHdf5, "hdf5", ".h5", "HDF5, a chunk a frame"},
     {ExportFormat::kNpy, "npy", ".npy", "NumPy, with a JSON beside it"},
     {ExportFormat::kCsv, "csv", ".csv", "CSV, one frame"},
 };
@@ -41,9 +43,12 @@ std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string&
             return std::make_unique<FitsWriter>(path, replace);
         case ExportFormat::kNpy:
             return std::make_unique<NpyWriter>(path, replace);
-        default:
-            return std::make_unique<CsvWriter>(path, replace);
+        case ExportFormat::kHdf5:
+            return std::make_unique<Hdf5Writer>(path, replace);
+        case ExportFormat::kCsv:
+            break;
     }
+    return std::make_unique<CsvWriter>(path, replace);
 }
 
 }  // namespace kelvo
