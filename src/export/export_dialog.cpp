@@ -3,6 +3,7 @@
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "export/export_source.h"
+#include "export/mp4_writer.h"
 #include "grabber/host_frames.h"
 #include "imagefile/header.h"
 #include "platform/box.h"
@@ -28,7 +29,6 @@
 #include <array>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -52,6 +52,29 @@ constexpr std::pair<ExportForm, std::string_view> kForms[] = {
     {ExportForm::kVolts, "Volts"},   {ExportForm::kCelsius, "Degrees Celsius"},
     {ExportForm::kKelvin, "Kelvin"}, {ExportForm::kFahrenheit, "Degrees Fahrenheit"},
 };
+
+// The formats of values, and behind them the video.
+struct OfferedFormat {
+    std::string_view extension;
+    std::string_view title;
+    std::optional<ExportFormat> format;  // nullopt: the video
+};
+
+std::vector<OfferedFormat> OfferedFormats()
+{
+    std::vector<OfferedFormat> formats;
+    for (const ExportFormatNames& names : ExportFormats()) {
+        formats.push_back({names.extension, names.title, names.format});
+    }
+    formats.push_back({".mp4", "MP4 video, with the colors on view", std::nullopt});
+    return formats;
+}
+
+std::unique_ptr<FrameSink> SinkOf(const OfferedFormat& offer, const std::string& path, bool replace)
+{
+    if (offer.format) return MakeFrameSink(*offer.format, path, replace);
+    return std::make_unique<Mp4Writer>(path, replace);
+}
 
 // Of the export before.
 struct Choice {
@@ -102,9 +125,9 @@ const OfferedSource& ChosenSource(HWND dialog)
     return offered[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportWhat), 0))];
 }
 
-const ExportFormatNames& ChosenFormat(HWND dialog)
+OfferedFormat ChosenFormat(HWND dialog)
 {
-    return ExportFormats()[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportFormat), 0))];
+    return OfferedFormats()[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportFormat), 0))];
 }
 
 void ShowFrames(HWND dialog)
@@ -120,9 +143,9 @@ void ShowFrames(HWND dialog)
 // The place of the format with that ending; -1: none has it.
 int FormatWithEnding(const std::string& ending)
 {
-    const std::span<const ExportFormatNames> formats = ExportFormats();
+    const std::vector<OfferedFormat> formats = OfferedFormats();
     const auto found = std::ranges::find_if(
-        formats, [&ending](const ExportFormatNames& format) { return EqualIgnoringCase(ending, format.extension); });
+        formats, [&ending](const OfferedFormat& format) { return EqualIgnoringCase(ending, format.extension); });
     return found == formats.end() ? -1 : static_cast<int>(found - formats.begin());
 }
 
@@ -146,7 +169,7 @@ void Open(HWND dialog)
 {
     for (const OfferedSource& source : offered) ListAdd(dialog, kExportWhat, source.text);
     for (const auto& [form, text] : kForms) ListAdd(dialog, kExportForm, text);
-    for (const ExportFormatNames& format : ExportFormats()) ListAdd(dialog, kExportFormat, format.title);
+    for (const OfferedFormat& format : OfferedFormats()) ListAdd(dialog, kExportFormat, format.title);
     ListSelect(dialog, kExportWhat, 0);
     ListSelect(dialog, kExportForm, lastChoice.form);
     ListSelect(dialog, kExportFormat, lastChoice.format);
@@ -176,7 +199,7 @@ std::string WithEnding(HWND dialog, std::string name)
 
 void Browse(HWND dialog)
 {
-    const ExportFormatNames& format = ChosenFormat(dialog);
+    const OfferedFormat format = ChosenFormat(dialog);
     const std::string pattern = "*" + std::string(format.extension);
     const std::string text = std::string(format.title) + " (" + pattern + ")";
     const std::string target = TargetOf(WithEnding(dialog, GetDlgItemText(dialog, kExportName)));
@@ -265,11 +288,11 @@ class ShownProgress {
     std::int64_t told_ = -1;
 };
 
-ExportOutcome Write(ExportSource& source, ExportFormat format, const std::string& target, bool replace)
+ExportOutcome Write(ExportSource& source, const OfferedFormat& format, const std::string& target, bool replace)
 {
     const Gather gather(source.Description().frames > 1);
     ShownProgress progress;
-    const std::unique_ptr<FrameSink> sink = MakeFrameSink(format, target, replace);
+    const std::unique_ptr<FrameSink> sink = SinkOf(format, target, replace);
     return RunExport(source, *sink,
                      [&progress](std::int64_t done, std::int64_t all) { return progress.Show(done, all); });
 }
@@ -291,6 +314,10 @@ void Accept(HWND dialog)
         RefuseField(dialog, kExportName, "Please enter the name of the file to write.");
         return;
     }
+    if (!ChosenFormat(dialog).format && IsFloatForm(request->form)) {
+        RefuseField(dialog, kExportForm, "A video shows the picture: please choose counts or corrected counts.");
+        return;
+    }
     std::string why;
     std::optional<ExportSource> source = OpenSource(*request, why);
     if (!source) {
@@ -303,7 +330,7 @@ void Accept(HWND dialog)
         FocusDlgItem(dialog, kExportName);
         return;
     }
-    ExportOutcome outcome = Write(*source, ChosenFormat(dialog).format, target, replace);
+    ExportOutcome outcome = Write(*source, ChosenFormat(dialog), target, replace);
     if (!outcome.failure.empty()) {
         RefuseField(dialog, kExportName, outcome.failure);
         return;

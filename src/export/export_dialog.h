@@ -13,7 +13,7 @@ constexpr int kExportWhat =
 constexpr int kExportFirst = 22002;  // frames from 0, both included; grey for the picture on view
 constexpr int kExportLast = 22003;
 constexpr int kExportForm = 22004;    // in the order of ExportForm
-constexpr int kExportFormat = 22005;  // in the order of ExportFormats()
+constexpr int kExportFormat = 22005;  // in the order of ExportFormats(), behind them MP4
 constexpr int kExportName = 22006;
 
 // The command. Without a file on view, camera and host frames there is nothing to export, which the status line tells.
