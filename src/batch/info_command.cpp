@@ -2,7 +2,8 @@
 
 #include "batch/batch_arguments.h"
 #include "batch/batch_end.h"
-#include "batch/json_object.h"
+#include "export/json_text.h"
+#include "export/provenance.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -176,7 +177,7 @@ std::string HeaderJson(const ImageHeaderRecord& header)
     whole("DataType", header.DataType);
     whole("NumOutputs", header.NumOutputs);
     whole("ImageHeaderDataOffset", header.ImageHeaderDataOffset);
-    return json.Line();
+    return json.Json();
 }
 
 std::string GapsJson(std::span<const FrameGap> gaps)
@@ -191,7 +192,7 @@ std::string GapsJson(std::span<const FrameGap> gaps)
                                                 .Whole("ring", gap.lostByRing)
                                                 .Whole("passed_over", gap.passedOver)
                                                 .Whole("unexplained", gap.unexplained)
-                                                .Line();
+                                                .Json();
     }
     return '[' + json + ']';
 }
@@ -204,22 +205,10 @@ std::string JournalJson(const FramesFile& journal)
         .Truth("closed", journal.closing.has_value())
         .Text("end", EndText(journal));
     for (const auto& [name, key] : kJournalTexts) json.Text(name, journal.head.Text(key));
-    return json.Whole("missing", MissingIn(gaps)).Raw("gaps", GapsJson(gaps)).Line();
+    return json.Whole("missing", MissingIn(gaps)).Member("gaps", GapsJson(gaps)).Json();
 }
 
 }  // namespace
-
-std::string UtcText(std::int64_t utcNs)
-{
-    if (utcNs == 0) return {};
-    std::int64_t ns = utcNs % kNsPerSecond;
-    if (ns < 0) ns += kNsPerSecond;
-    const auto seconds = static_cast<std::time_t>((utcNs - ns) / kNsPerSecond);
-    std::tm utc{};
-    if (!gmtime_r(&seconds, &utc)) return {};
-    return Format("%04d-%02d-%02dT%02d:%02d:%02d.%09lldZ", utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour,
-                  utc.tm_min, utc.tm_sec, static_cast<long long>(ns));
-}
 
 std::string InfoText(const StoredFrames& frames)
 {
@@ -262,12 +251,12 @@ std::string InfoJson(const StoredFrames& frames)
         .Single("rate_hz", header.FrameRate)
         .Single("integration_ms", header.IntegrationMsec)
         .Text("header_time", HeaderTime(header));
-    json.Raw("first_utc", times.first.empty() ? "null" : '"' + times.first + '"');
-    json.Raw("last_utc", times.last.empty() ? "null" : '"' + times.last + '"');
-    json.Raw("duration_s", times.seconds ? ShortestText(*times.seconds) : "null");
-    json.Truth("calibrated", IsCalibrated(header)).Raw("header", HeaderJson(header));
+    json.Member("first_utc", times.first.empty() ? "null" : '"' + times.first + '"');
+    json.Member("last_utc", times.last.empty() ? "null" : '"' + times.last + '"');
+    json.Member("duration_s", times.seconds ? ShortestText(*times.seconds) : "null");
+    json.Truth("calibrated", IsCalibrated(header)).Member("header", HeaderJson(header));
     const FramesFile* const journal = frames.Journal();
-    return json.Raw("journal", journal ? JournalJson(*journal) : "null").Line();
+    return json.Member("journal", journal ? JournalJson(*journal) : "null").Json();
 }
 
 int InfoCommand(std::span<const std::string> arguments)

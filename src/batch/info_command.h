@@ -4,14 +4,10 @@
 
 #include "imagefile/stored_frames.h"
 
-#include <cstdint>
 #include <span>
 #include <string>
 
 namespace kelvo {
-
-// "2026-11-21T12:04:01.123456789Z"; empty for 0, which no clock has told.
-std::string UtcText(std::int64_t utcNs);
 
 // What there is to tell of a file, a line a fact with two blanks before it; UTF-8.
 std::string InfoText(const StoredFrames& frames);

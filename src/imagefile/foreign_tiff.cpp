@@ -264,11 +264,12 @@ std::string ForeignTiff::Pages::Open()
     if (!LooksLikeTiff(source_.file)) return "isn't a TIFF file";
     tiff_ = OpenTiff(source_);
     if (!tiff_ || TIFFSetDirectory(tiff_.get(), 0) != 1) return "is damaged";
-    do {
-        std::string why = TakePage();
-        if (!why.empty()) return why;
-    } while (TIFFReadDirectory(tiff_.get()) == 1);
-    if (TIFFLastDirectory(tiff_.get()) == 0) return "is damaged";
+    std::string why = TakePage();
+    while (why.empty() && TIFFLastDirectory(tiff_.get()) == 0) {
+        // After a failure libtiff stands at a page that is half there.
+        why = TIFFReadDirectory(tiff_.get()) == 1 ? TakePage() : "is damaged";
+    }
+    if (!why.empty()) return why;
     at_ = places_.size() - 1;
     layout_.frames = static_cast<std::int64_t>(places_.size());
     return WhyTooMuch();
@@ -298,10 +299,12 @@ std::string ForeignTiff::Pages::WhyTooMuch() const
 bool ForeignTiff::Pages::GoTo(std::size_t page)
 {
     if (page == at_) return true;
+    at_ = places_.size();  // nowhere, should it fail
     if (TIFFSetSubDirectory(tiff_.get(), places_[page]) != 1) return false;
-    at_ = page;
     // The file may have been changed since it was opened.
-    return WhyNotCounts(tiff_.get()).empty() && AreAlike(LayoutOfPage(tiff_.get()), layout_);
+    const bool isTheSame = WhyNotCounts(tiff_.get()).empty() && AreAlike(LayoutOfPage(tiff_.get()), layout_);
+    if (isTheSame) at_ = page;
+    return isTheSame;
 }
 
 bool ForeignTiff::Pages::ReadFrame(std::int64_t frame, std::span<std::uint16_t> words, std::string& why)

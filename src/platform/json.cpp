@@ -29,13 +29,13 @@ JsonValue ValueOf(const QJsonValue& read)
         case QJsonValue::String:
             return {read.toString().toStdString()};
         case QJsonValue::Array: {
-            JsonArray array;
+            JsonItems array;
             const QJsonArray entries = read.toArray();
             for (const QJsonValue entry : entries) array.push_back(ValueOf(entry));
             return {std::move(array)};
         }
         case QJsonValue::Object: {
-            JsonObject object;
+            JsonMembers object;
             const QJsonObject members = read.toObject();
             for (auto member = members.begin(); member != members.end(); ++member) {
                 object.emplace(member.key().toStdString(), ValueOf(member.value()));
@@ -51,7 +51,7 @@ JsonValue ValueOf(const QJsonValue& read)
 
 const JsonValue* JsonValue::Member(std::string_view name) const
 {
-    const JsonObject* const object = Object();
+    const JsonMembers* const object = Object();
     if (!object) return nullptr;
     const auto member = object->find(name);
     return member == object->end() ? nullptr : &member->second;

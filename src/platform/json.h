@@ -12,18 +12,18 @@
 namespace kelvo {
 
 struct JsonValue;
-using JsonArray = std::vector<JsonValue>;
-using JsonObject = std::map<std::string, JsonValue, std::less<>>;
+using JsonItems = std::vector<JsonValue>;
+using JsonMembers = std::map<std::string, JsonValue, std::less<>>;
 
 struct JsonValue {
-    std::variant<std::monostate, bool, double, std::string, JsonArray, JsonObject> value;  // monostate: null
+    std::variant<std::monostate, bool, double, std::string, JsonItems, JsonMembers> value;  // monostate: null
 
     // nullptr where the value is of another kind.
     const bool* Bool() const { return std::get_if<bool>(&value); }
     const double* Number() const { return std::get_if<double>(&value); }
     const std::string* Text() const { return std::get_if<std::string>(&value); }
-    const JsonArray* Array() const { return std::get_if<JsonArray>(&value); }
-    const JsonObject* Object() const { return std::get_if<JsonObject>(&value); }
+    const JsonItems* Array() const { return std::get_if<JsonItems>(&value); }
+    const JsonMembers* Object() const { return std::get_if<JsonMembers>(&value); }
     // The member of an object; nullptr also where the value is none.
     const JsonValue* Member(std::string_view name) const;
 };

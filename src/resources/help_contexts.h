@@ -73,6 +73,7 @@ constexpr int kHelpApplyCalibration = 2030;
 constexpr int kHelpFrameGraph = 2040;
 constexpr int kHelpNoise = 2230;
 constexpr int kHelpPrint = 2180;
+constexpr int kHelpExport = 2200;
 constexpr int kHelpGlossary = 2080;
 constexpr int kHelpCommunicationsLog = 2081;
 constexpr int kHelpBoardFaults = 2082;

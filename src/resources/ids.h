@@ -110,6 +110,7 @@ constexpr int kCmdScriptStop = 2252;
 constexpr int kCmdScriptFirst = 2300;  // to 2363; 2364 tells of more
 constexpr int kScriptCount = 64;
 constexpr int kCmdNoise = 2230;
+constexpr int kCmdExport = 2200;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

@@ -10,6 +10,7 @@
 #include "calib/report_dialog.h"
 #include "camera/camera_commands.h"
 #include "display/display_pipeline.h"
+#include "export/export_dialog.h"
 #include "grabber/recording.h"
 #include "output/print_image.h"
 #include "platform/box.h"
@@ -108,6 +109,7 @@ constexpr Command kCommands[] = {
     {kCmdConfiguration, Configure},
     {kCmdSaveTiff8, SaveTiff8},
     {kCmdSaveTiff16, SaveTiff16},
+    {kCmdExport, ExportFrames},
     {kCmdDialogHelp, Then<ShowDialogHelp, CommandEnd::kLeaveStatus>},
     {kCmdNewCalibration, NewCalibration},
     {kCmdUpdateCalibration, UpdateCalibration},

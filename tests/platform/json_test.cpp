@@ -12,7 +12,7 @@ TEST(Json, GivesEachKindOfValueAsItStands)
     std::string why;
     const auto json = ReadJson(R"({"a": [1, -2.5e3, true, null, "x\u00b0\n"], "b": {"c": "d"}})", why);
     ASSERT_TRUE(json) << why;
-    const JsonArray& a = *json->Member("a")->Array();
+    const JsonItems& a = *json->Member("a")->Array();
     ASSERT_EQ(a.size(), 5U);
     EXPECT_EQ(*a[0].Number(), 1.0);
     EXPECT_EQ(*a[1].Number(), -2500.0);

@@ -21,6 +21,7 @@
 #include "config/settings.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
+#include "export/export_dialog.h"
 #include "export/export_script.h"
 #include "grabber/board.h"
 #include "grabber/copm2.h"
@@ -196,6 +197,7 @@ constexpr void (*kModules[])() = {
     ResetTriggerDialogs,
     ForgetUnsavedSet,
     ResetApplyDialog,
+    ResetExportDialog,
     ResetImageMathDialog,
     ResetNoiseDialog,
     ResetVoltageCalibration,

@@ -76,6 +76,7 @@ const Order kOrders[] = {
     {"DIBPRINT", {101, 108, 109, 21802, 1, 2}, ""},
     // 1239, 1250, 1252 and 1254 stand disabled.
     {"DISPLAY", {1242, 1246, 1238, 1230, 1256, 1248, 1, 2, 9}, "ch"},
+    {"EXPORT", {22001, 22002, 22003, 22004, 22005, 22006, 20300, 1, 2, 9}, ""},
     {"FRAMERATE", {624, 6, 7, 9}, ""},
     {"FRAMES", {1001, 1002, 1003, 1004, 1005, 1006, 1, 2, 9}, ""},
     {"GEOMETRY", {1600, 1300, 1302, 1304, 1306, 20210, 1308, 1310, 1312, 1314, 1604, 1, 2, 9}, "h"},
@@ -239,6 +240,13 @@ TEST_F(DialogOrder, RecordedUnderlinesEachLetterOnce)
 {
     EXPECT_THAT(MnemonicsOf("RECORDED"),
                 ElementsAre("&Gaps:", "&Marks and triggers:", "&Recorded with:", "&Show frame", "&Close", "&Help"));
+}
+
+TEST_F(DialogOrder, ExportUnderlinesEachLetterOnce)
+{
+    EXPECT_THAT(MnemonicsOf("EXPORT"),
+                ElementsAre("&What:", "&First frame:", "&Last frame:", "&As:", "F&ormat:", "&Name:", "&Browse...",
+                            "&Export", "&Cancel", "&Help"));
 }
 
 TEST_F(DialogOrder, GoToFrameUnderlinesEachLetterOnce)

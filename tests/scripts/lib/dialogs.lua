@@ -633,6 +633,22 @@ rows.DIBPRINT = {
     check.eq(dialog(), "DIBPRINT")
   end,
 }
+rows.EXPORT = {
+  setup = view_sequence,
+  open = opens(2200, "EXPORT"),
+  buttons = browsing,
+  -- A frame that isn't there, and no name.
+  refused = function()
+    pick(22001, 0)
+    set(22002, "3")
+    press(1)
+    check.answer_box("Please enter frames from 0 to 2, the first one not behind the last one.", "ok")
+    set(22002, "0")
+    set(22006, "")
+    press(1)
+    check.answer_box("Please enter the name of the file to write.", "ok")
+  end,
+}
 rows.GOTOFRAME = {
   setup = view_sequence,
   open = opens(2000, "GOTOFRAME"),

@@ -1,0 +1,394 @@
+#include "export/export_dialog.h"
+
+#include "export/export_formats.h"
+#include "export/export_job.h"
+#include "export/export_source.h"
+#include "export/mp4_writer.h"
+#include "grabber/host_frames.h"
+#include "imagefile/header.h"
+#include "platform/box.h"
+#include "platform/file_dialog.h"
+#include "platform/files.h"
+#include "platform/text.h"
+#include "resources/help_contexts.h"
+#include "state/buffer_state.h"
+#include "state/cal_state.h"
+#include "state/frame_state.h"
+#include "state/windows.h"
+#include "ui/dialog_frame.h"
+#include "ui/file_lists.h"
+#include "ui/gather.h"
+#include "ui/select_file_write.h"
+#include "ui/status.h"
+#include "video/something_on_view.h"
+#include "viewing/coefficient_view.h"
+#include "viewing/playback.h"
+#include "viewing/written_note.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+constexpr int kExported = 1;
+
+// --- What is offered ------------------------------------------------------------------------------------------------
+
+struct OfferedSource {
+    ExportWhat what;
+    std::string text;
+    std::int64_t frames;
+};
+
+constexpr std::pair<ExportForm, std::string_view> kForms[] = {
+    {ExportForm::kCounts, "Counts"}, {ExportForm::kCorrected, "Corrected counts"},
+    {ExportForm::kVolts, "Volts"},   {ExportForm::kCelsius, "Degrees Celsius"},
+    {ExportForm::kKelvin, "Kelvin"}, {ExportForm::kFahrenheit, "Degrees Fahrenheit"},
+};
+
+// The formats of values, and behind them the video.
+struct OfferedFormat {
+    std::string_view extension;
+    std::string_view title;
+    std::optional<ExportFormat> format;  // nullopt: the video
+};
+
+std::vector<OfferedFormat> OfferedFormats()
+{
+    std::vector<OfferedFormat> formats;
+    for (const ExportFormatNames& names : ExportFormats()) {
+        formats.push_back({names.extension, names.title, names.format});
+    }
+    formats.push_back({".mp4", "MP4 video, with the colors on view", std::nullopt});
+    return formats;
+}
+
+std::unique_ptr<FrameSink> SinkOf(const OfferedFormat& offer, const std::string& path, bool replace)
+{
+    if (offer.format) return MakeFrameSink(*offer.format, path, replace);
+    return std::make_unique<Mp4Writer>(path, replace);
+}
+
+// Of the export before.
+struct Choice {
+    int form = 0;
+    int format = 0;
+};
+Choice lastChoice;
+
+std::vector<OfferedSource> offered;  // while the dialog is open
+
+std::string NameOf(const std::string& path)
+{
+    std::string name;
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, &name, &extension);
+    return name + extension;
+}
+
+std::string StemOf(const std::string& path)
+{
+    std::string name;
+    SplitPath(path, nullptr, nullptr, &name, nullptr);
+    return name;
+}
+
+std::string EndingOf(const std::string& path)
+{
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, nullptr, &extension);
+    return extension;
+}
+
+std::vector<OfferedSource> SourcesThatAreThere()
+{
+    std::vector<OfferedSource> sources;
+    if (ViewingFile && !IsCoefficientFile(ViewFilePath)) {
+        sources.push_back(
+            {ExportWhat::kFile, "Frames of " + NameOf(ViewFilePath), std::int64_t{ImageHeader.FrameCount}});
+    }
+    if (ViewingFile || CameraOn) sources.push_back({ExportWhat::kOnView, "Picture on view", 1});
+    const std::int64_t host = std::min<std::int64_t>(FramesInBuffer, std::ssize(HostFrames));
+    if (host > 0) sources.push_back({ExportWhat::kHostFrames, "Host frames", host});
+    return sources;
+}
+
+const OfferedSource& ChosenSource(HWND dialog)
+{
+    return offered[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportWhat), 0))];
+}
+
+OfferedFormat ChosenFormat(HWND dialog)
+{
+    return OfferedFormats()[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportFormat), 0))];
+}
+
+void ShowFrames(HWND dialog)
+{
+    const OfferedSource& source = ChosenSource(dialog);
+    SetDlgItemText(dialog, kExportFirst, "0");
+    SetDlgItemText(dialog, kExportLast, Format("%lld", static_cast<long long>(source.frames - 1)));
+    for (const int field : {kExportFirst, kExportLast}) {
+        EnableDlgItem(dialog, field, source.what != ExportWhat::kOnView);
+    }
+}
+
+// The place of the format with that ending; -1: none has it.
+int FormatWithEnding(const std::string& ending)
+{
+    const std::vector<OfferedFormat> formats = OfferedFormats();
+    const auto found = std::ranges::find_if(
+        formats, [&ending](const OfferedFormat& format) { return EqualIgnoringCase(ending, format.extension); });
+    return found == formats.end() ? -1 : static_cast<int>(found - formats.begin());
+}
+
+// Name and format go together as long as the name's ending is that of a format.
+void FollowFormat(HWND dialog)
+{
+    std::string name = GetDlgItemText(dialog, kExportName);
+    const std::string ending = EndingOf(name);
+    if (FormatWithEnding(ending) < 0) return;
+    name.resize(name.size() - ending.size());
+    SetDlgItemText(dialog, kExportName, name + std::string(ChosenFormat(dialog).extension));
+}
+
+void FollowName(HWND dialog)
+{
+    const int format = FormatWithEnding(EndingOf(GetDlgItemText(dialog, kExportName)));
+    if (format >= 0) ListSelect(dialog, kExportFormat, format);
+}
+
+void Open(HWND dialog)
+{
+    for (const OfferedSource& source : offered) ListAdd(dialog, kExportWhat, source.text);
+    for (const auto& [form, text] : kForms) ListAdd(dialog, kExportForm, text);
+    for (const OfferedFormat& format : OfferedFormats()) ListAdd(dialog, kExportFormat, format.title);
+    ListSelect(dialog, kExportWhat, 0);
+    ListSelect(dialog, kExportForm, lastChoice.form);
+    ListSelect(dialog, kExportFormat, lastChoice.format);
+    ShowFrames(dialog);
+    const std::string name = ViewingFile ? StemOf(ViewFilePath) : "picture";
+    SetDlgItemText(dialog, kExportName, name + std::string(ChosenFormat(dialog).extension));
+    CentreDialog(dialog);
+    FocusDlgItem(dialog, kExportWhat);
+}
+
+// --- The name -------------------------------------------------------------------------------------------------------
+
+// A name alone stands in the directory that was last saved to.
+std::string TargetOf(const std::string& name)
+{
+    if (name.find_first_of("/\\") != std::string::npos) return AbsolutePath(name);
+    std::string directory = LastFileDirectory.empty() ? FirstFileDirectory : LastFileDirectory;
+    if (directory.empty()) directory = DefaultDir;
+    return AbsolutePath(directory + (directory.ends_with('/') ? "" : "/") + name);
+}
+
+std::string WithEnding(HWND dialog, std::string name)
+{
+    if (!name.empty() && EndingOf(name).empty()) name += ChosenFormat(dialog).extension;
+    return name;
+}
+
+void Browse(HWND dialog)
+{
+    const OfferedFormat format = ChosenFormat(dialog);
+    const std::string pattern = "*" + std::string(format.extension);
+    const std::string text = std::string(format.title) + " (" + pattern + ")";
+    const std::string target = TargetOf(WithEnding(dialog, GetDlgItemText(dialog, kExportName)));
+    const FileDialogResult result = RunFileDialog({.owner = dialog,
+                                                   .mode = FileDialogMode::kSave,
+                                                   .title = "Export",
+                                                   .filters = {{text, pattern}, {"All Files (*.*)", "*.*"}},
+                                                   .directory = DirectoryOf(target),
+                                                   .name = NameOf(target),
+                                                   .defaultExtension = format.extension.substr(1),
+                                                   // Whether it is replaced is asked when it is to be written.
+                                                   .accept = [](const std::string&) { return true; }});
+    if (result.error != 0) TellFileDialogError(result.error);
+    if (!result.paths.empty()) SetDlgItemText(dialog, kExportName, result.paths.front());
+}
+
+// --- Export ---------------------------------------------------------------------------------------------------------
+
+// What the operator asks for; nullopt after a box.
+std::optional<ExportRequest> TakeRequest(HWND dialog)
+{
+    const OfferedSource& source = ChosenSource(dialog);
+    ExportRequest request;
+    request.what = source.what;
+    if (source.what == ExportWhat::kFile) request.path = ViewFilePath;
+    request.form = kForms[std::max(ListSelection(dialog, kExportForm), 0)].first;
+    if (source.what == ExportWhat::kOnView) return request;
+    const std::optional<std::int32_t> first = ScanDecimal(GetDlgItemText(dialog, kExportFirst));
+    const std::optional<std::int32_t> last = ScanDecimal(GetDlgItemText(dialog, kExportLast));
+    const std::string range = Format("Please enter frames from 0 to %lld, the first one not behind the last one.",
+                                     static_cast<long long>(source.frames - 1));
+    if (!first || *first < 0 || *first >= source.frames) {
+        RefuseField(dialog, kExportFirst, range);
+        return std::nullopt;
+    }
+    if (!last || *last < *first || *last >= source.frames) {
+        RefuseField(dialog, kExportLast, range);
+        return std::nullopt;
+    }
+    request.first = *first;
+    request.end = std::int64_t{*last} + 1;
+    return request;
+}
+
+// Raw frames of a file are corrected by the lists in force where the form needs it.
+std::optional<ExportSource> OpenSource(ExportRequest request, std::string& why)
+{
+    std::optional<ExportSource> source = ExportSource::Open(request, why);
+    const bool mayCorrect = request.what == ExportWhat::kFile && request.form != ExportForm::kCounts &&
+                            request.form != ExportForm::kVolts && CalType != 0;
+    if (source || !mayCorrect) return source;
+    request.listsInForce = true;
+    std::string whyNotCorrected;
+    source = ExportSource::Open(request, whyNotCorrected);
+    // Of frames that are corrected already the first reason holds.
+    const bool isCorrected = whyNotCorrected.ends_with("is corrected already");
+    if (!source && !isCorrected) why = whyNotCorrected;
+    return source;
+}
+
+bool MayReplace(HWND dialog, const std::string& target)
+{
+    const std::string question = target + " already exists.\nDo you want to replace it?";
+    return MessageBox(dialog, question, "Export", BoxIcon::kExclamation, BoxButtons::kYesNo) == Button::kYes;
+}
+
+// Names the share that is done; the line is put back at the end.
+class ShownProgress {
+  public:
+    ShownProgress() { align_ = GetStatusText(text_); }
+    ~ShownProgress() { StatusMessage(text_, align_); }
+    ShownProgress(const ShownProgress&) = delete;
+    ShownProgress& operator=(const ShownProgress&) = delete;
+    bool Show(std::int64_t done, std::int64_t all)
+    {
+        const std::int64_t percent = 100 * done / all;
+        if (percent != std::exchange(told_, percent)) {
+            StatusMessage(Format(" Exporting frames: %lld %%", static_cast<long long>(percent)), kLeftAligned);
+        }
+        return done == all || GatherGoesOn();
+    }
+
+  private:
+    std::string text_;
+    int align_ = 0;
+    std::int64_t told_ = -1;
+};
+
+ExportOutcome Write(ExportSource& source, const OfferedFormat& format, const std::string& target, bool replace)
+{
+    const Gather gather(source.Description().frames > 1);
+    ShownProgress progress;
+    const std::unique_ptr<FrameSink> sink = SinkOf(format, target, replace);
+    return RunExport(source, *sink,
+                     [&progress](std::int64_t done, std::int64_t all) { return progress.Show(done, all); });
+}
+
+// What was written last, for the end of the command.
+struct Written {
+    std::string path;
+    ExportOutcome outcome;
+    std::int64_t wanted = 0;
+};
+Written written;
+
+void Accept(HWND dialog)
+{
+    const std::optional<ExportRequest> request = TakeRequest(dialog);
+    if (!request) return;
+    const std::string name = WithEnding(dialog, GetDlgItemText(dialog, kExportName));
+    if (name.empty()) {
+        RefuseField(dialog, kExportName, "Please enter the name of the file to write.");
+        return;
+    }
+    if (!ChosenFormat(dialog).format && IsFloatForm(request->form)) {
+        RefuseField(dialog, kExportForm, "A video shows the picture: please choose counts or corrected counts.");
+        return;
+    }
+    std::string why;
+    std::optional<ExportSource> source = OpenSource(*request, why);
+    if (!source) {
+        RefuseField(dialog, kExportWhat, why);
+        return;
+    }
+    const std::string target = TargetOf(name);
+    const bool replace = FileExists(target);
+    if (replace && !MayReplace(dialog, target)) {
+        FocusDlgItem(dialog, kExportName);
+        return;
+    }
+    ExportOutcome outcome = Write(*source, ChosenFormat(dialog), target, replace);
+    if (!outcome.failure.empty()) {
+        RefuseField(dialog, kExportName, outcome.failure);
+        return;
+    }
+    if (outcome.frames == 0) return;  // stopped before the first one: nothing has changed
+    written = {target, std::move(outcome), source->Description().frames};
+    lastChoice = {ListSelection(dialog, kExportForm), ListSelection(dialog, kExportFormat)};
+    write::fileChoice.LastFileDirectory = DirectoryOf(target);
+    EndDialog(dialog, kExported);
+}
+
+void NoteWritten()
+{
+    if (!written.outcome.stopped) {
+        NoteSavedFile(written.path, static_cast<std::uint32_t>(written.outcome.frames));
+        return;
+    }
+    StatusNote(Format(" Stopped: %s has %lld of %lld frames", NameOf(written.path).c_str(),
+                      static_cast<long long>(written.outcome.frames), static_cast<long long>(written.wanted)));
+}
+
+constexpr DialogEntry kEntries[] = {
+    {kExportWhat, ShowFrames, kSelectionChanged},
+    {kExportFormat, FollowFormat, kSelectionChanged},
+    {kExportName, FollowName, kEditChanged},
+    {kBrowse, Browse},
+    {kIdOk, Accept},
+};
+constexpr DialogFrame kFrame{
+    .name = "EXPORT", .procedure = fnEXPORTDlgProc, .open = Open, .entries = kEntries, .helpContext = kHelpExport};
+
+}  // namespace
+
+CommandEnd ExportFrames()
+{
+    StopPlaying();
+    offered = SourcesThatAreThere();
+    if (offered.empty()) {
+        SomethingOnView("export");
+        return CommandEnd::kLeaveStatus;
+    }
+    const int result = RunDialog(kFrame, hWndMain);
+    offered.clear();
+    if (result != kExported) return CommandEnd::kResetStatus;
+    NoteWritten();
+    return CommandEnd::kLeaveStatus;
+}
+
+LRESULT fnEXPORTDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
+{
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
+}
+
+void ResetExportDialog()
+{
+    lastChoice = {};
+    offered.clear();
+    written = {};
+}
+
+}  // namespace kelvo

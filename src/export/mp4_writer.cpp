@@ -1,0 +1,74 @@
+#include "export/mp4_writer.h"
+
+#include "platform/memory.h"
+#include "platform/text.h"
+
+#include <cmath>
+#include <span>
+
+namespace kelvo {
+
+namespace {
+
+constexpr double kUsualRateHz = 10;
+constexpr std::size_t kColorBytes = 3;
+
+double RateOf(const ImageHeaderRecord& header)
+{
+    const double rate = header.FrameRate;
+    return std::isfinite(rate) && rate >= 0.01 && rate <= 10000 ? rate : kUsualRateHz;
+}
+
+std::vector<std::string> CommandOf(const ExportDescription& description, const std::string& file)
+{
+    const std::string json = ProvenanceJson(description.provenance, description.columns, description.rows, {}).Json();
+    return {"ffmpeg", "-hide_banner", "-loglevel", "error", "-y",
+            // What comes.
+            "-f", "rawvideo", "-pixel_format", "rgb24", "-video_size",
+            Format("%zux%zu", description.columns, description.rows), "-framerate",
+            Format("%.6f", RateOf(description.provenance.header)), "-i", "pipe:0",
+            // What is made of it: players know no other way to store colors, and it wants even sides.
+            "-vf", "pad=ceil(iw/2)*2:ceil(ih/2)*2", "-pix_fmt", "yuv420p", "-metadata", "comment=" + json, "-f", "mp4",
+            "file:" + file};
+}
+
+}  // namespace
+
+ExportFailure Mp4Writer::Begin(const ExportDescription& description)
+{
+    if (description.isFloat) return path_ + " can't be made of values: a video shows counts";
+    const std::string refused = WhyTargetIsRefused(path_, replace_);
+    if (!refused.empty()) return refused;
+    look_ = PictureLook::OnView();
+    if (!look_ || !AllocateBlock(picture_, kColorBytes * description.Pixels())) return "No memory is left.";
+    file_ = NewFile::Begin(path_);
+    if (!file_) return CantBeWritten(path_);
+    ffmpeg_ = ChildProcess::Start(CommandOf(description, NewFile::NameBeside(path_)));
+    if (!ffmpeg_) return "A video needs the program ffmpeg, which isn't installed";
+    return std::nullopt;
+}
+
+// What ffmpeg says is the reason, where it says something.
+std::string Mp4Writer::Complaint()
+{
+    const std::string last = ffmpeg_ ? ffmpeg_->LastError() : std::string();
+    return path_ + " can't be made: ffmpeg " + (last.empty() ? "has ended" : "says \"" + last + '"');
+}
+
+ExportFailure Mp4Writer::Add(const ExportedFrame& frame)
+{
+    if (!look_ || !ffmpeg_ || frame.counts.size() * kColorBytes != picture_.size()) return DiskRefuses(path_);
+    look_->Fill(frame.counts, picture_);
+    if (ffmpeg_->Write(std::as_bytes(std::span(picture_)))) return std::nullopt;
+    ffmpeg_->Finish();  // its last words
+    return Complaint();
+}
+
+ExportFailure Mp4Writer::End()
+{
+    if (!ffmpeg_ || !ffmpeg_->Finish()) return Complaint();
+    if (!file_ || file_->Contents().Length() <= 0 || !file_->Keep()) return DiskRefuses(path_);
+    return std::nullopt;
+}
+
+}  // namespace kelvo
