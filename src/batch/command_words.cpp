@@ -1,11 +1,5 @@
 #include "batch/command_words.h"
 
-#include "batch/apply_command.h"
-#include "batch/cut_command.h"
-#include "batch/info_command.h"
-#include "batch/join_command.h"
-#include "batch/recover_command.h"
-
 #include <algorithm>
 
 namespace kelvo {
@@ -53,41 +47,67 @@ constexpr CommandOption kCutOptions[] = {
     {.name = "--frames", .value = "A:B", .does = kFramesDo, .needed = true},
 };
 
+constexpr CommandOption kCalibrateOptions[] = {
+    {.name = "--low", .value = "FILE", .does = "raw frames of the low source", .needed = true},
+    {.name = "--high", .value = "FILE", .does = "of the high source: two points, otherwise one"},
+    {.name = "--tlow", .value = "T", .does = "temperature of the low source, degrees Celsius"},
+    {.name = "--thigh", .value = "T", .does = "of the high source; without both the set doesn't read in degrees"},
+    {.name = "--elow", .value = "E", .does = "emissivity of the low source, above 0 to 1, kept with the set"},
+    {.name = "--ehigh", .value = "E", .does = "of the high source"},
+    {.name = "--camera", .value = "N", .does = "section Camera.N of camera.ini; otherwise the active camera"},
+    {.name = "--data", .value = "DIR", .does = "directory of the settings, as of the program"},
+    {.name = "--frames", .value = "A:B", .does = kFramesDo},
+    {.name = "--bad-list", .value = "FILE", .does = "bad whatever their gain: a .bad of this camera"},
+    {.name = "--keep-bad", .does = "replace no bad detector"},
+    {.name = "--keep-noisy", .does = "don't ask about noise"},
+    {.name = "--json", .does = "the result as an object"},
+    {.name = "--out", .value = "X.cal", .does = "the set's name; none of its files must stand", .needed = true},
+};
+constexpr std::string_view kCalibrateDetails =
+    "Camera and limits are those of camera.ini and kelvo.ini in the data directory, and frames are raw, in readout\n"
+    "order, as many of one source as of the other. The lists .gai .off .noi .dcm .bad are those that the window makes\n"
+    "of the same frames, byte for byte. The result goes to the standard output, the progress to the error stream.\n";
+constexpr ExitCode kCalibrateExits[] = {
+    {0, "the set stands"},
+    {2, "it couldn't be made: the error stream tells why, and no file of it stands"},
+};
+
 constexpr std::string_view kJoinDetails =
     "Pieces of a run that were cut, or corrected each for itself, are joined the run again byte for byte. OUT must\n"
     "not stand before; its journal OUT.frames comes along where IN has one.\n";
 
 constexpr CommandWord kWords[] = {
     {.word = "info",
-     .run = InfoCommand,
      .operands = "FILE...",
      .does = "tell what image files and recorded sequences are",
      .options = kInfoOptions,
      .details = kInfoDetails,
      .exits = kTellsOrNot},
     {.word = "recover",
-     .run = RecoverCommand,
      .operands = "FILE...",
      .does = "make whole what a recording left that was cut short",
      .options = kRecoverOptions,
      .details = {},
      .exits = kRecoverExits},
     {.word = "apply",
-     .run = ApplyCommand,
      .operands = "IN OUT",
      .does = "correct a raw sequence with a calibration set",
      .options = kApplyOptions,
      .details = kApplyDetails,
      .exits = kMakesOrNot},
+    {.word = "calibrate",
+     .operands = {},
+     .does = "make a calibration set of stored raw frames",
+     .options = kCalibrateOptions,
+     .details = kCalibrateDetails,
+     .exits = kCalibrateExits},
     {.word = "cut",
-     .run = CutCommand,
      .operands = "IN OUT",
      .does = "take a range out of a sequence",
      .options = kCutOptions,
      .details = kOutIsNew,
      .exits = kMakesOrNot},
     {.word = "join",
-     .run = JoinCommand,
      .operands = "IN... OUT",
      .does = "put sequences together, in order",
      .options = {},
@@ -116,7 +136,9 @@ std::string ArgumentsOf(const CommandWord& word)
         if (!option.value.empty()) text.append(" ").append(option.value);
         arguments += option.needed ? text + ' ' : '[' + text + "] ";
     }
-    return arguments + std::string(word.operands);
+    arguments += word.operands;
+    if (arguments.ends_with(' ')) arguments.pop_back();
+    return arguments;
 }
 
 }  // namespace kelvo

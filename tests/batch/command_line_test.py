@@ -74,7 +74,9 @@ class CommandLine(unittest.TestCase):
     def test_each_word_tells_how_it_is_used(self):
         before = everything()
         usages = {"recover": "recover [--dry-run] [--json] FILE...", "apply": "apply --set X.cal [--frames A:B] IN OUT", "cut": "cut --frames A:B IN OUT",
-                  "join": "join IN... OUT", "info": "info [--json] FILE..."}
+                  "join": "join IN... OUT", "info": "info [--json] FILE...",
+                  "calibrate": "calibrate --low FILE [--high FILE] [--tlow T] [--thigh T] [--elow E] [--ehigh E] [--camera N] [--data DIR] [--frames A:B] "
+                               "[--bad-list FILE] [--keep-bad] [--keep-noisy] [--json] --out X.cal"}
         general = run("--help")[1]
         for word, usage in usages.items():
             for arguments in ([word, "--help"], [word, "-h"], [word, "run.seq", "--help", "even.seq"]):
