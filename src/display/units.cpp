@@ -176,6 +176,57 @@ double CelsiusOf(double counts, std::int32_t unit, const Calibration& cal)
     return scaled * cal.temperatureSpan / cal.intensitySpan;
 }
 
+// A value, and how many decimals its text has; 0: the text is that of the count.
+struct Reading {
+    double value = 0;
+    int decimals = 0;
+};
+
+double VoltsSpan()
+{
+    return static_cast<double>(VoltsHigh) - static_cast<double>(VoltsLow);
+}
+
+double CountSpan()
+{
+    return static_cast<double>(DisplayHigh) - DisplayLow;
+}
+
+Reading ReadingOf(double count, std::int32_t unit)
+{
+    const double gain = StoredGain();
+    const Calibration cal = CalibrationInForce();
+    if ((IsTemperature(unit) || IsTemperatureDifference(unit)) && cal.valid) {
+        return {FromCelsius(CelsiusOf(count, unit, cal), unit), 3};
+    }
+    switch (unit) {
+        case kUnitVolts:
+            return {VoltsSpan() * (count - DisplayLow) / CountSpan() + static_cast<double>(VoltsLow), 3};
+        case kUnitNoiseCounts:
+            return {count / kNoiseScale, 3};
+        case kUnitNoiseVolts:
+            return {VoltsSpan() * (count / kNoiseScale) / CountSpan(), 4};
+        case kUnitGain:
+        case kUnitOffset:
+        case kUnitValue:
+            return {count / gain + StoredOffset(), 3};
+        // Times the gain and plus the gain, where its neighbours divide by it and add the offset: not to be brought
+        // into line with them.
+        case kUnitDeviationVolts:
+            return {VoltsSpan() * (count * gain + gain) / CountSpan(), 4};
+        default:
+            return {count, 0};
+    }
+}
+
+// A difference of counts as one of stored values: what noise lists and stored deviations are scaled by comes off.
+double StoredDifference(double counts, std::int32_t unit)
+{
+    if (IsTemperature(unit)) return counts;
+    if (unit >= kUnitNoiseCounts && unit <= kUnitNoiseFahrenheit) return counts / kNoiseScale;
+    return counts / StoredGain();
+}
+
 // Toward zero; what lies beyond the integers stays at their end, what is no number is 0.
 std::int64_t Truncated(double value)
 {
@@ -232,43 +283,60 @@ UnitScope::~UnitScope()
     scope = nullptr;
 }
 
-float CountsToUnit(std::int32_t counts, std::int32_t unit, std::string* text)
+double ValueOfCounts(double counts, std::int32_t unit)
 {
-    const auto count = static_cast<double>(counts);
-    const double volts = static_cast<double>(VoltsHigh) - static_cast<double>(VoltsLow);
-    const double range = static_cast<double>(DisplayHigh) - DisplayLow;
-    const double gain = StoredGain();
+    return ReadingOf(counts, unit).value;
+}
+
+double ValueOfDifference(double counts, std::int32_t unit)
+{
     const Calibration cal = CalibrationInForce();
-
-    const auto result = [&](double value, int decimals) {
-        const auto single = static_cast<float>(value);
-        if (text) *text = Format("%.*f", decimals, static_cast<double>(single));
-        return single;
-    };
-
+    const double volts = VoltsSpan() * counts / CountSpan();
     if ((IsTemperature(unit) || IsTemperatureDifference(unit)) && cal.valid) {
-        return result(FromCelsius(CelsiusOf(count, unit, cal), unit), 3);
+        const double celsius = StoredDifference(counts, unit) * cal.temperatureSpan / cal.intensitySpan;
+        const bool inFahrenheit = unit == kUnitFahrenheit || IsFahrenheitDifference(unit);
+        return inFahrenheit ? celsius * static_cast<double>(kFahrenheitStep) : celsius;
     }
     switch (unit) {
         case kUnitVolts:
-            return result(volts * (count - DisplayLow) / range + static_cast<double>(VoltsLow), 3);
-        case kUnitNoiseCounts:
-            return result(count / kNoiseScale, 3);
+            return volts;
         case kUnitNoiseVolts:
-            return result(volts * (count / kNoiseScale) / range, 4);
+            return volts / kNoiseScale;
+        case kUnitDeviationVolts:
+            return volts * StoredGain();
+        case kUnitNoiseCounts:
         case kUnitGain:
         case kUnitOffset:
         case kUnitValue:
-            return result(count / gain + StoredOffset(), 3);
-        // Times the gain and plus the gain, where its neighbours divide by it and add the offset: not to be brought
-        // into line with them.
-        case kUnitDeviationVolts:
-            return result(volts * (count * gain + gain) / range, 4);
+            return StoredDifference(counts, unit);
         default:
-            break;
+            return counts;
     }
-    if (text) *text = Format("%d", counts);
-    return static_cast<float>(counts);
+}
+
+std::optional<double> CountsOfCelsius(double celsius)
+{
+    const Calibration cal = CalibrationInForce();
+    if (!cal.valid || !IsUnitAvailable(kUnitCelsius)) return std::nullopt;
+    return (celsius - cal.temperatureCold) * cal.intensitySpan / cal.temperatureSpan + cal.intensityCold;
+}
+
+std::optional<CountRange> CountsOfSources()
+{
+    if (!CalibrationInForce().valid || !IsUnitAvailable(kUnitCelsius)) return std::nullopt;
+    const ImageHeaderRecord* const header = StoredHeader();
+    if (header) return CountRange{.low = header->IntensityCold, .high = header->IntensityHot};
+    return CountRange{.low = IntensityCold, .high = IntensityHot};
+}
+
+float CountsToUnit(std::int32_t counts, std::int32_t unit, std::string* text)
+{
+    const Reading reading = ReadingOf(static_cast<double>(counts), unit);
+    const auto single = static_cast<float>(reading.value);
+    if (text) {
+        *text = reading.decimals ? Format("%.*f", reading.decimals, static_cast<double>(single)) : Format("%d", counts);
+    }
+    return single;
 }
 
 std::int32_t UnitToCounts(float value, std::int32_t unit)

@@ -8,7 +8,10 @@
 // view, otherwise of the calibration in force; ViewScaleGain, ViewScaleOffset. Nothing here reports to the operator.
 #pragma once
 
+#include "display/lookup_table.h"
+
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace kelvo {
@@ -38,6 +41,18 @@ constexpr std::int32_t kUnitDeviationFahrenheit = 25;
 // The value of a count. text, unless null, takes it as the operator reads it: three decimals, four for volts of noise
 // and of deviation, or the plain count where that is the value. A temperature without a valid calibration is the count.
 float CountsToUnit(std::int32_t counts, std::int32_t unit, std::string* text);
+
+// The same of what needn't be a whole count, a mean, not yet rounded to single.
+double ValueOfCounts(double counts, std::int32_t unit);
+// What a difference of two counts, a deviation, is in that unit: scaled, without the unit's zero.
+double ValueOfDifference(double counts, std::int32_t unit);
+
+// The count that a temperature has on the line through the calibration pair, neither cut nor limited:
+//     (celsius - TemperatureCold) x (IntensityHot - IntensityCold) / (TemperatureHot - TemperatureCold) + IntensityCold
+// nullopt where temperatures can't be read.
+std::optional<double> CountsOfCelsius(double celsius);
+// The counts of the two sources; nullopt likewise.
+std::optional<CountRange> CountsOfSources();
 
 // The count of a value, limited to the range on view: the header's with a file on view, else the live one. The low end
 // wins where the two cross. Not the inverse of CountsToUnit for kelvin, noise and deviation: both directions add

@@ -7,8 +7,7 @@ namespace kelvo {
 double SaturatedShare(std::span<const std::int16_t> rawCounts)
 {
     if (rawCounts.empty()) return 0;
-    const auto saturated = std::ranges::count_if(
-        rawCounts, [](std::int16_t count) { return count <= kConverterLow || count >= kConverterHigh; });
+    const auto saturated = std::ranges::count_if(rawCounts, IsSaturated);
     return static_cast<double>(saturated) / static_cast<double>(rawCounts.size());
 }
 

@@ -24,11 +24,11 @@ struct RegionPlace {
 
 struct Region {
     std::int32_t number = 0;  // never given twice while the program runs; 0: none yet
-    std::string name;         // Latin-1; "R1" where the operator gave none
+    std::string name{};       // as typed; "R1" where the operator gave none
     RegionShape shape = RegionShape::kRectangle;
-    RegionPlace place;
-    double emissivity = 1.0;           // above 0, at most 1; ours: regions/region_value.h has the formula
-    std::optional<double> reflectedC;  // °C of what the surface reflects; only with an emissivity below 1
+    RegionPlace place{};
+    double emissivity = 1.0;             // above 0, at most 1; ours: regions/region_value.h has the formula
+    std::optional<double> reflectedC{};  // °C of what the surface reflects; only with an emissivity below 1
     friend bool operator==(const Region&, const Region&) = default;
 };
 

@@ -5,6 +5,7 @@
 #include "display/display_pipeline.h"
 #include "display/unit_list.h"
 #include "display/units.h"
+#include "regions/region_list.h"
 #include "state/cal_settings.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
@@ -127,6 +128,8 @@ constexpr Part kParts[] = {
     // A zoom moves the picture too: that is no change of its own.
     {"pan", [](Snapshot a, Snapshot b) { return !SameZoom(a, b) || SamePlace(a, b); }, PutBackPlace},
     {"unit", [](Snapshot a, Snapshot b) { return a.unit == b.unit; }, PutBackUnit},
+    {"regions", [](Snapshot a, Snapshot b) { return a.regions == b.regions; },
+     [](Snapshot target, Snapshot /*other*/) { PutBackRegions(target.regions); }},
 };
 
 void PutBackKeys(const UndoSnapshot& target, const UndoSnapshot& other)
@@ -154,6 +157,7 @@ UndoSnapshot TakeSnapshot()
             .geometry = GeometryInForce(),
             .view = ViewPosition(),
             .unit = DisplayUnit,
+            .regions = Regions,
             .badPixels = nullptr,
             .keys = TakeKeys()};
 }

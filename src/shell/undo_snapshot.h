@@ -1,9 +1,10 @@
-// What the operator can take back, as one value: how the picture looks and lies, the unit, what is known of bad pixels,
-// and the keys of the settings files that the commands on these write.
+// What the operator can take back, as one value: how the picture looks and lies, the unit, the regions on it, what is
+// known of bad pixels, and the keys of the settings files that the commands on these write.
 #pragma once
 
 #include "badpixel/bad_pixel_state.h"
 #include "platform/profile.h"
+#include "regions/region.h"
 #include "state/contrast_fit.h"
 #include "video/zoom_pan.h"
 
@@ -32,6 +33,7 @@ struct UndoSnapshot {
     DisplayGeometry geometry;
     Point view;  // ViewPosition
     std::int32_t unit = 0;
+    std::vector<Region> regions;
     std::shared_ptr<const BadPixelState> badPixels;  // null: of a gesture that can't change them
     std::vector<KeptProfileKey> keys;                // the same keys in each snapshot of one camera and calibration
 };

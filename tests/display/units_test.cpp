@@ -401,5 +401,41 @@ TEST_F(Units, OfTheCamerasFramesAreThoseInForceWhileAFileIsOnView)
     EXPECT_EQ(Text(7000, kUnitCelsius), "30.000");
 }
 
+TEST_F(Units, AValueThatIsNoWholeCountIsBetweenItsNeighbours)
+{
+    EXPECT_DOUBLE_EQ(ValueOfCounts(6500.5, kUnitCelsius), 25.001);
+    EXPECT_DOUBLE_EQ(ValueOfCounts(100.25, kUnitCounts), 100.25);
+    EXPECT_DOUBLE_EQ(ValueOfCounts(8191.5, kUnitVolts), 0.5);
+    for (std::int32_t unit = 0; unit < kUnitCount; ++unit) {
+        EXPECT_EQ(static_cast<float>(ValueOfCounts(4321, unit)), CountsToUnit(4321, unit, nullptr)) << unit;
+    }
+}
+
+TEST_F(Units, ADifferenceIsScaledAndHasNoZero)
+{
+    EXPECT_DOUBLE_EQ(ValueOfDifference(250, kUnitCounts), 250);
+    EXPECT_DOUBLE_EQ(ValueOfDifference(250, kUnitVolts), 4.0 * 250 / 16383);
+    EXPECT_DOUBLE_EQ(ValueOfDifference(250, kUnitCelsius), 0.5);
+    EXPECT_DOUBLE_EQ(ValueOfDifference(250, kUnitKelvin), 0.5);
+    EXPECT_DOUBLE_EQ(ValueOfDifference(250, kUnitFahrenheit), 0.5 * kStep);
+    EXPECT_DOUBLE_EQ(ValueOfDifference(250, kUnitNoiseCounts), 12.5);
+    EXPECT_DOUBLE_EQ(ValueOfDifference(250, kUnitNoiseCelsius), 0.025);
+    EXPECT_DOUBLE_EQ(ValueOfDifference(250, kUnitValue), 62.5);
+    // Between two counts of a unit that has a zero it is the difference of the values.
+    for (const std::int32_t unit : {kUnitVolts, kUnitCelsius, kUnitKelvin, kUnitFahrenheit, kUnitValue}) {
+        EXPECT_NEAR(ValueOfDifference(250, unit), ValueOfCounts(6250, unit) - ValueOfCounts(6000, unit), 1e-9) << unit;
+    }
+}
+
+TEST_F(Units, ATemperatureHasItsCountOnTheLineOfTheCalibration)
+{
+    EXPECT_DOUBLE_EQ(CountsOfCelsius(25.001).value(), 6500.5);
+    EXPECT_DOUBLE_EQ(CountsOfCelsius(-20).value(), -16000);  // 40 degrees below the cold source: not limited
+    EXPECT_EQ(CountsOfSources(), (CountRange{4000, 9000}));
+    write::cal.TemperatureHot = 20.0F;
+    EXPECT_FALSE(CountsOfCelsius(25));
+    EXPECT_FALSE(CountsOfSources());
+}
+
 }  // namespace
 }  // namespace kelvo

@@ -50,6 +50,9 @@
 #include "record/trigger_dialogs.h"
 #include "record/triggered_save.h"
 #include "record/triggered_save_dialog.h"
+#include "regions/bad_detectors.h"
+#include "regions/region_list.h"
+#include "regions/regions_file.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
@@ -193,6 +196,9 @@ constexpr void (*kModules[])() = {
     [] { write::options.startOptions = {}; },
     ResetMainWindow,
     ResetUndo,
+    ResetRegions,
+    ResetKeptRegions,
+    ResetBadDetectors,
     FreeHistogram,
     ResetHistSettings,
     ResetPlayback,

@@ -1,0 +1,40 @@
+// Which pixels measurements leave out as bad. Of the camera's frames they are those that it knows to be bad itself
+// (viewing/fitted_contrast.h, BadPixelsOnView); a file says nothing of its detectors, so that the operator names the
+// calibration set that does.
+#pragma once
+
+#include "pixel/bad_pixels.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kelvo {
+
+// The map of a set for frames of columns x rows, image order: what its .bad lists, and detectors whose gain in its .gai
+// lies within 0.001 of zero. Nothing is told; nullopt with the reason in why, a whole sentence: a file of the set can't
+// be read, was made for frames of another size, or lists what lies outside of this one.
+std::optional<BadDetMap> BadDetectorsOfSet(const std::string& calPath, std::int32_t columns, std::int32_t rows,
+                                           std::string& why);
+
+// What the operator chose: whether bad detectors are left out, and by which set for files; empty: none is named.
+extern const std::int32_t& LeaveBadDetectorsOut;  // 0 or 1; 0 at the start
+extern const std::string& BadDetectorSet;         // path of its .cal
+void ChooseBadDetectors(bool leaveOut);
+// Reads the set for the frame on view first; one that can't be read for it stays away: false, with the reason in why.
+// Without a frame on view it is taken as it is, and read with the next. An empty path names none.
+bool NameBadDetectorSet(const std::string& calPath, std::string& why);
+
+// The map for the frame on view, by the choice; empty: nothing is left out. A set is read once for each size of frame;
+// one that doesn't fit the frame on view leaves nothing out, and WhyNoneIsLeftOut says so.
+const BadDetMap& BadDetectorsOnView();
+// Why bad detectors of the frame on view stay in though they are to be left out, a whole sentence; empty: they don't.
+std::string WhyNoneIsLeftOut();
+
+std::size_t BadDetectorsIn(const BadDetMap& map);
+
+// Nothing left out, no set.
+void ResetBadDetectors();
+
+}  // namespace kelvo
