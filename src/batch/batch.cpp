@@ -10,6 +10,7 @@
 #include "batch/info_command.h"
 #include "batch/join_command.h"
 #include "batch/recover_command.h"
+#include "batch/stats_command.h"
 
 #include <algorithm>
 #include <csignal>
@@ -25,8 +26,8 @@ struct Runner {
     int (*run)(std::span<const std::string> arguments);  // those behind the word; gives the exit code
 };
 constexpr Runner kRunners[] = {
-    {"info", InfoCommand},           {"recover", RecoverCommand}, {"apply", ApplyCommand},
-    {"calibrate", CalibrateCommand}, {"cut", CutCommand},         {"join", JoinCommand},
+    {"info", InfoCommand},           {"stats", StatsCommand}, {"recover", RecoverCommand}, {"apply", ApplyCommand},
+    {"calibrate", CalibrateCommand}, {"cut", CutCommand},     {"join", JoinCommand},
 };
 
 bool AsksForHelp(std::span<const std::string> arguments)

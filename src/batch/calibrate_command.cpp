@@ -5,7 +5,7 @@
 #include "batch/batch_end.h"
 #include "batch/batch_progress.h"
 #include "batch/cut_command.h"
-#include "batch/json_object.h"
+#include "batch/json_line.h"
 #include "batch/new_set.h"
 #include "calib/stored_calibration.h"
 #include "config/data_directory.h"
@@ -377,7 +377,7 @@ Failure WriteSet(NewSet& set, const StoredCalibrationSettings& settings, const S
 
 std::string ResultJson(const Request& request, const StoredCalibration& made, std::int32_t frames)
 {
-    JsonObject json;
+    JsonLine json;
     json.Text("set", AbsolutePath(request.out))
         .Whole("type", made.type)
         .Whole("camera", request.camera)

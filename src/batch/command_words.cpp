@@ -16,6 +16,23 @@ constexpr ExitCode kMakesOrNot[] = {
 constexpr std::string_view kOutIsNew =
     "OUT must not stand before; its journal OUT.frames comes along where IN has one.\n";
 
+constexpr CommandOption kStatsOptions[] = {
+    {.name = "--region", .value = "FILE.regions[:NAME]", .does = "the regions of a file, or those of that name"},
+    {.name = "--rect", .value = "X1,Y1,X2,Y2", .does = "a rectangle, pixels from 0, both corners included"},
+    {.name = "--frames", .value = "A:B", .does = kFramesDo},
+    {.name = "--unit",
+     .value = "UNIT",
+     .does = "counts, celsius, kelvin or fahrenheit",
+     .choices = "counts celsius kelvin fahrenheit"},
+    {.name = "--bad", .value = "X.cal", .does = "leave out what this set takes for bad"},
+    {.name = "--json", .does = "an object a line, frame and region"},
+};
+constexpr std::string_view kStatsDetails =
+    "Without --region and --rect the whole frame is measured. A line for each frame and region: pixels, mean, sample\n"
+    "deviation, minimum and maximum with their places, saturated pixels, values outside the two sources; "
+    "comma-separated,\n"
+    "with a head of lines that begin with #. The progress stands on the error stream.\n";
+
 constexpr CommandOption kRecoverOptions[] = {
     {.name = "--dry-run", .does = "tell what would be done, and do nothing"},
     kJson,
@@ -82,6 +99,12 @@ constexpr CommandWord kWords[] = {
      .does = "tell what image files and recorded sequences are",
      .options = kInfoOptions,
      .details = kInfoDetails,
+     .exits = kTellsOrNot},
+    {.word = "stats",
+     .operands = "FILE",
+     .does = "measure regions in each frame of a file",
+     .options = kStatsOptions,
+     .details = kStatsDetails,
      .exits = kTellsOrNot},
     {.word = "recover",
      .operands = "FILE...",

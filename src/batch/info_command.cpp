@@ -2,7 +2,7 @@
 
 #include "batch/batch_arguments.h"
 #include "batch/batch_end.h"
-#include "batch/json_object.h"
+#include "batch/json_line.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -141,7 +141,7 @@ void AddJournal(std::string& text, const FramesFile& journal)
 
 std::string HeaderJson(const ImageHeaderRecord& header)
 {
-    JsonObject json;
+    JsonLine json;
     const auto whole = [&json](const char* key, std::int64_t value) { json.Whole(key, value); };
     whole("ByteSwap", header.ByteSwap);
     whole("ImageWidth", header.ImageWidth);
@@ -183,7 +183,7 @@ std::string GapsJson(std::span<const FrameGap> gaps)
 {
     std::string json;
     for (const FrameGap& gap : gaps) {
-        json += (json.empty() ? "" : ",") + JsonObject()
+        json += (json.empty() ? "" : ",") + JsonLine()
                                                 .Whole("before", gap.beforeFrame)
                                                 .Whole("first", gap.firstNumber)
                                                 .Whole("missing", gap.Missing())
@@ -199,7 +199,7 @@ std::string GapsJson(std::span<const FrameGap> gaps)
 std::string JournalJson(const FramesFile& journal)
 {
     const std::vector<FrameGap> gaps = GapsOf(journal.records);
-    JsonObject json;
+    JsonLine json;
     json.Whole("records", std::ssize(journal.records))
         .Truth("closed", journal.closing.has_value())
         .Text("end", EndText(journal));
@@ -254,7 +254,7 @@ std::string InfoJson(const StoredFrames& frames)
 {
     const ImageHeaderRecord& header = frames.Header();
     const Times times = TimesOf(frames);
-    JsonObject json;
+    JsonLine json;
     json.Text("file", frames.Path())
         .Whole("columns", header.ImageWidth)
         .Whole("rows", header.ImageHeight)

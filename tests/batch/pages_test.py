@@ -12,7 +12,7 @@ import unittest
 
 KELVO, MANUAL, COMPLETION, OUT = (pathlib.Path(path).resolve() for path in sys.argv[1:5])
 REFERENCE = pathlib.Path(__file__).resolve().parents[2] / "docs/commands.md"
-WORDS = ["info", "recover", "apply", "calibrate", "cut", "join"]
+WORDS = ["info", "stats", "recover", "apply", "calibrate", "cut", "join"]
 
 
 def told(*arguments):
@@ -95,6 +95,7 @@ class Pages(unittest.TestCase):
         self.assertEqual(self.complete("--theme", "="), ["light", "dark", "desktop"])
         self.assertEqual(self.complete("--data", ""), ["deep"])
         self.assertEqual(self.complete("apply", "--set", "w"), ["warm.cal"])
+        self.assertEqual(self.complete("stats", "--unit", "=", "k"), ["kelvin"])
         self.assertEqual(self.complete("cut", "--frames", ""), [])
 
     def test_files(self):

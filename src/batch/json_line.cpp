@@ -1,4 +1,4 @@
-#include "batch/json_object.h"
+#include "batch/json_line.h"
 
 #include "platform/text.h"
 #include "platform/transcript.h"
@@ -31,7 +31,7 @@ std::string ShortestText(float value)
     return Shortest(value);
 }
 
-JsonObject& JsonObject::Raw(std::string_view key, std::string_view json)
+JsonLine& JsonLine::Raw(std::string_view key, std::string_view json)
 {
     if (!fields_.empty()) fields_ += ',';
     fields_ += JsonString(key);
@@ -40,27 +40,27 @@ JsonObject& JsonObject::Raw(std::string_view key, std::string_view json)
     return *this;
 }
 
-JsonObject& JsonObject::Text(std::string_view key, std::string_view value)
+JsonLine& JsonLine::Text(std::string_view key, std::string_view value)
 {
     return Raw(key, JsonString(ToUtf8(value)));
 }
 
-JsonObject& JsonObject::Whole(std::string_view key, std::int64_t value)
+JsonLine& JsonLine::Whole(std::string_view key, std::int64_t value)
 {
     return Raw(key, std::to_string(value));
 }
 
-JsonObject& JsonObject::Number(std::string_view key, double value)
+JsonLine& JsonLine::Number(std::string_view key, double value)
 {
     return Raw(key, std::isfinite(value) ? ShortestText(value) : "null");
 }
 
-JsonObject& JsonObject::Single(std::string_view key, float value)
+JsonLine& JsonLine::Single(std::string_view key, float value)
 {
     return Raw(key, std::isfinite(value) ? ShortestText(value) : "null");
 }
 
-JsonObject& JsonObject::Truth(std::string_view key, bool value)
+JsonLine& JsonLine::Truth(std::string_view key, bool value)
 {
     return Raw(key, value ? "true" : "false");
 }

@@ -8,16 +8,16 @@
 
 namespace kelvo {
 
-class JsonObject {
+class JsonLine {
   public:
-    JsonObject& Text(std::string_view key, std::string_view value);  // any bytes: those that aren't UTF-8 are Latin-1
-    JsonObject& Whole(std::string_view key, std::int64_t value);
+    JsonLine& Text(std::string_view key, std::string_view value);  // any bytes: those that aren't UTF-8 are Latin-1
+    JsonLine& Whole(std::string_view key, std::int64_t value);
     // With the fewest digits that give the value again; null where it is no finite number.
-    JsonObject& Number(std::string_view key, double value);
-    JsonObject& Single(std::string_view key, float value);
-    JsonObject& Truth(std::string_view key, bool value);
-    JsonObject& Raw(std::string_view key, std::string_view json);  // a value that is JSON already
-    std::string Line() const { return '{' + fields_ + '}'; }       // without a line feed
+    JsonLine& Number(std::string_view key, double value);
+    JsonLine& Single(std::string_view key, float value);
+    JsonLine& Truth(std::string_view key, bool value);
+    JsonLine& Raw(std::string_view key, std::string_view json);  // a value that is JSON already
+    std::string Line() const { return '{' + fields_ + '}'; }     // without a line feed
 
   private:
     std::string fields_;
