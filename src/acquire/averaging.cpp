@@ -1,5 +1,6 @@
 #include "acquire/averaging.h"
 
+#include "acquire/frame_means.h"
 #include "acquire/frame_sums.h"
 #include "grabber/board.h"
 #include "grabber/correction.h"
@@ -17,7 +18,6 @@
 #include "ui/status.h"
 
 #include <algorithm>
-#include <cmath>
 #include <type_traits>
 #include <utility>
 
@@ -294,33 +294,17 @@ int GatherFrames(Run<T>& run)
 
 // ---- Finishing
 
-float DeviationOf(double squares, double meanSquare, double count)
-{
-    return static_cast<float>(std::sqrt(std::fabs(squares - meanSquare) / (count - 1)));
-}
-
 void Finish(Run<std::int16_t>& run)
 {
     if (run.count <= 1) return;
     ShowProgress(run, " Averaging data");
-    const auto count = static_cast<std::int32_t>(run.count);
-    for (std::size_t i = 0; i < run.squares.size() && i < run.deviation.size(); ++i) {
-        const double sum = run.longSums[i];
-        run.deviation[i] = DeviationOf(run.squares[i], sum / count * sum, count);
-    }
-    for (std::size_t i = 0; i < run.result.size(); ++i) {
-        run.result[i] = static_cast<std::int16_t>(run.longSums[i] / count);
-    }
+    MeansOfSums(run.longSums, run.squares, static_cast<std::int32_t>(run.count), run.result, run.deviation);
 }
 
 template <typename T>
 void FinishDeviations(Run<T>& run)
 {
-    const auto count = static_cast<std::int32_t>(run.count);
-    for (std::size_t i = 0; i < run.squares.size() && i < run.deviation.size(); ++i) {
-        const auto sum = static_cast<double>(run.result[i]);
-        run.deviation[i] = DeviationOf(run.squares[i], sum * sum / count, count);
-    }
+    DeviationsOfSums(std::span<const T>(run.result), run.squares, static_cast<std::int32_t>(run.count), run.deviation);
 }
 
 void Finish(Run<std::int32_t>& run)

@@ -2,6 +2,7 @@
 
 #include "batch/batch_arguments.h"
 #include "batch/batch_end.h"
+#include "batch/batch_progress.h"
 #include "batch/cut_command.h"
 #include "batch/new_sequence.h"
 #include "calib/apply_calibration.h"
@@ -16,13 +17,10 @@
 #include "platform/memory.h"
 #include "platform/text.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <condition_variable>
 #include <cstddef>
-#include <cstdio>
 #include <cstring>
 #include <mutex>
 #include <string_view>
@@ -339,18 +337,6 @@ std::optional<ApplyRequest> RequestOf(const BatchArguments& taken, std::string& 
     return std::nullopt;
 }
 
-// On a terminal one line that is written over; elsewhere a line at each tenth.
-void ShowProgress(std::int64_t done, std::int64_t all, std::int64_t& tenthShown)
-{
-    const bool terminal = isatty(STDERR_FILENO) != 0;
-    const std::int64_t tenth = 10 * done / all;
-    if (!terminal && tenth == tenthShown) return;
-    tenthShown = tenth;
-    std::fprintf(stderr, terminal ? "\rkelvo apply: %lld of %lld frames" : "kelvo apply: %lld of %lld frames\n",
-                 static_cast<long long>(done), static_cast<long long>(all));
-    if (terminal && done == all) std::fputc('\n', stderr);
-}
-
 }  // namespace
 
 std::optional<std::string> ApplySet(const ApplyRequest& request,
@@ -377,9 +363,9 @@ int ApplyCommand(std::span<const std::string> arguments)
     std::string why;
     const std::optional<ApplyRequest> request = RequestOf(TakeApart(arguments, kWord), why);
     if (!request) return TellBatchFailure(kWord, why);
-    std::int64_t tenthShown = -1;
+    BatchProgress progress(kWord);
     const Failure failure =
-        ApplySet(*request, [&](std::int64_t done, std::int64_t all) { ShowProgress(done, all, tenthShown); });
+        ApplySet(*request, [&progress](std::int64_t done, std::int64_t all) { progress.Show(done, all); });
     return failure ? TellBatchFailure(kWord, *failure) : kBatchDone;
 }
 

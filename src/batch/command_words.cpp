@@ -1,12 +1,5 @@
 #include "batch/command_words.h"
 
-#include "batch/apply_command.h"
-#include "batch/cut_command.h"
-#include "batch/export_command.h"
-#include "batch/info_command.h"
-#include "batch/join_command.h"
-#include "batch/recover_command.h"
-
 #include <algorithm>
 
 namespace kelvo {
@@ -22,6 +15,23 @@ constexpr ExitCode kMakesOrNot[] = {
 };
 constexpr std::string_view kOutIsNew =
     "OUT must not stand before; its journal OUT.frames comes along where IN has one.\n";
+
+constexpr CommandOption kStatsOptions[] = {
+    {.name = "--region", .value = "FILE.regions[:NAME]", .does = "the regions of a file, or those of that name"},
+    {.name = "--rect", .value = "X1,Y1,X2,Y2", .does = "a rectangle, pixels from 0, both corners included"},
+    {.name = "--frames", .value = "A:B", .does = kFramesDo},
+    {.name = "--unit",
+     .value = "UNIT",
+     .does = "counts, celsius, kelvin or fahrenheit",
+     .choices = "counts celsius kelvin fahrenheit"},
+    {.name = "--bad", .value = "X.cal", .does = "leave out what this set takes for bad"},
+    {.name = "--json", .does = "an object a line, frame and region"},
+};
+constexpr std::string_view kStatsDetails =
+    "Without --region and --rect the whole frame is measured. A line for each frame and region: pixels, mean, sample\n"
+    "deviation, minimum and maximum with their places, saturated pixels, values outside the two sources; "
+    "comma-separated,\n"
+    "with a head of lines that begin with #. The progress stands on the error stream.\n";
 
 constexpr CommandOption kRecoverOptions[] = {
     {.name = "--dry-run", .does = "tell what would be done, and do nothing"},
@@ -78,48 +88,79 @@ constexpr CommandOption kCutOptions[] = {
     {.name = "--frames", .value = "A:B", .does = kFramesDo, .needed = true},
 };
 
+constexpr CommandOption kCalibrateOptions[] = {
+    {.name = "--low", .value = "FILE", .does = "raw frames of the low source", .needed = true},
+    {.name = "--high", .value = "FILE", .does = "of the high source: two points, otherwise one"},
+    {.name = "--tlow", .value = "T", .does = "temperature of the low source, degrees Celsius"},
+    {.name = "--thigh", .value = "T", .does = "of the high source; without both the set doesn't read in degrees"},
+    {.name = "--elow", .value = "E", .does = "emissivity of the low source, above 0 to 1, kept with the set"},
+    {.name = "--ehigh", .value = "E", .does = "of the high source"},
+    {.name = "--camera", .value = "N", .does = "section Camera.N of camera.ini; otherwise the active camera"},
+    {.name = "--data", .value = "DIR", .does = "directory of the settings, as of the program"},
+    {.name = "--frames", .value = "A:B", .does = kFramesDo},
+    {.name = "--bad-list", .value = "FILE", .does = "bad whatever their gain: a .bad of this camera"},
+    {.name = "--keep-bad", .does = "replace no bad detector"},
+    {.name = "--keep-noisy", .does = "don't ask about noise"},
+    {.name = "--json", .does = "the result as an object"},
+    {.name = "--out", .value = "X.cal", .does = "the set's name; none of its files must stand", .needed = true},
+};
+constexpr std::string_view kCalibrateDetails =
+    "Camera and limits are those of camera.ini and kelvo.ini in the data directory, and frames are raw, in readout\n"
+    "order, as many of one source as of the other. The lists .gai .off .noi .dcm .bad are those that the window makes\n"
+    "of the same frames, byte for byte. The result goes to the standard output, the progress to the error stream.\n";
+constexpr ExitCode kCalibrateExits[] = {
+    {0, "the set stands"},
+    {2, "it couldn't be made: the error stream tells why, and no file of it stands"},
+};
+
 constexpr std::string_view kJoinDetails =
     "Pieces of a run that were cut, or corrected each for itself, are joined the run again byte for byte. OUT must\n"
     "not stand before; its journal OUT.frames comes along where IN has one.\n";
 
 constexpr CommandWord kWords[] = {
     {.word = "info",
-     .run = InfoCommand,
      .operands = "FILE...",
      .does = "tell what image files and recorded sequences are",
      .options = kInfoOptions,
      .details = kInfoDetails,
      .exits = kTellsOrNot},
+    {.word = "stats",
+     .operands = "FILE",
+     .does = "measure regions in each frame of a file",
+     .options = kStatsOptions,
+     .details = kStatsDetails,
+     .exits = kTellsOrNot},
     {.word = "recover",
-     .run = RecoverCommand,
      .operands = "FILE...",
      .does = "make whole what a recording left that was cut short",
      .options = kRecoverOptions,
      .details = {},
      .exits = kRecoverExits},
     {.word = "apply",
-     .run = ApplyCommand,
      .operands = "IN OUT",
      .does = "correct a raw sequence with a calibration set",
      .options = kApplyOptions,
      .details = kApplyDetails,
      .exits = kMakesOrNot},
     {.word = "export",
-     .run = ExportCommand,
      .operands = "IN OUT",
      .does = "write frames for other programs",
      .options = kExportOptions,
      .details = kExportDetails,
      .exits = kExportExits},
+    {.word = "calibrate",
+     .operands = {},
+     .does = "make a calibration set of stored raw frames",
+     .options = kCalibrateOptions,
+     .details = kCalibrateDetails,
+     .exits = kCalibrateExits},
     {.word = "cut",
-     .run = CutCommand,
      .operands = "IN OUT",
      .does = "take a range out of a sequence",
      .options = kCutOptions,
      .details = kOutIsNew,
      .exits = kMakesOrNot},
     {.word = "join",
-     .run = JoinCommand,
      .operands = "IN... OUT",
      .does = "put sequences together, in order",
      .options = {},
@@ -148,7 +189,9 @@ std::string ArgumentsOf(const CommandWord& word)
         if (!option.value.empty()) text.append(" ").append(option.value);
         arguments += option.needed ? text + ' ' : '[' + text + "] ";
     }
-    return arguments + std::string(word.operands);
+    arguments += word.operands;
+    if (arguments.ends_with(' ')) arguments.pop_back();
+    return arguments;
 }
 
 }  // namespace kelvo

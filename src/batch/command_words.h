@@ -1,4 +1,5 @@
-// The commands without a window, told once: what each is called and does, its options, how it ends and what runs it.
+// The commands without a window, told once: what each is called and does, its options, how it ends. batch/batch.h runs
+// them.
 // The commands take their arguments by this table (batch/batch_arguments.h), and help, the completion in a shell and
 // the manual page (batch/command_pages.h) are made of it. Texts are ASCII.
 #pragma once
@@ -21,8 +22,7 @@ struct CommandOption {
 
 struct CommandWord {
     std::string_view word;
-    int (*run)(std::span<const std::string> arguments);  // those behind the word; gives the exit code
-    std::string_view operands;                           // "IN OUT"
+    std::string_view operands;  // "IN OUT"
     std::string_view does;
     std::span<const CommandOption> options;
     std::string_view details;  // more to know, lines of at most 110 characters; may be empty

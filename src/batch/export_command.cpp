@@ -2,13 +2,12 @@
 
 #include "batch/batch_arguments.h"
 #include "batch/batch_end.h"
+#include "batch/batch_progress.h"
 #include "batch/cut_command.h"
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "export/json_text.h"
 #include "platform/text.h"
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -105,25 +104,6 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
     return std::nullopt;
 }
 
-// On a terminal one line that is written over; elsewhere a line at each tenth.
-class ShownProgress {
-  public:
-    void Show(std::int64_t done, std::int64_t all)
-    {
-        const std::int64_t tenth = 10 * done / all;
-        if (done == 0 || (!isTerminal_ && tenth == tenthShown_)) return;
-        tenthShown_ = tenth;
-        std::fprintf(stderr,
-                     isTerminal_ ? "\rkelvo export: %lld of %lld frames" : "kelvo export: %lld of %lld frames\n",
-                     static_cast<long long>(done), static_cast<long long>(all));
-        if (isTerminal_ && done == all) std::fputc('\n', stderr);
-    }
-
-  private:
-    bool isTerminal_ = isatty(STDERR_FILENO) != 0;
-    std::int64_t tenthShown_ = 0;
-};
-
 std::string JsonOf(const Wish& wish, const ExportDescription& description, const ExportOutcome& outcome)
 {
     const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
@@ -148,10 +128,10 @@ int ExportCommand(std::span<const std::string> arguments)
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return TellBatchFailure(kWord, why);
 
-    ShownProgress shown;
+    BatchProgress shown(kWord);
     const std::unique_ptr<FrameSink> sink = MakeFrameSink(wish->format, wish->out, wish->replace);
     const ExportOutcome outcome = RunExport(*source, *sink, [&shown](std::int64_t done, std::int64_t all) {
-        shown.Show(done, all);
+        if (done > 0) shown.Show(done, all);
         return !Interrupted();
     });
     if (!outcome.failure.empty()) return TellBatchFailure(kWord, outcome.failure);

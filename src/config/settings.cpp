@@ -125,18 +125,23 @@ constexpr const char* kDefaultVoltsPerCount =
 // One section of camera.ini.
 class CameraSection {
   public:
-    explicit CameraSection(std::int32_t number) : name_(Format("Camera.%d", number)) {}
+    explicit CameraSection(std::int32_t number, std::string_view file = CameraFilePath)
+        : name_(Format("Camera.%d", number)), file_(file)
+    {
+    }
     std::string Text(const char* key, const char* defaultText) const
     {
-        return GetPrivateProfileString(name_, key, defaultText, CameraFilePath);
+        return GetPrivateProfileString(name_, key, defaultText, file_);
     }
     std::int32_t Integer(const char* key, std::int32_t defaultValue) const
     {
-        return GetPrivateProfileInt(name_, key, defaultValue, CameraFilePath);
+        return GetPrivateProfileInt(name_, key, defaultValue, file_);
     }
+    bool Has(const char* key) const { return HasProfileKey(name_, key, file_); }
 
   private:
     std::string name_;
+    std::string file_;
 };
 
 std::int32_t SetupInteger(const char* key, std::int32_t defaultValue)
@@ -293,6 +298,20 @@ void ReadCameraConfig(std::int32_t number, int full, CameraConfig& record)
     ReadValuesBesideTheRecord(section);
     LimitChannels(record);
     ReadTimingFile(section, record);
+}
+
+std::optional<CameraConfig> CameraRecordOf(std::int32_t number, std::string_view cameraFile)
+{
+    const CameraSection section(number, cameraFile);
+    if (!section.Has("Vroi") || !section.Has("Hroi")) return std::nullopt;
+    CameraConfig record;
+    record.Description = section.Text("Description", "N/A");
+    ReadIntInc(section, record);
+    ReadIntegers(section, 1, record);
+    ReadScannedTexts(section, record);
+    record.Preconnect = section.Text("Preconnect", "");
+    LimitChannels(record);
+    return record;
 }
 
 void SaveDisplayState()

@@ -10,6 +10,8 @@
 #include "state/camera_config.h"
 
 #include <cstdint>
+#include <optional>
+#include <string_view>
 
 namespace kelvo {
 
@@ -35,6 +37,10 @@ void ReadNumGrayLevels();
 // - full with DualCamera: none of UnityGain, UnityOffset, ZeroOffset.
 // NumChannels is never left above NumOutputs.
 void ReadCameraConfig(std::int32_t number, int full, CameraConfig& record);
+
+// The record of section Camera.<number> of a camera.ini, and nothing else: what ReadCameraConfig with full leaves in
+// one that was empty, but for TimingFile. nullopt: the file has no such section, or none with a region (Vroi and Hroi).
+std::optional<CameraConfig> CameraRecordOf(std::int32_t number, std::string_view cameraFile);
 
 // What the exit keeps: Contrast and Brightness in section Display of kelvo.ini, as the operator chose them
 // (state/contrast_fit.h); Xzoom, Xoffset, Yzoom and Yoffset in the active camera's section.

@@ -5,6 +5,7 @@
 #include "calib/source_dialogs.h"
 #include "camera/configuration_dialog.h"
 #include "camera/turn_on.h"
+#include "config/data_directory.h"
 #include "config/display_settings.h"
 #include "config/settings.h"
 #include "display/color_map.h"
@@ -184,11 +185,7 @@ void FitMenuToCamera()
 std::string FindDefaultDirectory()
 {
     if (!startOptions.dataDirectory.empty()) return startOptions.dataDirectory;
-    const std::string winIni = UserConfigDirectory() + "/kelvo/win.ini";
-    const std::string configured = GetPrivateProfileString("Kelvo", "DefaultDir", "", winIni);
-    if (configured.empty()) return UserDataDirectory() + "/kelvo";
-    // Whole before the working directory changes: all paths are formed from it.
-    return std::filesystem::absolute(ResolvePath(configured)).lexically_normal().string();
+    return DataDirectoryByDefault();
 }
 
 std::string FirstDirectoryForFiles()

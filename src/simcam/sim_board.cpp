@@ -4,13 +4,14 @@
 // does, is the bench's to give and to see.
 //
 // Each operation can be made to fail by the fault (platform/faults.h) of its name; "icp_frame_attrib bits" and
-// "icp_frame_attrib colour" make the frame of the wrong kind.
+// "icp_frame_attrib colour" make the frame of the wrong kind. "keep frames" fails nothing: simcam/kept_frames.h.
 #include "grabber/copm2.h"
 #include "platform/clock.h"
 #include "platform/faults.h"
 #include "platform/serial.h"
 #include "simcam/frame_clock.h"
 #include "simcam/head_socket.h"
+#include "simcam/kept_frames.h"
 #include "simcam/sim_camera.h"
 #include "simcam/trigger_input.h"
 
@@ -60,6 +61,7 @@ struct State {
     BoardFrame target = kNoBoardFrame;  // the frame that the grab or the trigger fills
     std::int64_t framesBefore = 0;      // of earlier grabs: no two frames have one number
     std::int64_t countAtFreeze = 0;
+    KeptFrames kept;
     std::vector<FrameRange> skipped;  // frames that are counted and can't be had
 };
 State board;
@@ -204,6 +206,7 @@ void DeleteAllFrames(BoardModule /*module*/)
 
 BoardModule GetSlot0(BoardModule module)
 {
+    board.kept.BeginNext();
     return module == kIcp && !FaultIsSet("icp_get_slot0") ? kAcquisition : 0;
 }
 
@@ -263,6 +266,7 @@ std::int32_t ReadArea(BoardModule /*module*/, BoardFrame frame, std::int32_t x, 
     const std::int64_t count = board.grabbing && board.target == frame ? FramesGrabbed() : 0;
     if (count > 0 && x == 0 && y == 0) {  // the live path: no copy of what isn't asked for
         ReadGrabbed(count, width, height, buffer.first(values));
+        board.kept.Keep(buffer.first(values), width, height);
         return kOk;
     }
     if (count > 0) ReadGrabbed(count, memory->pitch, memory->rows, memory->values);

@@ -1,6 +1,7 @@
 #include "batch/batch.h"
 
 #include "batch/batch_arguments.h"
+#include "batch/command_words.h"
 
 #include <gmock/gmock.h>
 
@@ -19,6 +20,14 @@ TEST(Batch, OnlyAnExactWordInFrontIsACommand)
         EXPECT_FALSE(RunBatch(arguments));
     }
     EXPECT_THAT(BatchHelp(), HasSubstr("  recover [--dry-run] [--json] FILE..."));
+}
+
+TEST(Batch, EachWordOfTheTableIsRun)
+{
+    for (const CommandWord& word : CommandWords()) {
+        const std::vector<std::string> arguments = {std::string(word.word), "--no-such-option"};
+        EXPECT_EQ(RunBatch(arguments), kBatchFailed) << word.word;
+    }
 }
 
 BatchArguments Taken(std::vector<std::string> arguments, std::string_view word = "cut")

@@ -11,7 +11,8 @@ import sys
 import unittest
 
 KELVO, MANUAL, COMPLETION, OUT = (pathlib.Path(path).resolve() for path in sys.argv[1:5])
-WORDS = ["info", "recover", "apply", "cut", "join"]
+REFERENCE = pathlib.Path(__file__).resolve().parents[2] / "docs/commands.md"
+WORDS = ["info", "stats", "recover", "apply", "calibrate", "cut", "join"]
 
 
 def told(*arguments):
@@ -61,6 +62,15 @@ class Pages(unittest.TestCase):
             for option in options_of(told(word, "--help")):
                 self.assertIn(option, page)
 
+    def test_the_reference_tells_everything(self):
+        reference = REFERENCE.read_text()
+        for word in WORDS:
+            section = reference.split(f"\n## {word}\n\n")[1].split("\n## ")[0]
+            usage = told(word, "--help").splitlines()[0]
+            self.assertTrue(section.startswith(f"`{usage}`\n"), usage)
+            for option in options_of(told(word, "--help")):
+                self.assertIn(option, section.split("\n", 1)[1] if option != "--json" else section)
+
     def test_man_itself_takes_it(self):
         if not shutil.which("man"):
             self.skipTest("there is no man")
@@ -85,6 +95,7 @@ class Pages(unittest.TestCase):
         self.assertEqual(self.complete("--theme", "="), ["light", "dark", "desktop"])
         self.assertEqual(self.complete("--data", ""), ["deep"])
         self.assertEqual(self.complete("apply", "--set", "w"), ["warm.cal"])
+        self.assertEqual(self.complete("stats", "--unit", "=", "k"), ["kelvin"])
         self.assertEqual(self.complete("cut", "--frames", ""), [])
 
     def test_files(self):

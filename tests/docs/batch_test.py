@@ -6,6 +6,7 @@
 import os
 import pathlib
 import shutil
+import struct
 import subprocess
 import sys
 import unittest
@@ -18,7 +19,7 @@ import made_by_hand
 KELVO, OUT = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
 PAGE = "docs/how-to/batch.md"
 BLOCKS = pages.blocks_of(PAGE, (pages.ROOT / PAGE).read_text())
-APPLY, SHARDS, TWO_JOBS, SLURM = [block.text for block in BLOCKS if block.language == "sh"]
+INFO, STATS, APPLY, CALIBRATE, SHARDS, TWO_JOBS, SLURM = [block.text for block in BLOCKS if block.language == "sh"]
 NUMBERS = [n for n in range(1, 2503) if n not in (1000, 1700)]  # 2500 frames: three of the page's shards
 ENVIRONMENT = {**{name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")},
                "HOME": str(OUT), "XDG_CACHE_HOME": str(OUT / "cache"), "PATH": f"{OUT / 'bin'}:/usr/bin:/bin"}
@@ -100,6 +101,42 @@ class ByHand(Batch):
     def test_shards_joined_are_one_run(self):
         self.expect_done(run(SHARDS))
         self.assertEqual(result(), self.one_run)
+
+
+    def test_the_recording_is_told(self):
+        told = run(INFO)
+        self.expect_done(told)
+        for line in ("  frames        2500", "  camera        made by hand", "  gaps          2, 2 frames missing"):
+            self.assertIn(line, told.stdout.splitlines())
+
+    def test_a_rectangle_is_measured(self):
+        """The page's frames are larger than these; the line of the corrected recording is read with a rectangle that fits."""
+        self.expect_done(run(APPLY))
+        self.assertIn("--rect 100,80,163,143 ", STATS)
+        self.expect_done(run(STATS.replace("100,80,163,143", "1,0,2,1").replace("celsius", "counts")))
+        lines = [line for line in (OUT / "trace.csv").read_text().splitlines() if not line.startswith("#")]
+        names = lines[0].split(",")
+        self.assertEqual(len(lines), 1 + len(NUMBERS))
+        for line, number in zip(lines[1:], NUMBERS):
+            counts = struct.unpack("<6h", made_by_hand.corrected(number))
+            self.assertAlmostEqual(float(line.split(",")[names.index("mean")]), sum(counts[i] for i in (1, 2, 4, 5)) / 4)
+
+    def test_a_set_is_made_of_stored_frames(self):
+        """Two frames of each source: detectors respond by 400 counts."""
+        settings = OUT / "bench"
+        settings.mkdir()
+        (settings / "camera.ini").write_text("[Camera.2]\nVroi=2\nHroi=3\nDecomScheme=2\nUnityOffset=8192\n")
+        (settings / "nearccw.prs").write_text("row,col\n0,-1\n")
+        for name, counts in (("low", 7000), ("high", 7400)):
+            sequence = bytearray(made_by_hand.sequence([1, 2]))
+            struct.pack_into("<h", sequence, 24, -10000)  # of no calibration
+            for frame in range(2):
+                struct.pack_into("<6h", sequence, 512 + frame * 92 + 80, *[counts + detector for detector in range(6)])
+            (OUT / f"{name}.seq").write_bytes(sequence)
+        self.assertIn("--data /media/bench/kelvo ", CALIBRATE)
+        self.expect_done(run(CALIBRATE.replace("/media/bench/kelvo", str(settings))))
+        self.assertEqual(struct.unpack("<6f", (OUT / "calibration/new.gai").read_bytes()), (1,) * 6)
+        self.assertEqual(struct.unpack("<6h", (OUT / "calibration/new.off").read_bytes()), (-3, -2, -1, 1, 2, 3), "their mean is 7002.5")
 
 
 class Workflow(Batch):
