@@ -141,7 +141,12 @@ TEST_F(ScriptBeside, OneRunsAtATime)
 TEST_F(ScriptBeside, LetsTimersAndOperatorHaveTheirTurnInAnEndlessLoop)
 {
     SetTimer(hWndMain, kTicks, 0);
-    for (int i = 0; i < 4; ++i) op.Do([] { SendMessage(hWndMain, WM_COMMAND, kCount, 0); });
+    for (int i = 0; i < 4; ++i) {
+        op.Do([] {
+            DelayMs(5);
+            SendMessage(hWndMain, WM_COMMAND, kCount, 0);
+        });
+    }
     op.Do([] { StopScriptBeside(); });
     Run("while true do end");
     EXPECT_EQ(commands, 4);
