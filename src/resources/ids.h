@@ -105,6 +105,10 @@ constexpr int kCmdVoltageCalibration = 2071;
 constexpr int kCmdRecorder = 2060;
 constexpr int kCmdRecorderTrigger = 2061;
 constexpr int kCmdRecorderMark = 2062;
+constexpr int kCmdViewRegions = 2210;
+constexpr int kCmdRegionRemove = 2211;
+constexpr int kCmdRegionWider = 2212;
+constexpr int kCmdRegionNarrower = 2213;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

@@ -14,6 +14,8 @@
 #include "record/recorder.h"
 #include "record/recorder_run.h"
 #include "record/replay.h"
+#include "regions/region_editing.h"
+#include "regions/regions_file.h"
 #include "resources/ids.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
@@ -97,6 +99,7 @@ LRESULT OnKillFocus(HWND window, WPARAM wParam)
 {
     if (wParam != 0) return DefWindowProc(window, WM_KILLFOCUS, wParam, 0);
     ReleasePicture();
+    EndRegionDrag();
     ReleasePointerClip();
     SetPointer(Pointer::kArrow);
     return 0;
@@ -110,7 +113,7 @@ Point PointOf(LPARAM lParam)
 
 LRESULT OnMouseMove(HWND window, WPARAM wParam, LPARAM lParam)
 {
-    if (DragPicture(PointOf(lParam))) return 0;
+    if (DragPicture(PointOf(lParam)) || DragRegions(PointOf(lParam))) return 0;
     if (TrackballMode) {
         TrackballMotion();
         return 0;
@@ -179,6 +182,9 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
         case kFitTimer:
             OnFitTimer();
             return 0;
+        case kKeepRegionsTimer:
+            KeepRegions();
+            return 0;
         case kHandedTimer:
             OpenHandedFiles();
             return 0;
@@ -223,6 +229,7 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
     const int id = LowWord(wParam);
     const CycleHoldUp holdUp;  // a dialog that it opens has live video behind it
     if (HelpMode) return ShowCommandHelp(window, id);
+    if (RegionTakesCommand(id)) return 0;
     const CommandGesture gesture(id);
     return RunCommand(window, id);
 }
@@ -272,9 +279,14 @@ LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
             ZoomAbout(SignedHighWord(wParam), PointOf(lParam));
             return 0;
         case WM_LBUTTONDOWN:
+            if (PressRegions(PointOf(lParam))) return 0;
             SendMessage(window, WM_COMMAND, kCmdImageCursor, 0);
             return 0;
+        case WM_LBUTTONUP:
+            EndRegionDrag();
+            return 0;
         case WM_LBUTTONDBLCLK:
+            if (PressRegions(PointOf(lParam))) return 0;
             SendMessage(window, WM_COMMAND, kCmdSaveImage, 0);
             PostMessage(window, WM_COMMAND, kCmdImageCursor, 0);
             return 0;

@@ -7,6 +7,8 @@
 #include "record/recorder_run.h"
 #include "record/recorder_script.h"
 #include "record/recorder_window.h"
+#include "regions/region_script.h"
+#include "regions/region_window.h"
 #include "script/script.h"
 #include "simcam/bench_window.h"
 #include "state/camera_config.h"
@@ -68,6 +70,11 @@ void ConnectScripts()
     };
     hooks.recorderStatus = RecorderStatusFields;
     hooks.batch = [](const std::vector<std::string>& words) { return RunBatch(words); };
+    hooks.regionsWindow = RegionsWindow;
+    hooks.regions = RegionsForScript;
+    hooks.setRegions = SetRegionsFromScript;
+    hooks.statsOfNamed = StatsOfNamed;
+    hooks.stats = StatsOfTable;
     SetScriptHooks(std::move(hooks));
 }
 

@@ -805,6 +805,7 @@ dialogs.without_row = {
   ACCOUNT = "stays open beside the main window; its one button counts anew",
   BENCH = "stays open beside the main window; each control acts at once, on the bench alone",
   RECORDER = "stays open beside the main window and keeps what is typed; recorder_window.lua works it",
+  REGIONS = "stays open beside the main window; each control acts at once, on the regions, which undo takes back",
   PANEL = "is no dialog: each control acts at once",
   PLAYBAR = "is no dialog: each control acts at once",
   FRAMERATE = "comes up with a head that runs by an external clock, and none of today does",
