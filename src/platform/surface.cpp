@@ -171,6 +171,7 @@ class SurfaceWidget : public QWidget {
     void mouseReleaseEvent(QMouseEvent* event) override
     {
         if (event->button() == Qt::MiddleButton) ReleaseMiddle(event->position().toPoint());
+        if (event->button() == Qt::LeftButton) SendMouse(WM_LBUTTONUP, event->position().toPoint(), 0);
     }
 
     void wheelEvent(QWheelEvent* event) override

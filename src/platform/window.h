@@ -37,6 +37,7 @@ constexpr std::uint32_t WM_MENUSELECT = 0x011F;     // wParam: the item highligh
 constexpr std::uint32_t WM_ENTERIDLE = 0x0121;  // wParam: 0 a dialog waits, 2 a menu waits; lParam: the dialog's handle
 constexpr std::uint32_t WM_MOUSEMOVE = 0x0200;  // lParam of the mouse messages: MakeLong(x, y) in client coordinates
 constexpr std::uint32_t WM_LBUTTONDOWN = 0x0201;
+constexpr std::uint32_t WM_LBUTTONUP = 0x0202;
 constexpr std::uint32_t WM_LBUTTONDBLCLK = 0x0203;
 constexpr std::uint32_t WM_RBUTTONDOWN = 0x0204;
 constexpr std::uint32_t WM_MBUTTONDOWN = 0x0207;  // until WM_MBUTTONUP all motion is this window's, over children too

@@ -22,7 +22,6 @@ class Measurement {
           hasRaw_(!options.raw.empty() && !options.decomList.empty())
     {
         if (options.countsAreRaw || hasRaw_) figures_.saturated = 0;
-        if (options.sources) figures_.outsideSources = 0;
     }
 
     void AddRun(const PixelRun& run)
@@ -45,6 +44,7 @@ class Measurement {
 
     RegionFigures Figures()
     {
+        if (options_.sources) figures_.outsideSources = outside_;
         const std::size_t n = figures_.pixels;
         if (n == 0) return figures_;
         figures_.mean = static_cast<double>(figures_.sum) / static_cast<double>(n);
@@ -72,7 +72,8 @@ class Measurement {
         std::int16_t most = std::numeric_limits<std::int16_t>::min();
         for (const std::int16_t count : counts) {
             sum += count;
-            squares += std::int32_t{count} * count;
+            const std::int32_t square = std::int32_t{count} * count;
+            squares += square;
             least = std::min(least, count);
             most = std::max(most, count);
         }
@@ -82,7 +83,7 @@ class Measurement {
         figures_.sum += sum;
         squares_ += squares;
         if (figures_.saturated) *figures_.saturated += SaturatedIn(start, counts);
-        if (figures_.outsideSources) *figures_.outsideSources += OutsideSources(counts, least, most);
+        if (options_.sources) outside_ += OutsideSources(*options_.sources, counts, least, most);
     }
 
     PixelCount FirstOf(std::int16_t count, std::size_t start, std::span<const std::int16_t> counts) const
@@ -103,9 +104,9 @@ class Measurement {
         return saturated;
     }
 
-    std::size_t OutsideSources(std::span<const std::int16_t> counts, std::int16_t least, std::int16_t most) const
+    static std::size_t OutsideSources(const CountRange& sources, std::span<const std::int16_t> counts,
+                                      std::int16_t least, std::int16_t most)
     {
-        const CountRange sources = *options_.sources;
         if (least >= sources.low && most <= sources.high) return 0;
         return static_cast<std::size_t>(
             std::ranges::count_if(counts, [&](std::int16_t c) { return c < sources.low || c > sources.high; }));
@@ -117,6 +118,7 @@ class Measurement {
     bool hasRaw_;
     RegionFigures figures_;
     std::int64_t squares_ = 0;  // at most 2^30 each
+    std::size_t outside_ = 0;   // of the sources
 };
 
 }  // namespace

@@ -83,6 +83,7 @@ constexpr int kHelpRecorded = 2060;
 constexpr int kHelpSaveTiff = 2117;
 constexpr int kHelpScripts = 2250;
 constexpr int kHelpUserFunctions = 2118;
+constexpr int kHelpRegions = 2210;
 
 // No page stands for these: help shows the contents instead. They belong to older menus.
 constexpr int kHelpWithoutPage[] = {

@@ -111,6 +111,10 @@ constexpr int kCmdScriptFirst = 2300;  // to 2363; 2364 tells of more
 constexpr int kScriptCount = 64;
 constexpr int kCmdNoise = 2230;
 constexpr int kCmdExport = 2200;
+constexpr int kCmdViewRegions = 2210;
+constexpr int kCmdRegionRemove = 2211;
+constexpr int kCmdRegionWider = 2212;
+constexpr int kCmdRegionNarrower = 2213;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

@@ -1,6 +1,7 @@
 // The calls of operator scripts that record, and those that work on what was recorded.
 
 #include "platform/clock.h"
+#include "script/lua_fields.h"
 #include "script/lua_values.h"
 #include "script/script.h"
 #include "script/script_engine.h"
@@ -23,83 +24,11 @@ constexpr std::int64_t kLookMs = 20;           // how often a recording that is 
 constexpr const char* kDeadline = "deadline";  // of such a one, on the Lua stack
 constexpr double kLongestMs = 1e9;
 
-// --- Values -------------------------------------------------------------------------------------------------------
-
-void PushValue(lua_State* L, const ScriptValue& value)
-{
-    std::visit(Overloaded{
-                   [L](std::monostate) { lua_pushnil(L); },
-                   [L](bool flag) { lua_pushboolean(L, flag); },
-                   [L](std::int64_t number) { lua_pushinteger(L, number); },
-                   [L](double number) { lua_pushnumber(L, number); },
-                   [L](const std::string& text) { PushText(L, text); },
-                   [L](const std::vector<double>& numbers) { PushList(L, numbers); },
-                   [L](const std::vector<std::string>& texts) { PushList(L, texts); },
-               },
-               value);
-}
-
 std::string TextAt(lua_State* L, int index)
 {
     std::size_t length = 0;
     const char* const text = lua_tolstring(L, index, &length);
     return {text, length};
-}
-
-// A list of numbers; monostate where it holds anything else.
-ScriptValue NumbersAt(lua_State* L, int index)
-{
-    std::vector<double> numbers;
-    for (lua_Integer i = 1; lua_rawgeti(L, index, i) != LUA_TNIL; ++i) {
-        const bool isNumber = lua_type(L, -1) == LUA_TNUMBER;
-        numbers.push_back(lua_tonumber(L, -1));
-        lua_pop(L, 1);
-        if (!isNumber) return {};
-    }
-    lua_pop(L, 1);
-    return numbers;
-}
-
-ScriptValue ValueAt(lua_State* L, int index)
-{
-    switch (lua_type(L, index)) {
-        case LUA_TBOOLEAN:
-            return lua_toboolean(L, index) != 0;
-        case LUA_TNUMBER:
-            if (lua_isinteger(L, index)) return std::int64_t{lua_tointeger(L, index)};
-            return lua_tonumber(L, index);
-        case LUA_TSTRING:
-            return TextAt(L, index);
-        case LUA_TTABLE:
-            return NumbersAt(L, lua_absindex(L, index));
-        default:
-            return {};
-    }
-}
-
-// The table's fields by name, in order; those whose key isn't a text are called "[1]".
-ScriptFields FieldsAt(lua_State* L, int table)
-{
-    ScriptFields fields;
-    lua_pushnil(L);
-    while (lua_next(L, table) != 0) {
-        const bool named = lua_type(L, -2) == LUA_TSTRING;
-        const std::string name = named ? TextAt(L, -2) : std::string("[") + luaL_typename(L, -2) + "]";
-        fields.emplace_back(name, ValueAt(L, -1));
-        lua_pop(L, 1);
-    }
-    std::ranges::sort(fields, {}, &ScriptFields::value_type::first);
-    return fields;
-}
-
-int PushFields(lua_State* L, const ScriptFields& fields)
-{
-    lua_createtable(L, 0, static_cast<int>(fields.size()));
-    for (const auto& [name, value] : fields) {
-        PushValue(L, value);
-        lua_setfield(L, -2, name.c_str());
-    }
-    return 1;
 }
 
 // Takes a field out; monostate where it isn't there.
@@ -116,7 +45,8 @@ ScriptValue TakeField(ScriptFields& fields, std::string_view name)
 
 int PushStatus(lua_State* L)
 {
-    return PushFields(L, Hooks().recorderStatus());
+    PushFields(L, Hooks().recorderStatus());
+    return 1;
 }
 
 int GiveStatus(lua_State* L, int /*status*/, lua_KContext /*context*/)
@@ -195,7 +125,8 @@ int Recorder(lua_State* L)
 
 int GiveExported(lua_State* L, int /*status*/, lua_KContext /*context*/)
 {
-    return PushFields(L, Hooks().exported());
+    PushFields(L, Hooks().exported());
+    return 1;
 }
 
 int Export(lua_State* L)

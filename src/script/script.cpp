@@ -539,6 +539,7 @@ bool Load(const std::string& path, const std::string& name, const std::vector<st
     OpenLibraries(engine.lua, wholePath);
     OpenCalls(engine.lua);
     OpenRecordCalls(engine.lua);
+    OpenRegionCalls(engine.lua);
     SetArguments(engine.lua, path, arguments);
 
     engine.thread = lua_newthread(engine.lua);  // stays on the state's stack: it is never collected

@@ -77,6 +77,15 @@ struct ScriptHooks {
     std::function<ScriptFields()> exported;
     // A command without a window, "recover FILE": its exit code; nullopt: no such word.
     std::function<std::optional<int>(const std::vector<std::string>& words)> batch;
+
+    // The regions' window; null while it isn't open.
+    std::function<HWND()> regionsWindow;
+    // The regions of the view, a table each; and others in their place: empty, or why they can't be.
+    std::function<std::vector<ScriptFields>()> regions;
+    std::function<std::string(const std::vector<ScriptFields>& regions)> setRegions;
+    // The figures of one in the frame on view, given by its name or as a table; nothing, with the reason in why.
+    std::function<ScriptFields(const std::string& name, std::string& why)> statsOfNamed;
+    std::function<ScriptFields(const ScriptFields& region, std::string& why)> stats;
 };
 void SetScriptHooks(ScriptHooks hooks);
 

@@ -288,6 +288,7 @@ constexpr Beside kBeside[] = {
     {"panel", "control panel", [] { return hDlgPanel; }},
     {"player", "play bar", [] { return StripNamed("PLAYBAR"); }},
     {"recorder", "recorder's window", [] { return Hooks().recorderWindow ? Hooks().recorderWindow() : nullptr; }},
+    {"regions", "window of the regions", [] { return Hooks().regionsWindow ? Hooks().regionsWindow() : nullptr; }},
 };
 
 const Beside* BesideOf(std::string_view word)

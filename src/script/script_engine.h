@@ -43,8 +43,10 @@ std::string FromStartDirectory(std::string_view path);
 
 const ScriptHooks& Hooks();
 
-// Puts the calls into the state's globals; those of the recorder stand in record_calls.cpp.
+// Puts the calls into the state's globals; those of the recorder stand in record_calls.cpp, those of
+// regions in region_calls.cpp.
 void OpenCalls(lua_State* L);
 void OpenRecordCalls(lua_State* L);
+void OpenRegionCalls(lua_State* L);
 
 }  // namespace kelvo::script

@@ -22,6 +22,7 @@
 #include "record/recorder_run.h"
 #include "record/recorder_window.h"
 #include "record/triggered_save_dialog.h"
+#include "regions/region_window.h"
 #include "resources/command_list.h"
 #include "resources/menu.h"
 #include "shell/about.h"
@@ -82,6 +83,9 @@ void OpenBench()
 {
     OpenBenchWindow(hWndMain);
 }
+
+// A key that works the selected region (regions/region_editing.h), with none selected.
+void NoRegionTookIt() {}
 
 struct Command {
     int id;
@@ -152,6 +156,10 @@ constexpr Command kCommands[] = {
     {kCmdViewFaster, Then<PlayFaster>},
     {kCmdViewSlower, Then<PlaySlower>},
     {kCmdViewGaps, Then<ShowGapsAndMarks>},
+    {kCmdViewRegions, Then<OpenRegionsWindow>},
+    {kCmdRegionRemove, Then<NoRegionTookIt>},
+    {kCmdRegionWider, Then<NoRegionTookIt>},
+    {kCmdRegionNarrower, Then<NoRegionTookIt>},
     {kCmdUndo, Undo},
     {kCmdRedo, Redo},
     {kCmdViewFit, Then<FitView>},

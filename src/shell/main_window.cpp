@@ -14,6 +14,8 @@
 #include "record/recorder.h"
 #include "record/recorder_run.h"
 #include "record/replay.h"
+#include "regions/region_editing.h"
+#include "regions/regions_file.h"
 #include "resources/ids.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
@@ -98,6 +100,7 @@ LRESULT OnKillFocus(HWND window, WPARAM wParam)
 {
     if (wParam != 0) return DefWindowProc(window, WM_KILLFOCUS, wParam, 0);
     ReleasePicture();
+    EndRegionDrag();
     ReleasePointerClip();
     SetPointer(Pointer::kArrow);
     return 0;
@@ -111,7 +114,7 @@ Point PointOf(LPARAM lParam)
 
 LRESULT OnMouseMove(HWND window, WPARAM wParam, LPARAM lParam)
 {
-    if (DragPicture(PointOf(lParam))) return 0;
+    if (DragPicture(PointOf(lParam)) || DragRegions(PointOf(lParam))) return 0;
     if (TrackballMode) {
         TrackballMotion();
         return 0;
@@ -180,6 +183,9 @@ LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)
         case kFitTimer:
             OnFitTimer();
             return 0;
+        case kKeepRegionsTimer:
+            KeepRegions();
+            return 0;
         case kHandedTimer:
             OpenHandedFiles();
             return 0;
@@ -224,6 +230,7 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
     const int id = LowWord(wParam);
     const CycleHoldUp holdUp;  // a dialog that it opens has live video behind it
     if (HelpMode) return ShowCommandHelp(window, id);
+    if (RegionTakesCommand(id)) return 0;
     const CommandGesture gesture(id);
     return RunCommand(window, id);
 }
@@ -282,9 +289,14 @@ LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
             ZoomAbout(SignedHighWord(wParam), PointOf(lParam));
             return 0;
         case WM_LBUTTONDOWN:
+            if (PressRegions(PointOf(lParam))) return 0;
             SendMessage(window, WM_COMMAND, kCmdImageCursor, 0);
             return 0;
+        case WM_LBUTTONUP:
+            EndRegionDrag();
+            return 0;
         case WM_LBUTTONDBLCLK:
+            if (PressRegions(PointOf(lParam))) return 0;
             SendMessage(window, WM_COMMAND, kCmdSaveImage, 0);
             PostMessage(window, WM_COMMAND, kCmdImageCursor, 0);
             return 0;

@@ -2,18 +2,17 @@
 
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
-#include "display/units.h"
 #include "imagefile/header.h"
 #include "platform/menu.h"
 #include "platform/paint.h"
 #include "platform/window.h"
+#include "regions/frame_on_view.h"
 #include "resources/ids.h"
 #include "state/cal_state.h"
 #include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/view_switch.h"
-#include "viewing/coefficient_view.h"
 
 #include <algorithm>
 #include <array>
@@ -24,7 +23,6 @@ namespace kelvo {
 namespace {
 
 constexpr ViewSwitch kSwitch{kCmdViewSaturation, "SaturationOverlay"};
-constexpr std::int16_t kFloatSamples = 8;  // DataType
 
 bool isOn = false;
 bool isOffered = true;
@@ -55,14 +53,6 @@ void MarkPicture(std::int64_t frameSize, const FrameRect& rect, SaturationMarks&
             *mark++ = i >= 0 && i < frameSize ? markAt(static_cast<std::size_t>(i)) : std::uint8_t{kNotSaturated};
         }
     }
-}
-
-// Uncalibrated integer counts, as the converter gave them. Lists of coefficients and of deviations hold other things.
-bool StoredCountsAreRaw()
-{
-    return ImageHeader.IntensityCold == kUncalibratedIntensity && ImageHeader.SampleBytes != 4 &&
-           ImageHeader.DataType != kFloatSamples && !IsCoefficientFile(ViewFilePath) &&
-           IsUnitAvailable(kUnitCounts) != 0;
 }
 
 void FindMarks()

@@ -8,6 +8,8 @@
 #include "record/recorder_run.h"
 #include "record/recorder_script.h"
 #include "record/recorder_window.h"
+#include "regions/region_script.h"
+#include "regions/region_window.h"
 #include "script/script.h"
 #include "simcam/bench_window.h"
 #include "state/camera_config.h"
@@ -71,6 +73,11 @@ void ConnectScripts()
     hooks.exportFrames = ExportByScript;
     hooks.exported = LastExportFields;
     hooks.batch = [](const std::vector<std::string>& words) { return RunBatch(words); };
+    hooks.regionsWindow = RegionsWindow;
+    hooks.regions = RegionsForScript;
+    hooks.setRegions = SetRegionsFromScript;
+    hooks.statsOfNamed = StatsOfNamed;
+    hooks.stats = StatsOfTable;
     SetScriptHooks(std::move(hooks));
 }
 

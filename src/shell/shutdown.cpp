@@ -12,6 +12,8 @@
 #include "record/external_signal.h"
 #include "record/recorder_window.h"
 #include "record/what_records.h"
+#include "regions/region_window.h"
+#include "regions/regions_file.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
@@ -39,6 +41,7 @@ void KeepState()
 {
     SaveDisplayState();
     KeepWindowPlace();
+    KeepRegions();
     FlushProfiles();
 }
 
@@ -81,6 +84,7 @@ void ShutDown()
     shutDown = true;
     EndWhatRecords();
     CloseRecorderWindow();
+    CloseRegionsWindow();
     KeepState();
     ReleasePointerClip();
     CloseCommLink();

@@ -28,6 +28,7 @@
 #include "platform/window.h"
 #include "record/external_signal.h"
 #include "record/recorder_settings.h"
+#include "regions/region_view.h"
 #include "resources/help_contexts.h"
 #include "resources/ids.h"
 #include "resources/keys_page.h"
@@ -219,6 +220,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     OpenFrameAccount();
     OpenColorScale();
     OpenSaturationOverlay();
+    OpenRegions();
     OpenUndo();
     OpenKeepFitted();
     OpenPlayBar();

@@ -55,7 +55,10 @@
 #include "record/triggered_save.h"
 #include "record/triggered_save_dialog.h"
 #include "regions/bad_detectors.h"
+#include "regions/region_editing.h"
 #include "regions/region_list.h"
+#include "regions/region_view.h"
+#include "regions/region_window.h"
 #include "regions/regions_file.h"
 #include "script/script.h"
 #include "shell/color_scale.h"
@@ -209,6 +212,9 @@ constexpr void (*kModules[])() = {
     ResetMainWindow,
     ResetUndo,
     ResetRegions,
+    ResetRegionView,
+    ResetRegionEditing,
+    ResetRegionsWindow,
     ResetKeptRegions,
     ResetBadDetectors,
     FreeHistogram,

@@ -182,7 +182,8 @@ TEST(KeysPage, StandsInTheOrderOfTheMenu)
     std::size_t next = 0;
     for (const char* const heading :
          {"File", "Setup", "Calibration", "Image", "Analysis", "View", "Help", "The picture", "Zoom and pan",
-          "Place of the picture in the window", "The control panel", "The mouse, over the picture"}) {
+          "Place of the picture in the window", "Regions, while their window is open", "The control panel",
+          "The mouse, over the picture"}) {
         const std::size_t place = page.find("<h2>" + std::string(heading) + "</h2>");
         ASSERT_NE(place, std::string::npos) << heading;
         EXPECT_EQ(page.find("<h2>", next), place) << heading;
@@ -266,7 +267,11 @@ TEST(AcceleratorTable, HasEveryKeyOnce)
                                                  {"Ctrl+Shift+G", 2057},
                                                  {"Ctrl+R", 2060},
                                                  {"Ctrl+T", 2061},
-                                                 {"Ctrl+M", 2062}};
+                                                 {"Ctrl+M", 2062},
+                                                 {"Ctrl+Shift+R", 2210},
+                                                 {"Del", 2211},
+                                                 {"Ctrl+Right", 2212},
+                                                 {"Ctrl+Left", 2213}};
     std::map<std::string, int> keys;
     for (const Accelerator& accelerator : MainAccelerators()) {
         EXPECT_TRUE(keys.emplace(accelerator.key, accelerator.id).second) << accelerator.key;

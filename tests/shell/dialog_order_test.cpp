@@ -102,6 +102,11 @@ const Order kOrders[] = {
       21028, 21030, 21031, 21032, 21033, 21040, 21041, 21042, 21043, 21044, 21046, 21045,
       21047, 21048, 21049, 21051, 21052, 21053, 21060, 21063, 2,     9},
      ""},
+    // The table, what is drawn, the fields of the region that is selected, what is left out, files.
+    {"REGIONS",
+     {22101, 22103, 22104, 22105, 22114, 22106, 22110, 22111, 22112, 22113, 22107, 22108, 1, 22115, 22116, 22118, 22119,
+      2, 9},
+     ""},
     // From the name through the lists to the numbers; what goes with other files comes behind.
     {"SAVE", {1460, 20300, 1464, 1466, 1488, 1486, 1784, 1002, 1471, 1468, 1600, 1, 2, 9}, "ad"},
     {"SCRIPT", {22502, 22503, 22504, 22505, 9}, ""},

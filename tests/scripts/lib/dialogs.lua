@@ -849,6 +849,7 @@ dialogs.without_row = {
   BENCH = "stays open beside the main window; each control acts at once, on the bench alone",
   RECORDER = "stays open beside the main window and keeps what is typed; recorder_window.lua works it",
   SCRIPT = "stays open beside the main window and tells what a script of the menu printed",
+  REGIONS = "stays open beside the main window; each control acts at once, on the regions, which undo takes back",
   PANEL = "is no dialog: each control acts at once",
   PLAYBAR = "is no dialog: each control acts at once",
   FRAMERATE = "comes up with a head that runs by an external clock, and none of today does",
