@@ -16,7 +16,7 @@ std::int64_t StepOf(const TraceFrame& frame)
     return frame.missing + 1;
 }
 
-// The median of the steps inside the runs; 1 where there are none.
+// The median of the steps inside the runs, of two the smaller one; 1 where there are none.
 std::int64_t UsualStep(std::span<const TraceFrame> frames)
 {
     std::vector<std::int64_t> steps;
@@ -24,7 +24,7 @@ std::int64_t UsualStep(std::span<const TraceFrame> frames)
         if (!frames[i].startsAnew) steps.push_back(StepOf(frames[i]));
     }
     if (steps.empty()) return 1;
-    const auto middle = steps.begin() + std::ssize(steps) / 2;
+    const auto middle = steps.begin() + (std::ssize(steps) - 1) / 2;
     std::ranges::nth_element(steps, middle);
     return *middle;
 }

@@ -49,6 +49,7 @@
 #include "record/recorder_window.h"
 #include "record/sequence_library.h"
 #include "record/trigger_dialogs.h"
+#include "record/trace_window.h"
 #include "record/triggered_save.h"
 #include "record/triggered_save_dialog.h"
 #include "regions/bad_detectors.h"
@@ -157,6 +158,7 @@ constexpr void (*kModules[])() = {
     ForgetBoard,
     ResetCorrection,
     ResetRecorderWindow,
+    ResetTraceWindow,
     ResetRecorderRun,
     ResetRecorder,
     ResetLiveTrace,
