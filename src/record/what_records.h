@@ -7,7 +7,8 @@ namespace kelvo {
 bool SomethingRecords();
 
 // Ends it as its own Stop would, but asks and corrects nothing: its files are closed, headers and journals true. A
-// burst ends by itself, at its next look (platform/interrupt.h). Live traces end too. Not from inside a command that records.
+// burst ends by itself, at its next look (platform/interrupt.h). Live traces end too. Not from inside a command that
+// records.
 void EndWhatRecords();
 
 }  // namespace kelvo

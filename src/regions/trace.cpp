@@ -16,7 +16,7 @@ std::int64_t StepOf(const TraceFrame& frame)
     return frame.missing + 1;
 }
 
-// The median of the steps inside the runs; 1 where there are none.
+// The median of the steps inside the runs, of two the smaller one; 1 where there are none.
 std::int64_t UsualStep(std::span<const TraceFrame> frames)
 {
     std::vector<std::int64_t> steps;
@@ -24,7 +24,7 @@ std::int64_t UsualStep(std::span<const TraceFrame> frames)
         if (!frames[i].startsAnew) steps.push_back(StepOf(frames[i]));
     }
     if (steps.empty()) return 1;
-    const auto middle = steps.begin() + std::ssize(steps) / 2;
+    const auto middle = steps.begin() + (std::ssize(steps) - 1) / 2;
     std::ranges::nth_element(steps, middle);
     return *middle;
 }
@@ -46,12 +46,12 @@ TracePoint MeasureCounts(std::span<const std::int16_t> counts)
     TracePoint point{.mean = mean, .minimum = least, .maximum = most};
     if (n < 2) return point;
 
-    // A difference of two counts has 17 bits: its square fits into 32 without a sign.
+    // A difference of two counts fits into 16 bits without its sign, its square into 32.
     const auto middle = static_cast<std::int32_t>(std::lround(mean));
     std::int64_t squares = 0;
     for (const std::int16_t count : counts) {
         const auto difference = static_cast<std::uint32_t>(std::abs(count - middle));
-        squares += difference * difference;
+        squares += std::int64_t{difference} * difference;
     }
     const std::int64_t rest = sum - n * middle;
     const double about =

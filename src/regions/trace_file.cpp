@@ -51,8 +51,8 @@ std::vector<std::pair<std::string, std::string>> OriginOf(const StoredFrames& fi
 {
     std::vector<std::pair<std::string, std::string>> origin = {
         {"source", file.Path()},
-        {"frames", Format("%lld to %lld of %lld", static_cast<long long>(range.first + 1),
-                          static_cast<long long>(range.last + 1), static_cast<long long>(file.Frames()))},
+        {"frames", std::to_string(range.first + 1) + " to " + std::to_string(range.last + 1) + " of " +
+                       std::to_string(file.Frames())},
     };
     const FramesFile* const journal = file.Journal();
     if (journal == nullptr) return origin;
@@ -142,7 +142,7 @@ std::optional<Trace> TraceOfFile(StoredFrames& file, std::span<const Region> reg
         std::string reason;
         if (!glances.GoesOn(i, frames)) return std::nullopt;
         if (!file.ReadCounts(frame, pixels, reason)) {
-            why = Format("Frame %lld of the file %s.", static_cast<long long>(frame + 1), reason.c_str());
+            why = "Frame " + std::to_string(frame + 1) + " of the file " + reason + ".";
             return std::nullopt;
         }
         counts->FromFrame(pixels);

@@ -181,6 +181,7 @@ inline constexpr CommandRow kAll[] = {
     Top("&Analysis"),
     Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram"),
     Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot),
+    Item(kCmdTraces, "&Traces...", kHelpTraces),
     Board(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
     kLine,
     Submenu("&Scripts"),

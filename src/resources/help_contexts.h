@@ -72,6 +72,7 @@ constexpr int kHelpRecorder = 2023;
 constexpr int kHelpApplyCalibration = 2030;
 constexpr int kHelpFrameGraph = 2040;
 constexpr int kHelpNoise = 2230;
+constexpr int kHelpTraces = 2240;
 constexpr int kHelpPrint = 2180;
 constexpr int kHelpExport = 2200;
 constexpr int kHelpGlossary = 2080;

@@ -21,6 +21,7 @@
 #include "record/contsave_dialog.h"
 #include "record/recorder_run.h"
 #include "record/recorder_window.h"
+#include "record/trace_window.h"
 #include "record/triggered_save_dialog.h"
 #include "regions/region_window.h"
 #include "resources/command_list.h"
@@ -172,6 +173,7 @@ constexpr Command kCommands[] = {
     {kCmdCalibrationReport, OpenCalibrationReport},
     {kCmdVoltageCalibration, CalibrateVoltage},
     {kCmdRecorder, Then<OpenRecorderWindow>},
+    {kCmdTraces, Then<OpenTraceWindow>},
     {kCmdRecorderTrigger, Then<TriggerByHand, CommandEnd::kLeaveStatus>},
     {kCmdRecorderMark, Then<MarkByHand, CommandEnd::kLeaveStatus>},
     {kCmdScriptWindow, Then<OpenScriptWindow, CommandEnd::kLeaveStatus>},
@@ -181,8 +183,7 @@ constexpr Command kCommands[] = {
 // A key of a grey item.
 CommandEnd NotWhileRecording()
 {
-    const std::string_view why = RecordingRuns() ? kRecordingTip : std::string_view("Not while live video is traced");
-    MessageBox(hWndMain, std::string(why) + '.', kMessageCaption, BoxIcon::kInformation);
+    MessageBox(hWndMain, Format("%s.", std::string(kRecordingTip).c_str()), kMessageCaption, BoxIcon::kInformation);
     return CommandEnd::kResetStatus;
 }
 

@@ -51,6 +51,7 @@
 #include "record/recorder_run.h"
 #include "record/recorder_window.h"
 #include "record/sequence_library.h"
+#include "record/trace_window.h"
 #include "record/trigger_dialogs.h"
 #include "record/triggered_save.h"
 #include "record/triggered_save_dialog.h"
@@ -167,6 +168,7 @@ constexpr void (*kModules[])() = {
     ForgetBoard,
     ResetCorrection,
     ResetRecorderWindow,
+    ResetTraceWindow,
     ResetRecorderRun,
     ResetRecorder,
     ResetLiveTrace,

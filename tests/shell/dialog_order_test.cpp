@@ -110,6 +110,7 @@ const Order kOrders[] = {
     // From the name through the lists to the numbers; what goes with other files comes behind.
     {"SAVE", {1460, 20300, 1464, 1466, 1488, 1486, 1784, 1002, 1471, 1468, 1600, 1, 2, 9}, "ad"},
     {"SCRIPT", {22502, 22503, 22504, 22505, 9}, ""},
+    {"TRACES", {22401, 22402, 22403, 22404, 22405, 22407, 1606, 2, 9}, ""},
     {"TRIGSOFT", {100, 1, 2}, ""},
     {"TRIGVALU", {20820, 20821, 20822, 20823, 20824, 20825, 1, 2}, ""},
     {"USERDLG", {1798, 1800, 1810, 1820, 1, 2}, ""},

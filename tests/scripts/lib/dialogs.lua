@@ -817,6 +817,26 @@ rows.LINEPLOT = {
   leave = function() press(338) end,
 }
 
+rows.TRACES = {
+  open = opens(2240, "TRACES"),
+  buttons = {
+    [22401] = function()
+      press(22401)
+      wait(300)
+      press(22402)
+    end,
+    [22402] = "ends what the other began",
+    [22403] = "is grey without a file on view; traces.lua works it",
+    [1606] = function()
+      press(1606)
+      check.eq(file().title, "Save File")
+      cancel()
+    end,
+  },
+  ways = { "cancelled", "closed" },
+  kept = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
+}
+
 rows.LINEAXIS = {
   setup = function()
     line_plot_seen()

@@ -1,0 +1,162 @@
+#include "analysis/trace_csv.h"
+
+#include "analysis/plot_save.h"
+#include "platform/text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <ctime>
+#include <optional>
+
+namespace kelvo {
+
+namespace {
+
+constexpr std::int64_t kNsPerSecond = 1'000'000'000;
+constexpr const char* kProgram = "Kelvo " KELVO_VERSION;
+
+template <typename Number>
+void Put(std::string& text, Number number)
+{
+    constexpr std::size_t kMostCharacters = 32;
+    std::array<char, kMostCharacters> digits{};
+    const std::to_chars_result end = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    text.append(digits.data(), end.ptr);
+}
+
+// A note is one line, whatever the text holds.
+std::string Note(std::string_view name, std::string_view value)
+{
+    std::string line(value);
+    std::ranges::replace_if(
+        line, [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    return CsvNote(name, line);
+}
+
+std::string Head(const Trace& trace)
+{
+    std::string text = Note("program", kProgram);
+    for (const auto& [name, value] : trace.origin) text += Note(name, value);
+    text += Note("unit", "counts");
+    for (const TraceLine& line : trace.lines) text += Note(line.name, Format("%zu pixels", line.pixels));
+    text += Note("frames traced", Format("%zu", trace.frames.size()));
+    const std::vector<TraceGap> gaps = TraceGapsOf(trace.frames);
+    text += Note("gaps", Format("%zu", gaps.size()));
+    for (const TraceGap& gap : gaps) {
+        const bool isKnown = !trace.frames[gap.before].startsAnew;
+        text += Note("gap", Format("before frame %zu: ", gap.before + 1) +
+                                (isKnown ? Format("%lld missing", static_cast<long long>(gap.missing))
+                                         : std::string("another run begins")));
+    }
+    return text;
+}
+
+void PutSeconds(std::string& text, const TraceFrame& frame)
+{
+    text += Format("%lld.%09lld", static_cast<long long>(frame.clockNs / kNsPerSecond),
+                   static_cast<long long>(frame.clockNs % kNsPerSecond));
+}
+
+}  // namespace
+
+std::string IsoTime(std::int64_t utcNs)
+{
+    if (utcNs == 0) return {};
+    std::int64_t seconds = utcNs / kNsPerSecond;
+    std::int64_t ns = utcNs % kNsPerSecond;
+    if (ns < 0) {
+        ns += kNsPerSecond;
+        --seconds;
+    }
+    const auto time = static_cast<std::time_t>(seconds);
+    std::tm utc{};
+    if (!gmtime_r(&time, &utc)) return {};
+    return Format("%04d-%02d-%02dT%02d:%02d:%02d.%09lldZ", utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour,
+                  utc.tm_min, utc.tm_sec, static_cast<long long>(ns));
+}
+
+std::string CsvField(std::string_view text)
+{
+    if (text.find_first_of(",\"\r\n") == std::string_view::npos) return std::string(text);
+    std::string quoted = "\"";
+    for (const char c : text) {
+        if (c == '"') quoted += '"';
+        quoted += c;
+    }
+    return quoted + '"';
+}
+
+std::string TraceCsv(const Trace& trace)
+{
+    std::string text = Head(trace) + "frame,number,seconds,utc,missing";
+    for (const TraceLine& line : trace.lines) {
+        for (const char* const figure : {" mean", " deviation", " minimum", " maximum"}) {
+            text += ',' + CsvField(line.name + figure);
+        }
+    }
+    text += '\n';
+    for (std::size_t i = 0; i < trace.frames.size(); ++i) {
+        const TraceFrame& frame = trace.frames[i];
+        Put(text, i + 1);
+        text += ',';
+        Put(text, frame.number);
+        text += ',';
+        if (trace.hasTimes) PutSeconds(text, frame);
+        text += ',' + IsoTime(frame.utcNs) + ',';
+        Put(text, frame.missing);
+        for (const TraceLine& line : trace.lines) {
+            const TracePoint& point = line.points[i];
+            text += ',';
+            Put(text, point.mean);
+            text += ',';
+            Put(text, point.deviation);
+            text += ',';
+            Put(text, point.minimum);
+            text += ',';
+            Put(text, point.maximum);
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+std::vector<double> MeansOf(const TraceLine& line)
+{
+    std::vector<double> means;
+    means.reserve(line.points.size());
+    for (const TracePoint& point : line.points) means.push_back(point.mean);
+    return means;
+}
+
+std::string FramesOfSpectrum(const Spectrum& spectrum, std::size_t frames)
+{
+    return Format("%zu to %zu of %zu frames", spectrum.run.first + 1, spectrum.run.first + spectrum.run.frames, frames);
+}
+
+std::string SpectrumCsv(const Trace& trace)
+{
+    std::vector<Spectrum> spectra;
+    for (const TraceLine& line : trace.lines) {
+        std::optional<Spectrum> spectrum = SpectrumOf(trace.frames, MeansOf(line));
+        if (spectrum) spectra.push_back(std::move(*spectrum));
+    }
+    std::string text = Head(trace) + Note("window", "Hann, single-sided amplitudes");
+    const bool hasAll = spectra.size() == trace.lines.size() && !spectra.empty();
+    if (hasAll) text += Note("spectrum of", FramesOfSpectrum(spectra[0], trace.frames.size()));
+    text += hasAll && spectra[0].intervalSeconds > 0 ? "hertz" : "cycles per frame";
+    for (const TraceLine& line : trace.lines) text += ',' + CsvField(line.name + " amplitude");
+    text += '\n';
+    if (!hasAll) return text;
+    for (std::size_t k = 0; k < spectra[0].amplitudes.size(); ++k) {
+        Put(text, FrequencyOf(spectra[0], k));
+        for (const Spectrum& spectrum : spectra) {
+            text += ',';
+            Put(text, spectrum.amplitudes[k]);
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+}  // namespace kelvo
