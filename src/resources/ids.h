@@ -105,6 +105,7 @@ constexpr int kCmdVoltageCalibration = 2071;
 constexpr int kCmdRecorder = 2060;
 constexpr int kCmdRecorderTrigger = 2061;
 constexpr int kCmdRecorderMark = 2062;
+constexpr int kCmdDifference = 2220;
 constexpr int kCmdNoise = 2230;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;

@@ -20,6 +20,7 @@
 #include "config/frame_rate_table.h"
 #include "config/settings.h"
 #include "display/color_map.h"
+#include "display/difference_view.h"
 #include "display/display_pipeline.h"
 #include "grabber/board.h"
 #include "grabber/capture.h"
@@ -187,6 +188,7 @@ constexpr void (*kModules[])() = {
     ResetApplyDialog,
     ResetImageMathDialog,
     ResetNoiseDialog,
+    ResetDifferenceView,
     ResetVoltageCalibration,
     ResetGeometryDialog,
     ResetMark,

@@ -13,7 +13,7 @@ local texts = {
   [132] = "&Save...", [133] = "&Load previous...", [134] = "&Apply to data...", [135] = "&View statistics...",
   [140] = "&Freeze frame\tF2", [141] = "&Replace bad pixels\tF9", [143] = "&Normal gray", [144] = "&Inverted gray",
   [145] = "Normal &color", [151] = "&Image cursor\tF8", [160] = "&Histogram...\tShift+F8", [161] = "&Line plot...",
-  [162] = "&Image math...", [2230] = "&Noise...", [169] = "&Turn Vantir on ", [190] = "&Contents", [191] = "&Search\tF1", [192] = "&Keys help",
+  [162] = "&Image math...", [2230] = "&Noise...", [2220] = "D&ifference...", [169] = "&Turn Vantir on ", [190] = "&Contents", [191] = "&Search\tF1", [192] = "&Keys help",
   [2006] = "Frame &account", [2007] = "Colou&r scale", [2008] = "Sat&uration overlay", [2009] = "Simulated &bench...",
   [2043] = "&Keep fitted", [2044] = "&Desktop's theme", [2045] = "Lig&ht theme", [2046] = "Dark the&me",
   [2040] = "F&it\tCtrl+0", [2041] = "&1:1\tCtrl+1", [2042] = "C&entre\tCtrl+5",
