@@ -10,6 +10,7 @@
 // a pixel), offsets (2) and gains (4) in; RawFrame (2), LiveFrame (2) and the bitmap (1) out; and 4 for each device
 // pixel on the surface. Showing the surface gives out 4 more for each. Rounds go in turn; each figure is the median of
 // the rounds' ratios.
+#include "display/difference_view.h"
 #include "display/display_pipeline.h"
 #include "grabber/copm2.h"
 #include "median.h"
@@ -216,6 +217,29 @@ void Measure(int zoom, double seconds)
                 cross.size(), Median(cross), MedianRatio(cross, on.paintedCopy), MedianRatio(on.painted, off.painted));
 }
 
+// The picture itself and its difference to one in turn (display/difference_view.h).
+void MeasureDifference(int zoom, double seconds)
+{
+    write::camera.ActiveConfig.Xzoom = write::camera.ActiveConfig.Yzoom = zoom;
+    write::frames.ImageCursorOn = 0;
+    for (int i = 0; i < 3; ++i) SendMessage(hWndMain, WM_TIMER, kLiveTimer, 0), HandlePendingEvents();
+    const std::size_t devicePixels = DevicePixelsSeen();
+    Copy copyPainted(kListAndFrameBytes * kPixels + kDeviceBytes * devicePixels);
+    Copy copyShown(kListAndFrameBytes * kPixels + 2 * kDeviceBytes * devicePixels);
+    Figures frame, difference;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    do {
+        EndDifference();
+        MeasureOnce(frame, copyPainted, copyShown);
+        if (!BeginDifference(LiveFrame, "the bench", MiddleCountShown())) return;
+        MeasureOnce(difference, copyPainted, copyShown);
+    } while (std::chrono::steady_clock::now() < end);
+    EndDifference();
+    std::printf("zoom %d, difference   %4zu rounds   painted %7.1f us   on / off: painted %5.3f, shown %5.3f\n", zoom,
+                difference.painted.size(), Median(difference.painted), MedianRatio(difference.painted, frame.painted),
+                MedianRatio(difference.shown, frame.shown));
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -224,7 +248,10 @@ int main(int argc, char** argv)
     std::string directory = (std::filesystem::temp_directory_path() / "kelvo-bench-XXXXXX").string();
     if (!mkdtemp(directory.data())) return 1;
     const bool open = OpenLiveVideo(directory);
-    for (int zoom = 1; open && zoom <= 3; ++zoom) Measure(zoom, seconds / 3);
+    for (int zoom = 1; open && zoom <= 3; ++zoom) {
+        Measure(zoom, seconds / 6);
+        MeasureDifference(zoom, seconds / 6);
+    }
     std::filesystem::remove_all(directory);
     return open ? 0 : 1;
 }

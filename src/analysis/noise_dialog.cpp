@@ -69,12 +69,12 @@ ScaleLine LineOf(const NoiseRange& range)
     return {{0, kColorMapEntries}, range.low, range.high, false};
 }
 
-NoiseLayout LayoutIn(HWND area)
+NoiseLayout LayoutIn(HWND area, const NoiseMeasurement& measured)
 {
     const Rect client = GetClientRect(area);
     const int scaleWidth = TextWidth(area, "00000.00") + kTickLength + kMapMargin;
     const Rect inside{kMapMargin, kMapMargin, client.Width() - kMapMargin, client.Height() - kMapMargin};
-    return LayOutNoise(inside, shown->measured.columns, shown->measured.rows, scaleWidth, TextLineHeight(area));
+    return LayOutNoise(inside, measured.columns, measured.rows, scaleWidth, TextLineHeight(area));
 }
 
 void PaintScale(HWND area, const Rect& bar, const NoiseRange& range, std::span<const std::uint32_t> colors)
@@ -95,7 +95,7 @@ void PaintMap(HWND dialog)
     if (!area) return;
     FillSurface(area, GetClientRect(area), kGround);
     if (!shown) return;
-    const NoiseLayout layout = LayoutIn(area);
+    const NoiseLayout layout = LayoutIn(area, shown->measured);
     if (layout.map.Empty()) return;
     const NoiseRange range = MapRangeOf(shown->figures);
     const auto colors = ColorsInForce();
@@ -121,9 +121,9 @@ void PaintHistogram(HWND dialog)
 
 // --- Figures --------------------------------------------------------------------------------------------------------
 
-std::string WithUnit(double value)
+std::string WithUnit(double value, NoiseQuantity quantity)
 {
-    return Format("%.3f %s", value, std::string(NoiseUnit(shown->quantity)).c_str());
+    return Format("%.3f %s", value, std::string(NoiseUnit(quantity)).c_str());
 }
 
 std::string TakenText(const NoiseMeasurement& measured)
@@ -137,11 +137,11 @@ std::string TakenText(const NoiseMeasurement& measured)
 void ShowFigures(HWND dialog)
 {
     const bool some = shown && shown->figures.pixels > 0;
-    SetDlgItemText(dialog, kNoiseMedian, some ? WithUnit(shown->figures.median) : "");
-    SetDlgItemText(dialog, kNoiseRms, some ? WithUnit(shown->figures.rms) : "");
+    SetDlgItemText(dialog, kNoiseMedian, some ? WithUnit(shown->figures.median, shown->quantity) : "");
+    SetDlgItemText(dialog, kNoiseRms, some ? WithUnit(shown->figures.rms, shown->quantity) : "");
     SetDlgItemText(dialog, kNoiseWorst,
-                   some ? Format("above %s, up to %s", WithUnit(shown->figures.worst).c_str(),
-                                 WithUnit(shown->figures.largest).c_str())
+                   some ? Format("above %s, up to %s", WithUnit(shown->figures.worst, shown->quantity).c_str(),
+                                 WithUnit(shown->figures.largest, shown->quantity).c_str())
                         : "");
     SetDlgItemText(dialog, kNoisePixels, shown ? Format("%zu", shown->figures.pixels) : "");
     const std::size_t bad = shown ? shown->measured.noise.badPixels : 0;
@@ -185,7 +185,7 @@ void PickShown(HWND dialog)
 void NamePixel(HWND dialog, Point at)
 {
     if (!shown) return;
-    const NoiseLayout layout = LayoutIn(DlgItemWindow(dialog, kNoiseMap));
+    const NoiseLayout layout = LayoutIn(DlgItemWindow(dialog, kNoiseMap), shown->measured);
     Point pixel;
     if (!NoisePixelAt(layout, shown->measured.columns, shown->measured.rows, at, pixel)) {
         SetDlgItemText(dialog, kNoisePixel, kPixelHint);
@@ -195,8 +195,9 @@ void NamePixel(HWND dialog, Point at)
                               static_cast<std::size_t>(pixel.x);
     const float value = NoiseValues(shown->measured, shown->quantity)[index];
     const std::string place = Format("Column %d, row %d: ", pixel.x, pixel.y);
-    SetDlgItemText(dialog, kNoisePixel,
-                   place + (value == value ? WithUnit(static_cast<double>(value)) : std::string("left out")));
+    SetDlgItemText(
+        dialog, kNoisePixel,
+        place + (value == value ? WithUnit(static_cast<double>(value), shown->quantity) : std::string("left out")));
 }
 
 // --- Measuring ------------------------------------------------------------------------------------------------------
@@ -220,9 +221,9 @@ std::optional<NoiseRequest> ReadRequest(HWND dialog)
     return request;
 }
 
-void TellWhyNoNetd(HWND dialog)
+void TellWhyNoNetd(HWND dialog, const NoiseMeasurement& measured)
 {
-    if (!shown->measured.noise.netd.empty()) return;
+    if (!measured.noise.netd.empty()) return;
     StatusMessage("No NETD: it takes a two-point calibration with the temperatures of its sources.", kLeftAligned);
     ListSelect(dialog, kNoiseShown, 1);
 }
@@ -247,7 +248,7 @@ void Measure(HWND dialog)
     shown = std::move(made);
     ListSelect(dialog, kNoiseShown, shown->quantity == NoiseQuantity::kNetd ? 0 : 1);
     StatusMessage("The noise of " + TakenText(shown->measured) + " is measured.", kLeftAligned);
-    TellWhyNoNetd(dialog);
+    TellWhyNoNetd(dialog, shown->measured);
     Refresh(dialog);
 }
 

@@ -42,9 +42,8 @@ Measured Refuse(std::string& why, std::string text)
 bool GoesOn(std::int64_t frame, std::int64_t frames)
 {
     if (frame % kFramesBetweenTellings == 0) {
-        StatusMessage(
-            Format("Noise: frame %lld of %lld", static_cast<long long>(frame + 1), static_cast<long long>(frames)),
-            kLeftAligned);
+        const auto done = static_cast<long long>(frame);
+        StatusMessage(Format("Noise: %lld of %lld frames", done, static_cast<long long>(frames)), kLeftAligned);
     }
     return GatherGoesOn();
 }
@@ -196,7 +195,7 @@ bool AddFileFrames(StoredFrames& file, std::int64_t frames, NoiseSums& sums, std
             return false;
         }
         if (!file.ReadCounts(i, frame, why)) {
-            why = NameOf(file.Path()) + " " + why + ".";
+            why = Format("%s %s.", NameOf(file.Path()).c_str(), why.c_str());
             return false;
         }
         const FrameRecord* const record = i > 0 ? file.RecordOf(i) : nullptr;

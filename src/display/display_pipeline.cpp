@@ -1,6 +1,7 @@
 #include "display/display_pipeline.h"
 
 #include "dibapi32/dibapi32.h"
+#include "display/difference_view.h"
 #include "display/display_pipeline_write.h"
 #include "display/fit_contrast.h"
 #include "display/lookup_table.h"
@@ -129,6 +130,7 @@ bool FitScrollingInForce()
 
 void PaintNewPicture()
 {
+    ShowStatusMark(DifferenceOnView() ? "Difference" : "");
     PaintBitmap(FrameBitmap, hWndMain);
     PaintLayers(true);
 }
@@ -141,7 +143,7 @@ bool HoldsCameraFrame()
 
 std::span<const std::int16_t> FramePixelsOnView()
 {
-    if (!ViewingFile) return LiveFrame;
+    if (!ViewingFile) return CountsToShow(LiveFrame);
     const std::span<const std::int16_t> pixels = ImageBufferPixels(ImageHeader.ImageHeaderDataOffset);
     if (ImageHeader.ImageWidth <= 0 || ImageHeader.ImageHeight <= 0) return {};
     const std::size_t size =
@@ -186,13 +188,14 @@ void EnsureDisplayLut()
 void DrawFrame(std::span<const std::int16_t> frame)
 {
     EnsureDisplayLut();
-    if (!FillFrameBitmap(write::picture.FrameBitmap, frame, nullptr)) return;
+    if (!FillFrameBitmap(write::picture.FrameBitmap, CountsToShow(frame), nullptr)) return;
     showsCameraFrame = !ViewingFile;
     PaintNewPicture();
 }
 
 GrayRows BeginPicture()
 {
+    if (DifferenceOnView()) return {};
     EnsureDisplayLut();
     return ReadyCameraBitmap(write::picture.FrameBitmap);
 }
@@ -201,6 +204,13 @@ void EndPicture()
 {
     showsCameraFrame = true;
     PaintNewPicture();
+}
+
+std::int32_t MiddleCountShown()
+{
+    const LutWindow window = WindowOf(RangeOnView().Span(), Contrast, Brightness);
+    const std::int64_t middle = LiveRange().low + (std::int64_t{window.start} + window.end) / 2;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(middle, 0, INT16_MAX));
 }
 
 void AddPictureLayer(PictureLayer layer)

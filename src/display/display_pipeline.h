@@ -65,7 +65,8 @@ void DrawFrame(std::span<const std::int16_t> frame);
 
 // The camera's frame in two steps, so that its gray values are made in the pass that makes its counts: BeginPicture
 // readies FrameBitmap and says where they go, EndPicture paints it. The picture is the one of DrawFrame. Without a
-// table in the result the frame isn't one for this way (ReadyCameraBitmap): DrawFrame draws it.
+// table in the result the frame isn't one for this way (ReadyCameraBitmap, or a difference is on view): DrawFrame draws
+// it.
 GrayRows BeginPicture();
 void EndPicture();
 
@@ -89,7 +90,11 @@ void RepaintPicture();
 // Image pixel to screen units below the panel, in place; integer divisions. Nothing happens while a zoom is 0.
 void ImageToScreen(std::int32_t& x, std::int32_t& y);
 
-// Contrast and brightness that fit the frame on view or, live, LiveFrame (display/fit_contrast.h). bad: non-zero for
+// The count in the middle of those that contrast and brightness spread over the shades of the picture.
+std::int32_t MiddleCountShown();
+
+// Contrast and brightness that fit the frame on view or, live, LiveFrame (display/fit_contrast.h); of a difference on
+// view (display/difference_view.h) what it shows. bad: non-zero for
 // each of its pixels that doesn't count; empty: all do.
 ContrastFit FitOfPicture(std::span<const std::uint8_t> bad);
 // Puts them in force; or a box with the reason why not, under "Kelvo message".

@@ -210,6 +210,7 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdViewCopyPicture, "&Copy picture\tCtrl+Shift+C", 0, "copy"),
     Item(kCmdViewFitContrast, "&Fit contrast\tCtrl+F", 0, "contrast"),
     Check(kCmdViewKeepFitted, "&Keep fitted", kHelpViewMenu),
+    Item(kCmdDifference, "D&ifference...", kHelpDifference),
     kLine,
     Item(kCmdViewRegions, "&Regions...\tCtrl+Shift+R", kHelpRegions),
     kLine,

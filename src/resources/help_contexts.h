@@ -71,6 +71,7 @@ constexpr int kHelpTriggeredSave = 2022;
 constexpr int kHelpRecorder = 2023;
 constexpr int kHelpApplyCalibration = 2030;
 constexpr int kHelpFrameGraph = 2040;
+constexpr int kHelpDifference = 2220;
 constexpr int kHelpNoise = 2230;
 constexpr int kHelpTraces = 2240;
 constexpr int kHelpPrint = 2180;

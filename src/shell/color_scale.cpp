@@ -1,6 +1,7 @@
 #include "shell/color_scale.h"
 
 #include "display/color_map.h"
+#include "display/difference_view.h"
 #include "display/display_pipeline_write.h"
 #include "display/units.h"
 #include "imagefile/header.h"
@@ -100,7 +101,8 @@ std::string TitleOf(std::int32_t unit)
     std::string name;
     std::string text;
     GetUnitName(unit, name, text);
-    return text.empty() ? name : text;
+    const std::string title = text.empty() ? name : text;
+    return DifferenceOnView() ? "+/- " + title : title;
 }
 
 void PaintBar(const BarPlace& bar)
@@ -118,9 +120,20 @@ void PaintBar(const BarPlace& bar)
                   {grays.data(), 1, 1, static_cast<int>(grays.size()), colors.data()});
 }
 
+// Of a difference on view the values above and below none.
+ScaleLine LineShown(CountRange counts, std::int32_t unit)
+{
+    ScaleLine line = ScaleLineOf(counts, unit);
+    if (!DifferenceOnView()) return line;
+    const auto none = static_cast<double>(CountsToUnit(DifferenceZero(), unit, nullptr));
+    line.lowValue -= none;
+    line.highValue -= none;
+    return line;
+}
+
 void PaintTicks(const BarPlace& bar)
 {
-    const ScaleLine line = ScaleLineOf(shown.counts, shown.unit);
+    const ScaleLine line = LineShown(shown.counts, shown.unit);
     for (const ScaleTick& tick : PlaceScaleTicks(line, bar.top, bar.bottom, LabelHeight())) {
         FillSurface(scaleWindow, {kBarRight, tick.y, kTickRight, tick.y + 1}, kInk);
         DrawTextLine(scaleWindow, kLabelLeft, tick.y - LabelHeight() / 2, tick.label, TextAlign::kLeft, kInk, kGround);
@@ -144,7 +157,7 @@ Shown StateOnView()
     state.place = PlaceInMain();
     state.counts = SpreadCountsOnView();
     state.unit = UnitOnView();
-    const ScaleLine line = ScaleLineOf(state.counts, state.unit);
+    const ScaleLine line = LineShown(state.counts, state.unit);
     state.lowValue = line.lowValue;
     state.highValue = line.highValue;
     state.mapGeneration = ColorMapGeneration();

@@ -46,6 +46,7 @@
 #include "video/image_cursor.h"
 #include "video/picture_commands.h"
 #include "video/zoom_pan.h"
+#include "viewing/difference_dialog.h"
 #include "viewing/fitted_contrast.h"
 #include "viewing/playback.h"
 #include "viewing/recorded_dialog.h"
@@ -134,6 +135,7 @@ constexpr Command kCommands[] = {
     {kCmdLinePlot, LinePlot},
     {kCmdImageMath, Then<CombineImages, CommandEnd::kLeaveStatus>},
     {kCmdNoise, NoiseOfPixels},
+    {kCmdDifference, CompareWithReference},
     {kCmdTurnOn, TurnOn},
     {kCmdHelpContents, Then<ShowHelpContents>},
     {kCmdHelpSearch, Then<SearchHelp>},
@@ -249,7 +251,9 @@ LRESULT ResultOf(CommandEnd end)
 
 }  // namespace
 
-LRESULT RunCommand(HWND window, int id)
+namespace {
+
+LRESULT Run(HWND window, int id)
 {
     if (CaptureIsUsed() && NeedsBoard(id)) return ResultOf(NotWhileRecording());
     const auto* const command = std::ranges::find(kCommands, id, &Command::id);
@@ -257,6 +261,15 @@ LRESULT RunCommand(HWND window, int id)
     const CommandRange* const range = CommandRangeOf(id);
     if (range != std::end(kRanges)) return ResultOf(range->run(id));
     return DefWindowProc(window, WM_COMMAND, static_cast<WPARAM>(id), 0);
+}
+
+}  // namespace
+
+LRESULT RunCommand(HWND window, int id)
+{
+    const LRESULT result = Run(window, id);
+    TellUnfitDifference();
+    return result;
 }
 
 LRESULT ShowCommandHelp(HWND window, int id)

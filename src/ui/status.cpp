@@ -27,6 +27,7 @@ StatusVariables status;
 constinit const std::string& StatusText = write::status.StatusText;
 constinit const std::int16_t& StatusAlign = write::status.StatusAlign;
 constinit const std::string& StatusField = write::status.StatusField;
+constinit const std::string& StatusMark = write::status.StatusMark;
 constinit const std::uint32_t& StatusBackground = write::status.StatusBackground;
 constinit const std::uint32_t& StatusForeground = write::status.StatusForeground;
 
@@ -36,6 +37,7 @@ const StateNames kStateNames{
     Named("StatusText", StatusText),
     Named("StatusAlign", StatusAlign),
     Named("StatusField", StatusField),
+    Named("StatusMark", StatusMark),
 };
 
 std::string note;  // the last one
@@ -219,6 +221,13 @@ void ShowStatusField(std::string_view text)
     PaintLine();
 }
 
+void ShowStatusMark(std::string_view text)
+{
+    if (StatusMark == text) return;
+    write::status.StatusMark = text;
+    PaintLine();
+}
+
 int GetStatusText(std::string& text)
 {
     text = StatusText;
@@ -237,8 +246,9 @@ LRESULT StatusWndProc(HWND window, std::uint32_t message, WPARAM wParam, LPARAM 
     if (!DrawTextLine(window, x, 0, StatusText, align, StatusForeground, StatusBackground)) {
         MessageBox(hWndMain, "Failure to output text in status window!", kMessageCaption);
     }
-    if (!StatusField.empty()) {
-        DrawTextLine(window, client.right, 0, "  " + StatusField + " ", TextAlign::kRight, StatusForeground,
+    const std::string right = StatusMark + (StatusMark.empty() || StatusField.empty() ? "" : "  ") + StatusField;
+    if (!right.empty()) {
+        DrawTextLine(window, client.right, 0, "  " + right + " ", TextAlign::kRight, StatusForeground,
                      StatusBackground);
     }
     return 0;
@@ -250,6 +260,7 @@ void ResetStatus()
     toldFrame = {};
     write::status.StatusText.clear();
     write::status.StatusField.clear();
+    write::status.StatusMark.clear();
     write::status.StatusAlign = 0;
     write::status.StatusBackground = 0xFF0000;
     write::status.StatusForeground = 0xFFFFFF;

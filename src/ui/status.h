@@ -56,6 +56,9 @@ std::string_view SetupHint();
 // A second, short text at the right end of the line, which messages leave; empty: none. Shows it at once.
 extern const std::string& StatusField;
 void ShowStatusField(std::string_view text);
+// A word before that text that stands as long as what it tells holds, whatever the field says; empty: none.
+extern const std::string& StatusMark;
+void ShowStatusMark(std::string_view text);
 
 // Copies the text and returns its alignment, for who restores the line later.
 int GetStatusText(std::string& text);

@@ -9,6 +9,7 @@ struct StatusVariables {
     std::string StatusText;
     std::int16_t StatusAlign = 0;
     std::string StatusField;
+    std::string StatusMark;
     std::uint32_t StatusBackground = 0xFF0000;
     std::uint32_t StatusForeground = 0xFFFFFF;
 };

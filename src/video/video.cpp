@@ -1,5 +1,6 @@
 #include "video/video.h"
 
+#include "display/difference_view.h"
 #include "display/display_pipeline.h"
 #include "display/unit_list.h"
 #include "display/units.h"
@@ -129,6 +130,14 @@ int GetCameraFrame(std::vector<std::int16_t>& frame)
 void WriteCameraKey(const char* key, std::int32_t value)
 {
     WritePrivateProfileString(ActiveCameraSection(), key, Format("%d", value), CameraFilePath);
+}
+
+// With a difference on view: what the pixel is compared with.
+std::optional<std::int16_t> ReferenceUnder(std::int32_t x, std::int32_t y)
+{
+    const Point size = FrameSizeOnView();
+    if (!DifferenceOnView() || x < 0 || y < 0 || x >= size.x || y >= size.y) return std::nullopt;
+    return ReferenceCount(static_cast<std::size_t>(y) * static_cast<std::size_t>(size.x) + static_cast<std::size_t>(x));
 }
 
 std::string WithoutDegreeSign(std::string unit)
@@ -318,11 +327,16 @@ void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on)
     RefreshLiveFrame();
     if (Xzoom == 0 || Yzoom == 0) return;
 
-    std::string value;
-    CountsToUnit(CursorValue, DisplayUnit, &value);
     std::string name;
     std::string unit;
     GetUnitName(DisplayUnit, name, unit);
+    std::string value;
+    if (const std::optional<std::int16_t> reference = ReferenceUnder(x, y)) {
+        name = "Difference in " + name;
+        value = DifferenceText(static_cast<std::int16_t>(CursorValue), *reference, DisplayUnit);
+    } else {
+        CountsToUnit(CursorValue, DisplayUnit, &value);
+    }
     StatusMessage(
         Format("x=%3d  y=%3d  %s=%s %s     ", x, y, name.c_str(), value.c_str(), WithoutDegreeSign(unit).c_str()),
         static_cast<int>(TextAlign::kCentre));

@@ -58,8 +58,9 @@ bool SetViewZoom(const DisplayGeometry& geometry);
 // The picture anew with the geometry in force.
 void RefreshPicture();
 
-// The read-out of image pixel (x, y) on the status line: position, name, value and unit. With on 0 the line keeps its
-// text.
+// The read-out of image pixel (x, y) on the status line: position, name, value and unit; with a difference on view
+// (display/difference_view.h) "Difference in", and how far the value lies above the reference's. With on 0 the line
+// keeps its text.
 void ShowCursorValue(std::int32_t x, std::int32_t y, std::int32_t on);
 
 // No change of geometry waits for its frame.

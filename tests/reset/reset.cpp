@@ -20,6 +20,7 @@
 #include "config/frame_rate_table.h"
 #include "config/settings.h"
 #include "display/color_map.h"
+#include "display/difference_view.h"
 #include "display/display_pipeline.h"
 #include "export/export_dialog.h"
 #include "export/export_script.h"
@@ -205,6 +206,7 @@ constexpr void (*kModules[])() = {
     ResetExportDialog,
     ResetImageMathDialog,
     ResetNoiseDialog,
+    ResetDifferenceView,
     ResetVoltageCalibration,
     ResetGeometryDialog,
     ResetMark,

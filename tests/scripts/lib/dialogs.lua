@@ -394,6 +394,27 @@ rows.IMGMATH = {
   },
 }
 
+rows.DIFFER = {
+  open = opens(2220, "DIFFER"),
+  texts = { [22203] = "some.img", [22205] = "1" },
+  first = { 22202 },
+  buttons = {
+    [22204] = function()
+      press(22204)
+      assert(file(), "the file selection is in front")
+      cancel()
+    end,
+  },
+  may = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
+  refused_first = function() press(22202) end,
+  refused = {
+    { set = { [22203] = "" }, box = "Please name the file of the reference." },
+    { set = { [22203] = "none.img", [22205] = "-1" }, box = "Please enter the number of a frame, from 0." },
+    { set = { [22205] = "0" }, box = "none.img can't be opened." },
+    { set = { [22203] = function() return datadir() .. "/sequence.img" end }, box = "The frames are 40 x 30 pixels, those of the camera 320 x 256." },
+  },
+}
+
 rows.NOISE = {
   setup = function() drop(datadir() .. "/sequence.img") end,
   open = opens(2230, "NOISE"),
