@@ -29,7 +29,7 @@ bool MarkListed(const std::string& path, std::size_t columns, Map& map)
     if (!contents) return false;
     LineReader lines(std::move(*contents), kLongestLine);
     const auto rows = static_cast<std::int64_t>(map.size() / columns);
-    while (const std::optional<std::string> line = lines.Next()) {
+    for (std::optional<std::string> line = lines.Next(); line; line = lines.Next()) {
         const std::size_t comma = line->find(',');
         if (comma == std::string::npos) continue;
         const auto row = ScanDecimal(*line);
