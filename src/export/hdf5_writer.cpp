@@ -249,6 +249,7 @@ bool Hdf5Writer::WriteTimings()
     const std::array<hsize_t, 1> sides{timings_.size()};
     const auto wholes = [&](const char* name, auto value) {
         std::vector<std::int64_t> values;
+        values.reserve(timings_.size());
         for (const FrameTiming& timing : timings_) values.push_back(value(timing));
         return WriteBlockOf(hdf_, name, H5T_STD_I64LE, H5T_NATIVE_INT64, sides, values.data());
     };
