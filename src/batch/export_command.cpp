@@ -65,21 +65,6 @@ struct Wish {
     bool json = false;
 };
 
-std::optional<ExportFormat> FormatByExtension(const std::string& path)
-{
-    std::string extension;
-    SplitPath(path, nullptr, nullptr, nullptr, &extension);
-    constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kOthers = {
-        {{".tiff", "tiff"}, {".fit", "fits"}, {".hdf5", "hdf5"}}};
-    for (const ExportFormatNames& names : ExportFormats()) {
-        if (EqualIgnoringCase(extension, names.extension)) return names.format;
-    }
-    for (const auto& [other, word] : kOthers) {
-        if (EqualIgnoringCase(extension, other)) return ExportFormatOf(word);
-    }
-    return std::nullopt;
-}
-
 // "-0.5:2"
 std::optional<std::pair<float, float>> TwoVolts(std::string_view text)
 {
@@ -125,7 +110,7 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
     wish.json = taken.Has("--json");
     wish.request.set = taken.Value("--set").value_or("");
     const auto to = taken.Value("--to");
-    const auto format = to ? ExportFormatOf(*to) : FormatByExtension(wish.out);
+    const auto format = to ? ExportFormatOf(*to) : ExportFormatByExtension(wish.out);
     const auto form = ExportFormOf(taken.Value("--as").value_or("counts"));
     const auto range = FrameRangeOf(taken.Value("--frames").value_or(":"));
     const auto volts = taken.Value("--volts");

@@ -5,8 +5,11 @@
 #include "export/hdf5_writer.h"
 #include "export/npy_writer.h"
 #include "export/tiff_writer.h"
+#include "platform/text.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace kelvo {
 
@@ -32,6 +35,21 @@ std::optional<ExportFormat> ExportFormatOf(std::string_view word)
     const auto* const found = std::ranges::find(kFormats, word, &ExportFormatNames::word);
     if (found == std::end(kFormats)) return std::nullopt;
     return found->format;
+}
+
+std::optional<ExportFormat> ExportFormatByExtension(std::string_view path)
+{
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, nullptr, &extension);
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kOthers = {
+        {{".tiff", "tiff"}, {".fit", "fits"}, {".hdf5", "hdf5"}}};
+    for (const ExportFormatNames& names : ExportFormats()) {
+        if (EqualIgnoringCase(extension, names.extension)) return names.format;
+    }
+    for (const auto& [other, word] : kOthers) {
+        if (EqualIgnoringCase(extension, other)) return ExportFormatOf(word);
+    }
+    return std::nullopt;
 }
 
 std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace)

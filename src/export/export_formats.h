@@ -20,6 +20,8 @@ struct ExportFormatNames {
 };
 std::span<const ExportFormatNames> ExportFormats();
 std::optional<ExportFormat> ExportFormatOf(std::string_view word);
+// By the name's end: ".tif" or ".tiff", ".fits" or ".fit", ".h5" or ".hdf5", ".npy", ".csv" in any case.
+std::optional<ExportFormat> ExportFormatByExtension(std::string_view path);
 
 // A sink that hasn't begun. The directory is looked at in Begin; unless replace is set that refuses a name that stands
 // ("... stands already"), and in any case a directory.

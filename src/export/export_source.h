@@ -27,20 +27,20 @@ enum class ExportWhat {
 
 struct ExportRequest {
     ExportWhat what = ExportWhat::kFile;
-    std::string path;        // of kFile
+    std::string path{};      // of kFile
     std::int64_t first = 0;  // frames from 0; of the picture on view there is one
     std::int64_t end = -1;   // one behind the last; below 0: to the end
     ExportForm form = ExportForm::kCounts;
     // Corrects raw frames of a file: a .cal, or the lists in force. With neither they stay as they are.
-    std::string set;
+    std::string set{};
     bool listsInForce = false;
     // Volts at the two ends of the header's display range (DisplayLow, DisplayHigh). nullopt: as the camera in force
     // has them.
-    std::optional<std::pair<float, float>> volts;
+    std::optional<std::pair<float, float>> volts{};
     // The rectangle around a region, cut to the frame. nullopt: the whole picture; of the camera what it reads,
     // Hactive x Vactive.
-    std::optional<RegionPlace> place;
-    std::string region;  // its name, for the provenance
+    std::optional<RegionPlace> place{};
+    std::string region{};  // its name, for the provenance
 };
 
 class ExportSource {

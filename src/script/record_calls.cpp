@@ -92,6 +92,16 @@ ScriptFields FieldsAt(lua_State* L, int table)
     return fields;
 }
 
+int PushFields(lua_State* L, const ScriptFields& fields)
+{
+    lua_createtable(L, 0, static_cast<int>(fields.size()));
+    for (const auto& [name, value] : fields) {
+        PushValue(L, value);
+        lua_setfield(L, -2, name.c_str());
+    }
+    return 1;
+}
+
 // Takes a field out; monostate where it isn't there.
 ScriptValue TakeField(ScriptFields& fields, std::string_view name)
 {
@@ -106,13 +116,7 @@ ScriptValue TakeField(ScriptFields& fields, std::string_view name)
 
 int PushStatus(lua_State* L)
 {
-    const ScriptFields status = Hooks().recorderStatus();
-    lua_createtable(L, 0, static_cast<int>(status.size()));
-    for (const auto& [name, value] : status) {
-        PushValue(L, value);
-        lua_setfield(L, -2, name.c_str());
-    }
-    return 1;
+    return PushFields(L, Hooks().recorderStatus());
 }
 
 int GiveStatus(lua_State* L, int /*status*/, lua_KContext /*context*/)
@@ -187,6 +191,24 @@ int Recorder(lua_State* L)
     return PushStatus(L);
 }
 
+// --- Exports ------------------------------------------------------------------------------------------------------
+
+int GiveExported(lua_State* L, int /*status*/, lua_KContext /*context*/)
+{
+    return PushFields(L, Hooks().exported());
+}
+
+int Export(lua_State* L)
+{
+    luaL_checktype(L, 1, LUA_TTABLE);
+    if (!Hooks().exportFrames) return Fail(L, "export: there is nothing that exports");
+    const auto act = [settings = FieldsAt(L, 1)]() -> std::string {
+        const std::string why = Hooks().exportFrames(settings);
+        return why.empty() ? why : "export: " + why;
+    };
+    return Await(L, {.name = "export", .act = act}, GiveExported);
+}
+
 // --- Commands without a window ------------------------------------------------------------------------------------
 
 // Nothing of the program is touched by them: they may run between two events.
@@ -210,6 +232,7 @@ void OpenRecordCalls(lua_State* L)
 {
     lua_register(L, "record", Guarded<Record>);
     lua_register(L, "recorder", Guarded<Recorder>);
+    lua_register(L, "export", Guarded<Export>);
     lua_register(L, "batch", Guarded<Batch>);
 }
 

@@ -68,6 +68,10 @@ struct ScriptHooks {
     std::function<bool()> recorderRuns;
     // Its status: at least "exit_code", a whole number, and "verdict".
     std::function<ScriptFields()> recorderStatus;
+    // Frames for other programs. Writes them by a table of settings; empty, or why it can't be.
+    std::function<std::string(const ScriptFields& settings)> exportFrames;
+    // What the last one wrote.
+    std::function<ScriptFields()> exported;
     // A command without a window, "recover FILE": its exit code; nullopt: no such word.
     std::function<std::optional<int>(const std::vector<std::string>& words)> batch;
 };

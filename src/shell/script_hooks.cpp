@@ -1,6 +1,7 @@
 #include "shell/script_hooks.h"
 
 #include "batch/batch.h"
+#include "export/export_script.h"
 #include "imagefile/header.h"
 #include "record/external_signal.h"
 #include "record/recorder.h"
@@ -67,6 +68,8 @@ void ConnectScripts()
         return RecorderRuns();
     };
     hooks.recorderStatus = RecorderStatusFields;
+    hooks.exportFrames = ExportByScript;
+    hooks.exported = LastExportFields;
     hooks.batch = [](const std::vector<std::string>& words) { return RunBatch(words); };
     SetScriptHooks(std::move(hooks));
 }

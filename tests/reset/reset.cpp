@@ -21,6 +21,7 @@
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "export/export_dialog.h"
+#include "export/export_script.h"
 #include "grabber/board.h"
 #include "grabber/capture.h"
 #include "grabber/copm2.h"
@@ -180,6 +181,7 @@ constexpr void (*kModules[])() = {
     ResetSaving,
     ResetGraphSettings,
     ResetUserMenu,
+    ResetExportScript,
     ResetTriggeredSave,
     ResetTriggeredSaveDialog,
     ResetTriggerDialogs,

@@ -1,0 +1,158 @@
+#include "export/export_script.h"
+
+#include "export/export_formats.h"
+#include "export/export_job.h"
+#include "export/export_source.h"
+#include "platform/interrupt.h"
+#include "platform/pointer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace kelvo {
+
+namespace {
+
+ScriptFields lastExport;
+
+struct Wish {
+    ExportRequest request{.what = ExportWhat::kOnView};
+    std::optional<ExportFormat> format;
+    std::string out;
+    std::int64_t count = -1;
+    bool replace = false;
+};
+
+template <typename Value>
+bool Take(const ScriptValue& value, Value& field)
+{
+    const auto* const given = std::get_if<Value>(&value);
+    if (given != nullptr) field = *given;
+    return given != nullptr;
+}
+
+bool TakeWhat(const ScriptValue& value, ExportWhat& what)
+{
+    const auto* const word = std::get_if<std::string>(&value);
+    if (word == nullptr || (*word != "view" && *word != "file" && *word != "host frames")) return false;
+    what = *word == "view" ? ExportWhat::kOnView : *word == "file" ? ExportWhat::kFile : ExportWhat::kHostFrames;
+    return true;
+}
+
+bool TakeForm(const ScriptValue& value, ExportForm& form)
+{
+    const auto* const word = std::get_if<std::string>(&value);
+    const auto found = word ? ExportFormOf(*word) : std::nullopt;
+    if (found) form = *found;
+    return found.has_value();
+}
+
+bool TakeFormat(const ScriptValue& value, std::optional<ExportFormat>& format)
+{
+    const auto* const word = std::get_if<std::string>(&value);
+    if (word != nullptr) format = ExportFormatOf(*word);
+    return format.has_value();
+}
+
+bool TakePlace(const ScriptValue& value, std::optional<RegionPlace>& place)
+{
+    const auto* const sides = std::get_if<std::vector<double>>(&value);
+    const auto isPixel = [](double side) { return side == std::floor(side) && std::fabs(side) <= 32767; };
+    if (sides == nullptr || sides->size() != 4 || !std::ranges::all_of(*sides, isPixel)) return false;
+    const auto at = [sides](std::size_t i) { return static_cast<std::int32_t>((*sides)[i]); };
+    place = RegionPlace{at(0), at(1), at(2), at(3)};
+    return true;
+}
+
+struct Field {
+    std::string_view name;
+    bool (*take)(const ScriptValue& value, Wish& wish);
+};
+constexpr Field kFields[] = {
+    {"out", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.out); }},
+    {"of", [](const ScriptValue& value, Wish& wish) { return TakeWhat(value, wish.request.what); }},
+    {"file", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.path); }},
+    {"to", [](const ScriptValue& value, Wish& wish) { return TakeFormat(value, wish.format); }},
+    {"as", [](const ScriptValue& value, Wish& wish) { return TakeForm(value, wish.request.form); }},
+    {"first", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.first); }},
+    {"count", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.count) && wish.count > 0; }},
+    {"set", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.set); }},
+    {"in_force", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.listsInForce); }},
+    {"rectangle", [](const ScriptValue& value, Wish& wish) { return TakePlace(value, wish.request.place); }},
+    {"replace", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.replace); }},
+};
+
+std::optional<Wish> WishOf(const ScriptFields& table, std::string& why)
+{
+    Wish wish;
+    for (const auto& [name, value] : table) {
+        const auto* const field = std::ranges::find(kFields, name, &Field::name);
+        if (field == std::end(kFields)) {
+            why = "no setting \"" + name + "\"";
+        } else if (!field->take(value, wish)) {
+            why = "\"" + name + "\" can't have that value";
+        }
+        if (!why.empty()) return std::nullopt;
+    }
+    if (!wish.format) wish.format = ExportFormatByExtension(wish.out);
+    if (wish.out.empty()) {
+        why = "\"out\" names the new file";
+    } else if (!wish.format) {
+        why = "\"to\" says which format";
+    } else if ((wish.request.what == ExportWhat::kFile) != !wish.request.path.empty()) {
+        why = "\"file\" goes with of = \"file\"";
+    } else {
+        if (wish.count > 0) wish.request.end = wish.request.first + wish.count;
+        return wish;
+    }
+    return std::nullopt;
+}
+
+ScriptFields FieldsOf(const Wish& wish, const ExportDescription& description, const ExportOutcome& outcome)
+{
+    const auto names = std::ranges::find(ExportFormats(), *wish.format, &ExportFormatNames::format);
+    const Provenance& provenance = description.provenance;
+    return {
+        {"file", wish.out},
+        {"format", std::string(names->word)},
+        {"form", std::string(WordOf(provenance.form))},
+        {"unit", provenance.unit},
+        {"frames", outcome.frames},
+        {"columns", static_cast<std::int64_t>(description.columns)},
+        {"rows", static_cast<std::int64_t>(description.rows)},
+        {"bad_detectors", provenance.badKnown ? ScriptValue(provenance.badDetectors) : ScriptValue()},
+        {"stopped", outcome.stopped},
+    };
+}
+
+}  // namespace
+
+std::string ExportByScript(const ScriptFields& table)
+{
+    std::string why;
+    const std::optional<Wish> wish = WishOf(table, why);
+    if (!wish) return why;
+    std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
+    if (!source) return why;
+    const Hourglass hourglass;
+    const auto sink = MakeFrameSink(*wish->format, wish->out, wish->replace);
+    const ExportOutcome outcome = RunExport(*source, *sink, [](std::int64_t, std::int64_t) { return !EscapeCame(); });
+    if (outcome.failure.empty()) lastExport = FieldsOf(*wish, source->Description(), outcome);
+    return outcome.failure;
+}
+
+ScriptFields LastExportFields()
+{
+    return lastExport;
+}
+
+void ResetExportScript()
+{
+    lastExport.clear();
+}
+
+}  // namespace kelvo
