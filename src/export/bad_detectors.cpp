@@ -22,22 +22,24 @@ constexpr std::size_t kLongestList = std::size_t{64} << 20;
 constexpr std::size_t kLongestLine = 79;
 constexpr float kNoGain = 0.001F;
 
-// Lines "row,column".
+// Of a line "row,column".
+void MarkLine(std::string_view line, std::size_t columns, Map& map)
+{
+    const std::size_t comma = line.find(',');
+    if (comma == std::string_view::npos) return;
+    const std::int64_t row = ScanDecimal(line).value_or(-1);
+    const std::int64_t column = ScanDecimal(line.substr(comma + 1)).value_or(-1);
+    const auto rows = static_cast<std::int64_t>(map.size() / columns);
+    const bool isPixel = row >= 0 && row < rows && column >= 0 && column < static_cast<std::int64_t>(columns);
+    if (isPixel) map[static_cast<std::size_t>(row) * columns + static_cast<std::size_t>(column)] = 1;
+}
+
 bool MarkListed(const std::string& path, std::size_t columns, Map& map)
 {
     std::optional<std::string> contents = ReadWholeFile(path, kLongestList);
     if (!contents) return false;
     LineReader lines(std::move(*contents), kLongestLine);
-    const auto rows = static_cast<std::int64_t>(map.size() / columns);
-    while (const std::optional<std::string> line = lines.Next()) {
-        const std::size_t comma = line->find(',');
-        if (comma == std::string::npos) continue;
-        const auto row = ScanDecimal(*line);
-        const auto column = ScanDecimal(std::string_view(*line).substr(comma + 1));
-        const bool isPixel =
-            row && column && *row >= 0 && *row < rows && *column >= 0 && *column < static_cast<std::int64_t>(columns);
-        if (isPixel) map[static_cast<std::size_t>(*row) * columns + static_cast<std::size_t>(*column)] = 1;
-    }
+    while (!lines.AtEnd()) MarkLine(lines.Next().value_or(""), columns, map);
     return true;
 }
 

@@ -32,12 +32,8 @@ void AddTiming(std::string& text, const FrameTiming& timing)
 ExportFailure CsvWriter::Begin(const ExportDescription& description)
 {
     description_ = description;
-    if (description.frames > 1) return path_ + " can't be written: a CSV file holds one frame";
-    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
-    file_ = NewFile::Begin(path_);
-    if (!file_) return CantBeWritten(path_);
-    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
-    return std::nullopt;
+    if (description.frames > 1) return Path() + " can't be written: a CSV file holds one frame";
+    return BeginFile();
 }
 
 ExportFailure CsvWriter::Add(const ExportedFrame& frame)
@@ -50,15 +46,12 @@ ExportFailure CsvWriter::Add(const ExportedFrame& frame)
         text += description_.isFloat ? ShortestText(frame.values[i]) : std::to_string(frame.counts[i]);
         text += (i + 1) % description_.columns == 0 ? '\n' : ',';
     }
-    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): Begin has made it
-    const bool isWritten = file_->Contents().Write(std::as_bytes(std::span(text))) == text.size();
-    return isWritten ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return DoneOr(Contents().Write(std::as_bytes(std::span(text))) == text.size());
 }
 
 ExportFailure CsvWriter::End()
 {
-    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): Begin has made it
-    return file_->Keep() ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return Keep();
 }
 
 }  // namespace kelvo

@@ -4,26 +4,19 @@
 #pragma once
 
 #include "export/frame_sink.h"
-#include "platform/files.h"
-
-#include <optional>
-#include <string>
 
 namespace kelvo {
 
 class CsvWriter final : public FrameSink {
   public:
-    CsvWriter(std::string path, bool replace) : path_(std::move(path)), replace_(replace) {}
+    using FrameSink::FrameSink;
     // Also fails where more than one frame is to come.
     ExportFailure Begin(const ExportDescription& description) override;
     ExportFailure Add(const ExportedFrame& frame) override;
     ExportFailure End() override;
 
   private:
-    std::string path_;
-    bool replace_;
     ExportDescription description_;
-    std::optional<NewFile> file_;
 };
 
 }  // namespace kelvo

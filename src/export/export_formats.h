@@ -23,8 +23,7 @@ std::optional<ExportFormat> ExportFormatOf(std::string_view word);
 // By the name's end: ".tif" or ".tiff", ".fits" or ".fit", ".h5" or ".hdf5", ".npy", ".csv" in any case.
 std::optional<ExportFormat> ExportFormatByExtension(std::string_view path);
 
-// A sink that hasn't begun. The directory is looked at in Begin; unless replace is set that refuses a name that stands
-// ("... stands already"), and in any case a directory.
+// A sink that hasn't begun: Begin looks whether the name may be written.
 std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace);
 
 }  // namespace kelvo

@@ -1,5 +1,10 @@
 #include "export/export_job.h"
 
+#include "platform/files.h"
+
+#include <filesystem>
+#include <system_error>
+
 namespace kelvo {
 
 namespace {
@@ -9,10 +14,19 @@ ExportOutcome Failed(const ExportFailure& failure)
     return {.frames = 0, .stopped = false, .failure = failure.value_or("")};
 }
 
+bool IsTheSource(const std::string& path, const Provenance& provenance)
+{
+    std::error_code none;
+    return std::filesystem::equivalent(ResolvePath(path), provenance.source, none);
+}
+
 }  // namespace
 
 ExportOutcome RunExport(ExportSource& source, FrameSink& sink, const ExportProgress& progress)
 {
+    if (IsTheSource(sink.Path(), source.Description().provenance)) {
+        return Failed(sink.Path() + " is the file that is exported");
+    }
     const std::int64_t all = source.Description().frames;
     if (ExportFailure failure = sink.Begin(source.Description())) return Failed(failure);
     ExportOutcome outcome;

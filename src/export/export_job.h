@@ -19,8 +19,8 @@ struct ExportOutcome {
 // Told before each frame, and once at the end, how many are done; false stops before the next one.
 using ExportProgress = std::function<bool(std::int64_t done, std::int64_t all)>;
 
-// Writes all frames of the source. Stopped, the file is closed with the frames that it has; before the first one none
-// is made.
+// Writes all frames of the source; never over the file that they come from. Stopped, the file is closed with the frames
+// that it has; before the first one none is made.
 ExportOutcome RunExport(ExportSource& source, FrameSink& sink, const ExportProgress& progress);
 
 }  // namespace kelvo

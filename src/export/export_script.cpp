@@ -21,7 +21,8 @@ ScriptFields lastExport;
 
 struct Wish {
     ExportRequest request{.what = ExportWhat::kOnView};
-    std::optional<ExportFormat> format;
+    std::optional<ExportFormat> given;  // where "to" says it
+    ExportFormat format = ExportFormat::kNpy;
     std::string out;
     std::int64_t count = -1;
     bool replace = false;
@@ -76,7 +77,7 @@ constexpr Field kFields[] = {
     {"out", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.out); }},
     {"of", [](const ScriptValue& value, Wish& wish) { return TakeWhat(value, wish.request.what); }},
     {"file", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.path); }},
-    {"to", [](const ScriptValue& value, Wish& wish) { return TakeFormat(value, wish.format); }},
+    {"to", [](const ScriptValue& value, Wish& wish) { return TakeFormat(value, wish.given); }},
     {"as", [](const ScriptValue& value, Wish& wish) { return TakeForm(value, wish.request.form); }},
     {"first", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.first); }},
     {"count", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.count) && wish.count > 0; }},
@@ -98,14 +99,15 @@ std::optional<Wish> WishOf(const ScriptFields& table, std::string& why)
         }
         if (!why.empty()) return std::nullopt;
     }
-    if (!wish.format) wish.format = ExportFormatByExtension(wish.out);
+    const std::optional<ExportFormat> format = wish.given ? wish.given : ExportFormatByExtension(wish.out);
     if (wish.out.empty()) {
         why = "\"out\" names the new file";
-    } else if (!wish.format) {
+    } else if (!format) {
         why = "\"to\" says which format";
     } else if ((wish.request.what == ExportWhat::kFile) != !wish.request.path.empty()) {
         why = "\"file\" goes with of = \"file\"";
     } else {
+        wish.format = *format;
         if (wish.count > 0) wish.request.end = wish.request.first + wish.count;
         return wish;
     }
@@ -114,7 +116,7 @@ std::optional<Wish> WishOf(const ScriptFields& table, std::string& why)
 
 ScriptFields FieldsOf(const Wish& wish, const ExportDescription& description, const ExportOutcome& outcome)
 {
-    const auto names = std::ranges::find(ExportFormats(), *wish.format, &ExportFormatNames::format);
+    const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
     const Provenance& provenance = description.provenance;
     return {
         {"file", wish.out},
@@ -139,7 +141,7 @@ std::string ExportByScript(const ScriptFields& table)
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return why;
     const Hourglass hourglass;
-    const auto sink = MakeFrameSink(*wish->format, wish->out, wish->replace);
+    const auto sink = MakeFrameSink(wish->format, wish->out, wish->replace);
     const ExportOutcome outcome = RunExport(*source, *sink, [](std::int64_t, std::int64_t) { return !EscapeCame(); });
     if (outcome.failure.empty()) lastExport = FieldsOf(*wish, source->Description(), outcome);
     return outcome.failure;

@@ -224,8 +224,8 @@ bool ExportSource::TakeRectangle(const ExportRequest& request, std::string& why)
     rectangle_ = {.columns = columns_, .rows = rows_};
     const bool isOfCamera = what_ == ExportWhat::kHostFrames || (what_ == ExportWhat::kOnView && !ViewingFile);
     if (isOfCamera) {
-        rectangle_.columns = static_cast<std::size_t>(std::clamp<std::int64_t>(ActiveConfig.Hactive, 1, columns_));
-        rectangle_.rows = static_cast<std::size_t>(std::clamp<std::int64_t>(ActiveConfig.Vactive, 1, rows_));
+        rectangle_.columns = std::min(static_cast<std::size_t>(std::max(ActiveConfig.Hactive, 1)), columns_);
+        rectangle_.rows = std::min(static_cast<std::size_t>(std::max(ActiveConfig.Vactive, 1)), rows_);
     }
     if (request.place) {
         const auto& [x1, y1, x2, y2] = *request.place;

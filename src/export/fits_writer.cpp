@@ -109,32 +109,28 @@ bool FitsWriter::CloseWhole()
     LONGLONG end = 0;
     fits_get_hduaddrll(Of(fits_), nullptr, nullptr, &end, &status_);
     Close();
-    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): Begin has made it
-    return status_ == 0 && file_->Contents().Length() == end;
+    return status_ == 0 && Contents().Length() == end;
 }
 
-ExportFailure FitsWriter::DoneOr(bool isDone)
+ExportFailure FitsWriter::GoneWell(bool isDone) const
 {
     // What cfitsio writes asks the machine here, as File does at each write.
     const bool isRefused = FaultIsSet("disk");
-    return isDone && status_ == 0 && !isRefused ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return DoneOr(isDone && status_ == 0 && !isRefused);
 }
 
 ExportFailure FitsWriter::Begin(const ExportDescription& description)
 {
     description_ = description;
-    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
-    file_ = NewFile::Begin(path_);
-    if (!file_) return CantBeWritten(path_);
-    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
+    if (ExportFailure failure = BeginFile()) return failure;
     std::size_t lines = 0;
     for (const std::string& line : ProvenanceLines(description_.provenance, {})) lines += line.size() / kTextOfCard + 1;
     const std::string head = FirstHead(description_, lines);
-    if (file_->Contents().Write(std::as_bytes(std::span(head))) != head.size()) return DiskRefuses(path_);
+    if (Contents().Write(std::as_bytes(std::span(head))) != head.size()) return DoneOr(false);
     fitsfile* fits = nullptr;
-    fits_open_diskfile(&fits, NewFile::NameBeside(path_).c_str(), READWRITE, &status_);
+    fits_open_diskfile(&fits, NewFile::NameBeside(Path()).c_str(), READWRITE, &status_);
     fits_ = fits;
-    return DoneOr(status_ == 0 && WriteHead());
+    return GoneWell(status_ == 0 && WriteHead());
 }
 
 bool FitsWriter::WriteHistory(const std::string& line)
@@ -191,14 +187,14 @@ bool FitsWriter::WriteWhen(const FrameTiming& first)
 
 ExportFailure FitsWriter::Add(const ExportedFrame& frame)
 {
-    if (timings_.empty() && !WriteWhen(frame.timing)) return DoneOr(false);
+    if (timings_.empty() && !WriteWhen(frame.timing)) return GoneWell(false);
     const auto pixels = static_cast<LONGLONG>(description_.Pixels());
     const LONGLONG first = std::ssize(timings_) * pixels + 1;
     timings_.push_back(frame.timing);
     // cfitsio takes the pixels without const, and leaves them as they are.
     void* const bytes = const_cast<std::byte*>(frame.Bytes().data());  // NOLINT(cppcoreguidelines-pro-type-const-cast)
     fits_write_img(Of(fits_), description_.isFloat ? TFLOAT : TSHORT, first, pixels, bytes, &status_);
-    return DoneOr(true);
+    return GoneWell(true);
 }
 
 // Of an export that was stopped: the cube is the file's last part yet.
@@ -302,9 +298,8 @@ ExportFailure FitsWriter::End()
         fits_write_chksum(Of(fits_), &status_);
         isWhole = status_ == 0 && WriteTable() && WriteMask();
     }
-    if (ExportFailure failure = DoneOr(isWhole && CloseWhole())) return failure;
-    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): Begin has made it
-    return file_->Keep() ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    if (ExportFailure failure = GoneWell(isWhole && CloseWhole())) return failure;
+    return Keep();
 }
 
 }  // namespace kelvo

@@ -11,10 +11,8 @@
 #pragma once
 
 #include "export/frame_sink.h"
-#include "platform/files.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,10 +20,8 @@ namespace kelvo {
 
 class FitsWriter final : public FrameSink {
   public:
-    FitsWriter(std::string path, bool replace) : path_(std::move(path)), replace_(replace) {}
+    using FrameSink::FrameSink;
     ~FitsWriter() override;
-    FitsWriter(const FitsWriter&) = delete;
-    FitsWriter& operator=(const FitsWriter&) = delete;
     ExportFailure Begin(const ExportDescription& description) override;
     ExportFailure Add(const ExportedFrame& frame) override;
     ExportFailure End() override;
@@ -39,13 +35,10 @@ class FitsWriter final : public FrameSink {
     bool CutToFrames();
     void Close();
     bool CloseWhole();
-    ExportFailure DoneOr(bool isDone);
+    ExportFailure GoneWell(bool isDone) const;
 
-    std::string path_;
-    bool replace_;
     ExportDescription description_;
     std::vector<FrameTiming> timings_;
-    std::optional<NewFile> file_;
     void* fits_ = nullptr;  // cfitsio's fitsfile
     int status_ = 0;
 };

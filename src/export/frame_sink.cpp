@@ -1,13 +1,23 @@
 #include "export/frame_sink.h"
 
 #include "export/json_text.h"
-#include "platform/files.h"
 #include "platform/text.h"
 
 #include <cerrno>
 #include <cstring>
 
 namespace kelvo {
+
+namespace {
+
+ExportFailure WhyRefused(const std::string& path, bool replace)
+{
+    if (DirectoryExists(path)) return path + " is a directory";
+    if (!replace && FileExists(path)) return path + " stands already";
+    return std::nullopt;
+}
+
+}  // namespace
 
 std::string BadPlacesJson(const ExportDescription& description)
 {
@@ -20,20 +30,28 @@ std::string BadPlacesJson(const ExportDescription& description)
     return JsonArray(places);
 }
 
-std::string WhyTargetIsRefused(const std::string& path, bool replace)
+ExportFailure FrameSink::BeginFile(std::optional<NewFile>& file, const std::string& path) const
 {
-    if (DirectoryExists(path)) return path + " is a directory";
-    return !replace && FileExists(path) ? path + " stands already" : std::string();
+    if (ExportFailure refused = WhyRefused(path, replace_)) return refused;
+    file = NewFile::Begin(path);
+    if (!file) return path + " can't be written: " + std::strerror(errno);
+    // One process at a time has the file in the making: what another one made while this one waited stands now.
+    return WhyRefused(path, replace_);
 }
 
-std::string CantBeWritten(const std::string& path)
+File& FrameSink::Contents()
 {
-    return path + " can't be written: " + std::strerror(errno);
+    return file_->Contents();  // NOLINT(bugprone-unchecked-optional-access): BeginFile has made it
 }
 
-std::string DiskRefuses(const std::string& path)
+ExportFailure FrameSink::Keep()
 {
-    return path + " can't be written: the disk refuses";
+    return DoneOr(file_ && file_->Keep());
+}
+
+ExportFailure FrameSink::DoneOr(bool isDone) const
+{
+    return isDone ? std::nullopt : ExportFailure(path_ + " can't be written: the disk refuses");
 }
 
 }  // namespace kelvo

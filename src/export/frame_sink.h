@@ -5,12 +5,14 @@
 #pragma once
 
 #include "export/provenance.h"
+#include "platform/files.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvo {
@@ -40,26 +42,36 @@ struct ExportedFrame {
 
 class FrameSink {
   public:
-    FrameSink() = default;
+    // Unless replace is set a name that stands is refused, and a directory in any case.
+    FrameSink(std::string path, bool replace) : path_(std::move(path)), replace_(replace) {}
     virtual ~FrameSink() = default;
     FrameSink(const FrameSink&) = delete;
     FrameSink& operator=(const FrameSink&) = delete;
+
+    const std::string& Path() const { return path_; }
 
     // Once, then Add for each frame, then End: the file has the frames that came, be they fewer than meant, and their
     // number is right in it. After a failure the sink is only good to be destroyed.
     virtual ExportFailure Begin(const ExportDescription& description) = 0;
     virtual ExportFailure Add(const ExportedFrame& frame) = 0;
     virtual ExportFailure End() = 0;
+
+  protected:
+    // A file beside the name. The reason where that is refused, or the directory takes none.
+    ExportFailure BeginFile(std::optional<NewFile>& file, const std::string& path) const;
+    ExportFailure BeginFile() { return BeginFile(file_, path_); }
+    File& Contents();      // of what BeginFile has begun
+    ExportFailure Keep();  // it takes its name
+    // Nothing where it is done, else that the disk refuses.
+    ExportFailure DoneOr(bool isDone) const;
+
+  private:
+    std::string path_;
+    bool replace_;
+    std::optional<NewFile> file_;
 };
 
 // Row and column of each bad detector, row by row, as JSON: "[[0, 17], [3, 4]]"; "null" where none are known.
 std::string BadPlacesJson(const ExportDescription& description);
-
-// Why nothing may be written under the name; empty: it may.
-std::string WhyTargetIsRefused(const std::string& path, bool replace);
-// "PATH can't be written: No such file or directory", by errno.
-std::string CantBeWritten(const std::string& path);
-// "PATH can't be written: the disk refuses"
-std::string DiskRefuses(const std::string& path);
 
 }  // namespace kelvo

@@ -197,20 +197,17 @@ void Hdf5Writer::Close()
 ExportFailure Hdf5Writer::Begin(const ExportDescription& description)
 {
     description_ = description;
-    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
-    file_ = NewFile::Begin(path_);
-    if (!file_) return CantBeWritten(path_);
-    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
+    if (ExportFailure failure = BeginFile()) return failure;
     // All is closed here, and what fails is told here.
     H5dont_atexit();
     H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
-    stream_.file = &file_->Contents();
+    stream_.file = &Contents();
     Stream* const stream = &stream_;
     const Handle access(H5Pcreate(H5P_FILE_ACCESS), H5Pclose);
     const bool isOpen = H5Pset_driver(access, RegisterDriver(), static_cast<const void*>(&stream)) >= 0 &&
-                        (hdf_ = H5Fcreate(path_.c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, access)) >= 0 && MakeFrames() &&
+                        (hdf_ = H5Fcreate(Path().c_str(), H5F_ACC_TRUNC, H5P_DEFAULT, access)) >= 0 && MakeFrames() &&
                         WriteFacts() && !stream_.hasFailed;
-    return isOpen ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return DoneOr(isOpen);
 }
 
 bool Hdf5Writer::MakeFrames()
@@ -244,7 +241,7 @@ ExportFailure Hdf5Writer::Add(const ExportedFrame& frame)
     const std::span<const std::byte> bytes = frame.Bytes();
     timings_.push_back(frame.timing);
     const bool isWritten = H5Dwrite_chunk(frames_, H5P_DEFAULT, 0, place.data(), bytes.size(), bytes.data()) >= 0;
-    return isWritten && !stream_.hasFailed ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return DoneOr(isWritten && !stream_.hasFailed);
 }
 
 bool Hdf5Writer::WriteTimings()
@@ -252,6 +249,7 @@ bool Hdf5Writer::WriteTimings()
     const std::array<hsize_t, 1> sides{timings_.size()};
     const auto wholes = [&](const char* name, auto value) {
         std::vector<std::int64_t> values;
+        values.reserve(timings_.size());
         for (const FrameTiming& timing : timings_) values.push_back(value(timing));
         return WriteBlockOf(hdf_, name, H5T_STD_I64LE, H5T_NATIVE_INT64, sides, values.data());
     };
@@ -286,9 +284,7 @@ ExportFailure Hdf5Writer::End()
     const bool isWhole = H5Dset_extent(frames_, sides.data()) >= 0 && WriteText(hdf_, "provenance", provenance) &&
                          WriteTimings() && WriteMask();
     Close();
-    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): Begin has made it
-    const bool isKept = isWhole && !stream_.hasFailed && file_->Keep();
-    return isKept ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return isWhole && !stream_.hasFailed ? Keep() : DoneOr(false);
 }
 
 }  // namespace kelvo

@@ -10,7 +10,6 @@
 #include "platform/files.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,10 +17,8 @@ namespace kelvo {
 
 class Hdf5Writer final : public FrameSink {
   public:
-    Hdf5Writer(std::string path, bool replace) : path_(std::move(path)), replace_(replace) {}
+    using FrameSink::FrameSink;
     ~Hdf5Writer() override;
-    Hdf5Writer(const Hdf5Writer&) = delete;
-    Hdf5Writer& operator=(const Hdf5Writer&) = delete;
     ExportFailure Begin(const ExportDescription& description) override;
     ExportFailure Add(const ExportedFrame& frame) override;
     ExportFailure End() override;
@@ -40,11 +37,8 @@ class Hdf5Writer final : public FrameSink {
     bool WriteMask();
     void Close();
 
-    std::string path_;
-    bool replace_;
     ExportDescription description_;
     std::vector<FrameTiming> timings_;
-    std::optional<NewFile> file_;
     Stream stream_;
     std::int64_t hdf_ = -1;  // the library's own numbers
     std::int64_t frames_ = -1;

@@ -43,12 +43,6 @@ std::string NpyJsonPathOf(std::string_view path)
     return std::string(isNamed ? path.substr(0, path.size() - kExtension.size()) : path) + ".json";
 }
 
-std::string NpyWriter::WhyRefused() const
-{
-    const std::string why = WhyTargetIsRefused(path_, replace_);
-    return why.empty() ? WhyTargetIsRefused(NpyJsonPathOf(path_), replace_) : why;
-}
-
 std::string NpyWriter::Json() const
 {
     JsonObject json = ProvenanceJson(description_.provenance, description_.columns, description_.rows, timings_);
@@ -62,37 +56,29 @@ std::string NpyWriter::Json() const
 ExportFailure NpyWriter::Begin(const ExportDescription& description)
 {
     description_ = description;
-    if (const std::string why = WhyRefused(); !why.empty()) return why;
-    file_ = NewFile::Begin(path_);
-    if (!file_) return CantBeWritten(path_);
-    json_ = NewFile::Begin(NpyJsonPathOf(path_));
-    if (!json_) return CantBeWritten(NpyJsonPathOf(path_));
-    // What another process made while this one waited for the name stands now.
-    if (const std::string why = WhyRefused(); !why.empty()) return why;
+    if (ExportFailure failure = BeginFile()) return failure;
+    if (ExportFailure failure = BeginFile(json_, NpyJsonPathOf(Path()))) return failure;
     const std::vector<std::byte> head = HeadOf(description_, description_.frames);
-    return file_->Contents().Write(head) == head.size() ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return DoneOr(Contents().Write(head) == head.size());
 }
 
 ExportFailure NpyWriter::Add(const ExportedFrame& frame)
 {
     const std::span<const std::byte> bytes = frame.Bytes();
     timings_.push_back(frame.timing);
-    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): Begin has made it
-    return file_->Contents().Write(bytes) == bytes.size() ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return DoneOr(Contents().Write(bytes) == bytes.size());
 }
 
 ExportFailure NpyWriter::End()
 {
-    // NOLINTBEGIN(bugprone-unchecked-optional-access): Begin has made both
     const std::vector<std::byte> head = HeadOf(description_, std::ssize(timings_));
-    if (!file_->Contents().Seek(0) || file_->Contents().Write(head) != head.size()) return DiskRefuses(path_);
-    if (!WriteText(json_->Contents(), Json()) || !json_->Contents().Flush()) return DiskRefuses(NpyJsonPathOf(path_));
+    const bool isWhole = Contents().Seek(0) && Contents().Write(head) == head.size() && Contents().Flush();
     // An array that stands has its own description: that one takes its name first.
-    if (!json_->Keep()) return DiskRefuses(NpyJsonPathOf(path_));
-    if (file_->Keep()) return std::nullopt;
-    // NOLINTEND(bugprone-unchecked-optional-access)
-    if (!FileExists(path_)) DeleteFileNamed(NpyJsonPathOf(path_));
-    return DiskRefuses(path_);
+    const bool isDescribed = isWhole && json_ && WriteText(json_->Contents(), Json()) && json_->Keep();
+    if (!isDescribed) return DoneOr(false);
+    ExportFailure failure = Keep();
+    if (failure && !FileExists(Path())) DeleteFileNamed(NpyJsonPathOf(Path()));
+    return failure;
 }
 
 }  // namespace kelvo

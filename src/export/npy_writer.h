@@ -15,20 +15,16 @@ namespace kelvo {
 
 class NpyWriter final : public FrameSink {
   public:
-    NpyWriter(std::string path, bool replace) : path_(std::move(path)), replace_(replace) {}
+    using FrameSink::FrameSink;
     ExportFailure Begin(const ExportDescription& description) override;
     ExportFailure Add(const ExportedFrame& frame) override;
     ExportFailure End() override;
 
   private:
-    std::string WhyRefused() const;
     std::string Json() const;
 
-    std::string path_;
-    bool replace_;
     ExportDescription description_;
     std::vector<FrameTiming> timings_;
-    std::optional<NewFile> file_;
     std::optional<NewFile> json_;
 };
 

@@ -5,6 +5,7 @@
 #include <tiffio.h>
 
 #include <cstdio>
+#include <memory>
 
 namespace kelvo {
 
@@ -120,16 +121,13 @@ std::string TiffWriter::DescriptionOf(const ExportedFrame& frame) const
 ExportFailure TiffWriter::Begin(const ExportDescription& description)
 {
     description_ = description;
-    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
-    file_ = NewFile::Begin(path_);
-    if (!file_) return CantBeWritten(path_);
-    if (const std::string why = WhyTargetIsRefused(path_, replace_); !why.empty()) return why;
+    if (ExportFailure failure = BeginFile()) return failure;
     const auto pixelBytes = static_cast<std::int64_t>(description_.Pixels() * (description_.isFloat ? 4 : 2));
     const auto places = static_cast<std::int64_t>(BadPlacesJson(description_).size());
     const bool isBig = description_.frames * (pixelBytes + kBytesBesidePixels) + places > bigTiffFrom_;
-    stream_.file = &file_->Contents();
-    tiff_ = OpenStream(path_, isBig ? "wl8" : "wl", stream_);
-    return tiff_ != nullptr ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    stream_.file = &Contents();
+    tiff_ = OpenStream(Path(), isBig ? "wl8" : "wl", stream_);
+    return DoneOr(tiff_ != nullptr);
 }
 
 ExportFailure TiffWriter::Add(const ExportedFrame& frame)
@@ -142,14 +140,13 @@ ExportFailure TiffWriter::Add(const ExportedFrame& frame)
     const bool isWritten = DescribePage(tiff_, description_, text) &&
                            TIFFWriteRawStrip(tiff_, 0, pixels, static_cast<tmsize_t>(bytes.size())) >= 0 &&
                            TIFFWriteDirectory(tiff_) && !stream_.hasFailed;
-    return isWritten ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return DoneOr(isWritten);
 }
 
 ExportFailure TiffWriter::End()
 {
     Close();
-    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): Begin has made it
-    return !stream_.hasFailed && file_->Keep() ? std::nullopt : ExportFailure(DiskRefuses(path_));
+    return stream_.hasFailed ? DoneOr(false) : Keep();
 }
 
 }  // namespace kelvo

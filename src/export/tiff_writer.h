@@ -10,8 +10,6 @@
 #include "platform/files.h"
 
 #include <cstdint>
-#include <memory>
-#include <optional>
 #include <string>
 
 struct tiff;  // libtiff's
@@ -22,12 +20,10 @@ class TiffWriter final : public FrameSink {
   public:
     static constexpr std::int64_t kBigTiffFrom = 4'000'000'000;  // bytes, less than an offset of 32 bits reaches
     TiffWriter(std::string path, bool replace, std::int64_t bigTiffFrom = kBigTiffFrom)
-        : path_(std::move(path)), replace_(replace), bigTiffFrom_(bigTiffFrom)
+        : FrameSink(std::move(path), replace), bigTiffFrom_(bigTiffFrom)
     {
     }
     ~TiffWriter() override;
-    TiffWriter(const TiffWriter&) = delete;
-    TiffWriter& operator=(const TiffWriter&) = delete;
     ExportFailure Begin(const ExportDescription& description) override;
     ExportFailure Add(const ExportedFrame& frame) override;
     ExportFailure End() override;
@@ -43,11 +39,8 @@ class TiffWriter final : public FrameSink {
     std::string DescriptionOf(const ExportedFrame& frame) const;
     void Close();
 
-    std::string path_;
-    bool replace_;
     std::int64_t bigTiffFrom_;
     ExportDescription description_;
-    std::optional<NewFile> file_;
     Stream stream_;
     tiff* tiff_ = nullptr;
     bool isFirst_ = true;

@@ -320,6 +320,12 @@ class Exported(unittest.TestCase):
             (OUT / "folder").mkdir(exist_ok=True)
             self.expect_refused(["run.seq", "--frames=:1", "--force", "folder", "--to", name], "folder is a directory")
 
+    def test_a_recording_is_never_replaced_by_its_own_export(self):
+        (OUT / "link.seq").symlink_to("run.seq")
+        for out in ("run.seq", "./run.seq", "link.seq", "RUN.SEQ"):
+            for name in FORMATS:
+                self.expect_refused(["--force", "--to", name, "run.seq", out], f"{out} is the file that is exported")
+
     def test_what_was_made_is_told(self):
         code, out, error = run("--json", "--as=celsius", "--set=warm.cal", "run.seq", "x.npy")
         self.assertEqual(code, 0, error)
