@@ -1,5 +1,6 @@
 #include "export/mp4_writer.h"
 
+#include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
 
@@ -36,14 +37,11 @@ std::vector<std::string> CommandOf(const ExportDescription& description, const s
 
 ExportFailure Mp4Writer::Begin(const ExportDescription& description)
 {
-    if (description.isFloat) return path_ + " can't be made of values: a video shows counts";
-    const std::string refused = WhyTargetIsRefused(path_, replace_);
-    if (!refused.empty()) return refused;
+    if (description.isFloat) return Path() + " can't be made of values: a video shows counts";
     look_ = PictureLook::OnView();
     if (!look_ || !AllocateBlock(picture_, kColorBytes * description.Pixels())) return "No memory is left.";
-    file_ = NewFile::Begin(path_);
-    if (!file_) return CantBeWritten(path_);
-    ffmpeg_ = ChildProcess::Start(CommandOf(description, NewFile::NameBeside(path_)));
+    if (ExportFailure failure = BeginFile()) return failure;
+    ffmpeg_ = ChildProcess::Start(CommandOf(description, NewFile::NameBeside(Path())));
     if (!ffmpeg_) return "A video needs the program ffmpeg, which isn't installed";
     return std::nullopt;
 }
@@ -52,12 +50,12 @@ ExportFailure Mp4Writer::Begin(const ExportDescription& description)
 std::string Mp4Writer::Complaint()
 {
     const std::string last = ffmpeg_ ? ffmpeg_->LastError() : std::string();
-    return path_ + " can't be made: ffmpeg " + (last.empty() ? "has ended" : "says \"" + last + '"');
+    return Path() + " can't be made: ffmpeg " + (last.empty() ? "has ended" : "says \"" + last + '"');
 }
 
 ExportFailure Mp4Writer::Add(const ExportedFrame& frame)
 {
-    if (!look_ || !ffmpeg_ || frame.counts.size() * kColorBytes != picture_.size()) return DiskRefuses(path_);
+    if (!look_ || !ffmpeg_ || frame.counts.size() * kColorBytes != picture_.size()) return DoneOr(false);
     look_->Fill(frame.counts, picture_);
     if (ffmpeg_->Write(std::as_bytes(std::span(picture_)))) return std::nullopt;
     ffmpeg_->Finish();  // its last words
@@ -67,8 +65,7 @@ ExportFailure Mp4Writer::Add(const ExportedFrame& frame)
 ExportFailure Mp4Writer::End()
 {
     if (!ffmpeg_ || !ffmpeg_->Finish()) return Complaint();
-    if (!file_ || file_->Contents().Length() <= 0 || !file_->Keep()) return DiskRefuses(path_);
-    return std::nullopt;
+    return Contents().Length() > 0 ? Keep() : DoneOr(false);
 }
 
 }  // namespace kelvo

@@ -7,7 +7,6 @@
 #include "export/frame_sink.h"
 #include "export/picture_look.h"
 #include "platform/child_process.h"
-#include "platform/files.h"
 
 #include <cstdint>
 #include <optional>
@@ -18,7 +17,7 @@ namespace kelvo {
 
 class Mp4Writer final : public FrameSink {
   public:
-    Mp4Writer(std::string path, bool replace) : path_(std::move(path)), replace_(replace) {}
+    using FrameSink::FrameSink;
     // Counts alone. Also fails where there is no ffmpeg: "A video needs the program ffmpeg, which isn't installed".
     ExportFailure Begin(const ExportDescription& description) override;
     ExportFailure Add(const ExportedFrame& frame) override;
@@ -27,11 +26,8 @@ class Mp4Writer final : public FrameSink {
   private:
     std::string Complaint();
 
-    std::string path_;
-    bool replace_;
     std::optional<PictureLook> look_;
     std::vector<std::uint8_t> picture_;
-    std::optional<NewFile> file_;  // that ffmpeg writes
     std::optional<ChildProcess> ffmpeg_;
 };
 

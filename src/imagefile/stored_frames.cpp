@@ -41,7 +41,7 @@ StoredFrames::StoredFrames(std::string path, ForeignFrames foreign)
 
 bool StoredFrames::ReadHead(std::string& why)
 {
-    headerBytes_ = ReadHeaderOf(*file_, header_);
+    headerBytes_ = ReadHeaderOf(ImageFile(), header_);
     if (headerBytes_ > 0) RestoreSwappedHeader(header_);
     const bool hasSamples = header_.SampleBytes == kShortSamples || header_.SampleBytes == kFloatSamples;
     const bool isImage = headerBytes_ > 0 && hasSamples && header_.ImageHeaderDataOffset >= 0 &&
@@ -50,7 +50,7 @@ bool StoredFrames::ReadHead(std::string& why)
         why = "isn't an image file";
         return false;
     }
-    frames_ = std::clamp<std::int64_t>((file_->Length() - headerBytes_) / FrameRecordBytes(header_), 0,
+    frames_ = std::clamp<std::int64_t>((ImageFile().Length() - headerBytes_) / FrameRecordBytes(header_), 0,
                                        std::numeric_limits<std::int32_t>::max());
     header_.FrameCount = static_cast<std::uint32_t>(frames_);
     if (frames_ == 0) why = "holds no whole frame";
@@ -90,7 +90,8 @@ bool StoredFrames::ReadCounts(std::int64_t frame, std::span<std::int16_t> counts
         return false;
     }
     if (foreign_) return foreign_->ReadCounts(frame, counts, why);
-    const FrameRead read = ReadFrameRecord(*file_, header_, headerBytes_, static_cast<std::uint32_t>(frame), block_);
+    const FrameRead read =
+        ReadFrameRecord(ImageFile(), header_, headerBytes_, static_cast<std::uint32_t>(frame), block_);
     if (read != FrameRead::kComplete) {
         why = read == FrameRead::kNoMemory ? "needs more memory than is left" : "can't be read";
         return false;

@@ -51,6 +51,8 @@ class StoredFrames {
   private:
     StoredFrames(std::string path, File file) : path_(std::move(path)), file_(std::move(file)) {}
     StoredFrames(std::string path, ForeignFrames foreign);
+    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): one of the two is there, see below
+    File& ImageFile() { return *file_; }
     bool ReadHead(std::string& why);
     void ReadJournal();
 

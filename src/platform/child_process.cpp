@@ -48,6 +48,7 @@ std::optional<pid_t> Spawn(const std::vector<std::string>& words, int input, int
     actions.Hand(errors, STDERR_FILENO);
     std::vector<std::string> own = words;
     std::vector<char*> arguments;
+    arguments.reserve(own.size() + 1);
     for (std::string& word : own) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     pid_t process = -1;

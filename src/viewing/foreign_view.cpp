@@ -56,7 +56,6 @@ struct CopySource {
     std::int64_t modified = 0;  // seconds since 1970
     std::int64_t copyBytes = 0;
     std::string changes{};  // as ForeignFrames::Changes
-    friend bool operator==(const CopySource&, const CopySource&) = default;
 };
 
 std::string SourcePathOf(std::string_view copy)

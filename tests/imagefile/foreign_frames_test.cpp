@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 
 namespace kelvo {
 namespace {
@@ -25,12 +26,15 @@ class ForeignFiles : public ::testing::Test {
     static constexpr int kRows = 37;
     static constexpr int kColumns = 53;
 
-    void SetUp() override
+    // Once for all of these tests, which only read them: making them takes longer than the rest.
+    static void SetUpTestSuite()
     {
-        const std::string command = "/usr/bin/python3 " KELVO_MAKE_FOREIGN_FILES " " + directory_.Path();
+        directory = std::make_unique<TempDirectory>();
+        const std::string command = "/usr/bin/python3 " KELVO_MAKE_FOREIGN_FILES " " + directory->Path();
         ASSERT_EQ(std::system(command.c_str()), 0);
     }
-    std::string PathOf(const std::string& name) const { return directory_.Path() + "/" + name; }
+    static void TearDownTestSuite() { directory.reset(); }
+    static std::string PathOf(const std::string& name) { return directory->Path() + "/" + name; }
 
     // The same formulas as in the script.
     static int Signed(int frame, int row, int column) { return 1000 * frame + 20 * row + column - 1500; }
@@ -39,7 +43,7 @@ class ForeignFiles : public ::testing::Test {
     static int SignedFromBelow(int frame, int row, int column) { return Signed(frame, kRows - 1 - row, column); }
 
     using Sample = int (*)(int frame, int row, int column);
-    void ExpectFrames(const std::string& name, Sample sample, const std::string& changes) const
+    static void ExpectFrames(const std::string& name, Sample sample, const std::string& changes)
     {
         SCOPED_TRACE(name);
         std::string why;
@@ -75,7 +79,7 @@ class ForeignFiles : public ::testing::Test {
         EXPECT_EQ(counts, expected) << "frame " << frame;
     }
 
-    const TempDirectory directory_;
+    static inline std::unique_ptr<TempDirectory> directory;
 };
 
 TEST_F(ForeignFiles, GiveEachSampleAsOtherProgramsStoredIt)

@@ -404,6 +404,7 @@ TEST(HelpContexts, FollowTheCommands)
         {2213, 2210}};
         {2060, 2023}, {2061, 2023}, {2062, 2023}, {2070, 2014}, {2071, 1056}, {2240, 2240}};
         {2060, 2023}, {2061, 2023}, {2062, 2023}, {2070, 2014}, {2071, 1056}, {2220, 2220}, {2230, 2230}};
+        {2060, 2023}, {2061, 2023}, {2062, 2023}, {2070, 2014}, {2071, 1056}, {2200, 2200}};
     for (int command = 0; command < 3000; ++command) {
         const auto expected = contexts.find(command);
         EXPECT_EQ(HelpContextOf(command), expected == contexts.end() ? 0 : expected->second) << command;
