@@ -93,7 +93,7 @@ Failure ReadSource(const BatchArguments& taken, const char* degrees, const char*
 
 Failure ReadSources(const BatchArguments& taken, Request& request)
 {
-    request.low.path = *taken.Value("--low");
+    request.low.path = taken.Value("--low").value_or("");
     if (Failure failure = ReadSource(taken, "--tlow", "--elow", request.low)) return failure;
     if (const auto high = taken.Value("--high")) {
         request.high.emplace().path = *high;
@@ -113,7 +113,7 @@ Failure ReadRequest(const BatchArguments& taken, Request& request)
     if (!taken.files.empty()) return "files are named by --low, --high and --out alone, not " + taken.files.front();
     if (!taken.Value("--low") || !taken.Value("--out")) return "--low FILE and --out X.cal are needed";
     if (Failure failure = ReadSources(taken, request)) return failure;
-    request.out = *taken.Value("--out");
+    request.out = taken.Value("--out").value_or("");
     request.badList = taken.Value("--bad-list").value_or("");
     request.replaceBad = !taken.Has("--keep-bad");
     request.replaceNoisy = request.replaceBad && !taken.Has("--keep-noisy");
@@ -250,9 +250,13 @@ std::optional<GatheredSource> Gather(const Request& request, const Source& sourc
                                      const CameraConfig& config, std::string& why)
 {
     std::optional<StoredFrames> frames = StoredFrames::Open(source.path, why);
+    if (!frames) {
+        why = source.path + ' ' + why;
+        return std::nullopt;
+    }
     GatheredSource gathered;
     gathered.temperatureC = source.temperatureC;
-    Failure failure = frames ? WhyNotRaw(*frames, config, request.camera) : Failure(why);
+    Failure failure = WhyNotRaw(*frames, config, request.camera);
     if (!failure) failure = AddFrames(*frames, request, which, gathered);
     if (!failure) return gathered;
     why = source.path + ' ' + *failure;

@@ -274,7 +274,9 @@ int InfoCommand(std::span<const std::string> arguments)
             code = TellBatchFailure(kWord, path + ' ' + why);
             continue;
         }
-        const std::string told = taken.Has("--json") ? InfoJson(*frames) + '\n' : path + '\n' + InfoText(*frames);
+        std::string told = taken.Has("--json") ? InfoJson(*frames) : path;
+        told += '\n';
+        if (!taken.Has("--json")) told += InfoText(*frames);
         std::fputs(told.c_str(), stdout);
     }
     return code;

@@ -10,7 +10,7 @@ namespace kelvo {
 // output, frames in order; lines that were written before a frame couldn't be read stand.
 //
 // Values are those of regions/region_measure.h and regions/region_value.h: a mean and a deviation in double, least and
-// most as single. Two threads share the frames, so that it goes as fast as the file is read.
+// most as single. Two threads share the frames, so that it goes about as fast as a disk delivers the file.
 int StatsCommand(std::span<const std::string> arguments);
 
 }  // namespace kelvo

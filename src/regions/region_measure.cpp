@@ -12,6 +12,32 @@ namespace {
 
 __extension__ using Wide = __int128;  // n S2 of a frame of 2^30 pixels
 
+// So many counts that their sum, and the sums of either half of their squares, fit 32 bits: the processor adds several
+// at once then.
+constexpr std::size_t kBlock = 16384;
+
+struct BlockSums {
+    std::int32_t sum = 0;
+    std::uint32_t lowHalves = 0;  // of the squares, 16 bits each
+    std::uint32_t highHalves = 0;
+    std::int16_t least = std::numeric_limits<std::int16_t>::max();
+    std::int16_t most = std::numeric_limits<std::int16_t>::min();
+};
+
+BlockSums SumsOf(std::span<const std::int16_t> counts)
+{
+    BlockSums sums;
+    for (const std::int16_t count : counts) {
+        const auto square = static_cast<std::uint32_t>(std::int32_t{count} * count);
+        sums.sum += count;
+        sums.lowHalves += square & 0xFFFFU;
+        sums.highHalves += square >> 16U;
+        sums.least = std::min(sums.least, count);
+        sums.most = std::max(sums.most, count);
+    }
+    return sums;
+}
+
 // The measuring of one frame, stretch by stretch: pixels of one row that lie beside one another and all count.
 class Measurement {
   public:
@@ -22,6 +48,7 @@ class Measurement {
           hasRaw_(!options.raw.empty() && !options.decomList.empty())
     {
         if (options.countsAreRaw || hasRaw_) figures_.saturated = 0;
+        if (options.sources) figures_.outsideSources = 0;
     }
 
     void AddRun(const PixelRun& run)
@@ -44,7 +71,6 @@ class Measurement {
 
     RegionFigures Figures()
     {
-        if (options_.sources) figures_.outsideSources = outside_;
         const std::size_t n = figures_.pixels;
         if (n == 0) return figures_;
         figures_.mean = static_cast<double>(figures_.sum) / static_cast<double>(n);
@@ -70,12 +96,12 @@ class Measurement {
         std::int64_t squares = 0;
         std::int16_t least = std::numeric_limits<std::int16_t>::max();
         std::int16_t most = std::numeric_limits<std::int16_t>::min();
-        for (const std::int16_t count : counts) {
-            sum += count;
-            const std::int32_t square = std::int32_t{count} * count;
-            squares += square;
-            least = std::min(least, count);
-            most = std::max(most, count);
+        for (std::size_t at = 0; at < counts.size(); at += kBlock) {
+            const BlockSums block = SumsOf(counts.subspan(at, std::min(kBlock, counts.size() - at)));
+            sum += block.sum;
+            squares += (std::int64_t{block.highHalves} << 16) + block.lowHalves;
+            least = std::min(least, block.least);
+            most = std::max(most, block.most);
         }
         if (figures_.pixels == 0 || least < figures_.least.count) figures_.least = FirstOf(least, start, counts);
         if (figures_.pixels == 0 || most > figures_.most.count) figures_.most = FirstOf(most, start, counts);
@@ -83,7 +109,7 @@ class Measurement {
         figures_.sum += sum;
         squares_ += squares;
         if (figures_.saturated) *figures_.saturated += SaturatedIn(start, counts);
-        if (options_.sources) outside_ += OutsideSources(*options_.sources, counts, least, most);
+        if (figures_.outsideSources) *figures_.outsideSources += OutsideSources(counts, least, most);
     }
 
     PixelCount FirstOf(std::int16_t count, std::size_t start, std::span<const std::int16_t> counts) const
@@ -104,9 +130,9 @@ class Measurement {
         return saturated;
     }
 
-    static std::size_t OutsideSources(const CountRange& sources, std::span<const std::int16_t> counts,
-                                      std::int16_t least, std::int16_t most)
+    std::size_t OutsideSources(std::span<const std::int16_t> counts, std::int16_t least, std::int16_t most) const
     {
+        const CountRange sources = *options_.sources;
         if (least >= sources.low && most <= sources.high) return 0;
         return static_cast<std::size_t>(
             std::ranges::count_if(counts, [&](std::int16_t c) { return c < sources.low || c > sources.high; }));
@@ -118,7 +144,6 @@ class Measurement {
     bool hasRaw_;
     RegionFigures figures_;
     std::int64_t squares_ = 0;  // at most 2^30 each
-    std::size_t outside_ = 0;   // of the sources
 };
 
 }  // namespace
