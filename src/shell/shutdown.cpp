@@ -12,6 +12,7 @@
 #include "record/external_signal.h"
 #include "record/recorder_window.h"
 #include "record/what_records.h"
+#include "shell/script_recording.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
@@ -79,6 +80,7 @@ void ShutDown()
 {
     if (shutDown) return;  // a quit that is under way is not begun again by the window's end
     shutDown = true;
+    KeepScriptRecording();
     EndWhatRecords();
     CloseRecorderWindow();
     KeepState();
