@@ -2,6 +2,7 @@
 
 #include "platform/end_request.h"
 #include "platform/icons.h"
+#include "platform/operator_acts.h"
 #include "platform/qt_window.h"
 #include "platform/text.h"
 #include "platform/transcript.h"
@@ -141,6 +142,7 @@ class Box {
             return static_cast<QAbstractButton*>(entryOf.second);
         });
         if (pressed == buttons_.end()) return std::nullopt;
+        TellOperatorAct({.kind = OperatorAct::Kind::kAnswer, .value = static_cast<int>(pressed->first)});
         return pressed->first;
     }
 

@@ -2,6 +2,7 @@
 
 #include "platform/controls.h"
 #include "platform/faults.h"
+#include "platform/operator_acts.h"
 #include "platform/qt_dialog.h"
 #include "platform/transcript.h"
 
@@ -53,10 +54,12 @@ class DialogWindow : public QDialog {
     {
         switch (event->key()) {
             case Qt::Key_Escape:
+                TellKey("Escape");
                 SendCancel();
                 break;
             case Qt::Key_F1:
-                if (!event->isAutoRepeat()) SendControlCommand(handle, kIdHelp, kButtonClicked);
+                if (!event->isAutoRepeat())
+                    SendControlCommand(handle, kIdHelp, kButtonClicked);  // no act: it only explains
                 break;
             case Qt::Key_Return:
             case Qt::Key_Enter:
@@ -73,10 +76,37 @@ class DialogWindow : public QDialog {
         event->ignore();
         const DialogData* record = DialogOf(handle);
         if (record == nullptr || record->ended) return;
+        if (IsInFront()) {
+            TellOperatorAct({.kind = OperatorAct::Kind::kCancel});
+        } else {
+            TellClosed();
+        }
         if (SendMessage(handle, WM_CLOSE, 0, 0) == 0) SendCancel();
     }
 
   private:
+    bool IsInFront() const
+    {
+        const ModalEntry* const front = FrontModal();
+        return front != nullptr && front->dialog == handle;
+    }
+
+    // Of a window that stays open, the button says it as well.
+    void TellClosed() const
+    {
+        if (ControlOf(handle, kIdCancel) == nullptr) return;
+        TellOperatorAct({.kind = OperatorAct::Kind::kPress, .id = kIdCancel, .window = DialogName(handle)});
+    }
+
+    void TellKey(const char* name) const
+    {
+        if (IsInFront()) {
+            TellOperatorAct({.kind = OperatorAct::Kind::kKey, .text = name});
+        } else {
+            TellClosed();
+        }
+    }
+
     void SendCancel()
     {
         const QWidget* cancel = ControlOf(handle, kIdCancel);
@@ -90,6 +120,7 @@ class DialogWindow : public QDialog {
             button->click();
             return;
         }
+        TellKey("Return");
         accept();
     }
 };

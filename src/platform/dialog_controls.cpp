@@ -1,6 +1,7 @@
 // What a dialog's controls tell its procedure, and the operations that read and set them by number.
 
 #include "platform/controls.h"
+#include "platform/operator_acts.h"
 #include "platform/qt_dialog.h"
 #include "platform/text.h"
 
@@ -24,6 +25,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace kelvo {
 
@@ -32,6 +34,52 @@ namespace {
 constexpr const char* kWarnsProperty = "warns";
 const QColor kWarningOnLight(0xB3, 0x1D, 0x1D);
 const QColor kWarningOnDark(0xFF, 0x8A, 0x7A);
+
+// --- Acts ---------------------------------------------------------------------------------------------------------
+
+using ActKind = OperatorAct::Kind;
+
+void TellAct(HWND dialog, ActKind kind, int id, int value = 0, std::string_view text = {})
+{
+    const DialogData* data = DialogOf(dialog);
+    if (data == nullptr || data->ended) return;
+    const ModalEntry* const front = FrontModal();
+    const bool inFront = front != nullptr && front->dialog == dialog;
+    TellOperatorAct({.kind = kind,
+                     .id = id,
+                     .value = value,
+                     .text = std::string(text),
+                     .window = inFront ? std::string() : data->name});
+}
+
+// A radio button is pressed, whatever it was before; of what turns over it counts where it is turned to.
+void TellClicked(HWND dialog, int id, const QAbstractButton& button)
+{
+    if (button.isCheckable() && !button.autoExclusive()) {
+        TellAct(dialog, ActKind::kCheck, id, button.isChecked() ? 1 : 0);
+    } else {
+        TellAct(dialog, ActKind::kPress, id);
+    }
+}
+
+// While one lives a text changes by the program, not by the operator.
+int programEdits = 0;
+class ProgramEdit {
+  public:
+    ProgramEdit() { ++programEdits; }
+    ~ProgramEdit() { --programEdits; }
+    ProgramEdit(const ProgramEdit&) = delete;
+    ProgramEdit& operator=(const ProgramEdit&) = delete;
+};
+
+void TellTyped(HWND dialog, int id, const QWidget& edit)
+{
+    QString text;
+    if (const auto* line = qobject_cast<const QLineEdit*>(&edit)) text = line->text();
+    if (const auto* spin = qobject_cast<const QSpinBox*>(&edit)) text = spin->cleanText();
+    if (const auto* plain = qobject_cast<const QPlainTextEdit*>(&edit)) text = plain->toPlainText();
+    TellAct(dialog, ActKind::kSet, id, 0, FromQString(text));
+}
 
 // --- Messages -----------------------------------------------------------------------------------------------------
 
@@ -82,7 +130,9 @@ class ControlWatcher : public QObject {
         const auto* found = std::find_if(kScrollKeys.begin(), kScrollKeys.end(),
                                          [key](const ScrollKey& entry) { return entry.key == key; });
         if (found == kScrollKeys.end()) return false;
+        const QPointer<const QAbstractSlider> alive = &slider;
         SendScroll(dialog_, id_, slider.orientation(), found->code, slider.value());
+        if (alive) TellAct(dialog_, ActKind::kScroll, id_, alive->value());
         return true;
     }
 
@@ -117,8 +167,11 @@ void HandleSliderAction(HWND dialog, int id, QAbstractSlider* slider, int action
     const ScrollCode code = CodeOf(action);
     if (code != ScrollCode::kThumbTrack) slider->setSliderPosition(slider->value());
     const int position = slider->sliderPosition();
-    SendScroll(dialog, id, slider->orientation(), code, position);
     const bool wheel = code == ScrollCode::kThumbTrack && !slider->isSliderDown();
+    if (wheel) TellAct(dialog, ActKind::kScroll, id, position);
+    const QPointer<const QAbstractSlider> alive = slider;
+    SendScroll(dialog, id, slider->orientation(), code, position);
+    if (alive && code != ScrollCode::kThumbTrack) TellAct(dialog, ActKind::kScroll, id, alive->value());
     if (wheel) SendScroll(dialog, id, slider->orientation(), ScrollCode::kThumbPosition, position);
 }
 
@@ -127,6 +180,7 @@ void ConnectSlider(HWND dialog, int id, QAbstractSlider* slider)
     QObject::connect(slider, &QAbstractSlider::actionTriggered, slider,
                      [dialog, id, slider](int action) { HandleSliderAction(dialog, id, slider, action); });
     QObject::connect(slider, &QAbstractSlider::sliderReleased, slider, [dialog, id, slider] {
+        TellAct(dialog, ActKind::kScroll, id, slider->sliderPosition());
         SendScroll(dialog, id, slider->orientation(), ScrollCode::kThumbPosition, slider->sliderPosition());
     });
     new ControlWatcher(dialog, id, slider);
@@ -134,15 +188,24 @@ void ConnectSlider(HWND dialog, int id, QAbstractSlider* slider)
 
 void ConnectList(HWND dialog, int id, QListWidget* list)
 {
-    QObject::connect(list, &QListWidget::currentRowChanged, list,
-                     [dialog, id] { SendControlCommand(dialog, id, kSelectionChanged); });
-    QObject::connect(list, &QListWidget::itemDoubleClicked, list,
-                     [dialog, id] { SendControlCommand(dialog, id, kDoubleClicked); });
+    QObject::connect(list, &QListWidget::currentRowChanged, list, [dialog, id](int row) {
+        TellAct(dialog, ActKind::kPick, id, row);
+        SendControlCommand(dialog, id, kSelectionChanged);
+    });
+    QObject::connect(list, &QListWidget::itemDoubleClicked, list, [dialog, id] {
+        TellAct(dialog, ActKind::kPress, id);
+        SendControlCommand(dialog, id, kDoubleClicked);
+    });
 }
 
 void ConnectEdit(HWND dialog, int id, QWidget* edit)
 {
-    const auto changed = [dialog, id] { SendControlCommand(dialog, id, kEditChanged); };
+    const auto changed = [dialog, id, edit] {
+        if (programEdits == 0) TellTyped(dialog, id, *edit);
+        const int edits = std::exchange(programEdits, 0);  // what comes of it may put a box before the operator
+        SendControlCommand(dialog, id, kEditChanged);
+        programEdits = edits;
+    };
     if (auto* line = qobject_cast<QLineEdit*>(edit)) QObject::connect(line, &QLineEdit::textChanged, line, changed);
     if (auto* spin = qobject_cast<QSpinBox*>(edit)) QObject::connect(spin, &QSpinBox::textChanged, spin, changed);
     if (auto* plain = qobject_cast<QPlainTextEdit*>(edit)) {
@@ -281,23 +344,35 @@ class ListControl {
 void ConnectControl(HWND dialog, int id, QWidget* control)
 {
     if (auto* button = qobject_cast<QAbstractButton*>(control)) {
-        QObject::connect(button, &QAbstractButton::clicked, button,
-                         [dialog, id] { SendControlCommand(dialog, id, kButtonClicked); });
+        QObject::connect(button, &QAbstractButton::clicked, button, [dialog, id, button] {
+            TellClicked(dialog, id, *button);
+            SendControlCommand(dialog, id, kButtonClicked);
+        });
     } else if (auto* slider = qobject_cast<QAbstractSlider*>(control)) {
         ConnectSlider(dialog, id, slider);
     } else if (auto* combo = qobject_cast<QComboBox*>(control)) {
-        QObject::connect(combo, &QComboBox::activated, combo,
-                         [dialog, id] { SendControlCommand(dialog, id, kSelectionChanged); });
+        QObject::connect(combo, &QComboBox::activated, combo, [dialog, id](int index) {
+            TellAct(dialog, ActKind::kPick, id, index);
+            SendControlCommand(dialog, id, kSelectionChanged);
+        });
+        if (const QLineEdit* const line = combo->lineEdit()) {
+            QObject::connect(line, &QLineEdit::textEdited, line, [dialog, id, line] { TellTyped(dialog, id, *line); });
+        }
     } else if (auto* list = qobject_cast<QListWidget*>(control)) {
         ConnectList(dialog, id, list);
     } else if (IsEdit(control)) {
         ConnectEdit(dialog, id, control);
     } else if (auto* fourWay = dynamic_cast<FourWayButton*>(control)) {
-        fourWay->onPressed = [dialog, id](int direction) { SendControlCommand(dialog, id, direction); };
+        fourWay->onPressed = [dialog, id](int direction) {
+            TellAct(dialog, ActKind::kPress, id, direction);
+            SendControlCommand(dialog, id, direction);
+        };
     } else if (auto* stepper = dynamic_cast<ZoomStepper*>(control)) {
         stepper->onStep = [dialog, id, stepper](bool plus) {
+            const QPointer<const ZoomStepper> alive = stepper;
             SendScroll(dialog, id, Qt::Vertical, plus ? ScrollCode::kLineUp : ScrollCode::kLineDown,
                        stepper->Position());
+            if (alive) TellAct(dialog, ActKind::kScroll, id, alive->Position());
         };
     }
 }
@@ -306,6 +381,7 @@ void ConnectControl(HWND dialog, int id, QWidget* control)
 
 void SetDlgItemText(HWND dialog, int id, std::string_view text)
 {
+    const ProgramEdit byTheProgram;
     QWidget* control = ControlOf(dialog, id);
     const QString shown = ToQString(text);
     if (auto* label = qobject_cast<QLabel*>(control)) label->setText(shown);
@@ -330,6 +406,7 @@ std::string GetDlgItemText(HWND dialog, int id)
 
 void AppendDlgItemText(HWND dialog, int id, std::string_view text)
 {
+    const ProgramEdit byTheProgram;
     constexpr int kLinesKept = 10000;
     auto* plain = ControlAs<QPlainTextEdit>(dialog, id);
     if (plain == nullptr) return;
@@ -444,6 +521,7 @@ int FocusedDlgItem(HWND dialog)
 
 void SetScrollRange(HWND dialog, int id, int minimum, int maximum)
 {
+    const ProgramEdit byTheProgram;
     QWidget* control = ControlOf(dialog, id);
     const QSignalBlocker quiet(control);
     if (auto* slider = qobject_cast<QAbstractSlider*>(control)) slider->setRange(minimum, maximum);
@@ -454,6 +532,7 @@ void SetScrollRange(HWND dialog, int id, int minimum, int maximum)
 
 void SetScrollPos(HWND dialog, int id, int position)
 {
+    const ProgramEdit byTheProgram;
     QWidget* control = ControlOf(dialog, id);
     if (auto* slider = qobject_cast<QAbstractSlider*>(control)) slider->setValue(position);
     if (auto* spin = qobject_cast<QSpinBox*>(control)) spin->setValue(position);

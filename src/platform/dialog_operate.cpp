@@ -139,6 +139,10 @@ bool OperatePress(HWND dialog, int id, int direction)
 {
     QWidget* control = Reachable(dialog, id);
     if (auto* fourWay = dynamic_cast<FourWayButton*>(control)) return fourWay->Click(direction);
+    if (auto* list = qobject_cast<QListWidget*>(control); list != nullptr && list->currentItem() != nullptr) {
+        Q_EMIT list->itemDoubleClicked(list->currentItem());
+        return true;
+    }
     auto* button = qobject_cast<QAbstractButton*>(control);
     if (button == nullptr) return false;
     button->click();

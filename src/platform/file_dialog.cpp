@@ -4,6 +4,7 @@
 #include "platform/box.h"
 #include "platform/faults.h"
 #include "platform/files.h"
+#include "platform/operator_acts.h"
 #include "platform/qt_window.h"
 #include "platform/text.h"
 #include "platform/transcript.h"
@@ -187,7 +188,7 @@ class FileDialog : public QFileDialog {
     bool Choose(const std::vector<std::string>& names)
     {
         if (names.empty() || (names.size() > 1 && request_.mode != FileDialogMode::kOpenMany)) return false;
-        if (!Listed(names)) TakePaths(WholePaths(names));
+        Take(names);
         return true;
     }
 
@@ -213,10 +214,24 @@ class FileDialog : public QFileDialog {
             return;
         }
         const std::vector<std::string> names = TypedNames(field->text());
-        if (!Listed(names)) TakePaths(WholePaths(names));
+        Take(names);
+    }
+
+    void reject() override
+    {
+        if (!QuitPosted()) TellOperatorAct({.kind = OperatorAct::Kind::kCancel});
+        QFileDialog::reject();
     }
 
   private:
+    void Take(const std::vector<std::string>& names)
+    {
+        if (names.empty() || asking_) return;
+        const std::vector<std::string> paths = WholePaths(names);
+        TellOperatorAct({.kind = OperatorAct::Kind::kChoose, .paths = paths});
+        if (!Listed(names)) TakePaths(paths);
+    }
+
     // A pattern is the filter's business.
     std::string OfferedName() const { return IsPattern(request_.name) ? std::string() : request_.name; }
 
@@ -294,6 +309,7 @@ std::vector<std::string> RunNative(FileDialog& dialog, const FileDialogRequest& 
         const QStringList selected = dialog.selectedFiles();
         std::vector<std::string> paths(static_cast<std::size_t>(selected.size()));
         std::transform(selected.begin(), selected.end(), paths.begin(), FromQPath);
+        TellOperatorAct({.kind = OperatorAct::Kind::kChoose, .paths = paths});
         std::vector<std::string> checked = CheckedPaths(request, std::move(paths));
         if (!checked.empty()) return checked;
     }

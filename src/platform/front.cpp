@@ -3,6 +3,7 @@
 #include "platform/front.h"
 
 #include "platform/dialog.h"
+#include "platform/operator_acts.h"
 #include "platform/qt_window.h"
 
 #include <QApplication>
@@ -151,6 +152,21 @@ HWND StripNamed(std::string_view name)
         if (strip->widget && !strip->widget->isHidden() && DialogName(strip) == name) return strip;
     }
     return nullptr;
+}
+
+HWND OpenDialogNamed(std::string_view name)
+{
+    for (HWND dialog : WindowsOfKind(WindowKind::kDialog)) {
+        const bool modeless = dialog->widget && !dialog->widget->isModal() && dialog->widget->isVisible();
+        if (modeless && DialogName(dialog) == name) return dialog;
+    }
+    return nullptr;
+}
+
+void OperateCommand(HWND window, int id)
+{
+    TellOperatorAct({.kind = OperatorAct::Kind::kCommand, .id = id});
+    SendMessage(window, WM_COMMAND, static_cast<WPARAM>(id), 0);
 }
 
 bool PressBoxButton(Button button)

@@ -34,6 +34,8 @@ std::optional<FrontFileDialog> FileDialogInFront();
 HWND DialogInFront();  // null: none
 // A strip of controls of the main window (CreateStrip, CreateDockedPanel) that is shown; null: none of that name.
 HWND StripNamed(std::string_view name);
+// A dialog that stays open beside the main window (CreateModelessDialog); null: none of that name is shown.
+HWND OpenDialogNamed(std::string_view name);
 
 // A box, file selection or dialog is open, in front or not.
 bool ModalIsOpen();
@@ -60,7 +62,8 @@ bool OperateText(HWND dialog, int id, std::string_view text);
 bool OperateCheck(HWND dialog, int id, bool on);
 bool OperatePick(HWND dialog, int id, int index);
 bool OperateScroll(HWND dialog, int id, int position);
-void OperateClose(HWND dialog);  // its window's own close button
+void OperateCommand(HWND window, int id);  // WM_COMMAND, as the menu sends it
+void OperateClose(HWND dialog);            // its window's own close button
 
 // Keys and mouse in the main window and its open menu, logical pixels of its client area. button: 0 move, 1 left, 2
 // right, 3 middle, 4 left double click, 5 wheel up, 6 wheel down, 7 middle pressed and held over the next calls, 8
@@ -87,7 +90,7 @@ std::optional<Rect> PlaceOfWindow(std::string_view title);   // its client area;
 // not run a loop itself; it posts what is to be done (PostAction). Null takes it off.
 // One hook stands for each user: who sits in front (the script of the start, a test), and a script that runs beside
 // him.
-enum class IdleUser { kInFront, kBeside };
+enum class IdleUser { kInFront, kBeside, kRecorder };
 void SetIdleHook(std::function<void()> hook, IdleUser user = IdleUser::kInFront);
 // Runs the action from the event loop, once, as an event of its own.
 void PostAction(std::function<void()> action);

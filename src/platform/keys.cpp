@@ -1,5 +1,6 @@
 // Keys: which are down, accelerators before all else, help in an open menu, and the names that scripts give them.
 
+#include "platform/operator_acts.h"
 #include "platform/qt_window.h"
 
 #include <QAbstractButton>
@@ -166,6 +167,7 @@ class KeyWatch : public QObject {
         QAction* const highlighted = ChosenFor(*menu);
         if (!highlighted || highlighted->isSeparator()) return true;
         SendMessage(window, WM_ENTERIDLE, 2, 0);
+        const NotTheOperator onlyExplained;
         if (highlighted->isEnabled()) {
             StrikeKey(menu, {Qt::Key_Return, Qt::NoModifier, {}});
         } else if (KeyIsDown(Key::kF1)) {  // the window has heard of it
@@ -183,7 +185,7 @@ class KeyWatch : public QObject {
         if (!command || IsTypedInto(&widget, key) || IsForControl(&widget, key)) return false;
         if (IsOneOf(kListKeys, &widget, key)) return false;
         if (IsOneOf(kKeysBesideList, &widget, key)) return true;
-        SendMessage(window, WM_COMMAND, static_cast<WPARAM>(*command), 0);
+        OperateCommand(window, *command);
         return true;
     }
 };

@@ -110,7 +110,10 @@ class Turns : public QObject {
     bool IsHeld() const { return held_ > 0; }
     bool HookIsSet() const
     {
-        return std::ranges::any_of(hooks_, [](const auto& hook) { return static_cast<bool>(hook); });
+        const auto isSet = [this](IdleUser user) {
+            return static_cast<bool>(hooks_.at(static_cast<std::size_t>(user)));
+        };
+        return isSet(IdleUser::kInFront) || isSet(IdleUser::kBeside);
     }
     bool QuitIsPosted() const { return quitPosted_; }
 
@@ -279,7 +282,7 @@ class Turns : public QObject {
     std::uint64_t eventsAtLastBlock_ = 0;
     std::uint64_t eventsAtRest_ = 0;  // with no event since then there is nothing to do
 
-    std::array<std::function<void()>, 2> hooks_;  // by IdleUser
+    std::array<std::function<void()>, 3> hooks_;  // by IdleUser
     std::size_t owed_ = 0;                        // timers that fire before the hook's next turn
     bool hooksTurn_ = false;                      // they have fired
     std::int64_t askedAtUs_ = -1;

@@ -84,7 +84,7 @@ void Choose(HWND window, int id)
             if (concerned) item.action->setChecked(item.checked);
         }
     }
-    SendMessage(window, WM_COMMAND, static_cast<WPARAM>(id), 0);
+    OperateCommand(window, id);
 }
 
 QAction* AddItem(HWND window, QMenu& menu, QAction* before, const MenuEntry& entry)

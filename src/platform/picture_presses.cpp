@@ -1,6 +1,7 @@
 // A modal dialog that takes presses on the picture. The toolkit drops them on their way to a blocked window; so for
 // such a dialog it blocks nothing, and what a modal dialog keeps away is kept away here.
 
+#include "platform/operator_acts.h"
 #include "platform/qt_dialog.h"
 
 #include <QApplication>
@@ -81,6 +82,7 @@ class PictureGate : public QObject {
         const Rect area = PictureArea(*main);
         if (at.x() < area.left || at.x() >= area.right || at.y() < area.top || at.y() >= area.bottom) return;
         const Point place = ToSurface(*main, {at.x(), at.y()});
+        TellOperatorAct({.kind = OperatorAct::Kind::kMouse, .value = 1, .place = {at.x(), at.y()}});
         SendMessage(dialog_, WM_LBUTTONDOWN, 0, static_cast<LPARAM>(MakeLong(place.x, place.y)));
     }
 

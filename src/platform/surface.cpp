@@ -1,6 +1,7 @@
 // The widget behind each window that paints: it keeps the surface, shows a copy of it, and turns what the operator does
 // there into messages.
 
+#include "platform/operator_acts.h"
 #include "platform/qt_window.h"
 
 #include <QDragEnterEvent>
@@ -15,7 +16,9 @@
 #include <QUrl>
 #include <QWheelEvent>
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace kelvo {
@@ -82,6 +85,15 @@ struct ButtonMessage {
 };
 constexpr ButtonMessage kPressMessages[] = {
     {Qt::LeftButton, WM_LBUTTONDOWN}, {Qt::RightButton, WM_RBUTTONDOWN}, {Qt::MiddleButton, WM_MBUTTONDOWN}};
+
+// The numbers that OperateMouse has for what comes as a message; a turn of the wheel downward has the next one.
+struct MouseDeed {
+    std::uint32_t message;
+    int button;
+};
+constexpr MouseDeed kMouseDeeds[] = {{WM_MOUSEMOVE, 0},     {WM_LBUTTONDOWN, 1}, {WM_RBUTTONDOWN, 2},
+                                     {WM_LBUTTONDBLCLK, 4}, {WM_MOUSEWHEEL, 5},  {WM_MBUTTONDOWN, 7},
+                                     {WM_MBUTTONUP, 8}};
 
 class SurfaceWidget : public QWidget {
   public:
@@ -195,6 +207,7 @@ class SurfaceWidget : public QWidget {
         std::vector<std::string> paths = LocalPaths(*event->mimeData());
         if (paths.empty()) return;
         event->acceptProposedAction();
+        TellOperatorAct({.kind = OperatorAct::Kind::kDrop, .paths = paths});
         droppedFiles = std::move(paths);
         // The program that the files come from waits for the end of the drop: it must not wait for our dialogs.
         if (HWND window = Handle()) PostMessage(window, WM_DROPFILES, 0, 0);
@@ -203,7 +216,12 @@ class SurfaceWidget : public QWidget {
     void keyPressEvent(QKeyEvent* event) override
     {
         const std::optional<Key> key = KeyOf(event->key());
-        if (HWND window = Handle(); window && key) SendMessage(window, WM_KEYDOWN, static_cast<WPARAM>(*key), 0);
+        if (HWND window = Handle(); window && key) {
+            if (window->kind == WindowKind::kMain && *key == Key::kEscape) {
+                TellOperatorAct({.kind = OperatorAct::Kind::kKey, .text = "Escape"});
+            }
+            SendMessage(window, WM_KEYDOWN, static_cast<WPARAM>(*key), 0);
+        }
         QWidget::keyPressEvent(event);
     }
 
@@ -237,6 +255,14 @@ class SurfaceWidget : public QWidget {
         holdsMiddle_ = false;
     }
 
+    static void TellMouse(std::uint32_t message, QPoint at, WPARAM wParam)
+    {
+        const auto* const deed = std::ranges::find(kMouseDeeds, message, &MouseDeed::message);
+        if (deed == std::end(kMouseDeeds)) return;
+        const bool down = message == WM_MOUSEWHEEL && SignedHighWord(wParam) < 0;
+        TellOperatorAct({.kind = OperatorAct::Kind::kMouse, .value = deed->button + down, .place = {at.x(), at.y()}});
+    }
+
     // What happens over a child is the child's, also where the toolkit hands it on to the parent.
     void SendMouse(std::uint32_t message, QPoint at, WPARAM wParam)
     {
@@ -244,6 +270,7 @@ class SurfaceWidget : public QWidget {
         if (!window || (!holdsMiddle_ && childAt(at))) return;
         const QPoint screen = mapToGlobal(at);
         NotePointer({screen.x(), screen.y()});
+        if (window->kind == WindowKind::kMain) TellMouse(message, at, wParam);
         const Point surface = ToSurface(*window, {at.x(), at.y()});
         SendMessage(window, message, wParam, static_cast<LPARAM>(MakeLong(surface.x, surface.y)));
     }

@@ -2,6 +2,7 @@
 
 #include "platform/application.h"
 #include "platform/faults.h"
+#include "platform/operator_acts.h"
 #include "platform/qt_window.h"
 #include "platform/transcript.h"
 #include "platform/window_place.h"
@@ -71,6 +72,7 @@ class MainFrame : public QMainWindow {
     void closeEvent(QCloseEvent* event) override
     {
         event->ignore();
+        TellOperatorAct({.kind = OperatorAct::Kind::kClose});
         if (HWND window = WindowOf(this)) SendMessage(window, WM_CLOSE, 0, 0);
     }
 };

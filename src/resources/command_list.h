@@ -187,6 +187,7 @@ inline constexpr CommandRow kAll[] = {
     Submenu("&Scripts"),
     Item(kCmdScriptWindow, "Script &window", kHelpScripts),
     Item(kCmdScriptStop, "S&top the script", kHelpScripts),
+    Check(kCmdScriptRecord, "&Record...", kHelpScripts),
     kLine,
     List(kCmdScriptFirst),
     kSubmenuEnd,

@@ -107,6 +107,7 @@ constexpr int kCmdRecorderTrigger = 2061;
 constexpr int kCmdRecorderMark = 2062;
 constexpr int kCmdScriptWindow = 2251;
 constexpr int kCmdScriptStop = 2252;
+constexpr int kCmdScriptRecord = 2253;
 constexpr int kCmdScriptFirst = 2300;  // to 2363; 2364 tells of more
 constexpr int kScriptCount = 64;
 constexpr int kCmdDifference = 2220;

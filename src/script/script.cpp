@@ -9,6 +9,7 @@
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "script/script_engine.h"
+#include "script/script_recorder.h"
 #include "state/windows.h"
 
 #include <lua.hpp>
@@ -719,6 +720,7 @@ int FinishScript(int programExitCode)
 void NoteScriptFrame()
 {
     using namespace script;
+    NoteRecordedFrame();
     if (engine.framesToGo == 0) return;
     if (--engine.framesToGo > 0) {
         SetTimer(engine.timerWindow, kTimer, kFrameLimitMs);

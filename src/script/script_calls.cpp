@@ -165,7 +165,7 @@ std::string SendCommand(int id)
     if (!hWndMain || SomethingModalInFront()) return ButScreenShows(command + " can't be reached");
     const auto item = GetMenuItem(hWndMain, id);
     if (item && !item->enabled) return command + " is disabled in the menu";
-    SendMessage(hWndMain, WM_COMMAND, MakeLong(id, 0), 0);
+    OperateCommand(hWndMain, id);
     return {};
 }
 
@@ -297,6 +297,19 @@ const Beside* BesideOf(std::string_view word)
     return found == std::end(kBeside) ? nullptr : found;
 }
 
+// The window that a word means: one of those, or a dialog that stays open by its name. Null: it isn't there.
+HWND WindowBeside(const std::string& word)
+{
+    const Beside* const beside = BesideOf(word);
+    return beside ? beside->window() : OpenDialogNamed(word);
+}
+
+std::string NameBeside(const std::string& word)
+{
+    const Beside* const beside = BesideOf(word);
+    return beside ? std::string(beside->name) : "open dialog " + word;
+}
+
 // place(id), place(NAME, id), place("menu" | "item" | "button" | "window", text): where it stands on the screen.
 int Place(lua_State* L)
 {
@@ -403,17 +416,16 @@ int Dialog(lua_State* L)
 
 // Which dialog a call means: the one in front, or with the word of another window as first argument that one.
 struct Control {
-    const Beside* beside = nullptr;  // null: the dialog in front
+    std::string beside;  // empty: the dialog in front
     int id = 0;
     int next = 2;  // index of the argument behind the id
 };
 
 Control ControlArgument(lua_State* L)
 {
-    const std::string_view word = lua_type(L, 1) == LUA_TSTRING ? lua_tostring(L, 1) : "";
-    const Beside* const beside = BesideOf(word);
-    const int index = beside ? 2 : 1;
-    return {beside, IntArgument(L, index), index + 1};
+    const std::string word = lua_type(L, 1) == LUA_TSTRING ? TextArgument(L, 1) : "";
+    const int index = word.empty() ? 1 : 2;
+    return {word, IntArgument(L, index), index + 1};
 }
 
 struct Found {
@@ -424,13 +436,12 @@ struct Found {
 Found FindControl(const Control& control, bool toAct)
 {
     if (ProgramHasEnded()) return {nullptr, "the program has ended"};
-    const Beside* const beside = control.beside;
-    HWND dialog = beside ? beside->window() : DialogInFront();
-    if (!dialog) {
-        return {nullptr, ButScreenShows("no " + std::string(beside ? beside->name : "dialog in front"))};
-    }
-    if (beside && toAct && SomethingModalInFront()) {
-        return {nullptr, ButScreenShows("the " + std::string(beside->name) + " can't be reached")};
+    const bool inFront = control.beside.empty();
+    HWND dialog = inFront ? DialogInFront() : WindowBeside(control.beside);
+    if (!dialog) return {nullptr, ButScreenShows("no " + (inFront ? "dialog in front" : NameBeside(control.beside)))};
+    // Strips lie in the main window, which a dialog blocks; what stays open beside it can be worked all the same.
+    if (BesideOf(control.beside) && toAct && SomethingModalInFront()) {
+        return {nullptr, ButScreenShows("the " + NameBeside(control.beside) + " can't be reached")};
     }
     if (!HasDlgItem(dialog, control.id)) {
         return {nullptr, "dialog " + DialogName(dialog) + " has no control " + std::to_string(control.id)};

@@ -32,6 +32,7 @@
 #include "shell/frame_account_window.h"
 #include "shell/menu_scripts.h"
 #include "shell/saturation_overlay.h"
+#include "shell/script_recording.h"
 #include "shell/script_window.h"
 #include "shell/shutdown.h"
 #include "shell/undo.h"
@@ -180,6 +181,7 @@ constexpr Command kCommands[] = {
     {kCmdRecorderMark, Then<MarkByHand, CommandEnd::kLeaveStatus>},
     {kCmdScriptWindow, Then<OpenScriptWindow, CommandEnd::kLeaveStatus>},
     {kCmdScriptStop, Then<StopMenuScript, CommandEnd::kLeaveStatus>},
+    {kCmdScriptRecord, Then<ToggleScriptRecording, CommandEnd::kLeaveStatus>},
 };
 
 // A key of a grey item.

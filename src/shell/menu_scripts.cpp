@@ -5,6 +5,7 @@
 #include "platform/text.h"
 #include "resources/ids.h"
 #include "script/script.h"
+#include "script/script_recorder.h"
 #include "shell/script_window.h"
 #include "state/windows.h"
 
@@ -79,6 +80,13 @@ void TellOtherRuns()
     }
 }
 
+// What a script of the menu does would stand in the recording twice: as itself, and as what it did.
+void TellRecording()
+{
+    MessageBox(hWndMain, "A script is being recorded.\nEnd the recording before you run one.", kMessageCaption,
+               BoxIcon::kInformation);
+}
+
 void Run(const std::string& name)
 {
     BeginScriptText(name);
@@ -113,6 +121,8 @@ void RunMenuScript(int id)
         TellNoScript();
     } else if (place >= kScriptCount) {
         TellMoreScripts();
+    } else if (ScriptIsRecorded()) {
+        TellRecording();
     } else if (ScriptRuns()) {
         TellOtherRuns();
     } else {

@@ -14,6 +14,7 @@
 #include "record/what_records.h"
 #include "regions/region_window.h"
 #include "regions/regions_file.h"
+#include "shell/script_recording.h"
 #include "shell/window_state.h"
 #include "simcam/bench_window.h"
 #include "state/frame_state.h"
@@ -82,6 +83,7 @@ void ShutDown()
 {
     if (shutDown) return;  // a quit that is under way is not begun again by the window's end
     shutDown = true;
+    KeepScriptRecording();
     EndWhatRecords();
     CloseRecorderWindow();
     CloseRegionsWindow();

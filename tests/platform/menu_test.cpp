@@ -222,6 +222,33 @@ TEST(Menu, LinesThatComeAndGoStandAtTheirPlace)
     EXPECT_FALSE(GetMenuItem(window, 2100));
 }
 
+TEST(Menu, SubmenuHoldsWhatStandsInItAndTellsThatItOpens)
+{
+    TestOperator op;
+    HWND window = ShowRecordingWindow();
+    constexpr MenuEntry kNested[] = {
+        {.kind = Kind::kTop, .text = "&Analysis"},
+        {.kind = Kind::kSubmenu, .text = "&Scripts"},
+        {.kind = Kind::kItem, .id = 2251, .text = "&Window"},
+        {.kind = Kind::kList, .id = 2300, .text = {}},
+        {.kind = Kind::kSubmenuEnd, .text = {}},
+        {.kind = Kind::kItem, .id = 160, .text = "&Last"},
+    };
+    SetMenu(window, kNested);
+    seenMessages.clear();
+    EXPECT_THAT(Shown(TopMenu(window, 0)), ElementsAre("&Scripts", "&Last"));
+    QMenu* const scripts = TopMenu(window, 0)->actions().at(0)->menu();
+    ASSERT_NE(scripts, nullptr);
+    SetMenuList(window, 2300, std::vector<std::string>{"&1 a", "&2 b"});
+    SetMenuList(window, 2400, std::vector<std::string>{"there is no such list"});
+    scripts->actions().at(2)->trigger();
+    EXPECT_THAT(SeenCommands(), ElementsAre(2301));
+    Q_EMIT scripts->aboutToShow();
+    EXPECT_EQ(seenMessages.back().message, WM_INITMENUPOPUP);
+    EXPECT_EQ(seenMessages.back().wParam, 2300U);
+    EXPECT_EQ(TopMenuCount(window), 1);
+}
+
 TEST(Menu, TopMenuCanBeTakenAway)
 {
     TestOperator op;

@@ -68,6 +68,7 @@
 #include "shell/main_window.h"
 #include "shell/menu_scripts.h"
 #include "shell/saturation_overlay.h"
+#include "shell/script_recording.h"
 #include "shell/script_window.h"
 #include "shell/second_start.h"
 #include "shell/shutdown.h"
@@ -131,6 +132,7 @@ void EndRuns()
 constexpr void (*kModules[])() = {
     EndRuns,
     ResetMenuScripts,
+    ResetScriptRecording,
     ResetScriptWindow,
     ResetScript,  // these are closed while there is an application
     ResetExternalSignal,

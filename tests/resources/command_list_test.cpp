@@ -115,7 +115,8 @@ std::vector<int> ItemsWith(MenuEntry::Check check)
 
 TEST(MainMenuTable, ChecksWhatIsOnOrOff)
 {
-    EXPECT_THAT(ItemsWith(MenuEntry::Check::kBox), testing::ElementsAre(141, 151, 2053, 2054, 2043, 2006, 2007, 2008));
+    EXPECT_THAT(ItemsWith(MenuEntry::Check::kBox),
+                testing::ElementsAre(141, 151, 2253, 2053, 2054, 2043, 2006, 2007, 2008));
 }
 
 TEST(MainMenuTable, OneColourMapAndOneThemeAreChosen)

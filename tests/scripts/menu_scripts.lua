@@ -23,9 +23,9 @@ check.eq(menu(2301).text, "&2 what-is-on-view")
 check.eq(menu(2302), nil)
 
 -- A number beyond the list reads the folder anew, and is no script then either.
-assert(io.open(datadir() .. "/scripts/third.lua", "w")):close()
+assert(io.open(datadir() .. "/scripts/zz-third.lua", "w")):close()
 command(2302)
-check.eq(menu(2302).text, "&3 third")
+check.eq(menu(2302).text, "&3 zz-third")
 check.answer_box("The script of the start (--script) works this window until it ends.\nTwo would answer each other's dialogs.",
                  "ok", "Kelvo message")
 command(2303)
