@@ -49,7 +49,7 @@ struct ScalePoint {
 };
 
 struct Provenance {
-    std::string program;     // that exported: "Kelvo 0.1.0"
+    std::string program;     // that exported: "Kelvo 1.2.3"
     std::string recordedBy;  // that recorded; empty: not known
     std::string source;      // the whole path of the file, or "frame on view", "host frames"
     std::string camera;      // its description; empty: not known
