@@ -612,6 +612,7 @@ void Confine()
 
 void EndBeside(const std::string& failure)
 {
+    if (!engine.beside) return;
     const BesideListener listener = *engine.beside;
     CloseEngine();
     listener.ended(failure);
