@@ -81,10 +81,11 @@ bool TriggerWatch::MeanComes(const CapturedFrame& frame)
 bool TriggerWatch::MeanPasses(const CapturedFrame& frame)
 {
     if (!measures_) return false;
-    const std::optional<double> before = std::exchange(mean_, measures_->Of(frame.values));
+    const double now = measures_->Of(frame.values);
+    const std::optional<double> before = std::exchange(mean_, now);
     if (!before) return false;
-    const bool rises = *before < level_ && *mean_ >= level_;
-    const bool falls = *before > level_ && *mean_ <= level_;
+    const bool rises = *before < level_ && now >= level_;
+    const bool falls = *before > level_ && now <= level_;
     return pass_ == RegionPass::kRising ? rises : falls;
 }
 
