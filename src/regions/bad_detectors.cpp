@@ -25,7 +25,7 @@ struct Choice {
     std::int32_t leaveOut = 0;
     std::string set;
 };
-constinit Choice choice;
+Choice choice;
 
 // The chosen set as it was read for a size of frame, or why it couldn't be.
 struct ReadForView {
