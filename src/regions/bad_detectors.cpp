@@ -144,8 +144,9 @@ void ChooseBadDetectors(bool leaveOut)
 bool NameBadDetectorSet(const std::string& calPath, std::string& why)
 {
     readSet.reset();
-    if (!calPath.empty() && ViewingFile && !SetForView(calPath).why.empty()) {
-        why = readSet->why;
+    const std::string reason = !calPath.empty() && ViewingFile ? SetForView(calPath).why : "";
+    if (!reason.empty()) {
+        why = reason;
         return false;
     }
     choice.set = calPath;
