@@ -25,7 +25,7 @@ struct Choice {
     std::int32_t leaveOut = 0;
     std::string set;
 };
-constinit Choice choice;
+Choice choice;
 
 // The chosen set as it was read for a size of frame, or why it couldn't be.
 struct ReadForView {
@@ -144,8 +144,9 @@ void ChooseBadDetectors(bool leaveOut)
 bool NameBadDetectorSet(const std::string& calPath, std::string& why)
 {
     readSet.reset();
-    if (!calPath.empty() && ViewingFile && !SetForView(calPath).why.empty()) {
-        why = readSet->why;
+    const std::string reason = !calPath.empty() && ViewingFile ? SetForView(calPath).why : "";
+    if (!reason.empty()) {
+        why = reason;
         return false;
     }
     choice.set = calPath;

@@ -176,7 +176,8 @@ bool DragRegions(Point at)
 void EndRegionDrag()
 {
     if (!drag) return;
-    const Drag ended = *std::exchange(drag, std::nullopt);
+    const Drag ended = *drag;
+    drag.reset();
     if (ended.isNew && !ended.moved) {
         RemoveRegion(ended.before.number);
         const std::optional<PictureMap> map = MapOfPicture();

@@ -43,7 +43,7 @@ bool IsTaken(std::string_view name)
 std::string FreeName()
 {
     for (int n = 1;; ++n) {
-        const std::string name = Format("R%d", n);
+        std::string name = Format("R%d", n);
         if (!IsTaken(name)) return name;
     }
 }

@@ -157,13 +157,14 @@ std::optional<RegionsFile> RegionsOfText(std::string_view text, std::string& why
     RegionsFile file;
     file.columns = members.Whole("columns", 0, kMostSide);
     file.rows = members.Whole("rows", 0, kMostSide);
-    const JsonValue* const list = json->Member("regions");
-    if (!list || !list->Array()) members.Refuse("\"regions\" isn't a list");
-    if (why.empty() && list->Array()->size() > kMostRegions) {
+    const JsonValue* const member = json->Member("regions");
+    const JsonArray* const list = member ? member->Array() : nullptr;
+    if (!list) members.Refuse("\"regions\" isn't a list");
+    if (list && list->size() > kMostRegions) {
         members.Refuse(Format("it holds more than %zu regions", kMostRegions));
     }
-    if (!why.empty()) return std::nullopt;
-    for (const JsonValue& region : *list->Array()) {
+    if (!why.empty() || !list) return std::nullopt;
+    for (const JsonValue& region : *list) {
         file.regions.push_back(RegionOf(region, Format("region %zu", file.regions.size() + 1), why));
         if (!why.empty()) return std::nullopt;
     }
