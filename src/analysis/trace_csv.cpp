@@ -1,6 +1,7 @@
 #include "analysis/trace_csv.h"
 
 #include "analysis/plot_save.h"
+#include "platform/clock.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -60,22 +61,6 @@ void PutSeconds(std::string& text, const TraceFrame& frame)
 
 }  // namespace
 
-std::string IsoTime(std::int64_t utcNs)
-{
-    if (utcNs == 0) return {};
-    std::int64_t seconds = utcNs / kNsPerSecond;
-    std::int64_t ns = utcNs % kNsPerSecond;
-    if (ns < 0) {
-        ns += kNsPerSecond;
-        --seconds;
-    }
-    const auto time = static_cast<std::time_t>(seconds);
-    std::tm utc{};
-    if (!gmtime_r(&time, &utc)) return {};
-    return Format("%04d-%02d-%02dT%02d:%02d:%02d.%09lldZ", utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour,
-                  utc.tm_min, utc.tm_sec, static_cast<long long>(ns));
-}
-
 std::string CsvField(std::string_view text)
 {
     if (text.find_first_of(",\"\r\n") == std::string_view::npos) return std::string(text);
@@ -103,7 +88,7 @@ std::string TraceCsv(const Trace& trace)
         Put(text, frame.number);
         text += ',';
         if (trace.hasTimes) PutSeconds(text, frame);
-        text += ',' + IsoTime(frame.utcNs) + ',';
+        text += ',' + UtcText(frame.utcNs) + ',';
         Put(text, frame.missing);
         for (const TraceLine& line : trace.lines) {
             const TracePoint& point = line.points[i];

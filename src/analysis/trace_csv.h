@@ -24,9 +24,6 @@ std::string TraceCsv(const Trace& trace);
 //     hertz,R1 amplitude,...
 // "cycles per frame" in place of hertz where no time is known. No row where no run is long enough.
 std::string SpectrumCsv(const Trace& trace);
-
-// What both need. "2026-11-22T14:30:00.123456789Z"; empty for 0.
-std::string IsoTime(std::int64_t utcNs);
 // A field that holds a comma, a quotation mark or a line's end in quotation marks, as RFC 4180 has it.
 std::string CsvField(std::string_view text);
 

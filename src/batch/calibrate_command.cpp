@@ -5,7 +5,6 @@
 #include "batch/batch_end.h"
 #include "batch/batch_progress.h"
 #include "batch/cut_command.h"
-#include "batch/json_line.h"
 #include "batch/new_set.h"
 #include "calib/stored_calibration.h"
 #include "config/data_directory.h"
@@ -17,6 +16,7 @@
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/profile_text.h"
+#include "platform/json_text.h"
 #include "platform/text.h"
 
 #include <charconv>
@@ -381,7 +381,7 @@ Failure WriteSet(NewSet& set, const StoredCalibrationSettings& settings, const S
 
 std::string ResultJson(const Request& request, const StoredCalibration& made, std::int32_t frames)
 {
-    JsonLine json;
+    JsonText json;
     json.Text("set", AbsolutePath(request.out))
         .Whole("type", made.type)
         .Whole("camera", request.camera)
@@ -390,7 +390,7 @@ std::string ResultJson(const Request& request, const StoredCalibration& made, st
         .Whole("bad", made.detectorsBad)
         .Whole("intensity_cold", made.intensityCold);
     if (made.type == 2) json.Whole("intensity_hot", made.intensityHot);
-    return json.Line();
+    return json.Json();
 }
 
 Failure Calibrate(const Request& request, bool asJson)

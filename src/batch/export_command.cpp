@@ -6,7 +6,7 @@
 #include "batch/cut_command.h"
 #include "export/export_formats.h"
 #include "export/export_job.h"
-#include "export/json_text.h"
+#include "platform/json_text.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -107,7 +107,7 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
 std::string JsonOf(const Wish& wish, const ExportDescription& description, const ExportOutcome& outcome)
 {
     const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
-    return JsonObject()
+    return JsonText()
                .Text("file", wish.out)
                .Text("format", names->word)
                .Text("form", WordOf(description.provenance.form))

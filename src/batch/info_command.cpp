@@ -2,9 +2,8 @@
 
 #include "batch/batch_arguments.h"
 #include "batch/batch_end.h"
-#include "batch/json_line.h"
-#include "export/json_text.h"
-#include "export/provenance.h"
+#include "platform/clock.h"
+#include "platform/json_text.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -143,7 +142,7 @@ void AddJournal(std::string& text, const FramesFile& journal)
 
 std::string HeaderJson(const ImageHeaderRecord& header)
 {
-    JsonLine json;
+    JsonText json;
     const auto whole = [&json](const char* key, std::int64_t value) { json.Whole(key, value); };
     whole("ByteSwap", header.ByteSwap);
     whole("ImageWidth", header.ImageWidth);
@@ -178,14 +177,14 @@ std::string HeaderJson(const ImageHeaderRecord& header)
     whole("DataType", header.DataType);
     whole("NumOutputs", header.NumOutputs);
     whole("ImageHeaderDataOffset", header.ImageHeaderDataOffset);
-    return json.Line();
+    return json.Json();
 }
 
 std::string GapsJson(std::span<const FrameGap> gaps)
 {
     std::string json;
     for (const FrameGap& gap : gaps) {
-        json += (json.empty() ? "" : ",") + JsonLine()
+        json += (json.empty() ? "" : ",") + JsonText()
                                                 .Whole("before", gap.beforeFrame)
                                                 .Whole("first", gap.firstNumber)
                                                 .Whole("missing", gap.Missing())
@@ -193,7 +192,7 @@ std::string GapsJson(std::span<const FrameGap> gaps)
                                                 .Whole("ring", gap.lostByRing)
                                                 .Whole("passed_over", gap.passedOver)
                                                 .Whole("unexplained", gap.unexplained)
-                                                .Line();
+                                                .Json();
     }
     return '[' + json + ']';
 }
@@ -201,12 +200,12 @@ std::string GapsJson(std::span<const FrameGap> gaps)
 std::string JournalJson(const FramesFile& journal)
 {
     const std::vector<FrameGap> gaps = GapsOf(journal.records);
-    JsonLine json;
+    JsonText json;
     json.Whole("records", std::ssize(journal.records))
         .Truth("closed", journal.closing.has_value())
         .Text("end", EndText(journal));
     for (const auto& [name, key] : kJournalTexts) json.Text(name, journal.head.Text(key));
-    return json.Whole("missing", MissingIn(gaps)).Raw("gaps", GapsJson(gaps)).Line();
+    return json.Whole("missing", MissingIn(gaps)).Member("gaps", GapsJson(gaps)).Json();
 }
 
 }  // namespace
@@ -244,7 +243,7 @@ std::string InfoJson(const StoredFrames& frames)
 {
     const ImageHeaderRecord& header = frames.Header();
     const Times times = TimesOf(frames);
-    JsonLine json;
+    JsonText json;
     json.Text("file", frames.Path())
         .Whole("columns", header.ImageWidth)
         .Whole("rows", header.ImageHeight)
@@ -252,12 +251,12 @@ std::string InfoJson(const StoredFrames& frames)
         .Single("rate_hz", header.FrameRate)
         .Single("integration_ms", header.IntegrationMsec)
         .Text("header_time", HeaderTime(header));
-    json.Raw("first_utc", times.first.empty() ? "null" : '"' + times.first + '"');
-    json.Raw("last_utc", times.last.empty() ? "null" : '"' + times.last + '"');
-    json.Raw("duration_s", times.seconds ? ShortestText(*times.seconds) : "null");
-    json.Truth("calibrated", IsCalibrated(header)).Raw("header", HeaderJson(header));
+    json.Member("first_utc", times.first.empty() ? "null" : '"' + times.first + '"');
+    json.Member("last_utc", times.last.empty() ? "null" : '"' + times.last + '"');
+    json.Member("duration_s", times.seconds ? ShortestText(*times.seconds) : "null");
+    json.Truth("calibrated", IsCalibrated(header)).Member("header", HeaderJson(header));
     const FramesFile* const journal = frames.Journal();
-    return json.Raw("journal", journal ? JournalJson(*journal) : "null").Line();
+    return json.Member("journal", journal ? JournalJson(*journal) : "null").Json();
 }
 
 int InfoCommand(std::span<const std::string> arguments)

@@ -5,12 +5,11 @@
 #include "batch/batch_progress.h"
 #include "batch/cut_command.h"
 #include "batch/info_command.h"
-#include "batch/json_line.h"
 #include "display/units.h"
-#include "export/json_text.h"
-#include "export/provenance.h"
 #include "imagefile/stored_frames.h"
+#include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/json_text.h"
 #include "platform/memory.h"
 #include "platform/text.h"
 #include "regions/bad_detectors.h"
@@ -280,13 +279,13 @@ std::string CsvLine(const Line& line, std::int32_t unit)
     return text + OptionalCount(figures.saturated, "") + ',' + OptionalCount(figures.outsideSources, "") + '\n';
 }
 
-std::string JsonText(const Line& line, std::int32_t unit)
+std::string JsonRow(const Line& line, std::int32_t unit)
 {
     const RegionFigures& figures = line.figures;
-    JsonLine json;
+    JsonText json;
     json.Whole("frame", line.frame);
-    json.Raw("seconds", line.seconds ? ShortestText(*line.seconds) : "null");
-    json.Raw("utc", line.utc.empty() ? "null" : '"' + line.utc + '"');
+    json.Member("seconds", line.seconds ? ShortestText(*line.seconds) : "null");
+    json.Member("utc", line.utc.empty() ? "null" : '"' + line.utc + '"');
     json.Text("region", line.region.name)
         .Whole("pixels", static_cast<std::int64_t>(figures.pixels))
         .Whole("left_out", static_cast<std::int64_t>(figures.leftOut));
@@ -300,10 +299,10 @@ std::string JsonText(const Line& line, std::int32_t unit)
             .Single("max", static_cast<float>(values.most))
             .Whole("max_x", figures.most.x)
             .Whole("max_y", figures.most.y);
-        json.Raw("saturated", OptionalCount(figures.saturated, "null"));
-        json.Raw("outside_sources", OptionalCount(figures.outsideSources, "null"));
+        json.Member("saturated", OptionalCount(figures.saturated, "null"));
+        json.Member("outside_sources", OptionalCount(figures.outsideSources, "null"));
     }
-    return json.Line() + '\n';
+    return json.Json() + '\n';
 }
 
 void Tell(const StoredFrames& frames, const Task& task, const Request& request, std::int64_t first,
@@ -318,7 +317,7 @@ void Tell(const StoredFrames& frames, const Task& task, const Request& request, 
                         .utc = record ? UtcText(record->utcNs) : std::string(),
                         .region = task.regions[i % task.regions.size()],
                         .figures = figures[i]};
-        told += request.asJson ? JsonText(line, request.unit.unit) : CsvLine(line, request.unit.unit);
+        told += request.asJson ? JsonRow(line, request.unit.unit) : CsvLine(line, request.unit.unit);
     }
     std::fputs(told.c_str(), stdout);
 }

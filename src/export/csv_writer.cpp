@@ -1,6 +1,7 @@
 #include "export/csv_writer.h"
 
-#include "export/json_text.h"
+#include "platform/clock.h"
+#include "platform/json_text.h"
 #include "platform/text.h"
 
 #include <algorithm>

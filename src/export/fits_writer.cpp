@@ -1,5 +1,6 @@
 #include "export/fits_writer.h"
 
+#include "platform/clock.h"
 #include "platform/faults.h"
 #include "platform/text.h"
 

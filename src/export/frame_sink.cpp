@@ -1,6 +1,6 @@
 #include "export/frame_sink.h"
 
-#include "export/json_text.h"
+#include "platform/json_text.h"
 #include "platform/text.h"
 
 #include <cerrno>
@@ -27,7 +27,7 @@ std::string BadPlacesJson(const ExportDescription& description)
         if (description.badDetectors[i] == 0) continue;
         places.push_back(Format("[%zu, %zu]", i / description.columns, i % description.columns));
     }
-    return JsonArray(places);
+    return JsonList(places);
 }
 
 ExportFailure FrameSink::BeginFile(std::optional<NewFile>& file, const std::string& path) const

@@ -1,6 +1,6 @@
 #include "export/npy_writer.h"
 
-#include "export/json_text.h"
+#include "platform/json_text.h"
 #include "platform/text.h"
 
 #include <cstring>
@@ -45,11 +45,11 @@ std::string NpyJsonPathOf(std::string_view path)
 
 std::string NpyWriter::Json() const
 {
-    JsonObject json = ProvenanceJson(description_.provenance, description_.columns, description_.rows, timings_);
+    JsonText json = ProvenanceJson(description_.provenance, description_.columns, description_.rows, timings_);
     std::vector<std::string> times;
     times.reserve(timings_.size());
     for (const FrameTiming& timing : timings_) times.push_back(TimingJson(timing));
-    json.Member("times", JsonArray(times)).Member("bad_detector_places", BadPlacesJson(description_));
+    json.Member("times", JsonList(times)).Member("bad_detector_places", BadPlacesJson(description_));
     return json.Json() + '\n';
 }
 

@@ -1,5 +1,6 @@
 #include "export/provenance.h"
 
+#include "platform/clock.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -23,13 +24,13 @@ std::size_t IndexOf(ExportForm form)
 }
 
 // A source that isn't known is null.
-void AddSource(JsonObject& json, std::string_view name, std::int16_t intensity, float temperature)
+void AddSource(JsonText& json, std::string_view name, std::int16_t intensity, float temperature)
 {
     if (intensity == kUncalibratedIntensity) {
         json.Null(name);
         return;
     }
-    JsonObject source;
+    JsonText source;
     source.Whole("counts", intensity);
     temperature == kUncalibratedTemperature ? source.Null("celsius") : source.Single("celsius", temperature);
     json.Member(name, source.Json());
@@ -37,7 +38,7 @@ void AddSource(JsonObject& json, std::string_view name, std::int16_t intensity, 
 
 std::string HeadJson(const ImageHeaderRecord& header)
 {
-    JsonObject json;
+    JsonText json;
     json.Single("frame_rate_hz", header.FrameRate)
         .Single("integration_ms", header.IntegrationMsec)
         .Whole("frames_averaged", header.FramesAveraged)
@@ -59,18 +60,18 @@ std::string GapsJson(std::span<const FrameTiming> timings)
 {
     std::vector<std::string> gaps;
     for (const FrameGap& gap : GapsOfTimings(timings)) {
-        gaps.push_back(JsonObject()
+        gaps.push_back(JsonText()
                            .Whole("before", gap.beforeFrame)
                            .Whole("lost_by_board", gap.lostByBoard)
                            .Whole("lost_by_ring", gap.lostByRing)
                            .Whole("passed_over", gap.passedOver)
                            .Json());
     }
-    return JsonArray(gaps);
+    return JsonList(gaps);
 }
 
 // Empty: not known.
-void AddKnown(JsonObject& json, std::string_view name, std::string_view value)
+void AddKnown(JsonText& json, std::string_view name, std::string_view value)
 {
     value.empty() ? json.Null(name) : json.Text(name, value);
 }
@@ -98,17 +99,6 @@ std::optional<std::int64_t> FrameTiming::StartUtcNs() const
 {
     if (utcNs == 0 || !(integrationMs > 0) || !std::isfinite(integrationMs)) return std::nullopt;
     return utcNs - std::llround(static_cast<double>(integrationMs) * kNsPerMs);
-}
-
-std::string UtcText(std::int64_t utcNs)
-{
-    if (utcNs == 0) return {};
-    const std::int64_t rest = (utcNs % kNsPerSecond + kNsPerSecond) % kNsPerSecond;
-    const std::time_t seconds = (utcNs - rest) / kNsPerSecond;
-    std::tm utc{};
-    gmtime_r(&seconds, &utc);
-    return Format("%04d-%02d-%02dT%02d:%02d:%02d.%09lldZ", utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour,
-                  utc.tm_min, utc.tm_sec, static_cast<long long>(rest));
 }
 
 std::string LocalTimeText(const ImageHeaderRecord& header)
@@ -145,14 +135,14 @@ std::string ScaleJson(const Provenance& provenance)
     if (!provenance.scale) return "null";
     std::vector<std::string> points;
     for (const ScalePoint& point : *provenance.scale) {
-        points.push_back(JsonObject().Whole("count", point.count).Single("value", point.value).Json());
+        points.push_back(JsonText().Whole("count", point.count).Single("value", point.value).Json());
     }
-    return JsonArray(points);
+    return JsonList(points);
 }
 
 std::string TimingJson(const FrameTiming& timing)
 {
-    JsonObject json;
+    JsonText json;
     json.Whole("index", timing.index);
     timing.number < 0 ? json.Null("number") : json.Whole("number", timing.number);
     timing.seconds ? json.Number("seconds", *timing.seconds) : json.Null("seconds");
@@ -165,10 +155,10 @@ std::string TimingJson(const FrameTiming& timing)
     return json.Json();
 }
 
-JsonObject ProvenanceJson(const Provenance& provenance, std::size_t columns, std::size_t rows,
-                          std::span<const FrameTiming> timings)
+JsonText ProvenanceJson(const Provenance& provenance, std::size_t columns, std::size_t rows,
+                        std::span<const FrameTiming> timings)
 {
-    JsonObject json;
+    JsonText json;
     json.Text("program", provenance.program).Text("exported", UtcText(provenance.exportedUtc * kNsPerSecond));
     json.Text("source", provenance.source);
     AddKnown(json, "recorded_by", provenance.recordedBy);

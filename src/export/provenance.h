@@ -2,9 +2,9 @@
 // taken. A plain value that every writer puts into its format in that format's own way.
 #pragma once
 
-#include "export/json_text.h"
 #include "imagefile/frames_file.h"
 #include "imagefile/header.h"
+#include "platform/json_text.h"
 
 #include <array>
 #include <cstdint>
@@ -72,8 +72,6 @@ struct Provenance {
     std::int64_t badDetectors = 0;
 };
 
-// "2026-11-21T12:04:01.123456789Z"; empty for 0.
-std::string UtcText(std::int64_t utcNs);
 // The header's own time, local and without a zone: "2026-11-21T12:04:05"; empty where it isn't a time.
 std::string LocalTimeText(const ImageHeaderRecord& header);
 // The unit in ASCII for formats that take no more: "adu" (the field's name for counts), "V", "deg C", "K", "deg F".
@@ -84,8 +82,8 @@ std::vector<FrameGap> GapsOfTimings(std::span<const FrameTiming> timings);
 
 // The members of docs/formats.md: "program", "exported", "source", "camera", "form", "quantity", "unit", "scale",
 // "columns", "rows" and so on; with timings "frames" and "gaps" too.
-JsonObject ProvenanceJson(const Provenance& provenance, std::size_t columns, std::size_t rows,
-                          std::span<const FrameTiming> timings);
+JsonText ProvenanceJson(const Provenance& provenance, std::size_t columns, std::size_t rows,
+                        std::span<const FrameTiming> timings);
 // [{"count": 3000, "value": 20}, {"count": 9000, "value": 25}]; "null" for counts.
 std::string ScaleJson(const Provenance& provenance);
 // {"index": 0, "number": 17, "seconds": 0.17, "utc": "...", "start_utc": "...", "integration_ms": 2.0, ...}; what isn't

@@ -1,6 +1,6 @@
 #include "export/tiff_writer.h"
 
-#include "export/json_text.h"
+#include "platform/json_text.h"
 
 #include <tiffio.h>
 
@@ -108,7 +108,7 @@ void TiffWriter::Close()
 std::string TiffWriter::DescriptionOf(const ExportedFrame& frame) const
 {
     const Provenance& provenance = description_.provenance;
-    JsonObject json;
+    JsonText json;
     if (isFirst_) {
         json = ProvenanceJson(provenance, description_.columns, description_.rows, {});
         json.Member("bad_detector_places", BadPlacesJson(description_));

@@ -1,5 +1,7 @@
 #include "platform/clock.h"
 
+#include "platform/text.h"
+
 #include <algorithm>
 #include <chrono>
 #include <limits>
@@ -18,6 +20,7 @@ using std::chrono::system_clock;
 constexpr std::int64_t kUsPerMs = 1000;
 constexpr std::int64_t kUsPerSecond = 1000000;
 constexpr std::int64_t kNsPerUs = 1000;
+constexpr std::int64_t kNsPerSecond = 1000000000;
 
 const steady_clock::time_point processStart = steady_clock::now();
 
@@ -71,6 +74,17 @@ int WallClockMilliseconds()
 std::int64_t UtcNsAtTick(std::int64_t tickUs)
 {
     return (WallClockUs() - (TickUs() - tickUs)) * kNsPerUs;
+}
+
+std::string UtcText(std::int64_t utcNs)
+{
+    if (utcNs == 0) return {};
+    const std::int64_t rest = (utcNs % kNsPerSecond + kNsPerSecond) % kNsPerSecond;
+    const auto seconds = static_cast<std::time_t>((utcNs - rest) / kNsPerSecond);
+    std::tm utc{};
+    if (!gmtime_r(&seconds, &utc)) return {};
+    return Format("%04d-%02d-%02dT%02d:%02d:%02d.%09lldZ", utc.tm_year + 1900, utc.tm_mon + 1, utc.tm_mday, utc.tm_hour,
+                  utc.tm_min, utc.tm_sec, static_cast<long long>(rest));
 }
 
 void DelayMs(std::int64_t ms)

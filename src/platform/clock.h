@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <string>
 
 namespace kelvo {
 
@@ -16,6 +17,10 @@ std::time_t WallClockSeconds();  // seconds since 1 January 1970; follows the vi
 int WallClockMilliseconds();     // 0 to 999
 // The wall clock, in nanoseconds since 1 January 1970, at a moment on the TickUs scale, by how the two stand now.
 std::int64_t UtcNsAtTick(std::int64_t tickUs);
+
+// Nanoseconds since 1 January 1970 as ISO 8601 has them, "2026-11-21T12:04:01.123456789Z"; empty for 0, which no clock
+// has told.
+std::string UtcText(std::int64_t utcNs);
 
 // A wait of at least that long during which no messages are handled. With the virtual clock it only moves the clock.
 void DelayMs(std::int64_t milliseconds);

@@ -158,7 +158,7 @@ std::optional<RegionsFile> RegionsOfText(std::string_view text, std::string& why
     file.columns = members.Whole("columns", 0, kMostSide);
     file.rows = members.Whole("rows", 0, kMostSide);
     const JsonValue* const member = json->Member("regions");
-    const JsonArray* const list = member ? member->Array() : nullptr;
+    const JsonItems* const list = member ? member->Array() : nullptr;
     if (!list) members.Refuse("\"regions\" isn't a list");
     if (list && list->size() > kMostRegions) {
         members.Refuse(Format("it holds more than %zu regions", kMostRegions));

@@ -8,14 +8,6 @@
 namespace kelvo {
 namespace {
 
-TEST(Provenance, UtcIsToldToTheNanosecond)
-{
-    EXPECT_EQ(UtcText(1'000'000'000'000'000'001), "2001-09-09T01:46:40.000000001Z");
-    EXPECT_EQ(UtcText(951'782'400'500'000'000), "2000-02-29T00:00:00.500000000Z");
-    EXPECT_EQ(UtcText(-1), "1969-12-31T23:59:59.999999999Z");
-    EXPECT_EQ(UtcText(0), "");
-}
-
 TEST(Provenance, AnExposureStartsItsIntegrationTimeBeforeTheFrameIsComplete)
 {
     FrameTiming timing;

@@ -1,4 +1,4 @@
-#include "export/json_text.h"
+#include "platform/json_text.h"
 
 #include "platform/text.h"
 #include "platform/transcript.h"
@@ -53,7 +53,7 @@ std::string AsciiString(std::string_view text)
 
 }  // namespace
 
-JsonObject& JsonObject::Member(std::string_view name, std::string_view json)
+JsonText& JsonText::Member(std::string_view name, std::string_view json)
 {
     if (!members_.empty()) members_ += ", ";
     members_ += AsciiString(name) + ": ";
@@ -61,37 +61,37 @@ JsonObject& JsonObject::Member(std::string_view name, std::string_view json)
     return *this;
 }
 
-JsonObject& JsonObject::Text(std::string_view name, std::string_view value)
+JsonText& JsonText::Text(std::string_view name, std::string_view value)
 {
     return Member(name, AsciiString(value));
 }
 
-JsonObject& JsonObject::Whole(std::string_view name, std::int64_t value)
+JsonText& JsonText::Whole(std::string_view name, std::int64_t value)
 {
     return Member(name, std::to_string(value));
 }
 
-JsonObject& JsonObject::Number(std::string_view name, double value)
+JsonText& JsonText::Number(std::string_view name, double value)
 {
     return Member(name, std::isfinite(value) ? ShortestText(value) : "null");
 }
 
-JsonObject& JsonObject::Single(std::string_view name, float value)
+JsonText& JsonText::Single(std::string_view name, float value)
 {
     return Member(name, std::isfinite(value) ? ShortestText(value) : "null");
 }
 
-JsonObject& JsonObject::Truth(std::string_view name, bool value)
+JsonText& JsonText::Truth(std::string_view name, bool value)
 {
     return Member(name, value ? "true" : "false");
 }
 
-JsonObject& JsonObject::Null(std::string_view name)
+JsonText& JsonText::Null(std::string_view name)
 {
     return Member(name, "null");
 }
 
-std::string JsonArray(const std::vector<std::string>& items)
+std::string JsonList(const std::vector<std::string>& items)
 {
     std::string json = "[";
     for (const std::string& item : items) {

@@ -1,4 +1,4 @@
-#include "export/json_text.h"
+#include "platform/json_text.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ namespace {
 
 TEST(JsonText, IsAsciiWhateverTheTextHolds)
 {
-    JsonObject json;
+    JsonText json;
     json.Text("latin",
               "\xB0"
               "C")
@@ -21,7 +21,7 @@ TEST(JsonText, IsAsciiWhateverTheTextHolds)
 
 TEST(JsonText, NumbersReadBackToTheSameBits)
 {
-    JsonObject json;
+    JsonText json;
     json.Single("single", 0.1F).Number("double", 0.1).Number("third", 1.0 / 3).Whole("whole", -7).Truth("no", false);
     EXPECT_EQ(json.Json(), R"({"single": 0.1, "double": 0.1, "third": 0.3333333333333333, "whole": -7, "no": false})");
     EXPECT_EQ(ShortestText(17.476667F), "17.476667");
@@ -30,11 +30,11 @@ TEST(JsonText, NumbersReadBackToTheSameBits)
 
 TEST(JsonText, WhatIsNoNumberIsNull)
 {
-    JsonObject json;
+    JsonText json;
     json.Number("nan", std::nan("")).Single("infinite", std::numeric_limits<float>::infinity()).Null("null");
     EXPECT_EQ(json.Json(), R"({"nan": null, "infinite": null, "null": null})");
-    EXPECT_EQ(JsonArray({}), "[]");
-    EXPECT_EQ(JsonArray({"1", "[2, 3]"}), "[1, [2, 3]]");
+    EXPECT_EQ(JsonList({}), "[]");
+    EXPECT_EQ(JsonList({"1", "[2, 3]"}), "[1, [2, 3]]");
 }
 
 }  // namespace
