@@ -13,10 +13,10 @@
 #include "pixel/bad_pixels.h"
 #include "pixel/pixel_pair.h"
 #include "platform/files.h"
+#include "platform/json_text.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/profile_text.h"
-#include "platform/json_text.h"
 #include "platform/text.h"
 
 #include <charconv>

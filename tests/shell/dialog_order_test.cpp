@@ -251,9 +251,8 @@ TEST_F(DialogOrder, RecordedUnderlinesEachLetterOnce)
 
 TEST_F(DialogOrder, ExportUnderlinesEachLetterOnce)
 {
-    EXPECT_THAT(MnemonicsOf("EXPORT"),
-                ElementsAre("&What:", "&First frame:", "&Last frame:", "&As:", "F&ormat:", "&Name:", "&Browse...",
-                            "&Export", "&Cancel", "&Help"));
+    EXPECT_THAT(MnemonicsOf("EXPORT"), ElementsAre("&What:", "&First frame:", "&Last frame:", "&As:", "F&ormat:",
+                                                   "&Name:", "&Browse...", "&Export", "&Cancel", "&Help"));
 }
 
 TEST_F(DialogOrder, GoToFrameUnderlinesEachLetterOnce)
