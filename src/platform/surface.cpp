@@ -91,9 +91,9 @@ struct MouseDeed {
     std::uint32_t message;
     int button;
 };
-constexpr MouseDeed kMouseDeeds[] = {{WM_MOUSEMOVE, 0},     {WM_LBUTTONDOWN, 1}, {WM_RBUTTONDOWN, 2},
-                                     {WM_LBUTTONDBLCLK, 4}, {WM_MOUSEWHEEL, 5},  {WM_MBUTTONDOWN, 7},
-                                     {WM_MBUTTONUP, 8}};
+constexpr MouseDeed kMouseDeeds[] = {{WM_MOUSEMOVE, 0},   {WM_RBUTTONDOWN, 2}, {WM_LBUTTONDBLCLK, 4},
+                                     {WM_MOUSEWHEEL, 5},  {WM_MBUTTONDOWN, 7}, {WM_MBUTTONUP, 8},
+                                     {WM_LBUTTONDOWN, 9}, {WM_LBUTTONUP, 10}};
 
 class SurfaceWidget : public QWidget {
   public:

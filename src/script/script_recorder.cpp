@@ -29,13 +29,18 @@ constexpr Named kButtonNames[] = {{static_cast<int>(Button::kOk), "ok"},
                                   {static_cast<int>(Button::kReport), "report"}};
 constexpr Named kDirectionNames[] = {
     {kDirectionUp, "up"}, {kDirectionRight, "right"}, {kDirectionDown, "down"}, {kDirectionLeft, "left"}};
-constexpr Named kMouseNames[] = {{0, "move"},     {1, "left"},       {2, "right"},       {4, "double"},
-                                 {5, "wheel up"}, {6, "wheel down"}, {7, "middle down"}, {8, "middle up"}};
+constexpr Named kMouseNames[] = {{0, "move"},      {1, "left"},       {2, "right"},       {4, "double"},
+                                 {5, "wheel up"},  {6, "wheel down"}, {7, "middle down"}, {8, "middle up"},
+                                 {9, "left down"}, {10, "left up"}};
 // What the calls name the windows that they know by a word; others go by their dialog's name.
 constexpr std::pair<std::string_view, std::string_view> kWindowWords[] = {
     {"PANEL", "panel"}, {"PLAYBAR", "player"}, {"RECORDER", "recorder"}};
 
 constexpr int kPointerMoves = 0;
+constexpr int kLeftClick = 1;
+constexpr int kDoubleClick = 4;
+constexpr int kLeftDown = 9;
+constexpr int kLeftUp = 10;
 
 template <std::size_t N>
 std::string_view NameOf(const Named (&names)[N], int number)
@@ -93,6 +98,15 @@ bool Replaces(const OperatorAct& next, const OperatorAct& before)
         default:
             return false;
     }
+}
+
+// The left button goes up where it went down: the two are a click, and a double click's own end says nothing.
+bool EndsClick(const OperatorAct& next, OperatorAct& before)
+{
+    const bool goesUp = next.kind == Kind::kMouse && next.value == kLeftUp;
+    if (!goesUp || before.kind != Kind::kMouse || before.place != next.place) return false;
+    if (before.value == kLeftDown) before.value = kLeftClick;
+    return before.value == kLeftClick || before.value == kDoubleClick;
 }
 
 struct Recording {
@@ -161,6 +175,7 @@ std::string ScriptLineOf(const OperatorAct& act)
 
 void JoinAct(std::vector<RecordedAct>& acts, RecordedAct next)
 {
+    if (!acts.empty() && EndsClick(next.act, acts.back().act)) return;
     if (!acts.empty() && Replaces(next.act, acts.back().act)) {
         acts.back().act = std::move(next.act);
     } else {

@@ -12,7 +12,7 @@ import unittest
 
 KELVO, MANUAL, COMPLETION, OUT = (pathlib.Path(path).resolve() for path in sys.argv[1:5])
 REFERENCE = pathlib.Path(__file__).resolve().parents[2] / "docs/commands.md"
-WORDS = ["info", "stats", "recover", "apply", "calibrate", "cut", "join"]
+WORDS = ["export", "info", "stats", "recover", "apply", "calibrate", "cut", "join"]
 
 
 def told(*arguments):

@@ -329,9 +329,9 @@ TEST(Mouse, ReachesTheWindowInClientCoordinates)
     HWND window = ShowRecordingWindow();
     seenMessages.clear();
     for (int button = 0; button <= 4; ++button) OperateMouse({300 + button, 200}, button);
-    const std::pair<std::uint32_t, int> expected[] = {{WM_MOUSEMOVE, 300},   {WM_LBUTTONDOWN, 301},
-                                                      {WM_RBUTTONDOWN, 302}, {WM_MBUTTONDOWN, 303},
-                                                      {WM_MBUTTONUP, 303},   {WM_LBUTTONDBLCLK, 304}};
+    const std::pair<std::uint32_t, int> expected[] = {
+        {WM_MOUSEMOVE, 300},   {WM_LBUTTONDOWN, 301}, {WM_LBUTTONUP, 301},     {WM_RBUTTONDOWN, 302},
+        {WM_MBUTTONDOWN, 303}, {WM_MBUTTONUP, 303},   {WM_LBUTTONDBLCLK, 304}, {WM_LBUTTONUP, 304}};
     ASSERT_THAT(seenMessages, SizeIs(std::size(expected)));
     for (std::size_t i = 0; i < std::size(expected); ++i) {
         EXPECT_EQ(seenMessages[i].message, expected[i].first);

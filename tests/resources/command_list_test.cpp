@@ -132,21 +132,36 @@ char MnemonicOf(std::string_view text)
 }
 
 // The classic items keep their letters though some of them share one; numbers from 2000 on are those that came later.
-TEST(MainMenuTable, NoLaterItemTakesALetterInUseInItsMenu)
+void FindClashes(std::vector<const MenuEntry*>& menu, std::vector<std::string>& clashes)
 {
     constexpr int kFirstLater = 2000;
-    std::vector<std::string> clashes;
-    for (auto top = MainMenu().begin(); top != MainMenu().end(); ++top) {
-        if (top->kind != MenuEntry::Kind::kTop) continue;
-        std::map<char, int> uses;
-        const auto end = std::find_if(top + 1, MainMenu().end(),
-                                      [](const MenuEntry& entry) { return entry.kind == MenuEntry::Kind::kTop; });
-        for (auto item = top + 1; item != end; ++item) ++uses[MnemonicOf(item->text)];
-        for (auto item = top + 1; item != end; ++item) {
-            const char letter = MnemonicOf(item->text);
-            if (item->id >= kFirstLater && letter != 0 && uses[letter] > 1) clashes.emplace_back(item->text);
-        }
+    std::map<char, int> uses;
+    for (const MenuEntry* entry : menu) ++uses[MnemonicOf(entry->text)];
+    for (const MenuEntry* entry : menu) {
+        const char letter = MnemonicOf(entry->text);
+        const bool isLater = entry->id >= kFirstLater || entry->kind == MenuEntry::Kind::kSubmenu;
+        if (isLater && letter != 0 && uses[letter] > 1) clashes.emplace_back(entry->text);
     }
+    menu.clear();
+}
+
+TEST(MainMenuTable, NoLaterItemTakesALetterInUseInItsMenu)
+{
+    std::vector<std::string> clashes;
+    std::vector<const MenuEntry*> top;
+    std::vector<const MenuEntry*> submenu;
+    bool inSubmenu = false;
+    for (const MenuEntry& entry : MainMenu()) {
+        if (entry.kind == MenuEntry::Kind::kTop) {
+            FindClashes(top, clashes);
+            continue;
+        }
+        if (entry.kind == MenuEntry::Kind::kSubmenuEnd) FindClashes(submenu, clashes);
+        if (entry.kind == MenuEntry::Kind::kSubmenuEnd) inSubmenu = false;
+        (inSubmenu ? submenu : top).push_back(&entry);
+        if (entry.kind == MenuEntry::Kind::kSubmenu) inSubmenu = true;
+    }
+    FindClashes(top, clashes);
     EXPECT_THAT(clashes, testing::IsEmpty());
 }
 
@@ -269,6 +284,7 @@ TEST(AcceleratorTable, HasEveryKeyOnce)
                                                  {"Ctrl+R", 2060},
                                                  {"Ctrl+T", 2061},
                                                  {"Ctrl+M", 2062},
+                                                 {"Ctrl+E", 2200},
                                                  {"Ctrl+Shift+R", 2210},
                                                  {"Del", 2211},
                                                  {"Ctrl+Right", 2212},

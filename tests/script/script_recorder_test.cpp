@@ -78,6 +78,27 @@ TEST(RecordedActs, MotionOfThePointerIsItsLastPlace)
     EXPECT_EQ(acts[0].act.place, (Point{2, 2}));
 }
 
+TEST(RecordedActs, APressAndItsReleaseInOnePlaceAreAClick)
+{
+    const auto acts = Joined({{.kind = Kind::kMouse, .value = 9, .place = {2, 2}},
+                              {.kind = Kind::kMouse, .value = 10, .place = {2, 2}},
+                              {.kind = Kind::kMouse, .value = 4, .place = {2, 2}},
+                              {.kind = Kind::kMouse, .value = 10, .place = {2, 2}}});
+    ASSERT_EQ(acts.size(), 2U);
+    EXPECT_EQ(ScriptLineOf(acts[0].act), R"(mouse(2, 2, "left"))");
+    EXPECT_EQ(ScriptLineOf(acts[1].act), R"(mouse(2, 2, "double"))");
+}
+
+TEST(RecordedActs, ADragKeepsBothItsEnds)
+{
+    const auto acts = Joined({{.kind = Kind::kMouse, .value = 9, .place = {2, 2}},
+                              {.kind = Kind::kMouse, .value = 0, .place = {5, 6}},
+                              {.kind = Kind::kMouse, .value = 10, .place = {5, 6}}});
+    ASSERT_EQ(acts.size(), 3U);
+    EXPECT_EQ(ScriptLineOf(acts[0].act), R"(mouse(2, 2, "left down"))");
+    EXPECT_EQ(ScriptLineOf(acts[2].act), R"(mouse(5, 6, "left up"))");
+}
+
 TEST(RecordedScript, WaitsWhereThePauseIsLongEnough)
 {
     const std::vector<RecordedAct> acts = {{{.kind = Kind::kCommand, .id = 1}, kShortestWaitMs - 1, 9},
