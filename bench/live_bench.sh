@@ -11,6 +11,6 @@ seconds=${2:-60}
 
 data=$(mktemp -d)
 trap 'rm -rf "$data"' EXIT
-cp "$top"/src/resources/defaults/* "$data"
+cp -r "$top"/src/resources/defaults/* "$data"
 sed -i 's/^ActiveCamera=.*/ActiveCamera=1/' "$data/kelvo.ini"
 "$kelvo" --offscreen --data "$data" --script "$top/bench/live_bench.lua" -- "$seconds" "${3:-}"

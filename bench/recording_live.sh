@@ -14,6 +14,6 @@ seconds=${3:-60}
 data=$(mktemp -d)
 out=$(mktemp -d -p "${5:-${TMPDIR:-/tmp}}")
 trap 'rm -rf "$data" "$out"' EXIT
-cp "$top"/src/resources/defaults/* "$data"
+cp -r "$top"/src/resources/defaults/* "$data"
 sed -i 's/^ActiveCamera=.*/ActiveCamera=1/' "$data/kelvo.ini"
 "$program" "$data" "$top/bench/recording_live.lua" "$out" "$seconds" "$what" "${4:-}"

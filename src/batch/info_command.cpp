@@ -20,7 +20,6 @@ namespace kelvo {
 namespace {
 
 constexpr std::string_view kWord = "info";
-constexpr std::int64_t kNsPerSecond = 1'000'000'000;
 constexpr int kFirstYearOfThisCentury = 70;  // a header's year below it is one of the years 2000 to 2069
 
 // --- Facts ----------------------------------------------------------------------------------------------------------
