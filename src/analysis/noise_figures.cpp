@@ -2,6 +2,7 @@
 
 #include "acquire/frame_sums.h"
 #include "imagefile/header.h"
+#include "pixel/bad_marks.h"
 #include "platform/memory.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ namespace kelvo {
 namespace {
 
 constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
-constexpr float kDeadGain = 0.001F;  // pixel/bad_pixels.h, IdentifyBadDet
 constexpr double kMillikelvin = 1000;
 constexpr double kPartThatIsntWorst = 0.99;
 
@@ -25,7 +25,7 @@ std::optional<std::size_t> GoodEntry(std::size_t pixel, const NoiseLists& lists,
     const std::size_t entry = lists.order.empty() ? pixel : lists.order[pixel];
     if (entry >= sums) return std::nullopt;
     if (lists.gains.empty()) return entry;
-    if (entry >= lists.gains.size() || !(std::fabs(lists.gains[entry]) > kDeadGain)) return std::nullopt;
+    if (entry >= lists.gains.size() || HasNoGain(lists.gains[entry])) return std::nullopt;
     return entry;
 }
 

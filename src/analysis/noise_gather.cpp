@@ -1,12 +1,12 @@
 #include "analysis/noise_gather.h"
 
-#include "calib/set_reader.h"
+#include "calib/set_bad_detectors.h"
 #include "grabber/frame_read.h"
 #include "grabber/frame_size.h"
 #include "grabber/recording.h"
 #include "imagefile/header.h"
 #include "imagefile/stored_frames.h"
-#include "pixel/bad_pixels.h"
+#include "pixel/bad_marks.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
@@ -16,10 +16,8 @@
 #include "state/frame_state.h"
 #include "ui/gather.h"
 #include "ui/status.h"
-#include "viewing/fitted_contrast.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 namespace kelvo {
@@ -115,9 +113,10 @@ Measured GatherLive(const NoiseRequest& request, std::string& why)
         if (!recording.Began()) return Refuse(why, {});  // a box has told it
         if (!AddLiveFrames(request.frames, *sums, measured.lost, why)) return std::nullopt;
     }
-    const std::vector<std::uint8_t> bad = BadPixelsOnView();
-    NoiseLists lists{.order = DecomList, .gains = {}, .bad = bad};
-    measured.knowsBad = CalType != 0;
+    const std::optional<BadDetMap> bad = BadDetectorsInForce();
+    NoiseLists lists{.order = DecomList, .gains = {}, .bad = {}};
+    if (bad) lists.bad = *bad;
+    measured.knowsBad = CalType != 0 && bad;
     if (CalType == kTwoPoint) {
         lists.gains = GainList;
         measured.pair = {IntensityCold, IntensityHot, TemperatureCold, TemperatureHot};
@@ -129,14 +128,6 @@ Measured GatherLive(const NoiseRequest& request, std::string& why)
 
 // --- A file ---------------------------------------------------------------------------------------------------------
 
-std::string NameOf(const std::string& path)
-{
-    std::string name;
-    std::string extension;
-    SplitPath(path, nullptr, nullptr, &name, &extension);
-    return name + extension;
-}
-
 bool BearsCalibration(const ImageHeaderRecord& header)
 {
     return header.IntensityCold != kUncalibratedIntensity || header.IntensityHot != kUncalibratedIntensity;
@@ -145,26 +136,6 @@ bool BearsCalibration(const ImageHeaderRecord& header)
 bool ListsAreComplete(const CalibrationSet& set)
 {
     return set.decom.read == ListRead::kComplete && set.gains.read == ListRead::kComplete;
-}
-
-// Of the set's own list and of its gains, in image order. False after a box.
-bool MarkBad(const CalibrationSet& set, const StoredFrames& file, std::vector<std::uint8_t>& bad)
-{
-    constexpr float kDeadGain = 0.001F;  // pixel/bad_pixels.h, IdentifyBadDet
-    if (set.badDetFile && !set.badDetFile->empty()) {
-        std::optional<BadDetMap> map =
-            ReadBadPixelFile(InSetDirectory(set.calPath, *set.badDetFile), static_cast<std::int32_t>(file.Columns()),
-                             static_cast<std::int32_t>(file.Rows()));
-        if (!map) return false;
-        bad = std::move(*map);
-    }
-    bad.resize(file.Pixels());
-    if (set.type != kTwoPoint || !ListsAreComplete(set)) return true;
-    for (std::size_t i = 0; i < bad.size(); ++i) {
-        const float gain = set.gains.entries[set.decom.entries[i]];
-        if (!(std::fabs(gain) > kDeadGain)) bad[i] = 1;
-    }
-    return true;
 }
 
 NoisePair PairOf(const ImageHeaderRecord& header)
@@ -195,7 +166,7 @@ bool AddFileFrames(StoredFrames& file, std::int64_t frames, NoiseSums& sums, std
             return false;
         }
         if (!file.ReadCounts(i, frame, why)) {
-            why = Format("%s %s.", NameOf(file.Path()).c_str(), why.c_str());
+            why = Format("%s %s.", FileNameOf(file.Path()).c_str(), why.c_str());
             return false;
         }
         const FrameRecord* const record = i > 0 ? file.RecordOf(i) : nullptr;
@@ -208,11 +179,11 @@ bool AddFileFrames(StoredFrames& file, std::int64_t frames, NoiseSums& sums, std
 Measured GatherFile(const NoiseRequest& request, std::string& why)
 {
     std::optional<StoredFrames> file = StoredFrames::Open(request.file, why);
-    if (!file) return Refuse(why, NameOf(request.file) + " " + why + ".");
+    if (!file) return Refuse(why, FileNameOf(request.file) + " " + why + ".");
     if (file->Frames() < request.frames) {
         const auto held = static_cast<long long>(file->Frames());
-        return Refuse(why,
-                      Format("%s holds only %lld frame%s.", NameOf(request.file).c_str(), held, held == 1 ? "" : "s"));
+        return Refuse(
+            why, Format("%s holds only %lld frame%s.", FileNameOf(request.file).c_str(), held, held == 1 ? "" : "s"));
     }
     std::optional<NoiseSums> sums = NoiseSums::Make(file->Pixels());
     if (!sums) return Refuse(why, kNoMemory);
@@ -228,16 +199,19 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
         measured.calibration = "the file's own";
     }
     CalibrationSet set;
-    std::vector<std::uint8_t> bad;
+    BadDetMap bad;
     NoiseLists lists;
     if (!request.set.empty()) {
-        if (!FileExists(request.set)) return Refuse(why, NameOf(request.set) + " can't be opened.");
+        if (!FileExists(request.set)) return Refuse(why, FileNameOf(request.set) + " can't be opened.");
         set = ReadSet(request.set, file->Pixels());
         if (set.memoryRefused) return Refuse(why, kNoMemory);
         if (!ListsAreComplete(set)) {
-            return Refuse(why, NameOf(request.set) + " has no lists for frames of this size.");
+            return Refuse(why, FileNameOf(request.set) + " has no lists for frames of this size.");
         }
-        if (!MarkBad(set, *file, bad)) return Refuse(why, {});
+        std::optional<BadDetMap> marks = BadDetectorsOfSet(set, static_cast<std::int32_t>(file->Columns()),
+                                                           static_cast<std::int32_t>(file->Rows()), why);
+        if (!marks) return std::nullopt;
+        bad = *std::move(marks);
         measured.knowsBad = true;
         measured.calibration = request.set;
         if (measured.raw) {

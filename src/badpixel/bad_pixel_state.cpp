@@ -1,9 +1,9 @@
 #include "badpixel/bad_pixel_state.h"
 
-#include "calib/unsaved_set.h"
 #include "pixel/bad_pixels_write.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
+#include "pixel/unsaved_set.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "state/cal_settings_write.h"

@@ -132,7 +132,7 @@ bool SubstituteAndMap(RunRecord& run);
 void TakeOver(const RunRecord& run);
 // Step: the settings as they stand, video set-up and camera included, become CalSettings.CalFile; then the files hold.
 // Where anything failed the former files come back, the operator is told, and the set in force stays in memory
-// (calib/unsaved_set.h). The report goes with the set; live video reads in degrees.
+// (pixel/unsaved_set.h). The report goes with the set; live video reads in degrees.
 StepOutcome SaveSet(RunRecord& run);
 
 // Each detector's offset, low mean - meanLow x gain, rounded half away from zero; rangeFlag 1: one doesn't fit 16 bits,

@@ -5,7 +5,7 @@
 #include "calib/orientation.h"
 #include "calib/report_file.h"
 #include "calib/run_steps.h"
-#include "calib/unsaved_set.h"
+#include "calib/unsaved_lists.h"
 #include "config/frame_rate_table.h"
 #include "display/display_pipeline.h"
 #include "head/camera_head.h"

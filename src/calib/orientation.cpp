@@ -1,11 +1,11 @@
 #include "calib/orientation.h"
 
-#include "calib/unsaved_set.h"
 #include "config/frame_rate_table.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/coefficient_lists.h"
 #include "pixel/decommutation.h"
 #include "pixel/unity_coefficients.h"
+#include "pixel/unsaved_set.h"
 #include "platform/box.h"
 #include "platform/files.h"
 #include "platform/memory.h"

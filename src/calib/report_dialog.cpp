@@ -2,7 +2,7 @@
 
 #include "calib/report_file.h"
 #include "calib/report_map.h"
-#include "calib/unsaved_set.h"
+#include "pixel/unsaved_set.h"
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/paint.h"

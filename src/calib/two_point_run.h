@@ -19,7 +19,7 @@ namespace kelvo {
 // array's mean response is below it. An offset beyond 16 bits is asked about. Where the former set can't be copied
 // aside
 // ("Failed to save file: ...") there is no room for a new one either, and the run fails. A set that can't be written
-// after that is told, and the calibration is in force from memory (calib/unsaved_set.h).
+// after that is told, and the calibration is in force from memory (pixel/unsaved_set.h).
 int TwoPointCalibrate(HWND window, const CameraConfig& config, std::int32_t& doneFlag);
 
 // The same for who took what was in force before he asked the operator for the run's settings.

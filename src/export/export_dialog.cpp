@@ -85,14 +85,6 @@ Choice lastChoice;
 
 std::vector<OfferedSource> offered;  // while the dialog is open
 
-std::string NameOf(const std::string& path)
-{
-    std::string name;
-    std::string extension;
-    SplitPath(path, nullptr, nullptr, &name, &extension);
-    return name + extension;
-}
-
 std::string StemOf(const std::string& path)
 {
     std::string name;
@@ -112,7 +104,7 @@ std::vector<OfferedSource> SourcesThatAreThere()
     std::vector<OfferedSource> sources;
     if (ViewingFile && !IsCoefficientFile(ViewFilePath)) {
         sources.push_back(
-            {ExportWhat::kFile, "Frames of " + NameOf(ViewFilePath), std::int64_t{ImageHeader.FrameCount}});
+            {ExportWhat::kFile, "Frames of " + FileNameOf(ViewFilePath), std::int64_t{ImageHeader.FrameCount}});
     }
     if (ViewingFile || CameraOn) sources.push_back({ExportWhat::kOnView, "Picture on view", 1});
     const std::int64_t host = std::min<std::int64_t>(FramesInBuffer, std::ssize(HostFrames));
@@ -208,7 +200,7 @@ void Browse(HWND dialog)
                                                    .title = "Export",
                                                    .filters = {{text, pattern}, {"All Files (*.*)", "*.*"}},
                                                    .directory = DirectoryOf(target),
-                                                   .name = NameOf(target),
+                                                   .name = FileNameOf(target),
                                                    .defaultExtension = format.extension.substr(1),
                                                    // Whether it is replaced is asked when it is to be written.
                                                    .accept = [](const std::string&) { return true; }});
@@ -348,7 +340,7 @@ void NoteWritten()
         NoteSavedFile(written.path, static_cast<std::uint32_t>(written.outcome.frames));
         return;
     }
-    StatusNote(Format(" Stopped: %s has %lld of %lld frames", NameOf(written.path).c_str(),
+    StatusNote(Format(" Stopped: %s has %lld of %lld frames", FileNameOf(written.path).c_str(),
                       static_cast<long long>(written.outcome.frames), static_cast<long long>(written.wanted)));
 }
 

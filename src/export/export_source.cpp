@@ -2,9 +2,9 @@
 
 #include "analysis/measured_frame.h"
 #include "calib/apply_calibration.h"
+#include "calib/set_bad_detectors.h"
 #include "calib/set_correction.h"
 #include "display/units.h"
-#include "export/bad_detectors.h"
 #include "grabber/frame_size.h"
 #include "grabber/host_frames.h"
 #include "platform/clock.h"
@@ -114,9 +114,9 @@ std::optional<ExportSource> ExportSource::Open(const ExportRequest& request, std
                       : request.what == ExportWhat::kOnView ? &ExportSource::TakePictureOnView
                                                             : &ExportSource::TakeHostFrames;
     const bool isOpen = (source.*open)(request, why) && source.TakeRectangle(request, why) &&
-                        source.TakeCorrection(request, why) && source.TakeUnit(request, why);
+                        source.TakeCorrection(request, why) && source.TakeUnit(request, why) &&
+                        source.TakeBadDetectors(request, why);
     if (!isOpen) return std::nullopt;
-    source.TakeBadDetectors();
     source.MakeTable(request);
     return source;
 }
@@ -344,17 +344,22 @@ bool ExportSource::TakeUnit(const ExportRequest& request, std::string& why)
     return false;
 }
 
-void ExportSource::TakeBadDetectors()
+bool ExportSource::TakeBadDetectors(const ExportRequest& request, std::string& why)
 {
     Provenance& provenance = description_.provenance;
-    if (IsRaw()) return;
-    std::optional<std::vector<std::uint8_t>> bad;
+    if (IsRaw()) return true;
+    std::optional<BadDetMap> bad;
     if (correctedInForce_) {
-        bad = BadDetectorsInForce(columns_, rows_);
+        bad = BadDetectorsInForce();
     } else if (!provenance.set.empty() && ChecksumOf(provenance.set) == provenance.setSha256) {
-        bad = BadDetectorsOfSet(provenance.set, columns_, rows_);
+        std::string whyUnknown;
+        bad = BadDetectorsOfSet(provenance.set, static_cast<std::int32_t>(columns_), static_cast<std::int32_t>(rows_),
+                                whyUnknown);
+        const bool isAsked = !request.set.empty();  // the frames were corrected with it once, or are to be now
+        if (!bad && isAsked) why = whyUnknown;
+        if (!bad && isAsked) return false;
     }
-    if (!bad) return;
+    if (!bad || bad->size() != columns_ * rows_) return true;
     std::vector<std::uint8_t>& cut = description_.badDetectors;
     cut.reserve(description_.Pixels());
     for (std::size_t row = 0; row < rectangle_.rows; ++row) {
@@ -364,6 +369,7 @@ void ExportSource::TakeBadDetectors()
     }
     provenance.badKnown = true;
     provenance.badDetectors = std::ranges::count_if(cut, [](std::uint8_t mark) { return mark != 0; });
+    return true;
 }
 
 void ExportSource::MakeTable(const ExportRequest& request)

@@ -46,8 +46,9 @@ struct ExportRequest {
 class ExportSource {
   public:
     // nullopt with why, a sentence: the file can't be opened, has no frames of that range, isn't raw or is it, has no
-    // two sources for a temperature, the set doesn't fit; no picture is on view; nothing is in host memory; the region
-    // lies outside of the frame; no volts are known. Nothing is told in a box.
+    // two sources for a temperature, the set doesn't fit or its list of bad detectors can't be read; no picture is on
+    // view; nothing is in host memory; the region lies outside of the frame; no volts are known. Nothing is told in a
+    // box.
     static std::optional<ExportSource> Open(const ExportRequest& request, std::string& why);
 
     // Frames, size, form, bad detectors and provenance. Bad detectors are known where a calibration that can be read
@@ -75,7 +76,7 @@ class ExportSource {
     bool TakeCorrection(const ExportRequest& request, std::string& why);
     bool CorrectWithListsInForce(std::string& why);
     bool TakeUnit(const ExportRequest& request, std::string& why);
-    void TakeBadDetectors();
+    bool TakeBadDetectors(const ExportRequest& request, std::string& why);
     void MakeTable(const ExportRequest& request);
     bool IsRaw() const;
     bool IsWholeFrame() const;

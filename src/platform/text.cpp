@@ -292,6 +292,14 @@ void SplitPath(std::string_view path, std::string* drive, std::string* directory
     Give(extension, path.substr(nameEnd));
 }
 
+std::string FileNameOf(std::string_view path)
+{
+    std::string name;
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, &name, &extension);
+    return name + extension;
+}
+
 std::string MakePath(std::string_view drive, std::string_view directory, std::string_view name,
                      std::string_view extension)
 {

@@ -44,6 +44,8 @@ void FormatThousands(std::int32_t value, std::string& text);
 // Both separators count. SplitPath and MakePath are each other's inverse.
 void SplitPath(std::string_view path, std::string* drive, std::string* directory, std::string* name,
                std::string* extension);
+// Name and extension, without the directory.
+std::string FileNameOf(std::string_view path);
 // Adds a separator after the directory and a point before the extension where they lack one.
 std::string MakePath(std::string_view drive, std::string_view directory, std::string_view name,
                      std::string_view extension);

@@ -7,16 +7,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 
 namespace kelvo {
-
-// The map of a set for frames of columns x rows, image order: what its .bad lists, and detectors whose gain in its .gai
-// lies within 0.001 of zero. Nothing is told; nullopt with the reason in why, a whole sentence: a file of the set can't
-// be read, was made for frames of another size, or lists what lies outside of this one.
-std::optional<BadDetMap> BadDetectorsOfSet(const std::string& calPath, std::int32_t columns, std::int32_t rows,
-                                           std::string& why);
 
 // What the operator chose: whether bad detectors are left out, and by which set for files; empty: none is named.
 extern const std::int32_t& LeaveBadDetectorsOut;  // 0 or 1; 0 at the start

@@ -1,10 +1,10 @@
 #include "shell/undo_snapshot.h"
 
-#include "calib/unsaved_set.h"
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "display/unit_list.h"
 #include "display/units.h"
+#include "pixel/unsaved_set.h"
 #include "regions/region_list.h"
 #include "state/cal_settings.h"
 #include "state/cal_state.h"

@@ -87,20 +87,12 @@ std::string WithoutLastCharacter(std::string text)
     return text;
 }
 
-std::string NameOf(std::string_view path)
-{
-    std::string name;
-    std::string extension;
-    SplitPath(path, nullptr, nullptr, &name, &extension);
-    return name + extension;
-}
-
 // Several names in one text: the folder, then the names, parted by blanks; a single choice stands as its whole path.
 std::string JoinSelection(const std::vector<std::string>& paths)
 {
     if (paths.size() == 1) return paths.front();
     std::string joined = WithoutLastCharacter(DirectoryOf(paths.front()));
-    for (const std::string& path : paths) joined += " " + NameOf(path);
+    for (const std::string& path : paths) joined += " " + FileNameOf(path);
     return joined;
 }
 

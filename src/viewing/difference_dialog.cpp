@@ -37,14 +37,6 @@ void Redraw()
     ShowStatusMark(DifferenceOnView() ? "Difference" : "");
 }
 
-std::string NameOf(const std::string& path)
-{
-    std::string name;
-    std::string extension;
-    SplitPath(path, nullptr, nullptr, &name, &extension);
-    return name + extension;
-}
-
 bool BearsCalibration(const ImageHeaderRecord& header)
 {
     return header.IntensityCold != kUncalibratedIntensity || header.IntensityHot != kUncalibratedIntensity;
@@ -85,7 +77,7 @@ std::optional<std::vector<std::int16_t>> ReadReference(HWND dialog, const std::s
     std::string why;
     std::optional<StoredFrames> file = StoredFrames::Open(path, why);
     if (!file) {
-        RefuseField(dialog, kDifferFileName, NameOf(path) + " " + why + ".");
+        RefuseField(dialog, kDifferFileName, FileNameOf(path) + " " + why + ".");
         return std::nullopt;
     }
     if (std::string reason = WhyNotComparable(*file); !reason.empty()) {
@@ -103,7 +95,7 @@ std::optional<std::vector<std::int16_t>> ReadReference(HWND dialog, const std::s
         return std::nullopt;
     }
     if (!file->ReadCounts(frame, counts, why)) {
-        RefuseField(dialog, kDifferFileName, NameOf(path) + " " + why + ".");
+        RefuseField(dialog, kDifferFileName, FileNameOf(path) + " " + why + ".");
         return std::nullopt;
     }
     if (!BearsCalibration(file->Header()) && !PutInImageOrder(counts)) {
@@ -138,7 +130,7 @@ void AcceptFile(HWND dialog)
     const std::optional<std::int32_t> frame = ScanDecimal(GetDlgItemText(dialog, kDifferFrame));
     if (!frame || *frame < 0) return RefuseField(dialog, kDifferFrame, "Please enter the number of a frame, from 0.");
     const auto reference = ReadReference(dialog, path, *frame);
-    if (reference) Show(dialog, *reference, Format("frame %d of %s", *frame, NameOf(path).c_str()));
+    if (reference) Show(dialog, *reference, Format("frame %d of %s", *frame, FileNameOf(path).c_str()));
 }
 
 void Accept(HWND dialog)

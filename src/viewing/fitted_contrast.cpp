@@ -3,7 +3,7 @@
 #include "display/display_pipeline.h"
 #include "display/fit_contrast.h"
 #include "grabber/frame_size.h"
-#include "pixel/bad_pixels.h"
+#include "pixel/bad_marks.h"
 #include "platform/box.h"
 #include "platform/menu.h"
 #include "platform/timers.h"
@@ -17,7 +17,7 @@
 #include "state/windows.h"
 #include "ui/view_switch.h"
 
-#include <cmath>
+#include <optional>
 
 namespace kelvo {
 
@@ -32,17 +32,6 @@ bool hasFitted = false;  // since it was switched on
 bool PictureIsOnView()
 {
     return ViewingFile ? !ImageBuffer.empty() : CameraOn && !LiveFrame.empty();
-}
-
-// A gain of nothing says that the detector doesn't follow the flux (pixel/bad_pixels.h, IdentifyBadDet).
-void MarkByGain(std::vector<std::uint8_t>& marks)
-{
-    constexpr float kDeadGain = 0.001F;
-    if (CalType != 2 || DecomList.size() < marks.size()) return;
-    for (std::size_t i = 0; i < marks.size(); ++i) {
-        const std::size_t detector = DecomList[i];
-        if (detector < GainList.size() && std::fabs(GainList[detector]) <= kDeadGain) marks[i] = 1;
-    }
 }
 
 void Refit()
@@ -70,10 +59,8 @@ std::vector<std::uint8_t> BadPixelsOnView()
 {
     const Point size = FrameSizeOnView();
     if (size.x != ActiveConfig.Hroi || size.y != ActiveConfig.Vroi || size.x <= 0 || size.y <= 0) return {};
-    std::vector<std::uint8_t> marks = BadDetList;
-    marks.resize(static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.y));
-    if (!ViewingFile) MarkByGain(marks);
-    return marks;
+    const std::optional<BadDetMap> marks = ViewingFile ? ListedInForce() : BadDetectorsInForce();
+    return marks.value_or(BadDetMap(static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.y)));
 }
 
 void FitContrastOnView()

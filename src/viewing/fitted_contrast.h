@@ -10,8 +10,8 @@ namespace kelvo {
 // Contrast and brightness from the frame on view; where the file's range doesn't allow it, it says why.
 void FitContrastOnView();
 
-// Marks (non-zero) for the pixels of the frame on view whose detectors are bad: those of the map in force, and those
-// whose gain says it. Empty where the frame isn't of the camera's size.
+// Marks (non-zero) for the pixels of the frame on view whose detectors are bad (pixel/bad_marks.h): those of the list
+// in force, and of the camera's own frames those without a gain. Empty where the frame isn't of the camera's size.
 std::vector<std::uint8_t> BadPixelsOnView();
 
 constexpr std::uint32_t kFitTimer = 22;  // of the main window

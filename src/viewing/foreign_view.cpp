@@ -25,14 +25,6 @@ namespace {
 constexpr std::size_t kMostSourceBytes = 65536;
 constexpr int kMostOfOneName = 9999;
 
-std::string FileNameOf(std::string_view path)
-{
-    std::string name;
-    std::string extension;
-    SplitPath(path, nullptr, nullptr, &name, &extension);
-    return name + extension;
-}
-
 constexpr const char* kRefused = "can't be opened: its copy can't be written";
 
 // One line, whatever the name holds.

@@ -33,14 +33,6 @@ std::string origin;                    // of a copy of another program's file; e
 bool mayBeReplaced = true;             // the operator has opened a file since: what is known of it may be another's
 std::set<std::string> shownAsTheyAre;  // recordings that the operator didn't want made whole
 
-std::string FileNameOf(std::string_view path)
-{
-    std::string name;
-    std::string extension;
-    SplitPath(path, nullptr, nullptr, &name, &extension);
-    return name + extension;
-}
-
 long long Long(std::int64_t value)
 {
     return value;

@@ -12,11 +12,6 @@ namespace kelvo {
 
 namespace {
 
-std::string NameOf(const std::string& path)
-{
-    return path.substr(DirectoryOf(path).size());
-}
-
 std::string InDirectoryOf(const std::string& path)
 {
     const std::filesystem::path directory(DirectoryOf(path));
@@ -50,7 +45,7 @@ CommandEnd Note(const std::string& text)
 
 CommandEnd NoteSavedFile(const std::string& path, std::uint32_t frames)
 {
-    return Note("Saved " + NameOf(path) + Format(": %u frame%s, ", frames, frames == 1 ? "" : "s") +
+    return Note("Saved " + FileNameOf(path) + Format(": %u frame%s, ", frames, frames == 1 ? "" : "s") +
                 SizeText(SizeOf(path)) + InDirectoryOf(path));
 }
 
@@ -59,22 +54,22 @@ CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t
     std::uint64_t bytes = 0;
     for (const std::string& path : paths) bytes += SizeOf(path);
     const std::string& first = paths.front();
-    std::string what = NameOf(first);
+    std::string what = FileNameOf(first);
     if (wanted > 1) {
         const std::string count = Format("%zu", paths.size()) + (paths.size() < wanted ? Format(" of %u", wanted) : "");
-        what = count + " bitmaps, " + NameOf(first) + " to " + NameOf(paths.back());
+        what = count + " bitmaps, " + FileNameOf(first) + " to " + FileNameOf(paths.back());
     }
     return Note("Saved " + what + ": " + SizeText(bytes) + InDirectoryOf(first));
 }
 
 CommandEnd NoteSavedPicture(const std::string& path, const std::string& more)
 {
-    return Note("Saved " + NameOf(path) + more + ": " + SizeText(SizeOf(path)) + InDirectoryOf(path));
+    return Note("Saved " + FileNameOf(path) + more + ": " + SizeText(SizeOf(path)) + InDirectoryOf(path));
 }
 
 CommandEnd NoteSavedSet(const std::string& calPath)
 {
-    return Note("Saved calibration " + NameOf(calPath) + InDirectoryOf(calPath));
+    return Note("Saved calibration " + FileNameOf(calPath) + InDirectoryOf(calPath));
 }
 
 }  // namespace kelvo

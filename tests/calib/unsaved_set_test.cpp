@@ -1,5 +1,5 @@
 // A calibration in force whose files couldn't be written: what goes on from it, and what becomes of the former files.
-#include "calib/unsaved_set.h"
+#include "pixel/unsaved_set.h"
 
 #include "calib/calibration_commands.h"
 #include "calib/calibration_set.h"

@@ -3,11 +3,13 @@
 
 #include "imagefile/header_write.h"
 #include "pixel/bad_pixels_write.h"
+#include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
 #include "state/camera_config_write.h"
 #include "state/frame_state_write.h"
 #include "support/operator.h"
 #include "support/stored_files.h"
+#include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,19 +28,28 @@ class BadOnView : public testing::Test {
         write::camera.ActiveConfig.Vroi = 1;
         write::cal.DecomList = {3, 2, 1, 0};
         write::cal.GainList = {1.0F, 0.0005F, 1.1F, 0.9F};
-        write::badPixels.BadDetList = {1, 0, 0, 0};
+        PutFile(list, "   0,   0\n");
+        write::calSet.CalSettings.BadDetFile = list;
     }
     TestOperator op;
+    TempDirectory directory;
+    std::string list = directory / "a.bad";
 };
 
-TEST_F(BadOnView, ThoseOfTheMapAndThoseWithoutGain)
+TEST_F(BadOnView, ThoseOfTheListAndThoseWithoutGain)
 {
     write::cal.CalType = 2;
     EXPECT_THAT(BadPixelsOnView(), ElementsAre(1, 0, 1, 0)) << "the second detector is the third pixel";
     write::cal.CalType = 1;
     EXPECT_THAT(BadPixelsOnView(), ElementsAre(1, 0, 0, 0)) << "gains that aren't in force say nothing";
-    write::badPixels.BadDetList.clear();
+    write::calSet.CalSettings.BadDetFile.clear();
     EXPECT_THAT(BadPixelsOnView(), ElementsAre(0, 0, 0, 0));
+}
+
+TEST_F(BadOnView, TheMapOfAnEarlierRunSaysNothing)
+{
+    write::badPixels.BadDetList = {0, 0, 0, 1};  // another set has been loaded since
+    EXPECT_THAT(BadPixelsOnView(), ElementsAre(1, 0, 0, 0));
 }
 
 TEST_F(BadOnView, AFileOfAnotherSizeHasNone)

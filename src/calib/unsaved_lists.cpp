@@ -1,4 +1,4 @@
-#include "calib/unsaved_set.h"
+#include "calib/unsaved_lists.h"
 
 #include "calib/last_set.h"
 #include "calib/run_steps.h"
@@ -6,16 +6,12 @@
 #include "state/cal_state.h"
 #include "state/camera_config.h"
 
-#include <optional>
 #include <span>
 #include <string_view>
-#include <utility>
 
 namespace kelvo {
 
 namespace {
-
-std::optional<UnsavedSet> unsaved;
 
 template <typename Entry>
 bool WriteEntries(const std::string& calPath, std::string_view extension, const std::vector<Entry>& entries)
@@ -40,21 +36,6 @@ bool WriteBadDetectors(const UnsavedSet& set, const std::string& path)
 }
 
 }  // namespace
-
-const UnsavedSet* SetWithoutFiles()
-{
-    return unsaved ? &*unsaved : nullptr;
-}
-
-void KeepUnsavedSet(UnsavedSet set)
-{
-    unsaved = std::move(set);
-}
-
-void ForgetUnsavedSet()
-{
-    unsaved.reset();
-}
 
 bool WriteUnsavedLists(const UnsavedSet& set, const std::string& calPath)
 {

@@ -25,8 +25,4 @@ void KeepUnsavedSet(UnsavedSet set);
 // Its files stand now, or another calibration is in force.
 void ForgetUnsavedSet();
 
-// The lists, with the table in force, as the files of a .cal: all but the .cal itself. False where one couldn't be
-// written, or one that this set doesn't have couldn't be removed.
-bool WriteUnsavedLists(const UnsavedSet& set, const std::string& calPath);
-
 }  // namespace kelvo

@@ -1,0 +1,35 @@
+// Which pixels are known to be bad, for what measures, fits or exports. Maps have one byte a pixel in image order,
+// non-zero marks a bad one. Nothing is told in a box.
+#pragma once
+
+#include "pixel/bad_pixels.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kelvo {
+
+// A gain within -0.001 to 0.001 (pixel/bad_pixels.h, IdentifyBadDet): the detector doesn't follow the flux. One that
+// isn't a number says the same.
+bool HasNoGain(float gain);
+
+// Marks the pixels whose detectors have none; gains in readout order, decomList gives the detector of each pixel. One
+// without an entry, or without a gain there, stays as it is.
+void MarkWithoutGain(BadDetMap& map, std::span<const float> gains, std::span<const std::uint32_t> decomList);
+
+// Marks what a .bad lists, of rows of so many columns. The first thing that is amiss, a sentence; empty: nothing is.
+// "NAME can't be read." (no file, or longer than 64 MB; nothing is marked then); a line that is no pair, or names what
+// lies outside of the map: the other lines are marked.
+std::string MarkListed(BadDetMap& map, std::int32_t columns, const std::string& path);
+
+// Those of the camera's picture, Vroi x Hroi: what the list of the calibration in force names. That is the set's
+// BadDetFile, or its own memory where its files couldn't be written (pixel/unsaved_set.h). nullopt where the list can't
+// be read, or the section names no size.
+std::optional<BadDetMap> ListedInForce();
+// And those whose detectors have no gain, where gains are in force.
+std::optional<BadDetMap> BadDetectorsInForce();
+
+}  // namespace kelvo
