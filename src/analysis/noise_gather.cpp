@@ -128,11 +128,6 @@ Measured GatherLive(const NoiseRequest& request, std::string& why)
 
 // --- A file ---------------------------------------------------------------------------------------------------------
 
-bool BearsCalibration(const ImageHeaderRecord& header)
-{
-    return header.IntensityCold != kUncalibratedIntensity || header.IntensityHot != kUncalibratedIntensity;
-}
-
 bool ListsAreComplete(const CalibrationSet& set)
 {
     return set.decom.read == ListRead::kComplete && set.gains.read == ListRead::kComplete;
@@ -191,7 +186,7 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
     NoiseMeasurement measured;
     measured.source = request.file;
     measured.calibration = "none";
-    measured.raw = !BearsCalibration(file->Header());
+    measured.raw = !file->AreCorrected();
     measured.columns = file->Header().ImageWidth;
     measured.rows = file->Header().ImageHeight;
     if (!measured.raw) {

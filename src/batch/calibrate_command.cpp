@@ -199,20 +199,10 @@ Failure ReadSettings(const Request& request, StoredCalibrationSettings& settings
 
 // --- The frames -----------------------------------------------------------------------------------------------------
 
-// A file whose frames have been corrected says so in its journal, or in a header that names sources.
-bool IsCorrected(const StoredFrames& frames)
-{
-    if (const FramesFile* const journal = frames.Journal()) {
-        return journal->head.Text(frames_key::kPixels) == kCorrectedPixels;
-    }
-    const ImageHeaderRecord& header = frames.Header();
-    return header.IntensityCold != kUncalibratedIntensity && header.IntensityCold != 0;
-}
-
 Failure WhyNotRaw(const StoredFrames& frames, const CameraConfig& config, std::int32_t camera)
 {
     if (frames.Header().SampleBytes != sizeof(std::int16_t)) return "holds floats, not counts";
-    if (IsCorrected(frames)) return "is corrected already: raw frames are needed";
+    if (frames.AreCorrected()) return "is corrected already: raw frames are needed";
     if (std::cmp_equal(frames.Columns(), config.Hroi) && std::cmp_equal(frames.Rows(), config.Vroi)) {
         return std::nullopt;
     }

@@ -38,11 +38,6 @@ std::string HeaderTime(const ImageHeaderRecord& header)
                   header.Second);
 }
 
-bool IsCalibrated(const ImageHeaderRecord& header)
-{
-    return header.IntensityCold != kUncalibratedIntensity;
-}
-
 std::string SourceText(int counts, float degreesC)
 {
     const bool known = degreesC > kUncalibratedTemperature;
@@ -54,7 +49,7 @@ std::string SourceText(int counts, float degreesC)
 
 std::string SourcesText(const ImageHeaderRecord& header)
 {
-    if (!IsCalibrated(header)) return "none";
+    if (!BearsCalibration(header)) return "none";
     std::string text = "low source " + SourceText(header.IntensityCold, header.TemperatureCold);
     if (header.IntensityHot != kUncalibratedIntensity) {
         text += ", high source " + SourceText(header.IntensityHot, header.TemperatureHot);
@@ -253,7 +248,7 @@ std::string InfoJson(const StoredFrames& frames)
     json.Member("first_utc", times.first.empty() ? "null" : '"' + times.first + '"');
     json.Member("last_utc", times.last.empty() ? "null" : '"' + times.last + '"');
     json.Member("duration_s", times.seconds ? ShortestText(*times.seconds) : "null");
-    json.Truth("calibrated", IsCalibrated(header)).Member("header", HeaderJson(header));
+    json.Truth("calibrated", BearsCalibration(header)).Member("header", HeaderJson(header));
     const FramesFile* const journal = frames.Journal();
     return json.Member("journal", journal ? JournalJson(*journal) : "null").Json();
 }

@@ -56,18 +56,6 @@ std::string ChecksumOf(const std::string& path)
     return contents ? Sha256Of(*contents) : std::string();
 }
 
-bool HasTwoSources(const ImageHeaderRecord& header)
-{
-    return header.IntensityCold < header.IntensityHot && header.TemperatureCold < header.TemperatureHot;
-}
-
-// A calibration with one source, or with two, has left its mark; without one that of the first says that there is none.
-bool IsMarkedCorrected(const ImageHeaderRecord& header)
-{
-    const bool hasOneSource = header.IntensityHot == kUncalibratedIntensity;
-    return header.IntensityCold != kUncalibratedIntensity && (hasOneSource || HasTwoSources(header));
-}
-
 // Volts of a count by two given ends, as CountsToUnit reckons by those in force.
 float VoltsOf(std::int32_t count, const ImageHeaderRecord& header, const std::pair<float, float>& ends)
 {
@@ -139,9 +127,7 @@ void ExportSource::DescribeFile(const StoredFrames& frames)
 {
     description_.provenance.header = frames.Header();
     if (frames.Journal()) AddHead(frames.Journal()->head, description_.provenance);
-    if (description_.provenance.pixels.empty() && IsMarkedCorrected(frames.Header())) {
-        description_.provenance.pixels = kCorrectedPixels;
-    }
+    if (frames.AreCorrected()) description_.provenance.pixels = kCorrectedPixels;
 }
 
 bool ExportSource::TakeRange(const ExportRequest& request, std::int64_t frames, std::string& why)
@@ -183,7 +169,7 @@ bool ExportSource::TakePictureOnView(const ExportRequest& /*request*/, std::stri
         onViewIndex_ = ViewingSequence ? std::int64_t{SequenceFrameIndex} : 0;
         DescribeFile(*stored);
         file_ = std::move(stored);
-    } else if (IsMarkedCorrected(ImageHeader)) {
+    } else if (BearsCalibration(ImageHeader)) {
         description_.provenance.pixels = kCorrectedPixels;
     }
     description_.provenance.header = ImageHeader;

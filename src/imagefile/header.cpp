@@ -187,6 +187,17 @@ int Failed(std::string_view text, std::string_view caption)
 
 }  // namespace
 
+bool HasTwoSources(const ImageHeaderRecord& header)
+{
+    return header.IntensityCold < header.IntensityHot && header.TemperatureCold < header.TemperatureHot;
+}
+
+bool BearsCalibration(const ImageHeaderRecord& header)
+{
+    const bool hasOneSource = header.IntensityHot == kUncalibratedIntensity;
+    return header.IntensityCold != kUncalibratedIntensity && (hasOneSource || HasTwoSources(header));
+}
+
 std::int64_t FrameRecordBytes(const ImageHeaderRecord& header)
 {
     return std::int64_t{header.ImageWidth} * header.ImageHeight * header.SampleBytes + header.ImageHeaderDataOffset;

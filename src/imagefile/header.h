@@ -102,6 +102,13 @@ static_assert(sizeof(FrameHeaderRecord) == 80);
 
 constexpr std::int16_t kUncalibratedIntensity = -10000;
 constexpr float kUncalibratedTemperature = -999.0F;
+
+// Two sources, the cold one's intensity and temperature below the hot one's.
+bool HasTwoSources(const ImageHeaderRecord& header);
+// The header tells of a calibration by one source (its intensity is the cold one) or two; without one it has
+// kUncalibratedIntensity, or what a program that knows of none left there.
+bool BearsCalibration(const ImageHeaderRecord& header);
+
 constexpr std::int16_t kFirstVersionWithFrameHeaders = 8;  // before it ImageHeaderDataOffset means nothing
 constexpr std::int32_t kMaxImageSide = 1024;               // beyond it a header's frame count is taken as stored
 

@@ -66,6 +66,12 @@ void StoredFrames::ReadJournal()
     if (isItsOwn) journal_ = std::move(journal);
 }
 
+bool StoredFrames::AreCorrected() const
+{
+    const std::string told = journal_ ? journal_->head.Text(frames_key::kPixels) : std::string();
+    return told.empty() ? BearsCalibration(header_) : told == kCorrectedPixels;
+}
+
 const FrameRecord* StoredFrames::RecordOf(std::int64_t frame) const
 {
     const bool isTold = journal_ && frame >= 0 && frame < std::ssize(journal_->records);

@@ -38,6 +38,8 @@ class StoredFrames {
     // The journal; null where none lies beside the file, or one that isn't this file's. Its records may end before the
     // frames do.
     const FramesFile* Journal() const { return journal_ ? &*journal_ : nullptr; }
+    // Whether a calibration has corrected the frames: as the journal says, where it doesn't, as the header bears one.
+    bool AreCorrected() const;
     // What the journal says of a frame, from 0; null: nothing.
     const FrameRecord* RecordOf(std::int64_t frame) const;
     // Seconds from the first frame to this one: by the journal's clock where it knows both, else by the number in the

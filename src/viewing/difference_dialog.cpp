@@ -37,11 +37,6 @@ void Redraw()
     ShowStatusMark(DifferenceOnView() ? "Difference" : "");
 }
 
-bool BearsCalibration(const ImageHeaderRecord& header)
-{
-    return header.IntensityCold != kUncalibratedIntensity || header.IntensityHot != kUncalibratedIntensity;
-}
-
 // Why its frames can't be compared with the camera's picture; empty: they can.
 std::string WhyNotComparable(const StoredFrames& file)
 {

@@ -8,6 +8,7 @@
 #include "state/head_state_write.h"
 #include "support/full_disk.h"
 #include "support/shown.h"
+#include "support/stored_files.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
@@ -523,6 +524,29 @@ TEST_F(ImageData, ShorterThanItsCountIsTold)
     EXPECT_EQ(WriteImageData(path, data, 0, 5, false), 0);
     EXPECT_THAT(BoxesShown(),
                 ElementsAre(ShownBox{.caption = "Software Error", .text = "Error writing data from buffer to file."}));
+}
+
+TEST(HeaderOfACalibration, NamesOneSourceOrTwo)
+{
+    ImageHeaderRecord header = PlainHeader(1, 1);
+    EXPECT_FALSE(BearsCalibration(header));
+    header.IntensityCold = 3000;
+    EXPECT_TRUE(BearsCalibration(header));
+    EXPECT_FALSE(HasTwoSources(header));
+    header.IntensityHot = 9000;
+    header.TemperatureCold = 20.0F;
+    header.TemperatureHot = 25.0F;
+    EXPECT_TRUE(BearsCalibration(header));
+    EXPECT_TRUE(HasTwoSources(header));
+}
+
+TEST(HeaderOfACalibration, IsNoneThatNobodyFilled)
+{
+    ImageHeaderRecord header = PlainHeader(1, 1);
+    header.IntensityCold = header.IntensityHot = 0;
+    header.TemperatureCold = header.TemperatureHot = 0.0F;
+    EXPECT_FALSE(BearsCalibration(header));
+    EXPECT_FALSE(HasTwoSources(header));
 }
 
 }  // namespace

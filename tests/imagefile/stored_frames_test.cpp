@@ -111,6 +111,34 @@ TEST(StoredFrames, AJournalOfAnotherSequenceIsNone)
     EXPECT_EQ(frames->Journal(), nullptr);
 }
 
+TEST(StoredFrames, AreCorrectedAsTheJournalSaysAndElseTheHeader)
+{
+    const TempDirectory directory;
+    const std::string path = directory.Path() + "/a.seq";
+    const auto areCorrected = [&] {
+        std::string why;
+        const std::optional<StoredFrames> frames = StoredFrames::Open(path, why);
+        return frames && frames->AreCorrected();
+    };
+    ImageHeaderRecord header = PlainHeader(1, 1);
+    WriteImageFile(path, header, {{1}});
+    EXPECT_FALSE(areCorrected());
+    header.IntensityCold = 3000;
+    WriteImageFile(path, header, {{1}});
+    EXPECT_TRUE(areCorrected());
+
+    FramesHead head;
+    head.columns = 1;
+    head.rows = 1;
+    head.pixelBytes = 2;
+    const std::array records = {Sealed({.number = 1})};
+    ASSERT_TRUE(ReplaceFramesFile(FramesPathOf(path), head, records, std::nullopt));
+    EXPECT_TRUE(areCorrected());  // it doesn't say
+    head.SetText(frames_key::kPixels, kRawPixels);
+    ASSERT_TRUE(ReplaceFramesFile(FramesPathOf(path), head, records, std::nullopt));
+    EXPECT_FALSE(areCorrected());
+}
+
 TEST(StoredFrames, WhatIsNoneIsRefusedWithAReason)
 {
     const TempDirectory directory;
