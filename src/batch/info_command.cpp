@@ -264,7 +264,7 @@ int InfoCommand(std::span<const std::string> arguments)
         std::string why;
         const std::optional<StoredFrames> frames = StoredFrames::Open(path, why);
         if (!frames) {
-            code = TellBatchFailure(kWord, path + ' ' + why);
+            code = TellBatchFailure(kWord, why.insert(0, path + ' '));
             continue;
         }
         std::string told = taken.Has("--json") ? InfoJson(*frames) : path;

@@ -109,7 +109,9 @@ class Measurement {
         figures_.sum += sum;
         squares_ += squares;
         if (figures_.saturated) *figures_.saturated += SaturatedIn(start, counts);
-        if (figures_.outsideSources) *figures_.outsideSources += OutsideSources(counts, least, most);
+        if (figures_.outsideSources && options_.sources) {
+            *figures_.outsideSources += Outside(*options_.sources, counts, least, most);
+        }
     }
 
     PixelCount FirstOf(std::int16_t count, std::size_t start, std::span<const std::int16_t> counts) const
@@ -130,9 +132,9 @@ class Measurement {
         return saturated;
     }
 
-    std::size_t OutsideSources(std::span<const std::int16_t> counts, std::int16_t least, std::int16_t most) const
+    static std::size_t Outside(CountRange sources, std::span<const std::int16_t> counts, std::int16_t least,
+                               std::int16_t most)
     {
-        const CountRange sources = *options_.sources;
         if (least >= sources.low && most <= sources.high) return 0;
         return static_cast<std::size_t>(
             std::ranges::count_if(counts, [&](std::int16_t c) { return c < sources.low || c > sources.high; }));
