@@ -6,10 +6,10 @@
 #include "grabber/recording.h"
 #include "imagefile/header.h"
 #include "imagefile/stored_frames.h"
-#include "pixel/bad_pixels.h"
-#include "platform/files.h"
+#include "platform/clock.h"
 #include "platform/memory.h"
 #include "platform/text.h"
+#include "regions/bad_detectors.h"
 #include "state/cal_settings.h"
 #include "state/cal_state.h"
 #include "state/camera_config.h"
@@ -19,7 +19,6 @@
 #include "viewing/fitted_contrast.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 namespace kelvo {
@@ -108,6 +107,7 @@ Measured GatherLive(const NoiseRequest& request, std::string& why)
     NoiseMeasurement measured;
     measured.source = "live video";
     measured.calibration = CalType == 0 ? "none" : CalSettings.CalFile;
+    measured.knowsSaturated = true;
     measured.columns = ActiveConfig.Hroi;
     measured.rows = ActiveConfig.Vroi;
     {
@@ -142,31 +142,6 @@ bool BearsCalibration(const ImageHeaderRecord& header)
     return header.IntensityCold != kUncalibratedIntensity || header.IntensityHot != kUncalibratedIntensity;
 }
 
-bool ListsAreComplete(const CalibrationSet& set)
-{
-    return set.decom.read == ListRead::kComplete && set.gains.read == ListRead::kComplete;
-}
-
-// Of the set's own list and of its gains, in image order. False after a box.
-bool MarkBad(const CalibrationSet& set, const StoredFrames& file, std::vector<std::uint8_t>& bad)
-{
-    constexpr float kDeadGain = 0.001F;  // pixel/bad_pixels.h, IdentifyBadDet
-    if (set.badDetFile && !set.badDetFile->empty()) {
-        std::optional<BadDetMap> map =
-            ReadBadPixelFile(InSetDirectory(set.calPath, *set.badDetFile), static_cast<std::int32_t>(file.Columns()),
-                             static_cast<std::int32_t>(file.Rows()));
-        if (!map) return false;
-        bad = std::move(*map);
-    }
-    bad.resize(file.Pixels());
-    if (set.type != kTwoPoint || !ListsAreComplete(set)) return true;
-    for (std::size_t i = 0; i < bad.size(); ++i) {
-        const float gain = set.gains.entries[set.decom.entries[i]];
-        if (!(std::fabs(gain) > kDeadGain)) bad[i] = 1;
-    }
-    return true;
-}
-
 NoisePair PairOf(const ImageHeaderRecord& header)
 {
     return {header.IntensityCold, header.IntensityHot, header.TemperatureCold, header.TemperatureHot};
@@ -178,6 +153,27 @@ NoisePair PairOf(const CalibrationSet& set)
             set.intensityHot.value.value_or(kUncalibratedIntensity),
             set.temperatureCold.value.value_or(kUncalibratedTemperature),
             set.temperatureHot.value.value_or(kUncalibratedTemperature)};
+}
+
+// The set, and the map of the pixels that are bad by it. False with the reason in why.
+bool ReadSetFor(const StoredFrames& file, const std::string& path, CalibrationSet& set, BadDetMap& bad,
+                std::string& why)
+{
+    std::optional<BadDetMap> map =
+        BadDetectorsOfSet(path, static_cast<std::int32_t>(file.Columns()), static_cast<std::int32_t>(file.Rows()), why);
+    if (!map) return false;
+    bad = std::move(*map);
+    set = ReadSet(path, file.Pixels());
+    if (set.memoryRefused) why = kNoMemory;
+    return !set.memoryRefused;
+}
+
+std::string WhyTooShort(const StoredFrames& file)
+{
+    const auto held = static_cast<long long>(file.Frames());
+    const std::string name = NameOf(file.Path());
+    if (held < kLeastNoiseFrames) return name + " holds only 1 frame: one has no deviation.";
+    return Format("%s holds only %lld frames. Please enter 2 to %lld.", name.c_str(), held, held);
 }
 
 // False with the reason in why.
@@ -209,11 +205,7 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
 {
     std::optional<StoredFrames> file = StoredFrames::Open(request.file, why);
     if (!file) return Refuse(why, NameOf(request.file) + " " + why + ".");
-    if (file->Frames() < request.frames) {
-        const auto held = static_cast<long long>(file->Frames());
-        return Refuse(why,
-                      Format("%s holds only %lld frame%s.", NameOf(request.file).c_str(), held, held == 1 ? "" : "s"));
-    }
+    if (file->Frames() < request.frames) return Refuse(why, WhyTooShort(*file));
     std::optional<NoiseSums> sums = NoiseSums::Make(file->Pixels());
     if (!sums) return Refuse(why, kNoMemory);
 
@@ -221,6 +213,8 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
     measured.source = request.file;
     measured.calibration = "none";
     measured.raw = !BearsCalibration(file->Header());
+    measured.knowsSaturated = measured.raw && !ForeignKindOf(request.file);
+    measured.changes = file->Changes();
     measured.columns = file->Header().ImageWidth;
     measured.rows = file->Header().ImageHeight;
     if (!measured.raw) {
@@ -228,16 +222,10 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
         measured.calibration = "the file's own";
     }
     CalibrationSet set;
-    std::vector<std::uint8_t> bad;
+    BadDetMap bad;
     NoiseLists lists;
     if (!request.set.empty()) {
-        if (!FileExists(request.set)) return Refuse(why, NameOf(request.set) + " can't be opened.");
-        set = ReadSet(request.set, file->Pixels());
-        if (set.memoryRefused) return Refuse(why, kNoMemory);
-        if (!ListsAreComplete(set)) {
-            return Refuse(why, NameOf(request.set) + " has no lists for frames of this size.");
-        }
-        if (!MarkBad(set, *file, bad)) return Refuse(why, {});
+        if (!ReadSetFor(*file, request.set, set, bad, why)) return std::nullopt;
         measured.knowsBad = true;
         measured.calibration = request.set;
         if (measured.raw) {
@@ -258,7 +246,10 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
 std::optional<NoiseMeasurement> GatherNoise(const NoiseRequest& request, std::string& why)
 {
     why.clear();
-    return request.live ? GatherLive(request, why) : GatherFile(request, why);
+    const std::int64_t began = UtcNsAtTick(TickUs());
+    Measured measured = request.live ? GatherLive(request, why) : GatherFile(request, why);
+    if (measured) measured->beganUtcNs = began;
+    return measured;
 }
 
 }  // namespace kelvo

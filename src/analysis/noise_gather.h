@@ -25,8 +25,11 @@ struct NoiseMeasurement {
     std::int32_t columns = 0;
     std::int32_t rows = 0;
     std::uint32_t frames = 0;
-    std::int64_t lost = 0;  // frames that are missing between the first and the last
-    bool knowsBad = false;  // bad detectors were told, be it none
+    std::int64_t lost = 0;        // frames that are missing between the first and the last
+    std::int64_t beganUtcNs = 0;  // the measurement, not the recording
+    bool knowsSaturated = false;  // noise.saturatedPixels says something: raw counts of Kelvo's own converter
+    std::string changes;          // of a file of another program, what was done to its samples (StoredFrames)
+    bool knowsBad = false;        // bad detectors were told, be it none
     NoisePair pair{kUncalibratedIntensity, kUncalibratedIntensity, kUncalibratedTemperature, kUncalibratedTemperature};
     std::optional<double> countsPerDegree;
     PixelNoise noise;

@@ -34,14 +34,12 @@ bool PictureIsOnView()
     return ViewingFile ? !ImageBuffer.empty() : CameraOn && !LiveFrame.empty();
 }
 
-// A gain of nothing says that the detector doesn't follow the flux (pixel/bad_pixels.h, IdentifyBadDet).
 void MarkByGain(std::vector<std::uint8_t>& marks)
 {
-    constexpr float kDeadGain = 0.001F;
     if (CalType != 2 || DecomList.size() < marks.size()) return;
     for (std::size_t i = 0; i < marks.size(); ++i) {
         const std::size_t detector = DecomList[i];
-        if (detector < GainList.size() && std::fabs(GainList[detector]) <= kDeadGain) marks[i] = 1;
+        if (detector < GainList.size() && std::fabs(GainList[detector]) <= kNullGain) marks[i] = 1;
     }
 }
 
