@@ -137,11 +137,6 @@ std::string NameOf(const std::string& path)
     return name + extension;
 }
 
-bool BearsCalibration(const ImageHeaderRecord& header)
-{
-    return header.IntensityCold != kUncalibratedIntensity || header.IntensityHot != kUncalibratedIntensity;
-}
-
 NoisePair PairOf(const ImageHeaderRecord& header)
 {
     return {header.IntensityCold, header.IntensityHot, header.TemperatureCold, header.TemperatureHot};
@@ -212,7 +207,7 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
     NoiseMeasurement measured;
     measured.source = request.file;
     measured.calibration = "none";
-    measured.raw = !BearsCalibration(file->Header());
+    measured.raw = !file->AreCorrected();
     measured.knowsSaturated = measured.raw && !ForeignKindOf(request.file);
     measured.changes = file->Changes();
     measured.columns = file->Header().ImageWidth;

@@ -39,9 +39,9 @@ struct NoiseMeasurement {
 // which they come, by the way of a recording (grabber/recording.h); gains, table and pair are those in force, bad
 // detectors those of the last calibration and of the gains. Nothing of state, picture and files changes.
 //
-// A file: its first frames. Where its header bears a calibration the counts are corrected: the pair is the header's, a
-// set tells the bad detectors alone. Otherwise they are the detectors' own in the order of the readout, and a set has
-// table, gains and pair; without one the picture stays in that order, and there is no NETD.
+// A file: its first frames. Of corrected ones (StoredFrames::AreCorrected) the pair is the header's, a set tells the
+// bad detectors alone. Others are the detectors' own in the order of the readout, and a set has table, gains and pair;
+// without one the picture stays in that order, and there is no NETD.
 //
 // Blocks; Escape stops it. nullopt with the reason in why, a sentence for the operator; empty where a box has told it.
 std::optional<NoiseMeasurement> GatherNoise(const NoiseRequest& request, std::string& why);

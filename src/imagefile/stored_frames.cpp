@@ -72,6 +72,14 @@ const FrameRecord* StoredFrames::RecordOf(std::int64_t frame) const
     return isTold ? &journal_->records[static_cast<std::size_t>(frame)] : nullptr;
 }
 
+bool StoredFrames::AreCorrected() const
+{
+    const std::string told = journal_ ? journal_->head.Text(frames_key::kPixels) : std::string();
+    if (!told.empty()) return told == kCorrectedPixels;
+    const bool isEmpty = header_.IntensityCold == 0 && header_.IntensityHot == 0;  // nobody filled it in
+    return header_.IntensityCold != kUncalibratedIntensity && !isEmpty;
+}
+
 std::optional<double> StoredFrames::SecondsOf(std::int64_t frame) const
 {
     const FrameRecord* const first = RecordOf(0);

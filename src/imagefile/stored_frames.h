@@ -32,8 +32,16 @@ class StoredFrames {
     std::size_t Rows() const { return static_cast<std::size_t>(header_.ImageHeight); }
     std::size_t Pixels() const { return Columns() * Rows(); }
 
+    // The counts have been corrected, and lie as on the screen; otherwise they are the detectors' own in the order of
+    // the readout. The journal says so, or else a header that names the intensity of a source.
+    bool AreCorrected() const;
+
     // Of a file of another program, what was done to its samples (ForeignFrames::Changes); empty: nothing.
     std::string Changes() const { return foreign_ ? foreign_->Changes() : std::string(); }
+
+    // ForeignFrames::IsLowered and Lower; a file of Kelvo's own isn't, and can't be.
+    bool AreLowered() const { return foreign_ && foreign_->IsLowered(); }
+    bool Lower() { return foreign_ && foreign_->Lower(); }
 
     // The journal; null where none lies beside the file, or one that isn't this file's. Its records may end before the
     // frames do.

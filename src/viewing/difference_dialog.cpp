@@ -45,11 +45,6 @@ std::string NameOf(const std::string& path)
     return name + extension;
 }
 
-bool BearsCalibration(const ImageHeaderRecord& header)
-{
-    return header.IntensityCold != kUncalibratedIntensity || header.IntensityHot != kUncalibratedIntensity;
-}
-
 // Why its frames can't be compared with the camera's picture; empty: they can.
 std::string WhyNotComparable(const StoredFrames& file)
 {
@@ -58,7 +53,7 @@ std::string WhyNotComparable(const StoredFrames& file)
         return Format("The frames are %d x %d pixels, those of the camera %d x %d.", header.ImageWidth,
                       header.ImageHeight, ActiveConfig.Hroi, ActiveConfig.Vroi);
     }
-    const bool corrected = BearsCalibration(header);
+    const bool corrected = file.AreCorrected();
     if (corrected && CalType == 0) return "The file's frames are corrected, and the picture isn't.";
     if (!corrected && CalType != 0) {
         return "The picture is corrected, and the file's frames aren't. Calibration, Apply to data... corrects them.";
@@ -106,7 +101,7 @@ std::optional<std::vector<std::int16_t>> ReadReference(HWND dialog, const std::s
         RefuseField(dialog, kDifferFileName, NameOf(path) + " " + why + ".");
         return std::nullopt;
     }
-    if (!BearsCalibration(file->Header()) && !PutInImageOrder(counts)) {
+    if (!file->AreCorrected() && !PutInImageOrder(counts)) {
         RefuseField(dialog, kDifferFileName, kNoMemory);
         return std::nullopt;
     }
