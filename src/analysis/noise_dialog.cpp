@@ -77,12 +77,15 @@ NoiseLayout LayoutIn(HWND area, const NoiseMeasurement& measured)
     return LayOutNoise(inside, measured.columns, measured.rows, scaleWidth, TextLineHeight(area));
 }
 
-void PaintScale(HWND area, const Rect& bar, const NoiseRange& range, std::span<const std::uint32_t> colors)
+void PaintScale(HWND area, const Rect& bar, const NoiseRange& range, std::span<const std::uint32_t> colors,
+                std::string_view unit)
 {
+    constexpr int kBelow = 2;
     DeviceBitmap strip{.width = 1, .height = static_cast<int>(colors.size()), .pixels = {}};
     strip.pixels.assign(colors.rbegin(), colors.rend());  // the last colour on top
     StretchPixels(area, bar, strip);
     const int line = TextLineHeight(area);
+    DrawTextLine(area, bar.left, bar.bottom + kBelow, std::string(unit), TextAlign::kLeft, kInk, kGround);
     for (const ScaleTick& tick : PlaceScaleTicks(LineOf(range), bar.top, bar.bottom, line)) {
         FillSurface(area, {bar.right, tick.y, bar.right + kTickLength, tick.y + 1}, kInk);
         DrawTextLine(area, bar.right + kTickLength + 3, tick.y - line / 2, tick.label, TextAlign::kLeft, kInk, kGround);
@@ -102,7 +105,7 @@ void PaintMap(HWND dialog)
     StretchPixels(
         area, layout.map,
         NoisePicture(NoiseValues(shown->measured, shown->quantity), shown->measured.columns, range, colors, kLeftOut));
-    PaintScale(area, layout.bar, range, colors);
+    if (shown->figures.pixels > 0) PaintScale(area, layout.bar, range, colors, NoiseUnit(shown->quantity));
 }
 
 void PaintHistogram(HWND dialog)
@@ -134,6 +137,19 @@ std::string TakenText(const NoiseMeasurement& measured)
     return text;
 }
 
+std::size_t SaturatedOf(const NoiseMeasurement& measured)
+{
+    return measured.knowsSaturated ? measured.noise.saturatedPixels : 0;
+}
+
+std::string PixelsText(const Shown& of)
+{
+    std::string text = Format("%zu", of.figures.pixels);
+    const std::size_t saturated = SaturatedOf(of.measured);
+    if (saturated > 0) text += Format(", %zu of them saturated", saturated);
+    return text;
+}
+
 void ShowFigures(HWND dialog)
 {
     const bool some = shown && shown->figures.pixels > 0;
@@ -143,7 +159,7 @@ void ShowFigures(HWND dialog)
                    some ? Format("above %s, up to %s", WithUnit(shown->figures.worst, shown->quantity).c_str(),
                                  WithUnit(shown->figures.largest, shown->quantity).c_str())
                         : "");
-    SetDlgItemText(dialog, kNoisePixels, shown ? Format("%zu", shown->figures.pixels) : "");
+    SetDlgItemText(dialog, kNoisePixels, shown ? PixelsText(*shown) : "");
     const std::size_t bad = shown ? shown->measured.noise.badPixels : 0;
     const bool unknown = shown && !shown->measured.knowsBad && bad == 0;
     SetDlgItemText(dialog, kNoiseBad, unknown ? "none known" : shown ? Format("%zu", bad) : "");
@@ -221,11 +237,17 @@ std::optional<NoiseRequest> ReadRequest(HWND dialog)
     return request;
 }
 
-void TellWhyNoNetd(HWND dialog, const NoiseMeasurement& measured)
+// What the operator has to know of the figures before he trusts them.
+std::string VerdictOn(const Shown& made)
 {
-    if (!measured.noise.netd.empty()) return;
-    StatusMessage("No NETD: it takes a two-point calibration with the temperatures of its sources.", kLeftAligned);
-    ListSelect(dialog, kNoiseShown, 1);
+    const NoiseMeasurement& measured = made.measured;
+    if (made.figures.pixels == 0) return "No pixel is left to measure: all are bad.";
+    if (measured.noise.netd.empty()) {
+        return "No NETD: it takes a two-point calibration with the temperatures of its sources.";
+    }
+    std::string verdict = "The noise of " + TakenText(measured) + " is measured.";
+    if (SaturatedOf(measured) > 0) verdict += " Saturated pixels have too little of it.";
+    return verdict;
 }
 
 void Measure(HWND dialog)
@@ -247,8 +269,7 @@ void Measure(HWND dialog)
     }
     shown = std::move(made);
     ListSelect(dialog, kNoiseShown, shown->quantity == NoiseQuantity::kNetd ? 0 : 1);
-    StatusMessage("The noise of " + TakenText(shown->measured) + " is measured.", kLeftAligned);
-    TellWhyNoNetd(dialog, shown->measured);
+    StatusMessage(VerdictOn(*shown), kLeftAligned);
     Refresh(dialog);
 }
 

@@ -3,6 +3,7 @@
 #include "acquire/frame_sums.h"
 #include "imagefile/header.h"
 #include "pixel/bad_marks.h"
+#include "pixel/saturation.h"
 #include "platform/memory.h"
 
 #include <algorithm>
@@ -48,7 +49,9 @@ double MedianOf(std::span<const float> sorted)
 std::optional<NoiseSums> NoiseSums::Make(std::size_t pixels)
 {
     NoiseSums made;
-    if (!AllocateBlock(made.sums_, pixels) || !AllocateBlock(made.squares_, pixels)) return std::nullopt;
+    const bool hasRoom = AllocateBlock(made.sums_, pixels) && AllocateBlock(made.squares_, pixels) &&
+                         AllocateBlock(made.saturated_, pixels);
+    if (!hasRoom) return std::nullopt;
     return made;
 }
 
@@ -56,6 +59,9 @@ void NoiseSums::Add(std::span<const std::int16_t> frame)
 {
     if (frame.size() != Pixels() || frames_ == kMostNoiseFrames) return;
     AddFrame(frame, std::span(sums_), std::span(squares_));
+    for (std::size_t i = 0; i < frame.size(); ++i) {
+        saturated_[i] |= static_cast<std::uint8_t>(IsSaturated(frame[i]) ? 1 : 0);
+    }
     ++frames_;
 }
 
@@ -100,6 +106,7 @@ std::optional<PixelNoise> NoiseOf(const NoiseSums& sums, const NoiseLists& lists
             ++noise.badPixels;
             continue;
         }
+        if (sums.WasSaturated(*entry)) ++noise.saturatedPixels;
         const double deviation = sums.DeviationOf(*entry);
         noise.deviation[i] = static_cast<float>(deviation);
         if (!countsPerDegree) continue;

@@ -39,12 +39,16 @@ class NoiseSums {
     std::uint32_t Frames() const { return frames_; }
     double MeanOf(std::size_t pixel) const;       // counts; 0 without a frame
     double DeviationOf(std::size_t pixel) const;  // counts; 0 of fewer than two frames
+    // One of its counts lay at an end of the converter (pixel/saturation.h), which cuts its noise off. Says something
+    // of raw counts only.
+    bool WasSaturated(std::size_t pixel) const { return saturated_[pixel] != 0; }
 
   private:
     NoiseSums() = default;
 
     std::vector<std::int32_t> sums_;
     std::vector<double> squares_;
+    std::vector<std::uint8_t> saturated_;
     std::uint32_t frames_ = 0;
 };
 
@@ -73,6 +77,7 @@ struct PixelNoise {
     std::vector<float> deviation;  // counts
     std::vector<float> netd;       // millikelvin; empty without countsPerDegree
     std::size_t badPixels = 0;
+    std::size_t saturatedPixels = 0;  // of the others, those that NoiseSums::WasSaturated names
 };
 // A gain within +-0.001 says that the detector doesn't follow the flux: its pixel counts as bad, and so does one whose
 // entry of the order or of the gains is missing. nullopt where memory is refused.

@@ -7,6 +7,7 @@
 #include "imagefile/header.h"
 #include "imagefile/stored_frames.h"
 #include "pixel/bad_marks.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
@@ -106,6 +107,7 @@ Measured GatherLive(const NoiseRequest& request, std::string& why)
     NoiseMeasurement measured;
     measured.source = "live video";
     measured.calibration = CalType == 0 ? "none" : CalSettings.CalFile;
+    measured.knowsSaturated = true;
     measured.columns = ActiveConfig.Hroi;
     measured.rows = ActiveConfig.Vroi;
     {
@@ -146,6 +148,34 @@ NoisePair PairOf(const CalibrationSet& set)
             set.temperatureHot.value.value_or(kUncalibratedTemperature)};
 }
 
+// The set, and the map of the pixels that are bad by it. False with the reason in why.
+bool ReadSetFor(const StoredFrames& file, const std::string& path, CalibrationSet& set, BadDetMap& bad,
+                std::string& why)
+{
+    if (!FileExists(path)) {
+        why = FileNameOf(path) + " can't be opened.";
+        return false;
+    }
+    set = ReadSet(path, file.Pixels());
+    std::optional<BadDetMap> map =
+        BadDetectorsOfSet(set, static_cast<std::int32_t>(file.Columns()), static_cast<std::int32_t>(file.Rows()), why);
+    if (!map) return false;
+    if (!ListsAreComplete(set)) {
+        why = FileNameOf(path) + " has no lists for frames of this size.";
+        return false;
+    }
+    bad = *std::move(map);
+    return true;
+}
+
+std::string WhyTooShort(const StoredFrames& file)
+{
+    const auto held = static_cast<long long>(file.Frames());
+    const std::string name = FileNameOf(file.Path());
+    if (held < kLeastNoiseFrames) return name + " holds only 1 frame: one has no deviation.";
+    return Format("%s holds only %lld frames. Please enter 2 to %lld.", name.c_str(), held, held);
+}
+
 // False with the reason in why.
 bool AddFileFrames(StoredFrames& file, std::int64_t frames, NoiseSums& sums, std::int64_t& lost, std::string& why)
 {
@@ -175,11 +205,7 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
 {
     std::optional<StoredFrames> file = StoredFrames::Open(request.file, why);
     if (!file) return Refuse(why, FileNameOf(request.file) + " " + why + ".");
-    if (file->Frames() < request.frames) {
-        const auto held = static_cast<long long>(file->Frames());
-        return Refuse(
-            why, Format("%s holds only %lld frame%s.", FileNameOf(request.file).c_str(), held, held == 1 ? "" : "s"));
-    }
+    if (file->Frames() < request.frames) return Refuse(why, WhyTooShort(*file));
     std::optional<NoiseSums> sums = NoiseSums::Make(file->Pixels());
     if (!sums) return Refuse(why, kNoMemory);
 
@@ -187,6 +213,8 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
     measured.source = request.file;
     measured.calibration = "none";
     measured.raw = !file->AreCorrected();
+    measured.knowsSaturated = measured.raw && !ForeignKindOf(request.file);
+    measured.changes = file->Changes();
     measured.columns = file->Header().ImageWidth;
     measured.rows = file->Header().ImageHeight;
     if (!measured.raw) {
@@ -197,16 +225,7 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
     BadDetMap bad;
     NoiseLists lists;
     if (!request.set.empty()) {
-        if (!FileExists(request.set)) return Refuse(why, FileNameOf(request.set) + " can't be opened.");
-        set = ReadSet(request.set, file->Pixels());
-        if (set.memoryRefused) return Refuse(why, kNoMemory);
-        if (!ListsAreComplete(set)) {
-            return Refuse(why, FileNameOf(request.set) + " has no lists for frames of this size.");
-        }
-        std::optional<BadDetMap> marks = BadDetectorsOfSet(set, static_cast<std::int32_t>(file->Columns()),
-                                                           static_cast<std::int32_t>(file->Rows()), why);
-        if (!marks) return std::nullopt;
-        bad = *std::move(marks);
+        if (!ReadSetFor(*file, request.set, set, bad, why)) return std::nullopt;
         measured.knowsBad = true;
         measured.calibration = request.set;
         if (measured.raw) {
@@ -227,7 +246,10 @@ Measured GatherFile(const NoiseRequest& request, std::string& why)
 std::optional<NoiseMeasurement> GatherNoise(const NoiseRequest& request, std::string& why)
 {
     why.clear();
-    return request.live ? GatherLive(request, why) : GatherFile(request, why);
+    const std::int64_t began = UtcNsAtTick(TickUs());
+    Measured measured = request.live ? GatherLive(request, why) : GatherFile(request, why);
+    if (measured) measured->beganUtcNs = began;
+    return measured;
 }
 
 }  // namespace kelvo

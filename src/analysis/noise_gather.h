@@ -25,8 +25,11 @@ struct NoiseMeasurement {
     std::int32_t columns = 0;
     std::int32_t rows = 0;
     std::uint32_t frames = 0;
-    std::int64_t lost = 0;  // frames that are missing between the first and the last
-    bool knowsBad = false;  // bad detectors were told, be it none
+    std::int64_t lost = 0;        // frames that are missing between the first and the last
+    std::int64_t beganUtcNs = 0;  // the measurement, not the recording
+    bool knowsSaturated = false;  // noise.saturatedPixels says something: raw counts of Kelvo's own converter
+    std::string changes;          // of a file of another program, what was done to its samples (StoredFrames)
+    bool knowsBad = false;        // bad detectors were told, be it none
     NoisePair pair{kUncalibratedIntensity, kUncalibratedIntensity, kUncalibratedTemperature, kUncalibratedTemperature};
     std::optional<double> countsPerDegree;
     PixelNoise noise;
@@ -36,9 +39,9 @@ struct NoiseMeasurement {
 // which they come, by the way of a recording (grabber/recording.h); gains, table and pair are those in force, bad
 // detectors those of the last calibration and of the gains. Nothing of state, picture and files changes.
 //
-// A file: its first frames. Where its header bears a calibration the counts are corrected: the pair is the header's, a
-// set tells the bad detectors alone. Otherwise they are the detectors' own in the order of the readout, and a set has
-// table, gains and pair; without one the picture stays in that order, and there is no NETD.
+// A file: its first frames. Of corrected ones (StoredFrames::AreCorrected) the pair is the header's, a set tells the
+// bad detectors alone. Others are the detectors' own in the order of the readout, and a set has table, gains and pair;
+// without one the picture stays in that order, and there is no NETD.
 //
 // Blocks; Escape stops it. nullopt with the reason in why, a sentence for the operator; empty where a box has told it.
 std::optional<NoiseMeasurement> GatherNoise(const NoiseRequest& request, std::string& why);

@@ -2,6 +2,7 @@
 
 #include "analysis/plot_save.h"
 #include "imagefile/header.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/text.h"
 #include "viewing/stored_view.h"
@@ -88,6 +89,7 @@ void AddValueLabels(PlotPicture& picture, const NoiseHistogram& histogram, const
     const std::string longest = Format("%.3g", histogram.high) + "00";
     const ScaleLine line{{0, static_cast<std::int32_t>(kNoiseBins)}, histogram.low, histogram.high, false};
     const int y = picture.box.bottom + kLabelBelowBox;
+    const int left = picture.box.left - kLeftMargin;
     int end = picture.box.right;  // of the labels, for the unit stands at the right end
     const std::string name(unit);
     picture.labels.push_back({{end, y}, name, TextAlign::kRight});
@@ -96,7 +98,8 @@ void AddValueLabels(PlotPicture& picture, const NoiseHistogram& histogram, const
     for (const ScaleTick& tick : PlaceScaleTicks(line, 0, picture.box.Width(), std::max(apart, 1))) {
         const int x = columns.At(tick.value);
         AddColumnTick(picture, x, PlotTick::kShort);
-        if (x + width(tick.label) / 2 > end) continue;
+        const int half = width(tick.label) / 2;
+        if (x + half > end || x - half < left) continue;
         picture.labels.push_back({{x, y}, tick.label, TextAlign::kCentre});
     }
 }
@@ -115,7 +118,8 @@ std::string CsvOf(double value)
 
 std::string KindOfCounts(const NoiseMeasurement& measured)
 {
-    return measured.raw ? "raw" : "corrected";
+    const std::string kind = measured.raw ? "raw" : "corrected";
+    return measured.changes.empty() ? kind : kind + ", " + measured.changes;
 }
 
 ImageHeaderRecord HeaderOf(const NoiseMeasurement& measured, const NoiseFigures& figures)
@@ -158,7 +162,9 @@ std::span<const float> NoiseValues(const NoiseMeasurement& measured, NoiseQuanti
 
 NoiseRange MapRangeOf(const NoiseFigures& figures)
 {
-    const double least = std::max(std::fabs(figures.smallest) * 1e-6, 1e-6);
+    constexpr double kLeastPart = 1e-3;
+    constexpr double kLeast = 0.01;
+    const double least = std::max(std::fabs(figures.smallest) * kLeastPart, kLeast);
     return {figures.smallest, std::max(figures.worst, figures.smallest + least)};
 }
 
@@ -230,6 +236,7 @@ PlotPicture NoisePlot(const Rect& area, const NoiseHistogram& histogram, const N
 std::string NoiseCsv(const NoiseMeasurement& measured, const NoiseFigures& figures, NoiseQuantity quantity)
 {
     std::string text = CsvNote("program", "Kelvo " KELVO_VERSION);
+    text += CsvNote("measured", UtcText(measured.beganUtcNs));
     text += CsvNote("source", measured.source);
     text += CsvNote("counts", KindOfCounts(measured));
     text += CsvNote("calibration", measured.calibration);
@@ -237,11 +244,13 @@ std::string NoiseCsv(const NoiseMeasurement& measured, const NoiseFigures& figur
     text += CsvNote("frames", Format("%u", measured.frames));
     text += CsvNote("lost between them", Format("%lld", static_cast<long long>(measured.lost)));
     text += CsvNote("bad pixels left out", Format("%zu", measured.noise.badPixels));
-    if (measured.countsPerDegree) text += CsvNote("counts a degree", CsvOf(*measured.countsPerDegree));
+    text += CsvNote("saturated pixels", measured.knowsSaturated ? Format("%zu", measured.noise.saturatedPixels) : "");
+    text += CsvNote("counts a degree", measured.countsPerDegree ? CsvOf(*measured.countsPerDegree) : "");
     const std::string unit = " (" + std::string(NoiseUnit(quantity)) + ")";
-    text += CsvNote("median" + unit, CsvOf(figures.median));
-    text += CsvNote("rms" + unit, CsvOf(figures.rms));
-    text += CsvNote("99th percentile" + unit, CsvOf(figures.worst));
+    const bool some = figures.pixels > 0;
+    text += CsvNote("median" + unit, some ? CsvOf(figures.median) : "");
+    text += CsvNote("rms" + unit, some ? CsvOf(figures.rms) : "");
+    text += CsvNote("99th percentile" + unit, some ? CsvOf(figures.worst) : "");
     text += "row,column,mean,deviation,netd_mK\n";
     const PixelNoise& noise = measured.noise;
     for (std::size_t i = 0; i < noise.deviation.size(); ++i) {

@@ -26,7 +26,7 @@ std::span<const float> NoiseValues(const NoiseMeasurement& measured, NoiseQuanti
 // --- The map --------------------------------------------------------------------------------------------------------
 
 // The values that the first and the last colour stand for: the smallest one and the 99th percentile, so that a few
-// noisy pixels don't take all the colours for themselves. high lies above low.
+// noisy pixels don't take all the colours for themselves. high lies above low, by what can be read from a scale.
 struct NoiseRange {
     double low = 0;
     double high = 1;
@@ -59,8 +59,9 @@ PlotPicture NoisePlot(const Rect& area, const NoiseHistogram& histogram, const N
 
 // --- Files ----------------------------------------------------------------------------------------------------------
 
-// "# name: value" lines that say where it comes from, then "row,column,mean,deviation,netd" and a line for each pixel,
-// numbers as they read back; what isn't a number is empty.
+// "# name: value" lines that say where it comes from, always the same ones, of which those are empty that nobody knows;
+// then "row,column,mean,deviation,netd_mK" and a line for each pixel, numbers as they read back; what isn't a number is
+// empty.
 std::string NoiseCsv(const NoiseMeasurement& measured, const NoiseFigures& figures, NoiseQuantity quantity);
 
 // An image of 4-byte floats in the quantity's unit, pixels that are left out not a number, whole or not at all; false

@@ -236,18 +236,33 @@ Failure AddFrames(StoredFrames& frames, const Request& request, std::string_view
     return std::nullopt;
 }
 
-std::optional<GatheredSource> Gather(const Request& request, const Source& source, std::string_view which,
-                                     const CameraConfig& config, std::string& why)
+Failure OpenRaw(const Source& source, const Request& request, const CameraConfig& config,
+                std::optional<StoredFrames>& frames)
 {
-    std::optional<StoredFrames> frames = StoredFrames::Open(source.path, why);
-    if (!frames) {
-        why = source.path + ' ' + why;
-        return std::nullopt;
-    }
+    std::string why;
+    frames = StoredFrames::Open(source.path, why);
+    if (!frames) return source.path + ' ' + why;
+    if (Failure failure = WhyNotRaw(*frames, config, request.camera)) return source.path + ' ' + *failure;
+    return std::nullopt;
+}
+
+// Where the samples of one file are taken 32768 lower, those of the other are too: their difference is the response.
+Failure TakeAlike(StoredFrames& low, StoredFrames& high)
+{
+    if (low.AreLowered() == high.AreLowered()) return std::nullopt;
+    StoredFrames& lowered = low.AreLowered() ? low : high;
+    StoredFrames& other = low.AreLowered() ? high : low;
+    if (other.Lower()) return std::nullopt;
+    return lowered.Path() + " has samples above 32767, which are taken 32768 lower, and " + other.Path() +
+           " has samples with a sign: they can't be compared";
+}
+
+std::optional<GatheredSource> Gather(const Request& request, const Source& source, std::string_view which,
+                                     StoredFrames& frames, std::string& why)
+{
     GatheredSource gathered;
     gathered.temperatureC = source.temperatureC;
-    Failure failure = WhyNotRaw(*frames, config, request.camera);
-    if (!failure) failure = AddFrames(*frames, request, which, gathered);
+    const Failure failure = AddFrames(frames, request, which, gathered);
     if (!failure) return gathered;
     why = source.path + ' ' + *failure;
     return std::nullopt;
@@ -390,11 +405,19 @@ Failure Calibrate(const Request& request, bool asJson)
     if (Failure failure = ReadSettings(request, settings)) return failure;
     std::optional<NewSet> set = NewSet::Begin(request.out, why);
     if (!set) return why;
-    std::optional<GatheredSource> low = Gather(request, request.low, "low source", settings.config, why);
+    std::optional<StoredFrames> lowFrames;
+    std::optional<StoredFrames> highFrames;
+    if (Failure failure = OpenRaw(request.low, request, settings.config, lowFrames)) return failure;
+    if (request.high) {
+        if (Failure failure = OpenRaw(*request.high, request, settings.config, highFrames)) return failure;
+        if (Failure failure = TakeAlike(*lowFrames, *highFrames)) return failure;
+    }
+    if (lowFrames->AreLowered()) std::fputs("kelvo calibrate: samples are taken 32768 lower\n", stderr);
+    std::optional<GatheredSource> low = Gather(request, request.low, "low source", *lowFrames, why);
     if (!low) return why;
     std::optional<GatheredSource> high;
     if (request.high) {
-        high = Gather(request, *request.high, "high source", settings.config, why);
+        high = Gather(request, *request.high, "high source", *highFrames, why);
         if (!high) return why;
     }
     const std::int32_t frames = low->frames;

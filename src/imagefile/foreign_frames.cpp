@@ -165,6 +165,16 @@ std::optional<int> ForeignFrames::FindHighest(const GoesOn& goesOn, std::string&
     return highest;
 }
 
+bool ForeignFrames::Lower()
+{
+    constexpr int kBelowAll = -1;
+    if (isLowered_) return true;
+    if (layout_.samples == ForeignSamples::kSigned) return false;
+    isLowered_ = true;
+    header_.DisplayHigh = DisplayHighFor(kBelowAll);
+    return true;
+}
+
 bool ForeignFrames::ReadWords(std::int64_t frame, std::string& why)
 {
     if (ForeignTiff* const tiff = std::get_if<ForeignTiff>(&source_)) return tiff->ReadFrame(frame, words_, why);

@@ -47,6 +47,12 @@ class ForeignFrames {
     // 16383, or to 32767 where one of the counts is higher. Its time is that of the file.
     const ImageHeaderRecord& Header() const { return header_; }
 
+    // All samples are taken 32768 lower.
+    bool IsLowered() const { return isLowered_; }
+    // The same from now on for samples without a sign that stay below 32768, beside a file that needs it. False, and
+    // nothing changes, where they have one.
+    bool Lower();
+
     // What was done to the samples, in the operator's words: "less 32768", "rows turned"; empty: nothing.
     std::string Changes() const;
 

@@ -194,8 +194,8 @@ bool HasTwoSources(const ImageHeaderRecord& header)
 
 bool BearsCalibration(const ImageHeaderRecord& header)
 {
-    const bool hasOneSource = header.IntensityHot == kUncalibratedIntensity;
-    return header.IntensityCold != kUncalibratedIntensity && (hasOneSource || HasTwoSources(header));
+    const bool isEmpty = header.IntensityCold == 0 && header.IntensityHot == 0;
+    return header.IntensityCold != kUncalibratedIntensity && !isEmpty;
 }
 
 std::int64_t FrameRecordBytes(const ImageHeaderRecord& header)

@@ -105,8 +105,8 @@ constexpr float kUncalibratedTemperature = -999.0F;
 
 // Two sources, the cold one's intensity and temperature below the hot one's.
 bool HasTwoSources(const ImageHeaderRecord& header);
-// The header tells of a calibration by one source (its intensity is the cold one) or two; without one it has
-// kUncalibratedIntensity, or what a program that knows of none left there.
+// The header tells of a calibration by one source (its intensity is the cold one) or two, with temperatures or without;
+// otherwise it has kUncalibratedIntensity, or zeros of a program that knows of none.
 bool BearsCalibration(const ImageHeaderRecord& header);
 
 constexpr std::int16_t kFirstVersionWithFrameHeaders = 8;  // before it ImageHeaderDataOffset means nothing

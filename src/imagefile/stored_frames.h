@@ -32,14 +32,20 @@ class StoredFrames {
     std::size_t Rows() const { return static_cast<std::size_t>(header_.ImageHeight); }
     std::size_t Pixels() const { return Columns() * Rows(); }
 
+    // The counts have been corrected, and lie as on the screen; otherwise they are the detectors' own in the order of
+    // the readout. The journal says so, or else the header (BearsCalibration).
+    bool AreCorrected() const;
+
     // Of a file of another program, what was done to its samples (ForeignFrames::Changes); empty: nothing.
     std::string Changes() const { return foreign_ ? foreign_->Changes() : std::string(); }
+
+    // ForeignFrames::IsLowered and Lower; a file of Kelvo's own isn't, and can't be.
+    bool AreLowered() const { return foreign_ && foreign_->IsLowered(); }
+    bool Lower() { return foreign_ && foreign_->Lower(); }
 
     // The journal; null where none lies beside the file, or one that isn't this file's. Its records may end before the
     // frames do.
     const FramesFile* Journal() const { return journal_ ? &*journal_ : nullptr; }
-    // Whether a calibration has corrected the frames: as the journal says, where it doesn't, as the header bears one.
-    bool AreCorrected() const;
     // What the journal says of a frame, from 0; null: nothing.
     const FrameRecord* RecordOf(std::int64_t frame) const;
     // Seconds from the first frame to this one: by the journal's clock where it knows both, else by the number in the

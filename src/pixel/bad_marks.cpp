@@ -17,7 +17,6 @@ namespace kelvo {
 
 namespace {
 
-constexpr float kNullGain = 0.001F;
 constexpr std::int32_t kGainsAndOffsets = 2;  // CalType
 constexpr std::size_t kLongestList = std::size_t{64} << 20;
 

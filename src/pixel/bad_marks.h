@@ -12,8 +12,7 @@
 
 namespace kelvo {
 
-// A gain within -0.001 to 0.001 (pixel/bad_pixels.h, IdentifyBadDet): the detector doesn't follow the flux. One that
-// isn't a number says the same.
+// Of a detector that doesn't respond (pixel/bad_pixels.h, kNullGain). One that isn't a number says the same.
 bool HasNoGain(float gain);
 
 // Marks the pixels whose detectors have none; gains in readout order, decomList gives the detector of each pixel. One

@@ -37,8 +37,6 @@ const StateNames kStateNames{
 constexpr std::size_t kLongestFile = std::size_t{1} << 26;
 constexpr int kMostLineBoxes = 20;
 constexpr int kMostBeeps = 20;
-// The gain of a detector that doesn't respond, in single precision as gains are.
-constexpr float kNullGain = 0.001F;
 constexpr std::string_view kIdentifyTitle = "IdentifyBadDet() Error";
 constexpr std::string_view kReadTitle = "ReadBadPixelFile() Error";
 

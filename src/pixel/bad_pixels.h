@@ -44,7 +44,10 @@ int WriteBadDetFile(std::string_view path, const BadDetMap& badMap, const Camera
 // stand under that title too.
 std::optional<BadDetMap> ReadBadPixelFile(std::string_view path, std::int32_t width, std::int32_t height);
 
-// Marks every pixel whose gain lies within -0.001 to 0.001, both included; marks that stand are kept. gainList is in
+// A detector whose gain lies within -kNullGain to kNullGain, both included, doesn't respond.
+constexpr float kNullGain = 0.001F;
+
+// Marks every pixel with such a gain; marks that stand are kept. gainList is in
 // readout order and reached through decomList, whose place for a pixel DecomPosition tells. The number marked by gain.
 //
 // A pixel without a place in the table is an index error, an entry above Vroi x Hroi an address error: entry 0 of the

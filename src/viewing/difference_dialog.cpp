@@ -45,7 +45,7 @@ std::string WhyNotComparable(const StoredFrames& file)
         return Format("The frames are %d x %d pixels, those of the camera %d x %d.", header.ImageWidth,
                       header.ImageHeight, ActiveConfig.Hroi, ActiveConfig.Vroi);
     }
-    const bool corrected = BearsCalibration(header);
+    const bool corrected = file.AreCorrected();
     if (corrected && CalType == 0) return "The file's frames are corrected, and the picture isn't.";
     if (!corrected && CalType != 0) {
         return "The picture is corrected, and the file's frames aren't. Calibration, Apply to data... corrects them.";
@@ -93,7 +93,7 @@ std::optional<std::vector<std::int16_t>> ReadReference(HWND dialog, const std::s
         RefuseField(dialog, kDifferFileName, FileNameOf(path) + " " + why + ".");
         return std::nullopt;
     }
-    if (!BearsCalibration(file->Header()) && !PutInImageOrder(counts)) {
+    if (!file->AreCorrected() && !PutInImageOrder(counts)) {
         RefuseField(dialog, kDifferFileName, kNoMemory);
         return std::nullopt;
     }

@@ -57,6 +57,17 @@ TEST(NoiseFigures, KeepExactSumsOfTheMostFramesAtTheEndsOfTheCounts)
     EXPECT_DOUBLE_EQ(sums.DeviationOf(2), std::sqrt((m + 1) / (2 * (2 * m + 1))));
 }
 
+// The converter has 14 bits: 0 and 16383 are its ends.
+TEST(NoiseFigures, TellThePixelsWhoseCountsReachedAnEndOfTheConverter)
+{
+    const NoiseSums sums = SumsOf({{1, 0, 16382, 9, 16383}, {1, 5, 16383, 9, 5}, {1, 5, 16382, 9, 16383}});
+    const std::vector<std::uint8_t> bad = {0, 0, 0, 0, 1};
+    for (const auto& [pixel, was] : {std::pair(0U, false), {1U, true}, {2U, true}, {3U, false}, {4U, true}}) {
+        EXPECT_EQ(sums.WasSaturated(pixel), was) << pixel;
+    }
+    EXPECT_EQ(NoiseOf(sums, {.order = {}, .gains = {}, .bad = bad}, std::nullopt)->saturatedPixels, 2U);
+}
+
 TEST(NoiseFigures, HaveNoDeviationOfASingleFrame)
 {
     EXPECT_EQ(SumsOf({{5}}).DeviationOf(0), 0);

@@ -35,12 +35,15 @@ NoiseMeasurement Measured()
     measured.rows = 2;
     measured.frames = 64;
     measured.lost = 2;
+    measured.beganUtcNs = 1'795'000'000'000'000'000;
+    measured.knowsSaturated = true;
     measured.knowsBad = true;
     measured.countsPerDegree = 80.0;
     measured.noise.mean = {100, 200, 300, 400, 500, 600};
     measured.noise.deviation = {1, 2, 3, 4, 5, kNaN};
     measured.noise.netd = {12.5F, 25, 37.5F, 50, 62.5F, kNaN};
     measured.noise.badPixels = 1;
+    measured.noise.saturatedPixels = 3;
     return measured;
 }
 
@@ -63,10 +66,10 @@ TEST(NoiseMap, SpreadsTheColoursFromTheSmallestValueToTheWorstPercent)
 TEST(NoiseMap, HasARangeWhereAllPixelsAreAlike)
 {
     NoiseFigures figures;
-    figures.smallest = figures.worst = 5;
-    EXPECT_GT(MapRangeOf(figures).high, MapRangeOf(figures).low);
+    figures.smallest = figures.worst = 5000;
+    EXPECT_EQ(MapRangeOf(figures).high, 5005);
     figures.smallest = figures.worst = 0;
-    EXPECT_GT(MapRangeOf(figures).high, MapRangeOf(figures).low);
+    EXPECT_EQ(MapRangeOf(figures).high, 0.01);
 }
 
 TEST(NoiseMap, KeepsItsShapeInItsAreaAndNamesThePixelUnderAPoint)
@@ -125,8 +128,9 @@ TEST(NoiseMap, WritesALineForEachPixelBelowWhereItComesFrom)
     const NoiseFigures figures = FiguresOfNoise(measured.noise.netd).value();
     const std::string csv = NoiseCsv(measured, figures, NoiseQuantity::kNetd);
     for (const char* note :
-         {"# program: Kelvo ", "# source: live video\n", "# counts: raw\n", "# calibration: /data/Last.cal\n",
-          "# size: 2 rows, 3 columns\n", "# frames: 64\n", "# lost between them: 2\n", "# bad pixels left out: 1\n",
+         {"# program: Kelvo ", "# measured: 2026-11-18T11:06:40.000000000Z\n", "# source: live video\n",
+          "# counts: raw\n", "# calibration: /data/Last.cal\n", "# size: 2 rows, 3 columns\n", "# frames: 64\n",
+          "# lost between them: 2\n", "# bad pixels left out: 1\n", "# saturated pixels: 3\n",
           "# counts a degree: 80\n", "# median (mK): 37.5\n", "# 99th percentile (mK): 62.5\n"}) {
         EXPECT_THAT(csv, HasSubstr(note));
     }
@@ -135,6 +139,39 @@ TEST(NoiseMap, WritesALineForEachPixelBelowWhereItComesFrom)
     EXPECT_EQ(csv.substr(table),
               "row,column,mean,deviation,netd_mK\n"
               "0,0,100,1,12.5\n0,1,200,2,25\n0,2,300,3,37.5\n1,0,400,4,50\n1,1,500,5,62.5\n1,2,600,,\n");
+}
+
+// Readers skip them by their number.
+TEST(NoiseMap, WritesAsManyNotesWhereLittleIsKnown)
+{
+    NoiseMeasurement measured = Measured();
+    const std::string all = NoiseCsv(measured, FiguresOfNoise(measured.noise.netd).value(), NoiseQuantity::kNetd);
+    measured.countsPerDegree.reset();
+    measured.noise.netd.clear();
+    measured.noise.deviation.assign(6, kNaN);
+    measured.knowsSaturated = false;
+    measured.changes = "less 32768";
+    const NoiseFigures none = FiguresOfNoise(measured.noise.deviation).value();
+    const std::string few = NoiseCsv(measured, none, NoiseQuantity::kDeviation);
+    EXPECT_EQ(std::ranges::count(all, '#'), 14);
+    EXPECT_EQ(std::ranges::count(few, '#'), 14);
+    for (const char* note : {"# counts: raw, less 32768\n", "# saturated pixels: \n", "# counts a degree: \n",
+                             "# median (counts): \n", "# 99th percentile (counts): \n"}) {
+        EXPECT_THAT(few, HasSubstr(note));
+    }
+}
+
+TEST(NoiseMap, LabelsNothingBeyondItsArea)
+{
+    const std::vector<float> alike = {0, 0, 0, 0};
+    const NoiseFigures figures = FiguresOfNoise(alike).value();
+    const auto width = [](std::string_view text) { return static_cast<int>(8 * text.size()); };
+    const PlotPicture plot = NoisePlot({0, 0, 400, 200}, HistogramOfNoise(alike, figures), figures, "counts", width);
+    ASSERT_GE(plot.labels.size(), 2U);
+    for (const PlotLabel& label : plot.labels) {
+        const int left = label.align == TextAlign::kCentre ? label.at.x - width(label.text) / 2 : label.at.x;
+        EXPECT_TRUE(label.align == TextAlign::kRight || left >= 0) << label.text;
+    }
 }
 
 TEST(NoiseMap, KeepsAnImageOfFloatsAndTheRecordOnView)

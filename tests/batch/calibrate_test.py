@@ -34,6 +34,11 @@ def sequence(frames, columns=COLUMNS, rows=ROWS, sample=2, cold=-10000):
     return bytes(head) + b"".join(struct.pack(f"<{len(frame)}h", *frame) for frame in frames)
 
 
+def npy(frames, kind, columns=COLUMNS, rows=ROWS):
+    head = f"{{'descr': '{kind}', 'fortran_order': False, 'shape': ({len(frames)}, {rows}, {columns}), }}".ljust(117) + "\n"
+    return b"\x93NUMPY\x01\x00" + struct.pack("<H", len(head)) + head.encode() + b"".join(struct.pack(f"<{len(frame)}{'hH'[kind == '<u2']}", *frame) for frame in frames)
+
+
 def run(arguments, environment=None, before=(), **more):
     done = subprocess.run([*before, KELVO, "calibrate", *arguments], cwd=OUT, env={**BARE, **(environment or {})}, capture_output=True, timeout=120, **more)
     return done.returncode, done.stdout.decode(errors="surrogateescape"), done.stderr.decode(errors="surrogateescape")
@@ -99,6 +104,27 @@ class Calibrate(unittest.TestCase):
             (OUT / name).unlink()
         self.assertEqual(run([*TWO, "--keep-noisy"])[0], 0)
         self.assertEqual(struct.unpack("<6f", (OUT / "made.gai").read_bytes()), (1, 1, 1, 1, 1, 0))
+
+    def test_foreign_files_give_the_same_set(self):
+        """As raw frames in .npy; where the samples of one reach beyond 32767, those of both are taken 32768 lower."""
+        self.assertEqual(run(TWO)[0], 0)
+        expected = {name: (OUT / name).read_bytes() for name in made() if not name.endswith(".cal")}
+        for add, kind, told in ((0, "<i2", False), (0, "<u2", False), (31500, "<u2", True)):  # of these only the high source lies above
+            for name in made():
+                (OUT / name).unlink()
+            for name, frame in (("low", LOW), ("high", HIGH)):
+                (OUT / f"{name}.npy").write_bytes(npy([[count + add for count in frame]], kind))
+            code, out, error = run([argument.replace(".seq", ".npy") for argument in TWO] + ["--json"])
+            self.assertEqual((code, "32768 lower" in error), (0, told), error)
+            self.assertEqual(json.loads(out)["intensity_cold"], 1002 + add - 32768 * told)
+            self.assertEqual({name: (OUT / name).read_bytes() for name in expected}, expected, (add, kind))
+
+    def test_samples_of_two_kinds_are_refused(self):
+        (OUT / "low.npy").write_bytes(npy([LOW], "<i2"))
+        (OUT / "high.npy").write_bytes(npy([[count + 32000 for count in HIGH]], "<u2"))
+        self.expect_refused([argument.replace(".seq", ".npy") for argument in TWO],
+                            "high.npy has samples above 32767, which are taken 32768 lower, and low.npy has samples with a sign: they can't be compared")
+        self.expect_refused([argument.replace("high.seq", "high.npy") for argument in TWO], "low.seq has samples with a sign")
 
     def test_one_point(self):
         code, out, _ = run(ONE)

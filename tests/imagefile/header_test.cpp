@@ -534,6 +534,8 @@ TEST(HeaderOfACalibration, NamesOneSourceOrTwo)
     EXPECT_TRUE(BearsCalibration(header));
     EXPECT_FALSE(HasTwoSources(header));
     header.IntensityHot = 9000;
+    EXPECT_TRUE(BearsCalibration(header));  // nobody gave temperatures
+    EXPECT_FALSE(HasTwoSources(header));
     header.TemperatureCold = 20.0F;
     header.TemperatureHot = 25.0F;
     EXPECT_TRUE(BearsCalibration(header));

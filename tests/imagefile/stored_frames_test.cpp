@@ -95,6 +95,33 @@ TEST(StoredFrames, TimesComeFromTheJournalAndElseFromTheRate)
     EXPECT_EQ(timed->SecondsOf(1), 0.25);
 }
 
+TEST(StoredFrames, AreCorrectedAsTheJournalSaysAndElseTheHeader)
+{
+    const TempDirectory directory;
+    const std::string path = directory.Path() + "/a.seq";
+    std::string why;
+    const auto areCorrected = [&](int cold, int hot, const char* pixels) {
+        ImageHeaderRecord header = PlainHeader(1, 1);
+        header.IntensityCold = static_cast<std::int16_t>(cold);
+        header.IntensityHot = static_cast<std::int16_t>(hot);
+        WriteImageFile(path, header, {{1}});
+        FramesHead head;
+        head.columns = head.rows = 1;
+        head.pixelBytes = 2;
+        if (pixels != nullptr) head.SetText(frames_key::kPixels, pixels);
+        EXPECT_TRUE(ReplaceFramesFile(FramesPathOf(path), head, {}, std::nullopt));
+        return StoredFrames::Open(path, why).value().AreCorrected();
+    };
+    EXPECT_FALSE(areCorrected(-10000, -10000, nullptr));
+    EXPECT_FALSE(areCorrected(-10000, 0, nullptr));
+    EXPECT_FALSE(areCorrected(0, 0, nullptr));  // nobody filled it in
+    EXPECT_TRUE(areCorrected(7000, -10000, nullptr));
+    EXPECT_TRUE(areCorrected(7000, 7400, nullptr));
+    EXPECT_TRUE(areCorrected(0, 400, nullptr));
+    EXPECT_FALSE(areCorrected(7000, 7400, "raw"));
+    EXPECT_TRUE(areCorrected(-10000, -10000, "corrected"));
+}
+
 TEST(StoredFrames, AJournalOfAnotherSequenceIsNone)
 {
     const TempDirectory directory;
@@ -109,34 +136,6 @@ TEST(StoredFrames, AJournalOfAnotherSequenceIsNone)
     const std::optional<StoredFrames> frames = StoredFrames::Open(path, why);
     ASSERT_TRUE(frames) << why;
     EXPECT_EQ(frames->Journal(), nullptr);
-}
-
-TEST(StoredFrames, AreCorrectedAsTheJournalSaysAndElseTheHeader)
-{
-    const TempDirectory directory;
-    const std::string path = directory.Path() + "/a.seq";
-    const auto areCorrected = [&] {
-        std::string why;
-        const std::optional<StoredFrames> frames = StoredFrames::Open(path, why);
-        return frames && frames->AreCorrected();
-    };
-    ImageHeaderRecord header = PlainHeader(1, 1);
-    WriteImageFile(path, header, {{1}});
-    EXPECT_FALSE(areCorrected());
-    header.IntensityCold = 3000;
-    WriteImageFile(path, header, {{1}});
-    EXPECT_TRUE(areCorrected());
-
-    FramesHead head;
-    head.columns = 1;
-    head.rows = 1;
-    head.pixelBytes = 2;
-    const std::array records = {Sealed({.number = 1})};
-    ASSERT_TRUE(ReplaceFramesFile(FramesPathOf(path), head, records, std::nullopt));
-    EXPECT_TRUE(areCorrected());  // it doesn't say
-    head.SetText(frames_key::kPixels, kRawPixels);
-    ASSERT_TRUE(ReplaceFramesFile(FramesPathOf(path), head, records, std::nullopt));
-    EXPECT_FALSE(areCorrected());
 }
 
 TEST(StoredFrames, WhatIsNoneIsRefusedWithAReason)

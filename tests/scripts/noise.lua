@@ -3,6 +3,7 @@
 local check = require "check"
 local calibration = require "calibration"
 local files = require "files"
+local foreign = require "foreign"
 local unchanged = require "unchanged"
 
 local kLive, kFile, kName, kBrowse, kSet, kBrowseSet, kFrames, kShow = 22301, 22302, 22303, 22304, 22305, 22306, 22307, 22308
@@ -164,7 +165,7 @@ end
 refused("", "", "Please name the file whose frames are to be measured.")
 refused(datadir() .. "/none.seq", "", "none.seq can't be opened.")
 refused(datadir() .. "/noise.csv", "", "noise.csv isn't an image file.")
-refused(datadir() .. "/netd.img", "", "netd.img holds only 1 frame.")
+refused(datadir() .. "/netd.img", "", "netd.img holds only 1 frame: one has no deviation.")
 press(kBrowse)
 cancel()
 press(kBrowseSet)
@@ -173,7 +174,7 @@ cancel()
 -- ---- A file of raw frames in the order of the readout, worked by hand: 4, 8 and so on deviate by sqrt(8), ...
 
 local small = files.image(datadir() .. "/small.seq", { width = 4, height = 2, frames = 2 }, 2,
-  function(frame, x, y) return frame * 4 * (x + 1) * (y + 1) end)
+  function(frame, x, y) return 100 + frame * 4 * (x + 1) * (y + 1) end)
 set(kFrames, "2")
 set(kName, small)
 set(kSet, "")
@@ -183,6 +184,15 @@ check.eq({ box(), text(kTaken), text(kPixels), text(kBad), enabled(kShow) }, { n
 check.eq(text(kMedian), ("%.3f counts"):format(3.5 * math.sqrt(8)))
 check.eq(text(kRms), ("%.3f counts"):format(math.sqrt(150 / 8 * 8)))
 
+set(kFrames, "64")
+press(kMeasure)
+check.answer_box("small.seq holds only 2 frames. Please enter 2 to 2.", "ok")
+set(kFrames, "2")
+
+files.calibration(datadir() .. "/larger.cal", 4, 3, 2.0, 0)
+set(kSet, datadir() .. "/larger.cal")
+press(kMeasure)
+check.answer_box("larger.gai was made for frames of another size.", "ok")
 files.calibration(datadir() .. "/small.cal", 4, 2, 2.0, 0)
 local cal = readfile(datadir() .. "/small.cal")
 files.write(datadir() .. "/small.cal", (cal:gsub("IntensityCold=[^\n]*", "IntensityCold=7000"):gsub("IntensityHot=[^\n]*", "IntensityHot=7400")
@@ -194,6 +204,33 @@ set(kSet, datadir() .. "/small.cal")
 press(kMeasure)
 check.eq({ box(), text(kTaken), text(kBad) }, { nil, "2 raw frames", "0" })
 check.eq(text(kMedian), ("%.3f mK"):format(3.5 * math.sqrt(8) / (2 * 80) * 1000))
+
+-- Sources of one temperature tell no response; a set without a gain leaves no pixel.
+files.write(datadir() .. "/small.cal", (readfile(datadir() .. "/small.cal"):gsub("TemperatureHot=[^\n]*", "TemperatureHot=20.0")))
+press(kMeasure)
+check.eq({ box(), text(kMedian), status() }, { nil, ("%.3f counts"):format(3.5 * math.sqrt(8)),
+  "No NETD: it takes a two-point calibration with the temperatures of its sources." })
+files.write(datadir() .. "/small.gai", ("\0"):rep(4 * 8))
+press(kMeasure)
+check.eq({ box(), text(kMedian), text(kPixels), text(kBad), status() }, { nil, "", "0", "8", "No pixel is left to measure: all are bad." })
+press(kSave)
+choose(datadir() .. "/none_left.csv")
+check.eq({ read_csv(datadir() .. "/none_left.csv")["median (counts)"], box() }, { "", nil })
+
+-- Counts at an end of the converter have lost of their noise, which is told; of another program's counts nobody knows.
+local cut = files.image(datadir() .. "/cut.seq", { width = 4, height = 2, frames = 3 }, 3, function(frame, x) return x == 0 and 16383 or 16380 + frame end)
+set(kFrames, "3")
+set(kName, cut)
+set(kSet, "")
+press(kMeasure)
+check.eq({ box(), text(kPixels), text(kMedian) }, { nil, "8, 2 of them saturated", "1.000 counts" })
+set(kName, foreign.npy(datadir() .. "/high.npy", 3, 2, 4, function(frame, _, x) return x == 0 and 65535 or 32768 + frame end, "<u2", "<I2"))
+press(kMeasure)
+check.eq({ box(), text(kPixels), text(kMedian) }, { nil, "8", "1.000 counts" })
+press(kSave)
+choose(datadir() .. "/high.csv")
+check.eq(read_csv(datadir() .. "/high.csv").counts, "raw, less 32768")
+set(kFrames, "2")
 
 -- Corrected frames bear their pair themselves, and no gain is taken off again.
 files.image(datadir() .. "/corrected.seq", { width = 4, height = 2, frames = 2, cold = 7000, cold_c = 20, hot = 7400, hot_c = 25 }, 2,
@@ -235,7 +272,8 @@ check.eq({ dialog(), text(kMedian), state("LiveVideo") }, { "NOISE", shown_befor
 press(kClose)
 check.eq(dialog(), nil)
 local written = { LastFileDirectory = "the folder of the last file dialog", SelectedPaths = "of the last file dialog" }
-for _, name in ipairs { "noise.csv", "netd.img", "deviation.img", "noise.png", "small.seq", "small.cal", "small.gai", "small.off", "small.dcm", "corrected.seq" } do
+for _, name in ipairs { "noise.csv", "netd.img", "deviation.img", "noise.png", "small.seq", "small.cal", "small.gai", "small.off", "small.dcm", "corrected.seq",
+  "larger.cal", "larger.gai", "larger.off", "larger.dcm", "none_left.csv", "cut.seq", "high.npy", "high.csv" } do
   written["file " .. name] = "written here"
 end
 unchanged.expect(before, unchanged.snapshot(), written, { StatusText = "the rate of live video" }, "noise")

@@ -437,7 +437,7 @@ rows.NOISE = {
     { set = { [22307] = "1" }, box = "Please enter 2 to 65535 frames." },
     { set = { [22307] = "2", [22303] = "" }, box = "Please name the file whose frames are to be measured." },
     { set = { [22303] = "none.seq" }, box = "none.seq can't be opened." },
-    { set = { [22303] = function() return datadir() .. "/sequence.img" end, [22307] = "4" }, box = "sequence.img holds only 3 frames." },
+    { set = { [22303] = function() return datadir() .. "/sequence.img" end, [22307] = "4" }, box = "sequence.img holds only 3 frames. Please enter 2 to 3." },
     { set = { [22307] = "2", [22305] = "none.cal" }, box = "none.cal can't be opened." },
   },
 }
