@@ -3,8 +3,9 @@
 -- images, a sequence and the calibration, changes the camera and back, comes up again with the calibration by both ways, and reads a
 -- saved image in degrees. Captures a burst and replays it, records on a trigger with what came before it, makes whole a recording that
 -- was cut short and corrects it with the calibration. Measures the saved image: histogram, line plot and the graph of a pixel over the recorded
--- frames, each figure beside one that is reckoned here; the difference of two images, a printed page, TIFF files. Pictures and files are left
--- in the directory named after "--". With CommLog=1 in kelvo.ini the bytes that went to the camera head stand in CommLog.txt.
+-- frames, each figure beside one that is reckoned here; the difference of two images, a printed page, TIFF files. Traces two regions over the
+-- recording, maps the NETD beside what the detectors really have, and leaves frames as FITS and .npy for other programs. Pictures and files are
+-- left in the directory named after "--". With CommLog=1 in kelvo.ini the bytes that went to the camera head stand in CommLog.txt.
 
 local out = arg and arg[1] or "first-light"
 local data = datadir()
@@ -16,6 +17,7 @@ local kGray, kColour, kTurnOn, kFitContrast = 143, 145, 169, 2004
 local kHostRam, kBurstFrames, kCapture, kReplay, kReplayRate, kRecorder = 103, 1342, 1352, 1348, 1350, 2060
 local kByVideoSetup, kByLastCalibration, kBySelectedCalibration = 1070, 1072, 1074
 local kName, kFramesToAverage, kBeginningNumber = 1460, 1488, 1486
+local kNoise, kTraces, kSavePlot = 2230, 2240, 1606
 local kOk, kCancel, kReport = 1, 2, "report"
 
 local function say(...)
@@ -75,7 +77,8 @@ end
 
 -- What an earlier run left would be asked about.
 for _, name in ipairs { "scope.bmp", "scene.img", "run1.seq", "run2.seq", "run3.seq", "data/morning.cal", "even.seq", "even.seq.frames",
-    "scene16.tif", "scene8.tif", "difference.img", "scene.pdf" } do
+    "scene16.tif", "scene8.tif", "difference.img", "scene.pdf", "netd.csv", "netd.img", "netd.png", "trace.csv", "trace.png", "even.fits", "scene.npy",
+    "scene.json" } do
     os.remove(out .. "/" .. name)
 end
 -- The SAVE dialog changes the working directory, so that a path has to be whole.
@@ -408,6 +411,79 @@ compare("frame graph", values, #values - 1)
 press(1620)
 press(1620)
 press(kOk)
+
+-- The noise: 64 frames of a uniform source, and for each pixel the temperature that it can just tell. Beside it what the simulated detectors
+-- really have, their deviation over their own counts a degree.
+local kNetdFrames, kNetdMedian, kNetdBad = 22307, 22311, 22315
+sim.source("low", 22.5)
+frames(3)
+command(kNoise)
+inFront("NOISE")
+set(kNetdFrames, "64")
+press(kOk)
+assert(box() == nil, "measured")
+picture("23-noise")
+for _, extension in ipairs { "csv", "img", "png" } do
+    press(kSavePlot)
+    choose(whole .. "/netd." .. extension)
+end
+local countsPerDegree = (state("IntensityHot") - state("IntensityCold")) / (state("TemperatureHot") - state("TemperatureCold"))
+local truths = {}
+for row, column, netd in assert(readfile(whole .. "/netd.csv")):gmatch("\n(%d+),(%d+),[^,]*,[^,]*,([^,\n]*)") do
+    if netd ~= "" then -- a bad detector has none
+        local truth = sim.truth(tonumber(column), tonumber(row))
+        truths[#truths + 1] = 1000 * truth.deviation / (truth.gain * countsPerDegree)
+    end
+end
+table.sort(truths)
+local middle = #truths // 2
+local trueMedian = #truths % 2 == 1 and truths[middle + 1] or (truths[middle] + truths[middle + 1]) / 2
+local netdMedian = tonumber(text(kNetdMedian):match("^([%d.]+) mK$"))
+say("NETD: median %.3f mK, of the detectors' true noise %.3f mK; %d pixels, %s bad ones left out", netdMedian, trueMedian, #truths,
+    text(kNetdBad))
+-- The median of a deviation of 64 frames lies half a percent low by itself.
+assert(math.abs(netdMedian / trueMedian - 1) < 0.01, "NETD as the detectors have it")
+press(kCancel)
+
+-- Two regions in every recorded frame: a trace has as many points as there were frames.
+local kTraceFile, kTraceFrames, kTraceGaps, kTraceMean, kTraceSpread = 22403, 22408, 22410, 22411, 22412
+drop(whole .. "/even.seq")
+regions { { name = "spot", x1 = 96, y1 = 64, x2 = 111, y2 = 79 }, { name = "ground", x1 = 4, y1 = 4, x2 = 35, y2 = 19 } }
+command(kTraces)
+inFront("TRACES")
+press(kTraceFile)
+wait(kMeasured)
+picture("24-traces")
+for _, extension in ipairs { "csv", "png" } do
+    press(kSavePlot)
+    choose(whole .. "/trace." .. extension)
+end
+local means = {}
+for at = 512 + 80, #recording, 80 + 2 * 320 * 256 do
+    local counts = 0
+    for y = 64, 79 do
+        for x = 96, 111 do counts = counts + string.unpack("<i2", recording, at + 1 + 2 * (320 * y + x)) end
+    end
+    means[#means + 1] = counts / 256
+end
+local meanCount, squares = 0, 0
+for _, mean in ipairs(means) do meanCount = meanCount + mean / #means end
+for _, mean in ipairs(means) do squares = squares + (mean - meanCount) ^ 2 end
+local figures = { ("%.3f"):format(meanCount), ("%.3f"):format(math.sqrt(squares / (#means - 1))) }
+say("trace of spot: %s frames, gaps: %s; %s ±%s counts, reckoned %s ±%s", text(kTraceFrames), text(kTraceGaps), text(kTraceMean),
+    text(kTraceSpread), figures[1], figures[2])
+assert(tonumber(text(kTraceFrames)) == #means and text(kTraceMean) == figures[1] and text(kTraceSpread) == figures[2], "trace")
+press(kCancel)
+regions {}
+
+-- For other programs: fifty frames in degrees as a FITS cube, which tells when each was taken, and a picture's counts as an array for NumPy.
+local cube = export { of = "file", file = whole .. "/even.seq", out = whole .. "/even.fits", as = "celsius", first = 100, count = 50 }
+say("even.fits: %d frames of %d x %d in %s, %d bad detectors are no numbers", cube.frames, cube.columns, cube.rows, cube.unit,
+    cube.bad_detectors or 0)
+drop(whole .. "/scene.img")
+local array = export { out = whole .. "/scene.npy" }
+say("scene.npy: %d x %d counts", array.columns, array.rows)
+command(kFreeze) -- back to the camera
 
 turnOff()
 

@@ -3,11 +3,42 @@
 local check = require "check"
 local top = assert(arg[0]:match("^(.*)/tests/scripts/"), arg[0])
 arg[1] = datadir():match("^(.*)/data$")
+
+-- What is exported is seen before on the screen: the counts of its first frame, its middle one and its last one, for first_light_test.py.
+local function keep_seen(out, frame)
+  local counts = {}
+  for y = 0, 255 do
+    for x = 0, 319 do counts[#counts + 1] = string.pack("<i2", pixel(x, y)) end
+  end
+  local seen <close> = assert(io.open(("%s.%d.seen"):format(out, frame), "wb"))
+  seen:write(table.concat(counts))
+end
+local function go_to(frame)
+  command(2000)
+  set(1001, tostring(frame))
+  press(1)
+  check.eq({ state("CurrentFrame"), dialog(), box() }, { frame })
+end
+local write_frames = export
+function export(settings)
+  if settings.of == "file" then
+    local before = state("CurrentFrame")
+    for _, frame in ipairs { 0, settings.count // 2, settings.count - 1 } do
+      go_to(settings.first + frame)
+      keep_seen(settings.out, frame)
+    end
+    go_to(before)
+  else
+    keep_seen(settings.out, 0)
+  end
+  return write_frames(settings)
+end
 assert(loadfile(top .. "/examples/first-light.lua"))()
 for _, name in ipairs {
   "01-before", "02-scope", "03-raw", "04-raw-scene", "05-calibration", "06-result", "07-bad-detectors", "08-corrected",
   "09-corrected-scene", "10-colour", "11-zoom", "12-large-array", "13-replay", "14-recorder", "15-recording", "16-corrected-later",
   "17-saved-image", "18-histogram", "19-line-plot", "20-image-math", "21-print", "22-frame-graph",
+  "23-noise", "24-traces", "netd", "trace",
 } do
   check.eq(readfile(name .. ".png"):sub(2, 4), "PNG", name)
 end

@@ -20,12 +20,13 @@ def pixels(number):
     return struct.pack(f"<{PIXELS}h", *(10 * number + i for i in range(PIXELS)))
 
 
-def sequence(numbers):
+def sequence(numbers, frame=pixels, size=(ROWS, COLUMNS)):
+    """frame: the bytes of that number's frame; size: rows and columns."""
     head = bytearray(512)
-    for place, kind, value in [(0, "<H", 0xFFFF), (2, "<h", COLUMNS), (4, "<h", ROWS), (6, "<h", 2), (40, "<h", 8), (42, "<I", len(numbers)),
+    for place, kind, value in [(0, "<H", 0xFFFF), (2, "<h", size[1]), (4, "<h", size[0]), (6, "<h", 2), (40, "<h", 8), (42, "<I", len(numbers)),
                                (144, "<h", 80)]:
         struct.pack_into(kind, head, place, value)
-    frames = [struct.pack("<30siif38x", b"Sat Nov 21 12:04:01.123 2026\n", place, number, 1.5) + pixels(number) for place, number in enumerate(numbers)]
+    frames = [struct.pack("<30siif38x", b"Sat Nov 21 12:04:01.123 2026\n", place, number, 1.5) + frame(number) for place, number in enumerate(numbers)]
     return bytes(head) + b"".join(frames)
 
 
@@ -34,13 +35,13 @@ def sealed(*fields):
     return record + struct.pack("<I", polynomial(record))
 
 
-def journal(numbers, text=b"Camera=made by hand\n"):
-    """Closed, complete; numbers that are left out were lost by the board."""
+def journal(numbers, text=b"Camera=made by hand\n", frame=pixels, size=(ROWS, COLUMNS), clock=lambda n: 1000 * n, utc=lambda n: 2000 * n):
+    """Closed, complete; numbers that are left out were lost by the board. clock and utc: the times of a number, ns."""
     head = bytearray(128)
-    struct.pack_into("<8s7I", head, 0, b"KVFRAMES", 1, 128, 64, 2 * PIXELS, COLUMNS, ROWS, len(text))
+    struct.pack_into("<8s7I", head, 0, b"KVFRAMES", 1, 128, 64, 2 * size[0] * size[1], size[1], size[0], len(text))
     head[64:64 + len(text)] = text
     struct.pack_into("<I", head, 60, polynomial(head))
-    records = [sealed(n, 1000 * n, 2000 * n, 1.5, 0, missing, 0, 0, 0, 0, 0, polynomial(pixels(n)))
+    records = [sealed(n, clock(n), utc(n), 1.5, 0, missing, 0, 0, 0, 0, 0, polynomial(frame(n)))
                for n, missing in zip(numbers, [0] + [b - a - 1 for a, b in zip(numbers, numbers[1:])])]
     return bytes(head) + b"".join(records) + sealed(len(numbers), 0, 0, 0, 128, 0, 0, 0, 0, 1, 0, 0)
 
@@ -50,13 +51,13 @@ OFFSETS = [7, 3, 0, -5, 11, 2]
 GAINS = [0.5, 2.0, 1.0, 0.75, 1.25, -1.5]
 
 
-def calibration_set(directory, name="warm"):
+def calibration_set(directory, name="warm", decom=DECOM, offsets=OFFSETS, gains=GAINS):
     """NAME.cal with two sources and its lists."""
     (directory / f"{name}.cal").write_text(f"[Calibration]\nCalType=2\nDecomFile={name}.dcm\nGainFile={name}.gai\nOffsetFile={name}.off\n"
                                            "IntensityCold=3000\nIntensityHot=9000\nTemperatureCold=20.0\nTemperatureHot=25.0\n")
-    (directory / f"{name}.dcm").write_bytes(struct.pack(f"<{PIXELS}I", *DECOM))
-    (directory / f"{name}.off").write_bytes(struct.pack(f"<{PIXELS}h", *OFFSETS))
-    (directory / f"{name}.gai").write_bytes(struct.pack(f"<{PIXELS}f", *GAINS))
+    (directory / f"{name}.dcm").write_bytes(struct.pack(f"<{len(decom)}I", *decom))
+    (directory / f"{name}.off").write_bytes(struct.pack(f"<{len(offsets)}h", *offsets))
+    (directory / f"{name}.gai").write_bytes(struct.pack(f"<{len(gains)}f", *gains))
 
 
 def corrected(number):
