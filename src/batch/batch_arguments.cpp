@@ -2,6 +2,7 @@
 
 #include "batch/batch_end.h"
 #include "batch/command_words.h"
+#include "platform/text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -64,6 +65,16 @@ BatchArguments TakeApart(std::span<const std::string> arguments, std::string_vie
         }
     }
     return taken;
+}
+
+std::optional<std::pair<float, float>> TwoVolts(std::string_view text)
+{
+    const auto low = TakeFloat(text);
+    if (!low || text.empty() || text.front() != ':') return std::nullopt;
+    text.remove_prefix(1);
+    const auto high = TakeFloat(text);
+    if (!high || !text.empty() || !(*low < *high)) return std::nullopt;
+    return std::pair(*low, *high);
 }
 
 int TellBatchFailure(std::string_view word, std::string_view text)

@@ -5,6 +5,7 @@
 #include "export/export_source.h"
 #include "platform/interrupt.h"
 #include "platform/pointer.h"
+#include "regions/regions_file.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,6 +27,8 @@ struct Wish {
     std::string out;
     std::int64_t count = -1;
     bool replace = false;
+    std::string region;   // of the view's, or of those of a file
+    std::string regions;  // that file
 };
 
 template <typename Value>
@@ -84,8 +87,32 @@ constexpr Field kFields[] = {
     {"set", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.set); }},
     {"in_force", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.listsInForce); }},
     {"rectangle", [](const ScriptValue& value, Wish& wish) { return TakePlace(value, wish.request.place); }},
+    {"region", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.region) && !wish.region.empty(); }},
+    {"regions",
+     [](const ScriptValue& value, Wish& wish) { return Take(value, wish.regions) && !wish.regions.empty(); }},
     {"replace", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.replace); }},
 };
+
+// The one of that name in the file, or else of the view.
+bool TakeRegion(Wish& wish, std::string& why)
+{
+    if (wish.region.empty() && wish.regions.empty()) return true;
+    if (wish.region.empty() || wish.request.place) {
+        why = wish.region.empty() ? "\"region\" says which one of the file"
+                                  : "\"rectangle\" and \"region\" don't go together";
+        return false;
+    }
+    std::optional<RegionsFile> file = RegionsOnView();
+    if (!wish.regions.empty()) file = ReadRegionsFile(wish.regions, why);
+    if (!file) return false;
+    const auto found = std::ranges::find(file->regions, wish.region, &Region::name);
+    if (found != file->regions.end()) {
+        wish.request.regions = {*found};
+        return true;
+    }
+    why = "there is no region \"" + wish.region + "\"";
+    return false;
+}
 
 std::optional<Wish> WishOf(const ScriptFields& table, std::string& why)
 {
@@ -106,7 +133,7 @@ std::optional<Wish> WishOf(const ScriptFields& table, std::string& why)
         why = "\"to\" says which format";
     } else if ((wish.request.what == ExportWhat::kFile) != !wish.request.path.empty()) {
         why = "\"file\" goes with of = \"file\"";
-    } else {
+    } else if (TakeRegion(wish, why)) {
         wish.format = *format;
         if (wish.count > 0) wish.request.end = wish.request.first + wish.count;
         return wish;

@@ -49,7 +49,9 @@ std::string NpyWriter::Json() const
     std::vector<std::string> times;
     times.reserve(timings_.size());
     for (const FrameTiming& timing : timings_) times.push_back(TimingJson(timing));
-    json.Member("times", JsonList(times)).Member("bad_detector_places", BadPlacesJson(description_));
+    json.Member("times", JsonList(times))
+        .Member("bad_detector_places", BadPlacesJson(description_))
+        .Member("outside_of_region", OutsideRunsJson(description_));
     return json.Json() + '\n';
 }
 

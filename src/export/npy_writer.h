@@ -1,6 +1,6 @@
 // Frames as a NumPy array: a .npy file, version 1.0 of its format (numpy.lib.format), C order, frames x rows x columns,
 // '<i2' counts or '<f4' values; beside it NAME.json, NAME being the path without its ".npy", with the provenance, the
-// time of each frame and the bad detectors' places.
+// time of each frame, the bad detectors' places and the pixels outside of the region.
 #pragma once
 
 #include "export/frame_sink.h"
