@@ -146,8 +146,12 @@ bool ExportSource::TakeRange(const ExportRequest& request, std::int64_t frames, 
     return false;
 }
 
-bool ExportSource::TakePictureOnView(const ExportRequest& /*request*/, std::string& why)
+bool ExportSource::TakePictureOnView(const ExportRequest& request, std::string& why)
 {
+    if (request.first != 0 || request.end > 1) {
+        why = "The picture on view is one frame: there are none of that range.";
+        return false;
+    }
     const bool isThere = (ViewingFile || CameraOn) && KeepFrameOnView() && ReadFrameToMeasure();
     const std::span<const std::int16_t> frame = isThere ? FrameToMeasure() : std::span<const std::int16_t>();
     if (frame.empty()) {
