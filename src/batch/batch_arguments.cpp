@@ -5,6 +5,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace kelvo {
@@ -73,7 +74,7 @@ std::optional<std::pair<float, float>> TwoVolts(std::string_view text)
     if (!low || text.empty() || text.front() != ':') return std::nullopt;
     text.remove_prefix(1);
     const auto high = TakeFloat(text);
-    if (!high || !text.empty() || !(*low < *high)) return std::nullopt;
+    if (!high || !text.empty() || !std::isfinite(*low) || !std::isfinite(*high) || *low == *high) return std::nullopt;
     return std::pair(*low, *high);
 }
 

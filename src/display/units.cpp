@@ -302,7 +302,7 @@ UnitScope::~UnitScope()
 bool VoltsAreKnown()
 {
     const VoltsLine line = VoltsInForce();
-    return line.lowCount < line.highCount && line.lowVolts < line.highVolts;
+    return line.lowCount < line.highCount && line.lowVolts != line.highVolts;
 }
 
 double ValueOfCounts(double counts, std::int32_t unit)

@@ -90,7 +90,8 @@ class UnitScope {
     std::optional<std::pair<float, float>> volts_;
 };
 
-// Whether a count is known in volts: the display range isn't empty and its ends have volts, the higher one more.
+// Whether a count is known in volts: the display range isn't empty, and its ends have different volts. The higher one
+// has fewer where a camera counts up as its voltage falls.
 bool VoltsAreKnown();
 
 }  // namespace kelvo

@@ -124,6 +124,11 @@ class Stats(unittest.TestCase):
             exact = 3.0 * (counts[name] - -400) / 12400 - 0.5
             self.assertEqual(struct.pack("<f", each[name]), struct.pack("<f", exact), name)
         self.assertEqual([each[name] for name in ("min_x", "max_y", "outside_sources")], [counts[name] for name in ("min_x", "max_y", "outside_sources")])
+        # A camera that counts up as its voltage falls: the least count has the most volts, and a deviation is none the less above 0.
+        (each,) = self.told("range.seq", "--rect=2,1,8,6", "--frames=3:4", "--unit=volts", "--volts=2.5:-0.5")
+        self.assertAlmostEqual(each["mean"], 2.5 - (counts["mean"] - -400) * step, delta=1e-9)
+        self.assertAlmostEqual(each["deviation"], counts["deviation"] * step, delta=1e-9)
+        self.assertGreater(each["min"], each["max"])
         code, out, error = run("range.seq", "--unit=volts", "--volts=-0.5:2.5", "--frames=:1")
         self.assertEqual((code, "# unit: volts" in out.splitlines()), (0, True), error)
 
@@ -183,7 +188,7 @@ class Stats(unittest.TestCase):
                                 (["run.seq", "--unit=watts"], "--unit wants counts, volts, celsius, kelvin or fahrenheit, not watts"),
                                 (["run.seq", "--unit=volts"], "run.seq doesn't say what its counts are in volts: --volts LOW:HIGH does"),
                                 (["run.seq", "--unit=volts", "--volts=0:1"], "run.seq doesn't say what its counts are in volts"),
-                                (["run.seq", "--unit=volts", "--volts=1:0"], "--volts LOW:HIGH says what the ends of the display range are, the low one first"),
+                                (["run.seq", "--unit=volts", "--volts=1:1"], "--volts LOW:HIGH says what the two ends of the display range are in volts"),
                                 (["run.seq", "--frames=3:2"], "run.seq has 150 frames: there are none of that range"),
                                 (["plain.seq", "--unit=celsius"], "plain.seq names no two sources with temperatures: it doesn't read in degrees"),
                                 (["run.seq", "--bad=none.cal"], "none.cal")]:

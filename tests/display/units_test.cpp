@@ -419,6 +419,11 @@ TEST_F(Units, VoltsThatAreGivenForAFileTakeThePlaceOfTheCameras)
         const UnitScope file(header, "run.seq", std::pair(1.0F, 1.0F));
         EXPECT_FALSE(VoltsAreKnown());
     }
+    {
+        const UnitScope file(header, "run.seq", std::pair(2.5F, -1.5F));
+        EXPECT_TRUE(VoltsAreKnown()) << "a camera that counts up as its voltage falls";
+        EXPECT_EQ(CountsToUnit(4000, kUnitVolts, nullptr), -1.5F);
+    }
     header.DisplayHigh = header.DisplayLow;
     const UnitScope file(header, "run.seq", std::pair(-1.5F, 2.5F));
     EXPECT_FALSE(VoltsAreKnown());
