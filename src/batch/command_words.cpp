@@ -79,6 +79,7 @@ constexpr CommandOption kExportOptions[] = {
     {.name = "--region",
      .value = "FILE.regions[:NAME]",
      .does = "the region of that name alone; without a name each of the file's, as OUT-NAME.ext"},
+    {.name = "--traces", .does = "what regions measure frame by frame, all in one CSV file"},
     {.name = "--force", .does = "OUT may stand and is replaced"},
     {.name = "--json", .does = "tell on the standard output what was made"},
 };

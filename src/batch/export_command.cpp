@@ -4,6 +4,7 @@
 #include "batch/batch_end.h"
 #include "batch/batch_progress.h"
 #include "batch/cut_command.h"
+#include "batch/export_traces.h"
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "platform/json_text.h"
@@ -25,6 +26,7 @@ namespace {
 
 constexpr std::string_view kWord = "export";
 constexpr int kBatchStopped = 1;
+constexpr std::string_view kTwoFiles = "a file of frames and the name of the new file are needed";
 
 struct Wish {
     ExportRequest request;
@@ -68,7 +70,7 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
     why = taken.error;
     if (!why.empty()) return std::nullopt;
     if (taken.files.size() != 2) {
-        why = "a file of frames and the name of the new file are needed";
+        why = kTwoFiles;
         return std::nullopt;
     }
     Wish wish;
@@ -137,12 +139,56 @@ int TellStopped(const Wish& wish, const ExportSource& source, const ExportOutcom
     return kBatchStopped;
 }
 
+// The traces' own wish. They are counts as they are stored, in one format.
+std::optional<TracesWish> TracesWishOf(const BatchArguments& taken, std::string& why)
+{
+    constexpr std::array kOthers = {"--as", "--set", "--volts", "--rectangle"};
+    const auto* const other =
+        std::ranges::find_if(kOthers, [&taken](const char* option) { return taken.Value(option).has_value(); });
+    const auto range = FrameRangeOf(taken.Value("--frames").value_or(":"));
+    why = taken.error;
+    if (!why.empty()) return std::nullopt;
+    if (taken.files.size() != 2) {
+        why = kTwoFiles;
+    } else if (other != kOthers.end()) {
+        why = std::string("--traces and ") + *other + " don't go together";
+    } else if (taken.Value("--to").value_or("csv") != "csv") {
+        why = "--traces are written as csv alone";
+    } else if (!range) {
+        why = kFrameRangeForm;
+    } else {
+        TracesWish wish{.in = taken.files[0], .out = taken.files[1], .frames = *range, .replace = taken.Has("--force")};
+        const auto text = taken.Value("--region");
+        std::optional<NamedRegions> named = text ? ReadNamedRegions(*text, why) : NamedRegions{};
+        if (!named) return std::nullopt;
+        wish.regions = std::move(named->regions);
+        return wish;
+    }
+    return std::nullopt;
+}
+
+int TracesCommand(const BatchArguments& taken)
+{
+    std::string why;
+    const std::optional<TracesWish> wish = TracesWishOf(taken, why);
+    if (!wish) return TellBatchFailure(kWord, why);
+    std::int64_t frames = 0;
+    if (const auto failure = ExportTraces(*wish, frames)) return TellBatchFailure(kWord, *failure);
+    JsonText told;
+    told.Text("file", wish->out).Text("format", "csv").Text("form", "traces").Text("unit", "Counts");
+    told.Whole("frames", frames).Truth("stopped", false);
+    if (taken.Has("--json")) std::fputs((told.Json() + '\n').c_str(), stdout);
+    return kBatchDone;
+}
+
 }  // namespace
 
 int ExportCommand(std::span<const std::string> arguments)
 {
     std::string why;
-    const std::optional<Wish> wish = WishOf(TakeApart(arguments, kWord), why);
+    const BatchArguments taken = TakeApart(arguments, kWord);
+    if (taken.Has("--traces")) return TracesCommand(taken);
+    const std::optional<Wish> wish = WishOf(taken, why);
     if (!wish) return TellBatchFailure(kWord, why);
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return TellBatchFailure(kWord, why);

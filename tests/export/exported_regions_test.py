@@ -245,6 +245,54 @@ class ExportedRegions(unittest.TestCase):
             self.assertIn(region.split(":")[0], error)
         self.assertEqual(list(OUT.glob("x*")), [])
 
+    def traces(self, name):
+        lines = (OUT / name).read_text("utf-8").splitlines()
+        notes = [line for line in lines if line.startswith("#")]
+        return notes, list(csv.DictReader(lines[len(notes):]))
+
+    def test_what_regions_measure_frame_by_frame(self):
+        code, out, error = run("--traces", "--json", "--region=all.regions", "--frames=1:", "run.seq", "t.csv")
+        self.assertEqual(code, 0, error)
+        self.assertEqual(json.loads(out), {"file": "t.csv", "format": "csv", "form": "traces", "unit": "Counts", "frames": 3, "stopped": False})
+        self.assertEqual(error.splitlines()[-1], "kelvo export: 3 of 3 frames")
+        notes, rows = self.traces("t.csv")
+        self.assertIn("# unit: counts", notes)
+        self.assertTrue(any(note.startswith("# source: ") and "run.seq" in note for note in notes), notes)
+        self.assertEqual(list(rows[0]), ["frame", "number", "seconds", "utc", "missing"]
+                         + [f"{region['name']} {figure}" for region in REGIONS for figure in ("mean", "deviation", "minimum", "maximum")])
+        self.assertEqual(len(rows), 3)
+        for row, frame in zip(rows, COUNTS[1:]):
+            for region in REGIONS:
+                counts = frame[pixels_of(region)].astype(float)
+                told = [float(row[f"{region['name']} {figure}"]) for figure in ("mean", "deviation", "minimum", "maximum")]
+                expected = [counts.mean(), counts.std(ddof=1) if len(counts) > 1 else 0, counts.min(), counts.max()]
+                np.testing.assert_allclose(told, expected, rtol=1e-12)
+        # One region alone, and none: the whole picture.
+        self.export("--traces", "--region=all.regions:oval", "run.seq", "oval.csv")
+        self.assertEqual(len(self.traces("oval.csv")[1][0]), 5 + 4)
+        self.export("--traces", "run.seq", "whole.csv")
+        self.assertEqual([float(row["picture mean"]) for row in self.traces("whole.csv")[1]], COUNTS.mean(axis=(1, 2)).tolist())
+
+    def test_traces_that_can_not_be(self):
+        self.export("--traces", "run.seq", "t.csv")
+        for more, text in [(["--as=celsius"], "--traces and --as don't go together"), (["--set=warm.cal"], "--traces and --set don't go together"),
+                           (["--volts=0:1"], "--traces and --volts don't go together"), (["--rectangle=0,0,1,1"], "--traces and --rectangle don't go together"),
+                           (["--to=npy"], "--traces are written as csv alone"), (["--frames=4:"], "run.seq has 4 frames: there are none of that range"),
+                           (["--frames=2:1"], "run.seq has 4 frames: there are none of that range"),
+                           (["--frames=1"], "--frames A:B says which frames, counted from 0, without frame B"), (["--region=all.regions:tail"], "all.regions has no region tail"),
+                           (["--all"], "unknown option --all")]:
+            code, out, error = run("--traces", *more, "run.seq", "no.csv")
+            self.assertEqual((code, out), (2, ""), error)
+            self.assertIn(f"kelvo export: {text}", error)
+            self.assertFalse((OUT / "no.csv").exists())
+        self.expect_refused(["--traces", "run.seq", "t.csv"], "t.csv stands already")
+        self.expect_refused(["--traces", "--force", "run.seq", "./run.seq"], "./run.seq is the file that is exported")
+        self.expect_refused(["--traces", "run.seq"], "a file of frames and the name of the new file are needed")
+        self.expect_refused(["--traces", "none.seq", "x.csv"], "none.seq can't be opened")
+        self.expect_refused(["--traces", "run.seq", "none/x.csv"], "none/x.csv can't be written: No such file or directory")
+        self.export("--traces", "--force", "--frames=:1", "run.seq", "t.csv")
+        self.assertEqual(len(self.traces("t.csv")[1]), 1)
+
     def test_ranges_that_the_file_does_not_hold(self):
         none = "run.seq has 4 frames: there are none of that range"
         form = "--frames A:B says which frames, counted from 0, without frame B"
