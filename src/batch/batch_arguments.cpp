@@ -2,8 +2,10 @@
 
 #include "batch/batch_end.h"
 #include "batch/command_words.h"
+#include "platform/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace kelvo {
@@ -64,6 +66,16 @@ BatchArguments TakeApart(std::span<const std::string> arguments, std::string_vie
         }
     }
     return taken;
+}
+
+std::optional<std::pair<float, float>> TwoVolts(std::string_view text)
+{
+    const auto low = TakeFloat(text);
+    if (!low || text.empty() || text.front() != ':') return std::nullopt;
+    text.remove_prefix(1);
+    const auto high = TakeFloat(text);
+    if (!high || !text.empty() || !std::isfinite(*low) || !std::isfinite(*high) || *low == *high) return std::nullopt;
+    return std::pair(*low, *high);
 }
 
 int TellBatchFailure(std::string_view word, std::string_view text)

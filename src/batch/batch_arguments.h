@@ -27,6 +27,11 @@ struct BatchArguments {
 // file to the standard output: "-" as a file is an error, also behind "--".
 BatchArguments TakeApart(std::span<const std::string> arguments, std::string_view word);
 
+// "-0.5:2" are two different numbers of volts. nullopt: it isn't that.
+std::optional<std::pair<float, float>> TwoVolts(std::string_view text);
+inline constexpr std::string_view kTwoVoltsForm =
+    "--volts LOW:HIGH says what the two ends of the display range are in volts";  // what is told then
+
 // Tells on the error stream, "kelvo WORD: text", and gives kBatchFailed. Nothing is told of a command that was
 // interrupted (batch/batch_end.h): how the process ends tells it.
 int TellBatchFailure(std::string_view word, std::string_view text);

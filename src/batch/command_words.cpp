@@ -9,6 +9,8 @@ namespace {
 constexpr CommandOption kJson{.name = "--json", .does = "an object a line and file"};
 constexpr std::string_view kFramesDo = "frames A to B - 1 alone, counted from 0; A: to the end, :B from the first";
 
+constexpr std::string_view kVoltsDo = "what the two ends of the file's display range are in volts";
+
 constexpr ExitCode kMakesOrNot[] = {
     {0, "it is done"},
     {2, "it couldn't be: the error stream tells why, and nothing stands under the name of the result"},
@@ -22,8 +24,9 @@ constexpr CommandOption kStatsOptions[] = {
     {.name = "--frames", .value = "A:B", .does = kFramesDo},
     {.name = "--unit",
      .value = "UNIT",
-     .does = "counts, celsius, kelvin or fahrenheit",
-     .choices = "counts celsius kelvin fahrenheit"},
+     .does = "counts, volts, celsius, kelvin or fahrenheit",
+     .choices = "counts volts celsius kelvin fahrenheit"},
+    {.name = "--volts", .value = "LOW:HIGH", .does = kVoltsDo},
     {.name = "--bad", .value = "X.cal", .does = "leave out what this set takes for bad"},
     {.name = "--json", .does = "an object a line, frame and region"},
 };
@@ -71,8 +74,12 @@ constexpr CommandOption kExportOptions[] = {
      .choices = "counts corrected volts celsius kelvin fahrenheit"},
     {.name = "--frames", .value = "A:B", .does = kFramesDo},
     {.name = "--set", .value = "X.cal", .does = "corrects raw frames with that set; its lists lie beside it"},
-    {.name = "--volts", .value = "LOW:HIGH", .does = "what the two ends of the file's display range are in volts"},
+    {.name = "--volts", .value = "LOW:HIGH", .does = kVoltsDo},
     {.name = "--rectangle", .value = "L,T,R,B", .does = "columns L to R and rows T to B alone, counted from 0"},
+    {.name = "--region",
+     .value = "FILE.regions[:NAME]",
+     .does = "the region of that name alone; without a name each of the file's, as OUT-NAME.ext"},
+    {.name = "--traces", .does = "what regions measure frame by frame, all in one CSV file"},
     {.name = "--force", .does = "OUT may stand and is replaced"},
     {.name = "--json", .does = "tell on the standard output what was made"},
 };

@@ -4,10 +4,12 @@
 #include "batch/batch_end.h"
 #include "batch/batch_progress.h"
 #include "batch/cut_command.h"
+#include "batch/export_traces.h"
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "platform/json_text.h"
 #include "platform/text.h"
+#include "regions/regions_file.h"
 
 #include <algorithm>
 #include <array>
@@ -16,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -23,25 +26,15 @@ namespace {
 
 constexpr std::string_view kWord = "export";
 constexpr int kBatchStopped = 1;
+constexpr std::string_view kTwoFiles = "a file of frames and the name of the new file are needed";
 
 struct Wish {
     ExportRequest request;
     ExportFormat format = ExportFormat::kNpy;
-    std::string out;
+    std::vector<std::string> outs;  // a file for each part
     bool replace = false;
     bool json = false;
 };
-
-// "-0.5:2"
-std::optional<std::pair<float, float>> TwoVolts(std::string_view text)
-{
-    const auto low = TakeFloat(text);
-    if (!low || text.empty() || text.front() != ':') return std::nullopt;
-    text.remove_prefix(1);
-    const auto high = TakeFloat(text);
-    if (!high || !text.empty() || !(*low < *high)) return std::nullopt;
-    return std::pair(*low, *high);
-}
 
 // "10,20,41,51"
 std::optional<RegionPlace> PlaceOf(std::string_view text)
@@ -62,26 +55,37 @@ std::optional<RegionPlace> PlaceOf(std::string_view text)
     return RegionPlace{left, top, right, bottom};
 }
 
+// The regions of the command line, and the names of their files.
+bool TakeRegions(const std::string& text, Wish& wish, std::string& why)
+{
+    std::optional<NamedRegions> named = ReadNamedRegions(text, why);
+    if (!named) return false;
+    if (named->areAll) wish.outs = PathsOfRegions(wish.outs.front(), named->regions);
+    wish.request.regions = std::move(named->regions);
+    return true;
+}
+
 std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
 {
     why = taken.error;
     if (!why.empty()) return std::nullopt;
     if (taken.files.size() != 2) {
-        why = "a file of frames and the name of the new file are needed";
+        why = kTwoFiles;
         return std::nullopt;
     }
     Wish wish;
     wish.request.path = taken.files[0];
-    wish.out = taken.files[1];
+    wish.outs = {taken.files[1]};
     wish.replace = taken.Has("--force");
     wish.json = taken.Has("--json");
     wish.request.set = taken.Value("--set").value_or("");
     const auto to = taken.Value("--to");
-    const auto format = to ? ExportFormatOf(*to) : ExportFormatByExtension(wish.out);
+    const auto format = to ? ExportFormatOf(*to) : ExportFormatByExtension(taken.files[1]);
     const auto form = ExportFormOf(taken.Value("--as").value_or("counts"));
     const auto range = FrameRangeOf(taken.Value("--frames").value_or(":"));
     const auto volts = taken.Value("--volts");
     const auto place = taken.Value("--rectangle");
+    const auto region = taken.Value("--region");
     if (volts) wish.request.volts = TwoVolts(*volts);
     if (place) wish.request.place = PlaceOf(*place);
     if (!format) {
@@ -91,10 +95,12 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
     } else if (!range) {
         why = kFrameRangeForm;
     } else if (volts && !wish.request.volts) {
-        why = "--volts LOW:HIGH says what the ends of the display range are, the low one first";
+        why = kTwoVoltsForm;
     } else if (place && !wish.request.place) {
         why = "--rectangle LEFT,TOP,RIGHT,BOTTOM says which columns and rows, counted from 0";
-    } else {
+    } else if (place && region) {
+        why = "--rectangle and --region don't go together";
+    } else if (!region || TakeRegions(*region, wish, why)) {
         wish.format = *format;
         wish.request.form = *form;
         wish.request.first = range->first;
@@ -104,18 +110,75 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
     return std::nullopt;
 }
 
-std::string JsonOf(const Wish& wish, const ExportDescription& description, const ExportOutcome& outcome)
+std::string JsonOf(const Wish& wish, const ExportSource& source, const ExportOutcome& outcome)
 {
     const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
-    return JsonText()
-               .Text("file", wish.out)
-               .Text("format", names->word)
-               .Text("form", WordOf(description.provenance.form))
-               .Text("unit", description.provenance.unit)
-               .Whole("frames", outcome.frames)
-               .Truth("stopped", outcome.stopped)
-               .Json() +
-           '\n';
+    std::string json;
+    for (std::size_t part = 0; part < source.Parts(); ++part) {
+        const Provenance& provenance = source.Description(part).provenance;
+        JsonText line;
+        line.Text("file", wish.outs[part])
+            .Text("format", names->word)
+            .Text("form", WordOf(provenance.form))
+            .Text("unit", provenance.unit);
+        if (provenance.region) line.Text("region", provenance.region->name);
+        json += line.Whole("frames", outcome.frames).Truth("stopped", outcome.stopped).Json() + '\n';
+    }
+    return json;
+}
+
+int TellStopped(const Wish& wish, const ExportSource& source, const ExportOutcome& outcome)
+{
+    std::string has = "no file was made";
+    if (outcome.frames > 0) {
+        has = (wish.outs.size() == 1 ? wish.outs.front() + " has" : Format("each of %zu files has", wish.outs.size())) +
+              Format(" %lld of %lld frames", static_cast<long long>(outcome.frames),
+                     static_cast<long long>(source.Description().frames));
+    }
+    std::fprintf(stderr, "kelvo export: stopped, %s\n", has.c_str());
+    return kBatchStopped;
+}
+
+// The traces' own wish. They are counts as they are stored, in one format.
+std::optional<TracesWish> TracesWishOf(const BatchArguments& taken, std::string& why)
+{
+    constexpr std::array kOthers = {"--as", "--set", "--volts", "--rectangle"};
+    const auto* const other =
+        std::ranges::find_if(kOthers, [&taken](const char* option) { return taken.Value(option).has_value(); });
+    const auto range = FrameRangeOf(taken.Value("--frames").value_or(":"));
+    why = taken.error;
+    if (!why.empty()) return std::nullopt;
+    if (taken.files.size() != 2) {
+        why = kTwoFiles;
+    } else if (other != kOthers.end()) {
+        why = std::string("--traces and ") + *other + " don't go together";
+    } else if (taken.Value("--to").value_or("csv") != "csv") {
+        why = "--traces are written as csv alone";
+    } else if (!range) {
+        why = kFrameRangeForm;
+    } else {
+        TracesWish wish{.in = taken.files[0], .out = taken.files[1], .frames = *range, .replace = taken.Has("--force")};
+        const auto text = taken.Value("--region");
+        std::optional<NamedRegions> named = text ? ReadNamedRegions(*text, why) : NamedRegions{};
+        if (!named) return std::nullopt;
+        wish.regions = std::move(named->regions);
+        return wish;
+    }
+    return std::nullopt;
+}
+
+int TracesCommand(const BatchArguments& taken)
+{
+    std::string why;
+    const std::optional<TracesWish> wish = TracesWishOf(taken, why);
+    if (!wish) return TellBatchFailure(kWord, why);
+    std::int64_t frames = 0;
+    if (const auto failure = ExportTraces(*wish, frames)) return TellBatchFailure(kWord, *failure);
+    JsonText told;
+    told.Text("file", wish->out).Text("format", "csv").Text("form", "traces").Text("unit", "Counts");
+    told.Whole("frames", frames).Truth("stopped", false);
+    if (taken.Has("--json")) std::fputs((told.Json() + '\n').c_str(), stdout);
+    return kBatchDone;
 }
 
 }  // namespace
@@ -123,27 +186,25 @@ std::string JsonOf(const Wish& wish, const ExportDescription& description, const
 int ExportCommand(std::span<const std::string> arguments)
 {
     std::string why;
-    const std::optional<Wish> wish = WishOf(TakeApart(arguments, kWord), why);
+    const BatchArguments taken = TakeApart(arguments, kWord);
+    if (taken.Has("--traces")) return TracesCommand(taken);
+    const std::optional<Wish> wish = WishOf(taken, why);
     if (!wish) return TellBatchFailure(kWord, why);
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return TellBatchFailure(kWord, why);
 
     BatchProgress shown(kWord);
-    const std::unique_ptr<FrameSink> sink = MakeFrameSink(wish->format, wish->out, wish->replace);
-    const ExportOutcome outcome = RunExport(*source, *sink, [&shown](std::int64_t done, std::int64_t all) {
+    std::vector<std::unique_ptr<FrameSink>> sinks;
+    for (const std::string& out : wish->outs) sinks.push_back(MakeFrameSink(wish->format, out, wish->replace));
+    const ExportOutcome outcome = RunExport(*source, sinks, [&shown](std::int64_t done, std::int64_t all) {
         if (done > 0) shown.Show(done, all);
         return !Interrupted();
     });
     if (!outcome.failure.empty()) return TellBatchFailure(kWord, outcome.failure);
-    if (wish->json) std::fputs(JsonOf(*wish, source->Description(), outcome).c_str(), stdout);
+    if (wish->json) std::fputs(JsonOf(*wish, *source, outcome).c_str(), stdout);
     if (!outcome.stopped) return kBatchDone;
     AnswerInterrupt();
-    const std::string has = outcome.frames == 0
-                                ? "no file was made"
-                                : wish->out + Format(" has %lld of %lld frames", static_cast<long long>(outcome.frames),
-                                                     static_cast<long long>(source->Description().frames));
-    std::fprintf(stderr, "kelvo export: stopped, %s\n", has.c_str());
-    return kBatchStopped;
+    return TellStopped(*wish, *source, outcome);
 }
 
 }  // namespace kelvo

@@ -43,15 +43,19 @@ struct UnitChoice {
     std::string_view name;
     std::int32_t unit = kUnitCounts;
 };
-constexpr UnitChoice kUnits[] = {
-    {"counts", kUnitCounts}, {"celsius", kUnitCelsius}, {"kelvin", kUnitKelvin}, {"fahrenheit", kUnitFahrenheit}};
+constexpr UnitChoice kUnits[] = {{"counts", kUnitCounts},
+                                 {"volts", kUnitVolts},
+                                 {"celsius", kUnitCelsius},
+                                 {"kelvin", kUnitKelvin},
+                                 {"fahrenheit", kUnitFahrenheit}};
 
 struct Request {
     std::string file;
     std::vector<Region> regions;
     std::pair<std::int64_t, std::int64_t> frames = {0, -1};
     UnitChoice unit = kUnits[0];
-    std::string badSet;  // empty: none is left out
+    std::optional<std::pair<float, float>> volts;  // at the ends of the file's display range
+    std::string badSet;                            // empty: none is left out
     bool asJson = false;
 };
 
@@ -71,33 +75,6 @@ std::optional<RegionPlace> PlaceOf(std::string_view text)
     return RegionPlace{numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
-// A reason that is made for a box names the file on a line of its own.
-std::string OnOneLine(std::string why)
-{
-    if (const std::size_t end = why.find('\n'); end != std::string::npos) why.replace(end, 1, ": ");
-    return why;
-}
-
-// "FILE.regions", or of one that isn't there "FILE.regions:NAME": the regions of that name.
-Failure AddRegionsOfFile(const std::string& text, std::vector<Region>& regions)
-{
-    std::string path = text;
-    std::optional<std::string> name;
-    if (const std::size_t colon = text.rfind(':'); !FileExists(text) && colon != std::string::npos) {
-        path = text.substr(0, colon);
-        name = text.substr(colon + 1);
-    }
-    std::string why;
-    const std::optional<RegionsFile> file = ReadRegionsFile(path, why);
-    if (!file) return OnOneLine(why);
-    const std::size_t before = regions.size();
-    for (const Region& region : file->regions) {
-        if (!name || region.name == *name) regions.push_back(region);
-    }
-    if (regions.size() > before) return std::nullopt;
-    return name ? path + " has no region " + *name : path + " has no region";
-}
-
 Failure ReadRequest(const BatchArguments& taken, Request& request)
 {
     if (!taken.error.empty()) return taken.error;
@@ -111,15 +88,22 @@ Failure ReadRequest(const BatchArguments& taken, Request& request)
         request.regions.push_back({.name = "rect", .place = *place});
     }
     if (const auto text = taken.Value("--region")) {
-        if (Failure failure = AddRegionsOfFile(*text, request.regions)) return failure;
+        std::string why;
+        const std::optional<NamedRegions> named = ReadNamedRegions(*text, why);
+        if (!named) return why;
+        request.regions.insert(request.regions.end(), named->regions.begin(), named->regions.end());
     }
     const auto range = FrameRangeOf(taken.Value("--frames").value_or(":"));
     if (!range) return std::string(kFrameRangeForm);
     request.frames = *range;
     const std::string unit = taken.Value("--unit").value_or("counts");
     const auto* const found = std::ranges::find(kUnits, unit, &UnitChoice::name);
-    if (found == std::end(kUnits)) return "--unit wants counts, celsius, kelvin or fahrenheit, not " + unit;
+    if (found == std::end(kUnits)) return "--unit wants counts, volts, celsius, kelvin or fahrenheit, not " + unit;
     request.unit = *found;
+    if (const auto volts = taken.Value("--volts")) {
+        request.volts = TwoVolts(*volts);
+        if (!request.volts) return std::string(kTwoVoltsForm);
+    }
     return std::nullopt;
 }
 
@@ -140,10 +124,15 @@ bool IsRaw(const StoredFrames& frames)
     return frames.Journal() && frames.Journal()->head.Text(frames_key::kPixels) == kRawPixels;
 }
 
-// Temperatures are read off the two sources that the header names, by frames that were corrected with them.
+// Temperatures are read off the two sources that the header names, by frames that were corrected with them; volts off
+// the display range.
 Failure WhyNotInUnit(const StoredFrames& frames, const UnitChoice& unit)
 {
     if (unit.unit == kUnitCounts) return std::nullopt;
+    if (unit.unit == kUnitVolts) {
+        if (VoltsAreKnown()) return std::nullopt;
+        return "doesn't say what its counts are in volts: --volts LOW:HIGH does, for a file with a display range";
+    }
     if (IsRaw(frames)) return "holds raw frames, which don't read in degrees: apply a set first";
     if (!CountsOfSources()) return "names no two sources with temperatures: it doesn't read in degrees";
     return std::nullopt;
@@ -230,6 +219,8 @@ std::string CsvField(const std::string& text)
 std::string_view UnitMark(std::int32_t unit)
 {
     switch (unit) {
+        case kUnitVolts:
+            return "volts";
         case kUnitCelsius:
             return "degrees Celsius";
         case kUnitKelvin:
@@ -351,7 +342,8 @@ Failure Stats(const Request& request)
     std::optional<StoredFrames> frames = StoredFrames::Open(request.file, why);
     if (!frames) return request.file + ' ' + why;
     const ImageHeaderRecord header = frames->Header();
-    const UnitScope scope(header, request.file);
+    std::optional<UnitScope> scope;
+    request.volts ? scope.emplace(header, request.file, *request.volts) : scope.emplace(header, request.file);
     Task task;
     if (Failure failure = Prepare(*frames, request, task)) return failure;
 

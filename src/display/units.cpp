@@ -182,30 +182,41 @@ struct Reading {
     int decimals = 0;
 };
 
-double VoltsSpan()
-{
-    return static_cast<double>(VoltsHigh) - static_cast<double>(VoltsLow);
-}
+// Two counts and their volts, which all others go by.
+struct VoltsLine {
+    std::int32_t lowCount = 0;
+    std::int32_t highCount = 0;
+    double lowVolts = 0;
+    double highVolts = 0;
+    double Span() const { return highVolts - lowVolts; }
+    double CountSpan() const { return static_cast<double>(highCount) - lowCount; }
+};
 
-double CountSpan()
+VoltsLine VoltsInForce()
 {
-    return static_cast<double>(DisplayHigh) - DisplayLow;
+    if (scope && scope->Volts()) {
+        const auto& [low, high] = *scope->Volts();
+        return {scope->Header()->DisplayLow, scope->Header()->DisplayHigh, static_cast<double>(low),
+                static_cast<double>(high)};
+    }
+    return {DisplayLow, DisplayHigh, static_cast<double>(VoltsLow), static_cast<double>(VoltsHigh)};
 }
 
 Reading ReadingOf(double count, std::int32_t unit)
 {
     const double gain = StoredGain();
     const Calibration cal = CalibrationInForce();
+    const VoltsLine volts = VoltsInForce();
     if ((IsTemperature(unit) || IsTemperatureDifference(unit)) && cal.valid) {
         return {FromCelsius(CelsiusOf(count, unit, cal), unit), 3};
     }
     switch (unit) {
         case kUnitVolts:
-            return {VoltsSpan() * (count - DisplayLow) / CountSpan() + static_cast<double>(VoltsLow), 3};
+            return {volts.Span() * (count - volts.lowCount) / volts.CountSpan() + volts.lowVolts, 3};
         case kUnitNoiseCounts:
             return {count / kNoiseScale, 3};
         case kUnitNoiseVolts:
-            return {VoltsSpan() * (count / kNoiseScale) / CountSpan(), 4};
+            return {volts.Span() * (count / kNoiseScale) / volts.CountSpan(), 4};
         case kUnitGain:
         case kUnitOffset:
         case kUnitValue:
@@ -213,7 +224,7 @@ Reading ReadingOf(double count, std::int32_t unit)
         // Times the gain and plus the gain, where its neighbours divide by it and add the offset: not to be brought
         // into line with them.
         case kUnitDeviationVolts:
-            return {VoltsSpan() * (count * gain + gain) / CountSpan(), 4};
+            return {volts.Span() * (count * gain + gain) / volts.CountSpan(), 4};
         default:
             return {count, 0};
     }
@@ -247,9 +258,8 @@ std::int64_t UnlimitedCounts(double value, std::int32_t unit)
         case kUnitVolts:
         case kUnitNoiseVolts:
         case kUnitDeviationVolts: {
-            const double volts = static_cast<double>(VoltsHigh) - static_cast<double>(VoltsLow);
-            const double range = static_cast<double>(DisplayHigh) - DisplayLow;
-            return Truncated((value - static_cast<double>(VoltsLow)) * range / volts) + DisplayLow;
+            const VoltsLine volts = VoltsInForce();
+            return Truncated((value - volts.lowVolts) * volts.CountSpan() / volts.Span()) + volts.lowCount;
         }
         case kUnitGain:
         case kUnitOffset:
@@ -278,9 +288,21 @@ UnitScope::UnitScope(const ImageHeaderRecord& header, std::string path) : header
     scope = this;
 }
 
+UnitScope::UnitScope(const ImageHeaderRecord& header, std::string path, std::pair<float, float> volts)
+    : header_(&header), path_(std::move(path)), volts_(volts)
+{
+    scope = this;
+}
+
 UnitScope::~UnitScope()
 {
     scope = nullptr;
+}
+
+bool VoltsAreKnown()
+{
+    const VoltsLine line = VoltsInForce();
+    return line.lowCount < line.highCount && line.lowVolts != line.highVolts;
 }
 
 double ValueOfCounts(double counts, std::int32_t unit)
@@ -291,7 +313,8 @@ double ValueOfCounts(double counts, std::int32_t unit)
 double ValueOfDifference(double counts, std::int32_t unit)
 {
     const Calibration cal = CalibrationInForce();
-    const double volts = VoltsSpan() * counts / CountSpan();
+    const VoltsLine line = VoltsInForce();
+    const double volts = line.Span() * counts / line.CountSpan();
     if ((IsTemperature(unit) || IsTemperatureDifference(unit)) && cal.valid) {
         const double celsius = StoredDifference(counts, unit) * cal.temperatureSpan / cal.intensitySpan;
         const bool inFahrenheit = unit == kUnitFahrenheit || IsFahrenheitDifference(unit);

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace kelvo {
 
@@ -73,16 +74,24 @@ class UnitScope {
   public:
     UnitScope();  // the camera's
     UnitScope(const ImageHeaderRecord& header, std::string path);
+    // volts: at the two ends of the header's display range (DisplayLow, DisplayHigh) in place of the camera's.
+    UnitScope(const ImageHeaderRecord& header, std::string path, std::pair<float, float> volts);
     ~UnitScope();
     UnitScope(const UnitScope&) = delete;
     UnitScope& operator=(const UnitScope&) = delete;
 
     const ImageHeaderRecord* Header() const { return header_; }  // null: the camera's
     const std::string& Path() const { return path_; }
+    const std::optional<std::pair<float, float>>& Volts() const { return volts_; }
 
   private:
     const ImageHeaderRecord* header_ = nullptr;
     std::string path_;
+    std::optional<std::pair<float, float>> volts_;
 };
+
+// Whether a count is known in volts: the display range isn't empty, and its ends have different volts. The higher one
+// has fewer where a camera counts up as its voltage falls.
+bool VoltsAreKnown();
 
 }  // namespace kelvo

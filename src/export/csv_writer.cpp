@@ -44,7 +44,8 @@ ExportFailure CsvWriter::Add(const ExportedFrame& frame)
     for (const std::string& line : ProvenanceLines(description_.provenance, timings)) text += CommentOf(line);
     AddTiming(text, frame.timing);
     for (std::size_t i = 0; i < description_.Pixels(); ++i) {
-        text += description_.isFloat ? ShortestText(frame.values[i]) : std::to_string(frame.counts[i]);
+        const bool isOutside = !description_.outside.empty() && description_.outside[i] != 0;
+        if (!isOutside) text += description_.isFloat ? ShortestText(frame.values[i]) : std::to_string(frame.counts[i]);
         text += (i + 1) % description_.columns == 0 ? '\n' : ',';
     }
     return DoneOr(Contents().Write(std::as_bytes(std::span(text))) == text.size());

@@ -10,6 +10,7 @@
 #include "platform/file_dialog.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "regions/region_list.h"
 #include "resources/help_contexts.h"
 #include "state/buffer_state.h"
 #include "state/cal_state.h"
@@ -27,6 +28,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -83,7 +85,9 @@ struct Choice {
 };
 Choice lastChoice;
 
-std::vector<OfferedSource> offered;  // while the dialog is open
+// While the dialog is open.
+std::vector<OfferedSource> offered;
+std::vector<Region> offeredRegions;
 
 std::string StemOf(const std::string& path)
 {
@@ -120,6 +124,24 @@ const OfferedSource& ChosenSource(HWND dialog)
 OfferedFormat ChosenFormat(HWND dialog)
 {
     return OfferedFormats()[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportFormat), 0))];
+}
+
+// The regions to export; none: the whole picture.
+std::vector<Region> ChosenRegions(HWND dialog)
+{
+    const auto chosen = static_cast<std::size_t>(std::max(ListSelection(dialog, kExportPart), 0));
+    if (chosen == 0) return {};
+    if (chosen > offeredRegions.size()) return offeredRegions;
+    return {offeredRegions[chosen - 1]};
+}
+
+void OfferParts(HWND dialog)
+{
+    ListAdd(dialog, kExportPart, "Whole picture");
+    for (const Region& region : offeredRegions) ListAdd(dialog, kExportPart, region.name);
+    if (offeredRegions.size() > 1) ListAdd(dialog, kExportPart, "All regions, a file each");
+    ListSelect(dialog, kExportPart, 0);
+    EnableDlgItem(dialog, kExportPart, !offeredRegions.empty());
 }
 
 void ShowFrames(HWND dialog)
@@ -163,6 +185,7 @@ void Open(HWND dialog)
     for (const auto& [form, text] : kForms) ListAdd(dialog, kExportForm, text);
     for (const OfferedFormat& format : OfferedFormats()) ListAdd(dialog, kExportFormat, format.title);
     ListSelect(dialog, kExportWhat, 0);
+    OfferParts(dialog);
     ListSelect(dialog, kExportForm, lastChoice.form);
     ListSelect(dialog, kExportFormat, lastChoice.format);
     ShowFrames(dialog);
@@ -217,6 +240,7 @@ std::optional<ExportRequest> TakeRequest(HWND dialog)
     ExportRequest request;
     request.what = source.what;
     if (source.what == ExportWhat::kFile) request.path = ViewFilePath;
+    request.regions = ChosenRegions(dialog);
     request.form = kForms[std::max(ListSelection(dialog, kExportForm), 0)].first;
     if (source.what == ExportWhat::kOnView) return request;
     const std::optional<std::int32_t> first = ScanDecimal(GetDlgItemText(dialog, kExportFirst));
@@ -252,9 +276,12 @@ std::optional<ExportSource> OpenSource(ExportRequest request, std::string& why)
     return source;
 }
 
-bool MayReplace(HWND dialog, const std::string& target)
+bool MayReplace(HWND dialog, const std::vector<std::string>& standing)
 {
-    const std::string question = target + " already exists.\nDo you want to replace it?";
+    const std::size_t others = standing.size() - 1;
+    const std::string question =
+        others == 0 ? standing.front() + " already exists.\nDo you want to replace it?"
+                    : standing.front() + Format(" and %zu more already exist.\nDo you want to replace them?", others);
     return MessageBox(dialog, question, "Export", BoxIcon::kExclamation, BoxButtons::kYesNo) == Button::kYes;
 }
 
@@ -280,18 +307,24 @@ class ShownProgress {
     std::int64_t told_ = -1;
 };
 
-ExportOutcome Write(ExportSource& source, const OfferedFormat& format, const std::string& target, bool replace)
+// Those of standing are replaced.
+ExportOutcome Write(ExportSource& source, const OfferedFormat& format, const std::vector<std::string>& targets,
+                    const std::vector<std::string>& standing)
 {
     const Gather gather(source.Description().frames > 1);
     ShownProgress progress;
-    const std::unique_ptr<FrameSink> sink = SinkOf(format, target, replace);
-    return RunExport(source, *sink,
+    std::vector<std::unique_ptr<FrameSink>> sinks;
+    for (const std::string& target : targets) {
+        const bool replace = std::ranges::find(standing, target) != standing.end();
+        sinks.push_back(SinkOf(format, target, replace));
+    }
+    return RunExport(source, sinks,
                      [&progress](std::int64_t done, std::int64_t all) { return progress.Show(done, all); });
 }
 
 // What was written last, for the end of the command.
 struct Written {
-    std::string path;
+    std::vector<std::string> paths;
     ExportOutcome outcome;
     std::int64_t wanted = 0;
 };
@@ -317,18 +350,21 @@ void Accept(HWND dialog)
         return;
     }
     const std::string target = TargetOf(name);
-    const bool replace = FileExists(target);
-    if (replace && !MayReplace(dialog, target)) {
+    std::vector<std::string> targets = {target};
+    if (request->regions.size() > 1) targets = PathsOfRegions(target, request->regions);
+    std::vector<std::string> standing;
+    std::ranges::copy_if(targets, std::back_inserter(standing), FileExists);
+    if (!standing.empty() && !MayReplace(dialog, standing)) {
         FocusDlgItem(dialog, kExportName);
         return;
     }
-    ExportOutcome outcome = Write(*source, ChosenFormat(dialog), target, replace);
+    ExportOutcome outcome = Write(*source, ChosenFormat(dialog), targets, standing);
     if (!outcome.failure.empty()) {
         RefuseField(dialog, kExportName, outcome.failure);
         return;
     }
     if (outcome.frames == 0) return;  // stopped before the first one: nothing has changed
-    written = {target, std::move(outcome), source->Description().frames};
+    written = {std::move(targets), std::move(outcome), source->Description().frames};
     lastChoice = {ListSelection(dialog, kExportForm), ListSelection(dialog, kExportFormat)};
     write::fileChoice.LastFileDirectory = DirectoryOf(target);
     EndDialog(dialog, kExported);
@@ -336,12 +372,15 @@ void Accept(HWND dialog)
 
 void NoteWritten()
 {
-    if (!written.outcome.stopped) {
-        NoteSavedFile(written.path, static_cast<std::uint32_t>(written.outcome.frames));
+    const auto& [paths, outcome, wanted] = written;
+    if (!outcome.stopped) {
+        NoteSavedFiles(paths, static_cast<std::uint32_t>(outcome.frames));
         return;
     }
-    StatusNote(Format(" Stopped: %s has %lld of %lld frames", FileNameOf(written.path).c_str(),
-                      static_cast<long long>(written.outcome.frames), static_cast<long long>(written.wanted)));
+    const std::string which =
+        paths.size() == 1 ? FileNameOf(paths.front()) + " has" : Format("%zu files have", paths.size());
+    StatusNote(" Stopped: " + which +
+               Format(" %lld of %lld frames", static_cast<long long>(outcome.frames), static_cast<long long>(wanted)));
 }
 
 constexpr DialogEntry kEntries[] = {
@@ -364,8 +403,10 @@ CommandEnd ExportFrames()
         SomethingOnView("export");
         return CommandEnd::kLeaveStatus;
     }
+    offeredRegions = Regions;
     const int result = RunDialog(kFrame, hWndMain);
     offered.clear();
+    offeredRegions.clear();
     if (result != kExported) return CommandEnd::kResetStatus;
     NoteWritten();
     return CommandEnd::kLeaveStatus;
@@ -380,6 +421,7 @@ void ResetExportDialog()
 {
     lastChoice = {};
     offered.clear();
+    offeredRegions.clear();
     written = {};
 }
 

@@ -1,8 +1,12 @@
 #include "export/export_job.h"
 
 #include "platform/files.h"
+#include "platform/text.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 namespace kelvo {
@@ -14,36 +18,89 @@ ExportOutcome Failed(const ExportFailure& failure)
     return {.frames = 0, .stopped = false, .failure = failure.value_or("")};
 }
 
+std::string WhatStands(std::size_t files)
+{
+    if (files == 0) return {};
+    return files == 1 ? "; the file before it stands" : Format("; the %zu files before it stand", files);
+}
+
 bool IsTheSource(const std::string& path, const Provenance& provenance)
 {
     std::error_code none;
     return std::filesystem::equivalent(ResolvePath(path), provenance.source, none);
 }
 
-}  // namespace
-
-ExportOutcome RunExport(ExportSource& source, FrameSink& sink, const ExportProgress& progress)
+// Frames go to all of them.
+ExportOutcome Run(ExportSource& source, std::span<FrameSink* const> sinks, const ExportProgress& progress)
 {
-    if (IsTheSource(sink.Path(), source.Description().provenance)) {
-        return Failed(sink.Path() + " is the file that is exported");
+    for (std::size_t part = 0; part < sinks.size(); ++part) {
+        const ExportDescription& description = source.Description(part);
+        if (IsTheSource(sinks[part]->Path(), description.provenance)) {
+            return Failed(sinks[part]->Path() + " is the file that is exported");
+        }
+        if (ExportFailure failure = sinks[part]->Begin(description)) return Failed(failure);
     }
     const std::int64_t all = source.Description().frames;
-    if (ExportFailure failure = sink.Begin(source.Description())) return Failed(failure);
     ExportOutcome outcome;
     for (; outcome.frames < all; ++outcome.frames) {
         if (progress && !progress(outcome.frames, all)) {
             outcome.stopped = true;
             break;
         }
-        ExportedFrame frame;
         std::string why;
-        if (!source.Read(outcome.frames, frame, why)) return Failed(why);
-        if (ExportFailure failure = sink.Add(frame)) return Failed(failure);
+        if (!source.Read(outcome.frames, why)) return Failed(why);
+        for (std::size_t part = 0; part < sinks.size(); ++part) {
+            if (ExportFailure failure = sinks[part]->Add(source.Frame(part))) return Failed(failure);
+        }
     }
     if (outcome.frames == 0) return outcome;
-    if (ExportFailure failure = sink.End()) return Failed(failure);
+    for (std::size_t part = 0; part < sinks.size(); ++part) {
+        if (ExportFailure failure = sinks[part]->End()) return Failed(*failure + WhatStands(part));
+    }
     if (progress && !outcome.stopped) progress(all, all);
     return outcome;
+}
+
+// Which of a name's characters no file of any system may have; ASCII.
+bool IsRefusedInNames(char c)
+{
+    return static_cast<unsigned char>(c) < ' ' || std::string_view("/\\:*?\"<>|").find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+ExportOutcome RunExport(ExportSource& source, FrameSink& sink, const ExportProgress& progress)
+{
+    const std::array<FrameSink*, 1> sinks = {&sink};
+    return Run(source, sinks, progress);
+}
+
+ExportOutcome RunExport(ExportSource& source, std::span<const std::unique_ptr<FrameSink>> sinks,
+                        const ExportProgress& progress)
+{
+    std::vector<FrameSink*> each;
+    for (const std::unique_ptr<FrameSink>& sink : sinks) each.push_back(sink.get());
+    return Run(source, each, progress);
+}
+
+std::vector<std::string> PathsOfRegions(const std::string& path, std::span<const Region> regions)
+{
+    std::string extension;
+    SplitPath(path, nullptr, nullptr, nullptr, &extension);
+    const std::string stem = path.substr(0, path.size() - extension.size());
+    std::vector<std::string> paths;
+    const auto isTaken = [&paths](const std::string& wanted) {
+        return std::ranges::any_of(paths,
+                                   [&wanted](const std::string& taken) { return EqualIgnoringCase(taken, wanted); });
+    };
+    for (const Region& region : regions) {
+        std::string name = stem + '-' + region.name;
+        std::replace_if(name.begin() + static_cast<std::ptrdiff_t>(stem.size()), name.end(), IsRefusedInNames, '_');
+        std::string wanted = name + extension;
+        for (int number = 2; isTaken(wanted); ++number) wanted = name + Format("-%d", number) + extension;
+        paths.push_back(wanted);
+    }
+    return paths;
 }
 
 }  // namespace kelvo

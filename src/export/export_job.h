@@ -1,4 +1,4 @@
-// An export from its source to its file: what the window, the command line and scripts run.
+// An export from its source to its files: what the window, the command line and scripts run.
 #pragma once
 
 #include "export/export_source.h"
@@ -6,13 +6,16 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace kelvo {
 
 struct ExportOutcome {
-    std::int64_t frames = 0;  // that stand in the file
-    bool stopped = false;     // before all were there; the file has those that were, or none was made
+    std::int64_t frames = 0;  // that stand in each file
+    bool stopped = false;     // before all were there; the files have those that were, or none was made
     std::string failure;      // why there is no file; what stood under its name stands
 };
 
@@ -22,5 +25,16 @@ using ExportProgress = std::function<bool(std::int64_t done, std::int64_t all)>;
 // Writes all frames of the source; never over the file that they come from. Stopped, the file is closed with the frames
 // that it has; before the first one none is made.
 ExportOutcome RunExport(ExportSource& source, FrameSink& sink, const ExportProgress& progress);
+
+// The same of a source of several parts, a file each, as many sinks as parts: all files have the same frames, and
+// unless all can be written none is. Where the last step of one fails, taking its name, those before it stand, which
+// the failure then says.
+ExportOutcome RunExport(ExportSource& source, std::span<const std::unique_ptr<FrameSink>> sinks,
+                        const ExportProgress& progress);
+
+// "x-spot.tif" of "x.tif" for a region "spot", one of each. What can't stand in a name of a file, on this machine or
+// another, is a low line there: separators, : * ? " < > |; of names that are then alike, whatever their case, the later
+// ones end in "-2", "-3".
+std::vector<std::string> PathsOfRegions(const std::string& path, std::span<const Region> regions);
 
 }  // namespace kelvo

@@ -5,10 +5,12 @@
 #include "export/export_source.h"
 #include "platform/interrupt.h"
 #include "platform/pointer.h"
+#include "regions/regions_file.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -24,8 +26,12 @@ struct Wish {
     std::optional<ExportFormat> given;  // where "to" says it
     ExportFormat format = ExportFormat::kNpy;
     std::string out;
+    std::vector<std::string> outs;  // a file for each part
     std::int64_t count = -1;
     bool replace = false;
+    std::string region;      // of the view's, or of those of a file
+    std::string regions;     // that file
+    bool areOfView = false;  // regions = true
 };
 
 template <typename Value>
@@ -69,6 +75,13 @@ bool TakePlace(const ScriptValue& value, std::optional<RegionPlace>& place)
     return true;
 }
 
+bool TakeRegions(const ScriptValue& value, Wish& wish)
+{
+    const bool* const ofView = std::get_if<bool>(&value);
+    if (ofView != nullptr) wish.areOfView = *ofView;
+    return ofView != nullptr ? *ofView : Take(value, wish.regions) && !wish.regions.empty();
+}
+
 struct Field {
     std::string_view name;
     bool (*take)(const ScriptValue& value, Wish& wish);
@@ -84,8 +97,32 @@ constexpr Field kFields[] = {
     {"set", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.set); }},
     {"in_force", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.listsInForce); }},
     {"rectangle", [](const ScriptValue& value, Wish& wish) { return TakePlace(value, wish.request.place); }},
+    {"region", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.region) && !wish.region.empty(); }},
+    {"regions", [](const ScriptValue& value, Wish& wish) { return TakeRegions(value, wish); }},
     {"replace", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.replace); }},
 };
+
+// Those of the file, or else of the view; of a name that one alone.
+bool TakeRegionsOf(Wish& wish, std::string& why)
+{
+    wish.outs = {wish.out};
+    if (wish.region.empty() && wish.regions.empty() && !wish.areOfView) return true;
+    if (wish.request.place) {
+        why = "\"rectangle\" doesn't go with regions";
+        return false;
+    }
+    std::optional<RegionsFile> file = RegionsOnView();
+    if (!wish.regions.empty()) file = ReadRegionsFile(wish.regions, why);
+    if (!file) return false;
+    if (!wish.region.empty()) std::erase_if(file->regions, [&](const Region& one) { return one.name != wish.region; });
+    if (file->regions.empty()) {
+        why = wish.region.empty() ? "there is no region" : "there is no region \"" + wish.region + "\"";
+        return false;
+    }
+    if (wish.region.empty()) wish.outs = PathsOfRegions(wish.out, file->regions);
+    wish.request.regions = std::move(file->regions);
+    return true;
+}
 
 std::optional<Wish> WishOf(const ScriptFields& table, std::string& why)
 {
@@ -106,7 +143,7 @@ std::optional<Wish> WishOf(const ScriptFields& table, std::string& why)
         why = "\"to\" says which format";
     } else if ((wish.request.what == ExportWhat::kFile) != !wish.request.path.empty()) {
         why = "\"file\" goes with of = \"file\"";
-    } else {
+    } else if (TakeRegionsOf(wish, why)) {
         wish.format = *format;
         if (wish.count > 0) wish.request.end = wish.request.first + wish.count;
         return wish;
@@ -119,7 +156,8 @@ ScriptFields FieldsOf(const Wish& wish, const ExportDescription& description, co
     const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
     const Provenance& provenance = description.provenance;
     return {
-        {"file", wish.out},
+        {"file", wish.outs.front()},
+        {"files", wish.outs},
         {"format", std::string(names->word)},
         {"form", std::string(WordOf(provenance.form))},
         {"unit", provenance.unit},
@@ -141,8 +179,9 @@ std::string ExportByScript(const ScriptFields& table)
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return why;
     const Hourglass hourglass;
-    const auto sink = MakeFrameSink(wish->format, wish->out, wish->replace);
-    const ExportOutcome outcome = RunExport(*source, *sink, [](std::int64_t, std::int64_t) { return !EscapeCame(); });
+    std::vector<std::unique_ptr<FrameSink>> sinks;
+    for (const std::string& out : wish->outs) sinks.push_back(MakeFrameSink(wish->format, out, wish->replace));
+    const ExportOutcome outcome = RunExport(*source, sinks, [](std::int64_t, std::int64_t) { return !EscapeCame(); });
     if (outcome.failure.empty()) lastExport = FieldsOf(*wish, source->Description(), outcome);
     return outcome.failure;
 }

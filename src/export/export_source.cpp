@@ -24,6 +24,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 namespace kelvo {
@@ -54,15 +55,6 @@ std::string ChecksumOf(const std::string& path)
 {
     const std::optional<std::string> contents = ReadWholeFile(path, kLongestCalFile);
     return contents ? Sha256Of(*contents) : std::string();
-}
-
-// Volts of a count by two given ends, as CountsToUnit reckons by those in force.
-float VoltsOf(std::int32_t count, const ImageHeaderRecord& header, const std::pair<float, float>& ends)
-{
-    const double volts = static_cast<double>(ends.second) - static_cast<double>(ends.first);
-    const double range = static_cast<double>(header.DisplayHigh) - header.DisplayLow;
-    return static_cast<float>(volts * (static_cast<double>(count) - header.DisplayLow) / range +
-                              static_cast<double>(ends.first));
 }
 
 // What the journal beside a file says of its recording.
@@ -97,15 +89,16 @@ std::optional<ExportSource> ExportSource::Open(const ExportRequest& request, std
     provenance.program = "Kelvo " KELVO_VERSION;
     provenance.exportedUtc = WallClockSeconds();
     provenance.form = request.form;
-    provenance.region = request.region;
     const auto open = request.what == ExportWhat::kFile     ? &ExportSource::OpenFile
                       : request.what == ExportWhat::kOnView ? &ExportSource::TakePictureOnView
                                                             : &ExportSource::TakeHostFrames;
-    const bool isOpen = (source.*open)(request, why) && source.TakeRectangle(request, why) &&
+    std::optional<BadDetMap> bad;
+    const bool isOpen = (source.*open)(request, why) && source.TakeParts(request, why) &&
                         source.TakeCorrection(request, why) && source.TakeUnit(request, why) &&
-                        source.TakeBadDetectors(request, why);
+                        source.ReadBadDetectors(request, bad, why);
     if (!isOpen) return std::nullopt;
     source.MakeTable(request);
+    source.DescribeParts(bad);
     return source;
 }
 
@@ -141,8 +134,12 @@ bool ExportSource::TakeRange(const ExportRequest& request, std::int64_t frames, 
     return false;
 }
 
-bool ExportSource::TakePictureOnView(const ExportRequest& /*request*/, std::string& why)
+bool ExportSource::TakePictureOnView(const ExportRequest& request, std::string& why)
 {
+    if (request.first != 0 || request.end > 1) {
+        why = "The picture on view is one frame: there are none of that range.";
+        return false;
+    }
     const bool isThere = (ViewingFile || CameraOn) && KeepFrameOnView() && ReadFrameToMeasure();
     const std::span<const std::int16_t> frame = isThere ? FrameToMeasure() : std::span<const std::int16_t>();
     if (frame.empty()) {
@@ -205,41 +202,81 @@ void ExportSource::TakeCameraFacts()
     correctedInForce_ = CalType != 0;
 }
 
-bool ExportSource::TakeRectangle(const ExportRequest& request, std::string& why)
+bool ExportSource::TakeParts(const ExportRequest& request, std::string& why)
 {
-    rectangle_ = {.columns = columns_, .rows = rows_};
+    Rectangle picture{.columns = columns_, .rows = rows_};
     const bool isOfCamera = what_ == ExportWhat::kHostFrames || (what_ == ExportWhat::kOnView && !ViewingFile);
     if (isOfCamera) {
-        rectangle_.columns = std::min(static_cast<std::size_t>(std::max(ActiveConfig.Hactive, 1)), columns_);
-        rectangle_.rows = std::min(static_cast<std::size_t>(std::max(ActiveConfig.Vactive, 1)), rows_);
+        picture.columns = std::min(static_cast<std::size_t>(std::max(ActiveConfig.Hactive, 1)), columns_);
+        picture.rows = std::min(static_cast<std::size_t>(std::max(ActiveConfig.Vactive, 1)), rows_);
     }
-    if (request.place) {
-        const auto& [x1, y1, x2, y2] = *request.place;
-        const auto cut = [](std::int32_t a, std::int32_t b, std::size_t size) {
-            const std::int64_t from = std::max<std::int64_t>(std::min(a, b), 0);
-            const std::int64_t to = std::min(std::int64_t{std::max(a, b)}, static_cast<std::int64_t>(size) - 1);
-            return std::pair(from, to - from + 1);
-        };
-        const auto [left, columns] = cut(x1, x2, rectangle_.columns);
-        const auto [top, rows] = cut(y1, y2, rectangle_.rows);
-        if (columns < 1 || rows < 1) {
-            why = "The region lies outside of the frame.";
-            return false;
-        }
-        rectangle_ = {.left = static_cast<std::size_t>(left),
-                      .top = static_cast<std::size_t>(top),
-                      .columns = static_cast<std::size_t>(columns),
-                      .rows = static_cast<std::size_t>(rows)};
+    if (what_ == ExportWhat::kFile && !AllocateBlock(whole_, columns_ * rows_)) {
+        why = "No memory is left.";
+        return false;
     }
-    description_.columns = rectangle_.columns;
-    description_.rows = rectangle_.rows;
-    description_.provenance.left = static_cast<std::int32_t>(rectangle_.left);
-    description_.provenance.top = static_cast<std::int32_t>(rectangle_.top);
-    const std::size_t values = description_.Pixels();
-    const bool hasRoom = AllocateBlock(counts_, values) && (!description_.isFloat || AllocateBlock(values_, values)) &&
-                         (what_ != ExportWhat::kFile || AllocateBlock(whole_, columns_ * rows_));
-    if (!hasRoom) why = "No memory is left.";
+    for (const Region& region : request.regions) {
+        if (!TakeRegion(region, picture, why)) return false;
+    }
+    if (!request.regions.empty()) return true;
+    if (!request.place) return TakePart(picture, why);
+    const auto& [x1, y1, x2, y2] = *request.place;
+    const auto cut = [](std::int32_t a, std::int32_t b, std::size_t size) {
+        const std::int64_t from = std::max<std::int64_t>(std::min(a, b), 0);
+        const std::int64_t to = std::min(std::int64_t{std::max(a, b)}, static_cast<std::int64_t>(size) - 1);
+        return std::pair(from, to - from + 1);
+    };
+    const auto [left, columns] = cut(x1, x2, picture.columns);
+    const auto [top, rows] = cut(y1, y2, picture.rows);
+    if (columns < 1 || rows < 1) {
+        why = "The region lies outside of the frame.";
+        return false;
+    }
+    return TakePart({.left = static_cast<std::size_t>(left),
+                     .top = static_cast<std::size_t>(top),
+                     .columns = static_cast<std::size_t>(columns),
+                     .rows = static_cast<std::size_t>(rows)},
+                    why);
+}
+
+bool ExportSource::TakePart(const Rectangle& rectangle, std::string& why)
+{
+    Part part;
+    part.rectangle = rectangle;
+    const std::size_t pixels = rectangle.columns * rectangle.rows;
+    const bool hasRoom =
+        AllocateBlock(part.counts, pixels) && (!description_.isFloat || AllocateBlock(part.values, pixels));
+    if (hasRoom) {
+        parts_.push_back(std::move(part));
+    } else {
+        why = "No memory is left.";
+    }
     return hasRoom;
+}
+
+bool ExportSource::TakeRegion(const Region& region, const Rectangle& picture, std::string& why)
+{
+    const std::vector<PixelRun> runs = PixelsOf(region.shape, region.place, static_cast<std::int32_t>(picture.columns),
+                                                static_cast<std::int32_t>(picture.rows));
+    if (runs.empty()) {
+        why = "Region " + region.name + " lies outside of the frame.";
+        return false;
+    }
+    const std::int32_t left = std::ranges::min(runs, {}, &PixelRun::first).first;
+    const std::int32_t right = std::ranges::max(runs, {}, &PixelRun::last).last;
+    const Rectangle around{.left = static_cast<std::size_t>(left),
+                           .top = static_cast<std::size_t>(runs.front().row),
+                           .columns = static_cast<std::size_t>(right - left + 1),
+                           .rows = static_cast<std::size_t>(runs.back().row - runs.front().row + 1)};
+    if (!TakePart(around, why)) return false;
+    ExportDescription& description = parts_.back().description;
+    description.provenance.region = region;
+    description.outside.assign(around.columns * around.rows, 1);
+    for (const PixelRun& run : runs) {
+        const auto row = static_cast<std::size_t>(run.row) - around.top;
+        const auto from = description.outside.begin() + static_cast<std::ptrdiff_t>(row * around.columns);
+        std::fill(from + (run.first - left), from + (run.last - left) + 1, std::uint8_t{0});
+    }
+    return true;
 }
 
 bool ExportSource::IsRaw() const
@@ -313,16 +350,16 @@ bool ExportSource::TakeUnit(const ExportRequest& request, std::string& why)
     if (request.form == ExportForm::kKelvin) provenance.unit = "K";  // the screen's own has a degree sign
     if (unit == kUnitCounts) return true;
     const std::string name = what_ == ExportWhat::kFile ? request.path : "The picture on view";
+    const auto scope = ScopeOf(request);
     if (unit == kUnitVolts) {
-        const ImageHeaderRecord& header = provenance.header;
-        const bool isKnown =
-            request.volts ? header.DisplayLow < header.DisplayHigh : DisplayLow < DisplayHigh && VoltsLow < VoltsHigh;
+        const bool isKnown = VoltsAreKnown();
         if (!isKnown) why = name + ": it isn't known what its counts are in volts";
         return isKnown;
     }
-    if (!HasTwoSources(provenance.header)) {
+    const bool isOnView = what_ == ExportWhat::kOnView;
+    if (isOnView ? !CountsOfSources() : !HasTwoSources(provenance.header)) {
         why = name + " has no calibration with two temperatures";
-    } else if (IsRaw()) {
+    } else if (IsRaw() && !isOnView) {  // what is on view is read as the screen reads it, raw frames too
         why = name + " isn't corrected: a calibration set is needed";
     } else {
         return true;
@@ -330,48 +367,62 @@ bool ExportSource::TakeUnit(const ExportRequest& request, std::string& why)
     return false;
 }
 
-bool ExportSource::TakeBadDetectors(const ExportRequest& request, std::string& why)
+bool ExportSource::ReadBadDetectors(const ExportRequest& request, std::optional<BadDetMap>& bad, std::string& why) const
 {
-    Provenance& provenance = description_.provenance;
+    const Provenance& provenance = description_.provenance;
     if (IsRaw()) return true;
-    std::optional<BadDetMap> bad;
     if (correctedInForce_) {
         bad = BadDetectorsInForce();
     } else if (!provenance.set.empty() && ChecksumOf(provenance.set) == provenance.setSha256) {
-        std::string whyUnknown;
         bad = BadDetectorsOfSet(provenance.set, static_cast<std::int32_t>(columns_), static_cast<std::int32_t>(rows_),
-                                whyUnknown);
-        const bool isAsked = !request.set.empty();  // the frames were corrected with it once, or are to be now
-        if (!bad && isAsked) why = whyUnknown;
-        if (!bad && isAsked) return false;
+                                why);
     }
-    if (!bad || bad->size() != columns_ * rows_) return true;
-    std::vector<std::uint8_t>& cut = description_.badDetectors;
-    cut.reserve(description_.Pixels());
-    for (std::size_t row = 0; row < rectangle_.rows; ++row) {
-        const auto from =
-            bad->begin() + static_cast<std::ptrdiff_t>((rectangle_.top + row) * columns_ + rectangle_.left);
-        cut.insert(cut.end(), from, from + static_cast<std::ptrdiff_t>(rectangle_.columns));
+    if (bad && bad->size() != columns_ * rows_) bad.reset();
+    return bad || request.set.empty();
+}
+
+void ExportSource::DescribeParts(const std::optional<BadDetMap>& bad)
+{
+    for (Part& part : parts_) {
+        const Rectangle& rectangle = part.rectangle;
+        ExportDescription described = description_;
+        described.columns = rectangle.columns;
+        described.rows = rectangle.rows;
+        described.outside = std::move(part.description.outside);
+        Provenance& provenance = described.provenance;
+        provenance.region = std::move(part.description.provenance.region);
+        provenance.left = static_cast<std::int32_t>(rectangle.left);
+        provenance.top = static_cast<std::int32_t>(rectangle.top);
+        provenance.badKnown = bad.has_value();
+        for (std::size_t row = 0; bad && row < rectangle.rows; ++row) {
+            const auto line =
+                std::span(*bad).subspan((rectangle.top + row) * columns_ + rectangle.left, rectangle.columns);
+            described.badDetectors.insert(described.badDetectors.end(), line.begin(), line.end());
+        }
+        provenance.badDetectors =
+            std::ranges::count_if(described.badDetectors, [](std::uint8_t mark) { return mark != 0; });
+        part.description = std::move(described);
     }
-    provenance.badKnown = true;
-    provenance.badDetectors = std::ranges::count_if(cut, [](std::uint8_t mark) { return mark != 0; });
-    return true;
+}
+
+// The picture on view is read as the screen reads it, coefficient lists with their scale too.
+std::unique_ptr<UnitScope> ExportSource::ScopeOf(const ExportRequest& request) const
+{
+    const ImageHeaderRecord& header = description_.provenance.header;
+    if (request.volts) return std::make_unique<UnitScope>(header, request.path, *request.volts);
+    if (what_ == ExportWhat::kFile) return std::make_unique<UnitScope>(header, request.path);
+    return what_ == ExportWhat::kHostFrames ? std::make_unique<UnitScope>() : nullptr;
 }
 
 void ExportSource::MakeTable(const ExportRequest& request)
 {
     if (!description_.isFloat) return;
     const std::int32_t unit = UnitOf(request.form);
-    const ImageHeaderRecord header = description_.provenance.header;
-    // The picture on view is read as the screen reads it, coefficient lists with their scale too.
-    std::optional<UnitScope> scope;
-    if (what_ == ExportWhat::kFile) scope.emplace(header, request.path);
-    if (what_ == ExportWhat::kHostFrames) scope.emplace();
+    const ImageHeaderRecord& header = description_.provenance.header;
+    const auto scope = ScopeOf(request);
     table_.resize(kCounts);
     for (std::size_t i = 0; i < kCounts; ++i) {
-        const std::int32_t count = kLowestCount + static_cast<std::int32_t>(i);
-        table_[i] = request.volts && unit == kUnitVolts ? VoltsOf(count, header, *request.volts)
-                                                        : CountsToUnit(count, unit, nullptr);
+        table_[i] = CountsToUnit(kLowestCount + static_cast<std::int32_t>(i), unit, nullptr);
     }
     const bool isVolts = unit == kUnitVolts;
     const std::int32_t low = !isVolts ? header.IntensityCold : request.volts ? header.DisplayLow : DisplayLow;
@@ -382,11 +433,6 @@ void ExportSource::MakeTable(const ExportRequest& request)
         return ScalePoint{held, table_[static_cast<std::size_t>(held - kLowestCount)]};
     };
     description_.provenance.scale = {point(low), point(high)};
-}
-
-bool ExportSource::IsWholeFrame() const
-{
-    return rectangle_.columns == columns_ && rectangle_.rows == rows_;
 }
 
 bool ExportSource::ReadWhole(std::int64_t index, std::string& why)
@@ -428,7 +474,7 @@ FrameTiming ExportSource::TimingOf(std::int64_t index) const
     return timing;
 }
 
-bool ExportSource::Read(std::int64_t i, ExportedFrame& frame, std::string& why)
+bool ExportSource::Read(std::int64_t i, std::string& why)
 {
     if (i < 0 || i >= description_.frames) {
         why = "There is no such frame.";
@@ -436,30 +482,37 @@ bool ExportSource::Read(std::int64_t i, ExportedFrame& frame, std::string& why)
     }
     const std::int64_t index = first_ + i;
     if (!ReadWhole(index, why)) return false;
-    std::span<const std::int16_t> picture = whole_;
+    picture_ = whole_;
     if (correction_) {
         correction_->Correct(whole_, corrected_);
-        picture = corrected_;
+        picture_ = corrected_;
     }
-    if (!IsWholeFrame()) {
-        for (std::size_t row = 0; row < rectangle_.rows; ++row) {
-            const auto line = picture.subspan((rectangle_.top + row) * columns_ + rectangle_.left, rectangle_.columns);
-            std::ranges::copy(line, counts_.begin() + static_cast<std::ptrdiff_t>(row * rectangle_.columns));
-        }
-        picture = counts_;
-    }
-    frame = {.counts = picture, .values = {}, .timing = TimingOf(index)};
-    if (!description_.isFloat) return true;
-    for (std::size_t k = 0; k < picture.size(); ++k) {
-        values_[k] = table_[static_cast<std::size_t>(picture[k] - kLowestCount)];
-    }
-    const std::vector<std::uint8_t>& bad = description_.badDetectors;
-    for (std::size_t k = 0; k < bad.size(); ++k) {
-        if (bad[k] != 0) values_[k] = std::numeric_limits<float>::quiet_NaN();
-    }
-    frame.counts = {};
-    frame.values = values_;
+    timing_ = TimingOf(index);
     return true;
+}
+
+ExportedFrame ExportSource::Frame(std::size_t part)
+{
+    auto& [rectangle, description, counts, values] = parts_[part];
+    std::span<const std::int16_t> picture = picture_;
+    if (rectangle.columns != columns_ || rectangle.rows != rows_) {
+        for (std::size_t row = 0; row < rectangle.rows; ++row) {
+            const auto line = picture.subspan((rectangle.top + row) * columns_ + rectangle.left, rectangle.columns);
+            std::ranges::copy(line, counts.begin() + static_cast<std::ptrdiff_t>(row * rectangle.columns));
+        }
+        picture = counts;
+    }
+    if (!description.isFloat) return {.counts = picture, .values = {}, .timing = timing_};
+    for (std::size_t k = 0; k < picture.size(); ++k) {
+        values[k] = table_[static_cast<std::size_t>(picture[k] - kLowestCount)];
+    }
+    for (const std::vector<std::uint8_t>& mask :
+         {std::cref(description.badDetectors), std::cref(description.outside)}) {
+        for (std::size_t k = 0; k < mask.size(); ++k) {
+            if (mask[k] != 0) values[k] = std::numeric_limits<float>::quiet_NaN();
+        }
+    }
+    return {.counts = {}, .values = values, .timing = timing_};
 }
 
 }  // namespace kelvo

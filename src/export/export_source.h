@@ -4,13 +4,16 @@
 #pragma once
 
 #include "calib/stored_correction.h"
+#include "display/units.h"
 #include "export/frame_sink.h"
 #include "imagefile/stored_frames.h"
+#include "pixel/bad_pixels.h"
 #include "regions/region.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -37,26 +40,30 @@ struct ExportRequest {
     // Volts at the two ends of the header's display range (DisplayLow, DisplayHigh). nullopt: as the camera in force
     // has them.
     std::optional<std::pair<float, float>> volts{};
-    // The rectangle around a region, cut to the frame. nullopt: the whole picture; of the camera what it reads,
-    // Hactive x Vactive.
+    // A rectangle, cut to the frame. nullopt: the whole picture; of the camera what it reads, Hactive x Vactive.
     std::optional<RegionPlace> place{};
-    std::string region{};  // its name, for the provenance
+    // In place of that: of each region the least rectangle that holds all its pixels in the picture.
+    std::vector<Region> regions{};
 };
 
 class ExportSource {
   public:
     // nullopt with why, a sentence: the file can't be opened, has no frames of that range, isn't raw or is it, has no
     // two sources for a temperature, the set doesn't fit or its list of bad detectors can't be read; no picture is on
-    // view; nothing is in host memory; the region lies outside of the frame; no volts are known. Nothing is told in a
+    // view; nothing is in host memory; a region lies outside of the frame; no volts are known. Nothing is told in a
     // box.
     static std::optional<ExportSource> Open(const ExportRequest& request, std::string& why);
 
-    // Frames, size, form, bad detectors and provenance. Bad detectors are known where a calibration that can be read
-    // made the picture; frames in readout order have none, since a list is of the picture.
-    const ExportDescription& Description() const { return description_; }
+    // The regions that are exported, in their order, each for itself and all of the same frames; one part otherwise.
+    std::size_t Parts() const { return parts_.size(); }
+    // Frames, size, form, bad detectors and provenance of a part. Bad detectors are known where a calibration that can
+    // be read made the picture; frames in readout order have none, since a list is of the picture.
+    const ExportDescription& Description(std::size_t part = 0) const { return parts_[part].description; }
 
-    // Frame number i of the export, from 0. The spans hold until the next call. False with the reason in why.
-    bool Read(std::int64_t i, ExportedFrame& frame, std::string& why);
+    // Reads frame number i of the export, from 0. False with the reason in why.
+    bool Read(std::int64_t i, std::string& why);
+    // A part of the frame that was read last; its spans hold until the next call for this part, or of Read.
+    ExportedFrame Frame(std::size_t part = 0);
 
   private:
     struct Rectangle {
@@ -65,6 +72,12 @@ class ExportSource {
         std::size_t columns = 0;
         std::size_t rows = 0;
     };
+    struct Part {
+        Rectangle rectangle;
+        ExportDescription description;
+        std::vector<std::int16_t> counts;
+        std::vector<float> values;
+    };
 
     bool OpenFile(const ExportRequest& request, std::string& why);
     bool TakePictureOnView(const ExportRequest& request, std::string& why);
@@ -72,23 +85,26 @@ class ExportSource {
     void TakeCameraFacts();
     void DescribeFile(const StoredFrames& frames);
     bool TakeRange(const ExportRequest& request, std::int64_t frames, std::string& why);
-    bool TakeRectangle(const ExportRequest& request, std::string& why);
+    bool TakeParts(const ExportRequest& request, std::string& why);
+    bool TakePart(const Rectangle& rectangle, std::string& why);
+    bool TakeRegion(const Region& region, const Rectangle& picture, std::string& why);
+    void DescribeParts(const std::optional<BadDetMap>& bad);
     bool TakeCorrection(const ExportRequest& request, std::string& why);
     bool CorrectWithListsInForce(std::string& why);
     bool TakeUnit(const ExportRequest& request, std::string& why);
-    bool TakeBadDetectors(const ExportRequest& request, std::string& why);
+    bool ReadBadDetectors(const ExportRequest& request, std::optional<BadDetMap>& bad, std::string& why) const;
+    std::unique_ptr<UnitScope> ScopeOf(const ExportRequest& request) const;
     void MakeTable(const ExportRequest& request);
     bool IsRaw() const;
-    bool IsWholeFrame() const;
     bool ReadWhole(std::int64_t index, std::string& why);
     FrameTiming TimingOf(std::int64_t index) const;
 
     ExportWhat what_ = ExportWhat::kFile;
-    ExportDescription description_;
+    ExportDescription description_;  // what all parts have in common
+    std::vector<Part> parts_;
     std::size_t columns_ = 0;  // of the whole frame
     std::size_t rows_ = 0;
     std::int64_t first_ = 0;
-    Rectangle rectangle_;
     std::optional<StoredFrames> file_;
     std::int64_t onViewIndex_ = 0;  // of the picture on view in its file
     std::optional<StoredCorrection> correction_;
@@ -96,8 +112,8 @@ class ExportSource {
     std::vector<float> table_;         // the value of each count from -32768 on; empty for counts
     std::vector<std::int16_t> whole_;  // of the picture on view its frame
     std::vector<std::int16_t> corrected_;
-    std::vector<std::int16_t> counts_;
-    std::vector<float> values_;
+    std::span<const std::int16_t> picture_;  // that was read last
+    FrameTiming timing_;
 };
 
 }  // namespace kelvo

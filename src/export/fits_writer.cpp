@@ -271,17 +271,16 @@ bool FitsWriter::WriteTable()
     return status_ == 0;
 }
 
-bool FitsWriter::WriteMask()
+bool FitsWriter::WriteMask(const char* name, const char* comment, std::vector<std::uint8_t>& mask)
 {
-    if (description_.badDetectors.empty()) return true;
+    if (mask.empty()) return true;
     std::array<LONGLONG, 2> sides{static_cast<LONGLONG>(description_.columns),
                                   static_cast<LONGLONG>(description_.rows)};
     fits_create_imgll(Of(fits_), BYTE_IMG, 2, sides.data(), &status_);
     Keys(Of(fits_), status_)
-        .Text("EXTNAME", "MASK", "1: a bad detector")
+        .Text("EXTNAME", name, comment)
         .Text("ROWORDER", "TOP-DOWN", "the first row is the picture's upper one");
-    fits_write_img(Of(fits_), TBYTE, 1, static_cast<LONGLONG>(description_.Pixels()), description_.badDetectors.data(),
-                   &status_);
+    fits_write_img(Of(fits_), TBYTE, 1, static_cast<LONGLONG>(description_.Pixels()), mask.data(), &status_);
     fits_write_chksum(Of(fits_), &status_);
     return status_ == 0;
 }
@@ -297,7 +296,8 @@ ExportFailure FitsWriter::End()
             .Whole("NGAPS", std::ssize(gaps), "places where frames are missing")
             .Whole("NMISSING", missing, "frames that are missing there");
         fits_write_chksum(Of(fits_), &status_);
-        isWhole = status_ == 0 && WriteTable() && WriteMask();
+        isWhole = status_ == 0 && WriteTable() && WriteMask("MASK", "1: a bad detector", description_.badDetectors) &&
+                  WriteMask("OUTSIDE", "1: outside of the region", description_.outside);
     }
     if (ExportFailure failure = GoneWell(isWhole && CloseWhole())) return failure;
     return Keep();

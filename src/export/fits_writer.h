@@ -1,7 +1,7 @@
 // Frames as a FITS cube, by cfitsio: columns x rows x frames (NAXIS1 to NAXIS3), 16-bit signed integers or 32-bit
 // floats, the first row on top (ROWORDER 'TOP-DOWN'). Behind it a binary table FRAMES with a row a frame: its place,
-// number, times and what is missing before it; and where bad detectors are known an image MASK, 1 for each. All parts
-// carry CHECKSUM and DATASUM.
+// number, times and what is missing before it; where bad detectors are known an image MASK, 1 for each; and of a region
+// an image OUTSIDE, 1 for each pixel outside of it. All parts carry CHECKSUM and DATASUM.
 //
 // DATE-OBS is the start of the first frame's exposure, UTC, where the recording knows when frames were complete: that
 // moment, less the integration time. Otherwise there is none, and LOCTIME has the local time of the header. EXPTIME is
@@ -31,7 +31,7 @@ class FitsWriter final : public FrameSink {
     bool WriteWhen(const FrameTiming& first);
     bool WriteHistory(const std::string& line);
     bool WriteTable();
-    bool WriteMask();
+    bool WriteMask(const char* name, const char* comment, std::vector<std::uint8_t>& mask);
     bool CutToFrames();
     void Close();
     bool CloseWhole();

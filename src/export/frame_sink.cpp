@@ -30,6 +30,22 @@ std::string BadPlacesJson(const ExportDescription& description)
     return JsonList(places);
 }
 
+std::string OutsideRunsJson(const ExportDescription& description)
+{
+    if (description.outside.empty()) return "null";
+    std::vector<std::string> runs;
+    for (std::size_t row = 0; row < description.rows; ++row) {
+        const auto line = std::span(description.outside).subspan(row * description.columns, description.columns);
+        for (std::size_t column = 0; column < line.size(); ++column) {
+            if (line[column] == 0) continue;
+            const std::size_t first = column;
+            while (column + 1 < line.size() && line[column + 1] != 0) ++column;
+            runs.push_back(Format("[%zu, %zu, %zu]", row, first, column));
+        }
+    }
+    return JsonList(runs);
+}
+
 ExportFailure FrameSink::BeginFile(std::optional<NewFile>& file, const std::string& path) const
 {
     if (ExportFailure refused = WhyRefused(path, replace_)) return refused;

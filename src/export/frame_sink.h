@@ -27,12 +27,14 @@ struct ExportDescription {
     bool isFloat = false;     // values of frames are floats, otherwise counts
     // One byte a pixel, rows x columns, 1 marks a bad detector; empty where none are known.
     std::vector<std::uint8_t> badDetectors;
+    // Likewise, 1 marks a pixel outside of the region; empty where no region is exported.
+    std::vector<std::uint8_t> outside;
     Provenance provenance;
     std::size_t Pixels() const { return columns * rows; }
 };
 
 // One frame, rows x columns, row by row from above; one of the two spans has it, as the description says. In floats a
-// bad detector is NaN.
+// bad detector is NaN, and so is a pixel outside of the region.
 struct ExportedFrame {
     std::span<const std::int16_t> counts;
     std::span<const float> values;
@@ -73,5 +75,8 @@ class FrameSink {
 
 // Row and column of each bad detector, row by row, as JSON: "[[0, 17], [3, 4]]"; "null" where none are known.
 std::string BadPlacesJson(const ExportDescription& description);
+// The pixels outside of the region, row by row, as JSON: "[[0, 0, 2], [0, 5, 7]]" are columns 0 to 2 and 5 to 7 of row
+// 0, both included; "null" where no region is exported.
+std::string OutsideRunsJson(const ExportDescription& description);
 
 }  // namespace kelvo

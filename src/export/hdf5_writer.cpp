@@ -269,11 +269,11 @@ bool Hdf5Writer::WriteTimings()
            WriteBlockOf(hdf_, "integration_ms", H5T_IEEE_F32LE, H5T_NATIVE_FLOAT, sides, integrations.data());
 }
 
-bool Hdf5Writer::WriteMask()
+bool Hdf5Writer::WriteMask(const char* name, const std::vector<std::uint8_t>& mask)
 {
-    if (description_.badDetectors.empty()) return true;
+    if (mask.empty()) return true;
     const std::array<hsize_t, 2> sides{description_.rows, description_.columns};
-    return WriteBlockOf(hdf_, "mask", H5T_STD_U8LE, H5T_NATIVE_UINT8, sides, description_.badDetectors.data());
+    return WriteBlockOf(hdf_, name, H5T_STD_U8LE, H5T_NATIVE_UINT8, sides, mask.data());
 }
 
 ExportFailure Hdf5Writer::End()
@@ -282,7 +282,8 @@ ExportFailure Hdf5Writer::End()
     const std::string provenance =
         ProvenanceJson(description_.provenance, description_.columns, description_.rows, timings_).Json();
     const bool isWhole = H5Dset_extent(frames_, sides.data()) >= 0 && WriteText(hdf_, "provenance", provenance) &&
-                         WriteTimings() && WriteMask();
+                         WriteTimings() && WriteMask("mask", description_.badDetectors) &&
+                         WriteMask("outside", description_.outside);
     Close();
     return isWhole && !stream_.hasFailed ? Keep() : DoneOr(false);
 }

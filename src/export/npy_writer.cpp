@@ -4,6 +4,8 @@
 #include "platform/text.h"
 
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 namespace kelvo {
 
@@ -28,6 +30,51 @@ std::vector<std::byte> HeadOf(const ExportDescription& description, std::int64_t
     return head;
 }
 
+// What stands under a name that another file is about to take. It comes back at the end of life, in place of whatever
+// stands there then, unless it is dropped; where nothing stood nothing stands again.
+class FormerFile {
+  public:
+    explicit FormerFile(const std::string& path)
+    {
+        // The file itself, where the name is a link.
+        std::error_code none;
+        const std::filesystem::path real = std::filesystem::canonical(ResolvePath(path), none);
+        stood_ = !none;
+        path_ = stood_ ? real.string() : path;
+    }
+    ~FormerFile()
+    {
+        if (isAside_) {
+            MoveFileTo(Aside(), path_);
+        } else if (isToGo_ && FileExists(path_)) {
+            DeleteFileNamed(path_);
+        }
+    }
+    FormerFile(const FormerFile&) = delete;
+    FormerFile& operator=(const FormerFile&) = delete;
+
+    bool PutAside()
+    {
+        isAside_ = stood_ && MoveFileTo(path_, Aside());
+        isToGo_ = !stood_;
+        return isAside_ || isToGo_;
+    }
+    void Drop()
+    {
+        if (isAside_) DeleteFileNamed(Aside());
+        isAside_ = false;
+        isToGo_ = false;
+    }
+
+  private:
+    std::string Aside() const { return path_ + ".before"; }
+
+    std::string path_;
+    bool stood_ = false;
+    bool isAside_ = false;
+    bool isToGo_ = false;  // what takes the name meanwhile
+};
+
 bool WriteText(File& file, const std::string& text)
 {
     return file.Write(std::as_bytes(std::span(text))) == text.size();
@@ -49,7 +96,9 @@ std::string NpyWriter::Json() const
     std::vector<std::string> times;
     times.reserve(timings_.size());
     for (const FrameTiming& timing : timings_) times.push_back(TimingJson(timing));
-    json.Member("times", JsonList(times)).Member("bad_detector_places", BadPlacesJson(description_));
+    json.Member("times", JsonList(times))
+        .Member("bad_detector_places", BadPlacesJson(description_))
+        .Member("outside_of_region", OutsideRunsJson(description_));
     return json.Json() + '\n';
 }
 
@@ -73,12 +122,18 @@ ExportFailure NpyWriter::End()
 {
     const std::vector<std::byte> head = HeadOf(description_, std::ssize(timings_));
     const bool isWhole = Contents().Seek(0) && Contents().Write(head) == head.size() && Contents().Flush();
-    // An array that stands has its own description: that one takes its name first.
-    const bool isDescribed = isWhole && json_ && WriteText(json_->Contents(), Json()) && json_->Keep();
-    if (!isDescribed) return DoneOr(false);
-    ExportFailure failure = Keep();
-    if (failure && !FileExists(Path())) DeleteFileNamed(NpyJsonPathOf(Path()));
-    return failure;
+    const bool isDescribed = isWhole && json_ && WriteText(json_->Contents(), Json()) && json_->Contents().Flush();
+    return isDescribed ? TakeNames() : DoneOr(false);
+}
+
+ExportFailure NpyWriter::TakeNames()
+{
+    FormerFile former(NpyJsonPathOf(Path()));
+    // NOLINTNEXTLINE(bugprone-unchecked-optional-access): End has written it
+    if (!former.PutAside() || !json_->Keep()) return DoneOr(false);
+    if (ExportFailure failure = Keep()) return failure;
+    former.Drop();
+    return std::nullopt;
 }
 
 }  // namespace kelvo

@@ -1,6 +1,12 @@
 // Frames as a NumPy array: a .npy file, version 1.0 of its format (numpy.lib.format), C order, frames x rows x columns,
 // '<i2' counts or '<f4' values; beside it NAME.json, NAME being the path without its ".npy", with the provenance, the
-// time of each frame and the bad detectors' places.
+// time of each frame, the bad detectors' places and the pixels outside of the region.
+//
+// Two files can't take their names at one moment. Where both stand already, both are the new ones afterwards or both
+// are the former: the former description goes aside as NAME.json.before, the new one takes its name, and last the array
+// does, which is the longer one and for whose sake the description is. Where a step fails, those before it are taken
+// back, by renaming alone, which a full disk takes too. A process that is killed between the last two steps leaves the
+// former array with the new description, and the former one aside.
 #pragma once
 
 #include "export/frame_sink.h"
@@ -22,6 +28,7 @@ class NpyWriter final : public FrameSink {
 
   private:
     std::string Json() const;
+    ExportFailure TakeNames();
 
     ExportDescription description_;
     std::vector<FrameTiming> timings_;

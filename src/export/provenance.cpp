@@ -2,6 +2,7 @@
 
 #include "platform/clock.h"
 #include "platform/text.h"
+#include "regions/region_list.h"
 
 #include <algorithm>
 #include <cmath>
@@ -54,6 +55,26 @@ std::string HeadJson(const ImageHeaderRecord& header)
     AddSource(json, "cold", header.IntensityCold, header.TemperatureCold);
     AddSource(json, "hot", header.IntensityHot, header.TemperatureHot);
     return json.Json();
+}
+
+// As in a file of regions.
+std::string RegionJson(const std::optional<Region>& region)
+{
+    if (!region) return "null";
+    JsonText json;
+    json.Text("name", region->name).Text("shape", ShapeName(region->shape));
+    json.Whole("x1", region->place.x1).Whole("y1", region->place.y1);
+    if (region->shape != RegionShape::kPoint) json.Whole("x2", region->place.x2).Whole("y2", region->place.y2);
+    return json.Json();
+}
+
+// "ellipse from 10, 20 to 41, 51", "point at 16, 10"
+std::string PlaceText(const Region& region)
+{
+    const auto& [x1, y1, x2, y2] = region.place;
+    const std::string shape(ShapeName(region.shape));
+    if (region.shape == RegionShape::kPoint) return shape + Format(" at %d, %d", x1, y1);
+    return shape + Format(" from %d, %d to %d, %d", x1, y1, x2, y2);
 }
 
 std::string GapsJson(std::span<const FrameTiming> timings)
@@ -174,8 +195,8 @@ JsonText ProvenanceJson(const Provenance& provenance, std::size_t columns, std::
     AddKnown(json, "calibration_set", provenance.set);
     AddKnown(json, "calibration_sha256", provenance.setSha256);
     provenance.badKnown ? json.Whole("bad_detectors", provenance.badDetectors) : json.Null("bad_detectors");
-    AddKnown(json, "region", provenance.region);
-    json.Whole("left", provenance.left)
+    json.Member("region", RegionJson(provenance.region))
+        .Whole("left", provenance.left)
         .Whole("top", provenance.top)
         .Whole("columns", static_cast<std::int64_t>(columns))
         .Whole("rows", static_cast<std::int64_t>(rows))
@@ -210,7 +231,10 @@ std::vector<std::string> ProvenanceLines(const Provenance& provenance, std::span
     add("calibration set", provenance.set);
     add("calibration SHA-256", provenance.setSha256);
     if (provenance.badKnown) add("bad detectors", std::to_string(provenance.badDetectors));
-    add("region", provenance.region);
+    if (provenance.region) {
+        add("region", provenance.region->name);
+        add("region's place", PlaceText(*provenance.region));
+    }
     add("left, top", Format("%d, %d", provenance.left, provenance.top));
     add("integration time", ShortestText(header.IntegrationMsec) + " ms");
     add("frame rate", ShortestText(header.FrameRate) + " Hz");

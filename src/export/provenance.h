@@ -5,6 +5,7 @@
 #include "imagefile/frames_file.h"
 #include "imagefile/header.h"
 #include "platform/json_text.h"
+#include "regions/region.h"
 
 #include <array>
 #include <cstdint>
@@ -56,7 +57,6 @@ struct Provenance {
     std::string pixels;      // "raw" (readout order), "corrected"; empty: not known
     std::string set;         // the .cal that corrected them; empty: none, or not known
     std::string setSha256;   // of that file
-    std::string region;      // the name of the region; empty: the whole frame
     std::string sample;      // the recording's own words
     std::string comment;
     ExportForm form = ExportForm::kCounts;
@@ -64,7 +64,8 @@ struct Provenance {
     std::string unit;      // "Counts", "V", "°C", "K", "°F"; Latin-1
     // Two points of the line from counts to values; none for counts.
     std::optional<std::array<ScalePoint, 2>> scale;
-    std::int32_t left = 0;  // of the exported rectangle in the source's frame
+    std::optional<Region> region;  // that is exported; nullopt: a rectangle, or the whole picture
+    std::int32_t left = 0;         // of the exported rectangle in the source's frame
     std::int32_t top = 0;
     ImageHeaderRecord header;      // of the source, native order: head settings, sources, local time
     std::int64_t exportedUtc = 0;  // seconds since 1 January 1970

@@ -111,7 +111,8 @@ std::string TiffWriter::DescriptionOf(const ExportedFrame& frame) const
     JsonText json;
     if (isFirst_) {
         json = ProvenanceJson(provenance, description_.columns, description_.rows, {});
-        json.Member("bad_detector_places", BadPlacesJson(description_));
+        json.Member("bad_detector_places", BadPlacesJson(description_))
+            .Member("outside_of_region", OutsideRunsJson(description_));
     } else {
         json.Text("form", WordOf(provenance.form)).Text("unit", provenance.unit).Member("scale", ScaleJson(provenance));
     }
@@ -123,7 +124,8 @@ ExportFailure TiffWriter::Begin(const ExportDescription& description)
     description_ = description;
     if (ExportFailure failure = BeginFile()) return failure;
     const auto pixelBytes = static_cast<std::int64_t>(description_.Pixels() * (description_.isFloat ? 4 : 2));
-    const auto places = static_cast<std::int64_t>(BadPlacesJson(description_).size());
+    const auto places =
+        static_cast<std::int64_t>(BadPlacesJson(description_).size() + OutsideRunsJson(description_).size());
     const bool isBig = description_.frames * (pixelBytes + kBytesBesidePixels) + places > bigTiffFrom_;
     stream_.file = &Contents();
     tiff_ = OpenStream(Path(), isBig ? "wl8" : "wl", stream_);

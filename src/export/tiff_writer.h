@@ -1,7 +1,7 @@
 // Frames as TIFF, by libtiff: a page a frame, one strip each, little-endian, 16-bit signed integers (SampleFormat 2) or
 // 32-bit floats (SampleFormat 3). Each page's ImageDescription is JSON with "form", "unit", "scale" and "time"; that of
-// the first one has the whole provenance and the places of the bad detectors too. Files that might reach 4 GB are
-// BigTIFF, whose offsets have 64 bits.
+// the first one has the whole provenance, the places of the bad detectors and the pixels outside of the region too.
+// Files that might reach 4 GB are BigTIFF, whose offsets have 64 bits.
 //
 // TIFF Revision 6.0, Aldus, June 1992, with SampleFormat of its section 19.
 #pragma once

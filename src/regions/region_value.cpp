@@ -2,6 +2,7 @@
 
 #include "display/units.h"
 
+#include <cmath>
 #include <optional>
 
 namespace kelvo {
@@ -38,7 +39,7 @@ RegionValues ValuesOf(const RegionFigures& figures, const Region& region, std::i
     if (figures.pixels == 0) return {};
     const double step = EmissivityApplies(region) ? region.emissivity : 1;
     return {.mean = ValueOfCounts(CountsOfSurface(figures.mean, region), unit),
-            .deviation = ValueOfDifference(figures.deviation / step, unit),
+            .deviation = std::fabs(ValueOfDifference(figures.deviation / step, unit)),
             .least = Extreme(figures.least.count, region, unit),
             .most = Extreme(figures.most.count, region, unit)};
 }

@@ -26,7 +26,7 @@ bool EmissivityApplies(const Region& region);
 
 struct RegionValues {
     double mean = 0;
-    double deviation = 0;  // scaled alone: it has no zero
+    double deviation = 0;  // scaled alone: it has no zero, and no sign where counts rise as volts fall
     double least = 0;      // rounded to single, as the image cursor shows them
     double most = 0;
 };

@@ -201,6 +201,28 @@ bool WriteRegionsFile(const std::string& path, const RegionsFile& file, std::str
     return false;
 }
 
+std::optional<NamedRegions> ReadNamedRegions(const std::string& text, std::string& why)
+{
+    constexpr std::string_view kDivider = ".regions:";
+    std::size_t colon = text.rfind(kDivider);
+    colon = colon == std::string::npos ? text.rfind(':') : colon + kDivider.size() - 1;
+    NamedRegions named{.areAll = colon == std::string::npos || FileExists(text)};
+    const std::string path = named.areAll ? text : text.substr(0, colon);
+    std::optional<RegionsFile> file = ReadRegionsFile(path, why);
+    if (!file) {
+        // A reason that is made for a box names the file on a line of its own.
+        if (const std::size_t end = why.find('\n'); end != std::string::npos) why.replace(end, 1, ": ");
+        return std::nullopt;
+    }
+    const std::string name = named.areAll ? std::string() : text.substr(colon + 1);
+    for (Region& region : file->regions) {
+        if (named.areAll || region.name == name) named.regions.push_back(std::move(region));
+    }
+    if (!named.regions.empty()) return named;
+    why = path + (named.areAll ? " has no region" : " has no region " + name);
+    return std::nullopt;
+}
+
 RegionsFile RegionsOnView()
 {
     const Point size = FrameSizeOnView();

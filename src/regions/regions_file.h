@@ -32,6 +32,15 @@ std::optional<RegionsFile> ReadRegionsFile(const std::string& path, std::string&
 bool WriteRegionsFile(const std::string& path, const RegionsFile& file,
                       std::string& why);  // replaces what stands there
 
+// What somebody names on a command line: "FILE.regions", all of that file, or "FILE.regions:NAME", the one of that
+// name. The last ".regions:" divides, so that a name may hold colons; a file that is called so as a whole is meant
+// first. nullopt with the reason in why, a sentence on one line: the file can't be read, or holds no such region.
+struct NamedRegions {
+    std::vector<Region> regions{};
+    bool areAll = false;  // no name was given
+};
+std::optional<NamedRegions> ReadNamedRegions(const std::string& text, std::string& why);
+
 // The view's regions with the size of the frame on view.
 RegionsFile RegionsOnView();
 

@@ -49,6 +49,16 @@ CommandEnd NoteSavedFile(const std::string& path, std::uint32_t frames)
                 SizeText(SizeOf(path)) + InDirectoryOf(path));
 }
 
+CommandEnd NoteSavedFiles(const std::vector<std::string>& paths, std::uint32_t frames)
+{
+    if (paths.size() == 1) return NoteSavedFile(paths.front(), frames);
+    std::uint64_t bytes = 0;
+    for (const std::string& path : paths) bytes += SizeOf(path);
+    return Note(Format("Saved %zu files, ", paths.size()) + NameOf(paths.front()) + " to " + NameOf(paths.back()) +
+                Format(": %u frame%s each, ", frames, frames == 1 ? "" : "s") + SizeText(bytes) +
+                InDirectoryOf(paths.front()));
+}
+
 CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t wanted)
 {
     std::uint64_t bytes = 0;

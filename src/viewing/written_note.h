@@ -13,6 +13,10 @@ namespace kelvo {
 // that of the file on the disk. Stands as a StatusNote.
 CommandEnd NoteSavedFile(const std::string& path, std::uint32_t frames);
 
+// The same of files of one directory that hold so many frames each: "Saved 3 files, a-left.tif to a-right.tif: 4 frames
+// each, 480.5 kB in ..."; of a single one as above.
+CommandEnd NoteSavedFiles(const std::vector<std::string>& paths, std::uint32_t frames);
+
 // "Saved 75 bitmaps, scene00.png to scene74.png: 1.2 MB in ..." for files of one directory, "3 of 75 bitmaps" where the
 // others couldn't be written; of a single one its name.
 CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t wanted);

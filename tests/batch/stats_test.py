@@ -110,6 +110,34 @@ class Stats(unittest.TestCase):
             self.assertAlmostEqual(each["deviation"], counts["deviation"] * step * (1.8 if unit == "fahrenheit" else 1), delta=1e-6)
             self.assertEqual([each[name] for name in ("min_x", "max_y", "outside_sources")], [counts[name] for name in ("min_x", "max_y", "outside_sources")])
 
+    def test_volts(self):
+        """By the display range of the header, whose two ends are given."""
+        image = bytearray((OUT / "run.seq").read_bytes())
+        struct.pack_into("<hh", image, 112, -400, 12000)
+        (OUT / "range.seq").write_bytes(image)
+        step = (2.5 - -0.5) / (12000 - -400)
+        (each,) = self.told("range.seq", "--rect=2,1,8,6", "--frames=3:4", "--unit=volts", "--volts=-0.5:2.5")
+        counts = measured(self.frames[3], rectangle(2, 1, 8, 6))
+        self.assertAlmostEqual(each["mean"], (counts["mean"] - -400) * step - 0.5, delta=1e-9)
+        self.assertAlmostEqual(each["deviation"], counts["deviation"] * step, delta=1e-9)
+        for name in ("min", "max"):  # rounded to single once
+            exact = 3.0 * (counts[name] - -400) / 12400 - 0.5
+            self.assertEqual(struct.pack("<f", each[name]), struct.pack("<f", exact), name)
+        self.assertEqual([each[name] for name in ("min_x", "max_y", "outside_sources")], [counts[name] for name in ("min_x", "max_y", "outside_sources")])
+        # A camera that counts up as its voltage falls: the least count has the most volts, and a deviation is none the less above 0.
+        (each,) = self.told("range.seq", "--rect=2,1,8,6", "--frames=3:4", "--unit=volts", "--volts=2.5:-0.5")
+        self.assertAlmostEqual(each["mean"], 2.5 - (counts["mean"] - -400) * step, delta=1e-9)
+        self.assertAlmostEqual(each["deviation"], counts["deviation"] * step, delta=1e-9)
+        self.assertGreater(each["min"], each["max"])
+        code, out, error = run("range.seq", "--unit=volts", "--volts=-0.5:2.5", "--frames=:1")
+        self.assertEqual((code, "# unit: volts" in out.splitlines()), (0, True), error)
+
+    def test_a_name_of_a_region_may_hold_colons(self):
+        (OUT / "colon.regions").write_text(json.dumps({"format": "Kelvo regions", "version": 1, "columns": COLUMNS, "rows": ROWS, "regions": [
+            {"name": "a:b:c", "shape": "point", "x1": 3, "y1": 2}, {"name": "c", "shape": "point", "x1": 4, "y1": 2}]}))
+        (each,) = self.told("run.seq", "--region=colon.regions:a:b:c", "--frames=:1")
+        self.assertEqual((each["region"], each["mean"]), ("a:b:c", self.frames[0][2 * COLUMNS + 3]))
+
     def test_bad_detectors_are_left_out(self):
         detectors = COLUMNS * ROWS
         (OUT / "warm.cal").write_text("[Calibration]\nCalType=2\nDecomFile=warm.dcm\nGainFile=warm.gai\nOffsetFile=warm.off\nBadDetFile=warm.bad\n")
@@ -157,7 +185,11 @@ class Stats(unittest.TestCase):
                                 (["run.seq", "--rect=1,2,3,4,5"], "--rect wants"), (["run.seq", "--rect=-1,2,3,4"], "--rect wants"), (["run.seq", "--rect=1,2,3,99999"], "--rect wants"),
                                 (["run.seq", "--rect=17,0,20,3"], "region rect has no pixel in run.seq"), (["run.seq", "--region=none.regions"], "none.regions"),
                                 (["run.seq", "--region=bad.regions"], "bad.regions"), (["run.seq", "--region=two.regions:none"], "two.regions has no region none"),
-                                (["run.seq", "--unit=volts"], "--unit wants counts, celsius, kelvin or fahrenheit, not volts"),
+                                (["run.seq", "--unit=watts"], "--unit wants counts, volts, celsius, kelvin or fahrenheit, not watts"),
+                                (["run.seq", "--unit=volts"], "run.seq doesn't say what its counts are in volts: --volts LOW:HIGH does"),
+                                (["run.seq", "--unit=volts", "--volts=0:1"], "run.seq doesn't say what its counts are in volts"),
+                                (["run.seq", "--unit=volts", "--volts=1:1"], "--volts LOW:HIGH says what the two ends of the display range are in volts"),
+                                (["run.seq", "--frames=3:2"], "run.seq has 150 frames: there are none of that range"),
                                 (["plain.seq", "--unit=celsius"], "plain.seq names no two sources with temperatures: it doesn't read in degrees"),
                                 (["run.seq", "--bad=none.cal"], "none.cal")]:
             with self.subTest(arguments):

@@ -14,6 +14,8 @@
 #include <limits>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace kelvo {
 namespace {
@@ -387,6 +389,44 @@ TEST_F(Units, OfAFileThatIsNotOnViewAreThoseOfItsHeader)
     }
     EXPECT_EQ(Text(7000, kUnitCelsius), "30.000");
     EXPECT_EQ(Offered(), (std::set<int>{19}));
+}
+
+// By the range of the file's header, to the bit as a camera of that range and those volts would have it.
+TEST_F(Units, VoltsThatAreGivenForAFileTakeThePlaceOfTheCameras)
+{
+    ImageHeaderRecord header;
+    header.DisplayLow = -120;
+    header.DisplayHigh = 4000;
+    write::display.DisplayLow = header.DisplayLow;
+    write::display.DisplayHigh = header.DisplayHigh;
+    std::vector<float> expected;
+    for (std::int32_t count = -32768; count <= 32767; ++count) {
+        expected.push_back(CountsToUnit(count, kUnitVolts, nullptr));
+    }
+    write::display.DisplayLow = 0;
+    write::display.DisplayHigh = 0;
+    EXPECT_FALSE(VoltsAreKnown());
+    {
+        const UnitScope file(header, "run.seq", std::pair(-1.5F, 2.5F));
+        EXPECT_TRUE(VoltsAreKnown());
+        for (std::int32_t count = -32768; count <= 32767; ++count) {
+            ASSERT_EQ(CountsToUnit(count, kUnitVolts, nullptr), expected[static_cast<std::size_t>(count + 32768)]);
+        }
+        EXPECT_EQ(UnitToCounts(2.5F, kUnitVolts), 4000);
+        EXPECT_DOUBLE_EQ(ValueOfDifference(103, kUnitVolts), 0.1);
+    }
+    {
+        const UnitScope file(header, "run.seq", std::pair(1.0F, 1.0F));
+        EXPECT_FALSE(VoltsAreKnown());
+    }
+    {
+        const UnitScope file(header, "run.seq", std::pair(2.5F, -1.5F));
+        EXPECT_TRUE(VoltsAreKnown()) << "a camera that counts up as its voltage falls";
+        EXPECT_EQ(CountsToUnit(4000, kUnitVolts, nullptr), -1.5F);
+    }
+    header.DisplayHigh = header.DisplayLow;
+    const UnitScope file(header, "run.seq", std::pair(-1.5F, 2.5F));
+    EXPECT_FALSE(VoltsAreKnown());
 }
 
 TEST_F(Units, OfTheCamerasFramesAreThoseInForceWhileAFileIsOnView)

@@ -194,12 +194,18 @@ class Figure(unittest.TestCase):
         (OUT / "run.seq").write_bytes(made_by_hand.sequence(numbers))
         (OUT / "run.seq.frames").write_bytes(made_by_hand.journal(numbers))
         lines, = blocks("docs/how-to/export.md", "sh")
-        first, spot = lines.text.splitlines()
+        first, spot, *of_regions = lines.text.splitlines()
         self.sh(first)
         # Its rectangle lies in a frame larger than the recording's three by two pixels.
         self.sh(spot.replace("10,20,41,51", "1,0,2,1"))
         self.assertEqual((OUT / "first.h5").read_bytes()[:8], b"\x89HDF\r\n\x1a\n")
         self.assertEqual((OUT / "spot.tif").read_bytes()[:4], b"II*\0")
+        (OUT / "view.regions").write_text(json.dumps({"format": "Kelvo regions", "version": 1, "columns": 3, "rows": 2, "regions": [
+            {"name": "oval", "shape": "ellipse", "x1": 0, "y1": 0, "x2": 2, "y2": 1}, {"name": "corner", "shape": "point", "x1": 2, "y1": 1}]}))
+        for line in of_regions:
+            self.sh(line)
+        self.assertEqual(np.load(OUT / "oval.npy").shape, (101, 2, 3))
+        self.assertEqual({path.name for path in OUT.glob("part-*")}, {"part-oval.tif", "part-corner.tif"})
 
 
 unittest.main(argv=sys.argv[:1], verbosity=2)

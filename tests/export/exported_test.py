@@ -298,7 +298,7 @@ class Exported(unittest.TestCase):
                 (["run.seq", "x.npy", "--frames=4:"], "run.seq has 4 frames: there are none of that range"),
                 (["run.seq", "x.npy", "--rectangle=1,2,3"], "--rectangle LEFT,TOP,RIGHT,BOTTOM"),
                 (["run.seq", "x.npy", "--rectangle=3,0,9,1"], "The region lies outside of the frame."),
-                (["run.seq", "x.npy", "--volts=2:1"], "--volts LOW:HIGH"), (["run.seq", "x.npy", "--as=volts"], "it isn't known what its counts are in volts"),
+                (["run.seq", "x.npy", "--volts=2:2"], "--volts LOW:HIGH"), (["run.seq", "x.npy", "--as=volts"], "it isn't known what its counts are in volts"),
                 (["run.seq", "x.npy", "--as=celsius"], "run.seq has no calibration with two temperatures"),
                 (["run.seq", "x.npy", "--as=corrected"], "run.seq isn't corrected: a calibration set is needed"),
                 (["run.seq", "x.npy", "--set=warm.cal"], "leave the set out, or ask for corrected ones"),

@@ -1,6 +1,7 @@
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "export/export_source.h"
+#include "export/npy_writer.h"
 #include "export/tiff_writer.h"
 #include "platform/faults.h"
 #include "platform/files.h"
@@ -79,9 +80,9 @@ class TiffWriterTest : public testing::Test {
 
 TEST_P(FrameSinkTest, AFaultAtAnyStepLeavesWhatStood)
 {
-    ASSERT_TRUE(ReplaceFile(Out(), "mine"));
     int faults = 0;
     for (int step = 1; step < 200; ++step) {
+        ASSERT_TRUE(ReplaceFile(Out(), "mine"));
         SetFaultOnce("disk", step);
         const ExportOutcome outcome = Export();
         const bool hasCome = QuestionsUntilFault("disk") == 0;
@@ -108,6 +109,64 @@ TEST_P(FrameSinkTest, StoppedBeforeTheFirstFrameMakesNoFile)
     EXPECT_THAT(Names(), testing::ElementsAre("in.seq"));
 }
 
+class NpyWriterTest : public FrameSinkTest {
+  protected:
+    std::string Json() const { return NpyJsonPathOf(Out()); }
+    // What stands there, and nothing else but the recording.
+    std::vector<std::string> Pair() const
+    {
+        EXPECT_EQ(Names().size(), 1U + FileExists(Out()) + FileExists(Json()));
+        return {ReadWholeFile(Out(), 1 << 20).value_or("none"), ReadWholeFile(Json(), 1 << 20).value_or("none")};
+    }
+};
+
+// With both there, with one of the two, and with none.
+TEST_P(NpyWriterTest, ArrayAndDescriptionAreBothNewOrBothAsTheyWere)
+{
+    using Contents = std::vector<std::string>;
+    for (const Contents& before :
+         {Contents{"mine", "my own"}, {"mine", "none"}, {"none", "my own"}, {"none", "none"}}) {
+        int faults = 0;
+        for (int step = 1; step < 200; ++step) {
+            DeleteFileNamed(Out());
+            DeleteFileNamed(Json());
+            DeleteFileNamed(Json() + ".before");
+            if (before[0] != "none") {
+                ASSERT_TRUE(ReplaceFile(Out(), before[0]));
+            }
+            if (before[1] != "none") {
+                ASSERT_TRUE(ReplaceFile(Json(), before[1]));
+            }
+            SetFaultOnce("disk", step);
+            const ExportOutcome outcome = Export();
+            const bool hasCome = QuestionsUntilFault("disk") == 0;
+            ClearFaults();
+            if (!outcome.failure.empty()) {
+                ++faults;
+                EXPECT_EQ(Pair(), before) << step;
+                continue;
+            }
+            const std::string array = ReadWholeFile(Out(), 1 << 20).value_or("");
+            EXPECT_EQ(array.substr(1, 5), "NUMPY") << step;
+            EXPECT_EQ(array.size(), 128U + 36U);
+            EXPECT_THAT(ReadWholeFile(Json(), 1 << 20).value_or(""), testing::HasSubstr("\"frames\": 3")) << step;
+            if (hasCome) continue;  // of what only tidies up
+            EXPECT_EQ(Names().size(), 3U);
+            break;
+        }
+        EXPECT_GT(faults, 6);
+    }
+}
+
+TEST_P(NpyWriterTest, ADescriptionBehindALinkStaysBehindIt)
+{
+    ASSERT_TRUE(ReplaceFile(directory_ / "real", "my own"));
+    std::filesystem::create_symlink("real", Json());
+    EXPECT_EQ(Export().failure, "");
+    EXPECT_TRUE(std::filesystem::is_symlink(Json()));
+    EXPECT_THAT(ReadWholeFile(directory_ / "real", 1 << 20).value_or(""), testing::HasSubstr("\"frames\": 3"));
+}
+
 // 43 where offsets have 64 bits, 42 where they have 32; tiffinfo finds three pages in both.
 TEST_F(TiffWriterTest, IsBigTiffWhereTheSizeNeedsIt)
 {
@@ -130,6 +189,8 @@ TEST_F(TiffWriterTest, IsBigTiffWhereTheSizeNeedsIt)
     }
 }
 
+INSTANTIATE_TEST_SUITE_P(OfArrays, NpyWriterTest, testing::Values(ExportFormats()[3]),
+                         [](const auto& format) { return std::string(format.param.word); });
 INSTANTIATE_TEST_SUITE_P(Formats, FrameSinkTest, testing::ValuesIn(ExportFormats()),
                          [](const auto& format) { return std::string(format.param.word); });
 

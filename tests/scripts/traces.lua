@@ -129,6 +129,9 @@ for i, row in ipairs(save("file.csv")) do
   end
 end
 assert(both > 60, both)
+-- The command line writes the same file.
+check.eq(batch("export", "--traces", run.files[1], datadir() .. "/batch.csv"), 0)
+check.eq(readfile(datadir() .. "/batch.csv"), readfile(datadir() .. "/file.csv"))
 press(2)
 
 -- A window that is closed ends the trace.
