@@ -51,6 +51,14 @@ bool StartCaptureToObserve()
     return StartCaptureOf(kFrames, [] { DropFrames(FramesWaiting(), FrameFate::kRecorded); });
 }
 
+// Behind a recording, or one that didn't begin. Without memory for it nobody observes any more.
+void GoOnObserving()
+{
+    if (!observes || StartCaptureToObserve()) return;
+    observes = false;
+    ObserveFrames({});
+}
+
 void LeaveGrab()
 {
     if (!LiveVideo) icp_freeze(IcpModule, FrameA);
@@ -65,7 +73,8 @@ bool BeginRecording(std::size_t ringFrames, std::function<void()> consume)
     const std::size_t frames = ringFrames > 0 ? ringFrames : RingFrames(static_cast<std::int64_t>(CameraFrameValues()));
     records = StartCaptureOf(frames, std::move(consume));
     if (!records) {
-        if (observes) StartCaptureToObserve();
+        GoOnObserving();
+        if (!observes) ShowUse();
         MessageBox(hWndMain, "Unable to allocate memory to store data to disk!", "Kelvo Warning");
         return false;
     }
@@ -78,7 +87,7 @@ void EndRecording()
     if (!RecordingRuns()) return;
     EndCapture();
     records = false;
-    if (observes) StartCaptureToObserve();
+    GoOnObserving();
     if (!CaptureRuns()) LeaveGrab();
     ShowUse();
 }

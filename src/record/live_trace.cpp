@@ -21,6 +21,8 @@ namespace kelvo {
 namespace {
 
 constexpr const char* kFull = "The trace was ended: there is no more memory for it. What was traced stands.";
+constexpr const char* kNotAgain =
+    "The trace was ended: there was no memory to go on with it after a recording. What was traced stands.";
 
 // Frames that were measured and not yet fetched.
 struct Measured {
@@ -87,17 +89,23 @@ bool Append(const Measured& fresh)
     return true;
 }
 
-void Fetch()
+// What was measured by now joins the trace. False where there is no memory for more.
+bool TakeFresh()
 {
-    if (!measuring) return;
     Measured fresh;
     {
         const std::scoped_lock lock(measuring->mutex);
         fresh = std::exchange(measuring->fresh, {.isFull = measuring->fresh.isFull});
     }
-    const bool isWhole = Append(fresh);
-    if (isWhole && !fresh.isFull) return;
-    message = kFull;
+    return Append(fresh) && !fresh.isFull;
+}
+
+void Fetch()
+{
+    if (!measuring) return;
+    const bool hasRoom = TakeFresh();
+    if (hasRoom && ObservingRuns()) return;
+    message = hasRoom ? kNotAgain : kFull;
     EndObserving();
     measuring.reset();
 }
@@ -160,9 +168,10 @@ bool StartLiveTrace(std::span<const Region> regions, std::string& why)
 
 void StopLiveTrace()
 {
+    Fetch();
     if (!measuring) return;
     EndObserving();
-    Fetch();
+    if (!TakeFresh()) message = kFull;
     measuring.reset();
 }
 
