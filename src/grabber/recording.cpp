@@ -5,6 +5,7 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_size.h"
 #include "platform/box.h"
+#include "resources/board_use.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
@@ -23,8 +24,9 @@ bool observes = false;
 
 void ShowUse()
 {
-    ShowRecordingInMenu(records || observes);
-    ShowRecordingInPanel(records || observes);
+    const BoardUse use = records ? BoardUse::kRecording : observes ? BoardUse::kTrace : BoardUse::kNone;
+    ShowBoardUseInMenu(use);
+    ShowBoardUseInPanel(use);
 }
 
 bool StartCaptureOf(std::size_t ringFrames, std::function<void()> consume)

@@ -1,12 +1,15 @@
 #include "record/live_trace.h"
 
 #include "grabber/recording.h"
+#include "pixel/bad_pixels.h"
 #include "platform/text.h"
 #include "record/live_video.h"
 #include "record/recording_head.h"
 #include "regions/region_counts.h"
+#include "regions/trace_unit.h"
 #include "state/camera_config.h"
 #include "state/head_state.h"
+#include "viewing/fitted_contrast.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -134,7 +137,7 @@ std::size_t MostFrames(std::size_t regions)
 
 }  // namespace
 
-bool StartLiveTrace(std::span<const Region> regions, std::string& why)
+bool StartLiveTrace(std::span<const Region> regions, std::string& why, BadPixels bad)
 {
     if (LiveTraceRuns()) {
         why = "Live video is traced already.";
@@ -144,12 +147,13 @@ bool StartLiveTrace(std::span<const Region> regions, std::string& why)
         why = "No camera is on.";
         return false;
     }
-    std::optional<RegionCounts> counts = RegionCounts::Make(regions, ActiveConfig.Hroi, ActiveConfig.Vroi, why);
+    std::optional<RegionCounts> counts =
+        RegionCounts::Make(regions, ActiveConfig.Hroi, ActiveConfig.Vroi, why,
+                           bad == BadPixels::kLeftOut ? BadPixelsOnView() : BadDetMap());
     if (!counts) return false;
     Trace fresh{.origin = OriginOfLive()};
-    for (std::size_t i = 0; i < regions.size(); ++i) {
-        fresh.lines.push_back({.name = regions[i].name, .pixels = counts->PixelsOfRegion(i)});
-    }
+    if (bad == BadPixels::kLeftOut) fresh.origin.emplace_back("bad pixels", "left out: those that the camera knows");
+    AddLines(fresh, regions, *counts, TracedCounts::kAsShown);
     const bool isReady = counts->PrepareCorrection();
     if (isReady) {
         measuring.emplace();

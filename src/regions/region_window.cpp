@@ -205,6 +205,8 @@ void Refresh(HWND dialog)
     ShowTable(dialog);
     ShowFields(dialog);
     ShowSet(dialog);
+    const bool leavesOut = LeaveBadDetectorsOut != 0;  // the window of traces has the choice too
+    if (IsDlgButtonChecked(dialog, kRegLeaveOut) != leavesOut) CheckDlgButton(dialog, kRegLeaveOut, leavesOut);
 }
 
 // ---- what the operator does
