@@ -39,7 +39,7 @@ std::string Note(std::string_view name, std::string_view value)
 std::string WhatIsMeasured(const TraceLine& line)
 {
     std::string text = Format("%zu pixels", line.pixels);
-    if (line.leftOut > 0) text += Format(", %zu bad ones left out", line.leftOut);
+    if (line.leftOut > 0) text += Format(", %zu bad %s left out", line.leftOut, line.leftOut == 1 ? "one" : "ones");
     if (!line.surface.empty()) text += ", " + line.surface;
     return text;
 }

@@ -252,7 +252,7 @@ void ShowMeans(HWND dialog, const Trace& trace, const std::optional<ShownLine>& 
 std::string PixelsText(const TraceLine& line)
 {
     std::string text = Format("%zu", line.pixels);
-    if (line.leftOut > 0) text += Format(", %zu bad ones left out", line.leftOut);
+    if (line.leftOut > 0) text += Format(", %zu bad %s left out", line.leftOut, line.leftOut == 1 ? "one" : "ones");
     return text;
 }
 
@@ -261,7 +261,9 @@ std::string GapsText(const Trace& trace)
     const std::vector<TraceGap> gaps = TraceGapsOf(trace.frames);
     std::int64_t missing = 0;
     for (const TraceGap& gap : gaps) missing += gap.missing;
-    return gaps.empty() ? "none" : Format("%zu, %lld frames missing", gaps.size(), static_cast<long long>(missing));
+    if (gaps.empty()) return "none";
+    return Format("%zu, %lld %s missing", gaps.size(), static_cast<long long>(missing),
+                  missing == 1 ? "frame" : "frames");
 }
 
 void ShowFigures(HWND dialog)

@@ -116,7 +116,7 @@ for i, number in ipairs(recordings.numbers(run.files[1])) do
     check.eq({ single(tonumber(row[column + 2])), single(tonumber(row[column + 3])) }, { figures.unit_min, figures.unit_max })
     if i == 1 then
       left_out = left_out + figures.left_out
-      check.holds(notes, ("# %s: %d pixels, %d bad ones left out"):format(name, figures.pixels, figures.left_out))
+      check.holds(notes, ("# %s: %d pixels, %d bad one"):format(name, figures.pixels, figures.left_out))
     end
   end
 end
@@ -148,7 +148,7 @@ sim.fault("icp_read_area", 3)
 wait(400)
 check.answer_box("icp_read_area() Error", "ok", "ITEX Board Error!")  -- of the live picture
 push(kStop)
-check.eq(get(kGaps), "1, 1 frames missing")
+check.eq(get(kGaps), "1, 1 frame missing")
 rows, notes = save("lost.csv")
 local missing = 0
 for i = 3, #rows do
