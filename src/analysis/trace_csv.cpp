@@ -35,12 +35,21 @@ std::string Note(std::string_view name, std::string_view value)
     return CsvNote(name, line);
 }
 
-std::string Head(const Trace& trace)
+// "231 pixels, 3 bad ones left out, emissivity 0.8, reflected 30 \xB0C"
+std::string WhatIsMeasured(const TraceLine& line)
+{
+    std::string text = Format("%zu pixels", line.pixels);
+    if (line.leftOut > 0) text += Format(", %zu bad %s left out", line.leftOut, line.leftOut == 1 ? "one" : "ones");
+    if (!line.surface.empty()) text += ", " + line.surface;
+    return text;
+}
+
+std::string Head(const Trace& trace, std::size_t unit)
 {
     std::string text = Note("program", kProgram);
     for (const auto& [name, value] : trace.origin) text += Note(name, value);
-    text += Note("unit", "counts");
-    for (const TraceLine& line : trace.lines) text += Note(line.name, Format("%zu pixels", line.pixels));
+    text += Note("unit", UnitTextOf(trace, unit));
+    for (const TraceLine& line : trace.lines) text += Note(line.name, WhatIsMeasured(line));
     text += Note("frames traced", Format("%zu", trace.frames.size()));
     const std::vector<TraceGap> gaps = TraceGapsOf(trace.frames);
     text += Note("gaps", Format("%zu", gaps.size()));
@@ -72,9 +81,11 @@ std::string CsvField(std::string_view text)
     return quoted + '"';
 }
 
-std::string TraceCsv(const Trace& trace)
+std::string TraceCsv(const Trace& trace, std::size_t unit)
 {
-    std::string text = Head(trace) + "frame,number,seconds,utc,missing";
+    std::vector<TraceScale> scales;
+    for (std::size_t i = 0; i < trace.lines.size(); ++i) scales.push_back(ScaleOf(trace, unit, i));
+    std::string text = Head(trace, unit) + "frame,number,seconds,utc,missing";
     for (const TraceLine& line : trace.lines) {
         for (const char* const figure : {" mean", " deviation", " minimum", " maximum"}) {
             text += ',' + CsvField(line.name + figure);
@@ -90,27 +101,27 @@ std::string TraceCsv(const Trace& trace)
         if (trace.hasTimes) PutSeconds(text, frame);
         text += ',' + UtcText(frame.utcNs) + ',';
         Put(text, frame.missing);
-        for (const TraceLine& line : trace.lines) {
-            const TracePoint& point = line.points[i];
+        for (std::size_t k = 0; k < trace.lines.size(); ++k) {
+            const TraceValue value = ValueOf(trace.lines[k].points[i], scales[k]);
             text += ',';
-            Put(text, point.mean);
+            Put(text, value.mean);
             text += ',';
-            Put(text, point.deviation);
+            Put(text, value.deviation);
             text += ',';
-            Put(text, point.minimum);
+            Put(text, value.minimum);
             text += ',';
-            Put(text, point.maximum);
+            Put(text, value.maximum);
         }
         text += '\n';
     }
     return text;
 }
 
-std::vector<double> MeansOf(const TraceLine& line)
+std::vector<double> MeansOf(const TraceLine& line, const TraceScale& scale)
 {
     std::vector<double> means;
     means.reserve(line.points.size());
-    for (const TracePoint& point : line.points) means.push_back(point.mean);
+    for (const TracePoint& point : line.points) means.push_back(ValueOf(point, scale).mean);
     return means;
 }
 
@@ -119,14 +130,14 @@ std::string FramesOfSpectrum(const Spectrum& spectrum, std::size_t frames)
     return Format("%zu to %zu of %zu frames", spectrum.run.first + 1, spectrum.run.first + spectrum.run.frames, frames);
 }
 
-std::string SpectrumCsv(const Trace& trace)
+std::string SpectrumCsv(const Trace& trace, std::size_t unit)
 {
     std::vector<Spectrum> spectra;
-    for (const TraceLine& line : trace.lines) {
-        std::optional<Spectrum> spectrum = SpectrumOf(trace.frames, MeansOf(line));
+    for (std::size_t i = 0; i < trace.lines.size(); ++i) {
+        std::optional<Spectrum> spectrum = SpectrumOf(trace.frames, MeansOf(trace.lines[i], ScaleOf(trace, unit, i)));
         if (spectrum) spectra.push_back(std::move(*spectrum));
     }
-    std::string text = Head(trace) + Note("window", "Hann, single-sided amplitudes");
+    std::string text = Head(trace, unit) + Note("window", "Hann, single-sided amplitudes");
     const bool hasAll = spectra.size() == trace.lines.size() && !spectra.empty();
     if (hasAll) text += Note("spectrum of", FramesOfSpectrum(spectra[0], trace.frames.size()));
     text += hasAll && spectra[0].intervalSeconds > 0 ? "hertz" : "cycles per frame";

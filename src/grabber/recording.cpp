@@ -5,6 +5,7 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_size.h"
 #include "platform/box.h"
+#include "resources/board_use.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
@@ -23,8 +24,9 @@ bool observes = false;
 
 void ShowUse()
 {
-    ShowRecordingInMenu(records || observes);
-    ShowRecordingInPanel(records || observes);
+    const BoardUse use = records ? BoardUse::kRecording : observes ? BoardUse::kTrace : BoardUse::kNone;
+    ShowBoardUseInMenu(use);
+    ShowBoardUseInPanel(use);
 }
 
 bool StartCaptureOf(std::size_t ringFrames, std::function<void()> consume)
@@ -51,6 +53,14 @@ bool StartCaptureToObserve()
     return StartCaptureOf(kFrames, [] { DropFrames(FramesWaiting(), FrameFate::kRecorded); });
 }
 
+// Behind a recording, or one that didn't begin. Without memory for it nobody observes any more.
+void GoOnObserving()
+{
+    if (!observes || StartCaptureToObserve()) return;
+    observes = false;
+    ObserveFrames({});
+}
+
 void LeaveGrab()
 {
     if (!LiveVideo) icp_freeze(IcpModule, FrameA);
@@ -65,7 +75,8 @@ bool BeginRecording(std::size_t ringFrames, std::function<void()> consume)
     const std::size_t frames = ringFrames > 0 ? ringFrames : RingFrames(static_cast<std::int64_t>(CameraFrameValues()));
     records = StartCaptureOf(frames, std::move(consume));
     if (!records) {
-        if (observes) StartCaptureToObserve();
+        GoOnObserving();
+        if (!observes) ShowUse();
         MessageBox(hWndMain, "Unable to allocate memory to store data to disk!", "Kelvo Warning");
         return false;
     }
@@ -78,7 +89,7 @@ void EndRecording()
     if (!RecordingRuns()) return;
     EndCapture();
     records = false;
-    if (observes) StartCaptureToObserve();
+    GoOnObserving();
     if (!CaptureRuns()) LeaveGrab();
     ShowUse();
 }

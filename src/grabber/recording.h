@@ -22,8 +22,9 @@ bool RecordingRuns();
 
 // Live video runs, and frames of the camera's size are shown to the observer (ObserveFrames) until EndObserving,
 // whether something records or not. Where nothing does a capture runs for him; a recording that begins takes its place,
-// and has one of its own again when it ends: the frames between the two, if any, show in their numbers. False, and
-// nothing changes, where somebody observes already, memory is refused or the board isn't open; nothing is told.
+// and has one of its own again when it ends: the frames between the two, if any, show in their numbers. Where there is
+// no memory for that one the observing has ended (ObservingRuns); nothing is told. False, and nothing changes, where
+// somebody observes already, memory is refused or the board isn't open; nothing is told.
 bool BeginObserving(FrameObserver observer);
 // What still waits is observed before it returns.
 void EndObserving();

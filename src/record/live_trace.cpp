@@ -1,12 +1,15 @@
 #include "record/live_trace.h"
 
 #include "grabber/recording.h"
+#include "pixel/bad_pixels.h"
 #include "platform/text.h"
 #include "record/live_video.h"
 #include "record/recording_head.h"
 #include "regions/region_counts.h"
+#include "regions/trace_unit.h"
 #include "state/camera_config.h"
 #include "state/head_state.h"
+#include "viewing/fitted_contrast.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -21,6 +24,8 @@ namespace kelvo {
 namespace {
 
 constexpr const char* kFull = "The trace was ended: there is no more memory for it. What was traced stands.";
+constexpr const char* kNotAgain =
+    "The trace was ended: there was no memory to go on with it after a recording. What was traced stands.";
 
 // Frames that were measured and not yet fetched.
 struct Measured {
@@ -87,17 +92,23 @@ bool Append(const Measured& fresh)
     return true;
 }
 
-void Fetch()
+// What was measured by now joins the trace. False where there is no memory for more.
+bool TakeFresh()
 {
-    if (!measuring) return;
     Measured fresh;
     {
         const std::scoped_lock lock(measuring->mutex);
         fresh = std::exchange(measuring->fresh, {.isFull = measuring->fresh.isFull});
     }
-    const bool isWhole = Append(fresh);
-    if (isWhole && !fresh.isFull) return;
-    message = kFull;
+    return Append(fresh) && !fresh.isFull;
+}
+
+void Fetch()
+{
+    if (!measuring) return;
+    const bool hasRoom = TakeFresh();
+    if (hasRoom && ObservingRuns()) return;
+    message = hasRoom ? kNotAgain : kFull;
     EndObserving();
     measuring.reset();
 }
@@ -126,7 +137,7 @@ std::size_t MostFrames(std::size_t regions)
 
 }  // namespace
 
-bool StartLiveTrace(std::span<const Region> regions, std::string& why)
+bool StartLiveTrace(std::span<const Region> regions, std::string& why, BadPixels bad)
 {
     if (LiveTraceRuns()) {
         why = "Live video is traced already.";
@@ -136,12 +147,13 @@ bool StartLiveTrace(std::span<const Region> regions, std::string& why)
         why = "No camera is on.";
         return false;
     }
-    std::optional<RegionCounts> counts = RegionCounts::Make(regions, ActiveConfig.Hroi, ActiveConfig.Vroi, why);
+    std::optional<RegionCounts> counts =
+        RegionCounts::Make(regions, ActiveConfig.Hroi, ActiveConfig.Vroi, why,
+                           bad == BadPixels::kLeftOut ? BadPixelsOnView() : BadDetMap());
     if (!counts) return false;
     Trace fresh{.origin = OriginOfLive()};
-    for (std::size_t i = 0; i < regions.size(); ++i) {
-        fresh.lines.push_back({.name = regions[i].name, .pixels = counts->PixelsOfRegion(i)});
-    }
+    if (bad == BadPixels::kLeftOut) fresh.origin.emplace_back("bad pixels", "left out: those that the camera knows");
+    AddLines(fresh, regions, *counts, TracedCounts::kAsShown);
     const bool isReady = counts->PrepareCorrection();
     if (isReady) {
         measuring.emplace();
@@ -160,9 +172,10 @@ bool StartLiveTrace(std::span<const Region> regions, std::string& why)
 
 void StopLiveTrace()
 {
+    Fetch();
     if (!measuring) return;
     EndObserving();
-    Fetch();
+    if (!TakeFresh()) message = kFull;
     measuring.reset();
 }
 

@@ -1,6 +1,7 @@
 // Traces of live video: a point of each region for each frame that the capture takes, whether something records or not
-// (grabber/recording.h: BeginObserving). The counts are those of the live picture, corrected with the lists that are in
-// force at the start; only the regions' pixels are corrected.
+// (grabber/recording.h: BeginObserving), the picture live, frozen or another. The counts are those of the live picture,
+// corrected with the lists that are in force at the start, read in the units of that moment; only the regions' pixels
+// are corrected.
 //
 //     std::string why;
 //     if (!StartLiveTrace(Regions, why)) ...   // why: a sentence for the operator
@@ -19,10 +20,13 @@
 
 namespace kelvo {
 
+enum class BadPixels { kMeasured, kLeftOut };
+
 // Live video begins where it doesn't run. False, and what was traced before stands, with why: no camera is on, live
-// traces run already, there is no region or one lies outside of the picture, memory is refused. Where there is no
-// camera a box has told it too.
-bool StartLiveTrace(std::span<const Region> regions, std::string& why);
+// traces run already, there is no region, one lies outside of the picture or has but bad pixels, memory is refused.
+// Where there is no camera a box has told it too. kLeftOut: pixels that the camera's map and gains say to be bad now
+// (viewing/fitted_contrast.h: BadPixelsOnView) aren't measured.
+bool StartLiveTrace(std::span<const Region> regions, std::string& why, BadPixels bad = BadPixels::kMeasured);
 // What has come by now belongs to it. Nothing happens where none runs.
 void StopLiveTrace();
 bool LiveTraceRuns();

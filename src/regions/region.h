@@ -27,7 +27,7 @@ struct Region {
     std::string name{};       // as typed; "R1" where the operator gave none
     RegionShape shape = RegionShape::kRectangle;
     RegionPlace place{};
-    double emissivity = 1.0;             // above 0, at most 1; ours: regions/region_value.h has the formula
+    double emissivity = 1.0;             // 0.001 to 1; ours: regions/region_value.h has the formula
     std::optional<double> reflectedC{};  // °C of what the surface reflects; only with an emissivity below 1
     friend bool operator==(const Region&, const Region&) = default;
 };

@@ -14,21 +14,28 @@ constexpr const char* kNoMemory = "There is not enough memory to trace the regio
 }  // namespace
 
 std::optional<RegionCounts> RegionCounts::Make(std::span<const Region> regions, std::int32_t columns, std::int32_t rows,
-                                               std::string& why)
+                                               std::string& why, std::span<const std::uint8_t> bad)
 {
     why = regions.empty() ? "There is no region to trace." : "";
     RegionCounts counts;
     counts.frameValues_ = static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
     for (const Region& region : regions) {
         const std::vector<PixelRun> runs = PixelsOf(region.shape, region.place, columns, rows);
-        if (runs.empty()) why = region.name + " lies outside of the picture.";
-        if (!why.empty()) break;
+        const std::size_t before = counts.pixels_.size();
         for (const PixelRun& run : runs) {
             for (std::int32_t column = run.first; column <= run.last; ++column) {
-                counts.pixels_.push_back(static_cast<std::uint32_t>(run.row * columns + column));
+                const auto pixel = static_cast<std::uint32_t>(run.row * columns + column);
+                if (pixel >= bad.size() || bad[pixel] == 0) counts.pixels_.push_back(pixel);
             }
         }
+        const std::size_t left = counts.pixels_.size() - before;
+        if (left == 0) {
+            why = runs.empty() ? region.name + " lies outside of the picture."
+                               : "All pixels of " + region.name + " are bad.";
+            break;
+        }
         counts.ends_.push_back(counts.pixels_.size());
+        counts.leftOut_.push_back(PixelCountOf(runs) - left);
     }
     if (why.empty() && !AllocateBlock(counts.counts_, counts.pixels_.size())) why = kNoMemory;
     if (!why.empty()) return std::nullopt;

@@ -59,12 +59,16 @@ std::string WhyNoName(std::string_view name)
 
 std::string WhyNoEmissivity(const Region& region)
 {
-    if (!(region.emissivity > 0 && region.emissivity <= 1)) return "An emissivity is above 0 and at most 1.";
+    if (!(region.emissivity >= kLeastEmissivity && region.emissivity <= 1)) {
+        return Format("An emissivity lies between %g and 1.", kLeastEmissivity);
+    }
     if (region.emissivity < 1 && !region.reflectedC)
         return "An emissivity below 1 needs the temperature of what is reflected.";
-    if (region.reflectedC && !(std::isfinite(*region.reflectedC) && *region.reflectedC > kAbsoluteZeroC)) {
-        return "The temperature of what is reflected is above -273.15 \xB0"
-               "C.";
+    if (region.reflectedC && !(*region.reflectedC > kAbsoluteZeroC && *region.reflectedC <= kMostReflectedC)) {
+        return Format(
+            "The temperature of what is reflected lies between %g and %g \xB0"
+            "C.",
+            kAbsoluteZeroC, kMostReflectedC);
     }
     return "";
 }

@@ -19,6 +19,8 @@ constexpr std::size_t kLongestRegionName = 63;  // bytes
 constexpr std::int32_t kLeastRegionPlace = -32768;
 constexpr std::int32_t kMostRegionPlace = 32767;
 constexpr double kAbsoluteZeroC = -273.15;
+constexpr double kLeastEmissivity = 0.001;  // no surface has less; counts over it stay numbers
+constexpr double kMostReflectedC = 10000;
 
 // In the order in which they are drawn and listed.
 extern const std::vector<Region>& Regions;
@@ -31,8 +33,9 @@ const Region* FindRegion(std::int32_t number);  // nullptr: there is none
 const Region* FindRegion(std::string_view name);
 
 // Why a region can't be one of the view's, a whole sentence; empty: it can. A name holds 1 to kLongestRegionName bytes
-// without control characters; places lie between kLeastRegionPlace and kMostRegionPlace; an emissivity is above 0 and
-// at most 1, and below 1 a reflected temperature above kAbsoluteZeroC stands with it.
+// without control characters; places lie between kLeastRegionPlace and kMostRegionPlace; an emissivity lies between
+// kLeastEmissivity and 1, and below 1 a reflected temperature above kAbsoluteZeroC, at most kMostReflectedC, stands
+// with it.
 std::string WhyNoRegion(const Region& region);
 
 // Adds it behind the others under a new number, which is returned, and under a free name ("R1", "R2") where it has none

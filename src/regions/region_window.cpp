@@ -177,13 +177,15 @@ bool ReadPlace(HWND dialog, Region& region)
 bool ReadEmissivity(HWND dialog, Region& region)
 {
     const std::optional<double> emissivity = NumberIn<double>(dialog, kRegEmissivity);
-    if (!emissivity || !(*emissivity > 0 && *emissivity <= 1)) {
-        Refuse(dialog, kRegEmissivity, "Please enter an emissivity above 0 and at most 1.");
+    if (!emissivity || !(*emissivity >= kLeastEmissivity && *emissivity <= 1)) {
+        Refuse(dialog, kRegEmissivity, Format("Please enter an emissivity from %g to 1.", kLeastEmissivity));
         return false;
     }
     region.emissivity = *emissivity;
     region.reflectedC = NumberIn<double>(dialog, kRegReflected);
-    if (*emissivity < 1 && !(region.reflectedC && *region.reflectedC > kAbsoluteZeroC)) {
+    const bool isReflected =
+        region.reflectedC && *region.reflectedC > kAbsoluteZeroC && *region.reflectedC <= kMostReflectedC;
+    if (*emissivity < 1 && !isReflected) {
         Refuse(dialog, kRegReflected, "Please enter the temperature of what is reflected, in degrees Celsius.");
         return false;
     }
@@ -205,6 +207,8 @@ void Refresh(HWND dialog)
     ShowTable(dialog);
     ShowFields(dialog);
     ShowSet(dialog);
+    const bool leavesOut = LeaveBadDetectorsOut != 0;  // the window of traces has the choice too
+    if (IsDlgButtonChecked(dialog, kRegLeaveOut) != leavesOut) CheckDlgButton(dialog, kRegLeaveOut, leavesOut);
 }
 
 // ---- what the operator does

@@ -60,6 +60,26 @@ TracePoint MeasureCounts(std::span<const std::int16_t> counts)
     return point;
 }
 
+TraceValue ValueOf(const TracePoint& point, const TraceScale& scale)
+{
+    const auto single = [&scale](std::int16_t count) { return static_cast<float>(scale.zero + scale.step * count); };
+    return {.mean = scale.zero + scale.step * point.mean,
+            .deviation = std::abs(scale.step) * point.deviation,
+            .minimum = single(point.minimum),
+            .maximum = single(point.maximum)};
+}
+
+TraceScale ScaleOf(const Trace& trace, std::size_t unit, std::size_t line)
+{
+    const bool isKnown = unit < trace.units.size() && line < trace.units[unit].scales.size();
+    return isKnown ? trace.units[unit].scales[line] : TraceScale{};
+}
+
+std::string UnitTextOf(const Trace& trace, std::size_t unit)
+{
+    return unit < trace.units.size() ? trace.units[unit].text : TraceUnit{}.text;
+}
+
 double SecondsOf(const TraceFrame& frame)
 {
     return static_cast<double>(frame.clockNs) / kNsPerSecond;

@@ -26,6 +26,31 @@ struct TracePoint {
 // rounded.
 TracePoint MeasureCounts(std::span<const std::int16_t> counts);
 
+// How the counts of a region are read in a unit, on a straight line: value = zero + step x counts. So the value of a
+// mean is the mean of the pixels' values.
+struct TraceScale {
+    double zero = 0;
+    double step = 1;
+    friend bool operator==(const TraceScale&, const TraceScale&) = default;
+};
+// A point in a unit. A deviation has no zero. minimum and maximum are rounded to single, as a pixel's value is wherever
+// it is read.
+struct TraceValue {
+    double mean = 0;
+    double deviation = 0;
+    float minimum = 0;
+    float maximum = 0;
+    friend bool operator==(const TraceValue&, const TraceValue&) = default;
+};
+TraceValue ValueOf(const TracePoint& point, const TraceScale& scale);
+
+// A unit that a trace can be read in, as it was when the trace began.
+struct TraceUnit {
+    std::int32_t unit = 0;             // display/units.h
+    std::string text = "counts";       // Latin-1
+    std::vector<TraceScale> scales{};  // of each line
+};
+
 struct TraceFrame {
     std::int64_t number = 0;   // by the camera's board, from 1; where it isn't known the place in the file, from 1
     std::int64_t clockNs = 0;  // since the first frame of the trace, by a clock that never jumps
@@ -36,8 +61,10 @@ struct TraceFrame {
 };
 
 struct TraceLine {
-    std::string name;                  // of the region
-    std::size_t pixels = 0;            // of the frame that lie in it
+    std::string name;         // of the region
+    std::size_t pixels = 0;   // that are measured
+    std::size_t leftOut = 0;  // bad ones that lie in it and aren't
+    std::string surface{};    // "emissivity 0.8, reflected 30 \xB0" "C"; empty: a black body, or no temperature
     std::vector<TracePoint> points{};  // one a frame
 };
 
@@ -45,9 +72,15 @@ struct Trace {
     bool hasTimes = true;  // false: neither clock nor rate is known, and clockNs is 0 throughout
     std::vector<TraceFrame> frames{};
     std::vector<TraceLine> lines{};
+    std::vector<TraceUnit> units{};  // counts first; none: counts
     // Where it comes from, name and value, as a file of it tells ("camera", "head settings", ...).
     std::vector<std::pair<std::string, std::string>> origin{};
 };
+
+// Of a line in units[unit]; that of counts where there is none.
+TraceScale ScaleOf(const Trace& trace, std::size_t unit, std::size_t line);
+// "counts", "\xB0" "C"
+std::string UnitTextOf(const Trace& trace, std::size_t unit);
 
 // From the first frame, 0 without times.
 double SecondsOf(const TraceFrame& frame);

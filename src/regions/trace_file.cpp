@@ -1,9 +1,11 @@
 #include "regions/trace_file.h"
 
+#include "display/units.h"
 #include "imagefile/frames_file.h"
 #include "platform/memory.h"
 #include "platform/text.h"
 #include "regions/region_counts.h"
+#include "regions/trace_unit.h"
 
 #include <algorithm>
 #include <chrono>
@@ -73,6 +75,11 @@ std::vector<std::pair<std::string, std::string>> OriginOf(const StoredFrames& fi
     return origin;
 }
 
+bool IsRaw(const StoredFrames& file)
+{
+    return file.Journal() != nullptr && file.Journal()->head.Text(frames_key::kPixels) == kRawPixels;
+}
+
 template <typename T>
 bool Reserve(std::vector<T>& block, std::size_t count)
 {
@@ -110,9 +117,10 @@ class Glances {
 
 }  // namespace
 
-std::optional<Trace> TraceOfFile(StoredFrames& file, std::span<const Region> regions, const StoredRange& asked,
+std::optional<Trace> TraceOfFile(StoredFrames& file, std::span<const Region> regions, const FileTraceOptions& options,
                                  const TraceProgress& progress, std::string& why)
 {
+    const StoredRange& asked = options.range;
     const StoredRange range{.first = asked.first, .last = asked.last < 0 ? file.Frames() - 1 : asked.last};
     if (range.first < 0 || range.last < range.first || range.last >= file.Frames()) {
         why = Format("The file has the frames 1 to %lld.", static_cast<long long>(file.Frames()));
@@ -120,15 +128,17 @@ std::optional<Trace> TraceOfFile(StoredFrames& file, std::span<const Region> reg
     }
     const auto columns = static_cast<std::int32_t>(file.Columns());
     const auto rows = static_cast<std::int32_t>(file.Rows());
-    std::optional<RegionCounts> counts = RegionCounts::Make(regions, columns, rows, why);
+    std::optional<RegionCounts> counts = RegionCounts::Make(regions, columns, rows, why, options.bad);
     if (!counts) return std::nullopt;
 
     const bool isTold = TellsOfAll(file, range);
     const double rate = file.Header().FrameRate;
     const std::int64_t frames = range.last - range.first + 1;
     Trace trace{.hasTimes = isTold || rate > 0, .origin = OriginOf(file, range)};
-    for (std::size_t i = 0; i < regions.size(); ++i) {
-        trace.lines.push_back({.name = regions[i].name, .pixels = counts->PixelsOfRegion(i)});
+    if (!options.bad.empty()) trace.origin.emplace_back("bad pixels", "left out: " + options.badBy);
+    {
+        const UnitScope ofFile(file.Header(), file.Path());
+        AddLines(trace, regions, *counts, IsRaw(file) ? TracedCounts::kRaw : TracedCounts::kAsShown);
     }
     std::vector<std::int16_t> pixels;
     if (!AllocateBlock(pixels, file.Pixels()) || !HasRoom(trace, static_cast<std::size_t>(frames))) {

@@ -295,9 +295,6 @@ inline constexpr CommandRow kAll[] = {
 
 inline constexpr const auto& kCommandList = rows::kAll;
 
-// Why a command that needs the board is grey while something records, in menu and panel.
-inline constexpr std::string_view kRecordingTip = "Not while a recording runs";
-
 // The row of a number; the list's end for a number without one.
 constexpr const CommandRow* CommandRowOf(int id)
 {

@@ -24,6 +24,7 @@
 #include "record/trace_window.h"
 #include "record/triggered_save_dialog.h"
 #include "regions/region_window.h"
+#include "resources/board_use.h"
 #include "resources/command_list.h"
 #include "resources/menu.h"
 #include "shell/about.h"
@@ -185,9 +186,10 @@ constexpr Command kCommands[] = {
 };
 
 // A key of a grey item.
-CommandEnd NotWhileRecording()
+CommandEnd NotWhileTheBoardIsUsed()
 {
-    MessageBox(hWndMain, Format("%s.", std::string(kRecordingTip).c_str()), kMessageCaption, BoxIcon::kInformation);
+    const BoardUse use = RecordingRuns() ? BoardUse::kRecording : BoardUse::kTrace;
+    MessageBox(hWndMain, std::string(TipOf(use)) + '.', kMessageCaption, BoxIcon::kInformation);
     return CommandEnd::kResetStatus;
 }
 
@@ -257,7 +259,7 @@ namespace {
 
 LRESULT Run(HWND window, int id)
 {
-    if (CaptureIsUsed() && NeedsBoard(id)) return ResultOf(NotWhileRecording());
+    if (CaptureIsUsed() && NeedsBoard(id)) return ResultOf(NotWhileTheBoardIsUsed());
     const auto* const command = std::ranges::find(kCommands, id, &Command::id);
     if (command != std::end(kCommands)) return ResultOf(command->run());
     const CommandRange* const range = CommandRangeOf(id);

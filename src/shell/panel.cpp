@@ -7,6 +7,7 @@
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
+#include "resources/board_use.h"
 #include "resources/command_list.h"
 #include "resources/ids.h"
 #include "shell/color_scale.h"
@@ -54,21 +55,21 @@ constexpr CommandButton kCommandButtons[] = {
     {kPanelRecorder, kCmdRecorder},
 };
 
-std::map<int, std::string> tipsOfGreyButtons;  // what they said before a recording made them grey
+std::map<int, std::string> tipsOfGreyButtons;  // what they said before they became grey
 
-void GreyForRecording(HWND panel, int control)
+void GreyFor(BoardUse use, HWND panel, int control)
 {
     EnableDlgItem(panel, control, false);
     tipsOfGreyButtons.emplace(control, DlgItemTip(panel, control));
-    SetDlgItemTip(panel, control, kRecordingTip);
+    SetDlgItemTip(panel, control, TipOf(use));
 }
 
-void ShowRecording(HWND panel, bool records)
+void ShowBoardUse(HWND panel, BoardUse use)
 {
-    if (records) {
+    if (use != BoardUse::kNone) {
         for (const CommandButton& button : kCommandButtons) {
             const CommandRow& row = *CommandRowOf(button.command);
-            if (row.needsBoard) GreyForRecording(panel, button.control);
+            if (row.needsBoard) GreyFor(use, panel, button.control);
         }
         return;
     }
@@ -224,8 +225,8 @@ LRESULT PanelProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lPar
             return 1;
         case WM_COMMAND:
             return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
-        case kPanelShowsRecording:
-            ShowRecording(dialog, wParam != 0);
+        case kPanelShowsBoardUse:
+            ShowBoardUse(dialog, static_cast<BoardUse>(wParam));
             return 1;
         case WM_VSCROLL:
             if (lParam != kPanelZoomBar) return 0;

@@ -11,6 +11,7 @@
 #include "platform/window.h"
 #include "record/external_signal.h"
 #include "record/recorder_window.h"
+#include "record/trace_window.h"
 #include "record/what_records.h"
 #include "regions/region_window.h"
 #include "regions/regions_file.h"
@@ -86,6 +87,7 @@ void ShutDown()
     KeepScriptRecording();
     EndWhatRecords();
     CloseRecorderWindow();
+    CloseTraceWindow();
     CloseRegionsWindow();
     KeepState();
     ReleasePointerClip();

@@ -1,6 +1,7 @@
 #include "ui/menu_state.h"
 
 #include "platform/menu.h"
+#include "resources/board_use.h"
 #include "resources/command_list.h"
 #include "resources/ids.h"
 #include "state/windows.h"
@@ -32,12 +33,12 @@ void ShowTurnOnInMenu(bool cameraIsOn)
     DrawMenuBar(hWndMain);
 }
 
-void ShowRecordingInMenu(bool records)
+void ShowBoardUseInMenu(BoardUse use)
 {
     if (!hWndMain) return;
-    const auto show = [records](int id) {
-        EnableMenuItem(hWndMain, id, !records);
-        SetMenuTip(hWndMain, id, records ? kRecordingTip : std::string_view());
+    const auto show = [use](int id) {
+        EnableMenuItem(hWndMain, id, use == BoardUse::kNone);
+        SetMenuTip(hWndMain, id, TipOf(use));
     };
     for (const CommandRow& row : kCommandList) {
         if (row.needsBoard) show(row.id);

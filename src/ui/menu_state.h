@@ -2,6 +2,8 @@
 // name. Each call is told to the transcript. Before there is a main window nothing happens.
 #pragma once
 
+#include "resources/board_use.h"
+
 namespace kelvo {
 
 // "Replace bad pixels" is checked, or not.
@@ -16,7 +18,7 @@ void ShowFreezeInMenu(bool live);
 // "&Turn Vantir off" for a camera that is on, otherwise "&Turn Vantir on"; draws the menu bar again.
 void ShowTurnOnInMenu(bool cameraIsOn);
 
-// What needs the board is grey while something records, and says why.
-void ShowRecordingInMenu(bool records);
+// What needs the board is grey while another use of it goes on, and says which.
+void ShowBoardUseInMenu(BoardUse use);
 
 }  // namespace kelvo

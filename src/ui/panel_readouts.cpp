@@ -30,9 +30,9 @@ void ShowGeometryInPanel()
     SetDlgItemText(hDlgPanel, kPanelPanText, Format("%d,%d", Xpan, Ypan));
 }
 
-void ShowRecordingInPanel(bool records)
+void ShowBoardUseInPanel(BoardUse use)
 {
-    if (hDlgPanel) SendMessage(hDlgPanel, kPanelShowsRecording, records ? 1 : 0, 0);
+    if (hDlgPanel) SendMessage(hDlgPanel, kPanelShowsBoardUse, static_cast<WPARAM>(use), 0);
 }
 
 void ShowRecorderInPanel(const std::string& word)

@@ -2,6 +2,8 @@
 // the panel's own procedure know its controls. Without a panel nothing happens.
 #pragma once
 
+#include "resources/board_use.h"
+
 #include <cstdint>
 #include <string>
 
@@ -16,9 +18,9 @@ void ShowDisplayEnabledInPanel();
 // Zoom (the bar and its number) and pan.
 void ShowGeometryInPanel();
 
-// Buttons of commands that need the board are grey while something records, and say why.
-void ShowRecordingInPanel(bool records);
-inline constexpr std::uint32_t kPanelShowsRecording = 0x0410;  // to the panel; wParam: 1 something records, 0 nothing
+// Buttons of commands that need the board are grey while another use of it goes on, and say which.
+void ShowBoardUseInPanel(BoardUse use);
+inline constexpr std::uint32_t kPanelShowsBoardUse = 0x0410;  // to the panel; wParam: the BoardUse
 
 // The word on the recorder's button: what it does ("Armed"), or "Record" for an empty one.
 void ShowRecorderInPanel(const std::string& word);

@@ -21,11 +21,11 @@ KELVO, OUT, LOCALES = (pathlib.Path(argument).resolve() for argument in sys.argv
 NUMBERS = [4, 5, 6, 9, 10]
 SCRIPT = """
 command(2240)
-press(22403)
-press(1606)
+press("TRACES", 22403)
+press("TRACES", 1606)
 choose(datadir() .. "/trace.csv")
-assert(dialog() == "TRACES" and not box())
-press(2)
+assert(not dialog() and not box())
+press("TRACES", 2)
 """
 
 

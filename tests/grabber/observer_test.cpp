@@ -158,5 +158,21 @@ TEST_F(Observer, OutlivesARecordingThatGetsNoMemory)
     EXPECT_THAT(numbers_, ElementsAre(1, 2));
 }
 
+TEST_F(Observer, EndsWithARecordingBehindWhichThereIsNoMemoryForIt)
+{
+    ASSERT_TRUE(BeginObserving(Notes()));
+    ASSERT_TRUE(BeginRecording(8));
+    Take(2);
+    FailAllocation(1);
+    EndRecording();
+    FailAllocation(0);
+    EXPECT_FALSE(ObservingRuns());
+    EXPECT_FALSE(CaptureIsUsed());
+    EXPECT_THAT(numbers_, ElementsAre(1, 2));
+    EXPECT_THAT(op.Boxes(), IsEmpty());
+    ASSERT_TRUE(BeginObserving(Notes())) << "somebody may again";
+    EndObserving();
+}
+
 }  // namespace
 }  // namespace kelvo

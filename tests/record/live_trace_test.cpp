@@ -114,6 +114,30 @@ TEST_F(LiveTraceTest, GoesOnThroughARecording)
     EXPECT_THAT(TraceGapsOf(LiveTrace().frames), testing::IsEmpty());
 }
 
+TEST_F(LiveTraceTest, SaysSoWhereItCannotGoOnBehindARecording)
+{
+    std::string why;
+    ASSERT_TRUE(StartLiveTrace(OneRegion(), why)) << why;
+    RecorderSettings settings = Settings();
+    settings.length = RecordLength::kFrames;
+    settings.frames = 5;
+    Start(settings);
+    GoBehind(20);
+    FailAllocation(1);  // the capture for the trace alone
+    TendRecorder();
+    FailAllocation(0);
+    EXPECT_FALSE(RecorderRuns());
+    EXPECT_FALSE(CaptureIsUsed());
+    GoBehind(25);
+    EXPECT_EQ(LiveTrace().frames.size(), 20U) << "what was traced stands";
+    EXPECT_FALSE(LiveTraceRuns());
+    EXPECT_EQ(LiveTraceMessage(),
+              "The trace was ended: there was no memory to go on with it after a recording. What was traced stands.");
+    ASSERT_TRUE(StartLiveTrace(OneRegion(), why)) << why;
+    EXPECT_EQ(LiveTraceMessage(), "");
+    StopLiveTrace();
+}
+
 TEST_F(LiveTraceTest, SaysWhyItDoesNotStart)
 {
     std::string why;

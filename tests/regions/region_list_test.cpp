@@ -59,10 +59,12 @@ TEST(RegionList, WhatIsNoRegionIsRefusedAndTheListStays)
     EXPECT_THAT(refused([](Region& r) { r.name = "other"; }), HasSubstr("two regions named other"));
     EXPECT_THAT(refused([](Region& r) { r.place.x2 = 32768; }), HasSubstr("between -32768 and 32767"));
     EXPECT_THAT(refused([](Region& r) { r.place.y1 = -32769; }), HasSubstr("between"));
-    EXPECT_THAT(refused([](Region& r) { r.emissivity = 0; }), HasSubstr("above 0"));
-    EXPECT_THAT(refused([](Region& r) { r.emissivity = 1.01; }), HasSubstr("at most 1"));
+    EXPECT_THAT(refused([](Region& r) { r.emissivity = 0; }), HasSubstr("between 0.001 and 1"));
+    EXPECT_THAT(refused([](Region& r) { r.emissivity = 1.01; }), HasSubstr("between 0.001 and 1"));
+    EXPECT_THAT(refused([](Region& r) { r.emissivity = 1e-320, r.reflectedC = 20; }), HasSubstr("between 0.001 and 1"));
+    EXPECT_THAT(refused([](Region& r) { r.emissivity = 0.5, r.reflectedC = 1e308; }), HasSubstr("-273.15 and 10000"));
     EXPECT_THAT(refused([](Region& r) { r.emissivity = std::numeric_limits<double>::quiet_NaN(); }),
-                HasSubstr("above 0"));
+                HasSubstr("between 0.001 and 1"));
     EXPECT_THAT(refused([](Region& r) { r.emissivity = 0.9; }), HasSubstr("needs the temperature"));
     EXPECT_THAT(refused([](Region& r) { r.emissivity = 0.9, r.reflectedC = -273.15; }), HasSubstr("-273.15"));
     EXPECT_THAT(refused([](Region& r) { r.number = 99; }), HasSubstr("no such region"));

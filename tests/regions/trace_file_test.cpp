@@ -82,7 +82,7 @@ TEST_F(TraceFileTest, HasAPointForEachFrame)
 TEST_F(TraceFileTest, FollowsTheRateWithoutAJournal)
 {
     StoredFrames file = Written();
-    std::optional<Trace> trace = TraceOfFile(file, TwoRegions(), {.first = 1, .last = 3}, {}, why_);
+    std::optional<Trace> trace = TraceOfFile(file, TwoRegions(), {.range = {.first = 1, .last = 3}}, {}, why_);
     ASSERT_TRUE(trace);
     EXPECT_TRUE(trace->hasTimes);
     EXPECT_THAT(trace->frames, ElementsAre(TraceFrame{.number = 2}, TraceFrame{.number = 3, .clockNs = 20 * kMs},
@@ -126,7 +126,7 @@ TEST_F(TraceFileTest, MixesNoClocksWhereTheJournalEndsBeforeTheFrames)
     std::optional<Trace> trace = TraceOfFile(file, TwoRegions(), {}, {}, why_);
     ASSERT_TRUE(trace);
     EXPECT_EQ(trace->frames[1], (TraceFrame{.number = 2, .clockNs = 20 * kMs}));
-    trace = TraceOfFile(file, TwoRegions(), {.first = 0, .last = 1}, {}, why_);
+    trace = TraceOfFile(file, TwoRegions(), {.range = {.first = 0, .last = 1}}, {}, why_);
     ASSERT_TRUE(trace);
     EXPECT_EQ(trace->frames[1], (TraceFrame{.number = 45, .clockNs = 11 * kMs, .missing = 4}));
 }
@@ -134,7 +134,7 @@ TEST_F(TraceFileTest, MixesNoClocksWhereTheJournalEndsBeforeTheFrames)
 TEST_F(TraceFileTest, SaysWhyThereIsNone)
 {
     StoredFrames file = Written();
-    EXPECT_FALSE(TraceOfFile(file, TwoRegions(), {.first = 2, .last = 5}, {}, why_));
+    EXPECT_FALSE(TraceOfFile(file, TwoRegions(), {.range = {.first = 2, .last = 5}}, {}, why_));
     EXPECT_EQ(why_, "The file has the frames 1 to 5.");
     EXPECT_FALSE(TraceOfFile(file, {}, {}, {}, why_));
     EXPECT_EQ(why_, "There is no region to trace.");

@@ -68,7 +68,7 @@ check.fails(function() stats "none" end, "there is no region \"none\"")
 check.fails(function() stats { shape = "circle" } end, "\"shape\" makes no sense")
 check.fails(function() stats { shape = "line", colour = 3 } end, "there is no \"colour\"")
 check.fails(function() regions { { name = "a" }, { name = "a" } } end, "two regions named a")
-check.fails(function() regions { { emissivity = 2 } } end, "An emissivity is above 0")
+check.fails(function() regions { { emissivity = 2 } } end, "An emissivity lies between 0.001 and 1.")
 check.eq(regions(), listed)
 
 -- In degrees, and with an emissivity: (c - 0.2 x C(30)) / 0.8, with C(30) = 2000.
@@ -109,7 +109,7 @@ local function refused(fields, told)
   check.eq(now, before)
 end
 put(kEmissivity, "0") push(1)
-check.holds(get(kMessage), "above 0 and at most 1")
+check.holds(get(kMessage), "an emissivity from 0.001 to 1")
 put(kEmissivity, "0.8") push(1)
 check.holds(get(kMessage), "temperature of what is reflected")
 refused({ [kReflected] = "30", [kX1] = "1.5" }, "whole number from -32768 to 32767")

@@ -1,4 +1,5 @@
 -- Traces of the picture: of a file, against what stands in it, and of live video, beside a recording and alone; the plot's figures, the file, each way out.
+local script_text, script_press, script_pick, script_set, script_enabled = text, press, pick, set, enabled
 local check = require "check"
 local files = require "files"
 local video = require "video"
@@ -6,9 +7,16 @@ local video = require "video"
 local kTraces, kSave = 2240, 1606
 local kLive, kStop, kFile, kRegion, kFigure = 22401, 22402, 22403, 22404, 22405
 local kSource, kFrames, kTime, kGaps, kMean, kDeviation, kOfFrames = 22407, 22408, 22409, 22410, 22411, 22412, 22413
+local kUnit, kFirst, kLast, kLeaveOut, kMessage, kPixels = 22414, 22415, 22416, 22417, 22418, 22419
 local kSpectrum = 4
 
 local function at(name) return datadir() .. "/" .. name end
+-- The window stays open beside the main one.
+local function text(id) return script_text("TRACES", id) end
+local function press(id) script_press("TRACES", id) end
+local function pick(id, index) script_pick("TRACES", id, index) end
+local function set(id, typed) script_set("TRACES", id, typed) end
+local function enabled(id) return script_enabled("TRACES", id) end
 local function buttons() return { enabled(kLive), enabled(kStop), enabled(kFile), enabled(kSave) } end
 -- The rows of a file of figures, each a list of its fields; the lines before them.
 local function figures_in(name)
@@ -27,25 +35,28 @@ end
 local function save(name)
   press(kSave)
   choose(at(name))
-  check.eq({ dialog(), box() }, { "TRACES" })
+  check.eq({ dialog(), box() }, {})
   return figures_in(name)
 end
 
 -- ---- A file: twelve frames of 4 x 2 at 50 Hz, frame n of n and 10 n, but for one pixel of 10 n + 8.
 
 assert(dialog() == "CLOCK_ON", dialog())
-press(2)
+script_press(2)
 command(kTraces)
-check.eq({ dialog(), text(kFrames), text(kGaps) }, { "TRACES", "0", "-" })
+check.seen("dialog", { name = "TRACES" })
+check.eq({ dialog(), text(kFrames), text(kGaps) }, { nil, "0", "-" })
 check.eq(buttons(), { false, false, false, false }, "nothing to trace")
-press(2)
+check.eq({ text(kFirst), enabled(kFirst) }, { "", false })
+command(kTraces)  -- to the front
 
 files.image(at("steps.seq"), { width = 4, height = 2, frames = 12, rate = 50 }, 12, function(frame, x, y)
   if y == 0 then return frame end
   return 10 * frame + (x == 3 and 8 or 0)
 end)
 drop(at("steps.seq"))
-command(kTraces)
+wait(300)
+check.eq({ text(kFirst), text(kLast) }, { "1", "12" }, "it follows the view")
 check.eq(buttons(), { false, false, true, false })
 press(kFile)
 check.eq({ text(kFrames), text(kTime), text(kGaps), text(kSource) }, { "12", "0.220 s", "none", at("steps.seq") })
@@ -76,10 +87,29 @@ check.eq({ tonumber(rows[2][1]), tonumber(rows[8][1]) }, { 0, 25 }, "up to half 
 pick(kFigure, 0)
 press(kSave)
 cancel()
-check.eq({ dialog(), text(kFrames) }, { "TRACES", "12" })
+check.eq({ dialog(), text(kFrames) }, { nil, "12" })
 press(2)
 command(kTraces)
 check.eq(text(kFrames), "12", "it stands until the next one")
+
+-- A part of it, and what makes none.
+set(kFirst, "4")
+set(kLast, "6")
+press(kFile)
+check.eq({ text(kFrames), text(kMean) }, { "3", "23.000" }, "5.5 n + 1 of frames 3, 4 and 5")
+rows, notes = save("part.csv")
+check.holds(notes, "# frames: 4 to 6 of 12")
+check.eq({ #rows, rows[2][1], rows[2][2] }, { 4, "1", "4" })
+for _, range in ipairs { { "0", "6" }, { "4", "13" }, { "6", "4" }, { "", "4" }, { "1", "x" }, { "1.5", "4" } } do
+  set(kFirst, range[1])
+  set(kLast, range[2])
+  press(kFile)
+  check.eq({ text(kMessage), text(kFrames) }, { "Please enter frames from 1 to 12, the last one not before the first.", "3" }, range[1])
+end
+set(kFirst, "1")
+set(kLast, "12")
+press(kFile)
+check.eq({ text(kMessage), text(kFrames) }, { "", "12" })
 press(2)
 
 -- ---- Live video: as many frames as the camera gave, recorded or not.
@@ -139,8 +169,11 @@ command(140)
 command(kTraces)
 press(kLive)
 wait(300)
+check.fails(function() command(121) end, "disabled")
+key("Ctrl+V")
+check.answer_box("Not while live video is traced.", "ok", "Kelvo message")
 press(2)
-check.eq(dialog(), nil)
+check.seen("close", { name = "TRACES" })
 command(121)
 check.eq({ dialog(), box() }, { "QVF1058" })
-press(2)
+script_press(2)

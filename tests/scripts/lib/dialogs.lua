@@ -838,26 +838,6 @@ rows.LINEPLOT = {
   leave = function() press(338) end,
 }
 
-rows.TRACES = {
-  open = opens(2240, "TRACES"),
-  buttons = {
-    [22401] = function()
-      press(22401)
-      wait(300)
-      press(22402)
-    end,
-    [22402] = "ends what the other began",
-    [22403] = "is grey without a file on view; traces.lua works it",
-    [1606] = function()
-      press(1606)
-      check.eq(file().title, "Save File")
-      cancel()
-    end,
-  },
-  ways = { "cancelled", "closed" },
-  kept = { LastFileDirectory = "the folder that the first file dialog of a run shows" },
-}
-
 rows.LINEAXIS = {
   setup = function()
     line_plot_seen()
@@ -890,6 +870,7 @@ dialogs.without_row = {
   BENCH = "stays open beside the main window; each control acts at once, on the bench alone",
   RECORDER = "stays open beside the main window and keeps what is typed; recorder_window.lua works it",
   SCRIPT = "stays open beside the main window and tells what a script of the menu printed",
+  TRACES = "stays open beside the main window; it sets nothing but what it plots, and which bad pixels are left out; traces.lua works it",
   REGIONS = "stays open beside the main window; each control acts at once, on the regions, which undo takes back",
   PANEL = "is no dialog: each control acts at once",
   PLAYBAR = "is no dialog: each control acts at once",
