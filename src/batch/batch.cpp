@@ -3,6 +3,7 @@
 #include "batch/apply_command.h"
 #include "batch/batch_arguments.h"
 #include "batch/batch_end.h"
+#include "batch/batch_progress.h"
 #include "batch/calibrate_command.h"
 #include "batch/command_pages.h"
 #include "batch/command_words.h"
@@ -55,6 +56,7 @@ std::optional<int> RunBatch(std::span<const std::string> arguments)
     std::signal(SIGXFSZ, SIG_IGN);  // a limit on the length of files is a write that fails, and is told
     const InterruptWatch watch;
     const int code = Run(*runner, arguments.subspan(1));
+    EndProgressLine();
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
     return TellBatchFailure(runner->word, "the standard output takes nothing");
 }

@@ -1,12 +1,13 @@
 #include "batch/batch_arguments.h"
 
 #include "batch/batch_end.h"
+#include "batch/batch_progress.h"
 #include "batch/command_words.h"
+#include "platform/standard_streams.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace kelvo {
 
@@ -23,6 +24,42 @@ const CommandOption* OptionOf(std::string_view word, std::string_view name)
     return found == command->options.end() ? nullptr : &*found;
 }
 
+// Empty, or why it names no file.
+std::string WhyNoFile(const std::string& argument)
+{
+    if (argument == "-") return std::string(kNoStream);
+    return argument.empty() ? "an empty name names no file" : "";
+}
+
+// What follows an option: behind "=", or as the next argument, which is taken then. Empty: there is none.
+std::string TakeValue(std::span<const std::string> arguments, std::size_t& i)
+{
+    const std::size_t equals = arguments[i].find('=');
+    if (equals != std::string::npos) return arguments[i].substr(equals + 1);
+    return i + 1 < arguments.size() ? arguments[++i] : std::string();
+}
+
+// The option at i, with its value. Empty, or what is wrong with it.
+std::string TakeOption(std::span<const std::string> arguments, std::size_t& i, std::string_view word,
+                       BatchArguments& taken)
+{
+    const std::string& argument = arguments[i];
+    const std::string name = argument.substr(0, argument.find('='));
+    const CommandOption* const option = OptionOf(word, name);
+    if (!option && !argument.starts_with("--")) {
+        return "unknown option " + argument + " (./" + argument + " is a file of that name)";
+    }
+    if (!option) return "unknown option " + name;
+    if (option->value.empty()) {
+        taken.flags.push_back(name);
+        return name == argument ? "" : name + " takes no value";
+    }
+    // Of two values one would be left aside without a word.
+    if (taken.Value(name)) return name + " is given twice";
+    taken.values.emplace_back(name, TakeValue(arguments, i));
+    return taken.values.back().second.empty() ? name + " needs a value" : "";
+}
+
 }  // namespace
 
 bool BatchArguments::Has(std::string_view flag) const
@@ -32,37 +69,23 @@ bool BatchArguments::Has(std::string_view flag) const
 
 std::optional<std::string> BatchArguments::Value(std::string_view option) const
 {
-    std::optional<std::string> found;
-    for (const auto& [name, value] : values) {
-        if (name == option) found = value;
-    }
-    return found;
+    const auto found = std::ranges::find(values, option, &std::pair<std::string, std::string>::first);
+    return found == values.end() ? std::nullopt : std::optional(found->second);
 }
 
 BatchArguments TakeApart(std::span<const std::string> arguments, std::string_view word)
 {
     BatchArguments taken;
     bool onlyFiles = false;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
+    for (std::size_t i = 0; i < arguments.size() && taken.error.empty(); ++i) {
         const std::string& argument = arguments[i];
-        const std::size_t equals = argument.find('=');
-        const std::string name = argument.substr(0, equals);
-        const CommandOption* const option = OptionOf(word, name);
-        const bool takesValue = option && !option->value.empty();
-        if (argument == "-") {
-            taken.error = kNoStream;
-        } else if (onlyFiles || !argument.starts_with("--")) {
-            taken.files.push_back(argument);
-        } else if (argument == "--") {
+        if (!onlyFiles && argument == "--") {
             onlyFiles = true;
-        } else if (option && !takesValue && equals == std::string::npos) {
-            taken.flags.push_back(argument);
-        } else if (takesValue && equals != std::string::npos) {
-            taken.values.emplace_back(name, argument.substr(equals + 1));
-        } else if (takesValue && i + 1 < arguments.size()) {
-            taken.values.emplace_back(name, arguments[++i]);
+        } else if (!onlyFiles && argument.size() > 1 && argument.front() == '-') {
+            taken.error = TakeOption(arguments, i, word, taken);
         } else {
-            taken.error = takesValue ? name + " needs a value" : "unknown option " + argument;
+            taken.error = WhyNoFile(argument);
+            taken.files.push_back(argument);
         }
     }
     return taken;
@@ -78,11 +101,19 @@ std::optional<std::pair<float, float>> TwoVolts(std::string_view text)
     return std::pair(*low, *high);
 }
 
+std::string Printable(std::string_view text)
+{
+    std::string line(text);
+    std::ranges::replace_if(
+        line, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+    return line;
+}
+
 int TellBatchFailure(std::string_view word, std::string_view text)
 {
     if (Interrupted()) return kBatchFailed;
-    const std::string line = "kelvo " + std::string(word) + ": " + std::string(text) + '\n';
-    std::fputs(line.c_str(), stderr);
+    EndProgressLine();
+    WriteErrorStream("kelvo " + std::string(word) + ": " + Printable(text) + '\n');
     return kBatchFailed;
 }
 

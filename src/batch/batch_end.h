@@ -1,6 +1,6 @@
-// The interrupt of the keyboard, or another's wish that the process end, while a command without a window works: it
-// finishes the frame at hand, closes its files, leaves no half result, and the process then ends by that signal, as
-// whoever sent it expects.
+// The interrupt of the keyboard, a terminal that is closed, or another's wish that the process end, while a command
+// without a window works: it finishes the frame at hand, closes its files, leaves no half result, and the process then
+// ends by that signal, as whoever sent it expects.
 #pragma once
 
 #include <array>
@@ -9,9 +9,9 @@
 
 namespace kelvo {
 
-// Watches for SIGINT and SIGTERM as long as it lives; one that is ignored by then (a job in the background) stays
-// ignored. A second one ends the process at once. The end of life puts back what stood before, and where the signal
-// came and wasn't answered it comes again.
+// Watches for SIGINT, SIGTERM and SIGHUP as long as it lives; one that is ignored by then (a job in the background,
+// nohup) stays ignored. A second one ends the process at once. The end of life puts back what stood before, and where
+// the signal came and wasn't answered it comes again.
 class InterruptWatch {
   public:
     InterruptWatch();
@@ -20,7 +20,7 @@ class InterruptWatch {
     InterruptWatch& operator=(const InterruptWatch&) = delete;
 
   private:
-    static constexpr std::array kSignals = {SIGINT, SIGTERM};
+    static constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
     std::array<struct sigaction, kSignals.size()> former_ = {};
     std::array<bool, kSignals.size()> watches_ = {};
 };

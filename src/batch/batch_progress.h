@@ -1,5 +1,5 @@
-// How far a command is, on the error stream: on a terminal one line that is written over, elsewhere a line at each
-// tenth.
+// How far a command is, on the error stream: on a terminal one line that is written over at each thousandth, elsewhere
+// a line at each tenth.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,11 @@ class BatchProgress {
 
   private:
     std::string front_;
-    std::int64_t tenthShown_ = -1;
+    bool isTerminal_ = false;
+    std::int64_t stepShown_ = -1;
 };
+
+// A line that is written over stays as it is, and what is told next has a line of its own.
+void EndProgressLine();
 
 }  // namespace kelvo

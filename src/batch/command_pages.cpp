@@ -176,11 +176,10 @@ std::string ManualPage()
     }
     page +=
         ".SH COMMANDS\n"
-        "All behind \\fB\\-\\-\\fR are names of files. A file is read at any place, so that \\fB\\-\\fR is no name for "
-        "the standard input.\n"
-        "On the interrupt of the keyboard (SIGINT) a command finishes the frame at hand, leaves no half result, and "
-        "ends "
-        "by that signal.\n";
+        "All that begins with a dash is an option, and is given once; all behind \\fB\\-\\-\\fR are names of files.\n"
+        "A file is read at any place, so that \\fB\\-\\fR is no name for the standard input.\n"
+        "On the interrupt of the keyboard (SIGINT), SIGTERM or SIGHUP a command finishes the frame at hand, leaves no\n"
+        "half result, and ends by that signal. A second one ends it at once.\n";
     for (const CommandWord& word : CommandWords()) page += CommandInRoff(word);
     page += ".SH EXIT STATUS\nOf the program with its window:\n" + ExitsInRoff(kProgramExitCodes);
     return page;

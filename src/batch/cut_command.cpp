@@ -1,6 +1,7 @@
 #include "batch/cut_command.h"
 
 #include "batch/batch_arguments.h"
+#include "batch/batch_progress.h"
 #include "batch/sequence_copy.h"
 
 #include <array>
@@ -44,7 +45,9 @@ int CutCommand(std::span<const std::string> arguments)
     if (!range) return TellBatchFailure(kWord, kFrameRangeForm);
     if (taken.files.size() != 2) return TellBatchFailure(kWord, "a sequence and the name of the new one are needed");
     const std::array sources = {FrameRange{taken.files[0], range->first, range->second}};
-    const std::optional<std::string> failure = CopyFrames(sources, taken.files[1]);
+    BatchProgress progress(kWord);
+    const std::optional<std::string> failure = CopyFrames(
+        sources, taken.files[1], [&progress](std::int64_t done, std::int64_t all) { progress.Show(done, all); });
     return failure ? TellBatchFailure(kWord, *failure) : kBatchDone;
 }
 

@@ -2,6 +2,8 @@
 
 #include "batch/batch_arguments.h"
 #include "batch/batch_end.h"
+#include "batch/batch_progress.h"
+#include "batch/gap_report.h"
 #include "platform/clock.h"
 #include "platform/json_text.h"
 #include "platform/text.h"
@@ -65,15 +67,6 @@ std::string_view EndText(const FramesFile& journal)
     return journal.closing->mark < kEnds.size() ? kEnds.at(journal.closing->mark) : "closed";
 }
 
-// A text of the journal may hold anything: one line of it, without control characters.
-std::string Plain(std::string_view text)
-{
-    std::string plain = ToUtf8(text);
-    std::ranges::replace_if(
-        plain, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
-    return plain;
-}
-
 std::int64_t MissingIn(std::span<const FrameGap> gaps)
 {
     std::int64_t missing = 0;
@@ -119,17 +112,12 @@ void AddJournal(std::string& text, const FramesFile& journal)
     AddLine(text, "journal", Format("%zu records, ", journal.records.size()) + std::string(EndText(journal)));
     for (const auto& [name, key] : kJournalTexts) {
         const std::string value = journal.head.Text(key);
-        if (!value.empty()) AddLine(text, name, Plain(value));
+        if (!value.empty()) AddLine(text, name, Printable(ToUtf8(value)));
     }
     AddLine(text, "gaps",
             gaps.empty() ? "none"
                          : Format("%zu, %lld frames missing", gaps.size(), static_cast<long long>(MissingIn(gaps))));
-    for (const FrameGap& gap : gaps) {
-        text += Format("    before frame %lld: %lld missing", static_cast<long long>(gap.beforeFrame),
-                       static_cast<long long>(gap.Missing()));
-        if (gap.firstNumber >= 0) text += Format(" from number %lld", static_cast<long long>(gap.firstNumber));
-        text += ", " + CausesOf(gap) + '\n';
-    }
+    for (const FrameGap& gap : gaps) text += "    " + GapText(gap) + '\n';
 }
 
 // --- As JSON --------------------------------------------------------------------------------------------------------
@@ -174,23 +162,6 @@ std::string HeaderJson(const ImageHeaderRecord& header)
     return json.Json();
 }
 
-std::string GapsJson(std::span<const FrameGap> gaps)
-{
-    std::string json;
-    for (const FrameGap& gap : gaps) {
-        json += (json.empty() ? "" : ",") + JsonText()
-                                                .Whole("before", gap.beforeFrame)
-                                                .Whole("first", gap.firstNumber)
-                                                .Whole("missing", gap.Missing())
-                                                .Whole("board", gap.lostByBoard)
-                                                .Whole("ring", gap.lostByRing)
-                                                .Whole("passed_over", gap.passedOver)
-                                                .Whole("unexplained", gap.unexplained)
-                                                .Json();
-    }
-    return '[' + json + ']';
-}
-
 std::string JournalJson(const FramesFile& journal)
 {
     const std::vector<FrameGap> gaps = GapsOf(journal.records);
@@ -228,7 +199,8 @@ std::string InfoText(const StoredFrames& frames)
     if (const FramesFile* const journal = frames.Journal()) {
         AddJournal(text, *journal);
     } else {
-        AddLine(text, "journal", "none");
+        const std::string& fault = frames.JournalFault();
+        AddLine(text, "journal", fault.empty() ? "none" : "what lies beside the file " + fault);
     }
     return text;
 }
@@ -250,7 +222,9 @@ std::string InfoJson(const StoredFrames& frames)
     json.Member("duration_s", times.seconds ? ShortestText(*times.seconds) : "null");
     json.Truth("calibrated", BearsCalibration(header)).Member("header", HeaderJson(header));
     const FramesFile* const journal = frames.Journal();
-    return json.Member("journal", journal ? JournalJson(*journal) : "null").Json();
+    json.Member("journal", journal ? JournalJson(*journal) : "null");
+    if (!frames.JournalFault().empty()) json.Text("journal_fault", frames.JournalFault());
+    return json.Json();
 }
 
 int InfoCommand(std::span<const std::string> arguments)
@@ -260,14 +234,20 @@ int InfoCommand(std::span<const std::string> arguments)
     if (taken.files.empty()) return TellBatchFailure(kWord, "no file was named");
     int code = kBatchDone;
     for (const std::string& path : taken.files) {
-        if (Interrupted()) return TellBatchFailure(kWord, kInterrupted);
+        BatchProgress progress(kWord, "looking through " + Printable(path));
+        const auto goesOn = [&progress](std::int64_t done, std::int64_t all) {
+            if (done > 0) progress.Show(done, all);
+            return !Interrupted();
+        };
         std::string why;
-        const std::optional<StoredFrames> frames = StoredFrames::Open(path, why);
+        const std::optional<StoredFrames> frames = StoredFrames::Open(path, why, goesOn);
+        EndProgressLine();
+        if (Interrupted()) return TellBatchFailure(kWord, kInterrupted);
         if (!frames) {
             code = TellBatchFailure(kWord, why.insert(0, path + ' '));
             continue;
         }
-        std::string told = taken.Has("--json") ? InfoJson(*frames) : path;
+        std::string told = taken.Has("--json") ? InfoJson(*frames) : Printable(path);
         told += '\n';
         if (!taken.Has("--json")) told += InfoText(*frames);
         std::fputs(told.c_str(), stdout);

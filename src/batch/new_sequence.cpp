@@ -12,7 +12,7 @@ namespace {
 std::string WhyNot(const std::string& path)
 {
     if (DirectoryExists(path)) return path + " is a directory";
-    const bool stands = FileExists(path) || FileExists(FramesPathOf(path));
+    const bool stands = NameIsTaken(path) || NameIsTaken(FramesPathOf(path));
     return stands ? path + " stands already" : std::string();
 }
 

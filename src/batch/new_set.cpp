@@ -15,21 +15,16 @@ std::string Refused(const std::string& path)
     return path + " can't be written: the disk refuses";
 }
 
-bool Stands(const std::string& path)
-{
-    return FileExists(path) || DirectoryExists(path);
-}
-
 // Empty: nothing is in the way.
 std::string WhyNot(const std::string& calPath)
 {
     if (!IsCalFile(calPath)) return calPath + " doesn't end in .cal";
     for (const std::string_view extension : kSetExtensions) {
         const std::string path = SetFile(calPath, extension);
-        if (Stands(path)) return path + " stands already";
+        if (NameIsTaken(path)) return path + " stands already";
     }
     const std::string report = SetFile(calPath, kReportExtension);
-    return Stands(report) ? report + " stands already" : std::string();
+    return NameIsTaken(report) ? report + " stands already" : std::string();
 }
 
 }  // namespace

@@ -2,27 +2,22 @@
 
 #include "batch/batch_arguments.h"
 #include "batch/batch_end.h"
+#include "batch/batch_progress.h"
+#include "batch/gap_report.h"
 #include "imagefile/recovery.h"
+#include "platform/json_text.h"
 #include "platform/text.h"
-#include "platform/transcript.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
+#include <string>
+#include <vector>
 
 namespace kelvo {
 
 namespace {
 
 constexpr std::string_view kWord = "recover";
-
-std::string GapText(const FrameGap& gap)
-{
-    std::string text = Format("  before frame %lld: %lld missing", static_cast<long long>(gap.beforeFrame),
-                              static_cast<long long>(gap.Missing()));
-    if (gap.firstNumber >= 0) text += Format(" from number %lld", static_cast<long long>(gap.firstNumber));
-    return text + ", " + CausesOf(gap) + '\n';
-}
 
 std::string OutcomeText(Recovery outcome, bool dryRun)
 {
@@ -39,7 +34,7 @@ std::string OutcomeText(Recovery outcome, bool dryRun)
 
 std::string TextOf(const std::string& path, const RecoveryReport& report, bool dryRun)
 {
-    std::string text = path + ": " + OutcomeText(report.outcome, dryRun);
+    std::string text = Printable(path) + ": " + OutcomeText(report.outcome, dryRun);
     if (!report.why.empty()) text += ": " + report.why;
     text += Format("; %lld frames", static_cast<long long>(report.frames));
     if (report.bytesCut > 0) {
@@ -61,31 +56,30 @@ std::string TextOf(const std::string& path, const RecoveryReport& report, bool d
     for (const std::int64_t frame : report.badFrames) {
         text += Format("  frame %lld doesn't fit its checksum\n", static_cast<long long>(frame));
     }
-    for (const FrameGap& gap : report.gaps) text += GapText(gap);
+    for (const FrameGap& gap : report.gaps) text += "  " + GapText(gap) + '\n';
     return text;
 }
 
 std::string JsonOf(const std::string& path, const RecoveryReport& report)
 {
-    const auto number = [](std::int64_t value) { return Format("%lld", static_cast<long long>(value)); };
-    const auto truth = [](bool value) { return std::string(value ? "true" : "false"); };
-    constexpr std::array kOutcomes = {"clean", "repaired", "failed"};
-    std::string bad;
-    for (const std::int64_t frame : report.badFrames) bad += (bad.empty() ? "" : ",") + number(frame);
-    std::string gaps;
-    for (const FrameGap& gap : report.gaps) {
-        gaps += (gaps.empty() ? "{" : ",{") + ("\"before\":" + number(gap.beforeFrame)) +
-                ",\"first\":" + number(gap.firstNumber) + ",\"missing\":" + number(gap.Missing()) +
-                ",\"board\":" + number(gap.lostByBoard) + ",\"ring\":" + number(gap.lostByRing) +
-                ",\"passed_over\":" + number(gap.passedOver) + ",\"unexplained\":" + number(gap.unexplained) + "}";
-    }
-    return "{\"file\":" + JsonString(ToUtf8(path)) + ",\"outcome\":\"" +
-           kOutcomes[static_cast<std::size_t>(report.outcome)] + "\",\"why\":" + JsonString(report.why) +
-           ",\"frames\":" + number(report.frames) + ",\"bytes_cut\":" + number(report.bytesCut) +
-           ",\"header_count\":" + number(report.headerCount) + ",\"records_dropped\":" + number(report.recordsDropped) +
-           ",\"records_made\":" + number(report.recordsMade) + ",\"journal\":" + truth(report.hasJournal) +
-           ",\"closed\":" + truth(report.wasClosed) + ",\"journal_damaged\":" + truth(report.journalWasDamaged) +
-           ",\"bad_frames\":[" + bad + "],\"gaps\":[" + gaps + "]}\n";
+    std::vector<std::string> bad;
+    for (const std::int64_t frame : report.badFrames) bad.push_back(std::to_string(frame));
+    return JsonText()
+               .Text("file", path)
+               .Text("outcome", OutcomeText(report.outcome, false))
+               .Text("why", report.why)
+               .Whole("frames", report.frames)
+               .Whole("bytes_cut", report.bytesCut)
+               .Whole("header_count", report.headerCount)
+               .Whole("records_dropped", report.recordsDropped)
+               .Whole("records_made", report.recordsMade)
+               .Truth("journal", report.hasJournal)
+               .Truth("closed", report.wasClosed)
+               .Truth("journal_damaged", report.journalWasDamaged)
+               .Member("bad_frames", JsonList(bad))
+               .Member("gaps", GapsJson(report.gaps))
+               .Json() +
+           '\n';
 }
 
 }  // namespace
@@ -98,8 +92,13 @@ int RecoverCommand(std::span<const std::string> arguments)
     const bool dryRun = taken.Has("--dry-run");
     int code = kBatchDone;
     for (const std::string& path : taken.files) {
+        BatchProgress progress(kWord, Printable(path));
+        const RecoveryReport report = RecoverSequence(path, dryRun, [&progress](std::int64_t done, std::int64_t all) {
+            if (done > 0) progress.Show(done, all);
+            return !Interrupted();
+        });
+        EndProgressLine();
         if (Interrupted()) return TellBatchFailure(kWord, kInterrupted);
-        const RecoveryReport report = RecoverSequence(path, dryRun);
         std::fputs((taken.Has("--json") ? JsonOf(path, report) : TextOf(path, report, dryRun)).c_str(), stdout);
         code = std::max(code, static_cast<int>(report.outcome));
     }

@@ -17,6 +17,7 @@ namespace kelvo {
 namespace {
 
 using Failure = std::optional<std::string>;
+using Progress = std::function<void(std::int64_t done, std::int64_t all)>;
 
 struct Source {
     FrameRange range;
@@ -57,6 +58,16 @@ bool SameFrames(const ImageHeaderRecord& a, const ImageHeaderRecord& b)
            a.SampleBytes == b.SampleBytes && a.ImageHeaderDataOffset == b.ImageHeaderDataOffset;
 }
 
+// One header speaks for the frames of all: what reads them in degrees has to be the same. Raw frames don't read so.
+bool SameSources(const Source& a, const Source& b)
+{
+    if (a.journal && a.journal->head.Text(frames_key::kPixels) == kRawPixels) return true;
+    const ImageHeaderRecord& one = a.sequence.Header();
+    const ImageHeaderRecord& other = b.sequence.Header();
+    return one.IntensityCold == other.IntensityCold && one.TemperatureCold == other.TemperatureCold &&
+           one.IntensityHot == other.IntensityHot && one.TemperatureHot == other.TemperatureHot;
+}
+
 Failure WhyNotTogether(std::span<const Source> sources)
 {
     const Source& first = sources.front();
@@ -69,6 +80,7 @@ Failure WhyNotTogether(std::span<const Source> sources)
             !source.journal || source.journal->head.Text(frames_key::kPixels) ==
                                    first.journal.value_or(FramesFile()).head.Text(frames_key::kPixels);
         if (!samePixels) return source.range.path + " has frames of another kind";
+        if (!SameSources(source, first)) return source.range.path + " was corrected with other sources";
     }
     return std::nullopt;
 }
@@ -76,11 +88,14 @@ Failure WhyNotTogether(std::span<const Source> sources)
 // A new sequence in the making: its frames go to the disk, its records wait for the end.
 class Output {
   public:
-    explicit Output(NewSequence sequence) : sequence_(std::move(sequence)) {}
-
-    Failure Begin(const SequenceFile& first, std::int64_t frames)
+    Output(NewSequence sequence, std::int64_t frames, const Progress& progress)
+        : sequence_(std::move(sequence)), frames_(frames), progress_(progress)
     {
-        const ImageHeaderRecord header = first.HeaderForFile(frames);
+    }
+
+    Failure Begin(const SequenceFile& first)
+    {
+        const ImageHeaderRecord header = first.HeaderForFile(frames_);
         return sequence_.Write(std::as_bytes(std::span(&header, 1)));
     }
 
@@ -94,6 +109,7 @@ class Output {
             if (Failure failure = AddRecord(source, i, frame)) return failure;
             Renumber(frame, source);
             if (Failure failure = sequence_.Write(frame)) return failure;
+            progress_(added_ + i + 1 - source.range.first, frames_);
         }
         added_ += source.range.end - source.range.first;
         return std::nullopt;
@@ -145,19 +161,21 @@ class Output {
     }
 
     NewSequence sequence_;
+    std::int64_t frames_ = 0;
+    const Progress& progress_;
     std::vector<FrameRecord> records_;
     std::int64_t added_ = 0;
 };
 
-Failure Write(std::vector<Source>& sources, const std::string& out)
+Failure Write(std::vector<Source>& sources, const std::string& out, const Progress& progress)
 {
     std::string why;
     std::optional<NewSequence> sequence = NewSequence::Begin(out, why);
     if (!sequence) return why;
     std::int64_t frames = 0;
     for (const Source& source : sources) frames += source.range.end - source.range.first;
-    Output output(std::move(*sequence));
-    if (Failure failure = output.Begin(sources.front().sequence, frames)) return failure;
+    Output output(std::move(*sequence), frames, progress);
+    if (Failure failure = output.Begin(sources.front().sequence)) return failure;
     for (Source& source : sources) {
         if (Failure failure = output.Add(source)) return failure;
     }
@@ -167,7 +185,8 @@ Failure Write(std::vector<Source>& sources, const std::string& out)
 
 }  // namespace
 
-std::optional<std::string> CopyFrames(std::span<const FrameRange> sources, const std::string& out)
+std::optional<std::string> CopyFrames(std::span<const FrameRange> sources, const std::string& out,
+                                      const Progress& progress)
 {
     std::vector<Source> opened;
     for (const FrameRange& range : sources) {
@@ -178,7 +197,7 @@ std::optional<std::string> CopyFrames(std::span<const FrameRange> sources, const
     }
     if (opened.empty()) return "no sequence was named";
     if (Failure failure = WhyNotTogether(opened)) return failure;
-    return Write(opened, out);
+    return Write(opened, out, progress);
 }
 
 }  // namespace kelvo

@@ -2,6 +2,7 @@
 
 #include "platform/text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -21,13 +22,6 @@ constexpr std::size_t kValueColumn = 10;
 constexpr int kMostBlocks = 1000;
 constexpr double kUnsignedZero = 32768;
 constexpr const char* kUnreadable = "has a header that can't be read";
-
-std::string_view Trimmed(std::string_view text)
-{
-    const std::size_t first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
 
 // The cards that have a value, as it stands: a text without its quotes, all else without blanks and comment.
 using FitsCards = std::map<std::string, std::string, std::less<>>;
@@ -81,9 +75,11 @@ std::optional<FitsHead> ReadCards(const File& file, std::string& why)
     return std::nullopt;
 }
 
-std::optional<double> NumberOf(std::string_view text)
+// The exponent of a double has a letter of its own, "1.5D3".
+std::optional<double> NumberOf(std::string text)
 {
-    if (text.starts_with('+')) text.remove_prefix(1);
+    if (text.starts_with('+')) text.erase(0, 1);
+    std::ranges::replace(text, 'D', 'E');
     double number = 0;
     const auto [behind, fault] = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool isOne = fault == std::errc() && behind == text.data() + text.size() && std::isfinite(number);
@@ -136,7 +132,9 @@ std::optional<ForeignLayout> LayoutOf(const FitsHead& head)
     const auto order = head.cards.find("ROWORDER");
     layout.isBottomUp = order != head.cards.end() && EqualIgnoringCase(order->second, "BOTTOM-UP");
     constexpr double kMsPerSecond = 1000;
-    layout.integrationMs = std::max(0.0, NumberAt(head.cards, "EXPTIME", 0).value_or(0) * kMsPerSecond);
+    constexpr double kLongestExposure = 1e9;  // seconds; what is longer, or negative, is none
+    const double exposure = NumberAt(head.cards, "EXPTIME", 0).value_or(0);
+    if (exposure >= 0 && exposure <= kLongestExposure) layout.integrationMs = exposure * kMsPerSecond;
     return layout;
 }
 

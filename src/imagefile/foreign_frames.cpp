@@ -43,10 +43,12 @@ bool BeginsAsImageFile(std::string_view front)
 }
 
 std::optional<std::pair<std::variant<File, ForeignTiff>, ForeignLayout>> OpenSource(File file, ForeignKind kind,
-                                                                                    std::string& why)
+                                                                                    std::string& why,
+                                                                                    const ForeignFrames::GoesOn& goesOn)
 {
     if (kind == ForeignKind::kTiff) {
-        std::optional<ForeignTiff> tiff = ForeignTiff::Open(std::move(file), why);
+        const auto countsOn = [&goesOn] { return !goesOn || goesOn(0, 1); };
+        std::optional<ForeignTiff> tiff = ForeignTiff::Open(std::move(file), why, countsOn);
         if (!tiff) return std::nullopt;
         const ForeignLayout layout = tiff->Layout();
         return std::pair(std::variant<File, ForeignTiff>(std::move(*tiff)), layout);
@@ -131,7 +133,7 @@ std::optional<ForeignFrames> ForeignFrames::Open(std::string_view path, ForeignK
         why = "can't be opened";
         return std::nullopt;
     }
-    auto source = OpenSource(std::move(*file), kind, why);
+    auto source = OpenSource(std::move(*file), kind, why, goesOn);
     if (!source) return std::nullopt;
     ForeignFrames frames(std::move(source->first), source->second);
     if (!AllocateBlock(frames.words_, frames.Pixels())) {
@@ -152,7 +154,7 @@ std::optional<int> ForeignFrames::FindHighest(const GoesOn& goesOn, std::string&
     int highest = std::numeric_limits<std::int16_t>::min();
     for (std::int64_t frame = 0; frame < layout_.frames; ++frame) {
         if (goesOn && !goesOn(frame, layout_.frames)) {
-            why = "wasn't looked through";
+            why = kNotLookedThrough;
             return std::nullopt;
         }
         if (!ReadWords(frame, why)) return std::nullopt;

@@ -30,7 +30,8 @@ std::optional<ForeignKind> ForeignKindOf(std::string_view path);
 
 class ForeignFrames {
   public:
-    // Asked between frames while all values are looked through, for the highest of them: false stops.
+    // Asked between frames while all values are looked through, for the highest of them, and before that, with frame 0
+    // of 1, between the pages of a TIFF file while they are counted: false stops.
     using GoesOn = std::function<bool(std::int64_t frame, std::int64_t frames)>;
 
     // nullopt with the reason in why: "can't be opened", "needs more memory than is left", "can't be read", "wasn't

@@ -29,6 +29,9 @@ struct ForeignLayout {
 constexpr std::int64_t kMostForeignSide = 32767;
 constexpr std::int64_t kMostForeignFrames = 2147483647;
 
+// The reason where whoever asked for the frames wanted no more of them.
+inline constexpr const char* kNotLookedThrough = "wasn't looked through";
+
 // Empty, or why no image header can tell of them: "holds no pixels", "has sides of more than 32767 pixels", "holds more
 // than 2147483647 frames".
 std::string WhyNotAnImage(const ForeignLayout& layout);

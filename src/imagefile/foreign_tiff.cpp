@@ -244,7 +244,7 @@ class ForeignTiff::Pages {
     explicit Pages(File file) : source_{std::move(file)} {}
 
     // Empty, or the reason.
-    std::string Open();
+    std::string Open(const std::function<bool()>& goesOn);
     const ForeignLayout& Layout() const { return layout_; }
     bool ReadFrame(std::int64_t frame, std::span<std::uint16_t> words, std::string& why);
 
@@ -260,13 +260,14 @@ class ForeignTiff::Pages {
     std::size_t at_ = 0;                 // the page that libtiff stands at
 };
 
-std::string ForeignTiff::Pages::Open()
+std::string ForeignTiff::Pages::Open(const std::function<bool()>& goesOn)
 {
     if (!LooksLikeTiff(source_.file)) return "isn't a TIFF file";
     tiff_ = OpenTiff(source_);
     if (!tiff_ || TIFFSetDirectory(tiff_.get(), 0) != 1) return "is damaged";
     std::string why = TakePage();
     while (why.empty() && TIFFLastDirectory(tiff_.get()) == 0) {
+        if (goesOn && !goesOn()) return kNotLookedThrough;
         // After a failure libtiff stands at a page that is half there.
         why = TIFFReadDirectory(tiff_.get()) == 1 ? TakePage() : "is damaged";
     }
@@ -322,10 +323,10 @@ ForeignTiff::ForeignTiff(ForeignTiff&&) noexcept = default;
 ForeignTiff& ForeignTiff::operator=(ForeignTiff&&) noexcept = default;
 ForeignTiff::~ForeignTiff() = default;
 
-std::optional<ForeignTiff> ForeignTiff::Open(File file, std::string& why)
+std::optional<ForeignTiff> ForeignTiff::Open(File file, std::string& why, const std::function<bool()>& goesOn)
 {
     auto pages = std::make_unique<Pages>(std::move(file));
-    why = pages->Open();
+    why = pages->Open(goesOn);
     if (!why.empty()) return std::nullopt;
     return ForeignTiff(std::move(pages));
 }

@@ -6,6 +6,7 @@
 #include "platform/files.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -22,7 +23,10 @@ class ForeignTiff {
     //
     // Samples are without sign where the file doesn't say; only the ones that Kelvo itself saved have a sign then. A
     // first row at the bottom (Orientation 4) is told as ForeignLayout has it.
-    static std::optional<ForeignTiff> Open(File file, std::string& why);
+    //
+    // goesOn is asked at each page: libtiff holds each against all before it, and needs seconds for 100,000 of them.
+    // False stops, "wasn't looked through".
+    static std::optional<ForeignTiff> Open(File file, std::string& why, const std::function<bool()>& goesOn = nullptr);
     ForeignTiff(ForeignTiff&&) noexcept;
     ForeignTiff& operator=(ForeignTiff&&) noexcept;
     ForeignTiff(const ForeignTiff&) = delete;

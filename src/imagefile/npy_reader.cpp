@@ -149,8 +149,9 @@ std::string WhyNotCounts(std::string_view descr)
     if (kind == 'c') return "holds complex numbers";
     if (kind != 'i' && kind != 'u') return "holds what aren't numbers";
     int bytes = 0;
-    std::from_chars(kindAndBytes.data() + 1, kindAndBytes.data() + kindAndBytes.size(), bytes);
-    if (bytes < 1 || bytes > 16) return kUnreadable;
+    const char* const end = kindAndBytes.data() + kindAndBytes.size();
+    const auto [behind, fault] = std::from_chars(kindAndBytes.data() + 1, end, bytes);
+    if (fault != std::errc() || behind != end || bytes < 1 || bytes > 16) return kUnreadable;
     return Format("holds samples of %d bits", 8 * bytes);
 }
 

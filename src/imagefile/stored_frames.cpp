@@ -1,6 +1,7 @@
 #include "imagefile/stored_frames.h"
 
 #include "imagefile/frame_file.h"
+#include "platform/memory.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,10 +17,11 @@ constexpr double kNsPerSecond = 1e9;
 
 }  // namespace
 
-std::optional<StoredFrames> StoredFrames::Open(std::string_view path, std::string& why)
+std::optional<StoredFrames> StoredFrames::Open(std::string_view path, std::string& why,
+                                               const ForeignFrames::GoesOn& goesOn)
 {
     if (const std::optional<ForeignKind> kind = ForeignKindOf(path)) {
-        std::optional<ForeignFrames> foreign = ForeignFrames::Open(path, *kind, why);
+        std::optional<ForeignFrames> foreign = ForeignFrames::Open(path, *kind, why, goesOn);
         if (!foreign) return std::nullopt;
         return StoredFrames(std::string(path), std::move(*foreign));
     }
@@ -59,11 +61,28 @@ bool StoredFrames::ReadHead(std::string& why)
 
 void StoredFrames::ReadJournal()
 {
-    FramesFile journal = ReadFramesFile(FramesPathOf(path_));
-    const bool isItsOwn = journal.fault == FramesFault::kNone && journal.head.columns == Columns() &&
-                          journal.head.rows == Rows() &&
+    const std::string path = FramesPathOf(path_);
+    FramesFile journal = ReadFramesFile(path);
+    const bool isItsOwn = journal.head.columns == Columns() && journal.head.rows == Rows() &&
                           journal.head.pixelBytes == Pixels() * static_cast<std::size_t>(header_.SampleBytes);
-    if (isItsOwn) journal_ = std::move(journal);
+    switch (journal.fault) {
+        case FramesFault::kNone:
+            if (!isItsOwn) journalFault_ = "is of another sequence";
+            break;
+        case FramesFault::kNotOpened:
+            if (NameIsTaken(path)) journalFault_ = "can't be read";
+            return;
+        case FramesFault::kNoJournal:
+            journalFault_ = "is none, or of a version to come";
+            break;
+        case FramesFault::kDamaged:
+            journalFault_ = "is damaged";
+            break;
+        case FramesFault::kNoMemory:
+            journalFault_ = "needs more memory than is left";
+            break;
+    }
+    if (journalFault_.empty()) journal_ = std::move(journal);
 }
 
 bool StoredFrames::AreCorrected() const
@@ -96,18 +115,19 @@ bool StoredFrames::ReadCounts(std::int64_t frame, std::span<std::int16_t> counts
         return false;
     }
     if (foreign_) return foreign_->ReadCounts(frame, counts, why);
-    const FrameRead read =
-        ReadFrameRecord(ImageFile(), header_, headerBytes_, static_cast<std::uint32_t>(frame), block_);
+    const bool holdsFloats = header_.SampleBytes == kFloatSamples;
+    std::vector<std::uint8_t>& record = holdsFloats ? floats_ : block_;
+    FrameRead read = ReadFrameRecord(ImageFile(), header_, headerBytes_, static_cast<std::uint32_t>(frame), record);
+    if (holdsFloats && read == FrameRead::kComplete && block_.size() < record.size() &&
+        !AllocateBlock(block_, record.size())) {
+        read = FrameRead::kNoMemory;
+    }
     if (read != FrameRead::kComplete) {
         why = read == FrameRead::kNoMemory ? "needs more memory than is left" : "can't be read";
         return false;
     }
     const auto before = static_cast<std::size_t>(header_.ImageHeaderDataOffset);
-    if (header_.SampleBytes == kFloatSamples) {
-        // In place: a count is written before the place of the next float is reached.
-        const std::vector<std::uint8_t> record = block_;
-        FloatRecordToCounts(record, header_, block_);
-    }
+    if (holdsFloats) FloatRecordToCounts(record, header_, block_);
     if (header_.ByteSwap == 0) SwapRecordWords(block_, header_);
     std::memcpy(counts.data(), block_.data() + before, Pixels() * sizeof(std::int16_t));
     return true;

@@ -21,8 +21,10 @@ class StoredFrames {
   public:
     // An image file or a sequence, with the journal beside it where that is its own, or a file of another program
     // (imagefile/foreign_frames.h). nullopt with the reason in why, a text that goes on behind the file's name: "can't
-    // be opened", "isn't an image file", "holds no whole frame".
-    static std::optional<StoredFrames> Open(std::string_view path, std::string& why);
+    // be opened", "isn't an image file", "holds no whole frame". All values of another program's file are looked
+    // through first, and goesOn is asked meanwhile.
+    static std::optional<StoredFrames> Open(std::string_view path, std::string& why,
+                                            const ForeignFrames::GoesOn& goesOn = nullptr);
 
     const std::string& Path() const { return path_; }
     // In native order; FrameCount is the number of frames that the file's length holds.
@@ -46,6 +48,9 @@ class StoredFrames {
     // The journal; null where none lies beside the file, or one that isn't this file's. Its records may end before the
     // frames do.
     const FramesFile* Journal() const { return journal_ ? &*journal_ : nullptr; }
+    // Why the one that lies beside it isn't: "is damaged", "is of another sequence", "can't be read", "is none, or of a
+    // version to come", "needs more memory than is left". Empty: there is none, or it is.
+    const std::string& JournalFault() const { return journalFault_; }
     // What the journal says of a frame, from 0; null: nothing.
     const FrameRecord* RecordOf(std::int64_t frame) const;
     // Seconds from the first frame to this one: by the journal's clock where it knows both, else by the number in the
@@ -71,7 +76,9 @@ class StoredFrames {
     std::int32_t headerBytes_ = 0;
     std::int64_t frames_ = 0;
     std::optional<FramesFile> journal_;
-    std::vector<std::uint8_t> block_;  // of one record
+    std::string journalFault_;
+    std::vector<std::uint8_t> block_;   // of one record
+    std::vector<std::uint8_t> floats_;  // the same, before they are counts
 };
 
 }  // namespace kelvo

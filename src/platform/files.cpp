@@ -567,6 +567,11 @@ bool DirectoryExists(std::string_view path)
     return status && S_ISDIR(status->st_mode);
 }
 
+bool NameIsTaken(std::string_view path)
+{
+    return StatusOf(path).has_value();
+}
+
 bool MakeDirectories(std::string_view path)
 {
     std::error_code error;

@@ -1,6 +1,7 @@
 #include "batch/batch.h"
 #include "platform/application.h"
 #include "platform/end_request.h"
+#include "platform/standard_streams.h"
 #include "platform/transcript.h"
 #include "script/script.h"
 #include "shell/script_hooks.h"
@@ -56,6 +57,7 @@ int main(int argc, char** argv)
 {
     using namespace kelvo;
 
+    HoldStandardStreams();
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     if (const std::optional<int> exitCode = RunBatch(arguments)) return *exitCode;
     const CommandLine commandLine = ParseCommandLine(arguments);

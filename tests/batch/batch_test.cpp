@@ -37,12 +37,14 @@ BatchArguments Taken(std::vector<std::string> arguments, std::string_view word =
 
 TEST(Batch, ArgumentsAreFilesFlagsAndValues)
 {
-    const BatchArguments taken = Taken({"a", "--frames", "1:2", "b", "--frames=3:4", "--", "--json"});
-    EXPECT_THAT(taken.files, ElementsAre("a", "b", "--json"));
-    EXPECT_THAT(taken.values, ElementsAre(Pair("--frames", "1:2"), Pair("--frames", "3:4")));
+    const BatchArguments taken = Taken({"a", "--set", "x=y", "b", "--frames=3:4", "--", "--json", "-x"}, "apply");
+    EXPECT_THAT(taken.files, ElementsAre("a", "b", "--json", "-x"));
+    EXPECT_THAT(taken.values, ElementsAre(Pair("--set", "x=y"), Pair("--frames", "3:4")));
     EXPECT_EQ(taken.Value("--frames"), "3:4");
+    EXPECT_EQ(Taken({"--set=x=y"}, "apply").Value("--set"), "x=y");
+    EXPECT_EQ(Taken({"--tlow", "-20", "--thigh=-1"}, "calibrate").Value("--tlow"), "-20");
     EXPECT_FALSE(taken.Has("--json"));
-    EXPECT_EQ(taken.Value("--set"), std::nullopt);
+    EXPECT_EQ(taken.Value("--bad"), std::nullopt);
     EXPECT_THAT(taken.error, IsEmpty());
     EXPECT_TRUE(Taken({"--json", "a"}, "recover").Has("--json"));
     EXPECT_FALSE(Taken({"--json", "a"}, "recover").Has("--dry-run"));
@@ -51,9 +53,29 @@ TEST(Batch, ArgumentsAreFilesFlagsAndValues)
 TEST(Batch, WhatIsNoOptionIsTold)
 {
     EXPECT_EQ(Taken({"--jason"}).error, "unknown option --jason");
-    EXPECT_EQ(Taken({"--json=1"}, "recover").error, "unknown option --json=1");
+    EXPECT_EQ(Taken({"--json=1"}, "recover").error, "--json takes no value");
     EXPECT_EQ(Taken({"--json"}).error, "unknown option --json");
+    EXPECT_EQ(Taken({"-json"}, "info").error, "unknown option -json (./-json is a file of that name)");
     EXPECT_EQ(Taken({"--frames"}).error, "--frames needs a value");
+    EXPECT_EQ(Taken({"--jason", "--frames"}).error, "unknown option --jason");
+}
+
+TEST(Batch, NothingIsLeftAsideWithoutAWord)
+{
+    EXPECT_EQ(Taken({"--frames", "0:1", "--frames=2:3"}).error, "--frames is given twice");
+    for (const char* const empty : {"--bad=", "--rect="}) {
+        EXPECT_THAT(Taken({empty, "a"}, "stats").error, HasSubstr(" needs a value"));
+    }
+    EXPECT_EQ(Taken({"--bad", "", "a"}, "stats").error, "--bad needs a value");
+    EXPECT_EQ(Taken({""}, "info").error, "an empty name names no file");
+    EXPECT_EQ(Taken({"--", ""}, "info").error, "an empty name names no file");
+    EXPECT_THAT(Taken({"--", "-"}, "info").error, HasSubstr("- names no file"));
+    EXPECT_THAT(Taken({"--json", "--json"}, "info").error, IsEmpty());
+}
+
+TEST(Batch, WhatIsToldStaysOnItsLine)
+{
+    EXPECT_EQ(Printable("a\n\x1B[2Jb\x7F \xFC"), "a??[2Jb? \xFC");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@ import fcntl
 import json
 import os
 import pathlib
+import pty
 import resource
 import shutil
 import signal
@@ -92,7 +93,7 @@ class CommandLine(unittest.TestCase):
     def test_behind_two_dashes_all_are_files(self):
         code, out, _ = run("recover", "--json", "--", "--help")
         self.assertEqual(code, 2)
-        self.assertIn('"file":"--help"', out)
+        self.assertEqual(json.loads(out)["file"], "--help")
 
     def test_what_is_wrong_stands_on_the_error_stream(self):
         for arguments, text in [(["apply"], "--set DIR/x.cal, a sequence and the name of the new one are needed"),
@@ -109,8 +110,90 @@ class CommandLine(unittest.TestCase):
                                 (["recover"], "no file was named"), (["recover", "--all"], "unknown option --all")]:
             self.expect_refused(arguments, text)
 
+    def test_what_is_given_twice_or_empty_or_begins_with_a_dash(self):
+        for arguments, text in [(["apply", "--set=warm.cal", "--set", "cold.cal", "run.seq", "even.seq"], "--set is given twice"),
+                                (["stats", "--bad=", "run.seq"], "--bad needs a value"), (["export", "--set=", "run.seq", "even.npy"], "--set needs a value"),
+                                (["cut", "--frames=:", "run.seq", ""], "an empty name names no file"), (["join", "--", "", "even.seq"], "an empty name names no file"),
+                                (["info", "-json", "run.seq"], "unknown option -json (./-json is a file of that name)"), (["info", "--json=yes", "run.seq"], "--json takes no value"),
+                                (["cut", "--frames=:", "run.seq", "-f"], "unknown option -f")]:
+            self.expect_refused(arguments, text)
+        self.assertEqual(run("cut", "--frames=:", "run.seq", "./-f")[0], 0)
+        self.assertEqual(run("info", "--", "-f")[0], 0)
+
+    def test_what_is_told_of_a_name_is_one_line(self):
+        self.expect_refused(["info", "a\nb\x1b[2J.seq"], "a?b?[2J.seq can't be opened")
+        self.assertEqual(run("cut", "--frames=:", "run.seq", "a\nb.seq")[0], 0)
+        self.assertEqual(run("info", "a\nb.seq")[1].splitlines()[0], "a?b.seq")
+        self.assertTrue(run("recover", "a\nb.seq")[1].startswith("a?b.seq: clean"))
+        for word in ("info", "recover"):
+            self.assertEqual(json.loads(run(word, "--json", "a\nb.seq")[1])["file"], "a\nb.seq")
+
     def test_the_progress_stands_on_the_error_stream(self):
         self.assertEqual(run(*APPLY), (0, "", "kelvo apply: 4 of 4 frames\n"))
+        self.assertEqual(run(*CUT), (2, "", "kelvo cut: even.seq stands already\n"))
+        (OUT / "even.seq").unlink()
+        (OUT / "even.seq.frames").unlink()
+        self.assertEqual(run(*JOIN)[2].splitlines()[-1], "kelvo join: 8 of 8 frames")
+        self.assertEqual(run("recover", "run.seq")[2].splitlines()[-1], "kelvo recover: run.seq, 3 of 4 frames")
+
+    def on_a_terminal(self, *arguments):
+        here, there = pty.openpty()
+        process = command(*arguments, stdout=subprocess.DEVNULL, stderr=there)
+        os.close(there)
+        told = b""
+        try:
+            while part := os.read(here, 65536):
+                told += part
+        except OSError:  # its other end is closed
+            pass
+        os.close(here)
+        return process.wait(timeout=60), told.decode().replace("\r\n", "\n")
+
+    def test_a_terminal_has_one_line_that_is_written_over(self):
+        numbers = list(range(1, 3001))
+        (OUT / "long.seq").write_bytes(made_by_hand.sequence(numbers))
+        code, told = self.on_a_terminal("cut", "--frames=:", "long.seq", "even.seq")
+        self.assertEqual(code, 0)
+        self.assertTrue(told.endswith("\rkelvo cut: 3000 of 3000 frames\n"), told[-80:])
+        self.assertEqual(told.count("\n"), 1)
+        self.assertLessEqual(told.count("\r"), 1001, "as many steps as a thousandth needs")
+        # Frames 4 and 5 of the journal are whole, the pixels of the last one aren't: what went wrong has its own line.
+        contents = bytearray((OUT / "run.seq").read_bytes())
+        contents[-1] ^= 1
+        (OUT / "run.seq").write_bytes(contents)
+        code, told = self.on_a_terminal("cut", "--frames=:", "run.seq", "odd.seq")
+        self.assertEqual((code, told.splitlines()[-1]), (2, "kelvo cut: run.seq: frame 3 doesn't fit its checksum"))
+        self.assertIn("kelvo cut: 3 of 4 frames\n", told)
+
+    def test_streams_that_are_closed(self):
+        """None of the files becomes one of them, and has told texts among its frames."""
+        whole = [self.make(make) for make in (APPLY, CUT, JOIN)]
+        exported = run("export", "run.seq", "plain.npy")
+        self.assertEqual(exported[0], 0, exported)
+        for closed in ("<&-", ">&-", "2>&-", ">&- 2>&-", "<&- >&- 2>&-"):
+            without = ["sh", "-c", f'exec "$@" {closed}', "sh"]
+            for make, expected in zip((APPLY, CUT, JOIN), whole):
+                self.assertEqual(self.make(make, before=without, stderr=subprocess.DEVNULL), expected, closed)
+            run("export", "run.seq", "even.npy", before=without)
+            self.assertEqual((OUT / "even.npy").read_bytes(), (OUT / "plain.npy").read_bytes(), closed)
+            (OUT / "even.npy").unlink()
+            (OUT / "even.json").unlink()
+        for word in ("info", "stats", "recover"):
+            code, _, error = run(word, "run.seq", before=["sh", "-c", 'exec "$@" >&-', "sh"])
+            self.assertEqual((code, error.splitlines()[-1]), (2, f"kelvo {word}: the standard output takes nothing"))
+
+    def test_who_listens_to_the_progress_may_go(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        for make in (APPLY, CUT, JOIN):
+            self.make_quietly(make, writer)
+        os.close(writer)
+
+    def make_quietly(self, make, errors):
+        process = command(*make, stderr=errors)
+        self.assertEqual(process.wait(timeout=60), 0)
+        for name in ("even.seq", "even.seq.frames"):
+            (OUT / name).unlink()
 
     def test_a_result_is_never_written_over_anything(self):
         (OUT / "stands.seq").write_bytes(b"mine")
@@ -118,10 +201,13 @@ class CommandLine(unittest.TestCase):
         (OUT / "link.seq").symlink_to("run.seq")
         (OUT / "hard.seq").hardlink_to(OUT / "run.seq")
         (OUT / "folder").mkdir()
+        os.mkfifo(OUT / "pipe")
         for make in (APPLY, CUT, JOIN):
             for out in ("run.seq", "./run.seq", "link.seq", "hard.seq", "RUN.SEQ", "stands.seq", "left.seq"):
                 self.expect_refused([*make[:-1], out], f"{out} stands already")
             self.expect_refused([*make[:-1], "folder"], "folder is a directory")
+            for device in ("/dev/null", "/dev/full", "pipe"):
+                self.expect_refused([*make[:-1], device], f"{device} stands already")
 
     def test_what_is_corrected_isnt_corrected_again(self):
         self.assertEqual(run(*APPLY)[0], 0)
@@ -185,13 +271,13 @@ class CommandLine(unittest.TestCase):
     def test_one_that_is_killed_leaves_no_result_and_can_be_run_again(self):
         whole = self.make(APPLY)
         before = everything()
-        for end in (signal.SIGTERM, signal.SIGKILL, signal.SIGINT):
+        for end in (signal.SIGTERM, signal.SIGKILL, signal.SIGHUP, signal.SIGINT):
             process, reader = self.held_in_the_middle()
             process.send_signal(end)
             self.assertEqual(process.wait(timeout=60), -end)
             os.close(reader)
             left = everything()
-            if end == signal.SIGINT:
+            if end != signal.SIGKILL:
                 self.assertNotIn(".even.seq.new", left, "an interrupt closes and clears away")
             left.pop(".even.seq.new", None)
             self.assertEqual(left, before, "at most a hidden file in the making, which the next run uses again")
@@ -217,7 +303,7 @@ class CommandLine(unittest.TestCase):
     def test_an_output_that_takes_nothing(self):
         with open("/dev/full", "w") as full:
             code, _, error = run("recover", "--json", "run.seq", stdout=full)
-        self.assertEqual((code, error), (2, "kelvo recover: the standard output takes nothing\n"))
+        self.assertEqual((code, error.splitlines()[-1]), (2, "kelvo recover: the standard output takes nothing"))
 
     def test_a_recording_that_goes_on_is_left_alone(self):
         with open(OUT / "run.seq", "rb") as recording:
@@ -275,6 +361,32 @@ class CommandLine(unittest.TestCase):
                      "    before frame 2: 3 missing from number 6, 3 lost by the board"):
             self.assertIn(line, text.splitlines())
         self.assertEqual(everything(), before)
+
+    def test_info_tells_of_a_journal_that_is_passed_over(self):
+        journal = OUT / "run.seq.frames"
+        whole = journal.read_bytes()
+        for contents, fault in [(whole[:20] + b"x" + whole[21:], "is damaged"), (b"notes", "is none, or of a version to come"), (None, "can't be read")]:
+            journal.unlink()
+            if contents is None:
+                journal.mkdir()
+            else:
+                journal.write_bytes(contents)
+            code, out, error = run("info", "--json", "run.seq")
+            self.assertEqual((code, error), (0, ""))
+            self.assertEqual((json.loads(out)["journal"], json.loads(out)["journal_fault"]), (None, fault))
+            self.assertIn(f"  journal       what lies beside the file {fault}\n", run("info", "run.seq")[1])
+        journal.rmdir()
+        self.assertNotIn("journal_fault", json.loads(run("info", "--json", "run.seq")[1]))
+
+    def test_frames_that_read_in_other_degrees_arent_joined(self):
+        (OUT / "run.seq.frames").unlink()
+        self.described()
+        (OUT / "same.seq").write_bytes((OUT / "run.seq").read_bytes())
+        contents = bytearray((OUT / "run.seq").read_bytes())
+        struct.pack_into("<f", contents, 26, 20.25)
+        (OUT / "other.seq").write_bytes(contents)
+        self.expect_refused(["join", "run.seq", "other.seq", "even.seq"], "other.seq was corrected with other sources")
+        self.assertEqual(run("join", "run.seq", "same.seq", "even.seq")[0], 0)
 
     def test_info_goes_on_behind_a_file_that_is_none(self):
         (OUT / "run.seq.frames").unlink()

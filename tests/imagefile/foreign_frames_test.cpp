@@ -249,6 +249,8 @@ TEST(ForeignFrames, NeedsMoreThanANumpyHeader)
     EXPECT_EQ(refused("{'descr': '<i2', 'fortran_order': False, 'shape': (2, -3)}"), unreadable);
     EXPECT_EQ(refused("{'descr': '<i2', 'fortran_order': False, 'shape': (2, 99999999999999999999)}"), unreadable);
     EXPECT_EQ(refused("{'descr': '<i2', 'fortran_order': Maybe, 'shape': (2, 3)}"), unreadable);
+    EXPECT_EQ(refused("{'descr': '<i2x', 'fortran_order': False, 'shape': (2, 3)}"), unreadable);
+    EXPECT_EQ(refused("{'descr': '<i', 'fortran_order': False, 'shape': (2, 3)}"), unreadable);
     EXPECT_EQ(refused("{'descr': '|i2', 'fortran_order': False, 'shape': (2, 3)}"), unreadable);
     EXPECT_EQ(refused("{'descr': '<i2', 'fortran_order': False, 'shape': (2, 4)}"), "is cut short");
     EXPECT_EQ(refused("{'descr': '<i2', 'fortran_order': False, 'shape': (32768, 1)}"),
@@ -259,6 +261,46 @@ TEST(ForeignFrames, NeedsMoreThanANumpyHeader)
     std::string why;
     std::ofstream(path, std::ios::binary) << Npy("{\"shape\":(2,3),'descr':'<i2','fortran_order':False}", 6);
     EXPECT_TRUE(StoredFrames::Open(path, why)) << why;  // no commas at the end, another order, other quotes
+}
+
+// A header of these cards and those of 3 x 2 samples, with as many zeros.
+std::string Fits(const std::vector<std::string>& cards)
+{
+    constexpr std::size_t kBlock = 2880;
+    std::string text;
+    std::vector<std::string> all = {"SIMPLE  =                    T", "BITPIX  =                   16",
+                                    "NAXIS   =                    2", "NAXIS1  =                    3",
+                                    "NAXIS2  =                    2"};
+    all.insert(all.end(), cards.begin(), cards.end());
+    all.emplace_back("END");
+    for (std::string card : all) {
+        card.resize(80, ' ');
+        text += card;
+    }
+    text.resize((text.size() + kBlock - 1) / kBlock * kBlock, ' ');
+    return text + std::string(kBlock, '\0');
+}
+
+TEST(ForeignFrames, TakeNumbersOfFitsCardsAsItsRulesWriteThem)
+{
+    const TempDirectory directory;
+    const std::string path = directory.Path() + "/a.fits";
+    const auto exposure = [&path](const std::string& card) {
+        std::ofstream(path, std::ios::binary) << Fits({card});
+        std::string why;
+        const std::optional<StoredFrames> frames = StoredFrames::Open(path, why);
+        return frames ? static_cast<double>(frames->Header().IntegrationMsec) : -1;
+    };
+    EXPECT_EQ(exposure("EXPTIME =              +2.5D-1 / a double's exponent"), 250);
+    EXPECT_EQ(exposure("EXPTIME =                  1e9"), 1e12F);
+    for (const char* const none : {"1.1e9", "1D308", "-5", "'soon'", "nan", "-inf"}) {
+        EXPECT_EQ(exposure(std::string("EXPTIME = ") + none), 0) << none;
+    }
+    std::ofstream(path, std::ios::binary) << Fits({"BSCALE  = 1.0D0", "BZERO   = 3.2768D4"});
+    std::string why;
+    EXPECT_TRUE(StoredFrames::Open(path, why)) << why;
+    std::ofstream(path, std::ios::binary) << Fits({"BSCALE  = 1.0D0", "BZERO   = 3.2768D3"});
+    EXPECT_EQ(WhyNotOpened(path), "holds values that aren't counts (BSCALE or BZERO)");
 }
 
 TEST(ForeignFrames, AreKnownByNameAndByWhatTheyBeginWith)
@@ -321,6 +363,20 @@ TEST(ForeignFrames, AreLookedThroughAsLongAsSomebodyWaits)
     EXPECT_FALSE(ForeignFrames::Open(path, ForeignKind::kNpy, why, goesOn));
     EXPECT_EQ(why, "wasn't looked through");
     EXPECT_THAT(asked, ElementsAre(0, 1, 2));
+}
+
+TEST_F(ForeignFiles, PagesAreCountedAsLongAsSomebodyWaits)
+{
+    int asked = 0;
+    std::string why;
+    const auto goesOn = [&asked](std::int64_t frame, std::int64_t frames) {
+        EXPECT_EQ(frame, 0);
+        EXPECT_EQ(frames, 1);
+        return ++asked < 2;
+    };
+    EXPECT_FALSE(StoredFrames::Open(PathOf("signed.tif"), why, goesOn));
+    EXPECT_EQ(why, "wasn't looked through");
+    EXPECT_EQ(asked, 2) << "before each of the two pages behind the first";
 }
 
 }  // namespace
