@@ -655,7 +655,10 @@ rows.DIBPRINT = {
   end,
 }
 rows.EXPORT = {
-  setup = view_sequence,
+  setup = function()
+    view_sequence()
+    regions { { name = "oval", shape = "ellipse", x1 = 2, y1 = 1, x2 = 8, y2 = 5 }, { name = "spot", shape = "point", x1 = 9, y1 = 9 } }
+  end,
   open = opens(2200, "EXPORT"),
   buttons = browsing,
   -- A frame that isn't there, and no name.
