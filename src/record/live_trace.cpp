@@ -93,12 +93,12 @@ bool Append(const Measured& fresh)
 }
 
 // What was measured by now joins the trace. False where there is no memory for more.
-bool TakeFresh()
+bool TakeFresh(Measuring& m)
 {
     Measured fresh;
     {
-        const std::scoped_lock lock(measuring->mutex);
-        fresh = std::exchange(measuring->fresh, {.isFull = measuring->fresh.isFull});
+        const std::scoped_lock lock(m.mutex);
+        fresh = std::exchange(m.fresh, {.isFull = m.fresh.isFull});
     }
     return Append(fresh) && !fresh.isFull;
 }
@@ -106,7 +106,7 @@ bool TakeFresh()
 void Fetch()
 {
     if (!measuring) return;
-    const bool hasRoom = TakeFresh();
+    const bool hasRoom = TakeFresh(*measuring);
     if (hasRoom && ObservingRuns()) return;
     message = hasRoom ? kNotAgain : kFull;
     EndObserving();
@@ -175,7 +175,7 @@ void StopLiveTrace()
     Fetch();
     if (!measuring) return;
     EndObserving();
-    if (!TakeFresh()) message = kFull;
+    if (!TakeFresh(*measuring)) message = kFull;
     measuring.reset();
 }
 

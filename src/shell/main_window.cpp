@@ -261,7 +261,7 @@ LRESULT Answer(HWND window, std::uint32_t message, WPARAM wParam, LPARAM lParam)
             OnCreate(window);
             return 0;
         case WM_CLOSE:
-            if (wParam != kCloseUnasked && !AgreeToStopRecording()) return 0;
+            if (wParam != kCloseUnasked && !AgreeToEndWhatRuns()) return 0;
             return DefWindowProc(window, message, wParam, lParam);
         case WM_DESTROY:
             ShutDown();

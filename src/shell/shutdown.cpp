@@ -10,6 +10,7 @@
 #include "platform/profile.h"
 #include "platform/window.h"
 #include "record/external_signal.h"
+#include "record/live_trace.h"
 #include "record/recorder_window.h"
 #include "record/trace_window.h"
 #include "record/what_records.h"
@@ -29,12 +30,14 @@ namespace kelvo {
 namespace {
 
 constexpr std::string_view kCaption = "QVF Vantir";
+constexpr std::string_view kWhileRecording = "A recording is running.\nStop it and quit?";
+constexpr std::string_view kWhileTracing = "Live video is traced, and no file has the trace.\nEnd it and quit?";
 
 bool shutDown = false;
 
 bool AgreeToExit()
 {
-    if (SomethingRecords()) return AgreeToStopRecording();
+    if (SomethingRecords() || LiveTraceRuns()) return AgreeToEndWhatRuns();
     return MessageBox(hWndMain, "\nDo you wish to exit?", kCaption, BoxIcon::kQuestion, BoxButtons::kYesNo) ==
            Button::kYes;
 }
@@ -73,10 +76,11 @@ CommandEnd AskToExit()
     return CommandEnd::kLeaveStatus;
 }
 
-bool AgreeToStopRecording()
+bool AgreeToEndWhatRuns()
 {
-    if (!SomethingRecords()) return true;
-    return MessageBox(hWndMain, "A recording is running.\nStop it and quit?", kCaption, BoxIcon::kQuestion,
+    const bool records = SomethingRecords();
+    if (!records && !LiveTraceRuns()) return true;
+    return MessageBox(hWndMain, records ? kWhileRecording : kWhileTracing, kCaption, BoxIcon::kQuestion,
                       BoxButtons::kOkCancel, Button::kCancel) == Button::kOk;
 }
 

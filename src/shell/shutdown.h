@@ -6,12 +6,13 @@
 namespace kelvo {
 
 // The Exit command: asks "\nDo you wish to exit?" under "QVF Vantir", while the status line tells whether the camera
-// stays on, or while something records AgreeToStopRecording alone. Yes: ShutDown, and the status is left.
+// stays on, or while something records or is traced AgreeToEndWhatRuns alone. Yes: ShutDown, and the status is left.
 CommandEnd AskToExit();
 
-// Asks "A recording is running.\nStop it and quit?" under "QVF Vantir" where something records. True: nothing does, or
-// Ok. False: Cancel, and it goes on.
-bool AgreeToStopRecording();
+// Asks "A recording is running.\nStop it and quit?" under "QVF Vantir" where something records, "Live video is traced,
+// and no file has the trace.\nEnd it and quit?" where that alone runs. True: nothing does, or Ok. False: Cancel, and it
+// goes on.
+bool AgreeToEndWhatRuns();
 
 // Ends what records, its files closed; saves the state of the display, gives everything back and ends the message loop.
 // The camera head stays on. Runs once: the Exit command calls it, and so does the main window's end.

@@ -2,6 +2,7 @@
 #include "record/live_trace.h"
 
 #include "grabber/recording.h"
+#include "pixel/bad_pixels_write.h"
 #include "platform/clock.h"
 #include "platform/memory.h"
 #include "record/recorder_fixture.h"
@@ -93,6 +94,27 @@ TEST_F(LiveTraceTest, CorrectsAsTheLivePictureDoes)
         EXPECT_EQ(LiveTrace().lines[0].points[static_cast<std::size_t>(number - 1)].mean,
                   raw - static_cast<int>(detector % 7));
     }
+}
+
+TEST_F(LiveTraceTest, LeavesOutWhatTheCameraKnowsToBe)
+{
+    write::badPixels.BadDetList.assign(kPixels, 0);
+    write::badPixels.BadDetList[10 * 320 + 30] = 1;
+    write::badPixels.BadDetList[20 * 320 + 50] = 1;
+    write::badPixels.BadDetList[0] = 1;  // not in the region
+    std::string why;
+    ASSERT_TRUE(StartLiveTrace(OneRegion(), why, BadPixels::kLeftOut)) << why;
+    GoBehind(3);
+    StopLiveTrace();
+    const TraceLine& line = LiveTrace().lines[0];
+    EXPECT_EQ(line.leftOut, 2U);
+    EXPECT_EQ(line.pixels, 21U * 11U - 2U);
+    EXPECT_THAT(LiveTrace().origin,
+                testing::Contains(testing::Pair("bad pixels", "left out: those that the camera knows")));
+    std::vector<double> counts = CountsOf(2);
+    double sum = -counts.front() - counts.back();  // the region's first and last pixel
+    for (const double count : counts) sum += count;
+    EXPECT_DOUBLE_EQ(line.points[1].mean, sum / (21 * 11 - 2));
 }
 
 TEST_F(LiveTraceTest, GoesOnThroughARecording)

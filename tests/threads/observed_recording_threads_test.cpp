@@ -17,6 +17,7 @@
 #include <numeric>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvo {
@@ -138,14 +139,15 @@ TEST_F(ObservedRecordingThreads, MeasuresRegionsWhileTheListsChange)
     CalibrationListsChanged();
     std::string why;
     const std::vector<Region> regions = {{.number = 1, .name = "R1", .place = {1, 1, 4, 2}, .reflectedC = {}}};
-    std::optional<RegionCounts> counts = RegionCounts::Make(regions, kPacedColumns, kPacedRows, why);
-    ASSERT_TRUE(counts) << why;
-    ASSERT_TRUE(counts->PrepareCorrection());
+    std::optional<RegionCounts> made = RegionCounts::Make(regions, kPacedColumns, kPacedRows, why);
+    if (!made) FAIL() << why;
+    RegionCounts counts = *std::move(made);
+    ASSERT_TRUE(counts.PrepareCorrection());
     Seen seen;
     std::atomic<int> wrong = 0;
     ASSERT_TRUE(BeginObserving([&](const ObservedFrame& frame) {
-        counts->FromRaw(frame.values);
-        const TracePoint point = counts->Measure(0);
+        counts.FromRaw(frame.values);
+        const TracePoint point = counts.Measure(0);
         if (point.mean != static_cast<double>(frame.stamp.number - 3) || point.deviation != 0) ++wrong;
         seen.Note(frame);
     }));
