@@ -114,9 +114,9 @@ std::optional<ExportSource> ExportSource::Open(const ExportRequest& request, std
                       : request.what == ExportWhat::kOnView ? &ExportSource::TakePictureOnView
                                                             : &ExportSource::TakeHostFrames;
     const bool isOpen = (source.*open)(request, why) && source.TakeRectangle(request, why) &&
-                        source.TakeCorrection(request, why) && source.TakeUnit(request, why);
+                        source.TakeCorrection(request, why) && source.TakeUnit(request, why) &&
+                        source.TakeBadDetectors(why);
     if (!isOpen) return std::nullopt;
-    source.TakeBadDetectors();
     source.MakeTable(request);
     return source;
 }
@@ -288,6 +288,10 @@ bool ExportSource::TakeCorrection(const ExportRequest& request, std::string& why
     if (!correction_) return false;
     provenance.pixels = kCorrectedPixels;
     provenance.setSha256 = ChecksumOf(provenance.set);
+    if (provenance.setSha256.empty() && FileExists(provenance.set)) {
+        why = provenance.set + " can't be read";
+        return false;
+    }
     if (AllocateBlock(corrected_, columns_ * rows_)) return true;
     why = "No memory is left.";
     return false;
@@ -344,17 +348,17 @@ bool ExportSource::TakeUnit(const ExportRequest& request, std::string& why)
     return false;
 }
 
-void ExportSource::TakeBadDetectors()
+bool ExportSource::TakeBadDetectors(std::string& why)
 {
     Provenance& provenance = description_.provenance;
-    if (IsRaw()) return;
+    if (IsRaw()) return true;
     std::optional<std::vector<std::uint8_t>> bad;
     if (correctedInForce_) {
-        bad = BadDetectorsInForce(columns_, rows_);
+        bad = BadDetectorsInForce(columns_, rows_, why);
     } else if (!provenance.set.empty() && ChecksumOf(provenance.set) == provenance.setSha256) {
-        bad = BadDetectorsOfSet(provenance.set, columns_, rows_);
+        bad = BadDetectorsOfSet(provenance.set, columns_, rows_, why);
     }
-    if (!bad) return;
+    if (!bad) return why.empty();
     std::vector<std::uint8_t>& cut = description_.badDetectors;
     cut.reserve(description_.Pixels());
     for (std::size_t row = 0; row < rectangle_.rows; ++row) {
@@ -364,6 +368,7 @@ void ExportSource::TakeBadDetectors()
     }
     provenance.badKnown = true;
     provenance.badDetectors = std::ranges::count_if(cut, [](std::uint8_t mark) { return mark != 0; });
+    return true;
 }
 
 void ExportSource::MakeTable(const ExportRequest& request)

@@ -75,7 +75,7 @@ class ExportSource {
     bool TakeCorrection(const ExportRequest& request, std::string& why);
     bool CorrectWithListsInForce(std::string& why);
     bool TakeUnit(const ExportRequest& request, std::string& why);
-    void TakeBadDetectors();
+    bool TakeBadDetectors(std::string& why);
     void MakeTable(const ExportRequest& request);
     bool IsRaw() const;
     bool IsWholeFrame() const;
