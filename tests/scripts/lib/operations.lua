@@ -577,8 +577,16 @@ rows.noise = noise_row(4, false)
 rows.noise_file = noise_row(4, true)
 rows.noise_long_file = noise_row(20, true)
 
--- What a dialog with a plot keeps: a row for each kind of file. work() is what makes it enabled.
-local function plot_saved(id, name, work, ending, is_whole, before)
+-- The window of the traces, in front or beside the main window.
+local function in_traces(call, ...)
+  if dialog() == "TRACES" then return call(...) end
+  return call("TRACES", ...)
+end
+local function note_all()
+  while box() do operations.note_and_answer() end
+end
+-- What a window with a plot keeps: a row for each kind of file. save(choose) opens it, makes the plot, and hands the name on.
+local function plot_saved(save, ending, is_whole, before)
   local file_name = "figures" .. ending
   return {
     arms = true,
@@ -587,16 +595,14 @@ local function plot_saved(id, name, work, ending, is_whole, before)
       if before then before() end
       os.remove(datadir() .. "/" .. file_name)
     end,
-    run = function() command(id) end,
-    dialogs = {
-      [name] = function(times)
-        if times > 1 then return press(2) end
-        work()
-        press(1606)
+    run = function()
+      save(function()
         operations.arm()
         choose(datadir() .. "/" .. file_name)
-      end,
-    },
+        note_all()
+        if file() then cancel() end
+      end)
+    end,
     done = function(after)
       local bytes = after["file " .. file_name]
       return bytes ~= nil and is_whole(bytes)
@@ -607,75 +613,81 @@ local function plot_saved(id, name, work, ending, is_whole, before)
 end
 local function lines_in(bytes) return select(2, bytes:gsub("\n", "")) end
 local function png_is_whole(bytes) return bytes:sub(2, 4) == "PNG" and bytes:sub(-8, -5) == "IEND" end
-local function measure_noise()
+local function save_noise(choose_name)
+  command(2230)
   press(22302)
   set(22303, datadir() .. "/raw.seq")
   set(22305, "")
   set(22307, "2")
   press(1)
   check.eq(text(22316), "2 raw frames")
+  press(1606)
+  choose_name()
+  press(2)
 end
-rows["noise_save.csv"] = plot_saved(2230, "NOISE", measure_noise, ".csv", function(bytes) return lines_in(bytes) == 12 + 32 * 25 and bytes:sub(-1) == "\n" end)
-rows["noise_save.img"] = plot_saved(2230, "NOISE", measure_noise, ".img", function(bytes) return #bytes == 512 + 4 * 32 * 25 end)
-rows["noise_save.png"] = plot_saved(2230, "NOISE", measure_noise, ".png", png_is_whole)
+rows["noise_save.csv"] = plot_saved(save_noise, ".csv", function(bytes) return lines_in(bytes) == 12 + 32 * 25 and bytes:sub(-1) == "\n" end)
+rows["noise_save.img"] = plot_saved(save_noise, ".img", function(bytes) return #bytes == 512 + 4 * 32 * 25 end)
+rows["noise_save.png"] = plot_saved(save_noise, ".png", png_is_whole)
 
 -- The frames of the file on view traced, and saved; a trace of live video.
 local function view_small() drop(datadir() .. "/raw.seq") end
 local function trace_small()
-  press(22403)
-  check.eq(text(22408), "2")
+  command(2240)
+  in_traces(press, 22403)
+  check.eq(in_traces(text, 22408), "2")
 end
-rows["trace_save.csv"] = plot_saved(2240, "TRACES", trace_small, ".csv", function(bytes) return bytes:find("\n2,2,[^\n]*\n$") ~= nil end, view_small)
-rows["trace_save.png"] = plot_saved(2240, "TRACES", trace_small, ".png", png_is_whole, view_small)
+local function save_trace(choose_name)
+  trace_small()
+  in_traces(press, 1606)
+  choose_name()
+  in_traces(press, 2)
+end
+rows["trace_save.csv"] = plot_saved(save_trace, ".csv", function(bytes) return bytes:find("\n2,2,[^\n]*\n$") ~= nil end, view_small)
+rows["trace_save.png"] = plot_saved(save_trace, ".png", png_is_whole, view_small)
 
 local frames_traced
 rows.trace_file = {
   arms = true,
   prepare = small_recording,
   setup = function()
-    frames_traced = nil
     -- A trace of another number of frames, which stands where this one fails.
     require("files").image(datadir() .. "/three.seq", { width = 32, height = 25, frames = 3 }, 3, function(frame) return 4000 + frame end)
     drop(datadir() .. "/three.seq")
     command(2240)
-    press(22403)
-    check.eq(text(22408), "3")
-    press(2)
+    in_traces(press, 22403)
+    check.eq(in_traces(text, 22408), "3")
+    in_traces(press, 2)
     drop(datadir() .. "/raw.seq")
   end,
-  run = function() command(2240) end,
-  dialogs = {
-    TRACES = function(times)
-      if times > 1 then
-        frames_traced = text(22408)
-        return press(2)
-      end
-      check.eq(text(22408), "3")
-      operations.arm()
-      press(22403)
-    end,
-  },
+  run = function()
+    command(2240)
+    check.eq(in_traces(text, 22408), "3")
+    operations.arm()
+    in_traces(press, 22403)
+    note_all()
+    frames_traced = in_traces(text, 22408)
+    in_traces(press, 2)
+  end,
   done = function() return frames_traced == "2" end,
   writes = {},
   kept = {},
 }
 rows.trace_live = {
   arms = true,
-  setup = function() frames_traced = 0 end,
-  run = function() command(2240) end,
-  dialogs = {
-    TRACES = function(times)
-      if times > 1 then return press(2) end
-      operations.arm()
-      press(22401)
-      while box() do operations.note_and_answer() end
-      if not enabled(22402) then return end
+  run = function()
+    command(2240)
+    frames_traced = 0
+    operations.arm()
+    in_traces(press, 22401)
+    note_all()
+    if in_traces(enabled, 22402) then
       wait(700)
-      while box() do operations.note_and_answer() end
-      if enabled(22402) then press(22402) end
-      frames_traced = tonumber(text(22408))
-    end,
-  },
+      note_all()
+      if in_traces(enabled, 22402) then in_traces(press, 22402) end
+      frames_traced = tonumber(in_traces(text, 22408))
+    end
+    in_traces(press, 2)
+  end,
   done = function() return frames_traced > 5 end,
   writes = picture,
   kept = picture,  -- a frame that fails ends live video, with or without a trace
