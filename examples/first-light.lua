@@ -450,12 +450,16 @@ local kTraceFile, kTraceFrames, kTraceGaps, kTraceMean, kTraceSpread = 22403, 22
 drop(whole .. "/even.seq")
 regions { { name = "spot", x1 = 96, y1 = 64, x2 = 111, y2 = 79 }, { name = "ground", x1 = 4, y1 = 4, x2 = 35, y2 = 19 } }
 command(kTraces)
-inFront("TRACES")
-press(kTraceFile)
+-- A dialog in front, or a window that stays open beside the main one.
+local function inTraces(call, control)
+    if dialog() == "TRACES" then return call(control) end
+    return call("TRACES", control)
+end
+inTraces(press, kTraceFile)
 wait(kMeasured)
 picture("24-traces")
 for _, extension in ipairs { "csv", "png" } do
-    press(kSavePlot)
+    inTraces(press, kSavePlot)
     choose(whole .. "/trace." .. extension)
 end
 local means = {}
@@ -470,10 +474,11 @@ local meanCount, squares = 0, 0
 for _, mean in ipairs(means) do meanCount = meanCount + mean / #means end
 for _, mean in ipairs(means) do squares = squares + (mean - meanCount) ^ 2 end
 local figures = { ("%.3f"):format(meanCount), ("%.3f"):format(math.sqrt(squares / (#means - 1))) }
-say("trace of spot: %s frames, gaps: %s; %s ±%s counts, reckoned %s ±%s", text(kTraceFrames), text(kTraceGaps), text(kTraceMean),
-    text(kTraceSpread), figures[1], figures[2])
-assert(tonumber(text(kTraceFrames)) == #means and text(kTraceMean) == figures[1] and text(kTraceSpread) == figures[2], "trace")
-press(kCancel)
+local told = {}
+for i, control in ipairs { kTraceFrames, kTraceGaps, kTraceMean, kTraceSpread } do told[i] = inTraces(text, control) end
+say("trace of spot: %s frames, gaps: %s; %s ±%s counts, reckoned %s ±%s", told[1], told[2], told[3], told[4], figures[1], figures[2])
+assert(tonumber(told[1]) == #means and told[3] == figures[1] and told[4] == figures[2], "trace")
+inTraces(press, kCancel)
 regions {}
 
 -- For other programs: fifty frames in degrees as a FITS cube, which tells when each was taken, and a picture's counts as an array for NumPy.

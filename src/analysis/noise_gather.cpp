@@ -115,7 +115,8 @@ Measured GatherLive(const NoiseRequest& request, std::string& why)
         if (!recording.Began()) return Refuse(why, {});  // a box has told it
         if (!AddLiveFrames(request.frames, *sums, measured.lost, why)) return std::nullopt;
     }
-    const std::optional<BadDetMap> bad = BadDetectorsInForce();
+    const std::optional<BadDetMap> bad = BadDetectorsInForce(why);
+    if (!bad && !why.empty()) return std::nullopt;
     NoiseLists lists{.order = DecomList, .gains = {}, .bad = {}};
     if (bad) lists.bad = *bad;
     measured.knowsBad = CalType != 0 && bad;

@@ -12,6 +12,11 @@ namespace {
 
 constexpr std::int32_t kGainsAndOffsets = 2;
 
+std::string NoMemoryFor(const CalibrationSet& set)
+{
+    return "There is no memory for the set " + FileNameOf(set.calPath) + ".";
+}
+
 // Nothing else in a set says for how many pixels it is.
 std::string WhyNotOfThatSize(const std::string& listPath, std::size_t pixels, std::size_t entryBytes)
 {
@@ -36,10 +41,18 @@ std::optional<BadDetMap> BadDetectorsOfSet(const CalibrationSet& set, std::int32
         why = "There is no frame.";
         return std::nullopt;
     }
+    if (set.memoryRefused) {
+        why = NoMemoryFor(set);
+        return std::nullopt;
+    }
+    if (!set.typeText) {
+        why = FileNameOf(set.calPath) + " can't be read.";
+        return std::nullopt;
+    }
     BadDetMap map;
     const std::size_t pixels = static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
-    if (set.memoryRefused || !AllocateBlock(map, pixels)) {
-        why = "There is no memory for the set " + FileNameOf(set.calPath) + ".";
+    if (!AllocateBlock(map, pixels)) {
+        why = NoMemoryFor(set);
         return std::nullopt;
     }
     const bool hasGains = set.type == kGainsAndOffsets;
@@ -47,7 +60,7 @@ std::optional<BadDetMap> BadDetectorsOfSet(const CalibrationSet& set, std::int32
         hasGains ? WhyNotTheGains(set, pixels) : WhyNotOfThatSize(set.decom.path, pixels, sizeof(std::uint32_t));
     if (amiss.empty() && hasGains) MarkWithoutGain(map, set.gains.entries, set.decom.entries);
     if (amiss.empty() && set.badDetFile && !set.badDetFile->empty()) {
-        amiss = MarkListed(map, columns, InSetDirectory(set.calPath, *set.badDetFile));
+        amiss = MarkListed(map, columns, InSetDirectory(set.calPath, *set.badDetFile)).amiss;
     }
     if (amiss.empty()) return map;
     why = std::move(amiss);
@@ -65,6 +78,13 @@ std::optional<BadDetMap> BadDetectorsOfSet(const std::string& calPath, std::int3
     const bool isFrame = columns > 0 && rows > 0;
     return BadDetectorsOfSet(isFrame ? ReadSet(calPath, static_cast<std::size_t>(pixels)) : CalibrationSet(), columns,
                              rows, why);
+}
+
+bool TellsBadDetectors(const CalibrationSet& set)
+{
+    const bool hasGains = set.type != kGainsAndOffsets || (FileExists(set.gains.path) && FileExists(set.decom.path));
+    const std::string list = set.badDetFile.value_or("");
+    return hasGains && (list.empty() || FileExists(InSetDirectory(set.calPath, list)));
 }
 
 }  // namespace kelvo

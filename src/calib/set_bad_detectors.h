@@ -19,4 +19,7 @@ std::optional<BadDetMap> BadDetectorsOfSet(const std::string& calPath, std::int3
 std::optional<BadDetMap> BadDetectorsOfSet(const CalibrationSet& set, std::int32_t columns, std::int32_t rows,
                                            std::string& why);
 
+// Whether all the files of the set stand that it takes, readable or not.
+bool TellsBadDetectors(const CalibrationSet& set);
+
 }  // namespace kelvo

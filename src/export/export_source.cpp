@@ -311,6 +311,10 @@ bool ExportSource::TakeCorrection(const ExportRequest& request, std::string& why
     if (!correction_) return false;
     provenance.pixels = kCorrectedPixels;
     provenance.setSha256 = ChecksumOf(provenance.set);
+    if (provenance.setSha256.empty() && FileExists(provenance.set)) {
+        why = provenance.set + " can't be read";
+        return false;
+    }
     if (AllocateBlock(corrected_, columns_ * rows_)) return true;
     why = "No memory is left.";
     return false;
@@ -367,18 +371,28 @@ bool ExportSource::TakeUnit(const ExportRequest& request, std::string& why)
     return false;
 }
 
+// Nobody knows them where frames bear no trace of their set, where it has changed since, or files of it are gone. Where
+// they are known and can't be found out now, an export would pass bad detectors off as good ones.
 bool ExportSource::ReadBadDetectors(const ExportRequest& request, std::optional<BadDetMap>& bad, std::string& why) const
 {
     const Provenance& provenance = description_.provenance;
     if (IsRaw()) return true;
     if (correctedInForce_) {
-        bad = BadDetectorsInForce();
-    } else if (!provenance.set.empty() && ChecksumOf(provenance.set) == provenance.setSha256) {
-        bad = BadDetectorsOfSet(provenance.set, static_cast<std::int32_t>(columns_), static_cast<std::int32_t>(rows_),
-                                why);
+        bad = BadDetectorsInForce(why);
+        if (bad && bad->size() != columns_ * rows_) bad.reset();
+        return bad || why.empty();
     }
-    if (bad && bad->size() != columns_ * rows_) bad.reset();
-    return bad || request.set.empty();
+    if (!FileExists(provenance.set)) return true;
+    const std::string sha256 = ChecksumOf(provenance.set);
+    if (sha256.empty()) {
+        why = provenance.set + " can't be read";
+        return false;
+    }
+    if (sha256 != provenance.setSha256) return true;
+    const CalibrationSet set = ReadSet(provenance.set, columns_ * rows_);
+    if (request.set.empty() && !TellsBadDetectors(set)) return true;
+    bad = BadDetectorsOfSet(set, static_cast<std::int32_t>(columns_), static_cast<std::int32_t>(rows_), why);
+    return bad.has_value();
 }
 
 void ExportSource::DescribeParts(const std::optional<BadDetMap>& bad)

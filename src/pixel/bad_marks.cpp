@@ -50,40 +50,46 @@ void MarkWithoutGain(BadDetMap& map, std::span<const float> gains, std::span<con
     }
 }
 
-std::string MarkListed(BadDetMap& map, std::int32_t columns, const std::string& path)
+ListMarks MarkListed(BadDetMap& map, std::int32_t columns, const std::string& path)
 {
     std::optional<std::string> contents = ReadWholeFile(path, kLongestList);
-    if (!contents) return FileNameOf(path) + " can't be read.";
+    if (!contents) return {.isRead = false, .amiss = FileNameOf(path) + " can't be read."};
     const auto rows = static_cast<std::int32_t>(map.size() / static_cast<std::size_t>(std::max(columns, 1)));
     LineReader reader(std::move(*contents), kLongestPairLine);
-    std::string amiss;
+    ListMarks marks;
     std::string line;
     while (NextPairLine(reader, line)) {
         const std::string ofLine = MarkLine(map, columns, rows, line);
-        if (amiss.empty() && !ofLine.empty()) amiss = FileNameOf(path) + ' ' + ofLine;
+        if (marks.amiss.empty() && !ofLine.empty()) marks.amiss = FileNameOf(path) + ' ' + ofLine;
     }
-    return amiss;
+    return marks;
 }
 
-std::optional<BadDetMap> ListedInForce()
+std::optional<BadDetMap> ListedInForce(std::string& why)
 {
+    why.clear();
+    if (ActiveConfig.Hroi <= 0 || ActiveConfig.Vroi <= 0) return std::nullopt;
     BadDetMap map;
-    const std::int64_t pixels = std::int64_t{ActiveConfig.Hroi} * ActiveConfig.Vroi;
-    const bool hasSize = ActiveConfig.Hroi > 0 && ActiveConfig.Vroi > 0;
-    if (!hasSize || !AllocateBlock(map, static_cast<std::size_t>(pixels))) return std::nullopt;
+    if (!AllocateBlock(map, static_cast<std::size_t>(std::int64_t{ActiveConfig.Hroi} * ActiveConfig.Vroi))) {
+        why = "There is no memory for the list of bad detectors.";
+        return std::nullopt;
+    }
     if (const UnsavedSet* const unsaved = SetWithoutFiles()) {
         std::copy_n(unsaved->badDetectors.begin(), std::min(unsaved->badDetectors.size(), map.size()), map.begin());
         return map;
     }
-    if (CalSettings.BadDetFile.empty()) return map;
-    // Lines that name no pixel were told when the list was put in force.
-    MarkListed(map, ActiveConfig.Hroi, CalSettings.BadDetFile);
-    return FileExists(CalSettings.BadDetFile) ? std::optional(std::move(map)) : std::nullopt;
+    const std::string& path = CalSettings.BadDetFile;
+    if (path.empty()) return map;
+    if (!FileExists(path)) return std::nullopt;
+    const ListMarks marks = MarkListed(map, ActiveConfig.Hroi, path);
+    if (marks.isRead) return map;  // lines that name no pixel were told when the list was put in force
+    why = marks.amiss;
+    return std::nullopt;
 }
 
-std::optional<BadDetMap> BadDetectorsInForce()
+std::optional<BadDetMap> BadDetectorsInForce(std::string& why)
 {
-    std::optional<BadDetMap> map = ListedInForce();
+    std::optional<BadDetMap> map = ListedInForce(why);
     if (map && CalType == kGainsAndOffsets) MarkWithoutGain(*map, GainList, DecomList);
     return map;
 }

@@ -19,16 +19,20 @@ bool HasNoGain(float gain);
 // without an entry, or without a gain there, stays as it is.
 void MarkWithoutGain(BadDetMap& map, std::span<const float> gains, std::span<const std::uint32_t> decomList);
 
-// Marks what a .bad lists, of rows of so many columns. The first thing that is amiss, a sentence; empty: nothing is.
-// "NAME can't be read." (no file, or longer than 64 MB; nothing is marked then); a line that is no pair, or names what
-// lies outside of the map: the other lines are marked.
-std::string MarkListed(BadDetMap& map, std::int32_t columns, const std::string& path);
+struct ListMarks {
+    bool isRead = true;
+    std::string amiss;  // the first thing that is, a sentence; empty: nothing is
+};
+// Marks what a .bad lists, of rows of so many columns. Amiss is "NAME can't be read." (no file, or longer than 64 MB;
+// nothing is marked then), or a line that is no pair or names what lies outside of the map: the others are marked.
+ListMarks MarkListed(BadDetMap& map, std::int32_t columns, const std::string& path);
 
 // Those of the camera's picture, Vroi x Hroi: what the list of the calibration in force names. That is the set's
-// BadDetFile, or its own memory where its files couldn't be written (pixel/unsaved_set.h). nullopt where the list can't
-// be read, or the section names no size.
-std::optional<BadDetMap> ListedInForce();
+// BadDetFile, or its own memory where its files couldn't be written (pixel/unsaved_set.h). nullopt with an empty why:
+// nobody knows, for the list isn't there or the section names no size. With a sentence in why: the list can't be read
+// now, or memory is refused.
+std::optional<BadDetMap> ListedInForce(std::string& why);
 // And those whose detectors have no gain, where gains are in force.
-std::optional<BadDetMap> BadDetectorsInForce();
+std::optional<BadDetMap> BadDetectorsInForce(std::string& why);
 
 }  // namespace kelvo

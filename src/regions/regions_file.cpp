@@ -252,7 +252,11 @@ void LoadKeptRegions()
 
 void KeepRegions()
 {
-    if (!kept || *kept == Regions) return;
+    if (!kept) return;
+    if (*kept == Regions) {
+        failureIsTold = false;  // nothing is lost any more
+        return;
+    }
     std::string why;
     if (WriteRegionsFile(KeptRegionsPath(), RegionsOnView(), why)) {
         kept = Regions;

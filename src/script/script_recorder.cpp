@@ -34,7 +34,7 @@ constexpr Named kMouseNames[] = {{0, "move"},      {1, "left"},       {2, "right
                                  {9, "left down"}, {10, "left up"}};
 // What the calls name the windows that they know by a word; others go by their dialog's name.
 constexpr std::pair<std::string_view, std::string_view> kWindowWords[] = {
-    {"PANEL", "panel"}, {"PLAYBAR", "player"}, {"RECORDER", "recorder"}};
+    {"PANEL", "panel"}, {"PLAYBAR", "player"}, {"RECORDER", "recorder"}, {"REGIONS", "regions"}};
 
 constexpr int kPointerMoves = 0;
 constexpr int kLeftClick = 1;
@@ -175,11 +175,16 @@ std::string ScriptLineOf(const OperatorAct& act)
 
 void JoinAct(std::vector<RecordedAct>& acts, RecordedAct next)
 {
-    if (!acts.empty() && EndsClick(next.act, acts.back().act)) return;
-    if (!acts.empty() && Replaces(next.act, acts.back().act)) {
-        acts.back().act = std::move(next.act);
-    } else {
+    const bool endsClick = !acts.empty() && EndsClick(next.act, acts.back().act);
+    const bool replaces = !endsClick && !acts.empty() && Replaces(next.act, acts.back().act);
+    if (!endsClick && !replaces) {
         acts.push_back(std::move(next));
+        return;
+    }
+    if (replaces) acts.back().act = std::move(next.act);
+    if (next.pauseMs >= kShortestWaitMs) {
+        acts.back().pauseMs += next.pauseMs;
+        acts.back().frames += next.frames;
     }
 }
 

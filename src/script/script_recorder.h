@@ -4,7 +4,7 @@
 // or more, the frames that were shown meanwhile are waited for, frames(n), so that the acts meet the same frames again;
 // where none was shown, wait(ms). Without live video nothing changes while the operator thinks, and no pause is
 // written. Of texts typed one after the other into the same field, positions of the same bar and places of the pointer
-// the last one stands; a left button that goes up where it went down is a click.
+// the last one stands, after all the pauses between them; a left button that goes up where it went down is a click.
 #pragma once
 
 #include "platform/operator_acts.h"

@@ -59,7 +59,8 @@ std::vector<std::uint8_t> BadPixelsOnView()
 {
     const Point size = FrameSizeOnView();
     if (size.x != ActiveConfig.Hroi || size.y != ActiveConfig.Vroi || size.x <= 0 || size.y <= 0) return {};
-    const std::optional<BadDetMap> marks = ViewingFile ? ListedInForce() : BadDetectorsInForce();
+    std::string why;  // a fit goes without them then
+    const std::optional<BadDetMap> marks = ViewingFile ? ListedInForce(why) : BadDetectorsInForce(why);
     return marks.value_or(BadDetMap(static_cast<std::size_t>(size.x) * static_cast<std::size_t>(size.y)));
 }
 

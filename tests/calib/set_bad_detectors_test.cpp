@@ -1,5 +1,6 @@
 #include "calib/set_bad_detectors.h"
 
+#include "platform/faults.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>
@@ -66,6 +67,19 @@ TEST_F(SetOfSix, WithoutGainsInForceListsThemAlone)
     EXPECT_EQ(Why(4, 2), "a.dcm was made for frames of another size.");
 }
 
+TEST_F(SetOfSix, TellsWhetherItsFilesStand)
+{
+    EXPECT_TRUE(TellsBadDetectors(ReadSet(cal, 6)));
+    PutFile(directory / "a.gai", "cut");
+    EXPECT_TRUE(TellsBadDetectors(ReadSet(cal, 6)));
+    std::filesystem::remove(directory / "a.bad");
+    EXPECT_FALSE(TellsBadDetectors(ReadSet(cal, 6)));
+    PutFile(cal, kSet);
+    EXPECT_TRUE(TellsBadDetectors(ReadSet(cal, 6)));
+    std::filesystem::remove(directory / "a.gai");
+    EXPECT_FALSE(TellsBadDetectors(ReadSet(cal, 6)));
+}
+
 TEST_F(SetOfSix, ThatWasReadBeforeGivesTheSame)
 {
     std::string why;
@@ -99,6 +113,9 @@ TEST_F(SetOfSix, SaysWhichFileCantBeRead)
     EXPECT_EQ(Why(), "a.dcm can't be read.");
     std::filesystem::remove(directory / "a.gai");
     EXPECT_EQ(Why(), "a.gai can't be read.");
+    SetFault("disk read", true);
+    EXPECT_EQ(Why(), "a.cal can't be read.");
+    ClearFaults();
     std::filesystem::remove(cal);
     EXPECT_EQ(Why(), "a.cal can't be opened.");
 }

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs an operator script in a real window: an X server of its own (Xvfb) with a small window manager (openbox), in real time.
 #   run_in_window.sh PROGRAM SCRIPT DIRECTORY [--first-start] [--scale N] [--size WxH] [ARGUMENT...]
+# A SCRIPT that ends in .py is run in the program's place, with PROGRAM and DIRECTORY, and starts the program itself.
 # DIRECTORY is emptied; Xvfb_screen0 in it is the screen as it is at the moment (XWD); what the run leaves (data, transcript, pictures, logs) stays there until the next one. The exit code is
 # that of the program. ARGUMENTs go to the program. --first-start: the bench opens by itself, as without a script.
 set -eu
@@ -38,5 +39,9 @@ children+=($!)
 for _ in $(seq 200); do xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' && break; sleep 0.05; done
 
 code=0
+if [[ $script == *.py ]]; then
+    python3 "$script" "$program" "$directory" "$@" || code=$?
+    exit $code
+fi
 "$program" --data "$directory/data" --transcript "$directory/transcript.jsonl" --script "$script" "$@" || code=$?
 exit $code

@@ -24,6 +24,7 @@ TEST(ScriptLine, IsTheCallThatDoesTheSame)
     EXPECT_EQ(ScriptLineOf({.kind = Kind::kPress, .id = 1001, .window = "BENCH"}), R"(press("BENCH", 1001))");
     EXPECT_EQ(ScriptLineOf({.kind = Kind::kCheck, .id = 7, .value = 1}), "check(7, true)");
     EXPECT_EQ(ScriptLineOf({.kind = Kind::kCheck, .id = 7, .window = "PLAYBAR"}), R"(check("player", 7, false))");
+    EXPECT_EQ(ScriptLineOf({.kind = Kind::kPress, .id = 1, .window = "REGIONS"}), R"(press("regions", 1))");
     EXPECT_EQ(ScriptLineOf({.kind = Kind::kPick, .id = 1256, .value = 2}), "pick(1256, 2)");
     EXPECT_EQ(ScriptLineOf({.kind = Kind::kScroll, .id = 1242, .value = 600}), "scroll(1242, 600)");
     EXPECT_EQ(ScriptLineOf({.kind = Kind::kAnswer, .value = static_cast<int>(Button::kReport)}), R"(answer("report"))");
@@ -58,6 +59,21 @@ TEST(RecordedActs, LastTextOfAFieldStands)
     ASSERT_EQ(acts.size(), 3U);
     EXPECT_EQ(acts[0].act.text, "20");
     EXPECT_EQ(acts[2].act.text, "25");
+}
+
+TEST(RecordedActs, PausesBetweenJoinedActsStay)
+{
+    std::vector<RecordedAct> acts;
+    JoinAct(acts, {{.kind = Kind::kMouse, .value = 0, .place = {1, 1}}, 150, 7});
+    JoinAct(acts, {{.kind = Kind::kMouse, .value = 0, .place = {2, 2}}, 400, 20});
+    JoinAct(acts, {{.kind = Kind::kMouse, .value = 0, .place = {3, 3}}, 99, 4});  // too short to be one
+    ASSERT_EQ(acts.size(), 1U);
+    EXPECT_EQ(acts[0].act.place, (Point{3, 3}));
+    EXPECT_EQ(ScriptOf(acts).substr(ScriptOf(acts).find('\n')), "\nframes(27)\nmouse(3, 3, \"move\")\n");
+    JoinAct(acts, {{.kind = Kind::kMouse, .value = 9, .place = {3, 3}}, 0, 0});
+    JoinAct(acts, {{.kind = Kind::kMouse, .value = 10, .place = {3, 3}}, 200, 0});
+    ASSERT_EQ(acts.size(), 2U);
+    EXPECT_EQ(acts[1].pauseMs, 200);
 }
 
 TEST(RecordedActs, OneFieldOfTwoWindowsIsTwoFields)

@@ -440,38 +440,358 @@ rows.display_setup = {
 
 -- --- Analysis -----------------------------------------------------------------------------------------------------------------
 
+-- A file of two small frames for other programs, by the dialog: a row a format. Its size is that of one that was written without a fault.
+local export_writes = { LastFileDirectory = "of the file", StatusText = "what was written" }
+local function small_recording()
+  require("files").image(datadir() .. "/raw.seq", { width = 32, height = 25, frames = 2 }, 2, function(frame) return 4000 + frame end)
+end
+local whole_sizes = {}
+local function size_when_whole(ending)
+  if not whole_sizes[ending] then
+    local path = datadir() .. "/whole" .. ending
+    export { of = "file", file = datadir() .. "/raw.seq", out = path, count = ending == ".csv" and 1 or 2, replace = true }
+    whole_sizes[ending] = #readfile(path)
+  end
+  return whole_sizes[ending]
+end
+for _, ending in ipairs { ".npy", ".tif", ".fits", ".h5", ".csv" } do
+  rows["export" .. ending] = {
+    prepare = function()
+      small_recording()
+      size_when_whole(ending)
+    end,
+    setup = function()
+      drop(datadir() .. "/raw.seq")
+      for _, name in ipairs { "out" .. ending, "out.json" } do os.remove(datadir() .. "/" .. name) end
+    end,
+    run = function() command(2200) end,
+    dialogs = {
+      EXPORT = function(times)
+        if times > 1 then return press(2) end
+        set(22006, datadir() .. "/out" .. ending)
+        if ending == ".csv" then set(22003, "0") end
+        press(1)
+      end,
+    },
+    done = function(after)
+      local bytes = after["file out" .. ending]
+      return bytes ~= nil and #bytes == size_when_whole(ending) and (ending ~= ".npy" or after["file out.json"] ~= nil)
+    end,
+    writes = with(export_writes, { ["file out" .. ending] = "the frames", ["file out.json"] = "what is told of them" }),
+    kept = { StatusText = "the line as the dialog left it" },
+  }
+end
+
+local frame_taken = { ImageBuffer = "the frame that is written", ["ImageBuffer.*"] = "the frame that is written" }
+-- The same by a script's call: of a file, and in place of what stands; of the picture on view.
+local function by_call(of_view)
+  local size
+  local function settings()
+    local out = datadir() .. "/out.fits"
+    if of_view then return { out = out, as = "celsius", replace = true } end
+    return { of = "file", file = datadir() .. "/raw.seq", out = out, replace = true }
+  end
+  return {
+    arms = true,
+    prepare = function()
+      small_recording()
+      export(settings())
+      size = #readfile(settings().out)
+    end,
+    setup = function()
+      local other <close> = assert(io.open(settings().out, "wb"))
+      other:write("another's")
+    end,
+    run = function()
+      operations.arm()
+      local went, why = pcall(export, settings())
+      if not went then operations.note(why) end
+    end,
+    done = function(after) return #after["file out.fits"] == size end,
+    writes = with(frame_taken, { ["file out.fits"] = "the frames" }),
+    kept = of_view and frame_taken or {},
+  }
+end
+rows.export_call = by_call(false)
+rows.export_view = by_call(true)
+-- Raw frames corrected with a set by name: no fault makes bad detectors good ones.
+local bad_in_force
+rows.export_set = {
+  arms = true,
+  prepare = function()
+    require("files").image(datadir() .. "/raw.seq", { width = 320, height = 256, frames = 2 }, 2, function(frame) return 8000 + frame end)
+    bad_in_force = export { of = "file", file = datadir() .. "/raw.seq", out = datadir() .. "/all.npy", as = "celsius", set = datadir() .. "/base.cal" }.bad_detectors
+    assert(bad_in_force > 1000)
+  end,
+  setup = function()
+    for _, name in ipairs { "out.npy", "out.json" } do os.remove(datadir() .. "/" .. name) end
+  end,
+  run = function()
+    operations.arm()
+    local went, why = pcall(export, { of = "file", file = datadir() .. "/raw.seq", out = datadir() .. "/out.npy", as = "celsius", set = datadir() .. "/base.cal" })
+    if not went then operations.note(why) end
+  end,
+  done = function(after)
+    local about = after["file out.json"]
+    return about ~= nil and #after["file out.npy"] == 128 + 2 * 4 * 320 * 256 and tonumber(about:match('"bad_detectors": (%d+)')) == bad_in_force
+  end,
+  writes = { ["file out.*"] = "the frames" },
+  kept = {},
+}
+
+-- The noise of some frames, live and of a file; what is measured stands in the dialog alone.
+local noise_taken
+local function noise_row(frames_wanted, of_file)
+  return {
+    arms = true,
+    prepare = of_file and function()
+      local files = require "files"
+      local frames_in_file = {}
+      for i = 1, frames_wanted do frames_in_file[i] = string.pack("<i2", 4000 + 7 * i):rep(320 * 256) end
+      files.write(datadir() .. "/noise.seq", files.header { width = 320, height = 256, frames = frames_wanted } .. table.concat(frames_in_file))
+    end,
+    setup = function() noise_taken = nil end,
+    run = function() command(2230) end,
+    dialogs = {
+      NOISE = function(times)
+        if times > 1 then
+          noise_taken = text(22316)
+          return press(2)
+        end
+        if of_file then
+          press(22302)
+          set(22303, datadir() .. "/noise.seq")
+          set(22305, datadir() .. "/base.cal")
+        end
+        set(22307, tostring(frames_wanted))
+        operations.arm()
+        press(1)
+      end,
+    },
+    done = function() return noise_taken == frames_wanted .. " raw frames" end,
+    writes = {},
+    kept = {},
+  }
+end
+rows.noise = noise_row(4, false)
+rows.noise_file = noise_row(4, true)
+rows.noise_long_file = noise_row(20, true)
+
+-- The window of the traces, in front or beside the main window.
+local function in_traces(call, ...)
+  if dialog() == "TRACES" then return call(...) end
+  return call("TRACES", ...)
+end
+local function note_all()
+  while box() do operations.note_and_answer() end
+end
+-- What a window with a plot keeps: a row for each kind of file. save(choose) opens it, makes the plot, and hands the name on.
+local function plot_saved(save, ending, is_whole, before)
+  local file_name = "figures" .. ending
+  return {
+    arms = true,
+    prepare = small_recording,
+    setup = function()
+      if before then before() end
+      os.remove(datadir() .. "/" .. file_name)
+    end,
+    run = function()
+      save(function()
+        operations.arm()
+        choose(datadir() .. "/" .. file_name)
+        note_all()
+        if file() then cancel() end
+      end)
+    end,
+    done = function(after)
+      local bytes = after["file " .. file_name]
+      return bytes ~= nil and is_whole(bytes)
+    end,
+    writes = { ["file " .. file_name] = "the figures", SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder" },
+    kept = { SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder" },
+  }
+end
+local function lines_in(bytes) return select(2, bytes:gsub("\n", "")) end
+local function png_is_whole(bytes) return bytes:sub(2, 4) == "PNG" and bytes:sub(-8, -5) == "IEND" end
+local function save_noise(choose_name)
+  command(2230)
+  press(22302)
+  set(22303, datadir() .. "/raw.seq")
+  set(22305, "")
+  set(22307, "2")
+  press(1)
+  check.eq(text(22316), "2 raw frames")
+  press(1606)
+  choose_name()
+  press(2)
+end
+rows["noise_save.csv"] = plot_saved(save_noise, ".csv", function(bytes) return lines_in(bytes) == 12 + 32 * 25 and bytes:sub(-1) == "\n" end)
+rows["noise_save.img"] = plot_saved(save_noise, ".img", function(bytes) return #bytes == 512 + 4 * 32 * 25 end)
+rows["noise_save.png"] = plot_saved(save_noise, ".png", png_is_whole)
+
+-- The frames of the file on view traced, and saved; a trace of live video.
+local function view_small() drop(datadir() .. "/raw.seq") end
+local function trace_small()
+  command(2240)
+  in_traces(press, 22403)
+  check.eq(in_traces(text, 22408), "2")
+end
+local function save_trace(choose_name)
+  trace_small()
+  in_traces(press, 1606)
+  choose_name()
+  in_traces(press, 2)
+end
+rows["trace_save.csv"] = plot_saved(save_trace, ".csv", function(bytes) return bytes:find("\n2,2,[^\n]*\n$") ~= nil end, view_small)
+rows["trace_save.png"] = plot_saved(save_trace, ".png", png_is_whole, view_small)
+
+local frames_traced
+rows.trace_file = {
+  arms = true,
+  prepare = small_recording,
+  setup = function()
+    -- A trace of another number of frames, which stands where this one fails.
+    require("files").image(datadir() .. "/three.seq", { width = 32, height = 25, frames = 3 }, 3, function(frame) return 4000 + frame end)
+    drop(datadir() .. "/three.seq")
+    command(2240)
+    in_traces(press, 22403)
+    check.eq(in_traces(text, 22408), "3")
+    in_traces(press, 2)
+    drop(datadir() .. "/raw.seq")
+  end,
+  run = function()
+    command(2240)
+    check.eq(in_traces(text, 22408), "3")
+    operations.arm()
+    in_traces(press, 22403)
+    note_all()
+    frames_traced = in_traces(text, 22408)
+    in_traces(press, 2)
+  end,
+  done = function() return frames_traced == "2" end,
+  writes = {},
+  kept = {},
+}
+rows.trace_live = {
+  arms = true,
+  run = function()
+    command(2240)
+    frames_traced = 0
+    operations.arm()
+    in_traces(press, 22401)
+    note_all()
+    if in_traces(enabled, 22402) then
+      wait(700)
+      note_all()
+      if in_traces(enabled, 22402) then in_traces(press, 22402) end
+      frames_traced = tonumber(in_traces(text, 22408))
+    end
+    in_traces(press, 2)
+  end,
+  done = function() return frames_traced > 5 end,
+  writes = picture,
+  kept = picture,  -- a frame that fails ends live video, with or without a trace
+}
+
+-- The picture as the difference to itself, and to a frame of a file.
+local function no_difference()
+  if state("DifferenceSource") == "" then return end
+  command(2220)
+  press(22206)
+  check.eq(state("DifferenceSource"), "")
+end
+local function difference_row(of_file)
+  return {
+    arms = true,
+    prepare = of_file and function()
+      require("files").image(datadir() .. "/even.img",
+        { width = 320, height = 256, frames = 1, cold = state("IntensityCold"), cold_c = 20, hot = state("IntensityHot"), hot_c = 25 }, 1,
+        function() return 8000 end)
+    end,
+    setup = no_difference,
+    run = function() command(2220) end,
+    dialogs = {
+      DIFFER = function(times)
+        if times > 1 then return press(2) end
+        if of_file then
+          press(22202)
+          set(22203, datadir() .. "/even.img")
+        end
+        operations.arm()
+        press(1)
+      end,
+    },
+    done = function(after) return after.DifferenceSource ~= "" and after.StatusMark == "Difference" end,
+    writes = { DifferenceSource = "the reference", StatusMark = "says so", StatusText = "says so" },
+    kept = { StatusText = "the line as the dialog left it" },
+  }
+end
+rows.difference = difference_row(false)
+rows.difference_file = difference_row(true)
+
+-- The regions' own window: its files.
+local two_regions = { { name = "plate", x1 = 3, y1 = 2, x2 = 20, y2 = 12 }, { name = "spot", shape = "point", x1 = 5, y1 = 6 } }
+local function region_row(id, name, setup, done, writes)
+  return {
+    arms = true,
+    prepare = function()
+      regions(two_regions)
+      command(2210)
+      press("regions", 22119)
+      choose(datadir() .. "/two.regions")
+      press("regions", 2)
+      assert(readfile(datadir() .. "/two.regions"):find("plate", 1, true))
+    end,
+    setup = function()
+      setup()
+      wait(1100)  -- what is drawn is kept
+    end,
+    run = function()
+      command(2210)
+      operations.arm()
+      press("regions", id)
+      choose(datadir() .. "/" .. name)
+      while box() do operations.note_and_answer() end
+      press("regions", 2)
+    end,
+    done = done,
+    writes = writes,
+    kept = { LastFileDirectory = "the folder that was chosen" },
+  }
+end
+rows.regions_save = region_row(22119, "saved.regions", function()
+  regions(two_regions)
+  os.remove(datadir() .. "/saved.regions")
+end, function(after) return after["file saved.regions"] ~= nil and after["file saved.regions"] == after["file two.regions"] end,
+  { ["file saved.regions"] = "the regions", LastFileDirectory = "its folder" })
+rows.regions_load = region_row(22118, "two.regions", function() regions { { name = "other", x1 = 1, y1 = 1, x2 = 2, y2 = 2 } } end,
+  function() return #regions() == 2 end,
+  { regions = "those of the file", ["file view.regions"] = "what is drawn is kept", LastFileDirectory = "its folder", ["menu 2050"] = "takes them back",
+    SelectedRegion = "the first", ["*Region*"] = "those of the file" })
+
+-- What is drawn is written into view.regions by itself.
+rows.regions_kept = {
+  arms = true,
+  setup = function()
+    regions {}
+    wait(1100)
+  end,
+  run = function()
+    regions(two_regions)
+    operations.arm()
+  end,
+  done = function(after)
+    local kept = after["file view.regions"]
+    return kept ~= nil and kept:find('"spot"', 1, true) ~= nil
+  end,
+  writes = { regions = "drawn", ["file view.regions"] = "they are kept", ["menu 2050"] = "takes them back", SelectedRegion = "the first", ["*Region*"] = "drawn" },
+  kept = { regions = "drawn; they are kept for the rest of this start", ["menu 2050"] = "takes them back", ["*Region*"] = "drawn" },
+}
+
 -- The figures of a rectangle of the live picture, saved as a table. The file of settings can be told later too.
 local of_the_histogram = {
   ["HistSettings.*"] = "of this opening", ["kelvo.ini [[]Histogram] *"] = "its keys", ImageBuffer = "the frame that is measured",
   ["ImageBuffer.*"] = "the frame that is measured", SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder",
-}
-rows.export = {
-  prepare = function()
-    require("files").image(datadir() .. "/raw.seq", { width = 32, height = 25, frames = 2 }, 2, function(frame) return 4000 + frame end)
-  end,
-  setup = function()
-    drop(datadir() .. "/raw.seq")
-    for _, name in ipairs { "out.npy", "out.json" } do os.remove(datadir() .. "/" .. name) end
-  end,
-  run = function() command(2200) end,
-  dialogs = {
-    EXPORT = function(times)
-      if times > 1 then return press(2) end
-      for index, title in ipairs(items(22005)) do
-        if title:find("NumPy", 1, true) then pick(22005, index - 1) end
-      end
-      set(22006, datadir() .. "/out.npy")
-      press(1)
-    end,
-  },
-  done = function(after)
-    local bytes = after["file out.npy"]
-    return bytes ~= nil and #bytes == 128 + 2 * 32 * 25 * 2
-  end,
-  writes = {
-    ["file out.npy"] = "the frames", ["file out.json"] = "what is told of them", LastFileDirectory = "of the file", StatusText = "what was written",
-  },
-  kept = { StatusText = "the line as the dialog left it" },
 }
 rows.histogram = {
   arms = true,
@@ -764,6 +1084,7 @@ function operations.go(row)
     answer((row.answers or {})[front.text] or front.default)
   end
   operations.note_and_answer = note_and_answer
+  operations.note = function(text_of) boxes[#boxes + 1] = { text = text_of } end
   row.run()
   for _ = 1, kMostSteps do
     if box() then

@@ -26,7 +26,7 @@ local function put_keys(into, name, bytes)
 end
 
 -- The state, the settings files key by key, each other file of the data directory and of its parent directories of the working directory,
--- the head's registers, the title, what is checked and greyed in the menu. within: a dialog is in front, and pending settings are let alone.
+-- the head's registers, the title, the regions, what is checked and greyed in the menu. within: a dialog is in front, and pending settings are let alone.
 -- settled: nothing can be pending.
 function unchanged.snapshot(settled)
   if not settled then wait(1100) end  -- what is pending for a settings file reaches the disk within a second
@@ -45,6 +45,7 @@ function unchanged.snapshot(settled)
     if item then shot["menu " .. id] = { item.text, item.checked, item.enabled } end
   end
   shot.title = title()
+  shot.regions = regions()
   return shot
 end
 
