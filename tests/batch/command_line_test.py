@@ -365,7 +365,8 @@ class CommandLine(unittest.TestCase):
     def test_info_tells_of_a_journal_that_is_passed_over(self):
         journal = OUT / "run.seq.frames"
         whole = journal.read_bytes()
-        for contents, fault in [(whole[:20] + b"x" + whole[21:], "is damaged"), (b"notes", "is none, or of a version to come"), (None, "can't be read")]:
+        for contents, fault in [(whole[:20] + b"x" + whole[21:], "is damaged"), (b"notes", "is none"),
+                                (whole[:8] + b"\2" + whole[9:], "is of a later version"), (None, "can't be read")]:
             journal.unlink()
             if contents is None:
                 journal.mkdir()
