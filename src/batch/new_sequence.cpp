@@ -46,8 +46,14 @@ std::optional<std::string> NewSequence::End(std::span<const std::byte> journal)
         return Refused();
     }
     if (file_.Keep()) return std::nullopt;
+    std::string refused = Refused();
     if (hasJournal) DeleteFileNamed(journalPath);
-    return Refused();
+    return refused;
+}
+
+std::string NewSequence::Refused() const
+{
+    return path_ + " can't be written: " + std::strerror(errno);
 }
 
 }  // namespace kelvo

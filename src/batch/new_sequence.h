@@ -17,7 +17,8 @@ class NewSequence {
     // none can be made there.
     static std::optional<NewSequence> Begin(const std::string& path, std::string& why);
 
-    // What comes next of header and frames. The reason where the disk refused.
+    // What comes next of header and frames. The reason where the disk refused: "x.seq can't be written: No space left
+    // on device".
     std::optional<std::string> Write(std::span<const std::byte> bytes);
     // The sequence takes its name, and before it its journal, so that a sequence that stands has its own. Without one
     // where journal is empty. The reason where the disk refused: neither stands then.
@@ -25,7 +26,7 @@ class NewSequence {
 
   private:
     NewSequence(NewFile file, std::string path) : file_(std::move(file)), path_(std::move(path)) {}
-    std::string Refused() const { return path_ + " can't be written: the disk refuses"; }
+    std::string Refused() const;  // by what errno says
 
     NewFile file_;
     std::string path_;

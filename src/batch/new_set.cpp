@@ -10,9 +10,10 @@ namespace kelvo {
 
 namespace {
 
+// By what errno says.
 std::string Refused(const std::string& path)
 {
-    return path + " can't be written: the disk refuses";
+    return path + " can't be written: " + std::strerror(errno);
 }
 
 // Empty: nothing is in the way.
@@ -37,7 +38,7 @@ std::optional<NewSet> NewSet::Begin(const std::string& calPath, std::string& why
     // The .cal in the making holds the set for this process, until the end.
     std::optional<NewFile> file = NewFile::Begin(calPath);
     if (!file) {
-        why = calPath + " can't be written: " + std::strerror(errno);
+        why = Refused(calPath);
         return std::nullopt;
     }
     // What another process made while this one waited stands now.
@@ -53,7 +54,7 @@ std::optional<std::string> NewSet::Add(std::string_view extension, std::string_v
     const bool isCal = extension == kSetExtensions.back();
     if (!isCal) {
         std::optional<NewFile> file = NewFile::Begin(path);
-        if (!file) return path + " can't be written: " + std::strerror(errno);
+        if (!file) return Refused(path);
         files_.emplace(files_.end() - 1, path, std::move(*file));
     }
     NewFile& file = isCal ? files_.back().second : files_[files_.size() - 2].second;
@@ -65,8 +66,9 @@ std::optional<std::string> NewSet::End()
 {
     for (std::size_t i = 0; i < files_.size(); ++i) {
         if (files_[i].second.Keep()) continue;
+        std::string refused = Refused(files_[i].first);
         for (std::size_t k = 0; k < i; ++k) DeleteFileNamed(files_[k].first);
-        return Refused(files_[i].first);
+        return refused;
     }
     return std::nullopt;
 }

@@ -131,7 +131,8 @@ FramesFault ReadHead(File& file, FramesFile& result)
 {
     FramesHeadRecord record;
     if (file.Read(std::as_writable_bytes(std::span(&record, 1))) < sizeof record) return FramesFault::kNoJournal;
-    if (record.magic != kPlainHead.magic || record.version != kPlainHead.version) return FramesFault::kNoJournal;
+    if (record.magic != kPlainHead.magic || record.version < kPlainHead.version) return FramesFault::kNoJournal;
+    if (record.version > kPlainHead.version) return FramesFault::kNewer;
     if (!SizesMakeSense(record) || file.Length() < record.headBytes) return FramesFault::kDamaged;
 
     std::vector<std::byte> bytes;

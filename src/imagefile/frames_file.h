@@ -115,7 +115,8 @@ FrameRecord ClosingRecord(std::int64_t frames, EndOfRecording why);
 enum class FramesFault {
     kNone,
     kNotOpened,  // there is no such file, or it can't be read
-    kNoJournal,  // it isn't one, or of a version to come
+    kNoJournal,  // it isn't one
+    kNewer,      // of a version to come, which may say more than is understood here
     kDamaged,    // it is one with a broken head
     kNoMemory
 };

@@ -127,6 +127,7 @@ RecoveryReport RecoverSequence(std::string_view path, bool dryRun, const Recover
     report.headerCount = sequence->Header().FrameCount;
     FramesFile journal = JournalFor(*sequence, path, report);
     if (journal.fault == FramesFault::kNoMemory) return Failed("there is not enough memory");
+    if (journal.fault == FramesFault::kNewer) return Failed("its journal is of a later version");
     if (report.hasJournal && !FitsSequence(journal.head, *sequence)) {
         return Failed("its journal belongs to another sequence");
     }

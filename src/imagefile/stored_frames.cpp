@@ -73,7 +73,10 @@ void StoredFrames::ReadJournal()
             if (NameIsTaken(path)) journalFault_ = "can't be read";
             return;
         case FramesFault::kNoJournal:
-            journalFault_ = "is none, or of a version to come";
+            journalFault_ = "is none";
+            break;
+        case FramesFault::kNewer:
+            journalFault_ = "is of a later version";
             break;
         case FramesFault::kDamaged:
             journalFault_ = "is damaged";

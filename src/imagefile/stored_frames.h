@@ -48,8 +48,8 @@ class StoredFrames {
     // The journal; null where none lies beside the file, or one that isn't this file's. Its records may end before the
     // frames do.
     const FramesFile* Journal() const { return journal_ ? &*journal_ : nullptr; }
-    // Why the one that lies beside it isn't: "is damaged", "is of another sequence", "can't be read", "is none, or of a
-    // version to come", "needs more memory than is left". Empty: there is none, or it is.
+    // Why the one that lies beside it isn't: "is damaged", "is none", "is of a later version", "is of another sequence",
+    // "can't be read", "needs more memory than is left". Empty: there is none, or it is.
     const std::string& JournalFault() const { return journalFault_; }
     // What the journal says of a frame, from 0; null: nothing.
     const FrameRecord* RecordOf(std::int64_t frame) const;

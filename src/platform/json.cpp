@@ -1,5 +1,6 @@
 #include "platform/json.h"
 
+#include "platform/json_text.h"
 #include "platform/text.h"
 
 #include <QByteArray>
@@ -10,8 +11,6 @@
 #include <QString>
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 
@@ -73,10 +72,7 @@ std::optional<JsonValue> ReadJson(std::string_view text, std::string& why)
 
 std::string JsonNumber(double number)
 {
-    if (!std::isfinite(number)) return "null";
-    std::array<char, 32> text{};
-    const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() ? std::string(text.data(), end) : "null";
+    return std::isfinite(number) ? ShortestText(number) : "null";
 }
 
 }  // namespace kelvo

@@ -1,5 +1,6 @@
 #include "platform/json_text.h"
 
+#include "platform/json.h"
 #include "platform/text.h"
 #include "platform/transcript.h"
 
@@ -73,7 +74,7 @@ JsonText& JsonText::Whole(std::string_view name, std::int64_t value)
 
 JsonText& JsonText::Number(std::string_view name, double value)
 {
-    return Member(name, std::isfinite(value) ? ShortestText(value) : "null");
+    return Member(name, JsonNumber(value));
 }
 
 JsonText& JsonText::Single(std::string_view name, float value)

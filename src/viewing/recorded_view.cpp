@@ -61,6 +61,8 @@ std::string ComplaintOfFault(FramesFault fault)
             return "its journal can't be read";
         case FramesFault::kNoJournal:
             return "what lies beside it is no journal";
+        case FramesFault::kNewer:
+            return "its journal is of a later version";
         case FramesFault::kDamaged:
             return "its journal is damaged";
         case FramesFault::kNoMemory:

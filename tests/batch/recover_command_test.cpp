@@ -245,6 +245,17 @@ TEST_F(Recover, ADiskThatRefusesIsToldAndItCanBeRunAgain)
     EXPECT_EQ(ReadFramesFile(journal).records.size(), 2U);
 }
 
+TEST_F(Recover, AJournalOfALaterVersionIsLeftAlone)
+{
+    Record(path, {1, 4}, false);
+    std::string newer = FileContents(journal);
+    newer[8] = 2;
+    PutFile(journal, newer);
+    const auto before = Everything();
+    EXPECT_EQ(RecoverSequence(path, false).why, "its journal is of a later version");
+    EXPECT_EQ(Everything(), before);
+}
+
 TEST_F(Recover, SaysItAsJson)
 {
     Record(path, {1, 4}, false);
