@@ -96,14 +96,20 @@ std::uint32_t* Row(QImage& surface, std::int64_t y)
     return reinterpret_cast<std::uint32_t*>(surface.scanLine(static_cast<int>(y)));
 }
 
+// All of it lies on the surface.
+void FillPixels(QImage& surface, const DeviceArea& area, std::uint32_t rgb)
+{
+    for (std::int64_t y = area.top; y < area.bottom; ++y) {
+        std::uint32_t* const row = Row(surface, y);
+        std::fill(row + area.left, row + area.right, rgb | kOpaque);
+    }
+}
+
 void FillDevice(Window& window, const DeviceArea& area, std::uint32_t rgb)
 {
     const DeviceArea target = area.And(PaintableArea(window));
     if (target.Empty()) return;
-    for (std::int64_t y = target.top; y < target.bottom; ++y) {
-        std::uint32_t* const row = Row(window.surface, y);
-        std::fill(row + target.left, row + target.right, rgb | kOpaque);
-    }
+    FillPixels(window.surface, target, rgb);
     ShowArea(window, target);
 }
 
@@ -422,13 +428,19 @@ void DrawPolyline(HWND window, std::span<const Point> points, const Rect& clip, 
         return DevicePoint{ToDevice(seen.x, ratio), ToDevice(seen.y, ratio)};
     };
     DevicePoint from = place(points.front());
+    DeviceArea drawn{from.x, from.y, from.x + pen, from.y + pen};  // shown once: a long trace has many points
     for (const Point& point : points) {
         const DevicePoint to = place(point);
+        drawn = {std::min(drawn.left, to.x), std::min(drawn.top, to.y), std::max(drawn.right, to.x + pen),
+                 std::max(drawn.bottom, to.y + pen)};
         WalkLine(from, to, wider, [&](DevicePoint at) {
-            FillDevice(*surface, DeviceArea{at.x, at.y, at.x + pen, at.y + pen}.And(inside), rgb);
+            const DeviceArea dot = DeviceArea{at.x, at.y, at.x + pen, at.y + pen}.And(inside);
+            if (!dot.Empty()) FillPixels(surface->surface, dot, rgb);
         });
         from = to;
     }
+    drawn = drawn.And(inside);
+    if (!drawn.Empty()) ShowArea(*surface, drawn);
 }
 
 int PictureTextHeight()

@@ -66,8 +66,12 @@ bool PutInImageOrder(std::vector<std::int16_t>& counts)
     return true;
 }
 
+struct Reference {
+    std::vector<std::int16_t> counts;
+    std::string name;  // as the operator reads it
+};
 // nullopt after a box.
-std::optional<std::vector<std::int16_t>> ReadReference(HWND dialog, const std::string& path, std::int64_t frame)
+std::optional<Reference> ReadReference(HWND dialog, const std::string& path, std::int64_t frame)
 {
     std::string why;
     std::optional<StoredFrames> file = StoredFrames::Open(path, why);
@@ -84,20 +88,21 @@ std::optional<std::vector<std::int16_t>> ReadReference(HWND dialog, const std::s
                     Format("Please enter a frame from 0 to %lld.", static_cast<long long>(file->Frames() - 1)));
         return std::nullopt;
     }
-    std::vector<std::int16_t> counts;
-    if (!AllocateBlock(counts, file->Pixels())) {
+    Reference reference{.counts = {}, .name = FileNameOf(path)};
+    if (!AllocateBlock(reference.counts, file->Pixels())) {
         RefuseField(dialog, kDifferFileName, kNoMemory);
         return std::nullopt;
     }
-    if (!file->ReadCounts(frame, counts, why)) {
+    if (!file->ReadCounts(frame, reference.counts, why)) {
         RefuseField(dialog, kDifferFileName, FileNameOf(path) + " " + why + ".");
         return std::nullopt;
     }
-    if (!file->AreCorrected() && !PutInImageOrder(counts)) {
+    if (!file->AreCorrected() && !PutInImageOrder(reference.counts)) {
         RefuseField(dialog, kDifferFileName, kNoMemory);
         return std::nullopt;
     }
-    return counts;
+    if (const std::string changes = file->Changes(); !changes.empty()) reference.name += ", " + changes;
+    return reference;
 }
 
 std::string TimeNow()
@@ -125,7 +130,7 @@ void AcceptFile(HWND dialog)
     const std::optional<std::int32_t> frame = ScanDecimal(GetDlgItemText(dialog, kDifferFrame));
     if (!frame || *frame < 0) return RefuseField(dialog, kDifferFrame, "Please enter the number of a frame, from 0.");
     const auto reference = ReadReference(dialog, path, *frame);
-    if (reference) Show(dialog, *reference, Format("frame %d of %s", *frame, FileNameOf(path).c_str()));
+    if (reference) Show(dialog, reference->counts, Format("frame %d of %s", *frame, reference->name.c_str()));
 }
 
 void Accept(HWND dialog)
