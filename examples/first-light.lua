@@ -17,7 +17,7 @@ local kGray, kColour, kTurnOn, kFitContrast = 143, 145, 169, 2004
 local kHostRam, kBurstFrames, kCapture, kReplay, kReplayRate, kRecorder = 103, 1342, 1352, 1348, 1350, 2060
 local kByVideoSetup, kByLastCalibration, kBySelectedCalibration = 1070, 1072, 1074
 local kName, kFramesToAverage, kBeginningNumber = 1460, 1488, 1486
-local kNoise, kTraces, kSavePlot = 2230, 2240, 1606
+local kNoise, kTraces, kSavePlot, kUnit = 2230, 2240, 1606, 1256
 local kOk, kCancel, kReport = 1, 2, "report"
 
 local function say(...)
@@ -445,10 +445,11 @@ say("NETD: median %.3f mK, of the detectors' true noise %.3f mK; %d pixels, %s b
 assert(math.abs(netdMedian / trueMedian - 1) < 0.01, "NETD as the detectors have it")
 press(kCancel)
 
--- Two regions in every recorded frame: a trace has as many points as there were frames.
+-- Two regions in every recorded frame, in counts: a trace has as many points as there were frames.
 local kTraceFile, kTraceFrames, kTraceGaps, kTraceMean, kTraceSpread = 22403, 22408, 22410, 22411, 22412
 drop(whole .. "/even.seq")
 regions { { name = "spot", x1 = 96, y1 = 64, x2 = 111, y2 = 79 }, { name = "ground", x1 = 4, y1 = 4, x2 = 35, y2 = 19 } }
+pick("panel", kUnit, 0)
 command(kTraces)
 -- A dialog in front, or a window that stays open beside the main one.
 local function inTraces(call, control)
@@ -475,11 +476,12 @@ for _, mean in ipairs(means) do meanCount = meanCount + mean / #means end
 for _, mean in ipairs(means) do squares = squares + (mean - meanCount) ^ 2 end
 local figures = { ("%.3f"):format(meanCount), ("%.3f"):format(math.sqrt(squares / (#means - 1))) }
 local told = {}
-for i, control in ipairs { kTraceFrames, kTraceGaps, kTraceMean, kTraceSpread } do told[i] = inTraces(text, control) end
+for i, control in ipairs { kTraceFrames, kTraceGaps, kTraceMean, kTraceSpread } do told[i] = inTraces(text, control):match("^%S+") end
 say("trace of spot: %s frames, gaps: %s; %s ±%s counts, reckoned %s ±%s", told[1], told[2], told[3], told[4], figures[1], figures[2])
 assert(tonumber(told[1]) == #means and told[3] == figures[1] and told[4] == figures[2], "trace")
 inTraces(press, kCancel)
 regions {}
+pick("panel", kUnit, 2)
 
 -- For other programs: fifty frames in degrees as a FITS cube, which tells when each was taken, and a picture's counts as an array for NumPy.
 local cube = export { of = "file", file = whole .. "/even.seq", out = whole .. "/even.fits", as = "celsius", first = 100, count = 50 }

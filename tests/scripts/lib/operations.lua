@@ -607,8 +607,8 @@ local function plot_saved(save, ending, is_whole, before)
       local bytes = after["file " .. file_name]
       return bytes ~= nil and is_whole(bytes)
     end,
-    writes = { ["file " .. file_name] = "the figures", SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder" },
-    kept = { SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder" },
+    writes = { ["file " .. file_name] = "the figures", SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder", StatusText = "of the window" },
+    kept = { SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder", StatusText = "of the window" },
   }
 end
 local function lines_in(bytes) return select(2, bytes:gsub("\n", "")) end
@@ -669,8 +669,8 @@ rows.trace_file = {
     in_traces(press, 2)
   end,
   done = function() return frames_traced == "2" end,
-  writes = {},
-  kept = {},
+  writes = { StatusText = "how many frames" },
+  kept = { StatusText = "of the window" },
 }
 rows.trace_live = {
   arms = true,
