@@ -194,10 +194,10 @@ struct VoltsLine {
 
 VoltsLine VoltsInForce()
 {
-    if (scope && scope->Volts()) {
-        const auto& [low, high] = *scope->Volts();
-        return {scope->Header()->DisplayLow, scope->Header()->DisplayHigh, static_cast<double>(low),
-                static_cast<double>(high)};
+    const std::optional<std::pair<float, float>> given = scope ? scope->Volts() : std::nullopt;
+    if (given) {
+        return {scope->Header()->DisplayLow, scope->Header()->DisplayHigh, static_cast<double>(given->first),
+                static_cast<double>(given->second)};
     }
     return {DisplayLow, DisplayHigh, static_cast<double>(VoltsLow), static_cast<double>(VoltsHigh)};
 }

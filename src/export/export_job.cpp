@@ -97,7 +97,8 @@ std::vector<std::string> PathsOfRegions(const std::string& path, std::span<const
         std::string name = stem + '-' + region.name;
         std::replace_if(name.begin() + static_cast<std::ptrdiff_t>(stem.size()), name.end(), IsRefusedInNames, '_');
         std::string wanted = name + extension;
-        for (int number = 2; isTaken(wanted); ++number) wanted = name + Format("-%d", number) + extension;
+        for (int number = 2; isTaken(wanted); ++number)
+            wanted = Format("%s-%d%s", name.c_str(), number, extension.c_str());
         paths.push_back(wanted);
     }
     return paths;

@@ -224,6 +224,14 @@ class ExportedRegions(unittest.TestCase):
         self.export("--region=all.regions", "--force", "run.seq", "x.npy")
         self.assertEqual(len(np.load(OUT / "x-box.npy")), FRAMES)
 
+    def test_as_many_regions_as_a_file_takes(self):
+        many = [{"name": f"r{i}", "shape": "point", "x1": i % COLUMNS, "y1": i // COLUMNS % ROWS} for i in range(256)]
+        self.write_regions(many, "many.regions")
+        for name in FORMATS:
+            self.export("--region=many.regions", "run.seq", "m" + ENDINGS[name])
+            self.assertEqual(len(list(OUT.glob(f"m-*{ENDINGS[name]}"))), 256)
+            self.assertEqual(read(f"m-r100{ENDINGS[name]}")[0].ravel().tolist(), COUNTS[:, 100 // COLUMNS, 100 % COLUMNS].tolist())
+
     def test_which_file_is_divided_from_which_name(self):
         self.write_regions([{"name": "b", "shape": "point", "x1": 3, "y1": 2}], "odd.regions:a.regions")
         for text, column in (("odd.regions:a.regions:b", 3), ("odd.regions:a.regions", 3)):

@@ -69,6 +69,13 @@ check.eq(#readfile(dir .. "/part.npy"), 128 + 2 * columns * rows)
 key("F2")
 check.eq(export { out = dir .. "/live.npy" }.frames, 1)
 check.eq(state("LiveVideo"), 1)
+-- Regions are parts of one frame, however many there are.
+regions { { name = "one", x1 = 5, y1 = 7, x2 = 60, y2 = 50 }, { name = "same", x1 = 5, y1 = 7, x2 = 60, y2 = 50 } }
+local both = export { out = dir .. "/live.npy", regions = true }.files
+check.eq(#readfile(both[1]), 128 + 2 * 56 * 44)
+check.eq(readfile(both[1]) == readfile(both[2]), true)
+check.eq(state("LiveVideo"), 1)
+regions {}
 
 -- A raw file with the lists in force: image order, (count - offset) / gain; without them it stays as it is stored.
 local width, height = state("Hroi"), state("Vroi")
