@@ -482,7 +482,10 @@ std::optional<StoredRange> RangeIn(HWND dialog)
 std::optional<Trace> TraceFileOnView(const StoredRange& range, std::string& why)
 {
     why = WhyNoneIsLeftOut();
-    if (!why.empty()) return std::nullopt;
+    if (!why.empty()) {
+        why += "\nThe window of the regions (View > Regions...) has a button for the set.";
+        return std::nullopt;
+    }
     const Hourglass hourglass;
     std::optional<StoredFrames> file = StoredFrames::Open(ViewFilePath, why);
     if (!file) {
