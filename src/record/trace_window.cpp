@@ -419,6 +419,10 @@ void LeaveOut(HWND dialog)
 
 void BeginLive(HWND dialog)
 {
+    if (DialogInFront()) {  // which may take frames of the board itself
+        Refuse(dialog, kLive, "Not while another dialog waits: leave that one first.");
+        return;
+    }
     std::string why;
     std::vector<Region> regions = RegionsToTrace(ActiveConfig.Hroi, ActiveConfig.Vroi);
     const BadPixels bad = LeaveBadDetectorsOut != 0 ? BadPixels::kLeftOut : BadPixels::kMeasured;

@@ -161,6 +161,15 @@ end
 assert(both > 60, both)
 press(2)
 
+-- Not beside a dialog that may want the board for itself.
+command(140)
+command(kTraces)
+command(121)
+press(kLive)
+check.eq({ text(kMessage), enabled(kStop) }, { "Not while another dialog waits: leave that one first.", false })
+script_press(1)
+press(2)
+
 -- A window that is closed ends the trace.
 command(140)
 command(kTraces)
