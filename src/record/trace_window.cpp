@@ -348,9 +348,9 @@ void FollowFile(HWND dialog)
     const bool isAnother = frames == 0 || shown.filePath != ViewFilePath;
     if (!isAnother && frames == shown.fileFrames) return;
     const auto text = [frames](std::int64_t number) { return frames == 0 ? std::string() : std::to_string(number); };
-    if (isAnother) SetDlgItemText(dialog, kFirst, text(1));
-    if (isAnother || GetDlgItemText(dialog, kLast) == std::to_string(shown.fileFrames)) {
-        SetDlgItemText(dialog, kLast, text(frames));
+    if (isAnother) SetDlgItemText(dialog, kFirst, text(0));
+    if (isAnother || GetDlgItemText(dialog, kLast) == std::to_string(shown.fileFrames - 1)) {
+        SetDlgItemText(dialog, kLast, text(frames - 1));
     }
     shown.filePath = frames == 0 ? std::string() : std::string(ViewFilePath);
     shown.fileFrames = frames;
@@ -419,6 +419,10 @@ void LeaveOut(HWND dialog)
 
 void BeginLive(HWND dialog)
 {
+    if (DialogInFront()) {  // which may take frames of the board itself
+        Refuse(dialog, kLive, "Not while another dialog waits: leave that one first.");
+        return;
+    }
     std::string why;
     std::vector<Region> regions = RegionsToTrace(ActiveConfig.Hroi, ActiveConfig.Vroi);
     const BadPixels bad = LeaveBadDetectorsOut != 0 ? BadPixels::kLeftOut : BadPixels::kMeasured;
@@ -463,25 +467,29 @@ std::optional<std::int64_t> NumberIn(HWND dialog, int field)
     return number;
 }
 
-// Frames from 1 in the fields, from 0 in the range. A file that grows is taken as it is by then.
+// Counted from 0, as on the play bar. A file that grows is taken as it is by then.
 std::optional<StoredRange> RangeIn(HWND dialog)
 {
     const std::optional<std::int64_t> first = NumberIn(dialog, kFirst);
     const std::optional<std::int64_t> last = NumberIn(dialog, kLast);
-    if (first && last && *first >= 1 && *last >= *first && *last <= shown.fileFrames) {
-        return StoredRange{.first = *first - 1, .last = *last == shown.fileFrames ? -1 : *last - 1};
+    const std::int64_t highest = shown.fileFrames - 1;
+    if (first && last && *first >= 0 && *last >= *first && *last <= highest) {
+        return StoredRange{.first = *first, .last = *last == highest ? -1 : *last};
     }
-    const bool isFirst = !first || *first < 1 || *first > shown.fileFrames;
+    const bool isFirst = !first || *first < 0 || *first > highest;
     Refuse(dialog, isFirst ? kFirst : kLast,
-           Format("Please enter frames from 1 to %lld, the last one not before the first.",
-                  static_cast<long long>(shown.fileFrames)));
+           Format("Please enter frames from 0 to %lld, the first one not behind the last one.",
+                  static_cast<long long>(highest)));
     return std::nullopt;
 }
 
 std::optional<Trace> TraceFileOnView(const StoredRange& range, std::string& why)
 {
     why = WhyNoneIsLeftOut();
-    if (!why.empty()) return std::nullopt;
+    if (!why.empty()) {
+        why += "\nThe window of the regions (View > Regions...) has a button for the set.";
+        return std::nullopt;
+    }
     const Hourglass hourglass;
     std::optional<StoredFrames> file = StoredFrames::Open(ViewFilePath, why);
     if (!file) {

@@ -53,7 +53,7 @@ std::vector<std::pair<std::string, std::string>> OriginOf(const StoredFrames& fi
 {
     std::vector<std::pair<std::string, std::string>> origin = {
         {"source", file.Path()},
-        {"frames", std::to_string(range.first + 1) + " to " + std::to_string(range.last + 1) + " of " +
+        {"frames", std::to_string(range.first) + " to " + std::to_string(range.last) + ", counted from 0, of " +
                        std::to_string(file.Frames())},
     };
     const FramesFile* const journal = file.Journal();
@@ -123,7 +123,7 @@ std::optional<Trace> TraceOfFile(StoredFrames& file, std::span<const Region> reg
     const StoredRange& asked = options.range;
     const StoredRange range{.first = asked.first, .last = asked.last < 0 ? file.Frames() - 1 : asked.last};
     if (range.first < 0 || range.last < range.first || range.last >= file.Frames()) {
-        why = Format("The file has the frames 1 to %lld.", static_cast<long long>(file.Frames()));
+        why = Format("The file has the frames 0 to %lld.", static_cast<long long>(file.Frames() - 1));
         return std::nullopt;
     }
     const auto columns = static_cast<std::int32_t>(file.Columns());
@@ -152,7 +152,7 @@ std::optional<Trace> TraceOfFile(StoredFrames& file, std::span<const Region> reg
         std::string reason;
         if (!glances.GoesOn(i, frames)) return std::nullopt;
         if (!file.ReadCounts(frame, pixels, reason)) {
-            why = "Frame " + std::to_string(frame + 1) + " of the file " + reason + ".";
+            why = "Frame " + std::to_string(frame) + " of the file " + reason + ".";
             return std::nullopt;
         }
         counts->FromFrame(pixels);

@@ -135,7 +135,7 @@ TEST_F(TraceFileTest, SaysWhyThereIsNone)
 {
     StoredFrames file = Written();
     EXPECT_FALSE(TraceOfFile(file, TwoRegions(), {.range = {.first = 2, .last = 5}}, {}, why_));
-    EXPECT_EQ(why_, "The file has the frames 1 to 5.");
+    EXPECT_EQ(why_, "The file has the frames 0 to 4.");
     EXPECT_FALSE(TraceOfFile(file, {}, {}, {}, why_));
     EXPECT_EQ(why_, "There is no region to trace.");
     std::vector<Region> regions = TwoRegions();
@@ -157,7 +157,7 @@ TEST_F(TraceFileTest, TellsTheFrameThatCannotBeRead)
     StoredFrames file = Written();
     std::filesystem::resize_file(Path(), std::filesystem::file_size(Path()) - 1);
     EXPECT_FALSE(TraceOfFile(file, TwoRegions(), {}, {}, why_));
-    EXPECT_EQ(why_, "Frame 5 of the file can't be read.");
+    EXPECT_EQ(why_, "Frame 4 of the file can't be read.");
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ files.image(at("steps.seq"), { width = 4, height = 2, frames = 12, rate = 50 }, 
 end)
 drop(at("steps.seq"))
 wait(300)
-check.eq({ text(kFirst), text(kLast) }, { "1", "12" }, "it follows the view")
+check.eq({ text(kFirst), text(kLast) }, { "0", "11" }, "it follows the view")
 check.eq(buttons(), { false, false, true, false })
 press(kFile)
 check.eq({ text(kFrames), text(kTime), text(kGaps), text(kSource) }, { "12", "0.220 s", "none", at("steps.seq") })
@@ -93,21 +93,21 @@ command(kTraces)
 check.eq(text(kFrames), "12", "it stands until the next one")
 
 -- A part of it, and what makes none.
-set(kFirst, "4")
-set(kLast, "6")
+set(kFirst, "3")
+set(kLast, "5")
 press(kFile)
 check.eq({ text(kFrames), text(kMean) }, { "3", "23.000" }, "5.5 n + 1 of frames 3, 4 and 5")
 rows, notes = save("part.csv")
-check.holds(notes, "# frames: 4 to 6 of 12")
+check.holds(notes, "# frames: 3 to 5, counted from 0, of 12")
 check.eq({ #rows, rows[2][1], rows[2][2] }, { 4, "1", "4" })
-for _, range in ipairs { { "0", "6" }, { "4", "13" }, { "6", "4" }, { "", "4" }, { "1", "x" }, { "1.5", "4" } } do
+for _, range in ipairs { { "-1", "6" }, { "4", "12" }, { "6", "4" }, { "", "4" }, { "1", "x" }, { "1.5", "4" } } do
   set(kFirst, range[1])
   set(kLast, range[2])
   press(kFile)
-  check.eq({ text(kMessage), text(kFrames) }, { "Please enter frames from 1 to 12, the last one not before the first.", "3" }, range[1])
+  check.eq({ text(kMessage), text(kFrames) }, { "Please enter frames from 0 to 11, the first one not behind the last one.", "3" }, range[1])
 end
-set(kFirst, "1")
-set(kLast, "12")
+set(kFirst, "0")
+set(kLast, "11")
 press(kFile)
 check.eq({ text(kMessage), text(kFrames) }, { "", "12" })
 press(2)
@@ -162,6 +162,15 @@ assert(both > 60, both)
 -- The command line writes the same file.
 check.eq(batch("export", "--traces", run.files[1], datadir() .. "/batch.csv"), 0)
 check.eq(readfile(datadir() .. "/batch.csv"), readfile(datadir() .. "/file.csv"))
+press(2)
+
+-- Not beside a dialog that may want the board for itself.
+command(140)
+command(kTraces)
+command(121)
+press(kLive)
+check.eq({ text(kMessage), enabled(kStop) }, { "Not while another dialog waits: leave that one first.", false })
+script_press(1)
 press(2)
 
 -- A window that is closed ends the trace.

@@ -124,7 +124,7 @@ pick("TRACES", kUnit, 2)
 -- Left out: a file doesn't tell of bad pixels, so that a set has to.
 tick("TRACES", kLeaveOut, true)
 push(kFile)
-check.answer_box("A file doesn't tell of bad detectors: name the set that it was made with.", "ok")
+check.answer_box("A file doesn't tell of bad detectors: name the set that it was made with.\nThe window of the regions (View > Regions...) has a button for the set.", "ok")
 check.eq(get(kFrames), "10", "the trace is as it was")
 files.calibration(at("bench.cal"), 6, 4, 1.0, 0)
 files.write(at("bench.bad"), "1,2\n")
