@@ -32,6 +32,7 @@ struct Drag {
     Point from{};        // the pixel that was pressed
     bool isNew = false;  // it is being drawn
     bool moved = false;
+    std::int32_t selectedBefore = 0;
 };
 std::optional<Drag> drag;
 
@@ -66,9 +67,9 @@ const Region* RegionUnder(Point pixel, const PictureMap& map)
     return found == Regions.rend() ? nullptr : &*found;
 }
 
-void Take(const Region& region, const RegionGrip& grip, Point pixel, bool isNew)
+void Take(const Region& region, const RegionGrip& grip, Point pixel, bool isNew, std::int32_t selectedBefore)
 {
-    drag = Drag{.before = region, .grip = grip, .from = pixel, .isNew = isNew};
+    drag = Drag{.before = region, .grip = grip, .from = pixel, .isNew = isNew, .selectedBefore = selectedBefore};
 }
 
 void TakeWhatLiesUnder(Point at, Point pixel, const PictureMap& map)
@@ -76,10 +77,11 @@ void TakeWhatLiesUnder(Point at, Point pixel, const PictureMap& map)
     const Region* const selected = FindRegion(SelectedRegion);
     std::optional<RegionGrip> grip = selected ? GripUnder(at, *selected, map) : std::nullopt;
     const Region* const taken = grip ? selected : RegionUnder(pixel, map);
+    const std::int32_t selectedBefore = SelectedRegion;
     SelectRegion(taken ? taken->number : 0);
     if (!taken) return;
     BeginGesture({});
-    Take(*taken, grip.value_or(RegionGrip{}), pixel, false);
+    Take(*taken, grip.value_or(RegionGrip{}), pixel, false, selectedBefore);
 }
 
 void BeginShape(RegionShape shape, Point pixel)
@@ -89,6 +91,7 @@ void BeginShape(RegionShape shape, Point pixel)
     Region region;
     region.shape = shape;
     region.place = {pixel.x, pixel.y, pixel.x, pixel.y};
+    const std::int32_t selectedBefore = SelectedRegion;
     const std::int32_t number = AddRegion(region, why);
     SelectRegion(number);
     const Region* const added = FindRegion(number);
@@ -98,7 +101,7 @@ void BeginShape(RegionShape shape, Point pixel)
         return;
     }
     const bool isPoint = shape == RegionShape::kPoint;
-    Take(*added, isPoint ? RegionGrip{} : RegionGrip{pixel, false, false, true, true}, pixel, !isPoint);
+    Take(*added, isPoint ? RegionGrip{} : RegionGrip{pixel, false, false, true, true}, pixel, true, selectedBefore);
 }
 
 struct Movement {
@@ -178,13 +181,28 @@ void EndRegionDrag()
     if (!drag) return;
     const Drag ended = *drag;
     drag.reset();
-    if (ended.isNew && !ended.moved) {
+    if (ended.isNew && !ended.moved && ended.before.shape != RegionShape::kPoint) {
         RemoveRegion(ended.before.number);
         const std::optional<PictureMap> map = MapOfPicture();
         const Region* const under = map ? RegionUnder(ended.from, *map) : nullptr;
         SelectRegion(under ? under->number : 0);
     }
     EndGesture();
+}
+
+bool GiveUpRegionDrag()
+{
+    if (!drag) return false;
+    const Drag given = *drag;
+    drag.reset();
+    if (given.isNew) {
+        RemoveRegion(given.before.number);
+    } else {
+        Place(given.before, given.before.place);
+    }
+    SelectRegion(given.selectedBefore);
+    EndGesture();
+    return true;
 }
 
 bool RegionTakesCommand(int id)

@@ -22,6 +22,9 @@ void DrawShape(std::optional<RegionShape> shape);
 bool PressRegions(Point at);
 bool DragRegions(Point at);  // false: none is being dragged
 void EndRegionDrag();
+// Escape: what is dragged is where it was, what is being drawn is none, and nothing is there to take back. False: none
+// is being dragged.
+bool GiveUpRegionDrag();
 
 // A command of the main window: arrows move the selected region by a pixel, with Shift by ten, with Ctrl they resize
 // it, Del removes it. False where none is selected or edited, or the command isn't one of these.

@@ -237,6 +237,7 @@ LRESULT OnCommand(HWND window, WPARAM wParam, LPARAM lParam)
 
 void OnEscape()
 {
+    if (GiveUpRegionDrag()) return;
     if (TrackballMode) {
         ToggleTrackballMode();
     } else {
