@@ -39,8 +39,8 @@ local function expect_same_set(window, command, lists)
   end
 end
 
-local function calibrate(out, ...)
-  local words = { "calibrate", "--data", datadir(), "--camera", tostring(state("ActiveCamera")), "--frames", "0:" .. kFrames, "--out", datadir() .. "/" .. out, ... }
+local function calibrate(out, frames, ...)
+  local words = { "calibrate", "--data", datadir(), "--camera", tostring(state("ActiveCamera")), "--frames", frames, "--out", datadir() .. "/" .. out, ... }
   return batch(table.unpack(words))
 end
 local function kept(number) return datadir() .. "/kept" .. number .. ".seq" end
@@ -91,16 +91,14 @@ local sources = { "--low", kept(1), "--tlow", "20" }
 if case.points == 2 then sources = { "--low", kept(1), "--high", kept(2), "--tlow", "20", "--thigh", "25" } end
 local words = { table.unpack(sources) }
 for _, flag in ipairs(case.flags) do words[#words + 1] = flag end
-check.eq(calibrate("made.cal", table.unpack(words)), 0)
+check.eq(calibrate("made.cal", "0:" .. kFrames, table.unpack(words)), 0)
 expect_same_set(window, "made", case.lists)
 check.holds(readfile(data .. "made.cal"), "IntensityCold=" .. state("IntensityCold") .. "\n")
 
 -- It isn't all the same: one frame less makes other lists. A set that stands isn't written over.
 local offsets = readfile(data .. "made.off")
-check.eq(calibrate("made.cal", table.unpack(words)), 2)
-words[#words + 1] = "--frames"
-words[#words + 1] = "1:" .. kFrames
-check.eq(calibrate("other.cal", table.unpack(words)), 0)
+check.eq(calibrate("made.cal", "0:" .. kFrames, table.unpack(words)), 2)
+check.eq(calibrate("other.cal", "1:" .. kFrames, table.unpack(words)), 0)
 assert(readfile(data .. "other.gai") ~= readfile(data .. "made.gai") or readfile(data .. "other.off") ~= offsets)
 check.eq(readfile(data .. "made.off"), offsets)
 
