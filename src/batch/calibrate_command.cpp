@@ -236,13 +236,14 @@ Failure AddFrames(StoredFrames& frames, const Request& request, std::string_view
     return std::nullopt;
 }
 
-Failure OpenRaw(const Source& source, const Request& request, const CameraConfig& config,
-                std::optional<StoredFrames>& frames)
+// nullopt with the reason in why.
+std::optional<StoredFrames> OpenRaw(const Source& source, const Request& request, const CameraConfig& config,
+                                    std::string& why)
 {
-    std::string why;
-    frames = StoredFrames::Open(source.path, why);
-    if (!frames) return source.path + ' ' + why;
-    if (Failure failure = WhyNotRaw(*frames, config, request.camera)) return source.path + ' ' + *failure;
+    std::optional<StoredFrames> frames = StoredFrames::Open(source.path, why);
+    const Failure failure = frames ? WhyNotRaw(*frames, config, request.camera) : why;
+    if (!failure) return frames;
+    why = source.path + ' ' + *failure;
     return std::nullopt;
 }
 
@@ -405,18 +406,19 @@ Failure Calibrate(const Request& request, bool asJson)
     if (Failure failure = ReadSettings(request, settings)) return failure;
     std::optional<NewSet> set = NewSet::Begin(request.out, why);
     if (!set) return why;
-    std::optional<StoredFrames> lowFrames;
+    std::optional<StoredFrames> lowFrames = OpenRaw(request.low, request, settings.config, why);
+    if (!lowFrames) return why;
     std::optional<StoredFrames> highFrames;
-    if (Failure failure = OpenRaw(request.low, request, settings.config, lowFrames)) return failure;
     if (request.high) {
-        if (Failure failure = OpenRaw(*request.high, request, settings.config, highFrames)) return failure;
+        highFrames = OpenRaw(*request.high, request, settings.config, why);
+        if (!highFrames) return why;
         if (Failure failure = TakeAlike(*lowFrames, *highFrames)) return failure;
     }
     if (lowFrames->AreLowered()) std::fputs("kelvo calibrate: samples are taken 32768 lower\n", stderr);
     std::optional<GatheredSource> low = Gather(request, request.low, "low source", *lowFrames, why);
     if (!low) return why;
     std::optional<GatheredSource> high;
-    if (request.high) {
+    if (request.high && highFrames) {
         high = Gather(request, *request.high, "high source", *highFrames, why);
         if (!high) return why;
     }

@@ -111,6 +111,16 @@ std::optional<double> StoredFrames::SecondsOf(std::int64_t frame) const
     return static_cast<double>(frame) / rate;
 }
 
+bool StoredFrames::ReadSamples(std::int64_t frame, std::span<std::int16_t> counts, std::string& why)
+{
+    const std::optional<std::int64_t> record =
+        FrameRecordPosition(header_, headerBytes_, static_cast<std::uint32_t>(frame));
+    const std::span<std::byte> bytes = std::as_writable_bytes(counts.first(Pixels()));
+    const bool isRead = record && ImageFile().ReadAt(*record + header_.ImageHeaderDataOffset, bytes) == bytes.size();
+    if (!isRead) why = "can't be read";
+    return isRead;
+}
+
 bool StoredFrames::ReadCounts(std::int64_t frame, std::span<std::int16_t> counts, std::string& why)
 {
     if (frame < 0 || frame >= frames_ || counts.size() < Pixels()) {
@@ -118,6 +128,7 @@ bool StoredFrames::ReadCounts(std::int64_t frame, std::span<std::int16_t> counts
         return false;
     }
     if (foreign_) return foreign_->ReadCounts(frame, counts, why);
+    if (header_.SampleBytes == kShortSamples && header_.ByteSwap != 0) return ReadSamples(frame, counts, why);
     const bool holdsFloats = header_.SampleBytes == kFloatSamples;
     std::vector<std::uint8_t>& record = holdsFloats ? floats_ : block_;
     FrameRead read = ReadFrameRecord(ImageFile(), header_, headerBytes_, static_cast<std::uint32_t>(frame), record);

@@ -68,6 +68,8 @@ class StoredFrames {
     File& ImageFile() { return *file_; }
     bool ReadHead(std::string& why);
     void ReadJournal();
+    // Samples that are counts already, without a copy in between.
+    bool ReadSamples(std::int64_t frame, std::span<std::int16_t> counts, std::string& why);
 
     std::string path_;
     std::optional<File> file_;              // one of the two is there
