@@ -4,6 +4,7 @@
 #include "batch/batch_end.h"
 #include "batch/batch_progress.h"
 #include "batch/cut_command.h"
+#include "batch/picture_arguments.h"
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "platform/json_text.h"
@@ -27,6 +28,7 @@ constexpr int kBatchStopped = 1;
 struct Wish {
     ExportRequest request;
     ExportFormat format = ExportFormat::kNpy;
+    PictureWish picture;
     std::string out;
     bool replace = false;
     bool json = false;
@@ -85,7 +87,7 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
     if (volts) wish.request.volts = TwoVolts(*volts);
     if (place) wish.request.place = PlaceOf(*place);
     if (!format) {
-        why = "--to says which format: tiff, fits, hdf5, npy or csv";
+        why = "--to says which format: tiff, fits, hdf5, npy, csv, png or mp4";
     } else if (!form) {
         why = "--as says in what form: counts, corrected, volts, celsius, kelvin or fahrenheit";
     } else if (!range) {
@@ -94,7 +96,10 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
         why = "--volts LOW:HIGH says what the ends of the display range are, the low one first";
     } else if (place && !wish.request.place) {
         why = "--rectangle LEFT,TOP,RIGHT,BOTTOM says which columns and rows, counted from 0";
-    } else {
+    } else if (NamesOf(*format).isPicture && IsFloatForm(*form)) {
+        why = "a picture is made of counts: --as counts or corrected";
+    } else if (auto picture = PictureWishOf(taken, *format, why)) {
+        wish.picture = std::move(*picture);
         wish.format = *format;
         wish.request.form = *form;
         wish.request.first = range->first;
@@ -106,10 +111,10 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
 
 std::string JsonOf(const Wish& wish, const ExportDescription& description, const ExportOutcome& outcome)
 {
-    const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
-    return JsonText()
-               .Text("file", wish.out)
-               .Text("format", names->word)
+    JsonText json;
+    json.Text("file", outcome.files.empty() ? wish.out : outcome.files.front());
+    if (outcome.files.size() > 1) json.Text("last_file", outcome.files.back());
+    return json.Text("format", NamesOf(wish.format).word)
                .Text("form", WordOf(description.provenance.form))
                .Text("unit", description.provenance.unit)
                .Whole("frames", outcome.frames)
@@ -128,8 +133,14 @@ int ExportCommand(std::span<const std::string> arguments)
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return TellBatchFailure(kWord, why);
 
+    std::optional<PictureOptions> options = PictureOptions{};
+    if (NamesOf(wish->format).isPicture) {
+        options = PictureOptionsOf(wish->picture, source->Description().provenance, why);
+    }
+    if (!options) return TellBatchFailure(kWord, why);
+
     BatchProgress shown(kWord);
-    const std::unique_ptr<FrameSink> sink = MakeFrameSink(wish->format, wish->out, wish->replace);
+    const std::unique_ptr<FrameSink> sink = MakeFrameSink(wish->format, wish->out, wish->replace, std::move(*options));
     const ExportOutcome outcome = RunExport(*source, *sink, [&shown](std::int64_t done, std::int64_t all) {
         if (done > 0) shown.Show(done, all);
         return !Interrupted();
@@ -138,10 +149,13 @@ int ExportCommand(std::span<const std::string> arguments)
     if (wish->json) std::fputs(JsonOf(*wish, source->Description(), outcome).c_str(), stdout);
     if (!outcome.stopped) return kBatchDone;
     AnswerInterrupt();
-    const std::string has = outcome.frames == 0
-                                ? "no file was made"
-                                : wish->out + Format(" has %lld of %lld frames", static_cast<long long>(outcome.frames),
-                                                     static_cast<long long>(source->Description().frames));
+    const std::vector<std::string>& files = outcome.files;
+    const std::string name = files.size() > 1 ? files.front() + " to " + files.back() : files.empty() ? "" : files[0];
+    const std::string has =
+        outcome.frames == 0 ? "no file was made"
+                            : name + Format(files.size() > 1 ? " have %lld of %lld frames" : " has %lld of %lld frames",
+                                            static_cast<long long>(outcome.frames),
+                                            static_cast<long long>(source->Description().frames));
     std::fprintf(stderr, "kelvo export: stopped, %s\n", has.c_str());
     return kBatchStopped;
 }

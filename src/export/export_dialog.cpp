@@ -3,16 +3,17 @@
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "export/export_source.h"
-#include "export/mp4_writer.h"
 #include "grabber/host_frames.h"
 #include "imagefile/header.h"
 #include "platform/box.h"
 #include "platform/file_dialog.h"
 #include "platform/files.h"
 #include "platform/text.h"
+#include "regions/region_list.h"
 #include "resources/help_contexts.h"
 #include "state/buffer_state.h"
 #include "state/cal_state.h"
+#include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/dialog_frame.h"
@@ -29,6 +30,7 @@
 #include <array>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -53,33 +55,13 @@ constexpr std::pair<ExportForm, std::string_view> kForms[] = {
     {ExportForm::kKelvin, "Kelvin"}, {ExportForm::kFahrenheit, "Degrees Fahrenheit"},
 };
 
-// The formats of values, and behind them the video.
-struct OfferedFormat {
-    std::string_view extension;
-    std::string_view title;
-    std::optional<ExportFormat> format;  // nullopt: the video
-};
-
-std::vector<OfferedFormat> OfferedFormats()
-{
-    std::vector<OfferedFormat> formats;
-    for (const ExportFormatNames& names : ExportFormats()) {
-        formats.push_back({names.extension, names.title, names.format});
-    }
-    formats.push_back({".mp4", "MP4 video, with the colors on view", std::nullopt});
-    return formats;
-}
-
-std::unique_ptr<FrameSink> SinkOf(const OfferedFormat& offer, const std::string& path, bool replace)
-{
-    if (offer.format) return MakeFrameSink(*offer.format, path, replace);
-    return std::make_unique<Mp4Writer>(path, replace);
-}
-
 // Of the export before.
 struct Choice {
     int form = 0;
     int format = 0;
+    bool scale = false;
+    bool time = false;
+    bool regions = false;
 };
 Choice lastChoice;
 
@@ -125,9 +107,17 @@ const OfferedSource& ChosenSource(HWND dialog)
     return offered[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportWhat), 0))];
 }
 
-OfferedFormat ChosenFormat(HWND dialog)
+const ExportFormatNames& ChosenFormat(HWND dialog)
 {
-    return OfferedFormats()[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportFormat), 0))];
+    return ExportFormats()[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportFormat), 0))];
+}
+
+// What stands beside a picture's pixels is of pictures alone.
+void ShowTicks(HWND dialog)
+{
+    for (const int tick : {kExportScale, kExportTime, kExportRegions}) {
+        EnableDlgItem(dialog, tick, ChosenFormat(dialog).isPicture);
+    }
 }
 
 void ShowFrames(HWND dialog)
@@ -143,15 +133,16 @@ void ShowFrames(HWND dialog)
 // The place of the format with that ending; -1: none has it.
 int FormatWithEnding(const std::string& ending)
 {
-    const std::vector<OfferedFormat> formats = OfferedFormats();
+    const std::span<const ExportFormatNames> formats = ExportFormats();
     const auto found = std::ranges::find_if(
-        formats, [&ending](const OfferedFormat& format) { return EqualIgnoringCase(ending, format.extension); });
+        formats, [&ending](const ExportFormatNames& format) { return EqualIgnoringCase(ending, format.extension); });
     return found == formats.end() ? -1 : static_cast<int>(found - formats.begin());
 }
 
 // Name and format go together as long as the name's ending is that of a format.
 void FollowFormat(HWND dialog)
 {
+    ShowTicks(dialog);
     std::string name = GetDlgItemText(dialog, kExportName);
     const std::string ending = EndingOf(name);
     if (FormatWithEnding(ending) < 0) return;
@@ -163,16 +154,21 @@ void FollowName(HWND dialog)
 {
     const int format = FormatWithEnding(EndingOf(GetDlgItemText(dialog, kExportName)));
     if (format >= 0) ListSelect(dialog, kExportFormat, format);
+    ShowTicks(dialog);
 }
 
 void Open(HWND dialog)
 {
     for (const OfferedSource& source : offered) ListAdd(dialog, kExportWhat, source.text);
     for (const auto& [form, text] : kForms) ListAdd(dialog, kExportForm, text);
-    for (const OfferedFormat& format : OfferedFormats()) ListAdd(dialog, kExportFormat, format.title);
+    for (const ExportFormatNames& format : ExportFormats()) ListAdd(dialog, kExportFormat, format.title);
     ListSelect(dialog, kExportWhat, 0);
     ListSelect(dialog, kExportForm, lastChoice.form);
     ListSelect(dialog, kExportFormat, lastChoice.format);
+    CheckDlgButton(dialog, kExportScale, lastChoice.scale);
+    CheckDlgButton(dialog, kExportTime, lastChoice.time);
+    CheckDlgButton(dialog, kExportRegions, lastChoice.regions);
+    ShowTicks(dialog);
     ShowFrames(dialog);
     const std::string name = ViewingFile ? StemOf(ViewFilePath) : "picture";
     SetDlgItemText(dialog, kExportName, name + std::string(ChosenFormat(dialog).extension));
@@ -199,7 +195,7 @@ std::string WithEnding(HWND dialog, std::string name)
 
 void Browse(HWND dialog)
 {
-    const OfferedFormat format = ChosenFormat(dialog);
+    const ExportFormatNames& format = ChosenFormat(dialog);
     const std::string pattern = "*" + std::string(format.extension);
     const std::string text = std::string(format.title) + " (" + pattern + ")";
     const std::string target = TargetOf(WithEnding(dialog, GetDlgItemText(dialog, kExportName)));
@@ -225,6 +221,7 @@ std::optional<ExportRequest> TakeRequest(HWND dialog)
     ExportRequest request;
     request.what = source.what;
     if (source.what == ExportWhat::kFile) request.path = ViewFilePath;
+    request.asShown = ChosenFormat(dialog).isPicture;
     request.form = kForms[std::max(ListSelection(dialog, kExportForm), 0)].first;
     if (source.what == ExportWhat::kOnView) return request;
     const std::optional<std::int32_t> first = ScanDecimal(GetDlgItemText(dialog, kExportFirst));
@@ -260,10 +257,25 @@ std::optional<ExportSource> OpenSource(ExportRequest request, std::string& why)
     return source;
 }
 
-bool MayReplace(HWND dialog, const std::string& target)
+bool MayReplace(HWND dialog, const std::vector<std::string>& standing)
 {
-    const std::string question = target + " already exists.\nDo you want to replace it?";
+    const std::size_t others = standing.size() - 1;
+    const std::string question =
+        others == 0 ? standing.front() + " already exists.\nDo you want to replace it?"
+                    : standing.front() + Format(" and %zu more already exist.\nDo you want to replace them?", others);
     return MessageBox(dialog, question, "Export", BoxIcon::kExclamation, BoxButtons::kYesNo) == Button::kYes;
+}
+
+// What is on view now, for all frames. nullopt where memory is refused.
+std::optional<PictureOptions> PictureOnView(HWND dialog, ExportWhat what, const Provenance& provenance)
+{
+    PictureOptions options{.look = PictureLook::OnView(), .time = IsDlgButtonChecked(dialog, kExportTime)};
+    if (!options.look) return std::nullopt;
+    if (IsDlgButtonChecked(dialog, kExportScale)) {
+        options.scale = ScaleOfExport(*options.look, what, provenance, DisplayUnit);
+    }
+    if (IsDlgButtonChecked(dialog, kExportRegions)) options.regions = Regions;
+    return options;
 }
 
 // Names the share that is done; the line is put back at the end.
@@ -288,12 +300,31 @@ class ShownProgress {
     std::int64_t told_ = -1;
 };
 
-ExportOutcome Write(ExportSource& source, const OfferedFormat& format, const std::string& target, bool replace)
+// Of what is chosen. Null after a box: no memory is left, or what stands there stays.
+std::unique_ptr<FrameSink> SinkFor(HWND dialog, const std::string& target, ExportWhat what,
+                                   const ExportDescription& description)
+{
+    const ExportFormatNames& format = ChosenFormat(dialog);
+    std::optional<PictureOptions> options = PictureOptions{};
+    if (format.isPicture) options = PictureOnView(dialog, what, description.provenance);
+    if (!options) {
+        RefuseField(dialog, kExportName, "No memory is left.");
+        return nullptr;
+    }
+    std::vector<std::string> standing = MakeFrameSink(format.format, target, true)->Targets(description);
+    std::erase_if(standing, [](const std::string& path) { return !FileExists(path); });
+    if (!standing.empty() && !MayReplace(dialog, standing)) {
+        FocusDlgItem(dialog, kExportName);
+        return nullptr;
+    }
+    return MakeFrameSink(format.format, target, !standing.empty(), std::move(*options));
+}
+
+ExportOutcome Write(ExportSource& source, FrameSink& sink)
 {
     const Gather gather(source.Description().frames > 1);
     ShownProgress progress;
-    const std::unique_ptr<FrameSink> sink = SinkOf(format, target, replace);
-    return RunExport(source, *sink,
+    return RunExport(source, sink,
                      [&progress](std::int64_t done, std::int64_t all) { return progress.Show(done, all); });
 }
 
@@ -314,8 +345,8 @@ void Accept(HWND dialog)
         RefuseField(dialog, kExportName, "Please enter the name of the file to write.");
         return;
     }
-    if (!ChosenFormat(dialog).format && IsFloatForm(request->form)) {
-        RefuseField(dialog, kExportForm, "A video shows the picture: please choose counts or corrected counts.");
+    if (ChosenFormat(dialog).isPicture && IsFloatForm(request->form)) {
+        RefuseField(dialog, kExportForm, std::string(kPictureOfCounts));
         return;
     }
     std::string why;
@@ -324,26 +355,32 @@ void Accept(HWND dialog)
         RefuseField(dialog, kExportWhat, why);
         return;
     }
+    const ExportDescription& description = source->Description();
     const std::string target = TargetOf(name);
-    const bool replace = FileExists(target);
-    if (replace && !MayReplace(dialog, target)) {
-        FocusDlgItem(dialog, kExportName);
-        return;
-    }
-    ExportOutcome outcome = Write(*source, ChosenFormat(dialog), target, replace);
+    const std::unique_ptr<FrameSink> sink = SinkFor(dialog, target, request->what, description);
+    if (!sink) return;
+    ExportOutcome outcome = Write(*source, *sink);
     if (!outcome.failure.empty()) {
         RefuseField(dialog, kExportName, outcome.failure);
         return;
     }
     if (outcome.frames == 0) return;  // stopped before the first one: nothing has changed
-    written = {target, std::move(outcome), source->Description().frames};
-    lastChoice = {ListSelection(dialog, kExportForm), ListSelection(dialog, kExportFormat)};
+    written = {target, std::move(outcome), description.frames};
+    lastChoice = {.form = ListSelection(dialog, kExportForm),
+                  .format = ListSelection(dialog, kExportFormat),
+                  .scale = IsDlgButtonChecked(dialog, kExportScale),
+                  .time = IsDlgButtonChecked(dialog, kExportTime),
+                  .regions = IsDlgButtonChecked(dialog, kExportRegions)};
     write::fileChoice.LastFileDirectory = DirectoryOf(target);
     EndDialog(dialog, kExported);
 }
 
 void NoteWritten()
 {
+    if (written.outcome.files.front() != written.path) {  // a file a frame
+        NoteSavedBitmaps(written.outcome.files, static_cast<std::uint32_t>(written.wanted));
+        return;
+    }
     if (!written.outcome.stopped) {
         NoteSavedFile(written.path, static_cast<std::uint32_t>(written.outcome.frames));
         return;

@@ -5,6 +5,9 @@
 #include "export/export_source.h"
 #include "platform/interrupt.h"
 #include "platform/pointer.h"
+#include "regions/region_list.h"
+#include "regions/regions_file.h"
+#include "state/display_state.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,6 +29,9 @@ struct Wish {
     std::string out;
     std::int64_t count = -1;
     bool replace = false;
+    bool scale = false;
+    bool time = false;
+    std::vector<Region> regions;
 };
 
 template <typename Value>
@@ -69,6 +75,20 @@ bool TakePlace(const ScriptValue& value, std::optional<RegionPlace>& place)
     return true;
 }
 
+// true: those of the view; otherwise the path of a file.
+bool TakeRegions(const ScriptValue& value, std::vector<Region>& regions)
+{
+    if (const auto* const ofView = std::get_if<bool>(&value)) {
+        if (*ofView) regions = Regions;
+        return true;
+    }
+    const auto* const path = std::get_if<std::string>(&value);
+    std::string why;
+    const auto file = path ? ReadRegionsFile(*path, why) : std::nullopt;
+    if (file) regions = file->regions;
+    return file.has_value();
+}
+
 struct Field {
     std::string_view name;
     bool (*take)(const ScriptValue& value, Wish& wish);
@@ -84,6 +104,9 @@ constexpr Field kFields[] = {
     {"set", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.set); }},
     {"in_force", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.request.listsInForce); }},
     {"rectangle", [](const ScriptValue& value, Wish& wish) { return TakePlace(value, wish.request.place); }},
+    {"scale", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.scale); }},
+    {"time", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.time); }},
+    {"regions", [](const ScriptValue& value, Wish& wish) { return TakeRegions(value, wish.regions); }},
     {"replace", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.replace); }},
 };
 
@@ -106,21 +129,36 @@ std::optional<Wish> WishOf(const ScriptFields& table, std::string& why)
         why = "\"to\" says which format";
     } else if ((wish.request.what == ExportWhat::kFile) != !wish.request.path.empty()) {
         why = "\"file\" goes with of = \"file\"";
+    } else if (!NamesOf(*format).isPicture && (wish.scale || wish.time || !wish.regions.empty())) {
+        why = "\"scale\", \"time\" and \"regions\" are of pictures";
+    } else if (NamesOf(*format).isPicture && IsFloatForm(wish.request.form)) {
+        why = std::string(kPictureOfCounts);
     } else {
         wish.format = *format;
+        wish.request.asShown = NamesOf(*format).isPicture;
         if (wish.count > 0) wish.request.end = wish.request.first + wish.count;
         return wish;
     }
     return std::nullopt;
 }
 
+// What is on view now, for all frames; nullopt where memory is refused.
+std::optional<PictureOptions> PictureOf(const Wish& wish, const Provenance& provenance)
+{
+    PictureOptions options{.time = wish.time, .regions = wish.regions};
+    if (!wish.request.asShown) return options;
+    options.look = PictureLook::OnView();
+    if (!options.look) return std::nullopt;
+    if (wish.scale) options.scale = ScaleOfExport(*options.look, wish.request.what, provenance, DisplayUnit);
+    return options;
+}
+
 ScriptFields FieldsOf(const Wish& wish, const ExportDescription& description, const ExportOutcome& outcome)
 {
-    const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
     const Provenance& provenance = description.provenance;
-    return {
-        {"file", wish.out},
-        {"format", std::string(names->word)},
+    ScriptFields fields = {
+        {"file", outcome.files.empty() ? wish.out : outcome.files.front()},
+        {"format", std::string(NamesOf(wish.format).word)},
         {"form", std::string(WordOf(provenance.form))},
         {"unit", provenance.unit},
         {"frames", outcome.frames},
@@ -129,6 +167,8 @@ ScriptFields FieldsOf(const Wish& wish, const ExportDescription& description, co
         {"bad_detectors", provenance.badKnown ? ScriptValue(provenance.badDetectors) : ScriptValue()},
         {"stopped", outcome.stopped},
     };
+    if (outcome.files.size() > 1) fields.emplace_back("last_file", outcome.files.back());
+    return fields;
 }
 
 }  // namespace
@@ -140,8 +180,10 @@ std::string ExportByScript(const ScriptFields& table)
     if (!wish) return why;
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return why;
+    std::optional<PictureOptions> options = PictureOf(*wish, source->Description().provenance);
+    if (!options) return "No memory is left.";
     const Hourglass hourglass;
-    const auto sink = MakeFrameSink(wish->format, wish->out, wish->replace);
+    const auto sink = MakeFrameSink(wish->format, wish->out, wish->replace, std::move(*options));
     const ExportOutcome outcome = RunExport(*source, *sink, [](std::int64_t, std::int64_t) { return !EscapeCame(); });
     if (outcome.failure.empty()) lastExport = FieldsOf(*wish, source->Description(), outcome);
     return outcome.failure;

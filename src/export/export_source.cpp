@@ -3,6 +3,7 @@
 #include "analysis/measured_frame.h"
 #include "calib/apply_calibration.h"
 #include "calib/set_correction.h"
+#include "display/difference_view.h"
 #include "display/units.h"
 #include "export/bad_detectors.h"
 #include "grabber/frame_size.h"
@@ -105,6 +106,7 @@ std::optional<ExportSource> ExportSource::Open(const ExportRequest& request, std
     ExportSource source;
     source.what_ = request.what;
     source.description_.isFloat = IsFloatForm(request.form);
+    source.asShown_ = request.asShown;
     Provenance& provenance = source.description_.provenance;
     provenance.program = "Kelvo " KELVO_VERSION;
     provenance.exportedUtc = WallClockSeconds();
@@ -116,6 +118,8 @@ std::optional<ExportSource> ExportSource::Open(const ExportRequest& request, std
     const bool isOpen = (source.*open)(request, why) && source.TakeRectangle(request, why) &&
                         source.TakeCorrection(request, why) && source.TakeUnit(request, why);
     if (!isOpen) return std::nullopt;
+    const bool isDifference = request.asShown && request.what != ExportWhat::kFile && DifferenceOnView();
+    if (isDifference) provenance.difference = DifferenceSource();
     source.TakeBadDetectors();
     source.MakeTable(request);
     return source;
@@ -149,6 +153,7 @@ bool ExportSource::TakeRange(const ExportRequest& request, std::int64_t frames, 
     first_ = request.first;
     const std::int64_t end = request.end < 0 ? frames : request.end;
     description_.frames = end - first_;
+    description_.first = first_;
     if (first_ >= 0 && first_ < end && end <= frames) return true;
     const std::string name = what_ == ExportWhat::kFile ? request.path : "host memory";
     why = name + Format(" has %lld frames: there are none of that range", static_cast<long long>(frames));
@@ -444,7 +449,7 @@ bool ExportSource::Read(std::int64_t i, ExportedFrame& frame, std::string& why)
     }
     const std::int64_t index = first_ + i;
     if (!ReadWhole(index, why)) return false;
-    std::span<const std::int16_t> picture = whole_;
+    std::span<const std::int16_t> picture = asShown_ && what_ != ExportWhat::kFile ? CountsToShow(whole_) : whole_;
     if (correction_) {
         correction_->Correct(whole_, corrected_);
         picture = corrected_;

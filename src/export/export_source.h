@@ -41,6 +41,8 @@ struct ExportRequest {
     // Hactive x Vactive.
     std::optional<RegionPlace> place{};
     std::string region{};  // its name, for the provenance
+    // Of the camera's picture the difference where one is on view (display/difference_view.h): for pictures alone.
+    bool asShown = false;
 };
 
 class ExportSource {
@@ -92,6 +94,7 @@ class ExportSource {
     std::int64_t onViewIndex_ = 0;  // of the picture on view in its file
     std::optional<StoredCorrection> correction_;
     bool correctedInForce_ = false;
+    bool asShown_ = false;
     std::vector<float> table_;         // the value of each count from -32768 on; empty for counts
     std::vector<std::int16_t> whole_;  // of the picture on view its frame
     std::vector<std::int16_t> corrected_;

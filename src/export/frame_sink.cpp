@@ -8,17 +8,6 @@
 
 namespace kelvo {
 
-namespace {
-
-ExportFailure WhyRefused(const std::string& path, bool replace)
-{
-    if (DirectoryExists(path)) return path + " is a directory";
-    if (!replace && FileExists(path)) return path + " stands already";
-    return std::nullopt;
-}
-
-}  // namespace
-
 std::string BadPlacesJson(const ExportDescription& description)
 {
     if (description.badDetectors.empty()) return "null";
@@ -30,13 +19,20 @@ std::string BadPlacesJson(const ExportDescription& description)
     return JsonList(places);
 }
 
+ExportFailure FrameSink::WhyRefused(const std::string& path) const
+{
+    if (DirectoryExists(path)) return path + " is a directory";
+    if (!replace_ && FileExists(path)) return path + " stands already";
+    return std::nullopt;
+}
+
 ExportFailure FrameSink::BeginFile(std::optional<NewFile>& file, const std::string& path) const
 {
-    if (ExportFailure refused = WhyRefused(path, replace_)) return refused;
+    if (ExportFailure refused = WhyRefused(path)) return refused;
     file = NewFile::Begin(path);
     if (!file) return path + " can't be written: " + std::strerror(errno);
     // One process at a time has the file in the making: what another one made while this one waited stands now.
-    return WhyRefused(path, replace_);
+    return WhyRefused(path);
 }
 
 File& FrameSink::Contents()
@@ -49,9 +45,9 @@ ExportFailure FrameSink::Keep()
     return DoneOr(file_ && file_->Keep());
 }
 
-ExportFailure FrameSink::DoneOr(bool isDone) const
+ExportFailure FrameSink::DoneOr(bool isDone, const std::string& path)
 {
-    return isDone ? std::nullopt : ExportFailure(path_ + " can't be written: the disk refuses");
+    return isDone ? std::nullopt : ExportFailure(path + " can't be written: the disk refuses");
 }
 
 }  // namespace kelvo

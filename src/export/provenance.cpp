@@ -175,6 +175,7 @@ JsonText ProvenanceJson(const Provenance& provenance, std::size_t columns, std::
     AddKnown(json, "calibration_sha256", provenance.setSha256);
     provenance.badKnown ? json.Whole("bad_detectors", provenance.badDetectors) : json.Null("bad_detectors");
     AddKnown(json, "region", provenance.region);
+    if (!provenance.difference.empty()) json.Text("difference_to", provenance.difference);
     json.Whole("left", provenance.left)
         .Whole("top", provenance.top)
         .Whole("columns", static_cast<std::int64_t>(columns))

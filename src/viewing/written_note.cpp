@@ -62,7 +62,7 @@ CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t
     std::string what = NameOf(first);
     if (wanted > 1) {
         const std::string count = Format("%zu", paths.size()) + (paths.size() < wanted ? Format(" of %u", wanted) : "");
-        what = count + " bitmaps, " + NameOf(first) + " to " + NameOf(paths.back());
+        what = count + " bitmaps, " + NameOf(first) + (paths.size() > 1 ? " to " + NameOf(paths.back()) : "");
     }
     return Note("Saved " + what + ": " + SizeText(bytes) + InDirectoryOf(first));
 }

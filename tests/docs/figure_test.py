@@ -83,13 +83,16 @@ class Figure(unittest.TestCase):
         numbers = range(1, 102)  # a hundred frames are asked for
         (OUT / "run.seq").write_bytes(made_by_hand.sequence(numbers))
         (OUT / "run.seq.frames").write_bytes(made_by_hand.journal(numbers))
-        lines, = blocks("docs/how-to/export.md", "sh")
+        lines, picture = blocks("docs/how-to/export.md", "sh")
         first, spot = lines.splitlines()
         self.sh(first)
         # Its rectangle lies in a frame larger than the recording's three by two pixels.
         self.sh(spot.replace("10,20,41,51", "1,0,2,1"))
         self.assertEqual((OUT / "first.h5").read_bytes()[:8], b"\x89HDF\r\n\x1a\n")
         self.assertEqual((OUT / "spot.tif").read_bytes()[:4], b"II*\0")
+        self.sh(picture)
+        self.assertEqual(sorted(path.name for path in OUT.glob("run-*.png")), [f"run-{index:06d}.png" for index in range(101)])
+        self.assertEqual((OUT / "run-000100.png").read_bytes()[:8], b"\x89PNG\r\n\x1a\n")
 
 
 unittest.main(argv=sys.argv[:1], verbosity=2)
