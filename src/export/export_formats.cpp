@@ -23,7 +23,7 @@ constexpr ExportFormatNames kFormats[] = {
     {ExportFormat::kHdf5, "hdf5", ".h5", "HDF5, a chunk a frame"},
     {ExportFormat::kNpy, "npy", ".npy", "NumPy, with a JSON beside it"},
     {ExportFormat::kCsv, "csv", ".csv", "CSV, one frame"},
-    {ExportFormat::kPng, "png", ".png", "PNG picture, with the colors on view", true},
+    {ExportFormat::kPng, "png", ".png", "PNG, a picture a frame", true},
     {ExportFormat::kMp4, "mp4", ".mp4", "MP4 video, with the colors on view", true},
 };
 

@@ -67,8 +67,9 @@ ExportFailure PngWriter::Add(const ExportedFrame& frame)
     if (!bytes) return "No memory is left.";
     std::optional<NewFile> file;
     if (ExportFailure failure = BeginFile(file, target)) return failure;
-    const bool isWritten = file->Contents().Write(std::as_bytes(std::span(*bytes))) == bytes->size();
-    if (!isWritten || !file->Keep()) return DoneOr(false, target);
+    const bool isKept =
+        file && file->Contents().Write(std::as_bytes(std::span(*bytes))) == bytes->size() && file->Keep();
+    if (!isKept) return DoneOr(false, target);
     ++kept_;
     return std::nullopt;
 }

@@ -18,7 +18,7 @@ local function chosen() return { checked(kScale), checked(kTime), checked(kRegio
 -- ---- The dialog: the ticks are of pictures
 
 command(2200)
-check.eq(items(kFormat)[6], "PNG picture, with the colors on view")
+check.eq(items(kFormat)[6], "PNG, a picture a frame")
 pick(kFormat, 3)
 check.eq(ticks(), { false, false, false })
 pick(kFormat, 5)

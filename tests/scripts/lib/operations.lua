@@ -473,6 +473,31 @@ rows.export = {
   },
   kept = { StatusText = "the line as the dialog left it" },
 }
+rows.export_picture = {
+  prepare = rows.export.prepare,
+  setup = function()
+    drop(datadir() .. "/raw.seq")
+    os.remove(datadir() .. "/out.png")
+  end,
+  run = function() command(2200) end,
+  dialogs = {
+    EXPORT = function(times)
+      if times > 1 then return press(2) end
+      pick(22001, 1)
+      set(22006, datadir() .. "/out.png")
+      for _, tick in ipairs { 22010, 22011 } do
+        if not checked(tick) then press(tick) end
+      end
+      press(1)
+    end,
+  },
+  done = function(after)
+    local bytes = after["file out.png"]
+    return bytes ~= nil and bytes:sub(1, 4) == "\x89PNG" and bytes:sub(-8, -5) == "IEND"
+  end,
+  writes = { ["file out.png"] = "the picture", LastFileDirectory = "of the file", StatusText = "what was written" },
+  kept = { StatusText = "the line as the dialog left it" },
+}
 rows.histogram = {
   arms = true,
   setup = function() os.remove(datadir() .. "/region.csv") end,
