@@ -7,7 +7,10 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
+#include <system_error>
 
 namespace kelvo {
 
@@ -99,6 +102,23 @@ std::optional<std::pair<float, float>> TwoVolts(std::string_view text)
     const auto high = TakeFloat(text);
     if (!high || !text.empty() || !std::isfinite(*low) || !std::isfinite(*high) || *low == *high) return std::nullopt;
     return std::pair(*low, *high);
+}
+
+std::optional<RegionPlace> RectangleOf(std::string_view text)
+{
+    constexpr std::int32_t kFarthest = 32767;
+    std::array<std::int32_t, 4> sides{};
+    for (std::size_t i = 0; i < sides.size(); ++i) {
+        const std::size_t end = i + 1 < sides.size() ? text.find(',') : text.size();
+        if (end == std::string_view::npos) return std::nullopt;
+        const auto [stop, error] = std::from_chars(text.data(), text.data() + end, sides.at(i));
+        const bool isNumber = error == std::errc() && stop == text.data() + end;
+        if (!isNumber || sides.at(i) < 0 || sides.at(i) > kFarthest) return std::nullopt;
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    const auto& [left, top, right, bottom] = sides;
+    if (left > right || top > bottom) return std::nullopt;
+    return RegionPlace{left, top, right, bottom};
 }
 
 std::string Printable(std::string_view text)

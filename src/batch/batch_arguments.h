@@ -1,6 +1,8 @@
 // What commands without a window have in common: their arguments, and how they end.
 #pragma once
 
+#include "regions/region.h"
+
 #include <optional>
 #include <span>
 #include <string>
@@ -33,6 +35,11 @@ BatchArguments TakeApart(std::span<const std::string> arguments, std::string_vie
 std::optional<std::pair<float, float>> TwoVolts(std::string_view text);
 inline constexpr std::string_view kTwoVoltsForm =
     "--volts LOW:HIGH says what the two ends of the display range are in volts";  // what is told then
+
+// "10,20,41,51" are left, top, right and bottom, pixels from 0, each in order. nullopt: it isn't that.
+std::optional<RegionPlace> RectangleOf(std::string_view text);
+inline constexpr std::string_view kRectangleForm =
+    "--rectangle LEFT,TOP,RIGHT,BOTTOM says which columns and rows, counted from 0";
 
 // The text with its control characters as "?": what a file's name or a journal holds may be meant for the terminal, or
 // be another line.

@@ -20,7 +20,7 @@ constexpr std::string_view kOutIsNew =
 
 constexpr CommandOption kStatsOptions[] = {
     {.name = "--region", .value = "FILE.regions[:NAME]", .does = "the regions of a file, or those of that name"},
-    {.name = "--rect", .value = "X1,Y1,X2,Y2", .does = "a rectangle, pixels from 0, both corners included"},
+    {.name = "--rectangle", .value = "L,T,R,B", .does = "columns L to R and rows T to B, counted from 0"},
     {.name = "--frames", .value = "A:B", .does = kFramesDo},
     {.name = "--unit",
      .value = "UNIT",
@@ -31,7 +31,8 @@ constexpr CommandOption kStatsOptions[] = {
     {.name = "--json", .does = "an object a line, frame and region"},
 };
 constexpr std::string_view kStatsDetails =
-    "Without --region and --rect the whole frame is measured. A line for each frame and region: pixels, mean, sample\n"
+    "Without --region and --rectangle the whole frame is measured. A line for each frame and region: pixels, mean, "
+    "sample\n"
     "deviation, minimum and maximum with their places, saturated pixels, values outside the two sources; "
     "comma-separated,\n"
     "with a head of lines that begin with #. The progress stands on the error stream.\n";
@@ -66,8 +67,8 @@ constexpr std::string_view kApplyDetails =
 constexpr CommandOption kExportOptions[] = {
     {.name = "--to",
      .value = "FORMAT",
-     .does = "tiff, fits, hdf5, npy or csv (one frame); otherwise by OUT's extension",
-     .choices = "tiff fits hdf5 npy csv"},
+     .does = "tiff, fits, hdf5, npy, csv (one frame), png (a file a frame), mp4; otherwise by OUT's extension",
+     .choices = "tiff fits hdf5 npy csv png mp4"},
     {.name = "--as",
      .value = "FORM",
      .does = "counts (as they are stored), corrected, volts, celsius, kelvin, fahrenheit",
@@ -80,6 +81,21 @@ constexpr CommandOption kExportOptions[] = {
      .value = "FILE.regions[:NAME]",
      .does = "the region of that name alone; without a name each of the file's, as OUT-NAME.ext"},
     {.name = "--traces", .does = "what regions measure frame by frame, all in one CSV file"},
+    {.name = "--range",
+     .value = "LOW:HIGH",
+     .does = "of pictures: the counts that the colors are spread over; otherwise the file's display range"},
+    {.name = "--colors",
+     .value = "NAME",
+     .does = "of pictures: gray, inverted, or color, MATROX.PAL of the data directory",
+     .choices = "gray inverted color"},
+    {.name = "--data", .value = "DIR", .does = "directory of the settings, as of the program, for --colors color"},
+    {.name = "--scale", .does = "of pictures: a scale of the colors on the right"},
+    {.name = "--unit",
+     .value = "UNIT",
+     .does = "of the scale: counts, celsius, kelvin or fahrenheit",
+     .choices = "counts celsius kelvin fahrenheit"},
+    {.name = "--time", .does = "of pictures: when the frame was taken, below it"},
+    {.name = "--draw-regions", .value = "FILE", .does = "of pictures: the regions of a file, drawn over the frame"},
     {.name = "--force", .does = "OUT may stand and is replaced"},
     {.name = "--json", .does = "tell on the standard output what was made"},
 };

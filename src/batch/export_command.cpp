@@ -5,6 +5,7 @@
 #include "batch/batch_progress.h"
 #include "batch/cut_command.h"
 #include "batch/export_traces.h"
+#include "batch/picture_arguments.h"
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "platform/json_text.h"
@@ -32,28 +33,10 @@ struct Wish {
     ExportRequest request;
     ExportFormat format = ExportFormat::kNpy;
     std::vector<std::string> outs;  // a file for each part
+    PictureWish picture;
     bool replace = false;
     bool json = false;
 };
-
-// "10,20,41,51"
-std::optional<RegionPlace> PlaceOf(std::string_view text)
-{
-    std::array<std::int32_t, 4> sides{};
-    for (std::size_t i = 0; i < sides.size(); ++i) {
-        const std::size_t comma = i + 1 < sides.size() ? text.find(',') : text.size();
-        if (comma == std::string_view::npos) return std::nullopt;
-        const std::string_view field = text.substr(0, comma);
-        const bool isNumber =
-            !field.empty() && field.size() < 6 && field.find_first_not_of("0123456789") == std::string_view::npos;
-        if (!isNumber) return std::nullopt;
-        sides.at(i) = ScanDecimal(field).value_or(0);
-        text.remove_prefix(std::min(comma + 1, text.size()));
-    }
-    const auto& [left, top, right, bottom] = sides;
-    if (left > right || top > bottom) return std::nullopt;
-    return RegionPlace{left, top, right, bottom};
-}
 
 // The regions of the command line, and the names of their files.
 bool TakeRegions(const std::string& text, Wish& wish, std::string& why)
@@ -87,9 +70,9 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
     const auto place = taken.Value("--rectangle");
     const auto region = taken.Value("--region");
     if (volts) wish.request.volts = TwoVolts(*volts);
-    if (place) wish.request.place = PlaceOf(*place);
+    if (place) wish.request.place = RectangleOf(*place);
     if (!format) {
-        why = "--to says which format: tiff, fits, hdf5, npy or csv";
+        why = "--to says which format: tiff, fits, hdf5, npy, csv, png or mp4";
     } else if (!form) {
         why = "--as says in what form: counts, corrected, volts, celsius, kelvin or fahrenheit";
     } else if (!range) {
@@ -97,10 +80,14 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
     } else if (volts && !wish.request.volts) {
         why = kTwoVoltsForm;
     } else if (place && !wish.request.place) {
-        why = "--rectangle LEFT,TOP,RIGHT,BOTTOM says which columns and rows, counted from 0";
+        why = kRectangleForm;
     } else if (place && region) {
         why = "--rectangle and --region don't go together";
-    } else if (!region || TakeRegions(*region, wish, why)) {
+    } else if (NamesOf(*format).isPicture && IsFloatForm(*form)) {
+        why = "a picture is made of counts: --as counts or corrected";
+    } else if (auto picture = PictureWishOf(taken, *format, why);
+               picture && (!region || TakeRegions(*region, wish, why))) {
+        wish.picture = std::move(*picture);
         wish.format = *format;
         wish.request.form = *form;
         wish.request.first = range->first;
@@ -112,13 +99,15 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
 
 std::string JsonOf(const Wish& wish, const ExportSource& source, const ExportOutcome& outcome)
 {
-    const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
+    // Each part has as many: one, or of pictures one a frame.
+    const std::size_t each = outcome.files.size() / source.Parts();
     std::string json;
     for (std::size_t part = 0; part < source.Parts(); ++part) {
         const Provenance& provenance = source.Description(part).provenance;
         JsonText line;
-        line.Text("file", wish.outs[part])
-            .Text("format", names->word)
+        line.Text("file", each == 0 ? wish.outs[part] : outcome.files[part * each]);
+        if (each > 1) line.Text("last_file", outcome.files[(part + 1) * each - 1]);
+        line.Text("format", NamesOf(wish.format).word)
             .Text("form", WordOf(provenance.form))
             .Text("unit", provenance.unit);
         if (provenance.region) line.Text("region", provenance.region->name);
@@ -127,13 +116,16 @@ std::string JsonOf(const Wish& wish, const ExportSource& source, const ExportOut
     return json;
 }
 
-int TellStopped(const Wish& wish, const ExportSource& source, const ExportOutcome& outcome)
+int TellStopped(const ExportSource& source, const ExportOutcome& outcome)
 {
     std::string has = "no file was made";
-    if (outcome.frames > 0) {
-        has = (wish.outs.size() == 1 ? wish.outs.front() + " has" : Format("each of %zu files has", wish.outs.size())) +
-              Format(" %lld of %lld frames", static_cast<long long>(outcome.frames),
-                     static_cast<long long>(source.Description().frames));
+    const std::size_t files = outcome.files.size();
+    if (files > 0) {
+        const bool isAFileAFrame = files > source.Parts();
+        has = outcome.files.front();
+        if (files > 1) has = isAFileAFrame ? has + " to " + outcome.files.back() : Format("each of %zu files", files);
+        has += Format(isAFileAFrame ? " have %lld of %lld frames" : " has %lld of %lld frames",
+                      static_cast<long long>(outcome.frames), static_cast<long long>(source.Description().frames));
     }
     std::fprintf(stderr, "kelvo export: stopped, %s\n", has.c_str());
     return kBatchStopped;
@@ -142,9 +134,10 @@ int TellStopped(const Wish& wish, const ExportSource& source, const ExportOutcom
 // The traces' own wish. They are counts as they are stored, in one format.
 std::optional<TracesWish> TracesWishOf(const BatchArguments& taken, std::string& why)
 {
-    constexpr std::array kOthers = {"--as", "--set", "--volts", "--rectangle"};
-    const auto* const other =
-        std::ranges::find_if(kOthers, [&taken](const char* option) { return taken.Value(option).has_value(); });
+    constexpr std::array kOthers = {"--as",   "--set",  "--volts", "--rectangle", "--range",       "--colors",
+                                    "--data", "--unit", "--scale", "--time",      "--draw-regions"};
+    const auto* const other = std::ranges::find_if(
+        kOthers, [&taken](const char* option) { return taken.Has(option) || taken.Value(option).has_value(); });
     const auto range = FrameRangeOf(taken.Value("--frames").value_or(":"));
     why = taken.error;
     if (!why.empty()) return std::nullopt;
@@ -193,9 +186,17 @@ int ExportCommand(std::span<const std::string> arguments)
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return TellBatchFailure(kWord, why);
 
+    std::optional<PictureOptions> options = PictureOptions{};
+    if (NamesOf(wish->format).isPicture) {
+        options = PictureOptionsOf(wish->picture, source->Description().provenance, why);
+    }
+    if (!options) return TellBatchFailure(kWord, why);
+
     BatchProgress shown(kWord);
     std::vector<std::unique_ptr<FrameSink>> sinks;
-    for (const std::string& out : wish->outs) sinks.push_back(MakeFrameSink(wish->format, out, wish->replace));
+    for (const std::string& out : wish->outs) {
+        sinks.push_back(MakeFrameSink(wish->format, out, wish->replace, *options));
+    }
     const ExportOutcome outcome = RunExport(*source, sinks, [&shown](std::int64_t done, std::int64_t all) {
         if (done > 0) shown.Show(done, all);
         return !Interrupted();
@@ -204,7 +205,7 @@ int ExportCommand(std::span<const std::string> arguments)
     if (wish->json) std::fputs(JsonOf(*wish, *source, outcome).c_str(), stdout);
     if (!outcome.stopped) return kBatchDone;
     AnswerInterrupt();
-    return TellStopped(*wish, *source, outcome);
+    return TellStopped(*source, outcome);
 }
 
 }  // namespace kelvo

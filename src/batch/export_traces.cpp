@@ -60,8 +60,8 @@ std::optional<std::string> ExportTraces(const TracesWish& wish, std::int64_t& fr
         if (read > 0) shown.Show(read, of);
         return !Interrupted();
     };
-    const std::optional<Trace> trace =
-        TraceOfFile(*file, RegionsToTrace(wish, *file), {.first = wish.frames.first, .last = end - 1}, show, why);
+    const std::optional<Trace> trace = TraceOfFile(*file, RegionsToTrace(wish, *file),
+                                                   {.range = {.first = wish.frames.first, .last = end - 1}}, show, why);
     if (!trace) return why.empty() ? std::string(kInterrupted) : wish.in + ": " + why;
     frames = std::ssize(trace->frames);
     shown.Show(frames, frames);

@@ -17,9 +17,9 @@ struct FrameRange {
 };
 
 // Writes out, a name that nothing bears yet, with the header of the first source. The sources have the same frames,
-// and where they aren't raw the same temperatures with the same counts; either all or none of them have a journal, which was closed. Each frame is held against its checksum on the way. The
-// reason where that fails ("x.seq is being recorded"): then nothing stands under out's names. progress is told how many
-// frames of how many are done.
+// and where they aren't raw the same temperatures with the same counts; either all or none of them have a journal,
+// which was closed. Each frame is held against its checksum on the way. The reason where that fails ("x.seq is being
+// recorded"): then nothing stands under out's names. progress is told how many frames of how many are done.
 std::optional<std::string> CopyFrames(std::span<const FrameRange> sources, const std::string& out,
                                       const std::function<void(std::int64_t done, std::int64_t all)>& progress);
 

@@ -1,10 +1,12 @@
 #include "batch/stats_command.h"
 
+#include "analysis/trace_csv.h"
 #include "batch/batch_arguments.h"
 #include "batch/batch_end.h"
 #include "batch/batch_progress.h"
 #include "batch/cut_command.h"
 #include "batch/info_command.h"
+#include "calib/set_bad_detectors.h"
 #include "display/units.h"
 #include "imagefile/stored_frames.h"
 #include "platform/clock.h"
@@ -12,18 +14,14 @@
 #include "platform/json_text.h"
 #include "platform/memory.h"
 #include "platform/text.h"
-#include "regions/bad_detectors.h"
 #include "regions/region_measure.h"
 #include "regions/region_value.h"
 #include "regions/regions_file.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cstdio>
 #include <optional>
 #include <string_view>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -59,22 +57,6 @@ struct Request {
     bool asJson = false;
 };
 
-// "x1,y1,x2,y2"
-std::optional<RegionPlace> PlaceOf(std::string_view text)
-{
-    constexpr std::int32_t kFarthest = 32767;
-    std::array<std::int32_t, 4> numbers{};
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        const std::size_t end = i + 1 < numbers.size() ? text.find(',') : text.size();
-        if (end == std::string_view::npos) return std::nullopt;
-        const auto [stop, error] = std::from_chars(text.data(), text.data() + end, numbers.at(i));
-        if (error != std::errc() || stop != text.data() + end) return std::nullopt;
-        if (numbers.at(i) < 0 || numbers.at(i) > kFarthest) return std::nullopt;
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return RegionPlace{numbers[0], numbers[1], numbers[2], numbers[3]};
-}
-
 Failure ReadRequest(const BatchArguments& taken, Request& request)
 {
     if (!taken.error.empty()) return taken.error;
@@ -82,10 +64,10 @@ Failure ReadRequest(const BatchArguments& taken, Request& request)
     request.file = taken.files.front();
     request.asJson = taken.Has("--json");
     request.badSet = taken.Value("--bad").value_or("");
-    if (const auto text = taken.Value("--rect")) {
-        const auto place = PlaceOf(*text);
-        if (!place) return "--rect wants x1,y1,x2,y2, pixels from 0, not " + *text;
-        request.regions.push_back({.name = "rect", .place = *place});
+    if (const auto text = taken.Value("--rectangle")) {
+        const auto place = RectangleOf(*text);
+        if (!place) return std::string(kRectangleForm);
+        request.regions.push_back({.name = "rectangle", .place = *place});
     }
     if (const auto text = taken.Value("--region")) {
         std::string why;
@@ -119,11 +101,6 @@ struct Task {
     std::int64_t end = 0;
 };
 
-bool IsRaw(const StoredFrames& frames)
-{
-    return frames.Journal() && frames.Journal()->head.Text(frames_key::kPixels) == kRawPixels;
-}
-
 // Temperatures are read off the two sources that the header names, by frames that were corrected with them; volts off
 // the display range.
 Failure WhyNotInUnit(const StoredFrames& frames, const UnitChoice& unit)
@@ -133,7 +110,7 @@ Failure WhyNotInUnit(const StoredFrames& frames, const UnitChoice& unit)
         if (VoltsAreKnown()) return std::nullopt;
         return "doesn't say what its counts are in volts: --volts LOW:HIGH does, for a file with a display range";
     }
-    if (IsRaw(frames)) return "holds raw frames, which don't read in degrees: apply a set first";
+    if (frames.AreToldRaw()) return "holds raw frames, which don't read in degrees: apply a set first";
     if (!CountsOfSources()) return "names no two sources with temperatures: it doesn't read in degrees";
     return std::nullopt;
 }
@@ -162,7 +139,7 @@ Failure Prepare(const StoredFrames& frames, const Request& request, Task& task)
         if (!bad) return why;
         task.bad = *std::move(bad);
     }
-    task.options = {.bad = task.bad, .countsAreRaw = IsRaw(frames), .sources = CountsOfSources()};
+    task.options = {.bad = task.bad, .countsAreRaw = frames.AreToldRaw(), .sources = CountsOfSources()};
     return std::nullopt;
 }
 
@@ -204,16 +181,13 @@ std::string OptionalCount(const std::optional<std::size_t>& count, const char* n
     return count ? std::to_string(*count) : none;
 }
 
-// A text of one line as a field: in quotation marks where it holds a comma or one of them.
-std::string CsvField(const std::string& text)
+// A text as a field of one line.
+std::string FieldOf(const std::string& text)
 {
-    std::string field = ToUtf8(text);
+    std::string line = ToUtf8(text);
     std::ranges::replace_if(
-        field, [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
-    if (field.find_first_of(",\"") == std::string::npos) return field;
-    std::string quoted = "\"";
-    for (const char c : field) quoted.append(c == '"' ? 2 : 1, c);
-    return quoted + '"';
+        line, [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
+    return CsvField(line);
 }
 
 std::string_view UnitMark(std::int32_t unit)
@@ -234,14 +208,12 @@ std::string_view UnitMark(std::int32_t unit)
 
 std::string TableHead(const StoredFrames& frames, const Request& request)
 {
-    std::string head =
-        "# Kelvo " KELVO_VERSION ", kelvo stats\n# file: " + CsvField(AbsolutePath(frames.Path())) + '\n';
+    std::string head = "# Kelvo " KELVO_VERSION ", kelvo stats\n# file: " + FieldOf(AbsolutePath(frames.Path())) + '\n';
     head += "# unit: " + std::string(UnitMark(request.unit.unit)) + '\n';
-    if (!request.badSet.empty())
-        head += "# left out: bad detectors of " + CsvField(AbsolutePath(request.badSet)) + '\n';
+    if (!request.badSet.empty()) head += "# left out: bad detectors of " + FieldOf(AbsolutePath(request.badSet)) + '\n';
     if (const FramesFile* const journal = frames.Journal()) {
         const std::string set = journal->head.Text(frames_key::kCalibration);
-        if (!set.empty()) head += "# set: " + CsvField(set) + ' ' + journal->head.Text(frames_key::kChecksum) + '\n';
+        if (!set.empty()) head += "# set: " + FieldOf(set) + ' ' + journal->head.Text(frames_key::kChecksum) + '\n';
     }
     return head +
            "frame,seconds,utc,region,pixels,left_out,mean,deviation,min,min_x,min_y,max,max_x,max_y,saturated,"
@@ -260,7 +232,7 @@ std::string CsvLine(const Line& line, std::int32_t unit)
 {
     const RegionFigures& figures = line.figures;
     std::string text = std::to_string(line.frame) + ',' + (line.seconds ? ShortestText(*line.seconds) : "") + ',' +
-                       line.utc + ',' + CsvField(line.region.name) + ',' + std::to_string(figures.pixels) + ',' +
+                       line.utc + ',' + FieldOf(line.region.name) + ',' + std::to_string(figures.pixels) + ',' +
                        std::to_string(figures.leftOut) + ',';
     if (figures.pixels == 0) return text + ",,,,,,,,,\n";
     const RegionValues values = ValuesOf(figures, line.region, unit);

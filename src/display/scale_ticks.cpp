@@ -41,6 +41,11 @@ int DecimalsOf(double step)
 
 }  // namespace
 
+ScaleBar PlaceScaleBar(int height, int labelHeight)
+{
+    return {kScaleTitleTop + labelHeight + labelHeight, height - labelHeight};
+}
+
 std::vector<ScaleTick> PlaceScaleTicks(const ScaleLine& line, int top, int bottom, int labelHeight)
 {
     const double span = line.highValue - line.lowValue;

@@ -3,7 +3,6 @@
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "export/export_source.h"
-#include "export/mp4_writer.h"
 #include "grabber/host_frames.h"
 #include "imagefile/header.h"
 #include "platform/box.h"
@@ -14,6 +13,7 @@
 #include "resources/help_contexts.h"
 #include "state/buffer_state.h"
 #include "state/cal_state.h"
+#include "state/display_state.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/dialog_frame.h"
@@ -31,6 +31,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,33 +56,13 @@ constexpr std::pair<ExportForm, std::string_view> kForms[] = {
     {ExportForm::kKelvin, "Kelvin"}, {ExportForm::kFahrenheit, "Degrees Fahrenheit"},
 };
 
-// The formats of values, and behind them the video.
-struct OfferedFormat {
-    std::string_view extension;
-    std::string_view title;
-    std::optional<ExportFormat> format;  // nullopt: the video
-};
-
-std::vector<OfferedFormat> OfferedFormats()
-{
-    std::vector<OfferedFormat> formats;
-    for (const ExportFormatNames& names : ExportFormats()) {
-        formats.push_back({names.extension, names.title, names.format});
-    }
-    formats.push_back({".mp4", "MP4 video, with the colors on view", std::nullopt});
-    return formats;
-}
-
-std::unique_ptr<FrameSink> SinkOf(const OfferedFormat& offer, const std::string& path, bool replace)
-{
-    if (offer.format) return MakeFrameSink(*offer.format, path, replace);
-    return std::make_unique<Mp4Writer>(path, replace);
-}
-
 // Of the export before.
 struct Choice {
     int form = 0;
     int format = 0;
+    bool scale = false;
+    bool time = false;
+    bool regions = false;
 };
 Choice lastChoice;
 
@@ -121,9 +102,17 @@ const OfferedSource& ChosenSource(HWND dialog)
     return offered[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportWhat), 0))];
 }
 
-OfferedFormat ChosenFormat(HWND dialog)
+const ExportFormatNames& ChosenFormat(HWND dialog)
 {
-    return OfferedFormats()[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportFormat), 0))];
+    return ExportFormats()[static_cast<std::size_t>(std::max(ListSelection(dialog, kExportFormat), 0))];
+}
+
+// What stands beside a picture's pixels is of pictures alone.
+void ShowTicks(HWND dialog)
+{
+    for (const int tick : {kExportScale, kExportTime, kExportRegions}) {
+        EnableDlgItem(dialog, tick, ChosenFormat(dialog).isPicture);
+    }
 }
 
 // The regions to export; none: the whole picture.
@@ -157,15 +146,16 @@ void ShowFrames(HWND dialog)
 // The place of the format with that ending; -1: none has it.
 int FormatWithEnding(const std::string& ending)
 {
-    const std::vector<OfferedFormat> formats = OfferedFormats();
+    const std::span<const ExportFormatNames> formats = ExportFormats();
     const auto found = std::ranges::find_if(
-        formats, [&ending](const OfferedFormat& format) { return EqualIgnoringCase(ending, format.extension); });
+        formats, [&ending](const ExportFormatNames& format) { return EqualIgnoringCase(ending, format.extension); });
     return found == formats.end() ? -1 : static_cast<int>(found - formats.begin());
 }
 
 // Name and format go together as long as the name's ending is that of a format.
 void FollowFormat(HWND dialog)
 {
+    ShowTicks(dialog);
     std::string name = GetDlgItemText(dialog, kExportName);
     const std::string ending = EndingOf(name);
     if (FormatWithEnding(ending) < 0) return;
@@ -177,17 +167,22 @@ void FollowName(HWND dialog)
 {
     const int format = FormatWithEnding(EndingOf(GetDlgItemText(dialog, kExportName)));
     if (format >= 0) ListSelect(dialog, kExportFormat, format);
+    ShowTicks(dialog);
 }
 
 void Open(HWND dialog)
 {
     for (const OfferedSource& source : offered) ListAdd(dialog, kExportWhat, source.text);
     for (const auto& [form, text] : kForms) ListAdd(dialog, kExportForm, text);
-    for (const OfferedFormat& format : OfferedFormats()) ListAdd(dialog, kExportFormat, format.title);
+    for (const ExportFormatNames& format : ExportFormats()) ListAdd(dialog, kExportFormat, format.title);
     ListSelect(dialog, kExportWhat, 0);
     OfferParts(dialog);
     ListSelect(dialog, kExportForm, lastChoice.form);
     ListSelect(dialog, kExportFormat, lastChoice.format);
+    CheckDlgButton(dialog, kExportScale, lastChoice.scale);
+    CheckDlgButton(dialog, kExportTime, lastChoice.time);
+    CheckDlgButton(dialog, kExportRegions, lastChoice.regions);
+    ShowTicks(dialog);
     ShowFrames(dialog);
     const std::string name = ViewingFile ? StemOf(ViewFilePath) : "picture";
     SetDlgItemText(dialog, kExportName, name + std::string(ChosenFormat(dialog).extension));
@@ -214,7 +209,7 @@ std::string WithEnding(HWND dialog, std::string name)
 
 void Browse(HWND dialog)
 {
-    const OfferedFormat format = ChosenFormat(dialog);
+    const ExportFormatNames& format = ChosenFormat(dialog);
     const std::string pattern = "*" + std::string(format.extension);
     const std::string text = std::string(format.title) + " (" + pattern + ")";
     const std::string target = TargetOf(WithEnding(dialog, GetDlgItemText(dialog, kExportName)));
@@ -241,6 +236,7 @@ std::optional<ExportRequest> TakeRequest(HWND dialog)
     request.what = source.what;
     if (source.what == ExportWhat::kFile) request.path = ViewFilePath;
     request.regions = ChosenRegions(dialog);
+    request.asShown = ChosenFormat(dialog).isPicture;
     request.form = kForms[std::max(ListSelection(dialog, kExportForm), 0)].first;
     if (source.what == ExportWhat::kOnView) return request;
     const std::optional<std::int32_t> first = ScanDecimal(GetDlgItemText(dialog, kExportFirst));
@@ -285,6 +281,18 @@ bool MayReplace(HWND dialog, const std::vector<std::string>& standing)
     return MessageBox(dialog, question, "Export", BoxIcon::kExclamation, BoxButtons::kYesNo) == Button::kYes;
 }
 
+// What is on view now, for all frames. nullopt where memory is refused.
+std::optional<PictureOptions> PictureOnView(HWND dialog, ExportWhat what, const Provenance& provenance)
+{
+    PictureOptions options{.look = PictureLook::OnView(), .time = IsDlgButtonChecked(dialog, kExportTime)};
+    if (!options.look) return std::nullopt;
+    if (IsDlgButtonChecked(dialog, kExportScale)) {
+        options.scale = ScaleOfExport(*options.look, what, provenance, DisplayUnit);
+    }
+    if (IsDlgButtonChecked(dialog, kExportRegions)) options.regions = Regions;
+    return options;
+}
+
 // Names the share that is done; the line is put back at the end.
 class ShownProgress {
   public:
@@ -307,17 +315,38 @@ class ShownProgress {
     std::int64_t told_ = -1;
 };
 
-// Those of standing are replaced.
-ExportOutcome Write(ExportSource& source, const OfferedFormat& format, const std::vector<std::string>& targets,
-                    const std::vector<std::string>& standing)
+using FrameSinks = std::vector<std::unique_ptr<FrameSink>>;
+
+// Of what is chosen, one for each target. Empty after a box: no memory is left, or what stands there stays.
+FrameSinks SinksFor(HWND dialog, const std::vector<std::string>& targets, ExportWhat what, const ExportSource& source)
+{
+    const ExportFormatNames& format = ChosenFormat(dialog);
+    std::optional<PictureOptions> options = PictureOptions{};
+    if (format.isPicture) options = PictureOnView(dialog, what, source.Description().provenance);
+    if (!options) {
+        RefuseField(dialog, kExportName, "No memory is left.");
+        return {};
+    }
+    std::vector<std::string> standing;
+    for (std::size_t part = 0; part < targets.size(); ++part) {
+        const auto files = MakeFrameSink(format.format, targets[part], true)->Targets(source.Description(part));
+        std::ranges::copy_if(files, std::back_inserter(standing), FileExists);
+    }
+    if (!standing.empty() && !MayReplace(dialog, standing)) {
+        FocusDlgItem(dialog, kExportName);
+        return {};
+    }
+    FrameSinks sinks;
+    for (const std::string& target : targets) {
+        sinks.push_back(MakeFrameSink(format.format, target, !standing.empty(), *options));
+    }
+    return sinks;
+}
+
+ExportOutcome Write(ExportSource& source, const FrameSinks& sinks)
 {
     const Gather gather(source.Description().frames > 1);
     ShownProgress progress;
-    std::vector<std::unique_ptr<FrameSink>> sinks;
-    for (const std::string& target : targets) {
-        const bool replace = std::ranges::find(standing, target) != standing.end();
-        sinks.push_back(SinkOf(format, target, replace));
-    }
     return RunExport(source, sinks,
                      [&progress](std::int64_t done, std::int64_t all) { return progress.Show(done, all); });
 }
@@ -339,8 +368,8 @@ void Accept(HWND dialog)
         RefuseField(dialog, kExportName, "Please enter the name of the file to write.");
         return;
     }
-    if (!ChosenFormat(dialog).format && IsFloatForm(request->form)) {
-        RefuseField(dialog, kExportForm, "A video shows the picture: please choose counts or corrected counts.");
+    if (ChosenFormat(dialog).isPicture && IsFloatForm(request->form)) {
+        RefuseField(dialog, kExportForm, std::string(kPictureOfCounts));
         return;
     }
     std::string why;
@@ -352,20 +381,20 @@ void Accept(HWND dialog)
     const std::string target = TargetOf(name);
     std::vector<std::string> targets = {target};
     if (request->regions.size() > 1) targets = PathsOfRegions(target, request->regions);
-    std::vector<std::string> standing;
-    std::ranges::copy_if(targets, std::back_inserter(standing), FileExists);
-    if (!standing.empty() && !MayReplace(dialog, standing)) {
-        FocusDlgItem(dialog, kExportName);
-        return;
-    }
-    ExportOutcome outcome = Write(*source, ChosenFormat(dialog), targets, standing);
+    const FrameSinks sinks = SinksFor(dialog, targets, request->what, *source);
+    if (sinks.empty()) return;
+    ExportOutcome outcome = Write(*source, sinks);
     if (!outcome.failure.empty()) {
         RefuseField(dialog, kExportName, outcome.failure);
         return;
     }
     if (outcome.frames == 0) return;  // stopped before the first one: nothing has changed
     written = {std::move(targets), std::move(outcome), source->Description().frames};
-    lastChoice = {ListSelection(dialog, kExportForm), ListSelection(dialog, kExportFormat)};
+    lastChoice = {.form = ListSelection(dialog, kExportForm),
+                  .format = ListSelection(dialog, kExportFormat),
+                  .scale = IsDlgButtonChecked(dialog, kExportScale),
+                  .time = IsDlgButtonChecked(dialog, kExportTime),
+                  .regions = IsDlgButtonChecked(dialog, kExportRegions)};
     write::fileChoice.LastFileDirectory = DirectoryOf(target);
     EndDialog(dialog, kExported);
 }
@@ -373,6 +402,10 @@ void Accept(HWND dialog)
 void NoteWritten()
 {
     const auto& [paths, outcome, wanted] = written;
+    if (outcome.files.front() != paths.front()) {  // a file a frame
+        NoteSavedBitmaps(outcome.files, static_cast<std::uint32_t>(wanted * std::ssize(paths)));
+        return;
+    }
     if (!outcome.stopped) {
         NoteSavedFiles(paths, static_cast<std::uint32_t>(outcome.frames));
         return;

@@ -3,7 +3,9 @@
 #include "export/csv_writer.h"
 #include "export/fits_writer.h"
 #include "export/hdf5_writer.h"
+#include "export/mp4_writer.h"
 #include "export/npy_writer.h"
+#include "export/png_writer.h"
 #include "export/tiff_writer.h"
 #include "platform/text.h"
 
@@ -21,6 +23,8 @@ constexpr ExportFormatNames kFormats[] = {
     {ExportFormat::kHdf5, "hdf5", ".h5", "HDF5, a chunk a frame"},
     {ExportFormat::kNpy, "npy", ".npy", "NumPy, with a JSON beside it"},
     {ExportFormat::kCsv, "csv", ".csv", "CSV, one frame"},
+    {ExportFormat::kPng, "png", ".png", "PNG, a picture a frame", true},
+    {ExportFormat::kMp4, "mp4", ".mp4", "MP4 video, with the colors on view", true},
 };
 
 }  // namespace
@@ -28,6 +32,11 @@ constexpr ExportFormatNames kFormats[] = {
 std::span<const ExportFormatNames> ExportFormats()
 {
     return kFormats;
+}
+
+const ExportFormatNames& NamesOf(ExportFormat format)
+{
+    return *std::ranges::find(kFormats, format, &ExportFormatNames::format);
 }
 
 std::optional<ExportFormat> ExportFormatOf(std::string_view word)
@@ -52,7 +61,8 @@ std::optional<ExportFormat> ExportFormatByExtension(std::string_view path)
     return std::nullopt;
 }
 
-std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace)
+std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace,
+                                         PictureOptions options)
 {
     switch (format) {
         case ExportFormat::kTiff:
@@ -63,6 +73,10 @@ std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string&
             return std::make_unique<NpyWriter>(path, replace);
         case ExportFormat::kHdf5:
             return std::make_unique<Hdf5Writer>(path, replace);
+        case ExportFormat::kPng:
+            return std::make_unique<PngWriter>(path, replace, std::move(options));
+        case ExportFormat::kMp4:
+            return std::make_unique<Mp4Writer>(path, replace, std::move(options));
         case ExportFormat::kCsv:
             break;
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "export/frame_sink.h"
+#include "export/picture_options.h"
 
 #include <memory>
 #include <optional>
@@ -11,19 +12,27 @@
 
 namespace kelvo {
 
-enum class ExportFormat { kTiff, kFits, kHdf5, kNpy, kCsv };
+enum class ExportFormat { kTiff, kFits, kHdf5, kNpy, kCsv, kPng, kMp4 };
 struct ExportFormatNames {
     ExportFormat format;
     std::string_view word;       // "tiff"
     std::string_view extension;  // ".tif"
     std::string_view title;      // "TIFF, a page a frame"
+    bool isPicture = false;      // of the colors that counts have, with PictureOptions; of values it can't be made
 };
 std::span<const ExportFormatNames> ExportFormats();
+// Why a picture can't have a form of floats.
+inline constexpr std::string_view kPictureOfCounts =
+    "A picture is made of counts: please choose counts or corrected counts.";
+const ExportFormatNames& NamesOf(ExportFormat format);
 std::optional<ExportFormat> ExportFormatOf(std::string_view word);
-// By the name's end: ".tif" or ".tiff", ".fits" or ".fit", ".h5" or ".hdf5", ".npy", ".csv" in any case.
+// By the name's end: ".tif" or ".tiff", ".fits" or ".fit", ".h5" or ".hdf5", ".npy", ".csv", ".png", ".mp4" in any
+// case.
 std::optional<ExportFormat> ExportFormatByExtension(std::string_view path);
 
 // A sink that hasn't begun: Begin looks whether the name may be written.
-std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace);
+// options are of pictures alone.
+std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace,
+                                         PictureOptions options = {});
 
 }  // namespace kelvo

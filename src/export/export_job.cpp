@@ -5,23 +5,22 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace kelvo {
 
 namespace {
 
-ExportOutcome Failed(const ExportFailure& failure)
+// The reason, and which files stand all the same.
+ExportOutcome Failed(std::string why, std::vector<std::string> files = {})
 {
-    return {.frames = 0, .stopped = false, .failure = failure.value_or("")};
-}
-
-std::string WhatStands(std::size_t files)
-{
-    if (files == 0) return {};
-    return files == 1 ? "; the file before it stands" : Format("; the %zu files before it stand", files);
+    if (files.size() == 1) why += "; " + files.front() + " before it stands whole";
+    if (files.size() > 1) why += "; " + files.front() + " to " + files.back() + " before it stand whole";
+    return {.failure = std::move(why), .files = std::move(files)};
 }
 
 bool IsTheSource(const std::string& path, const Provenance& provenance)
@@ -33,12 +32,21 @@ bool IsTheSource(const std::string& path, const Provenance& provenance)
 // Frames go to all of them.
 ExportOutcome Run(ExportSource& source, std::span<FrameSink* const> sinks, const ExportProgress& progress)
 {
+    const auto standing = [&source, sinks] {
+        std::vector<std::string> files;
+        for (std::size_t part = 0; part < sinks.size(); ++part) {
+            const std::vector<std::string> targets = sinks[part]->Targets(source.Description(part));
+            files.insert(files.end(), targets.begin(),
+                         targets.begin() + static_cast<std::ptrdiff_t>(sinks[part]->Kept()));
+        }
+        return files;
+    };
     for (std::size_t part = 0; part < sinks.size(); ++part) {
         const ExportDescription& description = source.Description(part);
-        if (IsTheSource(sinks[part]->Path(), description.provenance)) {
-            return Failed(sinks[part]->Path() + " is the file that is exported");
+        for (const std::string& target : sinks[part]->Targets(description)) {
+            if (IsTheSource(target, description.provenance)) return Failed(target + " is the file that is exported");
         }
-        if (ExportFailure failure = sinks[part]->Begin(description)) return Failed(failure);
+        if (ExportFailure failure = sinks[part]->Begin(description)) return Failed(*failure);
     }
     const std::int64_t all = source.Description().frames;
     ExportOutcome outcome;
@@ -48,15 +56,16 @@ ExportOutcome Run(ExportSource& source, std::span<FrameSink* const> sinks, const
             break;
         }
         std::string why;
-        if (!source.Read(outcome.frames, why)) return Failed(why);
+        if (!source.Read(outcome.frames, why)) return Failed(why, standing());
         for (std::size_t part = 0; part < sinks.size(); ++part) {
-            if (ExportFailure failure = sinks[part]->Add(source.Frame(part))) return Failed(failure);
+            if (ExportFailure failure = sinks[part]->Add(source.Frame(part))) return Failed(*failure, standing());
         }
     }
     if (outcome.frames == 0) return outcome;
-    for (std::size_t part = 0; part < sinks.size(); ++part) {
-        if (ExportFailure failure = sinks[part]->End()) return Failed(*failure + WhatStands(part));
+    for (FrameSink* const sink : sinks) {
+        if (ExportFailure failure = sink->End()) return Failed(*failure, standing());
     }
+    outcome.files = standing();
     if (progress && !outcome.stopped) progress(all, all);
     return outcome;
 }

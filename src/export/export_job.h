@@ -14,16 +14,19 @@
 namespace kelvo {
 
 struct ExportOutcome {
-    std::int64_t frames = 0;  // that stand in each file
+    std::int64_t frames = 0;  // that stand in each file, or as files
     bool stopped = false;     // before all were there; the files have those that were, or none was made
-    std::string failure;      // why there is no file; what stood under its name stands
+    std::string failure;      // why it isn't whole; what stood under a name that isn't one of files stands
+    // That stand whole, part by part and in the order of the frames: one a part, or one a frame.
+    std::vector<std::string> files;
 };
 
 // Told before each frame, and once at the end, how many are done; false stops before the next one.
 using ExportProgress = std::function<bool(std::int64_t done, std::int64_t all)>;
 
 // Writes all frames of the source; never over the file that they come from. Stopped, the file is closed with the frames
-// that it has; before the first one none is made.
+// that it has; before the first one none is made. Where each frame is a file those that were written before a stop or a
+// failure are whole and stay.
 ExportOutcome RunExport(ExportSource& source, FrameSink& sink, const ExportProgress& progress);
 
 // The same of a source of several parts, a file each, as many sinks as parts: all files have the same frames, and

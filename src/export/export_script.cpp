@@ -5,7 +5,9 @@
 #include "export/export_source.h"
 #include "platform/interrupt.h"
 #include "platform/pointer.h"
+#include "regions/region_list.h"
 #include "regions/regions_file.h"
+#include "state/display_state.h"
 
 #include <algorithm>
 #include <cmath>
@@ -32,6 +34,9 @@ struct Wish {
     std::string region;      // of the view's, or of those of a file
     std::string regions;     // that file
     bool areOfView = false;  // regions = true
+    bool scale = false;
+    bool time = false;
+    std::vector<Region> drawn;
 };
 
 template <typename Value>
@@ -82,6 +87,20 @@ bool TakeRegions(const ScriptValue& value, Wish& wish)
     return ofView != nullptr ? *ofView : Take(value, wish.regions) && !wish.regions.empty();
 }
 
+// true: those of the view; otherwise the path of a file.
+bool TakeRegionsToDraw(const ScriptValue& value, std::vector<Region>& regions)
+{
+    if (const auto* const ofView = std::get_if<bool>(&value)) {
+        if (*ofView) regions = Regions;
+        return true;
+    }
+    const auto* const path = std::get_if<std::string>(&value);
+    std::string why;
+    const auto file = path ? ReadRegionsFile(*path, why) : std::nullopt;
+    if (file) regions = file->regions;
+    return file.has_value();
+}
+
 struct Field {
     std::string_view name;
     bool (*take)(const ScriptValue& value, Wish& wish);
@@ -99,6 +118,9 @@ constexpr Field kFields[] = {
     {"rectangle", [](const ScriptValue& value, Wish& wish) { return TakePlace(value, wish.request.place); }},
     {"region", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.region) && !wish.region.empty(); }},
     {"regions", [](const ScriptValue& value, Wish& wish) { return TakeRegions(value, wish); }},
+    {"scale", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.scale); }},
+    {"time", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.time); }},
+    {"draw_regions", [](const ScriptValue& value, Wish& wish) { return TakeRegionsToDraw(value, wish.drawn); }},
     {"replace", [](const ScriptValue& value, Wish& wish) { return Take(value, wish.replace); }},
 };
 
@@ -143,22 +165,37 @@ std::optional<Wish> WishOf(const ScriptFields& table, std::string& why)
         why = "\"to\" says which format";
     } else if ((wish.request.what == ExportWhat::kFile) != !wish.request.path.empty()) {
         why = "\"file\" goes with of = \"file\"";
+    } else if (!NamesOf(*format).isPicture && (wish.scale || wish.time || !wish.drawn.empty())) {
+        why = "\"scale\", \"time\" and \"draw_regions\" are of pictures";
+    } else if (NamesOf(*format).isPicture && IsFloatForm(wish.request.form)) {
+        why = std::string(kPictureOfCounts);
     } else if (TakeRegionsOf(wish, why)) {
         wish.format = *format;
+        wish.request.asShown = NamesOf(*format).isPicture;
         if (wish.count > 0) wish.request.end = wish.request.first + wish.count;
         return wish;
     }
     return std::nullopt;
 }
 
+// What is on view now, for all frames; nullopt where memory is refused.
+std::optional<PictureOptions> PictureOf(const Wish& wish, const Provenance& provenance)
+{
+    PictureOptions options{.time = wish.time, .regions = wish.drawn};
+    if (!wish.request.asShown) return options;
+    options.look = PictureLook::OnView();
+    if (!options.look) return std::nullopt;
+    if (wish.scale) options.scale = ScaleOfExport(*options.look, wish.request.what, provenance, DisplayUnit);
+    return options;
+}
+
 ScriptFields FieldsOf(const Wish& wish, const ExportDescription& description, const ExportOutcome& outcome)
 {
-    const auto names = std::ranges::find(ExportFormats(), wish.format, &ExportFormatNames::format);
     const Provenance& provenance = description.provenance;
     return {
-        {"file", wish.outs.front()},
-        {"files", wish.outs},
-        {"format", std::string(names->word)},
+        {"file", outcome.files.empty() ? wish.outs.front() : outcome.files.front()},
+        {"files", outcome.files},
+        {"format", std::string(NamesOf(wish.format).word)},
         {"form", std::string(WordOf(provenance.form))},
         {"unit", provenance.unit},
         {"frames", outcome.frames},
@@ -178,9 +215,13 @@ std::string ExportByScript(const ScriptFields& table)
     if (!wish) return why;
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return why;
+    std::optional<PictureOptions> options = PictureOf(*wish, source->Description().provenance);
+    if (!options) return "No memory is left.";
     const Hourglass hourglass;
     std::vector<std::unique_ptr<FrameSink>> sinks;
-    for (const std::string& out : wish->outs) sinks.push_back(MakeFrameSink(wish->format, out, wish->replace));
+    for (const std::string& out : wish->outs) {
+        sinks.push_back(MakeFrameSink(wish->format, out, wish->replace, *options));
+    }
     const ExportOutcome outcome = RunExport(*source, sinks, [](std::int64_t, std::int64_t) { return !EscapeCame(); });
     if (outcome.failure.empty()) lastExport = FieldsOf(*wish, source->Description(), outcome);
     return outcome.failure;

@@ -4,6 +4,7 @@
 #include "calib/apply_calibration.h"
 #include "calib/set_bad_detectors.h"
 #include "calib/set_correction.h"
+#include "display/difference_view.h"
 #include "display/units.h"
 #include "grabber/frame_size.h"
 #include "grabber/host_frames.h"
@@ -85,6 +86,7 @@ std::optional<ExportSource> ExportSource::Open(const ExportRequest& request, std
     ExportSource source;
     source.what_ = request.what;
     source.description_.isFloat = IsFloatForm(request.form);
+    source.asShown_ = request.asShown;
     Provenance& provenance = source.description_.provenance;
     provenance.program = "Kelvo " KELVO_VERSION;
     provenance.exportedUtc = WallClockSeconds();
@@ -97,6 +99,8 @@ std::optional<ExportSource> ExportSource::Open(const ExportRequest& request, std
                         source.TakeCorrection(request, why) && source.TakeUnit(request, why) &&
                         source.ReadBadDetectors(request, bad, why);
     if (!isOpen) return std::nullopt;
+    const bool isDifference = request.asShown && request.what != ExportWhat::kFile && DifferenceOnView();
+    if (isDifference) provenance.difference = DifferenceSource();
     source.MakeTable(request);
     source.DescribeParts(bad);
     return source;
@@ -128,6 +132,7 @@ bool ExportSource::TakeRange(const ExportRequest& request, std::int64_t frames, 
     first_ = request.first;
     const std::int64_t end = request.end < 0 ? frames : request.end;
     description_.frames = end - first_;
+    description_.first = first_;
     if (first_ >= 0 && first_ < end && end <= frames) return true;
     const std::string name = what_ == ExportWhat::kFile ? request.path : "host memory";
     why = name + Format(" has %lld frames: there are none of that range", static_cast<long long>(frames));
@@ -497,6 +502,7 @@ bool ExportSource::Read(std::int64_t i, std::string& why)
     const std::int64_t index = first_ + i;
     if (!ReadWhole(index, why)) return false;
     picture_ = whole_;
+    if (asShown_ && what_ != ExportWhat::kFile) picture_ = CountsToShow(whole_);
     if (correction_) {
         correction_->Correct(whole_, corrected_);
         picture_ = corrected_;

@@ -44,6 +44,8 @@ struct ExportRequest {
     std::optional<RegionPlace> place{};
     // In place of that: of each region the least rectangle that holds all its pixels in the picture.
     std::vector<Region> regions{};
+    // Of the camera's picture the difference where one is on view (display/difference_view.h): for pictures alone.
+    bool asShown = false;
 };
 
 class ExportSource {
@@ -109,6 +111,7 @@ class ExportSource {
     std::int64_t onViewIndex_ = 0;  // of the picture on view in its file
     std::optional<StoredCorrection> correction_;
     bool correctedInForce_ = false;
+    bool asShown_ = false;
     std::vector<float> table_;         // the value of each count from -32768 on; empty for counts
     std::vector<std::int16_t> whole_;  // of the picture on view its frame
     std::vector<std::int16_t> corrected_;

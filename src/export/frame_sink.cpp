@@ -8,17 +8,6 @@
 
 namespace kelvo {
 
-namespace {
-
-ExportFailure WhyRefused(const std::string& path, bool replace)
-{
-    if (DirectoryExists(path)) return path + " is a directory";
-    if (!replace && FileExists(path)) return path + " stands already";
-    return std::nullopt;
-}
-
-}  // namespace
-
 std::string BadPlacesJson(const ExportDescription& description)
 {
     if (description.badDetectors.empty()) return "null";
@@ -46,13 +35,20 @@ std::string OutsideRunsJson(const ExportDescription& description)
     return JsonList(runs);
 }
 
+ExportFailure FrameSink::WhyRefused(const std::string& path) const
+{
+    if (DirectoryExists(path)) return path + " is a directory";
+    if (!replace_ && FileExists(path)) return path + " stands already";
+    return std::nullopt;
+}
+
 ExportFailure FrameSink::BeginFile(std::optional<NewFile>& file, const std::string& path) const
 {
-    if (ExportFailure refused = WhyRefused(path, replace_)) return refused;
+    if (ExportFailure refused = WhyRefused(path)) return refused;
     file = NewFile::Begin(path);
     if (!file) return path + " can't be written: " + std::strerror(errno);
     // One process at a time has the file in the making: what another one made while this one waited stands now.
-    return WhyRefused(path, replace_);
+    return WhyRefused(path);
 }
 
 File& FrameSink::Contents()
@@ -60,14 +56,16 @@ File& FrameSink::Contents()
     return file_->Contents();  // NOLINT(bugprone-unchecked-optional-access): BeginFile has made it
 }
 
-ExportFailure FrameSink::Keep()
+ExportFailure FrameSink::Keep(std::optional<NewFile>& file, const std::string& path)
 {
-    return DoneOr(file_ && file_->Keep());
+    if (!file || !file->Keep()) return DoneOr(false, path);
+    ++kept_;
+    return std::nullopt;
 }
 
-ExportFailure FrameSink::DoneOr(bool isDone) const
+ExportFailure FrameSink::DoneOr(bool isDone, const std::string& path)
 {
-    return isDone ? std::nullopt : ExportFailure(path_ + " can't be written: the disk refuses");
+    return isDone ? std::nullopt : ExportFailure(path + " can't be written: the disk refuses");
 }
 
 }  // namespace kelvo

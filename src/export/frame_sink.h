@@ -24,6 +24,7 @@ struct ExportDescription {
     std::size_t columns = 0;
     std::size_t rows = 0;
     std::int64_t frames = 0;  // as many as are meant to come
+    std::int64_t first = 0;   // the number of the first one in its source, from 0
     bool isFloat = false;     // values of frames are floats, otherwise counts
     // One byte a pixel, rows x columns, 1 marks a bad detector; empty where none are known.
     std::vector<std::uint8_t> badDetectors;
@@ -51,25 +52,34 @@ class FrameSink {
     FrameSink& operator=(const FrameSink&) = delete;
 
     const std::string& Path() const { return path_; }
+    // The files that such an export leaves, one a frame where there are several.
+    virtual std::vector<std::string> Targets(const ExportDescription& /*description*/) const { return {path_}; }
 
     // Once, then Add for each frame, then End: the file has the frames that came, be they fewer than meant, and their
     // number is right in it. After a failure the sink is only good to be destroyed.
     virtual ExportFailure Begin(const ExportDescription& description) = 0;
     virtual ExportFailure Add(const ExportedFrame& frame) = 0;
     virtual ExportFailure End() = 0;
+    // How many of the targets have taken their names, each of them whole: they stay when a later one fails.
+    std::size_t Kept() const { return kept_; }
 
   protected:
+    // That the name is a directory's, or stands already and may not be replaced.
+    ExportFailure WhyRefused(const std::string& path) const;
     // A file beside the name. The reason where that is refused, or the directory takes none.
     ExportFailure BeginFile(std::optional<NewFile>& file, const std::string& path) const;
     ExportFailure BeginFile() { return BeginFile(file_, path_); }
-    File& Contents();      // of what BeginFile has begun
-    ExportFailure Keep();  // it takes its name
+    File& Contents();                                    // of what BeginFile has begun
+    ExportFailure Keep() { return Keep(file_, path_); }  // it takes its name
+    ExportFailure Keep(std::optional<NewFile>& file, const std::string& path);
     // Nothing where it is done, else that the disk refuses.
-    ExportFailure DoneOr(bool isDone) const;
+    ExportFailure DoneOr(bool isDone) const { return DoneOr(isDone, path_); }
+    static ExportFailure DoneOr(bool isDone, const std::string& path);
 
   private:
     std::string path_;
     bool replace_;
+    std::size_t kept_ = 0;
     std::optional<NewFile> file_;
 };
 

@@ -20,17 +20,26 @@ double RateOf(const ImageHeaderRecord& header)
     return std::isfinite(rate) && rate >= 0.01 && rate <= 10000 ? rate : kUsualRateHz;
 }
 
-std::vector<std::string> CommandOf(const ExportDescription& description, const std::string& file)
+std::vector<std::string> CommandOf(const ExportDescription& description, const DeviceBitmap& picture,
+                                   const std::string& file)
 {
     const std::string json = ProvenanceJson(description.provenance, description.columns, description.rows, {}).Json();
     return {"ffmpeg", "-hide_banner", "-loglevel", "error", "-y",
             // What comes.
-            "-f", "rawvideo", "-pixel_format", "rgb24", "-video_size",
-            Format("%zux%zu", description.columns, description.rows), "-framerate",
-            Format("%.6f", RateOf(description.provenance.header)), "-i", "pipe:0",
+            "-f", "rawvideo", "-pixel_format", "rgb24", "-video_size", Format("%dx%d", picture.width, picture.height),
+            "-framerate", Format("%.6f", RateOf(description.provenance.header)), "-i", "pipe:0",
             // What is made of it: players know no other way to store colors, and it wants even sides.
             "-vf", "pad=ceil(iw/2)*2:ceil(ih/2)*2", "-pix_fmt", "yuv420p", "-metadata", "comment=" + json, "-f", "mp4",
             "file:" + file};
+}
+
+// Three bytes a pixel: red, green, blue.
+void FillRgb(const DeviceBitmap& picture, std::vector<std::uint8_t>& bytes)
+{
+    auto out = bytes.begin();
+    for (const std::uint32_t pixel : picture.pixels) {
+        for (const int shift : {16, 8, 0}) *out++ = static_cast<std::uint8_t>(pixel >> shift);
+    }
 }
 
 }  // namespace
@@ -38,10 +47,12 @@ std::vector<std::string> CommandOf(const ExportDescription& description, const s
 ExportFailure Mp4Writer::Begin(const ExportDescription& description)
 {
     if (description.isFloat) return Path() + " can't be made of values: a video shows counts";
-    look_ = PictureLook::OnView();
-    if (!look_ || !AllocateBlock(picture_, kColorBytes * description.Pixels())) return "No memory is left.";
+    pixels_ = description.Pixels();
+    picture_ = ExportedPicture::Make(description, std::move(options_));
+    const bool isThere = picture_ && AllocateBlock(bytes_, kColorBytes * picture_->Picture().pixels.size());
+    if (!isThere) return "No memory is left.";
     if (ExportFailure failure = BeginFile()) return failure;
-    ffmpeg_ = ChildProcess::Start(CommandOf(description, NewFile::NameBeside(Path())));
+    ffmpeg_ = ChildProcess::Start(CommandOf(description, picture_->Picture(), NewFile::NameBeside(Path())));
     if (!ffmpeg_) return "A video needs the program ffmpeg, which isn't installed";
     return std::nullopt;
 }
@@ -55,9 +66,10 @@ std::string Mp4Writer::Complaint()
 
 ExportFailure Mp4Writer::Add(const ExportedFrame& frame)
 {
-    if (!look_ || !ffmpeg_ || frame.counts.size() * kColorBytes != picture_.size()) return DoneOr(false);
-    look_->Fill(frame.counts, picture_);
-    if (ffmpeg_->Write(std::as_bytes(std::span(picture_)))) return std::nullopt;
+    if (!picture_ || !ffmpeg_ || frame.counts.size() != pixels_) return DoneOr(false);
+    if (!picture_->Show(frame)) return "No memory is left.";
+    FillRgb(picture_->Picture(), bytes_);
+    if (ffmpeg_->Write(std::as_bytes(std::span(bytes_)))) return std::nullopt;
     ffmpeg_->Finish();  // its last words
     return Complaint();
 }

@@ -3,11 +3,22 @@
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
 #include "display/gray_lookup.h"
+#include "display/scale_line.h"
+#include "platform/memory.h"
 #include "state/display_state.h"
 
-#include <algorithm>
+#include <limits>
+#include <vector>
 
 namespace kelvo {
+
+void PictureLook::TakeColors(std::span<const std::uint8_t> map)
+{
+    for (std::size_t gray = 0; gray < kColorMapEntries; ++gray) {
+        colors_.at(gray) = std::uint32_t{map[kRedPlane + gray]} << 16 | std::uint32_t{map[kGreenPlane + gray]} << 8 |
+                           map[kBluePlane + gray];
+    }
+}
 
 std::optional<PictureLook> PictureLook::OnView()
 {
@@ -16,18 +27,27 @@ std::optional<PictureLook> PictureLook::OnView()
     if (DisplayLut.empty() || map.size() < kColorMapBytes) return std::nullopt;
     PictureLook look;
     FillGrayTable(look.grays_, DisplayLut);
-    for (std::size_t gray = 0; gray < kColorMapEntries; ++gray) {
-        look.colors_.at(gray) = {map[kRedPlane + gray], map[kGreenPlane + gray], map[kBluePlane + gray]};
-    }
+    look.TakeColors(map);
+    look.spread_ = SpreadCountsOnView();
     return look;
 }
 
-void PictureLook::Fill(std::span<const std::int16_t> counts, std::span<std::uint8_t> rgb) const
+std::optional<PictureLook> PictureLook::Over(CountRange spread, std::span<const std::uint8_t> map)
 {
-    auto out = rgb.begin();
-    for (const std::int16_t count : counts) {
-        out = std::ranges::copy(colors_[grays_[static_cast<std::uint16_t>(count)]], out).out;
+    constexpr std::int32_t kLowest = std::numeric_limits<std::int16_t>::min();
+    constexpr std::int32_t kHighest = std::numeric_limits<std::int16_t>::max();
+    std::vector<std::uint8_t> table;  // from the lowest count on
+    if (map.size() < kColorMapBytes || !AllocateBlock(table, kLutEntries + 1)) return std::nullopt;
+    const std::int64_t start = std::int64_t{spread.low} - kLowest;
+    FillLut(table, {spread.Span(), start, start + spread.Span()}, {0, kHighest - kLowest});
+    table.back() = std::numeric_limits<std::uint8_t>::max();  // one more than the screen's table has: white as its last
+    PictureLook look;
+    for (std::int32_t count = kLowest; count <= kHighest; ++count) {
+        look.grays_.at(static_cast<std::uint16_t>(count)) = table[static_cast<std::size_t>(count - kLowest)];
     }
+    look.TakeColors(map);
+    look.spread_ = spread;
+    return look;
 }
 
 }  // namespace kelvo

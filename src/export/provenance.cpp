@@ -195,8 +195,9 @@ JsonText ProvenanceJson(const Provenance& provenance, std::size_t columns, std::
     AddKnown(json, "calibration_set", provenance.set);
     AddKnown(json, "calibration_sha256", provenance.setSha256);
     provenance.badKnown ? json.Whole("bad_detectors", provenance.badDetectors) : json.Null("bad_detectors");
-    json.Member("region", RegionJson(provenance.region))
-        .Whole("left", provenance.left)
+    json.Member("region", RegionJson(provenance.region));
+    if (!provenance.difference.empty()) json.Text("difference_to", provenance.difference);
+    json.Whole("left", provenance.left)
         .Whole("top", provenance.top)
         .Whole("columns", static_cast<std::int64_t>(columns))
         .Whole("rows", static_cast<std::int64_t>(rows))

@@ -31,12 +31,12 @@ std::optional<ExportForm> ExportFormOf(std::string_view word);
 
 // Where a frame stands in time.
 struct FrameTiming {
-    std::int64_t index = 0;         // in its source, from 0
-    std::int64_t number = -1;       // by the board, from 1; -1: it doesn't count, or isn't known
-    std::optional<double> seconds;  // since the first frame of the source; nullopt: not known
-    std::int64_t utcNs = 0;         // when the frame was complete, since 1 January 1970; 0: not known
-    float integrationMs = 0;        // 0: not known
-    std::uint32_t lostByBoard = 0;  // frames between the one before and this one (imagefile/frames_file.h)
+    std::int64_t index = 0;           // in its source, from 0
+    std::int64_t number = -1;         // by the board, from 1; -1: it doesn't count, or isn't known
+    std::optional<double> seconds{};  // since the first frame of the source; nullopt: not known
+    std::int64_t utcNs = 0;           // when the frame was complete, since 1 January 1970; 0: not known
+    float integrationMs = 0;          // 0: not known
+    std::uint32_t lostByBoard = 0;    // frames between the one before and this one (imagefile/frames_file.h)
     std::uint32_t lostByRing = 0;
     std::uint32_t passedOver = 0;
     // The start of exposure: when the frame was complete, less its integration time. nullopt where either isn't known.
@@ -57,6 +57,7 @@ struct Provenance {
     std::string pixels;      // "raw" (readout order), "corrected"; empty: not known
     std::string set;         // the .cal that corrected them; empty: none, or not known
     std::string setSha256;   // of that file
+    std::string difference;  // what the camera's picture is shown less of; empty: the picture itself
     std::string sample;      // the recording's own words
     std::string comment;
     ExportForm form = ExportForm::kCounts;

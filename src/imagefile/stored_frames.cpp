@@ -94,6 +94,11 @@ bool StoredFrames::AreCorrected() const
     return told.empty() ? BearsCalibration(header_) : told == kCorrectedPixels;
 }
 
+bool StoredFrames::AreToldRaw() const
+{
+    return journal_ && journal_->head.Text(frames_key::kPixels) == kRawPixels;
+}
+
 const FrameRecord* StoredFrames::RecordOf(std::int64_t frame) const
 {
     const bool isTold = journal_ && frame >= 0 && frame < std::ssize(journal_->records);

@@ -37,6 +37,9 @@ class StoredFrames {
     // The counts have been corrected, and lie as on the screen; otherwise they are the detectors' own in the order of
     // the readout. The journal says so, or else the header (BearsCalibration).
     bool AreCorrected() const;
+    // The journal says that they are as the board delivered them. Only then is a count at the end of the converter's
+    // range known to be saturated: what isn't corrected may still have been changed.
+    bool AreToldRaw() const;
 
     // Of a file of another program, what was done to its samples (ForeignFrames::Changes); empty: nothing.
     std::string Changes() const { return foreign_ ? foreign_->Changes() : std::string(); }
@@ -48,8 +51,8 @@ class StoredFrames {
     // The journal; null where none lies beside the file, or one that isn't this file's. Its records may end before the
     // frames do.
     const FramesFile* Journal() const { return journal_ ? &*journal_ : nullptr; }
-    // Why the one that lies beside it isn't: "is damaged", "is none", "is of a later version", "is of another sequence",
-    // "can't be read", "needs more memory than is left". Empty: there is none, or it is.
+    // Why the one that lies beside it isn't: "is damaged", "is none", "is of a later version", "is of another
+    // sequence", "can't be read", "needs more memory than is left". Empty: there is none, or it is.
     const std::string& JournalFault() const { return journalFault_; }
     // What the journal says of a frame, from 0; null: nothing.
     const FrameRecord* RecordOf(std::int64_t frame) const;

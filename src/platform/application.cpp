@@ -82,7 +82,7 @@ class OffscreenEnvironment {
 // What an offscreen screen lacks is no news to anyone.
 void DropScreenRemarks(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text)
 {
-    if (text.startsWith("This plugin does not support")) return;
+    if (text.startsWith("This plugin does not support") || text.startsWith("QStandardPaths: XDG_RUNTIME_DIR")) return;
     std::fprintf(stderr, "%s\n", text.toLocal8Bit().constData());
 }
 

@@ -40,6 +40,24 @@ class FileActions {
     posix_spawn_file_actions_t actions_{};
 };
 
+// A group of its own: Ctrl+C in a terminal is for the program that started it, which ends it when it is done with it.
+class OwnGroup {
+  public:
+    OwnGroup()
+    {
+        posix_spawnattr_init(&attributes_);
+        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETPGROUP);
+        posix_spawnattr_setpgroup(&attributes_, 0);
+    }
+    ~OwnGroup() { posix_spawnattr_destroy(&attributes_); }
+    OwnGroup(const OwnGroup&) = delete;
+    OwnGroup& operator=(const OwnGroup&) = delete;
+    const posix_spawnattr_t* Get() const { return &attributes_; }
+
+  private:
+    posix_spawnattr_t attributes_{};
+};
+
 std::optional<pid_t> Spawn(const std::vector<std::string>& words, int input, int errors)
 {
     FileActions actions;
@@ -51,8 +69,9 @@ std::optional<pid_t> Spawn(const std::vector<std::string>& words, int input, int
     arguments.reserve(own.size() + 1);
     for (std::string& word : own) arguments.push_back(word.data());
     arguments.push_back(nullptr);
+    const OwnGroup group;
     pid_t process = -1;
-    const int fault = posix_spawnp(&process, arguments.front(), actions.Get(), nullptr, arguments.data(), environ);
+    const int fault = posix_spawnp(&process, arguments.front(), actions.Get(), group.Get(), arguments.data(), environ);
     return fault == 0 ? std::optional(process) : std::nullopt;
 }
 

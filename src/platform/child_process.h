@@ -16,8 +16,9 @@ namespace kelvo {
 
 class ChildProcess {
   public:
-    // Looked for as the shell does (PATH). Its standard input is what is written here, its output goes nowhere.
-    // nullopt where there is no such program, or the machine starts none.
+    // Looked for as the shell does (PATH). A signal from the terminal's keys doesn't reach it. Its standard input is
+    // what is written here, its output goes nowhere. nullopt where there is no such program, or the machine starts
+    // none.
     static std::optional<ChildProcess> Start(const std::vector<std::string>& programAndArguments);
     ChildProcess(ChildProcess&& other) noexcept;
     ChildProcess& operator=(ChildProcess&& other) noexcept;

@@ -100,7 +100,7 @@ class NewFile {
 
 bool FileExists(std::string_view path);  // a regular file
 bool DirectoryExists(std::string_view path);
-bool NameIsTaken(std::string_view path);  // by anything, a device or a pipe too; links are followed
+bool NameIsTaken(std::string_view path);      // by anything, a device or a pipe too; links are followed
 bool MakeDirectories(std::string_view path);  // true if it stands at the end
 bool DeleteFileNamed(std::string_view path);
 bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists);

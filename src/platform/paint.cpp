@@ -443,9 +443,30 @@ void DrawPolyline(HWND window, std::span<const Point> points, const Rect& clip, 
     if (!drawn.Empty()) ShowArea(*surface, drawn);
 }
 
+std::vector<Point> PolylinePixels(std::span<const Point> points, const Rect& clip)
+{
+    std::vector<Point> pixels;
+    if (points.empty() || clip.Empty()) return pixels;
+    const DeviceArea inside{clip.left, clip.top, clip.right, clip.bottom};
+    Point from = points.front();
+    for (const Point& to : points) {
+        WalkLine({from.x, from.y}, {to.x, to.y}, inside, [&](DevicePoint at) {
+            if (DeviceArea{at.x, at.y, at.x + 1, at.y + 1}.And(inside).Empty()) return;
+            pixels.push_back({static_cast<int>(at.x), static_cast<int>(at.y)});
+        });
+        from = to;
+    }
+    return pixels;
+}
+
 int PictureTextHeight()
 {
     return QFontMetrics(QGuiApplication::font()).height();
+}
+
+int PictureTextWidth(std::string_view text)
+{
+    return QFontMetrics(QGuiApplication::font()).horizontalAdvance(ToQString(text));
 }
 
 bool DrawPictureText(DeviceBitmap& picture, int x, int y, std::string_view text, ColorRef color, ColorRef background)

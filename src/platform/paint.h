@@ -33,11 +33,14 @@ int TextWidth(HWND window, std::string_view text);  // of DrawTextLine's letters
 // A line from point to point, both inclusive, a logical pixel wide, as far as it lies inside clip (right and bottom
 // exclusive). A single point is a dot.
 void DrawPolyline(HWND window, std::span<const Point> points, const Rect& clip, ColorRef color);
+// The pixels of it where a logical pixel is one of the device's, in the order in which they are drawn: for a picture.
+std::vector<Point> PolylinePixels(std::span<const Point> points, const Rect& clip);
 
-// The height of a line of the program's text, and such a line into a picture, its top left at x, y, with its background
-// filled behind the letters; what lies beyond the picture's edges is left out. False for an empty picture, or where the
-// fault "text" is set.
+// Height and width of a line of the program's text, and such a line into a picture, its top left at x, y, with its
+// background filled behind the letters; what lies beyond the picture's edges is left out. False for an empty picture,
+// or where the fault "text" is set.
 int PictureTextHeight();
+int PictureTextWidth(std::string_view text);
 bool DrawPictureText(DeviceBitmap& picture, int x, int y, std::string_view text, ColorRef color, ColorRef background);
 
 // The side of the block that one image pixel takes at an integer zoom: zoom x device ratio rounded to whole device

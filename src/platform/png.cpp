@@ -1,6 +1,11 @@
 #include "platform/png.h"
 
 #include "platform/memory.h"
+#include "platform/qt_window.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QImageWriter>
 
 #include <png.h>
 
@@ -63,6 +68,27 @@ std::optional<std::string> PngOf(const ColorPicture& picture)
     }
     png_image image = ImageOf(picture.width, picture.height, PNG_FORMAT_BGR);
     return Written(image, picture.pixels.data(), picture.rowBytes, nullptr);
+}
+
+std::optional<std::string> PngOf(const DeviceBitmap& picture, std::span<const PngText> texts)
+{
+    constexpr auto kPixelBytes = static_cast<std::ptrdiff_t>(sizeof(std::uint32_t));
+    const std::ptrdiff_t rowBytes = kPixelBytes * picture.width;
+    const std::size_t bytes = picture.pixels.size() * sizeof(std::uint32_t);
+    if (!RowsFit(picture.width, picture.height, rowBytes, kPixelBytes, bytes)) return std::string();
+    QImage image(reinterpret_cast<const uchar*>(picture.pixels.data()), picture.width, picture.height, rowBytes,
+                 QImage::Format_RGB32);
+    // Its own pixels: an image that is handed others keeps no texts.
+    image = image.convertToFormat(QImage::Format_RGB888);
+    if (image.isNull()) return std::nullopt;
+    image.setDotsPerMeterX(0);  // a detector's pixels have no size on paper
+    image.setDotsPerMeterY(0);
+    for (const PngText& text : texts) image.setText(ToQString(text.keyword), ToQString(text.text));
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, "png");
+    if (!writer.write(image)) return std::nullopt;
+    return buffer.data().toStdString();
 }
 
 }  // namespace kelvo

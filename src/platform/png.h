@@ -1,6 +1,8 @@
 // Pictures as portable network graphics.
 #pragma once
 
+#include "platform/paint.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -34,5 +36,14 @@ struct ColorPicture {
 
 // The same of a PNG file of three times 8 bits a pixel.
 std::optional<std::string> PngOf(const ColorPicture& picture);
+
+// What is told inside of the file: a keyword of at most 79 letters ("Software"), and its text.
+struct PngText {
+    std::string keyword;
+    std::string text;
+};
+
+// The same of a picture of device pixels, with texts.
+std::optional<std::string> PngOf(const DeviceBitmap& picture, std::span<const PngText> texts);
 
 }  // namespace kelvo

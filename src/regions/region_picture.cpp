@@ -13,6 +13,7 @@ namespace {
 constexpr double kHalf = 0.5;       // of a pixel
 constexpr int kEllipsePoints = 72;  // smooth at any size that a screen has
 constexpr int kCrossArm = 6;        // logical pixels
+constexpr int kNameGap = 3;
 
 struct Bounds {
     std::int32_t left = 0;
@@ -125,6 +126,17 @@ std::vector<std::vector<Point>> OutlineOf(const Region& region, const PictureMap
     }
     return {{{first.x - kCrossArm, first.y}, {first.x + kCrossArm, first.y}},
             {{first.x, first.y - kCrossArm}, {first.x, first.y + kCrossArm}}};
+}
+
+std::optional<Point> PlaceOfName(const Region& region, const PictureMap& map, const Rect& clip, const Point& size)
+{
+    const Bounds bounds = BoundsOf(region.place);
+    const Point corner = map.ToClient(bounds.left, bounds.top);
+    const int x = corner.x + kNameGap;
+    const int above = corner.y - size.y - kNameGap;
+    const int y = above >= clip.top ? above : corner.y + kNameGap;
+    const bool fits = x >= clip.left && x + size.x <= clip.right && y >= clip.top && y + size.y <= clip.bottom;
+    return fits ? std::optional(Point{x, y}) : std::nullopt;
 }
 
 Point PlaceOfGrip(const Region& region, const RegionGrip& grip, const PictureMap& map)

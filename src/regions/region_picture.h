@@ -5,10 +5,17 @@
 #include "platform/types.h"
 #include "regions/region.h"
 
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
 namespace kelvo {
+
+// Outlines and names are drawn in two tones, the second one below and to the right of the first one by a pixel, so that
+// they are seen on black and on white. 0x00BBGGRR.
+inline constexpr std::uint32_t kRegionTone = 0x00FFFFFF;
+inline constexpr std::uint32_t kRegionRim = 0x00000000;
 
 // How pixels of the frame lie in the main window: the point of a pixel's upper left edge, in fractions of logical
 // pixels.
@@ -45,6 +52,10 @@ bool IsNear(std::span<const PixelRun> runs, Point pixel, int reach);
 // The outline in the main window, closed: around a rectangle's pixels, the ellipse that touches those edges, a line
 // from the middle of one end to that of the other, a cross at a point.
 std::vector<std::vector<Point>> OutlineOf(const Region& region, const PictureMap& map);
+
+// Where the upper left corner of its name lies, of that size in logical pixels: above its own upper left corner, below
+// it where there is no room; nullopt where it wouldn't be seen whole.
+std::optional<Point> PlaceOfName(const Region& region, const PictureMap& map, const Rect& clip, const Point& size);
 
 // The middle of a grip there: on the outline.
 Point PlaceOfGrip(const Region& region, const RegionGrip& grip, const PictureMap& map);

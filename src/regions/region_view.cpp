@@ -19,11 +19,8 @@ namespace kelvo {
 namespace {
 
 constexpr const char* kShowKey = "ShowRegions";
-constexpr ColorRef kTone = 0x00FFFFFF;
 constexpr ColorRef kSelectedTone = 0x0000E0FF;  // amber
-constexpr ColorRef kRim = 0x00000000;
-constexpr int kGripHalf = 3;  // logical pixels
-constexpr int kLabelGap = 3;
+constexpr int kGripHalf = 3;                    // logical pixels
 
 bool isShown = true;
 bool isEdited = false;
@@ -33,7 +30,7 @@ void DrawTwice(const std::vector<Point>& points, const Rect& clip, ColorRef tone
 {
     std::vector<Point> rim = points;
     for (Point& point : rim) point = {point.x + 1, point.y + 1};
-    DrawPolyline(hWndMain, rim, clip, kRim);
+    DrawPolyline(hWndMain, rim, clip, kRegionRim);
     DrawPolyline(hWndMain, points, clip, tone);
 }
 
@@ -54,23 +51,17 @@ void DrawGrips(const Region& region, const PictureMap& map, const Rect& clip)
     for (const RegionGrip& grip : GripsOf(region)) {
         const Point at = PlaceOfGrip(region, grip, map);
         FillWithin({at.x - kGripHalf - 1, at.y - kGripHalf - 1, at.x + kGripHalf + 2, at.y + kGripHalf + 2}, clip,
-                   kRim);
+                   kRegionRim);
         FillWithin({at.x - kGripHalf, at.y - kGripHalf, at.x + kGripHalf + 1, at.y + kGripHalf + 1}, clip,
                    kSelectedTone);
     }
 }
 
-// Above its upper left corner, below it where there is no room; left out where it wouldn't be seen whole.
 void DrawName(const Region& region, const PictureMap& map, const Rect& clip, ColorRef tone)
 {
-    const Point corner =
-        map.ToClient(std::min(region.place.x1, region.place.x2), std::min(region.place.y1, region.place.y2));
-    const int height = PictureTextHeight();
-    const int x = corner.x + kLabelGap;
-    const int y = corner.y - height - kLabelGap >= clip.top ? corner.y - height - kLabelGap : corner.y + kLabelGap;
-    const bool fits = x >= clip.left && x + TextWidth(hWndMain, region.name) <= clip.right && y >= clip.top &&
-                      y + height <= clip.bottom;
-    if (fits) DrawTextLine(hWndMain, x, y, region.name, TextAlign::kLeft, tone, kRim);
+    const Point size{TextWidth(hWndMain, region.name), PictureTextHeight()};
+    const std::optional<Point> place = PlaceOfName(region, map, clip, size);
+    if (place) DrawTextLine(hWndMain, place->x, place->y, region.name, TextAlign::kLeft, tone, kRegionRim);
 }
 
 void OnChange()
@@ -133,7 +124,7 @@ void PaintRegions(bool /*newFrame*/)
     const Rect clip = PicturePoints();
     for (const Region& region : Regions) {
         const bool isSelected = RegionsAreEdited() && region.number == SelectedRegion;
-        const ColorRef tone = isSelected ? kSelectedTone : kTone;
+        const ColorRef tone = isSelected ? kSelectedTone : kRegionTone;
         for (const std::vector<Point>& line : OutlineOf(region, *map)) DrawTwice(line, clip, tone);
         DrawName(region, *map, clip, tone);
         if (isSelected) DrawGrips(region, *map, clip);

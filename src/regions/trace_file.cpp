@@ -75,11 +75,6 @@ std::vector<std::pair<std::string, std::string>> OriginOf(const StoredFrames& fi
     return origin;
 }
 
-bool IsRaw(const StoredFrames& file)
-{
-    return file.Journal() != nullptr && file.Journal()->head.Text(frames_key::kPixels) == kRawPixels;
-}
-
 template <typename T>
 bool Reserve(std::vector<T>& block, std::size_t count)
 {
@@ -138,7 +133,7 @@ std::optional<Trace> TraceOfFile(StoredFrames& file, std::span<const Region> reg
     if (!options.bad.empty()) trace.origin.emplace_back("bad pixels", "left out: " + options.badBy);
     {
         const UnitScope ofFile(file.Header(), file.Path());
-        AddLines(trace, regions, *counts, IsRaw(file) ? TracedCounts::kRaw : TracedCounts::kAsShown);
+        AddLines(trace, regions, *counts, file.AreToldRaw() ? TracedCounts::kRaw : TracedCounts::kAsShown);
     }
     std::vector<std::int16_t> pixels;
     if (!AllocateBlock(pixels, file.Pixels()) || !HasRoom(trace, static_cast<std::size_t>(frames))) {

@@ -1,27 +1,13 @@
 // The colour scale: a bar at the right edge of the picture's area with the 256 colours of the map in force, and the
-// values that they stand for, in the unit on view. It spans the counts that contrast and brightness spread over the
-// gray values: below its lower end all is the first colour, from its upper end on the last.
+// values that they stand for, in the unit on view (display/scale_line.h). Below its lower end all is the first colour,
+// from its upper end on the last.
 //
 // It follows map, contrast, brightness, unit, range and window at the next picture, at once when the panel's unit
 // changes, and a quarter of a second later otherwise. It is a window of its own in the main window: the picture beneath
 // stays as it is and scrolls clear of it.
 #pragma once
 
-#include "display/lookup_table.h"
-#include "display/scale_ticks.h"
-#include "platform/types.h"
-
-#include <cstdint>
-
 namespace kelvo {
-
-// The counts that the lookup table spreads over the gray values: low shows the first, high and above the last.
-CountRange SpreadCounts(const LutWindow& window, CountRange live);
-// Of the lookup table in force.
-CountRange SpreadCountsOnView();
-
-// The values of the spread counts in a unit (display/units.h).
-ScaleLine ScaleLineOf(CountRange counts, std::int32_t unit);
 
 // At start: shown or not as it was at the end (key ColorScale of section View).
 void OpenColorScale();

@@ -54,9 +54,9 @@ CommandEnd NoteSavedFiles(const std::vector<std::string>& paths, std::uint32_t f
     if (paths.size() == 1) return NoteSavedFile(paths.front(), frames);
     std::uint64_t bytes = 0;
     for (const std::string& path : paths) bytes += SizeOf(path);
-    return Note(Format("Saved %zu files, ", paths.size()) + NameOf(paths.front()) + " to " + NameOf(paths.back()) +
-                Format(": %u frame%s each, ", frames, frames == 1 ? "" : "s") + SizeText(bytes) +
-                InDirectoryOf(paths.front()));
+    return Note(Format("Saved %zu files, ", paths.size()) + FileNameOf(paths.front()) + " to " +
+                FileNameOf(paths.back()) + Format(": %u frame%s each, ", frames, frames == 1 ? "" : "s") +
+                SizeText(bytes) + InDirectoryOf(paths.front()));
 }
 
 CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t wanted)
@@ -67,7 +67,7 @@ CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t
     std::string what = FileNameOf(first);
     if (wanted > 1) {
         const std::string count = Format("%zu", paths.size()) + (paths.size() < wanted ? Format(" of %u", wanted) : "");
-        what = count + " bitmaps, " + FileNameOf(first) + " to " + FileNameOf(paths.back());
+        what = count + " bitmaps, " + FileNameOf(first) + (paths.size() > 1 ? " to " + FileNameOf(paths.back()) : "");
     }
     return Note("Saved " + what + ": " + SizeText(bytes) + InDirectoryOf(first));
 }

@@ -63,7 +63,7 @@ TEST(Batch, WhatIsNoOptionIsTold)
 TEST(Batch, NothingIsLeftAsideWithoutAWord)
 {
     EXPECT_EQ(Taken({"--frames", "0:1", "--frames=2:3"}).error, "--frames is given twice");
-    for (const char* const empty : {"--bad=", "--rect="}) {
+    for (const char* const empty : {"--bad=", "--rectangle="}) {
         EXPECT_THAT(Taken({empty, "a"}, "stats").error, HasSubstr(" needs a value"));
     }
     EXPECT_EQ(Taken({"--bad", "", "a"}, "stats").error, "--bad needs a value");

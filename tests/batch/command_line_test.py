@@ -76,8 +76,8 @@ class CommandLine(unittest.TestCase):
         before = everything()
         usages = {"recover": "recover [--dry-run] [--json] FILE...", "apply": "apply --set X.cal [--frames A:B] IN OUT", "cut": "cut --frames A:B IN OUT",
                   "join": "join IN... OUT", "info": "info [--json] FILE...",
-                  "export": "export [--to FORMAT] [--as FORM] [--frames A:B] [--set X.cal] [--volts LOW:HIGH] [--rectangle L,T,R,B] [--region FILE.regions[:NAME]] [--traces] [--force] [--json] IN OUT",
-                  "stats": "stats [--region FILE.regions[:NAME]] [--rect X1,Y1,X2,Y2] [--frames A:B] [--unit UNIT] [--volts LOW:HIGH] [--bad X.cal] [--json] FILE",
+                  "export": "export [--to FORMAT] [--as FORM] [--frames A:B] [--set X.cal] [--volts LOW:HIGH] [--rectangle L,T,R,B] [--region FILE.regions[:NAME]] [--traces] [--range LOW:HIGH] [--colors NAME] [--data DIR] [--scale] [--unit UNIT] [--time] [--draw-regions FILE] [--force] [--json] IN OUT",
+                  "stats": "stats [--region FILE.regions[:NAME]] [--rectangle L,T,R,B] [--frames A:B] [--unit UNIT] [--volts LOW:HIGH] [--bad X.cal] [--json] FILE",
                   "calibrate": "calibrate --low FILE [--high FILE] [--tlow T] [--thigh T] [--elow E] [--ehigh E] [--camera N] [--data DIR] [--frames A:B] "
                                "[--bad-list FILE] [--keep-bad] [--keep-noisy] [--json] --out X.cal"}
         general = run("--help")[1]

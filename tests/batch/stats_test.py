@@ -89,8 +89,8 @@ class Stats(unittest.TestCase):
         self.assertAlmostEqual(told[75]["seconds"], 75 / 50)
 
     def test_regions_of_a_file_and_a_rectangle(self):
-        told = self.told("run.seq", "--region", "two.regions", "--rect", "3,2,3,2", "--frames", "60:130")
-        self.assertEqual([(each["frame"], each["region"]) for each in told], [(frame, name) for frame in range(60, 130) for name in ("rect", "hot, plate", "spot")])
+        told = self.told("run.seq", "--region", "two.regions", "--rectangle", "3,2,3,2", "--frames", "60:130")
+        self.assertEqual([(each["frame"], each["region"]) for each in told], [(frame, name) for frame in range(60, 130) for name in ("rectangle", "hot, plate", "spot")])
         for place, frame in enumerate(self.frames[60:130]):
             self.expect_figures(told[3 * place], measured(frame, [(3, 2)]))
             self.expect_figures(told[3 * place + 1], measured(frame, rectangle(2, 1, 8, 6)))
@@ -103,7 +103,7 @@ class Stats(unittest.TestCase):
         """Between the sources a count is 15 degrees / 6000."""
         step = (TEMPERATURE_HOT - TEMPERATURE_COLD) / (HOT - COLD)
         for unit, celsius in (("celsius", lambda t: t), ("kelvin", lambda t: t + 273.15), ("fahrenheit", lambda t: t * 1.8 + 32)):
-            (each,) = self.told("run.seq", "--rect=2,1,8,6", "--frames=3:4", "--unit", unit)
+            (each,) = self.told("run.seq", "--rectangle=2,1,8,6", "--frames=3:4", "--unit", unit)
             counts = measured(self.frames[3], rectangle(2, 1, 8, 6))
             for name in ("mean", "min", "max"):
                 self.assertAlmostEqual(each[name], celsius((counts[name] - COLD) * step + TEMPERATURE_COLD), delta=5e-5, msg=(unit, name))
@@ -116,7 +116,7 @@ class Stats(unittest.TestCase):
         struct.pack_into("<hh", image, 112, -400, 12000)
         (OUT / "range.seq").write_bytes(image)
         step = (2.5 - -0.5) / (12000 - -400)
-        (each,) = self.told("range.seq", "--rect=2,1,8,6", "--frames=3:4", "--unit=volts", "--volts=-0.5:2.5")
+        (each,) = self.told("range.seq", "--rectangle=2,1,8,6", "--frames=3:4", "--unit=volts", "--volts=-0.5:2.5")
         counts = measured(self.frames[3], rectangle(2, 1, 8, 6))
         self.assertAlmostEqual(each["mean"], (counts["mean"] - -400) * step - 0.5, delta=1e-9)
         self.assertAlmostEqual(each["deviation"], counts["deviation"] * step, delta=1e-9)
@@ -125,7 +125,7 @@ class Stats(unittest.TestCase):
             self.assertEqual(struct.pack("<f", each[name]), struct.pack("<f", exact), name)
         self.assertEqual([each[name] for name in ("min_x", "max_y", "outside_sources")], [counts[name] for name in ("min_x", "max_y", "outside_sources")])
         # A camera that counts up as its voltage falls: the least count has the most volts, and a deviation is none the less above 0.
-        (each,) = self.told("range.seq", "--rect=2,1,8,6", "--frames=3:4", "--unit=volts", "--volts=2.5:-0.5")
+        (each,) = self.told("range.seq", "--rectangle=2,1,8,6", "--frames=3:4", "--unit=volts", "--volts=2.5:-0.5")
         self.assertAlmostEqual(each["mean"], 2.5 - (counts["mean"] - -400) * step, delta=1e-9)
         self.assertAlmostEqual(each["deviation"], counts["deviation"] * step, delta=1e-9)
         self.assertGreater(each["min"], each["max"])
@@ -181,9 +181,9 @@ class Stats(unittest.TestCase):
         (OUT / "bad.regions").write_text("{]")
         for arguments, text in [([], "one file is needed"), (["run.seq", "run.seq"], "one file is needed"), (["-"], "- names no file"), (["none.seq"], "none.seq can't be opened"),
                                 (["two.regions"], "two.regions isn't an image file"), (["run.seq", "--frames=150:"], "run.seq has 150 frames: there are none of that range"),
-                                (["run.seq", "--frames=x"], "--frames A:B says which frames"), (["run.seq", "--rect=1,2,3"], "--rect wants x1,y1,x2,y2"),
-                                (["run.seq", "--rect=1,2,3,4,5"], "--rect wants"), (["run.seq", "--rect=-1,2,3,4"], "--rect wants"), (["run.seq", "--rect=1,2,3,99999"], "--rect wants"),
-                                (["run.seq", "--rect=17,0,20,3"], "region rect has no pixel in run.seq"), (["run.seq", "--region=none.regions"], "none.regions"),
+                                (["run.seq", "--frames=x"], "--frames A:B says which frames"), (["run.seq", "--rectangle=1,2,3"], "--rectangle LEFT,TOP,RIGHT,BOTTOM"),
+                                (["run.seq", "--rectangle=1,2,3,4,5"], "--rectangle LEFT"), (["run.seq", "--rectangle=-1,2,3,4"], "--rectangle LEFT"), (["run.seq", "--rectangle=1,2,3,99999"], "--rectangle LEFT"),
+                                (["run.seq", "--rectangle=17,0,20,3"], "region rectangle has no pixel in run.seq"), (["run.seq", "--region=none.regions"], "none.regions"),
                                 (["run.seq", "--region=bad.regions"], "bad.regions"), (["run.seq", "--region=two.regions:none"], "two.regions has no region none"),
                                 (["run.seq", "--unit=watts"], "--unit wants counts, volts, celsius, kelvin or fahrenheit, not watts"),
                                 (["run.seq", "--unit=volts"], "run.seq doesn't say what its counts are in volts: --volts LOW:HIGH does"),

@@ -112,7 +112,7 @@ class ByHand(Batch):
     def test_a_rectangle_is_measured(self):
         """The page's frames are larger than these; the line of the corrected recording is read with a rectangle that fits."""
         self.expect_done(run(APPLY))
-        self.assertIn("--rect 100,80,163,143 ", STATS)
+        self.assertIn("--rectangle 100,80,163,143 ", STATS)
         self.expect_done(run(STATS.replace("100,80,163,143", "1,0,2,1").replace("celsius", "counts")))
         lines = [line for line in (OUT / "trace.csv").read_text().splitlines() if not line.startswith("#")]
         names = lines[0].split(",")

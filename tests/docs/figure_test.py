@@ -193,7 +193,7 @@ class Figure(unittest.TestCase):
         numbers = range(1, 102)  # a hundred frames are asked for
         (OUT / "run.seq").write_bytes(made_by_hand.sequence(numbers))
         (OUT / "run.seq.frames").write_bytes(made_by_hand.journal(numbers))
-        lines, = blocks("docs/how-to/export.md", "sh")
+        lines, picture = blocks("docs/how-to/export.md", "sh")
         first, spot, *of_regions = lines.text.splitlines()
         self.sh(first)
         # Its rectangle lies in a frame larger than the recording's three by two pixels.
@@ -206,6 +206,9 @@ class Figure(unittest.TestCase):
             self.sh(line)
         self.assertEqual(np.load(OUT / "oval.npy").shape, (101, 2, 3))
         self.assertEqual({path.name for path in OUT.glob("part-*")}, {"part-oval.tif", "part-corner.tif"})
+        self.sh(picture.text)
+        self.assertEqual(sorted(path.name for path in OUT.glob("run-*.png")), [f"run-{index:06d}.png" for index in range(101)])
+        self.assertEqual((OUT / "run-000100.png").read_bytes()[:8], b"\x89PNG\r\n\x1a\n")
 
 
 unittest.main(argv=sys.argv[:1], verbosity=2)

@@ -285,6 +285,155 @@ class Exported(unittest.TestCase):
             self.same_bits(fits.getdata(OUT / name).astype("<i2") if not name.endswith(".gz") else COUNTS, COUNTS, "<i2")
             self.assertEqual((OUT / name).read_bytes()[:9], b"SIMPLE  =")
 
+    # --- Pictures
+
+    def test_pictures_have_the_gray_of_each_count(self):
+        """From the first count of the range to the last one gray rises in a straight line from 0 to 255."""
+        def gray(counts, low, high):
+            return np.clip(np.floor(255.0 * (counts.astype(float) - low) / (high - low)), 0, 255).astype(int)
+        for arguments, low, high in [([], -100, 300), (["--range=40:100"], 40, 100), (["--range=-32768:32767"], -32768, 32767)]:
+            self.export("--force", *arguments, "run.seq", "x.png")
+            for frame, name in enumerate(f"x-{index:06d}.png" for index in range(4)):
+                self.assertEqual(identified(name, "%m %w %h %z"), f"PNG {COLUMNS} {ROWS} 8")
+                shown = rgb(name).astype(int)
+                self.assertTrue((shown == shown[:, :, :1]).all())
+                expected = gray(COUNTS[frame], low, high)
+                self.assertLessEqual(np.abs(shown[:, :, 0] - expected).max(), 1)  # single precision on the way
+                self.assertTrue((shown[:, :, 0][COUNTS[frame] <= low] == 0).all())
+                self.assertTrue((shown[:, :, 0][COUNTS[frame] >= high] == 255).all())
+        self.export("--range=40:100", "--colors=inverted", "--frames=1:2", "run.seq", "inverted.png")
+        self.export("--range=40:100", "--frames=1:2", "run.seq", "gray.png")
+        self.assertTrue((rgb("inverted.png").astype(int) + rgb("gray.png") == 255).all())
+
+    def test_pictures_in_colors(self):
+        """Of MATROX.PAL: a comment, then red, green and blue of each gray."""
+        (OUT / "data").mkdir()
+        (OUT / "data" / "MATROX.PAL").write_text("mine\n" + "".join(f"{i} {255 - i} {i // 2}\n" for i in range(256)))
+        self.export("--range=40:100", "--frames=1:2", "run.seq", "gray.png")
+        self.export("--range=40:100", "--frames=1:2", "--colors=color", "--data=data", "run.seq", "colors.png")
+        gray = rgb("gray.png")[:, :, 0].astype(int)
+        self.assertEqual(rgb("colors.png").tolist(), np.stack([gray, 255 - gray, gray // 2], axis=2).tolist())
+        self.export("--range=40:100", "--frames=1:2", "--colors=color", "--data=nowhere", "run.seq", "own.png")
+        self.assertFalse((rgb("own.png")[:, :, 0] == rgb("own.png")[:, :, 2]).all())
+
+    def test_what_stands_beside_a_picture_leaves_its_pixels(self):
+        self.wide_recording()
+        self.export("--range=0:4000", "--frames=:1", "wide.seq", "plain.png")
+        for names in (["--scale"], ["--time"], ["--scale", "--time"]):
+            self.export("--force", "--range=0:4000", "--frames=:1", *names, "wide.seq", "more.png")
+            columns, rows = map(int, identified("more.png", "%w %h").split())
+            self.assertEqual((columns > 260, rows > 180), ("--scale" in names, "--time" in names))
+            # The number of pixels that differ, as compare counts them.
+            told = subprocess.run(["compare", "-metric", "AE", "plain.png", "more.png[260x180+0+0]", "null:"], cwd=OUT, capture_output=True, text=True)
+            self.assertEqual((told.returncode, told.stderr), (0, "0"))
+            self.assertTrue((rgb("more.png")[180:, 260:] == 0x26).all())  # the ground
+        # On the scale the gray falls from the last one to the first one.
+        bar = rgb("more.png")[:, 260 + 20, 0].astype(int)
+        inside = [y for y in range(1, 179) if (rgb("more.png")[y, 272:296, 0] == bar[y]).all() and bar[y] != 0x26]
+        self.assertEqual((bar[inside[0]], bar[inside[-1]] <= 4), (255, True))
+        self.assertTrue((np.diff(bar[inside]) <= 0).all())
+
+    def test_regions_are_drawn_over_the_frame(self):
+        self.wide_recording()
+        (OUT / "some.regions").write_text(json.dumps({"format": "Kelvo regions", "version": 1, "columns": 260, "rows": 180, "regions": [
+            {"name": "Lid", "shape": "rectangle", "x1": 50, "y1": 60, "x2": 99, "y2": 119}]}))
+        self.export("--range=0:4000", "--frames=:1", "wide.seq", "plain.png")
+        self.export("--range=0:4000", "--frames=:1", "--draw-regions=some.regions", "wide.seq", "drawn.png")
+        plain, drawn = rgb("plain.png"), rgb("drawn.png")
+        outline = [(60, x) for x in range(50, 101)] + [(120, x) for x in range(50, 101)] + [(y, x) for y in range(60, 121) for x in (50, 100)]
+        self.assertTrue(all(drawn[place].tolist() == [255] * 3 for place in outline))
+        # Its rim is a pixel wide, and its name stands above it.
+        kept = np.ones((180, 260), bool)
+        kept[60:122, 50:102] = False
+        kept[40:60, 50:90] = False
+        self.assertTrue((plain[kept] == drawn[kept]).all())
+        self.assertTrue((plain[63:119, 53:99] == drawn[63:119, 53:99]).all())
+        self.assertEqual(drawn[40:60, 50:90].max(), 255)
+        # In a cut they lie where they lie in the frame.
+        self.export("--range=0:4000", "--frames=:1", "--draw-regions=some.regions", "--rectangle=40,30,199,179", "wide.seq", "cut.png")
+        self.assertTrue((rgb("cut.png") == drawn[30:, 40:200]).all())
+
+    def test_what_a_picture_tells(self):
+        self.export("--as=corrected", "--set=warm.cal", "--frames=1:3", "run.seq", "x.png")
+        self.assertEqual(sorted(path.name for path in OUT.glob("*.png")), ["x-000001.png", "x-000002.png"])
+        told = json.loads(identified("x-000002.png", "%[Description]"))
+        self.assertEqual(identified("x-000002.png", "%[Software]"), told["program"])
+        self.assertEqual(identified("x-000002.png", "%[Source]"), "made by hand")
+        self.assertEqual(identified("x-000002.png", "%[Creation Time]"), "2026-11-18T11:06:40.173456789Z")
+        self.assertEqual((told["source"], told["form"], told["columns"]), (str(OUT / "run.seq"), "corrected", COLUMNS))
+        self.assertEqual((told["time"]["number"], told["time"]["index"]), (9, 2))
+        self.assertEqual(told["colors"], {"first": -100, "last": 300})
+        self.assertEqual(told["calibration_sha256"], hashlib.sha256((OUT / "warm.cal").read_bytes()).hexdigest())
+        code, out, error = run("--json", "--force", "run.seq", "x.png")
+        self.assertEqual(json.loads(out), {"file": "x-000000.png", "last_file": "x-000003.png", "format": "png", "form": "counts", "unit": "Counts",
+                                           "frames": 4, "stopped": False}, error)
+
+    def test_a_video_of_the_same_pictures(self):
+        stand_in = pathlib.Path(__file__).resolve().parents[1] / "scripts" / "stand_in"
+        path = {"PATH": f"{stand_in}:{os.environ['PATH']}"}
+        beside = ["--range=40:100", "--scale", "--time", "--as=corrected", "--set=warm.cal", "--unit=celsius"]
+        self.export(*beside, "run.seq", "x.mp4", environment=path)
+        self.export(*beside, "run.seq", "x.png")
+        told, frames = (OUT / "x.mp4").read_bytes().split(b"\n--\n", 1)
+        columns, rows = map(int, identified("x-000000.png", "%w %h").split())
+        self.assertIn(f"-video_size\n{columns}x{rows}\n-framerate\n100.000000".encode(), told)
+        self.assertEqual(frames, b"".join(rgb(f"x-{index:06d}.png").tobytes() for index in range(4)))
+        self.expect_refused(["run.seq", "none.mp4", "--as=corrected", "--set=warm.cal"], "A video needs the program ffmpeg, which isn't installed",
+                            environment={"PATH": "/nowhere"})
+        # Ctrl+C in a terminal reaches all that run there; the video is closed with the frames that it has.
+        self.long_recording()
+        process = subprocess.Popen([KELVO, "export", "--range=0:3000", "long.seq", "long.mp4"], cwd=OUT, env={**BARE, **path}, stderr=subprocess.PIPE,
+                                   text=True, start_new_session=True)
+        error = process.stderr.readline()
+        os.killpg(process.pid, signal.SIGINT)
+        error += process.communicate(timeout=120)[1]
+        frames = (OUT / "long.mp4").read_bytes().split(b"\n--\n", 1)[1]
+        if process.returncode == 1:
+            self.assertIn(f"stopped, long.mp4 has {len(frames) // (3 * 128 * 64)} of 3000 frames", error)
+        self.assertEqual((process.returncode in (0, 1), len(frames) % (3 * 128 * 64)), (True, 0), error)
+
+    def test_pictures_that_cant_be(self):
+        for arguments, text in [
+                (["run.seq", "x.png", "--as=celsius", "--set=warm.cal"], "a picture is made of counts"),
+                (["run.seq", "x.mp4", "--as=volts", "--volts=0:1"], "a picture is made of counts"),
+                (["run.seq", "x.npy", "--scale"], "are of pictures: png and mp4"), (["run.seq", "x.npy", "--range=1:2"], "are of pictures"),
+                (["run.seq", "x.png", "--range=9:9"], "--range LOW:HIGH"), (["run.seq", "x.png", "--range=0:32768"], "--range LOW:HIGH"),
+                (["run.seq", "x.png", "--colors=pink"], "--colors says which"), (["run.seq", "x.png", "--unit=watts"], "--unit says"),
+                (["run.seq", "x.png", "--scale", "--unit=celsius"], "run.seq has no calibration with two temperatures"),
+                (["run.seq", "x.png", "--draw-regions=none.regions"], "none.regions")]:
+            self.expect_refused(arguments, text)
+        for name in ("x-000002.png", "x-000000.png"):
+            (OUT / name).write_text("mine")
+            self.expect_refused(["run.seq", "x.png"], f"{name} stands already")
+        self.export("--frames=1:2", "run.seq", "x.png")
+        data = bytearray(recording())
+        struct.pack_into("<hh", data, 112, 0, 0)
+        (OUT / "run.seq").write_bytes(data)
+        self.expect_refused(["run.seq", "y.png"], "run.seq has no display range: --range LOW:HIGH")
+
+    def test_pictures_before_a_failure_stay_whole(self):
+        self.wide_recording()
+        self.export("--range=0:4000", "--frames=:1", "wide.seq", "x.png")
+        longest = len((OUT / "x.png").read_bytes())
+        with open(OUT / "wide.seq", "r+b") as file:  # a frame of noise, which takes more room, in third place
+            file.seek(512 + 2 * 2 * 260 * 180)
+            file.write(np.random.default_rng(1).integers(0, 4000, 260 * 180).astype("<i2").tobytes())
+        code, out, error = run("--range=0:4000", "wide.seq", "y.png", preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (longest + 2000,) * 2))
+        self.assertEqual((code, out), (2, ""))
+        self.assertIn("y-000002.png can't be written: the disk refuses; y-000000.png to y-000001.png before it stand whole", error)
+        self.assertEqual(sorted(path.name for path in OUT.glob("y*")), ["y-000000.png", "y-000001.png"])
+        self.assertEqual(rgb("y-000001.png").shape, (180, 260, 3))
+
+    @staticmethod
+    def wide_recording():
+        """Three frames of 260 x 180: a slope."""
+        head = bytearray(recording()[:512])
+        struct.pack_into("<hh", head, 2, 260, 180)
+        struct.pack_into("<I", head, 42, 3)
+        struct.pack_into("<h", head, 144, 0)
+        slope = np.add.outer(10 * np.arange(180), 10 * np.arange(260)).astype("<i2")
+        (OUT / "wide.seq").write_bytes(bytes(head) + 3 * slope.tobytes())
+
     # --- What can't be, and what goes wrong
 
     def test_what_is_wrong_stands_on_the_error_stream(self):
@@ -394,6 +543,20 @@ class Exported(unittest.TestCase):
         process.send_signal(which)
         error = first + process.communicate(timeout=120)[1]
         return process.returncode, error
+
+
+def identified(name, what):
+    """What ImageMagick tells of a picture."""
+    return subprocess.run(["identify", "-format", what, name], cwd=OUT, capture_output=True, text=True, check=True).stdout
+
+
+def rgb(name):
+    """A picture's pixels as ImageMagick reads them: rows x columns x red, green, blue."""
+    subprocess.run(["stream", "-map", "rgb", "-storage-type", "char", name, "pixels.rgb"], cwd=OUT, check=True, capture_output=True)
+    data = np.fromfile(OUT / "pixels.rgb", np.uint8)
+    (OUT / "pixels.rgb").unlink()
+    columns, rows = map(int, identified(name, "%w %h").split())
+    return data.reshape(rows, columns, 3)
 
 
 def read_npy(name):

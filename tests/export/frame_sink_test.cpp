@@ -40,8 +40,20 @@ std::string Recording()
 
 class FrameSinkTest : public testing::TestWithParam<ExportFormatNames> {
   protected:
-    void SetUp() override { ASSERT_TRUE(ReplaceFile(In(), Recording())); }
-    void TearDown() override { ClearFaults(); }
+    void SetUp() override
+    {
+        ASSERT_TRUE(ReplaceFile(In(), Recording()));
+        // A video is made by the first ffmpeg on PATH: this one keeps what it is handed.
+        const std::string program = tools_.Path() + "/ffmpeg";
+        ASSERT_TRUE(ReplaceFile(program, "#!/bin/sh\nfor last; do :; done\ncat >\"${last#file:}\"\n"));
+        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        setenv("PATH", (tools_.Path() + ":" + path_).c_str(), 1);
+    }
+    void TearDown() override
+    {
+        ClearFaults();
+        setenv("PATH", path_.c_str(), 1);
+    }
 
     std::string In() const { return directory_.Path() + "/in.seq"; }
     std::string Out() const { return directory_.Path() + "/out" + std::string(GetParam().extension); }
@@ -51,7 +63,8 @@ class FrameSinkTest : public testing::TestWithParam<ExportFormatNames> {
         std::string why;
         ExportRequest request;
         request.path = In();
-        if (GetParam().format == ExportFormat::kCsv) request.end = 1;
+        // A file of one frame.
+        if (GetParam().format == ExportFormat::kCsv || GetParam().format == ExportFormat::kPng) request.end = 1;
         std::optional<ExportSource> source = ExportSource::Open(request, why);
         if (!source) {
             ADD_FAILURE() << why;
@@ -71,6 +84,8 @@ class FrameSinkTest : public testing::TestWithParam<ExportFormatNames> {
     }
 
     TempDirectory directory_;
+    TempDirectory tools_;
+    std::string path_ = std::getenv("PATH");
 };
 
 class TiffWriterTest : public testing::Test {
@@ -187,6 +202,102 @@ TEST_F(TiffWriterTest, IsBigTiffWhereTheSizeNeedsIt)
                   0);
         EXPECT_EQ(ReadWholeFile(listed, 10), "3\n");
     }
+}
+
+class PngWriterTest : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_TRUE(ReplaceFile(In(), Recording())); }
+    void TearDown() override { ClearFaults(); }
+
+    std::string In() const { return directory_.Path() + "/in.seq"; }
+
+    // Frames 1 and 2 of the three.
+    ExportOutcome Export(bool replace, std::int64_t stopAfter = 99)
+    {
+        std::string why;
+        ExportRequest request;
+        request.path = In();
+        request.first = 1;
+        std::optional<ExportSource> source = ExportSource::Open(request, why);
+        if (!source) {
+            ADD_FAILURE() << why;
+            return {};
+        }
+        const auto sink = MakeFrameSink(ExportFormat::kPng, directory_ / "out.png", replace);
+        return RunExport(*source, *sink, [stopAfter](std::int64_t done, std::int64_t) { return done < stopAfter; });
+    }
+
+    std::string Contents(const std::string& name) { return ReadWholeFile(directory_ / name, 1 << 20).value_or("none"); }
+
+    TempDirectory directory_;
+};
+
+TEST_F(PngWriterTest, MakesAFileAFrameNumberedAsInItsSource)
+{
+    const ExportOutcome outcome = Export(false);
+    EXPECT_EQ(outcome.failure, "");
+    EXPECT_THAT(outcome.files, testing::ElementsAre(directory_ / "out-000001.png", directory_ / "out-000002.png"));
+    for (const std::string& file : outcome.files) {
+        EXPECT_EQ(std::system(("identify -format '%m %w %h' " + file + " | grep -qx 'PNG 3 2'").c_str()), 0) << file;
+    }
+    EXPECT_EQ(Contents("out.png"), "none");
+    EXPECT_EQ(Contents("out-000000.png"), "none");
+}
+
+TEST_F(PngWriterTest, WritesNoneWhereOneOfThemStands)
+{
+    ASSERT_TRUE(ReplaceFile(directory_ / "out-000002.png", "mine"));
+    EXPECT_EQ(Export(false).failure, (directory_ / "out-000002.png") + " stands already");
+    EXPECT_EQ(Contents("out-000001.png"), "none");
+    EXPECT_EQ(Contents("out-000002.png"), "mine");
+    EXPECT_EQ(Export(true).failure, "");
+    EXPECT_NE(Contents("out-000002.png"), "mine");
+}
+
+TEST_F(PngWriterTest, LeavesWholeFilesAndWhatStoodWhenALaterOneFails)
+{
+    const ExportOutcome whole = Export(true);
+    const std::string first = Contents("out-000001.png");
+    int between = 0;
+    for (int step = 1; step < 200; ++step) {
+        ASSERT_TRUE(ReplaceFile(directory_ / "out-000001.png", "mine 1"));
+        ASSERT_TRUE(ReplaceFile(directory_ / "out-000002.png", "mine 2"));
+        SetFaultOnce("disk", step);
+        const ExportOutcome outcome = Export(true);
+        const bool hasCome = QuestionsUntilFault("disk") == 0;
+        ClearFaults();
+        if (!hasCome) break;
+        if (outcome.failure.empty()) continue;
+        EXPECT_EQ(Contents("out-000002.png"), "mine 2") << step;
+        if (outcome.files.empty()) {
+            EXPECT_EQ(Contents("out-000001.png"), "mine 1") << step;
+            continue;
+        }
+        ++between;
+        EXPECT_THAT(outcome.files, testing::ElementsAre(directory_ / "out-000001.png"));
+        EXPECT_THAT(outcome.failure,
+                    testing::EndsWith("; " + (directory_ / "out-000001.png") + " before it stands whole"));
+        EXPECT_EQ(Contents("out-000001.png").substr(0, 8), first.substr(0, 8));  // a PNG
+    }
+    EXPECT_GT(between, 2);
+    EXPECT_EQ(whole.files.size(), 2U);
+}
+
+TEST_F(PngWriterTest, StoppedHasTheFramesUpToThere)
+{
+    const ExportOutcome outcome = Export(false, 1);
+    EXPECT_TRUE(outcome.stopped);
+    EXPECT_EQ(outcome.frames, 1);
+    EXPECT_THAT(outcome.files, testing::ElementsAre(directory_ / "out-000001.png"));
+    EXPECT_EQ(Contents("out-000002.png"), "none");
+}
+
+TEST_F(PngWriterTest, NeverWritesOverTheFileThatItComesFrom)
+{
+    std::filesystem::create_symlink(In(), directory_ / "out-000002.png");
+    EXPECT_EQ(Export(true).failure, (directory_ / "out-000002.png") + " is the file that is exported");
+    EXPECT_EQ(Contents("in.seq"), Recording());
+    EXPECT_EQ(Contents("out-000001.png"), "none");
 }
 
 INSTANTIATE_TEST_SUITE_P(OfArrays, NpyWriterTest, testing::Values(ExportFormats()[3]),

@@ -46,7 +46,7 @@ command(2200)
 set(22006, dir .. "/run.mp4")
 pick(22004, 2)
 press(1)
-check.answer_box("A video shows the picture: please choose counts or corrected counts.", "ok")
+check.answer_box("A picture is made of counts: please choose counts or corrected counts.", "ok")
 press(2)
 
 export("run.mp4")

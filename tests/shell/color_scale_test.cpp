@@ -3,6 +3,8 @@
 
 #include "display/color_map.h"
 #include "display/display_pipeline.h"
+#include "display/scale_line.h"
+#include "display/scale_ticks.h"
 #include "display/units.h"
 #include "imagefile/header_write.h"
 #include "platform/clock.h"

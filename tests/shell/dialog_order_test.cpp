@@ -77,7 +77,7 @@ const Order kOrders[] = {
     // 1239, 1250, 1252 and 1254 stand disabled.
     {"DIFFER", {22201, 22203, 22204, 22205, 22206, 1, 2, 9}, ""},
     {"DISPLAY", {1242, 1246, 1238, 1230, 1256, 1248, 1, 2, 9}, "ch"},
-    {"EXPORT", {22001, 22007, 22002, 22003, 22004, 22005, 22006, 20300, 1, 2, 9}, ""},
+    {"EXPORT", {22001, 22007, 22002, 22003, 22004, 22005, 22010, 22011, 22012, 22006, 20300, 1, 2, 9}, ""},
     {"FRAMERATE", {624, 6, 7, 9}, ""},
     {"FRAMES", {1001, 1002, 1003, 1004, 1005, 1006, 1, 2, 9}, ""},
     {"GEOMETRY", {1600, 1300, 1302, 1304, 1306, 20210, 1308, 1310, 1312, 1314, 1604, 1, 2, 9}, "h"},
@@ -251,8 +251,9 @@ TEST_F(DialogOrder, RecordedUnderlinesEachLetterOnce)
 
 TEST_F(DialogOrder, ExportUnderlinesEachLetterOnce)
 {
-    EXPECT_THAT(MnemonicsOf("EXPORT"), ElementsAre("&What:", "&Part:", "&First frame:", "&Last frame:", "&As:",
-                                                   "F&ormat:", "&Name:", "&Browse...", "&Export", "&Cancel", "&Help"));
+    EXPECT_THAT(MnemonicsOf("EXPORT"),
+                ElementsAre("&What:", "&Part:", "&First frame:", "&Last frame:", "&As:", "F&ormat:", "Color &scale",
+                            "&Time", "&Regions", "&Name:", "&Browse...", "&Export", "&Cancel", "&Help"));
 }
 
 TEST_F(DialogOrder, GoToFrameUnderlinesEachLetterOnce)

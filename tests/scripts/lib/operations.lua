@@ -793,6 +793,59 @@ local of_the_histogram = {
   ["HistSettings.*"] = "of this opening", ["kelvo.ini [[]Histogram] *"] = "its keys", ImageBuffer = "the frame that is measured",
   ["ImageBuffer.*"] = "the frame that is measured", SelectedPaths = "the name that was chosen", LastFileDirectory = "its folder",
 }
+rows.export = {
+  prepare = function()
+    require("files").image(datadir() .. "/raw.seq", { width = 32, height = 25, frames = 2 }, 2, function(frame) return 4000 + frame end)
+  end,
+  setup = function()
+    drop(datadir() .. "/raw.seq")
+    for _, name in ipairs { "out.npy", "out.json" } do os.remove(datadir() .. "/" .. name) end
+  end,
+  run = function() command(2200) end,
+  dialogs = {
+    EXPORT = function(times)
+      if times > 1 then return press(2) end
+      for index, title in ipairs(items(22005)) do
+        if title:find("NumPy", 1, true) then pick(22005, index - 1) end
+      end
+      set(22006, datadir() .. "/out.npy")
+      press(1)
+    end,
+  },
+  done = function(after)
+    local bytes = after["file out.npy"]
+    return bytes ~= nil and #bytes == 128 + 2 * 32 * 25 * 2
+  end,
+  writes = {
+    ["file out.npy"] = "the frames", ["file out.json"] = "what is told of them", LastFileDirectory = "of the file", StatusText = "what was written",
+  },
+  kept = { StatusText = "the line as the dialog left it" },
+}
+rows.export_picture = {
+  prepare = rows.export.prepare,
+  setup = function()
+    drop(datadir() .. "/raw.seq")
+    os.remove(datadir() .. "/out.png")
+  end,
+  run = function() command(2200) end,
+  dialogs = {
+    EXPORT = function(times)
+      if times > 1 then return press(2) end
+      pick(22001, 1)
+      set(22006, datadir() .. "/out.png")
+      for _, tick in ipairs { 22010, 22011 } do
+        if not checked(tick) then press(tick) end
+      end
+      press(1)
+    end,
+  },
+  done = function(after)
+    local bytes = after["file out.png"]
+    return bytes ~= nil and bytes:sub(1, 4) == "\x89PNG" and bytes:sub(-8, -5) == "IEND"
+  end,
+  writes = { ["file out.png"] = "the picture", LastFileDirectory = "of the file", StatusText = "what was written" },
+  kept = { StatusText = "the line as the dialog left it" },
+}
 rows.histogram = {
   arms = true,
   setup = function() os.remove(datadir() .. "/region.csv") end,
