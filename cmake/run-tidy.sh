@@ -13,5 +13,5 @@ git ls-files -z 'src/*.cpp' 'tools/*.cpp' | xargs -0 cmake/tidy_keys.py "$build"
 done | xargs -r -P "$(nproc)" -L1 bash -c '
     # The optionals of this source alone take the check many minutes.
     case $1 in src/platform/files.cpp) set -- "$1" --checks=-bugprone-unchecked-optional-access ;; esac
-    out=$(clang-tidy-16 --quiet -p "$build" "$@" 2>/dev/null) || { printf "%s\n" "$out"; exit 1; }
+    out=$(clang-tidy-16 --quiet -p "$build" "$@" 2>&1) || { printf "%s: clang-tidy ended with %d\n%s\n" "$1" $? "$out"; exit 1; }
     [ "$0" = - ] || touch "$passed/$0"'

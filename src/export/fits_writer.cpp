@@ -165,7 +165,8 @@ bool FitsWriter::WriteHead()
         .Whole("VGAIN2", header.VideoGain2, "")
         .Whole("VOFFSET2", header.VideoOffset2, "");
     if (provenance.scale) {
-        const auto& [low, high] = *provenance.scale;
+        const ScalePoint& low = provenance.scale->front();
+        const ScalePoint& high = provenance.scale->back();
         keys.Whole("COUNTLO", low.count, "counts that VALUELO stands for")
             .Number("VALUELO", static_cast<double>(low.value), "in BUNIT")
             .Whole("COUNTHI", high.count, "counts that VALUEHI stands for")
