@@ -243,12 +243,15 @@ bool FitsWriter::WriteTable()
     const auto rows = static_cast<LONGLONG>(timings_.size());
     const auto wholes = [&](int column, auto value) {
         std::vector<LONGLONG> values;
+        values.reserve(timings_.size());
         for (const FrameTiming& timing : timings_) values.push_back(static_cast<LONGLONG>(value(timing)));
         fits_write_col(fits, TLONGLONG, column, 1, 1, rows, values.data(), &status_);
     };
     const auto texts = [&](int column, auto value) {
         std::vector<std::string> values;
         std::vector<char*> pointers;
+        values.reserve(timings_.size());
+        pointers.reserve(timings_.size());
         for (const FrameTiming& timing : timings_) values.push_back(value(timing));
         for (std::string& each : values) pointers.push_back(each.data());
         fits_write_col(fits, TSTRING, column, 1, 1, rows, pointers.data(), &status_);
