@@ -3,6 +3,7 @@
 #include "batch/batch_end.h"
 #include "batch/batch_progress.h"
 #include "batch/command_words.h"
+#include "batch/stream_file.h"
 #include "platform/standard_streams.h"
 #include "platform/text.h"
 
@@ -28,9 +29,10 @@ const CommandOption* OptionOf(std::string_view word, std::string_view name)
 }
 
 // Empty, or why it names no file.
-std::string WhyNoFile(const std::string& argument)
+std::string WhyNoFile(const std::string& argument, std::string_view word)
 {
-    if (argument == "-") return std::string(kNoStream);
+    const CommandWord* const command = CommandOf(word);
+    if (argument == kStreamName && !(command && command->takesStreams)) return std::string(kNoStream);
     return argument.empty() ? "an empty name names no file" : "";
 }
 
@@ -87,7 +89,7 @@ BatchArguments TakeApart(std::span<const std::string> arguments, std::string_vie
         } else if (!onlyFiles && argument.size() > 1 && argument.front() == '-') {
             taken.error = TakeOption(arguments, i, word, taken);
         } else {
-            taken.error = WhyNoFile(argument);
+            taken.error = WhyNoFile(argument, word);
             taken.files.push_back(argument);
         }
     }

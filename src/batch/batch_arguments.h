@@ -27,8 +27,8 @@ struct BatchArguments {
 };
 // By the table of the word (batch/command_words.h), which is there. An error is: an option that the command doesn't
 // know, all that begins with a dash being one; one without its value, or with an empty one, as of a script's variable
-// that isn't set; one of two values; a file without a name. No command reads the standard input or writes a file to the
-// standard output: "-" as a file is an error too, also behind "--".
+// that isn't set; one of two values; a file without a name. Commands that read and write many places of many files take
+// no stream: "-" as a file of those is an error too, also behind "--" (CommandWord::takesStreams).
 BatchArguments TakeApart(std::span<const std::string> arguments, std::string_view word);
 
 // "-0.5:2" are two different numbers of volts. nullopt: it isn't that.

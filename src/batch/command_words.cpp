@@ -35,7 +35,7 @@ constexpr std::string_view kStatsDetails =
     "sample\n"
     "deviation, minimum and maximum with their places, saturated pixels, values outside the two sources; "
     "comma-separated,\n"
-    "with a head of lines that begin with #. The progress stands on the error stream.\n";
+    "with a head of lines that begin with #. The progress stands on the error stream. FILE - is the standard input.\n";
 
 constexpr CommandOption kRecoverOptions[] = {
     {.name = "--dry-run", .does = "tell what would be done, and do nothing"},
@@ -50,7 +50,8 @@ constexpr ExitCode kRecoverExits[] = {
 constexpr CommandOption kInfoOptions[] = {kJson};
 constexpr std::string_view kInfoDetails =
     "Size, frames, rate, integration time, times, the sources of the calibration, and what the journal FILE.frames\n"
-    "tells: how it ended, camera and set, every gap. Times of frames are UTC; the header's is local time.\n";
+    "tells: how it ended, camera and set, every gap. Times of frames are UTC; the header's is local time.\n"
+    "FILE - is the standard input.\n";
 constexpr ExitCode kTellsOrNot[] = {
     {0, "all is told"},
     {2, "a file couldn't be read: the error stream tells why"},
@@ -100,7 +101,9 @@ constexpr CommandOption kExportOptions[] = {
     {.name = "--json", .does = "tell on the standard output what was made"},
 };
 constexpr std::string_view kExportDetails =
-    "The progress stands on the error stream; Ctrl+C finishes the frame and closes the file.\n";
+    "The progress stands on the error stream; Ctrl+C finishes the frame and closes the file. IN - is the standard "
+    "input,\n"
+    "OUT - the standard output: one file, without the JSON beside an array.\n";
 constexpr ExitCode kExportExits[] = {
     {0, "it is done"},
     {1, "it was stopped, and OUT has the frames up to there"},
@@ -146,13 +149,15 @@ constexpr CommandWord kWords[] = {
      .does = "tell what image files and recorded sequences are",
      .options = kInfoOptions,
      .details = kInfoDetails,
-     .exits = kTellsOrNot},
+     .exits = kTellsOrNot,
+     .takesStreams = true},
     {.word = "stats",
      .operands = "FILE",
      .does = "measure regions in each frame of a file",
      .options = kStatsOptions,
      .details = kStatsDetails,
-     .exits = kTellsOrNot},
+     .exits = kTellsOrNot,
+     .takesStreams = true},
     {.word = "recover",
      .operands = "FILE...",
      .does = "make whole what a recording left that was cut short",
@@ -170,7 +175,8 @@ constexpr CommandWord kWords[] = {
      .does = "write frames for other programs",
      .options = kExportOptions,
      .details = kExportDetails,
-     .exits = kExportExits},
+     .exits = kExportExits,
+     .takesStreams = true},
     {.word = "calibrate",
      .operands = {},
      .does = "make a calibration set of stored raw frames",

@@ -27,6 +27,7 @@ struct CommandWord {
     std::span<const CommandOption> options;
     std::string_view details;  // more to know, lines of at most 110 characters; may be empty
     std::span<const ExitCode> exits;
+    bool takesStreams = false;  // "-" is the standard input, as the name of the result the standard output
 };
 
 std::span<const CommandWord> CommandWords();

@@ -6,6 +6,7 @@
 #include "batch/cut_command.h"
 #include "batch/export_traces.h"
 #include "batch/picture_arguments.h"
+#include "batch/stream_file.h"
 #include "export/export_formats.h"
 #include "export/export_job.h"
 #include "platform/json_text.h"
@@ -28,6 +29,26 @@ namespace {
 constexpr std::string_view kWord = "export";
 constexpr int kBatchStopped = 1;
 constexpr std::string_view kTwoFiles = "a file of frames and the name of the new file are needed";
+
+constexpr std::string_view kOneFile = "one file goes to the standard output: one region, and as png one frame";
+constexpr std::string_view kOneResult = "--json tells of a file: it doesn't go with the standard output";
+
+// What stands in place of streams while the command works.
+struct Streams {
+    std::optional<StreamFile> input;
+    std::optional<StreamFile> output;
+};
+
+// False with the reason in why.
+bool TakeStreams(std::string& in, std::string& out, std::string_view ending, Streams& streams, std::string& why)
+{
+    if (out == kStreamName) {
+        streams.output = StreamFile::ForOutput(ending, why);
+        if (!streams.output) return false;
+        out = streams.output->Path();
+    }
+    return StreamFile::TakeInput(in, streams.input, why);
+}
 
 struct Wish {
     ExportRequest request;
@@ -92,7 +113,9 @@ std::optional<Wish> WishOf(const BatchArguments& taken, std::string& why)
         wish.request.form = *form;
         wish.request.first = range->first;
         wish.request.end = range->second;
-        return wish;
+        if (taken.files[1] != kStreamName) return wish;
+        if (!wish.json && wish.outs == std::vector<std::string>{std::string(kStreamName)}) return wish;
+        why = wish.json ? kOneResult : kOneFile;
     }
     return std::nullopt;
 }
@@ -155,7 +178,8 @@ std::optional<TracesWish> TracesWishOf(const BatchArguments& taken, std::string&
         std::optional<NamedRegions> named = text ? ReadNamedRegions(*text, why) : NamedRegions{};
         if (!named) return std::nullopt;
         wish.regions = std::move(named->regions);
-        return wish;
+        if (taken.files[1] != kStreamName || !taken.Has("--json")) return wish;
+        why = kOneResult;
     }
     return std::nullopt;
 }
@@ -163,10 +187,12 @@ std::optional<TracesWish> TracesWishOf(const BatchArguments& taken, std::string&
 int TracesCommand(const BatchArguments& taken)
 {
     std::string why;
-    const std::optional<TracesWish> wish = TracesWishOf(taken, why);
-    if (!wish) return TellBatchFailure(kWord, why);
+    std::optional<TracesWish> wish = TracesWishOf(taken, why);
+    Streams streams;
+    if (!wish || !TakeStreams(wish->in, wish->out, ".csv", streams, why)) return TellBatchFailure(kWord, why);
     std::int64_t frames = 0;
     if (const auto failure = ExportTraces(*wish, frames)) return TellBatchFailure(kWord, *failure);
+    if (streams.output) return streams.output->Deliver(why) ? kBatchDone : TellBatchFailure(kWord, why);
     JsonText told;
     told.Text("file", wish->out).Text("format", "csv").Text("form", "traces").Text("unit", "Counts");
     told.Whole("frames", frames).Truth("stopped", false);
@@ -181,8 +207,11 @@ int ExportCommand(std::span<const std::string> arguments)
     std::string why;
     const BatchArguments taken = TakeApart(arguments, kWord);
     if (taken.Has("--traces")) return TracesCommand(taken);
-    const std::optional<Wish> wish = WishOf(taken, why);
-    if (!wish) return TellBatchFailure(kWord, why);
+    std::optional<Wish> wish = WishOf(taken, why);
+    Streams streams;
+    const bool isReady =
+        wish && TakeStreams(wish->request.path, wish->outs.front(), NamesOf(wish->format).extension, streams, why);
+    if (!isReady) return TellBatchFailure(kWord, why);
     std::optional<ExportSource> source = ExportSource::Open(wish->request, why);
     if (!source) return TellBatchFailure(kWord, why);
 
@@ -191,6 +220,10 @@ int ExportCommand(std::span<const std::string> arguments)
         options = PictureOptionsOf(wish->picture, source->Description().provenance, why);
     }
     if (!options) return TellBatchFailure(kWord, why);
+
+    if (streams.output && NamesOf(wish->format).format == ExportFormat::kPng && source->Description().frames > 1) {
+        return TellBatchFailure(kWord, kOneFile);
+    }
 
     BatchProgress shown(kWord);
     std::vector<std::unique_ptr<FrameSink>> sinks;
@@ -203,6 +236,7 @@ int ExportCommand(std::span<const std::string> arguments)
     });
     if (!outcome.failure.empty()) return TellBatchFailure(kWord, outcome.failure);
     if (wish->json) std::fputs(JsonOf(*wish, *source, outcome).c_str(), stdout);
+    if (streams.output && outcome.frames > 0 && !streams.output->Deliver(why)) return TellBatchFailure(kWord, why);
     if (!outcome.stopped) return kBatchDone;
     AnswerInterrupt();
     return TellStopped(*source, outcome);

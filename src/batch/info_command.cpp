@@ -4,6 +4,7 @@
 #include "batch/batch_end.h"
 #include "batch/batch_progress.h"
 #include "batch/gap_report.h"
+#include "batch/stream_file.h"
 #include "platform/clock.h"
 #include "platform/json_text.h"
 #include "platform/text.h"
@@ -233,13 +234,15 @@ int InfoCommand(std::span<const std::string> arguments)
     if (!taken.error.empty()) return TellBatchFailure(kWord, taken.error);
     if (taken.files.empty()) return TellBatchFailure(kWord, "no file was named");
     int code = kBatchDone;
-    for (const std::string& path : taken.files) {
+    for (std::string path : taken.files) {
+        std::string why;
+        std::optional<StreamFile> input;
+        if (!StreamFile::TakeInput(path, input, why)) return TellBatchFailure(kWord, why);
         BatchProgress progress(kWord, "looking through " + Printable(path));
         const auto goesOn = [&progress](std::int64_t done, std::int64_t all) {
             if (done > 0) progress.Show(done, all);
             return !Interrupted();
         };
-        std::string why;
         const std::optional<StoredFrames> frames = StoredFrames::Open(path, why, goesOn);
         EndProgressLine();
         if (Interrupted()) return TellBatchFailure(kWord, kInterrupted);

@@ -6,6 +6,7 @@
 #include "batch/batch_progress.h"
 #include "batch/cut_command.h"
 #include "batch/info_command.h"
+#include "batch/stream_file.h"
 #include "calib/set_bad_detectors.h"
 #include "display/units.h"
 #include "imagefile/stored_frames.h"
@@ -347,6 +348,9 @@ int StatsCommand(std::span<const std::string> arguments)
 {
     Request request;
     Failure failure = ReadRequest(TakeApart(arguments, kWord), request);
+    std::string why;
+    std::optional<StreamFile> input;
+    if (!failure && !StreamFile::TakeInput(request.file, input, why)) failure = why;
     if (!failure) failure = Stats(request);
     return failure ? TellBatchFailure(kWord, *failure) : kBatchDone;
 }

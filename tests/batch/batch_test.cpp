@@ -69,7 +69,7 @@ TEST(Batch, NothingIsLeftAsideWithoutAWord)
     EXPECT_EQ(Taken({"--bad", "", "a"}, "stats").error, "--bad needs a value");
     EXPECT_EQ(Taken({""}, "info").error, "an empty name names no file");
     EXPECT_EQ(Taken({"--", ""}, "info").error, "an empty name names no file");
-    EXPECT_THAT(Taken({"--", "-"}, "info").error, HasSubstr("- names no file"));
+    EXPECT_THAT(Taken({"--", "-"}, "cut").error, HasSubstr("- names no file"));
     EXPECT_THAT(Taken({"--json", "--json"}, "info").error, IsEmpty());
 }
 

@@ -179,7 +179,7 @@ class Stats(unittest.TestCase):
     def test_what_is_refused(self):
         (OUT / "plain.seq").write_bytes(sequence(self.frames[:1], calibrated=False))
         (OUT / "bad.regions").write_text("{]")
-        for arguments, text in [([], "one file is needed"), (["run.seq", "run.seq"], "one file is needed"), (["-"], "- names no file"), (["none.seq"], "none.seq can't be opened"),
+        for arguments, text in [([], "one file is needed"), (["run.seq", "run.seq"], "one file is needed"), (["none.seq"], "none.seq can't be opened"),
                                 (["two.regions"], "two.regions isn't an image file"), (["run.seq", "--frames=150:"], "run.seq has 150 frames: there are none of that range"),
                                 (["run.seq", "--frames=x"], "--frames A:B says which frames"), (["run.seq", "--rectangle=1,2,3"], "--rectangle LEFT,TOP,RIGHT,BOTTOM"),
                                 (["run.seq", "--rectangle=1,2,3,4,5"], "--rectangle LEFT"), (["run.seq", "--rectangle=-1,2,3,4"], "--rectangle LEFT"), (["run.seq", "--rectangle=1,2,3,99999"], "--rectangle LEFT"),
