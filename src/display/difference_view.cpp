@@ -11,7 +11,9 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -27,6 +29,7 @@ struct Picture {
     std::int32_t calType = 0;
     // Of the calibration: another one has measured others.
     std::array<std::int32_t, 2> intensities{};
+    std::size_t coefficients = 0;
 };
 
 struct Difference {
@@ -42,14 +45,38 @@ const StateNames kStateNames{
     {"DifferenceSource", [] { return StateValue{difference.source}; }},
 };
 
+struct Coefficients {
+    std::optional<std::uint32_t> version{};  // CalibrationListsVersion
+    std::size_t hash = 0;
+};
+Coefficients coefficients;
+
+// Tells offsets and gains from others: a new run of the same sources measures others. Bad pixels are chosen without.
+std::size_t CoefficientsInForce()
+{
+    if (coefficients.version != CalibrationListsVersion) {
+        const auto bytes = [](const auto& list) {
+            const auto values = std::as_bytes(std::span(list));
+            return std::string_view(reinterpret_cast<const char*>(values.data()), values.size());
+        };
+        const std::hash<std::string_view> hash;
+        coefficients = {CalibrationListsVersion, hash(bytes(OffsetList)) ^ (hash(bytes(GainList)) * 31)};
+    }
+    return coefficients.hash;
+}
+
 Picture PictureInForce()
 {
     Picture picture{.camera = ActiveCamera,
                     .size = {ActiveConfig.Hroi, ActiveConfig.Vroi},
                     .orientation = {MirrorHoriz, MirrorVert, RotateCCW},
                     .calType = CalType,
-                    .intensities = {}};
-    if (CalType != 0) picture.intensities = {IntensityCold, IntensityHot};
+                    .intensities = {},
+                    .coefficients = 0};
+    if (CalType != 0) {
+        picture.intensities = {IntensityCold, IntensityHot};
+        picture.coefficients = CoefficientsInForce();
+    }
     return picture;
 }
 
@@ -62,7 +89,9 @@ std::string_view WhyUnfit()
     if (then.camera != now.camera) return "the camera is another one now";
     if (then.size != now.size) return "the frames have another size now";
     if (then.orientation != now.orientation) return "the picture lies another way now";
-    if (then.calType != now.calType || then.intensities != now.intensities) return "the correction is another one now";
+    const bool isCorrectedAlike =
+        then.calType == now.calType && then.intensities == now.intensities && then.coefficients == now.coefficients;
+    if (!isCorrectedAlike) return "the correction is another one now";
     return {};
 }
 
@@ -150,6 +179,7 @@ std::string DifferenceText(std::int32_t count, std::int32_t reference, std::int3
 void ResetDifferenceView()
 {
     difference = {};
+    coefficients = {};
 }
 
 }  // namespace kelvo

@@ -419,7 +419,7 @@ void LeaveOut(HWND dialog)
 
 void BeginLive(HWND dialog)
 {
-    if (DialogInFront()) {  // which may take frames of the board itself
+    if (ModalIsOpen()) {  // which may take frames of the board itself
         Refuse(dialog, kLive, "Not while another dialog waits: leave that one first.");
         return;
     }

@@ -182,6 +182,7 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdHistogram, "&Histogram...\tShift+F8", kHelpHistogram, "histogram"),
     Item(kCmdLinePlot, "&Line plot...", kHelpLinePlot),
     Item(kCmdTraces, "&Traces...", kHelpTraces),
+    Item(kCmdNoise, "&Noise...", kHelpNoise),
     Board(Item(kCmdImageMath, "&Image math...", kHelpImageMath)),
     kLine,
     Submenu("&Scripts"),
@@ -191,7 +192,6 @@ inline constexpr CommandRow kAll[] = {
     kLine,
     List(kCmdScriptFirst),
     kSubmenuEnd,
-    Item(kCmdNoise, "&Noise...", kHelpNoise),
 
     Top("&View"),
     Item(kCmdViewGoToFrame, "&Go to frame...\tCtrl+G"),

@@ -141,6 +141,27 @@ TEST_F(DifferenceView, EndsWithAReasonWhereThePictureIsAnotherOne)
     EXPECT_EQ(EndUnfitDifference(), "The difference is off: the camera is off.");
 }
 
+TEST_F(DifferenceView, EndsWithANewRunOfTheSameSources)
+{
+    write::cal.CalType = 2;
+    write::cal.OffsetList = {1, 2, 3, 4, 5, 6};
+    write::cal.GainList = {1, 1, 1, 1, 1, 1};
+    CalibrationListsChanged();
+    ASSERT_TRUE(BeginDifference(reference_, "", 100));
+    write::cal.DecomList = {0, 0, 2, 3, 4, 5};  // a bad pixel is replaced
+    CalibrationListsChanged();
+    EXPECT_EQ(EndUnfitDifference(), "");
+    EXPECT_TRUE(DifferenceOnView());
+    write::cal.GainList[4] = 1.25F;
+    CalibrationListsChanged();
+    EXPECT_FALSE(DifferenceOnView());
+    EXPECT_EQ(EndUnfitDifference(), "The difference is off: the correction is another one now.");
+    ASSERT_TRUE(BeginDifference(reference_, "", 100));
+    write::cal.OffsetList[0] = 0;
+    CalibrationListsChanged();
+    EXPECT_EQ(EndUnfitDifference(), "The difference is off: the correction is another one now.");
+}
+
 TEST_F(DifferenceView, KeepsTheFormerOneWhereItCantBegin)
 {
     ASSERT_TRUE(BeginDifference(reference_, "former", 100));

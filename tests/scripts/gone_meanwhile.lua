@@ -148,26 +148,22 @@ case("difference: the file is cut", difference_to("even.img"), function()
   files.write(at("even.img"), readfile(at("even.img")):sub(1, 600))
 end, ok, "even.img")
 
--- ---- Traces: a window in front, or beside the main one
+-- ---- Traces
 
-local function in_traces(call, ...)
-  if dialog() == "TRACES" then return call(...) end
-  return call("TRACES", ...)
-end
 local function traces()
   view_three()
   command(2240)
 end
-local function trace() in_traces(press, 22403) end
-local function close_traces() in_traces(press, 2) end
+local function trace() press("TRACES", 22403) end
+local function close_traces() press("TRACES", 2) end
 case("traces: the file has gone", traces, function() remove("three.seq") end, trace, "file on view", close_traces)
 case("traces: the file is another one", traces, function() files.write(at("three.seq"), "no image") end, trace, "file on view", close_traces)
 make("target")
 case("traces: the folder has gone", function()
   traces()
   trace()
-  check.eq(in_traces(text, 22408), "3")
-  in_traces(press, 1606)
+  check.eq(text("TRACES", 22408), "3")
+  press("TRACES", 1606)
 end, function() remove("target") end, function() choose(at("target/trace.csv")) end, "Path does not exist.", close_traces)
 
 -- ---- Regions

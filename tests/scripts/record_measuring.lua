@@ -90,23 +90,19 @@ press(22206)
 command(140)
 nothing_in_front("difference")
 
--- ---- Traces: live, its plot and its file; a window in front, or beside the main one
+-- ---- Traces: live, its plot and its file
 
-local function in_traces(call, ...)
-  if dialog() == "TRACES" then return call(...) end
-  return call("TRACES", ...)
-end
 command(2240)
-in_traces(press, 22401)
+press("TRACES", 22401)
 frames(50)
-in_traces(press, 22402)
-assert(tonumber(in_traces(text, 22408)) > 20)
-in_traces(pick, 22404, 1)
-in_traces(pick, 22405, 4)
-in_traces(pick, 22405, 0)
-in_traces(press, 1606)
+press("TRACES", 22402)
+assert(tonumber(text("TRACES", 22408)) > 20)
+pick("TRACES", 22404, 1)
+pick("TRACES", 22405, 4)
+pick("TRACES", 22405, 0)
+press("TRACES", 1606)
 choose(at("trace.csv"))
-in_traces(press, 2)
+press("TRACES", 2)
 nothing_in_front("traces")
 
 -- ---- Plots
