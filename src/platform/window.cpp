@@ -12,6 +12,7 @@
 #include <QElapsedTimer>
 #include <QFontMetrics>
 #include <QMenuBar>
+#include <QResizeEvent>
 #include <QScreen>
 #include <QThread>
 #include <QWindow>
@@ -168,7 +169,8 @@ void PutFrame(QWidget& widget, const Rect& area)
     widget.move(area.right - widget.frameGeometry().width(), area.top);
 }
 
-// The desktop tells the size of a frame some time after the window was shown. From then on the place is the operator's.
+// The desktop tells the size of a frame some time after the window was shown. From then on the place is the operator's,
+// but what grows within the area stays within it: a text that is longer than its field makes a dialog wider.
 class FrameWatch : public QObject {
   public:
     FrameWatch(QWidget& widget, const Rect& area) : QObject(&widget), widget_(widget), area_(area)
@@ -179,6 +181,7 @@ class FrameWatch : public QObject {
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override
     {
+        if (event->type() == QEvent::Resize && !isPlacing_) StayWithin(static_cast<const QResizeEvent&>(*event));
         const QSize frame = widget_.frameGeometry().size() - widget_.size();
         if (widget_.isVisible() && frame != frame_ && !isPlacing_) {
             frame_ = frame;
@@ -190,6 +193,17 @@ class FrameWatch : public QObject {
     }
 
   private:
+    void StayWithin(const QResizeEvent& resize)
+    {
+        const QRect now = widget_.frameGeometry();
+        const int end = now.x() + now.width();
+        const int grown = resize.size().width() - resize.oldSize().width();
+        if (end <= area_.right || end - grown > area_.right) return;
+        isPlacing_ = true;
+        widget_.move(now.x() - (end - area_.right), now.y());
+        isPlacing_ = false;
+    }
+
     QWidget& widget_;
     Rect area_;
     QSize frame_{0, 0};

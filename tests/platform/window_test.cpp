@@ -72,10 +72,19 @@ TEST(DockedWindow, ItsFrameLiesInsideTheArea)
     EXPECT_EQ(frame.top(), area.top);
     EXPECT_EQ(frame.x() + frame.width(), area.right);
     EXPECT_EQ(dialog.size(), QSize(300, 200));
-    // From now on its place is the operator's.
+    // A longer text makes it wider, to the left then.
+    dialog.resize(321, 200);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(dialog.frameGeometry().x() + dialog.frameGeometry().width(), area.right);
+    EXPECT_EQ(dialog.frameGeometry().top(), area.top);
+    // From now on its place is the operator's, also one beyond the area.
     dialog.move(200, 300);
     QCoreApplication::processEvents();
     EXPECT_EQ(dialog.pos(), QPoint(200, 300));
+    dialog.move(700, 300);
+    dialog.resize(340, 200);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(dialog.pos(), QPoint(700, 300));
     ForgetWindow(window);
 }
 
