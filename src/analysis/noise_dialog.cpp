@@ -80,12 +80,11 @@ NoiseLayout LayoutIn(HWND area, const NoiseMeasurement& measured)
 void PaintScale(HWND area, const Rect& bar, const NoiseRange& range, std::span<const std::uint32_t> colors,
                 std::string_view unit)
 {
-    constexpr int kBelow = 2;
     DeviceBitmap strip{.width = 1, .height = static_cast<int>(colors.size()), .pixels = {}};
     strip.pixels.assign(colors.rbegin(), colors.rend());  // the last colour on top
     StretchPixels(area, bar, strip);
     const int line = TextLineHeight(area);
-    DrawTextLine(area, bar.left, bar.bottom + kBelow, std::string(unit), TextAlign::kLeft, kInk, kGround);
+    DrawTextLine(area, bar.left, bar.bottom + line / 2, std::string(unit), TextAlign::kLeft, kInk, kGround);
     for (const ScaleTick& tick : PlaceScaleTicks(LineOf(range), bar.top, bar.bottom, line)) {
         FillSurface(area, {bar.right, tick.y, bar.right + kTickLength, tick.y + 1}, kInk);
         DrawTextLine(area, bar.right + kTickLength + 3, tick.y - line / 2, tick.label, TextAlign::kLeft, kInk, kGround);

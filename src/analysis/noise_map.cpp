@@ -185,9 +185,10 @@ DeviceBitmap NoisePicture(std::span<const float> values, std::int32_t columns, c
 NoiseLayout LayOutNoise(const Rect& area, std::int32_t columns, std::int32_t rows, int scaleWidth, int lineHeight)
 {
     const int room = area.Width() - kBarGap - kBarWidth - scaleWidth;
-    if (columns < 1 || rows < 1 || room < 1 || area.Height() < 1) return {};
-    const double scale =
-        std::min(static_cast<double>(room) / columns, static_cast<double>(area.Height() - lineHeight) / rows);
+    if (columns < 1 || rows < 1 || room < 1 || area.Height() <= 3 * lineHeight) return {};
+    // Below the bar the unit has a line of its own, and half of one is the lowest tick's.
+    const double tall = area.Height() - 3 * lineHeight;
+    const double scale = std::min(static_cast<double>(room) / columns, tall / rows);
     // Whole blocks where little is lost by them, so that all pixels are alike.
     const double zoom = scale >= kWholeBlocks ? std::floor(scale) : scale;
     const int width = std::max(static_cast<int>(zoom * columns), 1);

@@ -2,11 +2,12 @@
 #include "record/live_trace.h"
 
 #include "grabber/recording.h"
-#include "pixel/bad_pixels_write.h"
 #include "platform/clock.h"
+#include "platform/files.h"
 #include "platform/memory.h"
 #include "record/recorder_fixture.h"
 #include "record/what_records.h"
+#include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
 #include "state/frame_state_write.h"
 
@@ -98,10 +99,8 @@ TEST_F(LiveTraceTest, CorrectsAsTheLivePictureDoes)
 
 TEST_F(LiveTraceTest, LeavesOutWhatTheCameraKnowsToBe)
 {
-    write::badPixels.BadDetList.assign(kPixels, 0);
-    write::badPixels.BadDetList[10 * 320 + 30] = 1;
-    write::badPixels.BadDetList[20 * 320 + 50] = 1;
-    write::badPixels.BadDetList[0] = 1;  // not in the region
+    write::calSet.CalSettings.BadDetFile = directory / "run.bad";
+    ASSERT_TRUE(ReplaceFile(CalSettings.BadDetFile, "30,10\n50,20\n0,0\n"));  // the last one isn't in the region
     std::string why;
     ASSERT_TRUE(StartLiveTrace(OneRegion(), why, BadPixels::kLeftOut)) << why;
     GoBehind(3);
