@@ -34,5 +34,7 @@ ListMarks MarkListed(BadDetMap& map, std::int32_t columns, const std::string& pa
 std::optional<BadDetMap> ListedInForce(std::string& why);
 // And those whose detectors have no gain, where gains are in force.
 std::optional<BadDetMap> BadDetectorsInForce(std::string& why);
+// Why is what they leave empty: "The list of bad detectors isn't there."
+inline constexpr std::string_view kNoListInForce = "The list of bad detectors isn't there.";
 
 }  // namespace kelvo

@@ -1,7 +1,7 @@
 #include "record/live_trace.h"
 
 #include "grabber/recording.h"
-#include "pixel/bad_pixels.h"
+#include "pixel/bad_marks.h"
 #include "platform/text.h"
 #include "record/live_video.h"
 #include "record/recording_head.h"
@@ -9,7 +9,6 @@
 #include "regions/trace_unit.h"
 #include "state/camera_config.h"
 #include "state/head_state.h"
-#include "viewing/fitted_contrast.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -147,9 +146,13 @@ bool StartLiveTrace(std::span<const Region> regions, std::string& why, BadPixels
         why = "No camera is on.";
         return false;
     }
-    std::optional<RegionCounts> counts =
-        RegionCounts::Make(regions, ActiveConfig.Hroi, ActiveConfig.Vroi, why,
-                           bad == BadPixels::kLeftOut ? BadPixelsOnView() : BadDetMap());
+    std::optional<BadDetMap> marks = BadDetMap();
+    if (bad == BadPixels::kLeftOut) marks = BadDetectorsInForce(why);
+    if (!marks) {
+        if (why.empty()) why = kNoListInForce;
+        return false;
+    }
+    std::optional<RegionCounts> counts = RegionCounts::Make(regions, ActiveConfig.Hroi, ActiveConfig.Vroi, why, *marks);
     if (!counts) return false;
     Trace fresh{.origin = OriginOfLive()};
     if (bad == BadPixels::kLeftOut) fresh.origin.emplace_back("bad pixels", "left out: those that the camera knows");

@@ -23,9 +23,9 @@ namespace kelvo {
 enum class BadPixels { kMeasured, kLeftOut };
 
 // Live video begins where it doesn't run. False, and what was traced before stands, with why: no camera is on, live
-// traces run already, there is no region, one lies outside of the picture or has but bad pixels, memory is refused.
-// Where there is no camera a box has told it too. kLeftOut: pixels that the camera's map and gains say to be bad now
-// (viewing/fitted_contrast.h: BadPixelsOnView) aren't measured.
+// traces run already, there is no region, one lies outside of the picture or has but bad pixels, the list of bad
+// detectors can't be read, memory is refused. Where there is no camera a box has told it too. kLeftOut: pixels that
+// list and gains say to be bad now (pixel/bad_marks.h, BadDetectorsInForce) aren't measured.
 bool StartLiveTrace(std::span<const Region> regions, std::string& why, BadPixels bad = BadPixels::kMeasured);
 // What has come by now belongs to it. Nothing happens where none runs.
 void StopLiveTrace();

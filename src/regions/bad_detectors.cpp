@@ -2,6 +2,7 @@
 
 #include "calib/set_bad_detectors.h"
 #include "grabber/frame_size.h"
+#include "pixel/bad_marks.h"
 #include "state/frame_state.h"
 #include "state/state_registry.h"
 #include "viewing/fitted_contrast.h"
@@ -78,7 +79,12 @@ const BadDetMap& BadDetectorsOnView()
 
 std::string WhyNoneIsLeftOut()
 {
-    if (!LeaveBadDetectorsOut || !ViewingFile) return {};
+    if (!LeaveBadDetectorsOut || !(ViewingFile || CameraOn)) return {};
+    if (!ViewingFile) {
+        std::string why;
+        const bool isKnown = BadDetectorsInForce(why).has_value();
+        return isKnown || !why.empty() ? why : std::string(kNoListInForce);
+    }
     if (BadDetectorSet.empty()) return "A file doesn't tell of bad detectors: name the set that it was made with.";
     return SetForView(BadDetectorSet).why;
 }

@@ -100,7 +100,7 @@ TEST_F(LiveTraceTest, CorrectsAsTheLivePictureDoes)
 TEST_F(LiveTraceTest, LeavesOutWhatTheCameraKnowsToBe)
 {
     write::calSet.CalSettings.BadDetFile = directory / "run.bad";
-    ASSERT_TRUE(ReplaceFile(CalSettings.BadDetFile, "30,10\n50,20\n0,0\n"));  // the last one isn't in the region
+    ASSERT_TRUE(ReplaceFile(CalSettings.BadDetFile, "10,30\n20,50\n0,0\n"));  // the last one isn't in the region
     std::string why;
     ASSERT_TRUE(StartLiveTrace(OneRegion(), why, BadPixels::kLeftOut)) << why;
     GoBehind(3);
@@ -114,6 +114,17 @@ TEST_F(LiveTraceTest, LeavesOutWhatTheCameraKnowsToBe)
     double sum = -counts.front() - counts.back();  // the region's first and last pixel
     for (const double count : counts) sum += count;
     EXPECT_DOUBLE_EQ(line.points[1].mean, sum / (21 * 11 - 2));
+}
+
+TEST_F(LiveTraceTest, TakesNoBadPixelForAGoodOneWhereTheListIsGone)
+{
+    write::calSet.CalSettings.BadDetFile = directory / "gone.bad";
+    std::string why;
+    EXPECT_FALSE(StartLiveTrace(OneRegion(), why, BadPixels::kLeftOut));
+    EXPECT_EQ(why, "The list of bad detectors isn't there.");
+    EXPECT_FALSE(LiveTraceRuns());
+    EXPECT_TRUE(StartLiveTrace(OneRegion(), why)) << why;
+    StopLiveTrace();
 }
 
 TEST_F(LiveTraceTest, GoesOnThroughARecording)

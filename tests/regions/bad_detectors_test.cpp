@@ -1,6 +1,8 @@
 #include "regions/bad_detectors.h"
 
 #include "imagefile/header_write.h"
+#include "state/cal_settings_write.h"
+#include "state/camera_config_write.h"
 #include "state/frame_state_write.h"
 #include "support/temp_directory.h"
 
@@ -12,6 +14,7 @@
 namespace kelvo {
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -48,6 +51,21 @@ TEST(BadDetectorSet, AnswersForAFileOnViewOnceItIsNamed)
     write::file.ImageHeader.ImageWidth = 4;  // another file
     EXPECT_THAT(BadDetectorsOnView(), IsEmpty());
     EXPECT_THAT(WhyNoneIsLeftOut(), HasSubstr("another size"));
+}
+
+TEST(BadDetectorSet, IsTheListInForceForTheCamerasPicture)
+{
+    TempDirectory directory;
+    write::frames.CameraOn = 1;
+    write::camera.ActiveConfig.Hroi = 3;
+    write::camera.ActiveConfig.Vroi = 2;
+    write::calSet.CalSettings.BadDetFile = directory / "run.bad";
+    ChooseBadDetectors(true);
+    EXPECT_EQ(WhyNoneIsLeftOut(), "The list of bad detectors isn't there.");
+    EXPECT_THAT(BadDetectorsOnView(), Each(0));
+    PutFile(CalSettings.BadDetFile, "0,1\n");
+    EXPECT_THAT(WhyNoneIsLeftOut(), IsEmpty());
+    EXPECT_THAT(BadDetectorsOnView(), ElementsAre(0, 1, 0, 0, 0, 0));
 }
 
 }  // namespace
