@@ -1,6 +1,7 @@
 -- Regions by window, keys, mouse and script: what they measure is worked out from pixel() alone.
 local tick = check
 local check = require "check"
+local pixel_mouse = require "pixel_mouse"
 
 local kRegions = 2210
 local kTable, kDraw, kAdd, kRemove, kName, kEmissivity, kReflected = 22101, 22103, 22104, 22105, 22106, 22107, 22108
@@ -147,18 +148,7 @@ check.eq(#regions(), 2)
 command(2041)
 for _ = 1, 9 do key("+") end
 check.eq(state("Xzoom"), 10)
-local function place_of(x, y)
-  local view, block = state("ViewPosition"), state("Xzoom")
-  return x * block + (block - 1) // 2 - view[1], state("PanelHeight") + y * block + (block - 1) // 2 - view[2]
-end
-local function drag(x1, y1, x2, y2)
-  local x, y = place_of(x1, y1)
-  mouse(x, y, "left down")
-  mouse(x + 3, y + 3)
-  x, y = place_of(x2, y2)
-  mouse(x, y)
-  mouse(x, y, "left up")
-end
+local place_of, drag = pixel_mouse.place, pixel_mouse.drag
 regions {}
 pick("regions", kDraw, 2)
 drag(10, 5, 20, 15)

@@ -2,6 +2,7 @@
 -- time the figures are those of the pixels that are there, and what is refused changes nothing.
 local tick = check
 local check = require "check"
+local pixel_mouse = require "pixel_mouse"
 local files = require "files"
 
 local kTable, kDraw, kAdd, kRemove, kName, kMessage, kLoad, kSave = 22101, 22103, 22104, 22105, 22106, 22120, 22118, 22119
@@ -71,18 +72,7 @@ expect({ 0, 21, 3, 21 })
 
 command(2041)
 for _ = 1, 9 do key("+") end
-local function place_of(x, y)
-  local view, block = state("ViewPosition"), state("Xzoom")
-  return x * block + (block - 1) // 2 - view[1], state("PanelHeight") + y * block + (block - 1) // 2 - view[2]
-end
-local function drag(x1, y1, x2, y2)
-  local x, y = place_of(x1, y1)
-  mouse(x, y, "left down")
-  mouse(x + 3, y + 3)
-  x, y = place_of(x2, y2)
-  mouse(x, y)
-  mouse(x, y, "left up")
-end
+local place_of, drag = pixel_mouse.place, pixel_mouse.drag
 regions {}
 pick("regions", kDraw, 1)
 drag(50, 30, 75, 10)

@@ -1,6 +1,7 @@
 -- Traces of the picture: of a file, against what stands in it, and of live video, beside a recording and alone; the plot's figures, the file, each way out.
 local script_text, script_press, script_pick, script_set, script_enabled = text, press, pick, set, enabled
 local check = require "check"
+local figures_file = require "figures_file"
 local files = require "files"
 local video = require "video"
 
@@ -18,20 +19,7 @@ local function pick(id, index) script_pick("TRACES", id, index) end
 local function set(id, typed) script_set("TRACES", id, typed) end
 local function enabled(id) return script_enabled("TRACES", id) end
 local function buttons() return { enabled(kLive), enabled(kStop), enabled(kFile), enabled(kSave) } end
--- The rows of a file of figures, each a list of its fields; the lines before them.
-local function figures_in(name)
-  local rows, notes = {}, {}
-  for line in readfile(at(name)):gmatch("[^\n]+") do
-    if line:sub(1, 1) == "#" then
-      notes[#notes + 1] = line
-    else
-      local fields = {}
-      for field in (line .. ","):gmatch("([^,]*),") do fields[#fields + 1] = field end
-      rows[#rows + 1] = fields
-    end
-  end
-  return rows, table.concat(notes, "\n")
-end
+local function figures_in(name) return figures_file.read(at(name)) end
 local function save(name)
   press(kSave)
   choose(at(name))

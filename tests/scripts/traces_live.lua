@@ -2,6 +2,7 @@
 -- that is refused, bad pixels left out, and a source that swings. Each figure is held against the same frame out of a recording.
 local tick = check
 local check = require "check"
+local figures_file = require "figures_file"
 local calibration = require "calibration"
 local recordings = require "recordings"
 
@@ -16,20 +17,9 @@ local function save(name)
   push(kSave)
   choose(at(name))
   check.eq({ dialog(), box() }, {})
-  local rows, notes = {}, {}
-  for line in readfile(at(name)):gmatch("[^\n]+") do
-    if line:sub(1, 1) == "#" then
-      notes[#notes + 1] = line
-    else
-      local fields = {}
-      for field in (line .. ","):gmatch("([^,]*),") do fields[#fields + 1] = field end
-      rows[#rows + 1] = fields
-    end
-  end
-  return rows, table.concat(notes, "\n")
+  return figures_file.read(at(name))
 end
--- Minimum and maximum are singles.
-local function single(value) return (string.unpack("<f", string.pack("<f", value))) end
+local single = figures_file.single
 local function go_to(frame)
   command(2000)
   set(1001, tostring(frame))

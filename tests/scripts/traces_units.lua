@@ -1,6 +1,7 @@
 -- Traces of a file in counts, volts and degrees, with and without its bad pixels: what is plotted and saved, against what stands in the file.
 local tick = check
 local check = require "check"
+local figures_file = require "figures_file"
 local files = require "files"
 
 local kFrames, kMean, kGaps, kDeviation = 22408, 22411, 22410, 22412
@@ -10,27 +11,14 @@ local kSave = 1606
 local function at(name) return datadir() .. "/" .. name end
 local function get(id) return text("TRACES", id) end
 local function push(id) press("TRACES", id) end
-local function figures_in(name)
-  local rows, notes = {}, {}
-  for line in readfile(at(name)):gmatch("[^\n]+") do
-    if line:sub(1, 1) == "#" then
-      notes[#notes + 1] = line
-    else
-      local fields = {}
-      for field in (line .. ","):gmatch("([^,]*),") do fields[#fields + 1] = field end
-      rows[#rows + 1] = fields
-    end
-  end
-  return rows, table.concat(notes, "\n")
-end
+local function figures_in(name) return figures_file.read(at(name)) end
 local function save(name)
   push(kSave)
   choose(at(name))
   check.eq({ dialog(), box() }, {})
   return figures_in(name)
 end
--- A figure that was rounded to single is the nearest one.
-local function single(value) return (string.unpack("<f", string.pack("<f", value))) end
+local single = figures_file.single
 
 -- 1000 counts at 20 degrees to 3000 at 40: 100 counts a degree. Ten frames of 6 x 4 at 25 Hz, frame n with
 -- 1200 + 10 n + 7 x + 3 y, but for a bad pixel at column 2, row 1 of 16000.
