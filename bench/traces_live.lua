@@ -44,19 +44,18 @@ local function median(values)
 end
 
 command(kTraces)
-in_front("TRACES")
 local without, with, more, traced, delivered = {}, {}, {}, 0, 0
 for round = 1, rounds do
   without[round] = cost()
-  press(kLive)
+  press("TRACES", kLive)
   local percent, frames_seen = cost()
-  press(kStop)
+  press("TRACES", kStop)
   with[round] = percent
   more[round] = percent - without[round]
-  traced = traced + tonumber((text(kFrames):match("%d+")))
+  traced = traced + tonumber((text("TRACES", kFrames):match("%d+")))
   delivered = delivered + frames_seen
 end
-press(2)
+press("TRACES", 2)
 local share = median(more)
 print(("%d x %d, %d rounds of %g s: %.1f %% of a core without, %.1f %% with 16 regions of 64 x 64 traced, %.1f %% more (less than %d); %d frames traced of %d delivered"):format(
   state("Hroi"), state("Vroi"), rounds, seconds, median(without), median(with), share, allowed, traced, delivered))

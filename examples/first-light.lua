@@ -451,16 +451,11 @@ drop(whole .. "/even.seq")
 regions { { name = "spot", x1 = 96, y1 = 64, x2 = 111, y2 = 79 }, { name = "ground", x1 = 4, y1 = 4, x2 = 35, y2 = 19 } }
 pick("panel", kUnit, 0)
 command(kTraces)
--- A dialog in front, or a window that stays open beside the main one.
-local function inTraces(call, control)
-    if dialog() == "TRACES" then return call(control) end
-    return call("TRACES", control)
-end
-inTraces(press, kTraceFile)
+press("TRACES", kTraceFile)
 wait(kMeasured)
 picture("24-traces")
 for _, extension in ipairs { "csv", "png" } do
-    inTraces(press, kSavePlot)
+    press("TRACES", kSavePlot)
     choose(whole .. "/trace." .. extension)
 end
 local means = {}
@@ -476,10 +471,10 @@ for _, mean in ipairs(means) do meanCount = meanCount + mean / #means end
 for _, mean in ipairs(means) do squares = squares + (mean - meanCount) ^ 2 end
 local figures = { ("%.3f"):format(meanCount), ("%.3f"):format(math.sqrt(squares / (#means - 1))) }
 local told = {}
-for i, control in ipairs { kTraceFrames, kTraceGaps, kTraceMean, kTraceSpread } do told[i] = inTraces(text, control):match("^%S+") end
+for i, control in ipairs { kTraceFrames, kTraceGaps, kTraceMean, kTraceSpread } do told[i] = text("TRACES", control):match("^%S+") end
 say("trace of spot: %s frames, gaps: %s; %s ±%s counts, reckoned %s ±%s", told[1], told[2], told[3], told[4], figures[1], figures[2])
 assert(tonumber(told[1]) == #means and told[3] == figures[1] and told[4] == figures[2], "trace")
-inTraces(press, kCancel)
+press("TRACES", kCancel)
 regions {}
 pick("panel", kUnit, 2)
 

@@ -132,6 +132,7 @@ void ReadLists(CalibrationSet& set, std::size_t pixels)
 
 CalibrationSet ReadSet(const std::string& calPath, std::size_t pixels)
 {
+    const HeldProfile held(calPath);  // one that fails in the midst would be a set of other keys
     CalibrationSet set;
     set.calPath = calPath;
     set.camera = GetPrivateProfileInt(kSetup, "ActiveCamera", kCameraNotNamed, calPath);

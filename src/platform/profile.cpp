@@ -58,6 +58,7 @@ struct Profile {
     std::string onDisk;    // its contents when it was last read
     std::vector<Edit> edits;
     bool told = false;  // the operator knows that it can't be written
+    int holders = 0;    // while there is one it isn't read again
 
     std::string current;                                  // onDisk with the edits
     std::unordered_map<std::string, std::string> values;  // of current, by IndexKey
@@ -132,6 +133,7 @@ void Reindex(Profile& profile)
 // Takes over what the disk holds, with the pending edits on top.
 void Refresh(const std::string& path, Profile& profile)
 {
+    if (profile.holders > 0) return;
     const DiskIdentity identity = IdentityOf(path);
     if (profile.settled && Same(identity, profile.identity)) return;
     auto contents = ReadWholeFile(path, kLargestProfile);
@@ -205,6 +207,19 @@ std::string GetPrivateProfileString(std::string_view section, std::string_view k
 bool HasProfileKey(std::string_view section, std::string_view key, std::string_view file)
 {
     return ValueOf(section, key, file) != nullptr;
+}
+
+HeldProfile::HeldProfile(std::string_view file) : path_(AbsolutePath(file))
+{
+    Profile& profile = Profiles()[path_];
+    Refresh(path_, profile);
+    ++profile.holders;
+}
+
+HeldProfile::~HeldProfile()
+{
+    const auto held = Profiles().find(path_);
+    if (held != Profiles().end() && held->second.holders > 0) --held->second.holders;
 }
 
 void WritePrivateProfileString(std::string_view section, std::string_view key, std::string_view value,

@@ -29,6 +29,19 @@ std::string GetPrivateProfileString(std::string_view section, std::string_view k
 
 bool HasProfileKey(std::string_view section, std::string_view key, std::string_view file);
 
+// All keys of a file are of one moment as long as this lives, whatever the disk does meanwhile: a set of values that
+// belong together.
+class HeldProfile {
+  public:
+    explicit HeldProfile(std::string_view file);
+    HeldProfile(const HeldProfile&) = delete;
+    HeldProfile& operator=(const HeldProfile&) = delete;
+    ~HeldProfile();
+
+  private:
+    std::string path_;
+};
+
 // Replaces the key's value, or adds the key at the end of its section, or adds the section at the end of the file. The
 // section's blank lines at its end stay behind the new key. Line ends follow the file's first line (CR LF or LF). A
 // value that reading would strip (outer blanks or quotation marks) is written in quotation marks; line ends in it

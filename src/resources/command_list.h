@@ -136,7 +136,7 @@ inline constexpr CommandRow kAll[] = {
     Board(Item(kCmdSaveBitmap, "Save &bitmap image...")),
     Board(Item(kCmdSaveTiff8, "Save 8-bit TIFF image...")),
     Board(Item(kCmdSaveTiff16, "Save 16-bit TIFF image...")),
-    Board(Item(kCmdExport, "&Export...\tCtrl+E", kHelpExport)),
+    Board(Item(kCmdExport, "Export...\tCtrl+E", kHelpExport)),
     kLine,
     Board(Item(kCmdPrintBitmap, "&Print bitmap image...\tShift+PrintScrn", 0, "print")),
     Item(kCmdPrinterSetup, "P&rinter setup..."),

@@ -95,9 +95,10 @@ TEST_F(Pieces, ARangeThatIsntThereIsRefused)
     for (const char* const range : {"200:", "5:5", "6:5", "0:201"}) {
         ExpectFailure({"cut", "--frames", range, run, In("x.seq")}, "has 200 frames: there are none of that range");
     }
-    for (const char* const range : {"", "5", "a:b", "-1:4", "1:2:3", "1:-2", "99999999999999999999:"}) {
+    for (const char* const range : {"5", "a:b", "-1:4", "1:2:3", "1:-2", "99999999999999999999:"}) {
         ExpectFailure({"cut", "--frames", range, run, In("x.seq")}, "--frames A:B says which frames");
     }
+    ExpectFailure({"cut", "--frames", "", run, In("x.seq")}, "--frames needs a value");
     ExpectFailure({"cut", run, In("x.seq")}, "--frames A:B says which frames");
     ExpectFailure({"cut", "--frames", ":", run}, "a sequence and the name of the new one are needed");
     ExpectFailure({"join", run}, "sequences and the name of the new one are needed");

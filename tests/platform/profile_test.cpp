@@ -345,6 +345,29 @@ TEST_F(Profiles, AHugeFileGivesDefaultsAndIsNeverReplaced)
 }
 
 // A disk that failed once: the file is read again, and what is pending for it reaches it.
+TEST_F(Profiles, AHeldFileIsOfOneMoment)
+{
+    PutFile(ini, "[S]\nA=1\nB=1\n");
+    {
+        const HeldProfile held(ini);
+        EXPECT_EQ(GetPrivateProfileInt("S", "A", 5, ini), 1);
+        PutFile(ini, "[S]\nA=2\nB=2\n");
+        SetFaultOnce("disk read", 1);
+        EXPECT_EQ(GetPrivateProfileInt("S", "B", 5, ini), 1);
+        EXPECT_EQ(QuestionsUntilFault("disk read"), 1) << "it wasn't read";
+        const HeldProfile again(ini);
+    }
+    ClearFaults();
+    EXPECT_EQ(GetPrivateProfileInt("S", "A", 5, ini), 2);
+    SetFaultOnce("disk read", 1);
+    {
+        const HeldProfile held(ini);
+        EXPECT_FALSE(HasProfileKey("S", "A", ini));
+        EXPECT_FALSE(HasProfileKey("S", "B", ini)) << "one that can't be read has no key, not some of them";
+    }
+    EXPECT_EQ(GetPrivateProfileInt("S", "B", 5, ini), 2);
+}
+
 TEST_F(Profiles, AFileThatCouldNotBeReadOnceIsReadAgain)
 {
     PutFile(ini, "[S]\nA=1\n");

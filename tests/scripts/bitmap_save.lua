@@ -100,7 +100,8 @@ while came do
   for _, name in ipairs(listdir(dir)) do assert(not name:find("full%d%.bmp."), name) end
   check.eq({ dialog(), file(), written == frames_wanted }, { nil, nil, not came })
   if written > 0 then
-    check.holds(status(), came and (" Saved %d of 4 bitmaps, full0.bmp to full%d.bmp"):format(written, written - 1)
+    local named = written == 1 and "full0.bmp:" or ("full0.bmp to full%d.bmp"):format(written - 1)
+    check.holds(status(), came and (" Saved %d of 4 bitmaps, %s"):format(written, named)
       or " Saved 4 bitmaps, full0.bmp to full3.bmp")
   else
     assert(not status():find("Saved"), status())

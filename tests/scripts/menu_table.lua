@@ -9,7 +9,7 @@ local texts = {
   [115] = "Loa&d last\tShift+F7", [116] = "Save &bitmap image...", [117] = "&Print bitmap image...\tShift+PrintScrn",
   [118] = "P&rinter setup...", [119] = "E&xit\tCtrl+Q", [120] = "&Display setup...\tCtrl+D",
   [121] = "&Video setup...\tCtrl+V", [122] = "&Image setup...\tCtrl+I", [123] = "&Configuration...",
-  [125] = "Save 8-bit TIFF image...", [126] = "Save 16-bit TIFF image...", [2200] = "&Export...\tCtrl+E", [130] = "&New...\tCtrl+C", [131] = "&Update...",
+  [125] = "Save 8-bit TIFF image...", [126] = "Save 16-bit TIFF image...", [2200] = "Export...\tCtrl+E", [130] = "&New...\tCtrl+C", [131] = "&Update...",
   [132] = "&Save...", [133] = "&Load previous...", [134] = "&Apply to data...", [135] = "&View statistics...",
   [140] = "&Freeze frame\tF2", [141] = "&Replace bad pixels\tF9", [143] = "&Normal gray", [144] = "&Inverted gray",
   [145] = "Normal &color", [151] = "&Image cursor\tF8", [160] = "&Histogram...\tShift+F8", [161] = "&Line plot...",

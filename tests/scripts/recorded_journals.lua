@@ -40,9 +40,10 @@ says(whole, "1 gap, 1 frame lost", "1 gap...")
 
 -- It isn't one, it is damaged, or of another sequence: the frames' own headers tell then.
 local frame_header = "FrameNum:0 AllFramesNum:1 Thu Jan  1 00:00:00.000 1970 100.0Hz 2.500msec   "
-for _, bytes in ipairs { "", "x", "KVFRAMES", files.noise(5)(1000), ("\0"):rep(200), "KVFRAMES" .. string.pack("<I4", 2) .. whole:sub(13) } do
+for _, bytes in ipairs { "", "x", "KVFRAMES", files.noise(5)(1000), ("\0"):rep(200) } do
   says(bytes, frame_header .. "what lies beside it is no journal", "Journal...")
 end
+says("KVFRAMES" .. string.pack("<I4", 2) .. whole:sub(13), frame_header .. "its journal is of a later version", "Journal...")
 says(whole:sub(1, 20) .. "?" .. whole:sub(22), frame_header .. "its journal is damaged", "Journal...")
 says("KVFRAMES" .. string.pack("<I4I4", 1, 0xFFFFFFC0) .. whole:sub(17), frame_header .. "its journal is damaged", "Journal...")
 says(journal.head(8, 9) .. records, frame_header .. "its journal belongs to another sequence", "Journal...")

@@ -577,11 +577,6 @@ rows.noise = noise_row(4, false)
 rows.noise_file = noise_row(4, true)
 rows.noise_long_file = noise_row(20, true)
 
--- The window of the traces, in front or beside the main window.
-local function in_traces(call, ...)
-  if dialog() == "TRACES" then return call(...) end
-  return call("TRACES", ...)
-end
 local function note_all()
   while box() do operations.note_and_answer() end
 end
@@ -625,7 +620,7 @@ local function save_noise(choose_name)
   choose_name()
   press(2)
 end
-rows["noise_save.csv"] = plot_saved(save_noise, ".csv", function(bytes) return lines_in(bytes) == 12 + 32 * 25 and bytes:sub(-1) == "\n" end)
+rows["noise_save.csv"] = plot_saved(save_noise, ".csv", function(bytes) return lines_in(bytes) == 15 + 32 * 25 and bytes:sub(-1) == "\n" end)
 rows["noise_save.img"] = plot_saved(save_noise, ".img", function(bytes) return #bytes == 512 + 4 * 32 * 25 end)
 rows["noise_save.png"] = plot_saved(save_noise, ".png", png_is_whole)
 
@@ -633,14 +628,14 @@ rows["noise_save.png"] = plot_saved(save_noise, ".png", png_is_whole)
 local function view_small() drop(datadir() .. "/raw.seq") end
 local function trace_small()
   command(2240)
-  in_traces(press, 22403)
-  check.eq(in_traces(text, 22408), "2")
+  press("TRACES", 22403)
+  check.eq(text("TRACES", 22408), "2")
 end
 local function save_trace(choose_name)
   trace_small()
-  in_traces(press, 1606)
+  press("TRACES", 1606)
   choose_name()
-  in_traces(press, 2)
+  press("TRACES", 2)
 end
 rows["trace_save.csv"] = plot_saved(save_trace, ".csv", function(bytes) return bytes:find("\n2,2,[^\n]*\n$") ~= nil end, view_small)
 rows["trace_save.png"] = plot_saved(save_trace, ".png", png_is_whole, view_small)
@@ -654,19 +649,19 @@ rows.trace_file = {
     require("files").image(datadir() .. "/three.seq", { width = 32, height = 25, frames = 3 }, 3, function(frame) return 4000 + frame end)
     drop(datadir() .. "/three.seq")
     command(2240)
-    in_traces(press, 22403)
-    check.eq(in_traces(text, 22408), "3")
-    in_traces(press, 2)
+    press("TRACES", 22403)
+    check.eq(text("TRACES", 22408), "3")
+    press("TRACES", 2)
     drop(datadir() .. "/raw.seq")
   end,
   run = function()
     command(2240)
-    check.eq(in_traces(text, 22408), "3")
+    check.eq(text("TRACES", 22408), "3")
     operations.arm()
-    in_traces(press, 22403)
+    press("TRACES", 22403)
     note_all()
-    frames_traced = in_traces(text, 22408)
-    in_traces(press, 2)
+    frames_traced = text("TRACES", 22408)
+    press("TRACES", 2)
   end,
   done = function() return frames_traced == "2" end,
   writes = { StatusText = "how many frames" },
@@ -678,15 +673,15 @@ rows.trace_live = {
     command(2240)
     frames_traced = 0
     operations.arm()
-    in_traces(press, 22401)
+    press("TRACES", 22401)
     note_all()
-    if in_traces(enabled, 22402) then
+    if enabled("TRACES", 22402) then
       wait(700)
       note_all()
-      if in_traces(enabled, 22402) then in_traces(press, 22402) end
-      frames_traced = tonumber(in_traces(text, 22408))
+      if enabled("TRACES", 22402) then press("TRACES", 22402) end
+      frames_traced = tonumber(text("TRACES", 22408))
     end
-    in_traces(press, 2)
+    press("TRACES", 2)
   end,
   done = function() return frames_traced > 5 end,
   writes = picture,
