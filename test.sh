@@ -9,6 +9,8 @@ mode=${1:-}
 case "$mode" in '' | quick) ;; long) export KELVO_LONG=full ;; *) echo "test.sh [quick|long]" >&2; exit 2 ;; esac
 cmake/install-packages.sh test
 jobs=$(nproc)
+# What ccache has compiled for one checkout serves the next one, wherever it lies.
+export CCACHE_BASEDIR=$top CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_MAXSIZE=${CCACHE_MAXSIZE:-20G}
 
 build() { # build PRESET: the preset as it stands now, also where an earlier one was configured
     cmake --preset "$1" >/dev/null

@@ -5,7 +5,7 @@ set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
 build=$(cd "$1" && pwd)
 cd "$top"
-passed=$build/tidy-passed
+passed=${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/kelvo-tidy-passed  # checkouts share it
 mkdir -p "$passed"
 export passed build
 git ls-files -z 'src/*.cpp' 'tools/*.cpp' | xargs -0 cmake/tidy_keys.py "$build" | while read -r key source; do

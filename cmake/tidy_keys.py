@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""tidy_keys.py BUILD SOURCE...: one line a source, "KEY SOURCE". The key stands for all that a check of the source depends on: clang-tidy's configuration,
-the compile command, the source and each file of the tree that it includes, as the build has found them. A source that the build doesn't know, or not as
+"""tidy_keys.py BUILD SOURCE...: one line a source, "KEY SOURCE". The key stands for all that a check of the source depends on: clang-tidy, its configuration,
+the compile command, the source and each file of the tree that it includes, as the build has found them. Where the tree lies has no part in it. A source that the build doesn't know, or not as
 it stands now, has the key "-": nothing is known of it."""
 import hashlib
 import json
@@ -39,13 +39,15 @@ def main():
 
     commands = {entry["file"]: entry["command"] for entry in json.loads(pathlib.Path(build, "compile_commands.json").read_text())}
     includes = dependencies(build, top)
+    checker = subprocess.run(["clang-tidy-16", "--version"], check=True, capture_output=True, text=True).stdout
     for source in sources:
         path = top / source
         known = includes.get(path)
         if not known or not all(each.exists() for each in known):
             print("-", source)
             continue
-        text = [digest(top / ".clang-tidy"), commands.get(str(path), "")] + [f"{each} {digest(each)}" for each in sorted(set(known))]
+        command = commands.get(str(path), "").replace(str(top), ".")
+        text = [checker, digest(top / ".clang-tidy"), command] + [f"{each.relative_to(top)} {digest(each)}" for each in sorted(set(known))]
         print(hashlib.sha1("\n".join(text).encode()).hexdigest(), source)
 
 
