@@ -177,7 +177,7 @@ std::string ManualPage()
     page +=
         ".SH COMMANDS\n"
         "All that begins with a dash is an option, and is given once; all behind \\fB\\-\\-\\fR are names of files.\n"
-        "A file is read at any place, so that \\fB\\-\\fR is no name for the standard input.\n"
+        "\\fB\\-\\fR is the standard input or output where the command says so.\n"
         "On the interrupt of the keyboard (SIGINT), SIGTERM or SIGHUP a command finishes the frame at hand, leaves no\n"
         "half result, and ends by that signal. A second one ends it at once.\n";
     for (const CommandWord& word : CommandWords()) page += CommandInRoff(word);

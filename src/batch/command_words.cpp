@@ -31,11 +31,10 @@ constexpr CommandOption kStatsOptions[] = {
     {.name = "--json", .does = "an object a line, frame and region"},
 };
 constexpr std::string_view kStatsDetails =
-    "Without --region and --rectangle the whole frame is measured. A line for each frame and region: pixels, mean, "
-    "sample\n"
-    "deviation, minimum and maximum with their places, saturated pixels, values outside the two sources; "
-    "comma-separated,\n"
-    "with a head of lines that begin with #. The progress stands on the error stream. FILE - is the standard input.\n";
+    "Without --region and --rectangle the whole frame is measured. A line for each frame and region: pixels, mean,\n"
+    "sample deviation, minimum and maximum with their places, saturated pixels, values outside the two sources;\n"
+    "comma-separated, with a head of lines that begin with #. The progress stands on the error stream. FILE - is the\n"
+    "standard input.\n";
 
 constexpr CommandOption kRecoverOptions[] = {
     {.name = "--dry-run", .does = "tell what would be done, and do nothing"},
@@ -101,9 +100,8 @@ constexpr CommandOption kExportOptions[] = {
     {.name = "--json", .does = "tell on the standard output what was made"},
 };
 constexpr std::string_view kExportDetails =
-    "The progress stands on the error stream; Ctrl+C finishes the frame and closes the file. IN - is the standard "
-    "input,\n"
-    "OUT - the standard output: one file, without the JSON beside an array.\n";
+    "The progress stands on the error stream; Ctrl+C finishes the frame and closes the file. IN - is the standard\n"
+    "input, OUT - the standard output: one file, without the JSON beside an array.\n";
 constexpr ExitCode kExportExits[] = {
     {0, "it is done"},
     {1, "it was stopped, and OUT has the frames up to there"},
