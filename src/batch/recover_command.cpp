@@ -63,6 +63,7 @@ std::string TextOf(const std::string& path, const RecoveryReport& report, bool d
 std::string JsonOf(const std::string& path, const RecoveryReport& report)
 {
     std::vector<std::string> bad;
+    bad.reserve(report.badFrames.size());
     for (const std::int64_t frame : report.badFrames) bad.push_back(std::to_string(frame));
     return JsonText()
                .Text("file", path)
