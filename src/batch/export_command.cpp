@@ -226,10 +226,7 @@ int ExportCommand(std::span<const std::string> arguments)
     }
 
     BatchProgress shown(kWord);
-    std::vector<std::unique_ptr<FrameSink>> sinks;
-    for (const std::string& out : wish->outs) {
-        sinks.push_back(MakeFrameSink(wish->format, out, wish->replace, *options));
-    }
+    const auto sinks = MakeFrameSinks(wish->format, wish->outs, wish->replace, *options);
     const ExportOutcome outcome = RunExport(*source, sinks, [&shown](std::int64_t done, std::int64_t all) {
         if (done > 0) shown.Show(done, all);
         return !Interrupted();

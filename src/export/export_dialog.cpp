@@ -336,11 +336,7 @@ FrameSinks SinksFor(HWND dialog, const std::vector<std::string>& targets, Export
         FocusDlgItem(dialog, kExportName);
         return {};
     }
-    FrameSinks sinks;
-    for (const std::string& target : targets) {
-        sinks.push_back(MakeFrameSink(format.format, target, !standing.empty(), *options));
-    }
-    return sinks;
+    return MakeFrameSinks(format.format, targets, !standing.empty(), *options);
 }
 
 ExportOutcome Write(ExportSource& source, const FrameSinks& sinks)

@@ -83,4 +83,13 @@ std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string&
     return std::make_unique<CsvWriter>(path, replace);
 }
 
+std::vector<std::unique_ptr<FrameSink>> MakeFrameSinks(ExportFormat format, const std::vector<std::string>& paths,
+                                                       bool replace, const PictureOptions& options)
+{
+    std::vector<std::unique_ptr<FrameSink>> sinks;
+    sinks.reserve(paths.size());
+    for (const std::string& path : paths) sinks.push_back(MakeFrameSink(format, path, replace, options));
+    return sinks;
+}
+
 }  // namespace kelvo

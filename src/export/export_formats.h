@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelvo {
 
@@ -34,5 +35,8 @@ std::optional<ExportFormat> ExportFormatByExtension(std::string_view path);
 // options are of pictures alone.
 std::unique_ptr<FrameSink> MakeFrameSink(ExportFormat format, const std::string& path, bool replace,
                                          PictureOptions options = {});
+// One for each name.
+std::vector<std::unique_ptr<FrameSink>> MakeFrameSinks(ExportFormat format, const std::vector<std::string>& paths,
+                                                       bool replace, const PictureOptions& options);
 
 }  // namespace kelvo

@@ -218,10 +218,7 @@ std::string ExportByScript(const ScriptFields& table)
     std::optional<PictureOptions> options = PictureOf(*wish, source->Description().provenance);
     if (!options) return "No memory is left.";
     const Hourglass hourglass;
-    std::vector<std::unique_ptr<FrameSink>> sinks;
-    for (const std::string& out : wish->outs) {
-        sinks.push_back(MakeFrameSink(wish->format, out, wish->replace, *options));
-    }
+    const auto sinks = MakeFrameSinks(wish->format, wish->outs, wish->replace, *options);
     const ExportOutcome outcome = RunExport(*source, sinks, [](std::int64_t, std::int64_t) { return !EscapeCame(); });
     if (outcome.failure.empty()) lastExport = FieldsOf(*wish, source->Description(), outcome);
     return outcome.failure;
