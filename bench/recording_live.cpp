@@ -62,7 +62,7 @@ int main(int argc, char** argv)
     if (argc < 4) return 2;
     CommandLine commandLine;
     commandLine.offscreen = true;
-    RegisterSimulatedLines();
+    RegisterSimulatedHeads();
     RegisterSimulatedBoard();
     StartApplication(commandLine);
     write::options.startOptions.dataDirectory = argv[1];

@@ -40,7 +40,7 @@ std::shared_ptr<SimCamera> OpenProgrammed(const std::string& path)
         std::printf("%s\n", error.c_str());
         return nullptr;
     }
-    for (const SimFrame& frame : {SimFrame{0x50, 0, 0, 2},
+    for (const WireFrame& frame : {WireFrame{0x50, 0, 0, 2},
                                   {0x50, 1, 128, 160},
                                   {0x50, 3, 252, 160},
                                   {0x80, 3, 0, 0},

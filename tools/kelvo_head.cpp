@@ -35,7 +35,7 @@
 
 namespace {
 
-using kelvo::SimFrame;
+using kelvo::WireFrame;
 
 constexpr const char* kUsage = "usage: kelvo-head [--fault silent|refusing|short|noise] [--log] FILE\n";
 constexpr int kHalfFrameMs = 200;  // what is left of a frame after such a pause is no beginning of the next
@@ -154,7 +154,7 @@ void LogFrame(std::span<const std::uint8_t> frame, std::span<const std::uint8_t>
 void AnswerFrames(kelvo::SimCamera& camera, const Terminal& terminal, kelvo::HeadOffer& offer, bool log,
                   std::vector<std::uint8_t>& pending)
 {
-    SimFrame frame{};
+    WireFrame frame{};
     while (pending.size() >= frame.size()) {
         const auto end = pending.begin() + std::ssize(frame);
         std::copy(pending.begin(), end, frame.begin());

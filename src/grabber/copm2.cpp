@@ -228,6 +228,16 @@ std::int64_t icp_frame_count(BoardModule module)
     return Ask<&BoardTable::frame_count>(kUncounted, module);
 }
 
+CameraReport icp_report(BoardModule module)
+{
+    return Ask<&BoardTable::report>(CameraReport(), module);
+}
+
+std::vector<std::string> icp_take_notes(BoardModule module)
+{
+    return Ask<&BoardTable::take_notes>(std::vector<std::string>(), module);
+}
+
 std::int32_t icp_next_frame(BoardModule module, BoardFrame frame, std::int64_t after, std::int64_t limitUs,
                             std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer, FrameStamp& stamp)
 {

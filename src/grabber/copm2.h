@@ -7,9 +7,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelvo {
 
@@ -30,9 +32,29 @@ struct FrameStamp {
     std::int64_t monotonicNs = 0;  // TickUs's scale, at the frame's blank
     std::int64_t utcNs = 0;        // since 1 January 1970, the same moment
     std::int64_t triggers = 0;     // pulses that the trigger input has taken by then; 0 where the board doesn't say
+    // Frames since icp_grab that were sent and came damaged or not at all, by then: lost on the way to the board.
+    std::int64_t lostByTransport = 0;
     friend bool operator==(const FrameStamp&, const FrameStamp&) = default;
 };
 constexpr std::int64_t kUncounted = -1;
+
+enum class CameraLink {
+    kUp,
+    kLost,  // no frame comes, and the board tries to have the camera back
+};
+
+// What the camera behind a board says of itself. What it doesn't tell is empty: what was reckoned holds then.
+struct CameraReport {
+    std::optional<double> rateHz;         // frames a second, as it delivers them
+    std::optional<double> integrationMs;  // of a frame
+    std::optional<std::int32_t> columns;  // of a whole frame
+    std::optional<std::int32_t> rows;
+    std::optional<std::int32_t> bits;  // of a count, 1 to 16
+    CameraLink link = CameraLink::kUp;
+    std::string linkText;  // of a lost one, for the status line
+    std::string clock;     // where the times of its frames come from; empty: this machine's clock at the frame's blank
+    std::string counts;    // what was done to make signed counts of 16 bits ("shifted right by 1"); empty: nothing
+};
 
 struct BoardTable {
     std::string_view name;
@@ -65,7 +87,9 @@ struct BoardTable {
     std::int64_t (*frame_count)(BoardModule module) = nullptr;  // null: the board doesn't count
     std::int32_t (*next_frame)(BoardModule module, BoardFrame frame, std::int64_t after, std::int64_t limitUs,
                                std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer,
-                               FrameStamp& stamp) = nullptr;  // null: the board has only the newest
+                               FrameStamp& stamp) = nullptr;               // null: the board has only the newest
+    CameraReport (*report)(BoardModule module) = nullptr;                  // null: the camera tells nothing
+    std::vector<std::string> (*take_notes)(BoardModule module) = nullptr;  // null: there are never any
 };
 
 // Makes a board known under its name. The table has to outlive the program.
@@ -109,6 +133,12 @@ std::int64_t icp_frame_count(BoardModule module);
 // blank as long as itx_set_timeout says; if it doesn't count either, it always waits. With a limit of 0 none waits.
 std::int32_t icp_next_frame(BoardModule module, BoardFrame frame, std::int64_t after, std::int64_t limitUs,
                             std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer, FrameStamp& stamp);
+
+// Ours: what the camera says of itself now; nothing without a board, or of one that tells nothing.
+CameraReport icp_report(BoardModule module);
+// Ours: what the operator is to be told of the camera since the last call, sentences in order: what was asked of it and
+// can't be, or became something else. Each is given once.
+std::vector<std::string> icp_take_notes(BoardModule module);
 
 // While a thread of its own takes the frames, the board is that thread's: every call of another one is handed to carry,
 // which has it done there and returns when it is done. An empty function: calls go straight to the board again. To be

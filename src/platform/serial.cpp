@@ -21,13 +21,14 @@
 #include <iterator>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 namespace kelvo {
 
-// A device behind a descriptor, or a line to a simulated head inside the program.
+// A device behind a descriptor, or a line to a head inside the program.
 struct SerialPort {
     int descriptor = -1;
-    SimulatedLine line;
+    HeadLine line;
     SerialTimeouts timeouts;
 };
 
@@ -38,10 +39,10 @@ using std::chrono::steady_clock;
 
 constexpr std::string_view kPorts = "Ports";  // the list's section
 constexpr std::string_view kNoHead = "none";
-constexpr std::string_view kSimulated = "sim:";
 constexpr std::uint32_t kReadAtOnce = 0xFFFFFFFF;
 
-SimulatedLineMaker simulatedLines;
+// A handful, which are set at the start.
+std::vector<std::pair<std::string, HeadLineMaker>> headLines;
 int lastError = 0;
 std::string lastErrorText;
 std::string lastDevice;
@@ -83,21 +84,25 @@ bool FaultStrikes(std::string_view name)
     return FaultIsSet(name) && !Fail(EIO);
 }
 
-bool IsSimulated(const SerialPort& port)
+bool IsInside(const SerialPort& port)
 {
     return port.descriptor < 0;
 }
 
 // --- Opening --------------------------------------------------------------------------------------------------------
 
-SerialHandle OpenSimulated(const std::string& file)
+// "sim" of "sim:FILE"; empty: it is a device's path.
+std::string_view KindOf(std::string_view device)
 {
-    if (!simulatedLines) {
-        Fail(ENODEV);
-        return nullptr;
-    }
+    const std::string_view kind = device.substr(0, device.find(':'));
+    const bool isWord = kind.size() < device.size() && kind.find('/') == std::string_view::npos;
+    return isWord ? kind : std::string_view();
+}
+
+SerialHandle OpenHeadInside(const HeadLineMaker& maker, const std::string& what)
+{
     std::string error;
-    SimulatedLine line = simulatedLines(file, error);
+    HeadLine line = maker(what, error);
     if (!line.write) {
         Fail(ENODEV);
         if (!error.empty()) lastErrorText = error;
@@ -248,7 +253,7 @@ std::ptrdiff_t ReadDevice(int descriptor, std::span<std::uint8_t> bytes)
 void SerialPortCloser::operator()(SerialPort* port) const
 {
     const std::unique_ptr<SerialPort> ended(port);
-    if (IsSimulated(*port)) return;
+    if (IsInside(*port)) return;
     // The mark stays with the terminal as long as anything holds it open, and would keep us out the next time.
     ioctl(port->descriptor, TIOCNXCL);
     close(port->descriptor);
@@ -274,8 +279,12 @@ SerialHandle OpenSerialPort(std::string_view name)
         Fail(ENODEV);
         return nullptr;
     }
-    if (device.starts_with(kSimulated)) return OpenSimulated(device.substr(kSimulated.size()));
-    return OpenDevice(device);
+    const std::string_view kind = KindOf(device);
+    if (kind.empty()) return OpenDevice(device);
+    const auto lines = std::ranges::find(headLines, kind, &std::pair<std::string, HeadLineMaker>::first);
+    if (lines != headLines.end()) return OpenHeadInside(lines->second, device.substr(kind.size() + 1));
+    Fail(ENODEV);
+    return nullptr;
 }
 
 std::string LastSerialDevice()
@@ -318,7 +327,7 @@ bool SetSerialTimeouts(SerialPort& port, const SerialTimeouts& timeouts)
 bool SetSerialLineState(SerialPort& port, const SerialLineState& state)
 {
     if (FaultStrikes("serial state")) return false;
-    if (IsSimulated(port)) return true;
+    if (IsInside(port)) return true;
     return ApplyFormat(port.descriptor, state) && SetModemLine(port.descriptor, TIOCM_DTR, state.dtr) &&
            SetModemLine(port.descriptor, TIOCM_RTS, state.rts);
 }
@@ -327,7 +336,7 @@ void PurgeSerialPort(SerialPort& port, std::uint32_t bits)
 {
     const bool incoming = (bits & (kPurgeRxAbort | kPurgeRxClear)) != 0;
     const bool outgoing = (bits & (kPurgeTxAbort | kPurgeTxClear)) != 0;
-    if (IsSimulated(port)) {
+    if (IsInside(port)) {
         if (incoming && port.line.purge) port.line.purge();
         return;
     }
@@ -340,13 +349,13 @@ void ClearSerialError(SerialPort& /*port*/) {}
 
 void DropSerialDtr(SerialPort& port)
 {
-    if (!IsSimulated(port)) SetModemLine(port.descriptor, TIOCM_DTR, false);
+    if (!IsInside(port)) SetModemLine(port.descriptor, TIOCM_DTR, false);
 }
 
 std::ptrdiff_t WriteSerialPort(SerialPort& port, std::span<const std::uint8_t> bytes)
 {
     if (FaultStrikes("serial write")) return -1;
-    if (IsSimulated(port)) {
+    if (IsInside(port)) {
         port.line.write(bytes);
         return std::ssize(bytes);
     }
@@ -358,19 +367,20 @@ std::ptrdiff_t WriteSerialPort(SerialPort& port, std::span<const std::uint8_t> b
 std::ptrdiff_t ReadSerialPort(SerialPort& port, std::span<std::uint8_t> bytes)
 {
     if (bytes.empty()) return 0;
-    if (!IsSimulated(port)) return ReadDevice(port.descriptor, bytes);
+    if (!IsInside(port)) return ReadDevice(port.descriptor, bytes);
     if (!port.line.read) return 0;
     return static_cast<std::ptrdiff_t>(std::min(port.line.read(bytes), bytes.size()));
 }
 
-void SetSimulatedLines(SimulatedLineMaker maker)
+void SetHeadLines(std::string_view kind, HeadLineMaker maker)
 {
-    simulatedLines = std::move(maker);
+    std::erase_if(headLines, [kind](const auto& lines) { return lines.first == kind; });
+    if (maker) headLines.emplace_back(kind, std::move(maker));
 }
 
 void ResetSerial()
 {
-    simulatedLines = nullptr;
+    headLines.clear();
     NoteLastDevice({});
     lastError = 0;
     lastErrorText.clear();

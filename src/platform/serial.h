@@ -1,6 +1,7 @@
 // Serial ports, by their classic names "COM1", "COM2", ... Section Ports of platform.ini says what stands behind a
-// name: a device ("/dev/ttyUSB0"), "sim:FILE" for a simulated head inside the program (FILE in DefaultDir), "none" for
-// no head. A name that isn't listed is "none".
+// name: a device ("/dev/ttyUSB0"), "KIND:WHAT" for a head inside the program that stands for a camera of that kind
+// ("sim:FILE", a simulated one by FILE in DefaultDir; "file:FILE"; "genicam:SERIAL"), "none" for no head. A name that
+// isn't listed is "none".
 //
 // The operations are separate steps, since each can fail and each has its own message. All run on the calling thread.
 // After a failure LastSerialError tells the system's error number, LastSerialErrorText the same in words.
@@ -50,7 +51,7 @@ constexpr std::uint32_t kPurgeRxAbort = 2;
 constexpr std::uint32_t kPurgeTxClear = 4;
 constexpr std::uint32_t kPurgeRxClear = 8;
 
-// What stands behind a name: "sim:FILE", "none" or a device's path.
+// What stands behind a name: "KIND:WHAT", "none" or a device's path.
 std::string SerialDevice(std::string_view name);
 // True where the list says "none" of the name, or nothing behind the "=". One that isn't listed doesn't open either,
 // but nobody meant it so.
@@ -80,18 +81,20 @@ std::ptrdiff_t WriteSerialPort(SerialPort& port, std::span<const std::uint8_t> b
 // What has arrived, at once: 0 where there is nothing, -1 on an error (the device was unplugged).
 std::ptrdiff_t ReadSerialPort(SerialPort& port, std::span<std::uint8_t> bytes);
 
-// The other end of a "sim:FILE" port: takes what the program writes, and gives what it has answered so far. Bytes that
-// are purged are gone. Lives as long as the port is open; what the head knows lives longer.
-struct SimulatedLine {
+// The other end of a port that is wired to a head inside the program: takes what the program writes, and gives what it
+// has answered so far. Bytes that are purged are gone. Lives as long as the port is open; what the head knows lives
+// longer.
+struct HeadLine {
     std::function<void(std::span<const std::uint8_t> bytes)> write;
     std::function<std::size_t(std::span<std::uint8_t> bytes)> read;  // the number of bytes given
     std::function<void()> purge;
 };
-// Makes the line for a file; an empty write means that the head can't be made, and error says why.
-using SimulatedLineMaker = std::function<SimulatedLine(const std::string& file, std::string& error)>;
-void SetSimulatedLines(SimulatedLineMaker maker);
+// Makes the line for what stands behind "KIND:"; an empty write means that the head can't be made, and error says why.
+using HeadLineMaker = std::function<HeadLine(const std::string& what, std::string& error)>;
+// The lines of one kind ("sim", without the colon). An empty maker: there are none.
+void SetHeadLines(std::string_view kind, HeadLineMaker maker);
 
-// No simulated head, and no failure so far. Ports that are open stay so.
+// No head inside the program, and no failure so far. Ports that are open stay so.
 void ResetSerial();
 
 }  // namespace kelvo

@@ -22,7 +22,7 @@ namespace {
 
 int RunWithWindows(const CommandLine& commandLine)
 {
-    RegisterSimulatedLines();
+    RegisterSimulatedHeads();
     RegisterSimulatedBoard();
     StartApplication(commandLine);
     ShutDownWhenAsked();

@@ -3,12 +3,12 @@
 #include "platform/faults.h"
 #include "platform/files.h"
 #include "simcam/sim_detector.h"
-#include "simcam/sim_head.h"
 #include "simcam/sim_physics.h"
 #include "simcam/sim_readout.h"
 #include "simcam/sim_scene.h"
 #include "simcam/sim_settings.h"
 #include "state/windows.h"
+#include "wirehead/head_registers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,7 +28,7 @@ constexpr std::size_t kSources = 4;  // of light
 // nothing changes.
 struct Exposure {
     bool valid = false;
-    SimWindow window;
+    FocalPlaneWindow window;
     std::vector<float> mean;      // window pixels, row by row
     std::vector<float> sigma;     // the same
     std::vector<float> radiance;  // one row of it
@@ -55,7 +55,7 @@ struct SimCamera {
     SimCamera& operator=(const SimCamera&) = delete;
 
     SimSettings settings;
-    SimHead head;
+    HeadRegisters head;
     DetectorArray detectors;
     RadianceTable radiance;
     BenchLight light;
@@ -153,7 +153,7 @@ SimAnswerMode AnswerMode(const SimCamera& camera)
 }
 
 // A disturbed line: every byte arrives wrong, and never as the refusal.
-std::vector<std::uint8_t> Disturbed(SimCamera& camera, const SimFrame& answer)
+std::vector<std::uint8_t> Disturbed(SimCamera& camera, const WireFrame& answer)
 {
     constexpr std::uint8_t kRefusal = 0x69;
     const std::uint64_t noise = MixBits(++camera.noisyAnswers);
@@ -168,7 +168,7 @@ std::vector<std::uint8_t> Disturbed(SimCamera& camera, const SimFrame& answer)
 
 }  // namespace
 
-std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const SimFrame& frame)
+std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const WireFrame& frame)
 {
     const std::scoped_lock lock(camera.mutex);
     constexpr std::uint8_t kRefusal = 0x69;
@@ -179,7 +179,7 @@ std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const SimFrame& fram
 
     TakeHeadFrame(camera.head, frame);
     camera.exposure.valid = false;
-    const SimFrame answer = HeadAnswer(camera.head, frame);
+    const WireFrame answer = HeadAnswer(camera.head, frame);
     if (mode == SimAnswerMode::kNoise) return Disturbed(camera, answer);
     const std::size_t length = mode == SimAnswerMode::kShort ? kShortBytes : answer.size();
     return {answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(length)};
@@ -220,22 +220,22 @@ double SimIntegrationUs(const SimCamera& camera)
 namespace {
 
 // The part of the focal plane's window that lies on the array.
-SimWindow WindowOnArray(const SimHead& head)
+FocalPlaneWindow WindowOnArray(const HeadRegisters& head)
 {
-    SimWindow window = head.window;
+    FocalPlaneWindow window = head.window;
     window.colEnd = std::min(window.colEnd, head.array.colEnd);
     window.rowEnd = std::min(window.rowEnd, head.array.rowEnd);
     return window;
 }
 
-std::size_t PixelsOf(const SimWindow& window)
+std::size_t PixelsOf(const FocalPlaneWindow& window)
 {
     return static_cast<std::size_t>(window.Rows()) * static_cast<std::size_t>(window.Columns());
 }
 
 VideoSettings VideoOf(const SimCamera& camera)
 {
-    const SimHead& head = camera.head;
+    const HeadRegisters& head = camera.head;
     VideoSettings video;
     video.biased = head.biasesOn;
     video.integrationSeconds = IntegrationSeconds(head);
@@ -282,7 +282,7 @@ void AddDrift(const SimCamera& camera, std::int64_t timeUs, double gainFactor, s
     for (std::size_t i = 0; i < mean.size(); ++i) mean[i] += factor * camera.detectors.drift[firstDetector + i];
 }
 
-std::size_t FirstDetectorOfRow(const SimCamera& camera, const SimWindow& window, std::int32_t row)
+std::size_t FirstDetectorOfRow(const SimCamera& camera, const FocalPlaneWindow& window, std::int32_t row)
 {
     return static_cast<std::size_t>(window.rowStart + row) * static_cast<std::size_t>(camera.detectors.columns) +
            static_cast<std::size_t>(window.colStart);
@@ -292,7 +292,7 @@ std::size_t FirstDetectorOfRow(const SimCamera& camera, const SimWindow& window,
 void LayOut(SimCamera& camera)
 {
     Exposure& exposure = camera.exposure;
-    const SimHead& head = camera.head;
+    const HeadRegisters& head = camera.head;
     exposure.window = WindowOnArray(head);
     const std::size_t pixels = PixelsOf(exposure.window);
     exposure.mean.assign(pixels, 0);
@@ -304,7 +304,7 @@ void LayOut(SimCamera& camera)
     for (const Blinker& blinker : camera.detectors.blinkers) {
         const auto row = static_cast<std::int32_t>(blinker.detector) / camera.detectors.columns;
         const auto column = static_cast<std::int32_t>(blinker.detector) % camera.detectors.columns;
-        const SimWindow& window = exposure.window;
+        const FocalPlaneWindow& window = exposure.window;
         if (row >= window.rowStart && row <= window.rowEnd && column >= window.colStart && column <= window.colEnd) {
             exposure.blinkers.push_back(blinker);
         }
@@ -377,7 +377,7 @@ void DrawTestRamp(Exposure& exposure)
 
 void DrawBlinkers(const SimCamera& camera, std::uint64_t seed, std::int64_t n, std::uint64_t key, Exposure& exposure)
 {
-    const SimWindow& window = exposure.window;
+    const FocalPlaneWindow& window = exposure.window;
     for (const Blinker& blinker : exposure.blinkers) {
         if (!BlinkerIsOn(blinker, seed, n)) continue;
         const auto row = static_cast<std::int32_t>(blinker.detector) / camera.detectors.columns - window.rowStart;
@@ -570,7 +570,7 @@ double DeviationOf(const SimCamera& camera, std::int32_t row, std::int32_t colum
 std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, int x, int y)
 {
     const std::scoped_lock lock(camera.mutex);
-    const SimWindow window = WindowOnArray(camera.head);
+    const FocalPlaneWindow window = WindowOnArray(camera.head);
     if (x < 0 || y < 0 || x >= window.Columns() || y >= window.Rows()) return {};
     const std::int32_t row = camera.head.flipRows ? window.rowEnd - y : window.rowStart + y;
     const std::int32_t column = camera.head.flipCols ? window.colEnd - x : window.colStart + x;
@@ -593,7 +593,7 @@ std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, in
 std::vector<std::pair<std::string, double>> SimHeadRegisters(const SimCamera& camera)
 {
     const std::scoped_lock lock(camera.mutex);
-    const SimHead& head = camera.head;
+    const HeadRegisters& head = camera.head;
     constexpr std::uint16_t kStartDelays = 0x5005;  // the picture doesn't depend on them
     const auto delays = head.kept.find(kStartDelays);
     return {

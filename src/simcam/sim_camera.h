@@ -6,6 +6,8 @@
 // here on a camera has it to itself. Cameras are opened and forgotten by the main thread while no capture runs.
 #pragma once
 
+#include "wirehead/head_registers.h"
+
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -26,10 +28,9 @@ std::shared_ptr<SimCamera> OpenSimCamera(const std::string& file, std::string& e
 // The camera that the board shows, or the one opened last; null: none.
 std::shared_ptr<SimCamera> CurrentSimCamera();
 
-using SimFrame = std::array<std::uint8_t, 4>;
 // What the head answers to a frame of four bytes: nothing when it is silent, fewer bytes when it answers short. Faults
 // (platform/faults.h): "head silent", "head refuses", "head short", "head noise".
-std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const SimFrame& frame);
+std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const WireFrame& frame);
 
 // The frame period that the registers give, in microseconds; 0 while the clocks are off and no blank comes.
 double SimFramePeriodUs(const SimCamera& camera);
@@ -77,7 +78,7 @@ bool TakeSimRegisters(SimCamera& camera, std::string_view text);
 void PowerDownSimHead(SimCamera& camera);
 
 // Makes "sim:FILE" ports known to platform/serial.h, and the board "sim" to grabber/copm2.h.
-void RegisterSimulatedLines();
+void RegisterSimulatedHeads();
 void RegisterSimulatedBoard();
 
 // The board counts frames first to last of its grabs (from 1) and hasn't got them: they can't be had as the next frame.

@@ -192,8 +192,8 @@ std::optional<SimSettings> ReadSimSettings(const std::string& path, std::string&
     SimSettings settings;
     settings.rawFile = reader.Text("Scene", "RawFile");
     const bool good =
-        reader.Choice<SimModel>("Head", "Model", {{"InSb", SimModel::kInSb}, {"HgCdTe", SimModel::kHgCdTe}}, true,
-                                settings.model) &&
+        reader.Choice<HeadModel>("Head", "Model", {{"InSb", HeadModel::kInSb}, {"HgCdTe", HeadModel::kHgCdTe}}, true,
+                                 settings.model) &&
         reader.Choice<SimAnswerMode>("Head", "Answer",
                                      {{"normal", SimAnswerMode::kNormal},
                                       {"silent", SimAnswerMode::kSilent},
@@ -207,6 +207,12 @@ std::optional<SimSettings> ReadSimSettings(const std::string& path, std::string&
         reader.Numbers(settings) && reader.GainTable(settings.voltsPerCountVsGain) && reader.Consistent(settings);
     if (!good) return std::nullopt;
     return settings;
+}
+
+HeadRegisters PowerUpHead(const SimSettings& settings)
+{
+    return PowerUpHead(settings.model, settings.clockHz, static_cast<std::int32_t>(settings.columns),
+                       static_cast<std::int32_t>(settings.rows));
 }
 
 }  // namespace kelvo

@@ -2,6 +2,8 @@
 // on the bench. Each value has a range; a file that leaves it makes no camera.
 #pragma once
 
+#include "wirehead/head_registers.h"
+
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -9,14 +11,13 @@
 
 namespace kelvo {
 
-enum class SimModel { kInSb, kHgCdTe };
 enum class SimAnswerMode { kNormal, kSilent, kRefuses, kShort, kNoise };
 
 // Section and key of each value stand in sim_settings.cpp, and in docs/simulated-camera.md. Numbers are doubles as they
 // come out of the file; whole ones have been checked to be whole.
 struct SimSettings {
     // [Head]
-    SimModel model = SimModel::kInSb;
+    HeadModel model = HeadModel::kInSb;
     SimAnswerMode answer = SimAnswerMode::kNormal;
     double clockHz = 48000000;
 
@@ -77,6 +78,9 @@ struct SimSettings {
 
 // The settings of a file by its whole path; nullopt, with what is wrong in error.
 std::optional<SimSettings> ReadSimSettings(const std::string& path, std::string& error);
+
+// The head of such a camera as it stands after power-up.
+HeadRegisters PowerUpHead(const SimSettings& settings);
 
 // What a bench source may have, °C.
 constexpr double kLowestBenchDegrees = -40;

@@ -43,24 +43,24 @@ class CommLink : public testing::Test {
         SetDefaultDir(directory.Path());
         PutFile(directory / "platform.ini", "[Ports]\nCOM1=sim:one.cnf\nCOM2=sim:two.cnf\n");
         write::camera.nCommPort = 2;
-        SetSimulatedLines([this](const std::string& file, std::string&) {
+        SetHeadLines("sim", [this](const std::string& file, std::string&) {
             head.events.push_back("open " + file);
-            return SimulatedLine{.write =
-                                     [this](auto bytes) {
-                                         Take({bytes.begin(), bytes.end()});
-                                     },
-                                 .read = [this](auto bytes) { return Give(bytes); },
-                                 .purge =
-                                     [this] {
-                                         head.events.emplace_back("purge");
-                                         head.queued.clear();
-                                     }};
+            return HeadLine{.write =
+                                [this](auto bytes) {
+                                    Take({bytes.begin(), bytes.end()});
+                                },
+                            .read = [this](auto bytes) { return Give(bytes); },
+                            .purge =
+                                [this] {
+                                    head.events.emplace_back("purge");
+                                    head.queued.clear();
+                                }};
         });
     }
     ~CommLink() override
     {
         CloseCommLink();
-        SetSimulatedLines(nullptr);
+        SetHeadLines("sim", {});
     }
 
     void Take(const Bytes& frame)
@@ -326,14 +326,14 @@ TEST_F(CommLink, AReplyInPiecesIsPutTogether)
     const std::int64_t start = TickMs();
     const Bytes reply = {1, 2, 3, 4};
     std::size_t given = 0;
-    SetSimulatedLines([&](const std::string&, std::string&) {
-        return SimulatedLine{.write = [](auto) {},
-                             .read = [&](std::span<std::uint8_t> bytes) -> std::size_t {
-                                 if (given == reply.size() || TickMs() < start + 200 * std::ssize(reply)) return 0;
-                                 bytes[0] = reply[given++];
-                                 return 1;
-                             },
-                             .purge = nullptr};
+    SetHeadLines("sim", [&](const std::string&, std::string&) {
+        return HeadLine{.write = [](auto) {},
+                        .read = [&](std::span<std::uint8_t> bytes) -> std::size_t {
+                            if (given == reply.size() || TickMs() < start + 200 * std::ssize(reply)) return 0;
+                            bytes[0] = reply[given++];
+                            return 1;
+                        },
+                        .purge = nullptr};
     });
     CloseCommLink();
     ASSERT_EQ(OpenCommLink(), 1);

@@ -31,7 +31,7 @@ constexpr SerialLineState kHeadLine = {.BaudRate = 9600, .ByteSize = 8, .dtr = t
 class Serial : public testing::Test {
   protected:
     Serial() { SetDefaultDir(directory.Path()); }
-    ~Serial() override { SetSimulatedLines(nullptr); }
+    ~Serial() override { SetHeadLines("sim", {}); }
 
     void Wire(const std::string& device) const
     {
@@ -250,17 +250,17 @@ TEST_F(Serial, ASimulatedLineTakesAndGivesBytes)
     Bytes toHead;
     Bytes toHost = {5, 6, 7};
     std::string openedFile;
-    SetSimulatedLines([&](const std::string& file, std::string&) {
+    SetHeadLines("sim", [&](const std::string& file, std::string&) {
         openedFile = file;
-        return SimulatedLine{.write = [&](auto bytes) { toHead.assign(bytes.begin(), bytes.end()); },
-                             .read =
-                                 [&](auto bytes) {
-                                     const std::size_t count = std::min(bytes.size(), toHost.size());
-                                     std::copy_n(toHost.begin(), count, bytes.begin());
-                                     toHost.erase(toHost.begin(), toHost.begin() + static_cast<std::ptrdiff_t>(count));
-                                     return count;
-                                 },
-                             .purge = [&] { toHost.clear(); }};
+        return HeadLine{.write = [&](auto bytes) { toHead.assign(bytes.begin(), bytes.end()); },
+                        .read =
+                            [&](auto bytes) {
+                                const std::size_t count = std::min(bytes.size(), toHost.size());
+                                std::copy_n(toHost.begin(), count, bytes.begin());
+                                toHost.erase(toHost.begin(), toHost.begin() + static_cast<std::ptrdiff_t>(count));
+                                return count;
+                            },
+                        .purge = [&] { toHost.clear(); }};
     });
     const SerialHandle port = OpenReady();
     EXPECT_EQ(openedFile, "head.cnf");
@@ -278,9 +278,9 @@ TEST_F(Serial, ASimulatedHeadThatCannotBeMadeSaysWhy)
     Wire("sim:head.cnf");
     EXPECT_EQ(OpenSerialPort("COM2"), nullptr);
     EXPECT_EQ(LastSerialError(), ENODEV);
-    SetSimulatedLines([](const std::string& file, std::string& error) {
+    SetHeadLines("sim", [](const std::string& file, std::string& error) {
         error = file + ": no detector";
-        return SimulatedLine{};
+        return HeadLine{};
     });
     EXPECT_EQ(OpenSerialPort("COM2"), nullptr);
     EXPECT_EQ(LastSerialErrorText(), "head.cnf: no detector");

@@ -61,8 +61,8 @@ class Bench : public DialogFixture {
     // Pixel clock 48 MHz / 6 = 8 MHz; 64 x 80 units of 16 pixels: 10.24 ms; 10 lines of 320 and 80 pixels: 0.41 ms.
     void TurnOn() const
     {
-        for (const SimFrame& frame : {SimFrame{0x50, 0, 0, 2}, SimFrame{0x50, 1, 64, 80}, SimFrame{0x50, 3, 12, 20},
-                                      SimFrame{0x90, 0x30, 0, 0}}) {
+        for (const WireFrame& frame : {WireFrame{0x50, 0, 0, 2}, WireFrame{0x50, 1, 64, 80}, WireFrame{0x50, 3, 12, 20},
+                                       WireFrame{0x90, 0x30, 0, 0}}) {
             AnswerSimFrame(*camera, frame);
         }
     }

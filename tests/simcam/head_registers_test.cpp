@@ -1,6 +1,8 @@
 // What frames set in the head, and the times that follow. The numbers are worked by hand.
+#include "wirehead/head_registers.h"
+
 #include "platform/faults.h"
-#include "simcam/sim_head.h"
+#include "simcam/sim_settings.h"
 #include "support/camera_fixture.h"
 
 #include <gmock/gmock.h>
@@ -13,7 +15,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-SimHead Head(SimModel model, double clockHz, int columns, int rows)
+HeadRegisters Head(HeadModel model, double clockHz, int columns, int rows)
 {
     SimSettings settings;
     settings.model = model;
@@ -25,16 +27,16 @@ SimHead Head(SimModel model, double clockHz, int columns, int rows)
 
 TEST(SimHead, PowersUpWithoutClocksBiasesOrFrames)
 {
-    const SimHead head = Head(SimModel::kInSb, 48e6, 320, 256);
+    const HeadRegisters head = Head(HeadModel::kInSb, 48e6, 320, 256);
     EXPECT_FALSE(head.clocksOn);
     EXPECT_FALSE(head.biasesOn);
     EXPECT_EQ(FramePeriodSeconds(head), 0);
-    EXPECT_EQ(head.window, (SimWindow{0, 319, 0, 255}));
+    EXPECT_EQ(head.window, (FocalPlaneWindow{0, 319, 0, 255}));
 }
 
 TEST(SimHead, PixelClockAndFramePeriodFollowTheRegisters)
 {
-    SimHead head = Head(SimModel::kInSb, 48e6, 320, 256);
+    HeadRegisters head = Head(HeadModel::kInSb, 48e6, 320, 256);
     TakeHeadFrame(head, {0x50, 0, 0, 2});
     EXPECT_DOUBLE_EQ(PixelClockHz(head), 8e6);
     TakeHeadFrame(head, {0x50, 1, 64, 80});
@@ -48,7 +50,7 @@ TEST(SimHead, PixelClockAndFramePeriodFollowTheRegisters)
 
 TEST(SimHead, TheLargeArrayRunsAtAHundredFramesASecond)
 {
-    SimHead head = Head(SimModel::kInSb, 196608000, 640, 512);
+    HeadRegisters head = Head(HeadModel::kInSb, 196608000, 640, 512);
     TakeHeadFrame(head, {0x50, 0, 0, 2});
     TakeHeadFrame(head, {0x50, 1, 128, 160});
     TakeHeadFrame(head, {0x90, 0x30, 0, 0});
@@ -57,7 +59,7 @@ TEST(SimHead, TheLargeArrayRunsAtAHundredFramesASecond)
 
 TEST(SimHead, TheHgCdTeHeadDividesItsClockAgainAndAlwaysRuns)
 {
-    SimHead head = Head(SimModel::kHgCdTe, 48e6, 64, 64);
+    HeadRegisters head = Head(HeadModel::kHgCdTe, 48e6, 64, 64);
     EXPECT_GT(FramePeriodSeconds(head), 0);
     TakeHeadFrame(head, {0x90, 5, 11, 0});
     EXPECT_DOUBLE_EQ(PixelClockHz(head), 1e6);
@@ -67,9 +69,9 @@ TEST(SimHead, TheHgCdTeHeadDividesItsClockAgainAndAlwaysRuns)
     EXPECT_DOUBLE_EQ(PixelClockHz(head), 1e6);
 }
 
-SimHead TimedHead()
+HeadRegisters TimedHead()
 {
-    SimHead head = Head(SimModel::kInSb, 48e6, 320, 256);
+    HeadRegisters head = Head(HeadModel::kInSb, 48e6, 320, 256);
     TakeHeadFrame(head, {0x50, 0, 0, 5});  // 4 MHz
     TakeHeadFrame(head, {0x50, 1, 64, 80});
     TakeHeadFrame(head, {0x90, 0x30, 0, 0});
@@ -78,7 +80,7 @@ SimHead TimedHead()
 
 TEST(SimHead, IntegrationCountsLinesAndColumns)
 {
-    SimHead head = TimedHead();
+    HeadRegisters head = TimedHead();
     TakeHeadFrame(head, {0x50, 3, 244, 40});
     EXPECT_DOUBLE_EQ(IntegrationSeconds(head), (242 * 320 + 160) / 4e6);
     TakeHeadFrame(head, {0x50, 3, 2, 1});
@@ -94,7 +96,7 @@ TEST(SimHead, IntegrationCountsLinesAndColumns)
 // head still counts as 254 lines; below 192 it counts 256 lines less than the list says.
 TEST(SimHead, TheLinesByteWrapsBelowIndex195OfTheLargeArray)
 {
-    SimHead head = Head(SimModel::kInSb, 196608000, 640, 512);
+    HeadRegisters head = Head(HeadModel::kInSb, 196608000, 640, 512);
     TakeHeadFrame(head, {0x50, 0, 0, 2});
     TakeHeadFrame(head, {0x50, 1, 128, 160});
     TakeHeadFrame(head, {0x90, 0x30, 0, 0});
@@ -112,19 +114,19 @@ TEST(SimHead, TheLinesByteWrapsBelowIndex195OfTheLargeArray)
 
 TEST(SimHead, WindowComesOutOfTheSerialWordMirrored)
 {
-    SimHead head = Head(SimModel::kInSb, 48e6, 640, 512);
+    HeadRegisters head = Head(HeadModel::kInSb, 48e6, 640, 512);
     // Columns 64 to 191: unit 8 = 0001000 mirrors to itself, 8; unit 23 = 0010111 mirrors to 1110100 = 116.
     TakeHeadFrame(head, {0x60, 2, 116 / 64 + 8 * 2, static_cast<std::uint8_t>(2 + 116 * 4)});
     // Rows 16 to 111: unit 2 = 000010 mirrors to 010000 = 16; unit 13 = 001101 mirrors to 101100 = 44.
     TakeHeadFrame(head, {0x60, 4, 128 + 16 / 4, static_cast<std::uint8_t>(16 * 64 + 44)});
-    EXPECT_EQ(head.window, (SimWindow{64, 191, 16, 111}));
+    EXPECT_EQ(head.window, (FocalPlaneWindow{64, 191, 16, 111}));
     EXPECT_EQ(head.window.Columns(), 128);
     EXPECT_EQ(head.window.Rows(), 96);
 }
 
 TEST(SimHead, BiasWordHoldsBiasesGainFlipsAndTest)
 {
-    SimHead head = Head(SimModel::kInSb, 48e6, 320, 256);
+    HeadRegisters head = Head(HeadModel::kInSb, 48e6, 320, 256);
     // Detector bias 11 mirrors to 13, pedestal 2, column gain 6 = 110 mirrors to 011 = 3; test, both flips.
     TakeHeadFrame(head, {0x60, 0, 13 * 8 + 2 * 2 + 0, 3 * 64 + 16 + 8 + 4 + 2});
     EXPECT_EQ(head.detBias, 11);
@@ -142,7 +144,7 @@ TEST(SimHead, BiasWordHoldsBiasesGainFlipsAndTest)
 
 TEST(SimHead, GainSharesItsRegisterWithTheSerialWord)
 {
-    SimHead head = Head(SimModel::kInSb, 48e6, 320, 256);
+    HeadRegisters head = Head(HeadModel::kInSb, 48e6, 320, 256);
     TakeHeadFrame(head, {0x60, 60, 0, 0});
     EXPECT_EQ(head.gainCode, 15);
     TakeHeadFrame(head, {0x60, 4, 0, 0});
@@ -165,7 +167,7 @@ TEST(SimHead, GainCodesNameTheRowOfTheVoltageTable)
 
 TEST(SimHead, DacsAreSelectedOneByOne)
 {
-    SimHead head = Head(SimModel::kInSb, 48e6, 320, 256);
+    HeadRegisters head = Head(HeadModel::kInSb, 48e6, 320, 256);
     TakeHeadFrame(head, {0x70, 0x01, 200, 0});
     TakeHeadFrame(head, {0x70, 0x80, 7, 0});
     TakeHeadFrame(head, {0x70, 0x03, 99, 0});
@@ -175,7 +177,7 @@ TEST(SimHead, DacsAreSelectedOneByOne)
 
 TEST(SimHead, BiasesSwitchOnAndOff)
 {
-    SimHead head = Head(SimModel::kInSb, 48e6, 320, 256);
+    HeadRegisters head = Head(HeadModel::kInSb, 48e6, 320, 256);
     TakeHeadFrame(head, {0x80, 3, 0, 0});
     EXPECT_TRUE(head.biasesOn);
     TakeHeadFrame(head, {0x80, 0, 0, 0});
@@ -184,7 +186,7 @@ TEST(SimHead, BiasesSwitchOnAndOff)
 
 class SimHeadAnswers : public SimCameraTest {
   protected:
-    std::vector<std::uint8_t> Answer(const SimFrame& frame) { return AnswerSimFrame(*camera, frame); }
+    std::vector<std::uint8_t> Answer(const WireFrame& frame) { return AnswerSimFrame(*camera, frame); }
 };
 
 TEST_F(SimHeadAnswers, EachModelTellsWhoItIs)
@@ -200,7 +202,7 @@ TEST_F(SimHeadAnswers, EveryOtherFrameIsEchoedAndKept)
     Open("insb320.cnf");
     EXPECT_THAT(Answer({0x40, 0, 0xBF, 0}), ElementsAre(0x40, 0, 0xBF, 0));
     EXPECT_THAT(Answer({0xEE, 1, 2, 3}), ElementsAre(0xEE, 1, 2, 3));
-    SimHead head = Head(SimModel::kInSb, 48e6, 320, 256);
+    HeadRegisters head = Head(HeadModel::kInSb, 48e6, 320, 256);
     TakeHeadFrame(head, {0xEE, 1, 2, 3});
     EXPECT_THAT(head.kept.at(0xEE01), ElementsAre(2, 3));
 }
@@ -228,7 +230,7 @@ TEST_F(SimHeadAnswers, SilentShortAndNoisyHeads)
     EXPECT_THAT(Answer({0x20, 0, 0, 0}), ElementsAre(0x10, 0x66, 0));
     SetFault("head short", false);
     SetFault("head noise", true);
-    const SimFrame sent{0x70, 1, 128, 0};
+    const WireFrame sent{0x70, 1, 128, 0};
     for (int i = 0; i < 1000; ++i) {
         const std::vector<std::uint8_t> heard = Answer(sent);
         ASSERT_EQ(heard.size(), 4U);

@@ -2,8 +2,9 @@
 #include "simcam/head_socket.h"
 
 #include "platform/machine.h"
-#include "simcam/sim_head.h"
+#include "simcam/sim_settings.h"
 #include "support/temp_directory.h"
+#include "wirehead/head_registers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,10 +23,10 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using Kind = HeadNews::Kind;
 
-SimHead Powered()
+HeadRegisters Powered()
 {
     SimSettings settings;
-    settings.model = SimModel::kInSb;
+    settings.model = HeadModel::kInSb;
     settings.clockHz = 48e6;
     settings.columns = 320;
     settings.rows = 256;
@@ -33,9 +34,9 @@ SimHead Powered()
 }
 
 // 8 MHz, 16 x 64 x 80 periods a frame, the clocks on, a DAC away from its middle.
-SimHead Running()
+HeadRegisters Running()
 {
-    SimHead head = Powered();
+    HeadRegisters head = Powered();
     TakeHeadFrame(head, {0x50, 0, 0, 2});
     TakeHeadFrame(head, {0x50, 1, 64, 80});
     TakeHeadFrame(head, {0x90, 0x30, 0, 0});
@@ -53,8 +54,8 @@ TEST(HeadRegisters, AreALineEach)
 
 TEST(HeadRegisters, MakeAnotherHeadTheSame)
 {
-    const SimHead head = Running();
-    SimHead other = Powered();
+    const HeadRegisters head = Running();
+    HeadRegisters other = Powered();
     ASSERT_TRUE(TakeHeadRegistersText(other, HeadRegistersText(head)));
     EXPECT_DOUBLE_EQ(FramePeriodSeconds(other), 0.01024);
     EXPECT_EQ(other.dac, head.dac);
@@ -75,7 +76,7 @@ TEST(HeadRegisters, ATextThatIsNoneChangesNothing)
           with("clock_index 2\n", "clock_index 256\n"), with("clock_index 2\n", "clock_index \n"),
           with("clocks_on 1\n", "clocks_on 2\n"), with("column_start 0\n", "column_start -8\n"),
           with("row_end 255\n", "row_end 99999999999\n"), with("row_end 255\n", "")}) {
-        SimHead head = Powered();
+        HeadRegisters head = Powered();
         EXPECT_FALSE(TakeHeadRegistersText(head, text)) << text;
         EXPECT_EQ(HeadRegistersText(head), HeadRegistersText(Powered()));
     }

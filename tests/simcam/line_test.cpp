@@ -17,7 +17,7 @@ class SimLine : public SimCameraTest {
     {
         SimCameraTest::SetUp();
         PutFile(directory / "platform.ini", "[Ports]\nCOM2=sim:insb320.cnf\nCOM3=sim:hgcdte64.cnf\nCOM4=sim:no.cnf\n");
-        RegisterSimulatedLines();
+        RegisterSimulatedHeads();
     }
     static void Write(SerialPort& port, const std::vector<std::uint8_t>& bytes)
     {

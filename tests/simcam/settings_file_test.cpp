@@ -106,7 +106,7 @@ TEST_F(SimCameraFile, KeysThatAreMissingHaveDefaults)
     nothing.clockHz = 0;
     const SimSettings settings = ReadSimSettings(directory / "short.cnf", error).value_or(nothing);
     EXPECT_EQ(error, "");
-    EXPECT_EQ(settings.model, SimModel::kHgCdTe);
+    EXPECT_EQ(settings.model, HeadModel::kHgCdTe);
     EXPECT_EQ(settings.clockHz, 48000000);
     EXPECT_EQ(settings.badFraction, 0.02);
 }

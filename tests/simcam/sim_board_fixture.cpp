@@ -24,9 +24,9 @@ SimBoardTest::SimBoardTest()
     RegisterSimulatedBoard();
 }
 
-void SimBoardTest::Send(SimCamera& camera, std::initializer_list<SimFrame> frames)
+void SimBoardTest::Send(SimCamera& camera, std::initializer_list<WireFrame> frames)
 {
-    for (const SimFrame& frame : frames) AnswerSimFrame(camera, frame);
+    for (const WireFrame& frame : frames) AnswerSimFrame(camera, frame);
 }
 
 void SimBoardTest::SendClockIndex(SimCamera& camera, int index)

@@ -408,8 +408,8 @@ struct Slowest {
     const char* file;
     int columns;
     int rows;
-    SimFrame frameSize;
-    SimFrame slowestClock;
+    WireFrame frameSize;
+    WireFrame slowestClock;
     double periodUs;
     friend std::ostream& operator<<(std::ostream& stream, const Slowest& camera) { return stream << camera.file; }
 };

@@ -33,9 +33,9 @@ void SimCameraTest::Open(const std::string& file)
     ASSERT_TRUE(camera) << error;
 }
 
-void SimCameraTest::Send(const std::vector<SimFrame>& frames)
+void SimCameraTest::Send(const std::vector<WireFrame>& frames)
 {
-    for (const SimFrame& frame : frames) ASSERT_EQ(AnswerSimFrame(*camera, frame).size(), 4U);
+    for (const WireFrame& frame : frames) ASSERT_EQ(AnswerSimFrame(*camera, frame).size(), 4U);
 }
 
 // Worked by hand. Biases 15, 3 and 4 (mirrored in 3 bits: 1): 15 * 8 + 3 * 2 = 0x7E, 1 * 64 + 2 = 0x42.

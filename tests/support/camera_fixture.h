@@ -24,7 +24,7 @@ class SimCameraTest : public ::testing::Test {
     void PutCopyWith(const std::string& from, const std::string& to, std::string_view line);
     // Opens and programs. camera stands for the camera from then on.
     void Open(const std::string& file);
-    void Send(const std::vector<SimFrame>& frames);
+    void Send(const std::vector<WireFrame>& frames);
     void Program320x256();
     void Program640x512();
     void Program64x64();

@@ -1,4 +1,4 @@
-#include "simcam/sim_head.h"
+#include "wirehead/head_registers.h"
 
 #include <algorithm>
 #include <bit>
@@ -9,8 +9,6 @@
 namespace kelvo {
 
 namespace {
-
-using Frame = std::array<std::uint8_t, 4>;
 
 constexpr std::uint8_t kIdentifyReg = 0x20;
 constexpr std::uint8_t kInSbTimingReg = 0x50;
@@ -37,7 +35,7 @@ std::int32_t LastOfEight(std::int32_t unit)
     return unit * 8 + 7;
 }
 
-void TakeBiasWord(SimHead& head, const Frame& frame)
+void TakeBiasWord(HeadRegisters& head, const WireFrame& frame)
 {
     head.detBias = static_cast<std::uint8_t>(Mirrored((frame[2] >> 3) & 0x0F, 4));
     head.pedBias = (frame[2] >> 1) & 0x03;
@@ -47,13 +45,13 @@ void TakeBiasWord(SimHead& head, const Frame& frame)
     head.flipRows = (frame[3] & 0x04) != 0;
 }
 
-void TakeColumnWord(SimHead& head, const Frame& frame)
+void TakeColumnWord(HeadRegisters& head, const WireFrame& frame)
 {
     head.window.colStart = FirstOfEight(Mirrored(frame[2] >> 1, 7));
     head.window.colEnd = LastOfEight(Mirrored(((frame[2] & 1) << 6) | (frame[3] >> 2), 7));
 }
 
-void TakeRowWord(SimHead& head, const Frame& frame)
+void TakeRowWord(HeadRegisters& head, const WireFrame& frame)
 {
     head.window.rowStart = FirstOfEight(Mirrored(((frame[2] & 0x0F) << 2) | (frame[3] >> 6), 6));
     head.window.rowEnd = LastOfEight(Mirrored(frame[3] & 0x3F, 6));
@@ -61,7 +59,7 @@ void TakeRowWord(SimHead& head, const Frame& frame)
 
 // Gain and serial word share a register number. The row word always has its top bit set and the column word's selector
 // is no multiple of 4, so only a bias word of all zeros could be taken for a gain.
-void TakeSerialOrGain(SimHead& head, const Frame& frame)
+void TakeSerialOrGain(HeadRegisters& head, const WireFrame& frame)
 {
     constexpr std::uint8_t kBiasWord = 0;
     constexpr std::uint8_t kColumnWord = 2;
@@ -70,13 +68,13 @@ void TakeSerialOrGain(SimHead& head, const Frame& frame)
         head.gainCode = (frame[1] / 4) & 0x0F;
         return;
     }
-    if (head.model != SimModel::kInSb) return;
+    if (head.model != HeadModel::kInSb) return;
     if (frame[1] == kBiasWord) TakeBiasWord(head, frame);
     if (frame[1] == kColumnWord) TakeColumnWord(head, frame);
     if (frame[1] == kRowWord) TakeRowWord(head, frame);
 }
 
-void TakeInSbTiming(SimHead& head, const Frame& frame)
+void TakeInSbTiming(HeadRegisters& head, const WireFrame& frame)
 {
     constexpr std::uint8_t kClockDivider = 0;
     constexpr std::uint8_t kFrameSize = 1;
@@ -98,21 +96,21 @@ void TakeInSbTiming(SimHead& head, const Frame& frame)
     }
 }
 
-void TakeClockFrame(SimHead& head, const Frame& frame)
+void TakeClockFrame(HeadRegisters& head, const WireFrame& frame)
 {
     constexpr std::uint8_t kClocksOn = 0x30;
     constexpr std::uint8_t kClocksOff = 0x10;
-    if (head.model == SimModel::kHgCdTe) head.clockIndex = frame[1];
-    if (head.model == SimModel::kInSb && frame[1] == kClocksOn) head.clocksOn = true;
-    if (head.model == SimModel::kInSb && frame[1] == kClocksOff) head.clocksOn = false;
+    if (head.model == HeadModel::kHgCdTe) head.clockIndex = frame[1];
+    if (head.model == HeadModel::kInSb && frame[1] == kClocksOn) head.clocksOn = true;
+    if (head.model == HeadModel::kInSb && frame[1] == kClocksOff) head.clocksOn = false;
 }
 
-void TakeDac(SimHead& head, const Frame& frame)
+void TakeDac(HeadRegisters& head, const WireFrame& frame)
 {
     if (std::has_single_bit(frame[1])) head.dac[static_cast<std::size_t>(std::countr_zero(frame[1]))] = frame[2];
 }
 
-void TakeBiasEnable(SimHead& head, const Frame& frame)
+void TakeBiasEnable(HeadRegisters& head, const WireFrame& frame)
 {
     constexpr std::uint8_t kOn = 3;
     if (frame[1] == kOn || frame[1] == 0) head.biasesOn = frame[1] == kOn;
@@ -120,14 +118,14 @@ void TakeBiasEnable(SimHead& head, const Frame& frame)
 
 }  // namespace
 
-SimHead PowerUpHead(const SimSettings& settings)
+HeadRegisters PowerUpHead(HeadModel model, double clockHz, std::int32_t columns, std::int32_t rows)
 {
-    SimHead head;
-    head.model = settings.model;
-    head.clockHz = settings.clockHz;
-    head.array = {0, static_cast<std::int32_t>(settings.columns) - 1, 0, static_cast<std::int32_t>(settings.rows) - 1};
+    HeadRegisters head;
+    head.model = model;
+    head.clockHz = clockHz;
+    head.array = {0, columns - 1, 0, rows - 1};
     head.window = head.array;
-    if (head.model == SimModel::kHgCdTe) {
+    if (head.model == HeadModel::kHgCdTe) {
         // A fixed frame that always runs.
         head.timingRows = static_cast<std::uint8_t>(std::min(head.array.Rows() / 4, 255));
         head.timingCols = static_cast<std::uint8_t>(std::min(head.array.Columns() / 4, 255));
@@ -136,13 +134,13 @@ SimHead PowerUpHead(const SimSettings& settings)
     return head;
 }
 
-void TakeHeadFrame(SimHead& head, const Frame& frame)
+void TakeHeadFrame(HeadRegisters& head, const WireFrame& frame)
 {
     const auto address = static_cast<std::uint16_t>(frame[0] * 256 + frame[1]);
     head.kept[address] = {frame[2], frame[3]};
     switch (frame[0]) {
         case kInSbTimingReg:
-            if (head.model == SimModel::kInSb) TakeInSbTiming(head, frame);
+            if (head.model == HeadModel::kInSb) TakeInSbTiming(head, frame);
             break;
         case kSerialOrGainReg:
             TakeSerialOrGain(head, frame);
@@ -161,12 +159,12 @@ void TakeHeadFrame(SimHead& head, const Frame& frame)
     }
 }
 
-Frame HeadAnswer(const SimHead& head, const Frame& frame)
+WireFrame HeadAnswer(const HeadRegisters& head, const WireFrame& frame)
 {
-    constexpr Frame kInSbIdentity{0x10, 0x66, 0, 0};
-    constexpr Frame kHgCdTeIdentity{0x20, 0, 0, 0};
+    constexpr WireFrame kInSbIdentity{0x10, 0x66, 0, 0};
+    constexpr WireFrame kHgCdTeIdentity{0x20, 0, 0, 0};
     if (frame[0] != kIdentifyReg) return frame;
-    return head.model == SimModel::kInSb ? kInSbIdentity : kHgCdTeIdentity;
+    return head.model == HeadModel::kInSb ? kInSbIdentity : kHgCdTeIdentity;
 }
 
 namespace {
@@ -223,14 +221,14 @@ bool Holds(std::int32_t value)
            value <= std::int32_t{std::numeric_limits<Register>::max()};
 }
 
-bool IsOnAnArray(const SimWindow& window)
+bool IsOnAnArray(const FocalPlaneWindow& window)
 {
     return window.colStart >= 0 && window.rowStart >= 0 && window.colEnd >= -1 && window.rowEnd >= -1;
 }
 
 }  // namespace
 
-std::string HeadRegistersText(const SimHead& head)
+std::string HeadRegistersText(const HeadRegisters& head)
 {
     std::string text;
     const auto line = [&text](std::string_view name, std::int32_t value) {
@@ -243,9 +241,9 @@ std::string HeadRegistersText(const SimHead& head)
     return text;
 }
 
-bool TakeHeadRegistersText(SimHead& head, std::string_view text)
+bool TakeHeadRegistersText(HeadRegisters& head, std::string_view text)
 {
-    SimHead taken = head;
+    HeadRegisters taken = head;
     bool whole = true;
     VisitRegisters(taken, [&text, &whole]<typename Register>(std::string_view name, Register& value) {
         const auto number = TakeLine(text, name);
@@ -266,24 +264,24 @@ bool TakeHeadRegistersText(SimHead& head, std::string_view text)
     return true;
 }
 
-double PixelClockHz(const SimHead& head)
+double PixelClockHz(const HeadRegisters& head)
 {
     const double divided = head.clockHz / (2.0 * head.clockIndex + 2.0);
-    return head.model == SimModel::kHgCdTe ? divided / 4.0 : divided;
+    return head.model == HeadModel::kHgCdTe ? divided / 4.0 : divided;
 }
 
-double FramePeriodSeconds(const SimHead& head)
+double FramePeriodSeconds(const HeadRegisters& head)
 {
     if (!head.clocksOn) return 0;
     return 16.0 * head.timingRows * head.timingCols / PixelClockHz(head);
 }
 
-double IntegrationSeconds(const SimHead& head)
+double IntegrationSeconds(const HeadRegisters& head)
 {
     constexpr double kHgCdTePartOfPeriod = 32.0;
     constexpr std::uint8_t kLineBias = 2;  // the counter runs two lines ahead
     const double period = FramePeriodSeconds(head);
-    if (head.model == SimModel::kHgCdTe) return period / kHgCdTePartOfPeriod;
+    if (head.model == HeadModel::kHgCdTe) return period / kHgCdTePartOfPeriod;
     const auto lines = static_cast<std::uint8_t>(head.integrationLines - kLineBias);
     const double pixels = lines * 4.0 * head.timingCols + 4.0 * head.integrationCols;
     return std::min(pixels / PixelClockHz(head), period);
