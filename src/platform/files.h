@@ -98,6 +98,10 @@ class NewFile {
     std::string target_;
 };
 
+// Why no new file can take a name, before one begins: "PATH is a directory", or unless it may be replaced "PATH stands
+// already". nullopt: one can.
+std::optional<std::string> WhyNoNewFile(const std::string& path, bool mayReplace);
+
 bool FileExists(std::string_view path);  // a regular file
 bool DirectoryExists(std::string_view path);
 bool NameIsTaken(std::string_view path);      // by anything, a device or a pipe too; links are followed
