@@ -2,7 +2,6 @@
 
 #include "pixel/pixel_pair.h"
 #include "pixel/unsaved_set.h"
-#include "platform/file_as_read.h"
 #include "platform/files.h"
 #include "platform/memory.h"
 #include "platform/text.h"
@@ -20,15 +19,6 @@ namespace {
 
 constexpr std::int32_t kGainsAndOffsets = 2;  // CalType
 constexpr std::size_t kLongestList = std::size_t{64} << 20;
-
-// The list in force as it was last read: windows that follow live video ask for it several times a second.
-struct ReadList {
-    std::string path;
-    FileAsRead file;
-    std::int32_t columns = 0;
-    BadDetMap map;
-};
-std::optional<ReadList> readList;
 
 // What is amiss with a line of a list for frames of columns x rows; else it marks its pixel.
 std::string MarkLine(BadDetMap& map, std::int32_t columns, std::int32_t rows, std::string_view line)
@@ -88,25 +78,13 @@ std::optional<BadDetMap> ListedInForce(std::string& why)
         std::copy_n(unsaved->badDetectors.begin(), std::min(unsaved->badDetectors.size(), map.size()), map.begin());
         return map;
     }
-    if (CalSettings.BadDetFile.empty()) return map;
-    const std::string path = ResolvePath(CalSettings.BadDetFile);
+    const std::string& path = CalSettings.BadDetFile;
+    if (path.empty()) return map;
     if (!FileExists(path)) return std::nullopt;
-    const bool isKnown = readList && readList->path == path && readList->file.IsStill(path) &&
-                         readList->columns == ActiveConfig.Hroi && readList->map.size() == map.size();
-    if (isKnown) {
-        std::ranges::copy(readList->map, map.begin());
-        return map;
-    }
-    readList.reset();
-    const FileAsRead file = FileAsRead::Of(path);
     const ListMarks marks = MarkListed(map, ActiveConfig.Hroi, path);
-    if (!marks.isRead) {
-        why = marks.amiss;
-        return std::nullopt;
-    }
-    // Lines that name no pixel were told when the list was put in force.
-    readList = {.path = path, .file = file, .columns = ActiveConfig.Hroi, .map = map};
-    return map;
+    if (marks.isRead) return map;  // lines that name no pixel were told when the list was put in force
+    why = marks.amiss;
+    return std::nullopt;
 }
 
 std::optional<BadDetMap> BadDetectorsInForce(std::string& why)
@@ -114,11 +92,6 @@ std::optional<BadDetMap> BadDetectorsInForce(std::string& why)
     std::optional<BadDetMap> map = ListedInForce(why);
     if (map && CalType == kGainsAndOffsets) MarkWithoutGain(*map, GainList, DecomList);
     return map;
-}
-
-void ResetBadMarks()
-{
-    readList.reset();
 }
 
 }  // namespace kelvo

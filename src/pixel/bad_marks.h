@@ -30,14 +30,11 @@ ListMarks MarkListed(BadDetMap& map, std::int32_t columns, const std::string& pa
 // Those of the camera's picture, Vroi x Hroi: what the list of the calibration in force names. That is the set's
 // BadDetFile, or its own memory where its files couldn't be written (pixel/unsaved_set.h). nullopt with an empty why:
 // nobody knows, for the list isn't there or the section names no size. With a sentence in why: the list can't be read
-// now, or memory is refused. One that nothing has written since isn't read again.
+// now, or memory is refused.
 std::optional<BadDetMap> ListedInForce(std::string& why);
 // And those whose detectors have no gain, where gains are in force.
 std::optional<BadDetMap> BadDetectorsInForce(std::string& why);
 // Why is what they leave empty: "The list of bad detectors isn't there."
 inline constexpr std::string_view kNoListInForce = "The list of bad detectors isn't there.";
-
-// No list is known from before.
-void ResetBadMarks();
 
 }  // namespace kelvo

@@ -113,7 +113,7 @@ bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists);
 bool MoveFileTo(std::string_view from, std::string_view to);
 std::optional<std::time_t> FileModificationTime(std::string_view path);
 
-// The whole file; nullopt if it can't be opened or is longer than limit.
+// The whole file; nullopt if it can't be opened or read, or is longer than limit (errno EFBIG).
 std::optional<std::string> ReadWholeFile(std::string_view path, std::size_t limit);
 // All or nothing: written beside the target (links followed), flushed to the disk, renamed over it. The target keeps
 // its permissions. On failure false, and the target stays as it was.

@@ -2,7 +2,6 @@
 
 #include "pixel/unsaved_set.h"
 #include "platform/faults.h"
-#include "platform/file_as_read.h"
 #include "platform/memory.h"
 #include "state/cal_settings_write.h"
 #include "state/cal_state_write.h"
@@ -12,12 +11,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
 #include <limits>
 #include <string>
-#include <thread>
-#include <utility>
 
 namespace kelvo {
 namespace {
@@ -73,7 +69,6 @@ TEST_F(Listed, InForceIsTheFileThatTheSettingsName)
 {
     PutFile(list, "   1,   2\nwords\n");
     EXPECT_THAT(ListedInForce(why), Optional(ElementsAre(0, 0, 0, 0, 0, 1)));
-    PutFile(list, "   1,   2\nother words\n");
     SetFault("disk read", true);
     EXPECT_EQ(ListedInForce(why), std::nullopt);
     EXPECT_EQ(why, "a.bad can't be read.");
@@ -89,23 +84,6 @@ TEST_F(Listed, InForceIsTheFileThatTheSettingsName)
     EXPECT_THAT(ListedInForce(why), Optional(ElementsAre(0, 0, 0, 0, 0, 0)));
     write::camera.ActiveConfig.Hroi = 0;
     EXPECT_EQ(ListedInForce(why), std::nullopt);
-}
-
-TEST_F(Listed, InForceIsReadAgainOnlyWhereTheListOrTheFrameIsAnotherOne)
-{
-    PutFile(list, "   1,   2\n");
-    while (!FileAsRead::Of(list).IsStill(list)) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    write::calSet.CalSettings.BadDetFile = directory / "A.BAD";
-    EXPECT_THAT(ListedInForce(why), Optional(ElementsAre(0, 0, 0, 0, 0, 1)));
-    SetFault("disk read", true);
-    EXPECT_THAT(ListedInForce(why), Optional(ElementsAre(0, 0, 0, 0, 0, 1)));
-    std::swap(write::camera.ActiveConfig.Hroi, write::camera.ActiveConfig.Vroi);  // as many pixels
-    EXPECT_EQ(ListedInForce(why), std::nullopt);
-    ClearFaults();
-    std::swap(write::camera.ActiveConfig.Hroi, write::camera.ActiveConfig.Vroi);
-    EXPECT_THAT(ListedInForce(why), Optional(ElementsAre(0, 0, 0, 0, 0, 1)));
-    PutFile(list, "   0,   1\n");  // as long as the former
-    EXPECT_THAT(ListedInForce(why), Optional(ElementsAre(0, 1, 0, 0, 0, 0)));
 }
 
 TEST_F(Listed, InForceIsTheMapOfASetWithoutFiles)

@@ -39,7 +39,6 @@
 #include "imagefile/tiff_file.h"
 #include "output/print_image.h"
 #include "output/print_page.h"
-#include "pixel/bad_marks.h"
 #include "pixel/bad_pixels.h"
 #include "pixel/region_marks.h"
 #include "pixel/unsaved_set.h"
@@ -159,7 +158,6 @@ constexpr void (*kModules[])() = {
     ResetFrameRateTable,
     ResetSettings,
     ResetBadPixels,
-    ResetBadMarks,
     ResetRegionMarks,
     ResetLineSettings,
     ResetLinePlotView,
