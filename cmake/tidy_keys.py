@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """tidy_keys.py BUILD SOURCE...: one line a source, "KEY SOURCE". The key stands for all that a check of the source depends on: clang-tidy, its configuration,
-the compile command, the source and each file of the tree that it includes, as the build has found them. Where the tree lies has no part in it. A source that the build doesn't know, or not as
-it stands now, has the key "-": nothing is known of it."""
+the compile command, the source and each file of the tree that it includes, as the build has found them. Where the tree lies has no part in it. A source that
+the build doesn't know, or not as it stands now, has the key "-": nothing is known of it."""
 import hashlib
 import json
 import pathlib

@@ -153,10 +153,6 @@ NoisePair PairOf(const CalibrationSet& set)
 bool ReadSetFor(const StoredFrames& file, const std::string& path, CalibrationSet& set, BadDetMap& bad,
                 std::string& why)
 {
-    if (!FileExists(path)) {
-        why = FileNameOf(path) + " can't be opened.";
-        return false;
-    }
     set = ReadSet(path, file.Pixels());
     std::optional<BadDetMap> map =
         BadDetectorsOfSet(set, static_cast<std::int32_t>(file.Columns()), static_cast<std::int32_t>(file.Rows()), why);

@@ -38,8 +38,7 @@ std::string Note(std::string_view name, std::string_view value)
 // "231 pixels, 3 bad ones left out, emissivity 0.8, reflected 30 \xB0C"
 std::string WhatIsMeasured(const TraceLine& line)
 {
-    std::string text = Format("%zu pixels", line.pixels);
-    if (line.leftOut > 0) text += Format(", %zu bad %s left out", line.leftOut, line.leftOut == 1 ? "one" : "ones");
+    std::string text = Format("%zu pixels", line.pixels) + LeftOutText(line);
     if (!line.surface.empty()) text += ", " + line.surface;
     return text;
 }
@@ -123,6 +122,12 @@ std::vector<double> MeansOf(const TraceLine& line, const TraceScale& scale)
     means.reserve(line.points.size());
     for (const TracePoint& point : line.points) means.push_back(ValueOf(point, scale).mean);
     return means;
+}
+
+std::string LeftOutText(const TraceLine& line)
+{
+    if (line.leftOut == 0) return {};
+    return Format(", %zu bad %s left out", line.leftOut, line.leftOut == 1 ? "one" : "ones");
 }
 
 std::string FramesOfSpectrum(const Spectrum& spectrum, std::size_t frames)

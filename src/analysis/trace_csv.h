@@ -29,6 +29,8 @@ std::string CsvField(std::string_view text);
 
 // The means of a line, frame by frame.
 std::vector<double> MeansOf(const TraceLine& line, const TraceScale& scale);
+// ", 3 bad ones left out", behind a number of pixels; empty: none is.
+std::string LeftOutText(const TraceLine& line);
 // "101 to 300 of 500 frames": those that a spectrum is of, from 1.
 std::string FramesOfSpectrum(const Spectrum& spectrum, std::size_t frames);
 

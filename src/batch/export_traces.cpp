@@ -23,9 +23,7 @@ using Failure = std::optional<std::string>;
 std::vector<Region> RegionsToTrace(const TracesWish& wish, const StoredFrames& frames)
 {
     if (!wish.regions.empty()) return wish.regions;
-    const auto right = static_cast<std::int32_t>(frames.Columns()) - 1;
-    const auto bottom = static_cast<std::int32_t>(frames.Rows()) - 1;
-    return {{.name = "picture", .place = {0, 0, right, bottom}}};
+    return {WholePicture(static_cast<std::int32_t>(frames.Columns()), static_cast<std::int32_t>(frames.Rows()))};
 }
 
 Failure WhyRefused(const TracesWish& wish)
@@ -34,9 +32,7 @@ Failure WhyRefused(const TracesWish& wish)
     if (std::filesystem::equivalent(ResolvePath(wish.out), ResolvePath(wish.in), none)) {
         return wish.out + " is the file that is exported";
     }
-    if (DirectoryExists(wish.out)) return wish.out + " is a directory";
-    if (!wish.replace && FileExists(wish.out)) return wish.out + " stands already";
-    return std::nullopt;
+    return WhyNoNewFile(wish.out, wish.replace);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "state/windows.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <vector>
 
@@ -65,15 +66,13 @@ bool WriteJournal(const Journal& journal)
     return ReplaceFile(JournalPath(), text + '\n' + journal.calPath);
 }
 
-std::optional<Journal> ReadJournal()
+std::optional<Journal> JournalOf(const std::string& text)
 {
-    const std::optional<std::string> text = ReadWholeFile(JournalPath(), kLongestJournal);
-    if (!text) return std::nullopt;
-    const std::size_t end = text->find('\n');
+    const std::size_t end = text.find('\n');
     if (end == std::string::npos) return std::nullopt;
     Journal journal;
-    journal.calPath = text->substr(end + 1);
-    std::string_view line = std::string_view(*text).substr(0, end);
+    journal.calPath = text.substr(end + 1);
+    std::string_view line = std::string_view(text).substr(0, end);
     const std::size_t stateEnd = std::min(line.find(' '), line.size());
     journal.state = line.substr(0, stateEnd);
     line.remove_prefix(stateEnd);
@@ -81,6 +80,12 @@ std::optional<Journal> ReadJournal()
         if (line.find(extension) != std::string_view::npos) journal.present.emplace_back(extension);
     }
     return journal;
+}
+
+std::optional<Journal> ReadJournal()
+{
+    const std::optional<std::string> text = ReadWholeFile(JournalPath(), kLongestJournal);
+    return text ? JournalOf(*text) : std::nullopt;
 }
 
 bool HoldsExtension(const Journal& journal, std::string_view extension)
@@ -141,9 +146,11 @@ bool Finish(const Journal& journal)
 // False where copies of an earlier replacement still wait to be put back.
 bool FinishEarlierOne()
 {
-    const std::optional<Journal> journal = ReadJournal();
-    if (journal) return Finish(*journal);
-    return Gone(JournalPath());  // one that can't be read tells nothing
+    const std::string path = JournalPath();
+    const std::optional<std::string> text = ReadWholeFile(path, kLongestJournal);
+    if (!text && errno != EFBIG) return !FileExists(path);  // the copies wait until it can be read
+    const std::optional<Journal> journal = text ? JournalOf(*text) : std::nullopt;
+    return journal ? Finish(*journal) : Gone(path);  // one that makes no sense tells nothing
 }
 
 // Files out of reach don't keep the operator from the next calibration: the start told of them, and their copies stay.

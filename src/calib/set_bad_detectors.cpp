@@ -46,7 +46,7 @@ std::optional<BadDetMap> BadDetectorsOfSet(const CalibrationSet& set, std::int32
         return std::nullopt;
     }
     if (!set.typeText) {
-        why = FileNameOf(set.calPath) + " can't be read.";
+        why = FileNameOf(set.calPath) + (FileExists(set.calPath) ? " can't be read." : " can't be opened.");
         return std::nullopt;
     }
     BadDetMap map;
@@ -70,10 +70,6 @@ std::optional<BadDetMap> BadDetectorsOfSet(const CalibrationSet& set, std::int32
 std::optional<BadDetMap> BadDetectorsOfSet(const std::string& calPath, std::int32_t columns, std::int32_t rows,
                                            std::string& why)
 {
-    if (!FileExists(calPath)) {
-        why = FileNameOf(calPath) + " can't be opened.";
-        return std::nullopt;
-    }
     const std::int64_t pixels = std::int64_t{columns} * rows;
     const bool isFrame = columns > 0 && rows > 0;
     return BadDetectorsOfSet(isFrame ? ReadSet(calPath, static_cast<std::size_t>(pixels)) : CalibrationSet(), columns,

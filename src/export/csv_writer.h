@@ -1,7 +1,7 @@
 // A frame as text: lines of comma-separated values (RFC 4180, lines end with a line feed), a row of the picture a line,
 // behind lines that begin with "# " and tell the provenance. Decimal points whatever the locale; floats in the shortest
-// form that reads back to the same bits, bad detectors as "nan", a pixel
-// outside of the region as an empty field in any form.
+// form that reads back to the same bits, bad detectors as "nan", a pixel outside of the region as an empty field in any
+// form.
 #pragma once
 
 #include "export/frame_sink.h"

@@ -57,8 +57,7 @@ class ExportedPicture {
 
 // When a frame was taken, as a picture tells it: in UTC where its recording knows that
 // ("2026-11-18T11:06:40.123456789Z"), otherwise of a sequence the seconds since its first frame ("0.050000 s"),
-// otherwise the header's time
-// ("2026-11-18T12:06:40 local time"). Empty where none is known.
+// otherwise the header's time ("2026-11-18T12:06:40 local time"). Empty where none is known.
 std::string TimeOfPicture(const FrameTiming& timing, std::string_view localTime, bool isSequence);
 
 }  // namespace kelvo

@@ -37,9 +37,7 @@ std::string OutsideRunsJson(const ExportDescription& description)
 
 ExportFailure FrameSink::WhyRefused(const std::string& path) const
 {
-    if (DirectoryExists(path)) return path + " is a directory";
-    if (!replace_ && FileExists(path)) return path + " stands already";
-    return std::nullopt;
+    return WhyNoNewFile(path, replace_);
 }
 
 ExportFailure FrameSink::BeginFile(std::optional<NewFile>& file, const std::string& path) const

@@ -555,6 +555,13 @@ std::string NewFile::LeaveBeside()
     return std::exchange(name_, {});
 }
 
+std::optional<std::string> WhyNoNewFile(const std::string& path, bool mayReplace)
+{
+    if (DirectoryExists(path)) return path + " is a directory";
+    if (!mayReplace && FileExists(path)) return path + " stands already";
+    return std::nullopt;
+}
+
 bool FileExists(std::string_view path)
 {
     const auto status = StatusOf(path);

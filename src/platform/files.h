@@ -98,6 +98,10 @@ class NewFile {
     std::string target_;
 };
 
+// Why no new file can take a name, before one begins: "PATH is a directory", or unless it may be replaced "PATH stands
+// already". nullopt: one can.
+std::optional<std::string> WhyNoNewFile(const std::string& path, bool mayReplace);
+
 bool FileExists(std::string_view path);  // a regular file
 bool DirectoryExists(std::string_view path);
 bool NameIsTaken(std::string_view path);      // by anything, a device or a pipe too; links are followed
@@ -109,7 +113,7 @@ bool CopyFileTo(std::string_view from, std::string_view to, bool failIfExists);
 bool MoveFileTo(std::string_view from, std::string_view to);
 std::optional<std::time_t> FileModificationTime(std::string_view path);
 
-// The whole file; nullopt if it can't be opened or is longer than limit.
+// The whole file; nullopt if it can't be opened or read, or is longer than limit (errno EFBIG).
 std::optional<std::string> ReadWholeFile(std::string_view path, std::size_t limit);
 // All or nothing: written beside the target (links followed), flushed to the disk, renamed over it. The target keeps
 // its permissions. On failure false, and the target stays as it was.

@@ -1,11 +1,10 @@
 #include "platform/profile.h"
 
 #include "platform/box.h"
+#include "platform/file_as_read.h"
 #include "platform/files.h"
 #include "platform/profile_text.h"
 #include "platform/text.h"
-
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -31,31 +30,10 @@ struct Edit {
     std::optional<std::string> fileEnd = {};  // a section that becomes empty goes, and the file ends so
 };
 
-// What tells that a file on the disk is another one than was read.
-struct DiskIdentity {
-    dev_t device = 0;
-    ino_t inode = 0;
-    off_t size = -1;  // -1: no file
-    timespec modified{};
-    timespec changed{};
-};
-
-bool Same(const timespec& a, const timespec& b)
-{
-    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-}
-
-bool Same(const DiskIdentity& a, const DiskIdentity& b)
-{
-    return a.device == b.device && a.inode == b.inode && a.size == b.size && Same(a.modified, b.modified) &&
-           Same(a.changed, b.changed);
-}
-
 struct Profile {
-    DiskIdentity identity;
-    bool settled = false;  // false: written so lately that the next change might bear the same time
-    int readError = 0;     // the file stands but can't be read: it must not be replaced by one of ours
-    std::string onDisk;    // its contents when it was last read
+    FileAsRead file;
+    int readError = 0;   // the file stands but can't be read: it must not be replaced by one of ours
+    std::string onDisk;  // its contents when it was last read
     std::vector<Edit> edits;
     bool told = false;  // the operator knows that it can't be written
     int holders = 0;    // while there is one it isn't read again
@@ -105,24 +83,6 @@ std::string WithEdit(std::string_view contents, const Edit& edit)
     return WithProfileKey(contents, edit.section, edit.key, &value);
 }
 
-DiskIdentity IdentityOf(const std::string& path)
-{
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return {};
-    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
-}
-
-// File times advance in steps of some milliseconds: a file younger than this may change again within the same step.
-bool IsSettled(const DiskIdentity& identity)
-{
-    constexpr std::int64_t kStepNs = 100000000;
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    const std::int64_t ageNs =
-        (now.tv_sec - identity.changed.tv_sec) * 1000000000LL + (now.tv_nsec - identity.changed.tv_nsec);
-    return identity.size < 0 || ageNs > kStepNs;
-}
-
 void Reindex(Profile& profile)
 {
     profile.current = profile.onDisk;
@@ -134,14 +94,13 @@ void Reindex(Profile& profile)
 void Refresh(const std::string& path, Profile& profile)
 {
     if (profile.holders > 0) return;
-    const DiskIdentity identity = IdentityOf(path);
-    if (profile.settled && Same(identity, profile.identity)) return;
+    if (profile.file.IsStill(path)) return;
+    profile.file = FileAsRead::Of(path);
     auto contents = ReadWholeFile(path, kLargestProfile);
     const int reason = errno;
     profile.readError = contents || reason == ENOENT || reason == ENOTDIR ? 0 : reason;
-    profile.identity = identity;
     // One that couldn't be read is tried again each time: its pending values wait for it.
-    profile.settled = profile.readError == 0 && IsSettled(identity);
+    if (profile.readError != 0) profile.file = {};
     if (contents && *contents == profile.onDisk) return;
     profile.onDisk = contents ? std::move(*contents) : std::string();
     Reindex(profile);
@@ -181,8 +140,7 @@ int Write(const std::string& path, Profile& profile)
     if (profile.current != profile.onDisk) {
         if (!ReplaceFile(path, profile.current)) return errno != 0 ? errno : EIO;
         profile.onDisk = profile.current;
-        profile.identity = IdentityOf(path);
-        profile.settled = false;
+        profile.file = {};
     }
     profile.edits.clear();
     return 0;

@@ -116,11 +116,7 @@ std::optional<ShownLine> ChosenLine(HWND dialog, const Trace& trace)
 // The view's regions; the whole picture where there are none.
 std::vector<Region> RegionsToTrace(std::int32_t columns, std::int32_t rows)
 {
-    if (!Regions.empty()) return Regions;
-    Region picture;
-    picture.name = "picture";
-    picture.place = {0, 0, columns - 1, rows - 1};
-    return {picture};
+    return Regions.empty() ? std::vector<Region>{WholePicture(columns, rows)} : Regions;
 }
 
 // ---- What is plotted
@@ -249,13 +245,6 @@ void ShowMeans(HWND dialog, const Trace& trace, const std::optional<ShownLine>& 
     SetDlgItemText(dialog, kDeviation, frames > 1 ? text(std::sqrt(squares / (frames - 1))) : "-");
 }
 
-std::string PixelsText(const TraceLine& line)
-{
-    std::string text = Format("%zu", line.pixels);
-    if (line.leftOut > 0) text += Format(", %zu bad %s left out", line.leftOut, line.leftOut == 1 ? "one" : "ones");
-    return text;
-}
-
 std::string GapsText(const Trace& trace)
 {
     const std::vector<TraceGap> gaps = TraceGapsOf(trace.frames);
@@ -275,7 +264,7 @@ void ShowFigures(HWND dialog)
     SetDlgItemText(dialog, kTime, isTimed ? Format("%.3f s", SecondsOf(trace.frames.back())) : "-");
     SetDlgItemText(dialog, kGaps, trace.frames.empty() ? "-" : GapsText(trace));
     const std::optional<ShownLine> line = ChosenLine(dialog, trace);
-    SetDlgItemText(dialog, kPixels, line ? PixelsText(line->line) : "-");
+    SetDlgItemText(dialog, kPixels, line ? std::to_string(line->line.pixels) + LeftOutText(line->line) : "-");
     ShowMeans(dialog, trace, line);
 }
 

@@ -3,12 +3,16 @@
 #include "calib/set_bad_detectors.h"
 #include "grabber/frame_size.h"
 #include "pixel/bad_marks.h"
+#include "platform/file_as_read.h"
+#include "platform/files.h"
 #include "state/frame_state.h"
 #include "state/state_registry.h"
 #include "viewing/fitted_contrast.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -20,25 +24,50 @@ struct Choice {
 };
 Choice choice;
 
+struct SetFile {
+    std::string path;
+    FileAsRead file;
+};
+
 // The chosen set as it was read for a size of frame, or why it couldn't be.
 struct ReadForView {
     std::string set;
     Point size{};
-    BadDetMap map;
-    std::string why;
+    std::vector<SetFile> files{};  // that say which are bad
+    BadDetMap map{};
+    std::string why{};
 };
 std::optional<ReadForView> readSet;
 BadDetMap onView;
 
+bool IsUnchanged(const SetFile& of)
+{
+    return of.file.IsStill(ResolvePath(of.path));
+}
+
+ReadForView ReadForFrames(const std::string& path, const Point& size)
+{
+    ReadForView read{.set = path, .size = size};
+    const auto note = [&read](const std::string& file) {
+        read.files.push_back({file, FileAsRead::Of(ResolvePath(file))});
+    };
+    note(path);
+    const std::int64_t pixels = std::int64_t{size.x} * size.y;
+    const CalibrationSet set = ReadSet(path, static_cast<std::size_t>(std::max<std::int64_t>(pixels, 0)));
+    note(set.gains.path);
+    note(set.decom.path);
+    if (const std::string list = set.badDetFile.value_or(""); !list.empty()) note(InSetDirectory(path, list));
+    std::optional<BadDetMap> map = BadDetectorsOfSet(set, size.x, size.y, read.why);
+    if (map) read.map = std::move(*map);
+    return read;
+}
+
 const ReadForView& SetForView(const std::string& path)
 {
     const Point size = FrameSizeOnView();
-    if (!readSet || readSet->set != path || readSet->size != size) {
-        readSet = {.set = path, .size = size, .map = {}, .why = {}};
-        if (std::optional<BadDetMap> map = BadDetectorsOfSet(path, size.x, size.y, readSet->why)) {
-            readSet->map = std::move(*map);
-        }
-    }
+    const bool isRead =
+        readSet && readSet->set == path && readSet->size == size && std::ranges::all_of(readSet->files, IsUnchanged);
+    if (!isRead) readSet = ReadForFrames(path, size);
     return *readSet;
 }
 
@@ -82,7 +111,7 @@ std::string WhyNoneIsLeftOut()
     if (!LeaveBadDetectorsOut || !(ViewingFile || CameraOn)) return {};
     if (!ViewingFile) {
         std::string why;
-        const bool isKnown = BadDetectorsInForce(why).has_value();
+        const bool isKnown = ListedInForce(why).has_value();
         return isKnown || !why.empty() ? why : std::string(kNoListInForce);
     }
     if (BadDetectorSet.empty()) return "A file doesn't tell of bad detectors: name the set that it was made with.";

@@ -19,8 +19,9 @@ void ChooseBadDetectors(bool leaveOut);
 // Without a frame on view it is taken as it is, and read with the next. An empty path names none.
 bool NameBadDetectorSet(const std::string& calPath, std::string& why);
 
-// The map for the frame on view, by the choice; empty: nothing is left out. A set is read once for each size of frame;
-// one that doesn't fit the frame on view leaves nothing out, and WhyNoneIsLeftOut says so.
+// The map for the frame on view, by the choice; empty: nothing is left out. A set is read again where one of its files,
+// or the size of the frame, is another one; one that doesn't fit the frame on view leaves nothing out, and
+// WhyNoneIsLeftOut says so.
 const BadDetMap& BadDetectorsOnView();
 // Why bad detectors of the frame on view stay in though they are to be left out, a whole sentence; empty: they don't.
 std::string WhyNoneIsLeftOut();

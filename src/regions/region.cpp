@@ -126,4 +126,9 @@ std::size_t PixelCountOf(const std::vector<PixelRun>& runs)
     return pixels;
 }
 
+Region WholePicture(std::int32_t columns, std::int32_t rows)
+{
+    return {.name = "picture", .place = {0, 0, columns - 1, rows - 1}};
+}
+
 }  // namespace kelvo

@@ -50,4 +50,7 @@ std::vector<PixelRun> PixelsOf(RegionShape shape, const RegionPlace& place, std:
 
 std::size_t PixelCountOf(const std::vector<PixelRun>& runs);
 
+// All of a frame, as "picture": what is measured where there are no regions.
+Region WholePicture(std::int32_t columns, std::int32_t rows);
+
 }  // namespace kelvo

@@ -32,9 +32,8 @@ using TraceProgress = std::function<bool(std::int64_t read, std::int64_t of)>;
 // One point for each frame of the range, of the counts that viewing the file shows. Times and missing frames are those
 // of the journal where it tells of every frame of the range; otherwise the frames follow each other at the header's
 // rate, and without one no time is known. Its units are those of the file's header; not while another UnitScope lives.
-// nullopt with a sentence in why: the range lies outside of the file, a region outside
-// of its frames or has but bad pixels, a frame can't be read, memory is refused; with an empty one where progress
-// stopped it. Blocks.
+// nullopt with a sentence in why: the range lies outside of the file, a region outside of its frames or has but bad
+// pixels, a frame can't be read, memory is refused; with an empty one where progress stopped it. Blocks.
 std::optional<Trace> TraceOfFile(StoredFrames& file, std::span<const Region> regions, const FileTraceOptions& options,
                                  const TraceProgress& progress, std::string& why);
 

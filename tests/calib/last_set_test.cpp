@@ -2,6 +2,7 @@
 #include "calib/last_set.h"
 
 #include "calib/calibration_set.h"
+#include "platform/faults.h"
 #include "platform/files.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -217,6 +218,26 @@ TEST_F(LastSet, AnUndoBrokenOffAtItsLastStepKeepsWhatIsBack)
     EXPECT_EQ(FinishInterruptedReplacement(), 1);
     EXPECT_EQ(Contents(Last(".cal")), kOldSet);
     EXPECT_THAT(Names(), SizeIs(7));
+}
+
+TEST_F(LastSet, AJournalThatCantBeReadNowIsFollowedOnceItCan)
+{
+    PutSet(Last(".cal"), "old");
+    InAnotherProcess([&] {
+        SetReplacement last(LastCalPath());
+        if (!last.Begin()) _exit(1);
+        PutSet(Last(".cal"), "new");
+        _exit(0);
+    });
+    SetFault("disk read", true);
+    EXPECT_EQ(FinishInterruptedReplacement(), 0);
+    EXPECT_EQ(SetReplacement(LastCalPath()).Begin(), 0);
+    ClearFaults();
+    EXPECT_EQ(FinishInterruptedReplacement(), 1);
+    EXPECT_EQ(Contents(Last(".cal")), kOldSet);
+    EXPECT_THAT(Names(), SizeIs(7));
+    ASSERT_THAT(BoxesShown(), SizeIs(1));
+    EXPECT_THAT(BoxesShown()[0].text, StartsWith("The files of this calibration couldn't be put back:\n"));
 }
 
 TEST_F(LastSet, AJournalOfAnyBytesHarmsNothing)

@@ -13,10 +13,18 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <ostream>
 #include <string>
 #include <vector>
 
 namespace kelvo {
+
+// By its name, not by its addresses, which are others in each build.
+static void PrintTo(const ExportFormatNames& names, std::ostream* out)
+{
+    *out << names.word;
+}
+
 namespace {
 
 // Three frames of 2 x 3 counts that count up.

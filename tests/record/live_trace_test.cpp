@@ -26,6 +26,13 @@ class LiveTraceTest : public RecorderTest {
             {.number = 1, .name = "R1", .shape = RegionShape::kRectangle, .place = {30, 10, 50, 20}, .reflectedC = {}}};
     }
     void GoBehind(std::int64_t number) const { AdvanceVirtualClock(grabUs + number * 10'000 + 5'000 - TickUs()); }
+    void RecordFive()
+    {
+        RecorderSettings settings = Settings();
+        settings.length = RecordLength::kFrames;
+        settings.frames = 5;
+        Start(settings);
+    }
     // The counts of the region: image pixel i is detector 81919 - i by the table.
     std::vector<double> CountsOf(std::int64_t number) const
     {
@@ -131,10 +138,7 @@ TEST_F(LiveTraceTest, GoesOnThroughARecording)
 {
     std::string why;
     ASSERT_TRUE(StartLiveTrace(OneRegion(), why)) << why;
-    RecorderSettings settings = Settings();
-    settings.length = RecordLength::kFrames;
-    settings.frames = 5;
-    Start(settings);
+    RecordFive();
     GoBehind(20);
     TendRecorder();
     EXPECT_FALSE(RecorderRuns());
@@ -150,10 +154,7 @@ TEST_F(LiveTraceTest, SaysSoWhereItCannotGoOnBehindARecording)
 {
     std::string why;
     ASSERT_TRUE(StartLiveTrace(OneRegion(), why)) << why;
-    RecorderSettings settings = Settings();
-    settings.length = RecordLength::kFrames;
-    settings.frames = 5;
-    Start(settings);
+    RecordFive();
     GoBehind(20);
     FailAllocation(1);  // the capture for the trace alone
     TendRecorder();

@@ -53,6 +53,24 @@ TEST(BadDetectorSet, AnswersForAFileOnViewOnceItIsNamed)
     EXPECT_THAT(WhyNoneIsLeftOut(), HasSubstr("another size"));
 }
 
+TEST(BadDetectorSet, IsReadAgainWhereItsListIsWrittenAnew)
+{
+    TempDirectory directory;
+    const std::string cal = directory / "a.cal";
+    PutFile(cal, "[Calibration]\nCalType=1\nDecomFile=a.dcm\nBadDetFile=a.bad\n");
+    PutFile(directory / "a.dcm", std::string(6 * sizeof(std::uint32_t), '\0'));
+    PutFile(directory / "a.bad", "   1,   2\n");
+    write::frames.ViewingFile = 1;
+    write::file.ImageHeader.ImageWidth = 3;
+    write::file.ImageHeader.ImageHeight = 2;
+    ChooseBadDetectors(true);
+    std::string why;
+    ASSERT_TRUE(NameBadDetectorSet(cal, why)) << why;
+    EXPECT_THAT(BadDetectorsOnView(), ElementsAre(0, 0, 0, 0, 0, 1));
+    PutFile(directory / "a.bad", "   0,   1\n");
+    EXPECT_THAT(BadDetectorsOnView(), ElementsAre(0, 1, 0, 0, 0, 0));
+}
+
 TEST(BadDetectorSet, IsTheListInForceForTheCamerasPicture)
 {
     TempDirectory directory;

@@ -22,8 +22,20 @@ if row.prepare then row.prepare() end
 local base = {}
 for _, extension in ipairs { ".gai", ".off", ".dcm", ".bad", ".noi", ".cal" } do base[extension] = readfile(datadir() .. "/base" .. extension) end
 
+-- What a replacement of a set's files couldn't clear away: the next one would, be it one that fails, and how many reads an operation takes isn't always
+-- the same, since settings that nobody has written for a tenth of a second aren't read again.
+local function clear_away()
+  os.remove(datadir() .. "/.calibration.journal")
+  for _, name in ipairs { "base", "copy", "Last" } do
+    for _, extension in ipairs { ".gai", ".off", ".dcm", ".bad", ".noi", ".cal", ".report.txt" } do
+      os.remove(("%s/.%s%s.former"):format(datadir(), name, extension))
+    end
+  end
+end
+
 -- The set of data/base.cal, as it was at first, in force.
 local function begin_anew()
+  clear_away()
   for extension, bytes in pairs(base) do
     local out <close> = assert(io.open(datadir() .. "/base" .. extension, "wb"))
     out:write(bytes)
