@@ -32,6 +32,7 @@
 #include "grabber/recording.h"
 #include "head/advanced_dialog.h"
 #include "head/camera_head.h"
+#include "head/camera_report.h"
 #include "head/comm_link.h"
 #include "head/scope_frame.h"
 #include "head/video_setup_dialog.h"
@@ -137,6 +138,7 @@ constexpr void (*kModules[])() = {
     ResetScript,  // these are closed while there is an application
     ResetExternalSignal,
     ResetPlatform,
+    ForgetCameraReport,
     ResetWindows,
     ResetFrameState,
     ResetDisplayState,
