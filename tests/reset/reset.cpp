@@ -23,6 +23,8 @@
 #include "display/display_pipeline.h"
 #include "export/export_dialog.h"
 #include "export/export_script.h"
+#include "fileboard/file_bench.h"
+#include "fileboard/file_camera.h"
 #include "grabber/board.h"
 #include "grabber/copm2.h"
 #include "grabber/correction.h"
@@ -184,6 +186,9 @@ constexpr void (*kModules[])() = {
     ForgetSimCameras,
     ResetSimBoard,
     ResetBenchWindow,
+    ForgetFileCameras,
+    ResetFileBoard,
+    ResetFileBench,
     ResetImageCursor,
     RestartLiveRate,
     ResetVideo,
