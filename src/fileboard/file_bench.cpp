@@ -53,7 +53,7 @@ void ShowPlaying(HWND dialog, const FileSourceState& state)
     ShowText(dialog, kFileBenchFrame,
              Format("%lld of %lld%s", static_cast<long long>(state.playing), static_cast<long long>(state.frames),
                     state.ended ? ", ended" : ""));
-    ShowText(dialog, kFileBenchLost, Format("%lld frames", static_cast<long long>(state.lost)));
+    ShowText(dialog, kFileBenchLost, std::to_string(state.lost));
 }
 
 void ShowCamera(HWND dialog)

@@ -321,8 +321,8 @@ std::string RateNote(const FileCamera& camera)
                       source.RateHz());
     }
     if (periodSeconds <= 0 || IsNear(1 / periodSeconds, source.RateHz(), kSameRate)) return {};
-    return Format("The frame rate is that of %s, %.2f Hz. The head was set to %.2f Hz.", source.Name().c_str(),
-                  source.RateHz(), 1 / periodSeconds);
+    return Format("%s is played at %.2f Hz. The head was set to %.2f Hz.", source.Name().c_str(), source.RateHz(),
+                  1 / periodSeconds);
 }
 
 std::string IntegrationNote(const FileCamera& camera)

@@ -244,7 +244,7 @@ TEST_F(FileBoard, WhatWasAskedOtherwiseIsNotedOnce)
         AnswerFileFrame(*camera, sent);
     }
     EXPECT_THAT(icp_take_notes(icp),
-                ElementsAre("The frame rate is that of scene.seq, 50.00 Hz. The head was set to 48.83 Hz.",
+                ElementsAre("scene.seq is played at 50.00 Hz. The head was set to 48.83 Hz.",
                             "The integration time is that of scene.seq, 5.000 ms. The head was set to 19.400 ms."));
     EXPECT_THAT(icp_take_notes(icp), IsEmpty());
     AnswerFileFrame(*camera, {0x50, 0, 0, 2});
