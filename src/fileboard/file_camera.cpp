@@ -48,8 +48,10 @@ struct FileCamera {
 
     mutable std::recursive_mutex mutex;  // of all above; some calls work through others
 
+    // NOLINTBEGIN(bugprone-unchecked-optional-access): the source in front has a recording
     RecordedSource& InFront() { return *sources.at(static_cast<std::size_t>(source)); }
     const RecordedSource& InFront() const { return *sources.at(static_cast<std::size_t>(source)); }
+    // NOLINTEND(bugprone-unchecked-optional-access)
 };
 
 namespace {
@@ -330,12 +332,13 @@ std::string IntegrationNote(const FileCamera& camera)
     const RecordedSource& source = camera.InFront();
     if (FramePeriodSeconds(camera.head) <= 0) return {};
     const double askedMs = IntegrationSeconds(camera.head) * kMsPerSecond;
-    if (!source.IntegrationMs()) {
+    const std::optional<double> recordedMs = source.IntegrationMs();
+    if (!recordedMs) {
         return source.Name() + " doesn't tell its integration time: that of the head's settings is shown.";
     }
-    if (IsNear(askedMs, *source.IntegrationMs(), kSameIntegration)) return {};
+    if (IsNear(askedMs, *recordedMs, kSameIntegration)) return {};
     return Format("The integration time is that of %s, %.3f ms. The head was set to %.3f ms.", source.Name().c_str(),
-                  *source.IntegrationMs(), askedMs);
+                  *recordedMs, askedMs);
 }
 
 std::string WindowNote(const FileCamera& camera)

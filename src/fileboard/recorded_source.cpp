@@ -137,7 +137,7 @@ bool RecordedSource::OpenFiles(const std::vector<std::string>& paths, std::strin
         std::string why;
         std::optional<StoredFrames> file = StoredFrames::Open(path, why);
         if (!file) {
-            error = path + ' ' + why + '.';
+            error = Format("%s %s.", path.c_str(), why.c_str());
             return false;
         }
         if (file->AreCorrected()) {

@@ -21,12 +21,22 @@
 namespace kelvo {
 namespace {
 
+// What can be wired in platform.ini: the heads at its ports, and the board.
+struct Camera {
+    void (*registerHeads)();
+    void (*registerBoard)();
+};
+constexpr Camera kCameras[] = {
+    {RegisterSimulatedHeads, RegisterSimulatedBoard},
+    {RegisterFileHeads, RegisterFileBoard},
+};
+
 int RunWithWindows(const CommandLine& commandLine)
 {
-    RegisterSimulatedHeads();
-    RegisterSimulatedBoard();
-    RegisterFileHeads();
-    RegisterFileBoard();
+    for (const Camera& camera : kCameras) {
+        camera.registerHeads();
+        camera.registerBoard();
+    }
     StartApplication(commandLine);
     ShutDownWhenAsked();
     write::options.startOptions = {
