@@ -34,6 +34,8 @@ using Sources = std::array<std::optional<RecordedSource>, kFileSources>;
 struct FileCamera {
     std::string directory;  // in which the recordings are looked for
     FileSettings settings;
+
+    mutable std::recursive_mutex mutex;  // of all below; some calls work through others
     HeadRegisters head;
     Sources sources;
     FileSource source = FileSource::kScene;  // which has a recording
@@ -45,8 +47,6 @@ struct FileCamera {
     std::int32_t askedRows = 0;
     std::vector<std::int16_t> whole;  // a frame of which only a part is asked for
     std::array<std::string, kTopics> told;
-
-    mutable std::recursive_mutex mutex;  // of all above; some calls work through others
 
     // NOLINTBEGIN(bugprone-unchecked-optional-access): the source in front has a recording
     RecordedSource& InFront() { return *sources.at(static_cast<std::size_t>(source)); }
@@ -97,10 +97,14 @@ std::string MakeAlike(Sources& sources)
                           first->Columns(), first->Rows());
         }
     }
-    for (auto& source : sources) {
-        if (!source || !areLowered || source->Lower()) continue;
+    if (!areLowered) return {};
+    for (const auto& source : sources) {
+        if (!source || source->CanBeLowered()) continue;
         return source->Name() +
                " has samples with a sign. They can't stand beside samples above 32767, which are taken 32768 lower.";
+    }
+    for (auto& source : sources) {
+        if (source) source->Lower();
     }
     return {};
 }
@@ -192,10 +196,10 @@ bool PutFileSource(FileCamera& camera, FileSource source)
 
 std::string SetFileOfSource(FileCamera& camera, FileSource source, const std::string& rule)
 {
-    const std::scoped_lock lock(camera.mutex);
     std::string error;
-    std::optional<RecordedSource> opened = OpenSource(camera, rule, error);
+    std::optional<RecordedSource> opened = OpenSource(camera, rule, error);  // which may take a while: frames go on
     if (!opened) return error;
+    const std::scoped_lock lock(camera.mutex);
     const std::int64_t played = FilePlayed(camera, TickUs());
     std::optional<RecordedSource>& place = camera.sources.at(static_cast<std::size_t>(source));
     std::swap(place, opened);
