@@ -37,6 +37,7 @@
 #include "shell/script_recording.h"
 #include "shell/script_window.h"
 #include "shell/shutdown.h"
+#include "shell/support_dialog.h"
 #include "shell/undo.h"
 #include "shell/window_state.h"
 #include "state/frame_state.h"
@@ -145,6 +146,7 @@ constexpr Command kCommands[] = {
     {kCmdHelpOnHelp, Then<ShowHelpOnHelp>},
     {kCmdDesktopTutorial, Then<ShowTutorial>},  // the desktop has none of its own to run
     {kCmdKelvoTutorial, Then<ShowTutorial>},
+    {kCmdSupportFiles, SaveSupportFiles},
     {kCmdAbout, Then<ShowAbout>},
     {kCmdViewGoToFrame, Then<GoToFrameDialog>},
     {kCmdViewPlay, Then<StartPlaying>},

@@ -700,6 +700,12 @@ rows.RECORDED = {
   },
 }
 
+rows.SUPPORT = {
+  open = opens(2270, "SUPPORT"),
+  ways = { "cancelled", "closed" },
+  stays = { [22702] = "is only read" },
+}
+
 rows.SAVE = {
   open = opens(106, "SAVE"),
   buttons = browsing,
