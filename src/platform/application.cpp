@@ -161,6 +161,13 @@ std::string DirectoryFrom(const char* variable, std::string_view fallback)
     return std::string(home ? home : "") + std::string(fallback);
 }
 
+// The same, and never at the root of the disk.
+std::string DirectoryBelowHome(const char* variable, std::string_view fallback)
+{
+    std::string directory = DirectoryFrom(variable, fallback);
+    return directory == fallback ? std::string() : directory;
+}
+
 QString ResourcePath(std::string_view name)
 {
     return ":/" + ToQPath(name);
@@ -209,6 +216,16 @@ std::string UserConfigDirectory()
 std::string UserDataDirectory()
 {
     return DirectoryFrom("XDG_DATA_HOME", "/.local/share");
+}
+
+std::string UserStateDirectory()
+{
+    return DirectoryBelowHome("XDG_STATE_HOME", "/.local/state");
+}
+
+std::string UserCacheDirectory()
+{
+    return DirectoryBelowHome("XDG_CACHE_HOME", "/.cache");
 }
 
 std::string UserDocumentsDirectory()

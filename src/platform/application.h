@@ -52,8 +52,12 @@ void ChangeTheme(Theme theme);  // while the program runs; each window gets WM_P
 void HandlePendingEvents();
 
 // The user's own directories, made by the first write.
-std::string UserConfigDirectory();     // of kelvo/win.ini
-std::string UserDataDirectory();       // of the directory "kelvo" that DefaultDir falls back to
+std::string UserConfigDirectory();  // of kelvo/win.ini
+std::string UserDataDirectory();    // of the directory "kelvo" that DefaultDir falls back to
+// Of what a program notes for itself, and of what it can make again. Empty where the environment tells neither them
+// nor a home.
+std::string UserStateDirectory();
+std::string UserCacheDirectory();
 std::string UserDocumentsDirectory();  // where the user looks for what is saved; as the desktop names it
 // Copies the shipped files that are missing there; existing ones stay. What couldn't be copied; empty if all stands.
 std::vector<std::string> CopyShippedFiles(std::string_view directory);
