@@ -183,7 +183,7 @@ void StartApplication(const CommandLine& commandLine)
     MakeApplication(commandLine);
     QCoreApplication::setApplicationName("kelvo");
     QCoreApplication::setApplicationVersion(KELVO_VERSION);
-    QGuiApplication::setDesktopFileName("kelvo");
+    QGuiApplication::setDesktopFileName(kApplicationId);
     // Pictures taken offscreen repeat from machine to machine.
     if (runsOffscreen) QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
     ChangeTheme(commandLine.theme.value_or(Theme::kDesktop));

@@ -39,6 +39,9 @@ struct CommandLine {
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 std::string CommandLineHelp();
 
+// By which a desktop knows the program: the name of its desktop entry, its icon and its description (packaging/).
+inline constexpr const char* kApplicationId = "io.kelvo.Kelvo";
+
 // Makes the application object once for the life of the process. Before any window. Where no display answers the
 // process ends here with kNoDisplayExit, after one line on the error stream.
 inline constexpr int kNoDisplayExit = 2;
