@@ -32,6 +32,7 @@ int RunWithWindows(const CommandLine& commandLine)
     ShutDownWhenAsked();
     write::options.startOptions = {
         .dataDirectory = commandLine.dataDirectory,
+        .keepsOneDirectory = !commandLine.dataDirectory.empty(),
         .staysInDirectory = !commandLine.dataDirectory.empty() || !commandLine.scriptFile.empty(),
         .viewFiles = commandLine.viewFiles,
         .theme = commandLine.theme};
