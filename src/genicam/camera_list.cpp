@@ -132,6 +132,13 @@ CameraOffer Ask(ArvCamera* camera)
     return offer;
 }
 
+// A GigE Vision camera obeys one program at a time and tells all others what it is. At USB it opens for one alone.
+bool AnotherProgramHas(ArvCamera* camera)
+{
+    ArvDevice* const device = arv_camera_get_device(camera);
+    return ARV_IS_GV_DEVICE(device) && arv_gv_device_is_controller(ARV_GV_DEVICE(device)) == 0;
+}
+
 // One frame, and the acquisition mode as it was.
 std::optional<StillPicture> TakePicture(ArvCamera* camera, std::string& trouble)
 {
@@ -188,6 +195,10 @@ CameraAnswer AskCamera(const FoundCamera& found)
         return answer;
     }
     answer.offer = Ask(camera.get());
+    if (AnotherProgramHas(camera.get())) {
+        answer.trouble = "Another program has the camera: no picture can be had.";
+        return answer;
+    }
     answer.picture = TakePicture(camera.get(), answer.trouble);
     return answer;
 }

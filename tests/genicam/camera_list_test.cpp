@@ -3,10 +3,12 @@
 #include "support/fake_camera.h"
 #include "support/shipped_file.h"
 
+#include <arv.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -66,6 +68,30 @@ TEST(CameraList, AsksACameraWhatItIs)
     ASSERT_TRUE(answer.picture);
     EXPECT_EQ(answer.picture->columns, 320);
     EXPECT_EQ(answer.picture->rows, 256);
+}
+
+struct Unref {
+    void operator()(void* object) const { g_object_unref(object); }
+};
+
+// What it is can be read all the same; a frame can't be had, and who has the camera keeps it.
+TEST(CameraList, LeavesACameraToTheProgramThatHasIt)
+{
+    const FakeCamera camera(LoopbackSetup());
+    ASSERT_EQ(camera.Error(), "");
+    const auto found = Find("KTEST1");
+    ASSERT_TRUE(found);
+    GError* failure = nullptr;
+    const std::unique_ptr<ArvCamera, Unref> other(arv_camera_new("127.0.0.1", &failure));
+    ASSERT_TRUE(other) << failure->message;
+    const FakeRegisters before = camera.Registers();
+    const CameraAnswer answer = AskCamera(*found);
+    ASSERT_TRUE(answer.offer);
+    EXPECT_EQ(answer.offer->columns, 320);
+    EXPECT_FALSE(answer.picture);
+    EXPECT_EQ(answer.trouble, "Another program has the camera: no picture can be had.");
+    EXPECT_EQ(camera.Registers(), before);
+    EXPECT_TRUE(arv_gv_device_is_controller(ARV_GV_DEVICE(arv_camera_get_device(other.get()))));
 }
 
 TEST(CameraList, HasNoCameraThatIsSwitchedOff)
