@@ -1,4 +1,5 @@
 #include "batch/batch.h"
+#include "genicam/genicam_camera.h"
 #include "platform/application.h"
 #include "platform/end_request.h"
 #include "platform/standard_streams.h"
@@ -24,6 +25,8 @@ int RunWithWindows(const CommandLine& commandLine)
 {
     RegisterSimulatedHeads();
     RegisterSimulatedBoard();
+    RegisterGenicamHeads();
+    RegisterGenicamBoard();
     StartApplication(commandLine);
     ShutDownWhenAsked();
     write::options.startOptions = {

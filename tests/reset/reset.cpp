@@ -23,6 +23,7 @@
 #include "display/display_pipeline.h"
 #include "export/export_dialog.h"
 #include "export/export_script.h"
+#include "genicam/genicam_camera.h"
 #include "grabber/board.h"
 #include "grabber/copm2.h"
 #include "grabber/correction.h"
@@ -181,6 +182,7 @@ constexpr void (*kModules[])() = {
     ResetHostFrames,
     ForgetSimCameras,
     ResetSimBoard,
+    ResetGenicam,
     ResetBenchWindow,
     ResetImageCursor,
     RestartLiveRate,
