@@ -1,5 +1,6 @@
 #include "batch/batch.h"
 #include "fileboard/file_camera.h"
+#include "genicam/genicam_camera.h"
 #include "platform/application.h"
 #include "platform/desktop_services.h"
 #include "platform/end_request.h"
@@ -28,6 +29,8 @@ int RunWithWindows(const CommandLine& commandLine)
     RegisterSimulatedBoard();
     RegisterFileHeads();
     RegisterFileBoard();
+    RegisterGenicamHeads();
+    RegisterGenicamBoard();
     StartApplication(commandLine);
     ShutDownWhenAsked();
     write::options.startOptions = {
