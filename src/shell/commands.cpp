@@ -28,6 +28,7 @@
 #include "resources/command_list.h"
 #include "resources/menu.h"
 #include "shell/about.h"
+#include "shell/cameras_dialog.h"
 #include "shell/benches.h"
 #include "shell/color_scale.h"
 #include "shell/desktop_commands.h"
@@ -116,6 +117,7 @@ constexpr Command kCommands[] = {
     {kCmdVideoSetup, VideoSetup},
     {kCmdImageSetup, ImageSetup},
     {kCmdConfiguration, Configure},
+    {kCmdCameras, OpenCameras},
     {kCmdSaveTiff8, SaveTiff8},
     {kCmdSaveTiff16, SaveTiff16},
     {kCmdExport, ExportFrames},
