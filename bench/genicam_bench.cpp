@@ -49,7 +49,7 @@ class MemoryCamera final : public CameraDevice {
     }
     const FeatureAccess& Features() override { return features_; }
     CameraShape Shape() const override { return shape_; }
-    std::string TransportText() const override { return {}; }
+    std::int32_t PacketSize() const override { return 0; }
     bool BeginStream(std::string&) override { return true; }
     void EndStream() override {}
     std::optional<CameraBuffer> WaitForBuffer(std::int64_t limitUs) override

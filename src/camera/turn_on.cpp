@@ -4,6 +4,7 @@
 #include "calib/calibration_set.h"
 #include "grabber/board.h"
 #include "head/camera_head.h"
+#include "head/camera_report.h"
 #include "head/head_transaction.h"
 #include "head/program_head.h"
 #include "head/section_check.h"
@@ -82,13 +83,19 @@ void FreezeForTurnOn()
     StatusMessage("Set LUT bar at side of image...", kLeftAligned);
 }
 
-// A board that doesn't come up shows itself at the first frame.
+// A board that doesn't come up and can't tell why shows itself at the first frame.
 void BeginLiveView()
 {
     write::frames.LiveVideo = 0;
-    init_itex();
+    ForgetCameraReport();
+    const bool cameUp = init_itex() != 0;
     write::frames.CameraOn = 1;
     write::head.VideoSetupMissing = 1;
+    if (cameUp) {
+        AskCamera();
+    } else {
+        FollowCamera();  // the board may know why
+    }
     ToggleLiveVideo();
 }
 
@@ -109,6 +116,7 @@ void TurnCameraOff()
     TurnCameraHeadOff();
     write::cal.CalType = 0;
     write::frames.CameraOn = 0;
+    ForgetCameraReport();
     StatusMessage("Wait - Closing Frame Grabber", kLeftAligned);
     ReleaseBoard();
     StatusString(kIdleHint, kLeftAligned);

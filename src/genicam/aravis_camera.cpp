@@ -175,12 +175,12 @@ class AravisCamera final : public CameraDevice {
 
     const FeatureAccess& Features() override { return features_; }
     CameraShape Shape() const override { return shape_; }
-    std::string TransportText() const override
+    std::int32_t PacketSize() const override
     {
-        if (!isGigE_) return Format("%d buffers", buffers_);
+        if (!isGigE_) return 0;
         Failure failure;
-        const guint bytes = arv_camera_gv_get_packet_size(camera_.get(), failure.Place());
-        return Format("packets of %u bytes, %d buffers", bytes, buffers_);
+        const auto bytes = static_cast<std::int32_t>(arv_camera_gv_get_packet_size(camera_.get(), failure.Place()));
+        return failure ? 0 : bytes;
     }
 
     bool BeginStream(std::string& error) override

@@ -50,8 +50,8 @@ class CameraDevice {
 
     virtual const FeatureAccess& Features() = 0;
     virtual CameraShape Shape() const = 0;
-    // "packets of 1400 bytes": what the transport settled on; empty: nothing worth telling.
-    virtual std::string TransportText() const = 0;
+    // Bytes of a packet with its heads, read back; 0: the transport has none, or it isn't known.
+    virtual std::int32_t PacketSize() const = 0;
 
     // False, with why in error, where no stream comes up.
     virtual bool BeginStream(std::string& error) = 0;

@@ -157,7 +157,6 @@ struct SharedCamera::State {
     HeadRegisters head = FreshHead();
     std::optional<CameraShape> shape;  // of the camera opened last
     CountRule counts;
-    std::string transport;
     CameraSettings told;  // actual, for those who ask
     bool cameraClock = false;
     std::vector<std::string> notes;
@@ -216,14 +215,18 @@ struct SharedCamera::State {
             Note(Format("The camera gives %.*s where %s was asked.", static_cast<int>(found.format.name.size()),
                         found.format.name.data(), settings.format.c_str()));
         }
-        actual = {.rateHz = ReadFeature(camera->Features(), Feature::kRate),
+        const std::int32_t packetSize = camera->PacketSize();
+        if (settings.packetSize > 0 && packetSize > 0 && packetSize != settings.packetSize) {
+            Note(Format("The camera sends packets of %d bytes where %d were asked.", packetSize, settings.packetSize));
+        }
+        const std::optional<double> rateHz = ReadFeature(camera->Features(), Feature::kActualRate);
+        actual = {.rateHz = rateHz ? rateHz : ReadFeature(camera->Features(), Feature::kRate),
                   .exposureUs = ReadFeature(camera->Features(), Feature::kExposure),
                   .gain = ReadFeature(camera->Features(), Feature::kGain),
                   .blackLevel = ReadFeature(camera->Features(), Feature::kBlackLevel)};
         const std::scoped_lock lock(mutex);
         shape = found;
         counts = settings.counts.value_or(DefaultCountRule(found.format.bits));
-        transport = camera->TransportText();
         told = actual;
         return true;
     }

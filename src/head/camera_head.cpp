@@ -16,6 +16,7 @@
 #include "state/windows.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 namespace kelvo {
@@ -59,6 +60,10 @@ const StateNames kStateNames{
 };
 
 constexpr int kIntegrationCombo = 626;
+
+float reckonedHz = 0;
+std::optional<double> toldHz;
+std::optional<double> toldIntegrationMs;
 
 // What was sent last. Valid only while the camera is on: without it every comparison counts as a change.
 HeadTimingRecord sentTiming;
@@ -187,13 +192,23 @@ double IntegrationTimeMsec(float frameRate, std::int32_t setting)
 
 void UpdateIntegrationInForce()
 {
-    write::head.IntegrationMsecInForce = FrameRate > 0 ? IntegrationTimeMsec(FrameRate, IntegrationSetting) : 0;
+    const double reckonedMs = reckonedHz > 0 ? IntegrationTimeMsec(reckonedHz, IntegrationSetting) : 0;
+    write::head.IntegrationMsecInForce = toldIntegrationMs.value_or(reckonedMs);
 }
 
 void SetFrameRate(float rateHz)
 {
-    write::head.FrameRate = rateHz;
+    reckonedHz = rateHz;
+    write::head.FrameRate = toldHz ? static_cast<float>(*toldHz) : reckonedHz;
     UpdateIntegrationInForce();
+}
+
+void TakeToldTiming(std::optional<double> rateHz, std::optional<double> integrationMs)
+{
+    if (rateHz == toldHz && integrationMs == toldIntegrationMs) return;
+    toldHz = rateHz;
+    toldIntegrationMs = integrationMs;
+    SetFrameRate(reckonedHz);
 }
 
 std::int32_t IntegrationFromIndex(std::int32_t index, std::int16_t& lines, std::int16_t& cols)
@@ -320,6 +335,9 @@ void ResetCameraHead()
     write::registers.FpaSerialWord = {};
     write::head.IndexIntegrationTime = {};
     write::head.IntegrationSlot = 0;
+    reckonedHz = 0;
+    toldHz.reset();
+    toldIntegrationMs.reset();
     sentTiming = {};
     sentSerialWord = {};
 }

@@ -85,6 +85,7 @@ constexpr std::string_view kPixels = "Pixels";                 // kRawPixels or 
 constexpr std::string_view kSampleName = "SampleName";         //
 constexpr std::string_view kComment = "Comment";               //
 constexpr std::string_view kClock = "Clock";                   // where the times come from
+constexpr std::string_view kCounts = "Counts";  // what was done to make them signed 16 bits; missing: nothing
 }  // namespace frames_key
 constexpr std::string_view kRawPixels = "raw";              // in readout order
 constexpr std::string_view kCorrectedPixels = "corrected";  // as on the screen

@@ -16,6 +16,7 @@
 #include <QLocale>
 #include <QPalette>
 #include <QProcess>
+#include <QScreen>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -239,6 +240,16 @@ std::vector<std::string> CopyShippedFiles(std::string_view directory)
 std::string ToolkitVersion()
 {
     return std::string("Qt ") + qVersion();
+}
+
+std::string DisplayInUse()
+{
+    const QScreen* const screen = qApp ? QGuiApplication::primaryScreen() : nullptr;
+    if (!screen) return "none";
+    constexpr double kPercent = 100;
+    const QSize size = screen->size();
+    return Format("%s, %d x %d at %.0f %%, %s", QGuiApplication::platformName().toUtf8().constData(), size.width(),
+                  size.height(), screen->devicePixelRatio() * kPercent, DarkTheme() ? "dark" : "light");
 }
 
 std::string ResourceText(std::string_view name)

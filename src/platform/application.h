@@ -58,6 +58,7 @@ std::string UserDocumentsDirectory();  // where the user looks for what is saved
 // Copies the shipped files that are missing there; existing ones stay. What couldn't be copied; empty if all stands.
 std::vector<std::string> CopyShippedFiles(std::string_view directory);
 std::string ToolkitVersion();  // "Qt 6.4.2", as it runs
+std::string DisplayInUse();    // "xcb, 1920 x 1080 at 200 %, dark": the main screen, in logical pixels
 // A file that travels inside the program ("dialogs/DISPLAY.ui", "help/288.html"); empty if there is none.
 std::string ResourceText(std::string_view name);
 

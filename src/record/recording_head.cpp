@@ -1,6 +1,7 @@
 #include "record/recording_head.h"
 
 #include "grabber/frame_size.h"
+#include "head/camera_report.h"
 #include "platform/digest.h"
 #include "platform/files.h"
 #include "state/cal_settings.h"
@@ -37,7 +38,10 @@ FramesHead HeadOfRecording()
     head.pixelBytes = static_cast<std::uint32_t>(CameraFrameValues() * sizeof(std::int16_t));
     head.SetText(frames_key::kProgram, "Kelvo " KELVO_VERSION);
     head.SetText(frames_key::kCamera, ActiveConfig.Description);
-    head.SetText(frames_key::kClock, kClock);
+    AskCamera();
+    const CameraReport& camera = CurrentCameraReport();
+    head.SetText(frames_key::kClock, camera.clock.empty() ? kClock : camera.clock);
+    if (!camera.counts.empty()) head.SetText(frames_key::kCounts, camera.counts);
     head.SetText(frames_key::kCalibration, set);
     head.SetText(frames_key::kChecksum, ChecksumOf(set));
     return head;

@@ -240,6 +240,7 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdDesktopTutorial, "Windows &Tutorial"),
     Item(kCmdKelvoTutorial, "&Kelvo Tutorial", kHelpTutorial),
     kLine,
+    Item(kCmdSupportFiles, "Save support &files...", kHelpSupport),
     Item(kCmdAbout, "&About", kHelpAbout, "about"),
 
     WithoutItem(kCmdDialogHelp, {}, {}, kHelpOfDialogs),

@@ -1,5 +1,5 @@
-// Control numbers of the dialogs that came after the classic ones: ABOUT, ACCOUNT, BENCH, FRAMES, GOTOFRAME, PLAYBAR
-// and RECORDED.
+// Control numbers of the dialogs that came after the classic ones: ABOUT, ACCOUNT, BENCH, FILEBENCH, FRAMES, GOTOFRAME,
+// PLAYBAR and RECORDED.
 #pragma once
 
 namespace kelvo {
@@ -62,6 +62,15 @@ constexpr int kBenchTriggerPeriod = 20801;  // ms; 0: none
 constexpr int kBenchTriggersTaken = 20802;
 constexpr int kBenchSync = 20803;  // "high; pulses: 3"
 
+// By source, in the order of FileSource: the button of the first one, the text and the button of its file behind it.
+constexpr int kFileBenchSource = 1001;
+constexpr int kFileBenchFile = 1011;
+constexpr int kFileBenchLoad = 1021;
+constexpr int kFileBenchSize = 1031;   // "320 x 256 at 50.00 Hz", of the recording in front
+constexpr int kFileBenchFrame = 1032;  // "12 of 30"
+constexpr int kFileBenchLost = 1033;   // "2 frames"
+constexpr int kFileBenchAgain = 1034;
+
 constexpr int kAccountDelivered = 1001;
 constexpr int kAccountShown = 1002;
 constexpr int kAccountLost = 1003;
@@ -70,6 +79,10 @@ constexpr int kAccountDeliveredRate = 1005;  // "100.0 Hz"
 constexpr int kAccountShownRate = 1006;
 constexpr int kAccountReset = 1007;
 constexpr int kAccountUsed = 1008;
+
+constexpr int kSupportList = 22701;
+constexpr int kSupportText = 22702;
+constexpr int kSupportSize = 22703;  // "9 files, 42 kB"
 
 constexpr int kScriptState = 22501;  // "measure.lua: running"
 constexpr int kScriptText = 22502;

@@ -119,6 +119,7 @@ constexpr int kCmdRegionRemove = 2211;
 constexpr int kCmdRegionWider = 2212;
 constexpr int kCmdRegionNarrower = 2213;
 constexpr int kCmdTraces = 2240;
+constexpr int kCmdSupportFiles = 2270;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

@@ -29,6 +29,7 @@
 #include "resources/menu.h"
 #include "shell/about.h"
 #include "shell/cameras_dialog.h"
+#include "shell/benches.h"
 #include "shell/color_scale.h"
 #include "shell/desktop_commands.h"
 #include "shell/frame_account_window.h"
@@ -37,9 +38,9 @@
 #include "shell/script_recording.h"
 #include "shell/script_window.h"
 #include "shell/shutdown.h"
+#include "shell/support_dialog.h"
 #include "shell/undo.h"
 #include "shell/window_state.h"
-#include "simcam/bench_window.h"
 #include "state/frame_state.h"
 #include "state/windows_write.h"
 #include "ui/command_end.h"
@@ -84,9 +85,9 @@ CommandEnd NoiseOfPixels()
     return MeasureNoise();
 }
 
-void OpenBench()
+void OpenBenchOfCamera()
 {
-    OpenBenchWindow(hWndMain);
+    OpenBench(hWndMain);
 }
 
 // A key that works the selected region (regions/region_editing.h), with none selected.
@@ -147,6 +148,7 @@ constexpr Command kCommands[] = {
     {kCmdHelpOnHelp, Then<ShowHelpOnHelp>},
     {kCmdDesktopTutorial, Then<ShowTutorial>},  // the desktop has none of its own to run
     {kCmdKelvoTutorial, Then<ShowTutorial>},
+    {kCmdSupportFiles, SaveSupportFiles},
     {kCmdAbout, Then<ShowAbout>},
     {kCmdViewGoToFrame, Then<GoToFrameDialog>},
     {kCmdViewPlay, Then<StartPlaying>},
@@ -156,7 +158,7 @@ constexpr Command kCommands[] = {
     {kCmdViewFrameAccount, Then<ToggleFrameAccount>},
     {kCmdViewColorScale, Then<ToggleColorScale>},
     {kCmdViewSaturation, Then<ToggleSaturationOverlay>},
-    {kCmdBench, Then<OpenBench>},
+    {kCmdBench, Then<OpenBenchOfCamera>},
     {kCmdViewPlayOrStop, Then<PlayOrStop>},
     {kCmdViewBackwards, Then<TogglePlayBackwards>},
     {kCmdViewLoop, Then<TogglePlayLoop>},

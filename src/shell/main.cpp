@@ -1,6 +1,8 @@
 #include "batch/batch.h"
+#include "fileboard/file_camera.h"
 #include "genicam/genicam_camera.h"
 #include "platform/application.h"
+#include "platform/desktop_services.h"
 #include "platform/end_request.h"
 #include "platform/standard_streams.h"
 #include "platform/transcript.h"
@@ -25,6 +27,8 @@ int RunWithWindows(const CommandLine& commandLine)
 {
     RegisterSimulatedHeads();
     RegisterSimulatedBoard();
+    RegisterFileHeads();
+    RegisterFileBoard();
     RegisterGenicamHeads();
     RegisterGenicamBoard();
     StartApplication(commandLine);
@@ -38,6 +42,7 @@ int RunWithWindows(const CommandLine& commandLine)
     write::options.startOptions.dataDirectory = FindDefaultDirectory();
     if (const std::optional<int> exitCode = EndBesideAnotherStart(commandLine)) return *exitCode;
     const DataDirectoryHold hold;
+    const DesktopServices services;
     if (!commandLine.transcriptFile.empty() && !OpenTranscript(commandLine.transcriptFile)) {
         std::fprintf(stderr, "kelvo: can't write the transcript %s\n", commandLine.transcriptFile.c_str());
         return 2;

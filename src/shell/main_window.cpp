@@ -5,6 +5,7 @@
 #include "grabber/copm2.h"
 #include "grabber/frame_account.h"
 #include "grabber/host_frames.h"
+#include "head/camera_report.h"
 #include "platform/dialog.h"
 #include "platform/front.h"
 #include "platform/menu.h"
@@ -146,6 +147,12 @@ void OnLiveTimer(HWND window)
         return;
     }
     if (ModalIsOpen()) AccountHeldUp();  // a dialog in front explains frames that passed by
+    if (LiveVideo && CameraIsLost()) {   // the last frame stands until there is another one
+        AccountHeldUp();
+        RestartLiveRate();
+        SetTimer(window, kLiveTimer, kHeldOffMs);
+        return;
+    }
     const int refreshed = RefreshLiveFrame();
     if (refreshed) NoteScriptFrame();
     if (!LiveVideo) {
@@ -163,6 +170,7 @@ void OnLiveTimer(HWND window)
     SetTimer(window, kLiveTimer, 0);
     const std::optional<int> rateHz = CountLiveFrame();
     if (rateHz && !StatusNoteStands()) ShowRate(*rateHz);
+    if (!ModalIsOpen()) FollowCamera();
 }
 
 LRESULT OnTimer(HWND window, WPARAM wParam, LPARAM lParam)

@@ -11,7 +11,7 @@
 #include "regions/region_script.h"
 #include "regions/region_window.h"
 #include "script/script.h"
-#include "simcam/bench_window.h"
+#include "shell/benches.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"
 
@@ -56,11 +56,11 @@ void ConnectScripts()
     ScriptHooks hooks;
     hooks.pixel = CountAt;
     hooks.raw = RawSampleAt;
-    hooks.source = PutBenchSource;
-    hooks.truth = BenchTruth;
-    hooks.registers = BenchHeadRegisters;
-    hooks.trigger = PulseBenchTrigger;
-    hooks.lines = BenchLines;
+    hooks.source = PutSource;
+    hooks.truth = TruthOf;
+    hooks.registers = RegistersOfHead;
+    hooks.trigger = PulseTrigger;
+    hooks.lines = LinesOfBoard;
     hooks.signal = SendExternalSignal;
     hooks.recorderWindow = RecorderWindow;
     hooks.record = BeginScriptRecording;

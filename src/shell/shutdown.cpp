@@ -16,9 +16,9 @@
 #include "record/what_records.h"
 #include "regions/region_window.h"
 #include "regions/regions_file.h"
+#include "shell/benches.h"
 #include "shell/script_recording.h"
 #include "shell/window_state.h"
-#include "simcam/bench_window.h"
 #include "state/frame_state.h"
 #include "state/windows.h"
 #include "ui/status.h"
@@ -97,7 +97,7 @@ void ShutDown()
     ReleasePointerClip();
     CloseCommLink();
     QuitHelp();
-    CloseBenchWindow();
+    CloseBenches();
     CloseExternalSignal();
     PostQuitMessage(0);
     if (GrabberPresent) ExitBoard();

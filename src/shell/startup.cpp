@@ -34,6 +34,7 @@
 #include "resources/keys_page.h"
 #include "resources/menu.h"
 #include "script/script.h"
+#include "shell/benches.h"
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
 #include "shell/main_window.h"
@@ -43,7 +44,6 @@
 #include "shell/start_options.h"
 #include "shell/undo.h"
 #include "shell/window_state.h"
-#include "simcam/bench_window.h"
 #include "state/camera_config.h"
 #include "state/display_state_write.h"
 #include "state/frame_state_write.h"
@@ -165,7 +165,7 @@ void OpenBenchAtFirstStart()
     const std::string windowIni = DefaultDir + "/window.ini";
     const bool shown = GetPrivateProfileInt(kSection, kKey, ScriptRuns() ? 1 : 0, windowIni) != 0;
     if (shown || !startOptions.viewFiles.empty() || !BenchIsThere()) return;
-    OpenBenchWindow(hWndMain);
+    OpenBench(hWndMain);
     WritePrivateProfileString(kSection, kKey, "1", windowIni);
 }
 
@@ -197,7 +197,7 @@ std::string FirstDirectoryForFiles()
 int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::string_view commandLine, int /*show*/)
 {
     SetRestart({InitialSetup, InitializeHardware});
-    SetSourceBench({BenchIsThere, OpenBenchWindow});
+    SetSourceBench({BenchIsThere, OpenBench});
     SetDefaultDir(FindDefaultDirectory());
     if (!MakeMainWindow()) return 0;
     if (!InitialSetup()) {

@@ -232,14 +232,14 @@ HWND BenchWindow()
     return hDlgBench;
 }
 
-bool BenchIsThere()
+bool SimBenchIsThere()
 {
     return CurrentSimCamera() != nullptr;
 }
 
 void OpenBenchWindow(HWND owner)
 {
-    if (!BenchIsThere()) {
+    if (!SimBenchIsThere()) {
         MessageBox(owner, "No simulated camera is connected.\nThe ports in platform.ini tell what is.", kMessageCaption,
                    BoxIcon::kInformation);
         return;

@@ -16,7 +16,7 @@ namespace kelvo {
 HWND BenchWindow();  // null while it isn't open
 
 // True while a simulated camera is connected.
-bool BenchIsThere();
+bool SimBenchIsThere();
 // Opens the window in the lower right corner of the owner, or brings it to the front; tells in a box where there is no
 // simulated camera.
 void OpenBenchWindow(HWND owner);

@@ -65,10 +65,7 @@ const std::string& SimRawName(const SimCamera& camera);
 // noise, has 0.
 std::vector<std::pair<std::string, double>> SimTruth(const SimCamera& camera, int x, int y);
 
-// What the head's registers hold: "clock", "rows" and "columns" of a frame (pixels), "integration_rows",
-// "integration_columns" (units as sent), "delays" (as sent), "gain" (the code), "offset" (DAC 0), "left", "top",
-// "right", "bottom" of the window (detectors, inclusive), "detector_bias", "pedestal_bias", "column_gain", "test_mode",
-// "flip_columns", "flip_rows", "clocks_on", "biases_on".
+// What the head's registers hold (NamedRegisters).
 std::vector<std::pair<std::string, double>> SimHeadRegisters(const SimCamera& camera);
 
 // The registers as a head tells them to a board in another process (simcam/head_socket.h), and the camera with those of

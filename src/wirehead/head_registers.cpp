@@ -264,6 +264,34 @@ bool TakeHeadRegistersText(HeadRegisters& head, std::string_view text)
     return true;
 }
 
+std::vector<std::pair<std::string, double>> NamedRegisters(const HeadRegisters& head)
+{
+    constexpr std::uint16_t kStartDelays = 0x5005;  // the picture doesn't depend on them
+    const auto delays = head.kept.find(kStartDelays);
+    return {
+        {"clock", head.clockIndex},
+        {"rows", 4 * head.timingRows},
+        {"columns", 4 * head.timingCols},
+        {"integration_rows", head.integrationLines},
+        {"integration_columns", head.integrationCols},
+        {"delays", delays == head.kept.end() ? 0 : delays->second[1]},
+        {"gain", head.gainCode},
+        {"offset", head.dac[0]},
+        {"left", head.window.colStart},
+        {"top", head.window.rowStart},
+        {"right", head.window.colEnd},
+        {"bottom", head.window.rowEnd},
+        {"detector_bias", head.detBias},
+        {"pedestal_bias", head.pedBias},
+        {"column_gain", head.colGain},
+        {"test_mode", head.testMode},
+        {"flip_columns", head.flipCols},
+        {"flip_rows", head.flipRows},
+        {"clocks_on", head.clocksOn},
+        {"biases_on", head.biasesOn},
+    };
+}
+
 double PixelClockHz(const HeadRegisters& head)
 {
     const double divided = head.clockHz / (2.0 * head.clockIndex + 2.0);

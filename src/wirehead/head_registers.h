@@ -8,6 +8,8 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace kelvo {
 
@@ -69,6 +71,12 @@ WireFrame HeadAnswer(const HeadRegisters& head, const WireFrame& frame);
 // such a text; false, and the head as it was, where it isn't one. Model, clock and array are the camera's own and stay.
 std::string HeadRegistersText(const HeadRegisters& head);
 bool TakeHeadRegistersText(HeadRegisters& head, std::string_view text);
+
+// The same for scripts: "clock", "rows" and "columns" of a frame (pixels), "integration_rows", "integration_columns"
+// (units as sent), "delays" (as sent), "gain" (the code), "offset" (DAC 0), "left", "top", "right", "bottom" of the
+// window (detectors, inclusive), "detector_bias", "pedestal_bias", "column_gain", "test_mode", "flip_columns",
+// "flip_rows", "clocks_on", "biases_on".
+std::vector<std::pair<std::string, double>> NamedRegisters(const HeadRegisters& head);
 
 double PixelClockHz(const HeadRegisters& head);
 // 0 while no blank comes: the InSb head's clocks are off, or it was sent no frame size.

@@ -88,6 +88,8 @@ class FakeCamera {
     FakeCamera(const FakeCamera&) = delete;
     FakeCamera& operator=(const FakeCamera&) = delete;
     bool Runs() const { return camera_ != nullptr; }
+    // Of all packets of pictures.
+    void LosePackets(double share) { g_object_set(camera_, "gvsp-lost-ratio", share, nullptr); }
 
   private:
     ArvGvFakeCamera* camera_ = nullptr;
@@ -144,6 +146,22 @@ TEST_F(Loopback, AnotherClientsCameraIsToldAndLeftAlone)
     EXPECT_FALSE(camera.Open(error));
     EXPECT_EQ(error, "Another program holds the camera.");
     EXPECT_TRUE(other->Answers());
+}
+
+TEST_F(Loopback, FramesWithALostPacketAreCountedAndNeverRead)
+{
+    constexpr int kFrames = 40;
+    fake->LosePackets(0.002);  // of the 190 that a frame has: about each third one misses one
+    ASSERT_TRUE(camera.BeginGrab(SharedCamera::Trigger::kNone));
+    std::int64_t last = 0;
+    for (int i = 1; i <= kFrames; ++i) {
+        ASSERT_TRUE(Read(last)) << i;
+        ASSERT_GT(stamp.number, last);
+        ASSERT_EQ(stamp.number, i + stamp.lostByTransport) << "each number is a frame or a lost one";
+        last = stamp.number;
+        for (std::size_t pixel = 0; pixel < kPixels; ++pixel) ASSERT_EQ(frame[pixel], PatternAt(pixel) >> 1) << pixel;
+    }
+    EXPECT_GT(stamp.lostByTransport, 0);
 }
 
 TEST_F(Loopback, ACameraThatIsSwitchedOffAndOnGoesOn)

@@ -52,7 +52,7 @@ class ScriptedDevice final : public CameraDevice {
     }
     const FeatureAccess& Features() override { return features_; }
     CameraShape Shape() const override { return camera_->shape; }
-    std::string TransportText() const override { return {}; }
+    std::int32_t PacketSize() const override { return camera_->packetSize; }
     bool BeginStream(std::string& /*error*/) override
     {
         const std::scoped_lock lock(camera_->mutex);

@@ -31,6 +31,7 @@ struct ScriptedCamera {
     ScriptedFeatures features;
     std::vector<std::string> asked;
     CameraShape shape;
+    std::int32_t packetSize = 0;
     bool isThere = true;  // it can be opened
     bool isLost = false;  // control over it was
     bool answers = true;

@@ -148,6 +148,16 @@ TEST_F(Shared, DividesTheClockOfTheSection)
     EXPECT_DOUBLE_EQ(*camera.Report().rateHz, 100);
 }
 
+TEST_F(Shared, TellsOfAFormatAndAPacketSizeThatTheCameraDidntTake)
+{
+    script->packetSize = 1476;
+    camera.SetSettings({.format = "Mono12", .packetSize = 9000});
+    std::string error;
+    ASSERT_TRUE(camera.Open(error)) << error;
+    EXPECT_THAT(camera.TakeNotes(), ElementsAre("The camera gives Mono16 where Mono12 was asked.",
+                                                "The camera sends packets of 1476 bytes where 9000 were asked."));
+}
+
 TEST_F(Shared, ACameraThatIsntThereIsASilentHead)
 {
     script->Set(&ScriptedCamera::isThere, false);

@@ -23,6 +23,8 @@
 #include "display/display_pipeline.h"
 #include "export/export_dialog.h"
 #include "export/export_script.h"
+#include "fileboard/file_bench.h"
+#include "fileboard/file_camera.h"
 #include "genicam/genicam_camera.h"
 #include "grabber/board.h"
 #include "grabber/copm2.h"
@@ -33,6 +35,7 @@
 #include "grabber/recording.h"
 #include "head/advanced_dialog.h"
 #include "head/camera_head.h"
+#include "head/camera_report.h"
 #include "head/comm_link.h"
 #include "head/scope_frame.h"
 #include "head/video_setup_dialog.h"
@@ -138,6 +141,7 @@ constexpr void (*kModules[])() = {
     ResetScript,  // these are closed while there is an application
     ResetExternalSignal,
     ResetPlatform,
+    ForgetCameraReport,
     ResetWindows,
     ResetFrameState,
     ResetDisplayState,
@@ -184,6 +188,9 @@ constexpr void (*kModules[])() = {
     ResetSimBoard,
     ResetGenicam,
     ResetBenchWindow,
+    ForgetFileCameras,
+    ResetFileBoard,
+    ResetFileBench,
     ResetImageCursor,
     RestartLiveRate,
     ResetVideo,

@@ -21,7 +21,7 @@ local texts = {
   [2060] = "R&ecord...\tCtrl+R", [2061] = "&Trigger the recorder\tCtrl+T", [2062] = "Mar&k the recording\tCtrl+M",
   [2210] = "&Regions...\tCtrl+Shift+R",
   [2251] = "Script &window", [2252] = "S&top the script", [2253] = "&Record...",
-  [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About",
+  [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About", [2270] = "Save support &files...",
 }
 for id, expected in pairs(texts) do
   local item = menu(id)

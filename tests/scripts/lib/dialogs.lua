@@ -707,6 +707,12 @@ rows.RECORDED = {
   },
 }
 
+rows.SUPPORT = {
+  open = opens(2270, "SUPPORT"),
+  ways = { "cancelled", "closed" },
+  stays = { [22702] = "is only read" },
+}
+
 rows.SAVE = {
   open = opens(106, "SAVE"),
   buttons = browsing,
@@ -878,6 +884,7 @@ rows.LINEAXIS = {
 dialogs.without_row = {
   ACCOUNT = "stays open beside the main window; its one button counts anew",
   BENCH = "stays open beside the main window; each control acts at once, on the bench alone",
+  FILEBENCH = "stays open beside the main window; each control acts at once, on the bench alone; file_board.lua works it",
   RECORDER = "stays open beside the main window and keeps what is typed; recorder_window.lua works it",
   SCRIPT = "stays open beside the main window and tells what a script of the menu printed",
   TRACES = "stays open beside the main window; it sets nothing but what it plots, and which bad pixels are left out; traces.lua works it",

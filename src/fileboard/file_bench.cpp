@@ -1,0 +1,223 @@
+#include "fileboard/file_bench.h"
+
+#include "fileboard/file_camera.h"
+#include "platform/box.h"
+#include "platform/dialog.h"
+#include "platform/file_dialog.h"
+#include "platform/help.h"
+#include "platform/text.h"
+#include "platform/timers.h"
+#include "platform/window.h"
+#include "resources/dialog_ids.h"
+#include "resources/help_contexts.h"
+#include "state/windows.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace kelvo {
+
+namespace {
+
+HWND hDlgFileBench = nullptr;
+
+constexpr std::uint32_t kRefreshTimer = 1;
+constexpr std::int64_t kRefreshMs = 500;
+constexpr const char* kNothing = "-";
+constexpr const char* kNoFile = "no file";
+constexpr int kSources = static_cast<int>(kFileSources);
+
+bool showing = false;  // the window shows what the camera has: its buttons are not the operator's
+
+// --- What the window shows ------------------------------------------------------------------------------------------
+
+// A text that stands already isn't painted again.
+void ShowText(HWND dialog, int id, const std::string& text)
+{
+    if (GetDlgItemText(dialog, id) != text) SetDlgItemText(dialog, id, text);
+}
+
+// Only a source that has a file can be put in front.
+void ShowSource(HWND dialog, const FileCamera& camera, int source)
+{
+    const FileSourceState state = StateOfSource(camera, static_cast<FileSource>(source));
+    EnableDlgItem(dialog, kFileBenchSource + source, !state.name.empty());
+    ShowText(dialog, kFileBenchFile + source, state.name.empty() ? kNoFile : state.name);
+}
+
+void ShowPlaying(HWND dialog, const FileSourceState& state)
+{
+    ShowText(dialog, kFileBenchSize,
+             Format("%lld x %lld at %.2f Hz", static_cast<long long>(state.columns), static_cast<long long>(state.rows),
+                    state.rateHz));
+    ShowText(dialog, kFileBenchFrame,
+             Format("%lld of %lld%s", static_cast<long long>(state.playing), static_cast<long long>(state.frames),
+                    state.ended ? ", ended" : ""));
+    ShowText(dialog, kFileBenchLost, Format("%lld frames", static_cast<long long>(state.lost)));
+}
+
+void ShowCamera(HWND dialog)
+{
+    const std::shared_ptr<FileCamera> camera = CurrentFileCamera();
+    for (int source = 0; source < kSources; ++source) EnableDlgItem(dialog, kFileBenchLoad + source, camera != nullptr);
+    EnableDlgItem(dialog, kFileBenchAgain, camera != nullptr);
+    if (!camera) {
+        for (const int id : {kFileBenchSize, kFileBenchFrame, kFileBenchLost}) ShowText(dialog, id, kNothing);
+        return;
+    }
+    showing = true;
+    for (int source = 0; source < kSources; ++source) ShowSource(dialog, *camera, source);
+    const FileSource inFront = FileSourceInFront(*camera);
+    CheckDlgButton(dialog, kFileBenchSource + static_cast<int>(inFront), true);
+    ShowPlaying(dialog, StateOfSource(*camera, inFront));
+    showing = false;
+}
+
+// In the lower right corner of the picture: beside a dialog in its middle.
+void Place(HWND dialog)
+{
+    constexpr int kMargin = 12;
+    if (!hWndMain) return;
+    const Rect client = GetClientRect(hWndMain);
+    const Point corner = ClientToScreen(hWndMain, {client.right - kMargin, client.bottom - TextHeight - kPlayBarRoom});
+    const Rect window = GetWindowRect(dialog);
+    MoveWindow(dialog, {corner.x - window.Width(), corner.y - window.Height(), corner.x, corner.y});
+}
+
+// --- What the operator does -----------------------------------------------------------------------------------------
+
+void LoadFile(HWND dialog, FileCamera& camera, FileSource source)
+{
+    FileDialogRequest request;
+    request.owner = dialog;
+    request.mode = FileDialogMode::kOpen;
+    request.title = "Choose recorded frames";
+    request.filters = {{"Raw frames (*.seq *.img *.buf *.npy *.fits *.tif)", "*.seq;*.img;*.buf;*.npy;*.fits;*.tif"},
+                       {"All Files (*.*)", "*.*"}};
+    request.directory = DefaultDir;
+    const FileDialogResult chosen = RunFileDialog(request);
+    if (chosen.paths.empty() || !hDlgFileBench) return;
+
+    const std::string why = SetFileOfSource(camera, source, chosen.paths.front());
+    if (!why.empty()) {
+        MessageBox(hDlgFileBench, "These frames can't be played.\n" + why, kMessageCaption);
+        return;
+    }
+    PutFileSource(camera, source);
+    ShowCamera(dialog);
+}
+
+// The source of a control that stands in a row of them; nullopt: it isn't one.
+std::optional<FileSource> SourceIn(int firstId, int id)
+{
+    if (id < firstId || id >= firstId + kSources) return std::nullopt;
+    return static_cast<FileSource>(id - firstId);
+}
+
+bool OnControl(HWND dialog, FileCamera& camera, int id)
+{
+    if (const auto source = SourceIn(kFileBenchSource, id)) {
+        PutFileSource(camera, *source);
+    } else if (const auto loaded = SourceIn(kFileBenchLoad, id)) {
+        LoadFile(dialog, camera, *loaded);
+        return true;
+    } else if (id == kFileBenchAgain) {
+        BeginRecording(camera);
+    } else {
+        return false;
+    }
+    ShowCamera(dialog);
+    return true;
+}
+
+bool OnCommand(HWND dialog, int id)
+{
+    if (id == kIdCancel) {
+        EndDialog(dialog, 0);
+        return true;
+    }
+    if (id == kIdHelp) {
+        ShowHelpContext(kHelpBench);
+        return true;
+    }
+    const std::shared_ptr<FileCamera> camera = CurrentFileCamera();
+    return !showing && camera && OnControl(dialog, *camera, id);
+}
+
+}  // namespace
+
+HWND FileBenchWindow()
+{
+    return hDlgFileBench;
+}
+
+bool FileBenchIsThere()
+{
+    return CurrentFileCamera() != nullptr;
+}
+
+void OpenFileBench(HWND owner)
+{
+    if (hDlgFileBench) {
+        BringToFront(hDlgFileBench, {});
+        return;
+    }
+    if (!CreateModelessDialog("FILEBENCH", owner, fnFILEBENCHDlgProc)) {
+        MessageBox(owner, "Unable to display dialog", "System Error");
+    }
+}
+
+void CloseFileBench()
+{
+    if (hDlgFileBench) EndDialog(hDlgFileBench, 0);
+}
+
+LRESULT fnFILEBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+{
+    switch (message) {
+        case WM_INITDIALOG:
+            hDlgFileBench = dialog;
+            ShowCamera(dialog);
+            Place(dialog);
+            SetTimer(dialog, kRefreshTimer, kRefreshMs);
+            return 1;
+        case WM_TIMER:
+            ShowCamera(dialog);
+            return 1;
+        case WM_COMMAND:
+            return OnCommand(dialog, LowWord(wParam));
+        case WM_DESTROY:
+            hDlgFileBench = nullptr;
+            return 1;
+        default:
+            return 0;
+    }
+}
+
+std::string PutFileBenchSource(std::string_view source, std::optional<double> value)
+{
+    const std::shared_ptr<FileCamera> camera = CurrentFileCamera();
+    if (!camera) return "no recorded camera";
+    const auto* const found = std::ranges::find(kFileSourceNames, source);
+    if (found == kFileSourceNames.end()) return "no source \"" + std::string(source) + "\": low, high or scene";
+    if (value) return "a recording has the temperature that it was made at";
+    if (!PutFileSource(*camera, static_cast<FileSource>(found - kFileSourceNames.begin()))) {
+        return "no file for the source \"" + std::string(source) + '"';
+    }
+    if (hDlgFileBench) ShowCamera(hDlgFileBench);
+    return {};
+}
+
+std::vector<std::pair<std::string, double>> FileBenchRegisters()
+{
+    const std::shared_ptr<FileCamera> camera = CurrentFileCamera();
+    return camera ? FileHeadRegisters(*camera) : std::vector<std::pair<std::string, double>>();
+}
+
+void ResetFileBench()
+{
+    hDlgFileBench = nullptr;
+    showing = false;
+}
+
+}  // namespace kelvo
