@@ -37,12 +37,27 @@ void ShowText(HWND dialog, int id, const std::string& text)
     if (GetDlgItemText(dialog, id) != text) SetDlgItemText(dialog, id, text);
 }
 
+// A long name loses its middle: the end tells which one of several it is, and its kind.
+std::string FittingName(const std::string& name)
+{
+    constexpr std::size_t kRoom = 26;
+    constexpr std::size_t kFront = 12;
+    constexpr std::string_view kMark = "...";
+    if (name.size() <= kRoom) return name;
+    const auto isInside = [&](std::size_t at) { return at < name.size() && (name[at] & 0xC0) == 0x80; };
+    std::size_t front = kFront;
+    while (isInside(front)) --front;  // a character of UTF-8 stays whole
+    std::size_t back = name.size() - (kRoom - kFront - kMark.size());
+    while (isInside(back)) ++back;
+    return name.substr(0, front) + std::string(kMark) + name.substr(back);
+}
+
 // Only a source that has a file can be put in front.
 void ShowSource(HWND dialog, const FileCamera& camera, int source)
 {
     const FileSourceState state = StateOfSource(camera, static_cast<FileSource>(source));
     EnableDlgItem(dialog, kFileBenchSource + source, !state.name.empty());
-    ShowText(dialog, kFileBenchFile + source, state.name.empty() ? kNoFile : state.name);
+    ShowText(dialog, kFileBenchFile + source, state.name.empty() ? kNoFile : FittingName(state.name));
 }
 
 void ShowPlaying(HWND dialog, const FileSourceState& state)
@@ -53,7 +68,7 @@ void ShowPlaying(HWND dialog, const FileSourceState& state)
     ShowText(dialog, kFileBenchFrame,
              Format("%lld of %lld%s", static_cast<long long>(state.playing), static_cast<long long>(state.frames),
                     state.ended ? ", ended" : ""));
-    ShowText(dialog, kFileBenchLost, Format("%lld frames", static_cast<long long>(state.lost)));
+    ShowText(dialog, kFileBenchLost, std::to_string(state.lost));
 }
 
 void ShowCamera(HWND dialog)

@@ -34,6 +34,8 @@ using Sources = std::array<std::optional<RecordedSource>, kFileSources>;
 struct FileCamera {
     std::string directory;  // in which the recordings are looked for
     FileSettings settings;
+
+    mutable std::recursive_mutex mutex;  // of all below; some calls work through others
     HeadRegisters head;
     Sources sources;
     FileSource source = FileSource::kScene;  // which has a recording
@@ -46,10 +48,10 @@ struct FileCamera {
     std::vector<std::int16_t> whole;  // a frame of which only a part is asked for
     std::array<std::string, kTopics> told;
 
-    mutable std::recursive_mutex mutex;  // of all above; some calls work through others
-
+    // NOLINTBEGIN(bugprone-unchecked-optional-access): the source in front has a recording
     RecordedSource& InFront() { return *sources.at(static_cast<std::size_t>(source)); }
     const RecordedSource& InFront() const { return *sources.at(static_cast<std::size_t>(source)); }
+    // NOLINTEND(bugprone-unchecked-optional-access)
 };
 
 namespace {
@@ -95,10 +97,14 @@ std::string MakeAlike(Sources& sources)
                           first->Columns(), first->Rows());
         }
     }
-    for (auto& source : sources) {
-        if (!source || !areLowered || source->Lower()) continue;
+    if (!areLowered) return {};
+    for (const auto& source : sources) {
+        if (!source || source->CanBeLowered()) continue;
         return source->Name() +
                " has samples with a sign. They can't stand beside samples above 32767, which are taken 32768 lower.";
+    }
+    for (auto& source : sources) {
+        if (source) source->Lower();
     }
     return {};
 }
@@ -190,10 +196,10 @@ bool PutFileSource(FileCamera& camera, FileSource source)
 
 std::string SetFileOfSource(FileCamera& camera, FileSource source, const std::string& rule)
 {
-    const std::scoped_lock lock(camera.mutex);
     std::string error;
-    std::optional<RecordedSource> opened = OpenSource(camera, rule, error);
+    std::optional<RecordedSource> opened = OpenSource(camera, rule, error);  // which may take a while: frames go on
     if (!opened) return error;
+    const std::scoped_lock lock(camera.mutex);
     const std::int64_t played = FilePlayed(camera, TickUs());
     std::optional<RecordedSource>& place = camera.sources.at(static_cast<std::size_t>(source));
     std::swap(place, opened);
@@ -321,8 +327,8 @@ std::string RateNote(const FileCamera& camera)
                       source.RateHz());
     }
     if (periodSeconds <= 0 || IsNear(1 / periodSeconds, source.RateHz(), kSameRate)) return {};
-    return Format("The frame rate is that of %s, %.2f Hz. The head was set to %.2f Hz.", source.Name().c_str(),
-                  source.RateHz(), 1 / periodSeconds);
+    return Format("%s is played at %.2f Hz. The head was set to %.2f Hz.", source.Name().c_str(), source.RateHz(),
+                  1 / periodSeconds);
 }
 
 std::string IntegrationNote(const FileCamera& camera)
@@ -330,12 +336,13 @@ std::string IntegrationNote(const FileCamera& camera)
     const RecordedSource& source = camera.InFront();
     if (FramePeriodSeconds(camera.head) <= 0) return {};
     const double askedMs = IntegrationSeconds(camera.head) * kMsPerSecond;
-    if (!source.IntegrationMs()) {
+    const std::optional<double> recordedMs = source.IntegrationMs();
+    if (!recordedMs) {
         return source.Name() + " doesn't tell its integration time: that of the head's settings is shown.";
     }
-    if (IsNear(askedMs, *source.IntegrationMs(), kSameIntegration)) return {};
+    if (IsNear(askedMs, *recordedMs, kSameIntegration)) return {};
     return Format("The integration time is that of %s, %.3f ms. The head was set to %.3f ms.", source.Name().c_str(),
-                  *source.IntegrationMs(), askedMs);
+                  *recordedMs, askedMs);
 }
 
 std::string WindowNote(const FileCamera& camera)

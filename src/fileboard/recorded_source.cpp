@@ -137,7 +137,7 @@ bool RecordedSource::OpenFiles(const std::vector<std::string>& paths, std::strin
         std::string why;
         std::optional<StoredFrames> file = StoredFrames::Open(path, why);
         if (!file) {
-            error = path + ' ' + why + '.';
+            error = Format("%s %s.", path.c_str(), why.c_str());
             return false;
         }
         if (file->AreCorrected()) {
@@ -199,9 +199,14 @@ bool RecordedSource::AreLowered() const
     return std::ranges::any_of(files_, &StoredFrames::AreLowered);
 }
 
+bool RecordedSource::CanBeLowered() const
+{
+    return std::ranges::all_of(files_, &StoredFrames::CanBeLowered);
+}
+
 bool RecordedSource::Lower()
 {
-    return std::ranges::all_of(files_, [](StoredFrames& file) { return file.AreLowered() || file.Lower(); });
+    return CanBeLowered() && std::ranges::all_of(files_, &StoredFrames::Lower);
 }
 
 bool RecordedSource::Read(std::int64_t frame, std::span<std::int16_t> counts)

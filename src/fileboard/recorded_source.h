@@ -42,7 +42,8 @@ class RecordedSource {
     std::string Changes() const { return files_.front().Changes(); }
     // As StoredFrames has them; of all files.
     bool AreLowered() const;
-    bool Lower();
+    bool CanBeLowered() const;
+    bool Lower();  // one that can't be stays as it is
 
     // Frame number frame, from 0 through all files, to counts of Columns x Rows, as the file has them. False where it
     // can't be read.

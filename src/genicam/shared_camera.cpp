@@ -165,6 +165,7 @@ struct SharedCamera::State {
     bool isSilent = false;
     std::string lostText;
     bool wantsStream = false;
+    bool countsAnew = false;  // from 1, with the next stream
     Trigger trigger = Trigger::kNone;
     std::int64_t wish = 0;  // one more with each change of these two
     std::int64_t doneWish = 0;
@@ -353,6 +354,7 @@ struct SharedCamera::State {
             wanted = wantsStream;
         }
         StopStream();
+        if (wanted) DropFramesOfLastGrab();
         std::string error;
         const bool started = !wanted || StartStream(error);
         if (!started) Note(error);
@@ -360,6 +362,15 @@ struct SharedCamera::State {
         streamWasRefused = !started;
         doneWish = seen;
         changed.notify_all();
+    }
+
+    // What the end of the former stream brought is none of the new grab's.
+    void DropFramesOfLastGrab()
+    {
+        const std::scoped_lock lock(mutex);
+        if (!std::exchange(countsAnew, false)) return;
+        frames.clear();
+        newest = lost = 0;
     }
 
     // Where a stream begins in the numbers of the grab: with its first frame for one that the grab began; behind a loss
@@ -610,7 +621,7 @@ bool SharedCamera::BeginGrab(Trigger trigger)
     const bool isOpen = Open(error);
     std::unique_lock lock(s.mutex);
     if (!isOpen && !s.isLost) return false;
-    s.wantsStream = true;
+    s.wantsStream = s.countsAnew = true;
     s.trigger = trigger;
     s.frames.clear();
     s.newest = s.lost = 0;

@@ -171,7 +171,7 @@ bool ForeignFrames::Lower()
 {
     constexpr int kBelowAll = -1;
     if (isLowered_) return true;
-    if (layout_.samples == ForeignSamples::kSigned) return false;
+    if (!CanBeLowered()) return false;
     isLowered_ = true;
     header_.DisplayHigh = DisplayHighFor(kBelowAll);
     return true;

@@ -53,6 +53,7 @@ class ForeignFrames {
     // The same from now on for samples without a sign that stay below 32768, beside a file that needs it. False, and
     // nothing changes, where they have one.
     bool Lower();
+    bool CanBeLowered() const { return layout_.samples != ForeignSamples::kSigned; }
 
     // What was done to the samples, in the operator's words: "less 32768", "rows turned"; empty: nothing.
     std::string Changes() const;

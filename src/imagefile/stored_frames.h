@@ -44,8 +44,9 @@ class StoredFrames {
     // Of a file of another program, what was done to its samples (ForeignFrames::Changes); empty: nothing.
     std::string Changes() const { return foreign_ ? foreign_->Changes() : std::string(); }
 
-    // ForeignFrames::IsLowered and Lower; a file of Kelvo's own isn't, and can't be.
+    // ForeignFrames::IsLowered, CanBeLowered and Lower; a file of Kelvo's own isn't, and can't be.
     bool AreLowered() const { return foreign_ && foreign_->IsLowered(); }
+    bool CanBeLowered() const { return foreign_ && foreign_->CanBeLowered(); }
     bool Lower() { return foreign_ && foreign_->Lower(); }
 
     // The journal; null where none lies beside the file, or one that isn't this file's. Its records may end before the

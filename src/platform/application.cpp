@@ -162,6 +162,13 @@ std::string DirectoryFrom(const char* variable, std::string_view fallback)
     return std::string(home ? home : "") + std::string(fallback);
 }
 
+// The same, and never at the root of the disk.
+std::string DirectoryBelowHome(const char* variable, std::string_view fallback)
+{
+    std::string directory = DirectoryFrom(variable, fallback);
+    return directory == fallback ? std::string() : directory;
+}
+
 QString ResourcePath(std::string_view name)
 {
     return ":/" + ToQPath(name);
@@ -177,7 +184,7 @@ void StartApplication(const CommandLine& commandLine)
     MakeApplication(commandLine);
     QCoreApplication::setApplicationName("kelvo");
     QCoreApplication::setApplicationVersion(KELVO_VERSION);
-    QGuiApplication::setDesktopFileName("kelvo");
+    QGuiApplication::setDesktopFileName(kApplicationId);
     // Pictures taken offscreen repeat from machine to machine.
     if (runsOffscreen) QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
     ChangeTheme(commandLine.theme.value_or(Theme::kDesktop));
@@ -210,6 +217,16 @@ std::string UserConfigDirectory()
 std::string UserDataDirectory()
 {
     return DirectoryFrom("XDG_DATA_HOME", "/.local/share");
+}
+
+std::string UserStateDirectory()
+{
+    return DirectoryBelowHome("XDG_STATE_HOME", "/.local/state");
+}
+
+std::string UserCacheDirectory()
+{
+    return DirectoryBelowHome("XDG_CACHE_HOME", "/.cache");
 }
 
 std::string UserDocumentsDirectory()

@@ -68,7 +68,7 @@ constexpr int kFileBenchFile = 1011;
 constexpr int kFileBenchLoad = 1021;
 constexpr int kFileBenchSize = 1031;   // "320 x 256 at 50.00 Hz", of the recording in front
 constexpr int kFileBenchFrame = 1032;  // "12 of 30"
-constexpr int kFileBenchLost = 1033;   // "2 frames"
+constexpr int kFileBenchLost = 1033;   // frames
 constexpr int kFileBenchAgain = 1034;
 
 constexpr int kAccountDelivered = 1001;

@@ -23,18 +23,28 @@
 namespace kelvo {
 namespace {
 
+// What can be wired in platform.ini: the heads at its ports, and the board.
+struct Camera {
+    void (*registerHeads)();
+    void (*registerBoard)();
+};
+constexpr Camera kCameras[] = {
+    {RegisterSimulatedHeads, RegisterSimulatedBoard},
+    {RegisterFileHeads, RegisterFileBoard},
+    {RegisterGenicamHeads, RegisterGenicamBoard},
+};
+
 int RunWithWindows(const CommandLine& commandLine)
 {
-    RegisterSimulatedHeads();
-    RegisterSimulatedBoard();
-    RegisterFileHeads();
-    RegisterFileBoard();
-    RegisterGenicamHeads();
-    RegisterGenicamBoard();
+    for (const Camera& camera : kCameras) {
+        camera.registerHeads();
+        camera.registerBoard();
+    }
     StartApplication(commandLine);
     ShutDownWhenAsked();
     write::options.startOptions = {
         .dataDirectory = commandLine.dataDirectory,
+        .keepsOneDirectory = !commandLine.dataDirectory.empty(),
         .staysInDirectory = !commandLine.dataDirectory.empty() || !commandLine.scriptFile.empty(),
         .viewFiles = commandLine.viewFiles,
         .theme = commandLine.theme};

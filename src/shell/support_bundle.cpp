@@ -166,6 +166,7 @@ std::vector<NamedText> GatherSupportFiles()
     std::vector<NamedText> found = {{.name = "versions.txt", .text = Versions()},
                                     {.name = "transcript.jsonl", .text = LatestOfTranscript()}};
     AddSettingsAndLogs(found, DefaultDir);
+    if (StateDir != DefaultDir) AddSettingsAndLogs(found, StateDir);
     const std::vector<UserWord> words = UserWords();
     std::vector<NamedText> files;
     files.reserve(found.size());

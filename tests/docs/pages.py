@@ -8,7 +8,7 @@
   pages.py places               fails if a place of docs/architecture.md's list of named things doesn't exist, or isn't reached
 
 A block of C++ begins with a comment that names its file, `// src/display/zoom_step.h`, and is compiled as that file. One that goes into a file of the
-tree says where: `// src/script/script_calls.cpp, before kCalls` or `..., in kCalls`, where the first line that holds `kCalls[]` is meant. A block of
+tree says where: `// src/script/script_calls.cpp, before kCalls` or `..., in kCalls`, where the first line that holds `kCalls[]` is meant, or `..., in includes`. A block of
 XML is a dialog and names its file in the same way. Blocks of Python and of the shell are run by the tests beside this file that follow their pages. A block of Lua is an operator script; a line before it may tell where it begins:
 
   <!-- start: live -->      after tests/docs/starts/live.lua; `no camera`: without a camera; nothing: in front of the start's first question
@@ -112,12 +112,17 @@ def name_of(page):
 
 
 def added(text, where, addition, place):
-    """The file's text with the addition before, or at the top of, the table that where names."""
+    """The file's text with the addition before, or at the top of, the table that where names, or among the includes."""
     lines = text.split("\n")
-    at = next((i for i, line in enumerate(lines) if where[1] + "[]" in line), None)
+    way, what = where
+    if where == ("in", "includes"):
+        way, what = "before", '#include "'
+    else:
+        what += "[]"
+    at = next((i for i, line in enumerate(lines) if what in line), None)
     if at is None:
-        raise Fault(f"{place}: the file has no {where[1]}[]")
-    at += where[0] == "in"
+        raise Fault(f"{place}: the file has no {what}")
+    at += way == "in"
     return "\n".join(lines[:at] + addition.rstrip("\n").split("\n") + lines[at:])
 
 
@@ -182,7 +187,7 @@ def named_paths(page, text):
         yield os.path.normpath(here / link)
     for name in re.findall(r"(?<=[ ])(src/\w+/)(?=[ ])", text):  # the tree
         yield name
-    for name in re.findall(r"`((?:src|tests|docs|cmake|bench|fuzz|tools|examples)/[\w./-]*)`", text):
+    for name in re.findall(r"`((?:src|tests|docs|cmake|bench|fuzz|tools|examples|packaging)/[\w./-]*)`", text):
         yield name
 
 

@@ -48,6 +48,8 @@ class Blocks(unittest.TestCase):
         self.assertEqual(pages.added(source, ("in", "kCalls"), "x\n", ""), "a\nint kCalls[] = {\nx\nb\n};")
         with self.assertRaises(pages.Fault):
             pages.added(source, ("in", "kRows"), "x", "")
+        source = "// it\n#include \"b.h\"\n\n#include <c>"
+        self.assertEqual(pages.added(source, ("in", "includes"), "#include \"a.h\"\n", ""), "// it\n#include \"a.h\"\n#include \"b.h\"\n\n#include <c>")
 
 
 class Tour(unittest.TestCase):

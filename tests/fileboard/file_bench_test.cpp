@@ -10,6 +10,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 namespace kelvo {
 namespace {
 
@@ -66,12 +68,25 @@ TEST_F(FileBench, ShowsTheSourcesAndWhatIsPlayed)
     BeginRecording(*camera);
     SendMessage(FileBenchWindow(), WM_TIMER, 1, 0);
     EXPECT_EQ(Text(kFileBenchFrame), "0 of 3");
-    EXPECT_EQ(Text(kFileBenchLost), "0 frames");
+    EXPECT_EQ(Text(kFileBenchLost), "0");
     DelayMs(20);
     SendMessage(FileBenchWindow(), WM_TIMER, 1, 0);
     EXPECT_EQ(Text(kFileBenchFrame), "2 of 3");
     ASSERT_TRUE(OperatePress(FileBenchWindow(), kFileBenchAgain));
     EXPECT_EQ(Text(kFileBenchFrame), "0 of 3");
+}
+
+TEST_F(FileBench, ALongNameLosesItsMiddle)
+{
+    Open();
+    std::filesystem::copy_file(directory / "low.seq", directory / "exactly 26 characters .seq");
+    EXPECT_EQ(SetFileOfSource(*camera, FileSource::kHigh, directory / "exactly 26 characters .seq"), "");
+    std::filesystem::copy_file(directory / "low.seq", directory / "one that is longer than it by 2026-11-23.seq");
+    EXPECT_EQ(SetFileOfSource(*camera, FileSource::kLow, directory / "one that is longer than it by 2026-11-23.seq"),
+              "");
+    SendMessage(FileBenchWindow(), WM_TIMER, 1, 0);
+    EXPECT_EQ(Text(kFileBenchFile), "one that is ...6-11-23.seq");
+    EXPECT_EQ(Text(kFileBenchFile + 1), "exactly 26 characters .seq");
 }
 
 TEST_F(FileBench, PutsASourceInFront)

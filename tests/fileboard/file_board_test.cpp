@@ -187,6 +187,35 @@ TEST_F(FileBoard, AFileThatDoesNotFitLeavesTheFormerOne)
     EXPECT_EQ(StateOfSource(*camera, FileSource::kScene).name, "scene.seq");
 }
 
+TEST_F(FileBoard, SamplesAbove32767AreTakenLowerWithThoseOfAllSources)
+{
+    PutNpy(directory / "low.npy", "<u2", {100, 101});
+    PutNpy(directory / "high.npy", "<u2", {40000, 40001});
+    PutFile(directory / "camera.cnf", "[Frames]\nLow=low.npy\nRate=50\n");
+    OpenBoard();
+    EXPECT_EQ(Next(0), Answer(1, 100));
+    EXPECT_EQ(SetFileOfSource(*camera, FileSource::kHigh, directory / "high.npy"), "");
+    EXPECT_EQ(Next(1), Answer(2, 101 - 32768));
+    EXPECT_TRUE(PutFileSource(*camera, FileSource::kHigh));
+    EXPECT_EQ(Next(2), Answer(3, 40000 - 32768));
+    EXPECT_THAT(icp_report(icp).counts, HasSubstr("less 32768"));
+    EXPECT_THAT(SetFileOfSource(*camera, FileSource::kScene, directory / "scene.seq"),
+                HasSubstr("scene.seq has samples with a sign."));
+}
+
+TEST_F(FileBoard, ARefusedFileLeavesTheSamplesOfTheOthers)
+{
+    PutNpy(directory / "low.npy", "<u2", {100, 101});
+    PutNpy(directory / "high.npy", "<u2", {40000, 40001});
+    PutFile(directory / "camera.cnf", "[Frames]\nLow=low.npy\nScene=scene.seq\n[Bench]\nSource=low\n");
+    OpenBoard();
+    EXPECT_THAT(SetFileOfSource(*camera, FileSource::kHigh, directory / "high.npy"),
+                HasSubstr("scene.seq has samples with a sign."));
+    EXPECT_EQ(StateOfSource(*camera, FileSource::kHigh).name, "");
+    EXPECT_EQ(Next(0), Answer(1, 100));
+    EXPECT_EQ(icp_report(icp).counts, "");
+}
+
 TEST_F(FileBoard, OnceEndsAndSaysSo)
 {
     PutCamera("End=once\n");
@@ -244,7 +273,7 @@ TEST_F(FileBoard, WhatWasAskedOtherwiseIsNotedOnce)
         AnswerFileFrame(*camera, sent);
     }
     EXPECT_THAT(icp_take_notes(icp),
-                ElementsAre("The frame rate is that of scene.seq, 50.00 Hz. The head was set to 48.83 Hz.",
+                ElementsAre("scene.seq is played at 50.00 Hz. The head was set to 48.83 Hz.",
                             "The integration time is that of scene.seq, 5.000 ms. The head was set to 19.400 ms."));
     EXPECT_THAT(icp_take_notes(icp), IsEmpty());
     AnswerFileFrame(*camera, {0x50, 0, 0, 2});

@@ -19,6 +19,12 @@ class FileSettingsFile : public testing::Test {
         error.clear();
         return ReadFileSettings(path, error);
     }
+    FileSettings ReadRight(const std::string& text)
+    {
+        const std::optional<FileSettings> settings = Read(text);
+        EXPECT_TRUE(settings) << error;
+        return settings.value_or(FileSettings());
+    }
 
     TempDirectory directory;
     std::string error;
@@ -29,29 +35,27 @@ class FileSettingsFile : public testing::Test {
 
 TEST_F(FileSettingsFile, TellsHeadFilesAndPlaying)
 {
-    const auto settings = Read(
+    const FileSettings settings = ReadRight(
         "[Head]\nModel=hgcdte\nClock=40000000\n[Frames]\nLow=low.seq\nHigh=/data/high.npy\nScene=run_*.seq\nRate=12.5\n"
         "End=once\n[Bench]\nSource=high\n");
-    ASSERT_TRUE(settings) << error;
-    EXPECT_EQ(settings->model, HeadModel::kHgCdTe);
-    EXPECT_EQ(settings->clockHz, 40e6);
-    EXPECT_EQ(settings->files, (std::array<std::string, 3>{"low.seq", "/data/high.npy", "run_*.seq"}));
-    EXPECT_EQ(settings->rateHz, 12.5);
-    EXPECT_EQ(settings->end, EndOfFile::kOnce);
-    EXPECT_EQ(settings->source, FileSource::kHigh);
+    EXPECT_EQ(settings.model, HeadModel::kHgCdTe);
+    EXPECT_EQ(settings.clockHz, 40e6);
+    EXPECT_EQ(settings.files, (std::array<std::string, 3>{"low.seq", "/data/high.npy", "run_*.seq"}));
+    EXPECT_EQ(settings.rateHz, 12.5);
+    EXPECT_EQ(settings.end, EndOfFile::kOnce);
+    EXPECT_EQ(settings.source, FileSource::kHigh);
 }
 
 TEST_F(FileSettingsFile, OneFileIsEnough)
 {
-    const auto settings = Read("[Frames]\nHigh=high.seq\n");
-    ASSERT_TRUE(settings) << error;
-    EXPECT_EQ(settings->model, HeadModel::kInSb);
-    EXPECT_EQ(settings->clockHz, 48e6);
-    EXPECT_EQ(settings->rateHz, 0);
-    EXPECT_EQ(settings->end, EndOfFile::kLoop);
-    EXPECT_EQ(settings->source, FileSource::kHigh) << "the one that has a file";
-    EXPECT_EQ(Read("[Frames]\nLow=a\nHigh=b\n")->source, FileSource::kLow);
-    EXPECT_EQ(Read("[Frames]\nLow=a\nHigh=b\nScene=c\n")->source, FileSource::kScene);
+    const FileSettings settings = ReadRight("[Frames]\nHigh=high.seq\n");
+    EXPECT_EQ(settings.model, HeadModel::kInSb);
+    EXPECT_EQ(settings.clockHz, 48e6);
+    EXPECT_EQ(settings.rateHz, 0);
+    EXPECT_EQ(settings.end, EndOfFile::kLoop);
+    EXPECT_EQ(settings.source, FileSource::kHigh) << "the one that has a file";
+    EXPECT_EQ(ReadRight("[Frames]\nLow=a\nHigh=b\n").source, FileSource::kLow);
+    EXPECT_EQ(ReadRight("[Frames]\nLow=a\nHigh=b\nScene=c\n").source, FileSource::kScene);
 }
 
 TEST_F(FileSettingsFile, WhatIsWrongIsNamed)

@@ -71,10 +71,7 @@ std::string TiffTag(int tag, int type, int value)
 TEST_F(RecordedSourceFiles, EveryKindGivesItsFrames)
 {
     for (const char* name : {"a.seq", "a.img", "a.buf"}) PutRecording(directory / name, {7, 8});
-    const std::string samples = SampleBytes(FrameOfValue(7)) + SampleBytes(FrameOfValue(8));
-    std::string npy = "{'descr': '<i2', 'fortran_order': False, 'shape': (2, 2, 4), }";
-    npy = Padded(npy, 1, ' ') + std::string(117 - npy.size(), ' ') + "\n";
-    PutFile(directory / "a.npy", std::string("\x93NUMPY\x01\x00", 8) + Tiff16(118) + npy + samples);
+    PutNpy(directory / "a.npy", "<i2", {7, 8});
     const std::string fits = FitsCard("SIMPLE  =                    T") + FitsCard("BITPIX  =                   16") +
                              FitsCard("NAXIS   =                    3") + FitsCard("NAXIS1  =                    4") +
                              FitsCard("NAXIS2  =                    2") + FitsCard("NAXIS3  =                    2") +
@@ -154,7 +151,9 @@ TEST_F(RecordedSourceFiles, WhatIsLostBetweenTheFilesOfOneRunIsLostHereToo)
     ASSERT_TRUE(source) << error;
     EXPECT_THAT(source->Times().frames, ElementsAre(PlayedFrame{0, 0}, PlayedFrame{1, 10'000}, PlayedFrame{3, 30'000}));
     // Alone, the second file has no frame before its first.
-    EXPECT_EQ(Open("p_2.seq")->Lost(), 0);
+    source = Open("p_2.seq");
+    ASSERT_TRUE(source) << error;
+    EXPECT_EQ(source->Lost(), 0);
 }
 
 TEST_F(RecordedSourceFiles, WhatIsNoCameraIsRefusedWithItsName)

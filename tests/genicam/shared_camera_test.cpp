@@ -122,6 +122,21 @@ TEST_F(Shared, ANewGrabCountsFromOne)
     }
 }
 
+TEST_F(Shared, AGrabThatFollowsAnotherHasNoneOfItsFrames)
+{
+    ASSERT_TRUE(camera.BeginGrab(SharedCamera::Trigger::kNone));
+    script->Send(1, 2);
+    script->Send(3, 2);  // waits for 2
+    const auto allAreTaken = [this] {
+        const std::scoped_lock lock(script->mutex);
+        return script->sent.empty();
+    };
+    ASSERT_TRUE(Comes(allAreTaken));
+    ASSERT_TRUE(camera.BeginGrab(SharedCamera::Trigger::kNone));
+    EXPECT_EQ(camera.FrameCount(), 0);
+    EXPECT_EQ(camera.LostByTransport(), 0);
+}
+
 TEST_F(Shared, FollowsTheHeadsRegisters)
 {
     EXPECT_THAT(camera.Answer(kIdentify), ElementsAre(0x10, 0x66, 0, 0));

@@ -65,7 +65,6 @@ class CameraReportOf : public testing::Test {
         RegisterBoard(kTellingBoard);
         write::frames.CameraOn = 1;
     }
-    static double Real(std::string_view name) { return std::get<double>(ReadState(name).value()); }
     // Long enough for the next question.
     static void Later() { DelayMs(1000); }
 
@@ -86,8 +85,8 @@ TEST_F(CameraReportOf, WhatIsToldTakesThePlaceOfWhatIsReckoned)
     AskCamera();
     EXPECT_EQ(FrameRate, 49.5F);
     EXPECT_EQ(IntegrationMsecInForce, 3.25);
-    EXPECT_EQ(Real("CameraRate"), 49.5);
-    EXPECT_EQ(Real("CameraIntegration"), 3.25);
+    EXPECT_EQ(StateReal("CameraRate"), 49.5);
+    EXPECT_EQ(StateReal("CameraIntegration"), 3.25);
     EXPECT_EQ(StateNumber("CameraColumns"), 320);
     EXPECT_EQ(StateNumber("CameraRows"), 256);
     EXPECT_EQ(StateNumber("CameraBits"), 14);
@@ -102,7 +101,7 @@ TEST_F(CameraReportOf, WhatIsToldTakesThePlaceOfWhatIsReckoned)
 
     ForgetCameraReport();
     EXPECT_EQ(FrameRate, 100);
-    EXPECT_EQ(Real("CameraRate"), 0);
+    EXPECT_EQ(StateReal("CameraRate"), 0);
 }
 
 TEST_F(CameraReportOf, NotesComeInOneBoxAndThenOnTheStatusLine)
@@ -152,7 +151,7 @@ TEST_F(CameraReportOf, ACameraThatIsOffIsNotAsked)
     notes = {"Nobody hears this."};
     FollowCamera();
     EXPECT_FALSE(CameraIsLost());
-    EXPECT_EQ(Real("CameraRate"), 0);
+    EXPECT_EQ(StateReal("CameraRate"), 0);
     EXPECT_THAT(notes, SizeIs(1));
     EXPECT_THAT(op.Boxes(), IsEmpty());
 }

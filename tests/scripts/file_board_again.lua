@@ -69,7 +69,7 @@ wait(500)
 check.eq(box(), nil)
 check.eq(state("FrameRate"), rate)
 told = false
-for _, line in ipairs(transcript()) do told = told or line.kind == "status" and line.text:find("The frame rate is that of scene.seq", 1, true) ~= nil end
+for _, line in ipairs(transcript()) do told = told or line.kind == "status" and line.text:find("scene.seq is played at", 1, true) ~= nil end
 check.eq(told, true)
 
 -- The bench of recorded frames, and the next start's camera, which ends.

@@ -19,7 +19,11 @@ using testing::HasSubstr;
 
 class SupportBundle : public testing::Test {
   protected:
-    SupportBundle() { SetDefaultDir(directory_.Path()); }
+    SupportBundle()
+    {
+        SetDefaultDir(directory_.Path());
+        SetStateDir(directory_.Path());
+    }
     void Put(const std::string& name, std::string_view contents) { PutFile(directory_ / name, contents); }
     std::string Path(const std::string& name) const { return directory_ / name; }
 
@@ -52,6 +56,20 @@ TEST_F(SupportBundle, HasSettingsAndLogsAndNoOtherFile)
     std::filesystem::create_directory(Path("folder.ini"));
     EXPECT_THAT(Names(GatherSupportFiles()), ElementsAre("versions.txt", "transcript.jsonl", "CAMERA.INI", "a.cnf",
                                                          "kelvo.ini", "PreviousCommLog.txt"));
+}
+
+TEST_F(SupportBundle, HasTheNotesOfTheStateDirectoryToo)
+{
+    const TempDirectory state;
+    SetStateDir(state.Path());
+    Put("kelvo.ini", "settings\n");
+    Put("recent.ini", "of an earlier version\n");
+    PutFile(state / "recent.ini", "File1=a.img\n");
+    PutFile(state / "CommLog.txt", "sent 20\n");
+    const std::vector<NamedText> files = GatherSupportFiles();
+    EXPECT_THAT(Names(files), ElementsAre("versions.txt", "transcript.jsonl", "kelvo.ini", "recent.ini", "2-recent.ini",
+                                          "CommLog.txt"));
+    EXPECT_EQ(TextOf("2-recent.ini"), "File1=a.img\n");
 }
 
 TEST_F(SupportBundle, TellsNoNameInTextsAndNamesOfFiles)
@@ -104,6 +122,7 @@ TEST_F(SupportBundle, TellsTheVersions)
 TEST_F(SupportBundle, WithoutADirectoryHasWhatIsLeft)
 {
     SetDefaultDir(Path("none"));
+    SetStateDir(Path("none"));
     EXPECT_THAT(Names(GatherSupportFiles()), ElementsAre("versions.txt", "transcript.jsonl"));
 }
 

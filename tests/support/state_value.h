@@ -18,6 +18,12 @@ inline std::int64_t StateNumber(std::string_view name)
     const auto* const number = value ? std::get_if<std::int64_t>(&*value) : nullptr;
     return number ? *number : std::numeric_limits<std::int64_t>::min();
 }
+inline double StateReal(std::string_view name)
+{
+    const auto value = ReadState(name);
+    const auto* const number = value ? std::get_if<double>(&*value) : nullptr;
+    return number ? *number : -1e300;
+}
 inline std::string StateText(std::string_view name)
 {
     const auto value = ReadState(name);
