@@ -1,5 +1,6 @@
 #include "genicam/aravis_camera.h"
 
+#include "genicam/camera_list.h"
 #include "platform/text.h"
 
 #include <arv.h>
@@ -317,13 +318,26 @@ class AravisCamera final : public CameraDevice {
     Reference<ArvStream> stream_;
 };
 
+// The library opens by its own names and by addresses, which it knows without a search. A serial number has to be
+// looked up among the cameras that are there.
+std::string NameOfSerial(const std::string& device)
+{
+    const bool isAddress = !device.empty() && device.find_first_not_of("0123456789.") == std::string::npos &&
+                           std::ranges::count(device, '.') == 3;
+    if (device.empty() || isAddress) return device;
+    const std::vector<FoundCamera> found = FindCameras();
+    const auto camera = std::ranges::find(found, device, &FoundCamera::serial);
+    return camera == found.end() ? device : camera->id;
+}
+
 }  // namespace
 
 std::unique_ptr<CameraDevice> OpenAravisCamera(const std::string& device, const DeviceSettings& settings,
                                                std::string& error)
 {
     Failure failure;
-    Reference<ArvCamera> camera(arv_camera_new(device.empty() ? nullptr : device.c_str(), failure.Place()));
+    const std::string name = NameOfSerial(device);
+    Reference<ArvCamera> camera(arv_camera_new(name.empty() ? nullptr : name.c_str(), failure.Place()));
     if (!camera) {
         error = device.empty() ? "No camera was found." : "No camera " + device + " was found.";
         if (failure) error += ' ' + failure.Text();

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 #include <span>
 #include <tuple>
 
@@ -176,6 +177,9 @@ std::optional<StillPicture> TakePicture(ArvCamera* camera, std::string& trouble)
 
 std::vector<FoundCamera> FindCameras()
 {
+    // A lost camera is looked for by a thread of its own, and the library's list is one.
+    static std::mutex turn;
+    const std::scoped_lock lock(turn);
     arv_update_device_list();
     std::vector<FoundCamera> cameras;
     for (unsigned i = 0; i < arv_get_n_devices(); ++i) cameras.push_back(CameraAt(i));

@@ -1,5 +1,6 @@
 #include "genicam/camera_list.h"
 
+#include "genicam/aravis_camera.h"
 #include "support/fake_camera.h"
 #include "support/shipped_file.h"
 
@@ -92,6 +93,19 @@ TEST(CameraList, LeavesACameraToTheProgramThatHasIt)
     EXPECT_EQ(answer.trouble, "Another program has the camera: no picture can be had.");
     EXPECT_EQ(camera.Registers(), before);
     EXPECT_TRUE(arv_gv_device_is_controller(ARV_GV_DEVICE(arv_camera_get_device(other.get()))));
+}
+
+TEST(CameraList, NamesACameraAsTheBoardOpensIt)
+{
+    const FakeCamera camera(LoopbackSetup());
+    ASSERT_EQ(camera.Error(), "");
+    const auto found = Find("KTEST1");
+    ASSERT_TRUE(found);
+    ASSERT_EQ(HeadName(*found), "KTEST1");
+    std::string error;
+    const std::unique_ptr<CameraDevice> opened = OpenAravisCamera(HeadName(*found), {}, error);
+    ASSERT_TRUE(opened) << error;
+    EXPECT_EQ(opened->Shape().columns, 320);
 }
 
 TEST(CameraList, HasNoCameraThatIsSwitchedOff)

@@ -97,4 +97,8 @@ for name, value in pairs {
   IndexFrameRate = "6",
 } do check.eq(key("camera.ini", "Camera.5", name), value, name) end
 check.eq({ state("ActiveCamera"), state("Hroi"), state("Vroi") }, { 5, 320, 256 })
-while box() do answer("ok") end
+
+-- The head behind the new port is the camera's, and is identified.
+check.eq(box(), nil)
+check.eq(dialog(), "CLOCK_ON")
+press(2)
