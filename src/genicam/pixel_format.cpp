@@ -3,6 +3,8 @@
 #include "genicam/unpack_kernels.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <limits>
 
 namespace kelvo {
@@ -82,6 +84,17 @@ void UnpackPlain(const PixelFormat& format, std::span<const std::uint8_t> packed
     }
 }
 
+void UnpackPart(const PixelFormat& format, const CountRule& rule, std::span<const std::uint8_t> packed,
+                std::span<std::int16_t> out)
+{
+    if (format.layout == PixelLayout::kWords) {
+        return UnpackWords(packed.data(), out.size(), rule.pedestal, rule.shift, out.data());
+    }
+    UnpackPlain(format, packed, out);
+    if (rule == CountRule()) return;
+    for (std::int16_t& count : out) count = CountOf(count, rule);
+}
+
 }  // namespace
 
 std::span<const PixelFormat> KnownPixelFormats()
@@ -138,13 +151,19 @@ bool UnpackPixels(const PixelFormat& format, const CountRule& rule, std::span<co
                   std::span<std::int16_t> out)
 {
     if (packed.size() < BytesOfPixels(format, out.size())) return false;
-    if (format.layout == PixelLayout::kWords) {
-        UnpackWords(packed.data(), out.size(), rule.pedestal, rule.shift, out.data());
+    if (out.empty()) return true;
+    if (format.layout == PixelLayout::kWords && format.bits < 16 && rule == CountRule()) {
+        std::memcpy(out.data(), packed.data(), out.size_bytes());
         return true;
     }
-    UnpackPlain(format, packed, out);
-    if (rule != CountRule()) {
-        for (std::int16_t& count : out) count = CountOf(count, rule);
+    // A part at a time, which stays in the nearest cache, is copied to its place: a frame is larger than the caches,
+    // and the machine's copy writes whole lines of them without reading what was there.
+    constexpr std::size_t kPart = 4096;  // a multiple of 8: it begins with a whole byte in each format
+    std::array<std::int16_t, kPart> part;
+    for (std::size_t i = 0; i < out.size(); i += kPart) {
+        const std::size_t pixels = std::min(kPart, out.size() - i);
+        UnpackPart(format, rule, packed.subspan(BytesOfPixels(format, i)), std::span(part).first(pixels));
+        std::memcpy(out.data() + i, part.data(), pixels * sizeof part[0]);
     }
     return true;
 }

@@ -2,17 +2,21 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "genicam/unpack_kernels.cpp"
+#include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 
 // Compiled once for each instruction set; the machine picks one at the first call.
 HWY_BEFORE_NAMESPACE();
 namespace kelvo::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
+
+// Bytes that are asked for so far ahead: a frame comes from beyond the caches, in which a part of it is then worked.
+constexpr std::size_t kAhead = 4096;
 
 constexpr std::int32_t kLeastCount = -32768;
 constexpr std::int32_t kMostCount = 32767;
@@ -27,27 +31,39 @@ void Words(const std::uint8_t* HWY_RESTRICT packed, std::size_t pixels, std::int
 {
     std::size_t i = 0;
 #if HWY_TARGET != HWY_SCALAR
-    // A count below the pedestal becomes negative: 17 bits are needed between, so that halves are worked apart.
     const hn::ScalableTag<std::uint16_t> d;
+    const hn::Repartition<std::uint8_t, decltype(d)> d8;
     const hn::RebindToSigned<decltype(d)> ds;
-    const hn::RepartitionToWide<decltype(ds)> dw;
     const std::size_t lanes = hn::Lanes(d);
-    const auto less = hn::Set(dw, pedestal);
-    if (pedestal == 0 && shift > 0) {
+    const auto each = [&](auto countsOf) {
         for (; i + lanes <= pixels; i += lanes) {
-            const auto words = hn::BitCast(d, hn::LoadU(hn::Repartition<std::uint8_t, decltype(d)>(), packed + 2 * i));
-            hn::StoreU(hn::BitCast(ds, hn::ShiftRightSame(words, shift)), ds, out + i);
+            hwy::Prefetch(packed + 2 * i + kAhead);
+            hn::StoreU(countsOf(hn::BitCast(d, hn::LoadU(d8, packed + 2 * i))), ds, out + i);
         }
+    };
+    if (shift == 0 && pedestal == 0) {
+        const auto most = hn::Set(d, kMostCount);
+        each([&](auto words) { return hn::BitCast(ds, hn::Min(words, most)); });
+    } else if (shift == 0) {
+        // A word with its upper bit turned is the word less 32768, with a sign.
+        const auto upper = hn::Set(d, 0x8000);
+        const auto rest = hn::Set(ds, static_cast<std::int16_t>(0x8000 - pedestal));
+        each([&](auto words) { return hn::SaturatedAdd(hn::BitCast(ds, hn::Xor(words, upper)), rest); });
+    } else if (pedestal == 0) {
+        const auto scale = hn::Set(d, static_cast<std::uint16_t>(1U << (16 - shift)));
+        each([&](auto words) { return hn::BitCast(ds, hn::MulHigh(words, scale)); });
     } else {
-        for (; i + lanes <= pixels; i += lanes) {
-            const auto words = hn::BitCast(d, hn::LoadU(hn::Repartition<std::uint8_t, decltype(d)>(), packed + 2 * i));
-            const hn::Half<decltype(d)> dh;
-            const auto low = hn::Sub(hn::PromoteTo(dw, hn::LowerHalf(dh, words)), less);
-            const auto high = hn::Sub(hn::PromoteTo(dw, hn::UpperHalf(dh, words)), less);
-            const auto lowCounts = hn::DemoteTo(hn::Half<decltype(ds)>(), hn::ShiftRightSame(low, shift));
-            const auto highCounts = hn::DemoteTo(hn::Half<decltype(ds)>(), hn::ShiftRightSame(high, shift));
-            hn::StoreU(hn::Combine(ds, highCounts, lowCounts), ds, out + i);
-        }
+        // A count below the pedestal becomes negative: 17 bits are needed between, so that halves are worked apart.
+        const hn::RepartitionToWide<decltype(ds)> dw;
+        const hn::Half<decltype(d)> dh;
+        const hn::Half<decltype(ds)> dsh;
+        const auto less = hn::Set(dw, pedestal);
+        const auto countsOf = [&](auto half) {
+            return hn::DemoteTo(dsh, hn::ShiftRightSame(hn::Sub(hn::PromoteTo(dw, half), less), shift));
+        };
+        each([&](auto words) {
+            return hn::Combine(ds, countsOf(hn::UpperHalf(dh, words)), countsOf(hn::LowerHalf(dh, words)));
+        });
     }
 #endif
     for (; i < pixels; ++i) {
@@ -56,49 +72,60 @@ void Words(const std::uint8_t* HWY_RESTRICT packed, std::size_t pixels, std::int
     }
 }
 
+// Bytes of eight pixels as eight words, in each of which the 12 bits of its pixel stand; what is kept of such a word
+// shifted right by 4 and of the word as it is, of an even pixel and of an odd one.
 struct Stream12 {
-    // Bytes of eight pixels that make four pairs of words: of each pixel the word that has its 12 bits.
-    static constexpr std::uint8_t kBytes[16] = {0, 1, 1, 2, 3, 4, 4, 5, 6, 7, 7, 8, 9, 10, 10, 11};
-    template <typename D, typename V>
-    static V Even(D d, V word)
-    {
-        return hn::And(word, hn::Set(d, 0x0FFF));
-    }
+    static constexpr std::array<std::uint8_t, 16> kBytes = {0, 1, 1, 2, 3, 4, 4, 5, 6, 7, 7, 8, 9, 10, 10, 11};
+    static constexpr std::array<std::uint16_t, 2> kOfShifted = {0x0000, 0x0FFF};
+    static constexpr std::array<std::uint16_t, 2> kOfWord = {0x0FFF, 0x0000};
     static std::int32_t First(const std::uint8_t* b) { return b[0] | (b[1] & 0x0F) << 8; }
     static std::int32_t Second(const std::uint8_t* b) { return b[1] >> 4 | b[2] << 4; }
 };
 
 struct Pairs12 {
-    static constexpr std::uint8_t kBytes[16] = {1, 0, 1, 2, 4, 3, 4, 5, 7, 6, 7, 8, 10, 9, 10, 11};
-    template <typename D, typename V>
-    static V Even(D d, V word)
-    {
-        return hn::Or(hn::And(hn::ShiftRight<4>(word), hn::Set(d, 0x0FF0)), hn::And(word, hn::Set(d, 0x000F)));
-    }
+    static constexpr std::array<std::uint8_t, 16> kBytes = {1, 0, 1, 2, 4, 3, 4, 5, 7, 6, 7, 8, 10, 9, 10, 11};
+    static constexpr std::array<std::uint16_t, 2> kOfShifted = {0x0FF0, 0x0FFF};
+    static constexpr std::array<std::uint16_t, 2> kOfWord = {0x000F, 0x0000};
     static std::int32_t First(const std::uint8_t* b) { return b[0] << 4 | (b[1] & 0x0F); }
     static std::int32_t Second(const std::uint8_t* b) { return b[2] << 4 | b[1] >> 4; }
 };
 
-// Eight pixels, twelve bytes, a turn; a load takes four bytes more, which have to be there.
+// Eight pixels are twelve bytes, and a block of a register. A load takes four bytes more, which have to be there.
 template <typename Form>
 void Twelve(const std::uint8_t* HWY_RESTRICT packed, std::size_t pixels, std::int16_t* HWY_RESTRICT out)
 {
     std::size_t i = 0;
     std::size_t at = 0;
 #if HWY_TARGET != HWY_SCALAR
-    constexpr std::size_t kPixels = 8;
-    constexpr std::size_t kBytes = 12;
+    constexpr std::size_t kBlockBytes = 12;
     constexpr std::size_t kLoaded = 16;
-    const hn::FixedTag<std::uint8_t, kLoaded> d8;
-    const hn::FixedTag<std::uint16_t, kPixels> d16;
+    const hn::FixedTag<std::uint8_t, kLoaded> block;
+#if HWY_CAP_GE256
+    constexpr std::size_t kBlocks = 2;
+    const hn::FixedTag<std::uint8_t, kBlocks * kLoaded> d8;
+    const auto load = [&](const std::uint8_t* bytes) {
+        return hn::Combine(d8, hn::LoadU(block, bytes + kBlockBytes), hn::LoadU(block, bytes));
+    };
+#else
+    constexpr std::size_t kBlocks = 1;
+    const auto d8 = block;
+    const auto load = [&](const std::uint8_t* bytes) { return hn::LoadU(d8, bytes); };
+#endif
+    constexpr std::size_t kPixels = 8 * kBlocks;
+    constexpr std::size_t kNeeded = (kBlocks - 1) * kBlockBytes + kLoaded;
+    const hn::RepartitionToWide<decltype(d8)> d16;
     const hn::RebindToSigned<decltype(d16)> ds;
-    const auto places = hn::LoadU(d8, Form::kBytes);
-    constexpr std::uint16_t kOdd[kPixels] = {0, 0xFFFF, 0, 0xFFFF, 0, 0xFFFF, 0, 0xFFFF};
-    const auto odd = hn::MaskFromVec(hn::LoadU(d16, kOdd));
+    const hn::RepartitionToWide<decltype(d16)> d32;
+    const auto byTwo = [&](const std::array<std::uint16_t, 2>& masks) {
+        return hn::BitCast(d16, hn::Set(d32, std::uint32_t{masks[1]} << 16 | masks[0]));
+    };
+    const auto places = hn::LoadDup128(d8, Form::kBytes.data());
+    const auto ofShifted = byTwo(Form::kOfShifted);
+    const auto ofWord = byTwo(Form::kOfWord);
     const std::size_t bytes = (pixels * 3 + 1) / 2;
-    for (; i + kPixels <= pixels && at + kLoaded <= bytes; i += kPixels, at += kBytes) {
-        const auto words = hn::BitCast(d16, hn::TableLookupBytes(hn::LoadU(d8, packed + at), places));
-        const auto counts = hn::IfThenElse(odd, hn::ShiftRight<4>(words), Form::Even(d16, words));
+    for (; i + kPixels <= pixels && at + kNeeded <= bytes; i += kPixels, at += kBlocks * kBlockBytes) {
+        const auto words = hn::BitCast(d16, hn::TableLookupBytes(load(packed + at), places));
+        const auto counts = hn::Or(hn::And(hn::ShiftRight<4>(words), ofShifted), hn::And(words, ofWord));
         hn::StoreU(hn::BitCast(ds, counts), ds, out + i);
     }
 #endif

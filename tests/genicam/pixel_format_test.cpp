@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cmath>
 #include <random>
 
 namespace kelvo {
@@ -101,17 +103,18 @@ TEST(Unpacking, GivesBackWhatWasPackedBitByBit)
 {
     std::mt19937 random(15);
     for (const PixelFormat& format : KnownPixelFormats()) {
-        for (const std::size_t pixels : {1, 2, 7, 8, 9, 15, 16, 17, 31, 33, 63, 64, 65, 1001}) {
+        for (const std::size_t pixels : {1, 2, 7, 8, 9, 15, 16, 17, 31, 33, 63, 64, 65, 1001, 4095, 4096, 4097, 8200}) {
             std::vector<std::uint16_t> samples(pixels);
             for (std::uint16_t& sample : samples) {
                 sample = static_cast<std::uint16_t>(random() & ((1U << format.bits) - 1U));
             }
-            for (const CountRule& rule : {CountRule(), CountRule{.shift = 1}, CountRule{.pedestal = 32768},
-                                          CountRule{.pedestal = 300, .shift = 2}}) {
+            for (const CountRule& rule :
+                 {CountRule(), CountRule{.shift = 1}, CountRule{.pedestal = 32768}, CountRule{.pedestal = 1},
+                  CountRule{.pedestal = 65535}, CountRule{.pedestal = 300, .shift = 2}}) {
                 std::vector<std::int16_t> expected;
                 for (const std::uint16_t sample : samples) {
                     const double less = std::floor((sample - rule.pedestal) / std::exp2(rule.shift));
-                    expected.push_back(static_cast<std::int16_t>(std::min(less, 32767.0)));
+                    expected.push_back(static_cast<std::int16_t>(std::clamp(less, -32768.0, 32767.0)));
                 }
                 std::vector<std::int16_t> out(pixels);
                 ASSERT_TRUE(UnpackPixels(format, rule, Packed(format, samples), out));
