@@ -4,6 +4,7 @@
 set -eu
 top=$(cd "$(dirname "$0")/.." && pwd)
 cd "$top"
+[ -f CMakeLists.txt ] || { echo "This needs Kelvo's sources: the camera on the loopback isn't installed." >&2; exit 1; }
 [ -x build/release/src/kelvo ] && [ -x build/release/tools/kelvo-fake-camera ] || echo "Building Kelvo. The first time this takes some minutes."
 cmake --preset release >/dev/null
 cmake --build --preset release --target kelvo --target kelvo-fake-camera -- --quiet
