@@ -76,13 +76,14 @@ local function deviation()
 end
 
 -- What an earlier run left would be asked about.
-for _, name in ipairs { "scope.bmp", "scene.img", "run1.seq", "run2.seq", "run3.seq", "data/morning.cal", "even.seq", "even.seq.frames",
+for _, name in ipairs { "scope.bmp", "scene.img", "run1.seq", "run2.seq", "run3.seq", "even.seq", "even.seq.frames",
     "scene16.tif", "scene8.tif", "difference.img", "scene.pdf", "netd.csv", "netd.img", "netd.png", "trace.csv", "trace.png", "even.fits", "scene.npy",
     "scene.json" } do
     os.remove(out .. "/" .. name)
 end
+os.remove(data .. "/morning.cal")
 -- The SAVE dialog changes the working directory, so that a path has to be whole.
-local whole = data:match("^(.*)/[^/]*$")
+local whole = out:match("^/") and out or data:match("^(.*)/[^/]*$")
 
 -- The start: the head has answered, and Kelvo asks how to turn the camera on.
 inFront("CLOCK_ON")

@@ -1,11 +1,7 @@
 // kelvo-head: a simulated camera head on a pseudo-terminal, for trying the serial link without a camera.
 //
-//     kelvo-head [--fault silent|refusing|short|noise] [--log] FILE
-//
-// FILE describes the camera, as a port wired to "sim:FILE" names it. The first line of output is the terminal's path:
-// wire a port of platform.ini to it. The second is the path of a socket on which the head offers its registers, so that
-// the simulated board of a Kelvo at this port shows its video. The program then answers frames of four bytes until it
-// is ended; --log writes each frame and its answer on the error output.
+// kHelp tells how it is used. The registers that it offers on a socket let the simulated board of a Kelvo at this port
+// show its video.
 #include "platform/faults.h"
 #include "simcam/head_socket.h"
 #include "simcam/sim_camera.h"
@@ -38,6 +34,16 @@ namespace {
 using kelvo::WireFrame;
 
 constexpr const char* kUsage = "usage: kelvo-head [--fault silent|refusing|short|noise] [--log] FILE\n";
+constexpr const char* kHelp =
+    "\n"
+    "FILE describes the camera, as a port wired to sim:FILE names it. The first line of\n"
+    "output is the terminal's path: wire a port of platform.ini to it. The second is the\n"
+    "path of a socket on which the head offers its registers to the simulated board.\n"
+    "The head answers until it is ended.\n"
+    "\n"
+    "  --fault KIND      silent, refusing, short or noise: how it fails to answer\n"
+    "  --log             each frame and its answer on the error output\n"
+    "  --help            this text\n";
 constexpr int kHalfFrameMs = 200;  // what is left of a frame after such a pause is no beginning of the next
 
 struct FaultName {
@@ -241,6 +247,7 @@ int main(int argc, char* argv[])
     const std::span<char* const> arguments(argv + 1, static_cast<std::size_t>(argc - 1));
     if (std::ranges::find(arguments, std::string_view("--help")) != arguments.end()) {
         std::fputs(kUsage, stdout);
+        std::fputs(kHelp, stdout);
         return 0;
     }
     const auto options = ParseArguments(arguments);

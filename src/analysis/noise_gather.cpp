@@ -92,7 +92,8 @@ bool AddLiveFrames(std::int64_t frames, NoiseSums& sums, std::int64_t& lost, std
                                                     : std::string(LastFrameReadFault().text);
             return false;
         }
-        if (i > 0) lost += LastTakenFrame().lostByBoard + LastTakenFrame().lostByRing;
+        const CapturedFrame& taken = LastTakenFrame();
+        if (i > 0) lost += taken.lostByTransport + taken.lostByBoard + taken.lostByRing;
         sums.Add(frame);
     }
     return true;
@@ -192,7 +193,7 @@ bool AddFileFrames(StoredFrames& file, std::int64_t frames, NoiseSums& sums, std
             return false;
         }
         const FrameRecord* const record = i > 0 ? file.RecordOf(i) : nullptr;
-        if (record) lost += std::int64_t{record->lostByBoard} + record->lostByRing;
+        if (record) lost += std::int64_t{record->lostByTransport} + record->lostByBoard + record->lostByRing;
         sums.Add(frame);
     }
     return true;

@@ -185,6 +185,27 @@ std::string ManualPage()
     return page;
 }
 
+std::string ManualPageOfTool(std::string_view name, std::string_view purpose, std::string_view help)
+{
+    std::string title(name);
+    std::ranges::transform(title, title.begin(), [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    std::string page = ".TH " + Roff(title) + " 1 \"\" \"Kelvo " KELVO_VERSION "\" \"User Commands\"\n.SH NAME\n" +
+                       Roff(name) + " \\- " + Roff(purpose) + "\n.SH SYNOPSIS\n.nf\n";
+    // The first line is the usage.
+    const std::size_t usageEnd = std::min(help.find('\n'), help.size());
+    std::string_view usage = help.substr(0, usageEnd);
+    if (constexpr std::string_view kUsage = "usage: "; usage.starts_with(kUsage)) usage.remove_prefix(kUsage.size());
+    page += Roff(usage) + "\n.fi\n.SH DESCRIPTION\n.nf\n";
+    std::string_view rest = help.substr(usageEnd);
+    while (!rest.empty() && rest.front() == '\n') rest.remove_prefix(1);
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size());
+        page += Roff(rest.substr(0, end)) + '\n';
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return page + ".fi\n";
+}
+
 std::string BashCompletion()
 {
     std::string words;

@@ -13,6 +13,10 @@ std::string HelpOfCommand(std::string_view word);
 // kelvo(1), in the man macros of roff.
 std::string ManualPage();
 
+// The same of a small program that goes with Kelvo: its name, what it is for ("puts a header before ..."), and what it
+// tells on --help, line by line.
+std::string ManualPageOfTool(std::string_view name, std::string_view purpose, std::string_view help);
+
 // A file of bash-completion: words, options, the values that are known, and names of files.
 std::string BashCompletion();
 

@@ -28,6 +28,7 @@ std::string GapsJson(std::span<const FrameGap> gaps)
                               .Whole("ring", gap.lostByRing)
                               .Whole("passed_over", gap.passedOver)
                               .Whole("unexplained", gap.unexplained)
+                              .Whole("transport", gap.lostByTransport)
                               .Json());
     }
     return JsonList(objects);

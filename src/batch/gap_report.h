@@ -12,7 +12,7 @@ namespace kelvo {
 std::string GapText(const FrameGap& gap);
 
 // A list of objects: before (frame of the file), first (number by the board, or -1), missing, and board, ring,
-// passed_over, unexplained (frames each).
+// passed_over, unexplained, transport (frames each).
 std::string GapsJson(std::span<const FrameGap> gaps);
 
 }  // namespace kelvo

@@ -235,25 +235,28 @@ bool Done(int (*step)())
     return step && step();
 }
 
-// The set-up as at start, in the running process: windows and paths stay, a camera that is on isn't turned off. What
-// fails leaves the system running.
-void Restart(HWND dialog)
+}  // namespace
+
+void RestartWithCamera(HWND window, std::int32_t camera)
 {
+    write::camera.ActiveCamera = camera;
     const Dib splash = ShowSplash(hWndMain);
     const Hourglass hourglass;
     WritePrivateProfileString("Setup", "ActiveCamera", Format("%d", ActiveCamera), IniFilePath);
     WritePrivateProfileString("Setup", "MonitorSetup", "0", IniFilePath);
     const std::int16_t color = ImageColor;
-    if (!Done(restart.initialSetup)) MessageBox(dialog, "Initialize Variables Failure", "Recommend re-start!");
+    if (!Done(restart.initialSetup)) MessageBox(window, "Initialize Variables Failure", "Recommend re-start!");
     write::display.ImageColor = color;  // chosen by menu or key for this session, whichever camera is in front of it
     ShowTurnOnInMenu(CameraOn != 0);    // the settings are read anew with the camera off
     if (!Done(restart.initializeHardware)) {
-        MessageBox(dialog, "Initialize Hardware Failure", "Recommend re-start!");
+        MessageBox(window, "Initialize Hardware Failure", "Recommend re-start!");
     } else {
         PostMessage(hWndMain, WM_COMMAND, kCmdTurnOn, 0);
     }
     HideSplash(splash, kSplashMs);
 }
+
+namespace {
 
 void Accept(HWND dialog)
 {
@@ -268,7 +271,7 @@ void Accept(HWND dialog)
             ListSelect(dialog, kCameraList, ActiveCamera - 1);
             return;
         }
-        Restart(dialog);
+        RestartWithCamera(dialog, camera);
     }
     SetPointer(Pointer::kArrow);
     EndDialog(dialog, 1);

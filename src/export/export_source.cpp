@@ -489,6 +489,7 @@ FrameTiming ExportSource::TimingOf(std::int64_t index) const
         timing.lostByBoard = record->lostByBoard;
         timing.lostByRing = record->lostByRing;
         timing.passedOver = record->passedOver;
+        timing.lostByTransport = record->lostByTransport;
     }
     return timing;
 }

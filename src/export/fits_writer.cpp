@@ -215,15 +215,16 @@ bool FitsWriter::WriteTable()
         const char* form;
         const char* unit;
     };
-    constexpr std::array<Column, 9> kColumns = {{{"INDEX", "1K", ""},
-                                                 {"NUMBER", "1K", ""},
-                                                 {"SECONDS", "1D", "s"},
-                                                 {"UTC", "30A", ""},
-                                                 {"UTC_START", "30A", ""},
-                                                 {"EXPOSURE", "1E", "ms"},
-                                                 {"LOSTBYBOARD", "1K", ""},
-                                                 {"LOSTBYRING", "1K", ""},
-                                                 {"PASSEDOVER", "1K", ""}}};
+    constexpr std::array<Column, 10> kColumns = {{{"INDEX", "1K", ""},
+                                                  {"NUMBER", "1K", ""},
+                                                  {"SECONDS", "1D", "s"},
+                                                  {"UTC", "30A", ""},
+                                                  {"UTC_START", "30A", ""},
+                                                  {"EXPOSURE", "1E", "ms"},
+                                                  {"LOSTBYBOARD", "1K", ""},
+                                                  {"LOSTBYRING", "1K", ""},
+                                                  {"PASSEDOVER", "1K", ""},
+                                                  {"LOSTBYTRANSPORT", "1K", ""}}};
     std::array<char*, kColumns.size()> names{};
     std::array<char*, kColumns.size()> forms{};
     std::array<char*, kColumns.size()> units{};
@@ -271,6 +272,7 @@ bool FitsWriter::WriteTable()
     wholes(7, [](const FrameTiming& timing) { return timing.lostByBoard; });
     wholes(8, [](const FrameTiming& timing) { return timing.lostByRing; });
     wholes(9, [](const FrameTiming& timing) { return timing.passedOver; });
+    wholes(10, [](const FrameTiming& timing) { return timing.lostByTransport; });
     fits_write_chksum(fits, &status_);
     return status_ == 0;
 }

@@ -265,6 +265,8 @@ bool Hdf5Writer::WriteTimings()
            wholes("lost_by_board", [](const FrameTiming& timing) { return std::int64_t{timing.lostByBoard}; }) &&
            wholes("lost_by_ring", [](const FrameTiming& timing) { return std::int64_t{timing.lostByRing}; }) &&
            wholes("passed_over", [](const FrameTiming& timing) { return std::int64_t{timing.passedOver}; }) &&
+           wholes("lost_by_transport",
+                  [](const FrameTiming& timing) { return std::int64_t{timing.lostByTransport}; }) &&
            WriteBlockOf(hdf_, "seconds", H5T_IEEE_F64LE, H5T_NATIVE_DOUBLE, sides, seconds.data()) &&
            WriteBlockOf(hdf_, "integration_ms", H5T_IEEE_F32LE, H5T_NATIVE_FLOAT, sides, integrations.data());
 }

@@ -1,10 +1,10 @@
 // Frames as HDF5, by its library: the dataset "frames", frames x rows x columns, 16-bit signed integers or 32-bit
 // floats, one chunk a frame, without compression. Datasets of one entry a frame: "index", "number" (-1: not known),
 // "seconds" (NaN: not known), "utc_ns" (when the frame was complete; 0: not known), "integration_ms", "lost_by_board",
-// "lost_by_ring", "passed_over". Where bad detectors are known "mask", rows x columns, 1 for each; of a region
-// "outside", likewise for the pixels outside of it. Attributes of the file: "program", "format" (1), "camera", "form",
-// "quantity", "unit", "pixels", "calibration_set", "calibration_sha256" and "provenance", all of it as JSON; "frames"
-// has "unit" too. What isn't known is an empty text.
+// "lost_by_ring", "passed_over", "lost_by_transport". Where bad detectors are known "mask", rows x columns, 1 for each;
+// of a region "outside", likewise for the pixels outside of it. Attributes of the file: "program", "format" (1),
+// "camera", "form", "quantity", "unit", "pixels", "calibration_set", "calibration_sha256" and "provenance", all of it
+// as JSON; "frames" has "unit" too. What isn't known is an empty text.
 #pragma once
 
 #include "export/frame_sink.h"

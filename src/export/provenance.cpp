@@ -86,6 +86,7 @@ std::string GapsJson(std::span<const FrameTiming> timings)
                            .Whole("lost_by_board", gap.lostByBoard)
                            .Whole("lost_by_ring", gap.lostByRing)
                            .Whole("passed_over", gap.passedOver)
+                           .Whole("lost_by_transport", gap.lostByTransport)
                            .Json());
     }
     return JsonList(gaps);
@@ -145,7 +146,8 @@ std::vector<FrameGap> GapsOfTimings(std::span<const FrameTiming> timings)
                      .firstNumber = timings[i - 1].number < 0 ? -1 : timings[i - 1].number + 1,
                      .lostByBoard = timings[i].lostByBoard,
                      .lostByRing = timings[i].lostByRing,
-                     .passedOver = timings[i].passedOver};
+                     .passedOver = timings[i].passedOver,
+                     .lostByTransport = timings[i].lostByTransport};
         if (gap.Missing() > 0) gaps.push_back(gap);
     }
     return gaps;
@@ -172,7 +174,8 @@ std::string TimingJson(const FrameTiming& timing)
     timing.integrationMs > 0 ? json.Single("integration_ms", timing.integrationMs) : json.Null("integration_ms");
     json.Whole("lost_by_board", timing.lostByBoard)
         .Whole("lost_by_ring", timing.lostByRing)
-        .Whole("passed_over", timing.passedOver);
+        .Whole("passed_over", timing.passedOver)
+        .Whole("lost_by_transport", timing.lostByTransport);
     return json.Json();
 }
 

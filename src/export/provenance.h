@@ -39,6 +39,7 @@ struct FrameTiming {
     std::uint32_t lostByBoard = 0;    // frames between the one before and this one (imagefile/frames_file.h)
     std::uint32_t lostByRing = 0;
     std::uint32_t passedOver = 0;
+    std::uint32_t lostByTransport = 0;
     // The start of exposure: when the frame was complete, less its integration time. nullopt where either isn't known.
     std::optional<std::int64_t> StartUtcNs() const;
 };

@@ -111,6 +111,13 @@ class Observation {
 std::unique_ptr<Observation> observation;
 std::mutex observationMutex;  // of the pointer; who captures holds it while he shows a frame
 
+// Frames that nobody gets, by where they went.
+struct Losses {
+    std::int64_t byTransport = 0;
+    std::int64_t byBoard = 0;
+    std::int64_t byRing = 0;
+};
+
 // A capture that runs, or ran last.
 struct Run {
     CaptureOptions options;
@@ -120,8 +127,7 @@ struct Run {
 
     // Of the one who captures.
     std::int64_t lastNumber = 0;
-    std::int64_t boardBefore = 0;  // losses since the last frame in the ring
-    std::int64_t ringBefore = 0;
+    Losses before;  // since the last frame in the ring
 
     std::mutex mutex;  // of the counts; a frame is counted and put into the ring in one
     CaptureCounts counts;
@@ -143,19 +149,26 @@ bool BoardCounts(std::int64_t number)
     return number != kUncounted;
 }
 
-// The frames that passed between the last one and this one, which the board doesn't have any more.
-std::int64_t LostBefore(const Run& r, std::int64_t number)
+// The frames that passed between the last one and this one: those that never came whole to the board, and those that
+// it doesn't have any more.
+Losses LostBefore(const Run& r, const FrameStamp& stamp)
 {
-    return BoardCounts(number) ? std::max<std::int64_t>(number - r.lastNumber - 1, 0) : 0;
+    if (!BoardCounts(stamp.number)) return {};
+    const std::int64_t passed = std::max<std::int64_t>(stamp.number - r.lastNumber - 1, 0);
+    const std::int64_t byTransport =
+        std::clamp<std::int64_t>(stamp.lostByTransport - r.counts.lastLostByTransport, 0, passed);
+    return {.byTransport = byTransport, .byBoard = passed - byTransport};
 }
 
-void AddLosses(Run& r, std::int64_t byBoard, std::int64_t byRing)
+void AddLosses(Run& r, const Losses& lost)
 {
-    if (r.counts.lostByBoard) *r.counts.lostByBoard += byBoard;
-    r.counts.lostByRing += byRing;
-    r.counts.delivered += byBoard + byRing;
-    r.boardBefore += byBoard;
-    r.ringBefore += byRing;
+    r.counts.lostByTransport += lost.byTransport;
+    if (r.counts.lostByBoard) *r.counts.lostByBoard += lost.byBoard;
+    r.counts.lostByRing += lost.byRing;
+    r.counts.delivered += lost.byTransport + lost.byBoard + lost.byRing;
+    r.before.byTransport += lost.byTransport;
+    r.before.byBoard += lost.byBoard;
+    r.before.byRing += lost.byRing;
 }
 
 // Before who records decides about it.
@@ -172,14 +185,15 @@ void LetObserve(const CapturedFrame& frame, bool isReadable)
 
 void Count(Run& r, CapturedFrame& frame)
 {
-    frame.lostByBoard = r.boardBefore;
-    frame.lostByRing = r.ringBefore;
+    frame.lostByTransport = r.before.byTransport;
+    frame.lostByBoard = r.before.byBoard;
+    frame.lostByRing = r.before.byRing;
     frame.unreadable = r.unreadable;
     if (!r.ring.Commit()) {
-        AddLosses(r, 0, 1);
+        AddLosses(r, {.byRing = 1});
         return;
     }
-    r.boardBefore = r.ringBefore = 0;
+    r.before = {};
     ++r.counts.delivered;
     ++r.counts.waiting;
 }
@@ -196,12 +210,15 @@ bool CaptureOne(Run& r, std::int64_t limitUs)
     LetObserve(frame, result == 0);
 
     const std::scoped_lock lock(r.mutex);
-    AddLosses(r, LostBefore(r, stamp.number), 0);
-    if (BoardCounts(stamp.number)) r.lastNumber = r.counts.lastNumber = stamp.number;
+    AddLosses(r, LostBefore(r, stamp));
+    if (BoardCounts(stamp.number)) {
+        r.lastNumber = r.counts.lastNumber = stamp.number;
+        r.counts.lastLostByTransport = stamp.lostByTransport;
+    }
     if (result == 0) {
         Count(r, frame);
     } else {
-        AddLosses(r, 1, 0);
+        AddLosses(r, {.byBoard = 1});
         ++r.unreadable;
     }
     return true;
@@ -324,6 +341,7 @@ bool StartCapture(const CaptureOptions& options)
     fresh->frame = FrameA;
     const auto values = static_cast<std::size_t>(options.columns) * static_cast<std::size_t>(options.rows);
     if (!fresh->ring.Allocate(options.ringFrames, values)) return false;
+    fresh->counts.lastLostByTransport = icp_lost_by_transport(IcpModule);
     fresh->lastNumber = icp_frame_count(IcpModule);
     fresh->counts.lastNumber = fresh->lastNumber;
     if (!BoardCounts(fresh->lastNumber)) fresh->counts.lostByBoard.reset();

@@ -26,15 +26,18 @@
 
 namespace kelvo {
 
-// At each moment: delivered = recorded + passedOver + lostByBoard + lostByRing + waiting.
+// At each moment: delivered = recorded + passedOver + lostByTransport + lostByBoard + lostByRing + waiting.
 struct CaptureCounts {
-    std::int64_t delivered = 0;  // by the board since the capture began; of a board that doesn't count: those read
+    // Since the capture began, by the board's numbers; of a board that doesn't count: those read.
+    std::int64_t delivered = 0;
     std::int64_t recorded = 0;
     std::int64_t passedOver = 0;                  // on purpose: skips, intervals, before a trigger, after the end
     std::optional<std::int64_t> lostByBoard = 0;  // gone before they were read, or not readable; nullopt: it can't know
     std::int64_t lostByRing = 0;                  // no place was free
+    std::int64_t lostByTransport = 0;             // damaged or gone on the way to the board
     std::int64_t waiting = 0;                     // in the ring
     std::int64_t lastNumber = 0;                  // of the newest frame, by the board
+    std::int64_t lastLostByTransport = 0;         // by its stamp
 };
 
 struct CaptureOptions {

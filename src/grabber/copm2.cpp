@@ -63,10 +63,13 @@ void Tell(Arguments&&... arguments)
     carrier([&] { (board->*operation)(std::forward<Arguments>(arguments)...); });
 }
 
-FrameStamp StampNow(std::int64_t number)
+FrameStamp StampNow(BoardModule module, std::int64_t number)
 {
     const std::int64_t nowUs = TickUs();
-    return {.number = number, .monotonicNs = nowUs * 1000, .utcNs = UtcNsAtTick(nowUs)};
+    return {.number = number,
+            .monotonicNs = nowUs * 1000,
+            .utcNs = UtcNsAtTick(nowUs),
+            .lostByTransport = icp_lost_by_transport(module)};
 }
 
 constexpr int kReadsForOneFrame = 4;
@@ -83,7 +86,7 @@ std::int32_t NewestFrame(BoardModule module, BoardFrame frame, std::int64_t afte
     }
     std::int32_t result = 0;
     for (int reads = 0; reads < kReadsForOneFrame; ++reads) {
-        stamp = StampNow(count);
+        stamp = StampNow(module, count);
         result = icp_read_area(module, frame, 0, 0, width, height, buffer);
         count = icp_frame_count(module);
         if (count == stamp.number) break;
@@ -226,6 +229,11 @@ void itx_exit(std::int32_t flags)
 std::int64_t icp_frame_count(BoardModule module)
 {
     return Ask<&BoardTable::frame_count>(kUncounted, module);
+}
+
+std::int64_t icp_lost_by_transport(BoardModule module)
+{
+    return Ask<&BoardTable::lost_by_transport>(std::int64_t{0}, module);
 }
 
 CameraReport icp_report(BoardModule module)

@@ -90,6 +90,7 @@ struct BoardTable {
                                FrameStamp& stamp) = nullptr;               // null: the board has only the newest
     CameraReport (*report)(BoardModule module) = nullptr;                  // null: the camera tells nothing
     std::vector<std::string> (*take_notes)(BoardModule module) = nullptr;  // null: there are never any
+    std::int64_t (*lost_by_transport)(BoardModule module) = nullptr;       // null: none is ever lost on the way
 };
 
 // Makes a board known under its name. The table has to outlive the program.
@@ -127,6 +128,8 @@ void itx_exit(std::int32_t flags);
 
 // Ours: frames completed since icp_grab; kUncounted where the board doesn't count.
 std::int64_t icp_frame_count(BoardModule module);
+// Ours: of icp_frame_count's frames those that were sent and came damaged or not at all; 0 without a board.
+std::int64_t icp_lost_by_transport(BoardModule module);
 // Ours: the oldest frame numbered above `after` that the board still has, width x height values at (0, 0), with its
 // stamp; it waits for one up to limitUs. 0; kBoardTimeout; anything else: a frame came and couldn't be read, and the
 // stamp has its number. A board that has only the newest gives that one, and where none is newer waits for the next

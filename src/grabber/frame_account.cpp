@@ -7,6 +7,7 @@
 #include "state/state_registry.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kelvo {
 
@@ -17,29 +18,41 @@ const StateNames kStateNames{
     {"FramesShown", [] { return StateValue{CurrentFrameAccount().shown}; }},
     {"FramesLost", [] { return StateValue{CurrentFrameAccount().lost}; }},
     {"FramesMissed", [] { return StateValue{CurrentFrameAccount().missed}; }},
+    {"FramesLostByTransport", [] { return StateValue{CurrentFrameAccount().lostByTransport}; }},
     {"FramesUsed", [] { return StateValue{CurrentFrameAccount().used}; }},
 };
 
 constexpr std::int64_t kRateWindowUs = 1'000'000;
 
 FrameAccount account;
-std::int64_t lastCount = 0;  // the board's, when it was last asked
-bool heldUp = true;          // what has passed since then counts as missed
-int holdUps = 0;             // that live
+std::int64_t lastCount = 0;            // the board's, when it was last asked
+std::int64_t lastLostByTransport = 0;  // the same
+bool heldUp = true;                    // what has passed since then counts as missed
+int holdUps = 0;                       // that live
 bool capturing = false;
 CaptureCounts told;  // of the capture: what an account that was cleared meanwhile had told
 
-// What the board delivered since it was last asked. A count that fell back is that of a new grab.
+// What a count of the board has grown by since it was last asked. One that fell back is that of a new grab.
+std::int64_t GrownSince(std::int64_t& last, std::int64_t count)
+{
+    const std::int64_t before = std::exchange(last, count);
+    return count < before ? count : count - before;
+}
+
+// What the board delivered since it was last asked. Frames that the transport lost are told at once: nobody could have
+// read them, whether the live cycle ran or not.
 std::int64_t TakeArrived()
 {
     if (capturing) return 0;
     const std::int64_t count = icp_frame_count(IcpModule);
     account.lostIsKnown = count != kUncounted;
     if (!account.lostIsKnown) return 0;
-    const std::int64_t arrived = count < lastCount ? count : count - lastCount;
-    lastCount = count;
-    account.delivered += arrived;
-    return arrived;
+    const std::int64_t sent = GrownSince(lastCount, count);
+    const std::int64_t lost = std::min(GrownSince(lastLostByTransport, icp_lost_by_transport(IcpModule)), sent);
+    account.delivered += sent;
+    account.lost += lost;
+    account.lostByTransport += lost;
+    return sent - lost;
 }
 
 // Frames of which the newest is in hand. One that is read twice, once by the cursor, is no new one.
@@ -70,7 +83,10 @@ FrameAccount WithCapture(FrameAccount sum)
     sum.delivered += counts.delivered - told.delivered;
     sum.used += counts.recorded - told.recorded;
     sum.missed += counts.passedOver - told.passedOver;
-    sum.lost += counts.lostByBoard.value_or(0) - told.lostByBoard.value_or(0) + counts.lostByRing - told.lostByRing;
+    const std::int64_t byTransport = counts.lostByTransport - told.lostByTransport;
+    sum.lostByTransport += byTransport;
+    sum.lost += byTransport + counts.lostByBoard.value_or(0) - told.lostByBoard.value_or(0) + counts.lostByRing -
+                told.lostByRing;
     sum.waiting += counts.waiting;
     sum.lostIsKnown = counts.lostByBoard.has_value();
     return sum;
@@ -155,7 +171,7 @@ CycleHoldUp::~CycleHoldUp()
 
 void AccountGrabStarted()
 {
-    lastCount = 0;
+    lastCount = lastLostByTransport = 0;
     heldUp = true;  // until the first read the live cycle doesn't run
 }
 
@@ -192,6 +208,7 @@ void AccountCaptureEnds()
     if (!capturing) return;
     account = WithCapture(account);
     lastCount = CurrentCaptureCounts().lastNumber;
+    lastLostByTransport = CurrentCaptureCounts().lastLostByTransport;
     capturing = false;
     heldUp = true;
 }
@@ -200,7 +217,7 @@ void ResetFrameAccount()
 {
     capturing = false;
     account = {};
-    lastCount = 0;
+    lastCount = lastLostByTransport = 0;
     heldUp = true;
     holdUps = 0;
     window = {};

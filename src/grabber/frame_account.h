@@ -19,12 +19,13 @@ namespace kelvo {
 struct FrameAccount {
     std::int64_t delivered = 0;  // by the board since the account began
     std::int64_t shown = 0;
-    std::int64_t used = 0;     // by averaging, in bursts
-    std::int64_t lost = 0;     // between two reads of a running live cycle or burst, or not readable
-    std::int64_t missed = 0;   // during dialogs and long commands, or left out on purpose
-    std::int64_t waiting = 0;  // in the ring of a capture that runs
-    bool lostIsKnown = true;   // false: the board doesn't count, and delivered and lost tell only of what was read
-    double deliveredHz = 0;    // over about the last second; 0 once no frame has been read for two
+    std::int64_t used = 0;  // by averaging, in bursts
+    std::int64_t lost = 0;  // between two reads of a running live cycle or burst, not readable, or by the transport
+    std::int64_t lostByTransport = 0;  // of the lost ones: damaged or gone on the way to the board, at any time
+    std::int64_t missed = 0;           // during dialogs and long commands, or left out on purpose
+    std::int64_t waiting = 0;          // in the ring of a capture that runs
+    bool lostIsKnown = true;  // false: the board doesn't count, and delivered and lost tell only of what was read
+    double deliveredHz = 0;   // over about the last second; 0 once no frame has been read for two
     double shownHz = 0;
 };
 

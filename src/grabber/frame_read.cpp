@@ -26,12 +26,13 @@ bool tellsNothing = false;  // while somebody reads without boxes
 constexpr FrameReadFault kNoBlank{.text = "Timeout waiting for vertical blank!", .caption = "icp_wait_vb() Error!"};
 constexpr FrameReadFault kUnreadable{.text = "icp_read_area() Error", .caption = "ITEX Board Error!"};
 
-// The cursor's timer goes on inside the box: it must not put the next one on top.
+// The cursor's timer goes on inside the box: it must not put the next one on top. Of a camera that is lost, and that
+// the board tries to have back, no box is needed: its link tells of it.
 bool Fail(const FrameReadFault& fault)
 {
     itx_os_set_realtime_priority(0);
     lastFault = fault;
-    if (tellsNothing) return false;
+    if (tellsNothing || icp_report(IcpModule).link == CameraLink::kLost) return false;
     boxIsOpen = true;
     MessageBox(hWndMain, fault.text, fault.caption);
     boxIsOpen = false;

@@ -11,8 +11,9 @@ namespace kelvo {
 
 // Raises the priority, waits for the next blank and reads the whole frame, in readout order. buffer holds Hroi x Vroi
 // values. On success the priority stays raised. False after "Timeout waiting for vertical blank!" or
-// "icp_read_area() Error"; false at once while such a box is still open. A frame that came and couldn't be read is lost
-// in the frame account; one that was read is for the caller to account for.
+// "icp_read_area() Error", which aren't shown while the camera is lost (CameraReport); false at once while such a box
+// is still open. A frame that came and couldn't be read is lost in the frame account; one that was read is for the
+// caller to account for.
 //
 // While a recording runs (grabber/recording.h) the frame comes from the ring: the newest one, or with a TakesNextFrame
 // the next one, none twice and none left out. The waits and the boxes are the same.

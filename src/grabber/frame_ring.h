@@ -27,10 +27,11 @@ namespace kelvo {
 
 struct CapturedFrame {
     FrameStamp stamp;
-    std::int64_t lostByBoard = 0;    // between the frame before it in the ring and this one
-    std::int64_t lostByRing = 0;     // the same
-    std::int64_t unreadable = 0;     // frames of this capture so far that came and couldn't be read
-    std::span<std::int16_t> values;  // as the board gave them: readout order, without DataOffset
+    std::int64_t lostByBoard = 0;      // between the frame before it in the ring and this one
+    std::int64_t lostByRing = 0;       // the same
+    std::int64_t lostByTransport = 0;  // the same
+    std::int64_t unreadable = 0;       // frames of this capture so far that came and couldn't be read
+    std::span<std::int16_t> values;    // as the board gave them: readout order, without DataOffset
 };
 
 class FrameRing {

@@ -5,6 +5,7 @@
 #include "grabber/frame_account.h"
 #include "grabber/frame_size.h"
 #include "platform/box.h"
+#include "platform/long_run.h"
 #include "resources/board_use.h"
 #include "state/camera_config.h"
 #include "state/frame_state.h"
@@ -22,8 +23,19 @@ namespace {
 bool records = false;
 bool observes = false;
 
+void FollowRun(LongRun run, bool goesOn)
+{
+    if (goesOn) {
+        BeginLongRun(run);
+    } else {
+        EndLongRun(run);
+    }
+}
+
 void ShowUse()
 {
+    FollowRun(LongRun::kRecording, records);
+    FollowRun(LongRun::kTrace, observes);
     const BoardUse use = records ? BoardUse::kRecording : observes ? BoardUse::kTrace : BoardUse::kNone;
     ShowBoardUseInMenu(use);
     ShowBoardUseInPanel(use);

@@ -1,6 +1,6 @@
 // A recording, whoever makes it: a burst, a continuous save, the recorder. While one runs every frame is captured
 // (grabber/capture.h), the frame account is the capture's, the grab isn't restarted, and commands that need the board
-// are grey.
+// are grey. The machine stays awake meanwhile, and the desktop tells the end of a long one (platform/long_run.h).
 //
 // Who only observes needs the capture too: where nothing records it runs for him alone.
 #pragma once

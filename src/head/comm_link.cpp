@@ -116,8 +116,8 @@ void PrepareLog()
 {
     CommLogReady = 1;
     CommLogEnabled = GetPrivateProfileInt("Setup", "CommLog", 0, IniFilePath);
-    CommLogPath = DefaultDir + "/CommLog.txt";
-    RemoveLoggedFrames(CopyFileTo(CommLogPath, DefaultDir + "/PreviousCommLog.txt", false));
+    CommLogPath = StateDir + "/CommLog.txt";
+    RemoveLoggedFrames(CopyFileTo(CommLogPath, StateDir + "/PreviousCommLog.txt", false));
 }
 
 // Each line is on the disk before the next frame: a log is read after a program that hung. It goes past the gathered

@@ -340,7 +340,8 @@ FrameGap GapBefore(const FrameRecord& record, std::int64_t index, const FrameRec
                     .lostByBoard = record.lostByBoard,
                     .lostByRing = record.lostByRing,
                     .passedOver = record.passedOver,
-                    .unexplained = 0};
+                    .unexplained = 0,
+                    .lostByTransport = record.lostByTransport};
     if (record.number < 0) return gap;
     const bool sameRun = (record.flags & kFirstOfRun) == 0;
     if (sameRun && previous && previous->number >= 0 && record.number > previous->number) {
@@ -358,7 +359,8 @@ std::string CausesOf(const FrameGap& gap)
         std::int64_t frames;
         std::string_view text;
     };
-    const Cause causes[] = {{gap.lostByBoard, " lost by the board"},
+    const Cause causes[] = {{gap.lostByTransport, " lost by the transport"},
+                            {gap.lostByBoard, " lost by the board"},
                             {gap.lostByRing, " lost by the ring"},
                             {gap.passedOver, " passed over"},
                             {gap.unexplained, " unexplained"}};

@@ -57,9 +57,9 @@ struct FrameRecord {
     std::uint32_t passedOver = 0;   // left out on purpose
     std::uint32_t triggers = 0;     // pulses of the board's trigger input by then, low 32 bits
     std::uint32_t mark = 0;
-    std::uint32_t reserved = 0;
-    std::uint32_t pixelCrc = 0;  // CRC-32C of the pixels as they stand in the file
-    std::uint32_t crc = 0;       // CRC-32C of the 60 bytes before
+    std::uint32_t lostByTransport = 0;  // sent by the camera and damaged or gone on the way to the board
+    std::uint32_t pixelCrc = 0;         // CRC-32C of the pixels as they stand in the file
+    std::uint32_t crc = 0;              // CRC-32C of the 60 bytes before
     friend bool operator==(const FrameRecord&, const FrameRecord&) = default;
 };
 static_assert(sizeof(FrameRecord) == 64);
@@ -177,10 +177,11 @@ struct FrameGap {
     std::int64_t lostByRing = 0;
     std::int64_t passedOver = 0;
     std::int64_t unexplained = 0;  // by the numbers alone: the records that told why are gone
-    std::int64_t Missing() const { return lostByBoard + lostByRing + passedOver + unexplained; }
+    std::int64_t lostByTransport = 0;
+    std::int64_t Missing() const { return lostByTransport + lostByBoard + lostByRing + passedOver + unexplained; }
     friend bool operator==(const FrameGap&, const FrameGap&) = default;
 };
-// Why, with how many each: "2 lost by the board, 1 passed over"
+// Why, with how many each: "3 lost by the transport, 2 lost by the board, 1 passed over"
 std::string CausesOf(const FrameGap& gap);
 // In order. What is missing before the first frame counts where the file goes on with another (kFirstOfPart): before a
 // run begins, nothing is missing.

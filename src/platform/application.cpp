@@ -16,6 +16,7 @@
 #include <QLocale>
 #include <QPalette>
 #include <QProcess>
+#include <QScreen>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -161,6 +162,13 @@ std::string DirectoryFrom(const char* variable, std::string_view fallback)
     return std::string(home ? home : "") + std::string(fallback);
 }
 
+// The same, and never at the root of the disk.
+std::string DirectoryBelowHome(const char* variable, std::string_view fallback)
+{
+    std::string directory = DirectoryFrom(variable, fallback);
+    return directory == fallback ? std::string() : directory;
+}
+
 QString ResourcePath(std::string_view name)
 {
     return ":/" + ToQPath(name);
@@ -176,7 +184,7 @@ void StartApplication(const CommandLine& commandLine)
     MakeApplication(commandLine);
     QCoreApplication::setApplicationName("kelvo");
     QCoreApplication::setApplicationVersion(KELVO_VERSION);
-    QGuiApplication::setDesktopFileName("kelvo");
+    QGuiApplication::setDesktopFileName(kApplicationId);
     // Pictures taken offscreen repeat from machine to machine.
     if (runsOffscreen) QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
     ChangeTheme(commandLine.theme.value_or(Theme::kDesktop));
@@ -211,6 +219,16 @@ std::string UserDataDirectory()
     return DirectoryFrom("XDG_DATA_HOME", "/.local/share");
 }
 
+std::string UserStateDirectory()
+{
+    return DirectoryBelowHome("XDG_STATE_HOME", "/.local/state");
+}
+
+std::string UserCacheDirectory()
+{
+    return DirectoryBelowHome("XDG_CACHE_HOME", "/.cache");
+}
+
 std::string UserDocumentsDirectory()
 {
     return FromQPath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
@@ -239,6 +257,16 @@ std::vector<std::string> CopyShippedFiles(std::string_view directory)
 std::string ToolkitVersion()
 {
     return std::string("Qt ") + qVersion();
+}
+
+std::string DisplayInUse()
+{
+    const QScreen* const screen = qApp ? QGuiApplication::primaryScreen() : nullptr;
+    if (!screen) return "none";
+    constexpr double kPercent = 100;
+    const QSize size = screen->size();
+    return Format("%s, %d x %d at %.0f %%, %s", QGuiApplication::platformName().toUtf8().constData(), size.width(),
+                  size.height(), screen->devicePixelRatio() * kPercent, DarkTheme() ? "dark" : "light");
 }
 
 std::string ResourceText(std::string_view name)

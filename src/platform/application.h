@@ -39,6 +39,9 @@ struct CommandLine {
 CommandLine ParseCommandLine(const std::vector<std::string>& arguments);
 std::string CommandLineHelp();
 
+// By which a desktop knows the program: the name of its desktop entry, its icon and its description (packaging/).
+inline constexpr const char* kApplicationId = "io.kelvo.Kelvo";
+
 // Makes the application object once for the life of the process. Before any window. Where no display answers the
 // process ends here with kNoDisplayExit, after one line on the error stream.
 inline constexpr int kNoDisplayExit = 2;
@@ -52,12 +55,17 @@ void ChangeTheme(Theme theme);  // while the program runs; each window gets WM_P
 void HandlePendingEvents();
 
 // The user's own directories, made by the first write.
-std::string UserConfigDirectory();     // of kelvo/win.ini
-std::string UserDataDirectory();       // of the directory "kelvo" that DefaultDir falls back to
+std::string UserConfigDirectory();  // of kelvo/win.ini
+std::string UserDataDirectory();    // of the directory "kelvo" that DefaultDir falls back to
+// Of what a program notes for itself, and of what it can make again. Empty where the environment tells neither them
+// nor a home.
+std::string UserStateDirectory();
+std::string UserCacheDirectory();
 std::string UserDocumentsDirectory();  // where the user looks for what is saved; as the desktop names it
 // Copies the shipped files that are missing there; existing ones stay. What couldn't be copied; empty if all stands.
 std::vector<std::string> CopyShippedFiles(std::string_view directory);
 std::string ToolkitVersion();  // "Qt 6.4.2", as it runs
+std::string DisplayInUse();    // "xcb, 1920 x 1080 at 200 %, dark": the main screen, in logical pixels
 // A file that travels inside the program ("dialogs/DISPLAY.ui", "help/288.html"); empty if there is none.
 std::string ResourceText(std::string_view name);
 

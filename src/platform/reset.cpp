@@ -5,6 +5,7 @@
 #include "platform/faults.h"
 #include "platform/files.h"
 #include "platform/help_pages.h"
+#include "platform/long_run.h"
 #include "platform/memory.h"
 #include "platform/one_process.h"
 #include "platform/pointer.h"
@@ -38,6 +39,7 @@ void ResetPlatform()
     ForgetFilledPages();
     SetKelvoDirectory({});
     ResetTranscript();
+    ResetLongRuns();
     ResetClock();
 }
 

@@ -485,7 +485,7 @@ std::optional<std::int64_t> LostFrames()
 {
     const CaptureCounts counts = CurrentCaptureCounts();
     if (!counts.lostByBoard) return std::nullopt;
-    return *counts.lostByBoard + counts.lostByRing;
+    return counts.lostByTransport + *counts.lostByBoard + counts.lostByRing;
 }
 
 SavedRun EndSave()

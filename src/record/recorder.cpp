@@ -37,9 +37,16 @@ constexpr double kLeastSecondsLeft = 5;
 
 // Losses since the last frame that was recorded.
 struct Missing {
+    std::int64_t byTransport = 0;
     std::int64_t byBoard = 0;
     std::int64_t byRing = 0;
     std::int64_t passedOver = 0;
+    void AddLosses(const CapturedFrame& frame)
+    {
+        byTransport += frame.lostByTransport;
+        byBoard += frame.lostByBoard;
+        byRing += frame.lostByRing;
+    }
 };
 
 std::int64_t NowNs()
@@ -103,6 +110,20 @@ void SetPhase(Run& r, RecorderState phase)
     Tell(r, [phase](RecorderStatus& status) { status.state = phase; });
 }
 
+}  // namespace
+
+std::string LostPlacesText(const RecorderStatus& status)
+{
+    std::string text;
+    if (status.lostByTransport > 0) {
+        text = Format("%lld by the transport, ", static_cast<long long>(status.lostByTransport));
+    }
+    return text + Format("%lld by the board, %lld by the ring", static_cast<long long>(status.lostByBoard.value_or(0)),
+                         static_cast<long long>(status.lostByRing));
+}
+
+namespace {
+
 std::string LossText(const RecorderStatus& status)
 {
     if (!status.lostByBoard) {
@@ -110,10 +131,9 @@ std::string LossText(const RecorderStatus& status)
                    ? "none lost by the ring, unknown by the board"
                    : Format("%lld lost by the ring, unknown by the board", static_cast<long long>(status.lostByRing));
     }
-    const std::int64_t lost = *status.lostByBoard + status.lostByRing;
+    const std::int64_t lost = status.Lost().value_or(0);
     if (lost == 0) return "none lost";
-    return Format("%lld lost (%lld by the board, %lld by the ring)", static_cast<long long>(lost),
-                  static_cast<long long>(*status.lostByBoard), static_cast<long long>(status.lostByRing));
+    return Format("%lld lost (", static_cast<long long>(lost)) + LostPlacesText(status) + ")";
 }
 
 std::string VerdictOf(const RecorderStatus& status)
@@ -125,7 +145,7 @@ std::string VerdictOf(const RecorderStatus& status)
 int ExitCodeOf(const RecorderStatus& status)
 {
     if (status.end != RecorderEnd::kStopped && status.end != RecorderEnd::kComplete) return 2;
-    return status.lostByBoard.value_or(1) + status.lostByRing == 0 ? 0 : 1;
+    return status.Lost() == 0 ? 0 : 1;
 }
 
 std::string MessageOf(const RecorderStatus& status)
@@ -180,6 +200,7 @@ bool CloseEvent(Run& r, RecorderEnd end)
     if (!r.event) return true;
     FrameRecord closing = ClosingRecord(0, JournalEnd(end));
     closing.monotonicNs = r.lastNs;
+    closing.lostByTransport = RecordField(r.missing.byTransport);
     closing.lostByBoard = RecordField(r.missing.byBoard);
     closing.lostByRing = RecordField(r.missing.byRing);
     closing.passedOver = RecordField(r.missing.passedOver);
@@ -256,8 +277,7 @@ void EndEvent(Run& r)
 void PassOver(Run& r)
 {
     const CapturedFrame& frame = WaitingFrame(0);
-    r.missing.byBoard += frame.lostByBoard;
-    r.missing.byRing += frame.lostByRing;
+    r.missing.AddLosses(frame);
     ++r.missing.passedOver;
     DropFrames(1, FrameFate::kPassedOver);
 }
@@ -275,15 +295,18 @@ std::uint32_t TakeMark(Run& r, std::int64_t frameNs)
 
 FrameRecord RecordOf(Run& r, const CapturedFrame& frame)
 {
+    Missing missing = r.missing;
+    missing.AddLosses(frame);
     FrameRecord record = {.number = frame.stamp.number,
                           .monotonicNs = frame.stamp.monotonicNs,
                           .utcNs = frame.stamp.utcNs,
                           .integrationMs = r.integrationMs,
-                          .lostByBoard = RecordField(r.missing.byBoard + frame.lostByBoard),
-                          .lostByRing = RecordField(r.missing.byRing + frame.lostByRing),
-                          .passedOver = RecordField(r.missing.passedOver),
+                          .lostByBoard = RecordField(missing.byBoard),
+                          .lostByRing = RecordField(missing.byRing),
+                          .passedOver = RecordField(missing.passedOver),
                           .triggers = static_cast<std::uint32_t>(frame.stamp.triggers),
-                          .mark = TakeMark(r, frame.stamp.monotonicNs)};
+                          .mark = TakeMark(r, frame.stamp.monotonicNs),
+                          .lostByTransport = RecordField(missing.byTransport)};
     if (record.mark != 0) record.flags |= kMarkedFrame;
     if (r.untilTrigger == 0 && r.files.settings.trigger != RecordTrigger::kNone) record.flags |= kTriggerFrame;
     return record;
@@ -304,6 +327,7 @@ void TellRecorded(Run& r, const FrameRecord& record)
         if (first) return;
         if (status.lostByBoard) *status.lostByBoard += record.lostByBoard;
         status.lostByRing += record.lostByRing;
+        status.lostByTransport += record.lostByTransport;
     });
 }
 

@@ -55,6 +55,12 @@ struct RecorderStatus {
     // Inside the events, as their gap tables have it.
     std::optional<std::int64_t> lostByBoard = 0;  // nullopt: the board doesn't count
     std::int64_t lostByRing = 0;
+    std::int64_t lostByTransport = 0;
+    // All of them; nullopt where the board doesn't count.
+    std::optional<std::int64_t> Lost() const
+    {
+        return lostByBoard ? std::optional(lostByTransport + *lostByBoard + lostByRing) : std::nullopt;
+    }
     std::int64_t bytes = 0;              // written
     std::int64_t preTriggerWaiting = 0;  // frames kept before the trigger
     std::optional<double> mean;          // of the rectangle or region in the newest frame
@@ -85,6 +91,10 @@ void TriggerRecorder();
 void SignalRecorder();
 // The first frame completed from now on gets the next mark; its number, from 1. 0 while nothing records.
 std::int64_t MarkRecorder();
+
+// "2 by the transport, 1 by the board, 0 by the ring": where the frames went of a board that counts; the transport is
+// named where it lost any.
+std::string LostPlacesText(const RecorderStatus& status);
 
 RecorderStatus CurrentRecorderStatus();
 inline constexpr std::uint32_t kRecorderTimer = 24;  // of the main window

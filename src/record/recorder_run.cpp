@@ -163,8 +163,7 @@ std::string LostFramesText(const RecorderStatus& status)
 {
     const auto byRing = static_cast<long long>(status.lostByRing);
     if (!status.lostByBoard) return Format("%lld by the ring, unknown by the board", byRing);
-    const auto byBoard = static_cast<long long>(*status.lostByBoard);
-    return byBoard + byRing == 0 ? "none" : Format("%lld by the board, %lld by the ring", byBoard, byRing);
+    return status.Lost() == 0 ? "none" : LostPlacesText(status);
 }
 
 const RecorderSettings& SettingsOfRun()

@@ -31,7 +31,8 @@ void MarkByHand();
 
 // "○ Idle", "○ Waiting for 14:30:00", "◎ Armed", "● Recording".
 std::string RecorderStateText(const RecorderStatus& status, const RecorderSettings& settings);
-// "none", "1 by the board, 2 by the ring", "0 by the ring, unknown by the board".
+// "none", "1 by the board, 2 by the ring", "3 by the transport, 0 by the board, 0 by the ring", "0 by the ring, unknown
+// by the board".
 std::string LostFramesText(const RecorderStatus& status);
 // The settings of the run that is on, or was last.
 const RecorderSettings& SettingsOfRun();

@@ -190,8 +190,6 @@ std::string RecorderWord(std::string_view word)
 ScriptFields RecorderStatusFields()
 {
     const RecorderStatus status = CurrentRecorderStatus();
-    const std::optional<std::int64_t> lost =
-        status.lostByBoard ? std::optional(*status.lostByBoard + status.lostByRing) : std::nullopt;
     return {
         {"state", std::string(NameOfState(status.state))},
         {"ended", std::string(kEnds[static_cast<std::size_t>(status.end)])},
@@ -201,9 +199,10 @@ ScriptFields RecorderStatusFields()
         {"frames_of_event", status.framesOfEvent},
         {"seconds", status.seconds},
         {"marks", status.marks},
-        {"lost", Known(lost)},
+        {"lost", Known(status.Lost())},
         {"lost_by_board", Known(status.lostByBoard)},
         {"lost_by_ring", status.lostByRing},
+        {"lost_by_transport", status.lostByTransport},
         {"delivered", status.counts.delivered},
         {"passed_over", status.counts.passedOver},
         {"bytes", status.bytes},

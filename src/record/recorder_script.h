@@ -20,8 +20,8 @@ std::string RecorderWord(std::string_view word);
 
 // state ("idle", "waiting", "armed", "recording"), ended ("", "stopped", "complete", "disk full", "write failed", "file
 // deleted", "no file"), files (whole paths), event, frames, frames_of_event, seconds, marks, lost, lost_by_board,
-// lost_by_ring (nil where it isn't known), delivered, passed_over, bytes, mean, before, ring_frames, ring_seconds,
-// seconds_left (nil before it is known), verdict, message, exit_code.
+// lost_by_ring (nil where it isn't known), lost_by_transport, delivered, passed_over, bytes, mean, before, ring_frames,
+// ring_seconds, seconds_left (nil before it is known), verdict, message, exit_code.
 ScriptFields RecorderStatusFields();
 
 }  // namespace kelvo

@@ -104,7 +104,7 @@ void ShowFigures(HWND dialog, const RecorderStatus& status)
     WarnDlgItem(dialog, kRecLamp, status.state == RecorderState::kRecording);
     SetDlgItemText(dialog, kRecFrames, Format("%lld", static_cast<long long>(status.frames)));
     SetDlgItemText(dialog, kRecLost, LostFramesText(status));
-    WarnDlgItem(dialog, kRecLost, status.lostByBoard.value_or(0) + status.lostByRing > 0);
+    WarnDlgItem(dialog, kRecLost, status.lostByTransport + status.lostByBoard.value_or(0) + status.lostByRing > 0);
     SetDlgItemText(dialog, kRecTime, Format("%.1f s", status.seconds));
     SetDlgItemText(dialog, kRecEvent, EventText(status));
     SetDlgItemText(dialog, kRecMarks, Format("%lld", static_cast<long long>(status.marks)));

@@ -1,7 +1,8 @@
 #include "record/recording_head.h"
 
+#include "grabber/board_state.h"
+#include "grabber/copm2.h"
 #include "grabber/frame_size.h"
-#include "head/camera_report.h"
 #include "platform/digest.h"
 #include "platform/files.h"
 #include "state/cal_settings.h"
@@ -38,8 +39,7 @@ FramesHead HeadOfRecording()
     head.pixelBytes = static_cast<std::uint32_t>(CameraFrameValues() * sizeof(std::int16_t));
     head.SetText(frames_key::kProgram, "Kelvo " KELVO_VERSION);
     head.SetText(frames_key::kCamera, ActiveConfig.Description);
-    AskCamera();
-    const CameraReport& camera = CurrentCameraReport();
+    const CameraReport camera = icp_report(IcpModule);
     head.SetText(frames_key::kClock, camera.clock.empty() ? kClock : camera.clock);
     if (!camera.counts.empty()) head.SetText(frames_key::kCounts, camera.counts);
     head.SetText(frames_key::kCalibration, set);

@@ -38,8 +38,16 @@ std::optional<SaveJournal> SaveJournal::Continue(std::string_view sequencePath, 
     return file ? std::optional(SaveJournal(std::move(*file), frames)) : std::nullopt;
 }
 
+void SaveJournal::Missing::AddLosses(const CapturedFrame& frame)
+{
+    byTransport += frame.lostByTransport;
+    byBoard += frame.lostByBoard;
+    byRing += frame.lostByRing;
+}
+
 FrameRecord SaveJournal::WithMissing(FrameRecord record, const Missing& missing)
 {
+    record.lostByTransport = RecordField(missing.byTransport);
     record.lostByBoard = RecordField(missing.byBoard);
     record.lostByRing = RecordField(missing.byRing);
     record.passedOver = RecordField(missing.passedOver);
@@ -48,8 +56,7 @@ FrameRecord SaveJournal::WithMissing(FrameRecord record, const Missing& missing)
 
 bool SaveJournal::Append(const CapturedFrame& taken, std::span<const std::int16_t> pixels, float integrationMs)
 {
-    missing_.byBoard += taken.lostByBoard;
-    missing_.byRing += taken.lostByRing;
+    missing_.AddLosses(taken);
     const bool isFirstOfRun = framesBefore_ > 0 && file_.Records() == framesBefore_;
     const FrameRecord record = {.number = taken.stamp.number,
                                 .monotonicNs = taken.stamp.monotonicNs,
@@ -72,8 +79,7 @@ void SaveJournal::TakeBack()
 
 void SaveJournal::PassedOver(const CapturedFrame& frame)
 {
-    missing_.byBoard += frame.lostByBoard;
-    missing_.byRing += frame.lostByRing;
+    missing_.AddLosses(frame);
     ++missing_.passedOver;
 }
 

@@ -35,9 +35,11 @@ class SaveJournal {
   private:
     // Since the last frame that stands.
     struct Missing {
+        std::int64_t byTransport = 0;
         std::int64_t byBoard = 0;
         std::int64_t byRing = 0;
         std::int64_t passedOver = 0;
+        void AddLosses(const CapturedFrame& frame);
     };
     SaveJournal(FramesFileWriter file, std::int64_t framesBefore) : file_(std::move(file)), framesBefore_(framesBefore)
     {

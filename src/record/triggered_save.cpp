@@ -7,6 +7,7 @@
 #include "platform/box.h"
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/long_run.h"
 #include "platform/memory.h"
 #include "platform/profile.h"
 #include "platform/text.h"
@@ -381,6 +382,7 @@ StepWritten WriteTriggeredFrame()
 
 void EndTriggeredRun()
 {
+    EndLongRun(LongRun::kTriggeredSave);
     run = {};
     write::triggered.AcquisitionRunning = 0;
     write::triggered.TriggersLeft = 0;

@@ -4,6 +4,7 @@
 #include "platform/dialog.h"
 #include "platform/directory.h"
 #include "platform/files.h"
+#include "platform/long_run.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "record/external_signal.h"
@@ -377,6 +378,7 @@ void BeginRun(HWND dialog)
     StatusMessage(" Acquisition in progress", kLeftAligned);
     ShowProgress(dialog);
     write::triggered.AcquisitionRunning = 1;
+    BeginLongRun(LongRun::kTriggeredSave);
     if (triggerSettings.CodeTrigger == 0) {
         SetTimer(dialog, kStepTimer, 0);
         return;

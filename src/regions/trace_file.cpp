@@ -38,7 +38,7 @@ FrameMoment MomentOf(const FrameRecord& record)
     return {.number = record.number,
             .monotonicNs = record.monotonicNs,
             .utcNs = record.utcNs,
-            .told = std::int64_t{record.lostByBoard} + record.lostByRing + record.passedOver,
+            .told = std::int64_t{record.lostByTransport} + record.lostByBoard + record.lostByRing + record.passedOver,
             .startsAnew = (record.flags & kFirstOfRun) != 0};
 }
 

@@ -150,6 +150,7 @@ inline constexpr CommandRow kAll[] = {
     Board(Item(kCmdVideoSetup, "&Video setup...\tCtrl+V", kHelpVideoSetup, "oscilloscope")),
     Item(kCmdImageSetup, "&Image setup...\tCtrl+I", kHelpImageSetup),
     Board(Item(kCmdConfiguration, "&Configuration...", kHelpConfiguration)),
+    Board(Item(kCmdCameras, "Ca&meras...", kHelpCameras)),
     kLine,
     Board(Item(kCmdTurnOn, "&Turn Vantir on ", kHelpTurnOn)),
 
@@ -239,6 +240,7 @@ inline constexpr CommandRow kAll[] = {
     Item(kCmdDesktopTutorial, "Windows &Tutorial"),
     Item(kCmdKelvoTutorial, "&Kelvo Tutorial", kHelpTutorial),
     kLine,
+    Item(kCmdSupportFiles, "Save support &files...", kHelpSupport),
     Item(kCmdAbout, "&About", kHelpAbout, "about"),
 
     WithoutItem(kCmdDialogHelp, {}, {}, kHelpOfDialogs),

@@ -80,6 +80,10 @@ constexpr int kAccountShownRate = 1006;
 constexpr int kAccountReset = 1007;
 constexpr int kAccountUsed = 1008;
 
+constexpr int kSupportList = 22701;
+constexpr int kSupportText = 22702;
+constexpr int kSupportSize = 22703;  // "9 files, 42 kB"
+
 constexpr int kScriptState = 22501;  // "measure.lua: running"
 constexpr int kScriptText = 22502;
 constexpr int kScriptStop = 22503;

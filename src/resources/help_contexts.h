@@ -86,6 +86,8 @@ constexpr int kHelpSaveTiff = 2117;
 constexpr int kHelpScripts = 2250;
 constexpr int kHelpUserFunctions = 2118;
 constexpr int kHelpRegions = 2210;
+constexpr int kHelpCameras = 2260;
+constexpr int kHelpSupport = 2270;
 
 // No page stands for these: help shows the contents instead. They belong to older menus.
 constexpr int kHelpWithoutPage[] = {

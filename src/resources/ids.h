@@ -110,6 +110,7 @@ constexpr int kCmdScriptStop = 2252;
 constexpr int kCmdScriptRecord = 2253;
 constexpr int kCmdScriptFirst = 2300;  // to 2363; 2364 tells of more
 constexpr int kScriptCount = 64;
+constexpr int kCmdCameras = 2260;
 constexpr int kCmdDifference = 2220;
 constexpr int kCmdNoise = 2230;
 constexpr int kCmdExport = 2200;
@@ -118,6 +119,7 @@ constexpr int kCmdRegionRemove = 2211;
 constexpr int kCmdRegionWider = 2212;
 constexpr int kCmdRegionNarrower = 2213;
 constexpr int kCmdTraces = 2240;
+constexpr int kCmdSupportFiles = 2270;
 constexpr int kCmdRecentFirst = 2100;  // to 2109
 constexpr int kRecentFileCount = 10;
 

@@ -28,6 +28,7 @@
 #include "resources/command_list.h"
 #include "resources/menu.h"
 #include "shell/about.h"
+#include "shell/cameras_dialog.h"
 #include "shell/benches.h"
 #include "shell/color_scale.h"
 #include "shell/desktop_commands.h"
@@ -37,6 +38,7 @@
 #include "shell/script_recording.h"
 #include "shell/script_window.h"
 #include "shell/shutdown.h"
+#include "shell/support_dialog.h"
 #include "shell/undo.h"
 #include "shell/window_state.h"
 #include "state/frame_state.h"
@@ -115,6 +117,7 @@ constexpr Command kCommands[] = {
     {kCmdVideoSetup, VideoSetup},
     {kCmdImageSetup, ImageSetup},
     {kCmdConfiguration, Configure},
+    {kCmdCameras, OpenCameras},
     {kCmdSaveTiff8, SaveTiff8},
     {kCmdSaveTiff16, SaveTiff16},
     {kCmdExport, ExportFrames},
@@ -145,6 +148,7 @@ constexpr Command kCommands[] = {
     {kCmdHelpOnHelp, Then<ShowHelpOnHelp>},
     {kCmdDesktopTutorial, Then<ShowTutorial>},  // the desktop has none of its own to run
     {kCmdKelvoTutorial, Then<ShowTutorial>},
+    {kCmdSupportFiles, SaveSupportFiles},
     {kCmdAbout, Then<ShowAbout>},
     {kCmdViewGoToFrame, Then<GoToFrameDialog>},
     {kCmdViewPlay, Then<StartPlaying>},

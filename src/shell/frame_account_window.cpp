@@ -79,6 +79,16 @@ constexpr DialogFrame kFrame{.name = "ACCOUNT",
                              .helpContext = kHelpFrameAccount,
                              .destroyed = Forget};
 
+std::string LostText(const FrameAccount& account)
+{
+    if (!account.lostIsKnown) return "unknown";
+    std::string text = std::to_string(account.lost);
+    if (account.lostByTransport > 0) {
+        text += Format(" (%lld by the transport)", static_cast<long long>(account.lostByTransport));
+    }
+    return text;
+}
+
 void Open()
 {
     accountWindow = OpenModelessDialog(kFrame, hWndMain);
@@ -106,7 +116,7 @@ void ShowFrameAccount(HWND dialog, const FrameAccount& account)
     SetDlgItemText(dialog, kAccountDelivered, std::to_string(account.delivered));
     SetDlgItemText(dialog, kAccountShown, std::to_string(account.shown));
     SetDlgItemText(dialog, kAccountUsed, std::to_string(account.used));
-    SetDlgItemText(dialog, kAccountLost, account.lostIsKnown ? std::to_string(account.lost) : "unknown");
+    SetDlgItemText(dialog, kAccountLost, LostText(account));
     SetDlgItemText(dialog, kAccountMissed, std::to_string(account.missed));
     SetDlgItemText(dialog, kAccountDeliveredRate, Format("%.1f Hz", account.deliveredHz));
     SetDlgItemText(dialog, kAccountShownRate, Format("%.1f Hz", account.shownHz));

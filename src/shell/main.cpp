@@ -1,6 +1,8 @@
 #include "batch/batch.h"
 #include "fileboard/file_camera.h"
+#include "genicam/genicam_camera.h"
 #include "platform/application.h"
+#include "platform/desktop_services.h"
 #include "platform/end_request.h"
 #include "platform/standard_streams.h"
 #include "platform/transcript.h"
@@ -29,6 +31,7 @@ struct Camera {
 constexpr Camera kCameras[] = {
     {RegisterSimulatedHeads, RegisterSimulatedBoard},
     {RegisterFileHeads, RegisterFileBoard},
+    {RegisterGenicamHeads, RegisterGenicamBoard},
 };
 
 int RunWithWindows(const CommandLine& commandLine)
@@ -41,6 +44,7 @@ int RunWithWindows(const CommandLine& commandLine)
     ShutDownWhenAsked();
     write::options.startOptions = {
         .dataDirectory = commandLine.dataDirectory,
+        .keepsOneDirectory = !commandLine.dataDirectory.empty(),
         .staysInDirectory = !commandLine.dataDirectory.empty() || !commandLine.scriptFile.empty(),
         .viewFiles = commandLine.viewFiles,
         .theme = commandLine.theme};
@@ -48,6 +52,7 @@ int RunWithWindows(const CommandLine& commandLine)
     write::options.startOptions.dataDirectory = FindDefaultDirectory();
     if (const std::optional<int> exitCode = EndBesideAnotherStart(commandLine)) return *exitCode;
     const DataDirectoryHold hold;
+    const DesktopServices services;
     if (!commandLine.transcriptFile.empty() && !OpenTranscript(commandLine.transcriptFile)) {
         std::fprintf(stderr, "kelvo: can't write the transcript %s\n", commandLine.transcriptFile.c_str());
         return 2;

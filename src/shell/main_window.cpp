@@ -1,6 +1,8 @@
 #include "shell/main_window.h"
 
 #include "display/display_pipeline.h"
+#include "grabber/board_state.h"
+#include "grabber/copm2.h"
 #include "grabber/frame_account.h"
 #include "grabber/host_frames.h"
 #include "head/camera_report.h"
@@ -158,7 +160,11 @@ void OnLiveTimer(HWND window)
         return;
     }
     if (!refreshed) {
-        ToggleLiveVideo();  // so that the board's message doesn't repeat
+        if (icp_report(IcpModule).link == CameraLink::kLost) {  // it goes on when the camera is back
+            SetTimer(window, kLiveTimer, kHeldOffMs);
+        } else {
+            ToggleLiveVideo();  // so that the board's message doesn't repeat
+        }
         return;
     }
     SetTimer(window, kLiveTimer, 0);

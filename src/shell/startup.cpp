@@ -23,7 +23,6 @@
 #include "platform/menu.h"
 #include "platform/paint.h"
 #include "platform/pointer.h"
-#include "platform/profile.h"
 #include "platform/text.h"
 #include "platform/window.h"
 #include "record/external_signal.h"
@@ -38,6 +37,7 @@
 #include "shell/color_scale.h"
 #include "shell/frame_account_window.h"
 #include "shell/main_window.h"
+#include "shell/note_directories.h"
 #include "shell/panel.h"
 #include "shell/saturation_overlay.h"
 #include "shell/second_start.h"
@@ -52,6 +52,7 @@
 #include "ui/select_file_write.h"
 #include "ui/splash.h"
 #include "ui/status_write.h"
+#include "ui/window_file.h"
 #include "usermodule/user_functions.h"
 #include "usermodule/user_menu.h"
 #include "video/image_cursor_write.h"
@@ -162,11 +163,10 @@ void OpenBenchAtFirstStart()
 {
     constexpr const char* kSection = "Bench";
     constexpr const char* kKey = "Shown";
-    const std::string windowIni = DefaultDir + "/window.ini";
-    const bool shown = GetPrivateProfileInt(kSection, kKey, ScriptRuns() ? 1 : 0, windowIni) != 0;
+    const bool shown = WindowFileInt(kSection, kKey, ScriptRuns() ? 1 : 0) != 0;
     if (shown || !startOptions.viewFiles.empty() || !BenchIsThere()) return;
     OpenBench(hWndMain);
-    WritePrivateProfileString(kSection, kKey, "1", windowIni);
+    WriteWindowFile(kSection, kKey, "1");
 }
 
 // Host RAM capture is there only with host frames behind it.
@@ -199,6 +199,7 @@ int WinMain(const void* /*instance*/, const void* /*previousInstance*/, std::str
     SetRestart({InitialSetup, InitializeHardware});
     SetSourceBench({BenchIsThere, OpenBench});
     SetDefaultDir(FindDefaultDirectory());
+    PartNotesFromSettings();
     if (!MakeMainWindow()) return 0;
     if (!InitialSetup()) {
         MessageBox(hWndMain, "Initialize Variables Failure", kMessageCaption);

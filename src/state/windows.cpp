@@ -19,6 +19,8 @@ constinit const std::int16_t& TextHeight = write::windows.TextHeight;
 constinit const std::int32_t& ViewWidth = write::windows.ViewWidth;
 constinit const std::int32_t& ViewHeight = write::windows.ViewHeight;
 constinit const std::string& DefaultDir = write::windows.DefaultDir;
+constinit const std::string& StateDir = write::windows.StateDir;
+constinit const std::string& CacheDir = write::windows.CacheDir;
 constinit const std::string& IniFilePath = write::windows.IniFilePath;
 constinit const std::string& CameraFilePath = write::windows.CameraFilePath;
 constinit const std::string& BuffBrdFilePath = write::windows.BuffBrdFilePath;
@@ -39,14 +41,23 @@ namespace {
 constexpr const char* kFirstSequence = "/a.seq";
 
 const StateNames kStateNames{
-    Named("ClientWidth", ClientWidth),       Named("ClientHeight", ClientHeight),
-    Named("TextHeight", TextHeight),         Named("ViewWidth", ViewWidth),
-    Named("ViewHeight", ViewHeight),         Named("HelpMode", HelpMode),
-    Named("DefaultDir", DefaultDir),         Named("IniFilePath", IniFilePath),
-    Named("CameraFilePath", CameraFilePath), Named("BuffBrdFilePath", BuffBrdFilePath),
-    Named("SeqFilePath", SeqFilePath),       Named("HelpFilePath", HelpFilePath),
-    Named("FilePathBuf", FilePathBuf),       Named("ViewFilePath", ViewFilePath),
+    Named("ClientWidth", ClientWidth),
+    Named("ClientHeight", ClientHeight),
+    Named("TextHeight", TextHeight),
+    Named("ViewWidth", ViewWidth),
+    Named("ViewHeight", ViewHeight),
+    Named("HelpMode", HelpMode),
+    Named("DefaultDir", DefaultDir),
+    Named("IniFilePath", IniFilePath),
+    Named("CameraFilePath", CameraFilePath),
+    Named("BuffBrdFilePath", BuffBrdFilePath),
+    Named("SeqFilePath", SeqFilePath),
+    Named("HelpFilePath", HelpFilePath),
+    Named("FilePathBuf", FilePathBuf),
+    Named("ViewFilePath", ViewFilePath),
     Named("CnfFilePath", CnfFilePath),
+    Named("StateDir", StateDir),
+    Named("CacheDir", CacheDir),
 };
 
 }  // namespace
@@ -55,6 +66,8 @@ void SetDefaultDir(std::string_view directory)
 {
     WindowsVariables& paths = write::windows;
     const bool named = !SeqFilePath.empty() && SeqFilePath != DefaultDir + kFirstSequence;
+    const bool stateIsApart = StateDir != DefaultDir;
+    const bool cacheIsApart = CacheDir != DefaultDir;
     paths.DefaultDir = directory;
     while (DefaultDir.size() > 1 && DefaultDir.back() == '/') paths.DefaultDir.pop_back();
     SetKelvoDirectory(DefaultDir);
@@ -63,6 +76,18 @@ void SetDefaultDir(std::string_view directory)
     paths.BuffBrdFilePath = DefaultDir + "/buffbrd.ini";
     if (!named) paths.SeqFilePath = DefaultDir + kFirstSequence;
     paths.HelpFilePath = DefaultDir + "/KELVO.hlp";
+    if (!stateIsApart) paths.StateDir = DefaultDir;
+    if (!cacheIsApart) paths.CacheDir = DefaultDir;
+}
+
+void SetStateDir(std::string_view directory)
+{
+    write::windows.StateDir = directory;
+}
+
+void SetCacheDir(std::string_view directory)
+{
+    write::windows.CacheDir = directory;
 }
 
 }  // namespace kelvo

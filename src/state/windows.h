@@ -24,6 +24,10 @@ extern const std::int32_t& ViewHeight;
 
 // The program's directory, whole, without a closing separator; empty before the start has found it.
 extern const std::string& DefaultDir;
+// Where the program's own notes lie (recent files, the windows' place, logs), and copies that can be made again. Whole;
+// DefaultDir where a start keeps all in one directory.
+extern const std::string& StateDir;
+extern const std::string& CacheDir;
 // Formed from DefaultDir: kelvo.ini, camera.ini, buffbrd.ini, a.seq, KELVO.hlp.
 extern const std::string& IniFilePath;
 extern const std::string& CameraFilePath;

@@ -15,6 +15,8 @@ struct WindowsVariables {
     std::int32_t ViewWidth = 0;
     std::int32_t ViewHeight = 0;
     std::string DefaultDir;
+    std::string StateDir;
+    std::string CacheDir;
     std::string IniFilePath;
     std::string CameraFilePath;
     std::string BuffBrdFilePath;
@@ -33,6 +35,10 @@ extern WindowsVariables windows;
 // DefaultDir, without a closing separator, and the paths formed from it; the platform's "c:\KELVO" is the same
 // directory (platform/files.h). A sequence that the operator has named keeps its path when a set-up runs again.
 void SetDefaultDir(std::string_view directory);
+
+// Apart from DefaultDir, which they follow otherwise.
+void SetStateDir(std::string_view directory);
+void SetCacheDir(std::string_view directory);
 
 // As at the start of the program.
 void ResetWindows();

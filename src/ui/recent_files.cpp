@@ -17,7 +17,7 @@ std::vector<std::string> recentFiles;
 
 std::string RecentIniPath()
 {
-    return DefaultDir + "/recent.ini";
+    return StateDir + "/recent.ini";
 }
 
 std::string KeyOf(std::size_t place)

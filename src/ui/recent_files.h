@@ -1,5 +1,5 @@
-// The files last opened, newest first, in the File menu. They stand in recent.ini in the program's directory: kelvo.ini
-// travels inside calibration sets, and what one operator looked at must not.
+// The files last opened, newest first, in the File menu. They stand in recent.ini in StateDir: kelvo.ini travels inside
+// calibration sets, and what one operator looked at must not.
 #pragma once
 
 #include <string>

@@ -7,7 +7,7 @@ namespace kelvo {
 
 std::string WindowFilePath()
 {
-    return DefaultDir + "/window.ini";
+    return StateDir + "/window.ini";
 }
 
 std::int32_t WindowFileInt(std::string_view section, std::string_view key, std::int32_t defaultValue)

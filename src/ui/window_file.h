@@ -1,5 +1,5 @@
-// window.ini of the data directory: how the windows look on this machine. Its place and size, the theme and the
-// switches of the View menu belong to the workstation, not to a calibration: no calibration set carries them.
+// window.ini of StateDir: how the windows look on this machine. Its place and size, the theme and the switches of the
+// View menu belong to the workstation, not to a calibration: no calibration set carries them.
 #pragma once
 
 #include <cstdint>

@@ -37,7 +37,7 @@ std::string WholePathOf(std::string_view path)
 
 std::string OpenedDirectory()
 {
-    return DefaultDir + "/opened";
+    return CacheDir + "/opened";
 }
 
 // ---- what a copy was made of

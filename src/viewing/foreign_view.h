@@ -1,7 +1,7 @@
 // Files of other programs (imagefile/foreign_frames.h) on view. Each is copied once, frame for frame, to a sequence in
-// the directory "opened" of the program's directory, which everything else then works with as with any other. Beside
-// the copy lies NAME.seq.source, a text that tells what it was made of. The file itself is only read. Copies may be
-// deleted at any time.
+// the directory "opened" of CacheDir, which everything else then works with as with any other. Beside the copy lies
+// NAME.seq.source, a text that tells what it was made of. The file itself is only read. Copies may be deleted at any
+// time.
 #pragma once
 
 #include <optional>

@@ -96,7 +96,8 @@ FrameGap GapBehindLast(const FramesFile& journal)
                  .firstNumber = -1,
                  .lostByBoard = end.lostByBoard,
                  .lostByRing = end.lostByRing,
-                 .passedOver = end.passedOver};
+                 .passedOver = end.passedOver,
+                 .lostByTransport = end.lostByTransport};
     constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
     const std::int64_t number = journal.records.empty() ? -1 : journal.records.back().number;
     if (number >= 0 && number < kLast) gap.firstNumber = number + 1;

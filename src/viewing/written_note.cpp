@@ -77,6 +77,11 @@ CommandEnd NoteSavedPicture(const std::string& path, const std::string& more)
     return Note("Saved " + FileNameOf(path) + more + ": " + SizeText(SizeOf(path)) + InDirectoryOf(path));
 }
 
+CommandEnd NoteSavedArchive(const std::string& path)
+{
+    return NoteSavedPicture(path, {});
+}
+
 CommandEnd NoteSavedSet(const std::string& calPath)
 {
     return Note("Saved calibration " + FileNameOf(calPath) + InDirectoryOf(calPath));

@@ -25,6 +25,9 @@ CommandEnd NoteSavedBitmaps(const std::vector<std::string>& paths, std::uint32_t
 // 255: 82.7 kB in ..."
 CommandEnd NoteSavedPicture(const std::string& path, const std::string& more);
 
+// "Saved support.zip: 12.3 kB in ..."
+CommandEnd NoteSavedArchive(const std::string& path);
+
 // "Saved calibration november.cal in ..."
 CommandEnd NoteSavedSet(const std::string& calPath);
 

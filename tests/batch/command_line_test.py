@@ -351,7 +351,7 @@ class CommandLine(unittest.TestCase):
         self.assertAlmostEqual(told["duration_s"], (10 - 4) * 1e-6, delta=1e-12)
         header = {"IntensityCold": 3000, "TemperatureCold": 20.5, "IntensityHot": 9000, "TemperatureHot": 25, "FramesAveraged": 16, "FrameCount": 4}
         self.assertEqual({key: told["header"][key] for key in header}, header)
-        self.assertEqual(told["journal"]["gaps"], [{"before": 2, "first": 6, "missing": 3, "board": 3, "ring": 0, "passed_over": 0, "unexplained": 0}])
+        self.assertEqual(told["journal"]["gaps"], [{"before": 2, "first": 6, "missing": 3, "board": 3, "ring": 0, "passed_over": 0, "unexplained": 0, "transport": 0}])
         journal = {"records": 4, "closed": True, "end": "complete", "camera": "made by hand", "missing": 3}
         self.assertEqual({key: told["journal"][key] for key in journal}, journal)
         code, text, error = run("info", "run.seq")

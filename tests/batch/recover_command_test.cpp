@@ -261,12 +261,13 @@ TEST_F(Recover, SaysItAsJson)
     Record(path, {1, 4}, false);
     const Said said = Run({"recover", "--json", path});
     EXPECT_EQ(said.code, 1);
-    EXPECT_EQ(said.out,
-              "{\"file\": \"" + path +
-                  "\", \"outcome\": \"repaired\", \"why\": \"\", \"frames\": 2, \"bytes_cut\": 0, \"header_count\": 0, "
-                  "\"records_dropped\": 0, \"records_made\": 0, \"journal\": true, \"closed\": false, "
-                  "\"journal_damaged\": false, \"bad_frames\": [], \"gaps\": [{\"before\": 1, \"first\": 2, "
-                  "\"missing\": 2, \"board\": 2, \"ring\": 0, \"passed_over\": 0, \"unexplained\": 0}]}\n");
+    EXPECT_EQ(
+        said.out,
+        "{\"file\": \"" + path +
+            "\", \"outcome\": \"repaired\", \"why\": \"\", \"frames\": 2, \"bytes_cut\": 0, \"header_count\": 0, "
+            "\"records_dropped\": 0, \"records_made\": 0, \"journal\": true, \"closed\": false, "
+            "\"journal_damaged\": false, \"bad_frames\": [], \"gaps\": [{\"before\": 1, \"first\": 2, "
+            "\"missing\": 2, \"board\": 2, \"ring\": 0, \"passed_over\": 0, \"unexplained\": 0, \"transport\": 0}]}\n");
 }
 
 TEST_F(Recover, SeveralFilesGiveTheWorstCode)

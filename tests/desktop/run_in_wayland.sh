@@ -14,6 +14,7 @@ cd "$directory"
 # A socket's path is short: the run directory may lie deep.
 runtime=$(mktemp -d)
 export HOME=$directory/home XDG_RUNTIME_DIR=$runtime XDG_CONFIG_HOME=$directory/home/.config XDG_DATA_HOME=$directory/home/.local/share
+export XDG_STATE_HOME=$directory/home/.local/state XDG_CACHE_HOME=$directory/home/.cache
 unset DISPLAY DBUS_SESSION_BUS_ADDRESS
 export LC_ALL=C.UTF-8
 

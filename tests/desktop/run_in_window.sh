@@ -19,6 +19,7 @@ if [ -n "$first" ]; then printf '[Bench]\nShown=0\n' >"$directory/data/window.in
 cd "$directory"
 # Nothing of the machine's own desktop reaches the program, nor the program's files it.
 export HOME=$directory/home XDG_RUNTIME_DIR=$directory/run XDG_CONFIG_HOME=$directory/home/.config XDG_DATA_HOME=$directory/home/.local/share
+export XDG_STATE_HOME=$directory/home/.local/state XDG_CACHE_HOME=$directory/home/.cache
 unset WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS QT_QPA_PLATFORM
 export QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8
 

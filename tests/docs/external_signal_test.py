@@ -16,7 +16,8 @@ import pages
 PAGE = "docs/how-to/external-signal.md"
 KELVO, OUT = sys.argv[1], pathlib.Path(sys.argv[2])
 RUNTIME = pathlib.Path("/tmp") / f"kelvo-signal-test-{os.getpid()}"  # a path short enough for a socket
-ENVIRONMENT = dict(os.environ, HOME=str(OUT), XDG_RUNTIME_DIR=str(RUNTIME), XDG_CONFIG_HOME=str(OUT / "config"), XDG_DATA_HOME=str(OUT / "share"))
+ENVIRONMENT = dict(os.environ, HOME=str(OUT), XDG_RUNTIME_DIR=str(RUNTIME), XDG_CONFIG_HOME=str(OUT / "config"), XDG_DATA_HOME=str(OUT / "share"),
+                   XDG_STATE_HOME=str(OUT / "state"), XDG_CACHE_HOME=str(OUT / "cache"))
 
 # In real time: turned on, a run of two steps that waits for the signal, then its file.
 SCRIPT = """

@@ -25,7 +25,8 @@ def save_files():
     """Kelvo's own files, with the simulated camera as it ships."""
     shutil.rmtree(OUT, ignore_errors=True)
     (OUT / "data").mkdir(parents=True)
-    environment = dict(os.environ, XDG_CONFIG_HOME=str(OUT / "config"), XDG_DATA_HOME=str(OUT / "share"))
+    environment = dict(os.environ, XDG_CONFIG_HOME=str(OUT / "config"), XDG_DATA_HOME=str(OUT / "share"),
+                       XDG_STATE_HOME=str(OUT / "state"), XDG_CACHE_HOME=str(OUT / "cache"))
     subprocess.run([KELVO, "--offscreen", "--virtual-time", "--data", OUT / "data", "--script", HERE / "files_saved.lua"],
                    cwd=OUT, env=environment, check=True)
 

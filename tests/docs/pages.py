@@ -187,7 +187,7 @@ def named_paths(page, text):
         yield os.path.normpath(here / link)
     for name in re.findall(r"(?<=[ ])(src/\w+/)(?=[ ])", text):  # the tree
         yield name
-    for name in re.findall(r"`((?:src|tests|docs|cmake|bench|fuzz|tools|examples)/[\w./-]*)`", text):
+    for name in re.findall(r"`((?:src|tests|docs|cmake|bench|fuzz|tools|examples|packaging)/[\w./-]*)`", text):
         yield name
 
 

@@ -66,7 +66,7 @@ def degrees(counts):
 def journal():
     """As made_by_hand's, with a time of day and a period of 10 ms."""
     head = made_by_hand.journal(NUMBERS)[:128]
-    records = [made_by_hand.sealed(n, 10_000_000 * n, UTC + 10_000_000 * (n - NUMBERS[0]), 1.5, 0, missing, 0, 0, 0, 0, 0,
+    records = [made_by_hand.sealed(n, 10_000_000 * n, UTC + 10_000_000 * (n - NUMBERS[0]), 1.5, 0, min(missing, 2), 0, 0, 0, 0, max(missing - 2, 0),
                                    made_by_hand.polynomial(made_by_hand.pixels(n))) for n, missing in zip(NUMBERS, [0, 0, 3, 0])]
     return head + b"".join(records) + made_by_hand.sealed(len(NUMBERS), 0, 0, 0, 128, 0, 0, 0, 0, 1, 0, 0)
 
@@ -173,7 +173,7 @@ class Exported(unittest.TestCase):
         self.assertEqual(told["calibration_set"], str(OUT / "warm.cal"))
         self.assertEqual(told["calibration_sha256"], hashlib.sha256((OUT / "warm.cal").read_bytes()).hexdigest())
         self.assertEqual((told["bad_detectors"], told["bad_detector_places"]), (2, [list(place) for place in BAD]))
-        self.assertEqual(told["gaps"], [{"before": 1, "lost_by_board": 3, "lost_by_ring": 0, "passed_over": 0}])
+        self.assertEqual(told["gaps"], [{"before": 1, "lost_by_board": 2, "lost_by_ring": 0, "passed_over": 0, "lost_by_transport": 1}])
         self.assertEqual(told["local_time"], "2026-11-18T12:06:40")
         self.assertEqual((told["head"]["frame_rate_hz"], told["head"]["integration_ms"]), (100, 1.5))
         self.assertEqual([time["number"] for time in told["times"]], [5, 9, 10])
@@ -204,7 +204,7 @@ class Exported(unittest.TestCase):
                 self.assertEqual(page.tags["Software"].value, told[0]["program"])
         self.assertEqual([(page["form"], page["unit"], page["scale"]) for page in told], [("corrected", "Counts", None)] * 4)
         self.assertEqual([page["time"]["number"] for page in told], NUMBERS)
-        self.assertEqual([page["time"]["lost_by_board"] for page in told], [0, 0, 3, 0])
+        self.assertEqual([(page["time"]["lost_by_board"], page["time"]["lost_by_transport"]) for page in told], [(0, 0), (0, 0), (2, 1), (0, 0)])
         self.assertEqual(told[0]["time"]["utc"], "2026-11-18T11:06:40.123456789Z")
         self.assertEqual((told[0]["camera"], told[0]["bad_detector_places"]), ("made by hand", [list(place) for place in BAD]))
         printed = subprocess.run(["tiffinfo", "x.tif"], cwd=OUT, capture_output=True, text=True, check=True)
@@ -243,7 +243,8 @@ class Exported(unittest.TestCase):
             self.assertEqual(table["NUMBER"].tolist(), NUMBERS)
             self.assertEqual(table["SECONDS"].tolist(), [0, 0.01, 0.05, 0.06])
             self.assertEqual(table["UTC_START"][1], "2026-11-18T11:06:40.131956789Z")
-            self.assertEqual(table["LOSTBYBOARD"].tolist(), [0, 0, 3, 0])
+            self.assertEqual(table["LOSTBYBOARD"].tolist(), [0, 0, 2, 0])
+            self.assertEqual(table["LOSTBYTRANSPORT"].tolist(), [0, 0, 1, 0])
             self.assertEqual(file["MASK"].data.tolist(), IS_BAD.astype(int).tolist())
 
     def test_a_fits_cube_of_floats_and_one_without_a_journal(self):
@@ -266,13 +267,14 @@ class Exported(unittest.TestCase):
         self.export("--as=celsius", "--set=warm.cal", "--frames=1:", "run.seq", "x.h5")
         with h5py.File(OUT / "x.h5") as file:
             self.assertEqual(sorted(file), sorted(["frames", "index", "number", "seconds", "utc_ns", "integration_ms", "lost_by_board", "lost_by_ring",
-                                                   "passed_over", "mask"]))
+                                                   "passed_over", "lost_by_transport", "mask"]))
             self.assertEqual((file["frames"].chunks, file["frames"].compression), ((1, ROWS, COLUMNS), None))
             self.assertEqual(file["frames"].attrs["unit"], "\u00b0C")
             self.assertEqual((file.attrs["form"], file.attrs["unit"], file.attrs["camera"], file.attrs["format"]), ("celsius", "\u00b0C", "made by hand", 1))
             self.assertEqual(file.attrs["calibration_sha256"], hashlib.sha256((OUT / "warm.cal").read_bytes()).hexdigest())
             told = json.loads(file.attrs["provenance"])
-            self.assertEqual((told["program"], told["frames"], told["gaps"][0]["lost_by_board"]), (file.attrs["program"], 3, 3))
+            self.assertEqual((told["program"], told["frames"], told["gaps"][0]["lost_by_board"]), (file.attrs["program"], 3, 2))
+            self.assertEqual(file["lost_by_transport"][()].tolist(), [0, 1, 0])
             self.assertEqual(file["number"][()].tolist(), NUMBERS[1:])
             self.assertEqual(file["seconds"][()].tolist(), [0.01, 0.05, 0.06])
             self.assertEqual(file["utc_ns"][()].tolist(), [UTC + 10_000_000 * (n - NUMBERS[0]) for n in NUMBERS[1:]])

@@ -44,8 +44,8 @@ class Capture : public BoardTest {
     static void ExpectBalance()
     {
         const CaptureCounts counts = CurrentCaptureCounts();
-        EXPECT_EQ(counts.delivered, counts.recorded + counts.passedOver + counts.lostByBoard.value_or(0) +
-                                        counts.lostByRing + counts.waiting);
+        EXPECT_EQ(counts.delivered, counts.recorded + counts.passedOver + counts.lostByTransport +
+                                        counts.lostByBoard.value_or(0) + counts.lostByRing + counts.waiting);
     }
 };
 
@@ -72,6 +72,26 @@ TEST_F(Capture, CountsWhatABoardWithItsNewestFrameAloneHasLost)
     EXPECT_THAT(TakeNumbers(2), ElementsAre(5, 6));
     EXPECT_EQ(CurrentCaptureCounts().lostByBoard, 3);
     EXPECT_EQ(CurrentCaptureCounts().recorded, 3);
+    ExpectBalance();
+}
+
+TEST_F(Capture, TellsWhatTheTransportLostFromWhatTheBoardLost)
+{
+    recordingBoard.frameCount = 10;
+    recordingBoard.lostByTransport = 4;  // before it began
+    const Recording recording(8);
+    TakeNumbers(1);
+    recordingBoard.frameCount = 15;  // 12 to 14 weren't read; one of them never came
+    recordingBoard.lostByTransport = 5;
+    std::vector<std::int16_t> values(CameraFrameValues());
+    CapturedFrame taken;
+    ASSERT_EQ(TakeNextFrame(values, taken, FrameFate::kRecorded, 2000), TakeResult::kTaken);
+    EXPECT_EQ(taken.stamp.number, 15);
+    EXPECT_EQ(taken.lostByTransport, 1);
+    EXPECT_EQ(taken.lostByBoard, 2);
+    EXPECT_EQ(CurrentCaptureCounts().lostByTransport, 1);
+    EXPECT_EQ(CurrentCaptureCounts().lostByBoard, 2);
+    EXPECT_EQ(CurrentFrameAccount().lostByTransport, 5) << "those before it began too";
     ExpectBalance();
 }
 

@@ -55,6 +55,35 @@ TEST_F(Account, FramesBetweenTwoReadsAreLost)
     EXPECT_EQ(CurrentFrameAccount().lost, 2);
 }
 
+TEST_F(Account, WhatTheTransportLostIsLostAtAnyTime)
+{
+    Read();
+    recordingBoard.lostByTransport += 2;
+    Read(4);  // two of them never came, one was passed by
+    EXPECT_EQ(CurrentFrameAccount().lost, 3);
+    EXPECT_EQ(CurrentFrameAccount().lostByTransport, 2);
+    AccountHeldUp();
+    recordingBoard.lostByTransport += 5;
+    Read(21);
+    EXPECT_EQ(CurrentFrameAccount().lost, 8);
+    EXPECT_EQ(CurrentFrameAccount().lostByTransport, 7);
+    EXPECT_EQ(CurrentFrameAccount().missed, 15);
+    EXPECT_EQ(CurrentFrameAccount().delivered, 26);
+}
+
+TEST_F(Account, ANewGrabsTransportCountsFromNothing)
+{
+    recordingBoard.lostByTransport = 3;
+    Read(4);
+    AccountCycleStops();
+    recordingBoard.frameCount = recordingBoard.lostByTransport = 0;
+    AccountGrabStarted();
+    recordingBoard.lostByTransport = 1;
+    Read(2);
+    EXPECT_EQ(CurrentFrameAccount().lostByTransport, 4);
+    EXPECT_EQ(CurrentFrameAccount().delivered, 6);
+}
+
 TEST_F(Account, WhatADialogHeldUpIsMissedOnce)
 {
     Read();

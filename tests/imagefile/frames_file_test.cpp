@@ -254,6 +254,28 @@ TEST(GapTable, NamesEachCauseThatThereIs)
     EXPECT_EQ(CausesOf({2, 3, 1, 2, 3, 4}), "1 lost by the board, 2 lost by the ring, 3 passed over, 4 unexplained");
 }
 
+TEST(GapTable, TellsFramesThatTheTransportLostApart)
+{
+    std::vector<FrameRecord> records = {Lost(1, 0, 0, 0), Lost(6, 1, 0, 1)};
+    records[1].lostByTransport = 2;
+    ASSERT_THAT(GapsOf(records), ElementsAre(FrameGap{1, 2, 1, 0, 1, 0, 2}));
+    EXPECT_EQ(GapsOf(records)[0].Missing(), 4);
+    EXPECT_EQ(CausesOf(GapsOf(records)[0]), "2 lost by the transport, 1 lost by the board, 1 passed over");
+    EXPECT_EQ(CausesOf({.lostByTransport = 2}), "2 lost by the transport");
+}
+
+// Where the count stands, 52 bytes in, a journal of before it has zeros.
+TEST(FramesFileRecord, HasTheCountOfTheTransportWhereZerosWereReserved)
+{
+    const auto at52 = [](const FrameRecord& record) {
+        std::uint32_t value = 0;
+        std::memcpy(&value, reinterpret_cast<const char*>(&record) + 52, sizeof value);
+        return value;
+    };
+    EXPECT_EQ(at52({.lostByTransport = 7}), 7U);
+    EXPECT_EQ(at52({.lostByBoard = 7, .mark = 5}), 0U);
+}
+
 TEST(GapTable, BeginsWithTheFirstFrameUnlessTheFileGoesOnWithAnother)
 {
     std::vector<FrameRecord> records = {Lost(50, 3, 0, 40), Lost(51, 0, 0, 0)};

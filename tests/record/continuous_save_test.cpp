@@ -532,6 +532,19 @@ TEST_F(ContinuousSave, TellsWhyARunCannotBeCorrected)
 
 // ---- The journal
 
+TEST_F(ContinuousSave, TellsWhatTheTransportLostInItsJournal)
+{
+    Begin();
+    Ticks(2);
+    recordingBoard.frameCount += 4;  // the next one, and three before it, two of which never came
+    recordingBoard.lostByTransport += 2;
+    Ticks(1);
+    EXPECT_EQ(LostFrames(), 3);
+    EndSave();
+    EXPECT_EQ(GapsOf(Journal().records),
+              (std::vector<FrameGap>{{.beforeFrame = 2, .firstNumber = 3, .lostByBoard = 1, .lostByTransport = 2}}));
+}
+
 TEST_F(ContinuousSave, TellsTheBoardsNumbersAndWhatWasLostInItsJournal)
 {
     options.frameHeaders = true;

@@ -5,6 +5,7 @@
 #include "platform/memory.h"
 #include "record/event_files.h"
 #include "record/recorder_fixture.h"
+#include "record/recorder_run.h"
 #include "record/trigger_watch.h"
 #include "regions/region_list.h"
 #include "state/cal_state_write.h"
@@ -633,6 +634,20 @@ TEST_F(Recorder, NothingIsEverOverwritten)
         StopRecorder();
     }
     EXPECT_THAT(CurrentRecorderStatus().files, ElementsAre(Out("plain_2.seq")));
+}
+
+TEST(RecorderLosses, NameTheTransportWhereItLostAny)
+{
+    RecorderStatus status;
+    EXPECT_EQ(status.Lost(), 0);
+    EXPECT_EQ(LostFramesText(status), "none");
+    status.lostByBoard = 1;
+    EXPECT_EQ(LostFramesText(status), "1 by the board, 0 by the ring");
+    status.lostByTransport = 2;
+    EXPECT_EQ(status.Lost(), 3);
+    EXPECT_EQ(LostFramesText(status), "2 by the transport, 1 by the board, 0 by the ring");
+    status.lostByBoard.reset();
+    EXPECT_EQ(status.Lost(), std::nullopt);
 }
 
 TEST_F(Recorder, WhatTheBoardSkippedIsToldExactly)

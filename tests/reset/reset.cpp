@@ -25,6 +25,7 @@
 #include "export/export_script.h"
 #include "fileboard/file_bench.h"
 #include "fileboard/file_camera.h"
+#include "genicam/genicam_camera.h"
 #include "grabber/board.h"
 #include "grabber/copm2.h"
 #include "grabber/correction.h"
@@ -185,6 +186,7 @@ constexpr void (*kModules[])() = {
     ResetHostFrames,
     ForgetSimCameras,
     ResetSimBoard,
+    ResetGenicam,
     ResetBenchWindow,
     ForgetFileCameras,
     ResetFileBoard,

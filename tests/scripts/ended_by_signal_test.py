@@ -25,7 +25,8 @@ class EndedBySignal(unittest.TestCase):
         data = out / "data"
         data.mkdir(parents=True)
         runs = out / "runs"
-        environment = dict(os.environ, HOME=str(out), XDG_CONFIG_HOME=str(out / "config"), XDG_DATA_HOME=str(out / "share"))
+        environment = dict(os.environ, HOME=str(out), XDG_CONFIG_HOME=str(out / "config"), XDG_DATA_HOME=str(out / "share"),
+                           XDG_STATE_HOME=str(out / "state"), XDG_CACHE_HOME=str(out / "cache"))
         command = [KELVO, "--offscreen", "--data", data, "--transcript", out / "transcript.jsonl", "--script", SCRIPT, "--", way, runs]
         program = subprocess.Popen(command, env=environment, cwd=out)
         try:

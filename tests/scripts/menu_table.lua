@@ -15,13 +15,13 @@ local texts = {
   [145] = "Normal &color", [151] = "&Image cursor\tF8", [160] = "&Histogram...\tShift+F8", [161] = "&Line plot...",
   [162] = "&Image math...", [2230] = "&Noise...", [169] = "&Turn Vantir on ", [190] = "&Contents", [191] = "&Search\tF1", [192] = "&Keys help",
   [2006] = "Frame &account", [2007] = "Colo&ur scale", [2008] = "Saturation o&verlay", [2009] = "Simulated &bench...",
-  [2240] = "&Traces...", [2220] = "&Difference...",
+  [2260] = "Ca&meras...", [2240] = "&Traces...", [2220] = "&Difference...",
   [2043] = "&Keep fitted", [2044] = "&Desktop's theme", [2045] = "Lig&ht theme", [2046] = "Dark the&me",
   [2040] = "F&it\tCtrl+0", [2041] = "&1:1\tCtrl+1", [2042] = "C&entre\tCtrl+5",
   [2060] = "R&ecord...\tCtrl+R", [2061] = "&Trigger the recorder\tCtrl+T", [2062] = "Mar&k the recording\tCtrl+M",
   [2210] = "&Regions...\tCtrl+Shift+R",
   [2251] = "Script &window", [2252] = "S&top the script", [2253] = "&Record...",
-  [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About",
+  [193] = "&Help for help", [194] = "Windows &Tutorial", [195] = "&Kelvo Tutorial", [196] = "&About", [2270] = "Save support &files...",
 }
 for id, expected in pairs(texts) do
   local item = menu(id)

@@ -5,6 +5,8 @@ cmake_policy(SET CMP0054 NEW)
 # A Kelvo that runs on this machine with the user's own data stays out of it.
 set(ENV{XDG_CONFIG_HOME} ${DIRECTORY}/config)
 set(ENV{XDG_DATA_HOME} ${DIRECTORY}/share)
+set(ENV{XDG_STATE_HOME} ${DIRECTORY}/state)
+set(ENV{XDG_CACHE_HOME} ${DIRECTORY}/cache)
 string(REPLACE "," ";" arguments "${ARGUMENTS}")
 execute_process(COMMAND ${PROGRAM} ${arguments} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
 if(NOT "${result}" STREQUAL "${EXPECTED}")

@@ -26,6 +26,11 @@ endif()
 # The machine's own settings must not reach a test, nor a test them.
 set(ENV{XDG_CONFIG_HOME} ${DIRECTORY}/config)
 set(ENV{XDG_DATA_HOME} ${DIRECTORY}/share)
+set(ENV{XDG_STATE_HOME} ${DIRECTORY}/state)
+set(ENV{XDG_CACHE_HOME} ${DIRECTORY}/cache)
+# Nor are its services asked to stay awake, or to show notes.
+set(ENV{DBUS_SYSTEM_BUS_ADDRESS} unix:path=${DIRECTORY}/nobody)
+set(ENV{DBUS_SESSION_BUS_ADDRESS} unix:path=${DIRECTORY}/nobody)
 string(REPLACE "," ";" arguments "${ARGUMENTS}")
 string(REPLACE "," ";" then_arguments "${THEN_ARGUMENTS}")
 string(REPLACE "," ";" scripts "${SCRIPTS}")

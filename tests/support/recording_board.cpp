@@ -114,7 +114,7 @@ void ErrLevel(std::int32_t level)
 
 std::int32_t Grab(BoardModule module, BoardFrame frame)
 {
-    if (AnswerOf("icp_grab", 0) == 0) recordingBoard.frameCount = 0;
+    if (AnswerOf("icp_grab", 0) == 0) recordingBoard.frameCount = recordingBoard.lostByTransport = 0;
     if (recordingBoard.grabTurnsDisplayOff) write::frames.DisplayEnabled = 0;
     return Report("icp_grab", Format(" %d %d", module, frame));
 }
@@ -204,6 +204,11 @@ std::int64_t FrameCount(BoardModule /*module*/)
     return recordingBoard.counts ? recordingBoard.frameCount : kUncounted;
 }
 
+std::int64_t LostByTransport(BoardModule /*module*/)
+{
+    return recordingBoard.lostByTransport;
+}
+
 constexpr BoardTable kTable{
     .name = "recording",
     .load_cnf = LoadCnf,
@@ -231,6 +236,7 @@ constexpr BoardTable kTable{
     .os_set_realtime_priority = Priority,
     .exit = Exit,
     .frame_count = FrameCount,
+    .lost_by_transport = LostByTransport,
 };
 
 }  // namespace

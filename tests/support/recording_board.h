@@ -27,6 +27,7 @@ struct RecordingBoard {
         frames;                                // whole readouts, over and over; one count stands for all of a frame
     bool grabTurnsDisplayOff = false;          // so that nobody asks for a frame
     std::int64_t frameCount = 0;               // goes up by one with each blank; a grab begins at 0
+    std::int64_t lostByTransport = 0;          // of them
     bool counts = true;                        // false: it knows no number of frames
     std::function<void(std::int32_t)> onRead;  // before the n-th read, from 1
     std::int32_t reads = 0;

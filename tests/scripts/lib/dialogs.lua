@@ -683,6 +683,13 @@ local function view_recording()
   drop(journal.sequence(datadir() .. "/recorded.seq", journal.numbered { 1, 2, 5 }, journal.closing(3, 0)))
 end
 
+-- What is found depends on the machine; nothing is written before Ok.
+rows.CAMERAS = {
+  open = opens(2260, "CAMERAS"),
+  buttons = { [22602] = function() press(22602) end },
+  stays = { [22601] = "what stands on the networks", [22604] = "is only read", [22605] = "what the camera has" },
+}
+
 rows.RECORDED = {
   setup = view_recording,
   open = opens(2057, "RECORDED"),
@@ -698,6 +705,12 @@ rows.RECORDED = {
     CurrentFrame = "the frame that was shown", SequenceFrameIndex = "the frame that was shown",
     StatusText = "the frame that was shown", ["ImageBuffer.Contents"] = "the frame that was shown",
   },
+}
+
+rows.SUPPORT = {
+  open = opens(2270, "SUPPORT"),
+  ways = { "cancelled", "closed" },
+  stays = { [22702] = "is only read" },
 }
 
 rows.SAVE = {

@@ -1,0 +1,95 @@
+#include "genicam/network_check.h"
+
+#include "platform/text.h"
+
+#include <arpa/inet.h>
+#include <ifaddrs.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <memory>
+#include <optional>
+
+namespace kelvo {
+
+namespace {
+
+std::int64_t NumberInFile(const std::string& path)
+{
+    std::ifstream stream(path);
+    std::int64_t number = 0;
+    return stream >> number ? number : 0;
+}
+
+// Which of this machine's own addresses packets to that one bear. Nothing is sent.
+std::optional<in_addr> OwnAddressTowards(const std::string& address)
+{
+    constexpr std::uint16_t kAnyPort = 9;
+    sockaddr_in far{};
+    far.sin_family = AF_INET;
+    far.sin_port = htons(kAnyPort);
+    if (inet_pton(AF_INET, address.c_str(), &far.sin_addr) != 1) return std::nullopt;
+    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (descriptor < 0) return std::nullopt;
+    sockaddr_in own{};
+    socklen_t size = sizeof(own);
+    const bool known = connect(descriptor, reinterpret_cast<const sockaddr*>(&far), sizeof(far)) == 0 &&
+                       getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &size) == 0;
+    close(descriptor);
+    return known ? std::optional(own.sin_addr) : std::nullopt;
+}
+
+std::string InterfaceWithAddress(const in_addr& own)
+{
+    ifaddrs* list = nullptr;
+    if (getifaddrs(&list) != 0) return {};
+    const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> kept(list, freeifaddrs);
+    for (const ifaddrs* each = list; each; each = each->ifa_next) {
+        if (!each->ifa_addr || each->ifa_addr->sa_family != AF_INET) continue;
+        const auto* const address = reinterpret_cast<const sockaddr_in*>(each->ifa_addr);
+        if (address->sin_addr.s_addr == own.s_addr) return each->ifa_name;
+    }
+    return {};
+}
+
+}  // namespace
+
+std::vector<std::string> WhatTheNetworkLacks(const NetworkFigures& figures, std::int64_t frameBytes)
+{
+    std::vector<std::string> lacks;
+    if (figures.packetBytes > 0 && figures.packetBytes < kGoodPacketBytes) {
+        lacks.push_back(Format(
+            "Packets on %s have at most %lld bytes. Set its MTU to 9000, where camera and switch take that: sudo "
+            "ip link set %s mtu 9000",
+            figures.interfaceName.c_str(), static_cast<long long>(figures.packetBytes), figures.interfaceName.c_str()));
+    }
+    // The system's own book-keeping takes up to as much again as the packets themselves.
+    const std::int64_t wanted = 2 * frameBytes;
+    if (figures.receiveBufferMax > 0 && figures.receiveBufferMax < wanted) {
+        constexpr std::int64_t kMegabyte = 1024 * 1024;
+        const std::int64_t rounded = (wanted + kMegabyte - 1) / kMegabyte * kMegabyte;
+        lacks.push_back(
+            Format("The receive buffer may have at most %lld bytes, less than two frames of %lld bytes. Let it have "
+                   "more: sudo sysctl -w net.core.rmem_max=%lld",
+                   static_cast<long long>(figures.receiveBufferMax), static_cast<long long>(frameBytes),
+                   static_cast<long long>(rounded)));
+    }
+    return lacks;
+}
+
+NetworkFigures ReadNetworkFigures(const std::string& address)
+{
+    NetworkFigures figures;
+    const std::optional<in_addr> own = OwnAddressTowards(address);
+    if (!own) return figures;
+    figures.interfaceName = InterfaceWithAddress(*own);
+    if (!figures.interfaceName.empty()) {
+        figures.packetBytes = NumberInFile("/sys/class/net/" + figures.interfaceName + "/mtu");
+    }
+    figures.receiveBufferMax = NumberInFile("/proc/sys/net/core/rmem_max");
+    return figures;
+}
+
+}  // namespace kelvo
