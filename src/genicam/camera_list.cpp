@@ -189,7 +189,7 @@ std::vector<FoundCamera> FindCameras()
     return cameras;
 }
 
-CameraAnswer AskCamera(const FoundCamera& found)
+CameraAnswer AskFoundCamera(const FoundCamera& found)
 {
     CameraAnswer answer;
     Failure failure;

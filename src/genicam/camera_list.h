@@ -54,7 +54,7 @@ struct CameraAnswer {
     std::optional<StillPicture> picture;  // nullopt: no frame came, trouble says why
     std::string trouble;                  // a sentence; empty: none
 };
-CameraAnswer AskCamera(const FoundCamera& camera);
+CameraAnswer AskFoundCamera(const FoundCamera& camera);
 
 // "Kelvo Loopback, KELVO1, 127.0.0.1"
 std::string CameraLine(const FoundCamera& camera);

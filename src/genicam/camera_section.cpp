@@ -20,7 +20,7 @@ std::int32_t UpToUnit(std::int32_t side)
 
 std::int32_t SideForSection(std::int32_t side, std::int32_t step)
 {
-    const std::int32_t within = std::min(side, kLargestTimingSide);
+    const std::int32_t within = std::min(side, kLargestSectionSide);
     return within - within % std::max(step, 1);
 }
 

@@ -14,10 +14,10 @@
 
 namespace kelvo {
 
-// The largest side that the head's bytes can say, in units of 4.
-constexpr std::int32_t kLargestTimingSide = 1020;
+// The largest side of a section. The wire can't say one beyond 1020; the camera's head takes it from the section.
+constexpr std::int32_t kLargestSectionSide = 4096;
 
-// A frame's size as the section has it: the camera's, at most kLargestTimingSide, in the camera's own steps. 0 x 0 for
+// A frame's size as the section has it: the camera's, at most kLargestSectionSide, in the camera's own steps. 0 x 0 for
 // a camera without any.
 struct SectionSize {
     std::int32_t columns = 0;

@@ -290,12 +290,25 @@ constexpr BoardTable kGenicamBoard{
     .lost_by_transport = LostByTransport,
 };
 
+SharedCamera::SectionTiming TimingOfSection()
+{
+    constexpr std::int32_t kUnit = 4;  // of the wire
+    const auto number = [section = ActiveCameraSection()](const char* key, std::int32_t fallback) {
+        return GetPrivateProfileInt(section, key, fallback, CameraFilePath);
+    };
+    const auto side = [&number](const char* active, const char* extra) {
+        return std::clamp(number(active, 0) + number(extra, 0), 0, kLargestSide) / kUnit * kUnit;
+    };
+    const std::int32_t clockHz = number("QVF1058_MasterClockFrequency", kUsualClockHz);
+    return {.clockHz = static_cast<double>(clockHz > 0 ? clockHz : kUsualClockHz),
+            .rows = side("Vactive", "QVF1058_ExtraTimingRows"),
+            .columns = side("Hactive", "QVF1058_ExtraTimingCols")};
+}
+
 HeadLine MakeLine(const std::string& device, std::string& /*error*/)
 {
     cameras.ofHead = GenicamCamera(device);
-    const std::int32_t clockHz =
-        GetPrivateProfileInt(ActiveCameraSection(), "QVF1058_MasterClockFrequency", kUsualClockHz, CameraFilePath);
-    cameras.ofHead->SetHeadClock(clockHz > 0 ? clockHz : kUsualClockHz);
+    cameras.ofHead->SetSectionTiming(TimingOfSection());
     return LineToHead([camera = cameras.ofHead](const WireFrame& frame) { return camera->Answer(frame); });
 }
 

@@ -62,6 +62,31 @@ HeadRegisters FreshHead()
     return PowerUpHead(HeadModel::kInSb, kClockHz, kMostSide, kMostSide);
 }
 
+bool IsFrameSize(const WireFrame& frame)
+{
+    constexpr std::uint8_t kTimingRegister = 0x50;
+    constexpr std::uint8_t kSelectFrameSize = 1;
+    return frame[0] == kTimingRegister && frame[1] == kSelectFrameSize;
+}
+
+// The head was sent a frame size: the section's, as far as a byte can say it. The sentence where it is another.
+std::string TakeSectionSize(const SharedCamera::SectionTiming& section, HeadRegisters& head)
+{
+    constexpr std::int32_t kUnit = 4;
+    constexpr std::int32_t kByte = 256;
+    head.rowsBeyondByte = head.colsBeyondByte = 0;
+    if (section.rows == 0 || section.columns == 0) return {};
+    if (section.rows / kUnit % kByte == head.timingRows && section.columns / kUnit % kByte == head.timingCols) {
+        head.rowsBeyondByte = section.rows - kUnit * head.timingRows;
+        head.colsBeyondByte = section.columns - kUnit * head.timingCols;
+        return {};
+    }
+    return Format(
+        "The head was sent a frame of %d columns and %d rows where the camera's section has %d and %d: the "
+        "frame rate is reckoned from the former.",
+        ColumnsOfTiming(head), RowsOfTiming(head), section.columns, section.rows);
+}
+
 // A frame that can be read, and the board's name for it.
 struct Frame {
     FrameStamp stamp;
@@ -155,6 +180,7 @@ struct SharedCamera::State {
     std::mutex mutex;
     std::condition_variable changed;
     HeadRegisters head = FreshHead();
+    SectionTiming section;
     std::optional<CameraShape> shape;  // of the camera opened last
     CountRule counts;
     CameraSettings told;  // actual, for those who ask
@@ -545,10 +571,11 @@ void SharedCamera::SetSettings(const DeviceSettings& settings)
     }
 }
 
-void SharedCamera::SetHeadClock(double hz)
+void SharedCamera::SetSectionTiming(const SectionTiming& timing)
 {
     const std::scoped_lock lock(state_->mutex);
-    state_->head.clockHz = hz;
+    state_->section = timing;
+    state_->head.clockHz = timing.clockHz;
 }
 
 bool SharedCamera::Open(std::string& error)
@@ -611,7 +638,8 @@ std::vector<std::uint8_t> SharedCamera::Answer(const WireFrame& frame)
         const bool isNew = former == s.head.kept.end() || former->second != std::array{frame[2], frame[3]};
         TakeHeadFrame(s.head, frame);
         answer = HeadAnswer(s.head, frame);
-        const std::string sentence = isNew ? NoteOnKeptFrame(frame) : std::string();
+        std::string sentence = isNew ? NoteOnKeptFrame(frame) : std::string();
+        if (IsFrameSize(frame)) sentence = TakeSectionSize(s.section, s.head);
         if (!sentence.empty() && s.noted.insert(sentence).second) s.notes.push_back(sentence);
     }
     const std::scoped_lock cameraLock(s.cameraMutex);

@@ -30,9 +30,15 @@ class SharedCamera {
     // A camera that is open with other settings is opened again with these; a grab ends then.
     void SetSettings(const DeviceSettings& settings);
 
-    // The crystal that the head's registers divide: what the section that drives it says, since the wire can't. 48 MHz
-    // before the first call.
-    void SetHeadClock(double hz);
+    // What the section that drives the head says and the wire can't: the crystal that its registers divide, and the
+    // frame with blank rows and columns, multiples of 4. The wire has these in a byte each, at most 1020; where the
+    // byte agrees with a larger size, that one holds, otherwise the wire's does and the operator is told.
+    struct SectionTiming {
+        double clockHz = 48e6;
+        std::int32_t rows = 0;     // 0: the wire's
+        std::int32_t columns = 0;  // the same
+    };
+    void SetSectionTiming(const SectionTiming& timing);
 
     // True where the camera is open, or could be opened now; it blocks for that. False where it isn't there, or is lost
     // and being tried again.

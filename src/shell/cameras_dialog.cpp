@@ -150,7 +150,7 @@ void ShowChosen(HWND dialog)
         std::optional<CameraAnswer>& answer = shown.answers[place];
         if (!answer) {
             const Hourglass hourglass;
-            answer = AskCamera(shown.cameras[place]);
+            answer = AskFoundCamera(shown.cameras[place]);
         }
         SetDlgItemText(dialog, kCamerasText, CameraText(shown.cameras[place], *answer));
     } else {

@@ -270,8 +270,8 @@ std::vector<std::pair<std::string, double>> NamedRegisters(const HeadRegisters& 
     const auto delays = head.kept.find(kStartDelays);
     return {
         {"clock", head.clockIndex},
-        {"rows", 4 * head.timingRows},
-        {"columns", 4 * head.timingCols},
+        {"rows", RowsOfTiming(head)},
+        {"columns", ColumnsOfTiming(head)},
         {"integration_rows", head.integrationLines},
         {"integration_columns", head.integrationCols},
         {"delays", delays == head.kept.end() ? 0 : delays->second[1]},
@@ -292,6 +292,16 @@ std::vector<std::pair<std::string, double>> NamedRegisters(const HeadRegisters& 
     };
 }
 
+std::int32_t RowsOfTiming(const HeadRegisters& head)
+{
+    return 4 * head.timingRows + head.rowsBeyondByte;
+}
+
+std::int32_t ColumnsOfTiming(const HeadRegisters& head)
+{
+    return 4 * head.timingCols + head.colsBeyondByte;
+}
+
 double PixelClockHz(const HeadRegisters& head)
 {
     const double divided = head.clockHz / (2.0 * head.clockIndex + 2.0);
@@ -301,7 +311,7 @@ double PixelClockHz(const HeadRegisters& head)
 double FramePeriodSeconds(const HeadRegisters& head)
 {
     if (!head.clocksOn) return 0;
-    return 16.0 * head.timingRows * head.timingCols / PixelClockHz(head);
+    return static_cast<double>(RowsOfTiming(head)) * ColumnsOfTiming(head) / PixelClockHz(head);
 }
 
 double IntegrationSeconds(const HeadRegisters& head)
@@ -311,7 +321,7 @@ double IntegrationSeconds(const HeadRegisters& head)
     const double period = FramePeriodSeconds(head);
     if (head.model == HeadModel::kHgCdTe) return period / kHgCdTePartOfPeriod;
     const auto lines = static_cast<std::uint8_t>(head.integrationLines - kLineBias);
-    const double pixels = lines * 4.0 * head.timingCols + 4.0 * head.integrationCols;
+    const double pixels = static_cast<double>(lines) * ColumnsOfTiming(head) + 4.0 * head.integrationCols;
     return std::min(pixels / PixelClockHz(head), period);
 }
 

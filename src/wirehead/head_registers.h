@@ -36,9 +36,12 @@ struct HeadRegisters {
     double clockHz = 0;
     FocalPlaneWindow array;  // the whole array
 
-    std::uint8_t clockIndex = 63;       // m: pixel clock = clock / (2m + 2)
-    std::uint8_t timingRows = 0;        // in units of 4 lines
-    std::uint8_t timingCols = 0;        // in units of 4 pixels
+    std::uint8_t clockIndex = 63;  // m: pixel clock = clock / (2m + 2)
+    std::uint8_t timingRows = 0;   // in units of 4 lines
+    std::uint8_t timingCols = 0;   // in units of 4 pixels
+    // Of the frame what such a byte can't say, multiples of 1024 lines and pixels: for who knows them otherwise.
+    std::int32_t rowsBeyondByte = 0;
+    std::int32_t colsBeyondByte = 0;
     std::uint8_t integrationLines = 0;  // lines + 2
     std::uint8_t integrationCols = 0;   // in units of 4 pixels
     bool clocksOn = false;
@@ -77,6 +80,10 @@ bool TakeHeadRegistersText(HeadRegisters& head, std::string_view text);
 // window (detectors, inclusive), "detector_bias", "pedestal_bias", "column_gain", "test_mode", "flip_columns",
 // "flip_rows", "clocks_on", "biases_on".
 std::vector<std::pair<std::string, double>> NamedRegisters(const HeadRegisters& head);
+
+// The frame that the registers ask for, blank lines and pixels included; 0: none was sent.
+std::int32_t RowsOfTiming(const HeadRegisters& head);
+std::int32_t ColumnsOfTiming(const HeadRegisters& head);
 
 double PixelClockHz(const HeadRegisters& head);
 // 0 while no blank comes: the InSb head's clocks are off, or it was sent no frame size.

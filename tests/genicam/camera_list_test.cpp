@@ -54,7 +54,7 @@ TEST(CameraList, AsksACameraWhatItIs)
     ASSERT_EQ(camera.Error(), "");
     const auto found = Find("KTEST1");
     ASSERT_TRUE(found);
-    const CameraAnswer answer = AskCamera(*found);
+    const CameraAnswer answer = AskFoundCamera(*found);
     EXPECT_EQ(answer.trouble, "");
     ASSERT_TRUE(answer.offer);
     EXPECT_EQ(answer.offer->columns, 320);
@@ -86,7 +86,7 @@ TEST(CameraList, LeavesACameraToTheProgramThatHasIt)
     const std::unique_ptr<ArvCamera, Unref> other(arv_camera_new("127.0.0.1", &failure));
     ASSERT_TRUE(other) << failure->message;
     const FakeRegisters before = camera.Registers();
-    const CameraAnswer answer = AskCamera(*found);
+    const CameraAnswer answer = AskFoundCamera(*found);
     ASSERT_TRUE(answer.offer);
     EXPECT_EQ(answer.offer->columns, 320);
     EXPECT_FALSE(answer.picture);
@@ -118,7 +118,7 @@ TEST(CameraList, HasNoCameraThatIsSwitchedOff)
     EXPECT_FALSE(Find("KTEST1"));
     FoundCamera gone;
     gone.id = "127.0.0.1";
-    const CameraAnswer answer = AskCamera(gone);
+    const CameraAnswer answer = AskFoundCamera(gone);
     EXPECT_FALSE(answer.offer);
     EXPECT_THAT(answer.trouble, testing::StartsWith("It can't be opened: "));
 }

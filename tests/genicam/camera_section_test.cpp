@@ -117,11 +117,12 @@ TEST(UnityOffset, IsHalfTheCountRange)
     EXPECT_EQ(UnityOffsetOfBits(16), 16384);  // counts of 16 bits come shifted right by one
 }
 
-TEST(SizeForSection, IsTheCamerasWithinWhatTheBytesSay)
+TEST(SizeForSection, IsTheCamerasUpTo4096InItsOwnSteps)
 {
     EXPECT_EQ(SizeForSection(Frames(640, 512)), (SectionSize{640, 512}));
-    EXPECT_EQ(SizeForSection(Frames(2048, 1020)), (SectionSize{1020, 1020}));
-    EXPECT_EQ(SizeForSection(Frames(1280, 1024, 32, 8)), (SectionSize{992, 1016}));
+    EXPECT_EQ(SizeForSection(Frames(1280, 1024)), (SectionSize{1280, 1024}));
+    EXPECT_EQ(SizeForSection(Frames(5120, 4096)), (SectionSize{4096, 4096}));
+    EXPECT_EQ(SizeForSection(Frames(8192, 5120, 48, 7)), (SectionSize{4080, 4095}));
     EXPECT_EQ(SizeForSection({}), (SectionSize{0, 0}));
 }
 

@@ -20,6 +20,7 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 constexpr std::int64_t kSecondUs = 1'000'000;
 constexpr std::int64_t kSecondNs = 1'000'000'000;
@@ -154,12 +155,38 @@ TEST_F(Shared, FollowsTheHeadsRegisters)
 
 TEST_F(Shared, DividesTheClockOfTheSection)
 {
-    camera.SetHeadClock(8e6);
+    camera.SetSectionTiming({.clockHz = 8e6});
     camera.Answer(kIdentify);
     camera.Answer({0x50, 0, 0, 1});    // 8 MHz / 4
     camera.Answer({0x50, 1, 25, 50});  // 20,000 pixel clocks a frame
     camera.Answer(kClocksOn);
     EXPECT_DOUBLE_EQ(*camera.Report().rateHz, 100);
+}
+
+// 1280 x 1024 go over the wire as 64 and 0: 320 and 256 in a byte each.
+TEST_F(Shared, ReckonsWithTheSectionsFrameWhereItIsLargerThanTheWireCanSay)
+{
+    camera.SetSectionTiming({.clockHz = 1280 * 1024 * 100.0 * 2, .rows = 1024, .columns = 1280});
+    camera.Answer(kIdentify);
+    camera.Answer({0x50, 0, 0, 0});
+    camera.Answer({0x50, 1, 0, 64});
+    camera.Answer({0x50, 3, 102, 0});  // 100 lines
+    camera.Answer(kClocksOn);
+    EXPECT_DOUBLE_EQ(*camera.Report().rateHz, 100);
+    EXPECT_NEAR(*camera.Report().integrationMs, 10.0 * 100 / 1024, 1e-9);
+    EXPECT_THAT(camera.TakeNotes(), Not(Contains(HasSubstr("was sent a frame"))));
+}
+
+TEST_F(Shared, TellsOfAFrameSizeThatIsntTheSections)
+{
+    camera.SetSectionTiming({.clockHz = 8e6, .rows = 1024, .columns = 1280});
+    camera.Answer(kIdentify);
+    camera.Answer({0x50, 0, 0, 1});    // 8 MHz / 4
+    camera.Answer({0x50, 1, 25, 50});  // 20,000 pixel clocks a frame
+    camera.Answer(kClocksOn);
+    EXPECT_DOUBLE_EQ(*camera.Report().rateHz, 100);
+    EXPECT_THAT(camera.TakeNotes(), Contains(HasSubstr("200 columns and 100 rows where the camera's section has 1280 "
+                                                       "and 1024")));
 }
 
 TEST_F(Shared, TellsOfAFormatAndAPacketSizeThatTheCameraDidntTake)
