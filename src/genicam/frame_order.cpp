@@ -44,8 +44,8 @@ void ArrivalOrder::GiveOldest(std::vector<OrderedFrame>& ready)
     const auto oldest = waiting_.begin();
     lost_ += oldest->first - next_;
     next_ = oldest->first + 1;
-    if (oldest->second.buffer) {
-        ready.push_back({.number = oldest->first, .lostBefore = lost_, .buffer = *oldest->second.buffer});
+    if (const std::optional<std::size_t> buffer = oldest->second.buffer) {
+        ready.push_back({.number = oldest->first, .lostBefore = lost_, .buffer = *buffer});
     } else {
         ++lost_;
     }

@@ -438,14 +438,21 @@ struct SharedCamera::State {
         std::erase_if(old, isFree);
     }
 
+    bool TakeNext(std::int64_t limitUs)
+    {
+        std::optional<CameraBuffer> buffer = streaming->WaitForBuffer(limitUs);
+        if (!buffer) return false;
+        TakeBuffer(*std::move(buffer));
+        Publish(stream->order.TakeReady(SteadyUs()));
+        GiveBackOld();
+        return true;
+    }
+
     void TakeBuffers()
     {
-        std::optional<CameraBuffer> buffer = streaming->WaitForBuffer(kSliceUs);
-        while (buffer) {
-            TakeBuffer(std::move(*buffer));
-            Publish(stream->order.TakeReady(SteadyUs()));
-            GiveBackOld();
-            buffer = streaming->WaitForBuffer(0);
+        if (TakeNext(kSliceUs)) {
+            while (TakeNext(0)) {
+            }
         }
         Publish(stream->order.TakeReady(SteadyUs()));
         GiveBackOld();

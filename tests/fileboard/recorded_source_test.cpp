@@ -15,10 +15,12 @@ using testing::IsEmpty;
 
 class RecordedSourceFiles : public testing::Test {
   protected:
-    std::optional<RecordedSource> Open(const std::string& rule, double rateHz = 0)
+    // Null where it can't be, with the reason in error; there until the next one is opened.
+    RecordedSource* Open(const std::string& rule, double rateHz = 0)
     {
         error.clear();
-        return RecordedSource::Open(directory / rule, rateHz, true, error);
+        opened_ = RecordedSource::Open(directory / rule, rateHz, true, error);
+        return opened_ ? &*opened_ : nullptr;
     }
     // The first count of each frame.
     static std::vector<int> ValuesOf(RecordedSource& source)
@@ -34,6 +36,9 @@ class RecordedSourceFiles : public testing::Test {
 
     TempDirectory directory;
     std::string error;
+
+  private:
+    std::optional<RecordedSource> opened_;
 };
 
 std::string BigEndian(const std::vector<std::int16_t>& samples)
@@ -84,7 +89,7 @@ TEST_F(RecordedSourceFiles, EveryKindGivesItsFrames)
                                      TiffTag(273, 4, 122) + TiffTag(277, 3, 1) + TiffTag(278, 3, 2) +
                                      TiffTag(279, 4, 16) + Tiff32(0) + SampleBytes(FrameOfValue(7)));
     for (const char* name : {"a.seq", "a.img", "a.buf", "a.npy", "a.fits", "a.tif"}) {
-        std::optional<RecordedSource> source = Open(name);
+        RecordedSource* source = Open(name);
         ASSERT_TRUE(source) << error;
         EXPECT_EQ(source->Name(), name);
         EXPECT_EQ(source->Columns(), 4U) << name;
@@ -109,7 +114,7 @@ TEST_F(RecordedSourceFiles, GapsOfTheJournalAreFramesLost)
                 {.number = 17, .monotonicNs = 1'070'000'000, .passedOver = 3},
                 {.number = 19, .monotonicNs = 1'090'000'000}},
                kRawPixels);
-    std::optional<RecordedSource> source = Open("a.seq");
+    RecordedSource* source = Open("a.seq");
     ASSERT_TRUE(source) << error;
     EXPECT_THAT(source->Times().frames,
                 ElementsAre(PlayedFrame{0, 0}, PlayedFrame{3, 30'000}, PlayedFrame{4, 70'000}, PlayedFrame{6, 90'000}));
@@ -132,7 +137,7 @@ TEST_F(RecordedSourceFiles, ARuleNamesItsFilesInTheOrderOfTheirNumbers)
     EXPECT_THAT(FilesOfRule(directory / "fly_*"), IsEmpty());
     EXPECT_THAT(FilesOfRule(directory / "none/run_*"), IsEmpty());
 
-    std::optional<RecordedSource> source = Open("run_*.seq", 100);
+    RecordedSource* source = Open("run_*.seq", 100);
     ASSERT_TRUE(source) << error;
     EXPECT_EQ(source->Name(), "run_1.seq and 2 more");
     EXPECT_EQ(ValuesOf(*source), (std::vector<int>{1, 2, 3, 4, 5}));
@@ -147,7 +152,7 @@ TEST_F(RecordedSourceFiles, WhatIsLostBetweenTheFilesOfOneRunIsLostHereToo)
                {{.number = 1, .monotonicNs = 1'000'000}, {.number = 2, .monotonicNs = 11'000'000}}, kRawPixels);
     PutJournal(directory / "p_2.seq",
                {{.number = 4, .monotonicNs = 31'000'000, .flags = kFirstOfPart, .lostByBoard = 1}}, kRawPixels);
-    std::optional<RecordedSource> source = Open("p_*.seq");
+    RecordedSource* source = Open("p_*.seq");
     ASSERT_TRUE(source) << error;
     EXPECT_THAT(source->Times().frames, ElementsAre(PlayedFrame{0, 0}, PlayedFrame{1, 10'000}, PlayedFrame{3, 30'000}));
     // Alone, the second file has no frame before its first.
@@ -191,7 +196,7 @@ TEST_F(RecordedSourceFiles, WhatIsNoCameraIsRefusedWithItsName)
 TEST_F(RecordedSourceFiles, AFileThatIsCutMeanwhileGivesNoFrame)
 {
     PutRecording(directory / "a.seq", {1, 2, 3});
-    std::optional<RecordedSource> source = Open("a.seq");
+    RecordedSource* source = Open("a.seq");
     ASSERT_TRUE(source) << error;
     std::filesystem::resize_file(directory / "a.seq", std::filesystem::file_size(directory / "a.seq") - 20);
     std::vector<std::int16_t> counts(8);

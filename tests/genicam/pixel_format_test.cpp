@@ -101,9 +101,10 @@ std::vector<std::uint8_t> Packed(const PixelFormat& format, const std::vector<st
 
 TEST(Unpacking, GivesBackWhatWasPackedBitByBit)
 {
+    constexpr std::size_t kLengths[] = {1, 2, 7, 8, 9, 15, 16, 17, 31, 33, 63, 64, 65, 1001, 4095, 4096, 4097, 8200};
     std::mt19937 random(15);
     for (const PixelFormat& format : KnownPixelFormats()) {
-        for (const std::size_t pixels : {1, 2, 7, 8, 9, 15, 16, 17, 31, 33, 63, 64, 65, 1001, 4095, 4096, 4097, 8200}) {
+        for (const std::size_t pixels : kLengths) {
             std::vector<std::uint16_t> samples(pixels);
             for (std::uint16_t& sample : samples) {
                 sample = static_cast<std::uint16_t>(random() & ((1U << format.bits) - 1U));

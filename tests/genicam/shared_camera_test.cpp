@@ -20,7 +20,6 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::SizeIs;
 
 constexpr std::int64_t kSecondUs = 1'000'000;
 constexpr std::int64_t kSecondNs = 1'000'000'000;
@@ -114,7 +113,7 @@ TEST_F(Shared, TheLastFrameStandsBehindAFreeze)
 
 TEST_F(Shared, ANewGrabCountsFromOne)
 {
-    for (const std::uint64_t first : {1, 300}) {
+    for (const std::uint64_t first : {1UL, 300UL}) {
         ASSERT_TRUE(camera.BeginGrab(SharedCamera::Trigger::kNone));
         EXPECT_EQ(camera.FrameCount(), 0);
         script->Send(first, 2);

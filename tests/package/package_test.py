@@ -79,7 +79,8 @@ class Package(unittest.TestCase):
         fields = dict(line.split(": ", 1) for line in self.told("dpkg-deb", "-f", self.package).splitlines() if re.match(r"[A-Z][\w-]*: ", line))
         self.assertEqual(fields["Package"], "kelvo")
         self.assertEqual(fields["Version"], self.told("kelvo", "--version").split()[1] + "-1")
-        for needed in ("libc6", "libqt6widgets6", "libqt6svg6", "liblua5.4-0", "libhwy1", "libtiff6", "fonts-dejavu-core"):
+        for needed in ("libc6", "libqt6widgets6", "libqt6svg6", "liblua5.4-0", "libhwy1", "libtiff6", "libaravis-0.8-0", "libarchive13", "libsystemd0",
+                       "fonts-dejavu-core"):
             self.assertRegex(fields["Depends"], rf"(^|, ){re.escape(needed)}\b")
         self.assertEqual(fields["Recommends"], "qt6-wayland")
 
