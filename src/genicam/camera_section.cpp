@@ -42,7 +42,8 @@ ClockSpan SpanRates(SectionSize size, const NumberRange& ratesHz)
     // stands for. So the larger the first divider, the finer the steps and the smaller the span.
     const std::int64_t pixels = TimingPixels(size);
     const double wanted = std::floor(static_cast<double>(pixels) * ratesHz.most);
-    const auto pixelClock = static_cast<std::int64_t>(std::min(wanted, static_cast<double>(kLargestFrequency / 2)));
+    constexpr std::int64_t kLargestPixelClock = kLargestFrequency / 2;
+    const auto pixelClock = static_cast<std::int64_t>(std::min(wanted, static_cast<double>(kLargestPixelClock)));
     const double highest = static_cast<double>(pixelClock) / static_cast<double>(pixels);
     const double widestRatio = kClockIndexes;
     const double ratio = ratesHz.least > 0 ? std::clamp(highest / ratesHz.least, 1.0, widestRatio) : widestRatio;
@@ -62,7 +63,8 @@ ClockSpan SpanRates(SectionSize size, const NumberRange& ratesHz)
 double RateOfRow(const ClockSpan& span, SectionSize size, std::int32_t row)
 {
     const std::int32_t divider = 2 * (span.minIndex + row) + 2;
-    return static_cast<double>(span.frequencyHz / divider) / static_cast<double>(TimingPixels(size));
+    const std::int32_t pixelClock = span.frequencyHz / divider;  // in whole Hz, as the head has it
+    return static_cast<double>(pixelClock) / static_cast<double>(TimingPixels(size));
 }
 
 std::int32_t RowOfRate(const ClockSpan& span, SectionSize size, double rateHz)

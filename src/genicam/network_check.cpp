@@ -68,7 +68,7 @@ std::vector<std::string> WhatTheNetworkLacks(const NetworkFigures& figures, std:
     // The system's own book-keeping takes up to as much again as the packets themselves.
     const std::int64_t wanted = 2 * frameBytes;
     if (figures.receiveBufferMax > 0 && figures.receiveBufferMax < wanted) {
-        constexpr std::int64_t kMegabyte = 1024 * 1024;
+        constexpr std::int64_t kMegabyte = std::int64_t{1024} * 1024;
         const std::int64_t rounded = (wanted + kMegabyte - 1) / kMegabyte * kMegabyte;
         lacks.push_back(
             Format("The receive buffer may have at most %lld bytes, less than two frames of %lld bytes. Let it have "

@@ -1,5 +1,6 @@
 #include "genicam/camera_list.h"
 
+#include "genicam/address_hold.h"
 #include "genicam/aravis_camera.h"
 #include "support/fake_camera.h"
 #include "support/shipped_file.h"
@@ -115,6 +116,8 @@ TEST(CameraList, HasNoCameraThatIsSwitchedOff)
         ASSERT_EQ(camera.Error(), "");
         ASSERT_TRUE(Find("KTEST1"));
     }
+    const AddressHold nobodysElse;
+    ASSERT_TRUE(nobodysElse.Holds());
     EXPECT_FALSE(Find("KTEST1"));
     FoundCamera gone;
     gone.id = "127.0.0.1";

@@ -1,17 +1,15 @@
 // The way of a real camera's frames, on the loopback: Aravis's own fake camera at one end, the board at the other.
+#include "genicam/address_hold.h"
 #include "genicam/aravis_camera.h"
 #include "genicam/genicam_camera.h"
 #include "genicam/shared_camera.h"
 
 #include <arv.h>
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <sys/file.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstring>
-#include <filesystem>
+#include <functional>
 #include <thread>
 
 namespace kelvo {
@@ -51,25 +49,6 @@ bool Comes(const std::function<bool()>& that, int seconds = 30)
     }
     return false;
 }
-
-// The loopback's address, which there is once on a machine: tests in other processes wait for their turn.
-class AddressHold {
-  public:
-    AddressHold()
-    {
-        const auto path = std::filesystem::temp_directory_path() / "kelvo-fake-camera-127.0.0.1.lock";
-        file_ = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-        holds_ = Comes([this] { return flock(file_, LOCK_EX | LOCK_NB) == 0; }, 200);
-    }
-    ~AddressHold() { close(file_); }
-    AddressHold(const AddressHold&) = delete;
-    AddressHold& operator=(const AddressHold&) = delete;
-    bool Holds() const { return holds_; }
-
-  private:
-    int file_ = -1;
-    bool holds_ = false;
-};
 
 class FakeCamera {
   public:
