@@ -41,12 +41,12 @@ std::shared_ptr<SimCamera> OpenProgrammed(const std::string& path)
         return nullptr;
     }
     for (const WireFrame& frame : {WireFrame{0x50, 0, 0, 2},
-                                  {0x50, 1, 128, 160},
-                                  {0x50, 3, 252, 160},
-                                  {0x80, 3, 0, 0},
-                                  {0x90, 0x30, 0, 0},
-                                  {0x60, 2, 0x01, 0xE6},
-                                  {0x60, 4, 0x80, 63}}) {
+                                   {0x50, 1, 128, 160},
+                                   {0x50, 3, 252, 160},
+                                   {0x80, 3, 0, 0},
+                                   {0x90, 0x30, 0, 0},
+                                   {0x60, 2, 0x01, 0xE6},
+                                   {0x60, 4, 0x80, 63}}) {
         AnswerSimFrame(*camera, frame);
     }
     return camera;
