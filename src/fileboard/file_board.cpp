@@ -262,11 +262,6 @@ std::vector<std::string> TakeNotes(BoardModule /*module*/)
     return notes;
 }
 
-// What has no effect on a recorded picture.
-void IgnoreModule(BoardModule /*module*/) {}
-void IgnoreSetting(BoardModule /*module*/, std::int32_t /*value*/) {}
-void IgnoreValue(std::int32_t /*value*/) {}
-
 constexpr BoardTable kFileBoard{
     .name = "file",
     .load_cnf = LoadCnf,
@@ -274,24 +269,15 @@ constexpr BoardTable kFileBoard{
     .get_modcnf = GetModcnf,
     .delete_all_frames = DeleteAllFrames,
     .get_slot0 = GetSlot0,
-    .lin_lut = IgnoreModule,
     .create_frame = CreateFrame,
     .frame_attrib = FrameAttrib,
     .set_timeout = SetTimeout,
-    .bm_mode = IgnoreSetting,
-    .bm_ilace = IgnoreSetting,
-    .put_bm_firstf_start = IgnoreSetting,
-    .err_level = IgnoreValue,
     .grab = Grab,
     .freeze = FreezeGrab,
     .wait_vb = WaitVb,
     .read_area = ReadArea,
     .trig_snap = TrigSnap,
     .wait_trig = WaitTrig,
-    .trigen = IgnoreSetting,
-    .exsen = IgnoreSetting,
-    .exsyncp = IgnoreSetting,
-    .os_set_realtime_priority = IgnoreValue,
     .exit = Exit,
     .frame_count = FrameCount,
     .next_frame = NextFrame,

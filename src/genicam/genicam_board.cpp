@@ -252,11 +252,6 @@ std::vector<std::string> TakeNotes(BoardModule /*module*/)
     return notes;
 }
 
-// What a camera on a network has no use for.
-void IgnoreModule(BoardModule /*module*/) {}
-void IgnoreSetting(BoardModule /*module*/, std::int32_t /*value*/) {}
-void IgnoreValue(std::int32_t /*value*/) {}
-
 constexpr BoardTable kGenicamBoard{
     .name = "genicam",
     .load_cnf = LoadCnf,
@@ -264,14 +259,9 @@ constexpr BoardTable kGenicamBoard{
     .get_modcnf = GetModcnf,
     .delete_all_frames = DeleteAllFrames,
     .get_slot0 = GetSlot0,
-    .lin_lut = IgnoreModule,
     .create_frame = CreateFrame,
     .frame_attrib = FrameAttrib,
     .set_timeout = SetTimeout,
-    .bm_mode = IgnoreSetting,
-    .bm_ilace = IgnoreSetting,
-    .put_bm_firstf_start = IgnoreSetting,
-    .err_level = IgnoreValue,
     .grab = Grab,
     .freeze = FreezeGrab,
     .wait_vb = WaitVb,
@@ -279,9 +269,6 @@ constexpr BoardTable kGenicamBoard{
     .trig_snap = TrigSnap,
     .wait_trig = WaitTrig,
     .trigen = Trigen,
-    .exsen = IgnoreSetting,
-    .exsyncp = IgnoreSetting,
-    .os_set_realtime_priority = IgnoreValue,
     .exit = Exit,
     .frame_count = FrameCount,
     .next_frame = NextFrame,

@@ -58,7 +58,7 @@ template <auto operation, typename... Arguments>
 void Tell(Arguments&&... arguments)
 {
     const BoardTable* const board = Board();
-    if (!board) return;
+    if (!board || !(board->*operation)) return;
     if (!carrier || ownsBoard) return (board->*operation)(std::forward<Arguments>(arguments)...);
     carrier([&] { (board->*operation)(std::forward<Arguments>(arguments)...); });
 }

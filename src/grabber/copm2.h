@@ -56,34 +56,35 @@ struct CameraReport {
     std::string counts;    // what was done to make signed counts of 16 bits ("shifted right by 1"); empty: nothing
 };
 
+// What a board can do. One that is null it can't: what asks has a failure for an answer, what sets has no effect.
 struct BoardTable {
     std::string_view name;
-    std::int32_t (*load_cnf)(const std::string& path);
-    std::int32_t (*init_sys)(std::int32_t flags);
-    BoardModule (*get_modcnf)(BoardModule parent, std::string_view name, std::int32_t kind);
-    void (*delete_all_frames)(BoardModule module);
-    BoardModule (*get_slot0)(BoardModule module);
-    void (*lin_lut)(BoardModule acquisition);
+    std::int32_t (*load_cnf)(const std::string& path) = nullptr;
+    std::int32_t (*init_sys)(std::int32_t flags) = nullptr;
+    BoardModule (*get_modcnf)(BoardModule parent, std::string_view name, std::int32_t kind) = nullptr;
+    void (*delete_all_frames)(BoardModule module) = nullptr;
+    BoardModule (*get_slot0)(BoardModule module) = nullptr;
+    void (*lin_lut)(BoardModule acquisition) = nullptr;
     BoardFrame (*create_frame)(BoardModule module, std::int32_t pitch, std::int32_t rows, std::int32_t bits,
-                               std::int32_t flags);
-    std::int32_t (*frame_attrib)(BoardModule module, BoardFrame frame, BoardFrameAttributes& attributes);
-    void (*set_timeout)(BoardModule module, std::int32_t hundredthsOfASecond);
-    void (*bm_mode)(BoardModule module, std::int32_t on);
-    void (*bm_ilace)(BoardModule module, std::int32_t on);
-    void (*put_bm_firstf_start)(BoardModule module, std::int32_t field);
-    void (*err_level)(std::int32_t level);
-    std::int32_t (*grab)(BoardModule module, BoardFrame frame);
-    void (*freeze)(BoardModule module, BoardFrame frame);
-    std::int32_t (*wait_vb)(BoardModule module, BoardFrame frame);
+                               std::int32_t flags) = nullptr;
+    std::int32_t (*frame_attrib)(BoardModule module, BoardFrame frame, BoardFrameAttributes& attributes) = nullptr;
+    void (*set_timeout)(BoardModule module, std::int32_t hundredthsOfASecond) = nullptr;
+    void (*bm_mode)(BoardModule module, std::int32_t on) = nullptr;
+    void (*bm_ilace)(BoardModule module, std::int32_t on) = nullptr;
+    void (*put_bm_firstf_start)(BoardModule module, std::int32_t field) = nullptr;
+    void (*err_level)(std::int32_t level) = nullptr;
+    std::int32_t (*grab)(BoardModule module, BoardFrame frame) = nullptr;
+    void (*freeze)(BoardModule module, BoardFrame frame) = nullptr;
+    std::int32_t (*wait_vb)(BoardModule module, BoardFrame frame) = nullptr;
     std::int32_t (*read_area)(BoardModule module, BoardFrame frame, std::int32_t x, std::int32_t y, std::int32_t width,
-                              std::int32_t height, std::span<std::int16_t> buffer);
-    std::int32_t (*trig_snap)(BoardModule module, BoardFrame frame);
-    std::int32_t (*wait_trig)(BoardModule module, BoardFrame frame, std::int32_t timeout);
-    void (*trigen)(BoardModule acquisition, std::int32_t on);
-    void (*exsen)(BoardModule acquisition, std::int32_t source);
-    void (*exsyncp)(BoardModule acquisition, std::int32_t level);
-    void (*os_set_realtime_priority)(std::int32_t on);
-    void (*exit)(std::int32_t flags);
+                              std::int32_t height, std::span<std::int16_t> buffer) = nullptr;
+    std::int32_t (*trig_snap)(BoardModule module, BoardFrame frame) = nullptr;
+    std::int32_t (*wait_trig)(BoardModule module, BoardFrame frame, std::int32_t timeout) = nullptr;
+    void (*trigen)(BoardModule acquisition, std::int32_t on) = nullptr;
+    void (*exsen)(BoardModule acquisition, std::int32_t source) = nullptr;
+    void (*exsyncp)(BoardModule acquisition, std::int32_t level) = nullptr;
+    void (*os_set_realtime_priority)(std::int32_t on) = nullptr;
+    void (*exit)(std::int32_t flags) = nullptr;
     std::int64_t (*frame_count)(BoardModule module) = nullptr;  // null: the board doesn't count
     std::int32_t (*next_frame)(BoardModule module, BoardFrame frame, std::int64_t after, std::int64_t limitUs,
                                std::int32_t width, std::int32_t height, std::span<std::int16_t> buffer,

@@ -397,11 +397,6 @@ std::int64_t FrameCount(BoardModule /*module*/)
     return FramesGrabbed();
 }
 
-// What has no effect on a simulated picture.
-void IgnoreModule(BoardModule /*module*/) {}
-void IgnoreSetting(BoardModule /*module*/, std::int32_t /*value*/) {}
-void IgnoreValue(std::int32_t /*value*/) {}
-
 constexpr BoardTable kSimulatedBoard{
     .name = "sim",
     .load_cnf = LoadCnf,
@@ -409,14 +404,9 @@ constexpr BoardTable kSimulatedBoard{
     .get_modcnf = GetModcnf,
     .delete_all_frames = DeleteAllFrames,
     .get_slot0 = GetSlot0,
-    .lin_lut = IgnoreModule,
     .create_frame = CreateFrame,
     .frame_attrib = FrameAttrib,
     .set_timeout = SetTimeout,
-    .bm_mode = IgnoreSetting,
-    .bm_ilace = IgnoreSetting,
-    .put_bm_firstf_start = IgnoreSetting,
-    .err_level = IgnoreValue,
     .grab = Grab,
     .freeze = FreezeGrab,
     .wait_vb = WaitVb,
@@ -426,7 +416,6 @@ constexpr BoardTable kSimulatedBoard{
     .trigen = Trigen,
     .exsen = Exsen,
     .exsyncp = Exsyncp,
-    .os_set_realtime_priority = IgnoreValue,
     .exit = Exit,
     .frame_count = FrameCount,
     .next_frame = NextFrame,
