@@ -2,6 +2,7 @@
 
 #include "acquire/averaging.h"
 #include "head/camera_head.h"
+#include "head/camera_report.h"
 #include "head/head_frames.h"
 #include "pixel/decommutation.h"
 #include "platform/clock.h"
@@ -165,15 +166,19 @@ std::string SourceName(std::string_view source, float temperature)
 
 std::vector<std::pair<std::string, std::string>> FactsOfRun(std::uint32_t frameCount)
 {
-    return {{"Date", DateNow()},
-            {"Camera", ActiveConfig.Description + " (" + ActiveCameraSection() + ")"},
-            {"Serial word", SerialWordText()},
-            {"Frame rate", Format("%.2f Hz", static_cast<double>(FrameRate))},
-            {"Integration time", Format("%.4f ms", IntegrationMsecInForce)},
-            {"Gain, offset", Format("%d, %d", VideoGain[0], VideoOffset[0])},
-            {"Window", WindowText()},
-            {"Number of frames", std::to_string(frameCount)},
-            {"Program", "Kelvo " KELVO_VERSION}};
+    std::vector<std::pair<std::string, std::string>> facts = {
+        {"Date", DateNow()},
+        {"Camera", ActiveConfig.Description + " (" + ActiveCameraSection() + ")"},
+        {"Serial word", SerialWordText()},
+        {"Frame rate", Format("%.2f Hz", static_cast<double>(FrameRate))},
+        {"Integration time", Format("%.4f ms", IntegrationMsecInForce)},
+        {"Gain, offset", Format("%d, %d", VideoGain[0], VideoOffset[0])},
+        {"Window", WindowText()},
+        {"Number of frames", std::to_string(frameCount)},
+        {"Program", "Kelvo " KELVO_VERSION}};
+    const std::string& counts = CurrentCameraReport().counts;
+    if (!counts.empty()) facts.insert(facts.end() - 1, {"Counts", counts});
+    return facts;
 }
 
 std::pair<std::string, std::string> NoiseFact(double noise, double response)

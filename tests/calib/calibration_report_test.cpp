@@ -3,9 +3,12 @@
 
 #include "calib/report_dialog.h"
 #include "calib/report_file.h"
+#include "grabber/copm2.h"
+#include "head/camera_report.h"
 #include "platform/dialog.h"
 #include "platform/help.h"
 #include "platform/paint.h"
+#include "platform/profile.h"
 #include "platform/window.h"
 #include "resources/help_contexts.h"
 #include "state/camera_config.h"
@@ -19,6 +22,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <string>
+#include <utility>
 
 namespace kelvo {
 namespace {
@@ -96,6 +101,38 @@ TEST(ReportFacts, StandBehindTheTitle)
     EXPECT_THAT(ReportText(report), testing::StartsWith("1 Point Update\n/somewhere/warm.cal\n"
                                                         "Date                  2024-01-01 12:00:00\n"
                                                         "Integration time      19.4000 ms\n\nResidual"));
+}
+
+CameraReport ShiftedCounts(BoardModule /*module*/)
+{
+    CameraReport report;
+    report.counts = "shifted right by 1";
+    return report;
+}
+
+class ReportOfCamera : public CalibrationTest {
+  protected:
+    void SetUp() override
+    {
+        CalibrationTest::SetUp();
+        static constexpr BoardTable kTelling{.name = "telling", .report = ShiftedCounts};
+        WritePrivateProfileString("Board", "Board", "telling", DefaultDir + "/platform.ini");
+        RegisterBoard(kTelling);
+    }
+};
+
+TEST_F(ReportOfCamera, TellsWhatWasDoneToTheCounts)
+{
+    const auto counts = [] {
+        const auto facts = FactsOfRun(30);
+        const auto found = std::ranges::find(facts, "Counts", &std::pair<std::string, std::string>::first);
+        return found == facts.end() ? std::string() : found->second;
+    };
+    EXPECT_EQ(counts(), "") << "nothing is told yet";
+    AskCamera();
+    EXPECT_EQ(counts(), "shifted right by 1");
+    ForgetCameraReport();
+    EXPECT_EQ(counts(), "");
 }
 
 // --- The map --------------------------------------------------------------------------------------------------------
