@@ -1,6 +1,7 @@
 #include "genicam/aravis_camera.h"
 
 #include "genicam/camera_list.h"
+#include "genicam/glib_handles.h"
 #include "platform/text.h"
 
 #include <arv.h>
@@ -13,31 +14,6 @@
 namespace kelvo {
 
 namespace {
-
-struct Unref {
-    void operator()(void* object) const { g_object_unref(object); }
-};
-template <typename Object>
-using Reference = std::unique_ptr<Object, Unref>;
-
-// The library's reason for a failure, taken apart and forgotten.
-class Failure {
-  public:
-    Failure() = default;
-    ~Failure() { g_clear_error(&error_); }
-    Failure(const Failure&) = delete;
-    Failure& operator=(const Failure&) = delete;
-    GError** Place()
-    {
-        g_clear_error(&error_);
-        return &error_;
-    }
-    explicit operator bool() const { return error_ != nullptr; }
-    std::string Text() const { return error_ ? std::string(error_->message) : std::string(); }
-
-  private:
-    GError* error_ = nullptr;
-};
 
 bool HasFeature(ArvDevice* device, const std::string& name)
 {
@@ -144,7 +120,7 @@ FeatureAccess AccessTo(ArvDevice* device)
 
 class AravisCamera final : public CameraDevice {
   public:
-    explicit AravisCamera(Reference<ArvCamera> camera)
+    explicit AravisCamera(ObjectHold<ArvCamera> camera)
         : camera_(std::move(camera)), device_(arv_camera_get_device(camera_.get())), features_(AccessTo(device_))
     {
         control_ = g_signal_connect(device_, "control-lost", G_CALLBACK(NoteControlLost), &controlIsLost_);
@@ -220,7 +196,7 @@ class AravisCamera final : public CameraDevice {
                                       : arv_stream_try_pop_buffer(stream_.get());
         if (!buffer) return std::nullopt;
         CameraBuffer taken;
-        taken.keeper = std::shared_ptr<void>(buffer, Unref());
+        taken.keeper = std::shared_ptr<void>(buffer, ReleaseObject());
         std::size_t bytes = 0;
         const auto* const data = static_cast<const std::uint8_t*>(arv_buffer_get_data(buffer, &bytes));
         taken.bytes = {data, data ? bytes : 0};
@@ -308,14 +284,14 @@ class AravisCamera final : public CameraDevice {
     }
 
     std::atomic<bool> controlIsLost_ = false;
-    Reference<ArvCamera> camera_;
+    ObjectHold<ArvCamera> camera_;
     ArvDevice* device_;  // the camera's
     gulong control_ = 0;
     FeatureAccess features_;
     bool isGigE_ = false;
     std::int32_t buffers_ = 0;
     CameraShape shape_;
-    Reference<ArvStream> stream_;
+    ObjectHold<ArvStream> stream_;
 };
 
 // The library opens by its own names and by addresses, which it knows without a search. A serial number has to be
@@ -337,7 +313,7 @@ std::unique_ptr<CameraDevice> OpenAravisCamera(const std::string& device, const 
 {
     Failure failure;
     const std::string name = NameOfSerial(device);
-    Reference<ArvCamera> camera(arv_camera_new(name.empty() ? nullptr : name.c_str(), failure.Place()));
+    ObjectHold<ArvCamera> camera(arv_camera_new(name.empty() ? nullptr : name.c_str(), failure.Place()));
     if (!camera) {
         error = device.empty() ? "No camera was found." : "No camera " + device + " was found.";
         if (failure) error += ' ' + failure.Text();

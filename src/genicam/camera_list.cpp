@@ -1,5 +1,6 @@
 #include "genicam/camera_list.h"
 
+#include "genicam/glib_handles.h"
 #include "genicam/pixel_format.h"
 #include "platform/text.h"
 
@@ -14,31 +15,6 @@
 namespace kelvo {
 
 namespace {
-
-struct Unref {
-    void operator()(void* object) const { g_object_unref(object); }
-};
-template <typename Object>
-using Held = std::unique_ptr<Object, Unref>;
-
-// What a call of Aravis failed with; each question has one of its own.
-class Failure {
-  public:
-    Failure() = default;
-    Failure(const Failure&) = delete;
-    Failure& operator=(const Failure&) = delete;
-    ~Failure() { g_clear_error(&error_); }
-    GError** Out()
-    {
-        g_clear_error(&error_);
-        return &error_;
-    }
-    explicit operator bool() const { return error_ != nullptr; }
-    std::string Text() const { return error_ ? error_->message : ""; }
-
-  private:
-    GError* error_ = nullptr;
-};
 
 std::string TextOf(const char* text)
 {
@@ -68,7 +44,7 @@ std::optional<NumberRange> Bounds(ArvCamera* camera,
 {
     Failure failure;
     NumberRange range;
-    ask(camera, &range.least, &range.most, failure.Out());
+    ask(camera, &range.least, &range.most, failure.Place());
     const bool sensible = !failure && range.least >= 0 && range.most > 0 && range.least <= range.most;
     return sensible ? std::optional(range) : std::nullopt;
 }
@@ -76,7 +52,7 @@ std::optional<NumberRange> Bounds(ArvCamera* camera,
 std::optional<double> Number(ArvCamera* camera, double (*ask)(ArvCamera* camera, GError** error))
 {
     Failure failure;
-    const double number = ask(camera, failure.Out());
+    const double number = ask(camera, failure.Place());
     return !failure && number > 0 ? std::optional(number) : std::nullopt;
 }
 
@@ -87,30 +63,30 @@ void AskSize(ArvCamera* camera, CameraOffer& offer)
     gint least = 0;
     gint width = 0;
     gint height = 0;
-    arv_camera_get_width_bounds(camera, &least, &width, failure.Out());
+    arv_camera_get_width_bounds(camera, &least, &width, failure.Place());
     const bool widthTold = !failure;
-    arv_camera_get_height_bounds(camera, &least, &height, failure.Out());
+    arv_camera_get_height_bounds(camera, &least, &height, failure.Place());
     if (!widthTold || failure) {
         gint x = 0;
         gint y = 0;
-        arv_camera_get_region(camera, &x, &y, &width, &height, failure.Out());
+        arv_camera_get_region(camera, &x, &y, &width, &height, failure.Place());
         if (failure) return;
     }
     offer.columns = width;
     offer.rows = height;
-    const gint columnStep = arv_camera_get_width_increment(camera, failure.Out());
+    const gint columnStep = arv_camera_get_width_increment(camera, failure.Place());
     if (!failure) offer.columnStep = std::max(columnStep, 1);
-    const gint rowStep = arv_camera_get_height_increment(camera, failure.Out());
+    const gint rowStep = arv_camera_get_height_increment(camera, failure.Place());
     if (!failure) offer.rowStep = std::max(rowStep, 1);
 }
 
 void AskFormats(ArvCamera* camera, CameraOffer& offer)
 {
     Failure failure;
-    offer.format = TextOf(arv_camera_get_pixel_format_as_string(camera, failure.Out()));
+    offer.format = TextOf(arv_camera_get_pixel_format_as_string(camera, failure.Place()));
     guint count = 0;
     const std::unique_ptr<const char*, decltype(&g_free)> names(
-        arv_camera_dup_available_pixel_formats_as_strings(camera, &count, failure.Out()), g_free);
+        arv_camera_dup_available_pixel_formats_as_strings(camera, &count, failure.Place()), g_free);
     if (failure || !names) return;
     const std::span<const char* const> offered(names.get(), count);
     for (const PixelFormat& format : KnownPixelFormats()) {
@@ -128,7 +104,7 @@ CameraOffer Ask(ArvCamera* camera)
     offer.exposuresUs = Bounds(camera, arv_camera_get_exposure_time_bounds);
     offer.exposureUs = Number(camera, arv_camera_get_exposure_time);
     Failure failure;
-    offer.frameBytes = arv_camera_get_payload(camera, failure.Out());
+    offer.frameBytes = arv_camera_get_payload(camera, failure.Place());
     if (failure) offer.frameBytes = 0;
     return offer;
 }
@@ -146,10 +122,10 @@ std::optional<StillPicture> TakePicture(ArvCamera* camera, std::string& trouble)
     constexpr std::uint64_t kLongestWaitUs = 3000000;
     Failure failure;
     Failure ignored;
-    const ArvAcquisitionMode mode = arv_camera_get_acquisition_mode(camera, ignored.Out());
+    const ArvAcquisitionMode mode = arv_camera_get_acquisition_mode(camera, ignored.Place());
     const bool modeTold = !ignored;
-    const Held<ArvBuffer> buffer(arv_camera_acquisition(camera, kLongestWaitUs, failure.Out()));
-    if (modeTold) arv_camera_set_acquisition_mode(camera, mode, ignored.Out());
+    const ObjectHold<ArvBuffer> buffer(arv_camera_acquisition(camera, kLongestWaitUs, failure.Place()));
+    if (modeTold) arv_camera_set_acquisition_mode(camera, mode, ignored.Place());
     if (!buffer) {
         trouble = "No picture came: " +
                   (failure ? failure.Text() : std::string("the camera sent none; does it wait for a trigger?"));
@@ -193,7 +169,7 @@ CameraAnswer AskFoundCamera(const FoundCamera& found)
 {
     CameraAnswer answer;
     Failure failure;
-    const Held<ArvCamera> camera(arv_camera_new(found.id.c_str(), failure.Out()));
+    const ObjectHold<ArvCamera> camera(arv_camera_new(found.id.c_str(), failure.Place()));
     if (!camera) {
         answer.trouble = "It can't be opened: " + failure.Text();
         return answer;

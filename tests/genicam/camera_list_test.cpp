@@ -2,6 +2,7 @@
 
 #include "genicam/address_hold.h"
 #include "genicam/aravis_camera.h"
+#include "genicam/glib_handles.h"
 #include "support/fake_camera.h"
 #include "support/shipped_file.h"
 
@@ -72,10 +73,6 @@ TEST(CameraList, AsksACameraWhatItIs)
     EXPECT_EQ(answer.picture->rows, 256);
 }
 
-struct Unref {
-    void operator()(void* object) const { g_object_unref(object); }
-};
-
 // What it is can be read all the same; a frame can't be had, and who has the camera keeps it.
 TEST(CameraList, LeavesACameraToTheProgramThatHasIt)
 {
@@ -84,7 +81,7 @@ TEST(CameraList, LeavesACameraToTheProgramThatHasIt)
     const auto found = Find("KTEST1");
     ASSERT_TRUE(found);
     GError* failure = nullptr;
-    const std::unique_ptr<ArvCamera, Unref> other(arv_camera_new("127.0.0.1", &failure));
+    const ObjectHold<ArvCamera> other(arv_camera_new("127.0.0.1", &failure));
     ASSERT_TRUE(other) << failure->message;
     const FakeRegisters before = camera.Registers();
     const CameraAnswer answer = AskFoundCamera(*found);

@@ -1,5 +1,6 @@
 #include "support/fake_camera.h"
 
+#include "genicam/glib_handles.h"
 #include "support/shipped_file.h"
 #include "support/temp_directory.h"
 
@@ -80,10 +81,6 @@ FakeCameraSetup LoopbackSetup()
             .frontFile = {}};
 }
 
-struct Unref {
-    void operator()(void* object) const { g_object_unref(object); }
-};
-
 // Each format's first frame is the detector's, bit for bit.
 TEST(FakeCameraOnLoopback, SendsWhatItsDetectorSees)
 {
@@ -96,9 +93,9 @@ TEST(FakeCameraOnLoopback, SendsWhatItsDetectorSees)
         ASSERT_EQ(camera.Error(), "");
         camera.Put(FakeFront::kHigh);
         GError* failure = nullptr;
-        const std::unique_ptr<ArvCamera, Unref> client(arv_camera_new("127.0.0.1", &failure));
+        const ObjectHold<ArvCamera> client(arv_camera_new("127.0.0.1", &failure));
         ASSERT_TRUE(client) << failure->message;
-        const std::unique_ptr<ArvBuffer, Unref> buffer(arv_camera_acquisition(client.get(), 3000000, &failure));
+        const ObjectHold<ArvBuffer> buffer(arv_camera_acquisition(client.get(), 3000000, &failure));
         ASSERT_TRUE(buffer) << format;
         ASSERT_EQ(arv_buffer_get_status(buffer.get()), ARV_BUFFER_STATUS_SUCCESS) << format;
         std::size_t size = 0;
@@ -115,7 +112,7 @@ TEST(FakeCameraOnLoopback, HasARegisterForEachFeature)
     const FakeCamera camera(LoopbackSetup());
     ASSERT_EQ(camera.Error(), "");
     GError* failure = nullptr;
-    const std::unique_ptr<ArvCamera, Unref> client(arv_camera_new("127.0.0.1", &failure));
+    const ObjectHold<ArvCamera> client(arv_camera_new("127.0.0.1", &failure));
     ASSERT_TRUE(client) << failure->message;
     EXPECT_STREQ(arv_camera_get_model_name(client.get(), &failure), "Loopback");
     EXPECT_STREQ(arv_camera_get_device_serial_number(client.get(), &failure), "KTEST1");
@@ -153,11 +150,11 @@ TEST(FakeCameraOnLoopback, TakesWhatStandsInFrontFromAFile)
     std::string error;
     FakeDetector detector(*ReadSimSettings(ShippedFile("insb320.cnf"), error));
     GError* failure = nullptr;
-    const std::unique_ptr<ArvCamera, Unref> client(arv_camera_new("127.0.0.1", &failure));
+    const ObjectHold<ArvCamera> client(arv_camera_new("127.0.0.1", &failure));
     ASSERT_TRUE(client) << failure->message;
     for (const auto& [word, front] : {std::pair{"low", FakeFront::kLow}, {"high", FakeFront::kHigh}}) {
         PutFile(setup.frontFile, word);
-        const std::unique_ptr<ArvBuffer, Unref> buffer(arv_camera_acquisition(client.get(), 3000000, &failure));
+        const ObjectHold<ArvBuffer> buffer(arv_camera_acquisition(client.get(), 3000000, &failure));
         ASSERT_TRUE(buffer);
         std::size_t size = 0;
         const auto* const data = static_cast<const std::uint8_t*>(arv_buffer_get_data(buffer.get(), &size));
@@ -170,9 +167,7 @@ TEST(FakeCameraOnLoopback, TakesWhatStandsInFrontFromAFile)
 
 TEST(FakeCameraOnLoopback, IsGoneWhenItEnds)
 {
-    const auto opens = [] {
-        return std::unique_ptr<ArvCamera, Unref>(arv_camera_new("127.0.0.1", nullptr)) != nullptr;
-    };
+    const auto opens = [] { return ObjectHold<ArvCamera>(arv_camera_new("127.0.0.1", nullptr)) != nullptr; };
     {
         const FakeCamera camera(LoopbackSetup());
         ASSERT_EQ(camera.Error(), "");

@@ -1,5 +1,6 @@
 #include "support/fake_camera.h"
 
+#include "genicam/glib_handles.h"
 #include "simcam/sim_detector.h"
 #include "simcam/sim_physics.h"
 #include "simcam/sim_scene.h"
@@ -196,10 +197,6 @@ std::vector<std::int16_t> FakeDetector::Frame(const FakeRegisters& registers, Fa
 
 namespace {
 
-struct Unref {
-    void operator()(void* object) const { g_object_unref(object); }
-};
-
 // A file that is gone with the object: the feature list, which Aravis takes by its name.
 class FeatureFile {
   public:
@@ -301,7 +298,7 @@ struct FakeCamera::Inside {
     std::atomic<FakeFront> front = FakeFront::kScene;
     std::unique_ptr<FakeDetector> detector;  // the sending thread's
     std::optional<PortTurn> turn;
-    std::unique_ptr<ArvGvFakeCamera, Unref> device;
+    ObjectHold<ArvGvFakeCamera> device;
     ArvFakeCamera* registers = nullptr;  // device's
 
     void ComeUp(const FakeCameraSetup& setup);
