@@ -157,7 +157,8 @@ class Package(unittest.TestCase):
         pages = sorted((SHARE / "doc/kelvo").rglob("*.md"))
         self.assertGreater(len(pages), 20)
         for page in pages:
-            for link in re.findall(r"\]\(([^)#:]+)\)", page.read_text()):
+            text = re.sub(r"(?ms)^ *```.*?^ *```", "", page.read_text())
+            for link in re.findall(r"\]\(([^)#:]+)\)", text):
                 self.assertTrue((page.parent / link).exists(), f"{page}: {link}")
 
     def test_the_installed_program_does_the_whole_job(self):

@@ -31,7 +31,7 @@ check.eq(state("HelpMode"), 0)
 check.seen("help", { context = 257 }, help_in_menu("F", 1))
 check.seen("help", { context = 354 }, help_in_menu("I", 3))
 check.eq(state("ImageColor"), 1230, "the colour map wasn't taken")
-check.seen("help", { context = 41 }, help_in_menu("S", 4))
+check.seen("help", { context = 41 }, help_in_menu("S", 5))
 check.eq(box(), nil)
 
 help_in_menu("F", 13)  -- grey items are passed over
