@@ -63,8 +63,8 @@ std::optional<NonUniformity> NonUniformityOf(std::span<const float> values, std:
 // "low source", or "low source, 20.000 °C" where a temperature is given (above -274).
 std::string SourceName(std::string_view source, float temperature);
 
-// When, with which camera and program, as the head was last set, and what was done to the camera's counts where it tells
-// that: the facts of a run of so many frames.
+// When, with which camera and program, as the head was last set, and what was done to the camera's counts where it
+// tells that: the facts of a run of so many frames.
 std::vector<std::pair<std::string, std::string>> FactsOfRun(std::uint32_t frameCount);
 // The good detectors' mean noise (counts rms) as a fact. response: counts a kelvin, 0 where the temperatures of two
 // sources don't tell it; with it the noise is told in mK too: NETD = mean noise / response.
