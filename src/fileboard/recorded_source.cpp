@@ -180,7 +180,7 @@ std::vector<RecordedTime> RecordedSource::RecordedTimes() const
             const std::size_t place = first + static_cast<std::size_t>(gap.beforeFrame);
             // What was left out on purpose is no loss, and what is missing before the first frame is nobody's.
             if (place == 0 || place >= times.size()) continue;
-            times[place].missing = gap.lostByBoard + gap.lostByRing + gap.unexplained;
+            times[place].missing = gap.Missing() - gap.passedOver;
         }
     }
     return times;

@@ -106,19 +106,19 @@ TEST_F(RecordedSourceFiles, EveryKindGivesItsFrames)
 TEST_F(RecordedSourceFiles, GapsOfTheJournalAreFramesLost)
 {
     PutRecording(directory / "a.seq", {1, 2, 3, 4});
-    // Two lost before the second, one of them by the ring; three left out on purpose before the third; numbers of the
+    // Three lost before the second, each in another place; three left out on purpose before the third; numbers of the
     // fourth tell of one more than its record does.
     PutJournal(directory / "a.seq",
                {{.number = 10, .monotonicNs = 1'000'000'000, .integrationMs = 2.5F},
-                {.number = 13, .monotonicNs = 1'030'000'000, .lostByBoard = 1, .lostByRing = 1},
-                {.number = 17, .monotonicNs = 1'070'000'000, .passedOver = 3},
-                {.number = 19, .monotonicNs = 1'090'000'000}},
+                {.number = 14, .monotonicNs = 1'030'000'000, .lostByBoard = 1, .lostByRing = 1, .lostByTransport = 1},
+                {.number = 18, .monotonicNs = 1'070'000'000, .passedOver = 3},
+                {.number = 20, .monotonicNs = 1'090'000'000}},
                kRawPixels);
     RecordedSource* source = Open("a.seq");
     ASSERT_TRUE(source) << error;
     EXPECT_THAT(source->Times().frames,
-                ElementsAre(PlayedFrame{0, 0}, PlayedFrame{3, 30'000}, PlayedFrame{4, 70'000}, PlayedFrame{6, 90'000}));
-    EXPECT_EQ(source->Lost(), 3);
+                ElementsAre(PlayedFrame{0, 0}, PlayedFrame{4, 30'000}, PlayedFrame{5, 70'000}, PlayedFrame{7, 90'000}));
+    EXPECT_EQ(source->Lost(), 4);
     EXPECT_EQ(source->IntegrationMs(), 2.5);
 }
 
