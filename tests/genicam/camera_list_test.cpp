@@ -1,8 +1,8 @@
 #include "genicam/camera_list.h"
 
-#include "genicam/address_hold.h"
 #include "genicam/aravis_camera.h"
 #include "genicam/glib_handles.h"
+#include "support/address_hold.h"
 #include "support/fake_camera.h"
 #include "support/shipped_file.h"
 

@@ -1,8 +1,8 @@
 // The way of a real camera's frames, on the loopback: Aravis's own fake camera at one end, the board at the other.
-#include "genicam/address_hold.h"
 #include "genicam/aravis_camera.h"
 #include "genicam/genicam_camera.h"
 #include "genicam/shared_camera.h"
+#include "support/address_hold.h"
 
 #include <arv.h>
 #include <gmock/gmock.h>

@@ -4,12 +4,11 @@
 #include "simcam/sim_detector.h"
 #include "simcam/sim_physics.h"
 #include "simcam/sim_scene.h"
+#include "support/address_hold.h"
 #include "support/fake_camera_features.h"
 
 #include <arv.h>
-#include <fcntl.h>
 #include <stdlib.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -221,33 +220,6 @@ class FeatureFile {
     std::string path_;
 };
 
-// GigE Vision's port can be had once an address: those that want it come one after the other, whichever program they
-// stand in.
-class PortTurn {
-  public:
-    explicit PortTurn(const std::string& address)
-        : descriptor_(open(("/tmp/kelvo-fake-camera-" + address + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666))
-    {
-        constexpr int kTries = 1200;
-        constexpr useconds_t kPauseUs = 100000;
-        for (int i = 0; i < kTries && !mine_; ++i) {
-            mine_ = descriptor_ >= 0 && flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
-            if (!mine_) usleep(kPauseUs);
-        }
-    }
-    PortTurn(const PortTurn&) = delete;
-    PortTurn& operator=(const PortTurn&) = delete;
-    ~PortTurn()
-    {
-        if (descriptor_ >= 0) close(descriptor_);
-    }
-    bool Mine() const { return mine_; }
-
-  private:
-    int descriptor_ = -1;
-    bool mine_ = false;
-};
-
 std::uint32_t ReadRegister(ArvFakeCamera* camera, std::uint32_t address)
 {
     guint32 value = 0;
@@ -297,7 +269,7 @@ struct FakeCamera::Inside {
     std::string frontFile;
     std::atomic<FakeFront> front = FakeFront::kScene;
     std::unique_ptr<FakeDetector> detector;  // the sending thread's
-    std::optional<PortTurn> turn;
+    std::optional<AddressHold> turn;
     ObjectHold<ArvGvFakeCamera> device;
     ArvFakeCamera* registers = nullptr;  // device's
 
@@ -355,7 +327,7 @@ void FakeCamera::Inside::ComeUp(const FakeCameraSetup& setup)
     detector = std::make_unique<FakeDetector>(*settings);
     const FeatureFile features(FakeCameraFeatures(detector->Columns(), detector->Rows(), kFormats));
     turn.emplace(setup.address);
-    if (!turn->Mine()) {
+    if (!turn->Holds()) {
         error = "Another camera stands at " + setup.address + ".";
         return;
     }

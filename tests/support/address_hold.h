@@ -1,5 +1,5 @@
-// The loopback's address, which there is once on a machine: while one of these holds it no camera of another test's
-// comes up there. Cameras of tests/support/fake_camera.h hold it by the same file.
+// GigE Vision's port, which there is once an address: cameras that want it come one after the other, whichever program
+// they stand in.
 #pragma once
 
 #include <fcntl.h>
@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <string>
 #include <thread>
 
 namespace kelvo {
@@ -14,15 +15,19 @@ namespace kelvo {
 class AddressHold {
   public:
     // Waits for its turn, some minutes at most.
-    AddressHold() : file_(open("/tmp/kelvo-fake-camera-127.0.0.1.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666))
+    explicit AddressHold(const std::string& address = "127.0.0.1")
+        : file_(open(("/tmp/kelvo-fake-camera-" + address + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666))
     {
         constexpr int kTries = 20'000;
         for (int i = 0; i < kTries && !holds_; ++i) {
-            holds_ = flock(file_, LOCK_EX | LOCK_NB) == 0;
+            holds_ = file_ >= 0 && flock(file_, LOCK_EX | LOCK_NB) == 0;
             if (!holds_) std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
     }
-    ~AddressHold() { close(file_); }
+    ~AddressHold()
+    {
+        if (file_ >= 0) close(file_);
+    }
     AddressHold(const AddressHold&) = delete;
     AddressHold& operator=(const AddressHold&) = delete;
     bool Holds() const { return holds_; }
