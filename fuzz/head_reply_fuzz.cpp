@@ -98,8 +98,8 @@ void Start()
         "64\n");
     kelvo::SetDefaultDir(directory);
     kelvo::UseVirtualClock(0);
-    kelvo::SetSimulatedLines([](const std::string&, std::string&) {
-        return kelvo::SimulatedLine{.write = Write, .read = Read, .purge = [] { line.clear(); }};
+    kelvo::SetHeadLines("sim", [](const std::string&, std::string&) {
+        return kelvo::HeadLine{.write = Write, .read = Read, .purge = [] { line.clear(); }};
     });
     line.clear();
     framesSent = 0;

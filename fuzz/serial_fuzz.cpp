@@ -49,7 +49,7 @@ std::size_t Read(std::span<std::uint8_t> bytes)
     return count;
 }
 
-kelvo::SimulatedLine MakeLine(const std::string& /*file*/, std::string& /*error*/)
+kelvo::HeadLine MakeLine(const std::string& /*file*/, std::string& /*error*/)
 {
     return {
         .write = [](Bytes) { line.assign(reply.begin(), reply.end()); }, .read = Read, .purge = [] { line.clear(); }};
@@ -128,7 +128,7 @@ void Start(bool logs)
     Put("kelvo.ini", logs ? "[Setup]\nCommLog=1\n" : "");
     kelvo::SetDefaultDir(directory);
     kelvo::UseVirtualClock(0);
-    kelvo::SetSimulatedLines(MakeLine);
+    kelvo::SetHeadLines("sim", MakeLine);
     kelvo::write::camera.nCommPort = 2;
     Check(kelvo::OpenXComm() == 1);
 }
