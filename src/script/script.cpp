@@ -287,6 +287,19 @@ std::string TakeResult(lua_State* thread, int count)
     return {};
 }
 
+void CountInstructions();
+
+// What the script holds with <close> is closed, as at its end, where it fails or is stopped: a process that it started
+// must not outlive it. A closing function that lets the program go on fails, and one without an end is left by Escape.
+void CloseVariables()
+{
+    engine.phase = Phase::kFinished;
+    if (!engine.thread) return;
+    engine.stopAsked = false;
+    if (engine.beside) CountInstructions();
+    lua_resetthread(engine.thread);
+}
+
 // Lets the script run until it yields or ends. What it failed with, or empty.
 std::string RunToNextCall()
 {
@@ -294,7 +307,7 @@ std::string RunToNextCall()
     int results = 0;
     const int status = lua_resume(engine.thread, engine.lua, std::exchange(engine.firstArguments, 0), &results);
     if (engine.stopAsked) {
-        engine.phase = Phase::kFinished;
+        CloseVariables();
         return std::string(kStoppedByOperator);
     }
     if (status == LUA_YIELD && std::exchange(engine.givesWay, false)) {
@@ -308,7 +321,9 @@ std::string RunToNextCall()
     }
     engine.phase = Phase::kFinished;
     if (status == LUA_OK) return engine.beside ? std::string() : TakeResult(engine.thread, results);
-    return "script failed: " + ErrorText(engine.thread) + "\non screen: " + OnScreen();
+    std::string failure = "script failed: " + ErrorText(engine.thread) + "\non screen: " + OnScreen();
+    CloseVariables();
+    return failure;
 }
 
 int ReturnNothing(lua_State* /*L*/, int /*status*/, lua_KContext /*context*/)
@@ -380,6 +395,7 @@ void Breathe()
 int Await(lua_State* L, Call call, lua_KFunction then)
 {
     if (engine.programHasEnded) return luaL_error(L, "%s: the program has ended", call.name.c_str());
+    if (engine.phase == Phase::kFinished) return luaL_error(L, "%s: the script is over", call.name.c_str());
     if (!lua_isyieldable(L)) {
         return luaL_error(L, "%s lets the program go on, which can't be from inside a C function (sort, gsub, require)",
                           call.name.c_str());
@@ -505,6 +521,7 @@ void SetArguments(lua_State* L, const std::string& path, const std::vector<std::
 void CloseEngine()
 {
     if (engine.waitsAs) SetIdleHook(nullptr, *engine.waitsAs);
+    CloseVariables();
     if (engine.lua) lua_close(engine.lua);
     if (engine.timerWindow) DestroyWindow(engine.timerWindow);
     ScriptHooks hooks = std::move(engine.hooks);
@@ -580,7 +597,7 @@ void* AllocateWithinLimit(void* used, void* block, std::size_t oldSize, std::siz
 
 void GiveWay(lua_State* L, lua_Debug* /*where*/)
 {
-    if (!engine.stopAsked && lua_isyieldable(L)) {
+    if (!engine.stopAsked && engine.phase == Phase::kRunning && lua_isyieldable(L)) {
         engine.givesWay = true;
         lua_yield(L, 0);
         return;
@@ -591,6 +608,11 @@ void GiveWay(lua_State* L, lua_Debug* /*where*/)
     if (!engine.stopAsked) return;
     lua_sethook(L, GiveWay, LUA_MASKCOUNT, 1);
     luaL_error(L, "%s", std::string(kStoppedByOperator).c_str());
+}
+
+void CountInstructions()
+{
+    lua_sethook(engine.thread, GiveWay, LUA_MASKCOUNT, kInstructionsATurn);
 }
 
 // Reading from a terminal would stop the program.
@@ -607,7 +629,7 @@ void Confine()
                    static_cast<std::size_t>(lua_gc(L, LUA_GCCOUNTB));
     lua_setallocf(L, AllocateWithinLimit, &engine.bytes);
     EmptyStandardInput(L);
-    lua_sethook(engine.thread, GiveWay, LUA_MASKCOUNT, kInstructionsATurn);
+    CountInstructions();
 }
 
 void EndBeside(const std::string& failure)

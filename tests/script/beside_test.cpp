@@ -178,6 +178,26 @@ TEST_F(ScriptBeside, EscapeStopsItWhileItWaits)
     EXPECT_THAT(printed, IsEmpty());
 }
 
+TEST_F(ScriptBeside, WhatItHoldsIsClosedWhereItIsStopped)
+{
+    const std::string holds = "local held <close> = setmetatable({}, { __close = function() print('closed') end }) ";
+    op.Do([] { StopScriptBeside(); });
+    Run(holds + "wait(60000)");
+    op.Do([] { StopScriptBeside(); });
+    Run(holds + "while true do end");
+    SetFaultOnce("escape", 3);
+    Run(holds + "string.gsub('x', 'x', function() while true do end end)");
+    EXPECT_THAT(failures, ElementsAre(kStoppedByOperator, kStoppedByOperator, kStoppedByOperator));
+    EXPECT_THAT(printed, ElementsAre("closed", "closed", "closed"));
+}
+
+TEST_F(ScriptBeside, EscapeLeavesAClosingFunctionWithoutAnEnd)
+{
+    SetFaultOnce("escape", 3);
+    Run("local held <close> = setmetatable({}, { __close = function() while true do end end }) error('broken')");
+    EXPECT_THAT(failures, ElementsAre(HasSubstr("broken")));
+}
+
 TEST_F(ScriptBeside, ItsOwnEscapeIsNotTheOperators)
 {
     Run("key('Escape') print('goes on')");

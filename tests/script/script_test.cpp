@@ -337,6 +337,18 @@ TEST_F(OperatorScript, ErrorTellsLineTracebackAndScreen)
     EXPECT_EQ(windowsClosed, 1);
 }
 
+TEST_F(OperatorScript, WhatItHoldsIsClosedWhereItFails)
+{
+    const Outcome outcome = Run(R"(
+        local held <close> = setmetatable({}, { __close = function() print(pcall(wait, 1)) end })
+        wait(1)
+        error("broken"))");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("broken"));
+    EXPECT_EQ(outcome.output, "false\twait: the script is over\n");
+    EXPECT_EQ(windowsClosed, 1);
+}
+
 TEST_F(OperatorScript, ErrorValuesWithoutATextAreReported)
 {
     ExpectFailure("wait(1) error(setmetatable({}, {__tostring = function() error('again') end}))",
