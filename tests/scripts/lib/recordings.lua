@@ -31,6 +31,14 @@ function recordings.numbers(path)
   return numbers
 end
 
+-- From one frame to the next by its journal, in ms: the middle one of all steps, so that a camera that was late now and then still has its rate.
+function recordings.middle_step(path)
+  local records, steps = recordings.journal(path).records, {}
+  for i = 2, #records do steps[i - 1] = (records[i].time - records[i - 1].time) / 1e6 end
+  table.sort(steps)
+  return steps[(#steps + 1) // 2]
+end
+
 -- So many numbers, each that much behind the one before.
 function recordings.expect_steps(numbers, count, step, what)
   check.eq(#numbers, count, what)
