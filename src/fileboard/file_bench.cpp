@@ -4,13 +4,14 @@
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/file_dialog.h"
-#include "platform/help.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
 #include "resources/dialog_ids.h"
 #include "resources/help_contexts.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
+#include "ui/docking.h"
 
 #include <algorithm>
 #include <memory>
@@ -27,7 +28,7 @@ constexpr const char* kNothing = "-";
 constexpr const char* kNoFile = "no file";
 constexpr int kSources = static_cast<int>(kFileSources);
 
-bool showing = false;  // the window shows what the camera has: its buttons are not the operator's
+bool showing = false;  // the window shows what the camera has
 
 // --- What the window shows ------------------------------------------------------------------------------------------
 
@@ -88,21 +89,26 @@ void ShowCamera(HWND dialog)
     showing = false;
 }
 
-// In the lower right corner of the picture: beside a dialog in its middle.
-void Place(HWND dialog)
-{
-    constexpr int kMargin = 12;
-    if (!hWndMain) return;
-    const Rect client = GetClientRect(hWndMain);
-    const Point corner = ClientToScreen(hWndMain, {client.right - kMargin, client.bottom - TextHeight - kPlayBarRoom});
-    const Rect window = GetWindowRect(dialog);
-    MoveWindow(dialog, {corner.x - window.Width(), corner.y - window.Height(), corner.x, corner.y});
-}
-
 // --- What the operator does -----------------------------------------------------------------------------------------
 
-void LoadFile(HWND dialog, FileCamera& camera, FileSource source)
+// Null too while the window shows what the camera has: its buttons are not the operator's then.
+std::shared_ptr<FileCamera> CameraToWork()
 {
+    return showing ? nullptr : CurrentFileCamera();
+}
+
+void PickSource(HWND dialog, int id)
+{
+    const std::shared_ptr<FileCamera> camera = CameraToWork();
+    if (!camera) return;
+    PutFileSource(*camera, static_cast<FileSource>(id - kFileBenchSource));
+    ShowCamera(dialog);
+}
+
+void LoadFile(HWND dialog, int id)
+{
+    const std::shared_ptr<FileCamera> camera = CameraToWork();
+    if (!camera) return;
     FileDialogRequest request;
     request.owner = dialog;
     request.mode = FileDialogMode::kOpen;
@@ -113,51 +119,49 @@ void LoadFile(HWND dialog, FileCamera& camera, FileSource source)
     const FileDialogResult chosen = RunFileDialog(request);
     if (chosen.paths.empty() || !hDlgFileBench) return;
 
-    const std::string why = SetFileOfSource(camera, source, chosen.paths.front());
+    const auto source = static_cast<FileSource>(id - kFileBenchLoad);
+    const std::string why = SetFileOfSource(*camera, source, chosen.paths.front());
     if (!why.empty()) {
         MessageBox(hDlgFileBench, "These frames can't be played.\n" + why, kMessageCaption);
         return;
     }
-    PutFileSource(camera, source);
+    PutFileSource(*camera, source);
     ShowCamera(dialog);
 }
 
-// The source of a control that stands in a row of them; nullopt: it isn't one.
-std::optional<FileSource> SourceIn(int firstId, int id)
+void PlayAgain(HWND dialog)
 {
-    if (id < firstId || id >= firstId + kSources) return std::nullopt;
-    return static_cast<FileSource>(id - firstId);
-}
-
-bool OnControl(HWND dialog, FileCamera& camera, int id)
-{
-    if (const auto source = SourceIn(kFileBenchSource, id)) {
-        PutFileSource(camera, *source);
-    } else if (const auto loaded = SourceIn(kFileBenchLoad, id)) {
-        LoadFile(dialog, camera, *loaded);
-        return true;
-    } else if (id == kFileBenchAgain) {
-        BeginRecording(camera);
-    } else {
-        return false;
-    }
+    const std::shared_ptr<FileCamera> camera = CameraToWork();
+    if (!camera) return;
+    BeginRecording(*camera);
     ShowCamera(dialog);
-    return true;
 }
 
-bool OnCommand(HWND dialog, int id)
+void Open(HWND dialog)
 {
-    if (id == kIdCancel) {
-        EndDialog(dialog, 0);
-        return true;
-    }
-    if (id == kIdHelp) {
-        ShowHelpContext(kHelpBench);
-        return true;
-    }
-    const std::shared_ptr<FileCamera> camera = CurrentFileCamera();
-    return !showing && camera && OnControl(dialog, *camera, id);
+    hDlgFileBench = dialog;
+    ShowCamera(dialog);
+    DockInCorner(dialog, LowerCorner::kRight);
+    SetTimer(dialog, kRefreshTimer, kRefreshMs);
 }
+
+void Forget(HWND /*dialog*/)
+{
+    hDlgFileBench = nullptr;
+}
+
+constexpr DialogEntry kEntries[] = {
+    OnTimer(kRefreshTimer, ShowCamera), {kFileBenchSource, PickSource}, {kFileBenchSource + 1, PickSource},
+    {kFileBenchSource + 2, PickSource}, {kFileBenchLoad, LoadFile},     {kFileBenchLoad + 1, LoadFile},
+    {kFileBenchLoad + 2, LoadFile},     {kFileBenchAgain, PlayAgain},
+};
+static_assert(kSources == 3, "each source has a row");
+constexpr DialogFrame kFrame{.name = "FILEBENCH",
+                             .procedure = fnFILEBENCHDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpBench,
+                             .destroyed = Forget};
 
 }  // namespace
 
@@ -175,10 +179,8 @@ void OpenFileBench(HWND owner)
 {
     if (hDlgFileBench) {
         BringToFront(hDlgFileBench, {});
-        return;
-    }
-    if (!CreateModelessDialog("FILEBENCH", owner, fnFILEBENCHDlgProc)) {
-        MessageBox(owner, "Unable to display dialog", "System Error");
+    } else {
+        OpenModelessDialog(kFrame, owner);
     }
 }
 
@@ -187,26 +189,9 @@ void CloseFileBench()
     if (hDlgFileBench) EndDialog(hDlgFileBench, 0);
 }
 
-LRESULT fnFILEBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnFILEBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            hDlgFileBench = dialog;
-            ShowCamera(dialog);
-            Place(dialog);
-            SetTimer(dialog, kRefreshTimer, kRefreshMs);
-            return 1;
-        case WM_TIMER:
-            ShowCamera(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam));
-        case WM_DESTROY:
-            hDlgFileBench = nullptr;
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 std::string PutFileBenchSource(std::string_view source, std::optional<double> value)

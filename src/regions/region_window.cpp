@@ -339,18 +339,6 @@ void Save(HWND dialog)
     }
 }
 
-// Along the lower edge of the picture's area: the picture's middle stays in sight.
-void PlaceBelow(HWND dialog)
-{
-    constexpr int kMargin = 12;
-    Rect area;
-    ViewClipRect(area);
-    const Rect window = GetWindowRect(dialog);
-    const int left = area.left + kMargin;
-    const int bottom = area.bottom - kPlayBarRoom;
-    MoveWindow(dialog, {left, bottom - window.Height(), left + window.Width(), bottom});
-}
-
 void Open(HWND dialog)
 {
     hDlgRegions = dialog;
@@ -363,7 +351,7 @@ void Open(HWND dialog)
     EnableDlgItem(dialog, kRegRemove, false);
     EditRegions(true);
     Refresh(dialog);
-    PlaceBelow(dialog);
+    DockInCorner(dialog, LowerCorner::kLeft);  // the picture's middle stays in sight
     FocusDlgItem(dialog, kRegDraw);
     SetTimer(dialog, kRefreshTimer, kRefreshMs);
 }

@@ -30,23 +30,10 @@ void Refresh(HWND dialog)
     ShowFrameAccount(dialog, CurrentFrameAccount());
 }
 
-// In the lower left corner of the picture's area, above the play bar, where neither the colour scale nor a docked
-// dialog stands.
-void Place(HWND dialog)
-{
-    constexpr int kMargin = 12;
-    Rect area;
-    ViewClipRect(area);
-    const Rect window = GetWindowRect(dialog);
-    const int left = area.left + kMargin;
-    const int bottom = area.bottom - kPlayBarRoom;
-    MoveWindow(dialog, {left, bottom - window.Height(), left + window.Width(), bottom});
-}
-
 void Show(HWND dialog)
 {
     Refresh(dialog);
-    Place(dialog);
+    DockInCorner(dialog, LowerCorner::kLeft);  // where neither the colour scale nor a docked dialog stands
     SetTimer(dialog, kRefreshTimer, kRefreshMs);
 }
 

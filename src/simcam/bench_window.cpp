@@ -3,7 +3,6 @@
 #include "platform/box.h"
 #include "platform/dialog.h"
 #include "platform/file_dialog.h"
-#include "platform/help.h"
 #include "platform/text.h"
 #include "platform/timers.h"
 #include "platform/window.h"
@@ -11,6 +10,8 @@
 #include "resources/help_contexts.h"
 #include "simcam/sim_camera.h"
 #include "state/windows.h"
+#include "ui/dialog_frame.h"
+#include "ui/docking.h"
 
 #include <algorithm>
 #include <cmath>
@@ -48,7 +49,7 @@ constexpr int kControls[] = {kBenchLow,         kBenchHigh,    kBenchScene,     
                              kBenchHighDegrees, kBenchLoad,    kBenchColumns,      kBenchRows, kBenchVolts,
                              kBenchInputVolts,  kBenchTrigger, kBenchTriggerPeriod};
 
-bool showing = false;  // the window shows what the camera has: its edits are not the operator's
+bool showing = false;  // the window shows what the camera has
 
 // --- What the window shows ------------------------------------------------------------------------------------------
 
@@ -129,26 +130,23 @@ void ShowCamera(HWND dialog)
     showing = false;
 }
 
-// In the lower right corner of the picture, above the play bar: beside a dialog in its middle.
-void Place(HWND dialog)
-{
-    constexpr int kMargin = 12;
-    if (!hWndMain) return;
-    const Rect client = GetClientRect(hWndMain);
-    const Point corner = ClientToScreen(hWndMain, {client.right - kMargin, client.bottom - TextHeight - kPlayBarRoom});
-    const Rect window = GetWindowRect(dialog);
-    MoveWindow(dialog, {corner.x - window.Width(), corner.y - window.Height(), corner.x, corner.y});
-}
-
 // --- What the operator does -----------------------------------------------------------------------------------------
+
+// Null too while the window shows what the camera has: its edits are not the operator's then.
+std::shared_ptr<SimCamera> CameraToWork()
+{
+    return showing ? nullptr : CurrentSimCamera();
+}
 
 void TellLoadFailed(const std::string& reason)
 {
     MessageBox(hDlgBench, "Unable to load the recorded frames\n" + reason, kMessageCaption);
 }
 
-void LoadRecording(HWND dialog, SimCamera& camera)
+void LoadRecording(HWND dialog)
 {
+    const std::shared_ptr<SimCamera> camera = CameraToWork();
+    if (!camera) return;
     FileDialogRequest request;
     request.owner = dialog;
     request.mode = FileDialogMode::kOpen;
@@ -158,72 +156,89 @@ void LoadRecording(HWND dialog, SimCamera& camera)
     const FileDialogResult chosen = RunFileDialog(request);
     if (chosen.paths.empty() || !hDlgBench) return;
 
-    const std::string error = LoadSimRawFrames(camera, chosen.paths.front(), GetScrollPos(dialog, kBenchColumns),
+    const std::string error = LoadSimRawFrames(*camera, chosen.paths.front(), GetScrollPos(dialog, kBenchColumns),
                                                GetScrollPos(dialog, kBenchRows));
     if (!error.empty()) {
         TellLoadFailed(error);
         return;
     }
-    PutSimSource(camera, SimSource::kRaw);
+    PutSimSource(*camera, SimSource::kRaw);
     ShowCamera(dialog);
 }
 
+// The row that a control belongs to.
+const BenchSource& RowOf(int BenchSource::*control, int id)
+{
+    return *std::ranges::find(kSources, id, control);
+}
+
+void PickSource(HWND /*dialog*/, int id)
+{
+    if (const std::shared_ptr<SimCamera> camera = CameraToWork()) {
+        PutSimSource(*camera, RowOf(&BenchSource::button, id).source);
+    }
+}
+
 // Half-typed numbers that aren't a source's temperature leave it as it was.
-void TakeDegrees(HWND dialog, SimCamera& camera, const BenchSource& row)
+void TakeDegrees(HWND dialog, int id)
 {
-    SetSimSourceDegrees(camera, row.source, GetScrollPos(dialog, row.degrees));
-}
-
-void TakeVolts(HWND dialog, SimCamera& camera)
-{
-    if (const std::optional<float> volts = ScanFloat(GetDlgItemText(dialog, kBenchInputVolts))) {
-        SetSimInputVolts(camera, static_cast<double>(*volts));
+    if (const std::shared_ptr<SimCamera> camera = CameraToWork()) {
+        SetSimSourceDegrees(*camera, RowOf(&BenchSource::degrees, id).source, GetScrollPos(dialog, id));
     }
 }
 
-bool OnControl(HWND dialog, SimCamera& camera, int id, int notification)
+void TakeVolts(HWND dialog)
 {
-    if (id == kBenchInputVolts) {
-        if (notification == kEditChanged) TakeVolts(dialog, camera);
-        return notification == kEditChanged;
-    }
-    if (id == kBenchLoad) {
-        LoadRecording(dialog, camera);
-        return true;
-    }
-    if (id == kBenchTrigger) {
-        PulseSimTrigger();
-        ShowCamera(dialog);
-        return true;
-    }
-    if (id == kBenchTriggerPeriod && notification == kEditChanged) {
-        SetSimTriggerPeriod(GetScrollPos(dialog, id) * kUsPerWholeMs);
-        return true;
-    }
-    if (const auto* const row = std::ranges::find(kSources, id, &BenchSource::button); row != std::end(kSources)) {
-        PutSimSource(camera, row->source);
-        return true;
-    }
-    const auto* const row = std::ranges::find(kSources, id, &BenchSource::degrees);
-    if (row == std::end(kSources) || notification != kEditChanged) return false;
-    TakeDegrees(dialog, camera, *row);
-    return true;
+    const std::shared_ptr<SimCamera> camera = CameraToWork();
+    const std::optional<float> volts = ScanFloat(GetDlgItemText(dialog, kBenchInputVolts));
+    if (camera && volts) SetSimInputVolts(*camera, static_cast<double>(*volts));
 }
 
-bool OnCommand(HWND dialog, int id, int notification)
+void PulseTriggerInput(HWND dialog)
 {
-    if (id == kIdCancel) {
-        EndDialog(dialog, 0);
-        return true;
-    }
-    if (id == kIdHelp) {
-        ShowHelpContext(kHelpBench);
-        return true;
-    }
-    const std::shared_ptr<SimCamera> camera = CurrentSimCamera();
-    if (showing || !camera) return false;
-    return OnControl(dialog, *camera, id, notification);
+    if (!CameraToWork()) return;
+    PulseSimTrigger();
+    ShowCamera(dialog);
 }
+
+void TakeTriggerPeriod(HWND dialog)
+{
+    if (CameraToWork()) SetSimTriggerPeriod(GetScrollPos(dialog, kBenchTriggerPeriod) * kUsPerWholeMs);
+}
+
+void Open(HWND dialog)
+{
+    hDlgBench = dialog;
+    ShowCamera(dialog);
+    DockInCorner(dialog, LowerCorner::kRight);
+    SetTimer(dialog, kRefreshTimer, kRefreshMs);
+}
+
+void Forget(HWND /*dialog*/)
+{
+    hDlgBench = nullptr;
+}
+
+constexpr DialogEntry kEntries[] = {
+    OnTimer(kRefreshTimer, ShowCamera),
+    {kBenchLow, PickSource},
+    {kBenchHigh, PickSource},
+    {kBenchScene, PickSource},
+    {kBenchRaw, PickSource},
+    {kBenchVolts, PickSource},
+    {kBenchLowDegrees, TakeDegrees, kEditChanged},
+    {kBenchHighDegrees, TakeDegrees, kEditChanged},
+    {kBenchInputVolts, TakeVolts, kEditChanged},
+    {kBenchLoad, LoadRecording},
+    {kBenchTrigger, PulseTriggerInput},
+    {kBenchTriggerPeriod, TakeTriggerPeriod, kEditChanged},
+};
+constexpr DialogFrame kFrame{.name = "BENCH",
+                             .procedure = fnBENCHDlgProc,
+                             .open = Open,
+                             .entries = kEntries,
+                             .helpContext = kHelpBench,
+                             .destroyed = Forget};
 
 }  // namespace
 
@@ -246,10 +261,8 @@ void OpenBenchWindow(HWND owner)
     }
     if (hDlgBench) {
         BringToFront(hDlgBench, {});
-        return;
-    }
-    if (!CreateModelessDialog("BENCH", owner, fnBENCHDlgProc)) {
-        MessageBox(owner, "Unable to display dialog", "System Error");
+    } else {
+        OpenModelessDialog(kFrame, owner);
     }
 }
 
@@ -258,26 +271,9 @@ void CloseBenchWindow()
     if (hDlgBench) EndDialog(hDlgBench, 0);
 }
 
-LRESULT fnBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM /*lParam*/)
+LRESULT fnBENCHDlgProc(HWND dialog, std::uint32_t message, WPARAM wParam, LPARAM lParam)
 {
-    switch (message) {
-        case WM_INITDIALOG:
-            hDlgBench = dialog;
-            ShowCamera(dialog);
-            Place(dialog);
-            SetTimer(dialog, kRefreshTimer, kRefreshMs);
-            return 1;
-        case WM_TIMER:
-            ShowCamera(dialog);
-            return 1;
-        case WM_COMMAND:
-            return OnCommand(dialog, LowWord(wParam), HighWord(wParam));
-        case WM_DESTROY:
-            hDlgBench = nullptr;
-            return 1;
-        default:
-            return 0;
-    }
+    return HandleDialogMessage(kFrame, dialog, message, wParam, lParam);
 }
 
 namespace {

@@ -1,6 +1,7 @@
 #include "ui/docking.h"
 
 #include "platform/window.h"
+#include "resources/dialog_ids.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
 
@@ -34,6 +35,17 @@ void DockDialog(HWND dialog)
 {
     if (!hWndMain) return;
     DockWindow(dialog, ViewArea());
+}
+
+void DockInCorner(HWND dialog, LowerCorner corner)
+{
+    constexpr int kMargin = 12;
+    if (!hWndMain) return;
+    const Rect area = ViewArea();
+    const Rect window = GetWindowRect(dialog);
+    const int left = corner == LowerCorner::kLeft ? area.left + kMargin : area.right - kMargin - window.Width();
+    const int bottom = area.bottom - kPlayBarRoom;
+    MoveWindow(dialog, {left, bottom - window.Height(), left + window.Width(), bottom});
 }
 
 namespace {

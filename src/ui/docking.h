@@ -18,4 +18,10 @@ Rect ViewArea();  // the same
 // picture stays in sight beside it.
 void DockDialog(HWND dialog);
 
+enum class LowerCorner { kLeft, kRight };
+
+// Moves a dialog, keeping its size, into a lower corner of the picture's area, a little from its side and above the
+// play bar: beside a dialog that stands in the area's middle.
+void DockInCorner(HWND dialog, LowerCorner corner);
+
 }  // namespace kelvo
