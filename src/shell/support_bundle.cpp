@@ -67,6 +67,14 @@ std::string LocaleOfEnvironment()
     return "C";
 }
 
+// In UTC, to the second: "2026-11-22T12:34:05Z".
+std::string TimeNow()
+{
+    constexpr std::int64_t kNsPerSecond = 1'000'000'000;
+    const std::string text = UtcText(std::int64_t{WallClockSeconds()} * kNsPerSecond);
+    return text.substr(0, text.find('.')) + "Z";
+}
+
 std::string Versions()
 {
 #ifdef __clang__
@@ -74,7 +82,6 @@ std::string Versions()
 #else
     constexpr const char* kCompiler = "GCC " __VERSION__;
 #endif
-    constexpr std::int64_t kNsPerSecond = 1'000'000'000;
     const std::array<std::pair<const char*, std::string>, 9> lines = {{
         {"Kelvo", KELVO_VERSION},
         {"Toolkit", ToolkitVersion()},
@@ -84,7 +91,7 @@ std::string Versions()
         {"Display", DisplayInUse()},
         {"Locale", LocaleOfEnvironment()},
         {"Data directory", DefaultDir},
-        {"Time", UtcText(std::int64_t{WallClockSeconds()} * kNsPerSecond)},
+        {"Time", TimeNow()},
     }};
     std::string text;
     for (const auto& [what, value] : lines) text.append(what).append(": ").append(value).append(1, '\n');
