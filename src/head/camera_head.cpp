@@ -1,6 +1,7 @@
 #include "head/camera_head.h"
 
 #include "head/camera_head_write.h"
+#include "head/camera_report.h"
 #include "head/head_frames.h"
 #include "head/head_settings.h"
 #include "head/head_transaction.h"
@@ -230,9 +231,10 @@ std::int32_t LoadHeadTiming(HeadTimingRecord& record)
         SetFrameRateIndex(record.MasterClockIndex - record.MasterClockMinIndex);
     }
     if (record.HeadModel == kHgCdTeHead) return 1;  // its clock frame carried all; nothing is kept of it
-    if (!SendFrameSize(record) || !SendIntegration(record) || !SendStartDelays(record)) return 0;
-    sentTiming = record;
-    return 1;
+    const bool sent = SendFrameSize(record) && SendIntegration(record) && SendStartDelays(record);
+    AskCamera();
+    if (sent) sentTiming = record;
+    return sent ? 1 : 0;
 }
 
 std::int32_t LoadFpaSerialWord(FpaSerialWordRecord record)
@@ -269,12 +271,13 @@ void SetFrameRateIndex(std::int32_t index)
 {
     write::registers.HeadTiming.MasterClockIndex = LimitedClockIndex(index);
     SetFrameRate(FrameRateAt(HeadTiming, HeadTiming.MasterClockIndex));
-    WritePrivateProfileString(ActiveCameraSection(), "fFrameRate", Format("%f", static_cast<double>(FrameRate)),
+    WritePrivateProfileString(ActiveCameraSection(), "fFrameRate", Format("%f", static_cast<double>(reckonedHz)),
                               CameraFilePath);
     write::head.IndexFrameRate = index;
     WriteHeadKey("IndexFrameRate", index);  // what was asked for, not what the clock could do
     if (!OpenLinkOrTell()) return;
     if (HeadTiming.HeadModel == kInSbHead || HeadTiming.HeadModel == kHgCdTeHead) SendFrame(ClockFrame(HeadTiming));
+    AskCamera();
 }
 
 void SetVideoOffset(std::int32_t value)
@@ -307,7 +310,9 @@ std::int32_t SetIntegrationIndex(std::int32_t index, std::int32_t slot)
     // Beyond the table the shortest or longest counters are sent.
     IntegrationFromIndex(index, write::registers.HeadTiming.IntegrationLines.at(place),
                          write::registers.HeadTiming.IntegrationCols.at(place));
-    return SendFrame(IntegrationFrame(HeadTiming, place)) ? 1 : 0;
+    const bool sent = SendFrame(IntegrationFrame(HeadTiming, place));
+    AskCamera();
+    return sent ? 1 : 0;
 }
 
 void FillIntegrationCombo(HWND dialog, std::int32_t frameRateIndex, std::int32_t integrationIndex)

@@ -33,6 +33,7 @@ void TakeToldTiming(std::optional<double> rateHz, std::optional<double> integrat
 // IntegrationSetting calls it.
 void UpdateIntegrationInForce();
 
+// Those that send frame rate, frame size or integration time ask the camera behind the board what became of it.
 std::int32_t LoadHeadTiming(HeadTimingRecord& record);
 std::int32_t LoadFpaSerialWord(FpaSerialWordRecord record);
 std::int32_t SetHeadWindow(std::int32_t colStart, std::int32_t rowStart, std::int32_t colEnd, std::int32_t rowEnd);

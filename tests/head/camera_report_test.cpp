@@ -1,12 +1,16 @@
 #include "head/camera_report.h"
 
-#include "head/camera_head.h"
+#include "head/camera_head_write.h"
 #include "imagefile/header.h"
 #include "platform/clock.h"
+#include "platform/profile.h"
+#include "platform/text.h"
 #include "record/recording_head.h"
+#include "state/camera_config.h"
 #include "state/frame_state_write.h"
 #include "state/head_state.h"
 #include "state/windows_write.h"
+#include "support/head_fixture.h"
 #include "support/operator.h"
 #include "support/state_value.h"
 #include "support/temp_directory.h"
@@ -78,6 +82,31 @@ TEST_F(CameraReportOf, WhatIsToldTakesThePlaceOfWhatIsReckoned)
     ForgetCameraReport();
     EXPECT_EQ(FrameRate, 100);
     EXPECT_EQ(StateReal("CameraRate"), 0);
+}
+
+TEST_F(HeadTest, TheCameraIsAskedWhatBecameOfASetting)
+{
+    RegisterBoard(kTellingBoard);
+    WritePrivateProfileString("Board", "Board", "telling", DefaultDir + "/platform.ini");
+    IdentifyAsInSb();
+    write::frames.CameraOn = 1;
+    told = {};
+    SetFrameRateIndex(3);
+    const float reckoned = FrameRate;
+    ASSERT_NE(reckoned, 24.5F);
+    EXPECT_EQ(reckoned, FrameRateAtClock(HeadTiming.MasterClockIndex));
+    told.rateHz = 24.5;
+    SetFrameRateIndex(3);
+    EXPECT_EQ(FrameRate, 24.5F);
+    EXPECT_EQ(GetPrivateProfileString(ActiveCameraSection(), "fFrameRate", "", CameraFilePath),
+              Format("%f", static_cast<double>(reckoned)))
+        << "what was asked for";
+    told.integrationMs = 7.5;
+    SetIntegrationIndex(5, IntegrationSlot);
+    EXPECT_EQ(IntegrationMsecInForce, 7.5);
+    told.rateHz = 12.25;
+    LoadHeadTiming(write::registers.HeadTiming);
+    EXPECT_EQ(FrameRate, 12.25F);
 }
 
 TEST_F(CameraReportOf, NotesComeInOneBoxAndThenOnTheStatusLine)
