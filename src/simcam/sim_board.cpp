@@ -397,6 +397,13 @@ std::int64_t FrameCount(BoardModule /*module*/)
     return FramesGrabbed();
 }
 
+CameraReport ReportOfCamera(BoardModule /*module*/)
+{
+    if (!board.camera) return {};
+    FollowHead(*board.camera);
+    return SimReport(*board.camera);
+}
+
 constexpr BoardTable kSimulatedBoard{
     .name = "sim",
     .load_cnf = LoadCnf,
@@ -419,6 +426,7 @@ constexpr BoardTable kSimulatedBoard{
     .exit = Exit,
     .frame_count = FrameCount,
     .next_frame = NextFrame,
+    .report = ReportOfCamera,
 };
 
 }  // namespace

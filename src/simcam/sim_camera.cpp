@@ -423,6 +423,17 @@ void SendToBoard(const Exposure& exposure, std::size_t width, std::size_t height
 
 }  // namespace
 
+CameraReport SimReport(const SimCamera& camera)
+{
+    const std::scoped_lock lock(camera.mutex);
+    const FocalPlaneWindow window = WindowOnArray(camera.head);
+    CameraReport report;
+    report.columns = window.Columns();
+    report.rows = window.Rows();
+    report.bits = kConverterBits;
+    return report;
+}
+
 void ReadSimFrame(SimCamera& camera, std::int64_t n, std::int64_t timeUs, std::int32_t width, std::int32_t height,
                   std::span<std::int16_t> out)
 {

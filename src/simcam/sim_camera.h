@@ -6,6 +6,7 @@
 // here on a camera has it to itself. Cameras are opened and forgotten by the main thread while no capture runs.
 #pragma once
 
+#include "grabber/copm2.h"
 #include "wirehead/head_registers.h"
 
 #include <array>
@@ -36,6 +37,9 @@ std::vector<std::uint8_t> AnswerSimFrame(SimCamera& camera, const WireFrame& fra
 double SimFramePeriodUs(const SimCamera& camera);
 // The integration time that the registers give, in microseconds; at most the frame period.
 double SimIntegrationUs(const SimCamera& camera);
+// What a board sees on the camera's video: rows and columns of its window, the converter's bits. The head has no
+// reading back: rate and integration time are reckoned from what it was sent.
+CameraReport SimReport(const SimCamera& camera);
 
 // Frame number n of the readout: rows x columns of the window in readout order, cut at height x width; what the window
 // doesn't cover is 0. A pure function of the registers, the scene in front of the camera at timeUs, the seed and n.

@@ -16,7 +16,8 @@
 namespace kelvo {
 
 constexpr double kKelvinAtZeroCelsius = 273.15;
-constexpr double kHighestCount = 16383;  // 14 bits
+constexpr int kConverterBits = 14;
+constexpr double kHighestCount = (1 << kConverterBits) - 1;
 
 // Photon radiance of a black body between two wavelengths, by Planck's law: the integral of 2c / w^4 / (e^(hc/wkT) - 1)
 // over w. Summed as the series in e^(-n x), x = hc/wkT, to a relative 1e-12. temperatureK above 0.

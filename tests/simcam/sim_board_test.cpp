@@ -34,6 +34,19 @@ TEST_F(SimBoard, TheFileOfTheSectionBecomesTheCurrentCamera)
     EXPECT_EQ(GrabberPresent, 1);
 }
 
+TEST_F(SimBoard, TellsTheSizeAndTheBitsOfItsCamera)
+{
+    EXPECT_EQ(icp_report(0).columns, std::nullopt) << "before the set-up";
+    ASSERT_EQ(init_itex(), 1);
+    const CameraReport report = icp_report(IcpModule);
+    EXPECT_EQ(report.columns, 320);
+    EXPECT_EQ(report.rows, 256);
+    EXPECT_EQ(report.bits, 14);
+    EXPECT_EQ(report.rateHz, std::nullopt) << "the head has no reading back";
+    EXPECT_EQ(report.integrationMs, std::nullopt);
+    EXPECT_EQ(report.link, CameraLink::kUp);
+}
+
 TEST_F(SimBoard, NoFileOrABadOneFailsWithoutAMessage)
 {
     for (const char* name : {"none", "missing.cnf", "camera.ini"}) {
