@@ -17,7 +17,6 @@
 #include "state/windows.h"
 
 #include <algorithm>
-#include <optional>
 #include <string>
 
 namespace kelvo {
@@ -63,8 +62,6 @@ const StateNames kStateNames{
 constexpr int kIntegrationCombo = 626;
 
 float reckonedHz = 0;
-std::optional<double> toldHz;
-std::optional<double> toldIntegrationMs;
 
 // What was sent last. Valid only while the camera is on: without it every comparison counts as a change.
 HeadTimingRecord sentTiming;
@@ -193,23 +190,14 @@ double IntegrationTimeMsec(float frameRate, std::int32_t setting)
 
 void UpdateIntegrationInForce()
 {
-    const double reckonedMs = reckonedHz > 0 ? IntegrationTimeMsec(reckonedHz, IntegrationSetting) : 0;
-    write::head.IntegrationMsecInForce = toldIntegrationMs.value_or(reckonedMs);
+    TakeReckonedIntegration(reckonedHz > 0 ? IntegrationTimeMsec(reckonedHz, IntegrationSetting) : 0);
 }
 
 void SetFrameRate(float rateHz)
 {
     reckonedHz = rateHz;
-    write::head.FrameRate = toldHz ? static_cast<float>(*toldHz) : reckonedHz;
+    TakeReckonedRate(rateHz);
     UpdateIntegrationInForce();
-}
-
-void TakeToldTiming(std::optional<double> rateHz, std::optional<double> integrationMs)
-{
-    if (rateHz == toldHz && integrationMs == toldIntegrationMs) return;
-    toldHz = rateHz;
-    toldIntegrationMs = integrationMs;
-    SetFrameRate(reckonedHz);
 }
 
 std::int32_t IntegrationFromIndex(std::int32_t index, std::int16_t& lines, std::int16_t& cols)
@@ -341,8 +329,6 @@ void ResetCameraHead()
     write::head.IndexIntegrationTime = {};
     write::head.IntegrationSlot = 0;
     reckonedHz = 0;
-    toldHz.reset();
-    toldIntegrationMs.reset();
     sentTiming = {};
     sentSerialWord = {};
 }

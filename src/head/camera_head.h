@@ -24,11 +24,8 @@ std::size_t SlotInUse();  // IntegrationSlot as a place in IndexIntegrationTime,
 // until a head is known and its frame size is set. The head reports no time: this follows from its registers.
 double IntegrationTimeMsec(float frameRate, std::int32_t index);
 // The frame rate that follows from what the head was sent (Hz, 0: not known). FrameRate is that of the camera where it
-// tells one, otherwise this; the integration time in force follows.
+// tells one (head/camera_report.h), otherwise this; the integration time in force follows.
 void SetFrameRate(float rateHz);
-// What the camera tells of its own timing (head/camera_report.h), Hz and ms; nullopt: nothing, and what is reckoned
-// holds.
-void TakeToldTiming(std::optional<double> rateHz, std::optional<double> integrationMs);
 // Works out IntegrationMsecInForce of state/head_state.h again. Whoever changes the timing, the serial word or
 // IntegrationSetting calls it.
 void UpdateIntegrationInForce();

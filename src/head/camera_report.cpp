@@ -2,10 +2,10 @@
 
 #include "grabber/board_state.h"
 #include "grabber/capture.h"
-#include "head/camera_head.h"
 #include "platform/box.h"
 #include "platform/clock.h"
 #include "state/frame_state.h"
+#include "state/head_state_write.h"
 #include "state/state_registry.h"
 #include "state/windows.h"
 #include "ui/status.h"
@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvo {
@@ -22,6 +23,8 @@ namespace {
 constexpr std::int64_t kPauseMs = 250;  // between two questions for notes, and while a capture runs between any
 
 CameraReport report;
+float reckonedHz = 0;
+double reckonedMs = 0;
 std::optional<std::int64_t> askedMs;
 std::optional<std::int64_t> notesMs;
 bool lossIsTold = false;
@@ -43,6 +46,23 @@ const StateNames kStateNames{
     {"CameraCounts", [] { return StateValue{report.counts}; }},
 };
 
+void PutRateInForce()
+{
+    write::head.FrameRate = report.rateHz ? static_cast<float>(*report.rateHz) : reckonedHz;
+}
+
+void PutIntegrationInForce()
+{
+    write::head.IntegrationMsecInForce = report.integrationMs.value_or(reckonedMs);
+}
+
+void TakeReport(CameraReport now)
+{
+    const CameraReport before = std::exchange(report, std::move(now));
+    if (report.rateHz != before.rateHz) PutRateInForce();
+    if (report.integrationMs != before.integrationMs) PutIntegrationInForce();
+}
+
 // One text, a note a line.
 std::string Joined(const std::vector<std::string>& notes, const char* separator)
 {
@@ -58,14 +78,25 @@ const CameraReport& CurrentCameraReport()
     return report;
 }
 
+void TakeReckonedRate(float rateHz)
+{
+    reckonedHz = rateHz;
+    PutRateInForce();
+}
+
+void TakeReckonedIntegration(double integrationMs)
+{
+    reckonedMs = integrationMs;
+    PutIntegrationInForce();
+}
+
 void AskCamera()
 {
     if (!CameraOn) return;
     const std::int64_t nowMs = TickMs();
     if (CaptureRuns() && askedMs && nowMs - *askedMs < kPauseMs) return;
     askedMs = nowMs;
-    report = icp_report(IcpModule);
-    TakeToldTiming(report.rateHz, report.integrationMs);
+    TakeReport(icp_report(IcpModule));
 }
 
 void FollowCamera()
@@ -95,12 +126,18 @@ bool CameraIsLost()
 
 void ForgetCameraReport()
 {
-    report = {};
+    TakeReport({});
     askedMs.reset();
     notesMs.reset();
     lossIsTold = false;
     boxWasShown = false;
-    TakeToldTiming(std::nullopt, std::nullopt);
+}
+
+void ResetCameraReport()
+{
+    reckonedHz = 0;
+    reckonedMs = 0;
+    ForgetCameraReport();
 }
 
 }  // namespace kelvo

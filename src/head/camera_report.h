@@ -14,6 +14,10 @@ namespace kelvo {
 // As it was told last; nothing while the camera is off.
 const CameraReport& CurrentCameraReport();
 
+// What follows from what the head was sent, Hz and ms (0: not known): in force where the camera tells nothing.
+void TakeReckonedRate(float rateHz);
+void TakeReckonedIntegration(double integrationMs);
+
 // Asks the board and puts in force what it says. While a capture runs, whose thread owns the board, it is asked four
 // times a second at most.
 void AskCamera();
@@ -28,5 +32,8 @@ bool CameraIsLost();
 
 // The camera was turned off, or is about to be turned on: what is reckoned holds, and the next note comes in a box.
 void ForgetCameraReport();
+
+// Nothing is told, and nothing reckoned.
+void ResetCameraReport();
 
 }  // namespace kelvo

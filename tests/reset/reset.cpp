@@ -141,7 +141,7 @@ constexpr void (*kModules[])() = {
     ResetScript,  // these are closed while there is an application
     ResetExternalSignal,
     ResetPlatform,
-    ForgetCameraReport,
+    ResetCameraReport,
     ResetWindows,
     ResetFrameState,
     ResetDisplayState,
