@@ -50,6 +50,7 @@ class MemoryCamera final : public CameraDevice {
     const FeatureAccess& Features() override { return features_; }
     CameraShape Shape() const override { return shape_; }
     std::int32_t PacketSize() const override { return 0; }
+    std::optional<ReceiveBuffer> StreamBuffer() const override { return std::nullopt; }
     bool BeginStream(std::string&) override { return true; }
     void EndStream() override {}
     std::optional<CameraBuffer> WaitForBuffer(std::int64_t limitUs) override

@@ -2,6 +2,7 @@
 
 #include "genicam/camera_list.h"
 #include "genicam/glib_handles.h"
+#include "genicam/network_check.h"
 #include "platform/text.h"
 
 #include <arv.h>
@@ -171,6 +172,7 @@ class AravisCamera final : public CameraDevice {
             return false;
         }
         const std::size_t payload = arv_camera_get_payload(camera_.get(), failure.Place());
+        if (isGigE_) AskForReceiveBuffer(payload);
         for (int i = 0; i < buffers_ && !failure; ++i) {
             arv_stream_push_buffer(stream_.get(), arv_buffer_new_allocate(payload));
         }
@@ -187,6 +189,13 @@ class AravisCamera final : public CameraDevice {
         Failure failure;
         if (!IsLost()) arv_camera_stop_acquisition(camera_.get(), failure.Place());
         stream_.reset();
+    }
+
+    std::optional<ReceiveBuffer> StreamBuffer() const override
+    {
+        if (!stream_ || !isGigE_) return std::nullopt;
+        const std::int64_t granted = ReceiveBufferOfPort(arv_gv_stream_get_port(GigEStream()));
+        return granted > 0 ? std::optional(ReceiveBuffer{.asked = askedBytes_, .granted = granted}) : std::nullopt;
     }
 
     std::optional<CameraBuffer> WaitForBuffer(std::int64_t limitUs) override
@@ -231,6 +240,17 @@ class AravisCamera final : public CameraDevice {
     static void NoteControlLost(ArvDevice* /*device*/, std::atomic<bool>* isLost) { *isLost = true; }
 
     bool IsController() const { return arv_gv_device_is_controller(reinterpret_cast<ArvGvDevice*>(device_)) != FALSE; }
+
+    ArvGvStream* GigEStream() const { return reinterpret_cast<ArvGvStream*>(stream_.get()); }
+
+    // Left alone, the library has the system's least one, whatever the system would grant.
+    void AskForReceiveBuffer(std::size_t frameBytes)
+    {
+        constexpr std::int64_t kMostBytes = std::int64_t{1} << 30;
+        askedBytes_ = std::min(kFramesOfReceiveBuffer * static_cast<std::int64_t>(frameBytes), kMostBytes);
+        g_object_set(stream_.get(), "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_FIXED, "socket-buffer-size",
+                     static_cast<gint>(askedBytes_), nullptr);
+    }
 
     // The format that is wished, or the camera's own; where that isn't monochrome, the first one that is.
     bool ChooseFormat(const std::string& wished, std::string& error)
@@ -290,6 +310,7 @@ class AravisCamera final : public CameraDevice {
     FeatureAccess features_;
     bool isGigE_ = false;
     std::int32_t buffers_ = 0;
+    std::int64_t askedBytes_ = 0;  // for the receive buffer
     CameraShape shape_;
     ObjectHold<ArvStream> stream_;
 };

@@ -33,6 +33,13 @@ struct CameraShape {
     FrameNumbering numbering = FrameNumbering::k16Bits;
 };
 
+// Where the system keeps a stream's packets until they are read, in bytes.
+struct ReceiveBuffer {
+    std::int64_t asked = 0;
+    std::int64_t granted = 0;
+    friend bool operator==(const ReceiveBuffer&, const ReceiveBuffer&) = default;
+};
+
 // A buffer of the stream. Its bytes stay as they are as long as the keeper lives, also when the stream has ended.
 struct CameraBuffer {
     std::shared_ptr<void> keeper;
@@ -56,6 +63,9 @@ class CameraDevice {
     // False, with why in error, where no stream comes up.
     virtual bool BeginStream(std::string& error) = 0;
     virtual void EndStream() = 0;
+    // Of the stream that runs, read back; it is known when the first buffer has come. nullopt: the transport has none,
+    // or it isn't known.
+    virtual std::optional<ReceiveBuffer> StreamBuffer() const = 0;
     virtual std::optional<CameraBuffer> WaitForBuffer(std::int64_t limitUs) = 0;
     // It can be filled again.
     virtual void GiveBack(CameraBuffer buffer) = 0;

@@ -8,9 +8,12 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <optional>
+#include <system_error>
 
 namespace kelvo {
 
@@ -54,6 +57,17 @@ std::string InterfaceWithAddress(const in_addr& own)
     return {};
 }
 
+bool StandsAtPort(int descriptor, std::uint16_t port)
+{
+    sockaddr_in own{};
+    socklen_t size = sizeof(own);
+    if (getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &size) != 0) return false;
+    int type = 0;
+    socklen_t typeSize = sizeof(type);
+    const bool isDatagram = getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &typeSize) == 0 && type == SOCK_DGRAM;
+    return isDatagram && own.sin_family == AF_INET && ntohs(own.sin_port) == port;
+}
+
 }  // namespace
 
 std::vector<std::string> WhatTheNetworkLacks(const NetworkFigures& figures, std::int64_t frameBytes)
@@ -66,7 +80,7 @@ std::vector<std::string> WhatTheNetworkLacks(const NetworkFigures& figures, std:
             figures.interfaceName.c_str(), static_cast<long long>(figures.packetBytes), figures.interfaceName.c_str()));
     }
     // The system's own book-keeping takes up to as much again as the packets themselves.
-    const std::int64_t wanted = 2 * frameBytes;
+    const std::int64_t wanted = kFramesOfReceiveBuffer * frameBytes;
     if (figures.receiveBufferMax > 0 && figures.receiveBufferMax < wanted) {
         constexpr std::int64_t kMegabyte = std::int64_t{1024} * 1024;
         const std::int64_t rounded = (wanted + kMegabyte - 1) / kMegabyte * kMegabyte;
@@ -90,6 +104,21 @@ NetworkFigures ReadNetworkFigures(const std::string& address)
     }
     figures.receiveBufferMax = NumberInFile("/proc/sys/net/core/rmem_max");
     return figures;
+}
+
+std::int64_t ReceiveBufferOfPort(std::uint16_t port)
+{
+    std::error_code failed;
+    for (std::filesystem::directory_iterator each("/proc/self/fd", failed), end; !failed && each != end;
+         each.increment(failed)) {
+        const int descriptor = std::atoi(each->path().filename().c_str());
+        if (!StandsAtPort(descriptor, port)) continue;
+        int bytes = 0;
+        socklen_t size = sizeof(bytes);
+        if (getsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &bytes, &size) != 0) return 0;
+        return bytes / 2;  // the system doubles what is asked, for its own book-keeping
+    }
+    return 0;
 }
 
 }  // namespace kelvo

@@ -19,11 +19,18 @@ struct NetworkFigures {
 // jumbo frames has 9000 bytes, some a little less.
 constexpr std::int64_t kGoodPacketBytes = 8000;
 
+// A stream's receive buffer holds so many frames: one comes while the other is taken apart.
+constexpr std::int64_t kFramesOfReceiveBuffer = 2;
+
 // What is lacking and what to do, a sentence or two each; empty: nothing. frameBytes: of a frame on the wire. A figure
 // that isn't known lacks nothing.
 std::vector<std::string> WhatTheNetworkLacks(const NetworkFigures& figures, std::int64_t frameBytes);
 
 // The figures of the interface over which that address (IPv4, in digits) is reached.
 NetworkFigures ReadNetworkFigures(const std::string& address);
+
+// The receive buffer that this process's socket at that UDP port was granted, in bytes as a program asks for them. 0:
+// no socket of this process is there.
+std::int64_t ReceiveBufferOfPort(std::uint16_t port);
 
 }  // namespace kelvo

@@ -415,11 +415,24 @@ struct SharedCamera::State {
         stream->lostBase = lost + missed;
     }
 
+    void NoteStreamBuffer()
+    {
+        const std::optional<ReceiveBuffer> buffer = streaming->StreamBuffer();
+        if (!buffer || buffer->granted >= buffer->asked) return;
+        Note(
+            Format("The network's receive buffer has %lld bytes where %lld were asked: frames can get lost. Setup, "
+                   "Cameras... says what to do.",
+                   static_cast<long long>(buffer->granted), static_cast<long long>(buffer->asked)));
+    }
+
     void TakeBuffer(CameraBuffer buffer)
     {
         const std::int64_t nowUs = SteadyUs();
         const std::int64_t number = stream->numbers.NumberOf(buffer.number);
-        if (!stream->base) PlaceStream(buffer, number);
+        if (!stream->base) {
+            PlaceStream(buffer, number);
+            NoteStreamBuffer();
+        }
         if (buffer.isWhole) stream->silentSinceUs = nowUs;
         const std::size_t handle = stream->nextHandle++;
         if (stream->order.Take(number, buffer.isWhole, handle, nowUs)) {

@@ -1,12 +1,14 @@
 // The way of a real camera's frames, on the loopback: Aravis's own fake camera at one end, the board at the other.
 #include "genicam/aravis_camera.h"
 #include "genicam/genicam_camera.h"
+#include "genicam/network_check.h"
 #include "genicam/shared_camera.h"
 #include "support/address_hold.h"
 
 #include <arv.h>
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <functional>
@@ -105,6 +107,19 @@ TEST_F(Loopback, FramesComeWholeAndInOrder)
     EXPECT_EQ(report.bits, 15);
     EXPECT_GT(report.rateHz, 0);
     EXPECT_THAT(report.clock, HasSubstr("the camera's clock"));
+}
+
+TEST_F(Loopback, TheReceiveBufferHasRoomForTwoFramesWhereTheSystemGrantsIt)
+{
+    const std::unique_ptr<CameraDevice> device = OpenAravisCamera(kAddress, {.format = "Mono16"}, error);
+    ASSERT_TRUE(device && device->BeginStream(error)) << error;
+    ASSERT_TRUE(device->WaitForBuffer(10 * kSecondUs));
+    const std::optional<ReceiveBuffer> buffer = device->StreamBuffer();
+    ASSERT_TRUE(buffer);
+    EXPECT_EQ(buffer->asked, std::int64_t{2 * 2 * kPixels});
+    EXPECT_EQ(buffer->granted, std::min(buffer->asked, ReadNetworkFigures(kAddress).receiveBufferMax));
+    device->EndStream();
+    EXPECT_EQ(device->StreamBuffer(), std::nullopt);
 }
 
 TEST_F(Loopback, TheCameraFollowsTheWire)

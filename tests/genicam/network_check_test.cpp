@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <net/if.h>
+#include <netinet/in.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -51,6 +52,22 @@ TEST(NetworkCheck, ReadsTheInterfaceThatLeadsToAnAddress)
     ASSERT_EQ(ioctl(descriptor, SIOCGIFMTU, &request), 0);
     close(descriptor);
     EXPECT_EQ(figures.packetBytes, request.ifr_mtu);
+}
+
+TEST(NetworkCheck, ReadsBackTheReceiveBufferOfAPort)
+{
+    constexpr int kAsked = 65536;
+    const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in own{};
+    own.sin_family = AF_INET;
+    own.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&own), sizeof(own)), 0);
+    ASSERT_EQ(setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &kAsked, sizeof(kAsked)), 0);
+    socklen_t size = sizeof(own);
+    ASSERT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&own), &size), 0);
+    EXPECT_EQ(ReceiveBufferOfPort(ntohs(own.sin_port)), kAsked);
+    close(descriptor);
+    EXPECT_EQ(ReceiveBufferOfPort(ntohs(own.sin_port)), 0);
 }
 
 TEST(NetworkCheck, KnowsNothingOfWhatIsNoAddress)

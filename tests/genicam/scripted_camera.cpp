@@ -53,6 +53,7 @@ class ScriptedDevice final : public CameraDevice {
     const FeatureAccess& Features() override { return features_; }
     CameraShape Shape() const override { return camera_->shape; }
     std::int32_t PacketSize() const override { return camera_->packetSize; }
+    std::optional<ReceiveBuffer> StreamBuffer() const override { return camera_->streamBuffer; }
     bool BeginStream(std::string& /*error*/) override
     {
         const std::scoped_lock lock(camera_->mutex);

@@ -32,6 +32,7 @@ struct ScriptedCamera {
     std::vector<std::string> asked;
     CameraShape shape;
     std::int32_t packetSize = 0;
+    std::optional<ReceiveBuffer> streamBuffer;
     bool isThere = true;  // it can be opened
     bool isLost = false;  // control over it was
     bool answers = true;

@@ -199,6 +199,29 @@ TEST_F(Shared, TellsOfAFormatAndAPacketSizeThatTheCameraDidntTake)
                                                 "The camera sends packets of 1476 bytes where 9000 were asked."));
 }
 
+TEST_F(Shared, TellsOnceOfAReceiveBufferThatTheSystemDidntGrant)
+{
+    script->streamBuffer = ReceiveBuffer{.asked = 327680, .granted = 212992};
+    for (std::uint64_t number = 1; number <= 2; ++number) {
+        ASSERT_TRUE(camera.BeginGrab(SharedCamera::Trigger::kNone));
+        script->Send(number, 1);
+        ASSERT_THAT(ReadNumbers(0, 1), ElementsAre(1));
+        camera.EndGrab();
+    }
+    EXPECT_THAT(camera.TakeNotes(),
+                ElementsAre("The network's receive buffer has 212992 bytes where 327680 were asked: frames can get "
+                            "lost. Setup, Cameras... says what to do."));
+}
+
+TEST_F(Shared, SaysNothingOfAReceiveBufferThatIsGranted)
+{
+    script->streamBuffer = ReceiveBuffer{.asked = 327680, .granted = 327680};
+    ASSERT_TRUE(camera.BeginGrab(SharedCamera::Trigger::kNone));
+    script->Send(1, 1);
+    ASSERT_THAT(ReadNumbers(0, 1), ElementsAre(1));
+    EXPECT_THAT(camera.TakeNotes(), IsEmpty());
+}
+
 TEST_F(Shared, ACameraThatIsntThereIsASilentHead)
 {
     script->Set(&ScriptedCamera::isThere, false);
