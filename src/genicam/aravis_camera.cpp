@@ -144,9 +144,7 @@ class AravisCamera final : public CameraDevice {
             error = "Another program holds the camera.";
             return false;
         }
-        if (isGigE_ && settings.packetSize > 0) {
-            arv_camera_gv_set_packet_size(camera_.get(), settings.packetSize, failure.Place());
-        }
+        if (isGigE_) ChoosePacketSize(settings.packetSize);
         buffers_ = std::clamp(settings.buffers, kLeastBuffers, kMostBuffers);
         return ChooseFormat(settings.format, error) && ReadShape(error);
     }
@@ -242,6 +240,16 @@ class AravisCamera final : public CameraDevice {
     bool IsController() const { return arv_gv_device_is_controller(reinterpret_cast<ArvGvDevice*>(device_)) != FALSE; }
 
     ArvGvStream* GigEStream() const { return reinterpret_cast<ArvGvStream*>(stream_.get()); }
+
+    // 0: the largest that the way lets through, tried before the stream begins; a camera that can't be tried keeps its
+    // own. The library tries others than a given one where that one doesn't come through: the operator's stays.
+    void ChoosePacketSize(std::int32_t bytes)
+    {
+        Failure failure;
+        arv_camera_gv_set_packet_size_adjustment(
+            camera_.get(), bytes > 0 ? ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER : ARV_GV_PACKET_SIZE_ADJUSTMENT_ONCE);
+        if (bytes > 0) arv_camera_gv_set_packet_size(camera_.get(), bytes, failure.Place());
+    }
 
     // Left alone, the library has the system's least one, whatever the system would grant.
     void AskForReceiveBuffer(std::size_t frameBytes)

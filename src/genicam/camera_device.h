@@ -19,7 +19,7 @@ namespace kelvo {
 // What the operator chose for one camera; the defaults leave the choice to camera and transport.
 struct DeviceSettings {
     std::string format{};               // name of a pixel format; empty: the one that the camera has
-    std::int32_t packetSize = 0;        // bytes with all heads (GigE Vision); 0: as the transport finds it
+    std::int32_t packetSize = 0;        // bytes with all heads (GigE Vision); 0: the largest that comes through
     std::int32_t buffers = 32;          // of a frame each, for the stream and for what waits
     std::optional<CountRule> counts{};  // nullopt: DefaultCountRule of the format
     friend bool operator==(const DeviceSettings&, const DeviceSettings&) = default;

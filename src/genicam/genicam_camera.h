@@ -5,7 +5,7 @@
 //     [GenICam]
 //     Device=192.168.1.20    ; as behind "genicam:"; without it, or without the file, the camera of the head
 //     Format=Mono12p         ; of its pixels; without it the one that the camera has
-//     PacketSize=8000        ; bytes; 0, as without it: as the transport finds it
+//     PacketSize=8000        ; bytes; 0, as without it: the largest that comes through
 //     Buffers=32             ; of a frame each, 24 to 512
 //     Pedestal=32768         ; counts that are taken off, 0 to 65535
 //     Shift=1                ; bits to the right, 0 to 8; without both: 1 for 16 bits, otherwise 0

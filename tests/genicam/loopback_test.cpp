@@ -109,6 +109,20 @@ TEST_F(Loopback, FramesComeWholeAndInOrder)
     EXPECT_THAT(report.clock, HasSubstr("the camera's clock"));
 }
 
+TEST_F(Loopback, APacketSizeThatIsGivenIsTakenReadBackAndKept)
+{
+    constexpr std::int32_t kBytes = 3000;
+    const std::unique_ptr<CameraDevice> device =
+        OpenAravisCamera(kAddress, {.format = "Mono16", .packetSize = kBytes}, error);
+    ASSERT_TRUE(device) << error;
+    EXPECT_EQ(device->PacketSize(), kBytes);
+    ASSERT_TRUE(device->BeginStream(error)) << error;
+    const auto buffer = device->WaitForBuffer(10 * kSecondUs);
+    ASSERT_TRUE(buffer);
+    EXPECT_TRUE(buffer->isWhole);
+    EXPECT_EQ(device->PacketSize(), kBytes);
+}
+
 TEST_F(Loopback, TheReceiveBufferHasRoomForTwoFramesWhereTheSystemGrantsIt)
 {
     const std::unique_ptr<CameraDevice> device = OpenAravisCamera(kAddress, {.format = "Mono16"}, error);
