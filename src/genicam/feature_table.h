@@ -13,23 +13,26 @@
 namespace kelvo {
 
 enum class Feature {
-    kRate,           // frames a second, Hz
-    kRateSwitch,     // that the rate is to hold
-    kActualRate,     // what comes of it, Hz
-    kExposure,       // of a frame, µs
-    kGain,           // in the camera's own unit
-    kBlackLevel,     // the same
-    kFlipColumns,    //
-    kFlipRows,       //
-    kTestPattern,    //
-    kTrigger,        // whether frames wait for a trigger
-    kTriggerSource,  //
-    kTriggerNow,     // the software trigger
-    kMaker,          // who made it
-    kModel,          //
-    kSerial,         //
+    kRate,            // frames a second, Hz
+    kRateSwitch,      // that the rate is to hold
+    kActualRate,      // what comes of it, Hz
+    kExposure,        // of a frame, µs
+    kExposureAuto,    // that the camera chooses it
+    kGain,            // in the camera's own unit
+    kGainAuto,        //
+    kBlackLevel,      // in the camera's own unit
+    kBlackLevelAuto,  //
+    kFlipColumns,     //
+    kFlipRows,        //
+    kTestPattern,     //
+    kTrigger,         // whether frames wait for a trigger
+    kTriggerSource,   //
+    kTriggerNow,      // the software trigger
+    kMaker,           // who made it
+    kModel,           //
+    kSerial,          //
 };
-constexpr std::size_t kFeatures = 15;
+constexpr std::size_t kFeatures = 18;
 
 enum class FeatureKind { kReal, kWhole, kSwitch, kChoice, kCommand, kText };
 

@@ -31,6 +31,7 @@ class Setter {
 
     void Exposure(double wantedUs)
     {
+        SwitchFeature(camera_, Feature::kExposureAuto, false);
         const std::optional<double> got = SetNumber(Feature::kExposure, wantedUs, "an integration time");
         settings_.exposureUs = got;
         if (got && Differs(wantedUs, *got)) {
@@ -49,9 +50,11 @@ class Setter {
         }
     }
 
-    // A step in the camera's own range; what it has there is what the step means.
-    std::optional<double> Step(Feature feature, std::int32_t step, std::int32_t steps, const char* what)
+    // A step in the camera's own range; what it has there is what the step means. The camera no longer chooses itself.
+    std::optional<double> Step(Feature feature, Feature automatic, std::int32_t step, std::int32_t steps,
+                               const char* what)
     {
+        SwitchFeature(camera_, automatic, false);
         const std::optional<FeatureRange> range = RangeOfFeature(camera_, feature);
         return SetNumber(feature, range ? ValueOfStep(step, steps, *range) : step, what);
     }
@@ -134,10 +137,11 @@ bool ApplyWishes(const FeatureAccess& camera, const CameraWishes& wishes, const 
         }
     }
     if (asks(&CameraWishes::gainIndex)) {
-        settings.gain = set.Step(Feature::kGain, wishes.gainIndex, kGainSteps, "a gain");
+        settings.gain = set.Step(Feature::kGain, Feature::kGainAuto, wishes.gainIndex, kGainSteps, "a gain");
     }
     if (asks(&CameraWishes::blackLevel)) {
-        settings.blackLevel = set.Step(Feature::kBlackLevel, wishes.blackLevel, kBlackLevelSteps, "a black level");
+        settings.blackLevel = set.Step(Feature::kBlackLevel, Feature::kBlackLevelAuto, wishes.blackLevel,
+                                       kBlackLevelSteps, "a black level");
     }
     if (asks(&CameraWishes::flipColumns)) set.Switch(Feature::kFlipColumns, wishes.flipColumns, "flip of columns");
     if (asks(&CameraWishes::flipRows)) set.Switch(Feature::kFlipRows, wishes.flipRows, "flip of rows");

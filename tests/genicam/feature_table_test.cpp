@@ -92,6 +92,20 @@ TEST_F(Features, AreSwitchedByTheWordsThatTheCameraKnows)
     EXPECT_FALSE(SwitchFeature(camera, Feature::kTestPattern, true)) << "nothing to choose";
 }
 
+// A camera that follows the scene by itself measures nothing.
+TEST_F(Features, ThatTheCameraChoosesByItselfAreItsNoLonger)
+{
+    HaveAll();
+    for (const char* const name : {"ExposureAuto", "GainAuto", "BlackLevelAuto"}) {
+        features[name] = {.text = "Continuous", .choices = {"Continuous", "Once", "Off"}};
+    }
+    EXPECT_TRUE(Apply({.rateHz = 50, .exposureUs = 1000, .gainIndex = 3, .blackLevel = 10}));
+    for (const char* const name : {"ExposureAuto", "GainAuto", "BlackLevelAuto"}) {
+        EXPECT_EQ(features[name].text, "Off") << name;
+    }
+    EXPECT_THAT(notes, IsEmpty());
+}
+
 // 48 MHz / (2 x 3 + 2) is a pixel clock of 6 MHz; a frame of 16 x 64 x 80 pixel clocks takes 13.65 ms.
 HeadRegisters RunningHead()
 {
