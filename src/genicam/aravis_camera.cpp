@@ -145,6 +145,7 @@ class AravisCamera final : public CameraDevice {
             return false;
         }
         if (isGigE_) ChoosePacketSize(settings.packetSize);
+        ChooseSize(settings.columns, settings.rows);
         buffers_ = std::clamp(settings.buffers, kLeastBuffers, kMostBuffers);
         return ChooseFormat(settings.format, error) && ReadShape(error);
     }
@@ -240,6 +241,31 @@ class AravisCamera final : public CameraDevice {
     bool IsController() const { return arv_gv_device_is_controller(reinterpret_cast<ArvGvDevice*>(device_)) != FALSE; }
 
     ArvGvStream* GigEStream() const { return reinterpret_cast<ArvGvStream*>(stream_.get()); }
+
+    // A frame of that size stays where it is. Another is set as far as the camera goes, in its steps.
+    void ChooseSize(std::int32_t columns, std::int32_t rows)
+    {
+        Failure failure;
+        gint x = 0;
+        gint y = 0;
+        gint width = 0;
+        gint height = 0;
+        arv_camera_get_region(camera_.get(), &x, &y, &width, &height, failure.Place());
+        if (columns <= 0 || rows <= 0 || failure || (columns == width && rows == height)) return;
+        // The bounds are those beside the offset: it goes first.
+        arv_camera_set_region(camera_.get(), 0, 0, -1, -1, failure.Place());
+        const auto within = [&](std::int32_t wanted, auto bounds, auto increment) {
+            gint least = 0;
+            gint most = 0;
+            bounds(camera_.get(), &least, &most, failure.Place());
+            const gint step = std::max(increment(camera_.get(), failure.Place()), 1);
+            const gint side = std::clamp(wanted, least, std::max(least, most));
+            return side - (side - least) % step;
+        };
+        width = within(columns, arv_camera_get_width_bounds, arv_camera_get_width_increment);
+        height = within(rows, arv_camera_get_height_bounds, arv_camera_get_height_increment);
+        if (!failure) arv_camera_set_region(camera_.get(), -1, -1, width, height, failure.Place());
+    }
 
     // 0: the largest that the way lets through, tried before the stream begins; a camera that can't be tried keeps its
     // own. The library tries others than a given one where that one doesn't come through: the operator's stays.

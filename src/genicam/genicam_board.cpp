@@ -74,6 +74,24 @@ void PassTime(std::int64_t limitUs)
     if (ClockIsVirtual()) AdvanceVirtualClock(limitUs);
 }
 
+SharedCamera::Section ActiveSection()
+{
+    constexpr std::int32_t kUnit = 4;  // of the wire
+    const auto number = [section = ActiveCameraSection()](const char* key, std::int32_t fallback) {
+        return GetPrivateProfileInt(section, key, fallback, CameraFilePath);
+    };
+    const auto side = [&number](const char* key) { return std::clamp(number(key, 0), 0, kLargestSide); };
+    const auto timing = [&](const char* active, const char* extra) {
+        return (side(active) + std::clamp(number(extra, 0), -kLargestSide, kLargestSide)) / kUnit * kUnit;
+    };
+    const std::int32_t clockHz = number("QVF1058_MasterClockFrequency", kUsualClockHz);
+    return {.clockHz = static_cast<double>(clockHz > 0 ? clockHz : kUsualClockHz),
+            .timingRows = timing("Vactive", "QVF1058_ExtraTimingRows"),
+            .timingColumns = timing("Hactive", "QVF1058_ExtraTimingCols"),
+            .rows = side("Vroi"),
+            .columns = side("Hroi")};
+}
+
 std::int32_t LoadCnf(const std::string& path)
 {
     if (FaultIsSet("itx_load_cnf")) return kFailed;
@@ -85,6 +103,7 @@ std::int32_t LoadCnf(const std::string& path)
     }
     std::shared_ptr<SharedCamera> camera = file->device ? GenicamCamera(*file->device) : cameras.ofHead;
     if (!camera) camera = GenicamCamera("");
+    if (camera != cameras.ofHead) camera->SetSection(ActiveSection());
     if (board.camera && board.camera != camera) board.camera->Release();
     camera->SetSettings(file->settings);
     board.camera = std::move(camera);
@@ -277,25 +296,10 @@ constexpr BoardTable kGenicamBoard{
     .lost_by_transport = LostByTransport,
 };
 
-SharedCamera::SectionTiming TimingOfSection()
-{
-    constexpr std::int32_t kUnit = 4;  // of the wire
-    const auto number = [section = ActiveCameraSection()](const char* key, std::int32_t fallback) {
-        return GetPrivateProfileInt(section, key, fallback, CameraFilePath);
-    };
-    const auto side = [&number](const char* active, const char* extra) {
-        return std::clamp(number(active, 0) + number(extra, 0), 0, kLargestSide) / kUnit * kUnit;
-    };
-    const std::int32_t clockHz = number("QVF1058_MasterClockFrequency", kUsualClockHz);
-    return {.clockHz = static_cast<double>(clockHz > 0 ? clockHz : kUsualClockHz),
-            .rows = side("Vactive", "QVF1058_ExtraTimingRows"),
-            .columns = side("Hactive", "QVF1058_ExtraTimingCols")};
-}
-
 HeadLine MakeLine(const std::string& device, std::string& /*error*/)
 {
     cameras.ofHead = GenicamCamera(device);
-    cameras.ofHead->SetSectionTiming(TimingOfSection());
+    cameras.ofHead->SetSection(ActiveSection());
     return LineToHead([camera = cameras.ofHead](const WireFrame& frame) { return camera->Answer(frame); });
 }
 

@@ -70,21 +70,22 @@ bool IsFrameSize(const WireFrame& frame)
 }
 
 // The head was sent a frame size: the section's, as far as a byte can say it. The sentence where it is another.
-std::string TakeSectionSize(const SharedCamera::SectionTiming& section, HeadRegisters& head)
+std::string TakeSectionSize(const SharedCamera::Section& section, HeadRegisters& head)
 {
     constexpr std::int32_t kUnit = 4;
     constexpr std::int32_t kByte = 256;
     head.rowsBeyondByte = head.colsBeyondByte = 0;
-    if (section.rows == 0 || section.columns == 0) return {};
-    if (section.rows / kUnit % kByte == head.timingRows && section.columns / kUnit % kByte == head.timingCols) {
-        head.rowsBeyondByte = section.rows - kUnit * head.timingRows;
-        head.colsBeyondByte = section.columns - kUnit * head.timingCols;
+    if (section.timingRows == 0 || section.timingColumns == 0) return {};
+    if (section.timingRows / kUnit % kByte == head.timingRows &&
+        section.timingColumns / kUnit % kByte == head.timingCols) {
+        head.rowsBeyondByte = section.timingRows - kUnit * head.timingRows;
+        head.colsBeyondByte = section.timingColumns - kUnit * head.timingCols;
         return {};
     }
     return Format(
         "The head was sent a frame of %d columns and %d rows where the camera's section has %d and %d: the "
         "frame rate is reckoned from the former.",
-        ColumnsOfTiming(head), RowsOfTiming(head), section.columns, section.rows);
+        ColumnsOfTiming(head), RowsOfTiming(head), section.timingColumns, section.timingRows);
 }
 
 // A frame that can be read, and the board's name for it.
@@ -180,7 +181,7 @@ struct SharedCamera::State {
     std::mutex mutex;
     std::condition_variable changed;
     HeadRegisters head = FreshHead();
-    SectionTiming section;
+    Section section;
     std::optional<CameraShape> shape;  // of the camera opened last
     CountRule counts;
     CameraSettings told;  // actual, for those who ask
@@ -233,7 +234,13 @@ struct SharedCamera::State {
 
     bool OpenCamera(std::string& error)
     {
-        std::shared_ptr<CameraDevice> opened = opener(device, settings, error);
+        DeviceSettings asked = settings;
+        {
+            const std::scoped_lock lock(mutex);
+            asked.columns = section.columns;
+            asked.rows = section.rows;
+        }
+        std::shared_ptr<CameraDevice> opened = opener(device, asked, error);
         if (!opened) return false;
         camera = std::move(opened);
         applied.reset();
@@ -584,11 +591,11 @@ void SharedCamera::SetSettings(const DeviceSettings& settings)
     }
 }
 
-void SharedCamera::SetSectionTiming(const SectionTiming& timing)
+void SharedCamera::SetSection(const Section& section)
 {
     const std::scoped_lock lock(state_->mutex);
-    state_->section = timing;
-    state_->head.clockHz = timing.clockHz;
+    state_->section = section;
+    state_->head.clockHz = section.clockHz;
 }
 
 bool SharedCamera::Open(std::string& error)

@@ -30,15 +30,18 @@ class SharedCamera {
     // A camera that is open with other settings is opened again with these; a grab ends then.
     void SetSettings(const DeviceSettings& settings);
 
-    // What the section that drives the head says and the wire can't: the crystal that its registers divide, and the
-    // frame with blank rows and columns, multiples of 4. The wire has these in a byte each, at most 1020; where the
-    // byte agrees with a larger size, that one holds, otherwise the wire's does and the operator is told.
-    struct SectionTiming {
+    // What the section that drives the head says and the wire can't: the crystal that its registers divide, the frame
+    // with blank rows and columns, multiples of 4, and the frame itself, which the camera is set to when it is opened.
+    // The wire has the former in a byte each, at most 1020; where the byte agrees with a larger size, that one holds,
+    // otherwise the wire's does and the operator is told.
+    struct Section {
         double clockHz = 48e6;
-        std::int32_t rows = 0;     // 0: the wire's
-        std::int32_t columns = 0;  // the same
+        std::int32_t timingRows = 0;     // 0: the wire's
+        std::int32_t timingColumns = 0;  // the same
+        std::int32_t rows = 0;           // 0: as the camera stands
+        std::int32_t columns = 0;        // the same
     };
-    void SetSectionTiming(const SectionTiming& timing);
+    void SetSection(const Section& section);
 
     // True where the camera is open, or could be opened now; it blocks for that. False where it isn't there, or is lost
     // and being tried again.

@@ -123,6 +123,29 @@ TEST_F(Loopback, APacketSizeThatIsGivenIsTakenReadBackAndKept)
     EXPECT_EQ(device->PacketSize(), kBytes);
 }
 
+TEST_F(Loopback, TheFrameGetsTheSizeThatIsAskedAsFarAsTheCameraGoes)
+{
+    struct Asked {
+        std::int32_t columns;
+        std::int32_t rows;
+        std::int32_t columnsGot;
+        std::int32_t rowsGot;
+    };
+    // The fake camera's sensor has 2048 x 2048, and any side is its own.
+    for (const Asked& each : {Asked{0, 0, kSide, kSide}, {1024, 600, 1024, 600}, {9000, 600, 2048, 600}}) {
+        const std::unique_ptr<CameraDevice> device =
+            OpenAravisCamera(kAddress, {.format = "Mono16", .columns = each.columns, .rows = each.rows}, error);
+        ASSERT_TRUE(device) << error;
+        EXPECT_EQ(device->Shape().columns, each.columnsGot);
+        EXPECT_EQ(device->Shape().rows, each.rowsGot);
+        ASSERT_TRUE(device->BeginStream(error)) << error;
+        const auto buffer = device->WaitForBuffer(10 * kSecondUs);
+        ASSERT_TRUE(buffer);
+        EXPECT_TRUE(buffer->isWhole);
+        EXPECT_GE(buffer->bytes.size(), std::size_t{2} * static_cast<std::size_t>(each.columnsGot * each.rowsGot));
+    }
+}
+
 TEST_F(Loopback, TheReceiveBufferHasRoomForTwoFramesWhereTheSystemGrantsIt)
 {
     const std::unique_ptr<CameraDevice> device = OpenAravisCamera(kAddress, {.format = "Mono16"}, error);

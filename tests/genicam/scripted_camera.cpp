@@ -121,7 +121,7 @@ void ScriptedCamera::Set(bool ScriptedCamera::*what, bool on)
 
 CameraOpener OpenerOf(const std::shared_ptr<ScriptedCamera>& camera)
 {
-    return [camera](const std::string& device, const DeviceSettings& /*settings*/,
+    return [camera](const std::string& device, const DeviceSettings& settings,
                     std::string& error) -> std::unique_ptr<CameraDevice> {
         const std::scoped_lock lock(camera->mutex);
         if (!camera->isThere) {
@@ -131,6 +131,7 @@ CameraOpener OpenerOf(const std::shared_ptr<ScriptedCamera>& camera)
         camera->isLost = false;
         camera->answers = true;
         ++camera->openings;
+        camera->openedWith = settings;
         return std::make_unique<ScriptedDevice>(camera);
     };
 }

@@ -38,6 +38,7 @@ struct ScriptedCamera {
     bool answers = true;
     bool streams = false;
     int openings = 0;
+    DeviceSettings openedWith;
     int streamsBegun = 0;
     std::vector<CameraBuffer> sent;  // not yet taken
 

@@ -155,7 +155,7 @@ TEST_F(Shared, FollowsTheHeadsRegisters)
 
 TEST_F(Shared, DividesTheClockOfTheSection)
 {
-    camera.SetSectionTiming({.clockHz = 8e6});
+    camera.SetSection({.clockHz = 8e6});
     camera.Answer(kIdentify);
     camera.Answer({0x50, 0, 0, 1});    // 8 MHz / 4
     camera.Answer({0x50, 1, 25, 50});  // 20,000 pixel clocks a frame
@@ -166,7 +166,7 @@ TEST_F(Shared, DividesTheClockOfTheSection)
 // 1280 x 1024 go over the wire as 64 and 0: 320 and 256 in a byte each.
 TEST_F(Shared, ReckonsWithTheSectionsFrameWhereItIsLargerThanTheWireCanSay)
 {
-    camera.SetSectionTiming({.clockHz = 1280 * 1024 * 100.0 * 2, .rows = 1024, .columns = 1280});
+    camera.SetSection({.clockHz = 1280 * 1024 * 100.0 * 2, .timingRows = 1024, .timingColumns = 1280});
     camera.Answer(kIdentify);
     camera.Answer({0x50, 0, 0, 0});
     camera.Answer({0x50, 1, 0, 64});
@@ -179,7 +179,7 @@ TEST_F(Shared, ReckonsWithTheSectionsFrameWhereItIsLargerThanTheWireCanSay)
 
 TEST_F(Shared, TellsOfAFrameSizeThatIsntTheSections)
 {
-    camera.SetSectionTiming({.clockHz = 8e6, .rows = 1024, .columns = 1280});
+    camera.SetSection({.clockHz = 8e6, .timingRows = 1024, .timingColumns = 1280});
     camera.Answer(kIdentify);
     camera.Answer({0x50, 0, 0, 1});    // 8 MHz / 4
     camera.Answer({0x50, 1, 25, 50});  // 20,000 pixel clocks a frame
@@ -197,6 +197,15 @@ TEST_F(Shared, TellsOfAFormatAndAPacketSizeThatTheCameraDidntTake)
     ASSERT_TRUE(camera.Open(error)) << error;
     EXPECT_THAT(camera.TakeNotes(), ElementsAre("The camera gives Mono16 where Mono12 was asked.",
                                                 "The camera sends packets of 1476 bytes where 9000 were asked."));
+}
+
+TEST_F(Shared, OpensTheCameraWithTheSizeOfItsSection)
+{
+    std::string error;
+    camera.SetSettings({.format = "Mono16"});
+    camera.SetSection({.rows = 256, .columns = 320});
+    ASSERT_TRUE(camera.Open(error)) << error;
+    EXPECT_EQ(script->openedWith, (DeviceSettings{.format = "Mono16", .columns = 320, .rows = 256}));
 }
 
 TEST_F(Shared, TellsOnceOfAReceiveBufferThatTheSystemDidntGrant)
