@@ -253,18 +253,20 @@ class AravisCamera final : public CameraDevice {
         arv_camera_get_region(camera_.get(), &x, &y, &width, &height, failure.Place());
         if (columns <= 0 || rows <= 0 || failure || (columns == width && rows == height)) return;
         // The bounds are those beside the offset: it goes first.
-        arv_camera_set_region(camera_.get(), 0, 0, -1, -1, failure.Place());
+        constexpr gint kAsItIs = -1;
+        arv_camera_set_region(camera_.get(), 0, 0, kAsItIs, kAsItIs, failure.Place());
         const auto within = [&](std::int32_t wanted, auto bounds, auto increment) {
             gint least = 0;
             gint most = 0;
             bounds(camera_.get(), &least, &most, failure.Place());
-            const gint step = std::max(increment(camera_.get(), failure.Place()), 1);
-            const gint side = std::clamp(wanted, least, std::max(least, most));
-            return side - (side - least) % step;
+            if (failure || most < least) return kAsItIs;
+            const gint side = std::clamp(wanted, least, most);
+            const gint step = increment(camera_.get(), failure.Place());
+            return failure || step < 1 ? side : side - (side - least) % step;
         };
         width = within(columns, arv_camera_get_width_bounds, arv_camera_get_width_increment);
         height = within(rows, arv_camera_get_height_bounds, arv_camera_get_height_increment);
-        if (!failure) arv_camera_set_region(camera_.get(), -1, -1, width, height, failure.Place());
+        arv_camera_set_region(camera_.get(), kAsItIs, kAsItIs, width, height, failure.Place());
     }
 
     // 0: the largest that the way lets through, tried before the stream begins; a camera that can't be tried keeps its

@@ -82,7 +82,7 @@ SharedCamera::Section ActiveSection()
     };
     const auto side = [&number](const char* key) { return std::clamp(number(key, 0), 0, kLargestSide); };
     const auto timing = [&](const char* active, const char* extra) {
-        return (side(active) + std::clamp(number(extra, 0), -kLargestSide, kLargestSide)) / kUnit * kUnit;
+        return (side(active) + side(extra)) / kUnit * kUnit;
     };
     const std::int32_t clockHz = number("QVF1058_MasterClockFrequency", kUsualClockHz);
     return {.clockHz = static_cast<double>(clockHz > 0 ? clockHz : kUsualClockHz),

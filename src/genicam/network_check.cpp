@@ -8,7 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -111,7 +111,9 @@ std::int64_t ReceiveBufferOfPort(std::uint16_t port)
     std::error_code failed;
     for (std::filesystem::directory_iterator each("/proc/self/fd", failed), end; !failed && each != end;
          each.increment(failed)) {
-        const int descriptor = std::atoi(each->path().filename().c_str());
+        const std::string name = each->path().filename().string();
+        int descriptor = -1;
+        std::from_chars(name.data(), name.data() + name.size(), descriptor);
         if (!StandsAtPort(descriptor, port)) continue;
         int bytes = 0;
         socklen_t size = sizeof(bytes);

@@ -187,6 +187,7 @@ rows.turn_off = {
   done = function(after) return after.CameraOn == 0 and after["head clocks_on"] == 0 and after["head biases_on"] == 0 end,
   writes = {
     AveragingCapacity = "of the host frames", HostFrameBytes = "freed", HostFramesAllocated = "freed", CalType = "no calibration", CameraOn = "off",
+    CameraBits = "nothing is told", CameraColumns = "nothing is told", CameraRows = "nothing is told",
     ColorMap = "made at the first frame", CommPortOpen = "the link is open", CommState = "the link is open", DisplayUnit = "counts",
     GrabberPresent = "closed", ["ImageBuffer*"] = "the last frame", LiveVideo = "frozen", ["head *"] = "the safe state", ["menu 140"] = "frozen",
     ["menu 169"] = "on is next", title = "frozen", DisplayLut = "freed",
@@ -197,7 +198,7 @@ rows.turn_off.told = {
 }
 
 local camera_on = {
-  CameraOn = "on", CommPortOpen = "the link is open", CommState = "the link is open", DecomList = "the plain table", GainList = "unity", OffsetList = "unity",
+  CameraOn = "on", CameraBits = "told", CameraColumns = "told", CameraRows = "told", CommPortOpen = "the link is open", CommState = "the link is open", DecomList = "the plain table", GainList = "unity", OffsetList = "unity",
   GrabberPresent = "open", LiveVideo = "live", ["file DECOM.TMP"] = "the table installed", ["head *"] = "programmed", ["menu *"] = "on", title = "live",
   ColorMap = "made at the first frame", ["HeadTiming.Integration*"] = "of the window in force", numBufFrames = "as many as there is memory for",
   ["ImageBuffer*"] = "the last frame", DisplayLut = "made anew", IntegrationSetting = "of the section", IntegrationMsecInForce = "of the section",
