@@ -20,7 +20,7 @@ namespace kelvo {
 struct DeviceSettings {
     std::string format{};               // name of a pixel format; empty: the one that the camera has
     std::int32_t packetSize = 0;        // bytes with all heads (GigE Vision); 0: the largest that comes through
-    std::int32_t columns = 0;           // of a frame, from the upper left corner of what the camera sees
+    std::int32_t columns = 0;           // of a frame, from the upper left corner; one of that size stays where it is
     std::int32_t rows = 0;              // 0 of either: as the camera stands
     std::int32_t buffers = 32;          // of a frame each, for the stream and for what waits
     std::optional<CountRule> counts{};  // nullopt: DefaultCountRule of the format

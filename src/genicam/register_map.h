@@ -37,12 +37,12 @@ struct CameraSettings {
     friend bool operator==(const CameraSettings&, const CameraSettings&) = default;
 };
 
-// What the camera chose by itself of these it chooses no longer: an exposure or a gain that follows the scene measures
-// nothing. Sets what differs between the wishes and the former ones (nullopt: all), and reads back into settings. The
-// exposure is set before the rate where it gets shorter and behind it where it gets longer, since each limits the
-// other. Notes are sentences for the operator on what can't be or became something else; a value that the camera holds
-// to within its own steps (0.1 %) isn't worth one. False where the camera refused a feature that it has: it may be
-// lost.
+// Sets what differs between the wishes and the former ones (nullopt: all), and reads back into settings. An exposure, a
+// gain or a black level that the camera chose by itself is its choice no longer: one that follows the scene measures
+// nothing. The exposure is set before the rate where it gets shorter and behind it where it gets longer, since each
+// limits the other. Notes are sentences for the operator on what can't be or became something else; a value that the
+// camera holds to within its own steps (0.1 %) isn't worth one. False where the camera refused a feature that it has:
+// it may be lost.
 bool ApplyWishes(const FeatureAccess& camera, const CameraWishes& wishes, const std::optional<CameraWishes>& former,
                  CameraSettings& settings, std::vector<std::string>& notes);
 

@@ -61,8 +61,6 @@ const StateNames kStateNames{
 
 constexpr int kIntegrationCombo = 626;
 
-float reckonedHz = 0;
-
 // What was sent last. Valid only while the camera is on: without it every comparison counts as a change.
 HeadTimingRecord sentTiming;
 FpaSerialWordRecord sentSerialWord;
@@ -190,12 +188,12 @@ double IntegrationTimeMsec(float frameRate, std::int32_t setting)
 
 void UpdateIntegrationInForce()
 {
-    TakeReckonedIntegration(reckonedHz > 0 ? IntegrationTimeMsec(reckonedHz, IntegrationSetting) : 0);
+    const float rateHz = ReckonedRate();
+    TakeReckonedIntegration(rateHz > 0 ? IntegrationTimeMsec(rateHz, IntegrationSetting) : 0);
 }
 
 void SetFrameRate(float rateHz)
 {
-    reckonedHz = rateHz;
     TakeReckonedRate(rateHz);
     UpdateIntegrationInForce();
 }
@@ -230,9 +228,10 @@ std::int32_t LoadFpaSerialWord(FpaSerialWordRecord record)
     const FpaSerialWordRecord encoded = EncodedSerialWord(record);
     if (!BiasesAreSent(record) && !SendFrame(SerialBiasFrame(encoded))) return 0;
     if (!ColumnsAreSent(record) && !SendFrame(SerialColumnFrame(encoded))) return 0;
-    if (!SendFrame(SerialRowFrame(encoded))) return 0;
-    sentSerialWord = encoded;
-    return 1;
+    const bool sent = SendFrame(SerialRowFrame(encoded));
+    AskCamera();
+    if (sent) sentSerialWord = encoded;
+    return sent ? 1 : 0;
 }
 
 std::int32_t SetHeadWindow(std::int32_t colStart, std::int32_t rowStart, std::int32_t colEnd, std::int32_t rowEnd)
@@ -259,7 +258,7 @@ void SetFrameRateIndex(std::int32_t index)
 {
     write::registers.HeadTiming.MasterClockIndex = LimitedClockIndex(index);
     SetFrameRate(FrameRateAt(HeadTiming, HeadTiming.MasterClockIndex));
-    WritePrivateProfileString(ActiveCameraSection(), "fFrameRate", Format("%f", static_cast<double>(reckonedHz)),
+    WritePrivateProfileString(ActiveCameraSection(), "fFrameRate", Format("%f", static_cast<double>(ReckonedRate())),
                               CameraFilePath);
     write::head.IndexFrameRate = index;
     WriteHeadKey("IndexFrameRate", index);  // what was asked for, not what the clock could do
@@ -328,7 +327,6 @@ void ResetCameraHead()
     write::registers.FpaSerialWord = {};
     write::head.IndexIntegrationTime = {};
     write::head.IntegrationSlot = 0;
-    reckonedHz = 0;
     sentTiming = {};
     sentSerialWord = {};
 }

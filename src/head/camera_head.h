@@ -30,7 +30,8 @@ void SetFrameRate(float rateHz);
 // IntegrationSetting calls it.
 void UpdateIntegrationInForce();
 
-// Those that send frame rate, frame size or integration time ask the camera behind the board what became of it.
+// What sends a frame rate, a frame size, a window or an integration time asks the camera behind the board at once what
+// became of it (AskCamera of head/camera_report.h).
 std::int32_t LoadHeadTiming(HeadTimingRecord& record);
 std::int32_t LoadFpaSerialWord(FpaSerialWordRecord record);
 std::int32_t SetHeadWindow(std::int32_t colStart, std::int32_t rowStart, std::int32_t colEnd, std::int32_t rowEnd);

@@ -84,6 +84,11 @@ void TakeReckonedRate(float rateHz)
     PutRateInForce();
 }
 
+float ReckonedRate()
+{
+    return reckonedHz;
+}
+
 void TakeReckonedIntegration(double integrationMs)
 {
     reckonedMs = integrationMs;

@@ -16,6 +16,7 @@ const CameraReport& CurrentCameraReport();
 
 // What follows from what the head was sent, Hz and ms (0: not known): in force where the camera tells nothing.
 void TakeReckonedRate(float rateHz);
+float ReckonedRate();
 void TakeReckonedIntegration(double integrationMs);
 
 // Asks the board and puts in force what it says. While a capture runs, whose thread owns the board, it is asked four

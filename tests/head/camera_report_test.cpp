@@ -107,6 +107,9 @@ TEST_F(HeadTest, TheCameraIsAskedWhatBecameOfASetting)
     told.rateHz = 12.25;
     LoadHeadTiming(write::registers.HeadTiming);
     EXPECT_EQ(FrameRate, 12.25F);
+    told.columns = 64;
+    LoadFpaSerialWord(FpaSerialWord);
+    EXPECT_EQ(StateNumber("CameraColumns"), 64);
 }
 
 TEST_F(CameraReportOf, NotesComeInOneBoxAndThenOnTheStatusLine)

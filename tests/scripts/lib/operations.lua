@@ -198,7 +198,8 @@ rows.turn_off.told = {
 }
 
 local camera_on = {
-  CameraOn = "on", CameraBits = "told", CameraColumns = "told", CameraRows = "told", CommPortOpen = "the link is open", CommState = "the link is open", DecomList = "the plain table", GainList = "unity", OffsetList = "unity",
+  CameraOn = "on", CameraBits = "told", CameraColumns = "told", CameraRows = "told", CommPortOpen = "the link is open", CommState = "the link is open",
+  DecomList = "the plain table", GainList = "unity", OffsetList = "unity",
   GrabberPresent = "open", LiveVideo = "live", ["file DECOM.TMP"] = "the table installed", ["head *"] = "programmed", ["menu *"] = "on", title = "live",
   ColorMap = "made at the first frame", ["HeadTiming.Integration*"] = "of the window in force", numBufFrames = "as many as there is memory for",
   ["ImageBuffer*"] = "the last frame", DisplayLut = "made anew", IntegrationSetting = "of the section", IntegrationMsecInForce = "of the section",
